@@ -1,0 +1,171 @@
+// The data matrix as read: taxa by characters, with the settings of characters, taxa and blocks.
+// The optimisation engine packs it into its own layout and never reads this form while searching.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zeb {
+
+/// Block types, as bit flags.
+enum data_type : std::uint8_t {
+  numeric_data = 1,
+  dna_data = 2,
+  protein_data = 4,
+  continuous_data = 8,
+  landmark_data = 16,
+};
+
+/// One per character; the current settings and the default kept by `ckeep` are two arrays of it.
+struct character_record {
+  std::int32_t weight = 1;
+  std::int32_t internal_steps = 0;   // 0 to 100; adds to homoplasy, not to length
+  std::int32_t scale_low = 1000000;  // continuous: least value found, thousandths
+  std::int32_t scale_high = 0;       // continuous: largest value found, thousandths
+  std::uint8_t type = numeric_data;  // block type of the character
+  std::uint8_t is_continuous = 0;
+  std::uint8_t active = 1;
+  std::uint8_t additive = 0;
+  std::uint8_t is_sankoff = 0;
+  std::uint8_t needs_recheck = 1;  // min_steps and max_steps are to be computed again
+  std::uint8_t log_scale = 0;      // continuous: stored as logarithms
+  std::uint8_t scale_changed = 0;  // continuous: the stored scale isn't the original one
+  std::int32_t block = 1;          // data block, from 1
+  std::int32_t min_steps = 0;      // valid while needs_recheck is 0; thousandths if continuous
+  std::int32_t max_steps = 0;
+  std::uint32_t observed = 0;           // union of the states of cells that aren't missing
+  std::int32_t* cost_matrix = nullptr;  // where cost tables are allocated: nstates_max squared
+};
+
+/// Original scale of a continuous character: value = stored / 1000 * factor + shift.
+struct continuous_scale {
+  double factor = 1.0;
+  double shift = 0.0;
+  double kept_factor = 1.0;
+  double kept_shift = 0.0;
+};
+
+/// One matrix at a time; everything that grows with it lies in the arena under `matrix_lock`.
+/// Written in matrix/ only.
+struct matrix_state {
+  bool present = false;   // data have been read
+  std::string title;      // with its quotes
+  std::string file_name;  // where it was read from
+  int ntax = 0;           // at least 4
+  int nchar = 0;
+  int nnodes = 0;  // 2 * ntax - 1
+
+  // Settings for what is read next, then fixed by `xread`.
+  int cell_bytes = 2;                        // 1, 2 or 4: width of a cell
+  std::uint32_t state_mask = 65535;          // all usable bits; also the cell of "?"
+  bool gaps_are_states = false;              // `nstates gaps`
+  std::uint8_t default_type = numeric_data;  // type of plain matrices, `nstates dna|prot|num`
+  int name_length = 32;  // bytes per taxon name, with the terminator (name_limit at reading)
+
+  // Rows, three views of the same addresses; use the one that agrees with cell_bytes, or cell().
+  std::span<std::uint8_t*> rows8;  // nnodes entries; from ntax up null
+  std::span<std::uint16_t*> rows16;
+  std::span<std::uint32_t*> rows32;
+  int data_type_in_use = 0;  // union of data_type bits
+
+  std::span<character_record> characters;       // nchar: current settings
+  std::span<character_record> kept_characters;  // nchar: default of `ckeep`
+  std::span<continuous_scale> scales;           // nchar, or empty without continuous characters
+
+  std::span<char*> taxon_names;          // nnodes entries; from ntax up null
+  std::span<std::uint8_t> taxon_active;  // nnodes; 1 active
+  int outgroup = 0;
+  bool use_taxon_names = false;  // `taxname =`: names rather than numbers in output
+
+  int nblocks = 0;
+  std::vector<int> block_first;  // first character of blocks 1 to nblocks, at [block]; [0] unused
+  std::vector<std::string> block_names;  // [0] is "all"; empty vector: undefined
+
+  bool use_char_names = false;  // `cnames =`
+  struct character_name {
+    std::string name;
+    std::vector<std::string> states;
+  };
+  std::vector<character_name> char_names;  // empty: undefined
+
+  // Groups: bit g of an element's word says whether it is in group g.
+  static constexpr int group_count = 32;
+  std::span<std::uint32_t> taxon_groups;      // ntax words
+  std::span<std::uint32_t> character_groups;  // nchar words
+  std::uint32_t defined_taxon_groups = 0;     // bit per group
+  std::uint32_t defined_character_groups = 0;
+  std::vector<std::string> taxon_group_names;  // group_count of "Group_%i"
+  std::vector<std::string> character_group_names;
+
+  bool exact_min_steps = true;  // `nstates xmin`
+};
+extern matrix_state matrix;
+
+/// The states of a cell, as a bit mask; `state_mask` when missing. Continuous: low half minimum,
+/// high half maximum, in thousandths; see continuous_cell.
+inline std::uint32_t cell(int taxon, int character) {
+  const auto t = static_cast<std::size_t>(taxon);
+  const auto c = static_cast<std::size_t>(character);
+  switch (matrix.cell_bytes) {
+    case 1:
+      return matrix.rows8[t][c];
+    case 2:
+      return matrix.rows16[t][c];
+    default:
+      return matrix.rows32[t][c];
+  }
+}
+/// Is the cell missing ("?")? For continuous characters, minimum 0 and maximum 65,535.
+bool is_missing(int taxon, int character);
+void set_cell(int taxon, int character, std::uint32_t states);
+
+struct continuous_cell {
+  int low = 0;   // thousandths
+  int high = 0;  // thousandths; 65,535 with low 0 is missing, 65,534 inapplicable
+};
+continuous_cell read_continuous_cell(int taxon, int character);
+
+/// Name of the taxon, and what output shows for it: the name under `taxname =`, else the number.
+std::string_view taxon_name(int taxon);
+std::string taxon_label(int taxon);
+/// Name of a character or "Char. N"; what output shows for it under `cnames =` or `-`.
+std::string character_name(int character);
+std::string character_label(int character);
+/// Symbol of a state of the character as the matrix writes it.
+std::string state_symbol(int character, int state);
+/// "0", "[01]", "?", or "0.120-0.300" for a cell's state set.
+std::string cell_text(int character, std::uint32_t states);
+
+int active_taxa();
+
+/// Minimum and maximum steps of a character over the active taxa of the matrix (unweighted;
+/// thousandths for continuous characters). Kept up to date by `recheck_steps`.
+int minimum_steps(int character);
+int maximum_steps(int character);
+/// Computes min_steps, max_steps and `observed` of every character that needs it.
+void recheck_steps();
+/// Is the character informative for the active taxa: its maximum exceeds its minimum.
+bool is_informative(int character);
+
+/// Called by every change of a setting that the packed data depend on: releases the search and
+/// optimisation locks, so that the next search packs anew.
+void drop_packed_data();
+/// Releases the matrix, trees and all that hangs on them.
+void wipe_matrix();
+/// Called when a new matrix has been laid out (by the tree store, groups...), and when one goes.
+/// Registered at start-up, run in order.
+using matrix_hook = void (*)();
+void add_new_matrix_hook(matrix_hook hook);
+void add_matrix_gone_hook(matrix_hook hook);
+
+/// Lays out an empty matrix in the arena (every cell missing, default settings), dropping any
+/// former one. Sizes are checked before anything is allocated. Used by every reader and by tests.
+void begin_matrix(int ntax, int nchar);
+/// Makes a laid-out matrix current: types, defaults, outgroup, groups, hooks, lock.
+void finish_matrix();
+void set_taxon_name(int taxon, std::string_view name);
+
+}  // namespace zeb

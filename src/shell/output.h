@@ -1,0 +1,79 @@
+// Everything the program says goes through one line buffer to the log, the text buffer and the
+// console, as the mask allows.
+#pragma once
+
+#include <cstdarg>
+#include <cstdio>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+#include "shell/errors.h"
+
+namespace zeb {
+
+enum output_place : unsigned { no_log = 1, no_console = 2, no_text_buffer = 4 };
+
+struct output_state {
+  unsigned output_mask = 0;  // bits of output_place: where nothing goes
+  int output_diversion = 0;  // 0 usual; 2 straight to the log stream; else the text is dropped
+  std::FILE* log_stream = nullptr;  // null: no log
+  std::string log_name;
+  bool console_mode = false;  // the screen library is up: lines end in "\n\r"
+  int screen_rows = 24;
+  int screen_columns = 80;
+  bool paging = false;  // `pause =`
+  int page_lines = 0;   // lines since the last pause
+};
+extern output_state output;
+
+void emit_parts(std::initializer_list<message_part> parts);
+void report_line_parts(std::initializer_list<message_part> parts);
+
+/// Appends the parts to the line buffer with nothing between them, and sends it to the outputs.
+template <class... part>
+void emit(const part&... parts) {
+  emit_parts({message_part(parts)...});
+}
+/// The same with a blank behind each part and a newline at the end.
+template <class... part>
+void report_line(const part&... parts) {
+  report_line_parts({message_part(parts)...});
+}
+/// Formats at most 10,000 characters, then as `report_line` with that one part.
+void emitf(const char* format, ...) __attribute__((format(printf, 1, 2)));
+/// Emits " \n".
+void newline();
+/// Sends the line buffer to the outputs and empties it.
+void flush_line();
+/// Appends one character without sending.
+void put_char(char c);
+/// A size as N.NN followed by " Mbytes", one million bytes being the unit.
+std::string megabytes_text(double bytes);
+/// 1234567 as "1,234,567".
+std::string count_with_commas(unsigned long long n);
+/// Formatted text as a string; for pieces of messages.
+std::string text_of(const char* format, ...) __attribute__((format(printf, 1, 2)));
+/// "a", "a and b", "a, b and c".
+std::string joined_list(std::initializer_list<std::string_view> items);
+
+/// Suppresses output places for its lifetime.
+class output_mask_scope {
+ public:
+  explicit output_mask_scope(unsigned mask) : saved_(output.output_mask) {
+    output.output_mask = mask;
+  }
+  ~output_mask_scope() { output.output_mask = saved_; }
+  output_mask_scope(const output_mask_scope&) = delete;
+  output_mask_scope& operator=(const output_mask_scope&) = delete;
+
+ private:
+  unsigned saved_;
+};
+
+/// One line of progress at the console, rewritten in place on a terminal; nothing in a pipe or in
+/// the background, nor with `report` off. `done` of `total`; at most a few times a second.
+void show_progress(std::string_view label, double done, double total);
+void clear_progress();
+
+}  // namespace zeb

@@ -1,0 +1,57 @@
+// State of the process: run mode, the main loop's flags, the interrupt check and the unwinding.
+#pragma once
+
+#include <string>
+
+namespace zeb {
+
+struct process_state {
+  bool run_loop = false;            // the main loop goes on
+  bool background = false;          // no console, no questions, errors are fatal
+  bool slave = false;               // works for a parent; always with `background`
+  int transport = 2;                // 0 PVM, 1 MPI, 2 none yet
+  bool command_line_input = false;  // level 0 holds the process arguments
+  int process_id = 0;
+  double start_time = 0;     // wall clock, seconds
+  double command_start = 0;  // wall clock, seconds; pauses are added to it
+  int interrupt_state = 0;   // 0 nothing, 1 stop the search and move on, 3 stop by time-out
+  bool in_search = false;    // a search command runs
+  int execute_counter = 1;   // numbers the copies of execute files; -1 forbids them
+  std::string program_name;  // file name of the program, without its path
+};
+extern process_state process;
+
+/// The running command. Before the first it is "zeb*".
+struct command_state {
+  std::string command_name = "zeb*";
+  std::string prompt = "zeb*>";
+};
+extern command_state command;
+
+/// 0 waits for a key, 1 polls, 2 interrupts now, 100 looks at the steering files now. Interrupts by
+/// throwing `command_unwinding`, or inside a search by setting `interrupt_state`.
+void check_interrupt(int mode);
+
+/// Seconds of the wall clock, with a fraction.
+double wall_clock();
+
+/// Run at the end of every command, however it ended (progress display, open drawings, parallel
+/// layer), in the order of registration. Registered once, at start-up.
+using command_over_hook = void (*)();
+void add_command_over_hook(command_over_hook hook);
+
+/// The settings of small commands, each with its default.
+struct shell_settings {
+  bool report = true;  // progress and chatter
+  bool warn = false;   // ask before going on at warnings
+  bool beep = true;
+  int break_polling = 1;             // `break`: <esc>, "p" and "m" are polled; 0 off
+  int echo = 0;                      // 1 on; 3 marked by an error for one round
+  bool echo_console_to_log = false;  // `echo [`
+  int watch = 0;                     // 1 on; 2 on but not for this command
+  bool watch_ram = false;            // `watch [`
+  bool macros = false;               // the macro language is on
+};
+extern shell_settings settings;
+
+}  // namespace zeb

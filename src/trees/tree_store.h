@@ -1,0 +1,133 @@
+// The trees in memory: ancestor arrays in one buffer of fixed capacity, with groups, vault and the
+// tag tree.
+//
+// A tree is an array of `nnodes` ancestors. Terminals are 0 to ntax-1, the root is ntax, the other
+// internal nodes follow; tree[ntax] holds the largest node number plus one; an absent taxon has
+// ancestor 0. Normalised, two equal trees are equal arrays.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zeb {
+
+using tree_node = std::int32_t;
+using tree_span = std::span<tree_node>;
+using const_tree_span = std::span<const tree_node>;
+
+/// The trees in memory, numbered from 0 by position. Written in trees/ only, but for `ntrees` and
+/// the trees' contents, which searches set through `store_slot` and its sisters.
+struct tree_store {
+  std::span<tree_node*>
+      trees;           // `maxtrees` records of `nnodes` ancestors each, contiguous, in the arena
+  int maxtrees = 100;  // capacity, set by `hold`
+  int ntrees = 0;      // trees in use
+
+  int tgroup_limit = 32;                      // tree groups, `tgroup +N` before data are read
+  int tgroup_words = 1;                       // 32-bit words of membership a tree
+  std::span<std::uint32_t*> tree_groups;      // maxtrees rows of tgroup_words
+  std::vector<std::uint32_t> defined_groups;  // tgroup_words: groups that exist
+  std::vector<std::string> group_names;       // tgroup_limit
+  int next_auto_group = 0;                    // cycles from 0 to tgroup_limit - 1
+  bool auto_group = true;                     // `tgroup [no]auto`
+
+  int vault_size = 0;           // capacity of the vault; 0 none
+  int vault_trees = 0;          // trees in it
+  std::span<tree_node*> vault;  // vault_size records
+
+  bool include_absent = false;  // `absincl =`: absent taxa of read trees join at the base
+};
+extern tree_store store;
+
+/// A tree with a text per node, which many commands write and the display prints on branches.
+struct tag_store {
+  bool tags_on = false;  // `ttags =`: tree-printing commands store their texts
+  bool tags_present = false;
+  bool tags_add = false;               // `tread [`
+  std::vector<tree_node> tag_tree;     // nnodes
+  std::vector<std::string> tag_texts;  // nnodes, each under tag_size bytes
+  std::string tag_title;               // at most 512 characters
+  int tag_size = 128;
+  char tag_separator = 0;   // '\\' with `ttags [`
+  int tag_width = 0;        // 0 no limit
+  char tag_position = 'c';  // a, b, c, d
+};
+extern tag_store tags;
+
+inline tree_span stored_tree(int number);
+
+// ---- operations on one tree (any array in the form above) ----
+
+/// Renumbers internal nodes in order of first meeting, from the terminals 0, 1, 2... rootward.
+void normalise_tree(tree_span tree, int ntax);
+/// Empty text if the array is a valid tree, else what is wrong with it.
+std::string check_tree_record(const_tree_span tree, int ntax);
+/// Removes the flagged terminals and every node left with one descendant, and normalises. Error
+/// when none would be left.
+void delete_taxa(tree_span tree, int ntax, std::span<const std::uint8_t> flags);
+/// Removes internal nodes with a single descendant (other than the root's own needs) and
+/// normalises.
+void remove_redundant_nodes(tree_span tree, int ntax);
+/// Re-roots so that `terminal` is a descendant of the root, sister of all others; normalises.
+void reroot_tree(tree_span tree, int ntax, int terminal);
+/// Joins absent taxa at a new root, with the tree as their sister.
+void include_absent_taxa(tree_span tree, int ntax);
+bool is_absent(const_tree_span tree, int terminal);
+inline int node_limit(const_tree_span tree, int ntax) {
+  return tree[static_cast<std::size_t>(ntax)];
+}
+
+/// Descendant lists of a tree, in increasing node number; polytomies allowed. For walks outside
+/// searches.
+struct descendant_lists {
+  std::vector<int> first;    // per node: first descendant, -1 none
+  std::vector<int> sibling;  // per node: next descendant of the same ancestor, -1 none
+  std::vector<int> count;    // per node: descendants
+};
+descendant_lists descendants_of(const_tree_span tree, int ntax);
+/// Internal nodes from the root outward, each after its ancestor.
+std::vector<int> nodes_rootward_first(const_tree_span tree, int ntax);
+
+// ---- the buffer ----
+
+/// Next free slot, `ntrees` one higher. With a group name and automatic groups on, the tree gets a
+/// group of its own. Full: with `may_grow` the capacity goes to the next multiple of ten, with a
+/// warning; else the error "No space to store new trees (increase maxtrees)".
+tree_span store_slot(std::string_view group_name, bool may_grow);
+/// As `hold`. Returns false where it can't be done and `silent_failure` allows that.
+bool set_maxtrees(int n, bool report, bool silent_failure = false);
+/// Keeps the flagged trees, in order; group bits move with them.
+void select_trees(std::span<const std::uint8_t> keep);
+/// Puts trees first to last-1 into the next automatic group.
+void tag_tree_group(int first, int last, std::string_view name);
+/// "Tree(s) are required" without trees; "Tree-buffer has" N "trees" for a number past the end.
+void require_trees();
+void check_tree_number(int tree);
+void check_node_number(int tree, int node);
+
+inline tree_span stored_tree(int number) {
+  const auto i = static_cast<std::size_t>(number);
+  return {store.trees[i],
+          store.trees.size() > 1 ? static_cast<std::size_t>(store.trees[1] - store.trees[0]) : 0};
+}
+
+// ---- parenthetical text: the one parser and the one writer ----
+
+/// Writes a tree as nested parentheses. `label` gives the text of a terminal, `tag` (may be empty)
+/// the text behind a node's closing parenthesis or label. No recursion on the machine stack.
+std::string parenthetical_text(const_tree_span tree, int ntax,
+                               const std::function<std::string(int)>& label,
+                               const std::function<std::string(int)>& tag = {});
+
+// ---- drawing (text diagram) ----
+
+/// Prints the diagram of a tree with `node_texts` (by node; may be empty) on the branches, and
+/// stores tags when `ttags =` is on. `title` is printed above, and becomes the tag title.
+void draw_tree(const_tree_span tree, std::string_view title,
+               std::span<const std::string> node_texts);
+
+}  // namespace zeb

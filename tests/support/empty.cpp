@@ -1,0 +1,1 @@
+// Keeps the library valid while it has no other source.
