@@ -1,0 +1,73 @@
+// Taxa, characters and blocks as kinds of lists.
+#include "matrix/list_kinds.h"
+
+#include "matrix/matrix.h"
+#include "shell/lexer.h"
+#include "shell/lists.h"
+
+namespace zeb {
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+std::string_view name_of_character(int character) {
+  if (matrix.char_names.size() <= at(character)) return {};
+  return matrix.char_names[at(character)].name;
+}
+
+std::string_view name_of_block(int block) {
+  if (matrix.block_names.size() <= at(block)) return {};
+  return matrix.block_names[at(block)];
+}
+
+bool in_bits(std::span<const std::uint32_t> words, int element, int group) {
+  return words.size() > at(element) && ((words[at(element)] >> group) & 1U) != 0;
+}
+
+int block_named(std::string_view word) {
+  for (int block = 0; block <= matrix.nblocks; ++block) {
+    if (is_prefix(word, name_of_block(block))) return block;
+  }
+  return is_prefix(word, "all") ? 0 : -1;
+}
+
+}  // namespace
+
+bool characters_of_block(int block, int* first, int* end) {
+  if (block < 0 || block > matrix.nblocks) return false;
+  *first = block == 0 ? 0 : matrix.block_first[at(block)];
+  *end = block == 0 || block == matrix.nblocks ? matrix.nchar : matrix.block_first[at(block + 1)];
+  return true;
+}
+
+void register_matrix_lists() {
+  register_list_kind(
+      {.noun = "taxon",
+       .count = [] { return matrix.ntax; },
+       .name = [](int taxon) { return taxon_name(taxon); },
+       .group_count = [] { return matrix_state::group_count; },
+       .group_name =
+           [](int group) { return std::string_view(matrix.taxon_group_names[at(group)]); },
+       .group_defined =
+           [](int group) { return ((matrix.defined_taxon_groups >> group) & 1U) != 0; },
+       .in_group = [](int taxon,
+                      int group) { return in_bits(matrix.taxon_groups, taxon, group); }});
+  register_list_kind(
+      {.noun = "character",
+       .count = [] { return matrix.nchar; },
+       .name = name_of_character,
+       .group_count = [] { return matrix_state::group_count; },
+       .group_name =
+           [](int group) { return std::string_view(matrix.character_group_names[at(group)]); },
+       .group_defined =
+           [](int group) { return ((matrix.defined_character_groups >> group) & 1U) != 0; },
+       .in_group = [](int character,
+                      int group) { return in_bits(matrix.character_groups, character, group); },
+       .block_range = characters_of_block,
+       .block_named = block_named,
+       .block_count = [] { return matrix.nblocks; }});
+  register_list_kind(
+      {.noun = "block", .count = [] { return matrix.nblocks + 1; }, .name = name_of_block});
+}
+
+}  // namespace zeb

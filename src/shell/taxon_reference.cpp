@@ -1,0 +1,105 @@
+// One taxon by number or name, as parenthetical trees refer to it.
+#include <algorithm>
+#include <cctype>
+#include <string>
+
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+#include "shell/list_kinds.h"
+#include "shell/process.h"
+
+namespace zeb {
+namespace {
+
+/// Names in tree files may hold whatever a matrix row's name may: all up to a blank or a character
+/// that has a meaning in trees and commands.
+std::string read_reference_word() {
+  constexpr std::string_view ends = "(),;=*{}@<>[]&\\";
+  std::string word;
+  while (true) {
+    const int c = read_char();
+    if (c < 33 || (c < 128 && ends.find(static_cast<char>(c)) != std::string_view::npos)) break;
+    word.push_back(static_cast<char>(c));
+    if (static_cast<int>(word.size()) > std::max(lexer.name_limit, 2000)) {
+      error_end("Name too long");
+    }
+  }
+  unread_char();
+  return word;
+}
+
+void mark_all(const std::vector<int>& elements, std::span<std::uint8_t> marks) {
+  for (int element : elements) marks[static_cast<std::size_t>(element)] = 1;
+}
+
+bool same_word(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && is_prefix(a, b);
+}
+
+int read_taxon_word(const list_kind& kind, std::span<std::uint8_t> marks) {
+  const std::string word = read_reference_word();
+  const int count = kind.count();
+  if (word.size() > 3 && word.ends_with("...")) {
+    const std::string prefix = word.substr(0, word.size() - 3);
+    const std::vector<int> found = elements_named(kind, 0, count, prefix);
+    if (found.empty()) error_end("No name contains", prefix);
+    mark_all(found, marks);
+    return -1;
+  }
+  if (word.empty()) error_end("Unidentified taxon name:", peek_char() < 33 ? ' ' : read_char());
+  if (std::all_of(word.begin(), word.end(), [](unsigned char c) { return std::isdigit(c); })) {
+    const int number = word.size() > 9 ? -1 : std::stoi(word);
+    if (number < 0 || number >= count) error_end("Error: no taxon", word);
+    return number;
+  }
+  const std::vector<int> found = elements_named(kind, 0, count, word);
+  if (found.empty()) error_end("Unidentified taxon name:", word);
+  for (int element : found) {
+    if (same_word(word, kind.name(element))) return element;
+  }
+  return found.front();
+}
+
+}  // namespace
+
+int read_taxon(std::span<std::uint8_t> marks) {
+  const list_kind& kind = find_list_kind("taxon");
+  const int count = kind.count();
+  ALWAYS_CHECK(static_cast<std::size_t>(count) <= marks.size(), "taxon marks");
+  std::fill(marks.begin(), marks.end(), std::uint8_t{0});
+  switch (skip_blanks_peek()) {
+    case '(': {
+      const int number = settings.macros ? read_int() : -1;
+      if (number < 0 || number >= count) error_end("Error: no taxon", number);
+      return number;
+    }
+    case ':': {
+      read_char();
+      const std::string text = read_reference_word();
+      const std::vector<int> found = elements_containing(kind, 0, count, text);
+      if (text.empty() || found.empty()) error_end("No name contains", text);
+      return found.front();
+    }
+    case '{': {
+      read_char();
+      std::vector<std::uint8_t> groups(static_cast<std::size_t>(kind.group_count()));
+      read_group_references(kind, groups);
+      for (int group = 0; group < kind.group_count(); ++group) {
+        if (!groups[static_cast<std::size_t>(group)]) continue;
+        for (int taxon = 0; taxon < count; ++taxon) {
+          if (kind.in_group(taxon, group)) marks[static_cast<std::size_t>(taxon)] = 1;
+        }
+      }
+      return -1;
+    }
+    case '@':
+      read_char();
+      read_descendants(marks);
+      return -1;
+    default:
+      return read_taxon_word(kind, marks);
+  }
+}
+
+}  // namespace zeb
