@@ -37,6 +37,12 @@ using pair_kernel = std::int32_t (*)(const word* clip, const word* branch,
 /// The same against the union of `a` and `b`: a lower bound for both.
 using triple_kernel = std::int32_t (*)(const word* clip, const word* a, const word* b,
                                        const kernel_layout& layout, std::int32_t bound);
+/// The pair kernel over many candidates: operand i is `base + items[i] * stride`. Returns the first
+/// i in [from, count) whose cost against `clip` is at or below `bound`, with that cost in `*cost`;
+/// `count` when there is none. The clip stays in registers; the searches spend their time here.
+using scan_kernel = int (*)(const word* clip, const word* base, std::size_t stride,
+                            const std::int32_t* items, int from, int count,
+                            const kernel_layout& layout, std::int32_t bound, std::int32_t* cost);
 /// Down-pass of one node: writes `down` and `unions` from the descendants' `down`; returns steps.
 using down_kernel = std::int64_t (*)(const word* left, const word* right, word* down, word* unions,
                                      const kernel_layout& layout);
@@ -51,6 +57,7 @@ using final_terminal_kernel = void (*)(const word* ancestor_final, const word* d
 struct kernel_slots {
   pair_kernel cost_pair = nullptr;
   triple_kernel cost_triple = nullptr;
+  scan_kernel scan_pairs = nullptr;
   down_kernel node_down = nullptr;
   final_kernel node_final = nullptr;
   final_terminal_kernel node_final_terminal = nullptr;

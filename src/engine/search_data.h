@@ -106,6 +106,8 @@ struct search_data {
   tree_arrays tree;                   // four arrays of `nodes` entries
   std::span<node_sets> primary_sets;  // allocated once
   std::span<node_sets> sets;          // working copy, which all kernels read
+  word* branch_base = nullptr;        // sets[v].branch == branch_base + v * set_stride, for scans
+  std::size_t set_stride = 0;         // words between neighbours: nwords rounded up to 16
   kernel_layout layout;               // what the kernels know of the word arrays
   kernel_slots kernels;               // bound by bind_kernels
   bool in_swap = false;               // a swapper holds the tree; cluster bookkeeping is on
@@ -113,6 +115,7 @@ struct search_data {
   // -- clusters (swapper) --
   std::span<std::int32_t> cluster_of;  // by node
   std::span<cluster_record> clusters;
+  word* union_base = nullptr;  // clusters[c].union_now == union_base + c * set_stride
   int cluster_count = 0;
 
   // -- scratch, sized at preparation; no allocation inside passes and swaps --
