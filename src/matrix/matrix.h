@@ -33,10 +33,13 @@ struct character_record {
   std::uint8_t needs_recheck = 1;  // min_steps and max_steps are to be computed again
   std::uint8_t log_scale = 0;      // continuous: stored as logarithms
   std::uint8_t scale_changed = 0;  // continuous: the stored scale isn't the original one
+  std::uint8_t gap_is_state = 0;   // DNA and proteins: "-" was read as a state
   std::int32_t block = 1;          // data block, from 1
   std::int32_t min_steps = 0;      // valid while needs_recheck is 0; thousandths if continuous
   std::int32_t max_steps = 0;
-  std::uint32_t observed = 0;           // union of the states of cells that aren't missing
+  // Union of the states of the active taxa's cells, leaving out those that say nothing ("?", "*",
+  // "N" in DNA, "X" in proteins). Those cells hold more bits than this: mask them with it.
+  std::uint32_t observed = 0;
   std::int32_t* cost_matrix = nullptr;  // where cost tables are allocated: nstates_max squared
 };
 
@@ -141,12 +144,28 @@ std::string cell_text(int character, std::uint32_t states);
 
 int active_taxa();
 
-/// Minimum and maximum steps of a character over the active taxa of the matrix (unweighted;
-/// thousandths for continuous characters). Kept up to date by `recheck_steps`.
+/// Does a cell with these states say nothing about the character: "?", "*", "N" in DNA, "X" in
+/// proteins, missing or inapplicable continuous values.
+bool says_nothing(int character, std::uint32_t states);
+
+/// Least and largest number of steps that any tree can give to a character (unweighted; thousandths
+/// for continuous characters).
+struct step_range {
+  int least = 0;
+  int most = 0;
+};
+/// The range over the flagged taxa (a byte per taxon), whatever the records hold.
+step_range steps_over_taxa(int character, std::span<const std::uint8_t> taxa);
+/// The same over the active taxa, from the record, which is brought up to date where needed.
 int minimum_steps(int character);
 int maximum_steps(int character);
-/// Computes min_steps, max_steps and `observed` of every character that needs it.
+/// Computes min_steps, max_steps and `observed` of every character that needs it: those marked
+/// `needs_recheck`, all of them after a change of the active taxa.
 void recheck_steps();
+/// Characters with cost tables get their range from this function (by character and taxa), which
+/// the cost model registers. Without one they count as non-additive.
+using cost_steps_function = step_range (*)(int character, std::span<const std::uint8_t> taxa);
+void set_cost_steps(cost_steps_function function);
 /// Is the character informative for the active taxa: its maximum exceeds its minimum.
 bool is_informative(int character);
 
@@ -163,9 +182,22 @@ void add_matrix_gone_hook(matrix_hook hook);
 
 /// Lays out an empty matrix in the arena (every cell missing, default settings), dropping any
 /// former one. Sizes are checked before anything is allocated. Used by every reader and by tests.
+/// A reader that fails before `finish_matrix` leaves no data: the end of the command clears them.
 void begin_matrix(int ntax, int nchar);
-/// Makes a laid-out matrix current: types, defaults, outgroup, groups, hooks, lock.
+/// Fewer taxa or characters than were laid out. Before `finish_matrix` only.
+void shrink_matrix(int ntax, int nchar);
+/// Makes a laid-out matrix current: types, defaults, outgroup, groups, hooks, lock. The reader has
+/// set each character's `type`, and the block table where there is more than one block.
 void finish_matrix();
+/// Cuts the name to what fits.
 void set_taxon_name(int taxon, std::string_view name);
+/// Sets the type of a character, with what hangs on it.
+void set_character_type(int character, data_type type);
+/// Bytes that a data set of this size is expected to need, searches included; infinite rather than
+/// wrapped round.
+double matrix_memory_estimate(int ntax, int nchar);
+
+/// Hands the other floors what they need of this one. Called once, at start-up.
+void register_matrix();
 
 }  // namespace zeb

@@ -1,0 +1,161 @@
+// Minimum and maximum steps of characters, over all trees.
+//
+// Non-additive: the minimum is one less than the fewest states that meet every cell; the maximum is
+// the length on the bush, the tree without internal branches, where the root takes the state found
+// in most cells. Additive and continuous: a cell is the range of its states; the minimum is the gap
+// between the lowest upper end and the highest lower end, the maximum again the length on the bush,
+// with the root at a median of the ends.
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <vector>
+
+#include "matrix/matrix.h"
+#include "matrix/smallest_hitting_set.h"
+#include "matrix/symbols.h"
+
+namespace zeb {
+namespace {
+
+cost_steps_function cost_steps = nullptr;
+
+// The active taxa that the records were computed for.
+std::vector<std::uint8_t> taxa_of_records;
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+template <class function>
+void for_each_telling_cell(int character, std::span<const std::uint8_t> taxa, function visit) {
+  for (int t = 0; t < matrix.ntax; ++t) {
+    if (!taxa[at(t)]) continue;
+    const std::uint32_t states = cell(t, character);
+    if (!says_nothing(character, states)) visit(states);
+  }
+}
+
+struct value_range {
+  int low;
+  int high;
+};
+
+step_range steps_of_ranges(std::vector<value_range>& ranges) {
+  if (ranges.empty()) return {};
+  int lowest_high = ranges.front().high;
+  int highest_low = ranges.front().low;
+  std::vector<int> ends;
+  ends.reserve(2 * ranges.size());
+  for (const value_range& r : ranges) {
+    lowest_high = std::min(lowest_high, r.high);
+    highest_low = std::max(highest_low, r.low);
+    ends.push_back(r.low);
+    ends.push_back(r.high);
+  }
+  const auto middle = ends.begin() + static_cast<std::ptrdiff_t>(ranges.size());
+  std::nth_element(ends.begin(), middle, ends.end());
+  const int root = *middle;
+  long long most = 0;
+  for (const value_range& r : ranges) {
+    most += root < r.low ? r.low - root : root > r.high ? root - r.high : 0;
+  }
+  constexpr long long ceiling = 2147483647;
+  return {std::max(0, highest_low - lowest_high), static_cast<int>(std::min(most, ceiling))};
+}
+
+step_range continuous_steps(int character, std::span<const std::uint8_t> taxa) {
+  std::vector<value_range> ranges;
+  for_each_telling_cell(character, taxa, [&](std::uint32_t states) {
+    ranges.push_back({static_cast<int>(states & 0xffffU), static_cast<int>(states >> 16)});
+  });
+  return steps_of_ranges(ranges);
+}
+
+step_range additive_steps(int character, std::span<const std::uint8_t> taxa) {
+  std::vector<value_range> ranges;
+  for_each_telling_cell(character, taxa, [&](std::uint32_t states) {
+    ranges.push_back({std::countr_zero(states), 31 - std::countl_zero(states)});
+  });
+  return steps_of_ranges(ranges);
+}
+
+step_range nonadditive_steps(int character, std::span<const std::uint8_t> taxa) {
+  std::array<int, 32> in_cells{};
+  std::vector<std::uint32_t> sets;  // polymorphic cells; single states are in `single`
+  std::uint32_t single = 0;
+  int cells = 0;
+  for_each_telling_cell(character, taxa, [&](std::uint32_t states) {
+    ++cells;
+    if (std::has_single_bit(states)) {
+      single |= states;
+    } else if (sets.empty() || sets.back() != states) {
+      sets.push_back(states);
+    }
+    for (std::uint32_t rest = states; rest; rest &= rest - 1) {
+      ++in_cells[at(std::countr_zero(rest))];
+    }
+  });
+  if (cells == 0) return {};
+  std::erase_if(sets, [single](std::uint32_t s) { return (s & single) != 0; });
+  const int others = matrix.exact_min_steps ? smallest_hitting_set(std::move(sets))
+                                            : greedy_hitting_set(std::move(sets));
+  return {std::popcount(single) + others - 1,
+          cells - *std::max_element(in_cells.begin(), in_cells.end())};
+}
+
+std::span<const std::uint8_t> current_taxa() { return matrix.taxon_active.first(at(matrix.ntax)); }
+
+void recheck(int character) {
+  character_record& record = matrix.characters[at(character)];
+  const step_range range = steps_over_taxa(character, current_taxa());
+  record.min_steps = range.least;
+  record.max_steps = range.most;
+  record.observed = 0;
+  if (!record.is_continuous) {
+    for_each_telling_cell(character, current_taxa(),
+                          [&](std::uint32_t states) { record.observed |= states; });
+  }
+  record.needs_recheck = 0;
+}
+
+// Marks every character when the active taxa aren't those that the records were made for.
+void notice_changed_taxa() {
+  const auto taxa = current_taxa();
+  if (std::equal(taxa.begin(), taxa.end(), taxa_of_records.begin(), taxa_of_records.end())) return;
+  taxa_of_records.assign(taxa.begin(), taxa.end());
+  for (character_record& record : matrix.characters) record.needs_recheck = 1;
+}
+
+}  // namespace
+
+void set_cost_steps(cost_steps_function function) { cost_steps = function; }
+
+step_range steps_over_taxa(int character, std::span<const std::uint8_t> taxa) {
+  const character_record& record = matrix.characters[at(character)];
+  if (record.type == landmark_data) return {};
+  if (record.is_continuous) return continuous_steps(character, taxa);
+  if (record.is_sankoff && cost_steps) return cost_steps(character, taxa);
+  return record.additive ? additive_steps(character, taxa) : nonadditive_steps(character, taxa);
+}
+
+void recheck_steps() {
+  notice_changed_taxa();
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (matrix.characters[at(c)].needs_recheck) recheck(c);
+  }
+}
+
+int minimum_steps(int character) {
+  notice_changed_taxa();
+  if (matrix.characters[at(character)].needs_recheck) recheck(character);
+  return matrix.characters[at(character)].min_steps;
+}
+
+int maximum_steps(int character) {
+  notice_changed_taxa();
+  if (matrix.characters[at(character)].needs_recheck) recheck(character);
+  return matrix.characters[at(character)].max_steps;
+}
+
+bool is_informative(int character) { return maximum_steps(character) > minimum_steps(character); }
+
+}  // namespace zeb

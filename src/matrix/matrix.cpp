@@ -1,0 +1,124 @@
+// Cells, names and texts of the matrix in memory.
+#include "matrix/matrix.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "matrix/symbols.h"
+#include "shell/arena.h"
+#include "shell/output.h"
+
+namespace zeb {
+
+matrix_state matrix;
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+data_type type_of(int character) {
+  return static_cast<data_type>(matrix.characters[at(character)].type);
+}
+
+std::string thousandths_text(int value) { return text_of("%d.%03d", value / 1000, value % 1000); }
+
+}  // namespace
+
+bool is_missing(int taxon, int character) {
+  const std::uint32_t states = cell(taxon, character);
+  return states ==
+         (matrix.characters[at(character)].is_continuous ? missing_continuous : matrix.state_mask);
+}
+
+bool says_nothing(int character, std::uint32_t states) {
+  const character_record& record = matrix.characters[at(character)];
+  if (record.is_continuous) return states >= inapplicable_continuous && (states & 0xffffU) == 0;
+  if (states == matrix.state_mask) return true;
+  std::uint32_t everything = star_mask(numeric_data, matrix.cell_bytes);
+  if (record.type == dna_data) everything = dna_bases;
+  if (record.type == protein_data) everything = all_amino_acids;
+  // Where gaps are a state, "any base" still says that there is no gap.
+  if (record.gap_is_state) everything |= everything + 1;
+  return (states & everything) == everything;
+}
+
+void set_cell(int taxon, int character, std::uint32_t states) {
+  switch (matrix.cell_bytes) {
+    case 1:
+      matrix.rows8[at(taxon)][at(character)] = static_cast<std::uint8_t>(states);
+      break;
+    case 2:
+      matrix.rows16[at(taxon)][at(character)] = static_cast<std::uint16_t>(states);
+      break;
+    default:
+      matrix.rows32[at(taxon)][at(character)] = states;
+  }
+}
+
+continuous_cell read_continuous_cell(int taxon, int character) {
+  const std::uint32_t states = cell(taxon, character);
+  return {static_cast<int>(states & 0xffffU), static_cast<int>(states >> 16)};
+}
+
+std::string_view taxon_name(int taxon) { return matrix.taxon_names[at(taxon)]; }
+
+std::string taxon_label(int taxon) {
+  return matrix.use_taxon_names ? std::string(taxon_name(taxon)) : std::to_string(taxon);
+}
+
+void set_taxon_name(int taxon, std::string_view name) {
+  const std::size_t n = std::min(name.size(), at(matrix.name_length) - 1);
+  std::memcpy(matrix.taxon_names[at(taxon)], name.data(), n);
+  matrix.taxon_names[at(taxon)][n] = '\0';
+}
+
+std::string character_name(int character) {
+  const auto c = at(character);
+  if (c < matrix.char_names.size() && !matrix.char_names[c].name.empty()) {
+    return matrix.char_names[c].name;
+  }
+  return "Char. " + std::to_string(character);
+}
+
+std::string character_label(int character) {
+  return matrix.use_char_names ? character_name(character) : std::to_string(character);
+}
+
+std::string state_symbol(int character, int state) {
+  return {symbol_of_state(type_of(character), state)};
+}
+
+std::string cell_text(int character, std::uint32_t states) {
+  if (matrix.characters[at(character)].is_continuous) {
+    if (states == missing_continuous) return "?";
+    if (states == inapplicable_continuous) return "*";
+    const int low = static_cast<int>(states & 0xffffU);
+    const int high = static_cast<int>(states >> 16);
+    return low == high ? thousandths_text(low)
+                       : thousandths_text(low) + "-" + thousandths_text(high);
+  }
+  if (states == matrix.state_mask) return "?";
+  if (says_nothing(character, states)) {
+    const char symbol = symbol_of_set(type_of(character), matrix.cell_bytes, states);
+    if (symbol) return {symbol};
+  }
+  if (std::has_single_bit(states)) return state_symbol(character, std::countr_zero(states));
+  std::string text = "[";
+  for (std::uint32_t rest = states; rest; rest &= rest - 1) {
+    text += state_symbol(character, std::countr_zero(rest));
+  }
+  return text + "]";
+}
+
+int active_taxa() {
+  const auto taxa = matrix.taxon_active.first(at(matrix.ntax));
+  return static_cast<int>(std::count(taxa.begin(), taxa.end(), 1));
+}
+
+void drop_packed_data() {
+  unlock(&locks.search_lock);
+  unlock(&locks.optimisation_lock);
+}
+
+}  // namespace zeb
