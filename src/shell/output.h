@@ -48,6 +48,15 @@ void newline();
 void flush_line();
 /// Appends one character without sending.
 void put_char(char c);
+/// Empties the line buffer without sending: what an error or interrupt does first. Ends a
+/// diversion.
+void reset_output();
+/// Writes out what waits for the log: at the end of every command, on errors, before every exit.
+void flush_log();
+/// Closes the log, if any.
+void close_log();
+/// Brings the view of the text buffer to its end.
+void view_to_end();
 /// A size as N.NN followed by " Mbytes", one million bytes being the unit.
 std::string megabytes_text(double bytes);
 /// 1234567 as "1,234,567".
@@ -69,6 +78,26 @@ class output_mask_scope {
 
  private:
   unsigned saved_;
+};
+
+/// For its lifetime everything emitted goes straight into `file`, as text, and nowhere else.
+class output_to_file {
+ public:
+  explicit output_to_file(std::FILE* file)
+      : stream_(output.log_stream), diversion_(output.output_diversion) {
+    output.log_stream = file;
+    output.output_diversion = 2;
+  }
+  ~output_to_file() {
+    output.log_stream = stream_;
+    output.output_diversion = diversion_;
+  }
+  output_to_file(const output_to_file&) = delete;
+  output_to_file& operator=(const output_to_file&) = delete;
+
+ private:
+  std::FILE* stream_;
+  int diversion_;
 };
 
 /// One line of progress at the console, rewritten in place on a terminal; nothing in a pipe or in
