@@ -1,5 +1,8 @@
-// The kernels: loops over packed words, pointers in, one number out. They know words, masks and
-// bounds and nothing else. One table of them per instruction set; slots are bound once per mode.
+// The kernels: loops over packed words, pointers in, one number out. They know words, masks, links
+// and bounds and nothing else. One table of them per instruction set; slots are bound once per
+// mode.
+//
+// All widths give the same results for the same operands, word for word.
 #pragma once
 
 #include <cstddef>
@@ -10,6 +13,9 @@ namespace zeb {
 
 using word = std::uint32_t;
 
+/// Word ranges of all groups are multiples of this, so that every width runs without a tail.
+constexpr int words_per_block = 16;
+
 /// The tree in work, by node. Spans of `nodes` entries each.
 struct tree_arrays {
   std::span<std::int32_t> anc;  // ancestor; at the root: next free internal node during a build
@@ -18,18 +24,71 @@ struct tree_arrays {
   std::span<std::int32_t> second;
 };
 
-/// Word ranges of groups 0, 1 and 2, each padded with neutral words (all ones in every operand) to
-/// a multiple of 16 words, so that every width runs without a tail.
+/// Five word arrays of `nwords` words each, aligned to 64 bytes.
+struct node_sets {
+  word* down;        // preliminary sets
+  word* final;       // final sets; not kept at terminals
+  word* unions;      // union of the descendants, plus a full field where they don't intersect
+  word* branch;      // final of this node or final of its ancestor: what an attachment meets
+  word* branch_alt;  // only with asymmetric characters, else null
+};
+
+/// Word ranges of the set groups, each padded with neutral words (all ones in every operand) to a
+/// multiple of 16 words. Group 3 is always empty; group 4 (one field a word) is costed by the same
+/// kernels as groups 0 to 2, so that only step-matrix fields need the wide slots.
 struct kernel_layout {
   std::int32_t end0 = 0;                      // words of group 0
   std::int32_t end1 = 0;                      // running total behind group 1
   std::int32_t end2 = 0;                      // running total behind group 2
+  std::int32_t end4 = 0;                      // running total behind group 4
   const std::int32_t* word_weight = nullptr;  // by word; word-weight mode
-  const std::int32_t* field_weight =
-      nullptr;  // by field of groups 0 to 2 in order; per-character mode
+  // Weight of each field of groups 0, 1, 2 and 4 in order, padding included; per-character mode.
+  const std::int32_t* field_weight = nullptr;
+  // The same weights, one binary digit at a time: digit p of the weight of a field stands in word
+  // `weight_planes[p * end4 + w]` at the bit by which the kernels flag that field.
+  const word* weight_planes = nullptr;
+  std::int32_t plane_count = 0;
 };
 
-/// Weighted steps added where `clip` and `branch` don't meet, summed over groups 0 to 2. A result
+/// A node cluster of the swapper.
+struct cluster_record {
+  word* union_now;           // union of the `branch` sets of its nodes, widened during a clip
+  word* union_saved;         // to restore from after a clip
+  std::int32_t* main_nodes;  // its nodes in the main tree
+  std::int32_t* clip_nodes;  // its nodes in the clipped subtree
+  std::int32_t n_main;
+  std::int32_t n_clip;
+  std::int32_t dirty;        // some word was widened in this clip
+  std::int32_t dirty_first;  // range of words to restore, inclusive
+  std::int32_t dirty_last;
+};
+
+/// Words as they were before waves changed them, newest last, in pieces of `piece_words`.
+struct undo_log {
+  word** where = nullptr;         // where each piece came from
+  word* old_words = nullptr;      // capacity * piece_words
+  std::int32_t capacity = 0;      // pieces
+  std::int32_t count = 0;         // pieces noted; above `capacity` once the log overflowed
+  std::int32_t piece_words = 16;  // width of the kernels in force
+  bool recording = false;
+};
+
+/// What passes and waves walk over.
+struct pass_context {
+  const std::int32_t* anc = nullptr;
+  const std::int32_t* sister = nullptr;
+  const std::int32_t* first = nullptr;
+  const std::int32_t* second = nullptr;
+  const node_sets* sets = nullptr;
+  std::int32_t n = 0;                        // terminals; also the root's number
+  std::int32_t* list = nullptr;              // scratch, `nodes` + 1 entries
+  std::int32_t* stack = nullptr;             // scratch, 2 * `nodes` + 2 entries
+  undo_log* undo = nullptr;                  // null: nothing is noted
+  const std::int32_t* cluster_of = nullptr;  // null: no cluster bookkeeping
+  cluster_record* clusters = nullptr;
+};
+
+/// Weighted steps added where `clip` and `branch` don't meet, summed over the set groups. A result
 /// at or below `bound` is exact; above it, the loop may have stopped early and the value only says
 /// "over".
 using pair_kernel = std::int32_t (*)(const word* clip, const word* branch,
@@ -39,7 +98,7 @@ using triple_kernel = std::int32_t (*)(const word* clip, const word* a, const wo
                                        const kernel_layout& layout, std::int32_t bound);
 /// The pair kernel over many candidates: operand i is `base + items[i] * stride`. Returns the first
 /// i in [from, count) whose cost against `clip` is at or below `bound`, with that cost in `*cost`;
-/// `count` when there is none. The clip stays in registers; the searches spend their time here.
+/// `count` when there is none. The searches spend their time here.
 using scan_kernel = int (*)(const word* clip, const word* base, std::size_t stride,
                             const std::int32_t* items, int from, int count,
                             const kernel_layout& layout, std::int32_t bound, std::int32_t* cost);
@@ -52,6 +111,18 @@ using final_kernel = void (*)(const word* ancestor_final, const word* down, cons
 /// Final pass of a terminal: writes `branch`.
 using final_terminal_kernel = void (*)(const word* ancestor_final, const word* down, word* branch,
                                        const kernel_layout& layout);
+/// Down-pass of `count` internal nodes, from the end of `order` to its start; returns steps.
+using down_pass_kernel = std::int64_t (*)(const pass_context& tree, const std::int32_t* order,
+                                          std::int32_t count, const kernel_layout& layout);
+/// Final pass of `count` internal nodes in order and of the terminals that hang on them. The first
+/// node must be the root of what is walked: its `final` becomes its `down`.
+using final_pass_kernel = void (*)(const pass_context& tree, const std::int32_t* order,
+                                   std::int32_t count, const kernel_layout& layout);
+/// The waves; see repair_after_clip and repair_after_insert.
+using clip_wave_kernel = void (*)(const pass_context& tree, std::int32_t start, std::int32_t clip,
+                                  const kernel_layout& layout);
+using insert_wave_kernel = void (*)(const pass_context& tree, std::int32_t node,
+                                    const kernel_layout& layout);
 
 /// One scoring mode in one width.
 struct kernel_slots {
@@ -61,7 +132,19 @@ struct kernel_slots {
   down_kernel node_down = nullptr;
   final_kernel node_final = nullptr;
   final_terminal_kernel node_final_terminal = nullptr;
+  down_pass_kernel down_pass = nullptr;
+  final_pass_kernel final_pass = nullptr;
+  clip_wave_kernel clip_wave = nullptr;
+  insert_wave_kernel insert_wave = nullptr;
   int width_bits = 32;
 };
+
+enum class scoring_mode { uniform, word_weights, per_character };
+
+/// The kernels of one width (32, 64, 256 or 512 bits); an empty table (null slots) where the
+/// processor lacks the instructions.
+kernel_slots kernels_of_width(int bits, scoring_mode mode);
+/// Widest form that this processor runs.
+int widest_kernels();
 
 }  // namespace zeb

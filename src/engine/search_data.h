@@ -55,31 +55,9 @@ struct field_record {
   std::int32_t character;  // matrix character; -1 padding
 };
 
-/// Five word arrays of `nwords` words each, contiguous and aligned to 64 bytes.
-struct node_sets {
-  word* down;        // preliminary sets
-  word* final;       // final sets; not kept at terminals
-  word* unions;      // union of the descendants, plus a full field where they don't intersect
-  word* branch;      // final of this node or final of its ancestor: what an attachment meets
-  word* branch_alt;  // only with asymmetric characters, else null
-};
-
-/// A node cluster of the swapper.
-struct cluster_record {
-  word* union_now;           // union of the `branch` sets of its nodes, widened during a clip
-  word* union_saved;         // to restore from after a clip
-  std::int32_t* main_nodes;  // its nodes in the main tree
-  std::int32_t* clip_nodes;  // its nodes in the clipped subtree
-  std::int32_t n_main;
-  std::int32_t n_clip;
-  std::int32_t dirty;        // some word was widened in this clip
-  std::int32_t dirty_first;  // range of words to restore
-  std::int32_t dirty_last;
-};
-
 struct search_data {
   // -- taxa --
-  int n = 0;                              // active taxa
+  int n = 0;                              // active taxa, at least 3
   int nodes = 0;                          // 2n - 1
   int all_taxa = 0;                       // taxa of the matrix
   std::span<std::int32_t> pack_to_taxon;  // internal number to matrix row, all taxa
@@ -93,11 +71,13 @@ struct search_data {
   std::array<int, packing_groups + 1> group_start{};  // word offset of each group; last: nwords
   int nwords = 0;
   std::span<std::int32_t> word_weight;  // a weight for each word of groups 0 to 2; word-weight mode
+  std::span<std::int32_t> field_weight;  // what the kernels read; made by bind_kernels
+  std::span<word> weight_planes;         // likewise
   bool uniform_mode = true;
   bool per_char_mode = false;
   bool implied_weighting = false;
   bool has_continuous = false;
-  bool has_wide_fields = false;  // any field in groups 3 to 6
+  bool has_wide_fields = false;  // any field that needs the wide slots: groups 5 and 6
   bool has_asymmetric = false;
   std::int64_t base_steps = 0;  // constant steps removed while packing
   double base_cont = 0;         // constant cost of continuous characters
@@ -111,6 +91,8 @@ struct search_data {
   kernel_layout layout;               // what the kernels know of the word arrays
   kernel_slots kernels;               // bound by bind_kernels
   bool in_swap = false;               // a swapper holds the tree; cluster bookkeeping is on
+
+  undo_log undo;  // see begin_undo
 
   // -- clusters (swapper) --
   std::span<std::int32_t> cluster_of;  // by node
@@ -136,29 +118,62 @@ extern engine_settings engine;
 /// Packs the matrix with its present settings into a fresh `search_data` (kept under the
 /// optimisation lock until a change drops it), and binds the kernels. `full` false: only weights or
 /// the active set changed. `silent` keeps "Packing data" from showing. Cheap when nothing changed.
+/// Errors: no data, fewer than 4 active taxa, active characters of kinds that can't be searched.
 void prepare_search_data(bool full, bool silent);
-/// Fills the kernel slots from the mode and the processor.
+/// Fills the kernel slots from the mode and the processor, and the kernels' weight tables from the
+/// weights of the field records (or `word_weight`), so it is to be called after these change too.
+/// Raises an error if the weights of all fields add up to more than 1,000,000,000.
 void bind_kernels(search_data& data);
+/// Picks the mode for new weights in the field records (`uniform_mode` when all are 1, else
+/// `per_char_mode`) and binds the kernels. For perturbed weights (ratchet, resampling).
+void weights_changed(search_data& data);
 
 /// Full down and final pass over the tree given by its ancestor array (internal numbering, binary,
-/// `nodes` entries). Fills the tree arrays and all node sets; returns the score. With `in_swap` the
-/// cluster unions are made as well.
+/// `nodes` entries). Fills the tree arrays and all node sets; returns the score. With `in_swap` and
+/// `cluster_count` above 0 the cluster unions (`union_now`) are widened by the new sets, so the
+/// swapper empties them first.
 double tree_length(search_data& data, std::span<const std::int32_t> anc);
+/// The same over the tree in `data.tree`.
+double full_pass(search_data& data);
+/// Down and final pass over the subtree of `node` as a tree of its own (its ancestor isn't looked
+/// at); returns its steps, without `base_steps`. At a terminal nothing is done.
+std::int64_t subtree_pass(search_data& data, int node);
 /// Rebuilds sister and descendant arrays from data.tree.anc.
 void rebuild_links(search_data& data);
 
-/// The word wave after the tree changed at `start`. After a clip: `start` is the sister that took
-/// the parent's place, `clip` the detached subtree's root (its own sets are remade as a tree of its
-/// own). After putting back or attaching: `clip` is -1.
+/// The word wave after `clip` was detached and `start`, its sister, took the parent's place. Makes
+/// the sets of the main tree and those of the subtree, whose root is `clip`, as two trees. With
+/// `clip` -1: `start` is the node beside which something was attached (or put back), as
+/// repair_after_insert(data, sister of start).
+/// The sets of the free joint are left as they are and mean nothing.
 void repair_after_clip(search_data& data, int start, int clip);
-/// The wave after terminal or subtree `node` was attached.
+/// The wave after terminal or subtree `node` was attached: its sets, as those of the tree, must
+/// have been valid before. Those of the joint need not be.
 void repair_after_insert(search_data& data, int node);
+/// Waves with `in_swap` on also widen `union_now` of the cluster of each `branch` word written.
+
+/// From now on every word that a wave, reroot_subtree or a cluster's widening changes is noted, so
+/// that undo_sets can put all of them back at a fraction of a wave's cost. The log is emptied.
+void begin_undo(search_data& data);
+/// Puts back every word changed since begin_undo, cluster unions included, and empties the log
+/// (recording goes on). Links are the caller's: they must be put back too. False if the log had
+/// overflowed: nothing was put back; attach and repair with a wave instead.
+bool undo_sets(search_data& data);
+void end_undo(search_data& data);
 
 /// Attach `node` (with `joint` as the internal node to use) on the branch below `target`; detach
-/// the reverse. Keep all four arrays. No sets are touched.
+/// the reverse. Keep all four arrays. No sets are touched. `target` may be any node but the root;
+/// `node` becomes the second descendant of the joint, save beside terminal 0, which stays first.
 void attach(tree_arrays& tree, int node, int joint, int target);
-/// Returns the joint freed; the sister takes its place.
+/// Returns the joint freed; the sister takes its place. `node` is no child of the root.
 int detach(tree_arrays& tree, int node);
+/// Turns the links of the detached subtree `clip` so that `clip` lies on the branch above `node`
+/// (a node of the subtree below a descendant of `clip`); no-op where it does already. No sets.
+void reroot_links(tree_arrays& tree, int node, int clip);
+/// The same, and makes `down` and `unions` on the path. `final` of the path's nodes is zeroed, so
+/// that the wave after attaching `clip` remakes it: until then `branch` sets in the subtree are
+/// those of the old rooting.
+void reroot_subtree(search_data& data, int node, int clip);
 
 /// Conversions between matrix numbering (tree buffer: ntax taxa, polytomies, absent taxa) and the
 /// internal one. `to_internal` prunes inactive taxa, re-roots on the outgroup; it returns false if

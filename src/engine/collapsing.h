@@ -1,0 +1,44 @@
+// Branch collapsing: when a branch counts as absent. Full rules judge a tree of the buffer by an
+// optimisation of their own over the matrix; quick rules judge the tree in work of a search by the
+// node sets that are there already.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "engine/search_data.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+struct collapsing_settings {
+  int rule = 0;            // 0 none, 1 "rule 3", 2 amb, 3 "rule 1", 4 "rule 4", 5 SPR, 6 TBR
+  bool temporary = true;   // collapse temporarily for consensus calculation
+  bool automatic = false;  // condense after each search
+  bool quick = true;       // `qcollapse`: skip moves within polytomies during a swap
+};
+extern collapsing_settings collapsing;  // written by the collapse commands only
+
+/// Marks the branches of a tree of the buffer (matrix numbering; polytomies and absent taxa
+/// allowed) under the current rule: `marks[v]` 1 where the branch above internal node v stays, 0
+/// where it is collapsed; the root's mark is 1; entries of terminals and unused numbers are 1.
+/// `marks` has `nnodes` entries. `ignored_taxa` (by matrix row, may be empty) are left out of the
+/// judgement.
+void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
+                   std::span<const std::uint8_t> ignored_taxa = {});
+/// Removes the internal nodes marked 0, joining their descendants to their ancestors; normalises.
+void condense_tree(tree_span tree, std::span<const std::uint8_t> marks);
+/// Both, under the current rule. Nothing happens under rule 0.
+void condense_by_rule(tree_span tree, std::span<const std::uint8_t> ignored_taxa = {});
+
+/// Marks of the tree in work (internal numbering, `nodes` entries, full sets valid) under the quick
+/// form of rule `level`: all 1 at level 0. 1 for terminals and the root.
+void search_marks(const search_data& data, int level, std::span<std::uint8_t> marks);
+
+/// Rules 5 and 6 swap branches, a floor above: the swapper registers how. Called with the tree of
+/// the buffer; fills marks as collapse_tree.
+using swap_collapser = void (*)(const_tree_span tree, bool use_tbr, std::span<std::uint8_t> marks,
+                                std::span<const std::uint8_t> ignored_taxa);
+void register_swap_collapser(swap_collapser collapser);
+
+}  // namespace zeb
