@@ -3,7 +3,6 @@
 // here answer "no key" and write nothing.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,7 +24,7 @@ enum console_key : int {
   key_resize,  // the screen has a new size, already kept in `output`
   key_other,
 };
-constexpr int key_escape = 27;
+constexpr int escape_key = 27;
 
 struct console_settings {
   bool auto_view = false;  // the viewer is shown whenever the console asks for a line
@@ -34,25 +33,26 @@ struct console_settings {
 extern console_settings console;
 
 /// Takes the terminal over if there is one: sets `output.console_mode` and the screen's size, reads
-/// the history. False: no terminals, nothing changed.
-bool start_console();
+/// the history. Changes nothing without terminals.
+void start_console();
 /// Gives the terminal back, cleared, and writes the history. May be called twice, or without
 /// `start_console`; also runs at exit.
 void end_console();
 
-/// Waits for a key; `no_key` without a console or when the terminal is gone.
+/// Is there a user to answer a question?
+bool user_present();
+/// Waits for a key; <esc> where there is no user, and when the terminal is gone.
 int wait_for_key();
-/// A key if one is there.
+/// The key pressed, if any; `no_key` for none.
 int poll_key();
 /// Shows the question and takes keys until one, folded to lower case, is among `answers`; returns
-/// it. Without a console nothing is shown and `no_key` is returned: the caller takes the safe
-/// answer.
+/// it. Without a user nothing is shown and <esc> is returned: the caller takes the safe answer.
 int ask_key(std::string_view question, std::string_view answers);
 
-/// Reads one line with the prompt, editing and history; the viewer first with `auto_view` on. The
-/// text has no newline and at most `longest` bytes; with `echo [` prompt and text go to the log.
-/// Empty optional: the terminal is gone.
-std::optional<std::string> read_console_line(std::string_view prompt, std::size_t longest);
+/// One line with its newline, edited by the user under the command's prompt, at most `size` bytes
+/// with the terminator. The viewer comes first with `auto_view` on; with `echo [` prompt and text
+/// go to the log. False when the terminal is gone.
+bool read_console_line(char* text, int size);
 
 /// What a look at the keyboard asks for.
 enum class key_wish { nothing, interrupt, end_search };
