@@ -26,6 +26,7 @@ struct tree_store {
       trees;           // `maxtrees` records of `nnodes` ancestors each, contiguous, in the arena
   int maxtrees = 100;  // capacity, set by `hold`
   int ntrees = 0;      // trees in use
+  int nnodes = 0;      // cells of a record; 0 without data
 
   int tgroup_limit = 32;                      // tree groups, `tgroup +N` before data are read
   int tgroup_words = 1;                       // 32-bit words of membership a tree
@@ -39,7 +40,20 @@ struct tree_store {
   int vault_trees = 0;          // trees in it
   std::span<tree_node*> vault;  // vault_size records
 
+  int sectorial_recursion = 0;  // depth of recursive sectorial searches, set by them: while above 0
+                                // neither the capacity nor the vault can change
+
   bool include_absent = false;  // `absincl =`: absent taxa of read trees join at the base
+
+  // Where the records start in the arena, and how far the other stack may come.
+  std::byte* memory_low = nullptr;
+  std::byte* memory_high = nullptr;
+  // Records of a buffer that grew while its command had temporary memory behind the buffer: they
+  // wait here, and go into the arena when the command is over. Empty otherwise.
+  std::vector<tree_node> unsettled;
+  std::vector<tree_node*> unsettled_rows;
+  std::vector<std::uint32_t> unsettled_groups;
+  std::vector<std::uint32_t*> unsettled_group_rows;
 };
 extern tree_store store;
 
@@ -58,22 +72,47 @@ struct tag_store {
 };
 extern tag_store tags;
 
-inline tree_span stored_tree(int number);
+/// Cells of stored tree `number`, which must be below `maxtrees`. The span is good until the
+/// capacity changes.
+inline tree_span stored_tree(int number) {
+  return {store.trees[static_cast<std::size_t>(number)], static_cast<std::size_t>(store.nnodes)};
+}
+inline tree_span vault_tree(int number) {
+  return {store.vault[static_cast<std::size_t>(number)], static_cast<std::size_t>(store.nnodes)};
+}
 
 // ---- operations on one tree (any array in the form above) ----
 
 /// Renumbers internal nodes in order of first meeting, from the terminals 0, 1, 2... rootward.
-void normalise_tree(tree_span tree, int ntax);
+/// `new_numbers`, if given, receives the new number of each old node, -1 for nodes that are gone.
+void normalise_tree(tree_span tree, int ntax, std::vector<int>* new_numbers = nullptr);
 /// Empty text if the array is a valid tree, else what is wrong with it.
 std::string check_tree_record(const_tree_span tree, int ntax);
 /// Removes the flagged terminals and every node left with one descendant, and normalises. Error
 /// when none would be left.
 void delete_taxa(tree_span tree, int ntax, std::span<const std::uint8_t> flags);
-/// Removes internal nodes with a single descendant (other than the root's own needs) and
-/// normalises.
-void remove_redundant_nodes(tree_span tree, int ntax);
+/// Removes internal nodes with a single descendant or none (a root above a single terminal stays)
+/// and normalises. `new_numbers` as above.
+void remove_redundant_nodes(tree_span tree, int ntax, std::vector<int>* new_numbers = nullptr);
+/// Writes the record of a tree given as ancestors with any node from `ntax` up as the root: -1 for
+/// the root and for what isn't in the tree. The array may be longer than a record; nodes with a
+/// single descendant or none are dropped. `ancestors` is scratch afterwards.
+void record_from_ancestors(std::vector<int>& ancestors, tree_span tree, int ntax,
+                           std::vector<int>* new_numbers = nullptr);
 /// Re-roots so that `terminal` is a descendant of the root, sister of all others; normalises.
+/// Nothing happens where the tree doesn't hold it, or holds nothing else.
 void reroot_tree(tree_span tree, int ntax, int terminal);
+/// The same with any node in place of the terminal: the root comes onto the branch below it.
+void reroot_on_branch(tree_span tree, int ntax, int node);
+/// Moves the clade of `node` onto the branch below `target`, or with `as_descendant` makes it one
+/// more descendant of the internal node `target`. False, with the tree unchanged, where `target`
+/// lies within the clade or `node` is the root. Normalises.
+bool move_clade(tree_span tree, int ntax, int node, int target, bool as_descendant);
+/// Does `node` descend from `ancestor`, or is it the same?
+bool descends_from(const_tree_span tree, int ntax, int node, int ancestor);
+/// Terminals of the clade of `node`, flagged in `marks` (other entries are left alone).
+void mark_terminals(const_tree_span tree, int ntax, int node, std::span<std::uint8_t> marks);
+int terminals_in(const_tree_span tree, int ntax);
 /// Joins absent taxa at a new root, with the tree as their sister.
 void include_absent_taxa(tree_span tree, int ntax);
 bool is_absent(const_tree_span tree, int terminal);
@@ -90,30 +129,34 @@ struct descendant_lists {
 };
 descendant_lists descendants_of(const_tree_span tree, int ntax);
 /// Internal nodes from the root outward, each after its ancestor.
-std::vector<int> nodes_rootward_first(const_tree_span tree, int ntax);
+std::vector<int> nodes_rootward_first(const descendant_lists& lists, int ntax);
 
 // ---- the buffer ----
 
 /// Next free slot, `ntrees` one higher. With a group name and automatic groups on, the tree gets a
 /// group of its own. Full: with `may_grow` the capacity goes to the next multiple of ten, with a
-/// warning; else the error "No space to store new trees (increase maxtrees)".
+/// warning; else the error "No space to store new trees (increase maxtrees)". Growing moves the
+/// trees and releases packed data and search workspace.
 tree_span store_slot(std::string_view group_name, bool may_grow);
-/// As `hold`. Returns false where it can't be done and `silent_failure` allows that.
+/// As `hold N`. Returns false where it can't be done and `silent_failure` allows that, and during a
+/// recursive sectorial search. With `report` the capacity is printed.
 bool set_maxtrees(int n, bool report, bool silent_failure = false);
+/// As `hold N/V`: capacity and vault at once; the vault must be empty.
+void set_maxtrees_and_vault(int n, int vault_size);
 /// Keeps the flagged trees, in order; group bits move with them.
 void select_trees(std::span<const std::uint8_t> keep);
 /// Puts trees first to last-1 into the next automatic group.
 void tag_tree_group(int first, int last, std::string_view name);
+bool in_tree_group(int tree, int group);
+void add_to_tree_group(int tree, int group);
+/// Clears the group's bit in all trees.
+void clear_tree_group(int group);
+bool tree_group_defined(int group);
 /// "Tree(s) are required" without trees; "Tree-buffer has" N "trees" for a number past the end.
 void require_trees();
 void check_tree_number(int tree);
+/// "Must give node number" for a negative one; "No node" N "in tree" T past the end or absent.
 void check_node_number(int tree, int node);
-
-inline tree_span stored_tree(int number) {
-  const auto i = static_cast<std::size_t>(number);
-  return {store.trees[i],
-          store.trees.size() > 1 ? static_cast<std::size_t>(store.trees[1] - store.trees[0]) : 0};
-}
 
 // ---- parenthetical text: the one parser and the one writer ----
 

@@ -1,0 +1,285 @@
+// The buffer of trees: its layout in the arena, its growth, and the trees' numbers and groups.
+//
+// The records come first, the vault's before the trees', then the pointers to them, then the group
+// words. A change of capacity lays the buffer out again from the same address, so records stay
+// where they are and growing costs no copy.
+#include "trees/tree_store.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "matrix/matrix.h"
+#include "shell/arena.h"
+#include "shell/errors.h"
+#include "shell/output.h"
+#include "shell/process.h"
+#include "trees/registration.h"
+
+namespace zeb {
+
+tree_store store;
+tag_store tags;
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+std::size_t group_words() { return at(store.tgroup_words); }
+
+/// Group words of the trees there are, in a row; they are laid out anew and copied back.
+std::vector<std::uint32_t> saved_groups(int count) {
+  std::vector<std::uint32_t> words;
+  words.reserve(at(count) * group_words());
+  for (int t = 0; t < count; ++t) {
+    const std::uint32_t* row = store.tree_groups[at(t)];
+    words.insert(words.end(), row, row + group_words());
+  }
+  return words;
+}
+
+void restore_groups(const std::vector<std::uint32_t>& words) {
+  if (!words.empty()) std::memcpy(store.tree_groups[0], words.data(), words.size() * 4);
+}
+
+/// Takes the arena for `capacity` trees and a vault, and locks it. `kept` trees that stood behind
+/// `old_vault` records at the same address move to their new place.
+void lay_out(int capacity, int vault_size, int old_vault, int kept) {
+  const std::size_t rows = at(capacity) + at(vault_size);
+  const std::size_t cells = at(store.nnodes);
+  store.memory_low = arena.low;
+  store.memory_high = arena.high;
+  const std::span<tree_node> records = alloc_low<tree_node>(checked_product(rows, cells));
+  if (old_vault != vault_size && kept > 0) {
+    std::memmove(records.data() + at(vault_size) * cells, records.data() + at(old_vault) * cells,
+                 at(kept) * cells * sizeof(tree_node));
+  }
+  const std::span<tree_node*> table = alloc_low<tree_node*>(rows);
+  for (std::size_t r = 0; r < rows; ++r) table[r] = records.data() + r * cells;
+  store.tree_groups = calloc_table_low<std::uint32_t>(at(capacity), group_words());
+  store.vault = table.first(at(vault_size));
+  store.trees = table.subspan(at(vault_size));
+  store.maxtrees = capacity;
+  store.vault_size = vault_size;
+  store.ntrees = kept;
+  lock(&locks.tree_lock);
+}
+
+/// Bytes that a buffer needs, generously: what the searches keep per tree and node comes on top.
+std::size_t bytes_needed(int capacity, int vault_size, bool with_margin) {
+  const std::size_t rows = at(capacity) + at(vault_size);
+  const std::size_t record = at(store.nnodes) * sizeof(tree_node) + sizeof(tree_node*);
+  std::size_t bytes = checked_product(rows, record + group_words() * 4 + sizeof(std::uint32_t*));
+  if (with_margin) bytes += checked_product(rows, 64) + at(store.nnodes) * 40;
+  return bytes + 80;
+}
+
+std::size_t bytes_available() {
+  return static_cast<std::size_t>(store.memory_high - store.memory_low);
+}
+
+/// Temporary memory of the running command lies behind the buffer, or none of it is left.
+bool memory_is_shared() { return arena.low != arena.low_mark || arena.high != arena.high_mark; }
+
+void move_into_arena(int capacity, int vault_size) {
+  const int kept = std::min(store.ntrees, capacity);
+  const int old_vault = store.vault_size;
+  const std::vector<std::uint32_t> words = saved_groups(kept);
+  unlock(&locks.tree_lock);
+  // Consistent, though empty, should an allocation fail now.
+  store.trees = store.vault = {};
+  store.tree_groups = {};
+  store.ntrees = store.maxtrees = store.vault_size = 0;
+  lay_out(capacity, vault_size, old_vault, kept);
+  restore_groups(words);
+}
+
+/// Grows in system memory, for as long as the command runs.
+void grow_outside_arena(int capacity) {
+  const std::size_t cells = at(store.nnodes);
+  const int kept = std::min(store.ntrees, capacity);
+  std::vector<std::uint32_t> words = saved_groups(kept);
+  std::vector<tree_node> records(at(capacity) * cells);
+  for (int t = 0; t < kept; ++t) {
+    std::memcpy(records.data() + at(t) * cells, store.trees[at(t)], cells * sizeof(tree_node));
+  }
+  words.resize(at(capacity) * group_words(), 0);
+  store.unsettled.swap(records);
+  store.unsettled_groups.swap(words);
+  store.unsettled_rows.resize(at(capacity));
+  store.unsettled_group_rows.resize(at(capacity));
+  for (std::size_t t = 0; t < at(capacity); ++t) {
+    store.unsettled_rows[t] = store.unsettled.data() + t * cells;
+    store.unsettled_group_rows[t] = store.unsettled_groups.data() + t * group_words();
+  }
+  store.trees = store.unsettled_rows;
+  store.tree_groups = store.unsettled_group_rows;
+  store.maxtrees = capacity;
+}
+
+/// Command-over hook: a buffer that grew outside goes into the arena.
+void settle_buffer() {
+  if (store.unsettled.empty()) return;
+  end_of_command();
+  const std::vector<tree_node> records = std::move(store.unsettled);
+  store.unsettled.clear();
+  const int kept = store.ntrees;
+  move_into_arena(store.maxtrees, 0);
+  if (kept > 0) {
+    std::memcpy(store.trees[0], records.data(), at(kept) * at(store.nnodes) * sizeof(tree_node));
+  }
+  store.unsettled_groups.clear();
+  store.unsettled_rows.clear();
+  store.unsettled_group_rows.clear();
+}
+
+bool resize(int capacity, int vault_size, bool silent_failure) {
+  if (bytes_needed(capacity, vault_size, capacity > store.maxtrees) > bytes_available()) {
+    if (silent_failure) return false;
+    error_end("Cannot make tree space for", capacity, "trees");
+  }
+  if (!store.unsettled.empty() || memory_is_shared()) {
+    grow_outside_arena(capacity);
+  } else {
+    move_into_arena(capacity, vault_size);
+  }
+  return true;
+}
+
+void create_buffer() {
+  ALWAYS_CHECK(locks.matrix_lock != 0, "trees need the matrix below them");
+  store.nnodes = matrix.nnodes;
+  store.tgroup_words = (store.tgroup_limit + 31) / 32;
+  store.defined_groups.assign(group_words(), 0);
+  store.group_names.clear();
+  for (int g = 0; g < store.tgroup_limit; ++g) {
+    store.group_names.push_back(text_of("Group_%i", g));
+  }
+  store.next_auto_group = 0;
+  tags.tags_present = false;
+  lay_out(100, 0, 0, 0);
+}
+
+void forget_buffer() {
+  const bool include_absent = store.include_absent;
+  const bool auto_group = store.auto_group;
+  const int tgroup_limit = store.tgroup_limit;
+  store = {};
+  store.include_absent = include_absent;
+  store.auto_group = auto_group;
+  store.tgroup_limit = tgroup_limit;
+  tags.tags_present = false;
+  tags.tag_tree.clear();
+  tags.tag_texts.clear();
+}
+
+}  // namespace
+
+void register_tree_store() {
+  add_new_matrix_hook(create_buffer);
+  add_matrix_gone_hook(forget_buffer);
+  add_command_over_hook(settle_buffer);
+}
+
+bool set_maxtrees(int n, bool report, bool silent_failure) {
+  if (store.sectorial_recursion > 0) return false;
+  if (n != store.maxtrees) {
+    if (store.vault_size > 0) {
+      if (silent_failure) return false;
+      error_end("Cannot increase tree-space when tree-vault is set");
+    }
+    if (n < store.ntrees && !silent_failure) {
+      warning("There are", store.ntrees, "trees in memory.", "\nResetting maxtrees to", n,
+              "will discard", store.ntrees - n, "trees");
+    }
+    if (!resize(n, 0, silent_failure)) return false;
+    store.ntrees = std::min(store.ntrees, n);
+  }
+  if (report) report_line("Space for", store.maxtrees, "trees in memory");
+  return true;
+}
+
+void set_maxtrees_and_vault(int n, int vault_size) {
+  if (n < store.ntrees) {
+    warning("There are", store.ntrees, "trees in memory.", "\nResetting maxtrees to", n,
+            "will discard", store.ntrees - n, "trees");
+  }
+  resize(n, vault_size, false);
+  store.vault_trees = 0;
+}
+
+tree_span store_slot(std::string_view group_name, bool may_grow) {
+  if (store.ntrees >= store.maxtrees) {
+    if (!may_grow) error_end("No space to store new trees (increase maxtrees)");
+    const int capacity = store.maxtrees / 10 * 10 + 10;
+    warning("To store a new tree, maxtrees will be increased to", capacity);
+    if (!set_maxtrees(capacity, false, true)) {
+      error_end("No space to store new trees (increase maxtrees)");
+    }
+  }
+  const int slot = store.ntrees++;
+  std::fill_n(store.tree_groups[at(slot)], group_words(), 0U);
+  if (!group_name.empty() && store.auto_group) tag_tree_group(slot, slot + 1, group_name);
+  return stored_tree(slot);
+}
+
+void select_trees(std::span<const std::uint8_t> keep) {
+  int kept = 0;
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (!keep[at(t)]) continue;
+    if (kept != t) {
+      std::memcpy(store.trees[at(kept)], store.trees[at(t)], at(store.nnodes) * sizeof(tree_node));
+      std::copy_n(store.tree_groups[at(t)], group_words(), store.tree_groups[at(kept)]);
+    }
+    ++kept;
+  }
+  store.ntrees = kept;
+}
+
+bool in_tree_group(int tree, int group) {
+  return ((store.tree_groups[at(tree)][group / 32] >> (group % 32)) & 1U) != 0;
+}
+
+bool tree_group_defined(int group) {
+  const std::size_t word = at(group / 32);
+  return word < store.defined_groups.size() &&
+         ((store.defined_groups[word] >> (group % 32)) & 1U) != 0;
+}
+
+void clear_tree_group(int group) {
+  for (std::uint32_t* row : store.tree_groups) row[group / 32] &= ~(1U << (group % 32));
+}
+
+void add_to_tree_group(int tree, int group) {
+  store.tree_groups[at(tree)][group / 32] |= 1U << (group % 32);
+  store.defined_groups[at(group / 32)] |= 1U << (group % 32);
+}
+
+void tag_tree_group(int first, int last, std::string_view name) {
+  if (store.tgroup_limit < 1) return;
+  if (store.next_auto_group >= store.tgroup_limit) store.next_auto_group = 0;
+  const int group = store.next_auto_group;
+  clear_tree_group(group);
+  for (int t = first; t < last; ++t) add_to_tree_group(t, group);
+  store.defined_groups[at(group / 32)] |= 1U << (group % 32);
+  store.group_names[at(group)] = name;
+  store.next_auto_group = group + 1 < store.tgroup_limit ? group + 1 : 0;
+}
+
+void require_trees() {
+  if (store.ntrees == 0) error_end("Tree(s) are required");
+}
+
+void check_tree_number(int tree) {
+  if (tree < 0) error_end("Must give", "tree number");
+  if (tree >= store.ntrees) error_end("Tree-buffer has", store.ntrees, "trees");
+}
+
+void check_node_number(int tree, int node) {
+  if (node < 0) error_end("Must give", "node", "number");
+  const const_tree_span record = stored_tree(tree);
+  if (node >= node_limit(record, matrix.ntax) || (node < matrix.ntax && is_absent(record, node))) {
+    error_end("No node", node, "in tree", tree);
+  }
+}
+
+}  // namespace zeb
