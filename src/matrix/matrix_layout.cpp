@@ -88,7 +88,9 @@ void complete_types() {
 // Runs at the end of every command: a matrix that was begun and never finished has lost its memory
 // with the command.
 void drop_unfinished_matrix() {
-  if (!matrix.present && matrix.ntax > 0) clear_state();
+  if (matrix.present || matrix.ntax == 0) return;
+  unlock(&locks.matrix_lock);
+  clear_state();
 }
 
 bool data_present() { return matrix.present; }
@@ -181,8 +183,9 @@ void finish_matrix() {
   name_groups(matrix.taxon_group_names);
   name_groups(matrix.character_group_names);
   std::copy(matrix.characters.begin(), matrix.characters.end(), matrix.kept_characters.begin());
-  for (const matrix_hook hook : new_matrix_hooks) hook();
+  // The lock comes first, so that what the hooks allocate and lock lies above the matrix.
   lock(&locks.matrix_lock);
+  for (const matrix_hook hook : new_matrix_hooks) hook();
   matrix.present = true;
 }
 

@@ -8,5 +8,6 @@ void register_trees();
 
 /// Its parts, one a file.
 void register_tree_store();
+void register_tree_lists();
 
 }  // namespace zeb

@@ -1,0 +1,10 @@
+#include "trees/registration.h"
+
+namespace zeb {
+
+void register_trees() {
+  register_tree_store();
+  register_tree_lists();
+}
+
+}  // namespace zeb
