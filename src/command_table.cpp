@@ -2,6 +2,8 @@
 // A row without a handler is a command that isn't built yet; running it is an error that says so.
 #include "command_table.h"
 
+#include "matrix/commands.h"
+
 namespace zeb {
 namespace {
 
@@ -158,8 +160,8 @@ constexpr command_row rows[] = {
     {"xmult",       none, true,  topic_searching},
     {"xperm",       none, true,  topic_various | topic_characters},
     {"xpiwe",       none, false, topic_settings | topic_weights},
-    {"xread",       none, true,  topic_input | topic_save},
-    {"xwipe",       none, false, topic_various},
+    {"xread",       xread_command, true,  topic_input | topic_save},
+    {"xwipe",       xwipe_command, false, topic_various},
     {"unique",      none, true,  topic_diagnosis | topic_compare},
     {"unshared",    none, false, topic_consensus | topic_settings},
     {"usminmax",    none, false, topic_settings},

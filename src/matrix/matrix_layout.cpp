@@ -108,18 +108,6 @@ void wipe_matrix() {
   clear_state();
 }
 
-double matrix_memory_estimate(int ntax, int nchar) {
-  const double n = nchar;
-  const double t = ntax;
-  const double v = 2 * t - 1;
-  const double name = lexer.name_limit;
-  constexpr double tag_size = 128;
-  const double records = 112 * n + 96 * name;
-  const double rows = records + 24 * v + n * t * matrix.cell_bytes;
-  const double nodes = v + name * t + 512 + tag_size * v + 4 * (19 * v + 2 * (2 * name * v + t));
-  return 1.25 * (rows + nodes);
-}
-
 void begin_matrix(int ntax, int nchar) {
   wipe_matrix();
   if (nchar < 1) error_end("Must specify number of characters");

@@ -1,0 +1,49 @@
+// The memory that a data set needs, and the arena made large enough for it.
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "matrix/matrix.h"
+#include "matrix/matrix_reader.h"
+#include "shell/arena.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+namespace {
+
+// Bytes of the machine's memory.
+double machine_memory() {
+  return static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGE_SIZE));
+}
+
+}  // namespace
+
+double matrix_memory_estimate(int ntax, int nchar) {
+  const double n = nchar;
+  const double t = ntax;
+  const double v = 2 * t - 1;
+  const double name = lexer.name_limit;
+  constexpr double tag_size = 128;
+  const double records = 112 * n + 96 * name;
+  const double rows = records + 24 * v + n * t * matrix.cell_bytes;
+  const double nodes = v + name * t + 512 + tag_size * v + 4 * (19 * v + 2 * (2 * name * v + t));
+  return 1.25 * (rows + nodes);
+}
+
+void make_room_for_matrix(int ntax, int nchar) {
+  const double estimate = matrix_memory_estimate(ntax, nchar);
+  if (settings.report) {
+    emit("Matrix (", ntax, " taxa, ", nchar, " chars., ", 8 * matrix.cell_bytes,
+         " states). Memory required for data: ", megabytes_text(estimate), "\n");
+  }
+  // Refused before the system is asked: it may promise memory that it doesn't have.
+  if (estimate > machine_memory()) out_of_memory();
+  const double wanted = std::min(4 * estimate, machine_memory());
+  if (static_cast<double>(arena_free()) < wanted && arena.lock_count == 0) {
+    create_arena(static_cast<std::size_t>(wanted));
+  }
+}
+
+}  // namespace zeb

@@ -1,0 +1,18 @@
+// Reads a matrix in the program's own format from the input.
+#pragma once
+
+namespace zeb {
+
+/// Reads title, dimensions, rows and the closing ";", and makes the matrix current. Errors end the
+/// command and leave no data.
+void read_matrix();
+
+/// Prints what a matrix of this size will need, and makes the arena larger where it should be. The
+/// former data must have gone.
+void make_room_for_matrix(int ntax, int nchar);
+
+/// Warns that the present data will be replaced by those of `source`. A user who declines ends the
+/// command.
+void warn_of_replacement(const char* source);
+
+}  // namespace zeb
