@@ -1,8 +1,11 @@
-// The command table. Its order is part of the language: a word runs the first row that it is a prefix of.
-// A row without a handler is a command that isn't built yet; running it is an error that says so.
+// The command table. Its order is part of the language: a word runs the first row that it is a
+// prefix of. A row without a handler is a command that isn't built yet; running it is an error that
+// says so.
 #include "command_table.h"
 
 #include "matrix/commands.h"
+#include "shell/commands.h"
+#include "shell/process.h"
 
 namespace zeb {
 namespace {
@@ -82,7 +85,7 @@ constexpr command_row rows[] = {
     {"nelsen",      none, true,  topic_consensus | topic_trees},
     {"nstates",     none, false, topic_input | topic_settings},
     {"outgroup",    none, false, topic_input | topic_settings},
-    {"procedure",   none, false, topic_input},
+    {"procedure",   procedure_command, false, topic_input},
     {"pause",       none, false, topic_various},
     {"pcrprune",    none, true,  topic_compare | topic_consensus | topic_trees},
     {"pfijo",       none, true,  topic_searching},
@@ -95,8 +98,8 @@ constexpr command_row rows[] = {
     {"pzeb",        none, true,  topic_various | topic_scripts},
     {"qcollapse",   none, false, topic_searching | topic_settings},
     {"qnelsen",     none, true,  topic_searching | topic_consensus},
-    {"quote",       none, false, topic_output | topic_various},
-    {"quit",        none, false, topic_various},
+    {"quote",       quote_command, false, topic_output | topic_various},
+    {"quit",        quit_command, false, topic_various},
     {"randtrees",   none, true,  topic_various | topic_trees},
     {"ratchet",     none, true,  topic_searching},
     {"rcompl",      none, true,  topic_diagnosis},
@@ -165,7 +168,7 @@ constexpr command_row rows[] = {
     {"unique",      none, true,  topic_diagnosis | topic_compare},
     {"unshared",    none, false, topic_consensus | topic_settings},
     {"usminmax",    none, false, topic_settings},
-    {"zzz",         none, false, topic_various},
+    {"zzz",         quit_command, false, topic_various},
     {"\nMACROS:",   none, false, 0},
     {"bandb",       none, false, topic_scripts},
     {"barplot",     none, false, topic_scripts},

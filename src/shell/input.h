@@ -8,18 +8,20 @@
 
 namespace zeb {
 
-constexpr int frame_text_size = 4128;  // bytes of a frame's buffer, with the terminator
+constexpr int frame_text_size = 4128;  // bytes of a frame's text, with the terminator
+constexpr int refill_size = 4096;      // most bytes read at a time
+constexpr int kept_behind = 32;        // bytes kept in front of a refilled text, for unreading
 
 /// One open input.
 struct input_frame {
   std::FILE* stream = nullptr;  // null: only a string
   bool is_terminal = false;
-  bool at_end = false;  // the text has run out
-  const char* saved_position =
-      nullptr;                         // read position of the frame below, while this one is on top
+  bool at_end = false;                 // the text has run out
+  char* saved_position = nullptr;      // read position of the frame below, while this one is on top
   std::vector<std::string> arguments;  // `%1` and so on
   bool has_arguments = false;
-  char buffer[frame_text_size] = {};
+  char buffer[kept_behind + frame_text_size + 8] = {};
+  char* text = buffer;  // start of the text: nothing before it can be unread
   char name[160] = {};
   int line_number = 0;  // newlines read
   // What the macro layer keeps for the file: see macro/.
@@ -36,9 +38,31 @@ struct input_state {
   std::string run_directory;      // `rdir`, ends in "/"
   int error_target_level = -1;    // `goto [`; -1 none
   std::string error_target_file, error_target_label;
-  bool jump_pending = false;  // the main loop is to run the jump to the error target
+  std::string goto_default_file;  // `goto =`
+  bool jump_pending = false;      // the main loop is to run the jump to the error target
+  bool in_command_head = false;   // blanks between a command word and its arguments are skipped
+  // Process arguments that didn't fit in the level-0 text yet.
+  std::string argument_text;
+  std::size_t argument_position = 0;
 };
 extern input_state input;
+
+/// What the macro layer does when the stack changes. Null while the language is off.
+struct macro_hook_table {
+  void (*frame_about_to_be_pushed)() = nullptr;
+  void (*frame_pushed)() = nullptr;
+  void (*frame_popped)() = nullptr;
+  void (*command_failed)() = nullptr;    // error or interrupt: blocks and loops end
+  void (*show_error_place)() = nullptr;  // replaces the plain place and caret of an error
+  bool (*running_call)() = nullptr;      // no "Again reading from" for it
+};
+extern macro_hook_table macro_hooks;
+
+/// The frame being read.
+inline input_frame& top_frame() { return *input.frames[static_cast<std::size_t>(input.top)]; }
+/// Allocates the frames and makes level 0: the text of the process arguments, or the standard input
+/// where there are none. `name` is shown for it.
+void start_input(int mxproc, std::string argument_text, const std::string& name);
 
 /// The two replaceable entries through which every handler takes characters. `read_char` returns
 /// the next character as a non-negative integer and never fails: an ended input gives "\n;".
@@ -56,9 +80,16 @@ void push_file(const std::string& name, std::span<const std::string> arguments,
 /// Makes `text` (under 4,128 bytes) the top frame, under the given display name.
 void push_string(std::string_view text, const char* name);
 void pop_frame();
-/// Pops down to level 0.
+/// Pops down to level 0. Keeps a jump to the error target pending, and drops what is left of the
+/// console line or of the failed command of the process arguments.
 void pop_all();
-/// The top frame has run out of text.
+/// Pops the frames above `level` whose text has run out. Returns true while `level` itself has
+/// text.
+bool has_text_at(int level);
+void copy_file_name(char (&out)[160]);
+/// Is `name` the file being read?
+bool is_current_file(std::string_view name);
+/// The top frame has run out of text: nothing but the supplied "\n;", or a part of it, is left.
 bool input_ended();
 /// Level 0 has run out of text.
 bool level_zero_ended();

@@ -37,14 +37,23 @@ struct command_row {
   command_handler handler;  // reads its own arguments from the input
   bool timed;               // `watch` reports its time
   std::uint32_t topics;
+  bool whole_word = false;  // no abbreviation runs it
 };
 
 /// Hands the interpreter its table, whose order is the rule for abbreviations. Called once.
 void set_command_table(std::span<const command_row> rows);
 std::span<const command_row> command_table();
+/// Index of the row of `zzz`: the rows behind it belong to the macro language.
+int zzz_row();
+/// The first row that `word` is a prefix of; null for none.
+const command_row* find_command(std::string_view word);
 
 /// Reads and runs one command, with its jump context and the release of temporary memory.
 void run_one_command();
+/// Set up before the handler of every command, by the searches.
+void set_pre_run_hook(void (*hook)());
+/// Nested runs of a command string.
+int command_string_depth();
 /// Runs `text` (under 4,128 bytes) as commands from inside a handler, with the console silenced.
 void run_command_string(const std::string& text);
 /// Keeps `watch` from reporting a command that only showed or changed settings.

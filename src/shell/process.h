@@ -32,11 +32,44 @@ extern command_state command;
 /// throwing `command_unwinding`, or inside a search by setting `interrupt_state`.
 void check_interrupt(int mode);
 
+/// Runs the program: run mode from the first argument, defaults, main loop. Returns the exit
+/// status.
+int run_process(int argc, char** argv);
+/// `quit`: ends the process with status 0, or takes up the execute file of a background run.
+void quit_command();
+/// Ends the process: closes files, the log and the console.
+[[noreturn]] void end_process(int status);
+/// What `quit` must close, in the order of registration: open drawings, tree files, slaves.
+using quit_hook = void (*)();
+void add_quit_hook(quit_hook hook);
+
+/// The last step of errors and interrupts: cleans up and throws to the innermost jump context.
+/// Ends the process in the background.
+[[noreturn]] void unwind_command();
+/// The user's stop: pops all input and unwinds, or sets `interrupt_state` in a search.
+void user_interrupt();
+/// The end of the instructions of a background run: runs the execute file if there is one (true),
+/// else ends the process with status 1.
+bool take_up_execute_file();
+void end_background_run();
+/// Runs the "command is over" hooks.
+void command_is_over();
+
+/// Counts the jump contexts that stand, so that an error outside of all ends the process.
+class jump_context {
+ public:
+  jump_context();
+  ~jump_context();
+  jump_context(const jump_context&) = delete;
+  jump_context& operator=(const jump_context&) = delete;
+};
+
 /// Seconds of the wall clock, with a fraction.
 double wall_clock();
 
-/// Run at the end of every command, however it ended (progress display, open drawings, parallel
-/// layer), in the order of registration. Registered once, at start-up.
+/// Run before an error shows its message and at the end of every command, however it ended
+/// (progress display, open drawings, parallel layer), in the order of registration. Registered
+/// once, at start-up. May run twice for one command.
 using command_over_hook = void (*)();
 void add_command_over_hook(command_over_hook hook);
 

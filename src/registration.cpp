@@ -1,0 +1,14 @@
+#include "registration.h"
+
+#include "command_table.h"
+#include "shell/interpreter.h"
+#include "trees/registration.h"
+
+namespace zeb {
+
+void register_everything() {
+  set_command_table(all_commands());
+  register_trees();
+}
+
+}  // namespace zeb

@@ -1,0 +1,191 @@
+#include "shell/interpreter.h"
+
+#include <unistd.h>
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+
+#include "shell/arena.h"
+#include "shell/commands.h"
+#include "shell/errors.h"
+#include "shell/help.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+#include "shell/name_matching.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+namespace {
+
+std::span<const command_row> table;
+int zzz_index = 0;
+void (*pre_run_hook)() = nullptr;
+bool (*data_predicate)() = nullptr;
+
+constexpr command_row run_file_row = {"run-file", run_file_command, true, 0};
+
+bool matches(std::string_view word, const command_row& row) {
+  return row.whole_word ? word == row.name : is_prefix(word, row.name);
+}
+
+// A row that the user means by a word which matches none.
+const command_row* ask_for_command(std::string_view word) {
+  if (matching.match_mode == 0 || !top_frame().is_terminal) return nullptr;
+  for (int i = 0; i < zzz_index; ++i) {
+    const command_row& row = table[static_cast<std::size_t>(i)];
+    if (ask_match(word, row.name, "command")) return &row;
+  }
+  return nullptr;
+}
+
+// The word with ".run", here or in the directory of run files, left in `token`.
+bool find_run_file() {
+  const std::string file = std::string(token()) + ".run";
+  for (const std::string& path : {file, input.run_directory + file}) {
+    if (path.size() >= sizeof lexer.token || access(path.c_str(), R_OK) != 0) continue;
+    lexer.token_length = static_cast<int>(path.copy(lexer.token, path.size()));
+    lexer.token[path.size()] = 0;
+    return true;
+  }
+  return false;
+}
+
+[[noreturn]] void unknown_command() {
+  if (top_frame().is_terminal && !process.command_line_input) {
+    error_end_f("LUMA: command \"%s\" not recognized", lexer.token);
+  }
+  error_end("Unknown command:", token());
+}
+
+const command_row& look_up() {
+  if (read_word() == 0) error_end("No command!");
+  const command_row* row = find_command(token());
+  if (!row) row = ask_for_command(token());
+  if (!row && find_run_file()) row = &run_file_row;
+  if (!row) unknown_command();
+  return *row;
+}
+
+void echo_command(const command_row& row) {
+  if (settings.echo != 1 || std::strcmp(row.name, "view") == 0) return;
+  std::string name = row.name;
+  for (char& c : name) c = static_cast<char>(std::toupper(c));
+  emit("\nCOMMAND: ", name, "\n");
+}
+
+// Texts that may not be touched by a look-ahead.
+bool keeps_its_text(const command_row& row) {
+  for (const char* name : {"quote", "quit", "zzz"}) {
+    if (std::strcmp(row.name, name) == 0) return true;
+  }
+  return false;
+}
+
+bool asks_for_help(const command_row& row) {
+  if (keeps_its_text(row)) return false;
+  input.in_command_head = true;
+  const bool help = accept_char('?');
+  input.in_command_head = false;
+  return help;
+}
+
+bool is_macro_row(const command_row& row) {
+  return table.data() + zzz_index < &row && &row < table.data() + table.size();
+}
+
+void run_handler(const command_row& row) {
+  if (!settings.macros && is_macro_row(row) && std::strcmp(row.name, "macro") != 0) {
+    error_end(row.name, "legal only when macros are enabled");
+  }
+  if (!row.handler) error_end(text_of("Command \"%s\" is not available yet", row.name));
+  if (pre_run_hook) pre_run_hook();
+  process.command_start = wall_clock();
+  row.handler();
+}
+
+// Skips empty commands. False where level 0 has ended.
+bool reach_command() {
+  for (;;) {
+    if (level_zero_ended()) return false;
+    const int c = read_char();
+    if (!process.run_loop) return false;
+    if (c < 33 || c == ';') continue;
+    unread_char();
+    return true;
+  }
+}
+
+void head_and_handler(const command_row& row) {
+  command.command_name = row.name;
+  command.prompt = command.command_name + ">";
+  if (settings.watch == 1 && !row.timed) settings.watch = 2;
+  echo_command(row);
+  if (asks_for_help(row)) {
+    no_timing();
+    print_command_help(row.name);
+    return;
+  }
+  const jump_context around_handler;
+  try {
+    run_handler(row);
+  } catch (const command_unwinding&) {
+  }
+}
+
+}  // namespace
+
+void set_command_table(std::span<const command_row> rows) {
+  table = rows;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (std::strcmp(rows[i].name, "zzz") == 0) zzz_index = static_cast<int>(i);
+  }
+}
+
+std::span<const command_row> command_table() { return table; }
+int zzz_row() { return zzz_index; }
+
+const command_row* find_command(std::string_view word) {
+  for (const command_row& row : table) {
+    if (matches(word, row)) return &row;
+  }
+  return nullptr;
+}
+
+void run_one_command() {
+  command.command_name = "zeb*";
+  command.prompt = "zeb*>";
+  const jump_context around_reading;
+  try {
+    if (!reach_command()) {
+      process.run_loop = false;
+      return;
+    }
+    head_and_handler(look_up());
+  } catch (const command_unwinding&) {
+  }
+  command_is_over();
+  end_of_command();
+}
+
+void no_timing() {
+  if (settings.watch == 1) settings.watch = 2;
+}
+
+void set_pre_run_hook(void (*hook)()) { pre_run_hook = hook; }
+
+void require_data(const char* what) {
+  if (!data_predicate || !data_predicate()) error_end("Must read data before", what);
+}
+
+void set_data_predicate(bool (*data_present)()) { data_predicate = data_present; }
+
+int run_system_command(const std::string& text) {
+  const char* forbidden = std::getenv("ZEB_NO_SYSTEM");
+  if (forbidden && *forbidden)
+    error_end("Shell commands are forbidden here (ZEB_NO_SYSTEM is set)");
+  return std::system(text.c_str());  // NOLINT(concurrency-mt-unsafe)
+}
+
+}  // namespace zeb

@@ -1,0 +1,97 @@
+#include "shell/process.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <vector>
+
+#include "shell/arena.h"
+#include "shell/console.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/output.h"
+
+namespace zeb {
+
+process_state process;
+command_state command;
+shell_settings settings;
+
+namespace {
+
+std::vector<command_over_hook> over_hooks;
+std::vector<quit_hook> quit_hooks;
+int jump_contexts = 0;
+
+}  // namespace
+
+jump_context::jump_context() { ++jump_contexts; }
+jump_context::~jump_context() { --jump_contexts; }
+
+void add_command_over_hook(command_over_hook hook) { over_hooks.push_back(hook); }
+void add_quit_hook(quit_hook hook) { quit_hooks.push_back(hook); }
+
+void command_is_over() {
+  for (const command_over_hook hook : over_hooks) hook();
+}
+
+double wall_clock() {
+  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+void end_process(int status) {
+  flush_log();
+  end_console();
+  std::exit(status);  // NOLINT(concurrency-mt-unsafe)
+}
+
+void unwind_command() {
+  flush_log();
+  if (process.background) {
+    report_line("... SOME ERROR OCCURED, QUITTING...");
+    end_process(255);
+  }
+  if (jump_contexts == 0) {
+    report_line("No jump buffer");
+    end_process(255);
+  }
+  throw command_unwinding{};
+}
+
+void user_interrupt() {
+  reset_output();
+  clear_progress();
+  if (process.in_search) {
+    process.interrupt_state = 1;
+    return;
+  }
+  emit("\nUser interrupt...\n");
+  pop_all();
+  if (macro_hooks.command_failed) macro_hooks.command_failed();
+  unwind_command();
+}
+
+void check_interrupt(int mode) {
+  if (process.interrupt_state != 0) return;
+  if (mode == 2) return user_interrupt();
+  if (mode == 1 && poll_interrupt_keys() == key_wish::interrupt) user_interrupt();
+  if (mode == 0 && wait_interrupt_key() == key_wish::interrupt) user_interrupt();
+}
+
+bool take_up_execute_file() { return false; }
+
+void end_background_run() {
+  if (output.log_stream) std::fputs("\nQuitting ZEB...\n", output.log_stream);
+  end_process(1);
+}
+
+void quit_command() {
+  process.run_loop = false;
+  settings.watch = 0;
+  for (const quit_hook hook : quit_hooks) hook();
+  end_process(0);
+}
+
+}  // namespace zeb

@@ -1,0 +1,26 @@
+// The convention of the many commands that switch one setting on and off.
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+void show_toggle(bool value, const char* subject, bool plural) {
+  if (!settings.report) return;
+  report_line(subject, plural ? "are" : "is", value ? "ON" : "OFF");
+}
+
+void toggle_command(bool& setting, const char* subject, bool plural) {
+  no_timing();
+  if (accept_char('=')) {
+    setting = true;
+  } else if (accept_char('-')) {
+    setting = false;
+  } else if (accept_char('/')) {
+    setting = !setting;
+  }
+  show_toggle(setting, subject, plural);
+}
+
+}  // namespace zeb
