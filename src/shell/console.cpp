@@ -30,7 +30,7 @@ int poll_key() {
   pollfd descriptor{STDIN_FILENO, POLLIN, 0};
   if (poll(&descriptor, 1, 0) <= 0) return no_key;
   unsigned char c = 0;
-  return read(STDIN_FILENO, &c, 1) == 1 ? c : no_key;
+  return read(STDIN_FILENO, &c, 1) == 1 ? c : static_cast<int>(no_key);
 }
 
 int ask_key(std::string_view question, std::string_view answers) {
