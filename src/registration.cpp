@@ -1,6 +1,7 @@
 #include "registration.h"
 
 #include "command_table.h"
+#include "matrix/matrix.h"
 #include "shell/interpreter.h"
 #include "trees/registration.h"
 
@@ -8,6 +9,7 @@ namespace zeb {
 
 void register_everything() {
   set_command_table(all_commands());
+  register_matrix();
   register_trees();
 }
 
