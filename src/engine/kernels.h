@@ -79,7 +79,12 @@ struct pass_context {
   const std::int32_t* sister = nullptr;
   const std::int32_t* first = nullptr;
   const std::int32_t* second = nullptr;
-  const node_sets* sets = nullptr;
+  // Start of each kind of set; node v's words are at `v * stride`.
+  word* down = nullptr;
+  word* final = nullptr;
+  word* unions = nullptr;
+  word* branch = nullptr;
+  std::size_t stride = 0;
   std::int32_t n = 0;                        // terminals; also the root's number
   std::int32_t* list = nullptr;              // scratch, `nodes` + 1 entries
   std::int32_t* stack = nullptr;             // scratch, 2 * `nodes` + 2 entries

@@ -86,11 +86,16 @@ struct search_data {
   tree_arrays tree;                   // four arrays of `nodes` entries
   std::span<node_sets> primary_sets;  // allocated once
   std::span<node_sets> sets;          // working copy, which all kernels read
-  word* branch_base = nullptr;        // sets[v].branch == branch_base + v * set_stride, for scans
-  std::size_t set_stride = 0;         // words between neighbours: nwords rounded up to 16
-  kernel_layout layout;               // what the kernels know of the word arrays
-  kernel_slots kernels;               // bound by bind_kernels
-  bool in_swap = false;               // a swapper holds the tree; cluster bookkeeping is on
+  // Where the sets of a kind start: sets[v].branch == branch_base + v * set_stride. Passes, waves
+  // and scans go by these, so sets change places by their words, not by their pointers.
+  word* down_base = nullptr;
+  word* final_base = nullptr;
+  word* unions_base = nullptr;
+  word* branch_base = nullptr;
+  std::size_t set_stride = 0;  // words between neighbours: nwords rounded up to 16
+  kernel_layout layout;        // what the kernels know of the word arrays
+  kernel_slots kernels;        // bound by bind_kernels
+  bool in_swap = false;        // a swapper holds the tree; cluster bookkeeping is on
 
   undo_log undo;  // see begin_undo
 
@@ -145,7 +150,9 @@ void rebuild_links(search_data& data);
 /// the sets of the main tree and those of the subtree, whose root is `clip`, as two trees. With
 /// `clip` -1: `start` is the node beside which something was attached (or put back), as
 /// repair_after_insert(data, sister of start).
-/// The sets of the free joint are left as they are and mean nothing.
+/// The sets of the free joint are left as they are and mean nothing. With `start` 0 and `clip` its
+/// sister, still linked, nothing remains of the main tree, and only the subtree is done; putting it
+/// back is repair_after_clip(data, 0, -1).
 void repair_after_clip(search_data& data, int start, int clip);
 /// The wave after terminal or subtree `node` was attached: its sets, as those of the tree, must
 /// have been valid before. Those of the joint need not be.
@@ -162,13 +169,16 @@ bool undo_sets(search_data& data);
 void end_undo(search_data& data);
 
 /// Attach `node` (with `joint` as the internal node to use) on the branch below `target`; detach
-/// the reverse. Keep all four arrays. No sets are touched. `target` may be any node but the root;
-/// `node` becomes the second descendant of the joint, save beside terminal 0, which stays first.
+/// the reverse. Keep all four arrays. No sets are touched. `target` is neither the root nor
+/// terminal 0 (whose branch is that of its sister); `node` becomes the second descendant of the
+/// joint.
 void attach(tree_arrays& tree, int node, int joint, int target);
-/// Returns the joint freed; the sister takes its place. `node` is no child of the root.
+/// Returns the joint freed, which anc[node] still names; the sister takes its place. `node` is no
+/// descendant of the root.
 int detach(tree_arrays& tree, int node);
-/// Turns the links of the detached subtree `clip` so that `clip` lies on the branch above `node`
-/// (a node of the subtree below a descendant of `clip`); no-op where it does already. No sets.
+/// Turns the links of the subtree `clip` (detached, or the sister of terminal 0) so that `clip`
+/// lies on the branch above `node` (a node of the subtree below a descendant of `clip`); no-op
+/// where it does already. No sets.
 void reroot_links(tree_arrays& tree, int node, int clip);
 /// The same, and makes `down` and `unions` on the path. `final` of the path's nodes is zeroed, so
 /// that the wave after attaching `clip` remakes it: until then `branch` sets in the subtree are
