@@ -3,6 +3,8 @@
 
 #include <vector>
 
+#include "shell/search_options.h"
+
 namespace zeb {
 
 /// Raises the error of an option whose number is missing or out of range.
