@@ -83,7 +83,7 @@ constexpr command_row rows[] = {
     {"mxproc",      none, false, topic_input | topic_settings | topic_various | topic_memory},
     {"naked",       none, false, topic_output | topic_settings | topic_trees},
     {"nelsen",      none, true,  topic_consensus | topic_trees},
-    {"nstates",     none, false, topic_input | topic_settings},
+    {"nstates",     nstates_command, false, topic_input | topic_settings},
     {"outgroup",    none, false, topic_input | topic_settings},
     {"procedure",   procedure_command, false, topic_input},
     {"pause",       none, false, topic_various},

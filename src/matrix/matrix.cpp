@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "matrix/symbols.h"
@@ -21,7 +22,10 @@ data_type type_of(int character) {
   return static_cast<data_type>(matrix.characters[at(character)].type);
 }
 
-std::string thousandths_text(int value) { return text_of("%d.%03d", value / 1000, value % 1000); }
+std::string value_text(int character, int stored) {
+  return text_of("%.3f",
+                 matrix.show_original_scale ? original_value(character, stored) : stored / 1000.0);
+}
 
 }  // namespace
 
@@ -61,6 +65,20 @@ continuous_cell read_continuous_cell(int taxon, int character) {
   return {static_cast<int>(states & 0xffffU), static_cast<int>(states >> 16)};
 }
 
+double original_value(int character, int stored) {
+  const auto c = at(character);
+  if (c >= matrix.scales.size()) return stored / 1000.0;
+  const double value = stored / 1000.0 * matrix.scales[c].factor + matrix.scales[c].shift;
+  return matrix.characters[c].log_scale ? std::exp(value) : value;
+}
+
+int state_of_symbol(int symbol) {
+  const auto type = static_cast<data_type>(matrix.state_entry_type);
+  const symbol_table table = make_symbols(type, 4, true);
+  const std::uint32_t states = table[static_cast<unsigned char>(symbol)];
+  return std::has_single_bit(states) ? std::countr_zero(states) : -1;
+}
+
 std::string_view taxon_name(int taxon) { return matrix.taxon_names[at(taxon)]; }
 
 std::string taxon_label(int taxon) {
@@ -95,8 +113,8 @@ std::string cell_text(int character, std::uint32_t states) {
     if (states == inapplicable_continuous) return "*";
     const int low = static_cast<int>(states & 0xffffU);
     const int high = static_cast<int>(states >> 16);
-    return low == high ? thousandths_text(low)
-                       : thousandths_text(low) + "-" + thousandths_text(high);
+    return low == high ? value_text(character, low)
+                       : value_text(character, low) + "-" + value_text(character, high);
   }
   if (states == matrix.state_mask) return "?";
   if (says_nothing(character, states)) {

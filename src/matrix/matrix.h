@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -63,6 +64,7 @@ struct matrix_state {
 
   // Settings for what is read next, then fixed by `xread`.
   int cell_bytes = 2;                        // 1, 2 or 4: width of a cell
+  int next_cell_bytes = 0;                   // with data in memory: what follows them; 0 the same
   std::uint32_t state_mask = 65535;          // all usable bits; also the cell of "?"
   bool gaps_are_states = false;              // `nstates gaps`
   std::uint8_t default_type = numeric_data;  // type of plain matrices, `nstates dna|prot|num`
@@ -103,7 +105,11 @@ struct matrix_state {
   std::vector<std::string> taxon_group_names;  // group_count of "Group_%i"
   std::vector<std::string> character_group_names;
 
-  bool exact_min_steps = true;  // `nstates xmin`
+  bool exact_min_steps = true;       // `nstates xmin`
+  bool show_original_scale = false;  // `nstates [`: continuous values in their original scale
+  std::uint8_t state_entry_type = numeric_data;  // `nstates /`: how commands read states
+  // Continuous characters in log form: the cells of all taxa before, so that undoing is exact.
+  std::map<int, std::vector<std::uint32_t>> cells_before_log;
 };
 extern matrix_state matrix;
 
@@ -130,6 +136,11 @@ struct continuous_cell {
   int high = 0;  // thousandths; 65,535 with low 0 is missing, 65,534 inapplicable
 };
 continuous_cell read_continuous_cell(int taxon, int character);
+
+/// A stored value (thousandths) in the units that the character was read in.
+double original_value(int character, int stored);
+/// The state that a symbol stands for where commands read states (`nstates /`); -1 for none.
+int state_of_symbol(int symbol);
 
 /// Name of the taxon, and what output shows for it: the name under `taxname =`, else the number.
 std::string_view taxon_name(int taxon);

@@ -24,14 +24,16 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 // What is set for the next matrix survives; the data themselves go.
 void clear_state() {
   matrix_state fresh;
-  fresh.cell_bytes = matrix.cell_bytes;
-  fresh.state_mask = matrix.state_mask;
+  fresh.cell_bytes = matrix.next_cell_bytes ? matrix.next_cell_bytes : matrix.cell_bytes;
+  fresh.state_mask = mask_of_width(fresh.cell_bytes);
   fresh.gaps_are_states = matrix.gaps_are_states;
   fresh.default_type = matrix.default_type;
   fresh.name_length = matrix.name_length;
   fresh.use_taxon_names = matrix.use_taxon_names;
   fresh.use_char_names = matrix.use_char_names;
   fresh.exact_min_steps = matrix.exact_min_steps;
+  fresh.show_original_scale = matrix.show_original_scale;
+  fresh.state_entry_type = matrix.state_entry_type;
   matrix = std::move(fresh);
 }
 
