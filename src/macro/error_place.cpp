@@ -1,0 +1,22 @@
+// Where a script stood when an error ended it.
+#include <algorithm>
+#include <string>
+
+#include "macro/flow.h"
+#include "macro/macro_state.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/output.h"
+
+namespace zeb {
+
+std::string loop_place() {
+  if (macros.level < 0) return {};
+  const loop_record& loop = macros.loops[macros.level];
+  if (input.read_position < loop.text || input.read_position > loop.text_end) return {};
+  const auto line = std::count(loop.text, static_cast<const char*>(input.read_position), '\n') + 1;
+  return text_of("At line %i of loop %i (value: %i)", static_cast<int>(line),
+                 macros.level - macros.frames.back().loop_base, static_cast<int>(loop.current));
+}
+
+}  // namespace zeb

@@ -1,0 +1,19 @@
+// What the flow commands share: capturing loop texts, skipping blocks, and telling where a script stands.
+#pragma once
+
+#include <string>
+
+#include "macro/macro_state.h"
+
+namespace zeb {
+
+/// Reads up to the matching `stop` into the heap. Errors: too deep nesting, end of the input, heap full.
+void capture_loop_text(loop_record& loop);
+
+/// Skips, without expansion, to the `else` or `end` that matches an `if`, or to an `xend`.
+void skip_block();
+
+/// "At line 3 of loop 1 (value: 7)", or empty outside loops.
+std::string loop_place();
+
+}  // namespace zeb

@@ -1,0 +1,220 @@
+// `hifile`: opening and moving through the input files of a script.
+#include <algorithm>
+#include <cctype>
+#include <string>
+
+#include "macro/commands.h"
+#include "macro/macro_values.h"
+#include "macro/script_files.h"
+#include "shell/errors.h"
+#include "shell/interpreter.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+namespace {
+
+int find_file(const std::string& name) {
+  for (std::size_t i = 0; i < script_files.files.size(); ++i) {
+    if (script_files.files[i].name == name) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+int known_file(const std::string& name) {
+  const int index = find_file(name);
+  if (index < 0) error_end_f("No open file named %s", name.c_str());
+  return index;
+}
+
+std::string read_file_name() {
+  if (read_item() == 0) error_end("Must give filename");
+  return std::string(token());
+}
+
+// "[name]", if given; else the active file.
+int read_bracketed_file() {
+  if (!accept_char('[')) {
+    if (script_files.active < 0) error_end("No input file is active");
+    return script_files.active;
+  }
+  std::string name;
+  int c = next_nonblank();
+  for (; c != ']' && c != ';'; c = read_char()) {
+    if (c > 32) name += static_cast<char>(c);
+  }
+  if (c == ';') error_end("Need closing brackets");
+  return known_file(name);
+}
+
+std::int64_t read_count() {
+  if (skip_blanks_peek() == ';') return 1;
+  double value = 1;
+  if (!read_value(&value, nullptr)) return 1;
+  return value < 0 ? 0 : value > 9e15 ? 9'000'000'000'000'000 : static_cast<std::int64_t>(value);
+}
+
+void open_file() {
+  const std::string name = read_file_name();
+  if (find_file(name) >= 0) error_end_f("File \"%s\" is already open", name.c_str());
+  if (script_files.files.size() >= static_cast<std::size_t>(script_files.most_files)) {
+    error_end_f("Can't have more than %i files open simultaneously", script_files.most_files);
+  }
+  std::FILE* stream = std::fopen(name.c_str(), "rb");
+  if (!stream) error_end_f("Can't open file %s", name.c_str());
+  script_files.files.push_back({name, stream, 0});
+  script_files.active = static_cast<int>(script_files.files.size()) - 1;
+  if (settings.report) report_line("Opened file", name, "for input");
+}
+
+void close_file() {
+  if (script_files.files.empty()) error_end("No input files are open");
+  const int index = skip_blanks_peek() == '[' ? read_bracketed_file() : script_files.active;
+  if (index < 0) error_end("No input file is active");
+  const auto at = script_files.files.begin() + index;
+  const std::string name = at->name;
+  std::fclose(at->stream);
+  script_files.files.erase(at);
+  if (script_files.active == index) {
+    script_files.active = static_cast<int>(script_files.files.size()) - 1;
+  } else if (script_files.active > index) {
+    --script_files.active;
+  }
+  if (!settings.report) return;
+  std::string text = text_of("Closed file %s", name.c_str());
+  text += script_files.active < 0
+              ? " (no file is active now)"
+              : " (active file is now " + active_script_file().name + ")";
+  report_line(text);
+}
+
+void list_files() {
+  if (script_files.files.empty()) {
+    report_line("No input files are open");
+    return;
+  }
+  report_line("\nList of open input files (* = active):");
+  for (std::size_t i = 0; i < script_files.files.size(); ++i) {
+    const char* mark = static_cast<int>(i) == script_files.active ? "   * " : "     ";
+    report_line(mark + script_files.files[i].name);
+  }
+}
+
+// A character, or "&N" for the one of code N.
+int read_sought_character() {
+  const int c = next_nonblank();
+  if (c == ';') error_end("No string specified");
+  if (c != '&' || !std::isdigit(skip_blanks_peek())) return c;
+  return static_cast<int>(macro_value()) & 255;
+}
+
+void seek_character(script_file& file) {
+  const int sought = read_sought_character();
+  std::int64_t times = read_count();
+  while (times > 0) {
+    const int c = script_file_get(file);
+    if (c < 0) return;
+    if (c == sought) --times;
+  }
+}
+
+std::string read_sought_string() {
+  std::string text;
+  if (read_item() == 0) error_end("No string specified");
+  const std::string raw(token());
+  for (std::size_t i = 0; i < raw.size(); ++i) {
+    if (raw[i] == '&' && i + 1 < raw.size() && std::isdigit(static_cast<unsigned char>(raw[i + 1]))) {
+      int code = 0;
+      while (i + 1 < raw.size() && std::isdigit(static_cast<unsigned char>(raw[i + 1])) && code < 256) {
+        code = code * 10 + (raw[++i] - '0');
+      }
+      text += static_cast<char>(code & 255);
+    } else {
+      text += raw[i];
+    }
+  }
+  if (text.size() > 200) error_end("String to seek is too long (max. 200 chars.)");
+  return text;
+}
+
+void seek_string(script_file& file) {
+  const std::string sought = read_sought_string();
+  std::int64_t times = read_count();
+  std::string window;
+  while (times > 0) {
+    const int c = script_file_get(file);
+    if (c < 0) return;
+    window += static_cast<char>(c);
+    if (window.size() > sought.size()) window.erase(0, 1);
+    if (window == sought) {
+      --times;
+      window.clear();
+    }
+  }
+}
+
+void skip_lines(script_file& file) {
+  for (std::int64_t n = read_count(); n > 0; --n) {
+    int c = script_file_get(file);
+    while (c >= 0 && c != '\n') c = script_file_get(file);
+    if (c < 0) return;
+  }
+}
+
+void set_most_files() {
+  if (settings.macros) error_end("Max. number of input files can't be set with macros ON");
+  const int most = read_int();
+  if (most > 200) error_end("Can't have more than", 200, "input files open");
+  if (most > 0) script_files.most_files = most;
+  report_line("Max. number of input files is", script_files.most_files);
+}
+
+void run_option(const std::string& word) {
+  if (is_prefix(word, "open")) return open_file();
+  if (is_prefix(word, "active")) {
+    const std::string name = read_file_name();
+    script_files.active = known_file(name);
+    if (settings.report) emitf("Setting file \"%s\" as active (=default) input file", name.c_str());
+    return;
+  }
+  if (is_prefix(word, "list")) return list_files();
+  if (is_prefix(word, "close")) return close_file();
+  const bool known = word == "skip" || word == "skipline" || word == "seek" || word == "skips" || word == "seeks";
+  if (!known) error_end("Unidentified option in hifile command");
+  script_file& file = script_files.files[static_cast<std::size_t>(read_bracketed_file())];
+  if (word == "skip") {
+    for (std::int64_t n = read_count(); n > 0 && script_file_get(file) >= 0; --n) continue;
+  } else if (word == "skipline") {
+    skip_lines(file);
+  } else if (word == "seek") {
+    seek_character(file);
+  } else if (word == "skips") {
+    for (std::int64_t n = read_count(); n > 0 && !script_file_string(file).empty(); --n) continue;
+  } else {
+    seek_string(file);
+  }
+}
+
+}  // namespace
+
+void hifile_command() {
+  no_timing();
+  if (accept_char('=')) {
+    set_most_files();
+    return;
+  }
+  require_macros();
+  if (skip_blanks_peek() == ';') {
+    list_files();
+    return;
+  }
+  while (skip_blanks_peek() != ';') {
+    if (read_word() == 0) error_end("Unidentified option in hifile command");
+    run_option(std::string(token()));
+  }
+}
+
+}  // namespace zeb

@@ -1,0 +1,173 @@
+// Counted loops: `loop` captures its body as text in the macro heap, and the reader re-reads it.
+#include <cctype>
+#include <cstring>
+#include <string>
+
+#include "macro/commands.h"
+#include "macro/flow.h"
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr const char* usage = "Usage: loop (from)[+increase] (to) ... action(s)... stop\n";
+
+void check_depth(int level) {
+  if (level >= macros.max_loops) error_end("Maximum nesting for loops is", macros.max_loops, "loops");
+}
+
+std::int64_t loop_bound(const char* what) {
+  double value = 0;
+  if (skip_blanks_peek() == ';') error_end(usage + std::string("Loop needs two numbers"));
+  value = macro_value();
+  if (value < 0) error_end(usage + std::string("\"") + what + "\" is a negative number");
+  if (value > 2147483647) error_end(usage + std::string("\"") + what + "\" is too large");
+  return static_cast<std::int64_t>(value);
+}
+
+const char* read_loop_name() {
+  std::string name;
+  skip_blanks_peek();
+  for (int c = read_raw_char(); c > 32; c = read_raw_char()) {
+    if (!std::isalnum(c) && c != '_') error_end_f("A loop name cannot contain symbol '%c'", c);
+    if (name.size() < longest_loop_name) name += static_cast<char>(c);
+  }
+  if (name.empty()) error_end(usage + std::string("A loop name is missing"));
+  char* copy = take_heap(name.size() + 1);
+  std::memcpy(copy, name.c_str(), name.size() + 1);
+  return copy;
+}
+
+// Does the captured text end in `word`, with a non-letter before it?
+bool ends_in(const std::string& text, std::string_view word) {
+  if (text.size() < word.size()) return false;
+  const std::size_t at = text.size() - word.size();
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    if (std::tolower(static_cast<unsigned char>(text[at + i])) != word[i]) return false;
+  }
+  return at == 0 || !std::isalpha(static_cast<unsigned char>(text[at - 1]));
+}
+
+bool opens_block(const std::string& text) {
+  for (const char* word : {"loop", "sprit", "tbrit", "forfiles", "bandb"}) {
+    if (ends_in(text, word)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+void capture_loop_text(loop_record& loop) {
+  std::string text;
+  int depth = 1;
+  const auto room = static_cast<std::size_t>(macros.heap_end - macros.heap_top);
+  bool blank = false;
+  for (;;) {
+    const int c = read_raw_char();
+    if (c < 33) {
+      // Newlines stay, so that messages can count the lines of the text.
+      if (c == '\n') {
+        if (blank && !text.empty() && text.back() == ' ') text.pop_back();
+        text += '\n';
+      } else if (!blank) {
+        text += ' ';
+      }
+      blank = true;
+    } else {
+      blank = false;
+      text += static_cast<char>(c);
+    }
+    if (text.size() + 2 > room) error_end("Not enough RAM available to continue macros...");
+    if (input_ended() && level_zero_ended()) error_end("Found end-of-file:", "expecting \"stop\"");
+    // A word counts once it can't go on: look at what follows before counting.
+    const int lower = std::tolower(c);
+    if (lower != 'p' && lower != 't' && lower != 's' && lower != 'b' && lower != 'e') continue;
+    if (std::isalpha(peek_raw_char())) continue;
+    if (opens_block(text)) {
+      ++depth;
+      check_depth(macros.level + depth);
+    } else if (ends_in(text, "stop")) {
+      if (--depth == 0) break;
+    }
+  }
+  text.resize(text.size() - 4);
+  text += ';';
+  char* copy = take_heap(text.size() + 1);
+  std::memcpy(copy, text.c_str(), text.size() + 1);
+  loop.text = copy;
+  loop.text_end = copy + text.size();
+}
+
+void loop_command() {
+  require_macros();
+  check_depth(macros.level + 1);
+  char* const heap_at_entry = macros.heap_top;
+  loop_record loop{};
+  loop.saved_top = heap_at_entry;
+  if (accept_char('=')) loop.name = read_loop_name();
+  const std::int64_t from = loop_bound("from");
+  std::int64_t step = 1;
+  bool written = false;
+  const int sign = peek_raw_char();
+  if (sign == '+' || sign == '-') {
+    read_raw_char();
+    written = true;
+    const double value = macro_value();
+    if (value < 0) error_end(usage + std::string("Error reading value for increase"));
+    step = static_cast<std::int64_t>(value > 2147483647 ? 2147483647 : value);
+    if (sign == '-') step = -step;
+  }
+  const std::int64_t to = loop_bound("to");
+  bool empty = false;
+  if ((from > to && step > 0) || (from < to && step < 0)) {
+    step = -step;
+    empty = written;
+  }
+  loop.current = from;
+  loop.step = step;
+  loop.end = to;
+  // The text belongs to this level while it is read: nested words count from here.
+  capture_loop_text(loop);
+  if (empty) {
+    release_heap(heap_at_entry);
+    return;
+  }
+  close_expansion();
+  loop.resume = input.read_position;
+  macros.loops[++macros.level] = loop;
+  input.read_position = const_cast<char*>(loop.text);
+}
+
+void endloop_command() {
+  require_macros();
+  if (macros.level < 0) error_end(command.command_name, "valid only within loops");
+  loop_record& loop = macros.loops[macros.level];
+  loop.current = loop.end;
+  skip_to_loop_end();
+}
+
+void continue_command() {
+  require_macros();
+  if (macros.level < 0) error_end(command.command_name, "valid only within loops");
+  skip_to_loop_end();
+}
+
+void setloop_command() {
+  require_macros();
+  if (macros.level < 0) error_end(command.command_name, "valid only within loops");
+  const double value = macro_value();
+  if (value < 0) error_end("Loops can't be set to a negative number");
+  macros.loops[macros.level].current = static_cast<std::int64_t>(value > 2147483647 ? 2147483647 : value);
+  skip_to_loop_end();
+}
+
+}  // namespace zeb

@@ -1,0 +1,228 @@
+// The switch of the macro language and its limits: `macro`, `macfloat`, `safe`, `private`, `macreport`, `macseed`,
+// `resettime`.
+#include <ctime>
+
+#include "macro/commands.h"
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+namespace {
+
+void switch_macros(bool on) {
+  if (on == settings.macros) {
+    report_line(on ? "Macro language is ON" : "Macro language is OFF");
+    if (on) report_line(macro_memory_text());
+    return;
+  }
+  if (on) {
+    start_macros();
+    report_line("Macro language is ON");
+    report_line(macro_memory_text());
+  } else {
+    stop_macros();
+    report_line("Macro language is OFF");
+  }
+}
+
+void set_protection() {
+  const int level = read_int();
+  if (level < 0) {
+    report_line("Protection mode for macros is", macros.protection);
+    return;
+  }
+  if (level > 2) error_end("Protection level is 0-2");
+  if (settings.macros && (level == 0) != (macros.protection == 0)) {
+    error_end("Protection must be set with macros turned off");
+  }
+  macros.protection = level;
+  report_line("Protection mode for macros is", macros.protection);
+}
+
+void set_limits() {
+  const int loops = read_int();
+  const int vars = read_int();
+  if (settings.macros) {
+    warning("Numbers of loops/variables must be changed under \"macro-\"\nRequest to change numbers of "
+            "loops/variables will be ignored");
+  } else {
+    constexpr int most_loops = 100'000;
+    constexpr int most_variables = 100'000'000;
+    if (loops > most_loops || vars > most_variables) {
+      error_end("Macros can have", most_loops, "loops and", most_variables, "user variables at the most");
+    }
+    if (loops > 0) macros.max_loops = loops;
+    if (vars > 0) macros.max_variables = vars;
+  }
+  report_line(macros.max_loops, "loops and", macros.max_variables, "user variables");
+}
+
+void set_memory() {
+  const int kilobytes = read_int();
+  if (kilobytes >= 0) {
+    if (settings.macros) warning("RAM can be reset only with macros OFF (request will be ignored)");
+    macros.memory_bytes = static_cast<std::int64_t>(kilobytes) * 1000 + 16;
+    if (settings.macros) return;
+  }
+  std::string text = "RAM for macros is " + std::to_string(macros.memory_bytes / 1000) + " KBytes";
+  if (settings.macros) {
+    text += text_of(" (%zu%% is in use)", macro_memory_used() * 100 / macros.block_size);
+  }
+  report_line(text);
+}
+
+}  // namespace
+
+void require_macros() {
+  if (!settings.macros) error_end(command.command_name, "legal only when macros are enabled");
+}
+
+void macro_command() {
+  no_timing();
+  const int c = skip_blanks_peek();
+  switch (c) {
+    case ';':
+      report_line(settings.macros ? "Macro language is ON" : "Macro language is OFF");
+      if (settings.macros) report_line(macro_memory_text());
+      return;
+    case '=':
+    case '-':
+      next_nonblank();
+      switch_macros(c == '=');
+      return;
+    case '/':
+      next_nonblank();
+      switch_macros(!settings.macros);
+      return;
+    case '!':
+    case '+':
+      next_nonblank();
+      macros.names_as_numbers = c == '+';
+      report_line(macros.names_as_numbers ? "Reading taxon/character names as numbers in macros"
+                                          : "Not reading taxon/character names in macros");
+      return;
+    case '*':
+      next_nonblank();
+      set_limits();
+      return;
+    case '[':
+      next_nonblank();
+      set_memory();
+      return;
+    default:
+      break;
+  }
+  if (read_word() > 0 && is_prefix(token(), "protection")) {
+    set_protection();
+    return;
+  }
+  error_end("Wrong argument for macro:", token().empty() ? std::string(1, static_cast<char>(c)) : std::string(token()));
+}
+
+void macfloat_command() {
+  no_timing();
+  const int c = skip_blanks_peek();
+  if (c == '=' || c == '-') {
+    next_nonblank();
+    if (settings.macros) error_end("Cannot change setting of integer only with macros ON");
+    macros.integer_only = c == '-';
+    report_line(macros.integer_only ? "Macros will use integer-only" : "Macros will use floating point operations");
+    return;
+  }
+  if (c == '*') {
+    next_nonblank();
+    macros.number_format = "%f";
+    macros.digits = 10;
+    report_line("Floating point printing uses defaults");
+    return;
+  }
+  if (c == 'e' || c == 'E') {
+    next_nonblank();
+    macros.number_format = "%g";
+    macros.digits = 6;
+    report_line("Floating point printing uses exponential notation");
+    return;
+  }
+  if (c == ';') {
+    report_line(macros.integer_only ? "Macros will use integer-only" : "Macros will use floating point operations");
+    report_line("Floating point printing uses", macros.digits, "digits");
+    return;
+  }
+  const int digits = read_int();
+  if (digits < 0) return;
+  if (digits > 60) error_end("Floating point printing can use 60 digits at the most");
+  macros.number_format = text_of("%%.%if", digits);
+  macros.digits = digits;
+  report_line("Floating point printing uses", digits, "digits");
+}
+
+void safe_command() {
+  require_macros();
+  no_timing();
+  read_word();
+  const std::string what(token());
+  const bool vars = is_prefix(what, "vars");
+  const bool loops = is_prefix(what, "loops");
+  const bool ram = is_prefix(what, "ram");
+  if (!vars && !loops && !ram) error_end("Must specify either vars, loops, or ram");
+  const std::int64_t wanted = read_int();
+  if (vars && var_shift() + wanted >= macros.max_variables) {
+    error_end("Only", macros.max_variables - var_shift(), "vars. available");
+  }
+  if (loops && macros.level + wanted >= macros.max_loops) {
+    error_end("Only", macros.max_loops - macros.level - 1, "loops available");
+  }
+  const std::int64_t free = macros.heap_end - macros.heap_top;
+  if (ram && wanted > free) error_end("Only", free, "bytes available");
+}
+
+void private_command() {
+  require_macros();
+  no_timing();
+  int count = 0;
+  if (!read_optional_int(&count)) count = macros.frames.back().private_count;
+  if (count < 0) error_end("Can't set private variables to less than 0");
+  if (count > macros.max_variables) error_end("Only", macros.max_variables, "variables available");
+  macros.frames.back().private_count = count;
+  if (settings.report) {
+    const char* name = input.frames[static_cast<std::size_t>(input.top)]->name;
+    emitf("%i private variables in %s (var. shift=%i)", count, name, var_shift());
+  }
+}
+
+void macreport_command() {
+  require_macros();
+  toggle_command(macros.report, "Macro reports", true);
+}
+
+void macseed_command() {
+  require_macros();
+  no_timing();
+  const int seed = read_int();
+  if (seed < 0) {
+    report_line("Current seed for Macros is", macros.seed);
+    return;
+  }
+  if (seed == 0 && process.slave) error_end("Random seed for macros can't be set to 0 (=time) in slaves");
+  macros.seed = seed != 0 ? seed
+                          : static_cast<int>(static_cast<unsigned>(std::time(nullptr)) ^
+                                             static_cast<unsigned>(draw())) & random_generator::largest;
+  macros.generator.seed(static_cast<unsigned>(macros.seed));
+}
+
+void resettime_command() {
+  require_macros();
+  no_timing();
+  macros.clock_start = wall_clock();
+  if (settings.report) report_line("Time reset");
+}
+
+}  // namespace zeb

@@ -1,0 +1,54 @@
+// The character reader of the macro language: a filter on the plain reader that expands variables,
+// strings, loop counters and run-file arguments, and re-reads the bodies of loops.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zeb {
+
+/// What the reader leaves alone for a while.
+struct macro_reading {
+  int no_expansion = 0;   // > 0: all characters plain
+  int no_quotes = 0;      // > 0: quotes plain (within a number or name)
+  int no_strings = 0;     // > 0: "$" plain (while a stored string is read)
+};
+extern macro_reading macro_reading_flags;
+
+/// Raises a flag of `macro_reading_flags` for its lifetime.
+class reading_flag {
+ public:
+  explicit reading_flag(int macro_reading::* flag) : flag_(flag) { ++(macro_reading_flags.*flag_); }
+  ~reading_flag() { --(macro_reading_flags.*flag_); }
+  reading_flag(const reading_flag&) = delete;
+  reading_flag& operator=(const reading_flag&) = delete;
+
+ private:
+  int macro_reading::* flag_;
+};
+
+/// Installs and removes the reader, the value reader and the hooks of the input stack.
+void connect_macro_reader();
+void disconnect_macro_reader();
+/// Forgets pending expansions and flags, after an error.
+void reset_macro_reader();
+
+int macro_read_char();
+void macro_unread_char();
+/// Next character without any expansion.
+int read_raw_char();
+int peek_raw_char();
+
+/// Makes the reader go on with `text` before the rest of the input. At most 8,500 bytes.
+void insert_text(std::string_view text);
+
+/// Leaves the expansion that is being read, if nothing of it is left but blanks, so that the position of
+/// the reader lies in the outer text.
+void close_expansion();
+
+/// Moves the reading to the end of the text of the innermost loop, so that its next round begins.
+void skip_to_loop_end();
+/// Adds the step to the innermost loop's counter and goes back to its start, or leaves the loop.
+void advance_loop();
+
+}  // namespace zeb

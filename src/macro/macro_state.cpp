@@ -1,0 +1,322 @@
+#include "macro/macro_state.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "macro/macro_reader.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+macro_state macros;
+
+namespace {
+
+bool (*reserved_name)(std::string_view) = nullptr;
+
+// Takes the tables in turn from the block.
+template <class T>
+T* carve(char*& place, std::size_t n) {
+  const std::size_t misfit = reinterpret_cast<std::uintptr_t>(place) % alignof(std::max_align_t);
+  if (misfit) place += alignof(std::max_align_t) - misfit;
+  T* result = reinterpret_cast<T*>(place);
+  std::memset(static_cast<void*>(result), 0, n * sizeof(T));
+  place += n * sizeof(T);
+  return result;
+}
+
+std::int64_t least_memory() {
+  const std::int64_t vars = macros.max_variables;
+  const std::int64_t loops = macros.max_loops;
+  return 4 * (9 * loops + vars) + (macros.protection ? 29 * vars : 0) +
+         (macros.integer_only ? 4 * vars : 8 * vars) + 8 * vars + 1000;
+}
+
+std::string kilobytes_text(std::size_t bytes) {
+  return text_of("%zu.%zu", bytes / 1000, bytes % 1000 / 100);
+}
+
+std::string sizes_text(std::span<const int> sizes) {
+  std::string text;
+  for (const int size : sizes) text += (text.empty() ? "" : " x ") + std::to_string(size);
+  return text;
+}
+
+}  // namespace
+
+int var_shift() { return macros.frames.back().shift; }
+
+void start_macros() {
+  macros.memory_bytes = std::max(macros.memory_bytes, least_memory());
+  const auto vars = static_cast<std::size_t>(macros.max_variables);
+  const auto loops = static_cast<std::size_t>(macros.max_loops);
+  // The configured size is what scripts may use; alignment between the tables comes on top.
+  const std::size_t tables = loops * sizeof(loop_record) +
+                             vars * (1 + sizeof(int*) + 5 * sizeof(int) + sizeof(int) + 8 + 8) + 512;
+  macros.block_size = std::max(static_cast<std::size_t>(macros.memory_bytes), tables + 1000);
+  macros.block = static_cast<std::byte*>(std::malloc(macros.block_size));
+  if (!macros.block) error_end("Allocation failure: not enough RAM available");
+  char* place = reinterpret_cast<char*>(macros.block);
+  if (macros.protection) {
+    macros.dimension_count = carve<std::int8_t>(place, vars);
+    macros.dimension_sizes = carve<int*>(place, vars);
+    macros.size_blocks = carve<int>(place, vars * most_dimensions);
+  } else {
+    macros.dimension_count = nullptr;
+    macros.dimension_sizes = nullptr;
+    macros.size_blocks = nullptr;
+  }
+  macros.named = carve<int>(place, vars);
+  macros.loops = carve<loop_record>(place, loops);
+  macros.int_values = macros.integer_only ? carve<std::int32_t>(place, vars) : nullptr;
+  macros.real_values = macros.integer_only ? nullptr : carve<double>(place, vars);
+  macros.names = carve<char*>(place, vars);
+  macros.heap_bottom = macros.heap_top = place;
+  macros.heap_end = reinterpret_cast<char*>(macros.block) + macros.block_size - 16;
+  macros.named_count = 0;
+  macros.level = -1;
+  macros.frames.assign(static_cast<std::size_t>(input.top) + 1, macro_frame{});
+  for (macro_frame& frame : macros.frames) frame.heap_top = macros.heap_top;
+  settings.macros = true;
+  connect_macro_reader();
+}
+
+void stop_macros() {
+  if (macros.level >= 0) error_end("Can't disconnect macros from within a loop!");
+  disconnect_macro_reader();
+  settings.macros = false;
+  std::free(macros.block);
+  macros.block = nullptr;
+  macros.heap_bottom = macros.heap_top = macros.heap_end = nullptr;
+  macros.named_count = 0;
+  macros.frames.assign(1, macro_frame{});
+}
+
+std::size_t macro_memory_used() {
+  return static_cast<std::size_t>(macros.heap_top - reinterpret_cast<char*>(macros.block));
+}
+
+std::string macro_memory_text() {
+  const std::size_t used = macro_memory_used();
+  const auto free = static_cast<std::size_t>(macros.heap_end - macros.heap_top);
+  return "Macros: " + kilobytes_text(used) + " Kb in use, " + kilobytes_text(free) + " Kb free";
+}
+
+void reset_macro_flow() {
+  if (!settings.macros) return;
+  if (macros.level >= 0) {
+    // The lowest loop of all was entered with the heap as it stood for the files still open.
+    macros.heap_top = macros.loops[0].saved_top;
+    macros.level = -1;
+  }
+  macros.assign_target = -1;
+  reset_macro_reader();
+}
+
+void check_variable(double number) {
+  if (!(number >= 0)) error_end("No variable number", std::isfinite(number) ? text_of("%g", number) : "?");
+  if (number >= macros.max_variables) error_end("Only", macros.max_variables, "variables available");
+}
+
+double variable_value(int number) {
+  return macros.integer_only ? macros.int_values[number] : macros.real_values[number];
+}
+
+void store_variable(int number, double value) {
+  if (!macros.integer_only) {
+    macros.real_values[number] = value;
+    return;
+  }
+  // What doesn't fit an int is kept at its ends, so that no conversion is undefined.
+  if (!(value > -2147483648.0)) value = std::isnan(value) ? 0 : -2147483648.0;
+  if (value > 2147483647.0) value = 2147483647.0;
+  macros.int_values[number] = static_cast<std::int32_t>(value);
+}
+
+std::span<char> string_bytes(int number) {
+  const auto first = static_cast<std::size_t>(number);
+  const auto cells = static_cast<std::size_t>(macros.max_variables) - first;
+  if (macros.integer_only) return {reinterpret_cast<char*>(macros.int_values + first), cells * 4};
+  return {reinterpret_cast<char*>(macros.real_values + first), cells * 8};
+}
+
+std::string variable_string(int number) {
+  const std::span<char> bytes = string_bytes(number);
+  const auto end = std::find(bytes.begin(), bytes.end(), '\0');
+  return std::string(bytes.begin(), end);
+}
+
+char* take_heap(std::size_t bytes, bool at_start) {
+  if (bytes > static_cast<std::size_t>(macros.heap_end - macros.heap_top)) {
+    error_end(at_start ? "Not enough RAM allocated for macros"
+                       : "Not enough RAM available to continue macros...");
+  }
+  char* result = macros.heap_top;
+  macros.heap_top += bytes;
+  return result;
+}
+
+void release_heap(char* to) {
+  if (to < macros.heap_bottom || to > macros.heap_top) {
+    error_end("Heap deallocation error in memory for Macros");
+  }
+  macros.heap_top = to;
+}
+
+int find_variable(std::string_view name) {
+  for (int i = macros.named_count - 1; i >= 0; --i) {
+    const int number = macros.named[i];
+    if (name == macros.names[number]) return number;
+  }
+  return -1;
+}
+
+std::string_view variable_name(int number) {
+  return macros.names[number] ? std::string_view(macros.names[number]) : std::string_view();
+}
+
+std::span<const int> variable_dimensions(int number) {
+  if (!macros.dimension_count || macros.dimension_count[number] <= 0) return {};
+  return {macros.dimension_sizes[number], static_cast<std::size_t>(macros.dimension_count[number])};
+}
+
+std::int64_t array_cells(std::span<const int> sizes) {
+  std::int64_t row = 1;
+  std::int64_t total = 0;
+  for (const int size : sizes) {
+    row *= size;
+    total += row;
+    if (row > 2147483647 || total > 2147483647) return -1;
+  }
+  return total;
+}
+
+std::int64_t data_cell_count(std::span<const int> sizes) {
+  std::int64_t cells = 1;
+  for (const int size : sizes) cells *= size;
+  return cells;
+}
+
+int first_data_cell(int number) {
+  const std::span<const int> sizes = variable_dimensions(number);
+  std::int64_t offset = 0;
+  std::int64_t row = 1;
+  for (std::size_t d = 0; d + 1 < sizes.size(); ++d) {
+    row *= sizes[d];
+    offset += row;
+  }
+  return number + static_cast<int>(offset);
+}
+
+void lay_out_array(int number, std::span<const int> sizes) {
+  if (sizes.empty()) return;
+  const auto dims = static_cast<int>(sizes.size());
+  auto note = [&](int cell, int from) {
+    if (!macros.dimension_count) return;
+    int* block = macros.size_blocks + static_cast<std::ptrdiff_t>(cell) * most_dimensions;
+    for (int d = from; d < dims; ++d) block[d - from] = sizes[static_cast<std::size_t>(d)];
+    macros.dimension_sizes[cell] = block;
+    macros.dimension_count[cell] = static_cast<std::int8_t>(dims - from);
+  };
+  const auto cells = static_cast<int>(array_cells(sizes));
+  for (int i = 0; i < cells && macros.dimension_count; ++i) macros.dimension_count[number + i] = 0;
+  // Each level of index cells points to the rows of the next one, which follow behind the whole level.
+  int level_start = number;
+  std::int64_t level_cells = sizes[0];
+  for (int d = 1; d < dims; ++d) {
+    const int next_start = level_start + static_cast<int>(level_cells);
+    const int row = sizes[static_cast<std::size_t>(d)];
+    for (int i = 0; i < static_cast<int>(level_cells); ++i) {
+      store_variable(level_start + i, next_start + static_cast<double>(i) * row);
+      note(level_start + i, d);
+    }
+    level_start = next_start;
+    level_cells *= row;
+  }
+  // The array's own dimensions last: its first index cell is the same cell.
+  note(number, 0);
+}
+
+int next_free_variable() {
+  int next = var_shift();
+  for (int i = 0; i < macros.named_count; ++i) {
+    const int number = macros.named[i];
+    const std::span<const int> sizes = variable_dimensions(number);
+    const int cells = sizes.empty() ? 1 : static_cast<int>(array_cells(sizes));
+    next = std::max(next, number + cells);
+  }
+  return next;
+}
+
+void name_variable(int number, std::string_view name, std::span<const int> sizes) {
+  if (name.size() > longest_variable_name) error_end("Variable name too long (max. 50 chars.)");
+  const std::string text(name);
+  if (reserved_name && reserved_name(name)) {
+    error_end_f("Can't use %s for a user-variable (%s is a reserved expression)", text.c_str(), text.c_str());
+  }
+  if (number >= macros.max_variables || number < 0) {
+    error_end("Only", macros.max_variables, "variables available");
+  }
+  if (number < var_shift()) error_end("Cannot name variables which are private to other files");
+  if (macros.names[number]) error_end("Can't rename variables:", number, macros.names[number]);
+  const std::int64_t cells = sizes.empty() ? 1 : array_cells(sizes);
+  if (cells < 0 || number + cells > macros.max_variables) {
+    error_end_f("A [%s] array uses %lld cells (%i of %i available)", sizes_text(sizes).c_str(),
+                static_cast<long long>(cells), macros.max_variables - number, macros.max_variables);
+  }
+  char* copy = take_heap(name.size() + 1);
+  std::memcpy(copy, name.data(), name.size());
+  copy[name.size()] = 0;
+  macros.names[number] = copy;
+  int place = macros.named_count++;
+  while (place > 0 && macros.named[place - 1] > number) {
+    macros.named[place] = macros.named[place - 1];
+    --place;
+  }
+  macros.named[place] = number;
+  if (macros.dimension_count) macros.dimension_count[number] = 0;
+  lay_out_array(number, sizes);
+}
+
+void dename_from(int number) {
+  if (macros.level >= 0) error_end("Can't dename variables from within a loop");
+  if (number < var_shift()) error_end("Cannot dename a variable from a previous file");
+  char* top = macros.heap_top;
+  while (macros.named_count > 0 && macros.named[macros.named_count - 1] >= number) {
+    const int last = macros.named[--macros.named_count];
+    top = std::min(top, macros.names[last]);
+    macros.names[last] = nullptr;
+    if (macros.dimension_count) macros.dimension_count[last] = 0;
+  }
+  // Names are taken from the heap in the order of naming, not of numbers: give back only what lies
+  // above every name that stays.
+  for (int i = 0; i < macros.named_count; ++i) {
+    const char* name = macros.names[macros.named[i]];
+    if (name >= top) top = macros.names[macros.named[i]] + std::strlen(name) + 1;
+  }
+  release_heap(top);
+}
+
+void set_reserved_names(bool (*is_reserved)(std::string_view name)) { reserved_name = is_reserved; }
+
+std::string value_text(double value) {
+  if (value == std::floor(value) && std::fabs(value) < 2147483648.0) {
+    return text_of("%i", static_cast<int>(value));
+  }
+  if (value == std::floor(value) && std::fabs(value) < 9e15) return text_of("%.0f", value);
+  // The format is one of those that `macfloat` builds.
+  char buffer[512];
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+  std::snprintf(buffer, sizeof buffer, macros.number_format.c_str(), value);
+#pragma GCC diagnostic pop
+  return buffer;
+}
+
+}  // namespace zeb

@@ -1,0 +1,143 @@
+// The store of the macro language: numbered variables, their names and dimensions, the loop table, and the
+// bump heap that holds names and captured loop texts. All tables are carved from one block that lives
+// while the language is on.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "shell/random.h"
+
+namespace zeb {
+
+constexpr int most_dimensions = 5;
+constexpr int longest_variable_name = 50;
+constexpr int longest_loop_name = 80;
+
+/// One level of nested loops.
+struct loop_record {
+  const char* name;       // in the heap, or null
+  char* saved_top;        // heap top at entry
+  std::int64_t current;   // the counter; never negative while the body runs
+  std::int64_t step;
+  std::int64_t end;
+  const char* text;       // captured body, NUL-terminated, in the heap
+  const char* text_end;   // its NUL
+  const char* resume;     // where the outer text goes on
+};
+
+/// What one input frame changes, kept to be put back when it ends.
+struct macro_frame {
+  int shift = 0;           // var shift of the file
+  int private_count = 0;   // `private N`
+  int loop_base = -1;      // loop level at which the file was entered
+  int named_count = 0;     // names that existed at entry
+  char* heap_top = nullptr;
+  bool keep_names = false;     // `return =`
+  std::string pending_text;    // expansion that was being read when the file was called
+  const char* pending_resume = nullptr;
+};
+
+/// Written in macro/ only.
+struct macro_state {
+  // Settings that survive `macro -`.
+  int protection = 2;                  // 0 to 2
+  int max_variables = 1000;
+  int max_loops = 15;
+  std::int64_t memory_bytes = 102400;  // `macro [N`
+  bool integer_only = false;           // `macfloat -`
+  std::string number_format = "%f";    // for non-integral values, at most 15 bytes
+  int digits = 6;
+  bool names_as_numbers = false;       // `macro +`
+  bool blank_after_strings = false;    // `set +`
+  bool report = false;                 // `macreport =`
+  int seed = 1;                        // `macseed`
+  random_generator generator{1};
+  double clock_start = 0;              // `resettime`
+  int exit_status = 0;                 // `return N`
+  double regr = 0, regalfa = 0, regbeta = 0;  // results of regressions
+  int list_size = 0;                   // last index written by a list function
+
+  // While the language is on.
+  std::byte* block = nullptr;
+  std::size_t block_size = 0;
+  char* heap_bottom = nullptr;
+  char* heap_top = nullptr;
+  char* heap_end = nullptr;            // 16 bytes before the end of the block
+  std::int8_t* dimension_count = nullptr;  // by variable, dimensions below this point; protection only
+  int** dimension_sizes = nullptr;         // by variable: its sizes
+  int* size_blocks = nullptr;              // most_dimensions ints a variable
+  int* named = nullptr;                    // named variables, sorted by number
+  int named_count = 0;
+  loop_record* loops = nullptr;
+  int level = -1;                          // innermost loop; -1 none
+  std::int32_t* int_values = nullptr;      // one of the two
+  double* real_values = nullptr;
+  char** names = nullptr;                  // by variable; null unnamed
+
+  std::vector<macro_frame> frames{1};      // by input depth; the last is the current file's
+
+  // Of the assignment that runs.
+  int assign_target = -1;        // cell that a list function writes from on; -1 none
+  int assign_room = 0;           // cells it may fill
+  bool assign_is_array = false;
+  bool list_written = false;     // a list function has filled the target
+};
+extern macro_state macros;
+
+/// Starts and stops the language: block, tables, replaced readers. `stop` refuses inside a loop.
+void start_macros();
+void stop_macros();
+/// "Macros: 1.2 Kb in use, 100.0 Kb free\n" without its newline.
+std::string macro_memory_text();
+std::size_t macro_memory_used();
+/// Ends all loops and returns to the command line's frame: after an error or interrupt.
+void reset_macro_flow();
+
+/// Value of a cell; the number must be in range.
+double variable_value(int number);
+/// Stores a value, truncated toward zero in integer mode.
+void store_variable(int number, double value);
+/// Ends the command unless 0 <= number < maximum.
+void check_variable(double number);
+
+/// Bytes from a variable's first cell to the end of the store, for strings.
+std::span<char> string_bytes(int number);
+/// The string that starts in the variable's cells, up to its NUL.
+std::string variable_string(int number);
+
+/// Takes bytes from the heap; `what` says which message is due when it is full.
+char* take_heap(std::size_t bytes, bool at_start = false);
+void release_heap(char* to);
+
+/// Number of the last named variable of that name, exact case; -1 none.
+int find_variable(std::string_view name);
+std::string_view variable_name(int number);
+/// Dimensions of the array that starts at the cell; empty for scalars or without protection.
+std::span<const int> variable_dimensions(int number);
+/// Cells that an array of these sizes takes: D1 + D1*D2 + ... ; -1 when it exceeds 2^31.
+std::int64_t array_cells(std::span<const int> sizes);
+/// First data cell of an array, walking its index cells; and how many data cells it has.
+int first_data_cell(int number);
+std::int64_t data_cell_count(std::span<const int> sizes);
+/// Lays out an array: writes its index cells, and under protection its dimensions.
+void lay_out_array(int number, std::span<const int> sizes);
+/// Next variable number behind all named ones, at least the var shift.
+int next_free_variable();
+/// Gives the name and dimensions to a variable. All checks of names and space are made here.
+void name_variable(int number, std::string_view name, std::span<const int> sizes);
+/// Removes the names of the variables at or above `number` (only of the current file).
+void dename_from(int number);
+int var_shift();
+
+/// Names that variables may not have (the expression functions). Registered by the function table.
+void set_reserved_names(bool (*is_reserved)(std::string_view name));
+
+/// "%i" for integral values, else the current format.
+std::string value_text(double value);
+
+}  // namespace zeb

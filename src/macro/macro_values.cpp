@@ -1,0 +1,329 @@
+#include "macro/macro_values.h"
+
+#include <cctype>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+
+namespace zeb {
+
+value_source last_value;
+
+namespace {
+
+constexpr std::size_t longest_token = 500;
+constexpr int deepest_expression = 2000;  // nested parentheses; the machine stack holds many more
+word_resolver resolve_function = nullptr;
+word_resolver resolve_name = nullptr;
+int expression_depth = 0;
+
+class depth_guard {
+ public:
+  depth_guard() {
+    if (++expression_depth > deepest_expression) {
+      expression_depth = 0;
+      error_end("Expression has too many nested parentheses");
+    }
+  }
+  ~depth_guard() {
+    if (expression_depth > 0) --expression_depth;
+  }
+  depth_guard(const depth_guard&) = delete;
+  depth_guard& operator=(const depth_guard&) = delete;
+};
+
+bool ends_token(int c) { return c < 33 || std::strchr("|!&)*+-/@;<=>[]{}\"',:", c) != nullptr; }
+
+// Reads a token; its end stays unread. In a number the token ends at the first character that can't
+// belong to it.
+std::string read_token() {
+  const reading_flag quotes(&macro_reading::no_quotes);
+  std::string token;
+  bool number = false;
+  bool point = false;
+  for (;;) {
+    const int c = read_char();
+    if (token.empty()) number = std::isdigit(c);
+    bool ends = ends_token(c) || c == '(';
+    if (number && !std::isdigit(c)) {
+      if (c == '.' && !point) {
+        point = true;
+      } else {
+        ends = true;
+      }
+    }
+    if (ends || token.size() == longest_token) {
+      unread_char();
+      return token;
+    }
+    token += static_cast<char>(c);
+  }
+}
+
+double read_bit_set() {
+  double sum = 0;
+  for (;;) {
+    if (accept_char('}')) return sum;
+    const int next = skip_blanks_peek();
+    if (next == ';' || next == '{') error_end("Symbol", static_cast<char>(next), "found when expecting number or expression");
+    const double bit = macro_value();
+    if (bit < 0) error_end("Cannot set negative bits: -" + value_text(-bit));
+    if (bit > 29) error_end("Can't store more than 30 bits (0-29) in variables");
+    const double value = std::ldexp(1.0, static_cast<int>(bit));
+    if (!(static_cast<std::int64_t>(sum) & static_cast<std::int64_t>(value))) sum += value;
+  }
+}
+
+enum class reading { strict, tolerant };
+
+// Puts a word back that was read in one piece of text. False when the text was refilled meanwhile.
+bool put_back(const char* from, std::size_t length) {
+  if (input.read_position != from + length) return false;
+  input.read_position = const_cast<char*>(from);
+  return true;
+}
+
+// The value reader. Returns false only in tolerant reading, with nothing but blanks consumed.
+bool read_operand(double* value, reading mode) {
+  last_value = {};
+  int c = skip_blanks_peek();
+  double sign = 1;
+  if (c == '-') {
+    if (mode == reading::tolerant) {
+      read_char();
+      const int next = peek_raw_char();
+      if (!std::isalnum(next) && next != '(' && next != '\'' && next != '"' && next != '$' && next != '#' &&
+          next != '{' && next != '%') {
+        unread_char();
+        return false;
+      }
+    } else {
+      read_char();
+    }
+    sign = -1;
+    c = skip_blanks_peek();
+  }
+  if (c == ';') {
+    if (mode == reading::tolerant) return false;
+    *value = -1;
+    return true;
+  }
+  if (c == '(') {
+    read_char();
+    *value = sign * evaluate(expression_end::parenthesis);
+    last_value = {};
+    last_value.parenthesised = true;
+    return true;
+  }
+  if (c == '{') {
+    if (mode == reading::tolerant) return false;
+    read_char();
+    *value = sign * read_bit_set();
+    last_value = {};
+    return true;
+  }
+  if (!std::isalnum(c) && c != '_') {
+    if (mode == reading::tolerant) return false;
+    error_end("Symbol", static_cast<char>(c), "found when expecting number or expression");
+  }
+  const char* from = input.read_position;
+  const std::string token = read_token();
+  if (std::isdigit(static_cast<unsigned char>(token[0]))) {
+    *value = sign * std::strtod(token.c_str(), nullptr);
+    return true;
+  }
+  const int variable = find_variable(token);
+  if (variable >= 0) {
+    *value = sign * variable;
+    last_value.named = true;
+    return true;
+  }
+  const value_source source = last_value;
+  if ((resolve_function && resolve_function(token, value)) ||
+      (macros.names_as_numbers && resolve_name && resolve_name(token, value))) {
+    *value *= sign;
+    last_value = source;
+    return true;
+  }
+  if (mode == reading::tolerant && sign > 0 && put_back(from, token.size())) return false;
+  error_end("Unrecognized variable:", token);
+}
+
+std::int32_t to_int32(double value) {
+  if (!(value > -2147483648.0)) return std::isnan(value) ? 0 : INT32_MIN;
+  if (value > 4294967295.0) return -1;
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
+}
+
+double apply(char op, double left, double right) {
+  switch (op) {
+    case '+':
+      return left + right;
+    case '-':
+      return left - right;
+    case '*':
+      return left * right;
+    case '/':
+      if (right == 0) error_end("Can't divide by zero");
+      return left / right;
+    case '&':
+      return to_int32(left) & to_int32(right);
+    case '|':
+      return to_int32(left) | to_int32(right);
+    default:
+      return to_int32(left) ^ to_int32(right);
+  }
+}
+
+// Two-character logical operators, by one letter each.
+enum class logical { none, equal, different, both, either, greater, less, greater_equal, less_equal };
+
+double compare(logical op, double left, double right) {
+  switch (op) {
+    case logical::equal:
+      return left == right;
+    case logical::different:
+      return left != right;
+    case logical::both:
+      return left != 0 && right != 0;
+    case logical::either:
+      return left != 0 || right != 0;
+    case logical::greater:
+      return left > right;
+    case logical::less:
+      return left < right;
+    case logical::greater_equal:
+      return left >= right;
+    case logical::less_equal:
+      return left <= right;
+    case logical::none:
+      break;
+  }
+  return right;
+}
+
+bool is_bit_operand_start(int c) {
+  return std::isdigit(c) || c == '\'' || c == '"' || c == '(' || c == ';' || c < 33;
+}
+
+// Reads the rest of a logical operator that begins with `c`.
+logical read_logical(int c) {
+  const int next = peek_raw_char();
+  auto two = [&](logical op) {
+    read_raw_char();
+    return op;
+  };
+  if (c == '=' && next == '=') return two(logical::equal);
+  if (c == '!' && next == '=') return two(logical::different);
+  if (c == '&' && next == '&') return two(logical::both);
+  if (c == '|' && next == '|') return two(logical::either);
+  if (c == '>') return next == '=' ? two(logical::greater_equal) : logical::greater;
+  if (c == '<') return next == '=' ? two(logical::less_equal) : logical::less;
+  std::string symbol(1, static_cast<char>(c));
+  if (next > 32 && next != ';') symbol += static_cast<char>(next);
+  error_end("\nSymbol", symbol, "is not a logical expression or operator");
+}
+
+const char* symbol_of(logical op) {
+  static constexpr const char* symbols[] = {"", "==", "!=", "&&", "||", ">", "<", ">=", "<="};
+  return symbols[static_cast<int>(op)];
+}
+
+double read_evaluated_operand(std::string* echo) {
+  if (accept_char('(')) {
+    if (echo) *echo += "(";
+    const double value = evaluate(expression_end::parenthesis, echo);
+    if (echo) *echo += ")";
+    return value;
+  }
+  if (accept_char('!')) {
+    const depth_guard guard;
+    if (echo) *echo += "!";
+    return read_evaluated_operand(echo) == 0;
+  }
+  if (accept_char('-')) {
+    const depth_guard guard;
+    if (echo) *echo += "-";
+    return -read_evaluated_operand(echo);
+  }
+  double value = 0;
+  if (skip_blanks_peek() == ';') error_end("Found unexpected ';'");
+  read_operand(&value, reading::strict);
+  if (echo) *echo += value_text(value);
+  return value;
+}
+
+}  // namespace
+
+bool macro_read_value(double* value, bool* parenthesised) {
+  if (!read_operand(value, reading::tolerant)) return false;
+  if (parenthesised) *parenthesised = last_value.parenthesised;
+  return true;
+}
+
+double macro_value() {
+  double value = 0;
+  read_operand(&value, reading::strict);
+  return value;
+}
+
+double evaluate(expression_end end, std::string* echo) {
+  const depth_guard guard;
+  int c = skip_blanks_peek();
+  if (c == '[' && end == expression_end::parenthesis) {
+    read_char();
+    end = expression_end::bracket;
+    c = skip_blanks_peek();
+  }
+  if (std::strchr("=+&*/^|", c) && c) error_end("Cannot start expression with", static_cast<char>(c));
+  double accumulator = 0;
+  double left = 0;
+  char op = '+';
+  logical pending = logical::none;
+  for (;;) {
+    accumulator = apply(op, accumulator, read_evaluated_operand(echo));
+    if (pending != logical::none) {
+      accumulator = compare(pending, left, accumulator);
+      pending = logical::none;
+    }
+    c = next_nonblank();
+    if (c == ';') {
+      if (end != expression_end::semicolon) error_end("Unbalanced '(' in expression");
+      unread_char();
+      break;
+    }
+    if (c == ')' || ((c == ']' || c == ',') && end == expression_end::bracket)) {
+      if (c == ')' && end == expression_end::semicolon) error_end("Unbalanced ')' in expression");
+      if (c == ',') unread_char();
+      break;
+    }
+    if (std::strchr("+-*/^", c) || ((c == '&' || c == '|') && is_bit_operand_start(peek_raw_char()))) {
+      op = static_cast<char>(c);
+      if (echo) (*echo += ' ').append(1, op) += ' ';
+      continue;
+    }
+    if (!std::strchr("&|=!<>", c)) error_end("Found illegal character in expression:", static_cast<char>(c));
+    pending = read_logical(c);
+    if (echo) ((*echo += ' ') += symbol_of(pending)) += ' ';
+    left = accumulator;
+    accumulator = 0;
+    op = '+';
+  }
+  last_value = {};
+  last_value.parenthesised = end != expression_end::semicolon;
+  return accumulator;
+}
+
+void set_function_resolver(word_resolver functions, word_resolver names) {
+  resolve_function = functions;
+  resolve_name = names;
+}
+
+}  // namespace zeb

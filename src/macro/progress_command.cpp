@@ -1,0 +1,71 @@
+// `chkbreak` and `progress`: the user's break and the progress bar of scripts.
+#include <string>
+
+#include "macro/commands.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "shell/console.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr std::size_t longest_label = 145;
+
+// What the bar shows, for `progress=`.
+struct script_progress {
+  std::string label;
+  double done = 0;
+  double total = 0;
+};
+script_progress shown;
+
+}  // namespace
+
+void chkbreak_command() {
+  require_macros();
+  no_timing();
+  int mode = 1;
+  const bool given = read_optional_int(&mode);
+  if (process.background) return;
+  if (given && mode == 0) {
+    if (!user_present()) return;
+    write_console("\rPress key to continue ");
+    check_interrupt(0);
+  }
+  check_interrupt(1);
+}
+
+void progress_command() {
+  require_macros();
+  no_timing();
+  if (accept_char('/')) {
+    clear_progress();
+    shown = {};
+    return;
+  }
+  if (accept_char('=')) {
+    if (shown.total > 0) show_progress(shown.label, shown.done, shown.total);
+    return;
+  }
+  if (macros.report) error_end("Cannot run progress with report ON");
+  shown.done = macro_value();
+  shown.total = macro_value();
+  const bool commas = input.literal_comma;
+  input.literal_comma = true;
+  shown.label.clear();
+  skip_blanks_peek();
+  for (int c = read_char(); c != ';'; c = read_char()) {
+    if (shown.label.size() < longest_label) shown.label += static_cast<char>(c < 32 ? ' ' : c);
+  }
+  input.literal_comma = commas;
+  show_progress(shown.label, shown.done, shown.total);
+}
+
+}  // namespace zeb

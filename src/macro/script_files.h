@@ -1,0 +1,34 @@
+// The input files that a script reads item by item (`hifile`).
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace zeb {
+
+struct script_file {
+  std::string name;
+  std::FILE* stream = nullptr;
+  int line = 0;  // newlines read
+};
+
+struct script_file_state {
+  std::vector<script_file> files;
+  int active = -1;      // index of the active file; -1 none
+  int most_files = 10;  // `hifile =N`
+};
+extern script_file_state script_files;  // written by the functions of this file only
+
+/// The active file: "No input file is active" without one.
+script_file& active_script_file();
+/// Next character, -1 at the end; and the same left unread.
+int script_file_get(script_file& file);
+int script_file_peek(script_file& file);
+/// Next blank-delimited string; its delimiter stays unread.
+std::string script_file_string(script_file& file);
+/// Only blanks are left.
+bool script_file_ended(script_file& file);
+void close_script_files();
+
+}  // namespace zeb

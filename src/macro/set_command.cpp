@@ -1,0 +1,211 @@
+// `set`: assignment, strings, and the forms that work on whole arrays (see array_operations.h).
+#include "macro/array_operations.h"
+#include "macro/commands.h"
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "macro/stored_text.h"
+#include "macro/variable_reference.h"
+#include "shell/errors.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace zeb {
+
+namespace {
+
+void store_string(const variable_reference& target) {
+  int cell = target.cell;
+  if (target.is_section()) {
+    const std::span<const int> sizes = variable_dimensions(cell);
+    if (sizes.size() > 1 && macros.protection == 2) {
+      error_end("Cannot re-set array under protection mode 2\nVar.", target.base, variable_name(target.base), "has",
+                target.dimensions, "dimensions, not", target.subscripts);
+    }
+  }
+  const std::string text = read_stored_text();
+  const std::span<char> bytes = string_bytes(cell);
+  if (text.size() + 1 > bytes.size()) error_end("String too long (it exceeds variable", macros.max_variables - 1, ")");
+  std::memcpy(bytes.data(), text.c_str(), text.size() + 1);
+  const int cell_size = macros.integer_only ? 4 : 8;
+  const int cells = (static_cast<int>(text.size()) + cell_size) / cell_size;
+  if (macros.report) emitf("Copied string into user vars. %i-%i (%i cells)", cell, cell + cells - 1, cells);
+}
+
+enum class assignment { plain, add, subtract, multiply, divide, bit_and, bit_or, bit_xor };
+
+std::uint32_t bits_of(double value) {
+  if (!(value > -9.2e18) || value > 9.2e18) return 0;
+  return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+}
+
+double combined(assignment op, double old, double value) {
+  switch (op) {
+    case assignment::plain:
+      return value;
+    case assignment::add:
+      return old + value;
+    case assignment::subtract:
+      return old - value;
+    case assignment::multiply:
+      return old * value;
+    case assignment::divide: {
+      if (!macros.integer_only) return old / value;
+      // Integer cells divide as unsigned numbers; a zero divisor leaves what a double division would store.
+      const std::uint32_t divisor = bits_of(value);
+      if (divisor == 0) return old / 0.0;
+      return static_cast<std::int32_t>(bits_of(old) / divisor);
+    }
+    case assignment::bit_and:
+      return static_cast<double>(static_cast<std::int32_t>(bits_of(old) & bits_of(value)));
+    case assignment::bit_or:
+      return static_cast<double>(static_cast<std::int32_t>(bits_of(old) | bits_of(value)));
+    case assignment::bit_xor:
+      return static_cast<double>(static_cast<std::int32_t>(bits_of(old) ^ bits_of(value)));
+  }
+  return value;
+}
+
+void check_not_index_cell(const variable_reference& target) {
+  if (macros.protection == 2 && target.is_section() && !macros.list_written) {
+    error_end("Cannot re-set array under protection mode 2\nVar.", target.base, variable_name(target.base), "has",
+              target.dimensions, "dimensions, not", target.subscripts);
+  }
+}
+
+// Where a list function may write: the cells of the array or row that the reference leads to, or all
+// that follow an unnamed number.
+void open_target(const variable_reference& target) {
+  const std::span<const int> sizes = variable_dimensions(target.cell);
+  macros.assign_is_array = target.is_section();
+  macros.list_written = false;
+  macros.assign_target = target.cell;
+  if (target.is_section() && !sizes.empty()) {
+    macros.assign_target = first_data_cell(target.cell);
+    macros.assign_room = static_cast<int>(data_cell_count(sizes));
+  } else if (macros.protection && target.named) {
+    macros.assign_room = 1;
+  } else {
+    macros.assign_room = macros.max_variables - target.cell;
+  }
+}
+
+void assign(const variable_reference& target, assignment op) {
+  open_target(target);
+  std::string echo;
+  const double value = evaluate(expression_end::semicolon, macros.report ? &echo : nullptr);
+  macros.assign_target = -1;
+  if (macros.list_written) return;
+  check_not_index_cell(target);
+  store_variable(target.cell, combined(op, variable_value(target.cell), value));
+  if (macros.report) {
+    report_line("Var.", target.cell, std::string(variable_name(target.base)), "=", echo, "--->",
+                value_text(variable_value(target.cell)));
+  }
+}
+
+// The operator behind the reference. Returns false where the assignment is already done.
+bool read_operator(const variable_reference& target, assignment* op) {
+  *op = assignment::plain;
+  const int c = skip_blanks_peek();
+  auto compound = [&](assignment kind) {
+    next_nonblank();
+    if (peek_raw_char() != '=') error_end("Invalid syntax in set command");
+    read_raw_char();
+    *op = kind;
+    return true;
+  };
+  auto step = [&](double by) {
+    next_nonblank();
+    const int next = peek_raw_char();
+    if (next == c) {
+      read_raw_char();
+      check_not_index_cell(target);
+      store_variable(target.cell, variable_value(target.cell) + by);
+      return false;
+    }
+    if (c == '+' && next != '=') error_end("Invalid syntax in set command");
+    // Behind "-", one character is taken whatever it is: "- 3" and "-=3" subtract 3.
+    read_raw_char();
+    *op = c == '+' ? assignment::add : assignment::subtract;
+    return true;
+  };
+  switch (c) {
+    case ';':
+      error_end("Set requires a value or expression");
+    case '+':
+      return step(1);
+    case '-':
+      return step(-1);
+    case '*':
+      return compound(assignment::multiply);
+    case '/':
+      return compound(assignment::divide);
+    case '&':
+      return compound(assignment::bit_and);
+    case '|':
+      return compound(assignment::bit_or);
+    case '^':
+      return compound(assignment::bit_xor);
+    case '=':
+      next_nonblank();
+      return true;
+    default:
+      return true;
+  }
+}
+
+}  // namespace
+
+void set_command() {
+  require_macros();
+  no_timing();
+  const int c = skip_blanks_peek();
+  switch (c) {
+    case '+':
+    case '-':
+      next_nonblank();
+      macros.blank_after_strings = c == '+';
+      report_line(c == '+' ? "Adding space in string conversions" : "Not adding space in string conversions");
+      return;
+    case '*':
+      next_nonblank();
+      operate_on_arrays();
+      return;
+    case '!':
+      next_nonblank();
+      sort_array();
+      return;
+    case ':':
+      next_nonblank();
+      scale_distances();
+      return;
+    case ')':
+      next_nonblank();
+      rotate_points();
+      return;
+    case ';':
+      error_end("Set requires a value or expression");
+    default:
+      break;
+  }
+  variable_reference target;
+  {
+    const reading_flag strings(&macro_reading::no_strings);
+    target = read_variable_reference(false);
+    if (skip_blanks_peek() == '$') {
+      next_nonblank();
+      store_string(target);
+      return;
+    }
+  }
+  assignment op = assignment::plain;
+  if (read_operator(target, &op)) assign(target, op);
+}
+
+}  // namespace zeb

@@ -1,0 +1,56 @@
+#include "macro/stored_text.h"
+
+#include <cctype>
+
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+
+namespace zeb {
+
+std::string read_stored_text() {
+  const reading_flag quotes(&macro_reading::no_quotes);
+  // A "$" at the head opened the text; further ones convert as usual.
+  const int strings = macro_reading_flags.no_strings;
+  macro_reading_flags.no_strings = 0;
+  const bool commas = input.literal_comma;
+  input.literal_comma = true;
+  struct restore {
+    int strings;
+    bool commas;
+    ~restore() {
+      macro_reading_flags.no_strings = strings;
+      input.literal_comma = commas;
+    }
+  } const restorer{strings, commas};
+
+  std::string text;
+  bool blank = false;
+  const std::size_t room = static_cast<std::size_t>(macros.max_variables) * 8;
+  for (;;) {
+    int c = read_char();
+    if (c == ';') break;
+    if (c < 33) {
+      if (!blank) text += ' ';
+      blank = true;
+      if (input_ended() && input.top == 0) break;
+      continue;
+    }
+    blank = false;
+    if (c == '.' && peek_raw_char() == ',') {
+      read_raw_char();
+      c = ';';
+    } else if (c == '&' && std::isdigit(peek_raw_char())) {
+      int code = 0;
+      while (std::isdigit(peek_raw_char())) code = code < 1000 ? code * 10 + (read_raw_char() - '0') : read_raw_char();
+      c = code & 255;
+    }
+    if (text.size() < room) text += static_cast<char>(c);
+  }
+  return text;
+}
+
+}  // namespace zeb

@@ -1,0 +1,195 @@
+#include "macro/string_conversion.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <vector>
+
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "macro/variable_reference.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr std::size_t longest_conversion = 8500;
+std::vector<fixed_string_resolver> resolvers;
+
+std::string bit_set_text(double value) {
+  std::string text;
+  const auto bits = static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+  for (int bit = 0; bit < 32; ++bit) {
+    if (bits >> bit & 1U) text += static_cast<char>(bit < 10 ? '0' + bit : 'A' + bit - 10);
+  }
+  return text;
+}
+
+std::string dna_text(double value) {
+  static constexpr std::string_view letters = "-AGRCMSVTWKDYHBN";
+  const auto bits = static_cast<int>(value);
+  if (bits < 0 || bits > 15) error_end("DNA bitset must be 0-15");
+  return bits == 0 ? std::string() : std::string(1, letters[static_cast<std::size_t>(bits)]);
+}
+
+std::string protein_text(double value) {
+  static constexpr std::string_view letters = "ACDEFGHIKLMNPQRSTVWYU";
+  if (value == 2052) return "B";
+  if (value == 8200) return "Z";
+  std::string text;
+  const auto bits = static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+  for (std::size_t i = 0; i < letters.size(); ++i) {
+    if (bits >> i & 1U) text += letters[i];
+  }
+  return text.size() > 10 ? "X" : text;
+}
+
+bool own_fixed_string(std::string_view word, std::string* text) {
+  if (word == "bitset") {
+    *text = bit_set_text(macro_value());
+  } else if (word == "dnabitset") {
+    *text = dna_text(macro_value());
+  } else if (word == "protbitset") {
+    *text = protein_text(macro_value());
+  } else if (word == "curwd") {
+    char buffer[4096];
+    *text = getcwd(buffer, sizeof buffer) ? buffer : "";
+    std::replace(text->begin(), text->end(), ' ', '^');
+  } else {
+    return false;
+  }
+  return true;
+}
+
+// Number or name of a variable within a stored string, up to the closing quote.
+int simple_reference(const std::string& stored, std::size_t* at, char quote) {
+  const std::size_t close = stored.find(quote, *at + 1);
+  if (close == std::string::npos) {
+    error_end("Variables within strings can be expanded only with simple expressions");
+  }
+  const std::string text = stored.substr(*at + 1, close - *at - 1);
+  *at = close;
+  if (!text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); }) &&
+      text.size() < 9) {
+    const int number = std::stoi(text) + var_shift();
+    check_variable(number);
+    return number;
+  }
+  const int number = find_variable(text);
+  if (number < 0) error_end("Variables within strings can be expanded only with simple expressions");
+  return number;
+}
+
+// The stored text with 'N', "N" and %N put in.
+std::string expanded(const std::string& stored) {
+  std::string text;
+  const input_frame& frame = *input.frames[static_cast<std::size_t>(input.top)];
+  for (std::size_t i = 0; i < stored.size() && text.size() < longest_conversion; ++i) {
+    const char c = stored[i];
+    const unsigned char next = i + 1 < stored.size() ? static_cast<unsigned char>(stored[i + 1]) : 0;
+    if (c == '\'' && std::isalnum(next)) {
+      text += value_text(variable_value(simple_reference(stored, &i, c)));
+    } else if (c == '"' && std::isalnum(next)) {
+      const double number = variable_value(simple_reference(stored, &i, c));
+      check_variable(number);
+      text += value_text(variable_value(static_cast<int>(number)));
+    } else if (c == '%' && std::isdigit(next)) {
+      const auto argument = static_cast<std::size_t>(next - '0');
+      if (argument >= 1 && argument <= frame.arguments.size()) text += frame.arguments[argument - 1];
+      ++i;
+    } else {
+      text += c;
+    }
+  }
+  if (text.size() > longest_conversion) text.resize(longest_conversion);
+  return text;
+}
+
+void apply_suffixes(std::string& text) {
+  for (;;) {
+    const int c = peek_raw_char();
+    if (c == '>' || c == '<') {
+      read_raw_char();
+      const auto mark = static_cast<char>(read_raw_char());
+      const std::size_t at = text.find(mark);
+      if (at == std::string::npos) continue;
+      text = c == '>' ? text.substr(at + 1) : text.substr(0, at);
+    } else if (c == ':') {
+      read_raw_char();
+      const int sign = peek_raw_char();
+      if (sign == '-' || sign == '+') read_raw_char();
+      const double size = macro_value();
+      if (!(size >= 0) || size > 8499) error_end("Cannot make string conversion so long ( max. 8500)");
+      const auto n = static_cast<std::size_t>(size);
+      if (sign == '+') {
+        text = text.size() > n ? text.substr(n) : std::string();
+      } else if (sign == '-') {
+        text = text.size() >= n ? text.substr(text.size() - n) : std::string(n - text.size(), ' ') + text;
+      } else {
+        text.resize(n, ' ');
+      }
+    } else {
+      return;
+    }
+  }
+}
+
+// The word behind "$", without consuming more than its letters.
+std::string read_letters() {
+  std::string word;
+  int c = read_raw_char();
+  for (; std::isalnum(c) || c == '_'; c = read_raw_char()) {
+    if (word.size() <= longest_variable_name) word += static_cast<char>(c);
+  }
+  macro_unread_char();
+  return word;
+}
+
+std::string variable_text(int base, bool named) {
+  const variable_reference reference = read_subscripts(base, named, false);
+  int cell = reference.cell;
+  if (reference.dimensions > 1) {
+    // A section of an array is read from its first data cell.
+    const std::span<const int> sizes = variable_dimensions(cell);
+    if (!sizes.empty()) cell = first_data_cell(cell);
+  }
+  return expanded(variable_string(cell));
+}
+
+}  // namespace
+
+void convert_string() {
+  std::string text;
+  const int first = peek_raw_char();
+  if (std::isalpha(first)) {
+    const std::string word = read_letters();
+    const int variable = find_variable(word);
+    if (variable >= 0) {
+      text = variable_text(variable, true);
+    } else {
+      bool found = own_fixed_string(word, &text);
+      for (const fixed_string_resolver resolver : resolvers) {
+        if (!found) found = resolver(word, &text);
+      }
+      if (!found) error_end("Unrecognized variable:", word);
+    }
+  } else {
+    bool named = false;
+    const int base = read_variable_number(&named);
+    text = variable_text(base, named);
+  }
+  apply_suffixes(text);
+  if (macros.blank_after_strings || text.empty()) text += ' ';
+  insert_text(text);
+}
+
+void add_fixed_strings(fixed_string_resolver resolver) { resolvers.push_back(resolver); }
+
+}  // namespace zeb

@@ -1,0 +1,129 @@
+#include "macro/variable_expansion.h"
+
+#include <cctype>
+#include <cmath>
+#include <string>
+
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "macro/variable_reference.h"
+#include "shell/errors.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+
+namespace zeb {
+
+namespace {
+
+// Beyond this the rest of a range is left to a further expansion.
+constexpr std::size_t longest_range_text = 8350;
+
+// What stands between "/" and the variable: sign, width, decimals.
+struct local_format {
+  bool given = false;
+  bool sign = false;
+  int width = 1;
+  int decimals = -1;
+};
+
+int read_small_number() {
+  int value = 0;
+  int c = read_raw_char();
+  for (; std::isdigit(c); c = read_raw_char()) value = value < 300 ? value * 10 + (c - '0') : value;
+  macro_unread_char();
+  return value > 300 ? 300 : value;
+}
+
+local_format read_local_format() {
+  local_format format;
+  if (peek_raw_char() != '/') return format;
+  read_raw_char();
+  format.given = true;
+  if (peek_raw_char() == '+') {
+    read_raw_char();
+    format.sign = true;
+  }
+  bool left = false;
+  if (peek_raw_char() == '-') {
+    read_raw_char();
+    left = true;
+  }
+  if (std::isdigit(peek_raw_char())) format.width = read_small_number();
+  if (left) format.width = -format.width;
+  if (peek_raw_char() == '.') {
+    read_raw_char();
+    format.decimals = read_small_number();
+  }
+  const int next = skip_blanks_peek();
+  if (!std::isalpha(next) && next != '(') error_end("Incorrect variable conversion");
+  return format;
+}
+
+std::string formatted(double value, const local_format& format) {
+  if (!format.given) return value_text(value);
+  const int width = format.width;
+  if (format.decimals >= 0) {
+    return format.sign ? text_of("%+*.*f", width, format.decimals, value)
+                       : text_of("%*.*f", width, format.decimals, value);
+  }
+  const double whole = std::trunc(value);
+  return format.sign ? text_of("%+*.0f", width, whole) : text_of("%*.0f", width, whole);
+}
+
+// All cells of a range; what doesn't fit becomes an expansion of its own, which is read next.
+std::string range_text(const variable_reference& reference) {
+  std::string text;
+  for (int cell = reference.cell; cell <= reference.last; ++cell) {
+    if (cell > reference.cell) text += reference.separator;
+    if (text.size() > longest_range_text) {
+      // The last subscript counts from the start of its row, which is all that matters from here on:
+      // the cells are addressed as if they followed the first one.
+      const std::span<const int> sizes = variable_dimensions(reference.base);
+      const int row = sizes.empty() ? 0 : sizes.back();
+      const int in_row = row ? (reference.cell - first_data_cell(reference.base)) % row : 0;
+      std::string rest = text_of("'%i[ ", reference.base - var_shift());
+      if (sizes.size() > 1) {
+        std::int64_t offset = (reference.cell - first_data_cell(reference.base)) / row;
+        std::string subscripts;
+        for (std::size_t d = sizes.size() - 1; d-- > 0;) {
+          subscripts = std::to_string(offset % sizes[d]) + " " + subscripts;
+          offset /= sizes[d];
+        }
+        rest += subscripts;
+      }
+      const int from = in_row + (cell - reference.cell);
+      const int to = in_row + (reference.last - reference.cell);
+      rest += text_of(" %i-%i ", from, to);
+      rest += reference.separator == ' ' ? "]'" : text_of(" &%i ]'", reference.separator);
+      return text + rest;
+    }
+    text += value_text(variable_value(cell));
+  }
+  return text;
+}
+
+}  // namespace
+
+void expand_variable(char quote) {
+  const local_format format = read_local_format();
+  variable_reference reference;
+  {
+    const reading_flag quotes(&macro_reading::no_quotes);
+    reference = read_variable_reference(true);
+    int c = read_raw_char();
+    while (c < 33 && c != ';') c = read_raw_char();
+    if (c != quote) {
+      error_end(reference.subscripts ? "Expression must end and start with the same symbol"
+                                     : "Each quote or single quote must be matched");
+    }
+  }
+  if (!reference.range) {
+    insert_text(formatted(variable_value(reference.cell), format));
+    return;
+  }
+  if (format.given) error_end("Sorry, local formatting of arrays not allowed");
+  insert_text(range_text(reference));
+}
+
+}  // namespace zeb

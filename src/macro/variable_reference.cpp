@@ -1,0 +1,99 @@
+#include "macro/variable_reference.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "shell/errors.h"
+#include "shell/lexer.h"
+
+namespace zeb {
+
+namespace {
+
+int checked_cell(double position) {
+  if (!(position >= 0)) error_end("No variable number", std::isfinite(position) ? value_text(position) : "?");
+  if (position >= macros.max_variables) error_end("Variable does not exist");
+  return static_cast<int>(position);
+}
+
+// One subscript under protection: within its dimension.
+void check_subscript(int base, std::span<const int> sizes, std::size_t which, double value) {
+  if (which >= sizes.size()) error_end("Variable", base, "has only", sizes.size(), "dimensions");
+  if (value < 0 || value >= sizes[which]) {
+    error_end_f("Variable %i has only %i values (0-%i) for dimension %zu", base, sizes[which], sizes[which] - 1,
+                which);
+  }
+}
+
+}  // namespace
+
+int read_variable_number(bool* named) {
+  const double value = macro_value();
+  const bool name = last_value.named;
+  if (named) *named = name;
+  const double number = name ? value : value + var_shift();
+  if (value < 0) error_end("No variable number", value_text(value));
+  check_variable(number);
+  return static_cast<int>(number);
+}
+
+variable_reference read_subscripts(int base, bool named, bool ranges) {
+  variable_reference reference;
+  reference.base = reference.cell = reference.last = base;
+  reference.named = named;
+  const std::span<const int> sizes = variable_dimensions(base);
+  reference.dimensions = static_cast<int>(sizes.size());
+  if (peek_raw_char() != '[') return reference;
+  read_raw_char();
+  double position = base;
+  for (;;) {
+    int c = skip_blanks_peek();
+    if (c == ',') {
+      next_nonblank();
+      continue;
+    }
+    if (c == ']') {
+      if (reference.subscripts == 0) error_end("Unexpected closing bracket, ]");
+      next_nonblank();
+      break;
+    }
+    if (c == '&' && reference.range) {
+      next_nonblank();
+      reference.separator = static_cast<char>(static_cast<int>(macro_value()) & 127);
+      continue;
+    }
+    if (reference.range) error_end("Ranges are valid only for the last dimension");
+    const double subscript = std::trunc(macro_value());
+    if (macros.protection) check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts), subscript);
+    // Each subscript but the first starts from where the index cell points.
+    if (reference.subscripts > 0) {
+      position = std::trunc(variable_value(checked_cell(position)));
+    }
+    position += subscript;
+    reference.cell = checked_cell(position);
+    reference.last = reference.cell;
+    ++reference.subscripts;
+    c = skip_blanks_peek();
+    if (c != '-') continue;
+    if (!ranges) continue;
+    if (!macros.protection) error_end("Ranges valid only under macro protected mode");
+    next_nonblank();
+    const double end = std::trunc(macro_value());
+    check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts) - 1, end);
+    if (reference.subscripts < reference.dimensions) error_end("Ranges are valid only for the last dimension");
+    reference.range = true;
+    reference.last = checked_cell(reference.cell + (end - subscript));
+  }
+  return reference;
+}
+
+variable_reference read_variable_reference(bool ranges) {
+  bool named = false;
+  const int base = read_variable_number(&named);
+  return read_subscripts(base, named, ranges);
+}
+
+}  // namespace zeb
