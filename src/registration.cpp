@@ -1,6 +1,7 @@
 #include "registration.h"
 
 #include "command_table.h"
+#include "macro/commands.h"
 #include "matrix/matrix.h"
 #include "shell/interpreter.h"
 #include "trees/registration.h"
@@ -9,6 +10,7 @@ namespace zeb {
 
 void register_everything() {
   set_command_table(all_commands());
+  register_macros();
   register_matrix();
   register_trees();
 }

@@ -13,13 +13,15 @@
 #include "macro/macro_values.h"
 #include "macro/scaling.h"
 #include "shell/errors.h"
+#include "shell/input.h"
 #include "shell/lexer.h"
 
 namespace zeb {
 
 namespace {
 
-// An operand of a cell-wise operation: an array of the same dimensions, or one number for all cells.
+// An operand of a cell-wise operation: an array of the same dimensions, or one number for all
+// cells.
 struct operand {
   bool constant = true;
   double value = 0;
@@ -50,8 +52,21 @@ operand read_operand(const whole_array& target) {
 }
 
 enum class cell_operation {
-  add, subtract, multiply, divide, bit_and, bit_or, bit_xor, smaller, larger,
-  equal, different, more, less, more_equal, less_equal,
+  add,
+  subtract,
+  multiply,
+  divide,
+  bit_and,
+  bit_or,
+  bit_xor,
+  smaller,
+  larger,
+  equal,
+  different,
+  more,
+  less,
+  more_equal,
+  less_equal,
 };
 
 // The operator between two operands; comparisons other than == and != begin with "?".
@@ -141,12 +156,14 @@ double operate(cell_operation op, double a, double b) {
 }
 
 // Divisions are checked before any cell is written, so that an error leaves the array as it was.
-void store_all(const whole_array& target, const operand& left, cell_operation op, const operand& right) {
+void store_all(const whole_array& target, const operand& left, cell_operation op,
+               const operand& right) {
   std::vector<double> results(static_cast<std::size_t>(target.cells));
   for (int i = 0; i < target.cells; ++i) {
     results[static_cast<std::size_t>(i)] = operate(op, left.at(i), right.at(i));
   }
-  for (int i = 0; i < target.cells; ++i) store_variable(target.first + i, results[static_cast<std::size_t>(i)]);
+  for (int i = 0; i < target.cells; ++i)
+    store_variable(target.first + i, results[static_cast<std::size_t>(i)]);
 }
 
 void fill_at_random(const whole_array& target) {
@@ -154,7 +171,8 @@ void fill_at_random(const whole_array& target) {
   if (largest > 32767) error_end("Maximum value for random numbers is 32767");
   if (largest < 0) error_end("Value or expression required");
   const int values = static_cast<int>(largest) + 1;
-  for (int i = 0; i < target.cells; ++i) store_variable(target.first + i, macros.generator.draw() % values);
+  for (int i = 0; i < target.cells; ++i)
+    store_variable(target.first + i, macros.generator.draw() % values);
 }
 
 // `a OP= b`: the compound forms. Returns false, with nothing consumed, where another form comes.
@@ -167,12 +185,14 @@ bool operate_in_place(const whole_array& target) {
     unread_char();
     return false;
   }
-  if (c == '<' || c == '>') error_end("Invalid operator:", std::string(1, static_cast<char>(c)) + "=");
+  if (c == '<' || c == '>')
+    error_end("Invalid operator:", std::string(1, static_cast<char>(c)) + "=");
   if (c == '=') error_end("Wrong symbol; did you mean \"==\"?");
   read_raw_char();
   static constexpr std::string_view symbols = "+-*/&|^";
   const std::size_t which = symbols.find(static_cast<char>(c));
-  if (which == std::string_view::npos) error_end("Invalid operator:", std::string(1, static_cast<char>(c)) + "=");
+  if (which == std::string_view::npos)
+    error_end("Invalid operator:", std::string(1, static_cast<char>(c)) + "=");
   operand left;
   left.constant = false;
   left.array = target;
@@ -184,7 +204,8 @@ bool operate_in_place(const whole_array& target) {
 }  // namespace
 
 whole_array read_array_name() {
-  if (!std::isalpha(skip_blanks_peek())) error_end("Arrays must be specified with names, not numbers");
+  if (!std::isalpha(skip_blanks_peek()))
+    error_end("Arrays must be specified with names, not numbers");
   whole_array array;
   const double value = macro_value();
   if (!last_value.named) error_end("Arrays must be specified with names, not numbers");
@@ -198,7 +219,8 @@ whole_array read_array_name() {
 
 whole_array read_one_dimensional_array() {
   whole_array array = read_array_name();
-  if (array.sizes.size() != 1) error_end_f("Array \"%s\" is not a 1-dimensional array", array.name.c_str());
+  if (array.sizes.size() != 1)
+    error_end_f("Array \"%s\" is not a 1-dimensional array", array.name.c_str());
   return array;
 }
 
@@ -225,40 +247,47 @@ void sort_array() {
   if (skip_blanks_peek() == ';') error_end("A second (source) variable is required");
   const whole_array source = read_one_dimensional_array();
   if (target.cells != source.cells) {
-    error_end_f("Arrays \"%s\" and \"%s\" have different sizes (%s=%i and %s=%i)", target.name.c_str(),
-                source.name.c_str(), target.name.c_str(), target.cells, source.name.c_str(), source.cells);
+    error_end_f("Arrays \"%s\" and \"%s\" have different sizes (%s=%i and %s=%i)",
+                target.name.c_str(), source.name.c_str(), target.name.c_str(), target.cells,
+                source.name.c_str(), source.cells);
   }
   std::vector<int> order(static_cast<std::size_t>(source.cells));
   std::iota(order.begin(), order.end(), 0);
   std::stable_sort(order.begin(), order.end(), [&source](int a, int b) {
     return variable_value(source.first + a) < variable_value(source.first + b);
   });
-  for (int i = 0; i < target.cells; ++i) store_variable(target.first + i, order[static_cast<std::size_t>(i)]);
+  for (int i = 0; i < target.cells; ++i)
+    store_variable(target.first + i, order[static_cast<std::size_t>(i)]);
 }
 
 void scale_distances() {
   const whole_array target = read_array_name();
   const whole_array source = read_array_name();
   const bool square = source.sizes.size() == 2 && source.sizes[0] == source.sizes[1];
-  if (!square) error_end_f("Array \"%s\" must hold a square matrix of distances", source.name.c_str());
+  if (!square)
+    error_end_f("Array \"%s\" must hold a square matrix of distances", source.name.c_str());
   const int n = source.sizes[0];
-  if (target.sizes.size() != 2 || (target.sizes[0] != 2 && target.sizes[0] != 3) || target.sizes[1] != n) {
+  if (target.sizes.size() != 2 || (target.sizes[0] != 2 && target.sizes[0] != 3) ||
+      target.sizes[1] != n) {
     error_end_f("Array \"%s\" must have dimensions [2 %i] or [3 %i]", target.name.c_str(), n, n);
   }
   const auto count = static_cast<std::size_t>(n);
   std::vector<double> distances(count * count);
-  for (std::size_t i = 0; i < distances.size(); ++i) distances[i] = variable_value(source.first + static_cast<int>(i));
+  for (std::size_t i = 0; i < distances.size(); ++i)
+    distances[i] = variable_value(source.first + static_cast<int>(i));
   for (std::size_t i = 0; i < count; ++i) {
     if (distances[i * count + i] != 0) error_end("Distances must have a diagonal of zeros");
     for (std::size_t j = 0; j < i; ++j) {
-      if (distances[i * count + j] != distances[j * count + i]) error_end("Distances must be symmetric");
+      if (distances[i * count + j] != distances[j * count + i])
+        error_end("Distances must be symmetric");
     }
   }
   std::vector<double> weights(count * count, 1.0);
   if (accept_char('/')) {
     const whole_array given = read_array_name();
     const bool per_pair = given.cells == n * n;
-    if (!per_pair && given.cells != n) error_end_f("Array \"%s\" must have %i or %i values", given.name.c_str(), n, n * n);
+    if (!per_pair && given.cells != n)
+      error_end_f("Array \"%s\" must have %i or %i values", given.name.c_str(), n, n * n);
     for (std::size_t i = 0; i < count; ++i) {
       for (std::size_t j = 0; j < count; ++j) {
         // Where the two halves disagree the higher weight holds.
@@ -279,7 +308,8 @@ void scale_distances() {
 
 void rotate_points() {
   const whole_array points = read_array_name();
-  if (points.sizes.size() != 2 || points.sizes[0] != 3) error_end("Only x,y,z arrays can be rotated");
+  if (points.sizes.size() != 2 || points.sizes[0] != 3)
+    error_end("Only x,y,z arrays can be rotated");
   const double tilt = macro_value();
   if (tilt < 0) error_end("Change in tilt must be >= 0");
   const double rotation = macro_value();
@@ -295,7 +325,8 @@ void rotate_points() {
     const double z = variable_value(cell[2]);
     const double y1 = y * std::cos(t) - z * std::sin(t);
     const double z1 = y * std::sin(t) + z * std::cos(t);
-    const double rotated[3] = {x * std::cos(r) + z1 * std::sin(r), y1, z1 * std::cos(r) - x * std::sin(r)};
+    const double rotated[3] = {x * std::cos(r) + z1 * std::sin(r), y1,
+                               z1 * std::cos(r) - x * std::sin(r)};
     for (int d = 0; d < 3; ++d) {
       store_variable(cell[d], rotated[d]);
       least[d] = std::min(least[d], variable_value(cell[d]));

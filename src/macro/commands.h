@@ -33,7 +33,8 @@ void hifile_command();
 /// Start-up: what the other rooms ask of the language. Called once.
 void register_macros();
 
-/// Ends the command with its name and "legal only when macros are enabled" while the language is off.
+/// Ends the command with its name and "legal only when macros are enabled" while the language is
+/// off.
 void require_macros();
 
 }  // namespace zeb

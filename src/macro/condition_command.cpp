@@ -19,12 +19,13 @@ namespace {
 
 constexpr std::size_t longest_word = 100;
 
-// Next word, ended by a blank, ";" or "(" (consumed, but for the ";" left to `ended_by`). A word that begins
-// with "(" or ";" counts as "x".
+// Next word, ended by a blank, ";" or "(" (consumed, but for the ";" left to `ended_by`). A word
+// that begins with "(" or ";" counts as "x".
 std::string next_word(int* ended_by) {
   int c = read_raw_char();
   while (c < 33) {
-    if (input_ended() && level_zero_ended()) error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
+    if (input_ended() && level_zero_ended())
+      error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
     c = read_raw_char();
   }
   if (c == '(' || c == ';') {
@@ -40,7 +41,9 @@ std::string next_word(int* ended_by) {
 }
 
 // "qu" up to "quote": the shortest word that the command table takes for `quote`, and longer ones.
-bool is_quote(std::string_view word) { return word.size() >= 2 && std::string_view("quote").starts_with(word); }
+bool is_quote(std::string_view word) {
+  return word.size() >= 2 && std::string_view("quote").starts_with(word);
+}
 
 }  // namespace
 
@@ -60,7 +63,8 @@ void skip_block() {
       return;
     } else if (is_quote(word) && ended_by != ';') {
       while (read_raw_char() != ';') {
-        if (input_ended() && level_zero_ended()) error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
+        if (input_ended() && level_zero_ended())
+          error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
       }
     }
   }

@@ -19,4 +19,18 @@ std::string loop_place() {
                  macros.level - macros.frames.back().loop_base, static_cast<int>(loop.current));
 }
 
+void show_script_place() {
+  const std::string loop = loop_place();
+  if (!loop.empty()) report_line(loop);
+  const input_frame& frame = top_frame();
+  if (frame.stream && !frame.is_terminal && input.top > 0) {
+    report_line("Error reading line", frame.line_number + 1, "of", frame.name);
+  }
+  if (loop.empty()) {
+    show_text_place(frame.text, input.read_position);
+  } else {
+    show_text_place(macros.loops[macros.level].text, input.read_position);
+  }
+}
+
 }  // namespace zeb

@@ -7,8 +7,8 @@
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
 #include "shell/errors.h"
-#include "shell/interpreter.h"
 #include "shell/input.h"
+#include "shell/interpreter.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
 #include "shell/process.h"
@@ -85,9 +85,8 @@ void close_file() {
   }
   if (!settings.report) return;
   std::string text = text_of("Closed file %s", name.c_str());
-  text += script_files.active < 0
-              ? " (no file is active now)"
-              : " (active file is now " + active_script_file().name + ")";
+  text += script_files.active < 0 ? " (no file is active now)"
+                                  : " (active file is now " + active_script_file().name + ")";
   report_line(text);
 }
 
@@ -126,9 +125,11 @@ std::string read_sought_string() {
   if (read_item() == 0) error_end("No string specified");
   const std::string raw(token());
   for (std::size_t i = 0; i < raw.size(); ++i) {
-    if (raw[i] == '&' && i + 1 < raw.size() && std::isdigit(static_cast<unsigned char>(raw[i + 1]))) {
+    if (raw[i] == '&' && i + 1 < raw.size() &&
+        std::isdigit(static_cast<unsigned char>(raw[i + 1]))) {
       int code = 0;
-      while (i + 1 < raw.size() && std::isdigit(static_cast<unsigned char>(raw[i + 1])) && code < 256) {
+      while (i + 1 < raw.size() && std::isdigit(static_cast<unsigned char>(raw[i + 1])) &&
+             code < 256) {
         code = code * 10 + (raw[++i] - '0');
       }
       text += static_cast<char>(code & 255);
@@ -182,7 +183,8 @@ void run_option(const std::string& word) {
   }
   if (is_prefix(word, "list")) return list_files();
   if (is_prefix(word, "close")) return close_file();
-  const bool known = word == "skip" || word == "skipline" || word == "seek" || word == "skips" || word == "seeks";
+  const bool known =
+      word == "skip" || word == "skipline" || word == "seek" || word == "skips" || word == "seeks";
   if (!known) error_end("Unidentified option in hifile command");
   script_file& file = script_files.files[static_cast<std::size_t>(read_bracketed_file())];
   if (word == "skip") {

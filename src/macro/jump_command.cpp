@@ -41,7 +41,8 @@ void set_default_target() {
 }
 
 void set_error_target() {
-  if (input.error_target_level >= 0) error_end("A target has been defined; undefine first, with 'goto ]'");
+  if (input.error_target_level >= 0)
+    error_end("A target has been defined; undefine first, with 'goto ]'");
   if (read_item() == 0) error_end("Must give filename");
   const std::string file(token());
   if (read_item() == 0) error_end("Must give label to go to");
@@ -50,10 +51,12 @@ void set_error_target() {
   input.error_target_file = file;
   input.error_target_label = label;
   input.error_target_level = input.top;
-  if (settings.report) emitf("Target for goto on error/break: %s (label: %s)", file.c_str(), label.c_str());
+  if (settings.report)
+    emitf("Target for goto on error/break: %s (label: %s)", file.c_str(), label.c_str());
 }
 
-// Next word of a file in a label search, lower case; false at the end of the file. Quoted text is passed over.
+// Next word of a file in a label search, lower case; false at the end of the file. Quoted text is
+// passed over.
 bool next_search_word(int depth, std::string* word) {
   word->clear();
   for (;;) {
@@ -113,14 +116,16 @@ std::vector<std::string> read_file_arguments(const std::string& file) {
     total += argument.size() + 1;
     if (total > argument_pool) error_end("String of arguments too long");
     if (arguments.size() == most_arguments) {
-      error_end_f("Too many arguments for %s (max.: %i)", file.c_str(), static_cast<int>(most_arguments));
+      error_end_f("Too many arguments for %s (max.: %i)", file.c_str(),
+                  static_cast<int>(most_arguments));
     }
     arguments.push_back(std::move(argument));
   }
   return arguments;
 }
 
-void jump_to_label(const std::string& file, const std::string& label, const std::vector<std::string>& arguments) {
+void jump_to_label(const std::string& file, const std::string& label,
+                   const std::vector<std::string>& arguments) {
   check_label(label);
   if (input.top > 0 && is_current_file(file) && top_frame().stream) {
     leave_loops_of_file();
@@ -133,9 +138,12 @@ void jump_to_label(const std::string& file, const std::string& label, const std:
   if (!find_label(label)) error_end_f("Label \"%s\" not found in %s", label.c_str(), file.c_str());
   if (settings.report) {
     emitf("Goto Label \"%s\" in %s%s", label.c_str(), file.c_str(),
-          arguments.empty() ? " (no args.)" : (" (args: " + joined_arguments(arguments) + ")").c_str());
+          arguments.empty() ? " (no args.)"
+                            : (" (args: " + joined_arguments(arguments) + ")").c_str());
   }
 }
+
+void run_error_target() { jump_to_label(input.error_target_file, input.error_target_label, {}); }
 
 void goto_command() {
   require_macros();
@@ -192,7 +200,8 @@ void return_command() {
   double status = 0;
   if (skip_blanks_peek() != ';') {
     status = macro_value();
-    macros.exit_status = status > 2147483647.0 || status < -2147483648.0 ? 0 : static_cast<int>(status);
+    macros.exit_status =
+        status > 2147483647.0 || status < -2147483648.0 ? 0 : static_cast<int>(status);
     if (settings.report) emitf("Exit status = %i", macros.exit_status);
   }
   accept_char(';');

@@ -9,8 +9,13 @@ namespace zeb {
 /// Blank-delimited words up to ";", with the limits of run-file arguments.
 std::vector<std::string> read_file_arguments(const std::string& file);
 
-/// Reads on in `file` behind its command `label` of that name (case ignored). The file is opened on the input
-/// stack, or rewound if it is the one being read. Without such a label the command ends with an error.
-void jump_to_label(const std::string& file, const std::string& label, const std::vector<std::string>& arguments);
+/// Reads on in `file` behind its command `label` of that name (case ignored). The file is opened on
+/// the input stack, or rewound if it is the one being read. Without such a label the command ends
+/// with an error.
+void jump_to_label(const std::string& file, const std::string& label,
+                   const std::vector<std::string>& arguments);
+
+/// Goes to the file and label that `goto [` set for errors.
+void run_error_target();
 
 }  // namespace zeb

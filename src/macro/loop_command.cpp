@@ -22,7 +22,8 @@ namespace {
 constexpr const char* usage = "Usage: loop (from)[+increase] (to) ... action(s)... stop\n";
 
 void check_depth(int level) {
-  if (level >= macros.max_loops) error_end("Maximum nesting for loops is", macros.max_loops, "loops");
+  if (level >= macros.max_loops)
+    error_end("Maximum nesting for loops is", macros.max_loops, "loops");
 }
 
 std::int64_t loop_bound(const char* what) {
@@ -166,7 +167,8 @@ void setloop_command() {
   if (macros.level < 0) error_end(command.command_name, "valid only within loops");
   const double value = macro_value();
   if (value < 0) error_end("Loops can't be set to a negative number");
-  macros.loops[macros.level].current = static_cast<std::int64_t>(value > 2147483647 ? 2147483647 : value);
+  macros.loops[macros.level].current =
+      static_cast<std::int64_t>(value > 2147483647 ? 2147483647 : value);
   skip_to_loop_end();
 }
 

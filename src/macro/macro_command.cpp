@@ -1,5 +1,5 @@
-// The switch of the macro language and its limits: `macro`, `macfloat`, `safe`, `private`, `macreport`, `macseed`,
-// `resettime`.
+// The switch of the macro language and its limits: `macro`, `macfloat`, `safe`, `private`,
+// `macreport`, `macseed`, `resettime`.
 #include <ctime>
 
 #include "macro/commands.h"
@@ -51,13 +51,15 @@ void set_limits() {
   const int loops = read_int();
   const int vars = read_int();
   if (settings.macros) {
-    warning("Numbers of loops/variables must be changed under \"macro-\"\nRequest to change numbers of "
-            "loops/variables will be ignored");
+    warning(
+        "Numbers of loops/variables must be changed under \"macro-\"\nRequest to change numbers of "
+        "loops/variables will be ignored");
   } else {
     constexpr int most_loops = 100'000;
     constexpr int most_variables = 100'000'000;
     if (loops > most_loops || vars > most_variables) {
-      error_end("Macros can have", most_loops, "loops and", most_variables, "user variables at the most");
+      error_end("Macros can have", most_loops, "loops and", most_variables,
+                "user variables at the most");
     }
     if (loops > 0) macros.max_loops = loops;
     if (vars > 0) macros.max_variables = vars;
@@ -124,7 +126,8 @@ void macro_command() {
     set_protection();
     return;
   }
-  error_end("Wrong argument for macro:", token().empty() ? std::string(1, static_cast<char>(c)) : std::string(token()));
+  error_end("Wrong argument for macro:",
+            token().empty() ? std::string(1, static_cast<char>(c)) : std::string(token()));
 }
 
 void macfloat_command() {
@@ -134,7 +137,8 @@ void macfloat_command() {
     next_nonblank();
     if (settings.macros) error_end("Cannot change setting of integer only with macros ON");
     macros.integer_only = c == '-';
-    report_line(macros.integer_only ? "Macros will use integer-only" : "Macros will use floating point operations");
+    report_line(macros.integer_only ? "Macros will use integer-only"
+                                    : "Macros will use floating point operations");
     return;
   }
   if (c == '*') {
@@ -152,7 +156,8 @@ void macfloat_command() {
     return;
   }
   if (c == ';') {
-    report_line(macros.integer_only ? "Macros will use integer-only" : "Macros will use floating point operations");
+    report_line(macros.integer_only ? "Macros will use integer-only"
+                                    : "Macros will use floating point operations");
     report_line("Floating point printing uses", macros.digits, "digits");
     return;
   }
@@ -211,10 +216,12 @@ void macseed_command() {
     report_line("Current seed for Macros is", macros.seed);
     return;
   }
-  if (seed == 0 && process.slave) error_end("Random seed for macros can't be set to 0 (=time) in slaves");
+  if (seed == 0 && process.slave)
+    error_end("Random seed for macros can't be set to 0 (=time) in slaves");
   macros.seed = seed != 0 ? seed
                           : static_cast<int>(static_cast<unsigned>(std::time(nullptr)) ^
-                                             static_cast<unsigned>(draw())) & random_generator::largest;
+                                             static_cast<unsigned>(draw())) &
+                                random_generator::largest;
   macros.generator.seed(static_cast<unsigned>(macros.seed));
 }
 

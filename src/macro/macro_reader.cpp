@@ -3,6 +3,8 @@
 #include <cctype>
 #include <cstring>
 
+#include "macro/flow.h"
+#include "macro/jumps.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/string_conversion.h"
@@ -25,7 +27,7 @@ constexpr std::size_t expansion_size = 8500;
 // the place of what was read and keeps the outer position to come back to.
 struct expansion_buffer {
   char text[expansion_size + 1] = {};
-  char* resume = nullptr;   // where the outer text goes on
+  char* resume = nullptr;  // where the outer text goes on
   bool reading = false;
 };
 expansion_buffer expansion;
@@ -272,7 +274,9 @@ void close_expansion() {
 void advance_loop() {
   loop_record& loop = macros.loops[macros.level];
   loop.current += loop.step;
-  const bool within = loop.step == 0 ? false : loop.step > 0 ? loop.current <= loop.end : loop.current >= loop.end;
+  const bool within = loop.step == 0  ? false
+                      : loop.step > 0 ? loop.current <= loop.end
+                                      : loop.current >= loop.end;
   if (within && loop.current >= 0) {
     input.read_position = const_cast<char*>(loop.text);
     return;
@@ -295,6 +299,8 @@ void connect_macro_reader() {
   macro_hooks.frame_pushed = frame_pushed;
   macro_hooks.frame_popped = frame_popped;
   macro_hooks.command_failed = reset_macro_flow;
+  macro_hooks.show_error_place = show_script_place;
+  macro_hooks.run_pending_jump = run_error_target;
   reset_macro_reader();
 }
 

@@ -9,22 +9,22 @@ namespace zeb {
 
 /// What the reader leaves alone for a while.
 struct macro_reading {
-  int no_expansion = 0;   // > 0: all characters plain
-  int no_quotes = 0;      // > 0: quotes plain (within a number or name)
-  int no_strings = 0;     // > 0: "$" plain (while a stored string is read)
+  int no_expansion = 0;  // > 0: all characters plain
+  int no_quotes = 0;     // > 0: quotes plain (within a number or name)
+  int no_strings = 0;    // > 0: "$" plain (while a stored string is read)
 };
 extern macro_reading macro_reading_flags;
 
 /// Raises a flag of `macro_reading_flags` for its lifetime.
 class reading_flag {
  public:
-  explicit reading_flag(int macro_reading::* flag) : flag_(flag) { ++(macro_reading_flags.*flag_); }
+  explicit reading_flag(int macro_reading::*flag) : flag_(flag) { ++(macro_reading_flags.*flag_); }
   ~reading_flag() { --(macro_reading_flags.*flag_); }
   reading_flag(const reading_flag&) = delete;
   reading_flag& operator=(const reading_flag&) = delete;
 
  private:
-  int macro_reading::* flag_;
+  int macro_reading::*flag_;
 };
 
 /// Installs and removes the reader, the value reader and the hooks of the input stack.
@@ -42,8 +42,8 @@ int peek_raw_char();
 /// Makes the reader go on with `text` before the rest of the input. At most 8,500 bytes.
 void insert_text(std::string_view text);
 
-/// Leaves the expansion that is being read, if nothing of it is left but blanks, so that the position of
-/// the reader lies in the outer text.
+/// Leaves the expansion that is being read, if nothing of it is left but blanks, so that the
+/// position of the reader lies in the outer text.
 void close_expansion();
 
 /// Moves the reading to the end of the text of the innermost loop, so that its next round begins.

@@ -58,7 +58,8 @@ void start_macros() {
   const auto loops = static_cast<std::size_t>(macros.max_loops);
   // The configured size is what scripts may use; alignment between the tables comes on top.
   const std::size_t tables = loops * sizeof(loop_record) +
-                             vars * (1 + sizeof(int*) + 5 * sizeof(int) + sizeof(int) + 8 + 8) + 512;
+                             vars * (1 + sizeof(int*) + 5 * sizeof(int) + sizeof(int) + 8 + 8) +
+                             512;
   macros.block_size = std::max(static_cast<std::size_t>(macros.memory_bytes), tables + 1000);
   macros.block = static_cast<std::byte*>(std::malloc(macros.block_size));
   if (!macros.block) error_end("Allocation failure: not enough RAM available");
@@ -120,8 +121,10 @@ void reset_macro_flow() {
 }
 
 void check_variable(double number) {
-  if (!(number >= 0)) error_end("No variable number", std::isfinite(number) ? text_of("%g", number) : "?");
-  if (number >= macros.max_variables) error_end("Only", macros.max_variables, "variables available");
+  if (!(number >= 0))
+    error_end("No variable number", std::isfinite(number) ? text_of("%g", number) : "?");
+  if (number >= macros.max_variables)
+    error_end("Only", macros.max_variables, "variables available");
 }
 
 double variable_value(int number) {
@@ -226,7 +229,8 @@ void lay_out_array(int number, std::span<const int> sizes) {
   };
   const auto cells = static_cast<int>(array_cells(sizes));
   for (int i = 0; i < cells && macros.dimension_count; ++i) macros.dimension_count[number + i] = 0;
-  // Each level of index cells points to the rows of the next one, which follow behind the whole level.
+  // Each level of index cells points to the rows of the next one, which follow behind the whole
+  // level.
   int level_start = number;
   std::int64_t level_cells = sizes[0];
   for (int d = 1; d < dims; ++d) {
@@ -258,7 +262,8 @@ void name_variable(int number, std::string_view name, std::span<const int> sizes
   if (name.size() > longest_variable_name) error_end("Variable name too long (max. 50 chars.)");
   const std::string text(name);
   if (reserved_name && reserved_name(name)) {
-    error_end_f("Can't use %s for a user-variable (%s is a reserved expression)", text.c_str(), text.c_str());
+    error_end_f("Can't use %s for a user-variable (%s is a reserved expression)", text.c_str(),
+                text.c_str());
   }
   if (number >= macros.max_variables || number < 0) {
     error_end("Only", macros.max_variables, "variables available");

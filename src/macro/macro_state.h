@@ -1,6 +1,6 @@
-// The store of the macro language: numbered variables, their names and dimensions, the loop table, and the
-// bump heap that holds names and captured loop texts. All tables are carved from one block that lives
-// while the language is on.
+// The store of the macro language: numbered variables, their names and dimensions, the loop table,
+// and the bump heap that holds names and captured loop texts. All tables are carved from one block
+// that lives while the language is on.
 #pragma once
 
 #include <cstddef>
@@ -20,72 +20,73 @@ constexpr int longest_loop_name = 80;
 
 /// One level of nested loops.
 struct loop_record {
-  const char* name;       // in the heap, or null
-  char* saved_top;        // heap top at entry
-  std::int64_t current;   // the counter; never negative while the body runs
+  const char* name;      // in the heap, or null
+  char* saved_top;       // heap top at entry
+  std::int64_t current;  // the counter; never negative while the body runs
   std::int64_t step;
   std::int64_t end;
-  const char* text;       // captured body, NUL-terminated, in the heap
-  const char* text_end;   // its NUL
-  const char* resume;     // where the outer text goes on
+  const char* text;      // captured body, NUL-terminated, in the heap
+  const char* text_end;  // its NUL
+  const char* resume;    // where the outer text goes on
 };
 
 /// What one input frame changes, kept to be put back when it ends.
 struct macro_frame {
-  int shift = 0;           // var shift of the file
-  int private_count = 0;   // `private N`
-  int loop_base = -1;      // loop level at which the file was entered
-  int named_count = 0;     // names that existed at entry
+  int shift = 0;          // var shift of the file
+  int private_count = 0;  // `private N`
+  int loop_base = -1;     // loop level at which the file was entered
+  int named_count = 0;    // names that existed at entry
   char* heap_top = nullptr;
-  bool keep_names = false;     // `return =`
-  std::string pending_text;    // expansion that was being read when the file was called
+  bool keep_names = false;   // `return =`
+  std::string pending_text;  // expansion that was being read when the file was called
   const char* pending_resume = nullptr;
 };
 
 /// Written in macro/ only.
 struct macro_state {
   // Settings that survive `macro -`.
-  int protection = 2;                  // 0 to 2
+  int protection = 2;  // 0 to 2
   int max_variables = 1000;
   int max_loops = 15;
   std::int64_t memory_bytes = 102400;  // `macro [N`
   bool integer_only = false;           // `macfloat -`
   std::string number_format = "%f";    // for non-integral values, at most 15 bytes
   int digits = 6;
-  bool names_as_numbers = false;       // `macro +`
-  bool blank_after_strings = false;    // `set +`
-  bool report = false;                 // `macreport =`
-  int seed = 1;                        // `macseed`
+  bool names_as_numbers = false;     // `macro +`
+  bool blank_after_strings = false;  // `set +`
+  bool report = false;               // `macreport =`
+  int seed = 1;                      // `macseed`
   random_generator generator{1};
-  double clock_start = 0;              // `resettime`
-  int exit_status = 0;                 // `return N`
+  double clock_start = 0;                     // `resettime`
+  int exit_status = 0;                        // `return N`
   double regr = 0, regalfa = 0, regbeta = 0;  // results of regressions
-  int list_size = 0;                   // last index written by a list function
+  int list_size = 0;                          // last index written by a list function
 
   // While the language is on.
   std::byte* block = nullptr;
   std::size_t block_size = 0;
   char* heap_bottom = nullptr;
   char* heap_top = nullptr;
-  char* heap_end = nullptr;            // 16 bytes before the end of the block
-  std::int8_t* dimension_count = nullptr;  // by variable, dimensions below this point; protection only
-  int** dimension_sizes = nullptr;         // by variable: its sizes
-  int* size_blocks = nullptr;              // most_dimensions ints a variable
-  int* named = nullptr;                    // named variables, sorted by number
+  char* heap_end = nullptr;  // 16 bytes before the end of the block
+  std::int8_t* dimension_count =
+      nullptr;                      // by variable, dimensions below this point; protection only
+  int** dimension_sizes = nullptr;  // by variable: its sizes
+  int* size_blocks = nullptr;       // most_dimensions ints a variable
+  int* named = nullptr;             // named variables, sorted by number
   int named_count = 0;
   loop_record* loops = nullptr;
-  int level = -1;                          // innermost loop; -1 none
-  std::int32_t* int_values = nullptr;      // one of the two
+  int level = -1;                      // innermost loop; -1 none
+  std::int32_t* int_values = nullptr;  // one of the two
   double* real_values = nullptr;
-  char** names = nullptr;                  // by variable; null unnamed
+  char** names = nullptr;  // by variable; null unnamed
 
-  std::vector<macro_frame> frames{1};      // by input depth; the last is the current file's
+  std::vector<macro_frame> frames{1};  // by input depth; the last is the current file's
 
   // Of the assignment that runs.
-  int assign_target = -1;        // cell that a list function writes from on; -1 none
-  int assign_room = 0;           // cells it may fill
+  int assign_target = -1;  // cell that a list function writes from on; -1 none
+  int assign_room = 0;     // cells it may fill
   bool assign_is_array = false;
-  bool list_written = false;     // a list function has filled the target
+  bool list_written = false;  // a list function has filled the target
 };
 extern macro_state macros;
 

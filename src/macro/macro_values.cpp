@@ -72,7 +72,8 @@ double read_bit_set() {
   for (;;) {
     if (accept_char('}')) return sum;
     const int next = skip_blanks_peek();
-    if (next == ';' || next == '{') error_end("Symbol", static_cast<char>(next), "found when expecting number or expression");
+    if (next == ';' || next == '{')
+      error_end("Symbol", static_cast<char>(next), "found when expecting number or expression");
     const double bit = macro_value();
     if (bit < 0) error_end("Cannot set negative bits: -" + value_text(-bit));
     if (bit > 29) error_end("Can't store more than 30 bits (0-29) in variables");
@@ -99,8 +100,8 @@ bool read_operand(double* value, reading mode) {
     if (mode == reading::tolerant) {
       read_char();
       const int next = peek_raw_char();
-      if (!std::isalnum(next) && next != '(' && next != '\'' && next != '"' && next != '$' && next != '#' &&
-          next != '{' && next != '%') {
+      if (!std::isalnum(next) && next != '(' && next != '\'' && next != '"' && next != '$' &&
+          next != '#' && next != '{' && next != '%') {
         unread_char();
         return false;
       }
@@ -183,7 +184,17 @@ double apply(char op, double left, double right) {
 }
 
 // Two-character logical operators, by one letter each.
-enum class logical { none, equal, different, both, either, greater, less, greater_equal, less_equal };
+enum class logical {
+  none,
+  equal,
+  different,
+  both,
+  either,
+  greater,
+  less,
+  greater_equal,
+  less_equal
+};
 
 double compare(logical op, double left, double right) {
   switch (op) {
@@ -282,7 +293,8 @@ double evaluate(expression_end end, std::string* echo) {
     end = expression_end::bracket;
     c = skip_blanks_peek();
   }
-  if (std::strchr("=+&*/^|", c) && c) error_end("Cannot start expression with", static_cast<char>(c));
+  if (std::strchr("=+&*/^|", c) && c)
+    error_end("Cannot start expression with", static_cast<char>(c));
   double accumulator = 0;
   double left = 0;
   char op = '+';
@@ -304,12 +316,14 @@ double evaluate(expression_end end, std::string* echo) {
       if (c == ',') unread_char();
       break;
     }
-    if (std::strchr("+-*/^", c) || ((c == '&' || c == '|') && is_bit_operand_start(peek_raw_char()))) {
+    if (std::strchr("+-*/^", c) ||
+        ((c == '&' || c == '|') && is_bit_operand_start(peek_raw_char()))) {
       op = static_cast<char>(c);
       if (echo) (*echo += ' ').append(1, op) += ' ';
       continue;
     }
-    if (!std::strchr("&|=!<>", c)) error_end("Found illegal character in expression:", static_cast<char>(c));
+    if (!std::strchr("&|=!<>", c))
+      error_end("Found illegal character in expression:", static_cast<char>(c));
     pending = read_logical(c);
     if (echo) ((*echo += ' ') += symbol_of(pending)) += ' ';
     left = accumulator;

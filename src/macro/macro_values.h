@@ -1,5 +1,5 @@
-// The value reader and the expression evaluator of the macro language. There is no operator precedence:
-// one accumulator, operators applied in reading order.
+// The value reader and the expression evaluator of the macro language. There is no operator
+// precedence: one accumulator, operators applied in reading order.
 #pragma once
 
 #include <string>
@@ -14,20 +14,22 @@ struct value_source {
 };
 extern value_source last_value;
 
-/// The number reader that replaces the plain one: false, with nothing but blanks consumed, where no number,
-/// expression, variable or function comes next.
+/// The number reader that replaces the plain one: false, with nothing but blanks consumed, where no
+/// number, expression, variable or function comes next.
 bool macro_read_value(double* value, bool* parenthesised);
-/// The same, with its errors: an unknown word is "Unrecognized variable:". -1 (nothing consumed) before ";".
+/// The same, with its errors: an unknown word is "Unrecognized variable:". -1 (nothing consumed)
+/// before ";".
 double macro_value();
 
 /// How an expression ends.
 enum class expression_end { semicolon, parenthesis, bracket };
-/// Evaluates up to ";" (left unread) at top level, or up to the matching ")" (consumed; the "(" has been
-/// read). The text of the expression as evaluated goes to `echo` if not null.
+/// Evaluates up to ";" (left unread) at top level, or up to the matching ")" (consumed; the "(" has
+/// been read). The text of the expression as evaluated goes to `echo` if not null.
 double evaluate(expression_end end, std::string* echo = nullptr);
 
-/// Answers words that are neither numbers nor variables: expression functions, and names of taxa and characters
-/// when `macro +` is on. Registered by the function table. Returns false for unknown words.
+/// Answers words that are neither numbers nor variables: expression functions, and names of taxa
+/// and characters when `macro +` is on. Registered by the function table. Returns false for unknown
+/// words.
 using word_resolver = bool (*)(std::string_view token, double* value);
 void set_function_resolver(word_resolver functions, word_resolver names);
 

@@ -9,9 +9,11 @@ namespace zeb {
 namespace {
 
 constexpr int most_iterations = 1000;
-constexpr double least_gain = 1e-10;  // relative improvement of the stress below which it has converged
+constexpr double least_gain =
+    1e-10;  // relative improvement of the stress below which it has converged
 
-double point_distance(const std::vector<double>& x, std::size_t n, std::size_t dims, std::size_t i, std::size_t j) {
+double point_distance(const std::vector<double>& x, std::size_t n, std::size_t dims, std::size_t i,
+                      std::size_t j) {
   double sum = 0;
   for (std::size_t d = 0; d < dims; ++d) {
     const double difference = x[d * n + i] - x[d * n + j];
@@ -20,8 +22,8 @@ double point_distance(const std::vector<double>& x, std::size_t n, std::size_t d
   return std::sqrt(sum);
 }
 
-double stress_of(const std::vector<double>& x, std::span<const double> distances, std::span<const double> weights,
-                 std::size_t n, std::size_t dims) {
+double stress_of(const std::vector<double>& x, std::span<const double> distances,
+                 std::span<const double> weights, std::size_t n, std::size_t dims) {
   double sum = 0;
   for (std::size_t i = 0; i < n; ++i) {
     for (std::size_t j = 0; j < i; ++j) {
@@ -32,10 +34,10 @@ double stress_of(const std::vector<double>& x, std::span<const double> distances
   return sum;
 }
 
-// One step of the majorisation, one point at a time: each point moves to the weighted mean of where the
-// others would have it. Never raises the stress, and needs no inverse of the weight matrix.
-void improve(std::vector<double>& x, std::span<const double> distances, std::span<const double> weights, std::size_t n,
-             std::size_t dims) {
+// One step of the majorisation, one point at a time: each point moves to the weighted mean of where
+// the others would have it. Never raises the stress, and needs no inverse of the weight matrix.
+void improve(std::vector<double>& x, std::span<const double> distances,
+             std::span<const double> weights, std::size_t n, std::size_t dims) {
   std::vector<double> sum(dims);
   for (std::size_t i = 0; i < n; ++i) {
     sum.assign(dims, 0.0);
@@ -77,9 +79,10 @@ double correlation(std::span<const double> x, std::span<const double> y) {
   return xx > 0 && yy > 0 ? xy / std::sqrt(xx * yy) : 0;
 }
 
-scaling_result scale_by_smacof(std::span<const double> distances, std::span<const double> weights, std::size_t n,
-                               std::size_t dims) {
-  constexpr int starts = 8;  // the stress has local minima: the best of several fixed starts is taken
+scaling_result scale_by_smacof(std::span<const double> distances, std::span<const double> weights,
+                               std::size_t n, std::size_t dims) {
+  constexpr int starts =
+      8;  // the stress has local minima: the best of several fixed starts is taken
   double scale = 0;
   for (const double d : distances) scale = d > scale ? d : scale;
   if (!(scale > 0)) scale = 1;

@@ -12,10 +12,11 @@ struct scaling_result {
   double correlation = 0;           // of input and output distances (Pearson)
 };
 
-/// Places n points in `dims` dimensions so that their distances come near the given ones. `distances` and
-/// `weights` are n x n, symmetric. Starts from a fixed configuration, so the result depends on the data only.
-scaling_result scale_by_smacof(std::span<const double> distances, std::span<const double> weights, std::size_t n,
-                               std::size_t dims);
+/// Places n points in `dims` dimensions so that their distances come near the given ones.
+/// `distances` and `weights` are n x n, symmetric. Starts from a fixed configuration, so the result
+/// depends on the data only.
+scaling_result scale_by_smacof(std::span<const double> distances, std::span<const double> weights,
+                               std::size_t n, std::size_t dims);
 
 /// Pearson's correlation of two samples of the same size; 0 where one of them doesn't vary.
 double correlation(std::span<const double> x, std::span<const double> y);

@@ -28,7 +28,8 @@ std::string script_file_string(script_file& file) {
   constexpr std::size_t longest = 8499;
   while (script_file_peek(file) >= 0 && script_file_peek(file) < 33) script_file_get(file);
   std::string text;
-  while (script_file_peek(file) >= 33 && text.size() < longest) text += static_cast<char>(script_file_get(file));
+  while (script_file_peek(file) >= 33 && text.size() < longest)
+    text += static_cast<char>(script_file_get(file));
   return text;
 }
 

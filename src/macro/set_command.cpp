@@ -24,17 +24,20 @@ void store_string(const variable_reference& target) {
   if (target.is_section()) {
     const std::span<const int> sizes = variable_dimensions(cell);
     if (sizes.size() > 1 && macros.protection == 2) {
-      error_end("Cannot re-set array under protection mode 2\nVar.", target.base, variable_name(target.base), "has",
-                target.dimensions, "dimensions, not", target.subscripts);
+      error_end("Cannot re-set array under protection mode 2\nVar.", target.base,
+                variable_name(target.base), "has", target.dimensions, "dimensions, not",
+                target.subscripts);
     }
   }
   const std::string text = read_stored_text();
   const std::span<char> bytes = string_bytes(cell);
-  if (text.size() + 1 > bytes.size()) error_end("String too long (it exceeds variable", macros.max_variables - 1, ")");
+  if (text.size() + 1 > bytes.size())
+    error_end("String too long (it exceeds variable", macros.max_variables - 1, ")");
   std::memcpy(bytes.data(), text.c_str(), text.size() + 1);
   const int cell_size = macros.integer_only ? 4 : 8;
   const int cells = (static_cast<int>(text.size()) + cell_size) / cell_size;
-  if (macros.report) emitf("Copied string into user vars. %i-%i (%i cells)", cell, cell + cells - 1, cells);
+  if (macros.report)
+    emitf("Copied string into user vars. %i-%i (%i cells)", cell, cell + cells - 1, cells);
 }
 
 enum class assignment { plain, add, subtract, multiply, divide, bit_and, bit_or, bit_xor };
@@ -56,7 +59,8 @@ double combined(assignment op, double old, double value) {
       return old * value;
     case assignment::divide: {
       if (!macros.integer_only) return old / value;
-      // Integer cells divide as unsigned numbers; a zero divisor leaves what a double division would store.
+      // Integer cells divide as unsigned numbers; a zero divisor leaves what a double division
+      // would store.
       const std::uint32_t divisor = bits_of(value);
       if (divisor == 0) return old / 0.0;
       return static_cast<std::int32_t>(bits_of(old) / divisor);
@@ -73,13 +77,14 @@ double combined(assignment op, double old, double value) {
 
 void check_not_index_cell(const variable_reference& target) {
   if (macros.protection == 2 && target.is_section() && !macros.list_written) {
-    error_end("Cannot re-set array under protection mode 2\nVar.", target.base, variable_name(target.base), "has",
-              target.dimensions, "dimensions, not", target.subscripts);
+    error_end("Cannot re-set array under protection mode 2\nVar.", target.base,
+              variable_name(target.base), "has", target.dimensions, "dimensions, not",
+              target.subscripts);
   }
 }
 
-// Where a list function may write: the cells of the array or row that the reference leads to, or all
-// that follow an unnamed number.
+// Where a list function may write: the cells of the array or row that the reference leads to, or
+// all that follow an unnamed number.
 void open_target(const variable_reference& target) {
   const std::span<const int> sizes = variable_dimensions(target.cell);
   macros.assign_is_array = target.is_section();
@@ -171,7 +176,8 @@ void set_command() {
     case '-':
       next_nonblank();
       macros.blank_after_strings = c == '+';
-      report_line(c == '+' ? "Adding space in string conversions" : "Not adding space in string conversions");
+      report_line(c == '+' ? "Adding space in string conversions"
+                           : "Not adding space in string conversions");
       return;
     case '*':
       next_nonblank();

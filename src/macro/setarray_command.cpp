@@ -30,7 +30,8 @@ std::vector<int> read_sizes() {
     if (!std::isdigit(c) && c != '(' && c != '\'') error_end("Must specify dimension");
     const double size = std::trunc(macro_value());
     if (!(size > 0) || size > 2147483647) error_end("Must specify dimension");
-    if (sizes.size() == most_dimensions) error_end("Variables cannot have more than", most_dimensions, "dimensions");
+    if (sizes.size() == most_dimensions)
+      error_end("Variables cannot have more than", most_dimensions, "dimensions");
     sizes.push_back(static_cast<int>(size));
     if (!accept_char(',')) return sizes;
   }
@@ -42,7 +43,8 @@ void check_sizes(const variable_reference& target, std::span<const int> sizes) {
   if (sizes.size() < own.size() && macros.protection == 2) {
     error_end("Too few dimensions to set (under protection mode 2, cannot re-set arrays)");
   }
-  if (sizes.size() > own.size()) error_end("Variable", target.base, "has only", own.size(), "dimensions");
+  if (sizes.size() > own.size())
+    error_end("Variable", target.base, "has only", own.size(), "dimensions");
   for (std::size_t d = 0; d < sizes.size(); ++d) {
     if (sizes[d] != own[d]) {
       error_end("Dimension", d, "of variable", target.base, "has", own[d], "cells, not", sizes[d]);
@@ -80,7 +82,8 @@ void setarray_command() {
   int first = target.cell;
   std::int64_t row = 1;
   for (std::size_t d = 0; d + 1 < sizes.size(); ++d) first += static_cast<int>(row *= sizes[d]);
-  for (std::size_t i = 0; i < values.size(); ++i) store_variable(first + static_cast<int>(i), values[i]);
+  for (std::size_t i = 0; i < values.size(); ++i)
+    store_variable(first + static_cast<int>(i), values[i]);
 }
 
 }  // namespace zeb

@@ -45,7 +45,8 @@ std::string read_stored_text() {
       c = ';';
     } else if (c == '&' && std::isdigit(peek_raw_char())) {
       int code = 0;
-      while (std::isdigit(peek_raw_char())) code = code < 1000 ? code * 10 + (read_raw_char() - '0') : read_raw_char();
+      while (std::isdigit(peek_raw_char()))
+        code = code < 1000 ? code * 10 + (read_raw_char() - '0') : read_raw_char();
       c = code & 255;
     }
     if (text.size() < room) text += static_cast<char>(c);

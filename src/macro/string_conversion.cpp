@@ -76,14 +76,16 @@ int simple_reference(const std::string& stored, std::size_t* at, char quote) {
   }
   const std::string text = stored.substr(*at + 1, close - *at - 1);
   *at = close;
-  if (!text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); }) &&
+  if (!text.empty() &&
+      std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); }) &&
       text.size() < 9) {
     const int number = std::stoi(text) + var_shift();
     check_variable(number);
     return number;
   }
   const int number = find_variable(text);
-  if (number < 0) error_end("Variables within strings can be expanded only with simple expressions");
+  if (number < 0)
+    error_end("Variables within strings can be expanded only with simple expressions");
   return number;
 }
 
@@ -93,7 +95,8 @@ std::string expanded(const std::string& stored) {
   const input_frame& frame = *input.frames[static_cast<std::size_t>(input.top)];
   for (std::size_t i = 0; i < stored.size() && text.size() < longest_conversion; ++i) {
     const char c = stored[i];
-    const unsigned char next = i + 1 < stored.size() ? static_cast<unsigned char>(stored[i + 1]) : 0;
+    const unsigned char next =
+        i + 1 < stored.size() ? static_cast<unsigned char>(stored[i + 1]) : 0;
     if (c == '\'' && std::isalnum(next)) {
       text += value_text(variable_value(simple_reference(stored, &i, c)));
     } else if (c == '"' && std::isalnum(next)) {
@@ -102,7 +105,8 @@ std::string expanded(const std::string& stored) {
       text += value_text(variable_value(static_cast<int>(number)));
     } else if (c == '%' && std::isdigit(next)) {
       const auto argument = static_cast<std::size_t>(next - '0');
-      if (argument >= 1 && argument <= frame.arguments.size()) text += frame.arguments[argument - 1];
+      if (argument >= 1 && argument <= frame.arguments.size())
+        text += frame.arguments[argument - 1];
       ++i;
     } else {
       text += c;
@@ -126,12 +130,14 @@ void apply_suffixes(std::string& text) {
       const int sign = peek_raw_char();
       if (sign == '-' || sign == '+') read_raw_char();
       const double size = macro_value();
-      if (!(size >= 0) || size > 8499) error_end("Cannot make string conversion so long ( max. 8500)");
+      if (!(size >= 0) || size > 8499)
+        error_end("Cannot make string conversion so long ( max. 8500)");
       const auto n = static_cast<std::size_t>(size);
       if (sign == '+') {
         text = text.size() > n ? text.substr(n) : std::string();
       } else if (sign == '-') {
-        text = text.size() >= n ? text.substr(text.size() - n) : std::string(n - text.size(), ' ') + text;
+        text = text.size() >= n ? text.substr(text.size() - n)
+                                : std::string(n - text.size(), ' ') + text;
       } else {
         text.resize(n, ' ');
       }

@@ -61,7 +61,8 @@ std::string shown(int cell, display how) {
 // "Var. 3", the name, subscripts as given, and the cell when they moved it.
 std::string heading(const variable_reference& reference) {
   std::string text = "Var. " + std::to_string(reference.base);
-  if (!variable_name(reference.base).empty()) text += " " + std::string(variable_name(reference.base));
+  if (!variable_name(reference.base).empty())
+    text += " " + std::string(variable_name(reference.base));
   if (reference.subscripts > 0) text += text_of(" (=%i)", reference.cell);
   return text;
 }
@@ -98,8 +99,9 @@ void show_variable(display how) {
     std::string text = "Setarray ";
     text += sizes.empty() ? "1" : dimensions_text(sizes, ",");
     const std::string_view name = variable_name(reference.base);
-    text += " " + (name.empty() || reference.subscripts ? std::to_string(reference.cell - var_shift())
-                                                        : std::string(name));
+    text +=
+        " " + (name.empty() || reference.subscripts ? std::to_string(reference.cell - var_shift())
+                                                    : std::string(name));
     report_line(text);
     const int row = sizes.empty() ? 1 : sizes.back();
     const int first = sizes.empty() ? reference.cell : first_data_cell(reference.cell);
@@ -139,13 +141,15 @@ int read_dimension(int which, int number) {
 }
 
 void add_dimension(std::vector<int>& sizes, int number) {
-  if (sizes.size() == most_dimensions) error_end("Variables cannot have more than", most_dimensions, "dimensions");
+  if (sizes.size() == most_dimensions)
+    error_end("Variables cannot have more than", most_dimensions, "dimensions");
   sizes.push_back(read_dimension(static_cast<int>(sizes.size()), number));
 }
 
 std::string read_variable_name() {
   const reading_flag plain(&macro_reading::no_expansion);
-  if (!std::isalpha(skip_blanks_peek())) error_end("Variable names must start with a letter (missing comma?)");
+  if (!std::isalpha(skip_blanks_peek()))
+    error_end("Variable names must start with a letter (missing comma?)");
   std::string name;
   int c = read_raw_char();
   for (; std::isalnum(c) || c == '_'; c = read_raw_char()) {
@@ -186,7 +190,8 @@ void name_one(int number, std::vector<int> sizes) {
   name_variable(number, name, sizes);
   if (!settings.report || !macros.report) return;
   std::string text = "Var. " + std::to_string(number) + " " + name;
-  if (!sizes.empty()) text += text_of(" (%zu-dimensional, ", sizes.size()) + dimensions_text(sizes, " x ") + ")";
+  if (!sizes.empty())
+    text += text_of(" (%zu-dimensional, ", sizes.size()) + dimensions_text(sizes, " x ") + ")";
   report_line(text);
 }
 
@@ -225,7 +230,8 @@ void dename() {
   const double number = last_value.named ? value : value + var_shift();
   if (!(number >= 0)) error_end("No variable number", value_text(number));
   // Variables above N go, N itself stays.
-  if (number < macros.max_variables) dename_from(std::max(static_cast<int>(number) + 1, var_shift()));
+  if (number < macros.max_variables)
+    dename_from(std::max(static_cast<int>(number) + 1, var_shift()));
 }
 
 }  // namespace

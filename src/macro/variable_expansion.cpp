@@ -77,8 +77,8 @@ std::string range_text(const variable_reference& reference) {
   for (int cell = reference.cell; cell <= reference.last; ++cell) {
     if (cell > reference.cell) text += reference.separator;
     if (text.size() > longest_range_text) {
-      // The last subscript counts from the start of its row, which is all that matters from here on:
-      // the cells are addressed as if they followed the first one.
+      // The last subscript counts from the start of its row, which is all that matters from here
+      // on: the cells are addressed as if they followed the first one.
       const std::span<const int> sizes = variable_dimensions(reference.base);
       const int row = sizes.empty() ? 0 : sizes.back();
       const int in_row = row ? (reference.cell - first_data_cell(reference.base)) % row : 0;

@@ -64,12 +64,13 @@ void plot_points(const std::vector<double>& x, const std::vector<std::vector<dou
   }
   for (int r = 0; r < plot_rows; ++r) {
     const double edge = r == 0 ? up.high : up.low;
-    const std::string scale = r == 0 || r == plot_rows - 1 ? text_of("%10.4g", edge) : std::string(10, ' ');
+    const std::string scale =
+        r == 0 || r == plot_rows - 1 ? text_of("%10.4g", edge) : std::string(10, ' ');
     report_line(scale + " |" + rows[static_cast<std::size_t>(r)]);
   }
   report_line(std::string(10, ' ') + " +" + std::string(plot_columns, '-'));
-  report_line(std::string(11, ' ') + text_of("%-10.4g", across.low) + std::string(plot_columns - 20, ' ') +
-              text_of("%10.4g", across.high));
+  report_line(std::string(11, ' ') + text_of("%-10.4g", across.low) +
+              std::string(plot_columns - 20, ' ') + text_of("%10.4g", across.high));
 }
 
 void plot_bars(const std::vector<double>& values) {
@@ -77,8 +78,10 @@ void plot_bars(const std::vector<double>& values) {
   range.include(values);
   range.include({0.0});
   for (std::size_t i = 0; i < values.size(); ++i) {
-    const int length = std::max(0, range.place(values[i], plot_columns) - range.place(0, plot_columns));
-    report_line(text_of("%6zu |", i) + std::string(static_cast<std::size_t>(length), '#') + " " + value_text(values[i]));
+    const int length =
+        std::max(0, range.place(values[i], plot_columns) - range.place(0, plot_columns));
+    report_line(text_of("%6zu |", i) + std::string(static_cast<std::size_t>(length), '#') + " " +
+                value_text(values[i]));
   }
 }
 
@@ -110,23 +113,27 @@ void plot_svg(const whole_array& x, const whole_array& y, const std::string& fil
   extent up;
   across.include(xs);
   up.include(ys);
-  std::fprintf(out,
-               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg width=\"%i\" height=\"%i\" "
-               "xmlns=\"http://www.w3.org/2000/svg\">\n<rect width=\"%i\" height=\"%i\" fill=\"white\"/>\n"
-               "<g stroke=\"black\" fill=\"none\">\n<path d=\"M%i %i V%i H%i\"/>\n</g>\n<g fill=\"steelblue\">\n",
-               width, height, width, height, margin, margin / 2, height - margin, width - margin / 2);
+  std::fprintf(
+      out,
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg width=\"%i\" height=\"%i\" "
+      "xmlns=\"http://www.w3.org/2000/svg\">\n<rect width=\"%i\" height=\"%i\" fill=\"white\"/>\n"
+      "<g stroke=\"black\" fill=\"none\">\n<path d=\"M%i %i V%i H%i\"/>\n</g>\n<g "
+      "fill=\"steelblue\">\n",
+      width, height, width, height, margin, margin / 2, height - margin, width - margin / 2);
   for (std::size_t i = 0; i < xs.size(); ++i) {
     const int px = across.place(xs[i], width - margin * 3 / 2 - 20);
     const int py = up.place(ys[i], height - margin * 3 / 2 - 20);
     if (px < 0 || py < 0) continue;
-    std::fprintf(out, "<circle cx=\"%i\" cy=\"%i\" r=\"3\"/>\n", margin + 10 + px, height - margin - 10 - py);
+    std::fprintf(out, "<circle cx=\"%i\" cy=\"%i\" r=\"3\"/>\n", margin + 10 + px,
+                 height - margin - 10 - py);
   }
-  std::fprintf(out,
-               "</g>\n<g font-family=\"Verdana\" font-size=\"12\">\n<text x=\"%i\" y=\"%i\">%.5g</text>\n"
-               "<text x=\"%i\" y=\"%i\" text-anchor=\"end\">%.5g</text>\n<text x=\"%i\" y=\"%i\" "
-               "text-anchor=\"end\">%.5g</text>\n<text x=\"%i\" y=\"%i\" text-anchor=\"end\">%.5g</text>\n",
-               margin, height - margin + 18, across.low, width - margin / 2, height - margin + 18, across.high,
-               margin - 6, height - margin, up.low, margin - 6, margin / 2 + 12, up.high);
+  std::fprintf(
+      out,
+      "</g>\n<g font-family=\"Verdana\" font-size=\"12\">\n<text x=\"%i\" y=\"%i\">%.5g</text>\n"
+      "<text x=\"%i\" y=\"%i\" text-anchor=\"end\">%.5g</text>\n<text x=\"%i\" y=\"%i\" "
+      "text-anchor=\"end\">%.5g</text>\n<text x=\"%i\" y=\"%i\" text-anchor=\"end\">%.5g</text>\n",
+      margin, height - margin + 18, across.low, width - margin / 2, height - margin + 18,
+      across.high, margin - 6, height - margin, up.low, margin - 6, margin / 2 + 12, up.high);
   std::fprintf(out,
                "<text x=\"%i\" y=\"%i\" text-anchor=\"middle\">%s</text>\n<text x=\"14\" y=\"%i\" "
                "transform=\"rotate(-90 14 %i)\" text-anchor=\"middle\">%s</text>\n</g>\n</svg>\n",
@@ -138,7 +145,8 @@ void plot_svg(const whole_array& x, const whole_array& y, const std::string& fil
 }
 
 void check_lengths(const std::vector<double>& x, const whole_array& y) {
-  if (static_cast<int>(x.size()) != y.cells) error_end("Dimensions of arrays to operate do not match!");
+  if (static_cast<int>(x.size()) != y.cells)
+    error_end("Dimensions of arrays to operate do not match!");
 }
 
 }  // namespace
@@ -166,7 +174,8 @@ void plot_arrays(char symbol) {
       std::iota(x.begin(), x.end(), 0.0);
     }
     check_lengths(x, y);
-    if (series.size() == most_series) error_end("Can't plot more than", most_series, "arrays at a time");
+    if (series.size() == most_series)
+      error_end("Can't plot more than", most_series, "arrays at a time");
     series.push_back(values_of(y));
   } while (skip_blanks_peek() != ';');
   if (!series.empty()) plot_points(x, series);
@@ -191,8 +200,8 @@ void regress_arrays() {
   macros.regbeta = xy / xx;
   macros.regalfa = mean_y - macros.regbeta * mean_x;
   macros.regr = correlation(x, y);
-  emitf("Regression of %s on %s: alfa=%f, beta=%f, r=%f", y_array.name.c_str(), x_array.name.c_str(), macros.regalfa,
-        macros.regbeta, macros.regr);
+  emitf("Regression of %s on %s: alfa=%f, beta=%f, r=%f", y_array.name.c_str(),
+        x_array.name.c_str(), macros.regalfa, macros.regbeta, macros.regr);
 }
 
 }  // namespace zeb

@@ -3,8 +3,8 @@
 
 namespace zeb {
 
-/// `var + Y...`: points of arrays as a text plot. `var | Y...`: bars. `var ! X Y file`: points as SVG. `var \X Y`:
-/// points of Y against X. The symbol has been read.
+/// `var + Y...`: points of arrays as a text plot. `var | Y...`: bars. `var ! X Y file`: points as
+/// SVG. `var \X Y`: points of Y against X. The symbol has been read.
 void plot_arrays(char symbol);
 /// `var & X Y...`: least squares of Y on X, kept in regr, regalfa and regbeta.
 void regress_arrays();

@@ -14,7 +14,8 @@ namespace zeb {
 namespace {
 
 int checked_cell(double position) {
-  if (!(position >= 0)) error_end("No variable number", std::isfinite(position) ? value_text(position) : "?");
+  if (!(position >= 0))
+    error_end("No variable number", std::isfinite(position) ? value_text(position) : "?");
   if (position >= macros.max_variables) error_end("Variable does not exist");
   return static_cast<int>(position);
 }
@@ -23,8 +24,8 @@ int checked_cell(double position) {
 void check_subscript(int base, std::span<const int> sizes, std::size_t which, double value) {
   if (which >= sizes.size()) error_end("Variable", base, "has only", sizes.size(), "dimensions");
   if (value < 0 || value >= sizes[which]) {
-    error_end_f("Variable %i has only %i values (0-%i) for dimension %zu", base, sizes[which], sizes[which] - 1,
-                which);
+    error_end_f("Variable %i has only %i values (0-%i) for dimension %zu", base, sizes[which],
+                sizes[which] - 1, which);
   }
 }
 
@@ -67,7 +68,8 @@ variable_reference read_subscripts(int base, bool named, bool ranges) {
     }
     if (reference.range) error_end("Ranges are valid only for the last dimension");
     const double subscript = std::trunc(macro_value());
-    if (macros.protection) check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts), subscript);
+    if (macros.protection)
+      check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts), subscript);
     // Each subscript but the first starts from where the index cell points.
     if (reference.subscripts > 0) {
       position = std::trunc(variable_value(checked_cell(position)));
@@ -83,7 +85,8 @@ variable_reference read_subscripts(int base, bool named, bool ranges) {
     next_nonblank();
     const double end = std::trunc(macro_value());
     check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts) - 1, end);
-    if (reference.subscripts < reference.dimensions) error_end("Ranges are valid only for the last dimension");
+    if (reference.subscripts < reference.dimensions)
+      error_end("Ranges are valid only for the last dimension");
     reference.range = true;
     reference.last = checked_cell(reference.cell + (end - subscript));
   }

@@ -7,11 +7,11 @@ namespace zeb {
 
 /// Where a reference leads.
 struct variable_reference {
-  int base = 0;          // the variable named
-  int cell = 0;          // the cell after all subscripts
-  int last = 0;          // last cell of a range; equals `cell` without one
-  int dimensions = 0;    // of the base under protection; 0 scalar or unknown
-  int subscripts = 0;    // how many were given
+  int base = 0;        // the variable named
+  int cell = 0;        // the cell after all subscripts
+  int last = 0;        // last cell of a range; equals `cell` without one
+  int dimensions = 0;  // of the base under protection; 0 scalar or unknown
+  int subscripts = 0;  // how many were given
   bool named = false;
   bool range = false;
   char separator = ' ';  // "&N" behind a range
@@ -19,8 +19,8 @@ struct variable_reference {
   bool is_section() const { return subscripts < dimensions; }
 };
 
-/// Reads a reference. `ranges` allows "a-b" in the last subscript. Numbers have the var shift added,
-/// names don't. Errors name the variable and the dimension.
+/// Reads a reference. `ranges` allows "a-b" in the last subscript. Numbers have the var shift
+/// added, names don't. Errors name the variable and the dimension.
 variable_reference read_variable_reference(bool ranges);
 /// The same once the number of the base is known: only the subscripts, if "[" comes next.
 variable_reference read_subscripts(int base, bool named, bool ranges);

@@ -34,19 +34,7 @@ void show_place() {
   if (frame.stream && !frame.is_terminal && !(input.top == 0 && process.command_line_input)) {
     report_line("Error reading", frame.name);
   }
-  const char* end = frame.text + std::strlen(frame.text);
-  if (input.read_position < frame.text || input.read_position > end) return;  // a text of its own
-  const std::ptrdiff_t length = end - frame.text;
-  const std::ptrdiff_t place = input.read_position - frame.text;
-  std::ptrdiff_t first = std::max<std::ptrdiff_t>(0, place - shown_before);
-  if (length - first < shown_width) first = std::max<std::ptrdiff_t>(0, length - shown_width);
-  std::string shown(frame.text + first,
-                    static_cast<std::size_t>(std::min(shown_width, length - first)));
-  for (char& c : shown) {
-    if (static_cast<unsigned char>(c) < 32) c = ' ';
-  }
-  emit(shown, "\n");
-  emit(std::string(static_cast<std::size_t>(place - first), ' '), "^\n");
+  show_text_place(frame.text, input.read_position);
 }
 
 std::string formatted(const char* format, va_list arguments) {
@@ -56,6 +44,22 @@ std::string formatted(const char* format, va_list arguments) {
 }
 
 }  // namespace
+
+void show_text_place(const char* text, const char* position) {
+  const char* end = text + std::strlen(text);
+  if (position < text || position > end) return;  // a text of its own
+  const std::ptrdiff_t length = end - text;
+  const std::ptrdiff_t place = position - text;
+  std::ptrdiff_t first = std::max<std::ptrdiff_t>(0, place - shown_before);
+  if (length - first < shown_width) first = std::max<std::ptrdiff_t>(0, length - shown_width);
+  std::string shown(text + first,
+                    static_cast<std::size_t>(std::min(shown_width, length - first)));
+  for (char& c : shown) {
+    if (static_cast<unsigned char>(c) < 32) c = ' ';
+  }
+  emit(shown, "\n");
+  emit(std::string(static_cast<std::size_t>(place - first), ' '), "^\n");
+}
 
 void raise_error(std::span<const message_part> parts) {
   const std::string message = joined(parts);

@@ -53,6 +53,9 @@ int warning(const part&... parts) {
 }
 int warning_f(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+/// Shows at most 75 characters of a text around a position in it, and a caret under the position.
+void show_text_place(const char* text, const char* position);
+
 /// Internal invariant, cheap, kept in release builds: ends the command with an internal error.
 [[noreturn]] void internal_error(const char* what, const char* file, int line);
 #define ALWAYS_CHECK(condition, what) \

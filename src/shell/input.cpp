@@ -224,6 +224,17 @@ void pop_frame() {
   }
 }
 
+void rewind_top_frame() {
+  input_frame& frame = top_frame();
+  if (!frame.stream) return;
+  std::rewind(frame.stream);
+  frame.at_end = false;
+  frame.line_number = 0;
+  frame.text = frame.buffer;
+  frame.buffer[0] = 0;
+  input.read_position = frame.buffer;
+}
+
 void pop_all() {
   if (input.error_target_level >= 0 && input.error_target_level <= input.top) {
     input.jump_pending = true;

@@ -54,6 +54,7 @@ struct macro_hook_table {
   void (*frame_popped)() = nullptr;
   void (*command_failed)() = nullptr;    // error or interrupt: blocks and loops end
   void (*show_error_place)() = nullptr;  // replaces the plain place and caret of an error
+  void (*run_pending_jump)() = nullptr;  // goes to the error target, once the stack is popped
   bool (*running_call)() = nullptr;      // no "Again reading from" for it
 };
 extern macro_hook_table macro_hooks;
@@ -80,6 +81,8 @@ void push_file(const std::string& name, std::span<const std::string> arguments,
 /// Makes `text` (under 4,128 bytes) the top frame, under the given display name.
 void push_string(std::string_view text, const char* name);
 void pop_frame();
+/// Reads the top frame's file again from its start.
+void rewind_top_frame();
 /// Pops down to level 0. Keeps a jump to the error target pending, and drops what is left of the
 /// console line or of the failed command of the process arguments.
 void pop_all();

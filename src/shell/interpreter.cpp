@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -91,12 +92,18 @@ bool asks_for_help(const command_row& row) {
   return help;
 }
 
+// What must be set before the language starts.
+bool legal_without_macros(const command_row& row) {
+  static constexpr std::string_view names[] = {"macro", "macfloat", "hifile"};
+  return std::find(std::begin(names), std::end(names), row.name) != std::end(names);
+}
+
 bool is_macro_row(const command_row& row) {
   return table.data() + zzz_index < &row && &row < table.data() + table.size();
 }
 
 void run_handler(const command_row& row) {
-  if (!settings.macros && is_macro_row(row) && std::strcmp(row.name, "macro") != 0) {
+  if (!settings.macros && is_macro_row(row) && !legal_without_macros(row)) {
     error_end(row.name, "legal only when macros are enabled");
   }
   if (!row.handler) error_end(text_of("Command \"%s\" is not available yet", row.name));
@@ -167,6 +174,14 @@ void run_one_command() {
   }
   command_is_over();
   end_of_command();
+}
+
+void run_in_jump_context(void (*task)()) {
+  const jump_context context;
+  try {
+    task();
+  } catch (const command_unwinding&) {
+  }
 }
 
 void no_timing() {

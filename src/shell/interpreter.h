@@ -50,6 +50,8 @@ const command_row* find_command(std::string_view word);
 
 /// Reads and runs one command, with its jump context and the release of temporary memory.
 void run_one_command();
+/// Runs a task that may fail as a command does.
+void run_in_jump_context(void (*task)());
 /// Set up before the handler of every command, by the searches.
 void set_pre_run_hook(void (*hook)());
 /// Nested runs of a command string.

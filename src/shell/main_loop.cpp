@@ -25,6 +25,10 @@ void report_time() {
 void one_round() {
   process.interrupt_state = 0;
   if (settings.watch == 1) arena.peak_ram = arena_in_use();
+  if (input.jump_pending) {
+    input.jump_pending = false;
+    if (macro_hooks.run_pending_jump) run_in_jump_context(macro_hooks.run_pending_jump);
+  }
   run_one_command();
   if (arena.peak_ram > arena.peak_ram_ever) arena.peak_ram_ever = arena.peak_ram;
   if (settings.watch == 1) report_time();

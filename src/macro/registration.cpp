@@ -1,0 +1,9 @@
+#include "macro/commands.h"
+#include "macro/macro_state.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+void register_macros() { macros.clock_start = wall_clock(); }
+
+}  // namespace zeb
