@@ -1,0 +1,167 @@
+// `ccode` and `ckeep`: type of optimisation, weight, activity and extra steps of characters.
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <optional>
+#include <vector>
+
+#include "matrix/character_settings.h"
+#include "matrix/matrix.h"
+#include "matrix/settings_commands.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/list_reader.h"
+#include "shell/lists.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+namespace {
+
+constexpr int most_internal_steps = 100;
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+/// Reads one `ccode` command: specifiers, which stay in force, and lists that they apply to.
+class ccode_reader {
+ public:
+  ccode_reader() : marks_(at(matrix.nchar)), changed_(at(matrix.nchar)) {}
+
+  void read() {
+    for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek()) {
+      if (starts_list_item(c)) {
+        read_characters();
+      } else {
+        read_char();
+        read_specifier(c);
+      }
+    }
+    if (settings.report) summarise_settings(changed_);
+  }
+
+ private:
+  void read_specifier(int c) {
+    // "@B" holds for one list, and this is where that list ends.
+    if (block_used_) block_ = 0;
+    block_used_ = false;
+    switch (c) {
+      case '+':
+      case '-':
+        wanted_.additive = c == '+';
+        return;
+      case '[':
+      case ']':
+        wanted_.active = c == '[';
+        return;
+      case '(':
+        require_cost_tables();
+        wanted_.sankoff = true;
+        return;
+      case ')':
+        wanted_.sankoff = false;
+        return;
+      case '/':
+        wanted_.weight = read_weight();
+        return;
+      case '=':
+        wanted_.internal_steps = read_internal_steps();
+        return;
+      case '*':
+        wanted_ = {};
+        return;
+      case '@':
+        block_ = read_block_reference(find_list_kind("character"));
+        return;
+      case '!':
+        restore_kept_settings();
+        changed_.assign(changed_.size(), 1);
+        return;
+      default:
+        error_end("Error in ccode: illegal character found", static_cast<char>(c));
+    }
+  }
+
+  static void require_cost_tables() {
+    if (!matrix.characters[0].cost_matrix) {
+      error_end("Sankoff characters have been disabled (use \"cost >;\" to enable)");
+    }
+  }
+
+  static int read_weight() {
+    double weight = 0;
+    bool expression = false;
+    const int c = skip_blanks_peek();
+    if (c == ';' || !read_value(&weight, &expression)) {
+      error_end("Error in ccode: can't give weight without a number");
+    }
+    if (expression) weight = std::trunc(weight);
+    if (weight != std::floor(weight) || weight < 0 || weight > largest_weight) {
+      error_end("Error in ccode: can't give weight", text_of("%.10g", weight),
+                "(an integer from 0 to", largest_weight, "is needed)");
+    }
+    return static_cast<int>(weight);
+  }
+
+  static int read_internal_steps() {
+    int steps = -1;
+    if (!read_optional_int(&steps) || steps < 0) {
+      error_end("Error in ccode: can't give internal steps without a number");
+    }
+    if (steps > most_internal_steps) {
+      error_end("Internal steps can be set to a maximum of", most_internal_steps);
+    }
+    return steps;
+  }
+
+  void read_characters() {
+    std::fill(marks_.begin(), marks_.end(), std::uint8_t{0});
+    list_reader list(list_slash_ends, 0, matrix.nchar, find_list_kind("character"), marks_);
+    list.enter_block(block_);
+    for (int c = skip_blanks_peek(); starts_list_item(c); c = skip_blanks_peek()) {
+      list.read_item_at(c);
+    }
+    block_used_ = true;
+    for (int c = 0; c < matrix.nchar; ++c) {
+      if (!marks_[at(c)]) continue;
+      change_character(c, wanted_);
+      changed_[at(c)] = 1;
+    }
+  }
+
+  character_change wanted_;
+  std::vector<std::uint8_t> marks_;
+  std::vector<std::uint8_t> changed_;  // for the summary
+  int block_ = 0;                      // of "@B"; 0 none
+  bool block_used_ = false;
+};
+
+}  // namespace
+
+void ccode_command() {
+  no_timing();
+  require_data("changing character settings");
+  if (skip_blanks_peek() == ';') return show_character_table();
+  ccode_reader().read();
+}
+
+void ckeep_command() {
+  no_timing();
+  require_data("storing ccode");
+  keep_settings();
+}
+
+void xinact_command() {
+  require_data("deactivating uninformative characters");
+  recheck_steps();
+  int count = 0;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (!matrix.characters[at(c)].active || is_informative(c)) continue;
+    change_character(c, {.active = false});
+    ++count;
+  }
+  report_line(count, "uninformative characters are inactive");
+}
+
+}  // namespace zeb

@@ -1,0 +1,52 @@
+// Changing the settings of characters, and showing them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace zeb {
+
+/// Weighted steps of a whole matrix must fit the counters of the scoring kernels.
+constexpr int largest_weight = 1'000'000;
+
+/// What is to change; settings without a value stay.
+struct character_change {
+  std::optional<bool> additive = {};
+  std::optional<bool> active = {};
+  std::optional<bool> sankoff = {};
+  std::optional<int> weight = {};
+  std::optional<int> internal_steps = {};
+};
+/// Applies the change and, where anything changes, lets go of the packed data. Continuous and
+/// landmark characters have no type of optimisation to choose: that part of the change skips them,
+/// and landmarks have no internal steps.
+void change_character(int character, const character_change& change);
+
+/// Copies the current settings (with the cost tables, where there are any) into the default, and
+/// back.
+void keep_settings();
+void restore_kept_settings();
+
+/// The settings of all characters, a line each.
+void show_character_table();
+/// Which of the flagged characters now have which settings.
+void summarise_settings(std::span<const std::uint8_t> flagged);
+
+/// "0-4 6 9" for the characters that satisfy `holds`; empty for none.
+template <class predicate>
+std::string ranges_text(int count, predicate holds) {
+  std::string text;
+  for (int c = 0; c < count; ++c) {
+    if (!holds(c)) continue;
+    int last = c;
+    while (last + 1 < count && holds(last + 1)) ++last;
+    text += (text.empty() ? "" : " ") + std::to_string(c);
+    if (last > c) text += "-" + std::to_string(last);
+    c = last;
+  }
+  return text;
+}
+
+}  // namespace zeb
