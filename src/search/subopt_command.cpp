@@ -1,0 +1,54 @@
+// `subopt`: how much worse than the best a tree may be and still be kept.
+#include "search/subopt_command.h"
+
+#include "search/search_settings.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+namespace {
+
+std::string value_text(double value) {
+  std::string text = text_of("%.5f", value);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text;
+}
+
+void show_values() {
+  emit("Suboptimal values: ", value_text(search_settings.suboptimal), " (absolute), ",
+       value_text(search_settings.relative_suboptimal), " (relative)\n");
+}
+
+double read_bound(const char* what) {
+  double value = 0;
+  if (!read_optional_float(&value)) error_end("Must give", what, "suboptimal value");
+  if (!(value >= 0)) error_end("Suboptimal values can't be negative");
+  return value;
+}
+
+}  // namespace
+
+void subopt_command() {
+  no_timing();
+  if (skip_blanks_peek() == ';') return show_values();
+  const double absolute = read_bound("absolute");
+  double relative = search_settings.relative_suboptimal;
+  const int c = skip_blanks_peek();
+  if (c == 'x' || c == 'X') {
+    read_char();
+    relative = read_bound("relative");
+  }
+  if (skip_blanks_peek() != ';') {
+    error_end_f("Found '%c' after the suboptimal value", skip_blanks_peek());
+  }
+  search_settings.suboptimal = absolute;
+  search_settings.relative_suboptimal = relative;
+  if (settings.report) show_values();
+}
+
+}  // namespace zeb

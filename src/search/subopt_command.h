@@ -1,0 +1,7 @@
+#pragma once
+
+namespace zeb {
+
+void subopt_command();
+
+}  // namespace zeb
