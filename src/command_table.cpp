@@ -5,8 +5,11 @@
 
 #include "macro/commands.h"
 #include "matrix/commands.h"
+#include "matrix/settings_commands.h"
+#include "search/subopt_command.h"
 #include "shell/commands.h"
 #include "shell/process.h"
+#include "trees/tree_groups.h"
 
 namespace zeb {
 namespace {
@@ -15,8 +18,8 @@ constexpr command_handler none = nullptr;
 
 // clang-format off
 constexpr command_row rows[] = {
-    {"absincl",     none, false, topic_input | topic_settings},
-    {"agroup",      none, false, topic_input | topic_settings},
+    {"absincl",     absincl_command, false, topic_input | topic_settings},
+    {"agroup",      agroup_command, false, topic_input | topic_settings},
     {"alltrees",    none, false, topic_various | topic_trees},
     {"ancstates",   none, false, topic_settings | topic_characters},
     {"apo",         none, true,  topic_mapping | topic_diagnosis | topic_characters},
@@ -25,18 +28,18 @@ constexpr command_row rows[] = {
     {"best",        none, true,  topic_diagnosis | topic_various | topic_trees},
     {"bground",     none, false, topic_various},
     {"blength",     none, true,  topic_diagnosis | topic_compare | topic_trees},
-    {"blocks",      none, false, topic_input | topic_settings},
+    {"blocks",      blocks_command, false, topic_input | topic_settings},
     {"break",       none, false, topic_settings},
     {"bsupport",    none, true,  topic_searching | topic_diagnosis | topic_supports},
-    {"ccode",       none, false, topic_settings | topic_characters | topic_weights},
+    {"ccode",       ccode_command, false, topic_settings | topic_characters | topic_weights},
     {"cdir",        none, false, topic_various},
     {"change",      none, true,  topic_mapping | topic_diagnosis | topic_characters},
     {"chkmoves",    none, true,  topic_diagnosis | topic_compare | topic_consensus | topic_trees},
     {"chomo",       none, true,  topic_diagnosis | topic_characters},
-    {"ckeep",       none, false, topic_settings | topic_characters},
+    {"ckeep",       ckeep_command, false, topic_settings | topic_characters},
     {"cls",         none, false, topic_output | topic_various},
     {"clbuffer",    none, false, topic_output | topic_various},
-    {"cnames",      none, false, topic_input | topic_settings | topic_characters},
+    {"cnames",      cnames_command, false, topic_input | topic_settings | topic_characters},
     {"collapse",    none, false, topic_searching | topic_compare | topic_settings},
     {"comcomp",     none, true,  topic_consensus | topic_trees},
     {"condense",    none, true,  topic_diagnosis | topic_compare | topic_various | topic_trees},
@@ -85,7 +88,7 @@ constexpr command_row rows[] = {
     {"naked",       none, false, topic_output | topic_settings | topic_trees},
     {"nelsen",      none, true,  topic_consensus | topic_trees},
     {"nstates",     nstates_command, false, topic_input | topic_settings},
-    {"outgroup",    none, false, topic_input | topic_settings},
+    {"outgroup",    outgroup_command, false, topic_input | topic_settings},
     {"procedure",   procedure_command, false, topic_input},
     {"pause",       none, false, topic_various},
     {"pcrprune",    none, true,  topic_compare | topic_consensus | topic_trees},
@@ -128,20 +131,20 @@ constexpr command_row rows[] = {
     {"smatrix",     none, false, topic_input | topic_settings | topic_characters | topic_weights},
     {"sort",        none, true,  topic_diagnosis | topic_compare | topic_trees},
     {"sprdiff",     none, true,  topic_diagnosis | topic_compare | topic_trees},
-    {"subopt",      none, false, topic_searching | topic_settings},
+    {"subopt",      subopt_command, false, topic_searching | topic_settings},
     {"svtxt",       none, true,  topic_output | topic_save},
     {"system",      none, true,  topic_various},
     {"tables",      none, false, topic_output | topic_settings},
     {"tagset",      none, false, topic_scripts},
-    {"taxcode",     none, false, topic_settings},
-    {"taxlabels",   none, false, topic_various},
+    {"taxcode",     taxcode_command, false, topic_settings},
+    {"taxlabels",   taxlabels_command, false, topic_various},
     {"taxonomy",    none, true,  topic_diagnosis | topic_compare | topic_trees},
-    {"taxname",     none, false, topic_settings},
+    {"taxname",     taxname_command, false, topic_settings},
     {"tchoose",     none, false, topic_various | topic_trees},
     {"tcomp",       none, true,  topic_compare | topic_consensus | topic_trees},
     {"tequal",      none, true,  topic_diagnosis | topic_compare | topic_trees},
     {"tfuse",       none, true,  topic_searching},
-    {"tgroup",      none, false, topic_settings | topic_various | topic_trees},
+    {"tgroup",      tgroup_command, false, topic_settings | topic_various | topic_trees},
     {"thanks",      none, false, topic_various},
     {"timeout",     none, false, topic_settings | topic_various},
     {"tnodes",      none, true,  topic_diagnosis | topic_trees},
@@ -159,8 +162,8 @@ constexpr command_row rows[] = {
     {"warn",        none, false, topic_settings},
     {"watch",       none, false, topic_settings},
     {"xcomp",       none, true,  topic_diagnosis | topic_compare | topic_various | topic_characters},
-    {"xgroup",      none, false, topic_settings | topic_various | topic_characters},
-    {"xinact",      none, true,  topic_settings | topic_characters},
+    {"xgroup",      xgroup_command, false, topic_settings | topic_various | topic_characters},
+    {"xinact",      xinact_command, true,  topic_settings | topic_characters},
     {"xmult",       none, true,  topic_searching},
     {"xperm",       none, true,  topic_various | topic_characters},
     {"xpiwe",       none, false, topic_settings | topic_weights},

@@ -2,6 +2,7 @@
 
 #include "command_table.h"
 #include "macro/commands.h"
+#include "matrix/list_kinds.h"
 #include "matrix/matrix.h"
 #include "shell/interpreter.h"
 #include "trees/registration.h"
@@ -12,6 +13,7 @@ void register_everything() {
   set_command_table(all_commands());
   register_macros();
   register_matrix();
+  register_matrix_lists();
   register_trees();
 }
 

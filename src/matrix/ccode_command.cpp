@@ -38,7 +38,7 @@ class ccode_reader {
         read_specifier(c);
       }
     }
-    if (settings.report) summarise_settings(changed_);
+    if (settings.report) summarise_settings(changed_, mentioned_);
   }
 
  private:
@@ -77,6 +77,8 @@ class ccode_reader {
       case '!':
         restore_kept_settings();
         changed_.assign(changed_.size(), 1);
+        mention(
+            {.additive = true, .active = true, .sankoff = true, .weight = 1, .internal_steps = 0});
         return;
       default:
         error_end("Error in ccode: illegal character found", static_cast<char>(c));
@@ -123,6 +125,7 @@ class ccode_reader {
       list.read_item_at(c);
     }
     block_used_ = true;
+    mention(wanted_);
     for (int c = 0; c < matrix.nchar; ++c) {
       if (!marks_[at(c)]) continue;
       change_character(c, wanted_);
@@ -130,7 +133,16 @@ class ccode_reader {
     }
   }
 
+  void mention(const character_change& change) {
+    if (change.additive) mentioned_.additive = change.additive;
+    if (change.active) mentioned_.active = change.active;
+    if (change.sankoff) mentioned_.sankoff = change.sankoff;
+    if (change.weight) mentioned_.weight = change.weight;
+    if (change.internal_steps) mentioned_.internal_steps = change.internal_steps;
+  }
+
   character_change wanted_;
+  character_change mentioned_;  // settings that the command has set, whatever to
   std::vector<std::uint8_t> marks_;
   std::vector<std::uint8_t> changed_;  // for the summary
   int block_ = 0;                      // of "@B"; 0 none

@@ -1,7 +1,7 @@
 #include "matrix/character_settings.h"
 
 #include <algorithm>
-#include <map>
+#include <set>
 
 #include "matrix/matrix.h"
 #include "shell/output.h"
@@ -93,36 +93,41 @@ void show_character_table() {
   }
 }
 
-void summarise_settings(std::span<const std::uint8_t> flagged) {
-  const auto line = [&](const char* words, auto holds) {
+void summarise_settings(std::span<const std::uint8_t> flagged, const character_change& changed) {
+  if (std::none_of(flagged.begin(), flagged.end(), [](std::uint8_t f) { return f != 0; })) return;
+  const auto line = [&](const std::string& words, auto holds) {
     const std::string text = ranges_text(
         matrix.nchar, [&](int c) { return flagged[at(c)] && holds(matrix.characters[at(c)]); });
     if (!text.empty()) emit("    ", words, ": ", text, "\n");
   };
+  const auto line_per_value = [&](const std::string& words, std::int32_t character_record::*field) {
+    std::set<int> values;
+    for (int c = 0; c < matrix.nchar; ++c) {
+      if (flagged[at(c)]) values.insert(matrix.characters[at(c)].*field);
+    }
+    for (const int value : values) {
+      line(words + std::to_string(value),
+           [field, value](const character_record& r) { return r.*field == value; });
+    }
+  };
   using record_type = const character_record&;
   const auto has_type = [](record_type r) { return !(r.type & (continuous_data | landmark_data)); };
-  if (std::none_of(flagged.begin(), flagged.end(), [](std::uint8_t f) { return f != 0; })) return;
   emit("Characters: \n");
-  line("additive", [&](record_type r) { return has_type(r) && r.additive; });
-  line("nonadditive", [&](record_type r) { return has_type(r) && !r.additive; });
-  line("active", [](record_type r) { return r.active != 0; });
-  line("inactive", [](record_type r) { return r.active == 0; });
-  line("Sankoff", [&](record_type r) { return has_type(r) && r.is_sankoff; });
-  line("non-Sankoff", [&](record_type r) { return has_type(r) && !r.is_sankoff; });
-  std::map<int, bool> weights;
-  std::map<int, bool> extra;
-  for (int c = 0; c < matrix.nchar; ++c) {
-    if (!flagged[at(c)]) continue;
-    weights[matrix.characters[at(c)].weight] = true;
-    extra[matrix.characters[at(c)].internal_steps] = true;
+  if (changed.additive) {
+    line("additive", [&](record_type r) { return has_type(r) && r.additive; });
+    line("nonadditive", [&](record_type r) { return has_type(r) && !r.additive; });
   }
-  for (const auto& [weight, used] : weights) {
-    line(text_of("Character weight %i", weight).c_str(),
-         [w = weight](record_type r) { return r.weight == w; });
+  if (changed.active) {
+    line("active", [](record_type r) { return r.active != 0; });
+    line("inactive", [](record_type r) { return r.active == 0; });
   }
-  for (const auto& [steps, used] : extra) {
-    line(text_of("Internal (=extra) steps %i", steps).c_str(),
-         [s = steps](record_type r) { return r.internal_steps == s; });
+  if (changed.sankoff) {
+    line("Sankoff", [&](record_type r) { return has_type(r) && r.is_sankoff; });
+    line("non-Sankoff", [&](record_type r) { return has_type(r) && !r.is_sankoff; });
+  }
+  if (changed.weight) line_per_value("Character weight ", &character_record::weight);
+  if (changed.internal_steps) {
+    line_per_value("Internal (=extra) steps ", &character_record::internal_steps);
   }
 }
 

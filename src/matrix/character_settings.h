@@ -31,8 +31,8 @@ void restore_kept_settings();
 
 /// The settings of all characters, a line each.
 void show_character_table();
-/// Which of the flagged characters now have which settings.
-void summarise_settings(std::span<const std::uint8_t> flagged);
+/// Which of the flagged characters now have which of the settings that have a value in `changed`.
+void summarise_settings(std::span<const std::uint8_t> flagged, const character_change& changed);
 
 /// "0-4 6 9" for the characters that satisfy `holds`; empty for none.
 template <class predicate>

@@ -20,7 +20,7 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 std::string taxa_text(bool active) {
   std::string text;
   for (int t = 0; t < matrix.ntax; ++t) {
-    if ((matrix.taxon_active[at(t)] != 0) == active) text += " " + taxon_label(t);
+    if ((matrix.taxon_active[at(t)] != 0) == active) text += (text.empty() ? "" : " ") + taxon_label(t);
   }
   return text;
 }
