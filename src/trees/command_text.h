@@ -1,0 +1,14 @@
+// Free text in commands, and long texts in the output.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zeb {
+
+/// The text up to ";" (unread), without the blanks around it; line ends become blanks.
+std::string read_text_to_semicolon();
+/// Sends a text in lines that the console shows whole, broken at blanks where there are any.
+void emit_broken_at_blanks(std::string_view text);
+
+}  // namespace zeb

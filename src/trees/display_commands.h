@@ -1,0 +1,12 @@
+// Handlers of the commands that show trees, tags and tables.
+#pragma once
+
+namespace zeb {
+
+void tplot_command();
+void naked_command();
+void lintrees_command();
+void ttags_command();
+void tables_command();
+
+}  // namespace zeb

@@ -1,0 +1,14 @@
+// The graphic forms of `ttags`.
+#pragma once
+
+#include <string>
+
+namespace zeb {
+
+/// From behind the "&": a file name with options, "+" with drawing commands, or nothing, which
+/// closes the open drawing.
+void graphic_tags();
+/// "&+": adds lines, rectangles and texts to the open drawing.
+void add_to_drawing();
+
+}  // namespace zeb

@@ -1,0 +1,29 @@
+// The SVG file being written. At most one is open; it may stay open between commands, so that
+// drawings can be added to a tree.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace zeb {
+
+/// Written by the functions of this file only.
+struct svg_file_state {
+  std::FILE* stream = nullptr;  // null: none open
+  std::string name;
+  double left = 0, top = 0, right = 0, bottom = 0;  // what the page must show, pixels
+  bool takes_additions = false;                     // `ttags &+` may add: coordinates were saved
+};
+extern svg_file_state svg_file;
+
+/// Opens a new drawing, closing the one that may be open. Error "Cannot open file" with the name.
+void open_svg_file(const std::string& name, std::string_view title);
+/// Appends to the open file.
+void write_svg(std::string_view text);
+/// Makes sure that the page shows the rectangle.
+void grow_svg_page(double left, double top, double right, double bottom);
+/// Ends the drawing, with the page as large as all that it holds. Nothing without an open file.
+void close_svg_file();
+
+}  // namespace zeb

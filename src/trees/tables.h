@@ -1,0 +1,77 @@
+// Tables of numbers, as the commands show them: scores by tree, steps by character, matrices.
+//
+// A list is a table of one value for each element 0 to n-1, shown ten to a row under the units.
+// The printers behind these functions are replaceable, so that a script can take the values.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zeb {
+
+/// Cell without a value.
+constexpr std::int64_t no_value = std::numeric_limits<std::int64_t>::min();
+/// The same in tables of fractions (any not-a-number).
+constexpr double no_fraction = std::numeric_limits<double>::quiet_NaN();
+
+/// Settings of `tables`. Written by its command.
+struct table_state {
+  bool dense = false;     // `tables =`: dense form, without a frame
+  int precision = 5;      // decimals of fractions, `tables /N`
+  int list_columns = 10;  // values in a row of a list, at least 1
+};
+extern table_state tables;
+
+/// A list as text; texts of cells without a value are empty.
+struct list_table {
+  std::string_view title;
+  std::vector<std::string> cells;  // by element
+};
+/// A matrix as text.
+struct matrix_table {
+  std::string_view title;
+  std::span<const std::string> row_labels;
+  std::span<const std::string> column_labels;  // may be empty
+  std::vector<std::string> cells;              // row by row; empty: without a value
+};
+/// The printers in use. Replaced by `tables` and, for a while, by scripts.
+struct table_printers {
+  void (*list)(const list_table&);
+  void (*matrix)(const matrix_table&);
+};
+extern table_printers printers;
+/// Those of the plain, framed form and of the dense form.
+extern const table_printers plain_printers, dense_printers;
+
+/// Takes the values of a list instead of printing it; set by scripts that want them in an array.
+using list_taker = bool (*)(std::span<const double> values);  // false: print as well
+extern list_taker take_list;
+
+/// Prints values of elements 0 to n-1, in rows of `list_columns`.
+void print_table(std::string_view title, std::span<const std::int64_t> values);
+void print_table(std::string_view title, std::span<const double> values);
+/// The same, with `decimals` in place of the precision of `tables /`.
+void print_table(std::string_view title, std::span<const double> values, int decimals);
+/// Prints a matrix, given row by row; its size is the product of the numbers of labels.
+void print_table(std::string_view title, std::span<const std::int64_t> cells,
+                 std::span<const std::string> row_labels,
+                 std::span<const std::string> column_labels);
+void print_table(std::string_view title, std::span<const double> cells,
+                 std::span<const std::string> row_labels,
+                 std::span<const std::string> column_labels);
+/// A fraction with the precision of `tables /`; empty for no value.
+std::string fraction_text(double value, int decimals = -1);
+
+/// The lines of a list or a matrix in each form, for tests and for other outputs.
+std::vector<std::string> framed_list(const list_table& table, int columns_per_row,
+                                     int screen_columns);
+std::vector<std::string> framed_matrix(const matrix_table& table, int screen_columns);
+std::vector<std::string> dense_list(const list_table& table, int screen_columns);
+std::vector<std::string> dense_matrix(const matrix_table& table);
+
+}  // namespace zeb
