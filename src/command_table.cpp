@@ -10,6 +10,7 @@
 #include "shell/commands.h"
 #include "shell/process.h"
 #include "trees/tree_groups.h"
+#include "trees/display_commands.h"
 
 namespace zeb {
 namespace {
@@ -63,7 +64,7 @@ constexpr command_row rows[] = {
     {"ienum",       none, true,  topic_searching},
     {"incltax",     none, false, topic_various},
     {"info",        none, false, topic_diagnosis | topic_various},
-    {"lintrees",    none, false, topic_output | topic_save | topic_settings},
+    {"lintrees",    lintrees_command, false, topic_output | topic_save | topic_settings},
     {"log",         none, false, topic_output | topic_save},
     {"keep",        none, false, topic_various | topic_trees},
     {"kleex",       none, true,  topic_searching | topic_various},
@@ -85,7 +86,7 @@ constexpr command_row rows[] = {
     {"mult",        none, true,  topic_searching},
     {"mxram",       none, false, topic_settings | topic_various | topic_memory},
     {"mxproc",      none, false, topic_input | topic_settings | topic_various | topic_memory},
-    {"naked",       none, false, topic_output | topic_settings | topic_trees},
+    {"naked",       naked_command, false, topic_output | topic_settings | topic_trees},
     {"nelsen",      none, true,  topic_consensus | topic_trees},
     {"nstates",     nstates_command, false, topic_input | topic_settings},
     {"outgroup",    outgroup_command, false, topic_input | topic_settings},
@@ -134,7 +135,7 @@ constexpr command_row rows[] = {
     {"subopt",      subopt_command, false, topic_searching | topic_settings},
     {"svtxt",       none, true,  topic_output | topic_save},
     {"system",      none, true,  topic_various},
-    {"tables",      none, false, topic_output | topic_settings},
+    {"tables",      tables_command, false, topic_output | topic_settings},
     {"tagset",      none, false, topic_scripts},
     {"taxcode",     taxcode_command, false, topic_settings},
     {"taxlabels",   taxlabels_command, false, topic_various},
@@ -148,12 +149,12 @@ constexpr command_row rows[] = {
     {"thanks",      none, false, topic_various},
     {"timeout",     none, false, topic_settings | topic_various},
     {"tnodes",      none, true,  topic_diagnosis | topic_trees},
-    {"tplot",       none, true,  topic_output | topic_save | topic_trees},
+    {"tplot",       tplot_command, true,  topic_output | topic_save | topic_trees},
     {"tread",       none, true,  topic_input | topic_trees},
     {"tsave",       none, true,  topic_output | topic_save | topic_trees},
     {"tshrink",     none, false, topic_output | topic_settings | topic_memory},
     {"tsize",       none, true,  topic_diagnosis | topic_trees},
-    {"ttags",       none, false, topic_output | topic_various | topic_supports},
+    {"ttags",       ttags_command, false, topic_output | topic_various | topic_supports},
     {"tvault",      none, false, topic_input},
     {"txtsize",     none, false, topic_output | topic_save | topic_memory},
     {"tzert",       none, false, topic_searching | topic_various | topic_trees},

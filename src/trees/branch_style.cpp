@@ -11,7 +11,7 @@
 namespace zeb {
 namespace {
 
-constexpr double widest_branch = 1000;    // pixels
+constexpr double widest_branch = 1000;     // pixels
 constexpr double longest_branch = 100000;  // pixels
 
 bool is_digit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }

@@ -11,8 +11,7 @@ namespace zeb {
 std::string read_text_to_semicolon() {
   std::string text;
   skip_blanks_peek();
-  for (int c = read_char(); c != ';'; c = read_char())
-    text += c < ' ' ? ' ' : static_cast<char>(c);
+  for (int c = read_char(); c != ';'; c = read_char()) text += c < ' ' ? ' ' : static_cast<char>(c);
   unread_char();
   text.erase(text.find_last_not_of(' ') + 1);
   return text;

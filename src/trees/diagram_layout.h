@@ -14,9 +14,9 @@ namespace zeb {
 struct diagram_mark {
   int row = 0;
   int column = 0;
-  int length = 0;          // columns, at least 1
-  char character = 0;      // of a run; 0: text
-  std::string_view words;  // of a text; points into the layout
+  int length = 0;             // columns, at least 1
+  char character = 0;         // of a run; 0: text
+  std::string_view words;     // of a text; points into the layout
   bool joined_left = false;   // the branch comes in from the column before
   bool joined_right = false;  // the branch goes on in the column behind
 };
@@ -24,8 +24,8 @@ struct diagram_mark {
 struct diagram_layout {
   std::vector<diagram_mark> marks;  // in no order, none lies over another
   int rows = 0;
-  int columns = 0;       // width of the whole diagram
-  bool one_pass = true;  // it fits in the lines
+  int columns = 0;                              // width of the whole diagram
+  bool one_pass = true;                         // it fits in the lines
   std::vector<std::string> labels;              // by taxon, with a blank in front
   std::vector<std::vector<std::string>> texts;  // by node, in lines
 };

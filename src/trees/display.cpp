@@ -5,6 +5,7 @@
 
 #include "matrix/matrix.h"
 #include "shell/output.h"
+#include "trees/registration.h"
 #include "trees/svg_file.h"
 #include "trees/tags.h"
 #include "trees/text_diagram.h"
@@ -16,7 +17,8 @@ display_state display;
 namespace {
 
 constexpr line_characters plain_lines{'|', '|', '`', ',', '|', '-', '-', '+'};
-constexpr line_characters code_page_437{'\xb3', '\xc3', '\xc0', '\xda', '\xb4', '\xc4', '\xc1', '\xc5'};
+constexpr line_characters code_page_437{'\xb3', '\xc3', '\xc0', '\xda',
+                                        '\xb4', '\xc4', '\xc1', '\xc5'};
 
 /// Widest line, so that it passes the line buffer whole.
 constexpr int widest_line = 2000;

@@ -38,7 +38,5 @@ void plot_stored_tree(int number);
 void print_diagram(const_tree_span tree, std::span<const std::string> node_texts,
                    bool lines_of_tags = false);
 
-/// Start-up: settings of this room and what it hangs on the others.
-void register_display();
 
 }  // namespace zeb

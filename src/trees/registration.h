@@ -9,5 +9,6 @@ void register_trees();
 /// Its parts, one a file.
 void register_tree_store();
 void register_tree_lists();
+void register_display();
 
 }  // namespace zeb

@@ -13,8 +13,8 @@ svg_file_state svg_file;
 
 namespace {
 
-constexpr double margin = 20;             // pixels around the drawing
-constexpr std::size_t head_width = 220;   // bytes of the element that gives the size, padded
+constexpr double margin = 20;            // pixels around the drawing
+constexpr std::size_t head_width = 220;  // bytes of the element that gives the size, padded
 constexpr std::size_t longest_name = 159;
 
 /// The size isn't known before the drawing is closed, so its element has a fixed width in bytes and
@@ -25,7 +25,8 @@ std::string svg_element() {
   const int width = std::max(1, static_cast<int>(std::ceil(svg_file.right + margin - left)));
   const int height = std::max(1, static_cast<int>(std::ceil(svg_file.bottom + margin - top)));
   std::string text = text_of(
-      "<svg width=\"%i\" height=\"%i\" viewBox=\"%i %i %i %i\" xmlns=\"http://www.w3.org/2000/svg\"",
+      "<svg width=\"%i\" height=\"%i\" viewBox=\"%i %i %i %i\" "
+      "xmlns=\"http://www.w3.org/2000/svg\"",
       width, height, static_cast<int>(left), static_cast<int>(top), width, height);
   text.resize(std::max(text.size(), head_width), ' ');
   text += ">\n";

@@ -8,12 +8,12 @@ namespace {
 
 /// Advance widths of Verdana's characters 32 to 126, in thousandths of the font size.
 constexpr std::array<std::uint16_t, 95> character_widths = {
-    352, 394, 459,  818, 636, 1076, 727, 269, 454, 454, 636, 818, 364, 454, 364, 454,
-    636, 636, 636,  636, 636, 636,  636, 636, 636, 636, 454, 454, 818, 818, 818, 545,
+    352,  394, 459, 818, 636, 1076, 727, 269, 454, 454, 636, 818, 364, 454, 364, 454,
+    636,  636, 636, 636, 636, 636,  636, 636, 636, 636, 454, 454, 818, 818, 818, 545,
     1000, 684, 686, 698, 771, 632,  575, 775, 751, 421, 455, 693, 557, 843, 748, 787,
-    603, 787, 695,  684, 616, 732,  684, 989, 685, 615, 685, 454, 454, 454, 818, 636,
-    636, 601, 623,  521, 623, 596,  352, 623, 633, 274, 344, 592, 274, 973, 633, 607,
-    623, 623, 427,  521, 394, 633,  592, 818, 592, 592, 525, 635, 454, 635, 818};
+    603,  787, 695, 684, 616, 732,  684, 989, 685, 615, 685, 454, 454, 454, 818, 636,
+    636,  601, 623, 521, 623, 596,  352, 623, 633, 274, 344, 592, 274, 973, 633, 607,
+    623,  623, 427, 521, 394, 633,  592, 818, 592, 592, 525, 635, 454, 635, 818};
 constexpr double latin_width = 0.75;  // other characters below U+2000, of the font size
 constexpr double wide_width = 1.05;   // all others
 constexpr double generosity = 1.06;
@@ -51,9 +51,7 @@ std::uint32_t take_character(std::string_view& text) {
 }
 
 void append_utf8(std::string& out, std::uint32_t c) {
-  const auto tail = [&](unsigned shift) {
-    out += static_cast<char>(0x80 | ((c >> shift) & 0x3f));
-  };
+  const auto tail = [&](unsigned shift) { out += static_cast<char>(0x80 | ((c >> shift) & 0x3f)); };
   if (c < 0x80) {
     out += static_cast<char>(c);
   } else if (c < 0x800) {

@@ -18,14 +18,14 @@
 namespace zeb {
 namespace {
 
-constexpr double usual_length = 40;   // pixels of a branch, where the tree isn't too deep
-constexpr double least_length = 8;    // pixels
-constexpr double usual_width = 900;   // pixels of a deep tree's branches
-constexpr double label_gap = 6;       // pixels between a branch and the name behind it
-constexpr double legend_gap = 4;      // pixels left and right of a legend
-constexpr double ascent = 0.76;       // of the font size: top of capitals over the base line
+constexpr double usual_length = 40;  // pixels of a branch, where the tree isn't too deep
+constexpr double least_length = 8;   // pixels
+constexpr double usual_width = 900;  // pixels of a deep tree's branches
+constexpr double label_gap = 6;      // pixels between a branch and the name behind it
+constexpr double legend_gap = 4;     // pixels left and right of a legend
+constexpr double ascent = 0.76;      // of the font size: top of capitals over the base line
 constexpr double descent = 0.22;
-constexpr double middle = 0.36;       // base line below the middle of the letters
+constexpr double middle = 0.36;  // base line below the middle of the letters
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 int pixel(double v) { return static_cast<int>(std::lround(v)); }
@@ -186,10 +186,10 @@ class svg_tree_writer {
   void write_line(int node, double x1, double y1, double x2, double y2) {
     const branch_style& style = styles_[at(node)];
     const char* ends = style.dashed ? "stroke-dasharray=\"6,4\"" : "stroke-linecap=\"square\"";
-    write_svg(text_of("<line x1=\"%i\" y1=\"%i\" x2=\"%i\" y2=\"%i\" stroke=\"%s\""
-                      " stroke-width=\"%g\" %s/>\n",
-                      pixel(x1), pixel(y1), pixel(x2), pixel(y2), style.color.c_str(),
-                      thickness(node), ends));
+    write_svg(text_of(
+        "<line x1=\"%i\" y1=\"%i\" x2=\"%i\" y2=\"%i\" stroke=\"%s\""
+        " stroke-width=\"%g\" %s/>\n",
+        pixel(x1), pixel(y1), pixel(x2), pixel(y2), style.color.c_str(), thickness(node), ends));
     const double half = thickness(node) / 2 + 1;
     grow_svg_page(std::min(x1, x2) - half, std::min(y1, y2) - half, std::max(x1, x2) + half,
                   std::max(y1, y2) + half);

@@ -24,7 +24,7 @@ struct svg_options {
   int text_separation = -1;     // between the lines of a legend
   int legend_up = 0;
   int legend_shift = 0;
-  int shift = 0;  // of the whole tree, to the right
+  int shift = 0;        // of the whole tree, to the right
   char position = 'c';  // of legends: above, below, centered; d: centered, in one line
   char separator = 0;   // of the lines of a legend
   int text_width = 0;   // longest line of a legend, characters; 0 no limit

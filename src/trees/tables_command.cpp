@@ -34,8 +34,7 @@ void tables_command() {
     case '/': {
       const int decimals = read_int();
       if (decimals < 0) error_end("Give number of decimals for tables");
-      if (decimals > most_decimals)
-        error_end("Tables can have at most", most_decimals, "decimals");
+      if (decimals > most_decimals) error_end("Tables can have at most", most_decimals, "decimals");
       tables.precision = decimals;
       break;
     }

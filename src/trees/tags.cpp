@@ -181,9 +181,8 @@ void tags_from_numbers(std::span<const double> values, bool symbols, bool intern
   for (int n = internal_only ? matrix.ntax : 0; at(n) < values.size(); ++n) {
     if (!is_tag_node(n)) continue;
     const double value = values[at(n)];
-    const int symbol = value < 0 && value >= -5 && value == std::floor(value)
-                           ? static_cast<int>(-value) - 1
-                           : -1;
+    const int symbol =
+        value < 0 && value >= -5 && value == std::floor(value) ? static_cast<int>(-value) - 1 : -1;
     tags.tag_texts[at(n)] = symbols && symbol >= 0 ? std::string(1, number_symbols[at(symbol)])
                                                    : text_of("%.10g", value);
   }

@@ -18,9 +18,9 @@ void clear_tags();
 /// cut to the capacity of a tag. Used by `ttags`, by drawing and by readers of trees with tags.
 void set_tag_tree(const_tree_span tree, std::span<const std::string> texts = {},
                   std::string_view title = {});
-/// What drawing a tree does while `ttags =` is on: the first tree becomes the tag tree; the texts of
-/// later ones are added to those of the nodes with the same terminals, behind "/" (or as a further
-/// line, with `ttags [`).
+/// What drawing a tree does while `ttags =` is on: the first tree becomes the tag tree; the texts
+/// of later ones are added to those of the nodes with the same terminals, behind "/" (or as a
+/// further line, with `ttags [`).
 void store_drawn_tags(const_tree_span tree, std::string_view title,
                       std::span<const std::string> texts);
 /// A node of the tag tree that can hold a text.
@@ -40,8 +40,8 @@ void tags_from_numbers(std::span<const double> values, bool symbols, bool intern
 
 /// How tags and drawings reach the user's arrays; filled by the macro language at start-up.
 struct user_array_access {
-  int (*read_name)() = nullptr;                   // reads the name of an array from the input
-  std::vector<double> (*values)(int) = nullptr;   // its values
+  int (*read_name)() = nullptr;                  // reads the name of an array from the input
+  std::vector<double> (*values)(int) = nullptr;  // its values
   void (*store)(int array, std::span<const double> values, int columns) = nullptr;  // row by row
 };
 extern user_array_access user_arrays;

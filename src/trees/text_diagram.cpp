@@ -21,8 +21,7 @@ std::size_t bytes_of(std::string_view words, int columns) {
 }
 
 /// Puts a mark into the windows that it touches, cut at their borders.
-void spread(diagram_mark mark, const diagram_windows& windows,
-            std::vector<marks_of_pass>& passes) {
+void spread(diagram_mark mark, const diagram_windows& windows, std::vector<marks_of_pass>& passes) {
   for (bool more = true; more;) {
     const auto window = static_cast<std::size_t>(windows.index(mark.column));
     if (passes.size() <= window) passes.resize(window + 1);
@@ -93,7 +92,8 @@ class pass_writer {
   bool is_cut_;
 };
 
-/// End of the piece of `line` that fits in `width` columns, behind a blank or comma if there is one.
+/// End of the piece of `line` that fits in `width` columns, behind a blank or comma if there is
+/// one.
 std::size_t break_point(std::string_view line, int width) {
   const std::size_t most = std::max<std::size_t>(1, bytes_of(line, width));
   if (most >= line.size()) return line.size();

@@ -19,8 +19,7 @@ namespace {
 constexpr int end_of_text = ';';
 
 void require_target() {
-  if (!tags.tags_present)
-    error_end("Must set target tree (ttag*N ) before writing to a node");
+  if (!tags.tags_present) error_end("Must set target tree (ttag*N ) before writing to a node");
 }
 
 /// A node of the tag tree, by number.
@@ -85,8 +84,7 @@ void write_to_node() {
 void change_title() {
   if (!tags.tags_present) error_end("Must save messages before changing title!");
   const std::string title = read_text_to_semicolon();
-  if (title.size() > longest_tag_title)
-    error_end("Title for tree-tags too long (max. 512 chars.)");
+  if (title.size() > longest_tag_title) error_end("Title for tree-tags too long (max. 512 chars.)");
   tags.tag_title = title;
 }
 
