@@ -9,8 +9,8 @@
 #include "search/subopt_command.h"
 #include "shell/commands.h"
 #include "shell/process.h"
-#include "trees/tree_groups.h"
 #include "trees/display_commands.h"
+#include "trees/tree_groups.h"
 
 namespace zeb {
 namespace {
