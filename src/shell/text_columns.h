@@ -1,0 +1,21 @@
+// How wide text stands on a screen. Text is bytes; what is well-formed UTF-8 counts by character,
+// any other byte as one column.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace zeb {
+
+/// Bytes of the character that begins at `place`; 1 where none does.
+std::size_t character_bytes(std::string_view text, std::size_t place);
+/// Bytes of the character that ends before `place`, which isn't 0.
+std::size_t character_bytes_before(std::string_view text, std::size_t place);
+/// Columns of one character: 0 for combining marks, 2 for wide East Asian ones and pictographs.
+int character_columns(std::string_view character);
+/// Columns of a text without control characters.
+std::size_t text_columns(std::string_view text);
+/// The part of `text` that stands in columns `first` to `first + width - 1`.
+std::string_view text_in_columns(std::string_view text, std::size_t first, std::size_t width);
+
+}  // namespace zeb
