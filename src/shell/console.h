@@ -8,6 +8,8 @@
 
 namespace zeb {
 
+class console_history;
+
 /// Keys that are no single byte, as `wait_for_key` returns them. <esc> is byte 27, <enter> 10.
 enum console_key : int {
   no_key = -1,
@@ -56,18 +58,39 @@ bool read_console_line(char* text, int size);
 
 /// What a look at the keyboard asks for.
 enum class key_wish { nothing, interrupt, end_search };
+/// What one key asks for, with the questions and the pause that belong to it.
+key_wish wish_of_key(int key);
 /// The poll of a running command: <esc>, "m" within a search, "p". Never waits unless the user
 /// paused or is asked; the seconds of a pause are added to `process.command_start`.
 key_wish poll_interrupt_keys();
 /// Waits for a key: <esc> interrupts, another goes on.
 key_wish wait_interrupt_key();
 
-/// Writes to the console only, as it stands, "\n" becoming "\n\r" where the console needs it. In
-/// the plain program to the standard error; nothing in the background.
+/// Writes to the console only, keeping account of the place: lines are cut and ended as those of
+/// other output. In the plain program to the standard error; nothing in the background.
 void write_console(std::string_view text);
+/// Bytes to the standard error as they stand.
+void write_terminal(std::string_view text);
 /// Rings the bell; silent without a console.
 void ring_bell();
 /// Clears the screen; nothing without a console.
 void clear_screen();
+
+/// The terminal's control texts, empty without a console. Row and column count from 0.
+std::string move_cursor_code(int row, int column);
+std::string clear_screen_code();
+std::string clear_to_line_end_code();
+
+/// For its lifetime the terminal behaves as a child process expects it to.
+class terminal_for_child {
+ public:
+  terminal_for_child();
+  ~terminal_for_child();
+  terminal_for_child(const terminal_for_child&) = delete;
+  terminal_for_child& operator=(const terminal_for_child&) = delete;
+};
+
+/// The lines entered at the console.
+console_history& entered_lines();
 
 }  // namespace zeb

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "shell/arena.h"
+#include "shell/commands.h"
 #include "shell/console.h"
 #include "shell/errors.h"
 #include "shell/input.h"
@@ -62,6 +63,7 @@ int run_process(int argc, char** argv) {
   if (!process.background) start_console();
   if (argc > 1 && !process.background) std::fputs("\nLUMA (Lineage Utility MAchine)\n\n\r", stderr);
   process.start_time = wall_clock();
+  start_output();
   create_arena(arena.size);
   start_input(10, joined_arguments(argc, argv), argc > 1 ? process.program_name : "Standard Input");
   process.run_loop = true;

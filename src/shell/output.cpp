@@ -1,10 +1,13 @@
 #include "shell/output.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
+#include <exception>
 
+#include "shell/commands.h"
+#include "shell/console.h"
+#include "shell/console_lines.h"
 #include "shell/process.h"
+#include "shell/progress.h"
+#include "shell/text_buffer.h"
 
 namespace zeb {
 
@@ -13,24 +16,57 @@ output_state output;
 namespace {
 
 constexpr std::size_t line_buffer_size = 2048;
-constexpr std::size_t longest_format = 10000;
 
-std::string line_buffer;
+// Text that waits for the next flush; `line_start` is where its last line begins.
+struct line_buffer_state {
+  std::string text;
+  std::size_t line_start = 0;
+  bool line_full = false;
+};
+line_buffer_state line_buffer;
 
-void append(std::string_view text) {
-  if (line_buffer.size() + text.size() <= line_buffer_size) {
-    line_buffer.append(text);
-  } else {
-    line_buffer.append(text.substr(0, line_buffer_size - line_buffer.size()));
-    if (text.ends_with('\n')) line_buffer.back() = '\n';
+bool continues_character(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+void append(char c) {
+  std::string& text = line_buffer.text;
+  if (c == '\n') {
+    text += c;
+    line_buffer.line_start = text.size();
+    line_buffer.line_full = false;
+    if (text.size() >= line_buffer_size) flush_line();
+    return;
+  }
+  if (line_buffer.line_full) return;
+  if (text.size() - line_buffer.line_start < line_buffer_size) {
+    text += c;
+    return;
+  }
+  line_buffer.line_full = true;
+  // Don't leave the first bytes of a character whose last ones are cut.
+  if (continues_character(c)) {
+    while (continues_character(text.back())) text.pop_back();
+    text.pop_back();
   }
 }
 
-std::string formatted(const char* format, va_list arguments) {
-  std::string text(longest_format, 0);
-  const int n = std::vsnprintf(text.data(), text.size(), format, arguments);
-  text.resize(std::min(text.size() - 1, static_cast<std::size_t>(std::max(n, 0))));
-  return text;
+void append(std::string_view text) {
+  for (const char c : text) append(c);
+}
+
+void add_to_text_buffer(std::string_view text) {
+  if (display_buffer.add(text)) return;
+  report_line("NOTE: wrapped lines before wrapping buffer contents!");
+}
+
+// Looks at the keyboard, so that whatever prints can be interrupted; not while that look itself
+// prints, and not while an error unwinds.
+void poll_for_interrupt() {
+  if (output.polling || std::uncaught_exceptions() > 0) return;
+  struct polling_scope {
+    polling_scope() { output.polling = true; }
+    ~polling_scope() { output.polling = false; }
+  } const scope;
+  check_interrupt(1);
 }
 
 }  // namespace
@@ -43,88 +79,54 @@ void emit_parts(std::initializer_list<message_part> parts) {
 void report_line_parts(std::initializer_list<message_part> parts) {
   for (const message_part& part : parts) {
     append(part.text());
-    append(" ");
+    append(' ');
   }
-  append("\n");
+  append('\n');
   flush_line();
 }
 
 void emitf(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  const std::string text = formatted(format, arguments);
+  const std::string text = formatted_text(format, arguments);
   va_end(arguments);
   report_line(text);
 }
 
 void newline() { emit(" \n"); }
 
+void put_char(char c) { append(c); }
+
 void flush_line() {
   std::string text;
-  text.swap(line_buffer);
+  text.swap(line_buffer.text);
+  line_buffer = {};
   if (output.output_diversion != 0) {
-    if (output.output_diversion == 2 && output.log_stream) {
-      std::fwrite(text.data(), 1, text.size(), output.log_stream);
-      std::fflush(output.log_stream);
+    if (output.output_diversion == 2 && output.diversion_stream) {
+      std::fwrite(text.data(), 1, text.size(), output.diversion_stream);
+      std::fflush(output.diversion_stream);
     }
     return;
   }
-  if (output.log_stream && !(output.output_mask & no_log)) {
-    std::fwrite(text.data(), 1, text.size(), output.log_stream);
-  }
+  if (output.log_stream && !(output.output_mask & no_log)) write_log(text);
+  if (!(output.output_mask & no_text_buffer)) add_to_text_buffer(text);
   if ((output.output_mask & no_console) || process.background) return;
-  if (settings.break_polling) check_interrupt(1);
-  std::fwrite(text.data(), 1, text.size(), stderr);
+  if (settings.break_polling || process.slave) poll_for_interrupt();
+  hide_progress();
+  show_lines(text);
 }
 
 void reset_output() {
-  line_buffer.clear();
+  line_buffer = {};
   output.output_diversion = 0;
 }
 
-void flush_log() {
-  if (output.log_stream) std::fflush(output.log_stream);
+void start_output() {
+  constexpr int first_kilobytes = 200;
+  display_buffer.resize(first_kilobytes);
+  add_command_over_hook(clear_progress);
 }
 
-void close_log() {
-  if (output.log_stream && output.log_stream != stdout) std::fclose(output.log_stream);
-  output.log_stream = nullptr;
-}
-
-void view_to_end() {}
-
-void put_char(char c) { append(std::string_view(&c, 1)); }
-
-std::string megabytes_text(double bytes) { return text_of("%.2f Mbytes", bytes / 1e6); }
-
-std::string count_with_commas(unsigned long long n) {
-  std::string text = std::to_string(n);
-  for (auto i = static_cast<std::ptrdiff_t>(text.size()) - 3; i > 0; i -= 3) {
-    text.insert(static_cast<std::size_t>(i), 1, ',');
-  }
-  return text;
-}
-
-std::string text_of(const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  std::string text = formatted(format, arguments);
-  va_end(arguments);
-  return text;
-}
-
-std::string joined_list(std::initializer_list<std::string_view> items) {
-  std::string text;
-  std::size_t place = 0;
-  for (const std::string_view item : items) {
-    if (place > 0) text += place + 1 == items.size() ? " and " : ", ";
-    text += item;
-    ++place;
-  }
-  return text;
-}
-
-void show_progress(std::string_view, double, double) {}
-void clear_progress() {}
+void view_to_end() { display_buffer.view_offset = 0; }
 
 }  // namespace zeb

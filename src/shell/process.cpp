@@ -42,7 +42,7 @@ double wall_clock() {
 }
 
 void end_process(int status) {
-  flush_log();
+  close_log();
   end_console();
   std::exit(status);  // NOLINT(concurrency-mt-unsafe)
 }
@@ -83,7 +83,7 @@ void check_interrupt(int mode) {
 bool take_up_execute_file() { return false; }
 
 void end_background_run() {
-  if (output.log_stream) std::fputs("\nQuitting ZEB...\n", output.log_stream);
+  write_log("\nQuitting ZEB...\n");
   end_process(1);
 }
 
