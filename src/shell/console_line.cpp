@@ -14,11 +14,11 @@ namespace {
 
 // The prompt and as much of the line around the cursor as the screen is wide.
 void draw_line(const std::string& prompt, const line_editor& editor, std::size_t& first_column) {
-  const std::size_t before = text_columns(prompt);
+  const auto before = static_cast<std::size_t>(text_columns(prompt));
   const auto screen = static_cast<std::size_t>(std::max(output.screen_columns - 1, 1));
   const std::size_t width = screen > before + 8 ? screen - before : 8;
   const std::string_view text = editor.text();
-  const std::size_t cursor = text_columns(text.substr(0, editor.cursor()));
+  const auto cursor = static_cast<std::size_t>(text_columns(text.substr(0, editor.cursor())));
   if (cursor < first_column) first_column = cursor;
   if (cursor > first_column + width - 1) first_column = cursor - width + 1;
   const std::string_view shown = text_in_columns(text, first_column, width);

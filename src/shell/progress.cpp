@@ -35,7 +35,7 @@ void show_progress(std::string_view label, double done, double total) {
   if (total > 0) text += text_of(" %.0f%%", 100 * std::clamp(done / total, 0.0, 1.0));
   const auto width = static_cast<std::size_t>(std::max(output.screen_columns - 1, 1));
   const std::string shown(text_in_columns(text, 0, width));
-  const std::size_t columns = text_columns(shown);
+  const auto columns = static_cast<std::size_t>(text_columns(shown));
   const std::size_t rest = progress.shown_columns > columns ? progress.shown_columns - columns : 0;
   write_terminal("\r" + shown + std::string(rest, ' '));
   progress = {columns, now};

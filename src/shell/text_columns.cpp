@@ -66,11 +66,11 @@ int character_columns(std::string_view character) {
   return is_in(code, two_columns) ? 2 : 1;
 }
 
-std::size_t text_columns(std::string_view text) {
-  std::size_t columns = 0;
+int text_columns(std::string_view text) {
+  int columns = 0;
   for (std::size_t i = 0; i < text.size();) {
     const std::size_t n = character_bytes(text, i);
-    columns += static_cast<std::size_t>(character_columns(text.substr(i, n)));
+    columns += character_columns(text.substr(i, n));
     i += n;
   }
   return columns;

@@ -14,7 +14,7 @@ std::size_t character_bytes_before(std::string_view text, std::size_t place);
 /// Columns of one character: 0 for combining marks, 2 for wide East Asian ones and pictographs.
 int character_columns(std::string_view character);
 /// Columns of a text without control characters.
-std::size_t text_columns(std::string_view text);
+int text_columns(std::string_view text);
 /// The part of `text` that stands in columns `first` to `first + width - 1`.
 std::string_view text_in_columns(std::string_view text, std::size_t first, std::size_t width);
 

@@ -144,16 +144,4 @@ std::vector<std::string> text_lines(std::string_view text, char separator, int w
   return out;
 }
 
-int text_columns(std::string_view text) {
-  int columns = 0;
-  bool in_sequence = false;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool continues = (byte & 0xc0) == 0x80;
-    if (!continues || !in_sequence) ++columns;
-    in_sequence = byte >= 0xc0 || (continues && in_sequence);
-  }
-  return columns;
-}
-
 }  // namespace zeb

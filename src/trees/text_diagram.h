@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "shell/text_columns.h"
 #include "trees/display.h"
 
 namespace zeb {
@@ -32,7 +33,5 @@ std::vector<std::string> diagram_lines(const_tree_span tree, int ntax,
 /// A text in lines, at the separator; lines above `width` (if not 0) are broken, at a blank or
 /// comma where there is one. Never empty.
 std::vector<std::string> text_lines(std::string_view text, char separator, int width);
-/// Columns that a text takes: UTF-8 sequences count one, as do single bytes of any other code.
-int text_columns(std::string_view text);
 
 }  // namespace zeb
