@@ -9,6 +9,7 @@
 #include "search/subopt_command.h"
 #include "shell/commands.h"
 #include "shell/process.h"
+#include "trees/commands.h"
 #include "trees/display_commands.h"
 #include "trees/tree_groups.h"
 
@@ -59,14 +60,14 @@ constexpr command_row rows[] = {
     {"force",       none, false, topic_input | topic_searching | topic_settings},
     {"freqdifs",    none, true,  topic_compare | topic_consensus},
     {"help",        none, false, 0},
-    {"hold",        none, false, topic_searching | topic_settings},
+    {"hold",        hold_command, false, topic_searching | topic_settings},
     {"hybrid",      none, true,  topic_searching | topic_various},
     {"ienum",       none, true,  topic_searching},
     {"incltax",     none, false, topic_various},
     {"info",        none, false, topic_diagnosis | topic_various},
     {"lintrees",    lintrees_command, false, topic_output | topic_save | topic_settings},
     {"log",         log_command, false, topic_output | topic_save},
-    {"keep",        none, false, topic_various | topic_trees},
+    {"keep",        keep_command, false, topic_various | topic_trees},
     {"kleex",       none, true,  topic_searching | topic_various},
     {"length",      none, true,  topic_diagnosis | topic_compare},
     {"lik",         none, true,  topic_various},
@@ -120,11 +121,11 @@ constexpr command_row rows[] = {
     {"rseed",       none, false, topic_settings | topic_various},
     {"run",         none, false, topic_input | topic_scripts},
     {"runc",        none, false, topic_various | topic_scripts},
-    {"save",        none, true,  topic_save | topic_trees},
+    {"save",        save_command, true,  topic_save | topic_trees},
     {"screen",      none, false, topic_output},
     {"scores",      none, true,  topic_diagnosis | topic_trees},
     {"sectsch",     none, true,  topic_searching},
-    {"shortread",   none, true,  topic_input | topic_trees},
+    {"shortread",   shortread_command, true,  topic_input | topic_trees},
     {"shpcomp",     none, true,  topic_diagnosis | topic_various},
     {"silent",      none, false, topic_output | topic_settings},
     {"slfwt",       none, false, topic_searching | topic_settings | topic_various | topic_weights},
@@ -141,7 +142,7 @@ constexpr command_row rows[] = {
     {"taxlabels",   taxlabels_command, false, topic_various},
     {"taxonomy",    none, true,  topic_diagnosis | topic_compare | topic_trees},
     {"taxname",     taxname_command, false, topic_settings},
-    {"tchoose",     none, false, topic_various | topic_trees},
+    {"tchoose",     tchoose_command, false, topic_various | topic_trees},
     {"tcomp",       none, true,  topic_compare | topic_consensus | topic_trees},
     {"tequal",      none, true,  topic_diagnosis | topic_compare | topic_trees},
     {"tfuse",       none, true,  topic_searching},
@@ -150,12 +151,12 @@ constexpr command_row rows[] = {
     {"timeout",     none, false, topic_settings | topic_various},
     {"tnodes",      none, true,  topic_diagnosis | topic_trees},
     {"tplot",       tplot_command, true,  topic_output | topic_save | topic_trees},
-    {"tread",       none, true,  topic_input | topic_trees},
-    {"tsave",       none, true,  topic_output | topic_save | topic_trees},
+    {"tread",       tread_command, true,  topic_input | topic_trees},
+    {"tsave",       tsave_command, true,  topic_output | topic_save | topic_trees},
     {"tshrink",     none, false, topic_output | topic_settings | topic_memory},
     {"tsize",       none, true,  topic_diagnosis | topic_trees},
     {"ttags",       ttags_command, false, topic_output | topic_various | topic_supports},
-    {"tvault",      none, false, topic_input},
+    {"tvault",      tvault_command, false, topic_input},
     {"txtsize",     txtsize_command, false, topic_output | topic_save | topic_memory},
     {"tzert",       none, false, topic_searching | topic_various | topic_trees},
     {"view",        view_command, false, topic_output},

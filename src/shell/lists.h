@@ -72,6 +72,8 @@ void read_group_references(const list_kind& kind, std::span<std::uint8_t> groups
 /// are then marked in `marks` (one byte per taxon, cleared first): "abc...", "{group}", "@T N".
 int read_taxon(std::span<std::uint8_t> marks);
 
+/// The same for a word already read, which is a number, a name or "abc...".
+int taxon_of_word(const std::string& word, std::span<std::uint8_t> marks);
 /// Is `text` somewhere in `name`, ignoring case?
 bool contains_ignoring_case(std::string_view name, std::string_view text);
 

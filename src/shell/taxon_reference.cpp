@@ -37,8 +37,10 @@ bool same_word(std::string_view a, std::string_view b) {
   return a.size() == b.size() && is_prefix(a, b);
 }
 
-int read_taxon_word(const list_kind& kind, std::span<std::uint8_t> marks) {
-  const std::string word = read_reference_word();
+}  // namespace
+
+int taxon_of_word(const std::string& word, std::span<std::uint8_t> marks) {
+  const list_kind& kind = find_list_kind("taxon");
   const int count = kind.count();
   if (word.size() > 3 && word.ends_with("...")) {
     const std::string prefix = word.substr(0, word.size() - 3);
@@ -60,8 +62,6 @@ int read_taxon_word(const list_kind& kind, std::span<std::uint8_t> marks) {
   }
   return found.front();
 }
-
-}  // namespace
 
 int read_taxon(std::span<std::uint8_t> marks) {
   const list_kind& kind = find_list_kind("taxon");
@@ -98,7 +98,7 @@ int read_taxon(std::span<std::uint8_t> marks) {
       read_descendants(marks);
       return -1;
     default:
-      return read_taxon_word(kind, marks);
+      return taxon_of_word(read_reference_word(), marks);
   }
 }
 

@@ -10,5 +10,7 @@ void register_trees();
 void register_tree_store();
 void register_tree_lists();
 void register_display();
+void register_tree_file();
+void register_auto_save();
 
 }  // namespace zeb

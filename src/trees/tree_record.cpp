@@ -164,6 +164,11 @@ void remove_redundant_nodes(tree_span tree, int ntax, std::vector<int>* new_numb
   contract(up, tree, ntax, new_numbers);
 }
 
+void normalise_ancestors(const std::vector<int>& ancestors, tree_span tree, int ntax,
+                         std::vector<int>* new_numbers) {
+  write_normalised(ancestors, tree, ntax, new_numbers);
+}
+
 void record_from_ancestors(std::vector<int>& ancestors, tree_span tree, int ntax,
                            std::vector<int>* new_numbers) {
   contract(ancestors, tree, ntax, new_numbers);

@@ -99,6 +99,10 @@ void remove_redundant_nodes(tree_span tree, int ntax, std::vector<int>* new_numb
 /// single descendant or none are dropped. `ancestors` is scratch afterwards.
 void record_from_ancestors(std::vector<int>& ancestors, tree_span tree, int ntax,
                            std::vector<int>* new_numbers = nullptr);
+/// The same without dropping anything: every node of `ancestors` must have no or several
+/// descendants.
+void normalise_ancestors(const std::vector<int>& ancestors, tree_span tree, int ntax,
+                         std::vector<int>* new_numbers = nullptr);
 /// Re-roots so that `terminal` is a descendant of the root, sister of all others; normalises.
 /// Nothing happens where the tree doesn't hold it, or holds nothing else.
 void reroot_tree(tree_span tree, int ntax, int terminal);

@@ -1,0 +1,99 @@
+// `hold`, `keep`, `tchoose`: room for trees, and which of them stay.
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/lists.h"
+#include "shell/output.h"
+#include "shell/process.h"
+#include "trees/commands.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+/// "+N" and "-N" count from the trees there are; a second sign stands for 1.
+std::int64_t read_difference(int sign) {
+  if (accept_char(sign)) return 1;
+  const int n = read_int();
+  if (n < 0) error_end("Must give", "number", "of trees");
+  return n;
+}
+
+std::int64_t read_capacity() {
+  if (accept_char('+')) return store.ntrees + read_difference('+');
+  if (accept_char('-')) return store.ntrees - read_difference('-');
+  const int n = read_int();
+  if (n < 0) error_end("Must give", "number", "of trees");
+  return n;
+}
+
+void hold_with_vault(std::int64_t capacity) {
+  if (skip_blanks_peek() == ';') error_end("Give size of vault");
+  const int size = read_int();
+  if (size < 0) error_end("Give size of vault");
+  if (capacity < 1) error_end("Vault for trees must have two numbers > 0 ");
+  const bool clearing = size == 0 && store.vault_size > 0 && store.vault_trees == 0;
+  if (store.vault_size > 0 && !clearing) {
+    error_end("Cannot increase tree-space when tree-vault is set");
+  }
+  if (size == 0 && !clearing) error_end("Size of vault must be > 0 ");
+  set_maxtrees_and_vault(static_cast<int>(capacity), size);
+  if (clearing) {
+    emit("Tree-vault not set (set with \"hold N/V\")\n");
+  } else {
+    emit(text_of("Tree-vault set for %i trees\n", size));
+  }
+}
+
+void report_count(const char* what) { report_line(store.ntrees, what); }
+
+}  // namespace
+
+void hold_command() {
+  no_timing();
+  if (skip_blanks_peek() == ';') {
+    report_line("Space for", store.maxtrees, "trees in memory");
+    return;
+  }
+  require_data("re-setting maxtrees");
+  const std::int64_t capacity = read_capacity();
+  if (capacity > 2000000000) error_end("Cannot make tree space for", capacity, "trees");
+  if (store.sectorial_recursion > 0) return;
+  if (accept_char('/')) {
+    hold_with_vault(capacity);
+    return;
+  }
+  if (capacity < 1) error_end("Number of trees to hold must be > 0");
+  set_maxtrees(static_cast<int>(capacity), settings.report);
+}
+
+void keep_command() {
+  const int n = read_int();
+  if (n < 0) error_end("Must give", "number", "of trees");
+  if (n < store.ntrees) store.ntrees = n;
+  report_count("trees in memory");
+}
+
+void tchoose_command() {
+  if (store.ntrees == 0) error_end("No trees to choose from");
+  std::vector<std::uint8_t> chosen(at(store.ntrees));
+  if (accept_char('/')) {
+    chosen.back() = 1;
+  } else if (!read_list(list_has_fixed, 0, store.ntrees, "tree", chosen)) {
+    chosen.assign(chosen.size(), 1);
+  }
+  std::string line = "Selecting tree(s) ";
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (chosen[at(t)]) line += std::to_string(t) + ' ';
+  }
+  emit(line, "\n");
+  select_trees(chosen);
+  report_count("trees selected");
+}
+
+}  // namespace zeb

@@ -1,0 +1,135 @@
+// `tread`: trees in parenthetical notation; `absincl`: what becomes of taxa they leave out.
+#include <algorithm>
+
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+#include "trees/commands.h"
+#include "trees/target_group.h"
+#include "trees/tread.h"
+
+namespace zeb {
+
+namespace {
+
+/// "[" or "]" in front of the trees. True if that was all of the command.
+bool read_tag_choice() {
+  if (accept_char('[')) {
+    tags.tags_add = true;
+  } else if (accept_char(']')) {
+    tags.tags_add = false;
+  } else {
+    return false;
+  }
+  if (settings.report) {
+    report_line("When reading tags from parenthetical trees,",
+                std::string(tags.tags_add ? "add" : "don't add") + " them to existing tags");
+  }
+  return accept_char(';');
+}
+
+std::string read_title() {
+  std::string title;
+  if (!accept_char('\'')) return title;
+  for (int c = read_char(); c != '\''; c = read_char()) {
+    title += static_cast<char>(c);
+    if (title.size() > 10000) error_end("Title of trees too long (is its quote closed?)");
+  }
+  return title;
+}
+
+/// Trees go to the slots behind those in use; each counts once it is complete.
+class tread_run {
+ public:
+  tread_run() : reader_(matrix.ntax), group_(read_target_group()), title_(read_title()) {}
+
+  void run() {
+    const int first = store.ntrees;
+    group_.start();
+    int terminator = 0;
+    while (terminator != ';') {
+      terminator = reader_.read_tree();
+      if (!reader_.tree().untouched()) accept();
+      poll();
+    }
+    clear_progress();
+    const int count = store.ntrees - first;
+    if (settings.report && (count > 0 || !tags_were_read_)) {
+      emit(count, " trees read");
+      if (count > 0) emit(" (trees ", first, "-", store.ntrees - 1, ")");
+      emit("\n");
+    }
+  }
+
+ private:
+  void accept() {
+    if (reader_.tree().empty()) error_end("Tree without taxa");
+    if (!reader_.tags_read().empty()) {
+      accept_tags();
+      return;
+    }
+    if (store.ntrees >= store.maxtrees) {
+      if (store.vault_size > 0) error_end("Cannot increase tree-space when tree-vault is set");
+      if (!set_maxtrees(store.maxtrees + 100, false, true)) error_end("Tree buffer is full");
+    }
+    reader_.tree().finish(stored_tree(store.ntrees), store.include_absent);
+    const int slot = store_slot_count();
+    group_.add(slot);
+  }
+
+  /// Takes the slot just filled.
+  static int store_slot_count() {
+    store_slot({}, false);
+    return store.ntrees - 1;
+  }
+
+  void accept_tags() {
+    tags_were_read_ = true;
+    std::vector<tree_node> record(static_cast<std::size_t>(matrix.nnodes));
+    std::vector<int> numbers;
+    reader_.tree().finish(record, store.include_absent, &numbers);
+    tree_tags texts;
+    for (const auto& [node, text] : reader_.tags_read()) {
+      const int number = numbers[static_cast<std::size_t>(node)];
+      if (number >= 0) texts.emplace_back(number, text);
+    }
+    set_tag_tree(record, texts, title_);
+  }
+
+  void poll() {
+    const double now = wall_clock();
+    if (now - last_poll_ < 1.0) return;
+    if (last_poll_ > 0) {
+      check_interrupt(1);
+      show_progress("Reading trees", store.ntrees, store.maxtrees);
+    }
+    last_poll_ = now;
+  }
+
+  tree_text_reader reader_;
+  target_group group_;
+  std::string title_;
+  bool tags_were_read_ = false;
+  double last_poll_ = 0;
+};
+
+}  // namespace
+
+void tread_command() {
+  if (!matrix.present) error_end("Must read data first");
+  if (read_tag_choice()) {
+    no_timing();
+    return;
+  }
+  tread_run().run();
+}
+
+void absincl_command() {
+  toggle_command(store.include_absent, "Inclusion of absent taxa at the base of trees read");
+}
+
+}  // namespace zeb

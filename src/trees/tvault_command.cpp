@@ -1,0 +1,110 @@
+// `tvault`: trees kept apart from all that rewrites the buffer.
+#include <algorithm>
+
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/lists.h"
+#include "shell/output.h"
+#include "trees/commands.h"
+#include "trees/tree_file.h"
+
+namespace zeb {
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+constexpr const char* not_set = "Tree-vault not set (set with \"hold N/V\")\n";
+
+void show_vault() {
+  no_timing();
+  if (store.vault_size == 0) {
+    emit(not_set);
+  } else {
+    emit(text_of("Tree-vault with %i trees (max. storage %i)\n", store.vault_trees,
+                 store.vault_size));
+  }
+}
+
+std::vector<std::uint8_t> read_trees(int count, const char* kind) {
+  std::vector<std::uint8_t> chosen(at(count));
+  if (!read_list(list_plain, 0, count, kind, chosen)) chosen.assign(at(count), 1);
+  return chosen;
+}
+
+void put_in() {
+  require_trees();
+  const std::vector<std::uint8_t> chosen = read_trees(store.ntrees, "tree");
+  int placed = 0;
+  bool full = false;
+  for (int t = 0; t < store.ntrees && !full; ++t) {
+    if (!chosen[at(t)]) continue;
+    full = store.vault_trees >= store.vault_size;
+    if (full) break;
+    std::ranges::copy(stored_tree(t), vault_tree(store.vault_trees).begin());
+    ++store.vault_trees;
+    ++placed;
+  }
+  if (full) {
+    emit(text_of("Cannot store more trees in vault (reached max., %i)\n", store.vault_size));
+  }
+  emit(text_of("Placed %i trees in vault (vault now with %i trees)\n", placed, store.vault_trees));
+}
+
+void take_out() {
+  const std::vector<std::uint8_t> chosen = read_trees(store.vault_trees, "vault-tree");
+  int taken = 0;
+  bool full = false;
+  for (int t = 0; t < store.vault_trees && !full; ++t) {
+    if (!chosen[at(t)]) continue;
+    full = store.ntrees >= store.maxtrees;
+    if (full) break;
+    std::ranges::copy(vault_tree(t), store_slot({}, false).begin());
+    ++taken;
+  }
+  if (full) {
+    emit(text_of("Cannot retrieve more trees from vault (reached maxtrees, %i)\n", store.maxtrees));
+  }
+  emit(text_of("Retrieved %i trees from vault (%i trees now in memory)\n", taken, store.ntrees));
+}
+
+void write_vault() {
+  emit(text_of("tread '%i trees from vault'\n", store.vault_trees));
+  for (int t = 0; t < store.vault_trees; ++t) {
+    emit(stored_tree_text(vault_tree(t)), t + 1 < store.vault_trees ? "*\n" : "");
+  }
+  emit(";\n");
+}
+
+}  // namespace
+
+void tvault_command() {
+  if (skip_blanks_peek() == ';') {
+    show_vault();
+    return;
+  }
+  if (store.sectorial_recursion > 0) {
+    error_end("Cannot access tree-vault during recursive sectorial searches");
+  }
+  require_data("using the tree-vault");
+  if (store.vault_size == 0) error_end("Tree-vault not set (set with \"hold N/V\")");
+  if (accept_char('>')) {
+    put_in();
+  } else if (accept_char('<')) {
+    take_out();
+  } else if (accept_char('-')) {
+    store.vault_trees = 0;
+    emit("Cleared tree-vault\n");
+  } else if (accept_char('*')) {
+    write_vault();
+  } else if (accept_char('!')) {
+    error_end("Trees from user variables (\"tvault !\") are not available yet");
+  } else {
+    error_end("Expected \">\", \"<\", \"-\" or \"*\" after \"tvault\"");
+  }
+}
+
+}  // namespace zeb
