@@ -3,7 +3,6 @@
 
 namespace zeb {
 
-void absincl_command();
 void hold_command();
 void keep_command();
 void save_command();

@@ -1,4 +1,4 @@
-// `tread`: trees in parenthetical notation; `absincl`: what becomes of taxa they leave out.
+// `tread`: trees in parenthetical notation.
 #include <algorithm>
 
 #include "matrix/matrix.h"
@@ -126,10 +126,6 @@ void tread_command() {
     return;
   }
   tread_run().run();
-}
-
-void absincl_command() {
-  toggle_command(store.include_absent, "Inclusion of absent taxa at the base of trees read");
 }
 
 }  // namespace zeb
