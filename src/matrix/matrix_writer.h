@@ -1,0 +1,25 @@
+// Writes the matrix in the form that `xread` reads.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace zeb {
+
+/// What is written of the matrix.
+struct write_request {
+  std::span<const std::uint8_t> taxa;        // ntax bytes: 1 to write
+  std::span<const std::uint8_t> characters;  // nchar bytes
+  bool settings = true;  // with the commands that bring back settings and names of characters
+  /// If not empty, cells to write in place of those in memory, by taxon and character.
+  std::span<const std::uint32_t> cells;
+};
+
+/// Sends complete commands to the output: reading them gives the same matrix.
+void write_matrix(const write_request& request);
+
+/// A cell as it is written: "0", "[01]", "R", "?", "0.5-0.75".
+std::string written_cell(int character, std::uint32_t states);
+
+}  // namespace zeb
