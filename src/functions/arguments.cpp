@@ -1,0 +1,132 @@
+#include "functions/arguments.h"
+
+#include <cctype>
+#include <cmath>
+
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "macro/variable_reference.h"
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+int checked_element(int count, const char* noun) {
+  const int number = whole_argument();
+  if (number < 0 || number >= count) error_end("No", noun, number);
+  return number;
+}
+
+}  // namespace
+
+void open_brackets() {
+  if (!accept_char('[')) error_end("Need opening brackets");
+}
+
+void close_brackets() {
+  if (!accept_char(']')) error_end("Need closing brackets");
+}
+
+bool brackets_follow() { return peek_raw_char() == '['; }
+
+std::vector<double> bracketed_values(std::size_t least, std::size_t most) {
+  open_brackets();
+  std::vector<double> values;
+  while (skip_blanks_peek() != ']') {
+    if (values.size() == most || skip_blanks_peek() == ';') error_end("Need closing brackets");
+    if (accept_char(',')) continue;
+    values.push_back(macro_value());
+  }
+  close_brackets();
+  if (values.size() < least) error_end("Give number");
+  return values;
+}
+
+int whole_argument() {
+  accept_char(',');
+  const int next = skip_blanks_peek();
+  if (next == ']' || next == ';') error_end("Give number");
+  const double value = std::trunc(macro_value());
+  if (!(value >= -2147483648.0 && value <= 2147483647.0)) error_end("Give number");
+  return static_cast<int>(value);
+}
+
+int tree_argument() {
+  const int next = skip_blanks_peek();
+  if (next == ']' || next == ';') error_end("Expected tree number");
+  const int tree = whole_argument();
+  if (tree < 0 || tree >= store.ntrees) error_end("Expected tree number");
+  return tree;
+}
+
+int node_argument(int tree) {
+  const int node = whole_argument();
+  const const_tree_span nodes = stored_tree(tree);
+  if (node < 0) error_end("No node", node);
+  if (node >= node_limit(nodes, matrix.ntax) || (node < matrix.ntax && is_absent(nodes, node))) {
+    error_end("Tree doesn't have such node");
+  }
+  return node;
+}
+
+int character_argument() {
+  require_data("using data in expressions");
+  return checked_element(matrix.nchar, "character");
+}
+
+int taxon_argument() {
+  require_data("using data in expressions");
+  return checked_element(matrix.ntax, "taxon");
+}
+
+int group_argument(int groups) { return checked_element(groups, "group"); }
+
+std::string string_argument() {
+  accept_char(',');
+  const int next = skip_blanks_peek();
+  if (next == ']' || next == ';') error_end("Give number");
+  if (std::isdigit(next) || next == '(') {
+    const variable_reference reference = read_variable_reference(false);
+    return variable_string(reference.cell);
+  }
+  // A name of a variable that holds the string; any other word is the string itself.
+  const reading_flag quotes(&macro_reading::no_quotes);
+  std::string word;
+  for (int c = read_char();; c = read_char()) {
+    if (c < 33 || c == ']' || c == ',' || c == ';' || c == '[') {
+      unread_char();
+      break;
+    }
+    word += static_cast<char>(c);
+  }
+  const int variable = find_variable(word);
+  if (variable < 0) return word;
+  const variable_reference reference = read_subscripts(variable, true, false);
+  const bool section = reference.is_section() && !variable_dimensions(reference.cell).empty();
+  return variable_string(section ? first_data_cell(reference.cell) : reference.cell);
+}
+
+double write_list(const char* name, std::span<const double> values) {
+  const auto count = static_cast<int>(values.size());
+  if (macros.assign_target < 0) error_end(name, "can be used only to set a variable");
+  if (count > macros.assign_room) {
+    if (macros.assign_is_array) {
+      error_end(name, "has", count, "values, but array can store only", macros.assign_room);
+    }
+    if (macros.protection && macros.assign_room == 1) error_end(name, "requires arrays");
+    error_end("Cannot store", count, "values in variable", macros.assign_target);
+  }
+  for (int i = 0; i < count; ++i) store_variable(macros.assign_target + i, values[static_cast<std::size_t>(i)]);
+  macros.list_size = count - 1;
+  macros.list_written = true;
+  return count ? values[0] : 0;
+}
+
+}  // namespace zeb

@@ -1,0 +1,33 @@
+// Bracketed arguments of expression functions, and where list functions write.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace zeb {
+
+/// "[": "Need opening brackets" without one. "]": "Need closing brackets".
+void open_brackets();
+void close_brackets();
+bool brackets_follow();
+/// All values up to "]", at least `least` and at most `most`.
+std::vector<double> bracketed_values(std::size_t least, std::size_t most);
+
+/// One value as a whole number.
+int whole_argument();
+/// Checked numbers: of a tree in memory, a node of it, a character, taxon, block or group.
+int tree_argument();
+int node_argument(int tree);
+int character_argument();
+int taxon_argument();
+int group_argument(int groups);
+
+/// A string argument: a variable that holds one, or a literal word.
+std::string string_argument();
+
+/// Writes the values from the target of the running `set` on, and sets `listsize`. `name` is how the
+/// function calls itself in messages. Returns the first value.
+double write_list(const char* name, std::span<const double> values);
+
+}  // namespace zeb

@@ -1,0 +1,137 @@
+// The files that a script reads, and files on disk.
+#include <sys/stat.h>
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "functions/arguments.h"
+#include "functions/function_table.h"
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "macro/script_files.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+
+namespace zeb {
+namespace {
+
+double next_character() { return script_file_get(active_script_file()); }
+double spied_character() { return script_file_peek(active_script_file()); }
+double at_end() { return script_file_ended(active_script_file()); }
+double line_number() { return active_script_file().line; }
+
+double next_number() {
+  script_file& file = active_script_file();
+  const std::string text = script_file_string(file);
+  char* end = nullptr;
+  const double value = std::strtod(text.c_str(), &end);
+  if (text.empty() || end == text.c_str()) {
+    error_end("Expected a number in file", file.name, "found:", text.empty() ? "end of file" : text);
+  }
+  return value;
+}
+
+// "isfile name" or "isfile[name]".
+double file_exists() {
+  const bool brackets = accept_char('[');
+  const reading_flag quotes(&macro_reading::no_quotes);
+  skip_blanks_peek();
+  std::string name;
+  for (int c = read_char();; c = read_char()) {
+    if (c < 33 || c == ';' || (brackets ? c == ']' : c == ')')) {
+      if (!brackets || c == ';') unread_char();
+      break;
+    }
+    name += static_cast<char>(c);
+  }
+  struct stat status {};
+  return stat(name.c_str(), &status) == 0;
+}
+
+// The texts at which `hiftext` stops: one text, or any of the characters in parentheses.
+struct text_end {
+  std::string text = "\n";
+  bool any_of = false;
+};
+
+char code_or_character(const std::string& raw, std::size_t* at) {
+  if (raw[*at] != '&' || *at + 1 >= raw.size()) return raw[*at];
+  if (!std::isdigit(static_cast<unsigned char>(raw[*at + 1]))) {
+    error_end("Terminating character must be an ASCII number, 0 or more");
+  }
+  int code = 0;
+  while (*at + 1 < raw.size() && std::isdigit(static_cast<unsigned char>(raw[*at + 1]))) {
+    code = (code * 10 + (raw[++*at] - '0')) & 255;
+  }
+  return static_cast<char>(code);
+}
+
+text_end read_text_end() {
+  text_end end;
+  std::string raw;
+  for (int c = read_raw_char();; c = read_raw_char()) {
+    if (c < 33 || c == ';') {
+      macro_unread_char();
+      break;
+    }
+    raw += static_cast<char>(c);
+  }
+  if (raw.size() > 1 && raw.front() == '(' && raw.back() == ')') {
+    end.any_of = true;
+    raw = raw.substr(1, raw.size() - 2);
+  }
+  end.text.clear();
+  for (std::size_t i = 0; i < raw.size(); ++i) end.text += code_or_character(raw, &i);
+  return end;
+}
+
+double text_from_file() {
+  if (macros.assign_target < 0) error_end("Hiftext can be used only to set a variable");
+  if (!macros.protection) error_end("Expression \"hiftext\" valid only under protection mode 1 or 2");
+  if (!macros.assign_is_array) error_end("Expression \"hiftext\" requires one-dim arrays");
+  const std::size_t cell_size = macros.integer_only ? 4 : 8;
+  const std::size_t room = static_cast<std::size_t>(macros.assign_room) * cell_size - 1;
+  std::size_t most = room;
+  text_end end;
+  for (;;) {
+    const int c = skip_blanks_peek();
+    if (c == ':') {
+      next_nonblank();
+      const double size = macro_value();
+      if (!(size >= 1)) error_end("Size of text to copy must be >= 1");
+      if (size < static_cast<double>(room)) most = static_cast<std::size_t>(size);
+    } else if (c == '/') {
+      next_nonblank();
+      end = read_text_end();
+    } else {
+      break;
+    }
+  }
+  script_file& file = active_script_file();
+  std::string text;
+  while (text.size() < most) {
+    const int c = script_file_get(file);
+    if (c < 0) break;
+    text += static_cast<char>(c);
+    if (end.any_of ? end.text.find(static_cast<char>(c)) != std::string::npos : text.ends_with(end.text)) break;
+  }
+  std::memcpy(string_bytes(macros.assign_target).data(), text.c_str(), text.size() + 1);
+  macros.list_size = static_cast<int>(text.size() / cell_size);
+  macros.list_written = true;
+  return 0;
+}
+
+constexpr function_row rows[] = {
+    {"hifchar", next_character}, {"hifspy", spied_character}, {"hifeof", at_end}, {"hifline", line_number},
+    {"hifnumber", next_number},  {"hiftext", text_from_file}, {"isfile", file_exists},
+};
+
+}  // namespace
+
+std::span<const function_row> file_functions() { return rows; }
+
+}  // namespace zeb

@@ -1,0 +1,86 @@
+// Groups of taxa, characters and trees.
+#include <bit>
+#include <cstdint>
+
+#include "functions/arguments.h"
+#include "functions/function_table.h"
+#include "matrix/matrix.h"
+#include "shell/interpreter.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+int count_members(std::span<const std::uint32_t> words, int group) {
+  int count = 0;
+  for (const std::uint32_t word : words) count += static_cast<int>(word >> group & 1U);
+  return count;
+}
+
+int matrix_group() {
+  require_data("using data in expressions");
+  return group_argument(matrix_state::group_count);
+}
+
+bool tree_in_group(int tree, int group) {
+  const std::uint32_t* words = store.tree_groups[static_cast<std::size_t>(tree)];
+  return words[group / 32] >> (group % 32) & 1U;
+}
+
+double taxon_in_group() {
+  open_brackets();
+  const int group = matrix_group();
+  const int taxon = taxon_argument();
+  close_brackets();
+  return matrix.taxon_groups[static_cast<std::size_t>(taxon)] >> group & 1U;
+}
+
+double character_in_group() {
+  open_brackets();
+  const int group = matrix_group();
+  const int character = character_argument();
+  close_brackets();
+  return matrix.character_groups[static_cast<std::size_t>(character)] >> group & 1U;
+}
+
+double is_tree_in_group() {
+  open_brackets();
+  const int group = group_argument(store.tgroup_limit);
+  const int tree = tree_argument();
+  close_brackets();
+  return tree_in_group(tree, group);
+}
+
+double taxa_in_group() {
+  open_brackets();
+  const int group = matrix_group();
+  close_brackets();
+  return count_members(matrix.taxon_groups, group);
+}
+
+double characters_in_group() {
+  open_brackets();
+  const int group = matrix_group();
+  close_brackets();
+  return count_members(matrix.character_groups, group);
+}
+
+double trees_in_group() {
+  open_brackets();
+  const int group = group_argument(store.tgroup_limit);
+  close_brackets();
+  int count = 0;
+  for (int tree = 0; tree < store.ntrees; ++tree) count += tree_in_group(tree, group);
+  return count;
+}
+
+constexpr function_row rows[] = {
+    {"isinagroup", taxon_in_group}, {"isinxgroup", character_in_group},  {"isintgroup", is_tree_in_group},
+    {"taxingp", taxa_in_group},     {"charsingp", characters_in_group}, {"treesingp", trees_in_group},
+};
+
+}  // namespace
+
+std::span<const function_row> group_functions() { return rows; }
+
+}  // namespace zeb

@@ -1,0 +1,120 @@
+// Numbers: logarithms, powers, combinations, random draws.
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include "functions/arguments.h"
+#include "functions/function_table.h"
+#include "macro/macro_state.h"
+#include "shell/errors.h"
+
+namespace zeb {
+namespace {
+
+double combinations() {
+  const std::vector<double> v = bracketed_values(2, 2);
+  const double from = std::trunc(v[0]);
+  const double taken = std::trunc(v[1]);
+  if (from <= 0 || taken <= 0) error_end("Both numbers must be greater than 0");
+  if (taken > from) {
+    error_end_f("Combinatorial: %i taken from %i ?", static_cast<int>(std::min(taken, 2147483647.0)),
+                static_cast<int>(std::min(from, 2147483647.0)));
+  }
+  double result = 1;
+  const double smaller = std::min(taken, from - taken);
+  for (double i = 1; i <= smaller && std::isfinite(result); ++i) result = result * (from - smaller + i) / i;
+  return std::isfinite(result) && result < 9e15 ? std::round(result) : result;
+}
+
+// (2n - 3)!! rooted binary trees.
+double cladograms() {
+  const double n = std::trunc(bracketed_values(1, 1)[0]);
+  if (n > 150) error_end("Cannot calculate number of cladograms for more than 150 taxa!");
+  double result = 1;
+  for (double k = 3; k <= n; ++k) result *= 2 * k - 3;
+  return result;
+}
+
+double power() {
+  const std::vector<double> v = bracketed_values(2, 2);
+  const double result = std::pow(v[0], v[1]);
+  if (!std::isfinite(result)) error_end("Can't calculate power");
+  return result;
+}
+
+double natural_logarithm() {
+  const double x = bracketed_values(1, 1)[0];
+  if (!(x > 0)) error_end("Cannot do natural logarithm of", value_text(x));
+  return std::log(x);
+}
+
+double decimal_logarithm() {
+  const double x = bracketed_values(1, 1)[0];
+  if (!(x > 0)) error_end("Cannot do logarithm of", value_text(x));
+  return std::log10(x);
+}
+
+double bits_set() {
+  const double value = bracketed_values(1, 1)[0];
+  return std::popcount(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
+}
+
+double random_number() {
+  const std::vector<double> v = bracketed_values(2, 2);
+  if (v[0] < 0 || v[1] < 0) error_end("Random numbers can be drawn only between positive numbers");
+  std::int64_t low = static_cast<std::int64_t>(std::min(v[0], 2147483647.0));
+  std::int64_t high = static_cast<std::int64_t>(std::min(v[1], 2147483647.0));
+  if (low > high) std::swap(low, high);
+  return static_cast<double>(low + macros.generator.draw() % (high - low + 1));
+}
+
+double random_list() {
+  const std::vector<double> v = bracketed_values(1, 2);
+  const double count = std::trunc(v[0]);
+  if (!(count >= 1) || count > 100'000'000) error_end("Give number");
+  const auto n = static_cast<std::size_t>(count);
+  std::vector<double> order(n);
+  std::iota(order.begin(), order.end(), 0.0);
+  std::size_t fixed = 0;
+  if (v.size() > 1 && v[1] >= 0) {
+    if (v[1] >= count) error_end("Give number");
+    std::swap(order[0], order[static_cast<std::size_t>(v[1])]);
+    fixed = 1;
+  }
+  for (std::size_t i = n; i > fixed + 1; --i) {
+    const auto other = fixed + static_cast<std::size_t>(macros.generator.draw()) % (i - fixed);
+    std::swap(order[i - 1], order[other]);
+  }
+  return write_list("Randomlist", order);
+}
+
+// Change between two state sets: steps between ranges, or 0/1 for sets that meet or don't.
+double state_difference() {
+  const std::vector<double> v = bracketed_values(0, 3);
+  if (v.size() < 3) error_end("Usage: statediff[S1 S2 0/1]");
+  const auto a = static_cast<std::uint32_t>(static_cast<std::int64_t>(v[0]));
+  const auto b = static_cast<std::uint32_t>(static_cast<std::int64_t>(v[1]));
+  if (a & b || !a || !b) return 0;
+  if (v[2] == 0) return 1;
+  const int low_a = std::countr_zero(a);
+  const int high_a = 31 - std::countl_zero(a);
+  const int low_b = std::countr_zero(b);
+  const int high_b = 31 - std::countl_zero(b);
+  if (low_a > high_b) return low_a - high_b;
+  return low_b > high_a ? low_b - high_a : 0;
+}
+
+constexpr function_row rows[] = {
+    {"combin", combinations},        {"numclads", cladograms},     {"power", power},
+    {"log", natural_logarithm},      {"logten", decimal_logarithm}, {"numbits", bits_set},
+    {"getrandom", random_number},    {"randomlist", random_list},  {"statediff", state_difference},
+};
+
+}  // namespace
+
+std::span<const function_row> number_functions() { return rows; }
+
+}  // namespace zeb

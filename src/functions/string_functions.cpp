@@ -1,0 +1,100 @@
+// Strings: comparison, length, similarity.
+#include <algorithm>
+#include <cctype>
+#include <string>
+
+#include "functions/arguments.h"
+#include "functions/function_table.h"
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "macro/variable_reference.h"
+#include "shell/console.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+#include "shell/name_matching.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+double equal_strings() {
+  open_brackets();
+  const std::string a = string_argument();
+  const std::string b = string_argument();
+  close_brackets();
+  return a == b;
+}
+
+double holds_string() {
+  open_brackets();
+  const std::string a = string_argument();
+  const std::string b = string_argument();
+  close_brackets();
+  return a.find(b) != std::string::npos;
+}
+
+double string_length() {
+  open_brackets();
+  const std::string text = string_argument();
+  close_brackets();
+  return static_cast<double>(text.size());
+}
+
+double string_similarity() {
+  open_brackets();
+  const std::string a = string_argument();
+  const std::string b = string_argument();
+  close_brackets();
+  return similarity(a, b);
+}
+
+double last_cell_of_string() {
+  open_brackets();
+  const variable_reference reference = read_variable_reference(false);
+  close_brackets();
+  const bool section = reference.is_section() && !variable_dimensions(reference.cell).empty();
+  const int cell = section ? first_data_cell(reference.cell) : reference.cell;
+  const auto size = static_cast<int>(variable_string(cell).size()) + 1;
+  const int cell_size = macros.integer_only ? 4 : 8;
+  return cell + (size - 1) / cell_size;
+}
+
+double tree_group_exists() {
+  open_brackets();
+  const std::string name = string_argument();
+  close_brackets();
+  for (std::size_t g = 0; g < store.group_names.size(); ++g) {
+    const bool defined = store.defined_groups[g / 32] >> (g % 32) & 1U;
+    if (defined && store.group_names[g] == name) return 1;
+  }
+  return 0;
+}
+
+// Asks the user. Without one the safe answer is "cancel".
+double response() {
+  open_brackets();
+  const reading_flag quotes(&macro_reading::no_quotes);
+  std::string text;
+  for (int c = read_char(); c != ']' && c != ';'; c = read_char()) text += static_cast<char>(c);
+  const int key = ask_key(text + " (y/n/c) ", "ync\x1b");
+  return key == 'y' ? 1 : key == 'n' ? 0 : 2;
+}
+
+double yes() { return 1; }
+double no() { return 0; }
+double cancel() { return 2; }
+
+constexpr function_row rows[] = {
+    {"eqstring", equal_strings},       {"isinstring", holds_string},     {"lenstring", string_length},
+    {"stringsim", string_similarity},  {"stringend", last_cell_of_string}, {"havetgp", tree_group_exists},
+    {"getresponse", response},         {"yes", yes},                     {"no", no},
+    {"cancel", cancel},
+};
+
+}  // namespace
+
+std::span<const function_row> string_functions() { return rows; }
+
+}  // namespace zeb
