@@ -1,6 +1,7 @@
 #include "registration.h"
 
 #include "command_table.h"
+#include "functions/function_table.h"
 #include "macro/commands.h"
 #include "matrix/list_kinds.h"
 #include "matrix/matrix.h"
@@ -12,6 +13,7 @@ namespace zeb {
 void register_everything() {
   set_command_table(all_commands());
   register_macros();
+  register_functions();
   register_matrix();
   register_matrix_lists();
   register_trees();

@@ -123,7 +123,8 @@ double write_list(const char* name, std::span<const double> values) {
     if (macros.protection && macros.assign_room == 1) error_end(name, "requires arrays");
     error_end("Cannot store", count, "values in variable", macros.assign_target);
   }
-  for (int i = 0; i < count; ++i) store_variable(macros.assign_target + i, values[static_cast<std::size_t>(i)]);
+  for (int i = 0; i < count; ++i)
+    store_variable(macros.assign_target + i, values[static_cast<std::size_t>(i)]);
   macros.list_size = count - 1;
   macros.list_written = true;
   return count ? values[0] : 0;

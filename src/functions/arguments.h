@@ -26,8 +26,8 @@ int group_argument(int groups);
 /// A string argument: a variable that holds one, or a literal word.
 std::string string_argument();
 
-/// Writes the values from the target of the running `set` on, and sets `listsize`. `name` is how the
-/// function calls itself in messages. Returns the first value.
+/// Writes the values from the target of the running `set` on, and sets `listsize`. `name` is how
+/// the function calls itself in messages. Returns the first value.
 double write_list(const char* name, std::span<const double> values);
 
 }  // namespace zeb

@@ -48,7 +48,8 @@ std::vector<double> value_run() {
   if (start < 0 || start > macros.max_variables - count) {
     error_end("Only", macros.max_variables, "variables available");
   }
-  if (reference.dimensions > 0 && count > cells) error_end("Variable", reference.base, "has only", cells, "values");
+  if (reference.dimensions > 0 && count > cells)
+    error_end("Variable", reference.base, "has only", cells, "values");
   std::vector<double> values;
   for (int i = 0; i < count; ++i) values.push_back(variable_value(start + i));
   return values;
@@ -83,12 +84,14 @@ double standard_deviation() {
 std::vector<double> ranks(const std::vector<double>& values) {
   std::vector<std::size_t> order(values.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return values[a] < values[b]; });
+  std::sort(order.begin(), order.end(),
+            [&](std::size_t a, std::size_t b) { return values[a] < values[b]; });
   std::vector<double> result(values.size());
   for (std::size_t i = 0; i < order.size();) {
     std::size_t end = i;
     while (end < order.size() && values[order[end]] == values[order[i]]) ++end;
-    const double shared = static_cast<double>(i + end - 1) / 2;  // equal values share their mean rank
+    const double shared =
+        static_cast<double>(i + end - 1) / 2;  // equal values share their mean rank
     for (; i < end; ++i) result[order[i]] = shared;
   }
   return result;
@@ -105,7 +108,8 @@ double rank_correlation() {
   if (skip_blanks_peek() != ']') count = whole_argument();
   close_brackets();
   const int most = macros.max_variables - std::max(a, b);
-  if (count <= 0 || count > most || (cells_a >= 0 && count > cells_a) || (cells_b >= 0 && count > cells_b)) {
+  if (count <= 0 || count > most || (cells_a >= 0 && count > cells_a) ||
+      (cells_b >= 0 && count > cells_b)) {
     error_end("Give number");
   }
   std::vector<double> x;
@@ -152,8 +156,14 @@ double variable_size() {
 }
 
 constexpr function_row rows[] = {
-    {"maxval", highest},  {"minval", lowest},         {"meanval", mean},         {"stddev", standard_deviation},
-    {"spearman", rank_correlation}, {"intpol", interpolated}, {"sortlist", sorted_list}, {"varsize", variable_size},
+    {"maxval", highest},
+    {"minval", lowest},
+    {"meanval", mean},
+    {"stddev", standard_deviation},
+    {"spearman", rank_correlation},
+    {"intpol", interpolated},
+    {"sortlist", sorted_list},
+    {"varsize", variable_size},
 };
 
 }  // namespace

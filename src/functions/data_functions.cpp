@@ -14,7 +14,9 @@
 namespace zeb {
 namespace {
 
-const character_record& record(int character) { return matrix.characters[static_cast<std::size_t>(character)]; }
+const character_record& record(int character) {
+  return matrix.characters[static_cast<std::size_t>(character)];
+}
 
 // A function of one character in brackets.
 int one_character() {
@@ -53,7 +55,9 @@ double is_sankoff() { return record(one_character()).is_sankoff; }
 double weight() { return record(one_character()).weight; }
 double informative() { return is_informative(one_character()); }
 
-double steps(int character, int value) { return record(character).is_continuous ? value / 1000.0 : value; }
+double steps(int character, int value) {
+  return record(character).is_continuous ? value / 1000.0 : value;
+}
 
 double least_steps() {
   const int c = one_character();

@@ -30,7 +30,8 @@ double next_number() {
   char* end = nullptr;
   const double value = std::strtod(text.c_str(), &end);
   if (text.empty() || end == text.c_str()) {
-    error_end("Expected a number in file", file.name, "found:", text.empty() ? "end of file" : text);
+    error_end("Expected a number in file", file.name,
+              "found:", text.empty() ? "end of file" : text);
   }
   return value;
 }
@@ -91,7 +92,8 @@ text_end read_text_end() {
 
 double text_from_file() {
   if (macros.assign_target < 0) error_end("Hiftext can be used only to set a variable");
-  if (!macros.protection) error_end("Expression \"hiftext\" valid only under protection mode 1 or 2");
+  if (!macros.protection)
+    error_end("Expression \"hiftext\" valid only under protection mode 1 or 2");
   if (!macros.assign_is_array) error_end("Expression \"hiftext\" requires one-dim arrays");
   const std::size_t cell_size = macros.integer_only ? 4 : 8;
   const std::size_t room = static_cast<std::size_t>(macros.assign_room) * cell_size - 1;
@@ -117,7 +119,9 @@ double text_from_file() {
     const int c = script_file_get(file);
     if (c < 0) break;
     text += static_cast<char>(c);
-    if (end.any_of ? end.text.find(static_cast<char>(c)) != std::string::npos : text.ends_with(end.text)) break;
+    if (end.any_of ? end.text.find(static_cast<char>(c)) != std::string::npos
+                   : text.ends_with(end.text))
+      break;
   }
   std::memcpy(string_bytes(macros.assign_target).data(), text.c_str(), text.size() + 1);
   macros.list_size = static_cast<int>(text.size() / cell_size);
@@ -126,8 +130,9 @@ double text_from_file() {
 }
 
 constexpr function_row rows[] = {
-    {"hifchar", next_character}, {"hifspy", spied_character}, {"hifeof", at_end}, {"hifline", line_number},
-    {"hifnumber", next_number},  {"hiftext", text_from_file}, {"isfile", file_exists},
+    {"hifchar", next_character}, {"hifspy", spied_character}, {"hifeof", at_end},
+    {"hifline", line_number},    {"hifnumber", next_number},  {"hiftext", text_from_file},
+    {"isfile", file_exists},
 };
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Every expression function by name, with its help: the argument pattern, a newline, the explanation. The names
-// are reserved: no variable may have one.
+// Every expression function by name, with its help: the argument pattern, a newline, the
+// explanation. The names are reserved: no variable may have one.
 #include "functions/function_table.h"
 
 namespace zeb {

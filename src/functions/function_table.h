@@ -10,8 +10,8 @@ struct function_help {
   std::string_view name;
   std::string_view help;  // argument pattern, newline, explanation
 };
-/// The table that reserves the names and that `help +` prints. The first name is spelled as it always was: the
-/// working name is `absincl`, which is therefore free for variables.
+/// The table that reserves the names and that `help +` prints. The first name is spelled as it
+/// always was: the working name is `absincl`, which is therefore free for variables.
 std::span<const function_help> function_table();
 
 /// One function that works: its name and what answers it, reading its own arguments from the input.

@@ -75,8 +75,9 @@ double trees_in_group() {
 }
 
 constexpr function_row rows[] = {
-    {"isinagroup", taxon_in_group}, {"isinxgroup", character_in_group},  {"isintgroup", is_tree_in_group},
-    {"taxingp", taxa_in_group},     {"charsingp", characters_in_group}, {"treesingp", trees_in_group},
+    {"isinagroup", taxon_in_group},     {"isinxgroup", character_in_group},
+    {"isintgroup", is_tree_in_group},   {"taxingp", taxa_in_group},
+    {"charsingp", characters_in_group}, {"treesingp", trees_in_group},
 };
 
 }  // namespace

@@ -20,12 +20,14 @@ double combinations() {
   const double taken = std::trunc(v[1]);
   if (from <= 0 || taken <= 0) error_end("Both numbers must be greater than 0");
   if (taken > from) {
-    error_end_f("Combinatorial: %i taken from %i ?", static_cast<int>(std::min(taken, 2147483647.0)),
+    error_end_f("Combinatorial: %i taken from %i ?",
+                static_cast<int>(std::min(taken, 2147483647.0)),
                 static_cast<int>(std::min(from, 2147483647.0)));
   }
   double result = 1;
   const double smaller = std::min(taken, from - taken);
-  for (double i = 1; i <= smaller && std::isfinite(result); ++i) result = result * (from - smaller + i) / i;
+  for (double i = 1; i <= smaller && std::isfinite(result); ++i)
+    result = result * (from - smaller + i) / i;
   return std::isfinite(result) && result < 9e15 ? std::round(result) : result;
 }
 
@@ -108,9 +110,9 @@ double state_difference() {
 }
 
 constexpr function_row rows[] = {
-    {"combin", combinations},        {"numclads", cladograms},     {"power", power},
-    {"log", natural_logarithm},      {"logten", decimal_logarithm}, {"numbits", bits_set},
-    {"getrandom", random_number},    {"randomlist", random_list},  {"statediff", state_difference},
+    {"combin", combinations},     {"numclads", cladograms},      {"power", power},
+    {"log", natural_logarithm},   {"logten", decimal_logarithm}, {"numbits", bits_set},
+    {"getrandom", random_number}, {"randomlist", random_list},   {"statediff", state_difference},
 };
 
 }  // namespace

@@ -1,5 +1,5 @@
-// How words in place of a number are answered: functions of every subject, names of taxa and characters, and the
-// fixed strings of "$".
+// How words in place of a number are answered: functions of every subject, names of taxa and
+// characters, and the fixed strings of "$".
 #include <strings.h>
 
 #include <algorithm>
@@ -25,8 +25,9 @@ using function_map = std::map<std::string_view, double (*)()>;
 const function_map& working_functions() {
   static const function_map map = [] {
     function_map all;
-    for (const auto rows : {data_functions(), tree_functions(), group_functions(), setting_functions(),
-                            number_functions(), array_functions(), string_functions(), file_functions()}) {
+    for (const auto rows :
+         {data_functions(), tree_functions(), group_functions(), setting_functions(),
+          number_functions(), array_functions(), string_functions(), file_functions()}) {
       for (const function_row& row : rows) all.emplace(row.name, row.value);
     }
     return all;
@@ -36,13 +37,14 @@ const function_map& working_functions() {
 
 bool is_reserved(std::string_view name) {
   const auto table = function_table();
-  return !name.empty() &&
-         std::any_of(table.begin(), table.end(), [&](const function_help& row) { return row.name == name; });
+  return !name.empty() && std::any_of(table.begin(), table.end(),
+                                      [&](const function_help& row) { return row.name == name; });
 }
 
 // Names that work without a row of their own, while their subject isn't built.
 bool is_known_without_row(std::string_view name) {
-  static constexpr std::string_view names[] = {"acttasks", "lmycell", "lmycoord", "lmzcell", "lmzcoord", "rfdistp"};
+  static constexpr std::string_view names[] = {"acttasks", "lmycell",  "lmycoord",
+                                               "lmzcell",  "lmzcoord", "rfdistp"};
   return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
@@ -110,12 +112,14 @@ std::string group_text(std::span<const std::string> names, std::uint32_t defined
 std::string tree_group_text() {
   const int group = number_below(store.tgroup_limit, "group");
   const auto g = static_cast<std::size_t>(group);
-  const bool defined = g / 32 < store.defined_groups.size() && (store.defined_groups[g / 32] >> (g % 32) & 1U);
+  const bool defined =
+      g / 32 < store.defined_groups.size() && (store.defined_groups[g / 32] >> (g % 32) & 1U);
   return defined && g < store.group_names.size() ? store.group_names[g] : std::string();
 }
 
 bool data_string(std::string_view word, std::string* text) {
-  static constexpr std::string_view words[] = {"taxon", "character", "state", "block", "dataset", "agroup", "xgroup"};
+  static constexpr std::string_view words[] = {"taxon",   "character", "state", "block",
+                                               "dataset", "agroup",    "xgroup"};
   if (std::find(std::begin(words), std::end(words), word) == std::end(words)) return false;
   if (!matrix.present) error_end("Must read data before using data in expressions");
   if (word == "taxon") {
@@ -128,8 +132,9 @@ bool data_string(std::string_view word, std::string* text) {
   } else if (word == "block") {
     const int block = number_below(matrix.nblocks + 1, "block");
     const auto b = static_cast<std::size_t>(block);
-    *text = b < matrix.block_names.size() && !matrix.block_names[b].empty() ? matrix.block_names[b]
-                                                                            : text_of("Block %i", block);
+    *text = b < matrix.block_names.size() && !matrix.block_names[b].empty()
+                ? matrix.block_names[b]
+                : text_of("Block %i", block);
   } else if (word == "dataset") {
     *text = matrix.title;
   } else if (word == "agroup") {

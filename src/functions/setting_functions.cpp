@@ -3,7 +3,6 @@
 
 #include <thread>
 
-#include "engine/collapsing.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "macro/macro_state.h"
@@ -22,7 +21,6 @@ namespace {
 double absent_included() { return store.include_absent; }
 double arguments() { return static_cast<double>(top_frame().arguments.size()); }
 double break_setting() { return settings.break_polling != 0; }
-double collapse_rule() { return collapsing.rule; }
 double processors() { return static_cast<double>(std::thread::hardware_concurrency()); }
 double never() { return 0; }
 double always() { return 1; }
@@ -45,7 +43,10 @@ double random_seed() { return randomness.random_seed; }
 double relative_suboptimal() { return search_settings.relative_suboptimal; }
 double absolute_suboptimal() { return search_settings.suboptimal; }
 double seconds() { return wall_clock() - macros.clock_start; }
-double peak_memory() { return static_cast<double>(arena.peak_ram > arena.peak_ram_ever ? arena.peak_ram : arena.peak_ram_ever); }
+double peak_memory() {
+  return static_cast<double>(arena.peak_ram > arena.peak_ram_ever ? arena.peak_ram
+                                                                  : arena.peak_ram_ever);
+}
 double background() { return process.background; }
 double task_variable() { error_end("TASKVAR not yet implemented"); }
 
@@ -53,7 +54,6 @@ constexpr function_row rows[] = {
     {"absincl", absent_included},
     {"argnumber", arguments},
     {"break", break_setting},
-    {"collapse", collapse_rule},
     {"cpus", processors},
     {"cygwin", never},
     {"windows", never},

@@ -87,9 +87,15 @@ double no() { return 0; }
 double cancel() { return 2; }
 
 constexpr function_row rows[] = {
-    {"eqstring", equal_strings},       {"isinstring", holds_string},     {"lenstring", string_length},
-    {"stringsim", string_similarity},  {"stringend", last_cell_of_string}, {"havetgp", tree_group_exists},
-    {"getresponse", response},         {"yes", yes},                     {"no", no},
+    {"eqstring", equal_strings},
+    {"isinstring", holds_string},
+    {"lenstring", string_length},
+    {"stringsim", string_similarity},
+    {"stringend", last_cell_of_string},
+    {"havetgp", tree_group_exists},
+    {"getresponse", response},
+    {"yes", yes},
+    {"no", no},
     {"cancel", cancel},
 };
 

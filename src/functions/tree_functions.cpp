@@ -47,7 +47,8 @@ int ancestor(const_tree_span tree, int node) { return tree[static_cast<std::size
 std::vector<int> terminals_of(const_tree_span tree, int node) {
   std::vector<int> result;
   for (int t = 0; t < matrix.ntax; ++t) {
-    if (t == node || (!is_absent(tree, t) && descends_from(tree, matrix.ntax, t, node))) result.push_back(t);
+    if (t == node || (!is_absent(tree, t) && descends_from(tree, matrix.ntax, t, node)))
+      result.push_back(t);
   }
   return result;
 }
@@ -94,7 +95,8 @@ double largest_fork() {
   const tree_and_node t = bracketed_tree_and_node();
   const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
   std::size_t largest = 0;
-  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0; d = lists.sibling[static_cast<std::size_t>(d)]) {
+  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0;
+       d = lists.sibling[static_cast<std::size_t>(d)]) {
     largest = std::max(largest, terminals_of(t.tree, d).size());
   }
   return static_cast<double>(largest);
@@ -117,7 +119,8 @@ common_ancestor join(const_tree_span tree, int a, int b) {
   const std::vector<int> from_b = path_to_root(tree, b);
   for (std::size_t i = 0; i < from_a.size(); ++i) {
     const auto at = std::find(from_b.begin(), from_b.end(), from_a[i]);
-    if (at != from_b.end()) return {from_a[i], static_cast<int>(i) + static_cast<int>(at - from_b.begin())};
+    if (at != from_b.end())
+      return {from_a[i], static_cast<int>(i) + static_cast<int>(at - from_b.begin())};
   }
   return {matrix.ntax, 0};
 }
@@ -171,7 +174,8 @@ double equal_trees() {
   const const_tree_span b = stored_tree(tree_argument());
   close_brackets();
   const auto used = static_cast<std::ptrdiff_t>(node_limit(a, matrix.ntax));
-  return node_limit(a, matrix.ntax) == node_limit(b, matrix.ntax) && std::equal(a.begin(), a.begin() + used, b.begin());
+  return node_limit(a, matrix.ntax) == node_limit(b, matrix.ntax) &&
+         std::equal(a.begin(), a.begin() + used, b.begin());
 }
 
 // ---- lists ----
@@ -198,7 +202,8 @@ double descendant_list() {
   const tree_and_node t = bracketed_tree_and_node();
   const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
   std::vector<int> nodes;
-  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0; d = lists.sibling[static_cast<std::size_t>(d)]) {
+  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0;
+       d = lists.sibling[static_cast<std::size_t>(d)]) {
     nodes.push_back(d);
   }
   return write_nodes("Deslist", nodes);
@@ -274,7 +279,8 @@ std::set<std::vector<int>> groups_of(const_tree_span tree) {
   return groups;
 }
 
-// Groups in only one of the trees (Robinson and Foulds 1981, rooted), and how many groups both have in all.
+// Groups in only one of the trees (Robinson and Foulds 1981, rooted), and how many groups both have
+// in all.
 struct group_difference {
   double unshared = 0;
   double all = 0;
@@ -313,15 +319,32 @@ double monophyletic() {
 }
 
 constexpr function_row rows[] = {
-    {"ntrees", last_tree},         {"vtrees", last_vault_tree},   {"anc", ancestor_of},
-    {"sister", sister_of},         {"firstdes", first_descendant}, {"nodfork", fork_size},
-    {"numdes", terminals_below},   {"maxcfork", largest_fork},    {"comnod", common_node},
-    {"distnode", node_distance},   {"root", root_node},           {"nnodes", largest_node},
-    {"tnodes", internal_nodes},    {"tsize", taxa_of_tree},       {"isintree", taxon_in_tree},
-    {"eqtrees", equal_trees},      {"downlist", down_list},       {"uplist", up_list},
-    {"deslist", descendant_list},  {"grouplist", terminal_list},  {"gcomp", compare_two_groups},
-    {"eqgroup", equal_group},      {"grptogrp", group_to_group},  {"grpdist", group_distance},
-    {"rfdist", robinson_foulds},   {"ismono", monophyletic},
+    {"ntrees", last_tree},
+    {"vtrees", last_vault_tree},
+    {"anc", ancestor_of},
+    {"sister", sister_of},
+    {"firstdes", first_descendant},
+    {"nodfork", fork_size},
+    {"numdes", terminals_below},
+    {"maxcfork", largest_fork},
+    {"comnod", common_node},
+    {"distnode", node_distance},
+    {"root", root_node},
+    {"nnodes", largest_node},
+    {"tnodes", internal_nodes},
+    {"tsize", taxa_of_tree},
+    {"isintree", taxon_in_tree},
+    {"eqtrees", equal_trees},
+    {"downlist", down_list},
+    {"uplist", up_list},
+    {"deslist", descendant_list},
+    {"grouplist", terminal_list},
+    {"gcomp", compare_two_groups},
+    {"eqgroup", equal_group},
+    {"grptogrp", group_to_group},
+    {"grpdist", group_distance},
+    {"rfdist", robinson_foulds},
+    {"ismono", monophyletic},
 };
 
 }  // namespace
