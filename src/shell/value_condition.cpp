@@ -13,6 +13,9 @@ namespace {
 // Scores are sums of doubles: closer than this they count as equal.
 constexpr double tolerance = 1e-8;
 
+/// At level 0 the reader makes a comma the end of a command, so there it comes as ";".
+bool accept_comma() { return accept_char(',') || (input.top == 0 && accept_char(';')); }
+
 double read_bound(std::string_view word) {
   double value = 0;
   if (!read_optional_float(&value)) error_end("Must give a value to compare with", word);
@@ -33,7 +36,7 @@ value_condition read_condition(std::string_view word) {
   if (sign == '(') {
     read_char();
     condition.lowest = read_bound(word);
-    if (!accept_char(',')) error_end("Ranges must be given as two values separated by comma");
+    if (!accept_comma()) error_end("Ranges must be given as two values separated by comma");
     condition.highest = read_bound(word);
     if (!accept_char(')')) error_end("Need closing parenthesis after second value of range");
     return condition;
