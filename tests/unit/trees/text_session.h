@@ -1,0 +1,66 @@
+// A matrix of taxa in the arena and a text as command input, for tests below the commands.
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "matrix/list_kinds.h"
+#include "matrix/matrix.h"
+#include "shell/arena.h"
+#include "shell/input.h"
+#include "shell/output.h"
+#include "trees/registration.h"
+
+namespace zeb_test {
+
+/// Arena and matrix of `ntax` taxa named T0, T1..., which go with the object, and the typed text.
+/// One at a time.
+class text_session {
+ public:
+  explicit text_session(int ntax) {
+    register_rooms();
+    zeb::start_input(10, "quote;", "test");
+    zeb::output.output_mask = 7;
+    zeb::create_arena(64'000'000 + static_cast<std::size_t>(ntax) * 2000);
+    zeb::begin_matrix(ntax, 1);
+    for (int t = 0; t < ntax; ++t) zeb::set_taxon_name(t, "T" + std::to_string(t));
+    zeb::finish_matrix();
+    zeb::read_char = next_typed;
+    zeb::unread_char = untype;
+  }
+  ~text_session() {
+    zeb::wipe_matrix();
+    zeb::release_arena();
+    zeb::read_char = zeb::plain_read_char;
+    zeb::unread_char = zeb::plain_unread_char;
+    zeb::output.output_mask = 0;
+  }
+  text_session(const text_session&) = delete;
+  text_session& operator=(const text_session&) = delete;
+
+  /// What `read_char` gives from now on; behind it come "\n;" over and over.
+  void type(std::string text) {
+    text_ = std::move(text);
+    next_ = 0;
+  }
+
+ private:
+  static void register_rooms() {
+    if (std::exchange(registered_, true)) return;
+    zeb::register_matrix();
+    zeb::register_matrix_lists();
+    zeb::register_trees();
+  }
+  static int next_typed() {
+    const std::size_t i = next_++;
+    if (i < text_.size()) return static_cast<unsigned char>(text_[i]);
+    return (i - text_.size()) % 2 == 0 ? '\n' : ';';
+  }
+  static void untype() { --next_; }
+
+  inline static bool registered_ = false;
+  inline static std::string text_;
+  inline static std::size_t next_ = 0;
+};
+
+}  // namespace zeb_test

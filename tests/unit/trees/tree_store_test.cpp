@@ -1,0 +1,110 @@
+// The buffer: growth keeps trees and groups, also while a command's temporary memory is in the way.
+#include "trees/tree_store.h"
+
+#include <gtest/gtest.h>
+
+#include "shell/arena.h"
+#include "shell/errors.h"
+#include "shell/process.h"
+#include "support/random_trees.h"
+#include "unit/trees/text_session.h"
+
+namespace zeb {
+namespace {
+
+constexpr int ntax = 12;
+
+void fill(int count) {
+  std::mt19937 random(8);
+  for (int t = 0; t < count; ++t) {
+    zeb_test::record tree = zeb_test::random_tree(ntax, random, 0.2, 0);
+    tree[1] = 1000 + t;  // a mark that tells the trees apart
+    std::ranges::copy(tree, store_slot({}, false).begin());
+    if (t % 3 == 0) add_to_tree_group(store.ntrees - 1, 5);
+  }
+}
+
+void expect_trees(int count) {
+  ASSERT_EQ(store.ntrees, count);
+  for (int t = 0; t < count; ++t) {
+    EXPECT_EQ(stored_tree(t)[1], 1000 + t);
+    EXPECT_EQ(in_tree_group(t, 5), t % 3 == 0) << t;
+  }
+}
+
+TEST(tree_store, capacity_changes_keep_trees_groups_and_memory) {
+  zeb_test::text_session session(ntax);
+  const jump_context context;
+  fill(50);
+  const std::size_t before = arena_free();
+  for (const int capacity : {1000, 60, 200, 50, 100}) {
+    ASSERT_TRUE(set_maxtrees(capacity, false));
+    EXPECT_EQ(store.maxtrees, capacity);
+    expect_trees(50);
+  }
+  EXPECT_EQ(arena_free(), before);
+  EXPECT_FALSE(set_maxtrees(100'000'000, false, true));
+  EXPECT_THROW(set_maxtrees(100'000'000, false), command_unwinding);
+  expect_trees(50);
+  ASSERT_TRUE(set_maxtrees(20, false));
+  expect_trees(20);
+}
+
+TEST(tree_store, growing_beside_temporary_memory_harms_neither) {
+  zeb_test::text_session session(ntax);
+  fill(100);
+  const std::span<int> temporary = alloc_low<int>(1000);
+  std::fill(temporary.begin(), temporary.end(), 77);
+  const tree_span slot = store_slot("grown", true);
+  EXPECT_EQ(store.maxtrees, 110);
+  std::ranges::copy(stored_tree(0), slot.begin());
+  slot[1] = 1100;
+  EXPECT_EQ(std::count(temporary.begin(), temporary.end(), 77), 1000);
+  command_is_over();
+  end_of_command();
+  ASSERT_EQ(store.ntrees, 101);
+  EXPECT_EQ(stored_tree(100)[1], 1100);
+  EXPECT_TRUE(in_tree_group(100, 0));
+  std::vector<std::uint8_t> all_but_last(101, 1);
+  all_but_last[100] = 0;
+  select_trees(all_but_last);
+  expect_trees(100);
+}
+
+TEST(tree_store, the_vault_lies_apart_and_forbids_growth) {
+  zeb_test::text_session session(ntax);
+  const jump_context context;
+  fill(10);
+  set_maxtrees_and_vault(30, 3);
+  expect_trees(10);
+  std::ranges::copy(stored_tree(4), vault_tree(2).begin());
+  EXPECT_THROW(set_maxtrees(40, false), command_unwinding);
+  expect_trees(10);
+  EXPECT_EQ(vault_tree(2)[1], 1004);
+  set_maxtrees_and_vault(40, 0);
+  expect_trees(10);
+}
+
+TEST(tree_store, selection_moves_trees_and_group_bits_together) {
+  zeb_test::text_session session(ntax);
+  fill(9);
+  select_trees(std::vector<std::uint8_t>{0, 1, 0, 1, 1, 0, 1, 0, 0});
+  ASSERT_EQ(store.ntrees, 4);
+  const int kept[] = {1, 3, 4, 6};
+  for (int t = 0; t < 4; ++t) {
+    EXPECT_EQ(stored_tree(t)[1], 1000 + kept[t]);
+    EXPECT_EQ(in_tree_group(t, 5), kept[t] % 3 == 0);
+  }
+}
+
+TEST(tree_store, automatic_groups_go_round) {
+  zeb_test::text_session session(ntax);
+  for (int t = 0; t < 34; ++t) store_slot("auto", false);
+  EXPECT_EQ(store.next_auto_group, 2);
+  EXPECT_TRUE(in_tree_group(33, 1));
+  EXPECT_FALSE(in_tree_group(1, 1));
+  EXPECT_TRUE(in_tree_group(2, 2));
+}
+
+}  // namespace
+}  // namespace zeb
