@@ -28,6 +28,8 @@ constexpr std::size_t expansion_size = 8500;
 struct expansion_buffer {
   char text[expansion_size + 1] = {};
   char* resume = nullptr;  // where the outer text goes on
+  const char* plain_end =
+      nullptr;  // text before it stands for itself: nothing in it is expanded again
   bool reading = false;
 };
 expansion_buffer expansion;
@@ -205,6 +207,7 @@ int macro_read_char() {
     const int c = fetch();
     // Everything that can start an expansion lies in this range; letters and digits leave at once.
     if (c > '\'' || c < '"' || macro_reading_flags.no_expansion > 0) return c;
+    if (in_expansion() && input.read_position <= expansion.plain_end) return c;
     switch (c) {
       case '\'':
       case '"': {
@@ -249,10 +252,14 @@ void macro_unread_char() {
   }
 }
 
-void insert_text(std::string_view text) {
+void insert_text(std::string_view text, std::size_t expandable_tail) {
   std::string rest;
+  std::size_t plain = text.size() - expandable_tail;
   if (in_expansion()) {
     rest = input.read_position;
+    if (expandable_tail == 0 && expansion.plain_end > input.read_position) {
+      plain += static_cast<std::size_t>(expansion.plain_end - input.read_position);
+    }
   } else {
     expansion.resume = input.read_position;
   }
@@ -261,6 +268,7 @@ void insert_text(std::string_view text) {
   if (all.size() > expansion_size) all.resize(expansion_size);
   std::memcpy(expansion.text, all.data(), all.size());
   expansion.text[all.size()] = 0;
+  expansion.plain_end = expansion.text + plain;
   expansion.reading = true;
   input.read_position = expansion.text;
 }

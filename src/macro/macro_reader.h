@@ -39,8 +39,9 @@ void macro_unread_char();
 int read_raw_char();
 int peek_raw_char();
 
-/// Makes the reader go on with `text` before the rest of the input. At most 8,500 bytes.
-void insert_text(std::string_view text);
+/// Makes the reader go on with `text` before the rest of the input. At most 8,500 bytes. The text
+/// stands for itself, but for its last `expandable_tail` bytes.
+void insert_text(std::string_view text, std::size_t expandable_tail = 0);
 
 /// Leaves the expansion that is being read, if nothing of it is left but blanks, so that the
 /// position of the reader lies in the outer text.

@@ -184,36 +184,42 @@ void read_bracketed_sizes(std::vector<int>& sizes, int number) {
   }
 }
 
-void name_one(int number, std::vector<int> sizes) {
+// Returns the cells taken.
+int name_one(int number, std::vector<int> sizes) {
   const std::string name = read_variable_name();
   read_bracketed_sizes(sizes, number);
   name_variable(number, name, sizes);
-  if (!settings.report || !macros.report) return;
+  const int cells = sizes.empty() ? 1 : static_cast<int>(array_cells(sizes));
+  if (!settings.report || !macros.report) return cells;
   std::string text = "Var. " + std::to_string(number) + " " + name;
   if (!sizes.empty())
     text += text_of(" (%zu-dimensional, ", sizes.size()) + dimensions_text(sizes, " x ") + ")";
   report_line(text);
+  return cells;
 }
 
 // `var = N name ...`: the number of each may be "+", the next free one, and may carry dimensions.
+// Names that follow without a number take the cells that come next.
 void name_numbered() {
+  int next = -1;
   while (skip_blanks_peek() != ';') {
-    int number = 0;
+    int number = next;
     std::vector<int> sizes;
+    const int c = skip_blanks_peek();
     if (accept_char('+')) {
       number = next_free_variable();
-    } else {
-      const int c = skip_blanks_peek();
-      if (!std::isdigit(c) && c != '(') error_end("Give number of variable to name");
+    } else if (std::isdigit(c) || c == '(') {
       const double value = macro_value() + var_shift();
       check_variable(value);
       number = static_cast<int>(value);
+    } else if (next < 0) {
+      error_end("Give number of variable to name");
     }
     while (peek_raw_char() == ',') {
       read_raw_char();
       add_dimension(sizes, number);
     }
-    name_one(number, std::move(sizes));
+    next = number + name_one(number, std::move(sizes));
   }
 }
 

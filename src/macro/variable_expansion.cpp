@@ -71,8 +71,9 @@ std::string formatted(double value, const local_format& format) {
   return format.sign ? text_of("%+*.0f", width, whole) : text_of("%*.0f", width, whole);
 }
 
-// All cells of a range; what doesn't fit becomes an expansion of its own, which is read next.
-std::string range_text(const variable_reference& reference) {
+// All cells of a range; what doesn't fit becomes an expansion of its own at the end, `tail` bytes
+// long, which is read next.
+std::string range_text(const variable_reference& reference, std::size_t* tail) {
   std::string text;
   for (int cell = reference.cell; cell <= reference.last; ++cell) {
     if (cell > reference.cell) text += reference.separator;
@@ -96,6 +97,7 @@ std::string range_text(const variable_reference& reference) {
       const int to = in_row + (reference.last - reference.cell);
       rest += text_of(" %i-%i ", from, to);
       rest += reference.separator == ' ' ? "]'" : text_of(" &%i ]'", reference.separator);
+      *tail = rest.size();
       return text + rest;
     }
     text += value_text(variable_value(cell));
@@ -123,7 +125,9 @@ void expand_variable(char quote) {
     return;
   }
   if (format.given) error_end("Sorry, local formatting of arrays not allowed");
-  insert_text(range_text(reference));
+  std::size_t tail = 0;
+  const std::string text = range_text(reference, &tail);
+  insert_text(text, tail);
 }
 
 }  // namespace zeb
