@@ -3,17 +3,21 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "shell/lists.h"
 
 namespace zeb {
 
-/// The kinds and what other rooms plugged in. Written at start-up only.
+/// The kinds and what other rooms plugged in at start-up.
 struct list_registry {
   std::vector<list_kind> kinds;
   descendant_marker mark_descendants = nullptr;
   fixed_list_source fixed_list = nullptr;
+  /// Taxa by their whole name, for trees of thousands of names. What it says is checked against the
+  /// name before it is believed, so that it needn't know when names change.
+  std::unordered_map<std::string, int> taxon_index;
 };
 extern list_registry lists;
 

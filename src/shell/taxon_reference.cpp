@@ -37,6 +37,37 @@ bool same_word(std::string_view a, std::string_view b) {
   return a.size() == b.size() && is_prefix(a, b);
 }
 
+/// The taxon of exactly this name according to the index; -1 where the index doesn't know.
+int indexed_taxon(const list_kind& kind, const std::string& word) {
+  const auto found = lists.taxon_index.find(word);
+  if (found == lists.taxon_index.end() || found->second >= kind.count()) return -1;
+  return kind.name(found->second) == word ? found->second : -1;
+}
+
+void rebuild_index(const list_kind& kind) {
+  lists.taxon_index.clear();
+  for (int taxon = 0; taxon < kind.count(); ++taxon) {
+    lists.taxon_index.emplace(kind.name(taxon), taxon);
+  }
+}
+
+/// By the whole name, then the whole name in whatever case, then the beginning of the name.
+int taxon_named(const list_kind& kind, const std::string& word) {
+  const int indexed = indexed_taxon(kind, word);
+  if (indexed >= 0) return indexed;
+  const std::vector<int> found = elements_named(kind, 0, kind.count(), word);
+  if (found.empty()) error_end("Unidentified taxon name:", word);
+  for (int element : found) {
+    if (kind.name(element) != word) continue;
+    rebuild_index(kind);
+    return element;
+  }
+  for (int element : found) {
+    if (same_word(word, kind.name(element))) return element;
+  }
+  return found.front();
+}
+
 }  // namespace
 
 int taxon_of_word(const std::string& word, std::span<std::uint8_t> marks) {
@@ -55,12 +86,7 @@ int taxon_of_word(const std::string& word, std::span<std::uint8_t> marks) {
     if (number < 0 || number >= count) error_end("Error: no taxon", word);
     return number;
   }
-  const std::vector<int> found = elements_named(kind, 0, count, word);
-  if (found.empty()) error_end("Unidentified taxon name:", word);
-  for (int element : found) {
-    if (same_word(word, kind.name(element))) return element;
-  }
-  return found.front();
+  return taxon_named(kind, word);
 }
 
 int read_taxon(std::span<std::uint8_t> marks) {
