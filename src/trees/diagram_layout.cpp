@@ -99,7 +99,8 @@ class diagram_builder {
     const int bottom = row_[at(below)];
     if (top == bottom) return top;
     if (style_.symmetric) return (top + bottom + 1) / 2;
-    return order_.weight[at(above)] <= order_.weight[at(below)] ? top + 1 : bottom;
+    if (order_.weight[at(above)] <= order_.weight[at(below)]) return top + 1;
+    return std::max(top + 1, bottom - 1);
   }
 
   // ---- columns ----

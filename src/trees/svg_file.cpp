@@ -24,14 +24,15 @@ std::string svg_element() {
   const double top = std::floor(svg_file.top - margin);
   const int width = std::max(1, static_cast<int>(std::ceil(svg_file.right + margin - left)));
   const int height = std::max(1, static_cast<int>(std::ceil(svg_file.bottom + margin - top)));
+  const int x = static_cast<int>(left);
+  const int y = static_cast<int>(top);
   std::string text = text_of(
-      "<svg width=\"%i\" height=\"%i\" viewBox=\"%i %i %i %i\" "
-      "xmlns=\"http://www.w3.org/2000/svg\"",
-      width, height, static_cast<int>(left), static_cast<int>(top), width, height);
+      "<svg width=\"%i\" height=\"%i\" viewBox=\"%i %i %i %i\""
+      " xmlns=\"http://www.w3.org/2000/svg\">"
+      "<rect x=\"%i\" y=\"%i\" width=\"%i\" height=\"%i\" fill=\"white\"/>",
+      width, height, x, y, width, height, x, y, width, height);
   text.resize(std::max(text.size(), head_width), ' ');
-  text += ">\n";
-  text += text_of("<rect x=\"%10i\" y=\"%10i\" width=\"%10i\" height=\"%10i\" fill=\"white\"/>\n",
-                  static_cast<int>(left), static_cast<int>(top), width, height);
+  text += '\n';
   return text;
 }
 
@@ -51,7 +52,8 @@ void open_svg_file(const std::string& name, std::string_view title) {
   write_svg(svg_element());
   if (!title.empty()) write_svg("<title>" + xml_text(title) + "</title>\n");
   write_svg(
-      "<defs><filter id=\"white_background\" x=\"-0.03\" y=\"0\" width=\"1.06\" height=\"1\">"
+      "<defs><filter id=\"white_background\" x=\"-0.04\" y=\"0\" width=\"1.08\" height=\"1\" "
+      "color-interpolation-filters=\"sRGB\">"
       "<feFlood flood-color=\"white\"/><feComposite in=\"SourceGraphic\"/></filter></defs>\n");
 }
 
