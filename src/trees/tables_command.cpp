@@ -14,8 +14,8 @@ namespace {
 constexpr int most_decimals = 15;
 
 void show_tables() {
-  report_line("Tables are printed in the", tables.dense ? "dense" : "plain", "form,");
-  emitf("with %i decimals for fractions", tables.precision);
+  emitf("Tables are printed in the %s form, with %i decimals for fractions",
+        tables.dense ? "dense" : "plain", tables.precision);
 }
 
 }  // namespace
