@@ -7,7 +7,7 @@
 #include <random>
 #include <sstream>
 
-#include "support/tree_text.h"
+#include "support/random_trees.h"
 #include "support/xml_check.h"
 #include "trees/branch_style.h"
 #include "trees/svg_file.h"
@@ -58,7 +58,7 @@ TEST(svg_tree, is_well_formed_and_within_the_page_whatever_the_texts) {
   std::mt19937 random(99);
   for (int round = 0; round < 300; ++round) {
     const int ntax = 3 + static_cast<int>(random() % 20);
-    const auto tree = zeb_test::random_tree(ntax, random, 20, 10);
+    const auto tree = zeb_test::random_tree(ntax, random, 0.2, 0.1);
     std::vector<std::string> labels, texts;
     for (int t = 0; t < ntax; ++t) labels.push_back(hostile_text(random));
     for (int n = 0; n < 2 * ntax - 1; ++n)
@@ -98,7 +98,7 @@ TEST(svg_tree, is_well_formed_and_within_the_page_whatever_the_texts) {
 TEST(svg_tree, legends_of_fitting_trees_touch_no_other_legend) {
   std::mt19937 random(5);
   const int ntax = 25;
-  const auto tree = zeb_test::random_tree(ntax, random, 10);
+  const auto tree = zeb_test::random_tree(ntax, random, 0.1, 0);
   std::vector<std::string> labels(ntax, "name"), texts;
   for (int n = 0; n < 2 * ntax - 1; ++n) texts.push_back(std::string(random() % 12 + 1, 'W'));
   const svg_options options;

@@ -8,7 +8,7 @@
 #include <random>
 #include <set>
 
-#include "support/tree_text.h"
+#include "support/random_trees.h"
 
 namespace {
 
@@ -84,8 +84,8 @@ TEST(text_diagram, can_be_read_back) {
   std::mt19937 random(3216);
   for (int round = 0; round < 600; ++round) {
     const int ntax = 3 + static_cast<int>(random() % 40);
-    const auto tree = zeb_test::random_tree(ntax, random, static_cast<int>(random() % 60),
-                                            static_cast<int>(random() % 30));
+    const auto tree = zeb_test::random_tree(ntax, random, static_cast<double>(random() % 60) / 100,
+                                            static_cast<double>(random() % 30) / 100);
     diagram_style style;
     style.lines = readable_lines;
     style.columns = 600;
@@ -106,7 +106,7 @@ TEST(text_diagram, passes_hold_every_name_once_and_match_at_the_cuts) {
   std::mt19937 random(77);
   for (int round = 0; round < 200; ++round) {
     const int ntax = 30 + static_cast<int>(random() % 200);
-    const auto tree = zeb_test::random_tree(ntax, random, 5);
+    const auto tree = zeb_test::random_tree(ntax, random, 0.05, 0);
     diagram_style style;
     style.columns = 24 + static_cast<int>(random() % 40);
     std::vector<std::string> texts;
