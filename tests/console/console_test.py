@@ -1,0 +1,354 @@
+#!/usr/bin/env python3
+"""Drives the console on a pseudo-terminal, as a user would. Usage: console_test.py ZEB [TEST...]"""
+
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import tempfile
+import termios
+import time
+import unittest
+
+from terminal import Session
+
+ZEB = os.path.abspath(sys.argv.pop(1))
+
+
+class ConsoleTest(unittest.TestCase):
+    def setUp(self):
+        self.scratch = tempfile.TemporaryDirectory()
+        self.folder = self.scratch.name
+
+    def tearDown(self):
+        self.scratch.cleanup()
+
+    def start(self, *arguments, **options):
+        session = Session([ZEB, *arguments], self.folder, **options)
+        self.addCleanup(session.close)
+        session.wait_for_prompt()
+        return session
+
+    def write(self, name, text):
+        pathlib.Path(self.folder, name).write_text(text)
+
+    def read(self, name):
+        return pathlib.Path(self.folder, name).read_bytes()
+
+    def numbered_lines(self, count):
+        self.write("lines.run", "".join("quote line %i of many;\n" % n for n in range(1, count + 1)))
+
+
+class Editing(ConsoleTest):
+    def test_keys_edit_the_line(self):
+        s = self.start()
+        s.type("uote ello;")
+        s.key("home")
+        s.type("q")
+        s.key("right", "right", "right", "right", "right")
+        s.type("h")
+        s.key("end", "left")
+        s.type("xü你")
+        s.key("left", "left", "left", "delete", "right", "backspace")
+        s.wait_for_text("quote hello你;")
+        s.key("end", "enter")
+        s.wait_for_text("hello你\n")
+        s.wait_for_prompt()
+
+    def test_escape_empties_the_line(self):
+        s = self.start()
+        s.type("quote wrong;")
+        s.wait_for_text("wrong;")
+        s.key("esc")
+        s.wait_for(lambda: s.screen.line(s.screen.row) == "zeb*>", "the empty line")
+
+    def test_a_line_wider_than_the_screen_is_kept_whole(self):
+        s = self.start("log out.log;", columns=30)
+        words = " ".join("w%i" % n for n in range(60))
+        s.command("quote " + words + ";")
+        s.command("log /;")
+        self.assertIn(words.encode(), self.read("out.log"))
+        self.assertIn("\nzeb*>54 w55 w56 w57 w58 w59;", s.screen.text())
+        shown = next(n for n in range(24) if s.screen.line(n).startswith("w0 w1"))
+        self.assertEqual(s.screen.line(shown), words[:29].rstrip())
+
+    def test_pasted_lines_all_run(self):
+        s = self.start()
+        s.type("quote one;\rquote two;\rquote three, and four;\r")
+        s.wait_for_text("three, and four\n\nzeb*>")
+        self.assertIn("\none\n", s.screen.text())
+        self.assertIn("\ntwo\n", s.screen.text())
+
+    def test_a_command_goes_on_over_lines(self):
+        s = self.start()
+        s.type("quote first\r")
+        s.wait_for(lambda: s.screen.line(s.screen.row) == "quote>", "the prompt of quote")
+        s.type("second;\r")
+        s.wait_for_prompt()
+        self.assertIn("first\nsecond\n", s.screen.text().replace(" \n", "\n"))
+
+
+class History(ConsoleTest):
+    def test_arrows_recall_and_the_file_keeps_lines(self):
+        self.write(".zeb_history", "2 quote old one;\x01quote old two;\x01")
+        s = self.start()
+        s.command("quote new;")
+        s.type("unfinished")
+        s.key("up", "up", "up")
+        s.wait_for_text("zeb*>quote old one;")
+        s.key("up")  # nothing older
+        s.key("down")
+        s.wait_for_text("zeb*>quote old two;")
+        s.key("down", "down")
+        s.wait_for_text("zeb*>unfinished")
+        s.key("esc")
+        s.type("quit;\r")
+        self.assertEqual(s.end(), 0)
+        self.assertEqual(self.read(".zeb_history"),
+                         b"4 quote old one;\x01quote old two;\x01quote new;\x01quit;\x01")
+
+    def test_clbuffer_star_forgets(self):
+        self.write(".zeb_history", "1 quote old;\x01")
+        s = self.start()
+        s.command("clbuffer*;")
+        self.assertIn("command buffer will be cleared", s.screen.text())
+        s.type("quit;\r")
+        s.end()
+        self.assertEqual(self.read(".zeb_history"), b"1 quit;\x01")
+
+    def test_a_broken_file_does_no_harm(self):
+        for text in ("", "99999999999999999999 x", "3 only one\x01", "-1 a\x01", "2 bad\x1b[2J\x01good;\x01"):
+            self.write(".zeb_history", text)
+            s = self.start()
+            s.type("quit;\r")
+            self.assertEqual(s.end(), 0)
+        self.assertEqual(self.read(".zeb_history"), b"2 good;\x01quit;\x01")
+
+
+class Viewer(ConsoleTest):
+    def open_on(self, count):
+        self.numbered_lines(count)
+        s = self.start()
+        s.command("clbuffer; lines;")
+        s.type("view;\r")
+        s.wait_for_text("** TXT BUFFER, lines")
+        return s
+
+    def header(self, first, last, count):
+        return "** TXT BUFFER, lines %i-%i of %i (ESC to exit) **" % (first, last, count)
+
+    def test_moves_by_lines_and_pages(self):
+        s = self.open_on(100)
+        total = int(s.screen.line(0).split(" of ")[1].split()[0])
+        page = 22
+        expect = lambda first: s.wait_for_line(0, self.header(first, first + page - 1, total))
+        expect(total - page + 1)  # opens at the end
+        for key, first in (("h", 1), ("+", 2), ("p", 2 + page), ("-", 1 + page), ("o", 1), ("o", 1),
+                           ("e", total - page + 1), ("+", total - page + 1)):
+            s.type(key)
+            expect(first)
+        for key, first in (("home", 1), ("down", 2), ("page_down", 2 + page), ("up", 1 + page),
+                           ("page_up", 1)):
+            s.key(key)
+            expect(first)
+        s.type("g50\r")
+        expect(50)
+        s.type("g5000\r")
+        s.wait_for_text("Lines go from 1 to %i" % total)
+        s.type(":LINE 77 OF\r")
+        expect(self.place(s, 77))
+        s.type(":\r")
+        s.wait_for_text("Found in line")
+        s.type(":no such text\r")
+        s.wait_for_text("Not found: no such text")
+        s.key("esc")
+        s.wait_for_prompt()
+        self.assertIn("line 100 of many", s.screen.text())
+
+    def place(self, s, number):
+        """The line of the buffer that shows "line N", read off the foot of the screen."""
+        s.wait_for_text("Found in line")
+        found = int(s.screen.text().split("Found in line ")[1])
+        self.assertEqual(s.screen.line(1), "line %i of many" % number)
+        return found
+
+    def test_moves_sideways(self):
+        self.write("wide.txt", "".join("%-9i|" % n for n in range(20)) + "\nshort\n")
+        s = self.start()
+        s.type("view wide.txt;\r")
+        s.wait_for_line(0, "** FILE: wide.txt **")
+        for key, first in (("r", 1), ("R", 40), ("9", 79), ("8", 40), ("L", 1), ("l", 0), ("l", 0)):
+            s.type(key)
+            whole = "".join("%-9i|" % n for n in range(20))
+            s.wait_for_line(1, whole[first:first + 79].rstrip())
+            foot = "Lateral shift (screens): %.2f" % (first / 80) if first else ""
+            s.wait_for_line(23, foot)
+        s.key("right")
+        s.wait_for_text("Lateral shift (screens): 0.01")
+        s.key("left")
+        s.wait_for_line(23, "")
+        s.type("?")
+        s.wait_for_text("Use PG-UP, PG-DN, and ARROW KEYS; other options:")
+        s.type(" ")
+        s.wait_for_line(0, "** FILE: wide.txt **")
+        s.type("q")
+        s.wait_for_prompt()
+        s.command("view nothing.txt;")
+        self.assertIn("Can't open nothing.txt", s.screen.text())
+
+    def test_empty_buffer_and_auto_view(self):
+        s = self.start()
+        s.command("clbuffer;")
+        s.type("view;\r")
+        s.wait_for_line(0, "Text buffer is empty")
+        s.type("z")
+        s.wait_for_prompt()
+        s.type("quote seen; view+;\r")
+        s.wait_for_text("** TXT BUFFER, lines 1-")
+        s.type("q")
+        s.wait_for_prompt()
+        s.type("view-;\r")
+        s.wait_for_prompt()
+
+    def test_what_was_silenced_can_be_seen(self):
+        s = self.start()
+        s.command("silent =console; quote not on the console; silent -console;")
+        self.assertNotIn("\nnot on the console", s.screen.text())
+        s.type("view;\r")
+        s.wait_for_text("\nnot on the console")
+        s.type("q")
+        s.wait_for_prompt()
+
+
+class Interrupts(ConsoleTest):
+    COUNT = 60000
+
+    def start_long_run(self):
+        self.numbered_lines(self.COUNT)
+        s = self.start(seconds=60)
+        s.type("lines;\r")
+        s.wait_for(lambda: len(s.output) > 5000, "some lines")
+        return s
+
+    def test_escape_stops_a_run_file(self):
+        s = self.start_long_run()
+        s.key("esc")
+        s.wait_for_text("User interrupt...")
+        s.wait_for_prompt()
+        self.assertNotIn(b"line %i of" % self.COUNT, s.output)
+        s.command("quote still here;")
+        self.assertIn("\nstill here", s.screen.text())
+
+    def test_p_pauses(self):
+        s = self.start_long_run()
+        s.type("p")
+        s.wait_for_text("Program is paused... press <enter> to continue...")
+        s.settle(0.2)
+        before = len(s.output)
+        time.sleep(0.7)
+        s.settle(0.2)
+        self.assertEqual(len(s.output), before)
+        s.type("\r")
+        s.wait_for(lambda: len(s.output) > before + 2000, "the run to go on")
+        self.assertNotIn("Program is paused", s.screen.text())
+        s.key("esc")
+        s.wait_for_text("User interrupt...")
+        s.wait_for_prompt()
+
+    def test_other_keys_do_nothing(self):
+        s = self.start_long_run()
+        s.type("x")
+        s.key("up")
+        before = len(s.output)
+        s.wait_for(lambda: len(s.output) > before + 20000, "the run to go on")
+        s.key("esc")
+        s.wait_for_text("User interrupt...")
+        s.wait_for_prompt()
+
+
+class Screens(ConsoleTest):
+    def test_resize_is_followed(self):
+        self.numbered_lines(100)
+        s = self.start()
+        s.command("lines;")
+        s.type("view;\r")
+        s.wait_for_text("** TXT BUFFER, lines")
+        s.resize(12, 40)
+        s.type("h")
+        s.wait_for(lambda: "lines 1-10 of" in s.screen.line(0) and "line" in s.screen.line(10), "ten lines")
+        self.assertEqual(s.screen.line(11), "")
+        s.type("q")
+        s.wait_for_prompt()
+        s.command("quote " + "x" * 60 + ";")
+        self.assertIn("\n" + "x" * 39 + "\n", s.screen.text())
+        s.resize(24, 100)
+        s.key("enter")
+        s.wait_for_prompt()
+        s.command("quote " + "y" * 60 + ";")
+        self.assertIn("\n" + "y" * 60 + "\n", s.screen.text())
+
+    def test_paging_waits_for_a_key(self):
+        self.numbered_lines(60)
+        s = self.start()
+        s.command("pause=;")
+        s.type("lines;\r")
+        s.wait_for_text("-- more --")
+        self.assertNotIn("line 30 of", s.screen.text())
+        s.type(" ")
+        s.wait_for_text("line 40 of many")
+        s.wait_for_text("-- more --")
+        s.type(" ")
+        s.wait_for_text("line 60 of many")
+        s.wait_for_prompt()
+        s.type("lines;\r")
+        s.wait_for_text("-- more --")
+        s.key("esc")
+        s.wait_for_text("User interrupt...")
+        s.wait_for_prompt()
+
+
+class Leaving(ConsoleTest):
+    def check_given_back(self, s):
+        self.assertEqual(termios.tcgetattr(s.slave), s.settings_before)
+        self.assertFalse(s.screen.alternate)
+
+    def test_quit_gives_the_terminal_back(self):
+        s = self.start()
+        self.assertNotEqual(termios.tcgetattr(s.slave), s.settings_before)
+        s.type("quit;\r")
+        self.assertEqual(s.end(), 0)
+        self.check_given_back(s)
+        self.assertEqual(s.screen.text(), "")
+
+    def test_quit_on_the_command_line(self):
+        s = Session([ZEB, "clbuffer,", "quit,"], self.folder)
+        self.addCleanup(s.close)
+        self.assertEqual(s.end(), 0)
+        self.check_given_back(s)
+
+    def test_a_killed_program_gives_the_terminal_back(self):
+        s = self.start()
+        os.kill(s.process, signal.SIGTERM)
+        self.assertNotEqual(s.end(), 0)
+        self.check_given_back(s)
+
+
+class WithoutTerminal(ConsoleTest):
+    def test_no_control_texts_and_no_waiting(self):
+        text = "quote hello;\nview;\npause;\npause=;\nfoo;\ncls;\nbreak;\nquit;\n"
+        run = subprocess.run([ZEB], input=text.encode(), capture_output=True, cwd=self.folder, timeout=20)
+        written = run.stdout + run.stderr
+        self.assertEqual(run.returncode, 0)
+        self.assertIn(b"hello", written)
+        for byte in (0x1b, 0x07, 0x08):
+            self.assertNotIn(byte, written)
+
+    def test_an_input_that_ends_ends_the_run(self):
+        run = subprocess.run([ZEB], input=b"quote hello", capture_output=True, cwd=self.folder, timeout=20)
+        self.assertEqual(run.returncode, 0)
+        self.assertIn(b"hello", run.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
