@@ -77,7 +77,9 @@ class matrix_writer {
 
  private:
   void add_to_sections(int character);
-  bool is_plain() const { return sections_.size() == 1 && sections_[0].type == numeric_data; }
+  bool is_plain() const {
+    return sections_.size() == 1 && sections_[0].type == numeric_data && matrix.block_names.empty();
+  }
   bool sections_are_blocks() const;
   void write_head();
   void write_section(const section& s);

@@ -130,6 +130,17 @@ void refuse_open_file(const std::string& name) {
   }
 }
 
+// Editors put a byte order mark in front of UTF-8 text: it isn't part of it.
+void skip_byte_order_mark(std::FILE* stream) {
+  constexpr unsigned char mark[] = {0xef, 0xbb, 0xbf};
+  unsigned char start[sizeof mark] = {};
+  if (std::fread(start, 1, sizeof start, stream) == sizeof start &&
+      std::memcmp(start, mark, sizeof mark) == 0) {
+    return;
+  }
+  std::rewind(stream);
+}
+
 // What is left of the command that failed goes, unless its ";" has been read already.
 void drop_rest_of_argument_command() {
   if (input.read_position > top_frame().text && input.read_position[-1] == ';') return;
@@ -192,6 +203,7 @@ void push_file(const std::string& name, std::span<const std::string> arguments, 
   if (!stream) error_end("Can't open", name);
   frame.stream = stream;
   frame.is_terminal = isatty(fileno(stream)) != 0;
+  if (!frame.is_terminal) skip_byte_order_mark(stream);
   std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
   frame.arguments.assign(arguments.begin(), arguments.end());
   frame.has_arguments = !arguments.empty();

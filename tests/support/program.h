@@ -1,0 +1,59 @@
+// Runs texts as the program would run them from a file, within the process of a test.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "registration.h"
+#include "shell/arena.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb_test {
+
+/// Starts the program's state once a process: all rooms registered, no console, chatter off.
+inline void start_program() {
+  static bool started = false;
+  if (started) return;
+  started = true;
+  zeb::settings.beep = false;
+  zeb::settings.report = false;
+  if (!std::freopen("/dev/null", "r", stdin)) std::abort();
+  zeb::create_arena(16'000'000);
+  zeb::start_input(10, "quote;", "tests");
+  zeb::register_everything();
+}
+
+/// Runs the commands of `text` as a file of its own; returns what they print, errors included.
+inline std::string run_program(std::string_view text) {
+  start_program();
+  char name[] = "/tmp/zeb_test_XXXXXX";
+  const int descriptor = mkstemp(name);
+  std::FILE* file = fdopen(descriptor, "wb");
+  std::fwrite(text.data(), 1, text.size(), file);
+  std::fclose(file);
+  char* printed = nullptr;
+  std::size_t size = 0;
+  std::FILE* log = open_memstream(&printed, &size);
+  zeb::output.log_stream = log;
+  zeb::output.output_mask = zeb::no_console;
+  zeb::process.run_loop = true;
+  static std::string file_name;
+  file_name = name;
+  zeb::run_in_jump_context([] { zeb::push_file(file_name, {}); });
+  while (zeb::process.run_loop && zeb::input.top > 0) zeb::run_one_command();
+  zeb::flush_log();
+  zeb::output.log_stream = nullptr;
+  zeb::output.output_mask = 0;
+  std::fclose(log);
+  std::string result(printed, size);
+  std::free(printed);
+  std::remove(name);
+  return result;
+}
+
+}  // namespace zeb_test
