@@ -24,6 +24,9 @@ constexpr int most_internal_steps = 100;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
+/// A "(" is a specifier here, also where the macro language would make it an expression.
+bool starts_characters(int c) { return c != '(' && starts_list_item(c); }
+
 /// Reads one `ccode` command: specifiers, which stay in force, and lists that they apply to.
 class ccode_reader {
  public:
@@ -31,7 +34,7 @@ class ccode_reader {
 
   void read() {
     for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek()) {
-      if (starts_list_item(c)) {
+      if (starts_characters(c)) {
         read_characters();
       } else {
         read_char();
@@ -121,7 +124,7 @@ class ccode_reader {
     std::fill(marks_.begin(), marks_.end(), std::uint8_t{0});
     list_reader list(list_slash_ends, 0, matrix.nchar, find_list_kind("character"), marks_);
     list.enter_block(block_);
-    for (int c = skip_blanks_peek(); starts_list_item(c); c = skip_blanks_peek()) {
+    for (int c = skip_blanks_peek(); starts_characters(c); c = skip_blanks_peek()) {
       list.read_item_at(c);
     }
     block_used_ = true;

@@ -20,7 +20,8 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 std::string taxa_text(bool active) {
   std::string text;
   for (int t = 0; t < matrix.ntax; ++t) {
-    if ((matrix.taxon_active[at(t)] != 0) == active) text += (text.empty() ? "" : " ") + taxon_label(t);
+    if ((matrix.taxon_active[at(t)] != 0) == active)
+      text += (text.empty() ? "" : " ") + taxon_label(t);
   }
   return text;
 }
@@ -83,7 +84,7 @@ void taxcode_command() {
     read_char();
     if (c == '|') {
       write_taxcode();
-    } else if (read_list(list_ends_at_signs | list_takes_at, 0, matrix.ntax, "taxon", marks)) {
+    } else if (read_list(list_ends_at_plus_minus, 0, matrix.ntax, "taxon", marks)) {
       set_activity(marks, c == '+');
       changed = true;
     } else if (c == '+') {

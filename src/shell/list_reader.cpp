@@ -54,8 +54,8 @@ bool list_reader::read() {
   while (true) {
     const int c = skip_blanks_peek();
     if (is_one_of(c, "&/;<=>\\]")) return any;
-    const std::string_view signs = flags_ & list_takes_at ? "+-()[*" : "+-()[*@";
-    if ((flags_ & list_ends_at_signs) && is_one_of(c, signs)) return any;
+    if ((flags_ & list_ends_at_signs) && is_one_of(c, "+-()[*@")) return any;
+    if ((flags_ & list_ends_at_plus_minus) && is_one_of(c, "+-")) return any;
     read_item_at(c);
     any = true;
   }

@@ -49,10 +49,10 @@ enum list_flags : unsigned {
   list_plain = 0,
   list_ends_at_signs =
       1,  // "+", "-", "(", ")", "[", "*", "@" end the list: the command uses them itself
-  list_slash_ends = 2,      // "/" always ends the list, so ranges have no step
-  list_has_fixed = 4,       // a list fixed by the macro layer may stand in
-  list_in_tree_buffer = 8,  // a tree past the end is the error "Tree-buffer has" N "trees"
-  list_takes_at = 16,       // "@" is an item all the same where other signs end the list
+  list_slash_ends = 2,           // "/" always ends the list, so ranges have no step
+  list_has_fixed = 4,            // a list fixed by the macro layer may stand in
+  list_in_tree_buffer = 8,       // a tree past the end is the error "Tree-buffer has" N "trees"
+  list_ends_at_plus_minus = 16,  // only "+" and "-" end the list among the signs
 };
 
 /// Reads a list of elements `first` to `end`-1 into `marks` (one byte per element, indexed from 0;
