@@ -4,6 +4,7 @@
 #include "functions/function_table.h"
 #include "macro/commands.h"
 #include "matrix/list_kinds.h"
+#include "engine/registration.h"
 #include "matrix/matrix.h"
 #include "shell/interpreter.h"
 #include "trees/registration.h"
@@ -17,6 +18,7 @@ void register_everything() {
   register_matrix();
   register_matrix_lists();
   register_trees();
+  register_engine();
 }
 
 }  // namespace zeb

@@ -66,8 +66,10 @@ struct cluster_record {
 /// Words as they were before waves changed them, newest last, in pieces of `piece_words`.
 struct undo_log {
   word** where = nullptr;         // where each piece came from
-  word* old_words = nullptr;      // capacity * piece_words
-  std::int32_t capacity = 0;      // pieces
+  word* old_words = nullptr;      // what stood there
+  std::size_t where_size = 0;     // entries of `where`
+  std::size_t words_size = 0;     // entries of `old_words`
+  std::int32_t capacity = 0;      // pieces that fit both
   std::int32_t count = 0;         // pieces noted; above `capacity` once the log overflowed
   std::int32_t piece_words = 16;  // width of the kernels in force
   bool recording = false;

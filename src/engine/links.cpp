@@ -65,8 +65,9 @@ void reroot_links(tree_arrays& tree, int node, int clip) {
   int v = node;
   int new_ancestor = clip;
   int sister = tree.sister[at(v)];
+  int next = tree.anc[at(p)];
   while (p != clip) {
-    const int next = tree.anc[at(p)];
+    const int after = tree.anc[at(next)];  // read before the links of `next` are turned
     const int next_sister = tree.sister[at(p)];
     const int below = next == clip ? other_side : next;
     replace_descendant(tree, p, v, below);
@@ -75,6 +76,7 @@ void reroot_links(tree_arrays& tree, int node, int clip) {
     new_ancestor = p;
     v = p;
     p = next;
+    next = after;
     sister = next_sister;
   }
   const int neighbour = tree.anc[at(node)];

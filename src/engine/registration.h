@@ -1,0 +1,8 @@
+// What the engine's floor hands to lower ones at start-up.
+#pragma once
+
+namespace zeb {
+
+void register_engine();
+
+}  // namespace zeb

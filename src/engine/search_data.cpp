@@ -1,0 +1,145 @@
+// Memory of a data set, and the binding of its kernels.
+#include "engine/search_data.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "engine/packing.h"
+#include "shell/arena.h"
+#include "shell/errors.h"
+
+namespace zeb {
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+constexpr int weight_digits = 31;
+constexpr std::int64_t largest_weight_sum = 1'000'000'000;
+constexpr std::array<int, 4> set_groups = {0, 1, 2, 4};
+
+/// The flag bit of field `f` of a word of this group: where the kernels mark a failed field.
+word flag_bit(int group, int f) {
+  const int width = field_bits[at(group)];
+  return word{1} << (group == 0 ? f * width : f * width + width - 1);
+}
+
+std::span<word> alloc_sets(const search_data& data) {
+  constexpr std::size_t cache_line = 64;
+  const std::size_t count =
+      checked_product(at(data.nodes), std::max<std::size_t>(data.set_stride, words_per_block));
+  return alloc_low<word>(count, cache_line);
+}
+
+void allocate_undo(search_data& data) {
+  // Enough for every word of all sets, or a million words: a wave that changes more is better
+  // remade than put back.
+  constexpr std::size_t most = std::size_t{1} << 20;
+  const std::size_t words =
+      std::clamp<std::size_t>(4 * at(data.nodes) * at(data.nwords), words_per_block, most);
+  const std::size_t pieces = (words + 7) / 8;
+  data.undo.old_words = alloc_low<word>(words, 64).data();
+  data.undo.where = alloc_low<word*>(pieces).data();
+  data.undo.where_size = pieces;
+  data.undo.words_size = words;
+}
+
+/// Field weights in the order of the kernels; returns their sum.
+std::int64_t gather_weights(search_data& data) {
+  std::int64_t sum = 0;
+  std::size_t next = 0;
+  for (const int g : set_groups)
+    for (const field_record& f : data.fields[at(g)]) {
+      data.field_weight[next++] = f.weight;
+      sum += f.weight;
+    }
+  return sum;
+}
+
+/// Writes the weights digit by digit; returns the number of digits.
+int make_planes(search_data& data) {
+  std::int32_t largest = 0;
+  for (const std::int32_t w : data.field_weight) largest = std::max(largest, w);
+  const int digits = 32 - std::countl_zero(static_cast<std::uint32_t>(largest));
+  const int end = data.layout.end4;
+  std::fill_n(data.weight_planes.begin(), at(digits) * at(end), word{0});
+  for (const int g : set_groups) {
+    const int in_word = fields_per_word[at(g)];
+    const int start = g == 4 ? data.layout.end2 : data.group_start[at(g)];
+    const std::span<const field_record> fields = data.fields[at(g)];
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      const std::size_t w = at(start) + i / at(in_word);
+      const word flag = flag_bit(g, static_cast<int>(i % at(in_word)));
+      for (auto rest = static_cast<std::uint32_t>(fields[i].weight); rest; rest &= rest - 1)
+        data.weight_planes[at(std::countr_zero(rest)) * at(end) + w] |= flag;
+    }
+  }
+  return digits;
+}
+
+}  // namespace
+
+void allocate_search_data(search_data& data) {
+  constexpr std::size_t cache_line = 64;
+  data.layout.end0 = data.group_start[1];
+  data.layout.end1 = data.group_start[2];
+  data.layout.end2 = data.group_start[3];
+  data.layout.end4 = data.group_start[5];
+  data.set_stride = at(data.nwords);
+  std::size_t kernel_fields = 0;
+  for (int g = 0; g < packing_groups; ++g) {
+    data.fields[at(g)] = alloc_low<field_record>(at(data.field_count[at(g)]));
+    if (g < 5) kernel_fields += at(data.field_count[at(g)]);
+  }
+  data.field_weight = calloc_low<std::int32_t>(kernel_fields);
+  data.word_weight = calloc_low<std::int32_t>(at(data.layout.end4));
+  data.weight_planes = alloc_low<word>(at(weight_digits) * at(data.layout.end4), cache_line);
+  const std::size_t nodes = at(data.nodes);
+  data.tree = {alloc_low<std::int32_t>(nodes), alloc_low<std::int32_t>(nodes),
+               alloc_low<std::int32_t>(nodes), alloc_low<std::int32_t>(nodes)};
+  std::fill(data.tree.first.begin(), data.tree.first.end(), -1);
+  std::fill(data.tree.second.begin(), data.tree.second.end(), -1);
+  data.node_list = alloc_low<std::int32_t>(nodes + 1);
+  data.node_stack = alloc_low<std::int32_t>(2 * nodes + 2);
+  data.down_base = alloc_sets(data).data();
+  data.final_base = alloc_sets(data).data();
+  data.unions_base = alloc_sets(data).data();
+  data.branch_base = alloc_sets(data).data();
+  data.primary_sets = alloc_low<node_sets>(nodes);
+  data.sets = alloc_low<node_sets>(nodes);
+  for (std::size_t v = 0; v < nodes; ++v) {
+    const std::size_t offset = v * data.set_stride;
+    data.primary_sets[v] = {data.down_base + offset, data.final_base + offset,
+                            data.unions_base + offset, data.branch_base + offset, nullptr};
+  }
+  std::copy(data.primary_sets.begin(), data.primary_sets.end(), data.sets.begin());
+  allocate_undo(data);
+}
+
+void bind_kernels(search_data& data) {
+  const scoring_mode mode = data.uniform_mode    ? scoring_mode::uniform
+                            : data.per_char_mode ? scoring_mode::per_character
+                                                 : scoring_mode::word_weights;
+  const int width = (engine.long_words & 2) != 0 ? widest_kernels() : 32;
+  if (gather_weights(data) > largest_weight_sum)
+    error_end("The weights of all characters together may not be above 1,000,000,000");
+  data.layout.field_weight = data.field_weight.data();
+  data.layout.word_weight = data.word_weight.data();
+  data.layout.weight_planes = data.weight_planes.data();
+  data.layout.plane_count = mode == scoring_mode::uniform ? 0 : make_planes(data);
+  data.kernels = kernels_of_width(width, mode);
+  data.undo.piece_words = width / 32;
+  data.undo.capacity = static_cast<std::int32_t>(
+      std::min(data.undo.where_size, data.undo.words_size / at(data.undo.piece_words)));
+  data.undo.count = 0;
+}
+
+void weights_changed(search_data& data) {
+  data.uniform_mode = true;
+  for (const int g : set_groups)
+    for (const field_record& f : data.fields[at(g)])
+      if (f.character >= 0 && f.weight != 1) data.uniform_mode = false;
+  data.per_char_mode = !data.uniform_mode;
+  bind_kernels(data);
+}
+
+}  // namespace zeb

@@ -1,0 +1,177 @@
+// Packed words against the oracle: lengths, costs of joining, and waves against full passes, in
+// every width and weight mode.
+#include <gtest/gtest.h>
+
+#include "engine/registration.h"
+#include "engine/search_data.h"
+#include "property/random_matrix.h"
+#include "shell/arena.h"
+
+namespace zeb {
+namespace {
+
+using zeb_test::chance;
+using zeb_test::draw;
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+/// Uses the kernels of one width whatever the processor would choose.
+void use_width(search_data& data, int bits) {
+  const scoring_mode mode = data.uniform_mode    ? scoring_mode::uniform
+                            : data.per_char_mode ? scoring_mode::per_character
+                                                 : scoring_mode::word_weights;
+  data.kernels = kernels_of_width(bits, mode);
+  data.undo.piece_words = bits / 32;
+  data.undo.capacity = static_cast<std::int32_t>(
+      std::min(data.undo.where_size, data.undo.words_size / at(bits / 32)));
+}
+
+std::vector<int> usable_widths() {
+  std::vector<int> widths;
+  for (const int bits : {32, 64, 256, 512})
+    if (bits <= widest_kernels()) widths.push_back(bits);
+  return widths;
+}
+
+class packed_parsimony : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    create_arena(std::size_t{1} << 28);
+    register_engine();
+  }
+  static void TearDownTestSuite() {
+    wipe_matrix();
+    release_arena();
+  }
+};
+
+std::vector<int> nodes_below(const search_data& data, int top) {
+  std::vector<int> nodes = {top};
+  for (std::size_t i = 0; i < nodes.size(); ++i)
+    if (nodes[i] >= data.n) {
+      nodes.push_back(data.tree.first[at(nodes[i])]);
+      nodes.push_back(data.tree.second[at(nodes[i])]);
+    }
+  std::sort(nodes.begin(), nodes.end());
+  return nodes;
+}
+
+/// Sets of every node of the subtree that a pass defines, in one row.
+std::vector<word> all_sets(const search_data& data, int top) {
+  std::vector<word> row;
+  for (const int v : nodes_below(data, top)) {
+    const node_sets& s = data.sets[at(v)];
+    const auto add = [&](const word* p) { row.insert(row.end(), p, p + data.nwords); };
+    if (v >= data.n) {
+      add(s.down);
+      add(s.final);
+      add(s.unions);
+    }
+    if (v != top) add(s.branch);
+  }
+  return row;
+}
+
+naive::rooted_tree as_naive(const search_data& data) {
+  naive::rooted_tree tree;
+  tree.terminals = data.n;
+  tree.parent.assign(data.tree.anc.begin(), data.tree.anc.end());
+  tree.parent[at(data.n)] = -1;
+  return tree;
+}
+
+std::vector<std::int32_t> random_ancestors(const search_data& data, std::mt19937& g) {
+  const naive::rooted_tree tree = naive::random_tree(data.n, g);
+  std::vector<std::int32_t> anc(tree.parent.begin(), tree.parent.end());
+  anc[at(data.n)] = data.nodes;
+  return anc;
+}
+
+/// One clip, undone, then put elsewhere with another root; the sets must be those of passes all
+/// along, and the cost of joining the difference in length.
+void check_one_move(search_data& data, double length, std::mt19937& g) {
+  const std::vector<word> before = all_sets(data, data.n);
+  int clip = 0;
+  do clip = draw(g, 1, data.nodes - 1);
+  while (clip == data.n || data.tree.anc[at(clip)] == data.n);
+  const int sister = data.tree.sister[at(clip)];
+
+  begin_undo(data);
+  const int joint = detach(data.tree, clip);
+  repair_after_clip(data, sister, clip);
+  const std::vector<word> main_sets = all_sets(data, data.n);
+  const std::vector<word> clip_sets = all_sets(data, clip);
+  const bool undone = undo_sets(data);
+  attach(data.tree, clip, joint, sister);
+  if (!undone) repair_after_clip(data, sister, -1);  // the log had overflowed
+  ASSERT_EQ(before, all_sets(data, data.n)) << "undone clip " << clip;
+  end_undo(data);
+
+  detach(data.tree, clip);
+  repair_after_clip(data, sister, clip);
+  const double main_length = full_pass(data);
+  const std::int64_t clip_length = subtree_pass(data, clip);
+  ASSERT_EQ(main_sets, all_sets(data, data.n)) << "main tree, clip " << clip;
+  ASSERT_EQ(clip_sets, all_sets(data, clip)) << "subtree, clip " << clip;
+
+  const std::vector<int> subtree = nodes_below(data, clip);
+  std::vector<int> main_tree = nodes_below(data, data.n);
+  std::erase_if(main_tree, [&](int v) { return v == data.n || v == 0; });
+  const int target = main_tree[at(draw(g, 0, static_cast<int>(main_tree.size()) - 1))];
+  const int root_at = subtree[at(draw(g, 0, static_cast<int>(subtree.size()) - 1))];
+  const word* operand = root_at == clip ? data.sets[at(clip)].down : data.sets[at(root_at)].branch;
+  const std::int32_t cost =
+      data.kernels.cost_pair(operand, data.sets[at(target)].branch, data.layout, 2147483647);
+  if (root_at != clip) reroot_subtree(data, root_at, clip);
+  attach(data.tree, clip, joint, target);
+  repair_after_insert(data, clip);
+  const std::vector<word> moved = all_sets(data, data.n);
+  const double moved_length = full_pass(data);
+  ASSERT_EQ(moved, all_sets(data, data.n))
+      << clip << " rerooted at " << root_at << " to " << target;
+  ASSERT_EQ(moved_length, main_length + static_cast<double>(clip_length + cost));
+  static_cast<void>(length);
+}
+
+void check_matrix(std::mt19937& g, const zeb_test::data_shape& shape, int trees) {
+  const zeb_test::oracle_matrix oracle = zeb_test::fill_matrix(shape, g);
+  if (chance(g, 0.2)) matrix.outgroup = draw(g, 0, shape.ntax - 1);
+  if (chance(g, 0.2))
+    for (int t = 0; t < shape.ntax; ++t)
+      if (t != matrix.outgroup && active_taxa() > 4 && chance(g, 0.3))
+        matrix.taxon_active[at(t)] = 0;
+  engine.long_words = chance(g, 0.5) ? 2 : 0;
+  prepare_search_data(true, true);
+  search_data& data = *current_search_data;
+  std::vector<int> rows(data.pack_to_taxon.begin(), data.pack_to_taxon.begin() + data.n);
+  for (int i = 0; i < trees; ++i) {
+    const std::vector<std::int32_t> anc = random_ancestors(data, g);
+    std::vector<word> sets;
+    for (const int width : usable_widths()) {
+      use_width(data, width);
+      const double length = tree_length(data, anc);
+      if (width == 32) {
+        ASSERT_EQ(length, static_cast<double>(oracle.length(as_naive(data), rows)));
+        sets = all_sets(data, data.n);
+      }
+      ASSERT_EQ(sets, all_sets(data, data.n)) << "width " << width;
+      if (data.n > 3) check_one_move(data, length, g);
+      if (::testing::Test::HasFatalFailure()) {
+        ADD_FAILURE() << "width " << width;
+        return;
+      }
+    }
+  }
+}
+
+TEST_F(packed_parsimony, agrees_with_the_oracle_in_all_modes) {
+  for (unsigned seed = 1; seed <= 3000; ++seed) {
+    std::mt19937 g(seed);
+    const zeb_test::data_shape shape = zeb_test::random_shape(g, 14, 20);
+    ASSERT_NO_FATAL_FAILURE(check_matrix(g, shape, 3)) << "seed " << seed;
+    if (HasFailure()) FAIL() << "seed " << seed;
+  }
+}
+
+}  // namespace
+}  // namespace zeb
