@@ -1,10 +1,10 @@
 #include "registration.h"
 
 #include "command_table.h"
+#include "engine/registration.h"
 #include "functions/function_table.h"
 #include "macro/commands.h"
 #include "matrix/list_kinds.h"
-#include "engine/registration.h"
 #include "matrix/matrix.h"
 #include "shell/interpreter.h"
 #include "trees/registration.h"
