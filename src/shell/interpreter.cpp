@@ -3,9 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "shell/arena.h"
 #include "shell/commands.h"
@@ -26,6 +28,10 @@ void (*pre_run_hook)() = nullptr;
 bool (*data_predicate)() = nullptr;
 
 constexpr command_row run_file_row = {"run-file", run_file_command, true, 0};
+
+// The rows by first letter, each list in the order of the table: a loop of a script looks its
+// commands up at every round.
+std::array<std::vector<const command_row*>, 26> rows_by_letter;
 
 bool matches(std::string_view word, const command_row& row) {
   return row.whole_word ? word == row.name : is_prefix(word, row.name);
@@ -145,6 +151,11 @@ void head_and_handler(const command_row& row) {
 
 void set_command_table(std::span<const command_row> rows) {
   table = rows;
+  for (auto& list : rows_by_letter) list.clear();
+  for (const command_row& row : rows) {
+    if (row.name[0] >= 'a' && row.name[0] <= 'z')
+      rows_by_letter[static_cast<std::size_t>(row.name[0] - 'a')].push_back(&row);
+  }
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if (std::strcmp(rows[i].name, "zzz") == 0) zzz_index = static_cast<int>(i);
   }
@@ -154,8 +165,9 @@ std::span<const command_row> command_table() { return table; }
 int zzz_row() { return zzz_index; }
 
 const command_row* find_command(std::string_view word) {
-  for (const command_row& row : table) {
-    if (matches(word, row)) return &row;
+  if (word.empty() || word[0] < 'a' || word[0] > 'z') return nullptr;
+  for (const command_row* row : rows_by_letter[static_cast<std::size_t>(word[0] - 'a')]) {
+    if (matches(word, *row)) return row;
   }
   return nullptr;
 }
