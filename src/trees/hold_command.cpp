@@ -4,10 +4,10 @@
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
-#include "shell/lists.h"
 #include "shell/output.h"
 #include "shell/process.h"
 #include "trees/commands.h"
+#include "trees/tree_lists.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -81,12 +81,7 @@ void keep_command() {
 
 void tchoose_command() {
   if (store.ntrees == 0) error_end("No trees to choose from");
-  std::vector<std::uint8_t> chosen(at(store.ntrees));
-  if (accept_char('/')) {
-    chosen.back() = 1;
-  } else if (!read_list(list_has_fixed, 0, store.ntrees, "tree", chosen)) {
-    chosen.assign(chosen.size(), 1);
-  }
+  const std::vector<std::uint8_t> chosen = read_tree_list_or_last();
   std::string line = "Selecting tree(s) ";
   for (int t = 0; t < store.ntrees; ++t) {
     if (chosen[at(t)]) line += std::to_string(t) + ' ';

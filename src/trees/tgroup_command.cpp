@@ -112,6 +112,7 @@ void set_tree_group_limit() {
 }  // namespace
 
 void set_tree_scorer(tree_scorer scorer) { sources.scores = scorer; }
+tree_scorer tree_scores() { return sources.scores; }
 void set_constraint_check(constraint_check check) { sources.satisfies_constraints = check; }
 
 void tgroup_command() {

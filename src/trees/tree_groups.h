@@ -12,6 +12,8 @@ void absincl_command();
 using tree_scorer = void (*)(std::span<double> scores);
 /// Plugs in the scores for the selector "len", at start-up. Without them it says so.
 void set_tree_scorer(tree_scorer scorer);
+/// What was plugged in; null without.
+tree_scorer tree_scores();
 
 /// Does the tree satisfy the constraints? Raises the error where there are none.
 using constraint_check = bool (*)(int tree);

@@ -235,6 +235,28 @@ void select_trees(std::span<const std::uint8_t> keep) {
   store.ntrees = kept;
 }
 
+void reorder_trees(std::span<const int> order) {
+  // Each tree comes into its place once: circles of moves, with one record put aside for each.
+  std::vector<std::uint8_t> done(order.size(), 0);
+  std::vector<tree_node> first_tree(at(store.nnodes));
+  std::vector<std::uint32_t> first_groups(group_words());
+  for (std::size_t start = 0; start < order.size(); ++start) {
+    if (done[start] || at(order[start]) == start) continue;
+    std::copy_n(store.trees[start], first_tree.size(), first_tree.begin());
+    std::copy_n(store.tree_groups[start], first_groups.size(), first_groups.begin());
+    std::size_t place = start;
+    for (std::size_t from = at(order[place]); from != start; from = at(order[place])) {
+      std::copy_n(store.trees[from], first_tree.size(), store.trees[place]);
+      std::copy_n(store.tree_groups[from], first_groups.size(), store.tree_groups[place]);
+      done[place] = 1;
+      place = from;
+    }
+    std::ranges::copy(first_tree, store.trees[place]);
+    std::ranges::copy(first_groups, store.tree_groups[place]);
+    done[place] = 1;
+  }
+}
+
 bool in_tree_group(int tree, int group) {
   return ((store.tree_groups[at(tree)][group / 32] >> (group % 32)) & 1U) != 0;
 }

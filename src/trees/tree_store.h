@@ -149,6 +149,8 @@ bool set_maxtrees(int n, bool report, bool silent_failure = false);
 void set_maxtrees_and_vault(int n, int vault_size);
 /// Keeps the flagged trees, in order; group bits move with them.
 void select_trees(std::span<const std::uint8_t> keep);
+/// Puts the trees in another order: tree order[i] becomes tree i. Group bits move with them.
+void reorder_trees(std::span<const int> order);
 /// Puts trees first to last-1 into the next automatic group.
 void tag_tree_group(int first, int last, std::string_view name);
 bool in_tree_group(int tree, int group);

@@ -7,13 +7,13 @@
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
-#include "shell/lists.h"
 #include "shell/output.h"
 #include "shell/process.h"
 #include "trees/commands.h"
 #include "trees/compact_format.h"
 #include "trees/target_group.h"
 #include "trees/tree_file.h"
+#include "trees/tree_lists.h"
 
 namespace zeb {
 
@@ -162,14 +162,7 @@ void save_command() {
   if (how.active_only && !tree_file.parenthetical) {
     error_end("Can't save trees for active taxa in compact mode");
   }
-  require_trees();
-  std::vector<std::uint8_t> chosen(at(store.ntrees));
-  if (accept_char('/')) {
-    chosen.back() = 1;
-  } else if (!read_list(list_has_fixed, 0, store.ntrees, "tree", chosen)) {
-    chosen.assign(chosen.size(), 1);
-  }
-  save_trees(chosen, how);
+  save_trees(read_tree_list_or_last(), how);
 }
 
 void shortread_command() {

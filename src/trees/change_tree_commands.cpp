@@ -1,0 +1,149 @@
+// `pruntax`, `reroot`, `edit`: trees changed where they stand.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+#include "shell/lists.h"
+#include "shell/output.h"
+#include "shell/process.h"
+#include "trees/commands.h"
+#include "trees/tree_lists.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+int count_chosen(const std::vector<std::uint8_t>& chosen) {
+  return static_cast<int>(std::count(chosen.begin(), chosen.end(), 1));
+}
+
+bool leaves_terminals(const_tree_span tree, const std::vector<std::uint8_t>& flags) {
+  for (int t = 0; t < matrix.ntax; ++t) {
+    if (!is_absent(tree, t) && !flags[at(t)]) return true;
+  }
+  return false;
+}
+
+int read_node(const_tree_span tree, int number) {
+  const int node = read_int();
+  if (node < 0) error_end("Must give", "node", "number");
+  if (node >= node_limit(tree, matrix.ntax) || (node < matrix.ntax && is_absent(tree, node))) {
+    error_end("No node", node, "in tree", number);
+  }
+  return node;
+}
+
+void remove_clade(tree_span tree, int node) {
+  std::vector<std::uint8_t> flags(at(matrix.ntax), 0);
+  mark_terminals(tree, matrix.ntax, node, flags);
+  delete_taxa(tree, matrix.ntax, flags);
+}
+
+/// The node goes and its descendants hang on its ancestor.
+void collapse_node(tree_span tree, int node) {
+  if (node <= matrix.ntax) error_end("Only internal nodes above the root can be collapsed");
+  const int below = tree[at(node)];
+  for (int v = 0; v < node_limit(tree, matrix.ntax); ++v) {
+    if (v != matrix.ntax && tree[at(v)] == node) tree[at(v)] = below;
+  }
+  remove_redundant_nodes(tree, matrix.ntax);
+}
+
+/// One step of editing, named by the word in `token`; numbers are those of the tree as it stands.
+void edit_step(tree_span tree, int number) {
+  const std::string word(token());
+  if (is_prefix(word, "move") || is_prefix(word, "join")) {
+    const bool join = is_prefix(word, "join");
+    const int node = read_node(tree, number);
+    const int target = read_node(tree, number);
+    if (join && target < matrix.ntax) error_end("Node", target, "is a terminal");
+    if (!join && target == matrix.ntax && tree[at(node)] == matrix.ntax &&
+        descendants_of(tree, matrix.ntax).count[at(matrix.ntax)] == 2) {
+      return;  // it already is the sister of all others
+    }
+    if (!move_clade(tree, matrix.ntax, node, target, join)) {
+      error_end("Node", node, "can't be moved to node", target);
+    }
+  } else if (is_prefix(word, "remove")) {
+    remove_clade(tree, read_node(tree, number));
+  } else if (is_prefix(word, "root")) {
+    reroot_on_branch(tree, matrix.ntax, read_node(tree, number));
+  } else if (is_prefix(word, "collapse")) {
+    collapse_node(tree, read_node(tree, number));
+  } else {
+    error_end("Unrecognized option for \"edit\":", word);
+  }
+}
+
+void show_with_numbers(int number) {
+  const const_tree_span tree = stored_tree(number);
+  std::vector<std::string> texts(tree.size());
+  for (int v = matrix.ntax; v < node_limit(tree, matrix.ntax); ++v) {
+    texts[at(v)] = std::to_string(v);
+  }
+  draw_tree(tree, "Tree " + std::to_string(number) + ":", texts);
+}
+
+}  // namespace
+
+void pruntax_command() {
+  const std::vector<std::uint8_t> chosen = read_tree_list();
+  if (!accept_char('/')) error_end("Must give taxa to remove, as \"pruntax trees/taxa\"");
+  std::vector<std::uint8_t> flags(at(matrix.ntax), 0);
+  if (!read_list(list_has_fixed, 0, matrix.ntax, "taxon", flags)) {
+    error_end("Must give taxa to remove, as \"pruntax trees/taxa\"");
+  }
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (chosen[at(t)] && !leaves_terminals(stored_tree(t), flags)) {
+      error_end("Cannot delete all terminals from a tree");
+    }
+  }
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (chosen[at(t)]) delete_taxa(stored_tree(t), matrix.ntax, flags);
+  }
+  report_line(count_chosen(flags), "taxa removed from", count_chosen(chosen), "trees");
+}
+
+void reroot_command() {
+  const std::vector<std::uint8_t> chosen = read_tree_list();
+  int changed = 0;
+  int without = 0;
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (!chosen[at(t)]) continue;
+    if (is_absent(stored_tree(t), matrix.outgroup)) {
+      ++without;
+      continue;
+    }
+    reroot_tree(stored_tree(t), matrix.ntax, matrix.outgroup);
+    ++changed;
+  }
+  report_line(changed, "trees rooted on", taxon_label(matrix.outgroup));
+  if (without > 0) {
+    report_line(without, "trees left as they were: they don't include",
+                taxon_label(matrix.outgroup));
+  }
+}
+
+void edit_command() {
+  require_trees();
+  const int number = read_int();
+  if (number < 0) error_end("Must give", "tree", "number");
+  check_tree_number(number);
+  // Built aside and copied back at the end, so that a step that fails takes back those before it.
+  std::vector<tree_node> tree(stored_tree(number).begin(), stored_tree(number).end());
+  while (skip_blanks_peek() != ';') {
+    if (read_word() == 0) error_end("Expected an option for \"edit\"");
+    edit_step(tree, number);
+  }
+  std::ranges::copy(tree, stored_tree(number).begin());
+  show_with_numbers(number);
+}
+
+}  // namespace zeb

@@ -1,0 +1,89 @@
+// `tequal` and `unique`: duplicate trees shown and removed. `sort`: trees in order.
+#include <algorithm>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "trees/commands.h"
+#include "trees/tree_equality.h"
+#include "trees/tree_groups.h"
+#include "trees/tree_lists.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+/// With constraints on, trees that break them go, unless all do. Returns the note about it.
+std::string apply_constraints(std::vector<std::uint8_t>& keep) {
+  const constraint_filter& filter = current_constraint_filter();
+  if (!filter.active || !filter.satisfies || !filter.active()) return {};
+  std::vector<std::uint8_t> good = keep;
+  for (int t = 0; t < store.ntrees; ++t) good[at(t)] = keep[at(t)] && filter.satisfies(t);
+  if (std::count(good.begin(), good.end(), 1) == 0) return " (none fulfills constraints)";
+  keep = good;
+  return " (all fulfill constraints)";
+}
+
+std::vector<double> sort_keys() {
+  std::vector<double> keys(at(store.ntrees));
+  if (!accept_char('=')) {
+    if (!tree_scores()) error_end("Trees can't be sorted by score yet");
+    tree_scores()(keys);
+    return keys;
+  }
+  read_word();
+  if (token() != "mono") error_end("Expected \"mono\" after \"sort =\"");
+  const constraint_filter& filter = current_constraint_filter();
+  if (!filter.broken) error_end("Trees can't be sorted by constraints yet");
+  for (int t = 0; t < store.ntrees; ++t) keys[at(t)] = filter.broken(t);
+  return keys;
+}
+
+}  // namespace
+
+void tequal_command() {
+  const std::vector<std::uint8_t> chosen = read_tree_list();
+  const std::vector<int> first = first_equal_trees(chosen);
+  std::vector<std::string> sets(first.size());
+  for (int t = 0; t < store.ntrees; ++t) {
+    const int original = first[at(t)];
+    if (original >= 0 && original != t) sets[at(original)] += " " + std::to_string(t);
+  }
+  bool any = false;
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (sets[at(t)].empty()) continue;
+    emit("Identical trees: ", t, sets[at(t)], "\n");
+    any = true;
+  }
+  if (!any) report_line("No identical trees");
+}
+
+void unique_command() {
+  const std::vector<std::uint8_t> chosen = read_tree_list();
+  const std::vector<int> first = first_equal_trees(chosen);
+  std::vector<std::uint8_t> keep(chosen.size(), 1);
+  for (int t = 0; t < store.ntrees; ++t) keep[at(t)] = first[at(t)] < 0 || first[at(t)] == t;
+  const std::string note = apply_constraints(keep);
+  const int before = store.ntrees;
+  select_trees(keep);
+  emit(before - store.ntrees, " trees discarded, ", store.ntrees, " trees retained", note, "\n");
+}
+
+void sort_command() {
+  require_trees();
+  const std::vector<double> keys = sort_keys();
+  std::vector<int> order(keys.size());
+  std::iota(order.begin(), order.end(), 0);
+  std::ranges::stable_sort(order, [&](int a, int b) { return keys[at(a)] < keys[at(b)]; });
+  reorder_trees(order);
+  report_line(store.ntrees, "trees sorted");
+}
+
+}  // namespace zeb

@@ -1,0 +1,96 @@
+// `randtrees` and `alltrees`: trees made from nothing, added to those in memory.
+#include <algorithm>
+#include <vector>
+
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+#include "shell/random.h"
+#include "trees/commands.h"
+#include "trees/generated_trees.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+/// Active taxa, the one to root on first: the outgroup if it is active.
+std::vector<int> taxa_to_use() {
+  std::vector<int> taxa;
+  for (int t = 0; t < matrix.ntax; ++t) {
+    if (matrix.taxon_active[static_cast<std::size_t>(t)]) taxa.push_back(t);
+  }
+  if (taxa.size() < 3) error_end("At least three taxa must be active");
+  const auto outgroup = std::find(taxa.begin(), taxa.end(), matrix.outgroup);
+  if (outgroup != taxa.end()) std::rotate(taxa.begin(), outgroup, outgroup + 1);
+  return taxa;
+}
+
+/// Polls for an interrupt about once a second.
+class poller {
+ public:
+  void poll(const char* label, double done, double total) {
+    const double now = wall_clock();
+    if (now - last_ < 1.0) return;
+    last_ = now;
+    check_interrupt(1);
+    show_progress(label, done, total);
+  }
+
+ private:
+  double last_ = wall_clock();
+};
+
+}  // namespace
+
+void randtrees_command() {
+  require_data("making trees");
+  const int wanted = read_int();
+  if (wanted < 0) error_end("Must give", "number", "of trees");
+  const std::vector<int> taxa = taxa_to_use();
+  const int first = store.ntrees;
+  const int count = std::min(wanted, store.maxtrees - first);
+  reseed();
+  poller progress;
+  for (int i = 0; i < count; ++i) {
+    random_binary_tree(taxa, store_slot({}, false), matrix.ntax);
+    progress.poll("Random trees", i, count);
+  }
+  clear_progress();
+  report_line(count, "random trees made,", store.ntrees, "trees in memory");
+  if (count < wanted) {
+    report_line("Note: tree buffer is full,", wanted - count, "trees were not made");
+  }
+}
+
+void alltrees_command() {
+  require_data("making trees");
+  const std::vector<int> taxa = taxa_to_use();
+  const double total = binary_tree_count(static_cast<int>(taxa.size()));
+  const int first = store.ntrees;
+  all_binary_trees trees(taxa, matrix.ntax);
+  std::vector<tree_node> tree(static_cast<std::size_t>(matrix.nnodes));
+  poller progress;
+  bool complete = true;
+  while (trees.next(tree)) {
+    if (store.ntrees == store.maxtrees) {
+      complete = false;
+      break;
+    }
+    std::ranges::copy(tree, store_slot({}, false).begin());
+    progress.poll("All trees", store.ntrees - first, total);
+  }
+  clear_progress();
+  const int made = store.ntrees - first;
+  report_line(made, "trees made,", store.ntrees, "trees in memory");
+  if (!complete) {
+    emit(text_of("Note: tree buffer is full; there are %.15g binary trees for %i taxa\n", total,
+                 static_cast<int>(taxa.size())));
+  }
+}
+
+}  // namespace zeb
