@@ -34,6 +34,7 @@ void announce_clearing(const char* what) {
 }
 
 void resize_buffer(int kilobytes) {
+  if (kilobytes == display_buffer.kilobytes()) return;
   announce_clearing("Resetting buffer size requires clearing it.");
   if (display_buffer.resize(kilobytes)) return;
   report_line(
