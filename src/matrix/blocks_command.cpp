@@ -14,6 +14,7 @@
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
 #include "shell/list_reader.h"
+#include "shell/list_text.h"
 #include "shell/lists.h"
 #include "shell/output.h"
 
@@ -46,11 +47,11 @@ void show_blocks() {
 }
 
 void write_blocks() {
-  emit("blocks");
+  std::vector<std::string> starts;
   for (int block = 1; block <= matrix.nblocks; ++block) {
-    emit(" ", matrix.block_first[at(block)]);
+    starts.push_back(std::to_string(matrix.block_first[at(block)]));
   }
-  emit(" ;\n");
+  emit("blocks", wrapped_words(starts, 6), " ;\n");
 }
 
 void define_blocks() {

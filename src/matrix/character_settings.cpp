@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "matrix/matrix.h"
+#include "shell/list_text.h"
 #include "shell/output.h"
 
 namespace zeb {
@@ -96,9 +99,10 @@ void show_character_table() {
 void summarise_settings(std::span<const std::uint8_t> flagged, const character_change& changed) {
   if (std::none_of(flagged.begin(), flagged.end(), [](std::uint8_t f) { return f != 0; })) return;
   const auto line = [&](const std::string& words, auto holds) {
-    const std::string text = ranges_text(
+    const std::vector<std::string> items = list_items(
         matrix.nchar, [&](int c) { return flagged[at(c)] && holds(matrix.characters[at(c)]); });
-    if (!text.empty()) emit("    ", words, ": ", text, "\n");
+    const std::string head = "    " + words + ":";
+    if (!items.empty()) emit(head, wrapped_words(items, head.size()), "\n");
   };
   const auto line_per_value = [&](const std::string& words, std::int32_t character_record::*field) {
     std::set<int> values;

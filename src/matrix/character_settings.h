@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <string>
 
 namespace zeb {
 
@@ -33,20 +32,5 @@ void restore_kept_settings();
 void show_character_table();
 /// Which of the flagged characters now have which of the settings that have a value in `changed`.
 void summarise_settings(std::span<const std::uint8_t> flagged, const character_change& changed);
-
-/// "0-4 6 9" for the characters that satisfy `holds`; empty for none.
-template <class predicate>
-std::string ranges_text(int count, predicate holds) {
-  std::string text;
-  for (int c = 0; c < count; ++c) {
-    if (!holds(c)) continue;
-    int last = c;
-    while (last + 1 < count && holds(last + 1)) ++last;
-    text += (text.empty() ? "" : " ") + std::to_string(c);
-    if (last > c) text += "-" + std::to_string(last);
-    c = last;
-  }
-  return text;
-}
 
 }  // namespace zeb

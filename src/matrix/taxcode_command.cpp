@@ -8,6 +8,7 @@
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
+#include "shell/list_text.h"
 #include "shell/lists.h"
 #include "shell/output.h"
 #include "shell/process.h"
@@ -17,23 +18,24 @@ namespace {
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-std::string taxa_text(bool active) {
-  std::string text;
+void show_taxa(const std::string& head, bool active) {
+  std::vector<std::string> labels;
   for (int t = 0; t < matrix.ntax; ++t) {
-    if ((matrix.taxon_active[at(t)] != 0) == active)
-      text += (text.empty() ? "" : " ") + taxon_label(t);
+    if ((matrix.taxon_active[at(t)] != 0) == active) labels.push_back(taxon_label(t));
   }
-  return text;
+  emit(head, wrapped_words(labels, head.size()), "\n");
 }
 
-void show_active() { emit(active_taxa(), " terminal taxa are active: ", taxa_text(true), "\n"); }
+void show_active() {
+  show_taxa(std::to_string(active_taxa()) + " terminal taxa are active:", true);
+}
 
 void show_inactive() {
   const int inactive = matrix.ntax - active_taxa();
   if (inactive == 0) {
     emit("No inactive taxa\n");
   } else {
-    emit(inactive, " inactive taxa: ", taxa_text(false), "\n");
+    show_taxa(std::to_string(inactive) + " inactive taxa:", false);
   }
 }
 
@@ -57,14 +59,13 @@ void set_activity(const std::vector<std::uint8_t>& marks, bool active) {
 }
 
 void write_taxcode() {
-  emit("taxcode + .");
+  std::string text = "taxcode + .";
   if (active_taxa() < matrix.ntax) {
-    emit(" -");
-    for (int t = 0; t < matrix.ntax; ++t) {
-      if (!matrix.taxon_active[at(t)]) emit(" ", t);
-    }
+    text += " -";
+    const auto inactive = [](int t) { return matrix.taxon_active[at(t)] == 0; };
+    text += wrapped_words(list_items(matrix.ntax, inactive), text.size());
   }
-  emit(" ;\n");
+  emit(text, " ;\n");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "shell/lexer.h"
 #include "shell/list_kinds.h"
 #include "shell/list_reader.h"
+#include "shell/list_text.h"
 #include "shell/output.h"
 #include "shell/random.h"
 
@@ -253,20 +254,17 @@ class definition_reader {
 
   // ---- what there is ----
 
-  std::string member_text(int group, bool only_active) const {
-    std::string text;
-    for (int e = 0; e < table_.elements; ++e) {
-      if (!table_.in_group(e, group) || (only_active && !table_.active(e))) continue;
-      text += " " + std::to_string(e);
-    }
-    return text;
-  }
-
   void show_groups() const {
     if (!any_defined()) return report_line("No", table_.kind, "groups defined");
     for (int group = 0; group < table_.limit; ++group) {
       if (!table_.defined(group)) continue;
-      emit("Group ", group, " (", table_.name(group), "):", member_text(group, false), "\n");
+      const std::string head =
+          "Group " + std::to_string(group) + " (" + std::string(table_.name(group)) + "):";
+      std::vector<std::string> members;
+      for (int e = 0; e < table_.elements; ++e) {
+        if (table_.in_group(e, group)) members.push_back(std::to_string(e));
+      }
+      emit(head, wrapped_words(members, head.size()), "\n");
     }
   }
 
@@ -274,7 +272,12 @@ class definition_reader {
     emit(table_.command, "\n");
     for (int group = 0; group < table_.limit; ++group) {
       if (!table_.defined(group)) continue;
-      emit("=", group, " (", table_.name(group), ")", member_text(group, only_active), "\n");
+      const std::string head =
+          "=" + std::to_string(group) + " (" + std::string(table_.name(group)) + ")";
+      const std::vector<std::string> members = list_items(table_.elements, [&](int e) {
+        return table_.in_group(e, group) && (!only_active || table_.active(e));
+      });
+      emit(head, wrapped_words(members, head.size()), "\n");
     }
     emit(";\n");
   }
