@@ -9,6 +9,7 @@
 #include "shell/lexer.h"
 #include "shell/lists.h"
 #include "shell/output.h"
+#include "trees/tags.h"
 
 namespace zeb {
 
@@ -130,22 +131,20 @@ void tree_text_reader::read_tag(int node) {
   tags_.emplace_back(node, std::move(text));
 }
 
-void set_tag_tree(const_tree_span record, const tree_tags& texts, std::string_view title) {
-  const bool add = tags.tags_add && tags.tags_present && tags.tag_tree.size() == record.size() &&
-                   node_limit(tags.tag_tree, matrix.ntax) == node_limit(record, matrix.ntax) &&
-                   std::equal(record.begin(), record.begin() + node_limit(record, matrix.ntax),
-                              tags.tag_tree.begin());
-  if (!add) {
-    tags.tag_tree.assign(record.begin(), record.end());
-    tags.tag_texts.assign(record.size(), {});
+void take_tag_tree(tree_text_reader& reader, std::string_view title) {
+  std::vector<tree_node> record(at(matrix.nnodes), 0);
+  std::vector<int> numbers;
+  reader.tree().finish(record, store.include_absent, &numbers);
+  std::vector<std::string> texts(record.size());
+  for (const auto& [node, text] : reader.tags_read()) {
+    const int number = numbers[at(node)];
+    if (number >= 0) texts[at(number)] = text;
   }
-  for (const auto& [node, text] : texts) {
-    std::string& whole = tags.tag_texts[at(node)];
-    if (!whole.empty() && !text.empty()) whole += '/';
-    whole = (whole + text).substr(0, at(tags.tag_size) - 1);
+  if (tags.tags_add) {
+    store_drawn_tags(record, title, texts);
+  } else {
+    set_tag_tree(record, texts, title);
   }
-  tags.tag_title = std::string(title.substr(0, 512));
-  tags.tags_present = true;
 }
 
 }  // namespace zeb

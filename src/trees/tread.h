@@ -43,8 +43,8 @@ class tree_text_reader {
   parenthetical_dialect dialect_;
 };
 
-/// Makes the tree with these tags the tag tree; `title` goes with it. With `tags_add`, texts of the
-/// same nodes of the same tree are put behind those there are. Numbers in `texts` are the record's.
-void set_tag_tree(const_tree_span record, const tree_tags& texts, std::string_view title);
+/// Makes the tree just read, with its tags, the tag tree; `title` goes with it. With `tags_add` its
+/// texts are put behind those of the nodes with the same terminals in the tag tree there is.
+void take_tag_tree(tree_text_reader& reader, std::string_view title);
 
 }  // namespace zeb

@@ -89,15 +89,7 @@ class tread_run {
 
   void accept_tags() {
     tags_were_read_ = true;
-    std::vector<tree_node> record(static_cast<std::size_t>(matrix.nnodes));
-    std::vector<int> numbers;
-    reader_.tree().finish(record, store.include_absent, &numbers);
-    tree_tags texts;
-    for (const auto& [node, text] : reader_.tags_read()) {
-      const int number = numbers[static_cast<std::size_t>(node)];
-      if (number >= 0) texts.emplace_back(number, text);
-    }
-    set_tag_tree(record, texts, title_);
+    take_tag_tree(reader_, title_);
   }
 
   void poll() {

@@ -1,5 +1,6 @@
 // `tvault`: trees kept apart from all that rewrites the buffer.
 #include <algorithm>
+#include <cmath>
 
 #include "matrix/matrix.h"
 #include "shell/errors.h"
@@ -8,7 +9,9 @@
 #include "shell/lexer.h"
 #include "shell/lists.h"
 #include "shell/output.h"
+#include "shell/process.h"
 #include "trees/commands.h"
+#include "trees/tags.h"
 #include "trees/tree_file.h"
 
 namespace zeb {
@@ -71,6 +74,27 @@ void take_out() {
   emit(text_of("Retrieved %i trees from vault (%i trees now in memory)\n", taken, store.ntrees));
 }
 
+/// A tree whose ancestors stand in an array of the macro language.
+void put_array_in() {
+  if (!settings.macros || !user_arrays.read_name) {
+    error_end("This option is valid only when macros are enabled");
+  }
+  const std::vector<double> values = user_arrays.values(user_arrays.read_name());
+  std::vector<tree_node> tree(at(matrix.nnodes), 0);
+  for (std::size_t i = 0; i < std::min(values.size(), tree.size()); ++i) {
+    tree[i] = std::abs(values[i]) < 1e9 ? static_cast<tree_node>(values[i]) : -1;
+  }
+  const std::string fault = check_tree_record(tree, matrix.ntax);
+  if (!fault.empty()) error_end("The array is not a tree:", fault);
+  if (store.vault_trees >= store.vault_size) {
+    emit(text_of("Cannot store more trees in vault (reached max., %i)\n", store.vault_size));
+    return;
+  }
+  normalise_tree(tree, matrix.ntax);
+  std::ranges::copy(tree, vault_tree(store.vault_trees++).begin());
+  emit(text_of("Placed %i trees in vault (vault now with %i trees)\n", 1, store.vault_trees));
+}
+
 void write_vault() {
   emit(text_of("tread '%i trees from vault'\n", store.vault_trees));
   for (int t = 0; t < store.vault_trees; ++t) {
@@ -101,7 +125,7 @@ void tvault_command() {
   } else if (accept_char('*')) {
     write_vault();
   } else if (accept_char('!')) {
-    error_end("Trees from user variables (\"tvault !\") are not available yet");
+    put_array_in();
   } else {
     error_end("Expected \">\", \"<\", \"-\" or \"*\" after \"tvault\"");
   }

@@ -80,18 +80,18 @@ TEST(parenthetical, tags_stay_on_their_nodes) {
   tree_text_reader reader(5);
   session.type("((3=x 4)=b/2\\y 2 (0 1=1 )=long_text );");
   reader.read_tree();
-  record tree(9, 0);
-  std::vector<int> numbers;
-  reader.tree().finish(tree, false, &numbers);
-  tree_tags texts;
-  for (const auto& [node, text] : reader.tags_read()) {
-    texts.emplace_back(numbers[static_cast<std::size_t>(node)], text);
-  }
-  set_tag_tree(tree, texts, "title");
+  take_tag_tree(reader, "title");
   EXPECT_EQ(tag_tree_text(), "(2 (0 1=1 )=long_text (3=x 4 )=b/2\\y )");
   session.type(tag_tree_text() + ";");
-  EXPECT_TRUE(same_tree(read_one(reader), tree));
+  EXPECT_TRUE(same_tree(read_one(reader), tags.tag_tree));
   EXPECT_EQ(reader.tags_read().size(), 4U);
+  // Added tags go to the nodes with the same terminals, also in another tree.
+  tags.tags_add = true;
+  session.type("(3 (4=y (2 (0 1 )=z )));");
+  reader.read_tree();
+  take_tag_tree(reader, "");
+  tags.tags_add = false;
+  EXPECT_EQ(tag_tree_text(), "(2 (0 1=1 )=long_text/z (3=x 4=y )=b/2\\y )");
 }
 
 TEST(parenthetical, random_text_gives_an_error_or_a_valid_tree) {
