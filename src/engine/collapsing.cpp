@@ -1,0 +1,132 @@
+// The full collapsing rules, on trees of the buffer.
+#include "engine/collapsing.h"
+
+#include <vector>
+
+#include "engine/plain_optimisation.h"
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+
+namespace zeb {
+
+collapsing_settings collapsing;
+
+namespace {
+
+swap_collapser swap_rule = nullptr;
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+/// Terminals below each node that aren't ignored.
+std::vector<int> count_terminals(const_tree_span tree, std::span<const std::uint8_t> ignored) {
+  const int ntax = matrix.ntax;
+  std::vector<int> count(tree.size(), 0);
+  for (int t = 0; t < ntax; ++t) {
+    if (is_absent(tree, t) || (!ignored.empty() && ignored[at(t)])) continue;
+    for (int v = tree[at(t)]; v != ntax; v = tree[at(v)]) ++count[at(v)];
+    ++count[at(ntax)];
+  }
+  return count;
+}
+
+/// Does some character tell the node from its ancestor under this rule?
+bool branch_stays(const plain_optimiser& sets, int node, int ancestor, int rule) {
+  const auto above = sets.final(ancestor);
+  const auto own = rule == 1 ? sets.down(node) : sets.final(node);
+  for (std::size_t i = 0; i < above.size(); ++i) {
+    switch (rule) {
+      case 1:  // some reconstruction has a change: the ancestor may have a state that costs more
+        if (above[i] & ~own[i]) return true;
+        break;
+      case 2:
+        if (above[i] != own[i]) return true;
+        break;
+      default:  // every reconstruction has one
+        if ((above[i] & own[i]) == 0) return true;
+    }
+  }
+  return false;
+}
+
+void mark_by_rule(plain_optimiser& sets, const_tree_span tree, int rule,
+                  std::span<const std::uint8_t> ignored, std::span<std::uint8_t> marks) {
+  const int ntax = matrix.ntax;
+  sets.optimise(tree, polytomy_kind::hard, true);
+  const std::vector<int> count = count_terminals(tree, ignored);
+  for (int v = ntax + 1; v < node_limit(tree, ntax); ++v)
+    marks[at(v)] =
+        (ignored.empty() || count[at(v)] >= 2) && branch_stays(sets, v, tree[at(v)], rule);
+}
+
+/// Removes the nodes marked 0; `numbers` (may be null) gets the new number of each kept node.
+void remove_marked(tree_span tree, std::span<const std::uint8_t> marks, std::vector<int>* numbers) {
+  const int ntax = matrix.ntax;
+  const int limit = node_limit(tree, ntax);
+  std::vector<int> number(tree.size(), -1);
+  int next = ntax;
+  for (int v = 0; v < limit; ++v)
+    if (v < ntax)
+      number[at(v)] = v;
+    else if (v == ntax || marks[at(v)])
+      number[at(v)] = next++;
+  std::vector<tree_node> result(tree.size(), 0);
+  for (int v = 0; v < limit; ++v) {
+    if (number[at(v)] < 0 || v == ntax || (v < ntax && is_absent(tree, v))) continue;
+    int a = tree[at(v)];
+    while (number[at(a)] < 0) a = tree[at(a)];
+    result[at(number[at(v)])] = number[at(a)];
+  }
+  result[at(ntax)] = next;
+  for (std::size_t i = 0; i < tree.size(); ++i) tree[i] = result[i];
+  if (numbers) *numbers = std::move(number);
+}
+
+/// Rule 4: branches whose ends may have the same sets go first; on the polytomous tree that is
+/// left, a branch stays only if a change on it is forced in all reconstructions.
+void mark_by_rule_4(plain_optimiser& sets, const_tree_span tree,
+                    std::span<const std::uint8_t> ignored, std::span<std::uint8_t> marks) {
+  mark_by_rule(sets, tree, 2, ignored, marks);
+  std::vector<tree_node> collapsed(tree.begin(), tree.end());
+  std::vector<int> number;
+  remove_marked(collapsed, marks, &number);
+  std::vector<std::uint8_t> forced(tree.size(), 1);
+  mark_by_rule(sets, collapsed, 3, ignored, forced);
+  for (int v = matrix.ntax + 1; v < node_limit(tree, matrix.ntax); ++v)
+    if (marks[at(v)]) marks[at(v)] = forced[at(number[at(v)])];
+}
+
+}  // namespace
+
+void register_swap_collapser(swap_collapser collapser) { swap_rule = collapser; }
+
+void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
+                   std::span<const std::uint8_t> ignored_taxa) {
+  for (std::uint8_t& m : marks) m = 1;
+  if (collapsing.rule == 0) return;
+  if (collapsing.rule >= 5) {
+    if (!swap_rule) error_end("Collapsing by branch-swapping is not available yet");
+    swap_rule(tree, collapsing.rule == 6, marks, ignored_taxa);
+    return;
+  }
+  plain_optimiser sets(scored_characters(), ignored_taxa);
+  if (sets.has_continuous())
+    error_end("Collapsing with continuous characters is not available yet");
+  if (collapsing.rule == 4)
+    mark_by_rule_4(sets, tree, ignored_taxa, marks);
+  else
+    mark_by_rule(sets, tree, collapsing.rule, ignored_taxa, marks);
+}
+
+void condense_tree(tree_span tree, std::span<const std::uint8_t> marks) {
+  remove_marked(tree, marks, nullptr);
+  normalise_tree(tree, matrix.ntax);
+}
+
+void condense_by_rule(tree_span tree, std::span<const std::uint8_t> ignored_taxa) {
+  if (collapsing.rule == 0) return;
+  std::vector<std::uint8_t> marks(tree.size());
+  collapse_tree(tree, marks, ignored_taxa);
+  condense_tree(tree, marks);
+}
+
+}  // namespace zeb

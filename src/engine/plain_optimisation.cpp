@@ -1,0 +1,256 @@
+#include "engine/plain_optimisation.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+
+namespace zeb {
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+bool is_ignored(std::span<const std::uint8_t> ignored, int taxon) {
+  return !ignored.empty() && ignored[at(taxon)] != 0;
+}
+
+/// Fewest states that meet all the sets, and the states of all such choices. Tries choices of
+/// growing size over the states that occur; sets that contain another one tell nothing.
+struct hitting_states {
+  int size = 0;
+  std::uint32_t states = 0;
+};
+void extend_choice(std::span<const std::uint32_t> sets, std::uint32_t chosen, int left,
+                   hitting_states& best) {
+  const auto unmet = std::find_if(sets.begin(), sets.end(),
+                                  [chosen](std::uint32_t s) { return (s & chosen) == 0; });
+  if (unmet == sets.end()) {
+    best.states |= chosen;
+    return;
+  }
+  if (left == 0) return;
+  for (std::uint32_t rest = *unmet; rest; rest &= rest - 1)
+    extend_choice(sets, chosen | (rest & (~rest + 1)), left - 1, best);
+}
+hitting_states smallest_choices(std::vector<std::uint32_t> sets) {
+  std::sort(sets.begin(), sets.end(), [](std::uint32_t a, std::uint32_t b) {
+    return std::popcount(a) != std::popcount(b) ? std::popcount(a) < std::popcount(b) : a < b;
+  });
+  std::vector<std::uint32_t> needed;
+  for (const std::uint32_t s : sets)
+    if (std::none_of(needed.begin(), needed.end(), [s](std::uint32_t t) { return (s & t) == t; }))
+      needed.push_back(s);
+  hitting_states best;
+  while (best.states == 0) extend_choice(needed, 0, ++best.size, best);
+  return best;
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> scored_characters() {
+  std::vector<std::uint8_t> marks(at(matrix.nchar), 0);
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const character_record& record = matrix.characters[at(c)];
+    marks[at(c)] = record.active && record.weight != 0;
+  }
+  return marks;
+}
+
+plain_optimiser::plain_optimiser(std::span<const std::uint8_t> characters,
+                                 std::span<const std::uint8_t> ignored_taxa)
+    : steps_(at(matrix.nchar), 0) {
+  std::vector<std::uint32_t> by_column;
+  cells_.clear();
+  for (int c = 0; c < matrix.nchar; ++c)
+    if (characters[at(c)]) add_character(c, ignored_taxa);
+  // Cells were added column after column; passes go node by node.
+  by_column.swap(cells_);
+  cells_.resize(by_column.size());
+  for (std::size_t i = 0; i < columns_.size(); ++i)
+    for (std::size_t t = 0; t < at(matrix.ntax); ++t)
+      cells_[t * columns_.size() + i] = by_column[i * at(matrix.ntax) + t];
+  column_steps_.resize(columns_.size());
+}
+
+void plain_optimiser::add_character(int character, std::span<const std::uint8_t> ignored_taxa) {
+  const character_record& record = matrix.characters[at(character)];
+  if (record.type == landmark_data)
+    error_end("Landmark characters (as", character, ") can't be optimized yet");
+  if (record.is_sankoff)
+    error_end("Step-matrix characters (as", character, ") can't be optimized yet");
+  std::vector<std::uint32_t> cells(at(matrix.ntax));
+  std::uint32_t observed = 0;
+  range_column range{character, {}};
+  for (int t = 0; t < matrix.ntax; ++t) {
+    const bool silent = is_ignored(ignored_taxa, t) || says_nothing(character, cell(t, character));
+    if (record.is_continuous) {
+      const continuous_cell value = read_continuous_cell(t, character);
+      range.cells.push_back(silent ? value_range{0, 65535} : value_range{value.low, value.high});
+      continue;
+    }
+    cells[at(t)] = silent ? 0 : cell(t, character);
+    observed |= cells[at(t)];
+  }
+  if (record.is_continuous) {
+    ranges_.push_back(std::move(range));
+    return;
+  }
+  if (observed == 0) return;
+  if (!record.additive) {
+    add_column({character, -1, observed}, cells);
+    return;
+  }
+  std::vector<std::uint32_t> sides(cells.size());
+  const int lowest = std::countr_zero(observed);
+  const int highest = 31 - std::countl_zero(observed);
+  for (int threshold = lowest; threshold < highest; ++threshold) {
+    const std::uint32_t below = (std::uint32_t{2} << threshold) - 1;
+    for (std::size_t t = 0; t < cells.size(); ++t)
+      sides[t] = ((cells[t] & below) ? 1U : 0U) | ((cells[t] & ~below) ? 2U : 0U);
+    add_column({character, threshold, 3}, sides);
+  }
+}
+
+void plain_optimiser::add_column(const plain_column& column, std::span<const std::uint32_t> cells) {
+  columns_.push_back(column);
+  for (const std::uint32_t c : cells) cells_.push_back(c ? c : column.observed);
+}
+
+void plain_optimiser::down_binary(int node, int left, int right) {
+  const std::size_t n = columns_.size();
+  const std::uint32_t* const l = down_.data() + at(left) * n;
+  const std::uint32_t* const r = down_.data() + at(right) * n;
+  std::uint32_t* const d = down_.data() + at(node) * n;
+  std::uint32_t* const u = reach_.data() + at(node) * n;
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::uint32_t both = l[i] & r[i];
+    const std::uint32_t either = l[i] | r[i];
+    const std::uint32_t failed = both ? 0 : ~std::uint32_t{0};
+    d[i] = both | (either & failed);
+    u[i] = either | failed;
+    column_steps_[i] += static_cast<std::int32_t>(failed & 1);
+  }
+}
+
+void plain_optimiser::down_polytomy(int node, std::span<const int> below,
+                                    polytomy_kind polytomies) {
+  const std::size_t n = columns_.size();
+  std::vector<std::uint32_t> sets(below.size());
+  for (std::size_t i = 0; i < n; ++i) {
+    std::uint32_t either = 0;
+    for (std::size_t k = 0; k < below.size(); ++k) {
+      sets[k] = down_[at(below[k]) * n + i];
+      either |= sets[k];
+    }
+    std::uint32_t& d = down_[at(node) * n + i];
+    std::uint32_t& reach = reach_[at(node) * n + i];
+    if (polytomies == polytomy_kind::soft) {
+      const hitting_states choice = smallest_choices(sets);
+      d = choice.states;
+      if (choice.size == 1)
+        for (const std::uint32_t s : sets) d &= s;
+      reach = choice.size > 1 ? ~std::uint32_t{0} : either;
+      column_steps_[i] += choice.size - 1;
+      continue;
+    }
+    std::array<int, 32> count{};
+    int most = 0;
+    for (const std::uint32_t s : sets)
+      for (std::uint32_t rest = s; rest; rest &= rest - 1)
+        most = std::max(most, ++count[at(std::countr_zero(rest))]);
+    d = reach = 0;
+    for (int s = 0; s < 32; ++s) {
+      if (count[at(s)] == most) d |= std::uint32_t{1} << s;
+      if (count[at(s)] >= most - 1) reach |= std::uint32_t{1} << s;
+    }
+    column_steps_[i] += static_cast<std::int32_t>(below.size()) - most;
+  }
+}
+
+void plain_optimiser::final_node(int node, int ancestor, bool terminal) {
+  const std::size_t n = columns_.size();
+  const std::uint32_t* const a = final_.data() + at(ancestor) * n;
+  const std::uint32_t* const d = down_.data() + at(node) * n;
+  const std::uint32_t* const u = terminal ? d : reach_.data() + at(node) * n;
+  std::uint32_t* const f = final_.data() + at(node) * n;
+  for (std::size_t i = 0; i < n; ++i)
+    f[i] = (a[i] & ~d[i]) == 0 ? a[i] : ((a[i] & u[i]) | d[i]) & columns_[i].observed;
+}
+
+void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, bool with_finals) {
+  const int ntax = matrix.ntax;
+  const std::size_t n = columns_.size();
+  const descendant_lists lists = descendants_of(tree, ntax);
+  const std::vector<int> order = nodes_rootward_first(lists, ntax);
+  const std::size_t size = at(std::max(node_limit(tree, ntax), ntax + 1)) * n;
+  down_.resize(size);
+  reach_.resize(size);
+  std::copy(cells_.begin(), cells_.end(), down_.begin());
+  std::fill(column_steps_.begin(), column_steps_.end(), 0);
+  std::fill(steps_.begin(), steps_.end(), 0);
+  std::vector<int> below;
+  for (auto v = order.rbegin(); v != order.rend(); ++v) {
+    below.clear();
+    for (int d = lists.first[at(*v)]; d >= 0; d = lists.sibling[at(d)]) below.push_back(d);
+    if (below.size() == 2)
+      down_binary(*v, below[0], below[1]);
+    else if (!below.empty())
+      down_polytomy(*v, below, polytomies);
+  }
+  for (std::size_t i = 0; i < n; ++i) steps_[at(columns_[i].character)] += column_steps_[i];
+  if (!ranges_.empty()) optimise_ranges(order, lists, polytomies);
+  if (!with_finals) return;
+  final_.resize(size);
+  for (std::size_t i = 0; i < n; ++i) final_[at(ntax) * n + i] = down_[at(ntax) * n + i];
+  for (const int v : order)
+    for (int d = lists.first[at(v)]; d >= 0; d = lists.sibling[at(d)]) final_node(d, v, d < ntax);
+}
+
+/// Continuous characters: a node's range is where the sum of distances to the descendants' ranges
+/// is least (Farris 1970); that lies between the middle ones of all their ends.
+void plain_optimiser::optimise_ranges(std::span<const int> order, const descendant_lists& lists,
+                                      polytomy_kind polytomies) {
+  std::vector<value_range> down(lists.first.size());
+  std::vector<int> ends;
+  for (const range_column& column : ranges_) {
+    std::copy(column.cells.begin(), column.cells.end(), down.begin());
+    std::int64_t sum = 0;
+    for (auto v = order.rbegin(); v != order.rend(); ++v) {
+      ends.clear();
+      int least_high = 65535;
+      int most_low = 0;
+      for (int d = lists.first[at(*v)]; d >= 0; d = lists.sibling[at(d)]) {
+        ends.push_back(down[at(d)].low);
+        ends.push_back(down[at(d)].high);
+        least_high = std::min(least_high, down[at(d)].high);
+        most_low = std::max(most_low, down[at(d)].low);
+      }
+      if (ends.empty()) continue;
+      if (polytomies == polytomy_kind::soft || ends.size() <= 4) {
+        down[at(*v)] = {std::min(least_high, most_low), std::max(least_high, most_low)};
+        sum += std::max(0, most_low - least_high);
+        continue;
+      }
+      std::sort(ends.begin(), ends.end());
+      const value_range middle = {ends[ends.size() / 2 - 1], ends[ends.size() / 2]};
+      for (int d = lists.first[at(*v)]; d >= 0; d = lists.sibling[at(d)])
+        sum += std::max({0, down[at(d)].low - middle.low, middle.low - down[at(d)].high});
+      down[at(*v)] = middle;
+    }
+    steps_[at(column.character)] = sum;
+  }
+}
+
+double plain_optimiser::score() const {
+  std::int64_t steps = 0;
+  std::int64_t thousandths = 0;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const character_record& record = matrix.characters[at(c)];
+    (record.is_continuous ? thousandths : steps) += record.weight * steps_[at(c)];
+  }
+  return static_cast<double>(steps) + static_cast<double>(thousandths) / 1000.0;
+}
+
+}  // namespace zeb
