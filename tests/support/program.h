@@ -28,8 +28,9 @@ inline void start_program() {
   zeb::register_everything();
 }
 
-/// Runs the commands of `text` as a file of its own; returns what they print, errors included.
-inline std::string run_program(std::string_view text) {
+/// Runs the commands of `text` as a file of its own, or the first of them; returns what they print,
+/// errors included.
+inline std::string run_program(std::string_view text, bool only_first = false) {
   start_program();
   char name[] = "/tmp/zeb_test_XXXXXX";
   const int descriptor = mkstemp(name);
@@ -45,7 +46,10 @@ inline std::string run_program(std::string_view text) {
   static std::string file_name;
   file_name = name;
   zeb::run_in_jump_context([] { zeb::push_file(file_name, {}); });
-  while (zeb::process.run_loop && zeb::input.top > 0) zeb::run_one_command();
+  while (zeb::process.run_loop && zeb::input.top > 0) {
+    zeb::run_one_command();
+    if (only_first) zeb::pop_all();
+  }
   zeb::flush_log();
   zeb::output.log_stream = nullptr;
   zeb::output.output_mask = 0;
