@@ -22,6 +22,44 @@ bool is_one_of(int c, std::string_view set) {
   return c > 0 && c < 128 && set.find(static_cast<char>(c)) != std::string_view::npos;
 }
 
+/// Names are what lists can refer to: a letter, then letters, digits and "_-.+".
+bool may_stand_in_name(int c, bool first) {
+  if (c < 33 || c > 255) return false;
+  if (first) return std::isalpha(c) || c == '_';
+  return name_chars[at(c)] || std::isdigit(c);
+}
+
+bool is_name(std::string_view text) {
+  bool first = true;
+  for (const char c : text) {
+    if (!may_stand_in_name(static_cast<unsigned char>(c), first)) return false;
+    first = false;
+  }
+  return !first;
+}
+
+void set_members(const group_table& table, int group, const std::vector<std::uint8_t>& members) {
+  for (int e = 0; e < table.elements; ++e) table.set_member(e, group, members[at(e)] != 0);
+}
+
+/// The members that a group has before it is redefined; unless they are replaced, they come back.
+struct former_members {
+  former_members(const group_table& its_table, int its_group)
+      : table(its_table), group(its_group), members(at(its_table.elements)) {
+    for (int e = 0; e < table.elements; ++e) members[at(e)] = table.in_group(e, group);
+  }
+  ~former_members() {
+    if (!replaced) set_members(table, group, members);
+  }
+  former_members(const former_members&) = delete;
+  former_members& operator=(const former_members&) = delete;
+
+  const group_table& table;
+  int group;
+  std::vector<std::uint8_t> members;
+  bool replaced = false;
+};
+
 class definition_reader {
  public:
   explicit definition_reader(const group_table& table)
@@ -103,10 +141,9 @@ class definition_reader {
   void read_new_name(std::string* name) {
     if (!accept_char('(')) return;
     name->clear();
-    int c = next_nonblank();
-    for (; c != ')'; c = read_char()) {
+    for (int c = next_nonblank(); c != ')'; c = read_char()) {
       if (c < 33 && skip_blanks_peek() == ')') continue;
-      if (c < 33 || c == ';' || c == '(' || c == '{' || c == '}') {
+      if (!may_stand_in_name(c, name->empty())) {
         error_end("Found illegal character when reading group name");
       }
       name->push_back(static_cast<char>(c));
@@ -123,36 +160,20 @@ class definition_reader {
     if (sign == '=') read_new_name(&name);
     const bool was_defined = table_.defined(group);
     if (sign == '<' && !was_defined) error_end("No", table_.kind, "group named", group);
-    std::vector<std::uint8_t> before = members_of(group);
+    former_members former(table_, group);
+    const std::vector<std::uint8_t>& before = former.members;
     std::fill(members_.begin(), members_.end(), std::uint8_t{0});
-    try {
-      if (sign == '=') {
-        // The list sees the group as it is from here on: without members.
-        set_members(group, members_);
-      } else if (sign == '>') {
-        members_ = before;
-      }
-      removing_ = sign == '<';
-      read_members(before);
-    } catch (...) {
-      set_members(group, before);
-      throw;
-    }
+    // A list behind "=" sees the group as it is from here on: without members.
+    if (sign == '=') set_members(table_, group, members_);
+    if (sign == '>') members_ = before;
+    removing_ = sign == '<';
+    read_members(before);
     if (removing_) {
       for (std::size_t e = 0; e < before.size(); ++e) members_[e] = before[e] && !members_[e];
     }
     if (sign == '=' || !was_defined) table_.define(group, name);
-    set_members(group, members_);
-  }
-
-  std::vector<std::uint8_t> members_of(int group) const {
-    std::vector<std::uint8_t> members(at(table_.elements));
-    for (int e = 0; e < table_.elements; ++e) members[at(e)] = table_.in_group(e, group);
-    return members;
-  }
-
-  void set_members(int group, const std::vector<std::uint8_t>& members) const {
-    for (int e = 0; e < table_.elements; ++e) table_.set_member(e, group, members[at(e)] != 0);
+    former.replaced = true;
+    set_members(table_, group, members_);
   }
 
   void read_members(const std::vector<std::uint8_t>& before) {
@@ -272,8 +293,9 @@ class definition_reader {
     emit(table_.command, "\n");
     for (int group = 0; group < table_.limit; ++group) {
       if (!table_.defined(group)) continue;
-      const std::string head =
-          "=" + std::to_string(group) + " (" + std::string(table_.name(group)) + ")";
+      std::string head = "=" + std::to_string(group);
+      // Trees read from a file may be in a group that is called after it, however that is spelled.
+      if (is_name(table_.name(group))) head += " (" + std::string(table_.name(group)) + ")";
       const std::vector<std::string> members = list_items(table_.elements, [&](int e) {
         return table_.in_group(e, group) && (!only_active || table_.active(e));
       });
