@@ -33,6 +33,7 @@ TIMEOUT_SECONDS = 120
 MASKS = [
     (re.compile(r"\b\d+\.\d+ (secs?\b|seconds\b)"), r"<time> \1"),
     (re.compile(r"\b\d+:\d\d:\d\d\b"), "<clock>"),
+    (re.compile(r"\bversion \d+(\.\d+)+"), "version <version>"),
     (re.compile(r"(zeb_|zebexec_)\d+"), r"\1<pid>"),
 ]
 

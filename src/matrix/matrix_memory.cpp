@@ -6,6 +6,7 @@
 #include "matrix/matrix.h"
 #include "matrix/matrix_reader.h"
 #include "shell/arena.h"
+#include "shell/data_memory.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
 #include "shell/process.h"
@@ -33,13 +34,17 @@ double matrix_memory_estimate(int ntax, int nchar) {
 }
 
 void make_room_for_matrix(int ntax, int nchar) {
-  const double estimate = matrix_memory_estimate(ntax, nchar);
+  const double estimate = matrix_memory_estimate(ntax, nchar) * memory.data_proportion;
   if (settings.report) {
     emit("Matrix (", ntax, " taxa, ", nchar, " chars., ", 8 * matrix.cell_bytes,
          " states). Memory required for data: ", megabytes_text(estimate), "\n");
+    if (memory.data_proportion != 1) {
+      emitf("N.B.: allocating no less than %.2f of expected RAM", memory.data_proportion);
+    }
   }
   // Refused before the system is asked: it may promise memory that it doesn't have.
   if (estimate > machine_memory()) out_of_memory();
+  if (!memory.grow_for_data) return;
   const double wanted = std::min(4 * estimate, machine_memory());
   if (static_cast<double>(arena_free()) < wanted && arena.lock_count == 0) {
     create_arena(static_cast<std::size_t>(wanted));

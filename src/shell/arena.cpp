@@ -183,6 +183,19 @@ void unlock(int* tag) {
   arena.lock_count = static_cast<int>(lock_table.size());
 }
 
+void unlock_all() {
+  if (!lock_table.empty()) unlock(lock_table.front().tag);
+}
+
+std::size_t locked_bytes(const int* tag) {
+  for (const lock_entry& entry : lock_table) {
+    if (entry.tag != tag) continue;
+    return static_cast<std::size_t>(entry.low - entry.low_mark) +
+           static_cast<std::size_t>(entry.high_mark - entry.high);
+  }
+  return 0;
+}
+
 void end_of_command() {
   set_low(arena.low_mark);
   set_high(arena.high_mark);

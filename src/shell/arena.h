@@ -105,6 +105,10 @@ void lock(int* tag);
 /// Releases the lock and all later ones, and everything allocated since it was taken. A tag of 0 is
 /// a no-op.
 void unlock(int* tag);
+/// Releases all locks, and with them all data.
+void unlock_all();
+/// Bytes that the lock of this tag protects by itself; 0 where it isn't taken.
+std::size_t locked_bytes(const int* tag);
 /// Releases everything above the marks.
 void end_of_command();
 
@@ -124,6 +128,29 @@ struct lock_tags {
   int matching_lock = 0;      // approximate name matching
 };
 extern lock_tags locks;
+
+/// What a command has allocated so far survives the commands that it runs. Locks taken or released
+/// in between keep their own marks.
+class arena_marks_scope {
+ public:
+  arena_marks_scope()
+      : low_mark_(arena.low_mark), high_mark_(arena.high_mark), low_(arena.low), high_(arena.high) {
+    arena.low_mark = low_;
+    arena.high_mark = high_;
+  }
+  ~arena_marks_scope() {
+    if (arena.low_mark == low_) arena.low_mark = low_mark_;
+    if (arena.high_mark == high_) arena.high_mark = high_mark_;
+  }
+  arena_marks_scope(const arena_marks_scope&) = delete;
+  arena_marks_scope& operator=(const arena_marks_scope&) = delete;
+
+ private:
+  std::byte* low_mark_;
+  std::byte* high_mark_;
+  std::byte* low_;
+  std::byte* high_;
+};
 
 /// Puts both stacks back where they stood, for scratch within one function. Locks may not be taken
 /// while one lives.

@@ -28,7 +28,6 @@ std::string joined(std::span<const message_part> parts) {
   return text;
 }
 
-// The text being read, at most 75 characters of it, and a caret under the place.
 void show_place() {
   const input_frame& frame = top_frame();
   if (frame.stream && !frame.is_terminal && !(input.top == 0 && process.command_line_input)) {
@@ -47,13 +46,12 @@ std::string formatted(const char* format, va_list arguments) {
 
 void show_text_place(const char* text, const char* position) {
   const char* end = text + std::strlen(text);
-  if (position < text || position > end) return;  // a text of its own
+  if (position < text || position > end) return;
   const std::ptrdiff_t length = end - text;
   const std::ptrdiff_t place = position - text;
   std::ptrdiff_t first = std::max<std::ptrdiff_t>(0, place - shown_before);
   if (length - first < shown_width) first = std::max<std::ptrdiff_t>(0, length - shown_width);
-  std::string shown(text + first,
-                    static_cast<std::size_t>(std::min(shown_width, length - first)));
+  std::string shown(text + first, static_cast<std::size_t>(std::min(shown_width, length - first)));
   for (char& c : shown) {
     if (static_cast<unsigned char>(c) < 32) c = ' ';
   }
@@ -110,7 +108,7 @@ int raise_warning(std::span<const message_part> parts) {
     return 0;
   }
   user_interrupt();
-  unwind_command();
+  unwind_interrupted_command();
 }
 
 int warning_f(const char* format, ...) {

@@ -43,6 +43,10 @@ template <class... part>
 /// The same from a printf format; the text is cut at 10,000 characters.
 [[noreturn]] void error_end_f(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+/// Shows at most 75 characters of a text around a position in it, and a caret under that. Nothing
+/// where the position lies outside of the text.
+void show_text_place(const char* text, const char* position);
+
 /// Shows a warning. With `warn` on and a user to ask, a "n" ends the command as an interrupt does;
 /// otherwise returns 0.
 int raise_warning(std::span<const message_part> parts);

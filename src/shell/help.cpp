@@ -1,5 +1,7 @@
 #include "shell/help.h"
 
+#include <algorithm>
+
 #include "shell/help_texts.h"
 #include "shell/output.h"
 
@@ -8,22 +10,27 @@ namespace {
 
 void print_lines(std::string_view text) {
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size() - 1);
-    emit(text.substr(0, end + 1));
-    text.remove_prefix(end + 1);
+    const std::size_t end = text.find('\n');
+    const std::size_t length = end == text.npos ? text.size() : end + 1;
+    emit(text.substr(0, length));
+    text.remove_prefix(length);
   }
 }
 
 }  // namespace
 
+bool print_help_text(std::string_view name) {
+  const auto texts = all_help_texts();
+  const auto found = std::find_if(texts.begin(), texts.end(),
+                                  [name](const help_text& entry) { return entry.name == name; });
+  if (found == texts.end()) return false;
+  emit("\n");
+  print_lines(found->text);
+  return true;
+}
+
 void print_command_help(std::string_view command_name) {
-  for (const help_text& entry : all_help_texts()) {
-    if (entry.name != command_name) continue;
-    emit("\n");
-    print_lines(entry.text);
-    return;
-  }
-  report_line("No help text for", command_name);
+  if (!print_help_text(command_name)) report_line("No help text for", command_name);
 }
 
 }  // namespace zeb

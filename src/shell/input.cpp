@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 
 #include "shell/console.h"
 #include "shell/errors.h"
@@ -22,7 +21,7 @@ void (*unread_char)() = plain_unread_char;
 
 namespace {
 
-input_frame* frame_at(int level) { return input.frames[static_cast<std::size_t>(level)]; }
+input_frame* frame_at(int level) { return input.frames[static_cast<std::size_t>(level)].get(); }
 
 // Puts the new text behind the last bytes of the old one, which can still be unread.
 char* make_room(input_frame& frame) {
@@ -75,9 +74,12 @@ void refill_level_zero(input_frame& frame) {
   if (process.command_line_input) {
     if (next_argument_piece(text)) return;
     if (process.background) {
-      if (!frame.at_end) return supply_end(frame, text);
-      frame.at_end = false;
-      if (!take_up_execute_file()) end_background_run();
+      if (!input.arguments_closed) {
+        input.arguments_closed = true;
+        std::memcpy(text, "\n;", 3);
+      } else if (!take_up_execute_file()) {
+        end_background_run();
+      }
       return;
     }
     process.command_line_input = false;
@@ -103,6 +105,9 @@ void refill(input_frame& frame) {
 
 input_frame& next_frame() {
   if (input.top >= input.mxproc) error_end("You can't nest", input.mxproc, "files");
+  if (input.frames.size() == static_cast<std::size_t>(input.top) + 1) {
+    input.frames.push_back(std::make_unique<input_frame>());
+  }
   input_frame& frame = *frame_at(input.top + 1);
   frame.stream = nullptr;
   frame.is_terminal = frame.at_end = frame.has_arguments = false;
@@ -152,14 +157,8 @@ void drop_rest_of_argument_command() {
 }  // namespace
 
 void start_input(int mxproc, std::string argument_text, const std::string& name) {
-  static std::vector<std::unique_ptr<input_frame>> storage;
   input.mxproc = mxproc;
-  while (storage.size() < static_cast<std::size_t>(mxproc) + 1) {
-    storage.push_back(std::make_unique<input_frame>());
-  }
-  input.frames.clear();
-  for (const auto& frame : storage) input.frames.push_back(frame.get());
-  if (input.read_position) return;  // only the number of frames changes
+  input.frames.push_back(std::make_unique<input_frame>());
   input_frame& frame = *input.frames[0];
   frame.stream = stdin;
   frame.is_terminal = isatty(STDIN_FILENO) != 0;
@@ -170,6 +169,8 @@ void start_input(int mxproc, std::string argument_text, const std::string& name)
   input.argument_text = std::move(argument_text);
   input.argument_position = 0;
 }
+
+void set_input_depth(int mxproc) { input.mxproc = mxproc; }
 
 // Called for every character of every matrix: a byte test, and the rare cases elsewhere.
 int plain_read_char() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdio>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -30,7 +31,8 @@ struct input_frame {
 };
 
 struct input_state {
-  std::vector<input_frame*> frames;  // `mxproc` + 1 of them
+  // One for each level up to the deepest reached; at most `mxproc` + 1.
+  std::vector<std::unique_ptr<input_frame>> frames;
   int mxproc = 10;
   int top = 0;                    // index of the frame being read; 0 is the console or command line
   char* read_position = nullptr;  // in the text of the top frame
@@ -44,6 +46,7 @@ struct input_state {
   // Process arguments that didn't fit in the level-0 text yet.
   std::string argument_text;
   std::size_t argument_position = 0;
+  bool arguments_closed = false;  // the ";" behind them has been supplied
 };
 extern input_state input;
 
@@ -54,16 +57,19 @@ struct macro_hook_table {
   void (*frame_popped)() = nullptr;
   void (*command_failed)() = nullptr;    // error or interrupt: blocks and loops end
   void (*show_error_place)() = nullptr;  // replaces the plain place and caret of an error
-  void (*run_pending_jump)() = nullptr;  // goes to the error target, once the stack is popped
+  int (*loop_level)() = nullptr;         // nesting of macro loops
+  void (*run_pending_jump)() = nullptr;  // goes to the target of `goto [`
   bool (*running_call)() = nullptr;      // no "Again reading from" for it
 };
 extern macro_hook_table macro_hooks;
 
 /// The frame being read.
 inline input_frame& top_frame() { return *input.frames[static_cast<std::size_t>(input.top)]; }
-/// Allocates the frames and makes level 0: the text of the process arguments, or the standard input
-/// where there are none. `name` is shown for it.
+/// Makes level 0: the text of the process arguments, or the standard input where there are none.
+/// `name` is shown for it.
 void start_input(int mxproc, std::string argument_text, const std::string& name);
+/// Sets how many files may be open at a time; not below the number that are.
+void set_input_depth(int mxproc);
 
 /// The two replaceable entries through which every handler takes characters. `read_char` returns
 /// the next character as a non-negative integer and never fails: an ended input gives "\n;".

@@ -7,10 +7,13 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+#include <stdexcept>
 #include <vector>
 
 #include "shell/arena.h"
 #include "shell/commands.h"
+#include "shell/console.h"
 #include "shell/errors.h"
 #include "shell/help.h"
 #include "shell/input.h"
@@ -75,7 +78,7 @@ const command_row& look_up() {
   return *row;
 }
 
-void echo_command(const command_row& row) {
+void announce(const command_row& row) {
   if (settings.echo != 1 || std::strcmp(row.name, "view") == 0) return;
   std::string name = row.name;
   for (char& c : name) c = static_cast<char>(std::toupper(c));
@@ -98,24 +101,27 @@ bool asks_for_help(const command_row& row) {
   return help;
 }
 
+bool is_macro_row(const command_row& row) {
+  return table.data() + zzz_index < &row && &row < table.data() + table.size();
+}
+
 // What must be set before the language starts.
 bool legal_without_macros(const command_row& row) {
   static constexpr std::string_view names[] = {"macro", "macfloat", "hifile"};
   return std::find(std::begin(names), std::end(names), row.name) != std::end(names);
 }
 
-bool is_macro_row(const command_row& row) {
-  return table.data() + zzz_index < &row && &row < table.data() + table.size();
-}
-
-void run_handler(const command_row& row) {
-  if (!settings.macros && is_macro_row(row) && !legal_without_macros(row)) {
-    error_end(row.name, "legal only when macros are enabled");
+// What the standard library throws is an error like any other.
+void run_safely(command_handler handler) {
+  try {
+    handler();
+  } catch (const std::bad_alloc&) {
+    out_of_memory();
+  } catch (const std::length_error&) {
+    out_of_memory();
+  } catch (const std::exception& failure) {
+    error_end("Internal error:", failure.what());
   }
-  if (!row.handler) error_end(text_of("Command \"%s\" is not available yet", row.name));
-  if (pre_run_hook) pre_run_hook();
-  process.command_start = wall_clock();
-  row.handler();
 }
 
 // Skips empty commands. False where level 0 has ended.
@@ -134,7 +140,7 @@ void head_and_handler(const command_row& row) {
   command.command_name = row.name;
   command.prompt = command.command_name + ">";
   if (settings.watch == 1 && !row.timed) settings.watch = 2;
-  echo_command(row);
+  announce(row);
   if (asks_for_help(row)) {
     no_timing();
     print_command_help(row.name);
@@ -142,7 +148,9 @@ void head_and_handler(const command_row& row) {
   }
   const jump_context around_handler;
   try {
-    run_handler(row);
+    if (pre_run_hook) pre_run_hook();
+    process.command_start = wall_clock();
+    call_handler(row);
   } catch (const command_unwinding&) {
   }
 }
@@ -170,6 +178,14 @@ const command_row* find_command(std::string_view word) {
     if (matches(word, *row)) return row;
   }
   return nullptr;
+}
+
+void call_handler(const command_row& row) {
+  if (!settings.macros && is_macro_row(row) && !legal_without_macros(row)) {
+    error_end(row.name, "legal only when macros are enabled");
+  }
+  if (!row.handler) error_end(text_of("Command \"%s\" is not available yet", row.name));
+  run_safely(row.handler);
 }
 
 void run_one_command() {
@@ -203,8 +219,10 @@ void no_timing() {
 void set_pre_run_hook(void (*hook)()) { pre_run_hook = hook; }
 
 void require_data(const char* what) {
-  if (!data_predicate || !data_predicate()) error_end("Must read data before", what);
+  if (!data_in_memory()) error_end("Must read data before", what);
 }
+
+bool data_in_memory() { return data_predicate && data_predicate(); }
 
 void set_data_predicate(bool (*data_present)()) { data_predicate = data_present; }
 
@@ -212,6 +230,7 @@ int run_system_command(const std::string& text) {
   const char* forbidden = std::getenv("ZEB_NO_SYSTEM");
   if (forbidden && *forbidden)
     error_end("Shell commands are forbidden here (ZEB_NO_SYSTEM is set)");
+  const terminal_for_child terminal;
   return std::system(text.c_str());  // NOLINT(concurrency-mt-unsafe)
 }
 

@@ -50,6 +50,8 @@ const command_row* find_command(std::string_view word);
 
 /// Reads and runs one command, with its jump context and the release of temporary memory.
 void run_one_command();
+/// Runs the row's handler: an error where it isn't built, or needs the macro language.
+void call_handler(const command_row& row);
 /// Runs a task that may fail as a command does.
 void run_in_jump_context(void (*task)());
 /// Set up before the handler of every command, by the searches.
@@ -71,6 +73,7 @@ void show_toggle(bool value, const char* subject, bool plural = false);
 /// predicate, since the matrix is a floor above.
 void require_data(const char* what);
 void set_data_predicate(bool (*data_present)());
+bool data_in_memory();
 
 /// A shell command may not run with ZEB_NO_SYSTEM set: error in that case. Returns the status.
 int run_system_command(const std::string& text);

@@ -8,6 +8,7 @@
 
 #include "shell/errors.h"
 #include "shell/input.h"
+#include "shell/process.h"
 
 namespace zeb {
 
@@ -110,6 +111,12 @@ bool at_end_of_word(bool consume) {
   const int c = read_char();
   unread_char();
   return c < 33 || c == ';';
+}
+
+void expect_end() {
+  if (accept_char(';')) return;
+  read_item();
+  error_end("Wrong argument for", command.command_name + ":", token());
 }
 
 bool is_prefix(std::string_view word, std::string_view name) {

@@ -36,6 +36,10 @@ int read_item();
 /// Optionally consumes one character, then tells whether the next is blank or ";".
 bool at_end_of_word(bool consume);
 
+/// The arguments end here: consumes the ";". Anything else is the error "Wrong argument for" the
+/// command.
+void expect_end();
+
 /// Case-insensitive: is `word` a prefix of `name`? An empty word matches nothing.
 bool is_prefix(std::string_view word, std::string_view name);
 

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <new>
 
 #include "shell/arena.h"
 #include "shell/commands.h"
@@ -11,7 +12,7 @@
 #include "shell/interpreter.h"
 #include "shell/output.h"
 #include "shell/process.h"
-#include "shell/random.h"
+#include "shell/startup.h"
 
 namespace zeb {
 namespace {
@@ -21,15 +22,21 @@ void report_time() {
       text_of("%s %.2f secs.", command.command_name.c_str(), wall_clock() - process.command_start));
   if (settings.watch_ram) emit(" (", megabytes_text(static_cast<double>(arena.peak_ram)), ")");
   emit("\n");
+  view_to_end();
+}
+
+void run_pending_jump() {
+  if (!input.jump_pending) return;
+  input.jump_pending = false;
+  if (macro_hooks.run_pending_jump) run_in_jump_context(macro_hooks.run_pending_jump);
+  input.jump_pending = false;
 }
 
 void one_round() {
   process.interrupt_state = 0;
+  process.in_search = false;
+  run_pending_jump();
   if (settings.watch == 1) arena.peak_ram = arena_in_use();
-  if (input.jump_pending) {
-    input.jump_pending = false;
-    if (macro_hooks.run_pending_jump) run_in_jump_context(macro_hooks.run_pending_jump);
-  }
   run_one_command();
   if (arena.peak_ram > arena.peak_ram_ever) arena.peak_ram_ever = arena.peak_ram;
   if (settings.watch == 1) report_time();
@@ -39,19 +46,14 @@ void one_round() {
   if (settings.echo == 3) settings.echo = 0;
 }
 
-std::string joined_arguments(int argc, char** argv) {
-  std::string text;
-  for (int i = 1; i < argc; ++i) {
-    if (i > 1) text += ' ';
-    text += argv[i];
-  }
-  if (argc > 1) text += '\n';
-  return text;
-}
-
 std::string file_name_of(const char* path) {
   const char* slash = std::strrchr(path, '/');
   return std::string(slash ? slash + 1 : path).substr(0, 159);
+}
+
+void greet(run_mode mode) {
+  if (mode == run_mode::interactive) show_banner();
+  if (mode == run_mode::commands) write_console("\nLUMA (Lineage Utility MAchine)\n\n\r");
 }
 
 }  // namespace
@@ -59,16 +61,24 @@ std::string file_name_of(const char* path) {
 int run_process(int argc, char** argv) {
   process.program_name = argc > 0 ? file_name_of(argv[0]) : "zeb";
   process.process_id = static_cast<int>(getpid());
-  process.background = argc > 1 && std::strcmp(argv[1], "bground") == 0;
+  const run_mode mode = run_mode_of(argc, argv);
+  if (mode == run_mode::parallel) {
+    std::fprintf(stderr, "%s: running as \"%s\" is not available yet\n",
+                 process.program_name.c_str(), argv[1]);
+    return 255;
+  }
+  process.background = mode == run_mode::background;
   if (!process.background) start_console();
-  if (argc > 1 && !process.background) std::fputs("\nLUMA (Lineage Utility MAchine)\n\n\r", stderr);
-  process.start_time = wall_clock();
+  process.start_time = process.command_start = process.stopwatch_start = wall_clock();
+  watch_for_math_errors();
   start_output();
   create_arena(arena.size);
   start_input(10, joined_arguments(argc, argv), argc > 1 ? process.program_name : "Standard Input");
+  greet(mode);
   process.run_loop = true;
   while (process.run_loop) one_round();
   pop_all();
+  run_quit_hooks();
   end_process(0);
 }
 

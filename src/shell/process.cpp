@@ -53,6 +53,11 @@ void unwind_command() {
     report_line("... SOME ERROR OCCURED, QUITTING...");
     end_process(255);
   }
+  unwind_interrupted_command();
+}
+
+void unwind_interrupted_command() {
+  flush_log();
   if (jump_contexts == 0) {
     report_line("No jump buffer");
     end_process(255);
@@ -60,37 +65,20 @@ void unwind_command() {
   throw command_unwinding{};
 }
 
-void user_interrupt() {
-  reset_output();
-  clear_progress();
-  if (process.in_search) {
-    process.interrupt_state = 1;
-    return;
-  }
-  emit("\nUser interrupt...\n");
-  pop_all();
-  if (macro_hooks.command_failed) macro_hooks.command_failed();
-  unwind_command();
-}
-
-void check_interrupt(int mode) {
-  if (process.interrupt_state != 0) return;
-  if (mode == 2) return user_interrupt();
-  if (mode == 1 && poll_interrupt_keys() == key_wish::interrupt) user_interrupt();
-  if (mode == 0 && wait_interrupt_key() == key_wish::interrupt) user_interrupt();
-}
-
-bool take_up_execute_file() { return false; }
-
 void end_background_run() {
   write_log("\nQuitting ZEB...\n");
   end_process(1);
 }
 
+void run_quit_hooks() {
+  for (const quit_hook hook : quit_hooks) hook();
+}
+
 void quit_command() {
+  if (take_up_execute_file()) return;
   process.run_loop = false;
   settings.watch = 0;
-  for (const quit_hook hook : quit_hooks) hook();
+  run_quit_hooks();
   end_process(0);
 }
 

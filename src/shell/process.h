@@ -12,12 +12,13 @@ struct process_state {
   int transport = 2;                // 0 PVM, 1 MPI, 2 none yet
   bool command_line_input = false;  // level 0 holds the process arguments
   int process_id = 0;
-  double start_time = 0;     // wall clock, seconds
-  double command_start = 0;  // wall clock, seconds; pauses are added to it
-  int interrupt_state = 0;   // 0 nothing, 1 stop the search and move on, 3 stop by time-out
-  bool in_search = false;    // a search command runs
-  int execute_counter = 1;   // numbers the copies of execute files; -1 forbids them
-  std::string program_name;  // file name of the program, without its path
+  double start_time = 0;       // wall clock, seconds
+  double command_start = 0;    // wall clock, seconds; pauses are added to it
+  double stopwatch_start = 0;  // `watch *`
+  int interrupt_state = 0;     // 0 nothing, 1 stop the search and move on, 3 stop by time-out
+  bool in_search = false;      // a search command runs
+  int execute_counter = 1;     // numbers the copies of execute files; -1 forbids them
+  std::string program_name;    // file name of the program, without its path
 };
 extern process_state process;
 
@@ -42,10 +43,14 @@ void quit_command();
 /// What `quit` must close, in the order of registration: open drawings, tree files, slaves.
 using quit_hook = void (*)();
 void add_quit_hook(quit_hook hook);
+void run_quit_hooks();
 
 /// The last step of errors and interrupts: cleans up and throws to the innermost jump context.
 /// Ends the process in the background.
 [[noreturn]] void unwind_command();
+/// The same for the user's stop, which doesn't end a background run: what is left of its
+/// instructions goes on.
+[[noreturn]] void unwind_interrupted_command();
 /// The user's stop: pops all input and unwinds, or sets `interrupt_state` in a search.
 void user_interrupt();
 /// The end of the instructions of a background run: runs the execute file if there is one (true),
@@ -80,10 +85,17 @@ struct shell_settings {
   bool beep = true;
   int break_polling = 1;             // `break`: <esc>, "p" and "m" are polled; 0 off
   int echo = 0;                      // 1 on; 3 marked by an error for one round
-  bool echo_console_to_log = false;  // `echo [`
+  bool echo_console_to_log = false;  // `echo [`: console lines go to the log
   int watch = 0;                     // 1 on; 2 on but not for this command
   bool watch_ram = false;            // `watch [`
   bool macros = false;               // the macro language is on
+  bool progress_bars = true;         // `report [`: bars and counters of long commands
+  // `report +T/R/N`: a line of a search's status is kept every so often; 0 never.
+  int status_seconds = 0;
+  int status_replications = 0;
+  int status_trees = 0;
+  unsigned timeout_seconds = 0;  // limit of searches, from `process.command_start`; 0 none
+  bool timeout_armed = true;     // off while a summary prints: the limit isn't looked at
 };
 extern shell_settings settings;
 

@@ -13,13 +13,16 @@ void show_toggle(bool value, const char* subject, bool plural) {
 
 void toggle_command(bool& setting, const char* subject, bool plural) {
   no_timing();
+  bool value = setting;
   if (accept_char('=')) {
-    setting = true;
+    value = true;
   } else if (accept_char('-')) {
-    setting = false;
+    value = false;
   } else if (accept_char('/')) {
-    setting = !setting;
+    value = !setting;
   }
+  expect_end();
+  setting = value;
   show_toggle(setting, subject, plural);
 }
 
