@@ -155,6 +155,7 @@ void create_buffer() {
     store.group_names.push_back(text_of("Group_%i", g));
   }
   store.next_auto_group = 0;
+  store.last_auto_group = -1;
   tags.tags_present = false;
   lay_out(100, 0, 0, 0);
 }
@@ -284,6 +285,7 @@ void tag_tree_group(int first, int last, std::string_view name) {
   for (int t = first; t < last; ++t) add_to_tree_group(t, group);
   store.defined_groups[at(group / 32)] |= 1U << (group % 32);
   store.group_names[at(group)] = name;
+  store.last_auto_group = group;
   store.next_auto_group = group + 1 < store.tgroup_limit ? group + 1 : 0;
 }
 

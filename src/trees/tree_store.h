@@ -34,6 +34,7 @@ struct tree_store {
   std::vector<std::uint32_t> defined_groups;  // tgroup_words: groups that exist
   std::vector<std::string> group_names;       // tgroup_limit
   int next_auto_group = 0;                    // cycles from 0 to tgroup_limit - 1
+  int last_auto_group = -1;                   // group made last by automatic placing; -1 none
   bool auto_group = true;                     // `tgroup [no]auto`
 
   int vault_size = 0;           // capacity of the vault; 0 none
