@@ -10,6 +10,7 @@
 
 #include <cctype>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -129,7 +130,8 @@ bool input_is_gone() {
 
 // Without the pauses ("$<50>") that old terminals needed.
 std::string library_text(const char* text) {
-  if (!text || text == reinterpret_cast<const char*>(-1)) return {};
+  // Both mean that the terminal has no such text.
+  if (!text || reinterpret_cast<std::intptr_t>(text) == -1) return {};
   std::string code(text);
   for (std::size_t at = code.find("$<"); at != std::string::npos; at = code.find("$<", at)) {
     const std::size_t end = code.find('>', at);
@@ -249,7 +251,7 @@ std::string clear_to_line_end_code() {
 
 std::string move_cursor_code(int row, int column) {
   const std::string code = output.console_mode ? library_text(tigetstr("cup")) : std::string();
-  if (code.empty()) return code;
+  if (code.empty()) return {};
   return library_text(tparm(code.c_str(), row, column, 0, 0, 0, 0, 0, 0, 0));
 }
 
