@@ -70,9 +70,9 @@ void screen_command() {
         size[i] > largest_screen[i]) {
       error_end("Screen size is given as rows (at least 4) and columns (at least 20)");
     }
+    output.cut_lines = true;  // a query leaves the lines of a pipe whole
   }
   expect_end();
-  output.cut_lines = true;
   output.screen_rows = size[0];
   output.screen_columns = size[1];
   emitf("Screen has %i rows and %i columns", size[0], size[1]);

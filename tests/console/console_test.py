@@ -256,6 +256,32 @@ class Interrupts(ConsoleTest):
         s.wait_for_text("User interrupt...")
         s.wait_for_prompt()
 
+    def test_break_settings(self):
+        self.numbered_lines(self.COUNT)
+        s = self.start(seconds=60)
+        s.command("break /Really stop this;")
+        s.type("lines;\r")
+        s.wait_for(lambda: len(s.output) > 5000, "some lines")
+        s.key("esc")
+        s.wait_for_text("Really stop this (y/n)")
+        s.type("xn")
+        before = len(s.output)
+        s.wait_for(lambda: len(s.output) > before + 5000, "the run to go on")
+        s.key("esc")
+        s.wait_for_text("Really stop this (y/n)")
+        s.type("Y")
+        s.wait_for_text("User interrupt...")
+        s.wait_for_prompt()
+
+    def test_without_break_nothing_is_polled(self):
+        self.numbered_lines(3000)
+        s = self.start()
+        s.command("break-;")
+        s.type("lines;\r")
+        s.wait_for(lambda: len(s.output) > 5000, "some lines")
+        s.key("esc")
+        s.wait_for_text("line 3000 of many")
+
     def test_other_keys_do_nothing(self):
         s = self.start_long_run()
         s.type("x")
@@ -287,6 +313,18 @@ class Screens(ConsoleTest):
         s.wait_for_prompt()
         s.command("quote " + "y" * 60 + ";")
         self.assertIn("\n" + "y" * 60 + "\n", s.screen.text())
+
+    def test_a_child_process_finds_a_usable_terminal(self):
+        s = self.start()
+        s.command("system printf 'one\\ntwo\\n' && stty -a | grep -o ' .\\?icanon';")
+        self.assertIn("\none\ntwo\n icanon\n", s.screen.text())
+        s.command("quote back;")
+        self.assertIn("\nback\n", s.screen.text())
+
+    def test_screen_size_can_be_set(self):
+        s = self.start()
+        s.command("screen 24 40; quote " + "z" * 60 + ";")
+        self.assertIn("\n" + "z" * 39 + "\n", s.screen.text())
 
     def test_paging_waits_for_a_key(self):
         self.numbered_lines(60)
