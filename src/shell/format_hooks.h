@@ -13,6 +13,8 @@ struct format_hook_table {
   void (*read_fasta)(int option, const std::string& file) = nullptr;
   /// Reads trees in Newick notation.
   void (*read_newick)(const std::string& file) = nullptr;
+  /// Reads a PHYLIP matrix.
+  void (*read_phylip)(const std::string& file) = nullptr;
 };
 extern format_hook_table format_hooks;
 

@@ -43,6 +43,7 @@ void read_from_file(const std::string& name) {
 
 void read_fasta() {
   int option = -1;
+  accept_char('=');
   read_optional_int(&option);
   if (read_item() == 0) error_end("Must specify name of FASTA file");
   if (!format_hooks.read_fasta) error_end("Reading of FASTA files is not available yet");
@@ -53,6 +54,12 @@ void read_newick() {
   if (read_item() == 0) error_end("Must specify name of file with Newick trees");
   if (!format_hooks.read_newick) error_end("Reading of Newick trees is not available yet");
   format_hooks.read_newick(std::string(token()));
+}
+
+void read_phylip() {
+  if (read_item() == 0) error_end("Must specify name of PHYLIP file");
+  if (!format_hooks.read_phylip) error_end("Reading of PHYLIP files is not available yet");
+  format_hooks.read_phylip(std::string(token()));
 }
 
 // "/" and "-" end the file where nothing but a blank or ";" follows; else they begin a name.
@@ -109,6 +116,8 @@ void procedure_command() {
     read_fasta();
   } else if (accept_char('[')) {
     read_newick();
+  } else if (accept_char('!')) {
+    read_phylip();
   } else {
     read_item();
     read_from_file(std::string(token()));

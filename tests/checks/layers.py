@@ -16,6 +16,7 @@ FOLDERS = {
     "search": 6,
     "consensus": 5,
     "engine": 4,
+    "formats": 4,
     "landmarks": 4,
     "trees": 3,
     "matrix": 2,

@@ -1,0 +1,174 @@
+// `export`: the data and trees in memory as NEXUS, FASTA or Newick.
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "formats/formats.h"
+#include "formats/nexus_writer.h"
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "trees/tags.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+struct export_choice {
+  bool trees = false;          // "*"
+  bool step_matrices = false;  // "+"
+  bool trees_only = false;     // "-"
+  bool tag_lengths = false;    // ">"
+  bool tag_labels = false;     // "<"
+  bool as_dna = false;         // "["
+  bool as_standard = false;    // "]"
+  bool fasta = false;          // "!"
+  bool skip_gaps = false;      // "!!"
+  bool newick = false;         // "="
+  bool writes_data() const { return !trees_only && !tag_lengths && !tag_labels && !newick; }
+};
+
+export_choice read_choice() {
+  export_choice choice;
+  for (;;) {
+    const int c = skip_blanks_peek();
+    switch (c) {
+      case '*':
+        choice.trees = true;
+        break;
+      case '+':
+        choice.step_matrices = true;
+        break;
+      case '-':
+        choice.trees_only = true;
+        break;
+      case '>':
+        choice.tag_lengths = true;
+        break;
+      case '<':
+        choice.tag_labels = true;
+        break;
+      case '[':
+        choice.as_dna = true;
+        break;
+      case ']':
+        choice.as_standard = true;
+        break;
+      case '!':
+        choice.skip_gaps = choice.fasta;
+        choice.fasta = true;
+        break;
+      case '=':
+        choice.newick = true;
+        break;
+      default:
+        return choice;
+    }
+    next_nonblank();
+  }
+}
+
+bool has_continuous() {
+  for (const character_record& record : matrix.characters) {
+    if (record.is_continuous) return true;
+  }
+  return false;
+}
+
+void check_choice(const export_choice& choice) {
+  if (choice.fasta &&
+      (choice.trees || choice.step_matrices || choice.trees_only || choice.newick)) {
+    error_end("Saving trees as FASTA doesn't allow saving trees/costs");
+  }
+  if ((choice.trees || choice.trees_only || choice.newick) && store.ntrees == 0 &&
+      !(choice.trees_only && tags.tags_present)) {
+    error_end("No trees to save to NEXUS file!");
+  }
+  if ((choice.tag_lengths || choice.tag_labels) && !tags.tags_present)
+    error_end("No tree-tags to save!");
+  if (!choice.writes_data()) return;
+  if (has_continuous()) error_end("Cannot export data sets with continuous characters");
+  const int states = most_states();
+  if (states > 32) error_end("Cannot export data sets with more than 32 states");
+  if (choice.as_dna && states > 4) error_end("Cannot save data as DNA (too many states!)");
+}
+
+struct file_closer {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using file_handle = std::unique_ptr<std::FILE, file_closer>;
+
+file_handle open_output(const std::string& name) {
+  if (std::FILE* there = std::fopen(name.c_str(), "rb")) {
+    std::fclose(there);
+    warning_f("File \"%s\" already exists.  It will be overwritten.", name.c_str());
+  }
+  file_handle file(std::fopen(name.c_str(), "wb"));
+  if (!file) error_end_f("Can't open file \"%s\" for writing...", name.c_str());
+  return file;
+}
+
+void write_nexus(std::FILE* out, const export_choice& choice) {
+  if (choice.writes_data()) {
+    write_nexus_data(out, {choice.as_dna, choice.as_standard});
+    write_nexus_assumptions(out);
+  } else {
+    std::fputs("#NEXUS\n", out);
+  }
+  if ((choice.trees || choice.trees_only) && store.ntrees > 0) write_nexus_trees(out);
+  if (choice.tag_lengths) write_nexus_tag_tree(out, tag_use::lengths);
+  if (choice.tag_labels || (choice.trees_only && tags.tags_present))
+    write_nexus_tag_tree(out, tag_use::labels);
+}
+
+// What follows "+" behind the name, up to ";", goes to the end of the file as it stands.
+void copy_text(std::FILE* out) {
+  const bool commas = input.literal_comma;
+  input.literal_comma = true;
+  for (int c = read_char(); c != ';'; c = read_char()) {
+    if (c != '\r') std::fputc(c, out);
+  }
+  input.literal_comma = commas;
+  std::fputc('\n', out);
+}
+
+std::string what_was_saved(const export_choice& choice) {
+  if (choice.newick) return "trees";
+  if (choice.tag_lengths || choice.tag_labels) return "tree-tags";
+  if (choice.trees_only) return tags.tags_present ? "trees and tree-tags" : "trees";
+  return choice.trees ? "data and trees" : "data";
+}
+
+}  // namespace
+
+void export_command() {
+  require_data("exporting data");
+  const export_choice choice = read_choice();
+  if (choice.step_matrices) {
+    error_end("Step-matrices can't be exported: characters with costs are not available yet");
+  }
+  check_choice(choice);
+  if (read_item() == 0) error_end("Must give name of file");
+  const std::string name(token());
+  {
+    const file_handle file = open_output(name);
+    if (choice.fasta) {
+      write_fasta(file.get(), choice.skip_gaps);
+    } else if (choice.newick) {
+      write_newick_trees(file.get());
+    } else {
+      write_nexus(file.get(), choice);
+    }
+    if (accept_char('+')) copy_text(file.get());
+    if (std::fflush(file.get()) != 0 || std::ferror(file.get()))
+      error_end("Cannot write file", name);
+  }
+  const char* format = choice.fasta ? "Fasta" : choice.newick ? "Newick" : "Nexus";
+  report_line("Saved", what_was_saved(choice), text_of("(%s format) to file", format), name);
+}
+
+}  // namespace zeb

@@ -1,0 +1,107 @@
+// FASTA files (Pearson and Lipman 1988) of aligned sequences.
+#include <unordered_map>
+#include <vector>
+
+#include "formats/foreign_matrix.h"
+#include "formats/formats.h"
+#include "formats/sequence_file.h"
+#include "matrix/symbols.h"
+#include "shell/errors.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+namespace {
+
+struct fasta_sequence {
+  std::string name;
+  std::size_t name_line;  // from 1
+  std::vector<std::string_view> pieces;
+  std::size_t length = 0;
+};
+
+std::vector<fasta_sequence> find_sequences(const text_lines& text) {
+  std::vector<fasta_sequence> sequences;
+  for (std::size_t i = 0; i < text.lines().size(); ++i) {
+    const std::string_view line = trimmed(text.lines()[i]);
+    if (line.empty()) continue;
+    if (line[0] == '>') {
+      sequences.push_back({std::string(trimmed(line.substr(1))), i + 1, {}, 0});
+      continue;
+    }
+    if (sequences.empty()) error_end("FASTA taxon names must start with '>'");
+    fasta_sequence& sequence = sequences.back();
+    sequence.pieces.push_back(line);
+    for (const char c : line) sequence.length += static_cast<unsigned char>(c) > 32;
+  }
+  return sequences;
+}
+
+void check_names(const std::vector<fasta_sequence>& sequences) {
+  std::unordered_map<std::string, std::size_t> lines;
+  for (const fasta_sequence& sequence : sequences) {
+    if (sequence.name.empty())
+      error_end("FASTA sequence without a name in line", sequence.name_line);
+    const auto [known, is_new] = lines.emplace(sequence.name, sequence.name_line);
+    if (!is_new) {
+      error_end("Sequence", sequence.name, "appears twice in FASTA file (lines", known->second,
+                "and", std::to_string(sequence.name_line) + ")");
+    }
+  }
+}
+
+void check_lengths(const std::vector<fasta_sequence>& sequences) {
+  const std::size_t length = sequences.front().length;
+  for (const fasta_sequence& sequence : sequences) {
+    if (sequence.length == length) continue;
+    error_end("Sequences in FASTA file seem not to be aligned!\nCannot equalize to", length,
+              "characters:", sequence.name,
+              sequence.length < length ? "has less than" : "has more than", length, "positions");
+  }
+}
+
+void store_sequence(const fasta_sequence& sequence, int taxon, const symbol_table& symbols) {
+  int character = 0;
+  for (const std::string_view piece : sequence.pieces) {
+    for (const char c : piece) {
+      const auto symbol = static_cast<unsigned char>(c);
+      if (symbol < 33) continue;
+      const std::uint32_t states = symbols[symbol];
+      if (!states) {
+        error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c'", taxon,
+                    std::string(taxon_name(taxon)).c_str(), character, c);
+      }
+      set_cell(taxon, character++, states);
+    }
+  }
+}
+
+}  // namespace
+
+void read_fasta_file(int /*option*/, const std::string& file) {
+  const text_lines text(file);
+  const std::vector<fasta_sequence> sequences = find_sequences(text);
+  if (sequences.size() < 4) error_end("Sorry, can't read less than 4 taxa");
+  check_names(sequences);
+  check_lengths(sequences);
+  begin_foreign_matrix(file, static_cast<std::int64_t>(sequences.size()),
+                       static_cast<std::int64_t>(sequences.front().length));
+  const bool gaps = matrix.gaps_are_states;
+  const symbol_table symbols = make_symbols(dna_data, matrix.cell_bytes, gaps);
+  foreign_taxa taxa(matrix.ntax);
+  for (const fasta_sequence& sequence : sequences) {
+    check_interrupt(1);
+    show_progress("Converting matrix", taxa.count(), matrix.ntax);
+    store_sequence(sequence, taxa.add(sequence.name), symbols);
+  }
+  clear_progress();
+  for (int c = 0; c < matrix.nchar; ++c) {
+    set_character_type(c, dna_data);
+    matrix.characters[static_cast<std::size_t>(c)].gap_is_state = gaps;
+  }
+  finish_matrix();
+  if (settings.report) report_line("Read", matrix.ntax, "taxa,", matrix.nchar, "characters");
+}
+
+}  // namespace zeb

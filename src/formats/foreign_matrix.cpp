@@ -1,0 +1,53 @@
+#include "formats/foreign_matrix.h"
+
+#include <algorithm>
+
+#include "matrix/matrix_reader.h"
+#include "shell/errors.h"
+#include "shell/output.h"
+
+namespace zeb {
+
+void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int64_t nchar) {
+  constexpr std::int64_t most = 1'000'000'000;  // begin_matrix checks what really fits
+  if (nchar < 1 || nchar > most) error_end("Must specify number of characters");
+  if (ntax < 4 || ntax > most) error_end("Must specify number of taxa (4 or more)");
+  warn_of_replacement(source.c_str());
+  wipe_matrix();
+  make_room_for_matrix(static_cast<int>(ntax), static_cast<int>(nchar));
+  begin_matrix(static_cast<int>(ntax), static_cast<int>(nchar));
+  matrix.file_name = source;
+}
+
+int foreign_taxa::find(const std::string& name) const {
+  const auto found = by_name_.find(name);
+  return found == by_name_.end() ? -1 : found->second;
+}
+
+int foreign_taxa::add(const std::string& name) {
+  std::string word = name;
+  std::replace(word.begin(), word.end(), ' ', '_');
+  const int taxon = rows_.taxa_of_row(word, false).front();
+  by_name_.emplace(name, taxon);
+  return taxon;
+}
+
+void cut_foreign_matrix(int taxa_read, int characters_read) {
+  if (taxa_read < matrix.ntax) {
+    warning("Number of taxa set to", matrix.ntax, "but only", taxa_read,
+            "taxon names defined.\nNumber of taxa re-set to", taxa_read);
+    if (taxa_read < 4) error_end("Must specify number of taxa (4 or more)");
+  }
+  if (characters_read < matrix.nchar) {
+    const std::string undefined =
+        characters_read + 1 == matrix.nchar
+            ? text_of("%i, but character %i", matrix.nchar, characters_read)
+            : text_of("%i, but characters %i-%i", matrix.nchar, characters_read, matrix.nchar - 1);
+    warning("Number of characters set to", undefined, "undefined\nNumber of chars. re-set to",
+            characters_read);
+    if (characters_read < 1) error_end("Must specify number of characters");
+  }
+  shrink_matrix(taxa_read, characters_read);
+}
+
+}  // namespace zeb

@@ -1,0 +1,36 @@
+// What the readers of all foreign formats do with the matrix: begin it, name its taxa, and cut it
+// to what was read.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "matrix/matrix.h"
+#include "matrix/taxon_rows.h"
+
+namespace zeb {
+
+/// Drops the former data (asking where `warn` is on), checks the dimensions, makes room and lays
+/// out a matrix with all cells missing.
+void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int64_t nchar);
+
+/// Taxa by the names of a foreign file, made fit for ZEB with the usual warnings.
+class foreign_taxa {
+ public:
+  explicit foreign_taxa(int ntax) : rows_(ntax) { rows_.begin_block(); }
+  /// Number of the taxon of that name; -1 for a name not met.
+  int find(const std::string& name) const;
+  /// A new taxon. Errors for one too many and for a name met before.
+  int add(const std::string& name);
+  int count() const { return rows_.count(); }
+
+ private:
+  taxon_rows rows_;
+  std::unordered_map<std::string, int> by_name_;
+};
+
+/// "Number of taxa set to..." and "Number of characters set to...": warns and cuts the matrix.
+void cut_foreign_matrix(int taxa_read, int characters_read);
+
+}  // namespace zeb

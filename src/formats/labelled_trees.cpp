@@ -1,0 +1,132 @@
+#include "formats/labelled_trees.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "trees/tags.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr std::size_t longest_label = 10'000;
+
+bool ends_label(int c) {
+  return c < 33 || c == '(' || c == ')' || c == ',' || c == ':' || c == ';' || c == '[';
+}
+
+}  // namespace
+
+labelled_tree_reader::labelled_tree_reader(label_lookup lookup)
+    : lookup_(std::move(lookup)), tree_(matrix.ntax) {
+  dialect_.read = plain_read_char;
+  dialect_.unread = plain_unread_char;
+  dialect_.terminators = ";";
+  dialect_.annotation = ':';
+  dialect_.labels_behind_nodes = true;
+  dialect_.bracket_comments = true;
+  dialect_.read_item = [this](tree_builder& tree) { tree.add_terminal(lookup_(read_label())); };
+  dialect_.read_annotation = [this](tree_builder&, int node) {
+    const std::string length = read_label();
+    // A label and a length of one node stand in one tag.
+    if (!texts_.empty() && texts_.back().first == node) {
+      texts_.back().second += "/" + length;
+    } else {
+      texts_.emplace_back(node, length);
+    }
+  };
+  dialect_.read_label = [this](tree_builder&, int node) {
+    texts_.emplace_back(node, read_label());
+  };
+  dialect_.excess = [] { error_end("Too many trailing parentheses in tread"); };
+  dialect_.missing = [](int) { error_end("Sorry, couldn't read tree (unbalanced parents.)"); };
+}
+
+std::string labelled_tree_reader::read_label() {
+  std::string label;
+  int c = plain_read_char();
+  while (c < 33) c = plain_read_char();
+  if (c == '\'') {
+    for (c = plain_read_char();; c = plain_read_char()) {
+      if (c == '\'') {
+        if (plain_read_char() != '\'') break;
+      }
+      if (label.size() > longest_label || input_ended())
+        error_end("A quoted name isn't closed:", label.substr(0, 60));
+      label += static_cast<char>(c);
+    }
+    plain_unread_char();
+    return label;
+  }
+  for (; !ends_label(c); c = plain_read_char()) {
+    label += static_cast<char>(c);
+    if (label.size() > longest_label) error_end("Name too long");
+  }
+  plain_unread_char();
+  return label;
+}
+
+void labelled_tree_reader::store() {
+  if (zeb::store.ntrees >= zeb::store.maxtrees) {
+    if (zeb::store.vault_size > 0) error_end("Cannot increase tree-space when tree-vault is set");
+    if (!set_maxtrees(zeb::store.maxtrees + 100, false, true))
+      error_end("No space to store new trees");
+  }
+  std::vector<int> numbers;
+  const tree_span slot = stored_tree(zeb::store.ntrees);
+  tree_.finish(slot, zeb::store.include_absent, &numbers);
+  store_slot({}, false);
+  ++count_;
+  if (texts_.empty()) return;
+  tagged_.assign(slot.begin(), slot.end());
+  tagged_texts_.assign(slot.size(), {});
+  for (const auto& [node, text] : texts_) {
+    const int number = numbers[static_cast<std::size_t>(node)];
+    if (number >= 0) tagged_texts_[static_cast<std::size_t>(number)] = text;
+  }
+}
+
+bool labelled_tree_reader::read_tree() {
+  texts_.clear();
+  read_parenthetical(tree_, dialect_);
+  if (tree_.untouched()) return false;
+  if (tree_.empty()) error_end("Tree without taxa");
+  store();
+  return true;
+}
+
+bool labelled_tree_reader::keep_tags(std::string_view title) {
+  if (tagged_.empty()) return false;
+  set_tag_tree(tagged_, tagged_texts_, title);
+  return true;
+}
+
+int find_foreign_taxon(const std::string& label) {
+  taxon_names names;
+  std::string word = label;
+  for (char& c : word) {
+    if (c == ' ' || c == '+' || c == '-' || c == '/') c = '_';
+  }
+  const auto most = static_cast<std::size_t>(matrix.name_length) - 1;
+  if (word.size() > most) word.resize(most);
+  return names.find(word);
+}
+
+std::string quoted_label(std::string_view name) {
+  const bool plain = !name.empty() && std::all_of(name.begin(), name.end(), [](unsigned char c) {
+    return std::isalnum(c) || c == '_' || c == '.' || c == '-' || c > 127;
+  });
+  if (plain) return std::string(name);
+  std::string quoted = "'";
+  for (const char c : name) {
+    quoted += c;
+    if (c == '\'') quoted += '\'';
+  }
+  return quoted + "'";
+}
+
+}  // namespace zeb

@@ -1,0 +1,53 @@
+// Trees with names, labels and branch lengths in nested parentheses, as Newick files and NEXUS
+// trees blocks have them.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "trees/parenthetical_reader.h"
+#include "trees/taxon_names.h"
+
+namespace zeb {
+
+/// What a label in a tree stands for: the taxon's number. Must not return for unknown labels.
+using label_lookup = std::function<int(const std::string& label)>;
+
+/// Reads trees from the top frame of the input stack and stores them in the tree buffer, with
+/// labels and lengths kept for the tag tree.
+class labelled_tree_reader {
+ public:
+  explicit labelled_tree_reader(label_lookup lookup);
+  labelled_tree_reader(const labelled_tree_reader&) = delete;
+  labelled_tree_reader& operator=(const labelled_tree_reader&) = delete;
+
+  /// Reads one tree up to its ";" and stores it. False where there was nothing but the ";".
+  bool read_tree();
+  int trees_read() const { return count_; }
+  /// Makes the last tree read with labels or lengths the tag tree. Returns whether there was one.
+  bool keep_tags(std::string_view title);
+
+ private:
+  std::string read_label();
+  void store();
+
+  label_lookup lookup_;
+  tree_builder tree_;
+  parenthetical_dialect dialect_;
+  std::vector<std::pair<int, std::string>> texts_;  // by node of the builder
+  std::vector<tree_node> tagged_;
+  std::vector<std::string> tagged_texts_;
+  int count_ = 0;
+};
+
+/// The taxon with this name, blanks and the signs that names can't have read as "_", case ignored;
+/// -1 none.
+int find_foreign_taxon(const std::string& label);
+
+/// A label as other programs read it back: in single quotes, doubled inside, where it holds
+/// anything but letters, digits, "_", "." and "-".
+std::string quoted_label(std::string_view name);
+
+}  // namespace zeb

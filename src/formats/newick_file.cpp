@@ -1,0 +1,40 @@
+// Files of Newick trees.
+#include "formats/formats.h"
+#include "formats/labelled_trees.h"
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/output.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+void read_newick_file(const std::string& file) {
+  require_data("reading Newick trees");
+  push_file(file, {});
+  const int level = input.top;
+  labelled_tree_reader reader([](const std::string& label) {
+    const int taxon = find_foreign_taxon(label);
+    if (taxon < 0) error_end("Unidentified taxon name:", label);
+    return taxon;
+  });
+  const int first = store.ntrees;
+  while (input.top == level && !input_ended()) {
+    if (!reader.read_tree() && input_ended()) break;
+    show_progress("Reading trees", reader.trees_read(), store.maxtrees);
+  }
+  clear_progress();
+  if (input.top == level) pop_frame();
+  const int count = reader.trees_read();
+  const bool tagged = reader.keep_tags("Tree-tags from " + file);
+  std::string text =
+      text_of("Read %i %s from Newick tree-file", count, count == 1 ? "tree" : "trees");
+  if (count > 0) {
+    text += text_of(" (%s %i", count == 1 ? "tree" : "trees", first);
+    text += count == 1 ? ")" : text_of("-%i)", store.ntrees - 1);
+  }
+  report_line(text + (tagged ? " (stored tree-tags as well)" : ""));
+}
+
+}  // namespace zeb

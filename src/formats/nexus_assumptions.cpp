@@ -1,0 +1,193 @@
+// The ASSUMPTIONS, SETS and PAUP blocks: types, weights, activity of characters and taxa, step
+// matrices.
+#include <cmath>
+#include <cstdlib>
+
+#include "formats/nexus_file.h"
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/interpreter.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+namespace {
+
+template <class change>
+void for_characters(const std::vector<std::uint8_t>& marks, change&& apply) {
+  for (std::size_t c = 0; c < marks.size(); ++c) {
+    if (marks[c]) apply(matrix.characters[c]);
+  }
+}
+
+void set_additive(const std::vector<std::uint8_t>& marks, bool additive) {
+  for_characters(marks, [additive](character_record& record) {
+    if (record.is_continuous) return;
+    record.additive = additive;
+    record.needs_recheck = 1;
+  });
+}
+
+bool is_known_step_matrix(const nexus_file& file, const std::string& type) {
+  for (const nexus_step_matrix& matrix_read : file.step_matrices) {
+    if (lower_case(matrix_read.name) == type) return true;
+  }
+  return false;
+}
+
+// "ord: 1-5, unord: 7": type by type, up to ";".
+void read_types(nexus_file& file) {
+  while (!file.in.accept(';')) {
+    if (file.in.accept(',')) continue;
+    const nexus_token word = file.in.token();
+    const std::string type = lower_case(word.text);
+    file.in.expect(':', "behind a type of characters");
+    const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
+    if (type == "ord" || type == "unord") {
+      set_additive(marks, type == "ord");
+    } else if (is_known_step_matrix(file, type)) {
+      warning("Step-matrix", word.text,
+              "was read, but characters with costs are not available yet");
+    } else {
+      warning("Character type", word.text, "is not available; its characters stay as they are");
+    }
+  }
+}
+
+// "2: 1-5 7, 3: 6;"
+void read_weights(nexus_file& file) {
+  while (!file.in.accept(';')) {
+    if (file.in.accept(',')) continue;
+    const std::string text = file.in.token().text;
+    char* end = nullptr;
+    const double weight = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end || !(weight >= 0) || weight > 2147483647)
+      file.in.fail("bad weight " + text);
+    if (weight != std::floor(weight)) {
+      warning("Weight", text, "is not a whole number: rounded to",
+              static_cast<int>(std::lround(weight)));
+    }
+    file.in.expect(':', "behind a weight");
+    const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
+    for_characters(marks, [weight](character_record& record) {
+      record.weight = static_cast<std::int32_t>(std::lround(weight));
+    });
+  }
+}
+
+void set_activity(nexus_file& file, bool active) {
+  const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
+  file.in.expect(';', "behind a list of characters");
+  for_characters(marks, [active](character_record& record) { record.active = active; });
+}
+
+void set_taxa(nexus_file& file, bool active) {
+  const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::taxa);
+  file.in.expect(';', "behind a list of taxa");
+  if (settings.report) emit(active ? "Undeleting:" : "Deleting:");
+  int left = 0;
+  for (int t = 0; t < matrix.ntax; ++t) {
+    const bool marked = marks[static_cast<std::size_t>(t)];
+    if (marked && settings.report) emit(" ", t);
+    left += marked ? active : matrix.taxon_active[static_cast<std::size_t>(t)];
+  }
+  if (settings.report) emit("\n");
+  if (left < 4) error_end("Cannot have less than 4 active taxa");
+  for (int t = 0; t < matrix.ntax; ++t) {
+    if (!marks[static_cast<std::size_t>(t)]) continue;
+    if (!active && t == matrix.outgroup)
+      error_end("Cannot deactivate", t, "(it is current outgroup)");
+    matrix.taxon_active[static_cast<std::size_t>(t)] = active;
+  }
+  for (character_record& record : matrix.characters) record.needs_recheck = 1;
+}
+
+// "usertype name (stepmatrix) = 3  0 1 2  . 0 1 ...;"
+void read_step_matrix(nexus_file& file) {
+  nexus_step_matrix result;
+  result.name = file.in.token().text;
+  while (!file.in.peek_token().is('=')) {
+    if (file.in.token().what == nexus_token::kind::end)
+      file.in.fail("the file ends within \"usertype\"");
+  }
+  file.in.expect('=', "in \"usertype\"");
+  const std::string size = file.in.token().text;
+  if (!whole_number(size, 1, 32, &result.states)) file.in.fail("bad number of states " + size);
+  std::vector<std::string> words;
+  while (file.in.peek_token().what == nexus_token::kind::word)
+    words.push_back(file.in.token().text);
+  file.in.expect(';', "behind a step-matrix");
+  const auto cells = static_cast<std::size_t>(result.states * result.states);
+  // The symbols of the states may stand over the rows.
+  if (words.size() == cells + static_cast<std::size_t>(result.states)) {
+    words.erase(words.begin(), words.begin() + result.states);
+  }
+  if (words.size() != cells)
+    file.in.fail("step-matrix " + result.name + " hasn't as many cells as its states ask for");
+  for (const std::string& word : words) {
+    char* end = nullptr;
+    const double cost = word == "."               ? 0
+                        : lower_case(word) == "i" ? -1
+                                                  : std::strtod(word.c_str(), &end);
+    if (end && *end) file.in.fail("bad cost " + word);
+    result.costs.push_back(cost);
+  }
+  file.step_matrices.push_back(result);
+}
+
+// The head of "typeset * name = ...".
+void skip_set_head(nexus_file& file) {
+  while (!file.in.peek_token().is('=')) {
+    const nexus_token word = file.in.token();
+    if (word.is(';') || word.what == nexus_token::kind::end) file.in.fail("a set has no \"=\"");
+  }
+  file.in.expect('=', "in a set");
+}
+
+bool read_command(nexus_file& file, const nexus_token& word) {
+  if (word.is("ctype")) {
+    read_types(file);
+  } else if (word.is("typeset")) {
+    skip_set_head(file);
+    read_types(file);
+  } else if (word.is("weights")) {
+    read_weights(file);
+  } else if (word.is("wtset")) {
+    skip_set_head(file);
+    read_weights(file);
+  } else if (word.is("exclude") || word.is("exset")) {
+    if (word.is("exset")) skip_set_head(file);
+    set_activity(file, false);
+  } else if (word.is("include")) {
+    set_activity(file, true);
+  } else if (word.is("delete") || word.is("undelete")) {
+    require_data("deleting/undeleting taxa");
+    set_taxa(file, word.is("undelete"));
+  } else if (word.is("usertype")) {
+    read_step_matrix(file);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void read_assumptions_block(nexus_file& file) {
+  for (;;) {
+    const nexus_token word = file.in.token();
+    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within a block");
+    if (word.is("end") || word.is("endblock")) {
+      file.in.accept(';');
+      break;
+    }
+    if (word.is(';')) continue;
+    if (word.what == nexus_token::kind::word && matrix.present && read_command(file, word))
+      continue;
+    file.in.skip_command();
+  }
+  if (matrix.present) drop_packed_data();
+}
+
+}  // namespace zeb

@@ -1,0 +1,329 @@
+// The TAXA, DATA and CHARACTERS blocks of NEXUS.
+#include <algorithm>
+#include <map>
+
+#include "formats/foreign_matrix.h"
+#include "formats/nexus_file.h"
+#include "formats/nexus_format.h"
+#include "matrix/continuous_reader.h"
+#include "shell/arena.h"
+#include "shell/errors.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+namespace {
+
+bool is_block_end(const nexus_token& token) { return token.is("end") || token.is("endblock"); }
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+void read_dimensions(nexus_file& file) {
+  for (;;) {
+    const nexus_token word = file.in.token();
+    if (word.is(';')) return;
+    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within \"dimensions\"");
+    if (!file.in.accept('=')) continue;
+    const std::string text = file.in.value();
+    int* const target = word.is("ntax") ? &file.ntax : word.is("nchar") ? &file.nchar : nullptr;
+    if (target && !whole_number(text, 1, 1'000'000'000, target))
+      file.in.fail("bad dimension " + text);
+  }
+}
+
+std::vector<std::string> read_labels(nexus_file& file) {
+  std::vector<std::string> labels;
+  for (;;) {
+    const nexus_token word = file.in.token();
+    if (word.is(';')) return labels;
+    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within a list of labels");
+    labels.push_back(word.text);
+  }
+}
+
+// Names of characters and states, kept until the matrix is there.
+using character_names = std::map<int, matrix_state::character_name>;
+
+int read_character_number(nexus_file& file, const std::string& text) {
+  int number = 0;
+  if (!whole_number(text, 1, file.nchar, &number)) file.in.fail("No character " + text);
+  return number - 1;
+}
+
+// "1 name / state0 state1, 2 name / ..."
+void read_char_state_labels(nexus_file& file, character_names& names) {
+  while (!file.in.accept(';')) {
+    if (file.in.accept(',')) continue;
+    auto& entry = names[read_character_number(file, file.in.token().text)];
+    const nexus_token& next = file.in.peek_token();
+    if (next.what == nexus_token::kind::word) entry.name = file.in.token().text;
+    if (!file.in.accept('/')) continue;
+    while (file.in.peek_token().what == nexus_token::kind::word)
+      entry.states.push_back(file.in.token().text);
+  }
+}
+
+// "1 state0 state1, 2 ..."
+void read_state_labels(nexus_file& file, character_names& names) {
+  while (!file.in.accept(';')) {
+    if (file.in.accept(',')) continue;
+    auto& entry = names[read_character_number(file, file.in.token().text)];
+    entry.states.clear();
+    while (file.in.peek_token().what == nexus_token::kind::word)
+      entry.states.push_back(file.in.token().text);
+  }
+}
+
+void set_character_names(const character_names& names) {
+  if (names.empty()) return;
+  matrix.char_names.resize(at(matrix.nchar));
+  for (const auto& [character, name] : names) {
+    if (character < matrix.nchar) matrix.char_names[at(character)] = name;
+  }
+}
+
+class nexus_matrix_reader {
+ public:
+  nexus_matrix_reader(nexus_file& file, const nexus_format& format)
+      : file_(file), format_(format), taxa_(matrix.ntax), position_(at(matrix.ntax), 0) {
+    for (const std::string& label : file.taxon_labels) taxa_.add(label);
+  }
+  void read();
+
+ private:
+  int row_taxon();
+  void read_discrete();
+  void read_row(int taxon);
+  void read_continuous();
+  std::uint32_t read_set(int taxon, int character, int close);
+  std::uint32_t lookup(int taxon, int character, int symbol);
+  const symbol_table& symbols_of(int character);
+  void set_types();
+  void finish();
+
+  nexus_file& file_;
+  const nexus_format& format_;
+  foreign_taxa taxa_;
+  std::vector<int> position_;  // by taxon: cells read
+  std::map<data_type, symbol_table> tables_;
+  int rows_without_label_ = 0;
+};
+
+const symbol_table& nexus_matrix_reader::symbols_of(int character) {
+  const data_type type = format_.mixed.empty() ? format_.type : format_.type_of(character);
+  const auto found = tables_.find(type);
+  if (found != tables_.end()) return found->second;
+  return tables_.emplace(type, nexus_symbols(format_, type, file_.gaps_are_new_states))
+      .first->second;
+}
+
+// The taxon of the row that comes next; -1 where the matrix ends.
+int nexus_matrix_reader::row_taxon() {
+  if (file_.in.peek() == ';') return -1;
+  if (file_.in.peek() < 0) file_.in.fail("the file ends within the matrix");
+  if (!format_.labels) {
+    const int taxon = rows_without_label_++ % matrix.ntax;
+    if (taxon >= taxa_.count()) taxa_.add("Taxon" + std::to_string(taxon + 1));
+    return taxon;
+  }
+  const nexus_token name = file_.in.token();
+  if (name.what != nexus_token::kind::word)
+    file_.in.fail("expected a taxon name, found " + name.text);
+  const int known = taxa_.find(name.text);
+  if (known >= 0) {
+    const bool goes_on = format_.interleaved && position_[at(known)] < matrix.nchar;
+    if (position_[at(known)] > 0 && !goes_on)
+      file_.in.fail("taxon " + name.text + " appears twice");
+    return known;
+  }
+  if (!file_.taxon_labels.empty()) file_.in.fail("No taxon " + name.text);
+  if (taxa_.count() == matrix.ntax) {
+    file_.in.fail(
+        text_of("can't have more than %i taxa, found %s", matrix.ntax, name.text.c_str()));
+  }
+  return taxa_.add(name.text);
+}
+
+std::uint32_t nexus_matrix_reader::lookup(int taxon, int character, int symbol) {
+  const std::uint32_t states = symbols_of(character)[at(symbol & 255)];
+  if (states) return states;
+  error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c'", taxon,
+              std::string(taxon_name(taxon)).c_str(), character, symbol < 32 ? ' ' : symbol);
+}
+
+std::uint32_t nexus_matrix_reader::read_set(int taxon, int character, int close) {
+  std::uint32_t set = 0;
+  for (int c = file_.in.next(); c != close; c = file_.in.next()) {
+    if (c < 0 || c == ';') file_.in.fail("a set of states isn't closed");
+    if (c < 33 || c == ',') continue;
+    set |= lookup(taxon, character, c);
+  }
+  if (!set) file_.in.fail("a set of states is empty");
+  return set;
+}
+
+void nexus_matrix_reader::read_row(int taxon) {
+  int& position = position_[at(taxon)];
+  const int start = position;
+  for (;;) {
+    if (!format_.interleaved && position == matrix.nchar) return;
+    const int c = file_.in.next();
+    if (c < 0) file_.in.fail("the file ends within the matrix");
+    if (c == '\n' || c == '\r') {
+      if (format_.interleaved && position > start) return;
+      continue;
+    }
+    if (c < 33) continue;
+    if (c == ';') {
+      file_.in.back();
+      return;
+    }
+    if (position == matrix.nchar) {
+      error_end_f(
+          "Error reading taxon %s: too many characters\n   char. %i (last ch.) should be followed "
+          "by newline",
+          std::string(taxon_name(taxon)).c_str(), matrix.nchar - 1);
+    }
+    const int character = position++;
+    if (c == '(' || c == '{') {
+      set_cell(taxon, character, read_set(taxon, character, c == '(' ? ')' : '}'));
+    } else if (format_.match && c == format_.match) {
+      if (taxon == 0) error_end("Can't use \".\" for the first taxon");
+      set_cell(taxon, character, cell(0, character));
+    } else {
+      set_cell(taxon, character, lookup(taxon, character, c));
+    }
+  }
+}
+
+void nexus_matrix_reader::read_discrete() {
+  for (int taxon = row_taxon(); taxon >= 0; taxon = row_taxon()) {
+    check_interrupt(1);
+    read_row(taxon);
+  }
+  file_.in.expect(';', "behind the matrix");
+}
+
+// Values are words; ranges and sets as "1.2-1.5" or "(1.2 1.5)" would need more than NEXUS defines.
+void nexus_matrix_reader::read_continuous() {
+  std::byte* const high = arena.high;
+  continuous_reader values;
+  for (int taxon = row_taxon(); taxon >= 0; taxon = row_taxon()) {
+    row_place place;
+    place.taxon = taxon;
+    place.first = 0;
+    place.end = matrix.nchar;
+    position_[at(taxon)] = values.read_row(place);
+  }
+  file_.in.expect(';', "behind the matrix");
+  values.store_all();
+  free_to_high(high);
+}
+
+void nexus_matrix_reader::set_types() {
+  std::vector<int> first = {0};
+  data_type last = continuous_data;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const data_type type = format_.type_of(c);
+    set_character_type(c, type);
+    matrix.characters[at(c)].gap_is_state =
+        file_.gaps_are_new_states && format_.gap && (type == dna_data || type == protein_data);
+    if (c == 0 || (type != last && !format_.mixed.empty())) first.push_back(c);
+    last = type;
+  }
+  matrix.block_first = first;
+  matrix.nblocks = static_cast<int>(first.size()) - 1;
+}
+
+void nexus_matrix_reader::finish() {
+  const int longest = *std::max_element(position_.begin(), position_.begin() + taxa_.count());
+  for (int t = 0; t < taxa_.count(); ++t) {
+    if (position_[at(t)] == longest) continue;
+    error_end_f("Taxon %i (%s) has %i characters, others have %i", t,
+                std::string(taxon_name(t)).c_str(), position_[at(t)], longest);
+  }
+  cut_foreign_matrix(taxa_.count(), longest);
+  finish_matrix();
+}
+
+void nexus_matrix_reader::read() {
+  set_types();
+  if (format_.type == continuous_data && format_.mixed.empty()) {
+    if (format_.interleaved) file_.in.fail("continuous characters can't be interleaved");
+    nexus_symbols(format_, continuous_data, false);  // checks the width of the cells
+    read_continuous();
+  } else {
+    read_discrete();
+  }
+  if (taxa_.count() == 0) file_.in.fail("the matrix is empty");
+  finish();
+}
+
+}  // namespace
+
+void read_taxa_block(nexus_file& file) {
+  for (;;) {
+    const nexus_token word = file.in.token();
+    if (word.what == nexus_token::kind::end) return;
+    if (is_block_end(word)) {
+      file.in.accept(';');
+      return;
+    }
+    if (word.is("dimensions")) {
+      read_dimensions(file);
+    } else if (word.is("taxlabels")) {
+      file.taxon_labels = read_labels(file);
+    } else if (!word.is(';')) {
+      file.in.skip_command();
+    }
+  }
+}
+
+void read_data_block(nexus_file& file) {
+  nexus_format format;
+  character_names names;
+  std::string title;
+  bool matrix_read = false;
+  for (;;) {
+    const nexus_token word = file.in.token();
+    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within the data block");
+    if (is_block_end(word)) {
+      file.in.accept(';');
+      break;
+    }
+    if (word.is("dimensions")) {
+      read_dimensions(file);
+    } else if (word.is("format")) {
+      read_nexus_format(file, format);
+    } else if (word.is("taxlabels")) {
+      file.taxon_labels = read_labels(file);
+    } else if (word.is("charlabels")) {
+      const std::vector<std::string> labels = read_labels(file);
+      for (std::size_t i = 0; i < labels.size(); ++i) names[static_cast<int>(i)].name = labels[i];
+    } else if (word.is("charstatelabels")) {
+      read_char_state_labels(file, names);
+    } else if (word.is("statelabels")) {
+      read_state_labels(file, names);
+    } else if (word.is("title")) {
+      title = file.in.token().text;
+      file.in.skip_command();
+    } else if (word.is("matrix")) {
+      if (file.ntax == 0) file.ntax = static_cast<int>(file.taxon_labels.size());
+      begin_foreign_matrix(file.name, file.ntax, file.nchar);
+      if (!title.empty()) matrix.title = "'" + title + "'";
+      nexus_matrix_reader(file, format).read();
+      matrix_read = true;
+    } else if (!word.is(';')) {
+      file.in.skip_command();
+    }
+  }
+  if (!matrix_read) file.in.fail("the data block has no matrix");
+  set_character_names(names);
+  if (settings.report) {
+    report_line("Read", matrix.ntax, "taxa,", matrix.nchar, "characters");
+  }
+}
+
+}  // namespace zeb

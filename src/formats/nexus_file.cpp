@@ -1,0 +1,95 @@
+#include "formats/nexus_file.h"
+
+#include <cstdio>
+
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/interpreter.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+
+namespace {
+
+bool is_block_end(const nexus_token& token) { return token.is("end") || token.is("endblock"); }
+
+void skip_block(nexus_file& file, const std::string& name) {
+  report_line("  ... Skipping", name, "block ...");
+  for (;;) {
+    const nexus_token token = file.in.token();
+    if (token.what == nexus_token::kind::end) return;
+    if (is_block_end(token)) {
+      file.in.accept(';');
+      return;
+    }
+    if (!token.is(';')) file.in.skip_command();
+  }
+}
+
+// How gaps are meant is told behind the data: the file is looked through for it beforehand.
+bool mentions_new_state_gaps(const std::string& name) {
+  std::FILE* stream = std::fopen(name.c_str(), "rb");
+  if (!stream) return false;
+  static constexpr std::string_view sought = "gapmode=newstate";
+  std::size_t matched = 0;
+  for (int c = std::getc(stream); c != EOF && matched < sought.size(); c = std::getc(stream)) {
+    if (c < 33) continue;
+    const char lower = static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
+    if (lower == sought[matched]) {
+      ++matched;
+    } else {
+      matched = lower == sought[0] ? 1 : 0;
+    }
+  }
+  std::fclose(stream);
+  return matched == sought.size();
+}
+
+std::string read_block_name(nexus_file& file) {
+  const nexus_token name = file.in.token();
+  if (name.what != nexus_token::kind::word) file.in.fail("a block has no name");
+  // Some programs write more behind the name.
+  if (!file.in.accept(';')) file.in.skip_command();
+  return name.text;
+}
+
+// Reads one block; returns false where ordinary commands follow.
+bool read_block(nexus_file& file) {
+  const std::string name = read_block_name(file);
+  const std::string known = lower_case(name);
+  if (known == "data" || known == "characters") {
+    read_data_block(file);
+  } else if (known == "taxa") {
+    read_taxa_block(file);
+  } else if (known == "trees") {
+    read_trees_block(file);
+  } else if (known == "assumptions" || known == "paup" || known == "sets") {
+    read_assumptions_block(file);
+  } else if (known == "zeb") {
+    if (settings.report) report_line("Leaving NEXUS mode, parsing ZEB commands...");
+    return false;
+  } else {
+    skip_block(file, name);
+  }
+  return true;
+}
+
+}  // namespace
+
+void read_nexus() {
+  nexus_file file(top_frame().name);
+  const int level = input.top;
+  if (settings.report) report_line("Reading file", file.name, "as NEXUS");
+  file.gaps_are_new_states = matrix.gaps_are_states || mentions_new_state_gaps(file.name);
+  for (;;) {
+    const nexus_token token = file.in.token();
+    if (token.what == nexus_token::kind::end) break;
+    if (token.is("begin") && !read_block(file)) return;
+    check_interrupt(1);
+  }
+  if (settings.report) report_line("Closing NEXUS file");
+  if (input.top == level) pop_frame();
+}
+
+}  // namespace zeb

@@ -1,0 +1,56 @@
+// What one NEXUS file has said so far, shared by the readers of its blocks.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "formats/nexus_tokens.h"
+#include "matrix/matrix.h"
+
+namespace zeb {
+
+/// A step matrix as it was read; it waits for characters with costs to be available.
+struct nexus_step_matrix {
+  std::string name;
+  int states = 0;
+  std::vector<double> costs;  // row by row; negative: infinite
+};
+
+struct nexus_file {
+  explicit nexus_file(std::string file_name) : name(std::move(file_name)) {}
+  std::string name;
+  nexus_reader in;
+
+  // TAXA, and the names of a DATA block without one.
+  int ntax = 0;  // 0 not said
+  int nchar = 0;
+  std::vector<std::string> taxon_labels;
+  bool gaps_are_new_states = false;  // "gapmode=newstate" stands somewhere in the file
+
+  std::vector<nexus_step_matrix> step_matrices;
+  int trees_read = 0;
+  int first_tree = 0;
+};
+
+/// The blocks. Each reads from behind the ";" of "begin NAME;" up to its "end;".
+void read_taxa_block(nexus_file& file);
+void read_data_block(nexus_file& file);
+void read_assumptions_block(nexus_file& file);
+void read_trees_block(nexus_file& file);
+
+/// Taxon by name (case ignored) or, for text of digits only, by number from 1; -1 none.
+int find_nexus_taxon(const std::string& text);
+/// Character by name or number from 1; -1 none.
+int find_nexus_character(const std::string& text);
+
+/// A list such as "1-5 7 10-. 3-30\3 all name" up to "," or ";" (left unread): flags by element.
+enum class nexus_list { taxa, characters };
+std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind);
+
+/// Reads a whole NEXUS file from the top frame, behind "#NEXUS".
+void read_nexus();
+
+}  // namespace zeb

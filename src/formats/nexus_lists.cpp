@@ -1,0 +1,105 @@
+// Lists of taxa and characters, as NEXUS writes them: numbers from 1, ranges, "." for the last,
+// steps, "all", names.
+#include <strings.h>
+
+#include <algorithm>
+#include <cctype>
+
+#include "formats/nexus_file.h"
+
+namespace zeb {
+
+namespace {
+
+bool all_digits(const std::string& text) {
+  return !text.empty() &&
+         std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); });
+}
+
+bool same_name(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
+
+// One end of a range, from 0; "." is the last.
+int find_element(nexus_file& file, const std::string& text, nexus_list kind) {
+  const int count = kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
+  if (text == ".") return count - 1;
+  const int element =
+      kind == nexus_list::taxa ? find_nexus_taxon(text) : find_nexus_character(text);
+  if (element < 0) file.in.fail((kind == nexus_list::taxa ? "No taxon " : "No character ") + text);
+  return element;
+}
+
+// "3-7" may come as one word or as several: a "-" at the end or start joins words.
+struct range_words {
+  std::string first;
+  std::string last;  // empty: one element
+};
+
+range_words split_range(nexus_file& file, std::string word, nexus_list kind) {
+  range_words range;
+  const std::size_t dash = word.find('-', 1);
+  // A name may hold a dash of its own.
+  const bool whole_name =
+      !all_digits(word.substr(0, dash)) &&
+      (kind == nexus_list::taxa ? find_nexus_taxon(word) : find_nexus_character(word)) >= 0;
+  if (dash == std::string::npos || whole_name) {
+    range.first = word;
+    const nexus_token& next = file.in.peek_token();
+    if (next.what == nexus_token::kind::word && next.text[0] == '-') {
+      const std::string rest = file.in.token().text.substr(1);
+      range.last = rest.empty() ? file.in.token().text : rest;
+    }
+    return range;
+  }
+  range.first = word.substr(0, dash);
+  range.last = word.substr(dash + 1);
+  if (range.last.empty()) range.last = file.in.token().text;
+  return range;
+}
+
+}  // namespace
+
+int find_nexus_taxon(const std::string& text) {
+  for (int t = 0; t < matrix.ntax; ++t) {
+    if (same_name(taxon_name(t), text)) return t;
+  }
+  int number = 0;
+  return whole_number(text, 1, matrix.ntax, &number) ? number - 1 : -1;
+}
+
+int find_nexus_character(const std::string& text) {
+  for (std::size_t c = 0; c < matrix.char_names.size(); ++c) {
+    if (same_name(matrix.char_names[c].name, text)) return static_cast<int>(c);
+  }
+  int number = 0;
+  return whole_number(text, 1, matrix.nchar, &number) ? number - 1 : -1;
+}
+
+std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
+  const int count = kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
+  std::vector<std::uint8_t> marks(static_cast<std::size_t>(count), 0);
+  for (;;) {
+    const nexus_token& next = file.in.peek_token();
+    if (next.is(';') || next.is(',') || next.what == nexus_token::kind::end) return marks;
+    const nexus_token word = file.in.token();
+    if (word.what != nexus_token::kind::word)
+      file.in.fail("unexpected " + word.text + " in a list");
+    if (word.is("all") && !word.quoted) {
+      std::fill(marks.begin(), marks.end(), std::uint8_t{1});
+      continue;
+    }
+    range_words range;
+    range.first = word.text;
+    if (!word.quoted) range = split_range(file, word.text, kind);
+    const int first = find_element(file, range.first, kind);
+    const int last = range.last.empty() ? first : find_element(file, range.last, kind);
+    int step = 1;
+    if (file.in.accept('\\') && !whole_number(file.in.token().text, 1, count, &step)) {
+      file.in.fail("a step of a range must be a number");
+    }
+    for (int i = first; i <= last; i += step) marks[static_cast<std::size_t>(i)] = 1;
+  }
+}
+
+}  // namespace zeb

@@ -1,0 +1,160 @@
+#include "formats/nexus_tokens.h"
+
+#include <cctype>
+#include <charconv>
+
+#include "shell/errors.h"
+#include "shell/input.h"
+#include "shell/output.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr std::size_t longest_token = 100'000;
+constexpr std::string_view punctuation = "()[]{}/\\,;:=*'\"`<>";
+
+}  // namespace
+
+bool nexus_token::is(std::string_view word) const {
+  return what == kind::word && lower_case(text) == word;
+}
+
+nexus_reader::nexus_reader() : depth_(input.top) {}
+
+bool nexus_reader::file_ended() const { return input.top < depth_ || input_ended(); }
+
+int nexus_reader::next_raw() {
+  if (file_ended()) return -1;
+  return plain_read_char();
+}
+
+int nexus_reader::next() {
+  int c = next_raw();
+  int open = 0;
+  while (c == '[' || open > 0) {
+    if (c == '[') ++open;
+    if (c == ']' && --open == 0) {
+      // A comment parts words as a blank does.
+      return ' ';
+    }
+    c = next_raw();
+    if (c < 0) fail("a comment isn't closed");
+  }
+  return c;
+}
+
+void nexus_reader::back() {
+  if (input.top >= depth_) plain_unread_char();
+}
+
+int nexus_reader::peek() {
+  int c = next();
+  while (c >= 0 && c < 33) c = next();
+  if (c >= 0) back();
+  return c;
+}
+
+nexus_token nexus_reader::token() {
+  if (has_peeked_) {
+    has_peeked_ = false;
+    return peeked_;
+  }
+  nexus_token result;
+  int c = next();
+  while (c >= 0 && c < 33) c = next();
+  if (c < 0) return result;
+  if (c == '\'') {
+    result.what = nexus_token::kind::word;
+    result.quoted = true;
+    for (;;) {
+      c = next_raw();
+      if (c < 0) fail("a quoted name isn't closed");
+      if (c == '\'') {
+        if (next_raw() != '\'') {
+          back();
+          break;
+        }
+      }
+      if (result.text.size() < longest_token) result.text += c < 33 ? '_' : static_cast<char>(c);
+    }
+    return result;
+  }
+  if (punctuation.find(static_cast<char>(c)) != std::string_view::npos) {
+    result.what = nexus_token::kind::punctuation;
+    result.text.assign(1, static_cast<char>(c));
+    return result;
+  }
+  result.what = nexus_token::kind::word;
+  while (c >= 33 && punctuation.find(static_cast<char>(c)) == std::string_view::npos) {
+    if (result.text.size() < longest_token) result.text += static_cast<char>(c);
+    c = next_raw();
+    if (c == '[') {
+      back();
+      return result;
+    }
+  }
+  if (c >= 0) back();
+  return result;
+}
+
+const nexus_token& nexus_reader::peek_token() {
+  if (!has_peeked_) {
+    peeked_ = token();
+    has_peeked_ = true;
+  }
+  return peeked_;
+}
+
+bool nexus_reader::accept(char c) {
+  if (!peek_token().is(c)) return false;
+  has_peeked_ = false;
+  return true;
+}
+
+void nexus_reader::expect(char c, std::string_view where) {
+  const nexus_token found = token();
+  if (found.is(c)) return;
+  fail(std::string("expected '") + c + "' " + std::string(where) +
+       (found.text.empty() ? std::string() : ", found " + found.text));
+}
+
+void nexus_reader::skip_command() {
+  for (;;) {
+    const nexus_token found = token();
+    if (found.is(';')) return;
+    if (found.what == nexus_token::kind::end) fail("the file ends within a command");
+  }
+}
+
+std::string nexus_reader::value() {
+  const nexus_token found = token();
+  if (found.what == nexus_token::kind::end || found.is(';'))
+    fail("a value is missing behind \"=\"");
+  return found.text;
+}
+
+void nexus_reader::fail(std::string_view what) const {
+  const int line = input.top >= depth_ ? top_frame().line_number + 1 : 0;
+  if (line > 0) error_end("Error reading NEXUS file:", what, text_of("(line %i)", line));
+  error_end("Error reading NEXUS file:", what);
+}
+
+bool read_yes_no(nexus_reader& in) {
+  if (!in.accept('=')) return true;
+  return lower_case(in.value()) != "no";
+}
+
+std::string lower_case(std::string_view text) {
+  std::string result(text);
+  for (char& c : result) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return result;
+}
+
+bool whole_number(std::string_view text, int lowest, int highest, int* value) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
+  return error == std::errc() && end == text.data() + text.size() && *value >= lowest &&
+         *value <= highest;
+}
+
+}  // namespace zeb

@@ -1,0 +1,90 @@
+// The TREES block of NEXUS.
+#include <memory>
+#include <unordered_map>
+
+#include "formats/labelled_trees.h"
+#include "formats/nexus_file.h"
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/interpreter.h"
+#include "shell/output.h"
+#include "shell/process.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+using translation = std::unordered_map<std::string, int>;
+
+int taxon_of(const std::string& label) {
+  const int by_name = find_foreign_taxon(label);
+  if (by_name >= 0) return by_name;
+  int number = 0;
+  if (whole_number(label, 0, 2'000'000'000, &number)) {
+    if (number < 1 || number > matrix.ntax)
+      error_end_f("Error reading NEXUS file: No taxon %i", number);
+    return number - 1;
+  }
+  error_end("Error reading NEXUS file: No taxon", label);
+}
+
+// "1 name, 2 name;"
+void read_translation(nexus_file& file, translation& table) {
+  while (!file.in.accept(';')) {
+    if (file.in.accept(',')) continue;
+    const nexus_token key = file.in.token();
+    const nexus_token name = file.in.token();
+    if (key.what != nexus_token::kind::word || name.what != nexus_token::kind::word) {
+      file.in.fail("\"translate\" must give pairs of a key and a name");
+    }
+    table[key.text] = taxon_of(name.text);
+  }
+}
+
+// From behind "tree" to the tree's first parenthesis, which stays unread.
+void read_tree_head(nexus_file& file) {
+  file.in.accept('*');
+  const nexus_token name = file.in.token();
+  if (name.what != nexus_token::kind::word)
+    error_end("Error reading NEXUS file: expected '=' after tree name");
+  if (!file.in.accept('='))
+    error_end_f("Error reading NEXUS file: expected '=' after %s", name.text.c_str());
+  if (file.in.peek() != '(') file.in.fail("expected a tree in parentheses");
+}
+
+}  // namespace
+
+void read_trees_block(nexus_file& file) {
+  require_data("reading trees");
+  translation table;
+  labelled_tree_reader reader([&table](const std::string& label) {
+    const auto found = table.find(label);
+    return found != table.end() ? found->second : taxon_of(label);
+  });
+  const int first = store.ntrees;
+  for (;;) {
+    const nexus_token word = file.in.token();
+    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within the trees block");
+    if (word.is("end") || word.is("endblock")) {
+      file.in.accept(';');
+      break;
+    }
+    if (word.is("translate")) {
+      read_translation(file, table);
+    } else if (word.is("tree") || word.is("utree")) {
+      read_tree_head(file);
+      reader.read_tree();
+      show_progress("Reading trees", reader.trees_read(), store.maxtrees);
+    } else if (!word.is(';')) {
+      file.in.skip_command();
+    }
+  }
+  clear_progress();
+  reader.keep_tags(text_of("Tree-tags from %s", file.name.c_str()));
+  if (reader.trees_read() > 0) {
+    emitf("Read %i trees (%i-%i) from NEXUS file", reader.trees_read(), first, store.ntrees - 1);
+  }
+}
+
+}  // namespace zeb

@@ -1,0 +1,278 @@
+#include "formats/nexus_writer.h"
+
+#include <algorithm>
+#include <bit>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "formats/labelled_trees.h"
+#include "matrix/symbols.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+data_type written_type(int character, const cell_style& style) {
+  if (style.as_dna) return dna_data;
+  if (style.as_standard) return numeric_data;
+  return static_cast<data_type>(matrix.characters[at(character)].type);
+}
+
+// One type for all characters, or numeric_data | others: several.
+int types_in_use(const cell_style& style) {
+  int types = 0;
+  for (int c = 0; c < matrix.nchar; ++c) types |= written_type(c, style);
+  return types;
+}
+
+std::string standard_symbol(int state) {
+  return std::string(1, symbol_of_state(numeric_data, state));
+}
+
+// Symbols of a cell as NEXUS has them: sets in braces.
+std::string cell_symbols(int taxon, int character, const cell_style& style) {
+  const std::uint32_t states = cell(taxon, character);
+  const data_type type = written_type(character, style);
+  if (is_missing(taxon, character)) return "?";
+  if (states == star_mask(type, matrix.cell_bytes) && type == numeric_data) return "?";
+  if (std::popcount(states) > 1) {
+    const char one = type == numeric_data ? 0 : symbol_of_set(type, matrix.cell_bytes, states);
+    if (one && one != '*') return std::string(1, one);
+    std::string set = "{";
+    for (int s = 0; s < matrix.cell_bytes * 8; ++s) {
+      if (states >> s & 1U)
+        set += type == numeric_data ? standard_symbol(s) : std::string(1, symbol_of_state(type, s));
+    }
+    return set + "}";
+  }
+  const int state = std::countr_zero(states);
+  return type == numeric_data ? standard_symbol(state)
+                              : std::string(1, symbol_of_state(type, state));
+}
+
+const char* type_name(data_type type) {
+  return type == dna_data ? "DNA" : type == protein_data ? "Protein" : "Standard";
+}
+
+// "mixed(DNA:1-20,Standard:21-30)".
+std::string mixed_types(const cell_style& style) {
+  std::string text = "mixed(";
+  for (int c = 0; c < matrix.nchar;) {
+    const data_type type = written_type(c, style);
+    int end = c + 1;
+    while (end < matrix.nchar && written_type(end, style) == type) ++end;
+    text += (c ? "," : "") + std::string(type_name(type)) + ":" + std::to_string(c + 1) + "-" +
+            std::to_string(end);
+    c = end;
+  }
+  return text + ")";
+}
+
+void write_format(std::FILE* out, const cell_style& style) {
+  const int types = types_in_use(style);
+  if (types == dna_data) {
+    std::fputs("format missing=? datatype=dna gap=- ;\nmatrix\n", out);
+    return;
+  }
+  std::string datatype;
+  if (types == protein_data) datatype = " datatype=protein gap=-";
+  if (!std::has_single_bit(static_cast<unsigned>(types)))
+    datatype = " datatype=" + mixed_types(style) + " gap=-";
+  const int states = most_states();
+  if (types == protein_data) {
+    std::fprintf(out, "format missing=?%s;\nmatrix\n", datatype.c_str());
+  } else if (states <= 10) {
+    std::fprintf(out, "format missing=?%s symbols=\"0~%i\";\nmatrix\n", datatype.c_str(),
+                 std::max(1, states - 1));
+  } else {
+    std::fprintf(out, "format missing=?%s symbols=\"0~9ABCDEFGHIJKLMNOPQRSTUV\";\nmatrix\n",
+                 datatype.c_str());
+  }
+}
+
+// Numbers from 1 of the flagged elements, with ranges, in lines that can be read.
+std::string number_list(const std::vector<bool>& flags) {
+  std::string text;
+  std::size_t line = 0;
+  for (std::size_t i = 0; i < flags.size(); ++i) {
+    if (!flags[i]) continue;
+    std::size_t end = i;
+    while (end + 1 < flags.size() && flags[end + 1]) ++end;
+    text += " " + std::to_string(i + 1);
+    if (end > i) text += "-" + std::to_string(end + 1);
+    if (text.size() - line > 100) {
+      text += "\n";
+      line = text.size();
+    }
+    i = end;
+  }
+  return text;
+}
+
+template <class predicate>
+std::vector<bool> characters_where(predicate&& holds) {
+  std::vector<bool> flags;
+  for (const character_record& record : matrix.characters) flags.push_back(holds(record));
+  return flags;
+}
+
+bool any(const std::vector<bool>& flags) {
+  return std::find(flags.begin(), flags.end(), true) != flags.end();
+}
+
+void write_names(std::FILE* out) {
+  if (matrix.char_names.empty()) return;
+  std::fputs("charstatelabels\n", out);
+  bool first = true;
+  for (int c = 0; c < matrix.nchar && at(c) < matrix.char_names.size(); ++c) {
+    const auto& entry = matrix.char_names[at(c)];
+    if (entry.name.empty() && entry.states.empty()) continue;
+    std::fprintf(out, "%s  %i %s", first ? "" : ",\n", c + 1,
+                 entry.name.empty() ? "" : quoted_label(entry.name).c_str());
+    if (!entry.states.empty()) std::fputs(" /", out);
+    for (const std::string& state : entry.states)
+      std::fprintf(out, " %s", quoted_label(state).c_str());
+    first = false;
+  }
+  std::fputs(";\n", out);
+}
+
+std::string labelled(const_tree_span tree, const std::function<std::string(int)>& tag = {}) {
+  return parenthetical_text(
+      tree, matrix.ntax, [](int taxon) { return quoted_label(taxon_name(taxon)); }, tag);
+}
+
+// Our own writer parts items by blanks; other programs want commas.
+std::string with_commas(const std::string& text) {
+  std::string result;
+  bool quoted = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '\'') quoted = !quoted;
+    if (quoted || c != ' ') {
+      if (c == '(' && !quoted && !result.empty() && (result.back() != '(' && result.back() != ','))
+        result += ',';
+      result += c;
+      continue;
+    }
+    std::size_t next = i;
+    while (next < text.size() && text[next] == ' ') ++next;
+    if (next < text.size() && text[next] != ')' && text[next] != ';' && !result.empty() &&
+        result.back() != '(' && result.back() != ',') {
+      result += ',';
+    }
+    i = next - 1;
+  }
+  return result;
+}
+
+}  // namespace
+
+int most_states() {
+  int most = 0;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (matrix.characters[at(c)].is_continuous) continue;
+    for (int t = 0; t < matrix.ntax; ++t) {
+      const std::uint32_t states = cell(t, c);
+      if (!says_nothing(c, states) && states) most = std::max(most, 32 - std::countl_zero(states));
+    }
+  }
+  return most;
+}
+
+void write_nexus_data(std::FILE* out, const cell_style& style) {
+  std::fprintf(out, "#NEXUS\nbegin data;\ndimensions ntax=%i nchar=%i;\n", matrix.ntax,
+               matrix.nchar);
+  write_format(out, style);
+  // Names that need it stand in quotes, so that nothing in them is taken for a cell.
+  for (int t = 0; t < matrix.ntax; ++t) {
+    std::string row = quoted_label(taxon_name(t));
+    row += std::string(row.size() < 24 ? 24 - row.size() : 1, ' ');
+    for (int c = 0; c < matrix.nchar; ++c) row += cell_symbols(t, c, style);
+    std::fprintf(out, "%s\n", row.c_str());
+  }
+  std::fputs(";\n", out);
+  write_names(out);
+  std::fputs("end;\n", out);
+}
+
+void write_nexus_assumptions(std::FILE* out) {
+  const std::vector<bool> ordered = characters_where([](const auto& r) { return r.additive != 0; });
+  const std::vector<bool> inactive = characters_where([](const auto& r) { return r.active == 0; });
+  const std::vector<bool> gaps =
+      characters_where([](const auto& r) { return r.gap_is_state != 0; });
+  std::vector<bool> deleted;
+  for (int t = 0; t < matrix.ntax; ++t) deleted.push_back(!matrix.taxon_active[at(t)]);
+  std::set<int> weights;
+  for (const character_record& record : matrix.characters) {
+    if (record.weight != 1) weights.insert(record.weight);
+  }
+  if (!any(ordered) && !any(inactive) && !any(gaps) && !any(deleted) && weights.empty()) return;
+  std::fputs("\nbegin assumptions ; ", out);
+  if (any(ordered)) std::fprintf(out, "\nctype ord: %s ;", number_list(ordered).c_str());
+  if (any(inactive)) std::fprintf(out, "\nexclude %s ;", number_list(inactive).c_str());
+  if (any(deleted)) std::fprintf(out, "\ndelete %s ;", number_list(deleted).c_str());
+  if (!weights.empty()) {
+    std::fputs("\nweights ", out);
+    bool first = true;
+    for (const int weight : weights) {
+      const std::vector<bool> with =
+          characters_where([weight](const auto& r) { return r.weight == weight; });
+      std::fprintf(out, "%s%i : %s", first ? "" : ",\n", weight, number_list(with).c_str());
+      first = false;
+    }
+    std::fputs(" ;", out);
+  }
+  if (any(gaps)) std::fputs("\npset gapmode=newstate;\n", out);
+  std::fputs("\nend ; \n", out);
+}
+
+void write_nexus_trees(std::FILE* out) {
+  std::fputs("\nbegin trees ; \n", out);
+  for (int i = 0; i < store.ntrees; ++i) {
+    std::fprintf(out, "tree zeb_%i = [&R] %s;\n", i, with_commas(labelled(stored_tree(i))).c_str());
+  }
+  std::fputs("end ;\n", out);
+}
+
+void write_nexus_tag_tree(std::FILE* out, tag_use use) {
+  std::fputs("\nbegin trees ; \n", out);
+  const auto tag = [use](int node) -> std::string {
+    const std::string& text = tags.tag_texts[at(node)];
+    if (text.empty()) return {};
+    return use == tag_use::lengths ? ":" + text
+           : node < matrix.ntax    ? std::string()
+                                   : quoted_label(text);
+  };
+  std::fprintf(out, "tree tagged_tree = [&%c] \n%s;\nend ;\n", 'R',
+               with_commas(labelled(tags.tag_tree, tag)).c_str());
+}
+
+void write_newick_trees(std::FILE* out) {
+  for (int i = 0; i < store.ntrees; ++i)
+    std::fprintf(out, "%s;\n", with_commas(labelled(stored_tree(i))).c_str());
+}
+
+void write_fasta(std::FILE* out, bool skip_gaps) {
+  const cell_style style;
+  for (int t = 0; t < matrix.ntax; ++t) {
+    std::fprintf(out, ">%s\n", std::string(taxon_name(t)).c_str());
+    std::string line;
+    for (int c = 0; c < matrix.nchar; ++c) {
+      const std::string symbols = cell_symbols(t, c, style);
+      if (skip_gaps && symbols == "-") continue;
+      line += symbols;
+      if (line.size() >= 70) {
+        std::fprintf(out, "%s\n", line.c_str());
+        line.clear();
+      }
+    }
+    if (!line.empty()) std::fprintf(out, "%s\n", line.c_str());
+  }
+}
+
+}  // namespace zeb

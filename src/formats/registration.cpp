@@ -1,0 +1,14 @@
+#include "formats/formats.h"
+#include "formats/nexus_file.h"
+#include "shell/format_hooks.h"
+
+namespace zeb {
+
+void register_formats() {
+  format_hooks.read_nexus = read_nexus;
+  format_hooks.read_fasta = read_fasta_file;
+  format_hooks.read_newick = read_newick_file;
+  format_hooks.read_phylip = read_phylip_file;
+}
+
+}  // namespace zeb

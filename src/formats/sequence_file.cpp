@@ -1,0 +1,34 @@
+#include "formats/sequence_file.h"
+
+#include <cstdio>
+
+#include "shell/errors.h"
+
+namespace zeb {
+
+text_lines::text_lines(const std::string& file) {
+  std::FILE* stream = std::fopen(file.c_str(), "rb");
+  if (!stream) error_end("Can't open", file);
+  char buffer[65536];
+  for (std::size_t n = std::fread(buffer, 1, sizeof buffer, stream); n > 0;
+       n = std::fread(buffer, 1, sizeof buffer, stream)) {
+    text_.append(buffer, n);
+  }
+  std::fclose(stream);
+  const std::string_view text = text_;
+  std::size_t start = text.starts_with("\xef\xbb\xbf") ? 3 : 0;
+  while (start < text.size()) {
+    std::size_t end = text.find_first_of("\r\n", start);
+    if (end == std::string_view::npos) end = text.size();
+    lines_.push_back(text.substr(start, end - start));
+    start = end + (text.substr(end, 2) == "\r\n" ? 2 : 1);
+  }
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && static_cast<unsigned char>(text.front()) < 33) text.remove_prefix(1);
+  while (!text.empty() && static_cast<unsigned char>(text.back()) < 33) text.remove_suffix(1);
+  return text;
+}
+
+}  // namespace zeb
