@@ -46,6 +46,7 @@ terminal_state terminal;
 
 constexpr double seconds_between_looks = 0.03;
 constexpr int escape_delay_milliseconds = 25;
+constexpr int wait_milliseconds = 250;  // a new size of the screen is noticed within this time
 
 std::string history_file() {
   const char* home = std::getenv("HOME");  // NOLINT(concurrency-mt-unsafe)
@@ -112,14 +113,12 @@ int key_from_library(int key) {
   }
 }
 
-// One key; waits at most so many milliseconds, or for ever with -1.
+// One key; waits at most so many milliseconds.
 int library_key(int milliseconds) {
   wtimeout(terminal.keys, milliseconds);
   const int key = wgetch(terminal.keys);
   if (key == ERR) return no_key;
-  const int translated = key_from_library(key);
-  if (translated == key_resize) follow_size();
-  return translated;
+  return key_from_library(key);
 }
 
 bool input_is_gone() {
@@ -193,10 +192,13 @@ int wait_for_key() {
     terminal.typed_ahead.pop_front();
     return key;
   }
+  // The library learns of a new size only when the signal interrupts its read, so the size is
+  // looked at here.
   for (;;) {
-    const int key = library_key(-1);
-    if (key != no_key) return key;
-    if (input_is_gone()) {
+    if (follow_size()) return key_resize;
+    const int key = library_key(wait_milliseconds);
+    if (key != no_key && key != key_resize) return key;
+    if (key == no_key && input_is_gone()) {
       terminal.gone = true;
       return escape_key;
     }
@@ -227,7 +229,17 @@ void write_console(std::string_view text) {
 }
 
 void write_terminal(std::string_view text) {
-  if (!text.empty()) std::fwrite(text.data(), 1, text.size(), stderr);
+  while (!text.empty()) {
+    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+    if (written > 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno == EAGAIN) {
+      pollfd descriptor{STDERR_FILENO, POLLOUT, 0};
+      poll(&descriptor, 1, -1);
+    } else if (errno != EINTR) {  // a signal, as that of a new size, mustn't lose text
+      return;
+    }
+  }
 }
 
 void ring_bell() {
@@ -277,7 +289,7 @@ key_wish poll_interrupt_keys() {
     return key_wish::nothing;
   terminal.looked = now;
   follow_size();
-  std::deque<int> keys;
+  std::deque<int> keys;  // since the last look
   for (int key = poll_key(); key != no_key; key = poll_key()) {
     if (key != key_resize) keys.push_back(key);
     if (key == escape_key) break;
