@@ -2,6 +2,7 @@
 
 #include "shell/errors.h"
 #include "shell/input.h"
+#include "shell/output.h"
 
 namespace zeb {
 namespace {
@@ -22,8 +23,15 @@ std::uint32_t match_cell(const row_place& place, int character) {
 
 void alien_symbol(const row_place& place, int character, int symbol) {
   if (symbol == ';') check_input_goes_on();
-  error_end_f("Found alien symbol for taxon %i (%s), char. %i (block %i): '%c'", place.taxon,
-              std::string(taxon_name(place.taxon)).c_str(), character, place.block, symbol);
+  error_end_f("Found alien symbol for taxon %i (%s), char. %i (block %i): '%c'%s", place.taxon,
+              std::string(taxon_name(place.taxon)).c_str(), character, place.block, symbol,
+              place_in_file().c_str());
+}
+
+std::string place_in_file() {
+  const input_frame& frame = top_frame();
+  if (!frame.stream || frame.is_terminal || input.top == 0) return {};
+  return text_of("\n(line %i of %s)", frame.line_number + 1, frame.name);
 }
 
 void check_input_goes_on() {
@@ -66,14 +74,16 @@ std::uint32_t cell_reader::read_set(const row_place& place, int character) {
     if (symbol == ']' || symbol == ')') break;
     if (symbol < 33 && !(place.ends_at_newline && is_newline(symbol))) continue;
     if (symbol < 33) {
-      error_end_f("Taxon %i (%s), char. %i (block %i): set of states not closed", place.taxon,
-                  std::string(taxon_name(place.taxon)).c_str(), character, place.block);
+      error_end_f("Taxon %i (%s), char. %i (block %i): set of states not closed%s", place.taxon,
+                  std::string(taxon_name(place.taxon)).c_str(), character, place.block,
+                  place_in_file().c_str());
     }
     states |= lookup(place, character, symbol);
   }
   if (!states) {
-    error_end_f("Taxon %i (%s), char. %i (block %i): empty set of states", place.taxon,
-                std::string(taxon_name(place.taxon)).c_str(), character, place.block);
+    error_end_f("Taxon %i (%s), char. %i (block %i): empty set of states%s", place.taxon,
+                std::string(taxon_name(place.taxon)).c_str(), character, place.block,
+                place_in_file().c_str());
   }
   return states;
 }

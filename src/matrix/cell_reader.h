@@ -1,6 +1,8 @@
 // Reads the cells of one row of discrete characters, symbol by symbol.
 #pragma once
 
+#include <string>
+
 #include "matrix/block_format.h"
 #include "matrix/symbols.h"
 
@@ -40,6 +42,8 @@ class cell_reader {
 
 /// Ends the command with the place of a symbol that isn't one of the data.
 [[noreturn]] void alien_symbol(const row_place& place, int character, int symbol);
+/// "\n(line N of FILE)" for messages, while a file is read; empty otherwise.
+std::string place_in_file();
 /// Ends the command when the input ended instead of going on.
 void check_input_goes_on();
 

@@ -56,11 +56,12 @@ continuous_value continuous_reader::parse(const row_place& place, int character,
     ++p;
   }
   if (found == 2 || p != end || text.back() == '-') {
-    error_end_f("Taxon %i (%s), char. %i (block %i): expecting real number; found '%c'",
+    error_end_f("Taxon %i (%s), char. %i (block %i): expecting real number; found '%c'%s",
                 place.taxon, std::string(taxon_name(place.taxon)).c_str(), character, place.block,
                 p < end        ? *p
                 : text.empty() ? ';'
-                               : text.back());
+                               : text.back(),
+                place_in_file().c_str());
   }
   if (found == 0) ends[1] = ends[0];
   if (ends[0] > ends[1]) std::swap(ends[0], ends[1]);

@@ -46,6 +46,14 @@ std::string read_title() {
   }
 }
 
+// In pieces that fit the line buffer.
+void print_title(const std::string& title) {
+  if (title.empty()) return;
+  constexpr std::size_t piece = 1000;
+  for (std::size_t i = 0; i < title.size(); i += piece) emit(title.substr(i, piece));
+  emit("\n");
+}
+
 class matrix_reader {
  public:
   matrix_reader(int ntax, int nchar) : rows_(ntax) {
@@ -156,8 +164,8 @@ void matrix_reader::check_row_end(const row_place& place) {
   }
   error_end_f(
       "Error reading block %i, taxon %s: too many characters\n   char. %i (last char.) should be "
-      "followed by newline",
-      block_, std::string(taxon_name(place.taxon)).c_str(), place.end - 1);
+      "followed by newline%s",
+      block_, std::string(taxon_name(place.taxon)).c_str(), place.end - 1, place_in_file().c_str());
 }
 
 void matrix_reader::read_block_row(int& width) {
@@ -295,7 +303,7 @@ void read_matrix() {
   warn_of_replacement(source.c_str());
   wipe_matrix();
   const std::string title = read_title();
-  if (!title.empty()) emit(title, "\n");
+  print_title(title);
   const int nchar = read_int();
   if (nchar < 1) error_end("Must specify number of characters");
   const int ntax = read_int();

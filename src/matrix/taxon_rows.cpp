@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "matrix/cell_reader.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/name_matching.h"
@@ -58,7 +59,7 @@ int taxon_rows::most_similar(const std::string& name) const {
 int taxon_rows::add_taxon(const std::string& name) {
   if (count_ == matrix.ntax) {
     error_end("Error reading block", block_, ": can't have more than", matrix.ntax,
-              "taxa in a block");
+              "taxa in a block" + place_in_file());
   }
   set_taxon_name(count_, name);
   by_name_.emplace(name, count_);
@@ -70,13 +71,15 @@ void taxon_rows::mark_row(int taxon, const std::string& name, bool by_prefix) {
   if (block == block_) {
     const std::string head = text_of("Error reading block %i:", block_);
     if (by_prefix) {
-      error_end(head, "each taxon can appear only once -", taxon_name(taxon), "appears twice");
+      error_end(head, "each taxon can appear only once -", taxon_name(taxon),
+                "appears twice" + place_in_file());
     }
     if (block_ == 1) {
       // Rows of the first block are the taxa, in order.
-      error_end(head, name, "appears twice", text_of("(rows %i and %i)", taxon, rows_in_block_));
+      error_end(head, name, "appears twice",
+                text_of("(rows %i and %i)", taxon, rows_in_block_) + place_in_file());
     }
-    error_end(head, name, "appears twice");
+    error_end(head, name, "appears twice" + place_in_file());
   }
   block = block_;
   ++rows_in_block_;
@@ -96,7 +99,7 @@ std::vector<int> taxon_rows::taxa_of_row(std::string_view word, bool similar) {
       std::vector<int> taxa = taxa_with_prefix(word);
       if (taxa.empty()) {
         error_end(text_of("Error reading block %i:", block_), "no taxon has a name beginning as",
-                  word);
+                  std::string(word) + place_in_file());
       }
       for (const int t : taxa) mark_row(t, name, true);
       return taxa;
