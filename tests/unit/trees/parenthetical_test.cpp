@@ -5,9 +5,9 @@
 #include "shell/errors.h"
 #include "shell/process.h"
 #include "support/random_trees.h"
+#include "support/text_session.h"
 #include "trees/tread.h"
 #include "trees/tree_file.h"
-#include "unit/trees/text_session.h"
 
 namespace zeb {
 namespace {

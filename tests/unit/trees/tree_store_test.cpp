@@ -7,7 +7,7 @@
 #include "shell/errors.h"
 #include "shell/process.h"
 #include "support/random_trees.h"
-#include "unit/trees/text_session.h"
+#include "support/text_session.h"
 
 namespace zeb {
 namespace {

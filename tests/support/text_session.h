@@ -4,12 +4,11 @@
 #include <string>
 #include <utility>
 
-#include "matrix/list_kinds.h"
 #include "matrix/matrix.h"
+#include "program.h"
 #include "shell/arena.h"
 #include "shell/input.h"
 #include "shell/output.h"
-#include "trees/registration.h"
 
 namespace zeb_test {
 
@@ -18,8 +17,7 @@ namespace zeb_test {
 class text_session {
  public:
   explicit text_session(int ntax) {
-    register_rooms();
-    zeb::start_input(10, "quote;", "test");
+    start_program();
     zeb::output.output_mask = 7;
     zeb::create_arena(64'000'000 + static_cast<std::size_t>(ntax) * 2000);
     zeb::begin_matrix(ntax, 1);
@@ -30,7 +28,7 @@ class text_session {
   }
   ~text_session() {
     zeb::wipe_matrix();
-    zeb::release_arena();
+    zeb::create_arena(16'000'000);
     zeb::read_char = zeb::plain_read_char;
     zeb::unread_char = zeb::plain_unread_char;
     zeb::output.output_mask = 0;
@@ -45,12 +43,6 @@ class text_session {
   }
 
  private:
-  static void register_rooms() {
-    if (std::exchange(registered_, true)) return;
-    zeb::register_matrix();
-    zeb::register_matrix_lists();
-    zeb::register_trees();
-  }
   static int next_typed() {
     const std::size_t i = next_++;
     if (i < text_.size()) return static_cast<unsigned char>(text_[i]);
@@ -58,7 +50,6 @@ class text_session {
   }
   static void untype() { --next_; }
 
-  inline static bool registered_ = false;
   inline static std::string text_;
   inline static std::size_t next_ = 0;
 };
