@@ -4,6 +4,7 @@
 #include "command_table.h"
 
 #include "formats/formats.h"
+#include "functions/function_table.h"
 #include "macro/commands.h"
 #include "matrix/commands.h"
 #include "matrix/settings_commands.h"
@@ -202,7 +203,7 @@ constexpr command_row rows[] = {
     {"macro",       macro_command, false, topic_scripts},
     {"macreport",   macreport_command, false, topic_scripts},
     {"macseed",     macseed_command, false, topic_scripts},
-    {"maketable",   none, false, topic_scripts},
+    {"maketable",   maketable_command, false, topic_scripts},
     {"private",     private_command, false, topic_scripts},
     {"progress",    progress_command, false, topic_scripts},
     {"recurse",     recurse_command, false, topic_scripts},

@@ -22,12 +22,17 @@ struct function_row {
 /// The functions of each subject.
 std::span<const function_row> data_functions();
 std::span<const function_row> tree_functions();
+std::span<const function_row> score_functions();
 std::span<const function_row> group_functions();
 std::span<const function_row> setting_functions();
 std::span<const function_row> number_functions();
 std::span<const function_row> array_functions();
 std::span<const function_row> string_functions();
 std::span<const function_row> file_functions();
+
+/// Lets tree tags, drawings and tables reach the user's arrays.
+void connect_user_arrays();
+void maketable_command();
 
 /// Hands the macro language its functions, fixed strings and names. Called once, at start-up.
 void register_functions();

@@ -14,6 +14,7 @@
 #include "macro/string_conversion.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/help.h"
 #include "shell/output.h"
 #include "trees/tree_store.h"
 
@@ -25,9 +26,9 @@ using function_map = std::map<std::string_view, double (*)()>;
 const function_map& working_functions() {
   static const function_map map = [] {
     function_map all;
-    for (const auto rows :
-         {data_functions(), tree_functions(), group_functions(), setting_functions(),
-          number_functions(), array_functions(), string_functions(), file_functions()}) {
+    for (const auto rows : {data_functions(), tree_functions(), score_functions(),
+                            group_functions(), setting_functions(), number_functions(),
+                            array_functions(), string_functions(), file_functions()}) {
       for (const function_row& row : rows) all.emplace(row.name, row.value);
     }
     return all;
@@ -161,9 +162,22 @@ bool other_string(std::string_view word, std::string* text) {
   return true;
 }
 
+// `help + word`: every function that the word is a prefix of.
+bool print_function_help(std::string_view word) {
+  bool found = false;
+  for (const function_help& row : function_table()) {
+    if (row.help.empty() || !row.name.starts_with(word)) continue;
+    emit(row.name, row.help, "\n");
+    found = true;
+  }
+  return found;
+}
+
 }  // namespace
 
 void register_functions() {
+  set_expression_help(print_function_help);
+  connect_user_arrays();
   set_reserved_names(is_reserved);
   set_function_resolver(resolve_function, resolve_name);
   add_fixed_strings(data_string);

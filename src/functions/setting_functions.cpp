@@ -3,6 +3,7 @@
 
 #include <thread>
 
+#include "engine/collapsing.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "macro/macro_state.h"
@@ -21,6 +22,7 @@ namespace {
 double absent_included() { return store.include_absent; }
 double arguments() { return static_cast<double>(top_frame().arguments.size()); }
 double break_setting() { return settings.break_polling != 0; }
+double collapse_rule() { return collapsing.rule; }
 double processors() { return static_cast<double>(std::thread::hardware_concurrency()); }
 double never() { return 0; }
 double always() { return 1; }
@@ -54,6 +56,7 @@ constexpr function_row rows[] = {
     {"absincl", absent_included},
     {"argnumber", arguments},
     {"break", break_setting},
+    {"collapse", collapse_rule},
     {"cpus", processors},
     {"cygwin", never},
     {"windows", never},
