@@ -32,7 +32,8 @@ TIMEOUT_SECONDS = 120
 
 MASKS = [
     (re.compile(r"\b\d+\.\d+ (secs?\b|seconds\b)"), r"<time> \1"),
-    (re.compile(r"\b\d+:\d\d:\d\d\b"), "<clock>"),
+    (re.compile(r"(?<!searches is )\b\d+:\d\d:\d\d\b"), "<clock>"),
+    (re.compile(r"^zeb \d+(\.\d+)+"), "zeb <version>"),
     (re.compile(r"\bversion \d+(\.\d+)+"), "version <version>"),
     (re.compile(r"(zeb_|zebexec_)\d+"), r"\1<pid>"),
 ]

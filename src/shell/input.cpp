@@ -23,10 +23,11 @@ namespace {
 
 input_frame* frame_at(int level) { return input.frames[static_cast<std::size_t>(level)].get(); }
 
-// Puts the new text behind the last bytes of the old one, which can still be unread.
-char* make_room(input_frame& frame) {
+// Puts the new text behind the last bytes of the old one, at most `most_kept`, which can still be
+// unread.
+char* make_room(input_frame& frame, std::size_t most_kept = kept_behind) {
   const auto used = static_cast<std::size_t>(input.read_position - frame.text);
-  const std::size_t keep = std::min<std::size_t>(used, kept_behind);
+  const std::size_t keep = std::min(used, most_kept);
   std::memmove(frame.buffer, input.read_position - keep, keep);
   frame.text = frame.buffer;
   input.read_position = frame.buffer + keep;
@@ -70,7 +71,8 @@ std::size_t read_plain_line(std::FILE* stream, char* text) {
 }
 
 void refill_level_zero(input_frame& frame) {
-  char* text = make_room(frame);
+  // A typed line stands alone: errors show nothing of the lines before it.
+  char* text = make_room(frame, process.command_line_input ? kept_behind : 0);
   if (process.command_line_input) {
     if (next_argument_piece(text)) return;
     if (process.background) {

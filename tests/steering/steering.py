@@ -1,0 +1,97 @@
+#!/usr/bin/env python3
+"""Background runs are steered by files: execute, stop and pause, each named after the process."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+
+ZEB = os.path.abspath(sys.argv[1])
+failures = []
+
+
+def expect(condition, what):
+    if not condition:
+        failures.append(what)
+
+
+class BackgroundRun:
+    """One run in a directory of its own; `finish` gives its status and log."""
+
+    def __init__(self, *commands, **files):
+        self.directory = tempfile.TemporaryDirectory(prefix="zeb_steering_")
+        self.where = pathlib.Path(self.directory.name)
+        for name, text in files.items():
+            (self.where / name).write_text(text)
+        self.process = subprocess.Popen([ZEB, "bground", "log out.log;", *commands], cwd=self.where,
+                                        stdin=subprocess.DEVNULL)
+
+    def file(self, word):
+        return self.where / f"{word}_zeb_{self.process.pid}"
+
+    def finish(self):
+        status = self.process.wait(timeout=90)
+        return status, (self.where / "out.log").read_text()
+
+
+
+
+def execute_file_is_taken_up_where_the_instructions_end():
+    run = BackgroundRun("pause 2;")
+    run.file("execute").write_text("quote one more; quit;")
+    status, log = run.finish()
+    expect(status == 0 and "one more" in log, f"execute file at the end: {status} {log!r}")
+    expect(not run.file("execute").exists(), "the execute file is still there")
+    copy = run.where / f".zebexec_1_zeb_{run.process.pid}"
+    expect(copy.exists() and copy.read_text() == "quote one more; quit;", "no copy was made")
+
+
+def quit_takes_up_execute_files_one_after_the_other():
+    run = BackgroundRun("pause 2; quit;", next="quote the last;")
+    run.file("execute").write_text(f"system mv next {run.file('execute').name}; quit;")
+    status, log = run.finish()
+    expect(status == 1 and "the last" in log and "Quitting ZEB" in log,
+           f"execute files at quit: {status} {log!r}")
+
+
+def stop_file_abandons_the_command_and_the_file_it_is_in():
+    run = BackgroundRun("proc long; quote the arguments go on; quit;",
+                        long="pause 60; quote never;")
+    run.file("stop").write_text("")
+    status, log = run.finish()
+    expect(status == 0, f"stop file: status {status}")
+    expect("User interrupt..." in log and "arguments go on" in log and "never" not in log,
+           f"stop file: {log!r}")
+    expect(not run.file("stop").exists(), "the stop file is still there")
+
+
+def pause_file_holds_the_run():
+    run = BackgroundRun("pause 11; quote over; quit;")
+    run.file("pause").write_text("")
+    time.sleep(14)
+    expect(run.process.poll() is None, "the pause file didn't hold the run")
+    run.file("pause").unlink()
+    status, log = run.finish()
+    expect(status == 0 and "over" in log, f"pause file: {status} {log!r}")
+
+
+def main():
+    tests = [execute_file_is_taken_up_where_the_instructions_end,
+             quit_takes_up_execute_files_one_after_the_other,
+             stop_file_abandons_the_command_and_the_file_it_is_in,
+             pause_file_holds_the_run]
+    threads = [threading.Thread(target=test) for test in tests]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    for failure in failures:
+        print("FAILED", failure)
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
