@@ -211,7 +211,8 @@ int macro_read_char() {
     switch (c) {
       case '\'':
       case '"': {
-        if (macro_reading_flags.no_quotes > 0) return c;
+        // Behind a command's word a quote may open a title: the handler decides.
+        if (macro_reading_flags.no_quotes > 0 || input.in_command_head) return c;
         const int next = peek_raw_char();
         if (!starts_reference(next) && next != '/') return c;
         expand_variable(static_cast<char>(c));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "macro/macro_reader.h"
 #include "matrix/block_format.h"
 #include "matrix/cell_reader.h"
 #include "matrix/continuous_reader.h"
@@ -31,8 +32,9 @@ int peek_past_blanks() {
   return c;
 }
 
-// The title with its quotes; empty without one.
+// The title with its quotes; empty without one. Quotes and signs in it are no macro references.
 std::string read_title() {
+  const reading_flag plain(&macro_reading::no_expansion);
   std::string title;
   if (!accept_char('\'')) return title;
   title = "'";

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "macro/macro_reader.h"
 #include "matrix/cell_editing.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
@@ -174,10 +175,16 @@ void make_from_tree() {
   make_matrix_from_tree(ancestors, stasis, nchar, states);
 }
 
+// A quote that comes first opens a title, not a macro reference.
+int peek_form() {
+  const reading_flag plain(&macro_reading::no_expansion);
+  return skip_blanks_peek();
+}
+
 }  // namespace
 
 void xread_command() {
-  const int first = skip_blanks_peek();
+  const int first = peek_form();
   switch (first) {
     case '*':
     case '-':
