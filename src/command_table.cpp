@@ -3,6 +3,7 @@
 // says so.
 #include "command_table.h"
 
+#include "consensus/commands.h"
 #include "formats/formats.h"
 #include "functions/function_table.h"
 #include "macro/commands.h"
@@ -45,7 +46,7 @@ constexpr command_row rows[] = {
     {"clbuffer",    clbuffer_command, false, topic_output | topic_various},
     {"cnames",      cnames_command, false, topic_input | topic_settings | topic_characters},
     {"collapse",    none, false, topic_searching | topic_compare | topic_settings},
-    {"comcomp",     none, true,  topic_consensus | topic_trees},
+    {"comcomp",     comcomp_command, true,  topic_consensus | topic_trees},
     {"condense",    none, true,  topic_diagnosis | topic_compare | topic_various | topic_trees},
     {"constrain",   none, false, topic_searching | topic_various},
     {"costs",       none, true,  topic_input | topic_searching | topic_settings | topic_memory | topic_characters | topic_weights},
@@ -60,7 +61,7 @@ constexpr command_row rows[] = {
     {"fit",         none, true,  topic_diagnosis | topic_characters},
     {"fillsank",    none, false, topic_input | topic_settings},
     {"force",       none, false, topic_input | topic_searching | topic_settings},
-    {"freqdifs",    none, true,  topic_compare | topic_consensus},
+    {"freqdifs",    freqdifs_command, true,  topic_compare | topic_consensus},
     {"help",        help_command, false, 0},
     {"hold",        hold_command, false, topic_searching | topic_settings},
     {"hybrid",      none, true,  topic_searching | topic_various},
@@ -78,7 +79,7 @@ constexpr command_row rows[] = {
     {"lmrealign",   none, true,  topic_input | topic_settings},
     {"lquote",      lquote_command, false, topic_output | topic_various},
     {"lset",        none, false, topic_settings | topic_various},
-    {"majority",    none, true,  topic_consensus | topic_supports},
+    {"majority",    majority_command, true,  topic_consensus | topic_supports},
     {"matchtax",    none, true,  topic_diagnosis | topic_various},
     {"map",         none, true,  topic_mapping | topic_diagnosis | topic_characters},
     {"minmax",      minmax_command, false, topic_diagnosis | topic_various | topic_characters},
@@ -90,7 +91,7 @@ constexpr command_row rows[] = {
     {"mxram",       mxram_command, false, topic_settings | topic_various | topic_memory},
     {"mxproc",      mxproc_command, false, topic_input | topic_settings | topic_various | topic_memory},
     {"naked",       naked_command, false, topic_output | topic_settings | topic_trees},
-    {"nelsen",      none, true,  topic_consensus | topic_trees},
+    {"nelsen",      nelsen_command, true,  topic_consensus | topic_trees},
     {"nstates",     nstates_command, false, topic_input | topic_settings},
     {"outgroup",    outgroup_command, false, topic_input | topic_settings},
     {"procedure",   procedure_command, false, topic_input},

@@ -64,9 +64,8 @@ bool select_trees_by(std::string_view word, std::span<std::uint8_t> selected) {
 }
 
 int last_automatic_group() {
-  const int group = store.next_auto_group > 0 ? store.next_auto_group - 1 : store.tgroup_limit - 1;
-  if (!tree_group_defined(group)) error_end("No tree group has been created automatically");
-  return group;
+  if (store.last_auto_group < 0) error_end("No tree group has been created automatically");
+  return store.last_auto_group;
 }
 
 void undefine_tree_group(int group) {

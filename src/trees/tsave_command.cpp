@@ -34,8 +34,7 @@ void close_by_user() {
   emit("Closing ", name, " (with ", saved, " trees saved)\n");
 }
 
-void save_in_one_shot() {
-  const bool parenthetical = accept_char('*');
+void save_in_one_shot(bool parenthetical) {
   const std::string name = read_file_name();
   if (tree_file.stream) {
     error_end("Can't open new file: Tree file", tree_file.name, "is open");
@@ -144,12 +143,15 @@ void tsave_command() {
     return;
   }
   require_data("opening a tree file");
-  if (accept_char('=')) {
-    save_in_one_shot();
-    return;
+  // "=" and "*" in either order.
+  bool parenthetical = accept_char('*');
+  const bool at_once = accept_char('=');
+  parenthetical = accept_char('*') || parenthetical;
+  if (at_once) {
+    save_in_one_shot(parenthetical);
+  } else {
+    open_tree_file(read_file_name(), parenthetical);
   }
-  const bool parenthetical = accept_char('*');
-  open_tree_file(read_file_name(), parenthetical);
 }
 
 void save_command() {

@@ -1,0 +1,11 @@
+// Handlers of the consensus commands.
+#pragma once
+
+namespace zeb {
+
+void nelsen_command();
+void majority_command();
+void freqdifs_command();
+void comcomp_command();
+
+}  // namespace zeb

@@ -1,0 +1,56 @@
+#include "consensus/counting.h"
+
+#include "engine/collapsing.h"
+#include "shell/arena.h"
+#include "shell/output.h"
+#include "shell/process.h"
+
+namespace zeb {
+namespace {
+
+constexpr std::size_t polling_interval = 64;  // trees
+
+}  // namespace
+
+branch_weights::branch_weights(const tree_selection& selection) : selection_(selection) {
+  if (!selection.collapse) return;
+  marks_.resize(static_cast<std::size_t>(2 * selection.ntax), 1);
+  // Whatever the rule keeps of the matrix is laid out now, before a table lies above it.
+  of(selection.trees.front());
+}
+
+std::span<const std::uint8_t> branch_weights::of(const_tree_span tree) {
+  if (selection_.collapse)
+    collapse_tree(tree, std::span(marks_).first(tree.size()), selection_.excluded);
+  return marks_;
+}
+
+bool count_all_groups(const tree_selection& selection, branch_weights& weights,
+                      group_table& table) {
+  for (std::size_t i = 0; i < selection.trees.size(); ++i) {
+    poll_trees("Counting groups", i, selection.trees.size());
+    const const_tree_span tree = selection.trees[i];
+    if (!table.count_tree_groups(tree, weights.of(tree), true)) return false;
+  }
+  clear_progress();
+  return true;
+}
+
+void poll_trees(std::string_view label, std::size_t tree, std::size_t trees) {
+  if (tree % polling_interval != 0) return;
+  show_progress(label, static_cast<double>(tree), static_cast<double>(trees));
+  check_interrupt(1);
+}
+
+std::size_t bytes_of_small_table(int ntax) {
+  return 3 * node_sets_builder::bytes_needed(ntax) + 1024;
+}
+
+void note_low_memory(const tree_selection& selection) {
+  if (selection.low_memory || consensus.low_memory_note_shown) return;
+  consensus.low_memory_note_shown = true;
+  emit("Note: using alternative consensus algorithm\n");
+  emit("(memory is insufficient for standard algorithm)\n");
+}
+
+}  // namespace zeb

@@ -1,0 +1,34 @@
+// What the consensus methods share: branch weights, and the counting of many trees.
+#pragma once
+
+#include <string_view>
+
+#include "consensus/consensus.h"
+#include "consensus/group_table.h"
+
+namespace zeb {
+
+/// Weights of a tree's branches, by node, while trees are collapsed; empty else.
+class branch_weights {
+ public:
+  explicit branch_weights(const tree_selection& selection);
+  std::span<const std::uint8_t> of(const_tree_span tree);
+
+ private:
+  const tree_selection& selection_;
+  std::vector<std::uint8_t> marks_;
+};
+
+/// Counts all trees, new groups being entered. False when the arena has no room for them.
+[[nodiscard]] bool count_all_groups(const tree_selection& selection, branch_weights& weights,
+                                    group_table& table);
+
+/// Shows progress and looks for an interrupt, now and then.
+void poll_trees(std::string_view label, std::size_t tree, std::size_t trees);
+
+/// Arena bytes of a table for as many groups as two trees can have, with its working arrays.
+std::size_t bytes_of_small_table(int ntax);
+/// Says once a run that the path of little memory is taken without having been asked for.
+void note_low_memory(const tree_selection& selection);
+
+}  // namespace zeb

@@ -1,0 +1,5 @@
+# Random bytes and shuffled commands, with a fixed seed; a longer run by hand (--runs, --seed).
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+add_test(NAME hostile_input
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/hostile_input.py
+          --zeb $<TARGET_FILE:zeb> --runs 60)
