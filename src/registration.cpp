@@ -7,10 +7,20 @@
 #include "macro/commands.h"
 #include "matrix/list_kinds.h"
 #include "matrix/matrix.h"
+#include "shell/data_memory.h"
 #include "shell/interpreter.h"
 #include "trees/registration.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
+
+namespace {
+
+data_description describe_data() {
+  return {matrix.ntax, matrix.nchar, 8 * matrix.cell_bytes, store.maxtrees, store.vault_trees};
+}
+
+}  // namespace
 
 void register_everything() {
   set_command_table(all_commands());
@@ -21,6 +31,8 @@ void register_everything() {
   register_matrix_lists();
   register_trees();
   register_engine();
+  set_data_describer(describe_data);
+  set_data_dropper(wipe_matrix);
 }
 
 }  // namespace zeb

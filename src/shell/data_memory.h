@@ -11,14 +11,14 @@ struct memory_settings {
 };
 extern memory_settings memory;
 
-/// The data set in memory, for the breakdown of `mxram`. Registered by the matrix and the trees.
+/// The data set in memory, for the breakdown of `mxram`. Registered at start-up.
 struct data_description {
   int ntax = 0, nchar = 0, nstates = 0;
   int maxtrees = 0;
   int vault_trees = 0;
 };
-void add_data_describer(void (*describe)(data_description&));
-/// Drops the data set, before the arena is created anew. Registered by the matrix.
+void set_data_describer(data_description (*describe)());
+/// Drops the data set, before the arena is created anew. Registered at start-up.
 void set_data_dropper(void (*drop)());
 
 }  // namespace zeb

@@ -1,6 +1,4 @@
 // `mxram`: the size of the arena, and what is in it.
-#include <vector>
-
 #include "shell/arena.h"
 #include "shell/commands.h"
 #include "shell/data_memory.h"
@@ -19,14 +17,8 @@ namespace {
 
 constexpr double largest_megabytes = 1e12;
 
-std::vector<void (*)(data_description&)> describers;
+data_description (*describe_data)() = nullptr;
 void (*drop_data)() = nullptr;
-
-data_description describe_data() {
-  data_description description;
-  for (const auto describe : describers) describe(description);
-  return description;
-}
 
 void show_part(const int* tag, const std::string& what) {
   const std::size_t bytes = locked_bytes(tag);
@@ -37,7 +29,7 @@ void show_part(const int* tag, const std::string& what) {
 void show_breakdown() {
   emit("   ", megabytes_text(static_cast<double>(arena_free())), " unused\n");
   emit("   ", megabytes_text(static_cast<double>(arena_in_use())), " in use:\n");
-  const data_description data = describe_data();
+  const data_description data = describe_data ? describe_data() : data_description{};
   std::string matrix = text_of(" for data matrix (%i taxa, %i chars., %i states) for %i trees",
                                data.ntax, data.nchar, data.nstates, data.maxtrees);
   if (data.vault_trees > 0) matrix += text_of(" (plus vault of %i trees)", data.vault_trees);
@@ -102,7 +94,7 @@ void set_extra(bool on) {
 
 }  // namespace
 
-void add_data_describer(void (*describe)(data_description&)) { describers.push_back(describe); }
+void set_data_describer(data_description (*describe)()) { describe_data = describe; }
 void set_data_dropper(void (*drop)()) { drop_data = drop; }
 
 void mxram_command() {
