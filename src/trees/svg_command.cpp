@@ -1,6 +1,6 @@
 // ttags &: the tag tree as an SVG figure.
 #include <array>
-#include <cstdlib>
+#include <cmath>
 
 #include "matrix/matrix.h"
 #include "shell/errors.h"
@@ -133,8 +133,8 @@ drawing_request read_request() {
 void save_places(int array, const node_places& places) {
   std::vector<double> values;
   for (const auto& [x, y] : places) {
-    values.push_back(x);
-    values.push_back(y);
+    values.push_back(std::round(x));
+    values.push_back(std::round(y));
   }
   user_arrays.store(array, values, 2);
   svg_file.takes_additions = true;
