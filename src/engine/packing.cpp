@@ -192,6 +192,9 @@ void prepare_search_data(bool, bool silent) {
   current_search_data = &packed.data;
 }
 
-void register_engine() { add_unlock_hook(forget_when_released); }
+void register_engine() {
+  add_unlock_hook(forget_when_released);
+  register_node_rows();
+}
 
 }  // namespace zeb

@@ -4,5 +4,7 @@
 namespace zeb {
 
 void register_engine();
+/// Part of it: what `xread :` writes.
+void register_node_rows();
 
 }  // namespace zeb

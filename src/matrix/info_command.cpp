@@ -35,6 +35,7 @@ void info_command() {
   no_timing();
   std::vector<std::uint8_t> chosen(static_cast<std::size_t>(matrix.nchar), 0);
   const bool given = read_list(list_plain, 0, matrix.nchar, "character", chosen);
+  expect_end();
   recheck_steps();
   std::vector<int> informative;
   std::vector<int> uninformative;

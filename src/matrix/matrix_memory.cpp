@@ -44,11 +44,19 @@ void make_room_for_matrix(int ntax, int nchar) {
   }
   // Refused before the system is asked: it may promise memory that it doesn't have.
   if (estimate > machine_memory()) out_of_memory();
-  if (!memory.grow_for_data) return;
   const double wanted = std::min(4 * estimate, machine_memory());
-  if (static_cast<double>(arena_free()) < wanted && arena.lock_count == 0) {
-    create_arena(static_cast<std::size_t>(wanted));
-  }
+  if (!memory.grow_for_data || static_cast<double>(arena_free()) >= wanted) return;
+  unlock_all();
+  create_arena(static_cast<std::size_t>(wanted));
+}
+
+void register_matrix_memory() {
+  set_data_dropper(wipe_matrix);
+  add_data_describer([](data_description& description) {
+    description.ntax = matrix.ntax;
+    description.nchar = matrix.nchar;
+    description.nstates = 8 * matrix.cell_bytes;
+  });
 }
 
 }  // namespace zeb

@@ -6,13 +6,15 @@
 
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
-#include "shell/lexer.h"
+#include "shell/errors.h"
 #include "shell/output.h"
 
 namespace zeb {
 namespace {
 
 constexpr std::size_t piece = 1000;  // bytes sent at a time: fits the line buffer
+
+node_row_source node_source = nullptr;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
@@ -61,7 +63,10 @@ class matrix_writer {
       new_number_[at(c)] = nchar_++;
       add_to_sections(c);
     }
-    for (const int t : taxa_) longest_name_ = std::max(longest_name_, taxon_name(t).size());
+    for (std::size_t i = 0; i < request.more_rows.size(); ++i) {
+      taxa_.push_back(matrix.ntax + static_cast<int>(i));
+    }
+    for (const int t : taxa_) longest_name_ = std::max(longest_name_, name_of_row(t).size());
   }
   void write() {
     write_head();
@@ -77,6 +82,9 @@ class matrix_writer {
 
  private:
   void add_to_sections(int character);
+  std::string_view name_of_row(int row) const {
+    return row < matrix.ntax ? taxon_name(row) : request_.more_rows[at(row - matrix.ntax)].name;
+  }
   bool is_plain() const {
     return sections_.size() == 1 && sections_[0].type == numeric_data && matrix.block_names.empty();
   }
@@ -95,7 +103,7 @@ class matrix_writer {
 
   const write_request& request_;
   line_writer out_;
-  std::vector<int> taxa_;
+  std::vector<int> taxa_;        // rows: taxa, and from ntax on those added to them
   std::vector<int> new_number_;  // by character; -1 not written
   std::vector<section> sections_;
   int nchar_ = 0;
@@ -141,6 +149,7 @@ std::string matrix_writer::section_head(const section& s) const {
 }
 
 std::uint32_t matrix_writer::cell_of(int taxon, int character) const {
+  if (taxon >= matrix.ntax) return request_.more_rows[at(taxon - matrix.ntax)].cells[at(character)];
   if (request_.cells.empty()) return cell(taxon, character);
   return request_.cells[at(taxon) * at(matrix.nchar) + at(character)];
 }
@@ -148,7 +157,7 @@ std::uint32_t matrix_writer::cell_of(int taxon, int character) const {
 void matrix_writer::write_section(const section& s) {
   if (!is_plain()) out_.add(section_head(s));
   for (const int t : taxa_) {
-    std::string row(taxon_name(t));
+    std::string row(name_of_row(t));
     row.resize(longest_name_ + 1, ' ');
     for (const int c : s.characters) {
       if (s.type == continuous_data) row += ' ';
@@ -237,6 +246,7 @@ void matrix_writer::write_taxon_settings() {
   std::string inactive;
   for (std::size_t i = 0; i < taxa_.size(); ++i) {
     const int t = taxa_[i];
+    if (t >= matrix.ntax) break;
     if (t == matrix.outgroup && i != 0) out_.add(text_of("outgroup %i;\n", static_cast<int>(i)));
     if (!matrix.taxon_active[at(t)]) inactive += " " + std::to_string(i);
   }
@@ -262,6 +272,13 @@ std::string written_cell(int character, std::uint32_t states) {
     text += symbol_of_state(type, std::countr_zero(rest));
   }
   return text + "]";
+}
+
+void set_node_row_source(node_row_source source) { node_source = source; }
+
+std::vector<named_row> node_rows(int tree) {
+  if (!node_source) error_end("Tree(s) are required");
+  return node_source(tree);
 }
 
 void write_matrix(const write_request& request) { matrix_writer(request).write(); }

@@ -4,8 +4,15 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace zeb {
+
+/// A row that isn't a taxon's: nchar cells.
+struct named_row {
+  std::string name;
+  std::vector<std::uint32_t> cells;
+};
 
 /// What is written of the matrix.
 struct write_request {
@@ -14,6 +21,7 @@ struct write_request {
   bool settings = true;  // with the commands that bring back settings and names of characters
   /// If not empty, cells to write in place of those in memory, by taxon and character.
   std::span<const std::uint32_t> cells;
+  std::span<const named_row> more_rows;  // written behind the taxa
 };
 
 /// Sends complete commands to the output: reading them gives the same matrix.
@@ -21,5 +29,10 @@ void write_matrix(const write_request& request);
 
 /// A cell as it is written: "0", "[01]", "R", "?", "0.5-0.75".
 std::string written_cell(int character, std::uint32_t states);
+
+/// The internal nodes of a stored tree with their down-pass sets. Registered by the engine.
+using node_row_source = std::vector<named_row> (*)(int tree);
+void set_node_row_source(node_row_source source);
+std::vector<named_row> node_rows(int tree);
 
 }  // namespace zeb

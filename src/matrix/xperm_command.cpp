@@ -17,6 +17,7 @@ void xperm_command() {
   const bool with_missing = accept_char('*');
   std::vector<std::uint8_t> chosen(nchar, 0);
   const bool given = read_list(list_plain, 0, matrix.nchar, "character", chosen);
+  expect_end();
   const auto taxa = matrix.taxon_active.first(ntax);
   std::vector<std::uint32_t> cells(ntax);
   int permuted = 0;

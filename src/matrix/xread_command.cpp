@@ -47,10 +47,14 @@ std::span<const std::uint32_t> shuffled_cells() {
 
 void write_as(int form) {
   require_data("writing it");
+  expect_end();
   mark_list taxa(at(matrix.ntax), 1);
   mark_list characters(at(matrix.nchar), 1);
-  write_request request{
-      .taxa = taxa, .characters = characters, .settings = form != '!', .cells = {}};
+  write_request request{.taxa = taxa,
+                        .characters = characters,
+                        .settings = form != '!',
+                        .cells = {},
+                        .more_rows = {}};
   if (form == '-') {
     std::copy_n(matrix.taxon_active.begin(), matrix.ntax, taxa.begin());
     for (std::size_t c = 0; c < characters.size(); ++c) {
@@ -62,6 +66,19 @@ void write_as(int form) {
   }
   if (form == '[') request.cells = shuffled_cells();
   write_matrix(request);
+}
+
+// ":T": the taxa, and the internal nodes of tree T with their down-pass sets.
+void write_with_nodes() {
+  require_data("writing it");
+  int tree = 0;
+  read_optional_int(&tree);
+  expect_end();
+  const std::vector<named_row> nodes = node_rows(tree);
+  const mark_list taxa(at(matrix.ntax), 1);
+  const mark_list characters(at(matrix.nchar), 1);
+  write_matrix(
+      {.taxa = taxa, .characters = characters, .settings = true, .cells = {}, .more_rows = nodes});
 }
 
 // ---- editing ----
@@ -194,7 +211,9 @@ void xread_command() {
       write_as(first);
       return;
     case ':':
-      error_end("Writing the matrix with down-pass sets is not available in this version");
+      next_nonblank();
+      write_with_nodes();
+      return;
     case '=':
       next_nonblank();
       edit_cells();
@@ -216,6 +235,9 @@ void xread_command() {
   }
 }
 
-void xwipe_command() { wipe_matrix(); }
+void xwipe_command() {
+  expect_end();
+  wipe_matrix();
+}
 
 }  // namespace zeb
