@@ -156,7 +156,7 @@ constexpr command_row rows[] = {
     {"tplot",       tplot_command, true,  topic_output | topic_save | topic_trees},
     {"tread",       tread_command, true,  topic_input | topic_trees},
     {"tsave",       tsave_command, true,  topic_output | topic_save | topic_trees},
-    {"tshrink",     none, false, topic_output | topic_settings | topic_memory},
+    {"tshrink",     tshrink_command, false, topic_output | topic_settings | topic_memory},
     {"tsize",       tsize_command, true,  topic_diagnosis | topic_trees},
     {"ttags",       ttags_command, false, topic_output | topic_various | topic_supports},
     {"tvault",      tvault_command, false, topic_input},

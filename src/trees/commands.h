@@ -19,6 +19,7 @@ void tequal_command();
 void tnodes_command();
 void tread_command();
 void tsave_command();
+void tshrink_command();
 void tsize_command();
 void tvault_command();
 void unique_command();

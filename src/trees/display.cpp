@@ -6,6 +6,7 @@
 #include "matrix/matrix.h"
 #include "shell/output.h"
 #include "trees/registration.h"
+#include "trees/shrunken_tree.h"
 #include "trees/svg_file.h"
 #include "trees/tags.h"
 #include "trees/text_diagram.h"
@@ -61,6 +62,13 @@ void print_diagram(const_tree_span tree, std::span<const std::string> node_texts
     if (!is_absent(tree, t)) labels[static_cast<std::size_t>(t)] = taxon_label(t);
   std::vector<std::string> numbers;
   if (node_texts.empty() && !display.naked) node_texts = numbers = node_numbers(tree);
+  shrunken_tree shrunken;
+  if (shrinking.groups != 0) {
+    shrunken = shrink_tree(tree, labels, node_texts);
+    tree = shrunken.record;
+    labels = shrunken.labels;
+    node_texts = shrunken.node_texts;
+  }
   const std::vector<std::string> lines =
       diagram_lines(tree, matrix.ntax, labels, node_texts, current_style(lines_of_tags));
   for (const std::string& line : lines) emit(line, "\n");

@@ -38,5 +38,4 @@ void plot_stored_tree(int number);
 void print_diagram(const_tree_span tree, std::span<const std::string> node_texts,
                    bool lines_of_tags = false);
 
-
 }  // namespace zeb

@@ -10,11 +10,11 @@
 
 #include "matrix/matrix.h"
 #include "shell/arena.h"
-#include "shell/data_memory.h"
 #include "shell/errors.h"
 #include "shell/output.h"
 #include "shell/process.h"
 #include "trees/registration.h"
+#include "trees/shrunken_tree.h"
 
 namespace zeb {
 
@@ -172,17 +172,12 @@ void forget_buffer() {
   tags.tags_present = false;
   tags.tag_tree.clear();
   tags.tag_texts.clear();
-}
-
-void describe_trees(data_description& data) {
-  data.maxtrees = store.maxtrees;
-  data.vault_trees = store.vault_size;
+  shrinking.groups = 0;
 }
 
 }  // namespace
 
 void register_tree_store() {
-  add_data_describer(describe_trees);
   add_new_matrix_hook(create_buffer);
   add_matrix_gone_hook(forget_buffer);
   add_command_over_hook(settle_buffer);

@@ -1,0 +1,52 @@
+// `tshrink`: groups of taxa that diagrams show as single terminals.
+#include <vector>
+
+#include "matrix/matrix.h"
+#include "shell/errors.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/lists.h"
+#include "shell/output.h"
+#include "trees/commands.h"
+#include "trees/shrunken_tree.h"
+
+namespace zeb {
+
+namespace {
+
+void show_groups() {
+  if (shrinking.groups == 0) {
+    report_line("Trees are shown in full");
+    return;
+  }
+  emit("Groups shown as one terminal:");
+  for (int g = 0; g < matrix_state::group_count; ++g) {
+    if (((shrinking.groups >> g) & 1U) != 0) {
+      emit(" ", matrix.taxon_group_names[static_cast<std::size_t>(g)]);
+    }
+  }
+  emit("\n");
+}
+
+}  // namespace
+
+void tshrink_command() {
+  no_timing();
+  if (accept_char('-')) {
+    shrinking.groups = 0;
+  } else if (accept_char('*')) {
+    require_data("shrinking trees");
+    shrinking.groups = matrix.defined_taxon_groups;
+  } else if (accept_char('{')) {
+    require_data("shrinking trees");
+    std::vector<std::uint8_t> chosen(matrix_state::group_count, 0);
+    read_group_references(find_list_kind("taxon"), chosen);
+    shrinking.groups = 0;
+    for (std::size_t g = 0; g < chosen.size(); ++g) shrinking.groups |= (chosen[g] ? 1U : 0U) << g;
+  } else if (skip_blanks_peek() != ';') {
+    error_end("Expected \"{groups}\", \"*\" or \"-\" after \"tshrink\"");
+  }
+  show_groups();
+}
+
+}  // namespace zeb
