@@ -27,7 +27,7 @@ void show_script_place() {
     report_line("Error reading line", frame.line_number + 1, "of", frame.name);
   }
   if (loop.empty()) {
-    show_text_place(frame.text, input.read_position);
+    show_text_place(start_of_shown_text(frame), input.read_position);
   } else {
     show_text_place(macros.loops[macros.level].text, input.read_position);
   }

@@ -33,7 +33,7 @@ void show_place() {
   if (frame.stream && !frame.is_terminal && !(input.top == 0 && process.command_line_input)) {
     report_line("Error reading", frame.name);
   }
-  show_text_place(frame.text, input.read_position);
+  show_text_place(start_of_shown_text(frame), input.read_position);
 }
 
 std::string formatted(const char* format, va_list arguments) {
@@ -43,6 +43,11 @@ std::string formatted(const char* format, va_list arguments) {
 }
 
 }  // namespace
+
+const char* start_of_shown_text(const input_frame& frame) {
+  if (input.top > 0 || !frame.typed_line) return frame.text;
+  return std::min<const char*>(frame.typed_line, input.read_position);
+}
 
 void show_text_place(const char* text, const char* position) {
   const char* end = text + std::strlen(text);
@@ -104,7 +109,7 @@ int raise_warning(std::span<const message_part> parts) {
   if (settings.beep) ring_bell();
   emit(text_of("WARNING - %s", message.c_str()), "\n");
   if (ask_key("Continue? ", "yn") == 'y') {
-    emit("\r", std::string(80, ' '), "\r");
+    write_console("\r" + std::string(80, ' ') + "\r");
     return 0;
   }
   user_interrupt();

@@ -57,8 +57,9 @@ int warning(const part&... parts) {
 }
 int warning_f(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Shows at most 75 characters of a text around a position in it, and a caret under the position.
-void show_text_place(const char* text, const char* position);
+struct input_frame;
+/// Where the text to show of a frame begins: the line for text that was typed, else all there is.
+const char* start_of_shown_text(const input_frame& frame);
 
 /// Internal invariant, cheap, kept in release builds: ends the command with an internal error.
 [[noreturn]] void internal_error(const char* what, const char* file, int line);

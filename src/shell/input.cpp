@@ -87,6 +87,7 @@ void refill_level_zero(input_frame& frame) {
     process.command_line_input = false;
     std::snprintf(frame.name, sizeof frame.name, "%s", "Standard Input");
   }
+  frame.typed_line = text;
   if (output.console_mode) {
     if (!read_console_line(text, refill_size)) supply_end(frame, text);
     return;

@@ -22,7 +22,8 @@ struct input_frame {
   std::vector<std::string> arguments;  // `%1` and so on
   bool has_arguments = false;
   char buffer[kept_behind + frame_text_size + 8] = {};
-  char* text = buffer;  // start of the text: nothing before it can be unread
+  const char* typed_line = nullptr;  // where the line typed last begins; null: nothing was typed
+  char* text = buffer;               // start of the text: nothing before it can be unread
   char name[160] = {};
   int line_number = 0;  // newlines read
   // What the macro layer keeps for the file: see macro/.
