@@ -54,7 +54,8 @@ informative_states trim_states(int character, std::span<const std::int32_t> taxa
   result.kept = observed;
   if (std::popcount(observed) < 2) return result;
   const auto trim = [&](int state) {
-    if (count[static_cast<std::size_t>(state)] == 1 && std::popcount(result.kept) > 1) {
+    // The remainder changes nothing: it tells the compiler that the place exists.
+    if (count[static_cast<std::size_t>(state) % count.size()] == 1 && std::popcount(result.kept) > 1) {
       result.unique |= bit(state);
       result.kept &= ~bit(state);
     }
