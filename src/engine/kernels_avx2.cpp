@@ -19,6 +19,7 @@ struct wide256 {
   using count = __m256i;
   static constexpr std::int32_t words = 8;
   static constexpr std::int32_t chunk = 4;
+  static constexpr std::int32_t head = 3;
 
   static type load(const word* p) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(p)); }
   static void store(word* p, type v) { _mm256_store_si256(reinterpret_cast<__m256i*>(p), v); }
@@ -72,6 +73,14 @@ struct wide256 {
   static std::int32_t total(count c) {
     const __m128i half = _mm_add_epi64(_mm256_castsi256_si128(c), _mm256_extracti128_si256(c, 1));
     return _mm_cvtsi128_si32(_mm_add_epi64(half, _mm_unpackhi_epi64(half, half)));
+  }
+  static unsigned within(count c0, count c1, count c2, count c3, std::int32_t bound) {
+    const type a = _mm256_add_epi64(_mm256_unpacklo_epi64(c0, c1), _mm256_unpackhi_epi64(c0, c1));
+    const type b = _mm256_add_epi64(_mm256_unpacklo_epi64(c2, c3), _mm256_unpackhi_epi64(c2, c3));
+    const type totals = _mm256_add_epi64(_mm256_permute2x128_si256(a, b, 0x20),
+                                         _mm256_permute2x128_si256(a, b, 0x31));
+    const type over = _mm256_cmpgt_epi64(totals, _mm256_set1_epi64x(bound));
+    return 15U & ~static_cast<unsigned>(_mm256_movemask_pd(_mm256_castsi256_pd(over)));
   }
 };
 

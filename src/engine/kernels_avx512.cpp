@@ -19,6 +19,7 @@ struct wide512 {
   using count = __m512i;
   static constexpr std::int32_t words = 16;
   static constexpr std::int32_t chunk = 4;
+  static constexpr std::int32_t head = 2;
 
   static type load(const word* p) { return _mm512_load_si512(p); }
   static void store(word* p, type v) { _mm512_store_si512(p, v); }
@@ -59,6 +60,15 @@ struct wide512 {
   static count sum(count a, count b) { return _mm512_add_epi64(a, b); }
   static std::int32_t total(count c) {
     return static_cast<std::int32_t>(_mm512_reduce_add_epi64(c));
+  }
+  static unsigned within(count c0, count c1, count c2, count c3, std::int32_t bound) {
+    const type a = _mm512_add_epi64(_mm512_unpacklo_epi64(c0, c1), _mm512_unpackhi_epi64(c0, c1));
+    const type b = _mm512_add_epi64(_mm512_unpacklo_epi64(c2, c3), _mm512_unpackhi_epi64(c2, c3));
+    const __m256i x = _mm256_add_epi64(_mm512_castsi512_si256(a), _mm512_extracti64x4_epi64(a, 1));
+    const __m256i y = _mm256_add_epi64(_mm512_castsi512_si256(b), _mm512_extracti64x4_epi64(b, 1));
+    const __m256i totals = _mm256_add_epi64(_mm256_permute2x128_si256(x, y, 0x20),
+                                            _mm256_permute2x128_si256(x, y, 0x31));
+    return _mm256_cmple_epi64_mask(totals, _mm256_set1_epi64x(bound));
   }
 };
 

@@ -66,9 +66,11 @@ void reroot_links(tree_arrays& tree, int node, int clip) {
   int new_ancestor = clip;
   int sister = tree.sister[at(v)];
   int next = tree.anc[at(p)];
+  int next_sister = tree.sister[at(p)];
   while (p != clip) {
-    const int after = tree.anc[at(next)];  // read before the links of `next` are turned
-    const int next_sister = tree.sister[at(p)];
+    // Read before the links of `next` are turned.
+    const int after = tree.anc[at(next)];
+    const int after_sister = tree.sister[at(next)];
     const int below = next == clip ? other_side : next;
     replace_descendant(tree, p, v, below);
     make_sisters(tree, sister, below);
@@ -78,6 +80,7 @@ void reroot_links(tree_arrays& tree, int node, int clip) {
     p = next;
     next = after;
     sister = next_sister;
+    next_sister = after_sister;
   }
   const int neighbour = tree.anc[at(node)];
   tree.first[at(clip)] = node;

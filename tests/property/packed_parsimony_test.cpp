@@ -72,6 +72,18 @@ std::vector<word> all_sets(const search_data& data, int top) {
   return row;
 }
 
+/// Do all four arrays say the same?
+bool links_agree(const search_data& data) {
+  const tree_arrays& t = data.tree;
+  for (int v = data.n; v < data.nodes; ++v) {
+    const int a = t.first[at(v)];
+    const int b = t.second[at(v)];
+    if (t.anc[at(a)] != v || t.anc[at(b)] != v) return false;
+    if (t.sister[at(a)] != b || t.sister[at(b)] != a) return false;
+  }
+  return true;
+}
+
 naive::rooted_tree as_naive(const search_data& data) {
   naive::rooted_tree tree;
   tree.terminals = data.n;
@@ -124,6 +136,7 @@ void check_one_move(search_data& data, double length, std::mt19937& g) {
       data.kernels.cost_pair(operand, data.sets[at(target)].branch, data.layout, 2147483647);
   if (root_at != clip) reroot_subtree(data, root_at, clip);
   attach(data.tree, clip, joint, target);
+  ASSERT_TRUE(links_agree(data));
   repair_after_insert(data, clip);
   const std::vector<word> moved = all_sets(data, data.n);
   const double moved_length = full_pass(data);
