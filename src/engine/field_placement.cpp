@@ -1,5 +1,6 @@
 // Where fields lie: the weight mode, the filling of partly used words and the places themselves.
 #include <algorithm>
+#include <numeric>
 
 #include "engine/packing.h"
 
@@ -155,7 +156,14 @@ void place_in_order(packing_plan& plan) {
   fill_block(plan, count, 0, 1);
   fill_block(plan, count, 1, 2);
   fill_block(plan, count, 0, 2);
-  for (pack_entry& e : plan.entries) {
+  // The most variable characters first: what fails at all fails early then.
+  std::vector<std::size_t> order(plan.entries.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    return plan.entries[a].spread > plan.entries[b].spread;
+  });
+  for (const std::size_t i : order) {
+    pack_entry& e = plan.entries[i];
     e.first_field = plan.field_count[at(e.group)];
     plan.field_count[at(e.group)] += e.fields;
   }

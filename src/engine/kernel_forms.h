@@ -13,9 +13,7 @@
 //   choose(m, a, b)  a where m has bits, b elsewhere
 //   count, count_zero, add_count(c, e) (flags of e added), twice(c), sum(a, b), total(c)
 //   chunk          vectors between two looks at the bound
-//   head           vectors that a scan sums up before its first look; 0: it takes one candidate at
-//                  a time
-//   within(c0, c1, c2, c3, bound)  a bit for each total at or below the bound; only with a head
+//   has_within, within(c0, c1, c2, c3, bound)  a bit for each total at or below the bound
 #pragma once
 
 #include "engine/kernels.h"
@@ -122,57 +120,62 @@ std::int32_t cost_triple(const word* clip, const word* a, const word* b,
       layout, bound);
 }
 
-/// Cost of the fields of one group below `end`, for four branches side by side.
+/// Most candidates are over the bound on the most variable block of words alone. Those blocks of
+/// four candidates are summed up and compared at once, so that the usual four failures touch one
+/// cache line each and cost one branch, always taken the same way; only what passes is costed by
+/// itself. Tried a look after every second vector of all words instead: twice as slow.
 template <class V, int G, class C>
-inline void add_heads(const C& cost, const word* clip, const word* const* branch,
-                      const kernel_layout& layout, std::int32_t end, typename V::count* c) {
-  const std::int32_t stop = group_end<G>(layout) < end ? group_end<G>(layout) : end;
-  for (std::int32_t w = group_begin<G>(layout); w < stop; w += V::words) {
-    const auto x = V::load(clip + w);
-    c[0] =
-        cost.template add<G>(c[0], V::template empties<G>(V::and_(x, V::load(branch[0] + w))), w);
-    c[1] =
-        cost.template add<G>(c[1], V::template empties<G>(V::and_(x, V::load(branch[1] + w))), w);
-    c[2] =
-        cost.template add<G>(c[2], V::template empties<G>(V::and_(x, V::load(branch[2] + w))), w);
-    c[3] =
-        cost.template add<G>(c[3], V::template empties<G>(V::and_(x, V::load(branch[3] + w))), w);
-  }
-}
-
-/// Most candidates are over the bound after the first few vectors. Those of four candidates are
-/// summed up and compared at once, so that the usual four failures cost one branch, always taken
-/// the same way; only what passes is costed by itself.
-template <class V, class C>
-int scan_pairs(const word* clip, const word* base, std::size_t stride, const std::int32_t* items,
-               int from, int count, const kernel_layout& layout, std::int32_t bound,
-               std::int32_t* cost) {
+inline int scan_by_block(const word* clip, const word* base, std::size_t stride,
+                         const std::int32_t* items, int from, int count,
+                         const kernel_layout& layout, std::int32_t bound, std::int32_t* cost) {
+  const C way(layout);
+  const std::int32_t block = layout.head;
   const auto branch_of = [=](int i) { return base + static_cast<std::size_t>(items[i]) * stride; };
+  const auto head_of = [=](int i) {
+    const word* const branch = branch_of(i);
+    typename V::count c = V::count_zero();
+    for (std::int32_t w = block; w < block + words_per_block; w += V::words)
+      c = way.template add<G>(
+          c, V::template empties<G>(V::and_(V::load(clip + w), V::load(branch + w))), w);
+    return c;
+  };
   const auto finished = [&](int i) {
     *cost = cost_pair<V, C>(clip, branch_of(i), layout, bound);
     return *cost <= bound;
   };
   int i = from;
-  if constexpr (V::head > 0) {
-    const C way(layout);
-    const std::int32_t head = layout.end4 < V::head * V::words ? layout.end4 : V::head * V::words;
-    for (; i + 4 <= count; i += 4) {
-      const word* const branch[4] = {branch_of(i), branch_of(i + 1), branch_of(i + 2),
-                                     branch_of(i + 3)};
-      typename V::count c[4] = {V::count_zero(), V::count_zero(), V::count_zero(), V::count_zero()};
-      add_heads<V, 0>(way, clip, branch, layout, head, c);
-      add_heads<V, 1>(way, clip, branch, layout, head, c);
-      add_heads<V, 2>(way, clip, branch, layout, head, c);
-      add_heads<V, 4>(way, clip, branch, layout, head, c);
-      for (unsigned within = V::within(c[0], c[1], c[2], c[3], bound); within != 0;
-           within &= within - 1) {
-        const int passed = i + __builtin_ctz(within);
-        if (finished(passed)) return passed;
-      }
+  for (; i + 4 <= count; i += 4) {
+    for (unsigned within =
+             V::within(head_of(i), head_of(i + 1), head_of(i + 2), head_of(i + 3), bound);
+         within != 0; within &= within - 1) {
+      const int passed = i + __builtin_ctz(within);
+      if (finished(passed)) return passed;
     }
   }
   for (; i < count; ++i)
     if (finished(i)) return i;
+  return count;
+}
+
+template <class V, class C>
+int scan_pairs(const word* clip, const word* base, std::size_t stride, const std::int32_t* items,
+               int from, int count, const kernel_layout& layout, std::int32_t bound,
+               std::int32_t* cost) {
+  if constexpr (V::has_within) {
+    if (layout.head < layout.end0)
+      return scan_by_block<V, 0, C>(clip, base, stride, items, from, count, layout, bound, cost);
+    if (layout.head < layout.end1)
+      return scan_by_block<V, 1, C>(clip, base, stride, items, from, count, layout, bound, cost);
+    if (layout.head < layout.end2)
+      return scan_by_block<V, 2, C>(clip, base, stride, items, from, count, layout, bound, cost);
+    if (layout.head < layout.end4)
+      return scan_by_block<V, 4, C>(clip, base, stride, items, from, count, layout, bound, cost);
+  }
+  for (int i = from; i < count; ++i) {
+    const word* const branch = base + static_cast<std::size_t>(items[i]) * stride;
+    *cost = cost_pair<V, C>(clip, branch, layout, bound);
+    if (*cost <= bound) return i;
+  }
   return count;
 }
 

@@ -37,10 +37,11 @@ struct node_sets {
 /// multiple of 16 words. Group 3 is always empty; group 4 (one field a word) is costed by the same
 /// kernels as groups 0 to 2, so that only step-matrix fields need the wide slots.
 struct kernel_layout {
-  std::int32_t end0 = 0;                      // words of group 0
-  std::int32_t end1 = 0;                      // running total behind group 1
-  std::int32_t end2 = 0;                      // running total behind group 2
-  std::int32_t end4 = 0;                      // running total behind group 4
+  std::int32_t end0 = 0;  // words of group 0
+  std::int32_t end1 = 0;  // running total behind group 1
+  std::int32_t end2 = 0;  // running total behind group 2
+  std::int32_t end4 = 0;  // running total behind group 4
+  std::int32_t head = 0;  // first word of the block that scans look at first: the most variable one
   const std::int32_t* word_weight = nullptr;  // by word; word-weight mode
   // Weight of each field of groups 0, 1, 2 and 4 in order, padding included; per-character mode.
   const std::int32_t* field_weight = nullptr;

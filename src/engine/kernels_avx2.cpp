@@ -19,7 +19,7 @@ struct wide256 {
   using count = __m256i;
   static constexpr std::int32_t words = 8;
   static constexpr std::int32_t chunk = 4;
-  static constexpr std::int32_t head = 3;
+  static constexpr bool has_within = true;
 
   static type load(const word* p) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(p)); }
   static void store(word* p, type v) { _mm256_store_si256(reinterpret_cast<__m256i*>(p), v); }

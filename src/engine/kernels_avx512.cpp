@@ -19,7 +19,7 @@ struct wide512 {
   using count = __m512i;
   static constexpr std::int32_t words = 16;
   static constexpr std::int32_t chunk = 4;
-  static constexpr std::int32_t head = 2;
+  static constexpr bool has_within = true;
 
   static type load(const word* p) { return _mm512_load_si512(p); }
   static void store(word* p, type v) { _mm512_store_si512(p, v); }

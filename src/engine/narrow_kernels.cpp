@@ -31,7 +31,7 @@ struct narrow {
   using count = std::int32_t;
   static constexpr std::int32_t words = sizeof(T) / sizeof(word);
   static constexpr std::int32_t chunk = 1;
-  static constexpr std::int32_t head = 0;
+  static constexpr bool has_within = false;
 
   static T load(const word* p) {
     T v;

@@ -167,6 +167,7 @@ packing_plan plan_packing(std::span<const std::int32_t> taxa, bool word_weights)
                    : 31 - std::countl_zero(states.kept) - std::countr_zero(states.kept);
     e.repeat = 1;
     e.weight = record.weight;
+    e.spread = maximum_steps(c) - minimum_steps(c);
     plan.entries.push_back(e);
     plan.states.push_back(states);
   }

@@ -55,6 +55,25 @@ std::int64_t gather_weights(search_data& data) {
   return sum;
 }
 
+/// First word of the block whose fields differ most between trees.
+int most_variable_block(const search_data& data) {
+  int best = 0;
+  std::int64_t best_spread = -1;
+  for (const int g : set_groups) {
+    const std::span<const field_record> fields = data.fields[at(g)];
+    const std::size_t block_fields = at(fields_per_word[at(g)]) * words_per_block;
+    for (std::size_t first = 0; first < fields.size(); first += block_fields) {
+      std::int64_t spread = 0;
+      for (const field_record& f : fields.subspan(first, block_fields))
+        spread += std::int64_t{f.weight} * (f.max_steps - f.min_steps);
+      if (spread <= best_spread) continue;
+      best_spread = spread;
+      best = data.group_start[at(g)] + static_cast<int>(first / at(fields_per_word[at(g)]));
+    }
+  }
+  return best;
+}
+
 /// Writes the weights digit by digit; returns the number of digits.
 int make_planes(search_data& data) {
   std::int32_t largest = 0;
@@ -125,6 +144,7 @@ void bind_kernels(search_data& data) {
   data.layout.field_weight = data.field_weight.data();
   data.layout.word_weight = data.word_weight.data();
   data.layout.weight_planes = data.weight_planes.data();
+  data.layout.head = most_variable_block(data);
   data.layout.plane_count = mode == scoring_mode::uniform ? 0 : make_planes(data);
   data.kernels = kernels_of_width(width, mode);
   data.undo.piece_words = width / 32;

@@ -34,6 +34,7 @@ struct pack_entry {
   std::int32_t weight;         // weight of the word or field
   std::int32_t divisor;        // 0, or the uniform cost a step-matrix character was reduced by
   std::int32_t first_field;    // position of its first field in its group
+  std::int32_t spread;         // maximum less minimum steps: how much trees can differ in it
 };
 
 /// One per field of every group, padding included, in the order of the fields in the words.
