@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include "matrix/matrix.h"
@@ -145,7 +146,13 @@ void save_compact(std::span<const std::uint8_t> chosen) {
   }
 }
 
-void close_at_quit() { close_tree_file(";\nproc/;\n"); }
+/// However the process ends, a parenthetical file can be run. Nobody is left to hear of errors.
+void close_at_exit() {
+  if (!tree_file.stream) return;
+  if (tree_file.parenthetical) std::fputs(";\nproc/;\n", tree_file.stream);
+  std::fclose(tree_file.stream);
+  tree_file.stream = nullptr;
+}
 /// A file for other data can't be gone on with.
 void close_with_matrix() { close_tree_file(); }
 
@@ -153,14 +160,17 @@ void close_with_matrix() { close_tree_file(); }
 
 void register_tree_file() {
   add_quit_hook(auto_save_now);
-  add_quit_hook(close_at_quit);
+  add_quit_hook(close_at_exit);
+  std::atexit(close_at_exit);
   add_matrix_gone_hook(close_with_matrix);
 }
 
 void open_tree_file(const std::string& name, bool parenthetical) {
-  close_tree_file();
+  // The former file stays open if the new one can't be had; the same file must be closed first.
+  if (name == tree_file.name) close_tree_file();
   std::FILE* stream = parenthetical ? std::fopen(name.c_str(), "wb") : open_compact(name);
   if (!stream) error_end("Cannot open file", name);
+  close_tree_file();
   tree_file = {stream, name, parenthetical, 0};
   if (parenthetical) put(opening_text());
 }

@@ -26,12 +26,15 @@ std::string read_file_name() {
   return std::string(token());
 }
 
+void report_closing(const tree_file_state& file) {
+  emit("Closing ", file.name, " (with ", file.saved, " trees saved)\n");
+}
+
 void close_by_user() {
   if (!tree_file.stream) error_end("Must open treefile first!");
-  const std::string name = tree_file.name;
-  const int saved = tree_file.saved;
+  const tree_file_state file = tree_file;
   close_tree_file();
-  emit("Closing ", name, " (with ", saved, " trees saved)\n");
+  report_closing(file);
 }
 
 void save_in_one_shot(bool parenthetical) {
@@ -150,7 +153,10 @@ void tsave_command() {
   if (at_once) {
     save_in_one_shot(parenthetical);
   } else {
-    open_tree_file(read_file_name(), parenthetical);
+    const std::string name = read_file_name();
+    const tree_file_state former = tree_file;
+    open_tree_file(name, parenthetical);
+    if (former.stream) report_closing(former);
   }
 }
 
