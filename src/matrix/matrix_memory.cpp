@@ -52,11 +52,6 @@ void make_room_for_matrix(int ntax, int nchar) {
 
 void register_matrix_memory() {
   set_data_dropper(wipe_matrix);
-  add_data_describer([](data_description& description) {
-    description.ntax = matrix.ntax;
-    description.nchar = matrix.nchar;
-    description.nstates = 8 * matrix.cell_bytes;
-  });
 }
 
 }  // namespace zeb
