@@ -26,7 +26,8 @@ bool fails(work task) {
 class arena_test : public testing::Test {
  protected:
   void SetUp() override {
-    zeb_test::start_program();
+    zeb_test::run_program("xwipe;");  // data of other tests lie in the arena
+    unlock_all();
     output.output_mask = no_log | no_console | no_text_buffer;
     old_size_ = arena.size;
     create_arena(100'000);
@@ -108,6 +109,7 @@ TEST_F(arena_test, wrong_locks_are_errors) {
   }));
   EXPECT_TRUE(fails([] { free_to_low(arena.base + 90'000); }));
   EXPECT_EQ(arena.lock_count, 50);
+  unlock_all();  // the tags go with this test
 }
 
 TEST_F(arena_test, commands_run_by_a_command_leave_its_memory_alone) {
