@@ -1,6 +1,7 @@
 // `tread`: trees in parenthetical notation.
 #include <algorithm>
 
+#include "macro/macro_reader.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/input.h"
@@ -16,23 +17,36 @@ namespace zeb {
 
 namespace {
 
+/// The next character. A quote that comes next opens a title, not a macro reference.
+int peek_form() {
+  const reading_flag plain(&macro_reading::no_expansion);
+  return skip_blanks_peek();
+}
+
+target_group read_group_if_any() {
+  const int c = peek_form();
+  return c == '=' || c == '>' ? read_target_group() : target_group{};
+}
+
 /// "[" or "]" in front of the trees. True if that was all of the command.
 bool read_tag_choice() {
+  const int c = peek_form();
+  if (c != '[' && c != ']') return false;
   if (accept_char('[')) {
     tags.tags_add = true;
   } else if (accept_char(']')) {
     tags.tags_add = false;
-  } else {
-    return false;
   }
   if (settings.report) {
     report_line("When reading tags from parenthetical trees,",
                 std::string(tags.tags_add ? "add" : "don't add") + " them to existing tags");
   }
-  return accept_char(';');
+  return peek_form() == ';' && accept_char(';');
 }
 
+/// A title in quotes, if one comes next. Quotes and signs in it are no macro references.
 std::string read_title() {
+  const reading_flag plain(&macro_reading::no_expansion);
   std::string title;
   if (!accept_char('\'')) return title;
   for (int c = read_char(); c != '\''; c = read_char()) {
@@ -45,7 +59,7 @@ std::string read_title() {
 /// Trees go to the slots behind those in use; each counts once it is complete.
 class tread_run {
  public:
-  tread_run() : reader_(matrix.ntax), group_(read_target_group()), title_(read_title()) {}
+  tread_run() : reader_(matrix.ntax), group_(read_group_if_any()), title_(read_title()) {}
 
   void run() {
     const int first = store.ntrees;
