@@ -34,6 +34,18 @@ void for_each_telling_cell(int character, std::span<const std::uint8_t> taxa, fu
   }
 }
 
+// "*" is every state but the highest: it says something where that one occurs.
+void note_top_state(int character) {
+  character_record& record = matrix.characters[at(character)];
+  if (record.type != numeric_data) return;
+  const std::uint32_t top = matrix.state_mask ^ (matrix.state_mask >> 1);
+  record.top_state_used = 0;
+  for (int t = 0; t < matrix.ntax && !record.top_state_used; ++t) {
+    const std::uint32_t states = cell(t, character);
+    record.top_state_used = states != matrix.state_mask && (states & top) != 0;
+  }
+}
+
 struct value_range {
   int low;
   int high;
@@ -133,6 +145,7 @@ step_range steps_over_taxa(int character, std::span<const std::uint8_t> taxa) {
   const character_record& record = matrix.characters[at(character)];
   if (record.type == landmark_data) return {};
   if (record.is_continuous) return continuous_steps(character, taxa);
+  note_top_state(character);
   if (record.is_sankoff && cost_steps) return cost_steps(character, taxa);
   return record.additive ? additive_steps(character, taxa) : nonadditive_steps(character, taxa);
 }

@@ -42,6 +42,7 @@ bool says_nothing(int character, std::uint32_t states) {
   std::uint32_t everything = star_mask(numeric_data, matrix.cell_bytes);
   if (record.type == dna_data) everything = dna_bases;
   if (record.type == protein_data) everything = all_amino_acids;
+  if (record.type == numeric_data && record.top_state_used) return false;
   // Where gaps are a state, "any base" still says that there is no gap.
   if (record.gap_is_state) everything |= everything + 1;
   return (states & everything) == everything;

@@ -31,12 +31,13 @@ struct character_record {
   std::uint8_t active = 1;
   std::uint8_t additive = 0;
   std::uint8_t is_sankoff = 0;
-  std::uint8_t needs_recheck = 1;  // min_steps and max_steps are to be computed again
-  std::uint8_t log_scale = 0;      // continuous: stored as logarithms
-  std::uint8_t scale_changed = 0;  // continuous: the stored scale isn't the original one
-  std::uint8_t gap_is_state = 0;   // DNA and proteins: "-" was read as a state
-  std::int32_t block = 1;          // data block, from 1
-  std::int32_t min_steps = 0;      // valid while needs_recheck is 0; thousandths if continuous
+  std::uint8_t needs_recheck = 1;   // min_steps and max_steps are to be computed again
+  std::uint8_t log_scale = 0;       // continuous: stored as logarithms
+  std::uint8_t scale_changed = 0;   // continuous: the stored scale isn't the original one
+  std::uint8_t gap_is_state = 0;    // DNA and proteins: "-" was read as a state
+  std::uint8_t top_state_used = 0;  // numeric: the state that "*" lacks occurs (recheck_steps)
+  std::int32_t block = 1;           // data block, from 1
+  std::int32_t min_steps = 0;       // valid while needs_recheck is 0; thousandths if continuous
   std::int32_t max_steps = 0;
   // Union of the states of the active taxa's cells, leaving out those that say nothing ("?", "*",
   // "N" in DNA, "X" in proteins). Those cells hold more bits than this: mask them with it.

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "matrix/matrix.h"
-#include "matrix/matrix_reader.h"
 #include "matrix/symbols.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
@@ -183,7 +182,6 @@ void finish_matrix() {
 void register_matrix() {
   set_data_predicate(data_present);
   add_command_over_hook(drop_unfinished_matrix);
-  register_matrix_memory();
 }
 
 }  // namespace zeb

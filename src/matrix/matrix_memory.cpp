@@ -50,8 +50,4 @@ void make_room_for_matrix(int ntax, int nchar) {
   create_arena(static_cast<std::size_t>(wanted));
 }
 
-void register_matrix_memory() {
-  set_data_dropper(wipe_matrix);
-}
-
 }  // namespace zeb

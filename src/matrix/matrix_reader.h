@@ -11,9 +11,6 @@ void read_matrix();
 /// former data must have gone.
 void make_room_for_matrix(int ntax, int nchar);
 
-/// Tells `mxram` of the data in memory. Called once, at start-up.
-void register_matrix_memory();
-
 /// Warns that the present data will be replaced by those of `source`. A user who declines ends the
 /// command.
 void warn_of_replacement(const char* source);

@@ -140,6 +140,9 @@ TEST(character_steps, cells_that_say_nothing_count_for_nothing) {
   EXPECT_EQ(matrix.characters[0].observed, 0b101U);  // A and C
   EXPECT_EQ(matrix.characters[0].max_steps, 2);
   EXPECT_EQ(matrix.characters[1].observed, 0b1101U);  // "Y" counts with its states
+  zeb_test::run_program("xread 2 4 a 70 b *1 c 7* d *2;");
+  EXPECT_EQ(zeb::minimum_steps(0), 1);  // "*" is any state but 7
+  EXPECT_EQ(zeb::minimum_steps(1), 2);
   zeb_test::run_program("xread 1 5\n&[dna gaps]\na A\nb -\nc -\nd N\ne A\n;");
   zeb::recheck_steps();
   EXPECT_EQ(matrix.characters[0].observed, 0b11111U);  // with gaps, "any base" isn't a gap
