@@ -11,6 +11,7 @@
 #include "shell/lexer.h"
 #include "shell/output.h"
 #include "shell/process.h"
+#include "shell/progress.h"
 
 namespace zeb {
 
@@ -51,7 +52,7 @@ void progress_command() {
     return;
   }
   if (accept_char('=')) {
-    if (shown.total > 0) show_progress(shown.label, shown.done, shown.total);
+    if (shown.total > 0) show_progress_line(shown.label, shown.done, shown.total);
     return;
   }
   if (macros.report) error_end("Cannot run progress with report ON");
@@ -65,7 +66,7 @@ void progress_command() {
     if (shown.label.size() < longest_label) shown.label += static_cast<char>(c < 32 ? ' ' : c);
   }
   input.literal_comma = commas;
-  show_progress(shown.label, shown.done, shown.total);
+  show_progress_line(shown.label, shown.done, shown.total);
 }
 
 }  // namespace zeb

@@ -124,7 +124,7 @@ void reset_output() {
 void start_output() {
   constexpr int first_kilobytes = 200;
   display_buffer.resize(first_kilobytes);
-  add_command_over_hook(clear_progress);
+  add_command_over_hook(end_progress_of_command);
 }
 
 void view_to_end() { display_buffer.view_offset = 0; }

@@ -18,18 +18,14 @@ constexpr double seconds_between = 0.2;
 struct progress_state {
   std::size_t shown_columns = 0;  // 0: nothing is on the screen
   double last_shown = 0;          // wall clock, seconds
+  bool of_script = false;         // stays when the command ends
 };
 progress_state progress;
 
-}  // namespace
-
-void show_progress(std::string_view label, double done, double total) {
-  if (!settings.report || process.background || (output.output_mask & no_console) ||
-      output.cursor_column != 0) {
-    return;
-  }
+void draw(std::string_view label, double done, double total) {
+  if (process.background || (output.output_mask & no_console) || output.cursor_column != 0) return;
   const double now = wall_clock();
-  if (progress.shown_columns > 0 && now - progress.last_shown < seconds_between) return;
+  if (now - progress.last_shown < seconds_between) return;
   if (!isatty(STDERR_FILENO)) return;
   std::string text(label);
   if (total > 0) text += text_of(" %.0f%%", 100 * std::clamp(done / total, 0.0, 1.0));
@@ -38,7 +34,21 @@ void show_progress(std::string_view label, double done, double total) {
   const auto columns = static_cast<std::size_t>(text_columns(shown));
   const std::size_t rest = progress.shown_columns > columns ? progress.shown_columns - columns : 0;
   write_terminal("\r" + shown + std::string(rest, ' '));
-  progress = {columns, now};
+  progress.shown_columns = columns;
+  progress.last_shown = now;
+}
+
+}  // namespace
+
+void show_progress(std::string_view label, double done, double total) {
+  if (!settings.report) return;
+  draw(label, done, total);
+  progress.of_script = false;
+}
+
+void show_progress_line(std::string_view label, double done, double total) {
+  draw(label, done, total);
+  progress.of_script = true;
 }
 
 void hide_progress() {
@@ -47,9 +57,13 @@ void hide_progress() {
   progress.shown_columns = 0;
 }
 
+void end_progress_of_command() {
+  if (!progress.of_script) clear_progress();
+}
+
 void clear_progress() {
   hide_progress();
-  progress.last_shown = 0;
+  progress = {};
 }
 
 }  // namespace zeb

@@ -126,6 +126,57 @@ class History(ConsoleTest):
         self.assertEqual(self.read(".zeb_history"), b"2 good;\x01quit;\x01")
 
 
+class Questions(ConsoleTest):
+    def test_typed_lines_go_to_the_log_when_asked_for(self):
+        s = self.start()
+        s.command("log all.log;")
+        s.command("quote unseen;")
+        s.command("echo [;")
+        s.command("quote seen;")
+        s.type("quit;\r")
+        s.end()
+        lines = [line.strip() for line in self.read("all.log").decode().split("\n")]
+        self.assertIn("zeb*>quote seen;", lines)
+        self.assertNotIn("zeb*>quote unseen;", lines)
+
+    def test_warnings_ask_first(self):
+        s = self.start()
+        s.command("warn=;")
+        s.type("txtsize 100;\r")
+        s.wait_for_text("Continue?")
+        s.type("kn")
+        s.wait_for_text("User interrupt...")
+        s.wait_for_prompt()
+        s.command("txtsize;")
+        self.assertIn("Buffer (200 Kb)", s.screen.text())
+        s.type("txtsize 100;\r")
+        s.wait_for_text("txtsize 100;\nWARNING - Resetting buffer size requires clearing it.\nContinue?")
+        s.wait_for(lambda: s.screen.line(s.screen.row) == "Continue?", "the question")
+        s.type("y")
+        s.wait_for_text("Buffer (100 Kb)")
+        self.assertNotIn("Continue? B", s.screen.text())
+
+    def test_errors_ring_the_bell(self):
+        s = self.start()
+        s.command("nosuchcommand;")
+        self.assertIn('LUMA: command "nosuchcommand" not recognized', s.screen.text())
+        self.assertGreater(s.screen.bells, 0)
+        s.command("beep-;")
+        bells = s.screen.bells
+        s.command("nosuchcommand;")
+        self.assertEqual(s.screen.bells, bells)
+
+    def test_close_names_are_offered(self):
+        s = self.start()
+        s.command("help !;")
+        s.type("quotee hello;\r")
+        s.wait_for_text('"quote"')
+        self.assertIn("Did you mean:", s.screen.text())
+        s.type("y")
+        s.wait_for_text("\nhello")
+        s.wait_for_prompt()
+
+
 class Viewer(ConsoleTest):
     def open_on(self, count):
         self.numbered_lines(count)
@@ -320,6 +371,20 @@ class Screens(ConsoleTest):
         self.assertIn("\none\ntwo\n icanon\n", s.screen.text())
         s.command("quote back;")
         self.assertIn("\nback\n", s.screen.text())
+
+    def test_progress_is_one_line_and_goes(self):
+        self.write("walk.run", "macro=; macreport-;\nprogress 1 4 Walking far;\npause 0.3;\n"
+                   "progress 2 4 Walking;\nquote in between;\npause 0.3;\nprogress 3 4 Walking;\nprogress/;\n"
+                   "quote at the end;\n")
+        s = self.start()
+        s.type("walk;\r")
+        s.wait_for_text("Walking far 25%")
+        s.wait_for_text("in between")
+        s.wait_for_text("at the end")
+        s.wait_for_prompt()
+        for text in (b"\rWalking far 25%", b"\rWalking 50%    \r", b"\rWalking 75%\r"):
+            self.assertIn(text, s.output)
+        self.assertNotIn("Walking", s.screen.text().split("walk;")[1])
 
     def test_screen_size_can_be_set(self):
         s = self.start()
