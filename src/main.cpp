@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <new>
 #include <string_view>
 
 #include "registration.h"
@@ -27,6 +28,11 @@ int main(int argc, char** argv) {
     std::puts("zeb " ZEB_VERSION);
     return 0;
   }
-  zeb::register_everything();
-  return zeb::run_process(argc, argv);
+  try {
+    zeb::register_everything();
+    return zeb::run_process(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("Sorry, cannot allocate initial memory\n", stderr);
+    return 255;
+  }
 }

@@ -1,6 +1,7 @@
 #include "shell/input.h"
 
 #include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -155,6 +156,14 @@ void drop_rest_of_argument_command() {
   while (*input.read_position && *input.read_position != ';' && *input.read_position != ',') {
     ++input.read_position;
   }
+  if (*input.read_position) return;
+  const std::size_t end = input.argument_text.find_first_of(";,", input.argument_position);
+  input.argument_position = std::min(end, input.argument_text.size());
+}
+
+bool is_directory(std::FILE* stream) {
+  struct stat status;
+  return fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 }  // namespace
@@ -204,6 +213,10 @@ void push_file(const std::string& name, std::span<const std::string> arguments, 
   if (!may_recurse) refuse_open_file(name);
   if (name.size() > 159) error_end("Can't open", name);
   std::FILE* stream = std::fopen(name.c_str(), "rb");
+  if (stream && is_directory(stream)) {
+    std::fclose(stream);
+    stream = nullptr;
+  }
   if (!stream) error_end("Can't open", name);
   frame.stream = stream;
   frame.is_terminal = isatty(fileno(stream)) != 0;
@@ -252,6 +265,7 @@ void rewind_top_frame() {
 }
 
 void pop_all() {
+  if (input.frames.empty()) return;
   if (input.error_target_level >= 0 && input.error_target_level <= input.top) {
     input.jump_pending = true;
     input.error_target_level = -1;  // once only: an exit script that fails doesn't start again

@@ -72,8 +72,8 @@ int run_process(int argc, char** argv) {
   process.start_time = process.command_start = process.stopwatch_start = wall_clock();
   watch_for_math_errors();
   start_output();
-  create_arena(arena.size);
   start_input(10, joined_arguments(argc, argv), argc > 1 ? process.program_name : "Standard Input");
+  run_in_jump_context([] { create_arena(arena.size); });
   greet(mode);
   process.run_loop = true;
   while (process.run_loop) one_round();
