@@ -9,6 +9,7 @@
 #include "macro/commands.h"
 #include "matrix/commands.h"
 #include "matrix/settings_commands.h"
+#include "search/commands.h"
 #include "search/subopt_command.h"
 #include "shell/commands.h"
 #include "shell/process.h"
@@ -28,7 +29,7 @@ constexpr command_row rows[] = {
     {"alltrees",    alltrees_command, false, topic_various | topic_trees},
     {"ancstates",   none, false, topic_settings | topic_characters},
     {"apo",         none, true,  topic_mapping | topic_diagnosis | topic_characters},
-    {"bbreak",      none, true,  topic_searching},
+    {"bbreak",      bbreak_command, true,  topic_searching},
     {"beep",        beep_command, false, topic_settings},
     {"best",        none, true,  topic_diagnosis | topic_various | topic_trees},
     {"bground",     bground_command, false, topic_various},
@@ -87,7 +88,7 @@ constexpr command_row rows[] = {
     {"mkmap",       none, true,  topic_diagnosis},
     {"mono",        none, true,  topic_diagnosis | topic_compare | topic_trees},
     {"mrp",         none, true,  topic_various},
-    {"mult",        none, true,  topic_searching},
+    {"mult",        mult_command, true,  topic_searching},
     {"mxram",       mxram_command, false, topic_settings | topic_various | topic_memory},
     {"mxproc",      mxproc_command, false, topic_input | topic_settings | topic_various | topic_memory},
     {"naked",       naked_command, false, topic_output | topic_settings | topic_trees},

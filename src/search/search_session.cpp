@@ -1,0 +1,95 @@
+#include "search/search_session.h"
+
+#include <algorithm>
+
+#include <vector>
+
+#include "search/search_report.h"
+#include "search/stored_trees.h"
+#include "search/tree_identity.h"
+#include "shell/errors.h"
+#include "shell/output.h"
+#include "shell/random.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+search_state searching;
+
+namespace {
+
+void prepare_packed_data() {
+  prepare_search_data(true, false);
+  ALWAYS_CHECK(current_search_data != nullptr, "no packed data");
+}
+
+}  // namespace
+
+search_session::search_session() {
+  prepare_packed_data();
+  saved_.random_seed = randomness.random_seed;
+  const auto nodes = static_cast<std::size_t>(current_search_data->nodes);
+  searching.anx = calloc_low<std::int32_t>(nodes);
+  searching.identity_scratch = calloc_low<std::int32_t>(2 * nodes);
+  searching.tree_records = alloc_low<tree_record>(static_cast<std::size_t>(store.maxtrees));
+  for (tree_record& record : searching.tree_records) record = {};
+  for (tree_record& head : searching.hash_buckets) head = {};
+  searching.search_limit = store.maxtrees;
+  searching.swapping_index = -1;
+  searching.best_score = no_score;
+  searching.pending_score = no_score;
+  searching.score_limit = no_bound;
+  searching.replication = -1;
+  searching.current_tree = 0;
+  searching.wagner_percent = -1;
+  searching.rearrangement_count = {};
+  searching.moves_done = 0;
+  process.in_search = true;
+  try {
+    take_trees_in();
+  } catch (...) {
+    leave();
+    throw;
+  }
+}
+
+search_session::~search_session() { leave(); }
+
+void search_session::take_trees_in() {
+  const search_data& data = *current_search_data;
+  const int count = store.ntrees;
+  for (; taken_in_ < count; ++taken_in_) {
+    const bool complete = to_internal(data, stored_tree(taken_in_), searching.anx, true);
+    if (!complete) {
+      error_end("Tree", taken_in_, "lacks some active taxa: searches need trees with all of them");
+    }
+    std::copy(searching.anx.begin(), searching.anx.end(), slot_tree(taken_in_).begin());
+  }
+  all_taken_in_ = true;
+  for (int t = 0; t < count; ++t) adopt_tree(t);
+}
+
+void search_session::leave() {
+  process.in_search = false;
+  search_settings.suboptimal = saved_.suboptimal;
+  search_settings.relative_suboptimal = saved_.relative_suboptimal;
+  randomness.random_seed = saved_.random_seed;
+  settings.timeout_armed = true;
+  clear_progress();
+  if (!current_search_data) return;
+  const search_data& data = *current_search_data;
+  const int count = all_taken_in_ ? store.ntrees : taken_in_;
+  std::vector<std::int32_t> tree(static_cast<std::size_t>(data.nodes));
+  for (int t = 0; t < count; ++t) {
+    const std::span<std::int32_t> slot = slot_tree(t);
+    for (std::size_t v = 0; v < tree.size(); ++v) tree[v] = plain_ancestor(slot[v]);
+    to_buffer(data, tree, stored_tree(t));
+  }
+  searching.anx = {};
+  searching.tree_records = {};
+  searching.identity_scratch = {};
+  searching.search_limit = store.maxtrees;
+  searching.swapping_index = -1;
+}
+
+}  // namespace zeb

@@ -1,0 +1,115 @@
+// Tree bisection and reconnection: three nested levels, cluster against cluster, node against
+// cluster, node against node, each with an early exit against the bound.
+#include "search/limited_swap.h"
+#include "search/swap_run.h"
+#include "search/swapper.h"
+
+namespace zeb {
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+/// All branches of one main cluster against one branch of the subtree. True: the clip is done.
+bool try_branches(swap_run& run, int u, const word* clip_words, const cluster_record& main) {
+  const search_data& data = run.data;
+  int i = 0;
+  for (;;) {
+    std::int32_t cost = 0;
+    i = data.kernels.scan_pairs(clip_words, data.branch_base, data.set_stride, main.main_nodes, i,
+                                main.n_main, data.layout, run.bound, &cost);
+    if (i >= main.n_main) break;
+    const int v = main.main_nodes[i++];
+    if (v == run.sister && u == run.home_root) continue;
+    if (run.take_candidate(u, v, cost)) return true;
+  }
+  return run.store_noted(u);
+}
+
+/// A clip of one or two terminals has one rooting: its root against the clusters, then their nodes.
+void one_rooting(swap_run& run) {
+  const search_data& data = run.data;
+  const word* clip_words =
+      run.clip < data.n ? data.sets[at(run.clip)].down : run.branch(run.home_root);
+  int q = 0;
+  for (;;) {
+    std::int32_t cost = 0;
+    q = data.kernels.scan_pairs(clip_words, data.union_base, data.set_stride,
+                                run.main_clusters.data(), q, run.n_main_clusters, data.layout,
+                                run.bound, &cost);
+    if (q >= run.n_main_clusters) return;
+    const cluster_record& main = data.clusters[at(run.main_clusters[at(q++)])];
+    if (try_branches(run, run.home_root, clip_words, main)) return;
+  }
+}
+
+/// The branches of one subtree cluster against one main cluster. True: the clip is done.
+bool cluster_pair(swap_run& run, const cluster_record& subtree, const cluster_record& main) {
+  const search_data& data = run.data;
+  int i = 0;
+  for (;;) {
+    std::int32_t cost = 0;
+    i = data.kernels.scan_pairs(main.union_now, data.branch_base, data.set_stride,
+                                subtree.clip_nodes, i, subtree.n_clip, data.layout, run.bound,
+                                &cost);
+    if (i >= subtree.n_clip) return false;
+    const int u = subtree.clip_nodes[i++];
+    if (try_branches(run, u, run.branch(u), main)) return true;
+  }
+}
+
+void all_rootings(swap_run& run) {
+  const search_data& data = run.data;
+  for (int p = 0; p < run.n_clip_clusters; ++p) {
+    const cluster_record& subtree = data.clusters[at(run.clip_clusters[at(p)])];
+    int q = 0;
+    for (;;) {
+      std::int32_t cost = 0;
+      q = data.kernels.scan_pairs(subtree.union_now, data.union_base, data.set_stride,
+                                  run.main_clusters.data(), q, run.n_main_clusters, data.layout,
+                                  run.bound, &cost);
+      if (q >= run.n_main_clusters) break;
+      const cluster_record& main = data.clusters[at(run.main_clusters[at(q++)])];
+      if (cluster_pair(run, subtree, main)) return;
+    }
+  }
+}
+
+/// The ingroup as a whole against terminal 0: every branch may take the outgroup.
+void outgroup_rootings(swap_run& run) {
+  const search_data& data = run.data;
+  const word* outgroup = data.sets[0].down;
+  for (int p = 0; p < run.n_clip_clusters; ++p) {
+    const cluster_record& subtree = data.clusters[at(run.clip_clusters[at(p)])];
+    int i = 0;
+    for (;;) {
+      std::int32_t cost = 0;
+      i = data.kernels.scan_pairs(outgroup, data.branch_base, data.set_stride, subtree.clip_nodes,
+                                  i, subtree.n_clip, data.layout, run.bound, &cost);
+      if (i >= subtree.n_clip) break;
+      const int u = subtree.clip_nodes[i++];
+      if (u == run.home_root) continue;
+      if (run.take_candidate(u, 0, cost) || run.store_noted(u)) return;
+    }
+  }
+}
+
+}  // namespace
+
+double tbr_swap(std::span<std::int32_t> anc, int first_slot, int multi) {
+  if (swapping.move_limit > 0) return limited_tbr_swap(anc, first_slot, multi);
+  swap_run run(swap_run::swap_kind::tbr, anc, first_slot, multi);
+  while (run.next_clip()) {
+    if (!run.begin_clip()) continue;
+    if (run.sister == 0) {
+      outgroup_rootings(run);
+    } else if (run.at(run.cut.below, run.clip) < 3) {
+      one_rooting(run);
+    } else {
+      all_rootings(run);
+    }
+    run.finish_clip();
+  }
+  return run.finish();
+}
+
+}  // namespace zeb

@@ -1,0 +1,58 @@
+// The growing tree: what the builder's files share. Private to them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "engine/search_data.h"
+#include "search/wagner.h"
+#include "shell/arena.h"
+
+namespace zeb {
+
+struct wagner_build {
+  explicit wagner_build(search_data& packed);
+
+  arena_scope memory;  // the spans below
+  search_data& data;
+  std::span<std::int32_t> order;       // taxa in order of addition
+  std::span<std::int32_t> candidates;  // branches in the order in which they are tried
+  std::span<std::int32_t> scan_list;   // internal nodes, breadth first
+  std::span<std::int32_t> scan_order;  // a random permutation of positions of scan_list
+
+  // The best place found for a taxon.
+  std::int32_t best = 0;
+  int best_branch = -1;
+
+  const word* down(int v) const { return data.sets[static_cast<std::size_t>(v)].down; }
+  const word* branch(int v) const {
+    return data.branch_base + static_cast<std::size_t>(v) * data.set_stride;
+  }
+  /// The tree of three taxa, with all its sets.
+  void first_tree(int a, int b, int c);
+  /// Lists the internal nodes of the tree, from the outgroup's sister on; returns their number.
+  int list_nodes();
+  /// Fills `candidates` with the descendants of the listed nodes: in list order, from the end, or
+  /// by scan_order. `swapped`: second descendants before first ones. Returns their number.
+  enum class walk { forward, backward, random };
+  int list_candidates(walk way, int nodes, bool swapped);
+  /// Tries the candidates for `taxon` and keeps the best; only lower costs replace a place.
+  void try_candidates(int taxon, int count, std::int32_t bound);
+  void find_place(int taxon);
+  void attach_taxon(int taxon);
+  void shuffle_scan_order(int count);
+  /// Reports; true when the search is to stop.
+  bool stop_at(int position);
+};
+
+/// Puts the first three taxa and the one to follow in front of the sequence, by comparing all
+/// threes of the outgroup and two of the next `look` taxa.
+void choose_first_taxa(wagner_build& build, int look, int rule);
+/// Puts the sequence in order by the informative characters that each next taxon makes.
+void informative_sequence(wagner_build& build);
+/// Adds the taxa from position 3 on, each chosen among the next ones.
+void add_chosen_taxa(wagner_build& build);
+/// The same in sequence, with the tree cut into node clusters.
+void add_by_clusters(wagner_build& build, int position);
+
+}  // namespace zeb
