@@ -46,8 +46,8 @@ for block in sessions(text):
         copy = pathlib.Path(folder, "examples")
         shutil.copytree(examples, copy)
         run = subprocess.run([zeb, *shlex.split(block[0])[2:]], cwd=copy, stdin=subprocess.DEVNULL,
-                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=120)
-    shown, real = lines("\n".join(block[1:])), lines(run.stdout)
+                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120)
+    shown, real = lines("\n".join(block[1:])), lines(run.stdout.decode())
     if shown != real and "--accept" in sys.argv:
         indented = lambda part: "".join(f"    {line}".rstrip() + "\n" for line in part)
         while not block[-1].strip():

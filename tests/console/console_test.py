@@ -344,6 +344,41 @@ class Interrupts(ConsoleTest):
         s.wait_for_prompt()
 
 
+class Searches(ConsoleTest):
+    def start_endless_search(self):
+        matrix = pathlib.Path(__file__).parent.parent.parent / "examples" / "meadow.xread"
+        self.write("meadow.xread", matrix.read_text())
+        s = self.start()
+        s.command("proc meadow.xread;")
+        s.type("mult=replications 100000 hold 2; quote moved on;\r")
+        s.wait_for_text("Best Score")
+        s.settle(0.3)
+        return s
+
+    def check_moved_on(self, s):
+        s.wait_for_text("\nmoved on")
+        s.wait_for_prompt()
+        self.assertRegex(s.screen.text(), r"Best score \(TBR\): \d+\.  \d trees? retained")
+
+    def test_m_asks_and_moves_on(self):
+        s = self.start_endless_search()
+        s.type("m")
+        s.wait_for_text("Are you sure you want to stop current search and move on? (y/n)")
+        s.type("n")
+        s.settle(0.3)
+        self.assertNotIn("\nmoved on", s.screen.text())
+        s.type("m")
+        s.wait_for(lambda: s.screen.text().count("Are you sure") == 2, "the question again")
+        s.type("y")
+        self.check_moved_on(s)
+
+    def test_escape_ends_a_search(self):
+        s = self.start_endless_search()
+        s.key("esc")
+        s.wait_for_prompt()
+        self.assertRegex(s.screen.text(), r"\d trees? retained")
+
+
 class Screens(ConsoleTest):
     def test_resize_is_followed(self):
         self.numbered_lines(100)
