@@ -1,6 +1,7 @@
 #include "registration.h"
 
 #include "command_table.h"
+#include "engine/group_measures.h"
 #include "engine/registration.h"
 #include "formats/formats.h"
 #include "functions/function_table.h"
@@ -33,6 +34,7 @@ void register_everything() {
   register_engine();
   set_data_describer(describe_data);
   set_data_dropper(wipe_matrix);
+  register_group_measures();
 }
 
 }  // namespace zeb
