@@ -76,6 +76,28 @@ void store_values(int character, const std::vector<value_pair>& values, double f
   record.needs_recheck = 1;
 }
 
+struct linear_scale {
+  double factor;
+  double shift;
+};
+
+// The wanted scale if all values fit in it; else one without loss of range, as in reading.
+linear_scale scale_for(const std::vector<value_pair>& values, linear_scale wanted) {
+  double least = HUGE_VAL;
+  double largest = -HUGE_VAL;
+  for (const value_pair& v : values) {
+    if (std::isnan(v.low)) continue;
+    least = std::min(least, v.low);
+    largest = std::max(largest, v.high);
+  }
+  const auto fits = [&wanted](double v) {
+    const double stored = (v - wanted.shift) / wanted.factor * 1000.0;
+    return stored > -0.5 && stored < largest_stored + 0.5;
+  };
+  if (least > largest || (fits(least) && fits(largest))) return wanted;
+  return {std::max(1.0, (largest - least) / (largest_stored / 1000.0)), least};
+}
+
 std::vector<std::uint32_t> cells_of(int character) {
   std::vector<std::uint32_t> cells(at(matrix.ntax));
   for (int t = 0; t < matrix.ntax; ++t) cells[at(t)] = cell(t, character);
@@ -127,7 +149,8 @@ void undo_logarithm(int character) {
   const double log_shift = scale.shift;
   const std::vector<std::uint32_t> logarithms = cells_of(character);
   record.log_scale = 0;
-  store_values(character, values, scale.kept_factor, scale.kept_shift);
+  const linear_scale linear = scale_for(values, {scale.kept_factor, scale.kept_shift});
+  store_values(character, values, linear.factor, linear.shift);
   // The exponential of a rounded logarithm isn't the value that it came from: cells that weren't
   // edited since get their former value.
   const auto kept = matrix.cells_before_log.find(character);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <vector>
 
 #include "matrix/matrix.h"
@@ -41,6 +42,13 @@ std::string thousandths_text(std::uint32_t value) {
   text.erase(text.find_last_not_of('0') + 1);
   if (text.back() == '.') text.pop_back();
   return text;
+}
+
+// All digits that matter, without an exponent: numbers of commands have none.
+std::string exact_text(double value) {
+  char text[400];
+  const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
+  return result.ec == std::errc{} ? std::string(text, result.ptr) : "0";
 }
 
 // Characters that are written as one block: neighbours of one block in memory, read alike.
@@ -172,8 +180,8 @@ void matrix_writer::write_scales() {
   for (int c = 0; c < matrix.nchar; ++c) {
     const character_record& record = matrix.characters[at(c)];
     if (new_number_[at(c)] < 0 || !record.is_continuous || !record.scale_changed) continue;
-    text += text_of(" %i %.17g %.17g%s", new_number_[at(c)], matrix.scales[at(c)].factor,
-                    matrix.scales[at(c)].shift, record.log_scale ? " *" : "");
+    text += text_of(" %i ", new_number_[at(c)]) + exact_text(matrix.scales[at(c)].factor) + " " +
+            exact_text(matrix.scales[at(c)].shift) + (record.log_scale ? " *" : "");
   }
   if (!text.empty()) out_.add("nstates scale" + text + ";\n");
 }

@@ -85,6 +85,7 @@ void write_with_nodes() {
 
 mark_list read_marks(std::string_view kind, int count) {
   mark_list marks(at(count), 0);
+  if (skip_blanks_peek() == ';') error_end_f("Must specify %s", kind.data());
   if (accept_char('[')) {
     const bool given = read_list(list_plain, 0, count, kind, marks);
     if (!accept_char(']')) error_end_f("Expected ']' after list of %s numbers", kind.data());

@@ -132,7 +132,8 @@ class generator {
     }
     for (int c = 0; c < matrix.nchar; ++c) {
       if (!matrix.characters[at(c)].is_continuous || !once_in(2)) continue;
-      matrix.scales[at(c)].factor = 0.1 * (1 + below(50));
+      constexpr double sizes[] = {1, 0.1, 1e-7, 3e15};
+      matrix.scales[at(c)].factor = sizes[below(4)] * (1 + below(50));
       matrix.scales[at(c)].shift = 0.3 * (below(50) - 25);
       matrix.characters[at(c)].scale_changed = 1;
     }
