@@ -58,10 +58,9 @@ void print_title(const std::string& title) {
 
 class matrix_reader {
  public:
-  matrix_reader(int ntax, int nchar) : rows_(ntax) {
+  matrix_reader() : rows_(matrix.ntax) {
     format_.type = static_cast<data_type>(matrix.default_type);
     format_.gaps = matrix.gaps_are_states;
-    matrix.nchar = nchar;
   }
   void read() {
     const int c = peek_past_blanks();
@@ -314,7 +313,7 @@ void read_matrix() {
   begin_matrix(ntax, nchar);
   matrix.title = title;
   matrix.file_name = source;
-  matrix_reader(ntax, nchar).read();
+  matrix_reader().read();
   tell_what_was_read();
 }
 
