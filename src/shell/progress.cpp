@@ -41,7 +41,7 @@ void draw(std::string_view label, double done, double total) {
 }  // namespace
 
 void show_progress(std::string_view label, double done, double total) {
-  if (!settings.report) return;
+  if (!settings.report || !settings.progress_bars) return;
   draw(label, done, total);
   progress.of_script = false;
 }
