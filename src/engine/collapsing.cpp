@@ -108,13 +108,31 @@ void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
     swap_rule(tree, collapsing.rule == 6, marks, ignored_taxa);
     return;
   }
-  plain_optimiser sets(scored_characters(), ignored_taxa);
-  if (sets.has_continuous())
+  branch_judge(collapsing.rule, ignored_taxa).mark(tree, marks);
+}
+
+struct branch_judge::state {
+  int rule;
+  std::vector<std::uint8_t> ignored;
+  plain_optimiser sets;
+};
+
+branch_judge::branch_judge(int rule, std::span<const std::uint8_t> ignored_taxa)
+    : state_(new state{rule,
+                       {ignored_taxa.begin(), ignored_taxa.end()},
+                       plain_optimiser(scored_characters(), ignored_taxa)}) {
+  if (state_->sets.has_continuous())
     error_end("Collapsing with continuous characters is not available yet");
-  if (collapsing.rule == 4)
-    mark_by_rule_4(sets, tree, ignored_taxa, marks);
+}
+
+branch_judge::~branch_judge() = default;
+
+void branch_judge::mark(const_tree_span tree, std::span<std::uint8_t> marks) {
+  for (std::uint8_t& m : marks) m = 1;
+  if (state_->rule == 4)
+    mark_by_rule_4(state_->sets, tree, state_->ignored, marks);
   else
-    mark_by_rule(sets, tree, collapsing.rule, ignored_taxa, marks);
+    mark_by_rule(state_->sets, tree, state_->rule, state_->ignored, marks);
 }
 
 void condense_tree(tree_span tree, std::span<const std::uint8_t> marks) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 
 #include "engine/search_data.h"
@@ -26,6 +27,22 @@ extern collapsing_settings collapsing;  // written by the collapse commands only
 /// judgement.
 void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
                    std::span<const std::uint8_t> ignored_taxa = {});
+/// The same for many trees under rules 1 to 4, the matrix being read once. The settings of
+/// characters must not change while it lives.
+class branch_judge {
+ public:
+  /// `rule` from 1 to 4. Errors for kinds of characters that can't be optimised yet.
+  explicit branch_judge(int rule, std::span<const std::uint8_t> ignored_taxa = {});
+  ~branch_judge();
+  branch_judge(const branch_judge&) = delete;
+  branch_judge& operator=(const branch_judge&) = delete;
+  void mark(const_tree_span tree, std::span<std::uint8_t> marks);
+
+ private:
+  struct state;
+  std::unique_ptr<state> state_;
+};
+
 /// Removes the internal nodes marked 0, joining their descendants to their ancestors; normalises.
 void condense_tree(tree_span tree, std::span<const std::uint8_t> marks);
 /// Both, under the current rule. Nothing happens under rule 0.

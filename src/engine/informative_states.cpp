@@ -55,7 +55,8 @@ informative_states trim_states(int character, std::span<const std::int32_t> taxa
   if (std::popcount(observed) < 2) return result;
   const auto trim = [&](int state) {
     // The remainder changes nothing: it tells the compiler that the place exists.
-    if (count[static_cast<std::size_t>(state) % count.size()] == 1 && std::popcount(result.kept) > 1) {
+    if (count[static_cast<std::size_t>(state) % count.size()] == 1 &&
+        std::popcount(result.kept) > 1) {
       result.unique |= bit(state);
       result.kept &= ~bit(state);
     }

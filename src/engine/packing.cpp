@@ -5,7 +5,6 @@
 #include <bit>
 #include <cstring>
 
-#include "engine/registration.h"
 #include "matrix/matrix.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
@@ -112,11 +111,15 @@ struct packed_matrix {
 };
 packed_matrix packed;
 
-void forget_when_released(const int* tag) {
+}  // namespace
+
+void forget_packed_data(const int* tag) {
   if (tag != &locks.optimisation_lock) return;
   packed.valid = false;
   if (current_search_data == &packed.data) current_search_data = nullptr;
 }
+
+namespace {
 
 void pack_matrix() {
   const std::vector<std::int32_t> taxa = number_taxa();
@@ -191,11 +194,6 @@ void prepare_search_data(bool, bool silent) {
   packed.made_for = std::move(wanted);
   packed.valid = true;
   current_search_data = &packed.data;
-}
-
-void register_engine() {
-  add_unlock_hook(forget_when_released);
-  register_node_rows();
 }
 
 }  // namespace zeb

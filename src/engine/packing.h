@@ -44,6 +44,9 @@ void place_fields(packing_plan& plan, bool word_weights);
 int encode_cell(const search_data& data, const pack_entry& entry, const informative_states& states,
                 std::uint32_t cell, word* down);
 
+/// Lets go of the packed matrix when its lock is released. An unlock hook.
+void forget_packed_data(const int* tag);
+
 /// Takes the memory of a data set whose taxa, groups and words are known: tree arrays, node sets,
 /// weight tables and scratch, from the low stack of the arena.
 void allocate_search_data(search_data& data);

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 
+#include "engine/plain_set_kernels.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 
@@ -97,7 +98,7 @@ void plain_optimiser::add_character(int character, std::span<const std::uint8_t>
     ranges_.push_back(std::move(range));
     return;
   }
-  if (observed == 0) return;
+  if (std::popcount(observed) < 2) return;  // no tree has steps in it
   if (!record.additive) {
     add_column({character, -1, observed}, cells);
     return;
@@ -115,23 +116,8 @@ void plain_optimiser::add_character(int character, std::span<const std::uint8_t>
 
 void plain_optimiser::add_column(const plain_column& column, std::span<const std::uint32_t> cells) {
   columns_.push_back(column);
+  observed_.push_back(column.observed);
   for (const std::uint32_t c : cells) cells_.push_back(c ? c : column.observed);
-}
-
-void plain_optimiser::down_binary(int node, int left, int right) {
-  const std::size_t n = columns_.size();
-  const std::uint32_t* const l = down_.data() + at(left) * n;
-  const std::uint32_t* const r = down_.data() + at(right) * n;
-  std::uint32_t* const d = down_.data() + at(node) * n;
-  std::uint32_t* const u = reach_.data() + at(node) * n;
-  for (std::size_t i = 0; i < n; ++i) {
-    const std::uint32_t both = l[i] & r[i];
-    const std::uint32_t either = l[i] | r[i];
-    const std::uint32_t failed = both ? 0 : ~std::uint32_t{0};
-    d[i] = both | (either & failed);
-    u[i] = either | failed;
-    column_steps_[i] += static_cast<std::int32_t>(failed & 1);
-  }
 }
 
 void plain_optimiser::down_polytomy(int node, std::span<const int> below,
@@ -169,33 +155,25 @@ void plain_optimiser::down_polytomy(int node, std::span<const int> below,
   }
 }
 
-void plain_optimiser::final_node(int node, int ancestor, bool terminal) {
-  const std::size_t n = columns_.size();
-  const std::uint32_t* const a = final_.data() + at(ancestor) * n;
-  const std::uint32_t* const d = down_.data() + at(node) * n;
-  const std::uint32_t* const u = terminal ? d : reach_.data() + at(node) * n;
-  std::uint32_t* const f = final_.data() + at(node) * n;
-  for (std::size_t i = 0; i < n; ++i)
-    f[i] = (a[i] & ~d[i]) == 0 ? a[i] : ((a[i] & u[i]) | d[i]) & columns_[i].observed;
-}
-
 void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, bool with_finals) {
   const int ntax = matrix.ntax;
   const std::size_t n = columns_.size();
+  std::fill(column_steps_.begin(), column_steps_.end(), 0);
+  std::fill(steps_.begin(), steps_.end(), 0);
   const descendant_lists lists = descendants_of(tree, ntax);
   const std::vector<int> order = nodes_rootward_first(lists, ntax);
+  if (n == 0 && ranges_.empty()) return;
   const std::size_t size = at(std::max(node_limit(tree, ntax), ntax + 1)) * n;
   down_.resize(size);
   reach_.resize(size);
   std::copy(cells_.begin(), cells_.end(), down_.begin());
-  std::fill(column_steps_.begin(), column_steps_.end(), 0);
-  std::fill(steps_.begin(), steps_.end(), 0);
   std::vector<int> below;
   for (auto v = order.rbegin(); v != order.rend(); ++v) {
     below.clear();
     for (int d = lists.first[at(*v)]; d >= 0; d = lists.sibling[at(d)]) below.push_back(d);
     if (below.size() == 2)
-      down_binary(*v, below[0], below[1]);
+      plain_down(&down_[at(below[0]) * n], &down_[at(below[1]) * n], &down_[at(*v) * n],
+                 &reach_[at(*v) * n], column_steps_.data(), n);
     else if (!below.empty())
       down_polytomy(*v, below, polytomies);
   }
@@ -205,7 +183,10 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
   final_.resize(size);
   for (std::size_t i = 0; i < n; ++i) final_[at(ntax) * n + i] = down_[at(ntax) * n + i];
   for (const int v : order)
-    for (int d = lists.first[at(v)]; d >= 0; d = lists.sibling[at(d)]) final_node(d, v, d < ntax);
+    for (int d = lists.first[at(v)]; d >= 0; d = lists.sibling[at(d)])
+      plain_final(&final_[at(v) * n], &down_[at(d) * n],
+                  d < ntax ? &down_[at(d) * n] : &reach_[at(d) * n], observed_.data(),
+                  &final_[at(d) * n], n);
 }
 
 /// Continuous characters: a node's range is where the sum of distances to the descendants' ranges
@@ -251,6 +232,14 @@ double plain_optimiser::score() const {
     (record.is_continuous ? thousandths : steps) += record.weight * steps_[at(c)];
   }
   return static_cast<double>(steps) + static_cast<double>(thousandths) / 1000.0;
+}
+
+void score_stored_trees(std::span<double> scores) {
+  plain_optimiser optimiser(scored_characters());
+  for (std::size_t t = 0; t < scores.size(); ++t) {
+    optimiser.optimise(stored_tree(static_cast<int>(t)), polytomy_kind::hard, false);
+    scores[t] = optimiser.score();
+  }
 }
 
 }  // namespace zeb

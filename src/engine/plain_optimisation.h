@@ -66,14 +66,13 @@ class plain_optimiser {
   }
   void add_character(int character, std::span<const std::uint8_t> ignored_taxa);
   void add_column(const plain_column& column, std::span<const std::uint32_t> cells);
-  void down_binary(int node, int left, int right);
   void down_polytomy(int node, std::span<const int> below, polytomy_kind polytomies);
-  void final_node(int node, int ancestor, bool terminal);
   void optimise_ranges(std::span<const int> order, const descendant_lists& lists,
                        polytomy_kind polytomies);
 
   std::vector<plain_column> columns_;
-  std::vector<std::uint32_t> cells_;  // terminal sets by column, a taxon after the other
+  std::vector<std::uint32_t> observed_;  // by column
+  std::vector<std::uint32_t> cells_;     // terminal sets by column, a taxon after the other
   std::vector<range_column> ranges_;
   std::vector<std::int64_t> steps_;         // by character
   std::vector<std::int32_t> column_steps_;  // by column
@@ -81,6 +80,9 @@ class plain_optimiser {
   std::vector<std::uint32_t> reach_;  // states at most one step dearer than those of `down_`
   std::vector<std::uint32_t> final_;
 };
+
+/// Fills the scores of all trees of the buffer, polytomies taken as hard.
+void score_stored_trees(std::span<double> scores);
 
 /// The characters that scores count: active and of non-zero weight.
 std::vector<std::uint8_t> scored_characters();
