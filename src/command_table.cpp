@@ -4,13 +4,14 @@
 #include "command_table.h"
 
 #include "consensus/commands.h"
+#include "engine/commands.h"
 #include "formats/formats.h"
 #include "functions/function_table.h"
 #include "macro/commands.h"
-#include "engine/commands.h"
 #include "matrix/commands.h"
 #include "matrix/settings_commands.h"
 #include "search/commands.h"
+#include "search/best_command.h"
 #include "search/subopt_command.h"
 #include "shell/commands.h"
 #include "shell/process.h"
@@ -32,7 +33,7 @@ constexpr command_row rows[] = {
     {"apo",         none, true,  topic_mapping | topic_diagnosis | topic_characters},
     {"bbreak",      bbreak_command, true,  topic_searching},
     {"beep",        beep_command, false, topic_settings},
-    {"best",        none, true,  topic_diagnosis | topic_various | topic_trees},
+    {"best",        best_command, true,  topic_diagnosis | topic_various | topic_trees},
     {"bground",     bground_command, false, topic_various},
     {"blength",     none, true,  topic_diagnosis | topic_compare | topic_trees},
     {"blocks",      blocks_command, false, topic_input | topic_settings},

@@ -108,19 +108,27 @@ std::string index_text(double value) { return value == value ? text_of("%.3f", v
 void show_homoplasy(const score_request& request, const plain_optimiser& optimiser, int tree) {
   homoplasy total;
   std::vector<std::string> rows;
-  std::vector<double> cells;
+  matrix_table table;
   for (int c = 0; c < matrix.nchar; ++c) {
     if (!request.characters[at(c)]) continue;
     const homoplasy one = homoplasy_of(optimiser, c, 1);
     total.add(homoplasy_of(optimiser, c, matrix.characters[at(c)].weight));
     rows.push_back(character_label(c));
-    cells.insert(cells.end(), {one.steps, one.least, one.most, one.steps - one.least,
-                               one.consistency(), one.retention()});
+    const bool fractional = matrix.characters[at(c)].is_continuous != 0;
+    for (const double value : {one.steps, one.least, one.most, one.steps - one.least})
+      table.cells.push_back(score_text(value, fractional));
+    table.cells.push_back(index_text(one.consistency()));
+    table.cells.push_back(index_text(one.retention()));
   }
   const std::vector<std::string> columns = {"Steps", "Min", "Max", "Extra", "CI", "RI"};
-  emit("Tree ", tree, ", total length ", score_text(total.steps, optimiser.has_continuous()),
-       ", CI = ", index_text(total.consistency()), ", RI = ", index_text(total.retention()), "\n");
-  print_table(text_of("Homoplasy of characters, tree %i", tree), cells, rows, columns);
+  const std::string title = text_of("Tree %i, total length ", tree) +
+                            score_text(total.steps, optimiser.has_continuous()) +
+                            ", CI = " + index_text(total.consistency()) +
+                            ", RI = " + index_text(total.retention());
+  table.title = title;
+  table.row_labels = rows;
+  table.column_labels = columns;
+  printers.matrix(table);
 }
 
 }  // namespace

@@ -1,0 +1,67 @@
+#include "search/best_command.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "engine/plain_optimisation.h"
+#include "matrix/matrix.h"
+#include "search/search_settings.h"
+#include "shell/errors.h"
+#include "shell/interpreter.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "trees/tree_equality.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+bool scores_have_fractions() {
+  return std::any_of(
+      matrix.characters.begin(), matrix.characters.end(),
+      [](const character_record& c) { return c.active && c.weight != 0 && c.is_continuous; });
+}
+
+/// Keeps the trees that satisfy the constraints; all of them where none does. Returns the note.
+const char* keep_constrained(std::vector<std::uint8_t>& keep) {
+  const constraint_filter& filter = current_constraint_filter();
+  if (!filter.active || !filter.satisfies || !filter.active())
+    error_end("There are no constraints in use");
+  std::vector<std::uint8_t> good = keep;
+  for (int t = 0; t < store.ntrees; ++t) good[at(t)] = keep[at(t)] && filter.satisfies(t);
+  if (std::find(good.begin(), good.end(), 1) == good.end()) return " (none fulfills constraints)";
+  keep = good;
+  return " (all fulfill constraints)";
+}
+
+}  // namespace
+
+/// "best": keeps the trees that are no worse than the best one by more than the limit of `subopt`;
+/// "best N": by more than N. With "[", only those that satisfy the constraints.
+void best_command() {
+  require_data("comparing scores");
+  require_trees();
+  const bool constrained = accept_char('[');
+  double allowed = search_settings.suboptimal;
+  if (read_optional_float(&allowed) && allowed < 0)
+    error_end("The difference to the best score can't be negative");
+  const bool fractions = scores_have_fractions();
+  constexpr double rounding = 1e-06;
+  if (fractions) allowed += rounding;
+  std::vector<std::uint8_t> keep(at(store.ntrees), 1);
+  const char* note = constrained ? keep_constrained(keep) : "";
+  std::vector<double> scores(at(store.ntrees));
+  score_stored_trees(scores);
+  double best = -1;
+  for (std::size_t t = 0; t < scores.size(); ++t)
+    if (keep[t] && (best < 0 || scores[t] < best)) best = scores[t];
+  for (std::size_t t = 0; t < scores.size(); ++t) keep[t] = keep[t] && scores[t] <= best + allowed;
+  const int before = store.ntrees;
+  select_trees(keep);
+  emit("Best score: ", fractions ? text_of("%.3f", best) : text_of("%.0f", best), ", ",
+       before - store.ntrees, " trees discarded, ", store.ntrees, " trees retained", note, "\n");
+}
+
+}  // namespace zeb

@@ -1,0 +1,8 @@
+// `best`: trees that aren't among the best go.
+#pragma once
+
+namespace zeb {
+
+void best_command();
+
+}  // namespace zeb
