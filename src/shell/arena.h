@@ -20,6 +20,7 @@ struct arena_state {
   std::byte* high_mark = nullptr;    // what `high` returns to when a command ends
   std::byte* top = nullptr;          // where `high` stands with nothing allocated
   int lock_count = 0;                // live locks, without the sentinel
+  int live_scopes = 0;               // arena_scope objects that stand
   std::size_t peak_ram = 0;          // largest use during the command, bytes
   std::size_t peak_ram_ever = 0;     // the same over the run
   std::int64_t fail_countdown = -1;  // for tests: the n-th allocation from now fails; -1 never
@@ -156,8 +157,9 @@ class arena_marks_scope {
 /// while one lives.
 class arena_scope {
  public:
-  arena_scope() : low_(arena.low), high_(arena.high) {}
+  arena_scope() : low_(arena.low), high_(arena.high) { ++arena.live_scopes; }
   ~arena_scope() {
+    --arena.live_scopes;
     arena.low = low_;
     arena.high = high_;
   }

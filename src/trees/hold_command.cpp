@@ -42,6 +42,7 @@ void hold_with_vault(std::int64_t capacity) {
     error_end("Cannot increase tree-space when tree-vault is set");
   }
   if (size == 0 && !clearing) error_end("Size of vault must be > 0 ");
+  drop_packed_data();
   set_maxtrees_and_vault(static_cast<int>(capacity), size);
   if (clearing) {
     emit("Tree-vault not set (set with \"hold N/V\")\n");
@@ -69,6 +70,7 @@ void hold_command() {
     return;
   }
   if (capacity < 1) error_end("Number of trees to hold must be > 0");
+  drop_packed_data();
   set_maxtrees(static_cast<int>(capacity), settings.report);
 }
 

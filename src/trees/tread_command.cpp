@@ -88,6 +88,7 @@ class tread_run {
     }
     if (store.ntrees >= store.maxtrees) {
       if (store.vault_size > 0) error_end("Cannot increase tree-space when tree-vault is set");
+      drop_packed_data();
       if (!set_maxtrees(store.maxtrees + 100, false, true)) error_end("Tree buffer is full");
     }
     reader_.tree().finish(stored_tree(store.ntrees), store.include_absent);

@@ -78,8 +78,15 @@ std::size_t bytes_available() {
   return static_cast<std::size_t>(store.memory_high - store.memory_low);
 }
 
-/// Temporary memory of the running command lies behind the buffer, or none of it is left.
-bool memory_is_shared() { return arena.low != arena.low_mark || arena.high != arena.high_mark; }
+/// The running command has temporary memory, which lies behind the buffer.
+bool has_temporary_memory() {
+  return arena.low != arena.low_mark || arena.high != arena.high_mark || arena.live_scopes > 0 ||
+         !store.unsettled.empty();
+}
+
+/// Memory that the running command may still use lies behind the buffer: temporary memory, or what
+/// later locks protect.
+bool memory_is_shared() { return has_temporary_memory() || arena.lock_count != locks.tree_lock; }
 
 void move_into_arena(int capacity, int vault_size) {
   const int kept = std::min(store.ntrees, capacity);
@@ -94,17 +101,10 @@ void move_into_arena(int capacity, int vault_size) {
   restore_groups(words);
 }
 
-/// Grows in system memory, for as long as the command runs.
-void grow_outside_arena(int capacity) {
+/// Points the rows of the buffer into the system memory it has grown into.
+void point_rows(int capacity, std::vector<std::uint32_t> words) {
   const std::size_t cells = at(store.nnodes);
-  const int kept = std::min(store.ntrees, capacity);
-  std::vector<std::uint32_t> words = saved_groups(kept);
-  std::vector<tree_node> records(at(capacity) * cells);
-  for (int t = 0; t < kept; ++t) {
-    std::memcpy(records.data() + at(t) * cells, store.trees[at(t)], cells * sizeof(tree_node));
-  }
   words.resize(at(capacity) * group_words(), 0);
-  store.unsettled.swap(records);
   store.unsettled_groups.swap(words);
   store.unsettled_rows.resize(at(capacity));
   store.unsettled_group_rows.resize(at(capacity));
@@ -115,6 +115,24 @@ void grow_outside_arena(int capacity) {
   store.trees = store.unsettled_rows;
   store.tree_groups = store.unsettled_group_rows;
   store.maxtrees = capacity;
+}
+
+/// Grows in system memory, for as long as the command runs.
+void grow_outside_arena(int capacity) {
+  const std::size_t cells = at(store.nnodes);
+  const int kept = std::min(store.ntrees, capacity);
+  std::vector<std::uint32_t> words = saved_groups(kept);
+  // Half as much again, since a buffer that grows once mostly grows on.
+  if (at(capacity) * cells <= store.unsettled.size()) {
+    point_rows(capacity, std::move(words));
+    return;
+  }
+  std::vector<tree_node> records((at(capacity) + at(capacity) / 2) * cells);
+  for (int t = 0; t < kept; ++t) {
+    std::memcpy(records.data() + at(t) * cells, store.trees[at(t)], cells * sizeof(tree_node));
+  }
+  store.unsettled.swap(records);
+  point_rows(capacity, std::move(words));
 }
 
 /// Command-over hook: a buffer that grew outside goes into the arena.
@@ -133,17 +151,8 @@ void settle_buffer() {
   store.unsettled_group_rows.clear();
 }
 
-bool resize(int capacity, int vault_size, bool silent_failure) {
-  if (bytes_needed(capacity, vault_size, capacity > store.maxtrees) > bytes_available()) {
-    if (silent_failure) return false;
-    error_end("Cannot make tree space for", capacity, "trees");
-  }
-  if (!store.unsettled.empty() || memory_is_shared()) {
-    grow_outside_arena(capacity);
-  } else {
-    move_into_arena(capacity, vault_size);
-  }
-  return true;
+bool fits(int capacity, int vault_size) {
+  return bytes_needed(capacity, vault_size, capacity > store.maxtrees) <= bytes_available();
 }
 
 void create_buffer() {
@@ -194,7 +203,15 @@ bool set_maxtrees(int n, bool report, bool silent_failure) {
       warning("There are", store.ntrees, "trees in memory.", "\nResetting maxtrees to", n,
               "will discard", store.ntrees - n, "trees");
     }
-    if (!resize(n, 0, silent_failure)) return false;
+    if (!fits(n, 0)) {
+      if (silent_failure) return false;
+      error_end("Cannot make tree space for", n, "trees");
+    }
+    if (memory_is_shared()) {
+      grow_outside_arena(n);
+    } else {
+      move_into_arena(n, 0);
+    }
     store.ntrees = std::min(store.ntrees, n);
   }
   if (report) report_line("Space for", store.maxtrees, "trees in memory");
@@ -206,7 +223,10 @@ void set_maxtrees_and_vault(int n, int vault_size) {
     warning("There are", store.ntrees, "trees in memory.", "\nResetting maxtrees to", n,
             "will discard", store.ntrees - n, "trees");
   }
-  resize(n, vault_size, false);
+  if (!fits(n, vault_size) || has_temporary_memory()) {
+    error_end("Cannot make tree space for", n, "trees");
+  }
+  move_into_arena(n, vault_size);
   store.vault_trees = 0;
 }
 

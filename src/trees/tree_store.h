@@ -146,7 +146,8 @@ tree_span store_slot(std::string_view group_name, bool may_grow);
 /// As `hold N`. Returns false where it can't be done and `silent_failure` allows that, and during a
 /// recursive sectorial search. With `report` the capacity is printed.
 bool set_maxtrees(int n, bool report, bool silent_failure = false);
-/// As `hold N/V`: capacity and vault at once; the vault must be empty.
+/// As `hold N/V`: capacity and vault at once, by a command that has no temporary memory; the vault
+/// must be empty.
 void set_maxtrees_and_vault(int n, int vault_size);
 /// Keeps the flagged trees, in order; group bits move with them.
 void select_trees(std::span<const std::uint8_t> keep);

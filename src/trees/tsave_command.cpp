@@ -119,6 +119,7 @@ void make_room_for(std::size_t count) {
   const std::size_t needed = at(store.ntrees) + count;
   if (needed <= at(store.maxtrees)) return;
   if (store.vault_size > 0) error_end("Cannot increase tree-space when tree-vault is set");
+  drop_packed_data();
   const std::size_t capacity = at(store.maxtrees) + (needed - at(store.maxtrees) + 99) / 100 * 100;
   if (capacity > 1000000000 || !set_maxtrees(static_cast<int>(capacity), false, true)) {
     error_end("Tree buffer is full");

@@ -50,18 +50,28 @@ TEST(tree_store, capacity_changes_keep_trees_groups_and_memory) {
   expect_trees(20);
 }
 
-TEST(tree_store, growing_beside_temporary_memory_harms_neither) {
+TEST(tree_store, growing_beside_memory_in_use_harms_neither) {
   zeb_test::text_session session(ntax);
   fill(100);
+  int later_lock = 0;
+  const std::span<int> locked = alloc_low<int>(1000);
+  lock(&later_lock);
   const std::span<int> temporary = alloc_low<int>(1000);
+  std::fill(locked.begin(), locked.end(), 66);
   std::fill(temporary.begin(), temporary.end(), 77);
-  const tree_span slot = store_slot("grown", true);
-  EXPECT_EQ(store.maxtrees, 110);
-  std::ranges::copy(stored_tree(0), slot.begin());
-  slot[1] = 1100;
+  // Three times, so that the memory taken first is outgrown.
+  for (int capacity = 110; capacity <= 1010; capacity += 450) {
+    ASSERT_TRUE(set_maxtrees(capacity, false));
+    EXPECT_EQ(store.maxtrees, capacity);
+    expect_trees(100);
+  }
+  EXPECT_EQ(std::count(locked.begin(), locked.end(), 66), 1000);
   EXPECT_EQ(std::count(temporary.begin(), temporary.end(), 77), 1000);
+  std::ranges::copy(stored_tree(0), store_slot("grown", true).begin());
+  stored_tree(100)[1] = 1100;
   command_is_over();
-  end_of_command();
+  EXPECT_EQ(later_lock, 0);
+  EXPECT_TRUE(store.unsettled.empty());
   ASSERT_EQ(store.ntrees, 101);
   EXPECT_EQ(stored_tree(100)[1], 1100);
   EXPECT_TRUE(in_tree_group(100, 0));
