@@ -213,11 +213,22 @@ std::string stored_tree_text(const_tree_span tree) {
   return parenthetical_text(tree, matrix.ntax, [&](int t) { return tree_label(t, names); });
 }
 
+namespace {
+
+/// What ends a tag in a tree's text can't stand within one.
+std::string one_word(std::string text) {
+  const auto ends_tag = [](unsigned char c) { return c < 33 || c == '*' || c == ';'; };
+  std::replace_if(text.begin(), text.end(), ends_tag, '_');
+  return text;
+}
+
+}  // namespace
+
 std::string tag_tree_text() {
   taxon_names names;
   return parenthetical_text(
       tags.tag_tree, matrix.ntax, [&](int t) { return tree_label(t, names); },
-      [](int node) { return tags.tag_texts[at(node)]; });
+      [](int node) { return one_word(tags.tag_texts[at(node)]); });
 }
 
 }  // namespace zeb
