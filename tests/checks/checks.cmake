@@ -8,7 +8,8 @@ endif()
 add_test(NAME check.layers
   COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/layers.py ${CMAKE_SOURCE_DIR}/src)
 add_test(NAME check.headers
-  COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/headers.py ${CMAKE_SOURCE_DIR}/src ${CMAKE_CXX_COMPILER})
+  COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/headers.py ${CMAKE_SOURCE_DIR}/src ${CMAKE_CXX_COMPILER}
+          ${CMAKE_CURRENT_BINARY_DIR}/headers.json)
 add_test(NAME check.readme
   COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/readme.py ${CMAKE_SOURCE_DIR}/README.md $<TARGET_FILE:zeb>
           ${CMAKE_SOURCE_DIR}/examples)
