@@ -77,6 +77,7 @@ TEST(command_strings, errors_reach_the_caller) {
 }
 
 TEST(command_strings, need_a_free_place_on_the_stack) {
+  zeb_test::start_program();  // which would set the depth again if it came later
   const int depth = input.mxproc;
   set_input_depth(0);
   const run_of_string run = run_string("rseed 5;");
