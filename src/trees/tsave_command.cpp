@@ -1,4 +1,5 @@
 // `tsave`, `save` and `shortread`: tree files.
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -85,7 +86,7 @@ void set_auto_saving() {
 
 std::vector<std::uint8_t> read_file(const std::string& name) {
   std::ifstream file(name, std::ios::binary);
-  if (!file) error_end("Cannot open file", name);
+  if (!file || std::filesystem::is_directory(name)) error_end("Cannot open file", name);
   file.seekg(0, std::ios::end);
   const std::streamoff size = file.tellg();
   file.seekg(0);
