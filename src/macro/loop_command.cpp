@@ -88,7 +88,8 @@ void capture_loop_text(loop_record& loop) {
       text += static_cast<char>(c);
     }
     if (text.size() + 2 > room) error_end("Not enough RAM available to continue macros...");
-    if (input_ended() && level_zero_ended()) error_end("Found end-of-file:", "expecting \"stop\"");
+    // A body doesn't go on behind the end of its file.
+    if (c < 33 && input_ended()) error_end("Found end-of-file:", "expecting \"stop\"");
     // A word counts once it can't go on: look at what follows before counting.
     const int lower = std::tolower(c);
     if (lower != 'p' && lower != 't' && lower != 's' && lower != 'b' && lower != 'e') continue;
