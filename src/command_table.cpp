@@ -109,7 +109,7 @@ constexpr command_row rows[] = {
     {"prupdn",      none, true,  topic_compare | topic_consensus | topic_supports | topic_trees},
     {"pzeb",        none, true,  topic_various | topic_scripts},
     {"qcollapse",   qcollapse_command, false, topic_searching | topic_settings},
-    {"qnelsen",     none, true,  topic_searching | topic_consensus},
+    {"qnelsen",     qnelsen_command, true,  topic_searching | topic_consensus},
     {"quote",       quote_command, false, topic_output | topic_various},
     {"quit",        quit_command, false, topic_various},
     {"randtrees",   randtrees_command, true,  topic_various | topic_trees},

@@ -7,5 +7,6 @@ void nelsen_command();
 void majority_command();
 void freqdifs_command();
 void comcomp_command();
+void qnelsen_command();
 
 }  // namespace zeb

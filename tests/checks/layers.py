@@ -27,6 +27,7 @@ FOLDERS = {
 # Files that stand on another floor than their folder does: pattern -> (floor, reason). The first match counts.
 FILES = {
     "consensus/bremer*": (7, "Bremer supports run searches"),
+    "consensus/q*": (7, "quick consensus runs searches"),
     "consensus/resampl*": (7, "resampling runs searches"),
     "landmarks/realign*": (7, "realignment searches trees"),
     "macro/traversal*": (9, "tree walking reads trees, characters and scores"),
