@@ -10,6 +10,3 @@ add_test(NAME check.layers
 add_test(NAME check.headers
   COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/headers.py ${CMAKE_SOURCE_DIR}/src ${CMAKE_CXX_COMPILER}
           ${CMAKE_CURRENT_BINARY_DIR}/headers.json)
-add_test(NAME check.readme
-  COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/readme.py ${CMAKE_SOURCE_DIR}/README.md $<TARGET_FILE:zeb>
-          ${CMAKE_SOURCE_DIR}/examples)

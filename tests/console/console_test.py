@@ -346,10 +346,10 @@ class Interrupts(ConsoleTest):
 
 class Searches(ConsoleTest):
     def start_endless_search(self):
-        matrix = pathlib.Path(__file__).parent.parent.parent / "examples" / "meadow.xread"
-        self.write("meadow.xread", matrix.read_text())
+        matrix = pathlib.Path(__file__).parent.parent.parent / "examples" / "frogs.xread"
+        self.write("frogs.xread", matrix.read_text())
         s = self.start()
-        s.command("proc meadow.xread;")
+        s.command("proc frogs.xread;")
         s.type("mult=replications 100000 hold 2; quote moved on;\r")
         s.wait_for_text("Best Score")
         s.settle(0.3)
