@@ -4,13 +4,12 @@
 
 #include <set>
 
-#include "engine/registration.h"
 #include "property/random_matrix.h"
 #include "search/search_session.h"
 #include "search/search_settings.h"
 #include "search/swapper.h"
 #include "search/tree_identity.h"
-#include "shell/arena.h"
+#include "support/program.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -127,12 +126,10 @@ std::vector<std::int32_t> internal_form(const naive::rooted_tree& tree) {
 class swap_candidates : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    create_arena(std::size_t{1} << 28);
-    register_engine();
+    zeb_test::start_program();
   }
   static void TearDownTestSuite() {
     wipe_matrix();
-    release_arena();
   }
 };
 
