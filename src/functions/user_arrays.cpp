@@ -1,6 +1,8 @@
 // The user's arrays as other rooms reach them: tree tags, drawings, tables.
 #include <algorithm>
 #include <cctype>
+#include <cmath>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,8 @@
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
 #include "trees/tables.h"
 #include "trees/tags.h"
 
@@ -50,12 +54,6 @@ void store_array(int number, std::span<const double> values, int columns) {
     store_variable(array.first + static_cast<int>(i), values[i]);
 }
 
-std::vector<std::string> numbered_labels(int count) {
-  std::vector<std::string> labels;
-  for (int i = 0; i < count; ++i) labels.push_back(std::to_string(i));
-  return labels;
-}
-
 std::string read_title() {
   std::string title;
   const bool commas = input.literal_comma;
@@ -66,37 +64,106 @@ std::string read_title() {
   return title;
 }
 
+whole_array read_table_array() {
+  if (!std::isalpha(skip_blanks_peek()))
+    error_end("Expected name/number of the variable to show as table");
+  const whole_array array = read_array_name();
+  if (array.sizes.size() != 1)
+    error_end("Scripting tables require one-dimensional arrays as input");
+  return array;
+}
+
+// Cells below 0 stand for "no value".
+std::vector<double> shown_values(const whole_array& array) {
+  std::vector<double> values = array_values(array.number);
+  std::replace_if(
+      values.begin(), values.end(), [](double v) { return !(v >= 0); }, no_fraction);
+  return values;
+}
+
 bool all_whole(const std::vector<double>& values) {
-  return std::all_of(values.begin(), values.end(), [](double v) {
-    return v >= -9e15 && v <= 9e15 && v == static_cast<double>(static_cast<std::int64_t>(v));
-  });
+  return std::all_of(values.begin(), values.end(),
+                     [](double v) { return std::isnan(v) || (v <= 9e15 && v == std::floor(v)); });
+}
+
+void print_array(const std::string& title, const std::vector<double>& values) {
+  if (!all_whole(values)) {
+    print_table(title, std::span<const double>(values));
+    return;
+  }
+  std::vector<std::int64_t> whole;
+  for (const double v : values)
+    whole.push_back(std::isnan(v) ? no_value : static_cast<std::int64_t>(v));
+  print_table(title, std::span<const std::int64_t>(whole));
+}
+
+// Two arrays side by side, a row for each cell.
+void print_double_table() {
+  if (!macros.integer_only) error_end("Double tables allowed only under integer mode");
+  const whole_array a = read_table_array();
+  const whole_array b = read_table_array();
+  if (a.cells != b.cells) error_end("Dimensions of arrays to operate do not match!");
+  const std::string title = read_title();
+  std::vector<std::int64_t> cells;
+  std::vector<std::string> rows;
+  for (int i = 0; i < a.cells; ++i) {
+    rows.push_back(std::to_string(i));
+    for (const whole_array* array : {&a, &b}) {
+      const double v = variable_value(array->first + i);
+      cells.push_back(v >= 0 ? static_cast<std::int64_t>(v) : no_value);
+    }
+  }
+  const std::vector<std::string> columns = {a.name, b.name};
+  print_table(title, std::span<const std::int64_t>(cells), rows, columns);
+}
+
+bool store_table(std::span<const double> values) {
+  const bool still_there =
+      settings.macros && macros.table_array >= 0 && !variable_dimensions(macros.table_array).empty();
+  if (!still_there) {
+    take_list = nullptr;
+    return false;
+  }
+  store_array(macros.table_array, values, 1);
+  macros.list_size = static_cast<int>(values.size()) - 1;
+  return true;
 }
 
 }  // namespace
 
-// `maketable ARRAY title;`: a list for one dimension, a matrix for two.
+// `maketable A title;`, `maketable =N A title;`, `maketable * A B title;`, `maketable + A;`,
+// `maketable -;`.
 void maketable_command() {
   require_macros();
-  const whole_array array = read_array_name();
-  if (array.sizes.size() > 2)
-    error_end("Tables can be made only of arrays of one or two dimensions");
-  std::string title = read_title();
-  if (title.empty()) title = array.name;
-  const std::vector<double> values = array_values(array.number);
-  const std::vector<std::int64_t> whole(values.begin(), values.end());
-  const bool integers = all_whole(values);
-  if (array.sizes.size() < 2) {
-    integers ? print_table(title, std::span<const std::int64_t>(whole))
-             : print_table(title, std::span<const double>(values));
+  no_timing();
+  if (macros.protection == 0) error_end("Scripting tables not allowed under macro protection 0");
+  if (accept_char('-')) {
+    take_list = nullptr;
+    macros.table_array = -1;
     return;
   }
-  const std::vector<std::string> rows = numbered_labels(array.sizes[0]);
-  const std::vector<std::string> columns = numbered_labels(array.sizes[1]);
-  if (integers) {
-    print_table(title, std::span<const std::int64_t>(whole), rows, columns);
-  } else {
-    print_table(title, std::span<const double>(values), rows, columns);
+  if (accept_char('+')) {
+    macros.table_array = read_table_array().number;
+    take_list = store_table;
+    if (settings.report)
+      report_line("Table values will be copied to array instead of written to screen");
+    return;
   }
+  if (accept_char('*')) {
+    print_double_table();
+    return;
+  }
+  int most = -1;
+  if (accept_char('=')) {
+    most = read_int();
+    if (most < 1) error_end("Expected max. table width after '='");
+  }
+  const whole_array array = read_table_array();
+  std::vector<double> values = shown_values(array);
+  if (most > 0 && static_cast<int>(values.size()) > most)
+    values.resize(static_cast<std::size_t>(most));
+  const std::string title = read_title();
+  print_array(title.empty() ? array.name : title, values);
 }
 
 void connect_user_arrays() {

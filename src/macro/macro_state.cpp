@@ -82,6 +82,7 @@ void start_macros() {
   macros.heap_end = reinterpret_cast<char*>(macros.block) + macros.block_size - 16;
   macros.named_count = 0;
   macros.level = -1;
+  macros.table_array = -1;
   macros.frames.assign(static_cast<std::size_t>(input.top) + 1, macro_frame{});
   for (macro_frame& frame : macros.frames) frame.heap_top = macros.heap_top;
   settings.macros = true;

@@ -82,6 +82,8 @@ struct macro_state {
 
   std::vector<macro_frame> frames{1};  // by input depth; the last is the current file's
 
+  int table_array = -1;  // array that takes the values of printed tables; -1 none, `maketable +`
+
   // Of the assignment that runs.
   int assign_target = -1;  // cell that a list function writes from on; -1 none
   int assign_room = 0;     // cells it may fill
