@@ -114,7 +114,8 @@ packed_matrix packed;
 }  // namespace
 
 void forget_packed_data(const int* tag) {
-  if (tag != &locks.optimisation_lock) return;
+  // The release of a lock is that of all later ones, too.
+  if (locks.optimisation_lock == 0 || locks.optimisation_lock < *tag) return;
   packed.valid = false;
   if (current_search_data == &packed.data) current_search_data = nullptr;
 }
