@@ -27,6 +27,10 @@ void set_look(mult_settings& m, int n, int rule) {
   m.addition.rule = rule;
 }
 
+void refuse_stage(int on, const char* stage) {
+  if (on) error_end("The", stage, "stage of mult isn't built yet");
+}
+
 option addition_option(std::string_view keyword, void (*apply)(mult_settings&, int)) {
   return {.keyword = keyword,
           .kind = option::argument::optional_number,
@@ -44,8 +48,8 @@ std::vector<option> mult_options() {
       action<mult_settings>("tbr", [](mult_settings& m, int) { m.swapper = mult_settings::tbr; }),
       action<mult_settings>("wagner",
                             [](mult_settings& m, int) { m.swapper = mult_settings::wagner_only; }),
-      toggle("ratchet", &mult_settings::ratchet),
-      toggle("drift", &mult_settings::drift),
+      action<mult_settings>("ratchet", [](mult_settings&, int on) { refuse_stage(on, "ratchet"); }),
+      action<mult_settings>("drift", [](mult_settings&, int on) { refuse_stage(on, "drift"); }),
       action<mult_settings>("ras",
                             [](mult_settings& m, int) {
                               m.addition.informative = m.addition.look = m.addition.rule = 0;
@@ -95,8 +99,6 @@ void list_settings() {
   emit("Multiple addition sequences:\n     * ", mult.replications, " replications\n");
   emit("     * Addition sequence: ", addition_text(mult.addition), "\n");
   emit("     * Branch swapping: ", swappers[mult.swapper], "\n");
-  if (mult.ratchet) emit("     * Ratchet after swapping\n");
-  if (mult.drift) emit("     * Tree-drifting after swapping\n");
   emit("     * ", mult.hold, " trees saved per replication\n");
   emit(mult.keepall ? "     * Keeping trees of all replications\n"
                     : "     * Keeping best trees only\n");
@@ -168,9 +170,7 @@ void mult_command() {
   swapping.outfreq = mult.outfreq;
   if (outcome == option_outcome::list) list_settings();
   if (outcome != option_outcome::run) return;
-  if (mult.ratchet || mult.drift) {
-    error_end("The ratchet and drift stages of mult aren't built yet");
-  }
+  check_additions();
   const search_session session;
   warn_of_memory();
   const int trees_before = store.ntrees;

@@ -70,6 +70,7 @@ struct swap_run {
 
   // -- workspace --
   cluster_cut cut;
+  int moves_since_cut = 0;
   std::span<std::int32_t> main_clusters;
   std::span<std::int32_t> clip_clusters;
   int n_main_clusters = 0;

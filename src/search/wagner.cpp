@@ -18,15 +18,6 @@ constexpr std::int32_t unbounded = 1'000'000'000;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-void refuse_combinations() {
-  if (additions.cluster_from <= 0) return;
-  if (randomness.random_insertion) {
-    error_end(
-        "Sorry, wagner trees with node-clusters can't be done with random insertion sequence");
-  }
-  if (additions.look > 0) error_end("Cannot use selected addseqs together with clusters");
-}
-
 /// Another taxon plays terminal 0 for the length of a build, by exchanging their states.
 class randomised_outgroup {
  public:
@@ -214,8 +205,17 @@ bool wagner_build::stop_at(int position) {
   return interrupted();
 }
 
+void check_additions() {
+  if (additions.cluster_from <= 0) return;
+  if (randomness.random_insertion) {
+    error_end(
+        "Sorry, wagner trees with node-clusters can't be done with random insertion sequence");
+  }
+  if (additions.look > 0) error_end("Cannot use selected addseqs together with clusters");
+}
+
 void wagner_tree(std::span<std::int32_t> anc, int seed) {
-  refuse_combinations();
+  check_additions();
   search_data& data = *current_search_data;
   const int seed_before = randomness.random_seed;
   randomness.random_seed = seed;

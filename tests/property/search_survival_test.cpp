@@ -1,0 +1,167 @@
+// Searches that are cut short leave valid trees, settings and data; and a search is the same search
+// on every width of the kernels.
+#include <gtest/gtest.h>
+
+#include <optional>
+
+#include "engine/collapsing.h"
+#include "property/random_matrix.h"
+#include "search/bbreak.h"
+#include "search/mult.h"
+#include "search/search_report.h"
+#include "search/search_session.h"
+#include "search/stored_trees.h"
+#include "search/swapper.h"
+#include "search/tree_identity.h"
+#include "shell/arena.h"
+#include "shell/random.h"
+#include "support/program.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+class search_survival : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { zeb_test::start_program(); }
+  void TearDown() override {
+    arena.fail_countdown = -1;
+    collapsing = {};
+    swapping = {};
+    mult = {};
+    engine.long_words = 2;
+    settings.timeout_seconds = 0;
+    process.interrupt_state = 0;
+    wipe_matrix();
+  }
+};
+
+std::vector<std::vector<std::int32_t>> stored_trees() {
+  std::vector<std::vector<std::int32_t>> trees;
+  for (int t = 0; t < store.ntrees; ++t) {
+    const tree_span tree = stored_tree(t);
+    trees.emplace_back(tree.begin(), tree.end());
+  }
+  return trees;
+}
+
+std::vector<std::uint32_t> all_cells() {
+  std::vector<std::uint32_t> cells;
+  for (int t = 0; t < matrix.ntax; ++t) {
+    for (int c = 0; c < matrix.nchar; ++c) cells.push_back(cell(t, c));
+  }
+  return cells;
+}
+
+void expect_all_well(const std::vector<std::uint32_t>& cells, const std::string& when) {
+  EXPECT_EQ(all_cells(), cells) << when;
+  EXPECT_EQ(randomness.random_seed, 1) << when;
+  EXPECT_FALSE(process.in_search) << when;
+  EXPECT_EQ(search_settings.suboptimal, 0) << when;
+  for (const auto& tree : stored_trees()) {
+    EXPECT_EQ(check_tree_record(tree, matrix.ntax), "") << when;
+    for (int t = 0; t < matrix.ntax; ++t) EXPECT_FALSE(is_absent(tree, t)) << when;
+  }
+}
+
+zeb_test::data_shape noisy_shape() {
+  zeb_test::data_shape shape;
+  shape.ntax = 9;
+  shape.nchar = 12;
+  shape.states = 4;
+  return shape;
+}
+
+TEST_F(search_survival, any_allocation_may_fail) {
+  std::mt19937 g(3);
+  fill_matrix(noisy_shape(), g);
+  const std::vector<std::uint32_t> cells = all_cells();
+  for (const char* search : {"mult=replic 3 hold 4;", "mult=replic 2 hold 1 wcluster 4;",
+                             "mult=replic 2 ias;", "mult=replic 2;bbreak;", "bbreak;"}) {
+    bool failed = true;
+    for (int n = 0; failed && n < 4000; ++n) {
+      drop_packed_data();
+      arena.fail_countdown = n;
+      const std::string said = zeb_test::run_program(search);
+      failed = said.find("out of ram") != std::string::npos;
+      arena.fail_countdown = -1;
+      expect_all_well(cells, search + std::string(" failing at ") + std::to_string(n));
+    }
+    EXPECT_FALSE(failed) << search;
+  }
+}
+
+TEST_F(search_survival, time_and_room_may_run_out) {
+  std::mt19937 g(4);
+  zeb_test::data_shape shape = noisy_shape();
+  shape.ntax = 200;
+  shape.nchar = 150;
+  fill_matrix(shape, g);
+  const std::vector<std::uint32_t> cells = all_cells();
+  const std::string full = zeb_test::run_program("hold 7; mult=replic 5 hold 3;");
+  EXPECT_NE(full.find("(tree buffer full)"), std::string::npos) << full;
+  expect_all_well(cells, "full buffer");
+  settings.timeout_seconds = 1;
+  const std::string late = zeb_test::run_program("hold 1000; mult=replic 100000 hold 1;");
+  EXPECT_NE(late.find("time is out"), std::string::npos) << late;
+  EXPECT_NE(late.find("Search was interrupted..."), std::string::npos) << late;
+  EXPECT_GT(store.ntrees, 0);
+  expect_all_well(cells, "time-out");
+}
+
+struct search_result {
+  std::vector<std::vector<std::int32_t>> trees;
+  std::string rearrangements;
+  int hits;
+  bool operator==(const search_result&) const = default;
+};
+
+search_result whole_search(std::optional<int> width) {
+  store.ntrees = 0;
+  search_result result;
+  {
+    const search_session session;
+    search_data& data = *current_search_data;
+    if (width) {
+      const scoring_mode mode = data.uniform_mode    ? scoring_mode::uniform
+                                : data.per_char_mode ? scoring_mode::per_character
+                                                     : scoring_mode::word_weights;
+      data.kernels = kernels_of_width(*width, mode);
+      data.undo.piece_words = *width / 32;
+      data.undo.capacity = static_cast<std::int32_t>(std::min(
+          data.undo.where_size, data.undo.words_size / static_cast<std::size_t>(*width / 32)));
+    }
+    mult_settings options;
+    options.replications = 4;
+    options.hold = 5;
+    const mult_result found = mult_search(options);
+    result.hits = found.hits;
+    filter_by_score(found.best);
+    swap_buffer();
+    result.rearrangements = rearrangements_text();
+  }
+  result.trees = stored_trees();
+  return result;
+}
+
+TEST_F(search_survival, every_width_makes_the_same_search) {
+  std::mt19937 g(5);
+  for (int round = 0; round < 12; ++round) {
+    zeb_test::data_shape shape = zeb_test::random_shape(g, 20, 60);
+    fill_matrix(shape, g);
+    collapsing.rule = round % 4;
+    const search_result usual = whole_search({});
+    EXPECT_GT(usual.trees.size(), 0U);
+    for (const int width : {32, 64, 256, 512}) {
+      if (width > widest_kernels()) continue;
+      EXPECT_EQ(whole_search(width), usual) << "round " << round << ", " << width << " bits";
+    }
+    engine.long_words = 0;
+    drop_packed_data();
+    EXPECT_EQ(whole_search({}), usual) << "round " << round << " without wide words";
+    engine.long_words = 2;
+  }
+}
+
+}  // namespace
+}  // namespace zeb
