@@ -179,6 +179,7 @@ packing_plan plan_packing(std::span<const std::int32_t> taxa, bool word_weights)
   return plan;
 }
 
+// No progress is shown: packing takes less time than a line of it.
 void prepare_search_data(bool, bool silent) {
   if (!matrix.present) error_end("Must read data before searching");
   if (active_taxa() < 3) error_end("Searches need at least 3 active taxa");
@@ -187,7 +188,6 @@ void prepare_search_data(bool, bool silent) {
     current_search_data = &packed.data;
     return;
   }
-  static_cast<void>(silent);  // packing takes less than a progress line
   recheck_steps();
   drop_packed_data();
   pack_matrix();
@@ -195,6 +195,10 @@ void prepare_search_data(bool, bool silent) {
   packed.made_for = std::move(wanted);
   packed.valid = true;
   current_search_data = &packed.data;
+  if (!silent && arena_free() < arena.size / 20)
+    warning(
+        "Free memory is low (below 5% of search memory).\nYou may run out of memory during the "
+        "search.\n");
 }
 
 }  // namespace zeb
