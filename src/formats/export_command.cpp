@@ -5,6 +5,7 @@
 
 #include "formats/formats.h"
 #include "formats/nexus_writer.h"
+#include "formats/tree_writer.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/input.h"
@@ -92,9 +93,10 @@ void check_choice(const export_choice& choice) {
     error_end("No tree-tags to save!");
   if (!choice.writes_data()) return;
   if (has_continuous()) error_end("Cannot export data sets with continuous characters");
-  const int states = most_states();
-  if (states > 32) error_end("Cannot export data sets with more than 32 states");
-  if (choice.as_dna && states > 4) error_end("Cannot save data as DNA (too many states!)");
+  if (most_states(all_data) > 32) error_end("Cannot export data sets with more than 32 states");
+  // Gaps of DNA stay gaps.
+  if (choice.as_dna && most_states(all_data & ~dna_data) > 4)
+    error_end("Cannot save data as DNA (too many states!)");
 }
 
 struct file_closer {

@@ -105,8 +105,7 @@ bool labelled_tree_reader::keep_tags(std::string_view title) {
   return true;
 }
 
-int find_foreign_taxon(const std::string& label) {
-  taxon_names names;
+int find_foreign_taxon(const std::string& label, taxon_names& names) {
   std::string word = label;
   for (char& c : word) {
     if (c == ' ' || c == '+' || c == '-' || c == '/') c = '_';
@@ -118,7 +117,7 @@ int find_foreign_taxon(const std::string& label) {
 
 std::string quoted_label(std::string_view name) {
   const bool plain = !name.empty() && std::all_of(name.begin(), name.end(), [](unsigned char c) {
-    return std::isalnum(c) || c == '_' || c == '.' || c == '-' || c > 127;
+    return std::isalnum(c) || c == '_' || c == '.' || c > 127;
   });
   if (plain) return std::string(name);
   std::string quoted = "'";

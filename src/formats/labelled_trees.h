@@ -43,11 +43,11 @@ class labelled_tree_reader {
 };
 
 /// The taxon with this name, blanks and the signs that names can't have read as "_", case ignored;
-/// -1 none.
-int find_foreign_taxon(const std::string& label);
+/// -1 none. `names` is kept by the caller from label to label.
+int find_foreign_taxon(const std::string& label, taxon_names& names);
 
 /// A label as other programs read it back: in single quotes, doubled inside, where it holds
-/// anything but letters, digits, "_", "." and "-".
+/// anything but letters, digits, "_" and ".".
 std::string quoted_label(std::string_view name);
 
 }  // namespace zeb

@@ -14,8 +14,9 @@ void read_newick_file(const std::string& file) {
   require_data("reading Newick trees");
   push_file(file, {});
   const int level = input.top;
-  labelled_tree_reader reader([](const std::string& label) {
-    const int taxon = find_foreign_taxon(label);
+  taxon_names names;
+  labelled_tree_reader reader([&names](const std::string& label) {
+    const int taxon = find_foreign_taxon(label, names);
     if (taxon < 0) error_end("Unidentified taxon name:", label);
     return taxon;
   });

@@ -55,24 +55,24 @@ void read_types(nexus_file& file) {
   }
 }
 
+int read_weight(nexus_file& file, const std::string& text) {
+  char* end = nullptr;
+  const double weight = std::strtod(text.c_str(), &end);
+  if (text.empty() || *end || !(weight >= 0) || weight > 1'000'000)
+    file.in.fail("bad weight " + text);
+  const int whole = static_cast<int>(std::lround(weight));
+  if (weight != whole) warning("Weight", text, "is not a whole number: rounded to", whole);
+  return whole;
+}
+
 // "2: 1-5 7, 3: 6;"
 void read_weights(nexus_file& file) {
   while (!file.in.accept(';')) {
     if (file.in.accept(',')) continue;
-    const std::string text = file.in.token().text;
-    char* end = nullptr;
-    const double weight = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end || !(weight >= 0) || weight > 2147483647)
-      file.in.fail("bad weight " + text);
-    if (weight != std::floor(weight)) {
-      warning("Weight", text, "is not a whole number: rounded to",
-              static_cast<int>(std::lround(weight)));
-    }
+    const int weight = read_weight(file, file.in.token().text);
     file.in.expect(':', "behind a weight");
-    const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
-    for_characters(marks, [weight](character_record& record) {
-      record.weight = static_cast<std::int32_t>(std::lround(weight));
-    });
+    for_characters(read_nexus_list(file, nexus_list::characters),
+                   [weight](character_record& record) { record.weight = weight; });
   }
 }
 
@@ -136,36 +136,91 @@ void read_step_matrix(nexus_file& file) {
   file.step_matrices.push_back(result);
 }
 
-// The head of "typeset * name = ...".
-void skip_set_head(nexus_file& file) {
-  while (!file.in.peek_token().is('=')) {
+// The head of "typeset * name (format) = ...".
+struct set_head {
+  std::string name;
+  bool in_force = false;  // "*": other sets are only defined
+  bool vector = false;    // one value a character, instead of lists
+};
+
+set_head read_set_head(nexus_file& file) {
+  set_head head;
+  head.in_force = file.in.accept('*');
+  while (!file.in.accept('=')) {
     const nexus_token word = file.in.token();
     if (word.is(';') || word.what == nexus_token::kind::end) file.in.fail("a set has no \"=\"");
+    if (head.name.empty() && word.what == nexus_token::kind::word) head.name = word.text;
+    head.vector = head.vector || word.is("vector");
   }
-  file.in.expect('=', "in a set");
+  return head;
+}
+
+// "wtset * name (vector) = 1 2 1;"
+void read_weight_vector(nexus_file& file) {
+  for (character_record& record : matrix.characters)
+    record.weight = read_weight(file, file.in.token().text);
+  file.in.expect(';', "behind the weights of all characters");
+}
+
+// Sets that are in force change the settings; others are told, and left alone.
+void read_setting_set(nexus_file& file, const nexus_token& word) {
+  const set_head head = read_set_head(file);
+  if (!head.in_force) {
+    report_line("  ... Skipping", lower_case(word.text), head.name, "(not marked by \"*\") ...");
+    file.in.skip_command();
+  } else if (word.is("exset")) {
+    set_activity(file, false);
+  } else if (head.vector && word.is("typeset")) {
+    file.in.fail("types of characters must be given as lists");
+  } else if (word.is("typeset")) {
+    read_types(file);
+  } else if (head.vector) {
+    read_weight_vector(file);
+  } else {
+    read_weights(file);
+  }
+}
+
+void read_named_set(nexus_file& file, nexus_list kind) {
+  const set_head head = read_set_head(file);
+  file.sets_of(kind)[lower_case(head.name)] = read_nexus_list(file, kind);
+  file.in.expect(';', "behind a set");
+}
+
+// "options deftype=ord ...;"
+void read_options(nexus_file& file) {
+  for (nexus_token word = file.in.token(); !word.is(';'); word = file.in.token()) {
+    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within \"options\"");
+    if (!word.is("deftype") || !file.in.accept('=')) continue;
+    const std::string type = lower_case(file.in.value());
+    if (type == "ord" || type == "unord") {
+      const std::vector<std::uint8_t> all(matrix.characters.size(), 1);
+      set_additive(all, type == "ord");
+    } else {
+      warning("Character type", type, "is not available; characters stay as they are");
+    }
+  }
 }
 
 bool read_command(nexus_file& file, const nexus_token& word) {
   if (word.is("ctype")) {
     read_types(file);
-  } else if (word.is("typeset")) {
-    skip_set_head(file);
-    read_types(file);
   } else if (word.is("weights")) {
     read_weights(file);
-  } else if (word.is("wtset")) {
-    skip_set_head(file);
-    read_weights(file);
-  } else if (word.is("exclude") || word.is("exset")) {
-    if (word.is("exset")) skip_set_head(file);
-    set_activity(file, false);
-  } else if (word.is("include")) {
-    set_activity(file, true);
+  } else if (word.is("typeset") || word.is("wtset") || word.is("exset")) {
+    read_setting_set(file, word);
+  } else if (word.is("charset")) {
+    read_named_set(file, nexus_list::characters);
+  } else if (word.is("taxset")) {
+    read_named_set(file, nexus_list::taxa);
+  } else if (word.is("exclude") || word.is("include")) {
+    set_activity(file, word.is("include"));
   } else if (word.is("delete") || word.is("undelete")) {
-    require_data("deleting/undeleting taxa");
     set_taxa(file, word.is("undelete"));
   } else if (word.is("usertype")) {
     read_step_matrix(file);
+  } else if (word.is("options")) {
+    read_options(file);
   } else {
     return false;
   }
@@ -183,6 +238,7 @@ void read_assumptions_block(nexus_file& file) {
       break;
     }
     if (word.is(';')) continue;
+    if (word.is("delete") || word.is("undelete")) require_data("deleting/undeleting taxa");
     if (word.what == nexus_token::kind::word && matrix.present && read_command(file, word))
       continue;
     file.in.skip_command();

@@ -88,7 +88,7 @@ class nexus_matrix_reader {
  public:
   nexus_matrix_reader(nexus_file& file, const nexus_format& format)
       : file_(file), format_(format), taxa_(matrix.ntax), position_(at(matrix.ntax), 0) {
-    for (const std::string& label : file.taxon_labels) taxa_.add(label);
+    for (const std::string& label : file.taxon_labels) taxa_.add(fitting(label));
   }
   void read();
 
@@ -99,6 +99,9 @@ class nexus_matrix_reader {
   void read_continuous();
   std::uint32_t read_set(int taxon, int character, int close);
   std::uint32_t lookup(int taxon, int character, int symbol);
+  bool repeats_first(int character, int symbol);
+  std::string read_row_name();
+  std::string fitting(const std::string& name);
   const symbol_table& symbols_of(int character);
   void set_types();
   void finish();
@@ -109,10 +112,35 @@ class nexus_matrix_reader {
   std::vector<int> position_;  // by taxon: cells read
   std::map<data_type, symbol_table> tables_;
   int rows_without_label_ = 0;
+  bool told_truncation_ = false;
 };
 
+// The name cut to what is kept of names; tells so the first time.
+std::string nexus_matrix_reader::fitting(const std::string& name) {
+  const std::size_t longest = at(matrix.name_length) - 1;
+  if (name.size() <= longest) return name;
+  if (!told_truncation_) {
+    told_truncation_ = true;
+    warning_f("Taxon names with more than %i characters will be truncated",
+              static_cast<int>(longest));
+  }
+  return name.substr(0, longest);
+}
+
+// A name in quotes, or all up to a blank: many files have punctuation in names.
+std::string nexus_matrix_reader::read_row_name() {
+  if (file_.in.peek() == '\'') return fitting(file_.in.token().text);
+  std::string name;
+  for (int c = file_.in.next(); c > 32 && c != ';'; c = file_.in.next()) {
+    if (name.size() > 100'000) file_.in.fail("a taxon name doesn't end");
+    name += static_cast<char>(c);
+  }
+  file_.in.back();
+  return fitting(name);
+}
+
 const symbol_table& nexus_matrix_reader::symbols_of(int character) {
-  const data_type type = format_.mixed.empty() ? format_.type : format_.type_of(character);
+  const data_type type = format_.type_of(character);
   const auto found = tables_.find(type);
   if (found != tables_.end()) return found->second;
   return tables_.emplace(type, nexus_symbols(format_, type, file_.gaps_are_new_states))
@@ -128,22 +156,26 @@ int nexus_matrix_reader::row_taxon() {
     if (taxon >= taxa_.count()) taxa_.add("Taxon" + std::to_string(taxon + 1));
     return taxon;
   }
-  const nexus_token name = file_.in.token();
-  if (name.what != nexus_token::kind::word)
-    file_.in.fail("expected a taxon name, found " + name.text);
-  const int known = taxa_.find(name.text);
+  const std::string name = read_row_name();
+  const int known = taxa_.find(name);
   if (known >= 0) {
     const bool goes_on = format_.interleaved && position_[at(known)] < matrix.nchar;
-    if (position_[at(known)] > 0 && !goes_on)
-      file_.in.fail("taxon " + name.text + " appears twice");
+    if (position_[at(known)] > 0 && !goes_on) file_.in.fail("taxon " + name + " appears twice");
     return known;
   }
-  if (!file_.taxon_labels.empty()) file_.in.fail("No taxon " + name.text);
+  if (!file_.taxon_labels.empty()) file_.in.fail("No taxon " + name);
   if (taxa_.count() == matrix.ntax) {
-    file_.in.fail(
-        text_of("can't have more than %i taxa, found %s", matrix.ntax, name.text.c_str()));
+    file_.in.fail(text_of("can't have more than %i taxa, found %s", matrix.ntax, name.c_str()));
   }
-  return taxa_.add(name.text);
+  return taxa_.add(name);
+}
+
+// "." stands for the first taxon's states in sequences, as in our own files, even where the format
+// doesn't say so.
+bool nexus_matrix_reader::repeats_first(int character, int symbol) {
+  if (format_.match) return symbol == format_.match;
+  return symbol == '.' && format_.type_of(character) != numeric_data &&
+         symbols_of(character)[at(symbol)] == 0;
 }
 
 std::uint32_t nexus_matrix_reader::lookup(int taxon, int character, int symbol) {
@@ -189,7 +221,7 @@ void nexus_matrix_reader::read_row(int taxon) {
     const int character = position++;
     if (c == '(' || c == '{') {
       set_cell(taxon, character, read_set(taxon, character, c == '(' ? ')' : '}'));
-    } else if (format_.match && c == format_.match) {
+    } else if (repeats_first(character, c)) {
       if (taxon == 0) error_end("Can't use \".\" for the first taxon");
       set_cell(taxon, character, cell(0, character));
     } else {
@@ -229,7 +261,7 @@ void nexus_matrix_reader::set_types() {
     const data_type type = format_.type_of(c);
     set_character_type(c, type);
     matrix.characters[at(c)].gap_is_state =
-        file_.gaps_are_new_states && format_.gap && (type == dna_data || type == protein_data);
+        file_.gaps_are_new_states && (type == dna_data || type == protein_data);
     if (c == 0 || (type != last && !format_.mixed.empty())) first.push_back(c);
     last = type;
   }
@@ -241,6 +273,10 @@ void nexus_matrix_reader::finish() {
   const int longest = *std::max_element(position_.begin(), position_.begin() + taxa_.count());
   for (int t = 0; t < taxa_.count(); ++t) {
     if (position_[at(t)] == longest) continue;
+    if (position_[at(t)] == 0) {
+      warning("Taxon", taxon_name(t), "has no row in the matrix: all its cells are missing");
+      continue;
+    }
     error_end_f("Taxon %i (%s) has %i characters, others have %i", t,
                 std::string(taxon_name(t)).c_str(), position_[at(t)], longest);
   }

@@ -19,6 +19,11 @@ struct nexus_step_matrix {
   std::vector<double> costs;  // row by row; negative: infinite
 };
 
+/// What a list is of.
+enum class nexus_list { taxa, characters };
+/// Flags by taxon or character, by the lower-case name of the set.
+using nexus_sets = std::unordered_map<std::string, std::vector<std::uint8_t>>;
+
 struct nexus_file {
   explicit nexus_file(std::string file_name) : name(std::move(file_name)) {}
   std::string name;
@@ -31,8 +36,11 @@ struct nexus_file {
   bool gaps_are_new_states = false;  // "gapmode=newstate" stands somewhere in the file
 
   std::vector<nexus_step_matrix> step_matrices;
-  int trees_read = 0;
-  int first_tree = 0;
+  nexus_sets taxon_sets;
+  nexus_sets character_sets;
+  nexus_sets& sets_of(nexus_list kind) {
+    return kind == nexus_list::taxa ? taxon_sets : character_sets;
+  }
 };
 
 /// The blocks. Each reads from behind the ";" of "begin NAME;" up to its "end;".
@@ -47,7 +55,7 @@ int find_nexus_taxon(const std::string& text);
 int find_nexus_character(const std::string& text);
 
 /// A list such as "1-5 7 10-. 3-30\3 all name" up to "," or ";" (left unread): flags by element.
-enum class nexus_list { taxa, characters };
+/// Names are of elements or of sets.
 std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind);
 
 /// Reads a whole NEXUS file from the top frame, behind "#NEXUS".

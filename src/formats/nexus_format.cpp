@@ -91,20 +91,17 @@ void read_equates(nexus_file& file, nexus_format& format) {
   }
 }
 
+// One character, quoted or not: "missing=?gap=-" has no blanks between.
 char read_symbol(nexus_file& file) {
-  const int c = file.in.peek();
-  if (c == '\'' || c == '"') {
-    file.in.next_raw();
-    const int symbol = file.in.next_raw();
-    file.in.next_raw();
-    return static_cast<char>(symbol);
+  int symbol = file.in.peek();
+  file.in.next_raw();
+  if (symbol == '\'' || symbol == '"') {
+    const int quote = symbol;
+    symbol = file.in.next_raw();
+    if (file.in.next_raw() != quote) file.in.fail("expected one symbol in quotes");
   }
-  const std::string text = file.in.value();
-  if (text.size() > 1) {
-    // "gap=-missing=?" written without blanks can't be told apart safely.
-    file.in.fail("expected one symbol, found " + text);
-  }
-  return text[0];
+  if (symbol < 33 || symbol == ';') file.in.fail("a symbol is missing behind \"=\"");
+  return static_cast<char>(symbol);
 }
 
 }  // namespace
@@ -161,6 +158,7 @@ symbol_table nexus_symbols(const nexus_format& format, data_type type, bool gaps
   check_type_fits(type);
   symbol_table table = make_symbols(type, matrix.cell_bytes, gaps_are_states);
   const std::uint32_t mask = mask_of_width(matrix.cell_bytes);
+  const std::uint32_t gap = table['-'];
   const auto at = [](char c) { return static_cast<std::size_t>(static_cast<unsigned char>(c)); };
   const auto put = [&](char symbol, std::uint32_t states) {
     table[at(symbol)] = states;
@@ -168,33 +166,25 @@ symbol_table nexus_symbols(const nexus_format& format, data_type type, bool gaps
     table[static_cast<std::size_t>(std::tolower(static_cast<unsigned char>(symbol)))] = states;
     table[static_cast<std::size_t>(std::toupper(static_cast<unsigned char>(symbol)))] = states;
   };
-  if (type == numeric_data) {
-    table[at('-')] = 0;
-    table[at('*')] = 0;
-    if (!format.symbols.empty()) {
-      const int most = matrix.cell_bytes * 8;
-      if (static_cast<int>(format.symbols.size()) > most) {
-        error_end("Data have", format.symbols.size(), "symbols; with current settings, can have",
-                  most, "states at the most (see \"nstates\")");
-      }
-      for (std::size_t c = 0; c < table.size(); ++c) table[c] = 0;
-      for (std::size_t s = 0; s < format.symbols.size(); ++s) put(format.symbols[s], 1U << s);
-    }
+  if (type == numeric_data && !format.symbols.empty()) {
+    const std::uint32_t star = table['*'];
+    table.fill(0);
+    table['?'] = mask;
+    table['-'] = gap;
+    table['*'] = star;
+    // States that don't fit are no symbols of these data: a cell that has one is an error.
+    const auto most = static_cast<std::size_t>(matrix.cell_bytes) * 8;
+    for (std::size_t s = 0; s < format.symbols.size() && s < most; ++s)
+      put(format.symbols[s], 1U << s);
   }
-  if (type == dna_data || type == protein_data) table[at('*')] = 0;
+  put(format.missing, mask);
+  if (format.gap) table[at(format.gap)] = gap;
   for (const auto& [symbol, states] : format.equates) {
+    // So the writer tells others that "*" says next to nothing; here it has a meaning of its own.
+    if (symbol == '*' && states == "?") continue;
     std::uint32_t set = 0;
     for (const char state : states) set |= table[at(state)];
     put(symbol, set);
-  }
-  table[at('?')] = format.missing == '?' ? mask : table[at('?')];
-  put(format.missing, mask);
-  if (format.gap) {
-    const std::uint32_t gap = type == dna_data && gaps_are_states       ? 1U << dna_gap_state
-                              : type == protein_data && gaps_are_states ? 1U << protein_gap_state
-                              : type == dna_data                        ? dna_bases
-                                                                        : mask;
-    table[at(format.gap)] = gap;
   }
   return table;
 }

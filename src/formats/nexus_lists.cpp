@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <functional>
 
 #include "formats/nexus_file.h"
 
@@ -87,6 +88,13 @@ std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
       file.in.fail("unexpected " + word.text + " in a list");
     if (word.is("all") && !word.quoted) {
       std::fill(marks.begin(), marks.end(), std::uint8_t{1});
+      continue;
+    }
+    const nexus_sets& sets = file.sets_of(kind);
+    const auto set = sets.find(lower_case(word.text));
+    if (set != sets.end() && set->second.size() == marks.size()) {
+      std::transform(marks.begin(), marks.end(), set->second.begin(), marks.begin(),
+                     std::bit_or<std::uint8_t>());
       continue;
     }
     range_words range;

@@ -15,10 +15,14 @@ namespace zeb {
 
 namespace {
 
-using translation = std::unordered_map<std::string, int>;
+// Taxa by what "translate" says, by name, and by number from 1.
+struct tree_taxa {
+  std::unordered_map<std::string, int> translated;
+  taxon_names names;
+};
 
-int taxon_of(const std::string& label) {
-  const int by_name = find_foreign_taxon(label);
+int taxon_of(const std::string& label, tree_taxa& taxa) {
+  const int by_name = find_foreign_taxon(label, taxa.names);
   if (by_name >= 0) return by_name;
   int number = 0;
   if (whole_number(label, 0, 2'000'000'000, &number)) {
@@ -30,7 +34,7 @@ int taxon_of(const std::string& label) {
 }
 
 // "1 name, 2 name;"
-void read_translation(nexus_file& file, translation& table) {
+void read_translation(nexus_file& file, tree_taxa& taxa) {
   while (!file.in.accept(';')) {
     if (file.in.accept(',')) continue;
     const nexus_token key = file.in.token();
@@ -38,7 +42,7 @@ void read_translation(nexus_file& file, translation& table) {
     if (key.what != nexus_token::kind::word || name.what != nexus_token::kind::word) {
       file.in.fail("\"translate\" must give pairs of a key and a name");
     }
-    table[key.text] = taxon_of(name.text);
+    taxa.translated[key.text] = taxon_of(name.text, taxa);
   }
 }
 
@@ -48,19 +52,18 @@ void read_tree_head(nexus_file& file) {
   const nexus_token name = file.in.token();
   if (name.what != nexus_token::kind::word)
     error_end("Error reading NEXUS file: expected '=' after tree name");
-  if (!file.in.accept('='))
-    error_end_f("Error reading NEXUS file: expected '=' after %s", name.text.c_str());
-  if (file.in.peek() != '(') file.in.fail("expected a tree in parentheses");
+  if (!file.in.accept('=')) error_end("Error reading NEXUS file: expected '=' after tree name");
+  if (file.in.peek() != '(') file.in.fail("expected a tree in parentheses after tree name");
 }
 
 }  // namespace
 
 void read_trees_block(nexus_file& file) {
   require_data("reading trees");
-  translation table;
-  labelled_tree_reader reader([&table](const std::string& label) {
-    const auto found = table.find(label);
-    return found != table.end() ? found->second : taxon_of(label);
+  tree_taxa taxa;
+  labelled_tree_reader reader([&taxa](const std::string& label) {
+    const auto found = taxa.translated.find(label);
+    return found != taxa.translated.end() ? found->second : taxon_of(label, taxa);
   });
   const int first = store.ntrees;
   for (;;) {
@@ -71,7 +74,7 @@ void read_trees_block(nexus_file& file) {
       break;
     }
     if (word.is("translate")) {
-      read_translation(file, table);
+      read_translation(file, taxa);
     } else if (word.is("tree") || word.is("utree")) {
       read_tree_head(file);
       reader.read_tree();

@@ -38,10 +38,9 @@ std::string cell_symbols(int taxon, int character, const cell_style& style) {
   const std::uint32_t states = cell(taxon, character);
   const data_type type = written_type(character, style);
   if (is_missing(taxon, character)) return "?";
-  if (states == star_mask(type, matrix.cell_bytes) && type == numeric_data) return "?";
   if (std::popcount(states) > 1) {
-    const char one = type == numeric_data ? 0 : symbol_of_set(type, matrix.cell_bytes, states);
-    if (one && one != '*') return std::string(1, one);
+    const char one = symbol_of_set(type, matrix.cell_bytes, states);
+    if (one) return std::string(1, one);
     std::string set = "{";
     for (int s = 0; s < matrix.cell_bytes * 8; ++s) {
       if (states >> s & 1U)
@@ -72,25 +71,36 @@ std::string mixed_types(const cell_style& style) {
   return text + ")";
 }
 
+bool has_stars(const cell_style& style) {
+  for (int t = 0; t < matrix.ntax; ++t) {
+    for (int c = 0; c < matrix.nchar; ++c) {
+      if (cell_symbols(t, c, style) == "*") return true;
+    }
+  }
+  return false;
+}
+
 void write_format(std::FILE* out, const cell_style& style) {
   const int types = types_in_use(style);
+  // "*", any state but the last, is as good as missing for other programs.
+  const char* const star = has_stars(style) ? " equate=\"*=?\"" : "";
   if (types == dna_data) {
-    std::fputs("format missing=? datatype=dna gap=- ;\nmatrix\n", out);
+    std::fprintf(out, "format missing=? datatype=dna gap=-%s ;\nmatrix\n", star);
     return;
   }
   std::string datatype;
   if (types == protein_data) datatype = " datatype=protein gap=-";
   if (!std::has_single_bit(static_cast<unsigned>(types)))
     datatype = " datatype=" + mixed_types(style) + " gap=-";
-  const int states = most_states();
+  const int states = most_states(style.as_standard ? all_data : numeric_data);
   if (types == protein_data) {
-    std::fprintf(out, "format missing=?%s;\nmatrix\n", datatype.c_str());
+    std::fprintf(out, "format missing=?%s%s;\nmatrix\n", datatype.c_str(), star);
   } else if (states <= 10) {
-    std::fprintf(out, "format missing=?%s symbols=\"0~%i\";\nmatrix\n", datatype.c_str(),
+    std::fprintf(out, "format missing=?%s%s symbols=\"0~%i\";\nmatrix\n", datatype.c_str(), star,
                  std::max(1, states - 1));
   } else {
-    std::fprintf(out, "format missing=?%s symbols=\"0~9ABCDEFGHIJKLMNOPQRSTUV\";\nmatrix\n",
-                 datatype.c_str());
+    std::fprintf(out, "format missing=?%s%s symbols=\"0~9ABCDEFGHIJKLMNOPQRSTUV\";\nmatrix\n",
+                 datatype.c_str(), star);
   }
 }
 
@@ -141,41 +151,13 @@ void write_names(std::FILE* out) {
   std::fputs(";\n", out);
 }
 
-std::string labelled(const_tree_span tree, const std::function<std::string(int)>& tag = {}) {
-  return parenthetical_text(
-      tree, matrix.ntax, [](int taxon) { return quoted_label(taxon_name(taxon)); }, tag);
-}
-
-// Our own writer parts items by blanks; other programs want commas.
-std::string with_commas(const std::string& text) {
-  std::string result;
-  bool quoted = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (c == '\'') quoted = !quoted;
-    if (quoted || c != ' ') {
-      if (c == '(' && !quoted && !result.empty() && (result.back() != '(' && result.back() != ','))
-        result += ',';
-      result += c;
-      continue;
-    }
-    std::size_t next = i;
-    while (next < text.size() && text[next] == ' ') ++next;
-    if (next < text.size() && text[next] != ')' && text[next] != ';' && !result.empty() &&
-        result.back() != '(' && result.back() != ',') {
-      result += ',';
-    }
-    i = next - 1;
-  }
-  return result;
-}
-
 }  // namespace
 
-int most_states() {
+int most_states(int types) {
   int most = 0;
   for (int c = 0; c < matrix.nchar; ++c) {
-    if (matrix.characters[at(c)].is_continuous) continue;
+    const character_record& record = matrix.characters[at(c)];
+    if (record.is_continuous || !(record.type & types)) continue;
     for (int t = 0; t < matrix.ntax; ++t) {
       const std::uint32_t states = cell(t, c);
       if (!says_nothing(c, states) && states) most = std::max(most, 32 - std::countl_zero(states));
@@ -229,32 +211,6 @@ void write_nexus_assumptions(std::FILE* out) {
   }
   if (any(gaps)) std::fputs("\npset gapmode=newstate;\n", out);
   std::fputs("\nend ; \n", out);
-}
-
-void write_nexus_trees(std::FILE* out) {
-  std::fputs("\nbegin trees ; \n", out);
-  for (int i = 0; i < store.ntrees; ++i) {
-    std::fprintf(out, "tree zeb_%i = [&R] %s;\n", i, with_commas(labelled(stored_tree(i))).c_str());
-  }
-  std::fputs("end ;\n", out);
-}
-
-void write_nexus_tag_tree(std::FILE* out, tag_use use) {
-  std::fputs("\nbegin trees ; \n", out);
-  const auto tag = [use](int node) -> std::string {
-    const std::string& text = tags.tag_texts[at(node)];
-    if (text.empty()) return {};
-    return use == tag_use::lengths ? ":" + text
-           : node < matrix.ntax    ? std::string()
-                                   : quoted_label(text);
-  };
-  std::fprintf(out, "tree tagged_tree = [&%c] \n%s;\nend ;\n", 'R',
-               with_commas(labelled(tags.tag_tree, tag)).c_str());
-}
-
-void write_newick_trees(std::FILE* out) {
-  for (int i = 0; i < store.ntrees; ++i)
-    std::fprintf(out, "%s;\n", with_commas(labelled(stored_tree(i))).c_str());
 }
 
 void write_fasta(std::FILE* out, bool skip_gaps) {

@@ -1,0 +1,17 @@
+// The trees in memory in Newick notation, alone or as NEXUS trees blocks.
+#pragma once
+
+#include <cstdio>
+
+namespace zeb {
+
+/// One tree a line.
+void write_newick_trees(std::FILE* out);
+/// All trees in memory, as a trees block.
+void write_nexus_trees(std::FILE* out);
+/// What the tags of the tag tree are in a tree statement.
+enum class tag_use { labels, lengths };
+/// The tag tree as a trees block, with its tags. Warns of tags that can't be written so.
+void write_nexus_tag_tree(std::FILE* out, tag_use use);
+
+}  // namespace zeb
