@@ -8,6 +8,7 @@
 #include "macro/commands.h"
 #include "matrix/list_kinds.h"
 #include "matrix/matrix.h"
+#include "search/registration.h"
 #include "shell/data_memory.h"
 #include "shell/interpreter.h"
 #include "trees/registration.h"
@@ -32,6 +33,7 @@ void register_everything() {
   register_matrix_lists();
   register_trees();
   register_engine();
+  register_search();
   set_data_describer(describe_data);
   set_data_dropper(wipe_matrix);
   register_group_measures();

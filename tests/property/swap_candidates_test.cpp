@@ -4,6 +4,7 @@
 
 #include <set>
 
+#include "engine/collapsing.h"
 #include "property/random_matrix.h"
 #include "search/search_session.h"
 #include "search/search_settings.h"
@@ -93,11 +94,19 @@ std::vector<std::int32_t> tree_of_move(const met_move& move) {
   return anc;
 }
 
+std::set<std::uint64_t> groups_of(std::span<const std::int32_t> anc, int n) {
+  std::vector<std::uint64_t> below(anc.size(), 0);
+  for (int t = 1; t < n; ++t)
+    for (int v = anc[at(t)]; v != n; v = anc[at(v)]) below[at(v)] |= std::uint64_t{1} << t;
+  return {below.begin() + n + 1, below.end()};
+}
+
 struct met_moves {
   const zeb_test::oracle_matrix* oracle;
   std::set<std::vector<std::int32_t>> trees;
   int wrong = 0;
   int met = 0;
+  std::set<std::uint64_t> kept = {};  // groups of the tree that all trees as good have
 };
 
 long oracle_length(const zeb_test::oracle_matrix& oracle, std::span<const std::int32_t> anc) {
@@ -115,6 +124,9 @@ void check_move(void* receiver, const met_move& move) {
   std::vector<std::int32_t> scratch(anc.size() * 2);
   canonical_form(anc, move.data->n, {}, scratch);
   moves.trees.insert(anc);
+  if (move.score > move.tree_score) return;
+  const std::set<std::uint64_t> groups = groups_of(anc, move.data->n);
+  std::erase_if(moves.kept, [&](std::uint64_t group) { return !groups.contains(group); });
 }
 
 std::vector<std::int32_t> internal_form(const naive::rooted_tree& tree) {
@@ -123,14 +135,33 @@ std::vector<std::int32_t> internal_form(const naive::rooted_tree& tree) {
   return anc;
 }
 
+/// Groups that the collapsing rule leaves of a tree, which is put into the buffer for that.
+std::set<std::uint64_t> groups_after_collapsing(std::span<const std::int32_t> anc, int rule) {
+  const search_data& data = *current_search_data;
+  std::vector<std::int32_t> record(at(matrix.nnodes), 0);
+  to_buffer(data, anc, record);
+  std::vector<std::uint8_t> marks(at(matrix.nnodes), 2);
+  collapsing.rule = rule;
+  search_settings.suboptimal = 0;
+  collapse_tree(record, marks);
+  search_settings.suboptimal = 1e6;
+  collapsing.rule = 0;
+  std::vector<std::uint64_t> below(record.size(), 0);
+  for (int t = 0; t < matrix.ntax; ++t) {
+    const int terminal = data.taxon_to_pack[at(t)];
+    for (int v = record[at(t)]; v != matrix.ntax; v = record[at(v)])
+      if (terminal != 0) below[at(v)] |= std::uint64_t{1} << terminal;
+  }
+  std::set<std::uint64_t> groups;
+  for (int v = matrix.ntax + 1; v < record[at(matrix.ntax)]; ++v)
+    if (marks[at(v)]) groups.insert(below[at(v)]);
+  return groups;
+}
+
 class swap_candidates : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    zeb_test::start_program();
-  }
-  static void TearDownTestSuite() {
-    wipe_matrix();
-  }
+  static void SetUpTestSuite() { zeb_test::start_program(); }
+  static void TearDownTestSuite() { wipe_matrix(); }
 };
 
 TEST_F(swap_candidates, scores_are_those_of_the_trees) {
@@ -146,11 +177,14 @@ TEST_F(swap_candidates, scores_are_those_of_the_trees) {
     search_settings.suboptimal = 1e6;
     for (const swapper swap : {tbr_swap, spr_swap}) {
       met_moves moves{&oracle, {}};
+      moves.kept = groups_of(tree, data.n);
       const move_enumeration enumeration(check_move, &moves, {});
       const double score = swap(tree, 0, 0);
       EXPECT_EQ(moves.wrong, 0) << "round " << round << " of " << moves.met;
       EXPECT_EQ(static_cast<long>(score), oracle_length(oracle, before)) << "round " << round;
       EXPECT_EQ(tree, before);
+      EXPECT_EQ(groups_after_collapsing(tree, swap == tbr_swap ? 6 : 5), moves.kept)
+          << "round " << round;
     }
   }
 }
