@@ -30,6 +30,7 @@ struct export_choice {
   bool fasta = false;          // "!"
   bool skip_gaps = false;      // "!!"
   bool newick = false;         // "="
+  bool plain = false;          // "&"
   bool writes_data() const { return !trees_only && !tag_lengths && !tag_labels && !newick; }
 };
 
@@ -65,6 +66,9 @@ export_choice read_choice() {
         break;
       case '=':
         choice.newick = true;
+        break;
+      case '&':
+        choice.plain = true;
         break;
       default:
         return choice;
@@ -116,15 +120,15 @@ file_handle open_output(const std::string& name) {
 
 void write_nexus(std::FILE* out, const export_choice& choice) {
   if (choice.writes_data()) {
-    write_nexus_data(out, {choice.as_dna, choice.as_standard});
-    write_nexus_assumptions(out);
+    write_nexus_data(out, {choice.as_dna, choice.as_standard, choice.plain});
+    write_nexus_assumptions(out, choice.plain);
   } else {
     std::fputs("#NEXUS\n", out);
   }
-  if ((choice.trees || choice.trees_only) && store.ntrees > 0) write_nexus_trees(out);
-  if (choice.tag_lengths) write_nexus_tag_tree(out, tag_use::lengths);
+  if ((choice.trees || choice.trees_only) && store.ntrees > 0) write_nexus_trees(out, choice.plain);
+  if (choice.tag_lengths) write_nexus_tag_tree(out, tag_use::lengths, choice.plain);
   if (choice.tag_labels || (choice.trees_only && tags.tags_present))
-    write_nexus_tag_tree(out, tag_use::labels);
+    write_nexus_tag_tree(out, tag_use::labels, choice.plain);
 }
 
 // What follows "+" behind the name, up to ";", goes to the end of the file as it stands.

@@ -80,7 +80,27 @@ bool has_stars(const cell_style& style) {
   return false;
 }
 
+// "012" rather than "0~2".
+std::string spelt_out_symbols(const cell_style& style) {
+  const int states = most_states(style.as_standard ? all_data : numeric_data);
+  std::string symbols;
+  for (int s = 0; s < std::max(2, states); ++s) symbols += standard_symbol(s);
+  return symbols;
+}
+
+void write_plain_format(std::FILE* out, const cell_style& style) {
+  const int types = types_in_use(style);
+  const std::string type = types == dna_data       ? "dna"
+                           : types == protein_data ? "protein"
+                           : types == numeric_data ? "standard"
+                                                   : mixed_types(style);
+  std::fprintf(out, "format datatype=%s missing=? gap=-", type.c_str());
+  if (types & numeric_data) std::fprintf(out, " symbols=\"%s\"", spelt_out_symbols(style).c_str());
+  std::fputs(has_stars(style) ? " equate=\"*=?\";\nmatrix\n" : ";\nmatrix\n", out);
+}
+
 void write_format(std::FILE* out, const cell_style& style) {
+  if (style.plain) return write_plain_format(out, style);
   const int types = types_in_use(style);
   // "*", any state but the last, is as good as missing for other programs.
   const char* const star = has_stars(style) ? " equate=\"*=?\"" : "";
@@ -182,7 +202,7 @@ void write_nexus_data(std::FILE* out, const cell_style& style) {
   std::fputs("end;\n", out);
 }
 
-void write_nexus_assumptions(std::FILE* out) {
+void write_nexus_assumptions(std::FILE* out, bool plain) {
   const std::vector<bool> ordered = characters_where([](const auto& r) { return r.additive != 0; });
   const std::vector<bool> inactive = characters_where([](const auto& r) { return r.active == 0; });
   const std::vector<bool> gaps =
@@ -194,12 +214,14 @@ void write_nexus_assumptions(std::FILE* out) {
     if (record.weight != 1) weights.insert(record.weight);
   }
   if (!any(ordered) && !any(inactive) && !any(gaps) && !any(deleted) && weights.empty()) return;
-  std::fputs("\nbegin assumptions ; ", out);
-  if (any(ordered)) std::fprintf(out, "\nctype ord: %s ;", number_list(ordered).c_str());
-  if (any(inactive)) std::fprintf(out, "\nexclude %s ;", number_list(inactive).c_str());
+  std::fputs(plain ? "\nbegin assumptions;" : "\nbegin assumptions ; ", out);
+  const char* const types = plain ? "typeset * zeb =" : "ctype";
+  const char* const excluded = plain ? "exset * zeb =" : "exclude";
+  if (any(ordered)) std::fprintf(out, "\n%s ord: %s ;", types, number_list(ordered).c_str());
+  if (any(inactive)) std::fprintf(out, "\n%s %s ;", excluded, number_list(inactive).c_str());
   if (any(deleted)) std::fprintf(out, "\ndelete %s ;", number_list(deleted).c_str());
   if (!weights.empty()) {
-    std::fputs("\nweights ", out);
+    std::fputs(plain ? "\nwtset * zeb = " : "\nweights ", out);
     bool first = true;
     for (const int weight : weights) {
       const std::vector<bool> with =
@@ -210,7 +232,7 @@ void write_nexus_assumptions(std::FILE* out) {
     std::fputs(" ;", out);
   }
   if (any(gaps)) std::fputs("\npset gapmode=newstate;\n", out);
-  std::fputs("\nend ; \n", out);
+  std::fputs(plain ? "\nend;\n" : "\nend ; \n", out);
 }
 
 void write_fasta(std::FILE* out, bool skip_gaps) {

@@ -12,12 +12,13 @@ namespace zeb {
 struct cell_style {
   bool as_dna = false;       // all characters, by the first four states
   bool as_standard = false;  // all characters as numbered states
+  bool plain = false;        // NEXUS without abbreviations, for programs that read little of it
 };
 
 /// "#NEXUS" and the data block.
 void write_nexus_data(std::FILE* out, const cell_style& style);
 /// Types, weights, inactive characters and taxa, gap mode. Nothing where all is default.
-void write_nexus_assumptions(std::FILE* out);
+void write_nexus_assumptions(std::FILE* out, bool plain);
 /// `skip_gaps` leaves out "-".
 void write_fasta(std::FILE* out, bool skip_gaps);
 

@@ -90,6 +90,9 @@ class tag_texts {
   std::string first_lost_;
 };
 
+const char* begin_trees(bool plain) { return plain ? "\nbegin trees;\n" : "\nbegin trees ; \n"; }
+const char* end_trees(bool plain) { return plain ? "end;\n" : "end ;\n"; }
+
 }  // namespace
 
 void write_newick_trees(std::FILE* out) {
@@ -97,18 +100,19 @@ void write_newick_trees(std::FILE* out) {
     std::fprintf(out, "%s;\n", newick_text(stored_tree(i)).c_str());
 }
 
-void write_nexus_trees(std::FILE* out) {
-  std::fputs("\nbegin trees ; \n", out);
+void write_nexus_trees(std::FILE* out, bool plain) {
+  std::fputs(begin_trees(plain), out);
   for (int i = 0; i < store.ntrees; ++i)
     std::fprintf(out, "tree zeb_%i = [&R] %s;\n", i, newick_text(stored_tree(i)).c_str());
-  std::fputs("end ;\n", out);
+  std::fputs(end_trees(plain), out);
 }
 
-void write_nexus_tag_tree(std::FILE* out, tag_use use) {
+void write_nexus_tag_tree(std::FILE* out, tag_use use, bool plain) {
   tag_texts texts(use);
   const std::string tree =
       newick_text(tags.tag_tree, [&texts](int node) { return texts.behind(node); });
-  std::fprintf(out, "\nbegin trees ; \ntree tagged_tree = [&%c] \n%s;\nend ;\n", 'R', tree.c_str());
+  std::fprintf(out, "%stree tagged_tree = [&R] %s%s;\n%s", begin_trees(plain), plain ? "" : "\n",
+               tree.c_str(), end_trees(plain));
   texts.warn_of_lost();
 }
 

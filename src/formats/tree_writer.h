@@ -7,11 +7,11 @@ namespace zeb {
 
 /// One tree a line.
 void write_newick_trees(std::FILE* out);
-/// All trees in memory, as a trees block.
-void write_nexus_trees(std::FILE* out);
+/// All trees in memory, as a trees block; `plain` for programs that take no blanks before ";".
+void write_nexus_trees(std::FILE* out, bool plain);
 /// What the tags of the tag tree are in a tree statement.
 enum class tag_use { labels, lengths };
 /// The tag tree as a trees block, with its tags. Warns of tags that can't be written so.
-void write_nexus_tag_tree(std::FILE* out, tag_use use);
+void write_nexus_tag_tree(std::FILE* out, tag_use use, bool plain);
 
 }  // namespace zeb

@@ -1,0 +1,6 @@
+# What is written reads back the same, here and elsewhere.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+add_test(NAME formats.round_trip
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/round_trip.py $<TARGET_FILE:zeb>)
+add_test(NAME formats.other_readers
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/other_readers.py $<TARGET_FILE:zeb> ${CMAKE_SOURCE_DIR}/examples)
