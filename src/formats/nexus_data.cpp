@@ -1,6 +1,7 @@
 // The TAXA, DATA and CHARACTERS blocks of NEXUS.
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include "formats/foreign_matrix.h"
 #include "formats/nexus_file.h"
@@ -8,6 +9,7 @@
 #include "matrix/continuous_reader.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/input.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
 #include "shell/process.h"
@@ -238,11 +240,37 @@ void nexus_matrix_reader::read_discrete() {
   file_.in.expect(';', "behind the matrix");
 }
 
-// Values are words; ranges and sets as "1.2-1.5" or "(1.2 1.5)" would need more than NEXUS defines.
+// A comment ends at the character that is returned in its place: values need blanks around
+// comments.
+int char_without_comments() {
+  int c = plain_read_char();
+  for (int open = 0; c == '[' || open > 0; c = plain_read_char()) {
+    if (c == '[') ++open;
+    if (c == ']' && --open == 0) continue;
+    if (input_ended()) error_end("Error reading NEXUS file: a comment isn't closed");
+  }
+  return c;
+}
+
+// While one lives, the readers of the matrix skip comments.
+struct comments_skipped {
+  int (*read)() = std::exchange(read_char, char_without_comments);
+  void (*unread)() = std::exchange(unread_char, plain_unread_char);
+  comments_skipped() = default;
+  comments_skipped(const comments_skipped&) = delete;
+  comments_skipped& operator=(const comments_skipped&) = delete;
+  ~comments_skipped() {
+    read_char = read;
+    unread_char = unread;
+  }
+};
+
+// Values as in our own files: numbers, or ranges as "1.2-1.5".
 void nexus_matrix_reader::read_continuous() {
   std::byte* const high = arena.high;
   continuous_reader values;
   for (int taxon = row_taxon(); taxon >= 0; taxon = row_taxon()) {
+    const comments_skipped skipping;
     row_place place;
     place.taxon = taxon;
     place.first = 0;

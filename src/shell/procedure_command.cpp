@@ -27,10 +27,12 @@ constexpr int most_input_files = 100'000;
 bool starts_as_nexus(const std::string& name) {
   std::FILE* file = std::fopen(name.c_str(), "rb");
   if (!file) return false;
-  char text[8] = {};
-  const std::size_t n = std::fread(text, 1, 7, file);
+  char bytes[10] = {};
+  const std::string_view read(bytes, std::fread(bytes, 1, sizeof bytes, file));
   std::fclose(file);
-  return n == 7 && strncasecmp(text, "#NEXUS", 6) == 0 && static_cast<unsigned char>(text[6]) < 33;
+  const std::string_view text = read.starts_with("\xef\xbb\xbf") ? read.substr(3) : read;
+  return text.size() > 6 && strncasecmp(text.data(), "#NEXUS", 6) == 0 &&
+         static_cast<unsigned char>(text[6]) < 33;
 }
 
 void read_from_file(const std::string& name) {
