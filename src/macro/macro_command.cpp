@@ -98,15 +98,18 @@ void macro_command() {
     case '=':
     case '-':
       next_nonblank();
+      check_end();
       switch_macros(c == '=');
       return;
     case '/':
       next_nonblank();
+      check_end();
       switch_macros(!settings.macros);
       return;
     case '!':
     case '+':
       next_nonblank();
+      check_end();
       macros.names_as_numbers = c == '+';
       report_line(macros.names_as_numbers ? "Reading taxon/character names as numbers in macros"
                                           : "Not reading taxon/character names in macros");

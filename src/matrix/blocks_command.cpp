@@ -162,6 +162,7 @@ void blocks_command() {
       return show_blocks();
     case '*':
       read_char();
+      check_end();
       return write_blocks();
     case '=':
       read_char();

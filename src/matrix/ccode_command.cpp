@@ -164,11 +164,13 @@ void ccode_command() {
 void ckeep_command() {
   no_timing();
   require_data("storing ccode");
+  check_end();
   keep_settings();
 }
 
 void xinact_command() {
   require_data("deactivating uninformative characters");
+  check_end();
   recheck_steps();
   int count = 0;
   for (int c = 0; c < matrix.nchar; ++c) {

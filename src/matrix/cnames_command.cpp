@@ -185,6 +185,7 @@ void cnames_command() {
     case '*':
     case '!': {
       const int c = next_nonblank();
+      check_end();
       return write_names(c == '!');
     }
     default:

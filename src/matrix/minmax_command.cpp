@@ -66,6 +66,7 @@ std::vector<character_steps> collect(const minmax_request& request) {
   std::vector<std::uint8_t> chosen(static_cast<std::size_t>(matrix.nchar), 1);
   std::vector<std::uint8_t> listed(chosen.size(), 0);
   if (read_list(list_plain, 0, matrix.nchar, "character", listed)) chosen = listed;
+  check_end();
   const auto ntax = static_cast<std::size_t>(matrix.ntax);
   const std::vector<std::uint8_t> all(ntax, 1);
   const std::span<const std::uint8_t> taxa =

@@ -88,6 +88,7 @@ void taxname_command() {
 void taxlabels_command() {
   no_timing();
   require_data("showing taxon names");
+  check_end();
   for (int t = 0; t < matrix.ntax; ++t) {
     const char* note = matrix.taxon_active[at(t)] ? "" : "  (inactive)";
     emit(text_of("%5i  ", t), taxon_name(t), t == matrix.outgroup ? "  (outgroup)" : note, "\n");

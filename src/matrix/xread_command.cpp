@@ -105,7 +105,9 @@ mark_list read_marks(std::string_view kind, int count) {
   }
   if (read_name() == 0) error_end_f("Must specify %s", kind.data());
   const std::string name(token());
-  for (const int c : elements_named(find_list_kind(kind), 0, count, name)) marks[at(c)] = 1;
+  const std::vector<int> found = elements_named(find_list_kind(kind), 0, count, name);
+  if (found.empty()) error_end("No", kind, "named", name);
+  for (const int element : found) marks[at(element)] = 1;
   return marks;
 }
 
@@ -138,6 +140,7 @@ void edit_cells() {
     if (of_character < 0 || of_character > 1 || of_taxon < 0 || of_taxon > 1) {
       error_end("Probabilities of missing entries must be 0-1");
     }
+    check_end();
     const int blanked = blank_cells_at_random(of_character, of_taxon);
     if (settings.report) {
       report_line(blanked, blanked == 1 ? "cell is" : "cells are", "now missing");
@@ -176,6 +179,7 @@ void make_random() {
   const int ntax = read_int();
   if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
   const int states = read_state_count();
+  check_end();
   warn_of_replacement(text_of("Random Data (%i states)", states).c_str());
   make_random_matrix(nchar, ntax, states);
 }
@@ -189,6 +193,7 @@ void make_from_tree() {
   if (stasis < 0 || stasis > 100) error_end("Probability of stasis must be 0-100");
   const int nchar = read_character_count();
   const int states = read_state_count();
+  check_end();
   warn_of_replacement(text_of("Data, p(stasis)=%.2f", stasis).c_str());
   make_matrix_from_tree(ancestors, stasis, nchar, states);
 }

@@ -47,6 +47,7 @@ void best_command() {
   double allowed = search_settings.suboptimal;
   if (read_optional_float(&allowed) && allowed < 0)
     error_end("The difference to the best score can't be negative");
+  check_end();
   const bool fractions = scores_have_fractions();
   constexpr double rounding = 1e-06;
   if (fractions) allowed += rounding;

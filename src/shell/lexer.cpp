@@ -113,10 +113,15 @@ bool at_end_of_word(bool consume) {
   return c < 33 || c == ';';
 }
 
-void expect_end() {
-  if (accept_char(';')) return;
+void check_end() {
+  if (skip_blanks_peek() == ';') return;
   read_item();
   error_end("Wrong argument for", command.command_name + ":", token());
+}
+
+void expect_end() {
+  check_end();
+  read_char();
 }
 
 bool is_prefix(std::string_view word, std::string_view name) {

@@ -36,6 +36,9 @@ int read_item();
 /// Optionally consumes one character, then tells whether the next is blank or ";".
 bool at_end_of_word(bool consume);
 
+/// The same as `expect_end`, with the ";" left unread: for work that may fail yet, so that the
+/// place shown is the end of the arguments.
+void check_end();
 /// The arguments end here: consumes the ";". Anything else is the error "Wrong argument for" the
 /// command.
 void expect_end();

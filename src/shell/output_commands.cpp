@@ -65,25 +65,29 @@ void log_command() {
     return;
   }
   std::string name(token());
-  if (name == "/") return close_log();
   const bool append = name[0] == '+';
   if (append) {
     name.erase(0, 1);
     if (name.empty() && read_item() > 0) name = token();
   }
+  check_end();
+  if (name == "/" && !append) return close_log();
   if (!open_log(name, append)) error_end("Cannot open file", name);
   if (settings.report) report_line("Log file:", output.log_name);
 }
 
 void txtsize_command() {
   no_timing();
-  if (accept_char('-')) {
-    set_buffer_compression(false);
-  } else if (accept_char('+')) {
-    set_buffer_compression(true);
+  const int sign = skip_blanks_peek();
+  if (sign == '-' || sign == '+') {
+    read_char();
+    check_end();
+    set_buffer_compression(sign == '+');
   } else {
     int kilobytes = 0;
-    if (read_optional_int(&kilobytes)) resize_buffer(kilobytes);
+    const bool resized = read_optional_int(&kilobytes);
+    check_end();
+    if (resized) resize_buffer(kilobytes);
   }
   show_buffer_size();
 }
@@ -95,9 +99,12 @@ void svtxt_command() {
   int last = lines;
   if (read_optional_int(&first)) {
     if (!read_optional_int(&last)) last = lines;
+    check_end();
     first = std::max(first, 1);
     if (first > lines || last > lines) error_end("Only", lines, "lines in display buffer");
     if (last < first) error_end("Line", last, "comes before line", first);
+  } else {
+    check_end();
   }
   for (int number = first; number <= last; ++number) {
     write_log(display_buffer.line(static_cast<std::size_t>(number - 1)) + "\n");
@@ -107,26 +114,32 @@ void svtxt_command() {
 
 void clbuffer_command() {
   no_timing();
-  if (!accept_char('*')) return display_buffer.clear();
+  const bool history = accept_char('*');
+  check_end();
+  if (!history) return display_buffer.clear();
   report_line("command buffer will be cleared");
   entered_lines().clear();
 }
 
 void cls_command() {
   no_timing();
+  check_end();
   clear_screen();
 }
 
 void view_command() {
   no_timing();
-  if (accept_char('+') || accept_char('-')) {
-    unread_char();
-    console.auto_view = read_char() == '+';
+  const int sign = skip_blanks_peek();
+  if (sign == '+' || sign == '-') {
+    read_char();
+    check_end();
+    console.auto_view = sign == '+';
     show_toggle(console.auto_view, "Auto-view");
     return;
   }
   if (read_item() > 0) {
     const std::string name(token());
+    check_end();
     if (!show_file_in_viewer(name)) error_end("Can't open", name);
   } else {
     show_buffer_in_viewer();

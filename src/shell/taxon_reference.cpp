@@ -80,7 +80,9 @@ int taxon_of_word(const std::string& word, std::span<std::uint8_t> marks) {
     mark_all(found, marks);
     return -1;
   }
-  if (word.empty()) error_end("Unidentified taxon name:", peek_char() < 33 ? ' ' : read_char());
+  if (word.empty()) {
+    error_end("Unidentified taxon name:", static_cast<char>(std::max(peek_char(), 32)));
+  }
   if (std::all_of(word.begin(), word.end(), [](unsigned char c) { return std::isdigit(c); })) {
     const int number = word.size() > 9 ? -1 : std::stoi(word);
     if (number < 0 || number >= count) error_end("Error: no taxon", word);

@@ -1,4 +1,7 @@
 // `watch`: the time and memory of commands, and a stopwatch.
+#include <string>
+#include <string_view>
+
 #include "shell/arena.h"
 #include "shell/commands.h"
 #include "shell/errors.h"
@@ -25,32 +28,24 @@ void switch_on(bool on) {
   show_toggle(on, "Watch");
 }
 
-bool obey(int sign) {
+constexpr std::string_view known_signs = "=-[]!/*";
+
+void obey(char sign) {
   switch (sign) {
     case '=':
-      switch_on(true);
-      return true;
     case '-':
-      switch_on(false);
-      return true;
+      return switch_on(sign == '=');
     case '[':
-      measure_ram(true);
-      return true;
     case ']':
-      measure_ram(false);
-      return true;
+      return measure_ram(sign == '[');
     case '!':
       arena.peak_ram_ever = 0;
-      chatter("Resetting max. RAM counter to 0");
-      return true;
+      return chatter("Resetting max. RAM counter to 0");
     case '/':
-      report_line("Ellapsed time:", text_of("%.2f secs.", wall_clock() - process.stopwatch_start));
-      return true;
-    case '*':
-      process.stopwatch_start = wall_clock();
-      return true;
+      return report_line("Ellapsed time:",
+                         text_of("%.2f secs.", wall_clock() - process.stopwatch_start));
     default:
-      return false;
+      process.stopwatch_start = wall_clock();
   }
 }
 
@@ -59,10 +54,15 @@ bool obey(int sign) {
 void watch_command() {
   no_timing();
   if (accept_char(';')) return show_toggle(settings.watch != 0, "Watch");
+  std::string signs;  // all are read before the first takes effect
   while (!accept_char(';')) {
-    const int sign = next_nonblank();
-    if (!obey(sign)) error_end("Wrong argument for watch:", static_cast<char>(sign));
+    const char sign = static_cast<char>(next_nonblank());
+    if (known_signs.find(sign) == std::string_view::npos) {
+      error_end("Wrong argument for watch:", sign);
+    }
+    signs += sign;
   }
+  for (const char sign : signs) obey(sign);
 }
 
 }  // namespace zeb

@@ -51,6 +51,7 @@ void randtrees_command() {
   require_data("making trees");
   const int wanted = read_int();
   if (wanted < 0) error_end("Must give", "number", "of trees");
+  check_end();
   const std::vector<int> taxa = taxa_to_use();
   const int first = store.ntrees;
   const int count = std::min(wanted, store.maxtrees - first);

@@ -36,6 +36,7 @@ void hold_with_vault(std::int64_t capacity) {
   if (skip_blanks_peek() == ';') error_end("Give size of vault");
   const int size = read_int();
   if (size < 0) error_end("Give size of vault");
+  check_end();
   if (capacity < 1) error_end("Vault for trees must have two numbers > 0 ");
   const bool clearing = size == 0 && store.vault_size > 0 && store.vault_trees == 0;
   if (store.vault_size > 0 && !clearing) {
@@ -69,6 +70,7 @@ void hold_command() {
     hold_with_vault(capacity);
     return;
   }
+  check_end();
   if (capacity < 1) error_end("Number of trees to hold must be > 0");
   drop_packed_data();
   set_maxtrees(static_cast<int>(capacity), settings.report);
@@ -77,6 +79,7 @@ void hold_command() {
 void keep_command() {
   const int n = read_int();
   if (n < 0) error_end("Must give", "number", "of trees");
+  check_end();
   if (n < store.ntrees) store.ntrees = n;
   report_count("trees in memory");
 }

@@ -156,6 +156,7 @@ void tsave_command() {
     save_in_one_shot(parenthetical);
   } else {
     const std::string name = read_file_name();
+    check_end();
     const tree_file_state former = tree_file;
     open_tree_file(name, parenthetical);
     if (former.stream) report_closing(former);
