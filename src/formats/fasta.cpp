@@ -6,6 +6,8 @@
 #include "formats/formats.h"
 #include "formats/sequence_file.h"
 #include "matrix/symbols.h"
+#include "shell/arena.h"
+#include "shell/data_memory.h"
 #include "shell/errors.h"
 #include "shell/output.h"
 #include "shell/process.h"
@@ -61,6 +63,14 @@ void check_lengths(const std::vector<fasta_sequence>& sequences) {
   }
 }
 
+// Where memory may grow with the data it will; else this is told while the former data are there.
+void check_memory(const std::vector<fasta_sequence>& sequences) {
+  const double needed = matrix_memory_estimate(static_cast<int>(sequences.size()),
+                                               static_cast<int>(sequences.front().length));
+  if (!memory.grow_for_data && needed > static_cast<double>(arena.size))
+    error_end("Not enough memory to read FASTA sequences. Re-set RAM and re-try");
+}
+
 void store_sequence(const fasta_sequence& sequence, int taxon, const symbol_table& symbols) {
   int character = 0;
   for (const std::string_view piece : sequence.pieces) {
@@ -85,6 +95,7 @@ void read_fasta_file(int /*option*/, const std::string& file) {
   if (sequences.size() < 4) error_end("Sorry, can't read less than 4 taxa");
   check_names(sequences);
   check_lengths(sequences);
+  check_memory(sequences);
   begin_foreign_matrix(file, static_cast<std::int64_t>(sequences.size()),
                        static_cast<std::int64_t>(sequences.front().length));
   const bool gaps = matrix.gaps_are_states;

@@ -8,6 +8,7 @@
 
 #include "formats/labelled_trees.h"
 #include "matrix/symbols.h"
+#include "shell/errors.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -237,12 +238,20 @@ void write_nexus_assumptions(std::FILE* out, bool plain) {
 
 void write_fasta(std::FILE* out, bool skip_gaps) {
   const cell_style style;
+  std::int64_t unwritable = 0;
+  std::string first_place;
   for (int t = 0; t < matrix.ntax; ++t) {
     std::fprintf(out, ">%s\n", std::string(taxon_name(t)).c_str());
     std::string line;
     for (int c = 0; c < matrix.nchar; ++c) {
-      const std::string symbols = cell_symbols(t, c, style);
+      std::string symbols = cell_symbols(t, c, style);
       if (skip_gaps && symbols == "-") continue;
+      if (symbols.size() > 1) {
+        if (unwritable++ == 0) {
+          first_place = std::string(taxon_name(t)) + ", char. " + std::to_string(c);
+        }
+        symbols = "?";
+      }
       line += symbols;
       if (line.size() >= 70) {
         std::fprintf(out, "%s\n", line.c_str());
@@ -250,6 +259,12 @@ void write_fasta(std::FILE* out, bool skip_gaps) {
       }
     }
     if (!line.empty()) std::fprintf(out, "%s\n", line.c_str());
+  }
+  if (unwritable > 0) {
+    warning("FASTA has no symbol for sets of states:", unwritable,
+            unwritable == 1 ? "cell is written as \"?\", that of taxon"
+                            : "cells are written as \"?\", the first that of taxon",
+            first_place);
   }
 }
 
