@@ -10,6 +10,7 @@
 
 #include "engine/search_data.h"
 #include "search/clusters.h"
+#include "search/narrow_clusters.h"
 #include "search/swapper.h"
 #include "shell/arena.h"
 
@@ -71,6 +72,7 @@ struct swap_run {
   // -- workspace --
   cluster_cut cut;
   int moves_since_cut = 0;
+  narrow_pair narrow;  // `inters`
   std::span<std::int32_t> main_clusters;
   std::span<std::int32_t> clip_clusters;
   int n_main_clusters = 0;

@@ -9,20 +9,28 @@ namespace {
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-/// All branches of one main cluster against one branch of the subtree. True: the clip is done.
-bool try_branches(swap_run& run, int u, const word* clip_words, const cluster_record& main) {
-  const search_data& data = run.data;
+/// All branches of one main cluster against one branch of the subtree. `scan(from, &cost)` gives
+/// the place of the next one within the bound. True: the clip is done.
+template <class scanner>
+bool try_branches(swap_run& run, int u, const cluster_record& main, scanner&& scan) {
   int i = 0;
   for (;;) {
     std::int32_t cost = 0;
-    i = data.kernels.scan_pairs(clip_words, data.branch_base, data.set_stride, main.main_nodes, i,
-                                main.n_main, data.layout, run.bound, &cost);
+    i = scan(i, &cost);
     if (i >= main.n_main) break;
     const int v = main.main_nodes[i++];
     if (v == run.sister && u == run.home_root) continue;
     if (run.take_candidate(u, v, cost)) return true;
   }
   return run.store_noted(u);
+}
+
+bool try_branches(swap_run& run, int u, const word* clip_words, const cluster_record& main) {
+  const search_data& data = run.data;
+  return try_branches(run, u, main, [&](int from, std::int32_t* cost) {
+    return data.kernels.scan_pairs(clip_words, data.branch_base, data.set_stride, main.main_nodes,
+                                   from, main.n_main, data.layout, run.bound, cost);
+  });
 }
 
 /// A clip of one or two terminals has one rooting: its root against the clusters, then their nodes.
@@ -57,7 +65,27 @@ bool cluster_pair(swap_run& run, const cluster_record& subtree, const cluster_re
   }
 }
 
+/// The same over the words that can tell the branches of the two clusters apart.
+bool narrow_cluster_pair(swap_run& run, const cluster_record& subtree, const cluster_record& main) {
+  const search_data& data = run.data;
+  const std::span<const std::int32_t> subtree_nodes(subtree.clip_nodes, at(subtree.n_clip));
+  const std::span<const std::int32_t> main_nodes(main.main_nodes, at(main.n_main));
+  if (!run.narrow.prepare(data, subtree_nodes, main_nodes, swapping.use_inters == 2, run.bound))
+    return false;
+  for (int i = 0; i < subtree.n_clip; ++i) {
+    const bool done =
+        try_branches(run, subtree.clip_nodes[i], main, [&](int from, std::int32_t* cost) {
+          return run.narrow.scan(data, i, from, run.bound, cost);
+        });
+    if (done) return true;
+  }
+  return false;
+}
+
 void all_rootings(swap_run& run) {
+  // The narrow form counts fields, so it needs weights of 1.
+  const auto compare =
+      swapping.use_inters > 0 && run.data.uniform_mode ? narrow_cluster_pair : cluster_pair;
   const search_data& data = run.data;
   for (int p = 0; p < run.n_clip_clusters; ++p) {
     const cluster_record& subtree = data.clusters[at(run.clip_clusters[at(p)])];
@@ -69,7 +97,7 @@ void all_rootings(swap_run& run) {
                                   run.bound, &cost);
       if (q >= run.n_main_clusters) break;
       const cluster_record& main = data.clusters[at(run.main_clusters[at(q++)])];
-      if (cluster_pair(run, subtree, main)) return;
+      if (compare(run, subtree, main)) return;
     }
   }
 }

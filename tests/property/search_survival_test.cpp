@@ -160,6 +160,12 @@ TEST_F(search_survival, every_width_makes_the_same_search) {
     drop_packed_data();
     EXPECT_EQ(whole_search({}), usual) << "round " << round << " without wide words";
     engine.long_words = 2;
+    drop_packed_data();
+    for (const int narrow : {1, 2}) {
+      swapping.use_inters = narrow;
+      EXPECT_EQ(whole_search({}), usual) << "round " << round << ", narrow cluster test " << narrow;
+    }
+    swapping.use_inters = 0;
   }
 }
 

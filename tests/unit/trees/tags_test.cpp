@@ -37,7 +37,7 @@ TEST_F(tags_test, follow_nodes_through_normalisation_and_groups_through_trees) {
   others[3] = "top";
   others[6] = "not in the tag tree";
   others[8] = "again";
-  store_drawn_tags(tree_of("(0 (1 ((2 (3 4)))))", 5), "none", {});
+  store_drawn_tags(tree_of("(0 (1 (2 (3 4))))", 5), "none", {});
   store_drawn_tags(tree_of("(0 (1 (2 (3 4))))", 5), "second", others);
   EXPECT_EQ(tags.tag_texts[7], "three-four/again");
   EXPECT_EQ(tags.tag_texts[6], "one-two");
