@@ -43,9 +43,10 @@ void make_room_for_matrix(int ntax, int nchar) {
     }
   }
   // Refused before the system is asked: it may promise memory that it doesn't have.
-  if (estimate > machine_memory()) out_of_memory();
-  // Four times the estimate leaves room for trees and searches; not all of the machine, though.
-  const double wanted = std::max(estimate, std::min(4 * estimate, 0.75 * machine_memory()));
+  const double usable = 0.75 * machine_memory();
+  if (estimate > usable) out_of_memory();
+  // Four times the estimate leaves room for trees and searches.
+  const double wanted = std::min(4 * estimate, usable);
   if (!memory.grow_for_data || static_cast<double>(arena_free()) >= wanted) return;
   unlock_all();
   create_arena(static_cast<std::size_t>(wanted));

@@ -122,6 +122,7 @@ std::string read_states() {
     if (c == closing) return text;
   }
   unread_char();
+  if (closing) error_end_f("Expected '%c' after states", closing);
   if (text.empty()) error_end("Must specify states");
   return text;
 }
