@@ -21,7 +21,7 @@ bool ends_label(int c) {
 
 }  // namespace
 
-labelled_tree_reader::labelled_tree_reader(label_lookup lookup)
+labelled_tree_reader::labelled_tree_reader(label_lookup lookup, void (*repeated)(int taxon))
     : lookup_(std::move(lookup)), tree_(matrix.ntax) {
   dialect_.read = plain_read_char;
   dialect_.unread = plain_unread_char;
@@ -29,7 +29,11 @@ labelled_tree_reader::labelled_tree_reader(label_lookup lookup)
   dialect_.annotation = ':';
   dialect_.labels_behind_nodes = true;
   dialect_.bracket_comments = true;
-  dialect_.read_item = [this](tree_builder& tree) { tree.add_terminal(lookup_(read_label())); };
+  dialect_.read_item = [this, repeated](tree_builder& tree) {
+    const int taxon = lookup_(read_label());
+    if (repeated && tree.holds(taxon)) repeated(taxon);
+    tree.add_terminal(taxon);
+  };
   dialect_.read_annotation = [this](tree_builder&, int node) {
     const std::string length = read_label();
     // A label and a length of one node stand in one tag.

@@ -19,7 +19,8 @@ using label_lookup = std::function<int(const std::string& label)>;
 /// labels and lengths kept for the tag tree.
 class labelled_tree_reader {
  public:
-  explicit labelled_tree_reader(label_lookup lookup);
+  /// `repeated`, where given, raises the error of a taxon that stands in a tree twice.
+  explicit labelled_tree_reader(label_lookup lookup, void (*repeated)(int taxon) = nullptr);
   labelled_tree_reader(const labelled_tree_reader&) = delete;
   labelled_tree_reader& operator=(const labelled_tree_reader&) = delete;
 

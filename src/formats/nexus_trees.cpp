@@ -61,10 +61,12 @@ void read_tree_head(nexus_file& file) {
 void read_trees_block(nexus_file& file) {
   require_data("reading trees");
   tree_taxa taxa;
-  labelled_tree_reader reader([&taxa](const std::string& label) {
-    const auto found = taxa.translated.find(label);
-    return found != taxa.translated.end() ? found->second : taxon_of(label, taxa);
-  });
+  labelled_tree_reader reader(
+      [&taxa](const std::string& label) {
+        const auto found = taxa.translated.find(label);
+        return found != taxa.translated.end() ? found->second : taxon_of(label, taxa);
+      },
+      [](int taxon) { error_end("Error reading NEXUS file: Taxon", taxon, "repeated"); });
   const int first = store.ntrees;
   for (;;) {
     const nexus_token word = file.in.token();
