@@ -131,11 +131,19 @@ void write_nexus(std::FILE* out, const export_choice& choice) {
     write_nexus_tag_tree(out, tag_use::labels, choice.plain);
 }
 
-// What follows "+" behind the name, up to ";", goes to the end of the file as it stands.
+// What follows "+" behind the name, up to ";", goes to the end of the file; ".," in it stands for a
+// semicolon, as in `quote`.
 void copy_text(std::FILE* out) {
   const bool commas = input.literal_comma;
   input.literal_comma = true;
   for (int c = read_char(); c != ';'; c = read_char()) {
+    if (c == '.') {
+      if (read_char() == ',') {
+        c = ';';
+      } else {
+        unread_char();
+      }
+    }
     if (c != '\r') std::fputc(c, out);
   }
   input.literal_comma = commas;
