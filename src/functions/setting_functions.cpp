@@ -9,6 +9,7 @@
 #include "macro/macro_state.h"
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
+#include "search/search_state.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
 #include "shell/input.h"
@@ -19,6 +20,7 @@
 namespace zeb {
 namespace {
 
+double hits_of_last_search() { return searching.hits_value; }
 double absent_included() { return store.include_absent; }
 double arguments() { return static_cast<double>(top_frame().arguments.size()); }
 double break_setting() { return settings.break_polling != 0; }
@@ -88,6 +90,7 @@ constexpr function_row rows[] = {
     {"plevel", never},
     {"seclevel", never},
     {"slavenum", never},
+    {"numhits", hits_of_last_search},
     {"numhosts", never},
     {"numjobs", never},
     {"taskvar", task_variable},
