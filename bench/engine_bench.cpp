@@ -37,8 +37,7 @@ struct pair_operands {
 
 /// Arguments: width in bits, group (0 binary, 1 DNA).
 void cost_pair_1400(benchmark::State& state) {
-  const kernel_slots k =
-      kernels_of_width(static_cast<int>(state.range(0)), scoring_mode::uniform);
+  const kernel_slots k = kernels_of_width(static_cast<int>(state.range(0)), scoring_mode::uniform);
   if (!k.cost_pair) {
     state.SkipWithError("not on this processor");
     return;
@@ -49,9 +48,7 @@ void cost_pair_1400(benchmark::State& state) {
     benchmark::DoNotOptimize(k.cost_pair(o.a, o.b, o.layout, 2147483647));
   }
 }
-BENCHMARK(cost_pair_1400)
-    ->ArgNames({"bits", "group"})
-    ->ArgsProduct({{32, 64, 256, 512}, {0, 1}});
+BENCHMARK(cost_pair_1400)->ArgNames({"bits", "group"})->ArgsProduct({{32, 64, 256, 512}, {0, 1}});
 
 // ---- a data set like a large alignment ----
 
@@ -97,8 +94,7 @@ struct evolved_data {
       for (; state[at(v)] < 0; v = tree[at(v)]) path.push_back(v);
       int s = state[at(v)];
       for (auto p = path.rbegin(); p != path.rend(); ++p) {
-        if (std::uniform_real_distribution<double>(0, 1)(g) < change)
-          s = static_cast<int>(g() % 4);
+        if (std::uniform_real_distribution<double>(0, 1)(g) < change) s = static_cast<int>(g() % 4);
         state[at(*p)] = s;
       }
       set_cell(t, character, 1U << s);
@@ -136,8 +132,13 @@ void full_down_and_final_pass(benchmark::State& state) {
       4 * words, benchmark::Counter::kIsIterationInvariantRate, benchmark::Counter::kIs1024);
   state.counters["words_per_set"] = data.nwords;
 }
-BENCHMARK(full_down_and_final_pass)->ArgName("bits")->RangeMultiplier(2)->Arg(32)->Arg(64)->Arg(
-    256)->Arg(512);
+BENCHMARK(full_down_and_final_pass)
+    ->ArgName("bits")
+    ->RangeMultiplier(2)
+    ->Arg(32)
+    ->Arg(64)
+    ->Arg(256)
+    ->Arg(512);
 
 /// Copying as many bytes as a full pass touches (and, larger, from main memory).
 void copy(benchmark::State& state) {
@@ -148,10 +149,9 @@ void copy(benchmark::State& state) {
     benchmark::DoNotOptimize(to.data());
     benchmark::ClobberMemory();
   }
-  state.counters["bytes_per_second"] =
-      benchmark::Counter(2.0 * static_cast<double>(from.size()),
-                         benchmark::Counter::kIsIterationInvariantRate,
-                         benchmark::Counter::kIs1024);
+  state.counters["bytes_per_second"] = benchmark::Counter(
+      2.0 * static_cast<double>(from.size()), benchmark::Counter::kIsIterationInvariantRate,
+      benchmark::Counter::kIs1024);
 }
 BENCHMARK(copy)->ArgName("bytes")->Arg(1 << 20)->Arg(1 << 28);
 
@@ -176,9 +176,7 @@ void clip_and_undo(benchmark::State& state) {
   }
   end_undo(data);
 }
-BENCHMARK(clip_and_undo)
-    ->ArgNames({"bits", "undo"})
-    ->ArgsProduct({{32, 64, 256, 512}, {0, 1}});
+BENCHMARK(clip_and_undo)->ArgNames({"bits", "undo"})->ArgsProduct({{32, 64, 256, 512}, {0, 1}});
 
 /// One clip against all branches of the tree under a bound of what its own place costs, as a search
 /// does. One iteration is all clips of one terminal each against all branches.
@@ -200,9 +198,8 @@ void scan_all_branches(benchmark::State& state) {
       pairs += count;
     }
   }
-  state.counters["ns_per_pair"] =
-      benchmark::Counter(static_cast<double>(pairs) * 1e-9, benchmark::Counter::kIsRate |
-                                                        benchmark::Counter::kInvert);
+  state.counters["ns_per_pair"] = benchmark::Counter(
+      static_cast<double>(pairs) * 1e-9, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(scan_all_branches)
     ->ArgNames({"bits", "bound"})

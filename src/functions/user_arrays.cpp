@@ -118,8 +118,8 @@ void print_double_table() {
 }
 
 bool store_table(std::span<const double> values) {
-  const bool still_there =
-      settings.macros && macros.table_array >= 0 && !variable_dimensions(macros.table_array).empty();
+  const bool still_there = settings.macros && macros.table_array >= 0 &&
+                           !variable_dimensions(macros.table_array).empty();
   if (!still_there) {
     take_list = nullptr;
     return false;

@@ -24,8 +24,7 @@ constexpr std::size_t longest_word = 100;
 std::string next_word(int* ended_by) {
   int c = read_raw_char();
   while (c < 33) {
-    if (input_ended())
-      error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
+    if (input_ended()) error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
     c = read_raw_char();
   }
   if (c == '(' || c == ';') {
@@ -63,8 +62,7 @@ void skip_block() {
       return;
     } else if (is_quote(word) && ended_by != ';') {
       while (read_raw_char() != ';') {
-        if (input_ended())
-          error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
+        if (input_ended()) error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
       }
     }
   }

@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cctype>
 #include <climits>
 #include <cstdlib>
@@ -91,7 +92,9 @@ void skip_to(int c) {
 }
 
 int read_word() {
-  return read_token(lexer.name_limit, true,
+  // A short limit on taxon names leaves every command within reach.
+  constexpr int longest_keyword = 32;
+  return read_token(std::max(lexer.name_limit, longest_keyword), true,
                     [](int c, int) { return is_letter(c) ? std::tolower(c) : 0; });
 }
 
