@@ -170,8 +170,10 @@ void wagner_build::find_place(int taxon) {
   const int nodes = list_nodes();
   const bool bit = (draw() & 1) != 0;
   if (randomness.random_insertion) {
+    // Shuffled here, not when a taxon has been placed: a place that costs nothing ends the search
+    // for others.
+    shuffle_scan_order(nodes);
     try_candidates(taxon, list_candidates(walk::random, nodes, bit), best - 1);
-    shuffle_scan_order(nodes + 1);
   } else if (bit) {
     try_candidates(taxon, list_candidates(walk::backward, nodes, false), unbounded);
     if (best > start_cost) {
