@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "engine/commands.h"
+#include "engine/fits.h"
 #include "engine/plain_optimisation.h"
 #include "engine/search_data.h"
 #include "matrix/matrix.h"
@@ -66,6 +67,24 @@ void for_each_tree(const score_request& request, plain_optimiser& optimiser, fun
     visit(t);
   }
   clear_progress();
+}
+
+/// Fits have five decimals, whole or not.
+void show_fits() {
+  require_data("showing fits");
+  require_trees();
+  fit_form form = fit_form::cost;
+  bool soft = accept_char('!');
+  if (accept_char('*')) form = fit_form::gain;
+  soft = soft || skip_blanks_peek() == '!';
+  if (soft && form == fit_form::gain) error_end("Cannot do \"soft\" polytomies with \"*\"");
+  score_request request = read_request("showing fits");
+  if (soft) request.polytomies = polytomy_kind::soft;
+  plain_optimiser optimiser(request.characters);
+  std::vector<double> fits(at(store.ntrees), no_fraction);
+  for_each_tree(request, optimiser,
+                [&](int t) { fits[at(t)] = tree_fit(optimiser, request.characters, form); });
+  print_table(form == fit_form::gain ? "Tree fits (to be maximised)" : "Tree fits", fits, 5);
 }
 
 void show_scores(const char* doing, const char* title) {
@@ -156,11 +175,7 @@ void cscores_command() {
   });
 }
 
-void fit_command() {
-  require_data("showing fits");
-  require_trees();
-  error_end("Fits need implied weights, which are not available yet");
-}
+void fit_command() { show_fits(); }
 
 void chomo_command() {
   const score_request request = read_request("showing homoplasy");

@@ -118,6 +118,7 @@ extern search_data* current_search_data;
 struct engine_settings {
   int long_words = 2;            // `xbits`: bit 2 set means words wider than 32 bits may be used
   bool implied_weights = false;  // `piwe`; searches refuse it until it is built
+  double concavity = 3.0;        // k, in steps of homoplasy: with k of them a character costs half
 };
 extern engine_settings engine;
 

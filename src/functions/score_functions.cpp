@@ -1,6 +1,7 @@
 // Lengths and homoplasy of trees, and the states of their nodes.
 #include <vector>
 
+#include "engine/fits.h"
 #include "engine/plain_optimisation.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
@@ -64,10 +65,22 @@ double homoplasy(polytomy_kind polytomies) {
   return sum;
 }
 
+// As with steps, the weight counts in the fit of a tree only.
+double fit(polytomy_kind polytomies) {
+  const score_argument argument = read_argument();
+  const std::vector<std::uint8_t> marks = marks_of(argument);
+  plain_optimiser optimiser(marks);
+  optimiser.optimise(stored_tree(argument.tree), polytomies, false);
+  if (argument.character < 0) return tree_fit(optimiser, marks, fit_form::cost);
+  return character_fit(optimiser, argument.character, fit_form::cost);
+}
+
 double hard_length() { return length(polytomy_kind::hard); }
 double soft_length() { return length(polytomy_kind::soft); }
 double hard_homoplasy() { return homoplasy(polytomy_kind::hard); }
 double soft_homoplasy() { return homoplasy(polytomy_kind::soft); }
+double hard_fit() { return fit(polytomy_kind::hard); }
+double soft_fit() { return fit(polytomy_kind::soft); }
 
 // "[C N T]", ":" before N for the down-pass states. "." needs arrays and stays to be built.
 double node_states() {
@@ -107,7 +120,8 @@ double node_states() {
 constexpr function_row rows[] = {
     {"length", hard_length},    {"softlength", soft_length}, {"score", hard_length},
     {"softscore", soft_length}, {"homo", hard_homoplasy},    {"softhomo", soft_homoplasy},
-    {"whomo", hard_homoplasy},  {"states", node_states},
+    {"whomo", hard_homoplasy},  {"states", node_states},     {"fit", hard_fit},
+    {"softfit", soft_fit},
 };
 
 }  // namespace
