@@ -1,11 +1,10 @@
-// Lengths of trees, and of characters on a tree, for the groups that are selected by them.
+// Steps of characters on a tree, for the groups that are selected by them.
 // Polytomies are optimised as they stand, as in the reports of lengths.
 #include "engine/group_measures.h"
 
 #include "engine/plain_optimisation.h"
 #include "matrix/group_selectors.h"
 #include "matrix/matrix.h"
-#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -26,19 +25,10 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
   }
 }
 
-void score_trees(std::span<double> scores) {
-  plain_optimiser optimiser(scored_characters());
-  for (int t = 0; t < store.ntrees; ++t) {
-    optimiser.optimise(stored_tree(t), polytomy_kind::hard, false);
-    scores[static_cast<std::size_t>(t)] = optimiser.score();
-  }
-}
-
 }  // namespace
 
 void register_group_measures() {
   set_character_measurer(measure_characters);
-  set_tree_scorer(score_trees);
 }
 
 }  // namespace zeb

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "shell/output.h"
+#include "trees/tree_file.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -47,10 +48,11 @@ std::string status_line(double score) {
   return line;
 }
 
-/// Time and wishes are looked at once a second.
+/// Time, wishes and automatic saving are looked at once a second.
 void poll(double now) {
   if (now - searching.last_poll < seconds_between) return;
   searching.last_poll = now;
+  auto_save_if_due();
   if (!check_timeout()) check_interrupt(1);
 }
 

@@ -10,6 +10,7 @@
 #include "shell/errors.h"
 #include "shell/output.h"
 #include "shell/random.h"
+#include "trees/tree_file.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -21,6 +22,16 @@ namespace {
 void prepare_packed_data() {
   prepare_search_data(true, false);
   ALWAYS_CHECK(current_search_data != nullptr, "no packed data");
+}
+
+// A tree of the search, with internal numbers and marks of collapsed branches, as the buffer has it
+// outside searches.
+void buffer_form(int number, tree_span tree) {
+  const search_data& data = *current_search_data;
+  const std::span<std::int32_t> slot = slot_tree(number);
+  std::vector<std::int32_t> plain(static_cast<std::size_t>(data.nodes));
+  for (std::size_t v = 0; v < plain.size(); ++v) plain[v] = plain_ancestor(slot[v]);
+  to_buffer(data, plain, tree);
 }
 
 }  // namespace
@@ -66,10 +77,12 @@ void search_session::take_trees_in() {
     std::copy(searching.anx.begin(), searching.anx.end(), slot_tree(taken_in_).begin());
   }
   all_taken_in_ = true;
+  auto_save.search_view = buffer_form;
   for (int t = 0; t < count; ++t) adopt_tree(t);
 }
 
 void search_session::leave() {
+  auto_save.search_view = nullptr;
   process.in_search = false;
   search_settings.suboptimal = saved_.suboptimal;
   search_settings.relative_suboptimal = saved_.relative_suboptimal;
@@ -77,14 +90,8 @@ void search_session::leave() {
   settings.timeout_armed = true;
   clear_progress();
   if (!current_search_data) return;
-  const search_data& data = *current_search_data;
   const int count = all_taken_in_ ? store.ntrees : taken_in_;
-  std::vector<std::int32_t> tree(static_cast<std::size_t>(data.nodes));
-  for (int t = 0; t < count; ++t) {
-    const std::span<std::int32_t> slot = slot_tree(t);
-    for (std::size_t v = 0; v < tree.size(); ++v) tree[v] = plain_ancestor(slot[v]);
-    to_buffer(data, tree, stored_tree(t));
-  }
+  for (int t = 0; t < count; ++t) buffer_form(t, stored_tree(t));
   searching.anx = {};
   searching.tree_records = {};
   searching.identity_scratch = {};

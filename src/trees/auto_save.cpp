@@ -15,20 +15,26 @@ auto_save_state auto_save;
 
 namespace {
 
+std::vector<tree_node> tree_to_save(int number) {
+  const const_tree_span stored = stored_tree(number);
+  std::vector<tree_node> tree(stored.begin(), stored.end());
+  if (auto_save.search_view) auto_save.search_view(number, tree);
+  return tree;
+}
+
 bool write_results(std::FILE* file) {
   bool good = true;
   if (auto_save.parenthetical) {
     good = std::fputs("tread 'auto-saved results'\n", file) >= 0;
     for (int t = 0; t < store.ntrees; ++t) {
       if (t > 0) good = std::fputs("*\n", file) >= 0 && good;
-      good = std::fputs(stored_tree_text(stored_tree(t)).c_str(), file) >= 0 && good;
+      good = std::fputs(stored_tree_text(tree_to_save(t)).c_str(), file) >= 0 && good;
     }
     return std::fputs(";\nproc-;\n", file) >= 0 && good;
   }
   std::vector<std::uint8_t> bytes = compact_head(matrix.ntax);
   for (int t = 0; t < store.ntrees; ++t) {
-    const const_tree_span tree = stored_tree(t);
-    std::vector<tree_node> complete(tree.begin(), tree.end());
+    std::vector<tree_node> complete = tree_to_save(t);
     include_absent_taxa(complete, matrix.ntax);
     append_compact_tree(complete, matrix.ntax, bytes);
     good = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && good;
@@ -44,7 +50,8 @@ void save_at_end_of_command() { auto_save_if_due(); }
 void register_auto_save() { add_command_over_hook(save_at_end_of_command); }
 
 void set_auto_save(int seconds, const std::string& name, bool parenthetical) {
-  auto_save = {seconds, name, parenthetical, 1, wall_clock()};
+  const auto search_view = auto_save.search_view;
+  auto_save = {seconds, name, parenthetical, 1, wall_clock(), search_view};
 }
 
 void auto_save_if_due() {

@@ -15,9 +15,13 @@
 namespace zeb {
 namespace {
 
-/// Reads a list of trees; all trees where there is none.
+/// Reads a list of trees, or "/" for the last one; all trees where there is none.
 std::vector<std::uint8_t> read_trees_to_show() {
   std::vector<std::uint8_t> chosen(static_cast<std::size_t>(store.ntrees), 0);
+  if (accept_char('/')) {
+    chosen.back() = 1;
+    return chosen;
+  }
   if (!read_list(list_has_fixed | list_in_tree_buffer, 0, store.ntrees, "tree", chosen))
     std::fill(chosen.begin(), chosen.end(), std::uint8_t{1});
   return chosen;
@@ -57,7 +61,6 @@ void tplot_command() {
   }
   require_trees();
   if (accept_char('*')) return show_parenthetical();
-  if (accept_char('/')) return plot_stored_tree(store.ntrees - 1);
   const std::vector<std::uint8_t> chosen = read_trees_to_show();
   for (int t = 0; t < store.ntrees; ++t)
     if (chosen[static_cast<std::size_t>(t)]) plot_stored_tree(t);

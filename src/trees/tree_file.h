@@ -47,6 +47,9 @@ struct auto_save_state {
   bool parenthetical = false;
   int next = 1;           // which of the two files is written next
   double last_saved = 0;  // wall clock, seconds
+  // While a search keeps the buffer's trees in a form of its own: gives tree `number` as the buffer
+  // has it otherwise, in `nnodes` cells. Null: the trees are what they are.
+  void (*search_view)(int number, tree_span tree) = nullptr;
 };
 extern auto_save_state auto_save;
 void set_auto_save(int seconds, const std::string& name, bool parenthetical);
