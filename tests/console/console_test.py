@@ -408,7 +408,7 @@ class Screens(ConsoleTest):
         self.assertIn("\nback\n", s.screen.text())
 
     def test_progress_is_one_line_and_goes(self):
-        self.write("walk.run", "macro=; macreport-;\nprogress 1 4 Walking far;\npause 0.3;\n"
+        self.write("walk.run", "macro=; report-;\nprogress 1 4 Walking far;\npause 0.3;\n"
                    "progress 2 4 Walking;\nquote in between;\npause 0.3;\nprogress 3 4 Walking;\nprogress/;\n"
                    "quote at the end;\n")
         s = self.start()
