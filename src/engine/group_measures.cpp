@@ -27,8 +27,6 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
 
 }  // namespace
 
-void register_group_measures() {
-  set_character_measurer(measure_characters);
-}
+void register_group_measures() { set_character_measurer(measure_characters); }
 
 }  // namespace zeb
