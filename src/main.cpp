@@ -2,7 +2,7 @@
 #include <new>
 #include <string_view>
 
-#include "registration.h"
+#include "start_up.h"
 #include "shell/process.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "registration.h"
+#include "start_up.h"
 #include "shell/arena.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"

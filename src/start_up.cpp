@@ -1,4 +1,4 @@
-#include "registration.h"
+#include "start_up.h"
 
 #include "command_table.h"
 #include "engine/group_measures.h"
