@@ -47,6 +47,12 @@ bool in_loop_text() {
 
 // Next character of whatever text is being read, unexpanded.
 int fetch() {
+  // Whatever text it is: only its end, commas at level 0 and the count of lines need a closer look.
+  const char plain = *input.read_position;
+  if (plain != 0 && plain != ',' && plain != '\n') {
+    ++input.read_position;
+    return static_cast<unsigned char>(plain);
+  }
   for (;;) {
     if (in_expansion()) {
       const auto c = static_cast<unsigned char>(*input.read_position);

@@ -313,7 +313,7 @@ void set_reserved_names(bool (*is_reserved)(std::string_view name)) { reserved_n
 
 std::string value_text(double value) {
   if (value == std::floor(value) && std::fabs(value) < 2147483648.0) {
-    return text_of("%i", static_cast<int>(value));
+    return std::to_string(static_cast<int>(value));
   }
   if (value == std::floor(value) && std::fabs(value) < 9e15) return text_of("%.0f", value);
   // The format is one of those that `macfloat` builds.

@@ -1,6 +1,8 @@
 #include "macro/macro_values.h"
 
+#include <array>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -39,7 +41,16 @@ class depth_guard {
   depth_guard& operator=(const depth_guard&) = delete;
 };
 
-bool ends_token(int c) { return c < 33 || std::strchr("|!&)*+-/@;<=>[]{}\"',:", c) != nullptr; }
+constexpr std::array<bool, 256> make_token_ends() {
+  std::array<bool, 256> ends{};
+  for (std::size_t c = 0; c < 33; ++c) ends[c] = true;
+  for (const char c : std::string_view("|!&()*+-/@;<=>[]{}\"',:"))
+    ends[static_cast<std::size_t>(c)] = true;
+  return ends;
+}
+constexpr std::array<bool, 256> token_ends = make_token_ends();
+
+bool ends_token(int c) { return token_ends[static_cast<std::size_t>(c) & 255]; }
 
 // Reads a token; its end stays unread. In a number the token ends at the first character that can't
 // belong to it.
@@ -51,7 +62,7 @@ std::string read_token() {
   for (;;) {
     const int c = read_char();
     if (token.empty()) number = std::isdigit(c);
-    bool ends = ends_token(c) || c == '(';
+    bool ends = ends_token(c);
     if (number && !std::isdigit(c)) {
       if (c == '.' && !point) {
         point = true;
@@ -137,7 +148,10 @@ bool read_operand(double* value, reading mode) {
   const char* from = input.read_position;
   const std::string token = read_token();
   if (std::isdigit(static_cast<unsigned char>(token[0]))) {
-    *value = sign * std::strtod(token.c_str(), nullptr);
+    double number = 0;
+    const auto read = std::from_chars(token.data(), token.data() + token.size(), number);
+    if (read.ec == std::errc::result_out_of_range) number = std::strtod(token.c_str(), nullptr);
+    *value = sign * number;
     return true;
   }
   const int variable = find_variable(token);

@@ -36,8 +36,9 @@ constexpr command_row run_file_row = {"run-file", run_file_command, true, 0};
 // commands up at every round.
 std::array<std::vector<const command_row*>, 26> rows_by_letter;
 
+// Words come folded to lower case, as the names of rows are.
 bool matches(std::string_view word, const command_row& row) {
-  return row.whole_word ? word == row.name : is_prefix(word, row.name);
+  return row.whole_word ? word == row.name : std::string_view(row.name).starts_with(word);
 }
 
 // A row that the user means by a word which matches none.

@@ -8,10 +8,9 @@ namespace zeb {
 
 std::string formatted_text(const char* format, va_list arguments) {
   constexpr std::size_t longest = 10000;
-  std::string text(longest, 0);
-  const int n = std::vsnprintf(text.data(), text.size(), format, arguments);
-  text.resize(std::min(text.size() - 1, static_cast<std::size_t>(std::max(n, 0))));
-  return text;
+  char text[longest];
+  const int n = std::vsnprintf(text, longest, format, arguments);
+  return {text, std::min(longest - 1, static_cast<std::size_t>(std::max(n, 0)))};
 }
 
 std::string text_of(const char* format, ...) {
