@@ -154,4 +154,42 @@ std::set<std::uint32_t> supported_groups(const rooted_tree& tree,
   return groups;
 }
 
+namespace {
+
+/// The sides without terminal 0 of all branches, those of terminals included.
+std::set<std::uint32_t> all_splits(const rooted_tree& tree) {
+  std::vector<std::uint32_t> below(tree.parent.size(), 0);
+  for (int t = 1; t < tree.terminals; ++t) {
+    for (int v = t; v >= 0; v = tree.parent[at(v)]) below[at(v)] |= 1U << t;
+  }
+  std::set<std::uint32_t> splits(below.begin(), below.end());
+  splits.erase(0);
+  return splits;
+}
+
+/// The tree of the terminals in `part` alone, as splits.
+std::set<std::uint32_t> restricted(const std::set<std::uint32_t>& splits, std::uint32_t part) {
+  const std::uint32_t lowest = part & (~part + 1);
+  std::set<std::uint32_t> result;
+  for (const std::uint32_t split : splits) {
+    const std::uint32_t side = split & part;
+    result.insert(side & lowest ? part & ~side : side);
+  }
+  result.insert(0);
+  return result;
+}
+
+}  // namespace
+
+bool one_bisection_apart(const rooted_tree& a, const rooted_tree& b) {
+  const std::set<std::uint32_t> in_a = all_splits(a);
+  const std::set<std::uint32_t> in_b = all_splits(b);
+  const std::uint32_t everything = (1U << a.terminals) - 1;
+  return std::any_of(in_a.begin(), in_a.end(), [&](std::uint32_t cut) {
+    const std::uint32_t rest = everything & ~cut;
+    return in_b.contains(cut) && restricted(in_a, cut) == restricted(in_b, cut) &&
+           restricted(in_a, rest) == restricted(in_b, rest);
+  });
+}
+
 }  // namespace naive

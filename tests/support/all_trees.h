@@ -29,4 +29,8 @@ std::set<std::uint32_t> supported_groups(const rooted_tree& tree,
                                          const std::vector<std::vector<std::uint32_t>>& cells,
                                          support rule);
 
+/// Does one cut of a branch and one reconnection of the two parts, at any branch of each, lead from
+/// one binary tree to the other? At most 31 terminals, roots as for_each_tree makes them.
+bool one_bisection_apart(const rooted_tree& a, const rooted_tree& b);
+
 }  // namespace naive
