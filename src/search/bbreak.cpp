@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "search/full_rule.h"
 #include "search/search_report.h"
 #include "search/stored_trees.h"
 #include "search/swapper.h"
@@ -40,6 +41,7 @@ bbreak_result swap_buffer() {
   for (int t = 0; t < store.ntrees; ++t) record_of(t).waits = true;
   begin_reports();
   report_status(result.best, false);
+  int done = 0;  // the trees before this one were swapped
   const swapper swap = swapping.use_tbr ? tbr_swap : spr_swap;
   for (int t = 0; t < store.ntrees && !interrupted(); ++t) {
     searching.current_tree = searching.swapping_index = t;
@@ -59,18 +61,18 @@ bbreak_result swap_buffer() {
       if (capacity > 0 && store.ntrees < capacity) result.full_at = -1;
       if (search_settings.suboptimal == 0 && swapping.mulpars) t = -1;
     }
-    if (swapping.fill_only && store.ntrees >= store.maxtrees) {
-      if (t + 1 < store.ntrees) {
-        result.not_swapped = std::to_string(t + 1);
-        if (t + 2 < store.ntrees) result.not_swapped += "-" + std::to_string(store.ntrees - 1);
-      }
-      break;
-    }
+    done = t + 1;
+    if (swapping.fill_only && store.ntrees >= store.maxtrees) break;
+  }
+  if (done < store.ntrees) {
+    result.not_swapped = std::to_string(done);
+    if (done + 1 < store.ntrees) result.not_swapped += "-" + std::to_string(store.ntrees - 1);
   }
   searching.swapping_index = -1;
   result.interrupted = interrupted();
   report_status(result.best, true);
   filter_by_score(result.best);
+  result.equal_by_full_rule = drop_equal_by_full_rule();
   return result;
 }
 

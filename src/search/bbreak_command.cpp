@@ -5,6 +5,7 @@
 #include "matrix/matrix.h"
 #include "search/bbreak.h"
 #include "search/commands.h"
+#include "search/full_rule.h"
 #include "search/search_report.h"
 #include "search/search_session.h"
 #include "search/swapper.h"
@@ -28,8 +29,8 @@ std::vector<option> bbreak_options() {
     return action<bbreak_settings>(keyword, apply);
   };
   return {
-      act("tbr", [](bbreak_settings& b, int on) { b.swap.use_tbr = on != 0; }),
-      act("spr", [](bbreak_settings& b, int on) { b.swap.use_tbr = on == 0; }),
+      choice<bbreak_settings>("tbr", [](bbreak_settings& b, int) { b.swap.use_tbr = true; }),
+      choice<bbreak_settings>("spr", [](bbreak_settings& b, int) { b.swap.use_tbr = false; }),
       act("fillonly", [](bbreak_settings& b, int on) { b.swap.fill_only = on != 0; }),
       act("mulpars", [](bbreak_settings& b, int on) { b.swap.mulpars = on != 0; }),
       act("safe", [](bbreak_settings& b, int on) { b.swap.safe_unclip = on != 0; }),
@@ -41,12 +42,13 @@ std::vector<option> bbreak_options() {
        .kind = option::argument::optional_number,
        .range = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()},
        .default_number = -1,
+       .has_negative = false,
        .apply =
            [](bbreak_settings& b, int n) {
              if (n < 0) error_end("TBR move limit must be 0 (no limit) or greater");
              b.swap.move_limit = n;
            }},
-      act("nolimit", [](bbreak_settings& b, int) { b.swap.move_limit = 0; }),
+      choice<bbreak_settings>("nolimit", [](bbreak_settings& b, int) { b.swap.move_limit = 0; }),
       act("randclip", [](bbreak_settings& b, int on) { b.swap.random_clip = on != 0; }),
       {.keyword = "inters",
        .kind = option::argument::optional_number,
@@ -54,12 +56,14 @@ std::vector<option> bbreak_options() {
        .missing = "Node clusters can use intersections as 1 or 2 (sorted)",
        .too_large = "Node clusters can use intersections as 1 or 2 (sorted)",
        .default_number = 1,
+       .has_negative = false,
        .apply = [](bbreak_settings& b, int n) { b.swap.use_inters = n; }},
-      act("nointers", [](bbreak_settings& b, int) { b.swap.use_inters = 0; }),
+      choice<bbreak_settings>("nointers", [](bbreak_settings& b, int) { b.swap.use_inters = 0; }),
       {.keyword = "clustersize",
        .kind = option::argument::optional_number,
        .range = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()},
        .default_number = 0,
+       .has_negative = false,
        .apply =
            [](bbreak_settings& b, int n) {
              if (n < 3 || n > 1000) {
@@ -85,6 +89,7 @@ void list_settings() {
   if (swapping.use_inters > 0) emit("\n     * Node clusters use union/intersection");
   if (engine.long_words & 2) emit("\n     * Using 64 bits when possible");
   if (swapping.fill_only) emit("\n     * Stopping when the tree buffer is full");
+  if (swapping.stratified) emit("\n     * Stratified swapping of landmark characters");
   if (swapping.preproc > 0) emit("\n     * Clips that promise most come first");
   if (!swapping.skip_spr) emit("\n     * SPR before TBR on single trees");
   emit("\n");
@@ -108,6 +113,9 @@ void take_settings(const bbreak_settings& before, const bbreak_settings& now) {
   if (now.wide_words != before.wide_words) {
     engine.long_words = now.wide_words ? 2 : 0;
     drop_packed_data();
+  }
+  if (now.swap.stratified && !before.swap.stratified) {
+    emit("Note: stratified swapping concerns landmark characters only.\n");
   }
   if (now.swap.cluster_size == before.swap.cluster_size) return;
   if (matrix.present && now.swap.cluster_size > active_taxa()) {
@@ -144,11 +152,23 @@ void summarise(const bbreak_result& result) {
     emit("Note: some trees of different length may become identical if collapsed.\n");
   }
   emit("Total rearrangements examined: ", rearrangements_text(), ".\n");
+  tell_equal_by_full_rule(result.equal_by_full_rule);
   emit(text_of("%i trees, best score %s.\n", store.ntrees, score_text(result.best).c_str()));
   if (result.full_at < 0) return;
   emit(text_of("Maxtrees was reached when swapping tree %i.", result.full_at));
   if (!result.not_swapped.empty()) emit("  Didn't swap tree(s) ", result.not_swapped);
   emit("\n");
+}
+
+void swap_trees_in_memory() {
+  const search_session session;
+  tell_start(store.ntrees);
+  const bbreak_result result = swap_buffer();
+  settings.timeout_armed = false;
+  searching.tbr_swapping = swapping.use_tbr;
+  searching.spr_swapping = !swapping.use_tbr;
+  searching.last_best = result.best;
+  summarise(result);
 }
 
 }  // namespace
@@ -166,14 +186,8 @@ void bbreak_command() {
   if (outcome != option_outcome::run) return;
   require_data("swapping branches");
   if (store.ntrees == 0) error_end("No trees to swap");
-  const search_session session;
-  tell_start(store.ntrees);
-  const bbreak_result result = swap_buffer();
-  settings.timeout_armed = false;
-  searching.tbr_swapping = swapping.use_tbr;
-  searching.spr_swapping = !swapping.use_tbr;
-  searching.last_best = result.best;
-  summarise(result);
+  swap_trees_in_memory();
+  condense_if_automatic();
 }
 
 }  // namespace zeb

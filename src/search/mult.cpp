@@ -71,7 +71,7 @@ class replicated_search {
 
 /// SPR before anything is stored: a cheap way down for replications that keep several trees.
 void replicated_search::swap_first() {
-  const bool spr_single = options_.swapper == mult_settings::spr && options_.hold == 1;
+  const bool spr_single = options_.swapper == mult_settings::spr && options_.hold < 2;
   const bool tbr_single = options_.swapper == mult_settings::tbr && options_.hold < 2;
   const bool wanted =
       options_.hold > 1 || !swapping.mulpars || spr_single || (tbr_single && !swapping.skip_spr);

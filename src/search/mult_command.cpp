@@ -4,6 +4,7 @@
 
 #include "engine/collapsing.h"
 #include "search/commands.h"
+#include "search/full_rule.h"
 #include "search/mult.h"
 #include "search/search_report.h"
 #include "search/search_session.h"
@@ -36,6 +37,7 @@ option addition_option(std::string_view keyword, void (*apply)(mult_settings&, i
           .kind = option::argument::optional_number,
           .range = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()},
           .default_number = all_taxa,
+          .has_negative = false,
           .apply = apply};
 }
 
@@ -44,13 +46,13 @@ std::vector<option> mult_options() {
       number("replications", &mult_settings::replications, {0, 100000},
              "Give number of mult replications",
              "Can't do %i random addition sequences (max=100000)"),
-      action<mult_settings>("spr", [](mult_settings& m, int) { m.swapper = mult_settings::spr; }),
-      action<mult_settings>("tbr", [](mult_settings& m, int) { m.swapper = mult_settings::tbr; }),
-      action<mult_settings>("wagner",
+      choice<mult_settings>("spr", [](mult_settings& m, int) { m.swapper = mult_settings::spr; }),
+      choice<mult_settings>("tbr", [](mult_settings& m, int) { m.swapper = mult_settings::tbr; }),
+      choice<mult_settings>("wagner",
                             [](mult_settings& m, int) { m.swapper = mult_settings::wagner_only; }),
       action<mult_settings>("ratchet", [](mult_settings&, int on) { refuse_stage(on, "ratchet"); }),
       action<mult_settings>("drift", [](mult_settings&, int on) { refuse_stage(on, "drift"); }),
-      action<mult_settings>("ras",
+      choice<mult_settings>("ras",
                             [](mult_settings& m, int) {
                               m.addition.informative = m.addition.look = m.addition.rule = 0;
                             }),
@@ -68,6 +70,7 @@ std::vector<option> mult_options() {
        .kind = option::argument::optional_number,
        .range = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()},
        .default_number = -1,
+       .has_negative = false,
        .apply =
            [](mult_settings& m, int n) {
              if (n < 0) {
@@ -75,7 +78,7 @@ std::vector<option> mult_options() {
              }
              m.addition.cluster_from = n;
            }},
-      action<mult_settings>("nowcluster",
+      choice<mult_settings>("nowcluster",
                             [](mult_settings& m, int) { m.addition.cluster_from = 0; }),
       number("hold", &mult_settings::hold, {0, std::numeric_limits<int>::max()},
              "Give number of trees per replication"),
@@ -127,6 +130,7 @@ void warn_of_memory() {
 
 void filter_trees(const mult_result& result, int trees_before) {
   if (!mult.keepall && result.best < unknown_score) filter_by_score(result.best);
+  tell_equal_by_full_rule(drop_equal_by_full_rule());
   if (store.auto_group && !searching.silent && store.ntrees > 0) {
     tag_tree_group(mult.keepall ? trees_before : 0, store.ntrees, "random_addseqs");
   }
@@ -159,6 +163,19 @@ void tell_hits(const mult_result& result) {
                score_text(result.best).c_str(), store.ntrees));
 }
 
+void run_mult() {
+  const search_session session;
+  warn_of_memory();
+  const int trees_before = store.ntrees;
+  const mult_result result = mult_search(mult);
+  settings.timeout_armed = false;
+  summarise(result);
+  filter_trees(result, trees_before);
+  tell_hits(result);
+  searching.hits_value = result.hits;
+  searching.last_best = result.best;
+}
+
 }  // namespace
 
 void mult_command() {
@@ -171,16 +188,8 @@ void mult_command() {
   if (outcome == option_outcome::list) list_settings();
   if (outcome != option_outcome::run) return;
   check_additions();
-  const search_session session;
-  warn_of_memory();
-  const int trees_before = store.ntrees;
-  const mult_result result = mult_search(mult);
-  settings.timeout_armed = false;
-  summarise(result);
-  filter_trees(result, trees_before);
-  tell_hits(result);
-  searching.hits_value = result.hits;
-  searching.last_best = result.best;
+  run_mult();
+  condense_if_automatic();
 }
 
 }  // namespace zeb

@@ -24,17 +24,15 @@ void prepare_packed_data() {
   ALWAYS_CHECK(current_search_data != nullptr, "no packed data");
 }
 
-// A tree of the search, with internal numbers and marks of collapsed branches, as the buffer has it
-// outside searches.
-void buffer_form(int number, tree_span tree) {
+}  // namespace
+
+void matrix_form(int number, tree_span tree) {
   const search_data& data = *current_search_data;
   const std::span<std::int32_t> slot = slot_tree(number);
   std::vector<std::int32_t> plain(static_cast<std::size_t>(data.nodes));
   for (std::size_t v = 0; v < plain.size(); ++v) plain[v] = plain_ancestor(slot[v]);
   to_buffer(data, plain, tree);
 }
-
-}  // namespace
 
 search_session::search_session() {
   prepare_packed_data();
@@ -77,7 +75,7 @@ void search_session::take_trees_in() {
     std::copy(searching.anx.begin(), searching.anx.end(), slot_tree(taken_in_).begin());
   }
   all_taken_in_ = true;
-  auto_save.search_view = buffer_form;
+  auto_save.search_view = matrix_form;
   for (int t = 0; t < count; ++t) adopt_tree(t);
 }
 
@@ -91,7 +89,7 @@ void search_session::leave() {
   clear_progress();
   if (!current_search_data) return;
   const int count = all_taken_in_ ? store.ntrees : taken_in_;
-  for (int t = 0; t < count; ++t) buffer_form(t, stored_tree(t));
+  for (int t = 0; t < count; ++t) matrix_form(t, stored_tree(t));
   searching.anx = {};
   searching.tree_records = {};
   searching.identity_scratch = {};

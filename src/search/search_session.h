@@ -3,6 +3,7 @@
 
 #include "search/search_state.h"
 #include "shell/arena.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -30,5 +31,9 @@ class search_session {
   int taken_in_ = 0;  // trees of the buffer that are in internal numbering, until all are
   bool all_taken_in_ = false;
 };
+
+/// A tree of a running search as the buffer has it outside searches: matrix numbering, no marks of
+/// collapsed branches.
+void matrix_form(int number, tree_span tree);
 
 }  // namespace zeb

@@ -58,31 +58,6 @@ tree_record* find_same(std::span<const std::int32_t> tree, int bucket, double sc
   return nullptr;
 }
 
-/// Slots keep their order; the chains are made anew, since records move.
-void compact(std::span<const std::uint8_t> keep) {
-  const int before = store.ntrees;
-  int kept = 0;
-  int swapping = searching.swapping_index;
-  int current = searching.current_tree;
-  std::vector<tree_record> records;
-  for (int t = 0; t < before; ++t) {
-    if (t == searching.swapping_index) swapping = keep[at(t)] ? kept : -1;
-    if (t == searching.current_tree) current = kept;
-    if (!keep[at(t)]) continue;
-    records.push_back(record_of(t));
-    ++kept;
-  }
-  searching.swapping_index = swapping;
-  searching.current_tree = current;
-  select_trees(keep);
-  for (tree_record& head : searching.hash_buckets) head.next = nullptr;
-  for (int t = 0; t < kept; ++t) {
-    const tree_record& old = records[at(t)];
-    link(t, old.bucket, old.score);
-    record_of(t).waits = old.waits;
-  }
-}
-
 double tolerance() { return fractional() ? 1e-06 : 0.0; }
 
 /// Marks the later of each pair that is one tree; returns whether there was any.
@@ -114,6 +89,31 @@ bool mark_identical(std::span<std::uint8_t> keep) {
 }
 
 }  // namespace
+
+/// Slots keep their order; the chains are made anew, since records move.
+void keep_trees(std::span<const std::uint8_t> keep) {
+  const int before = store.ntrees;
+  int kept = 0;
+  int swapping = searching.swapping_index;
+  int current = searching.current_tree;
+  std::vector<tree_record> records;
+  for (int t = 0; t < before; ++t) {
+    if (t == searching.swapping_index) swapping = keep[at(t)] ? kept : -1;
+    if (t == searching.current_tree) current = kept;
+    if (!keep[at(t)]) continue;
+    records.push_back(record_of(t));
+    ++kept;
+  }
+  searching.swapping_index = swapping;
+  searching.current_tree = current;
+  select_trees(keep);
+  for (tree_record& head : searching.hash_buckets) head.next = nullptr;
+  for (int t = 0; t < kept; ++t) {
+    const tree_record& old = records[at(t)];
+    link(t, old.bucket, old.score);
+    record_of(t).waits = old.waits;
+  }
+}
 
 void schgettree(std::span<const std::int32_t> source) {
   if (source.data() == searching.anx.data()) {
@@ -218,10 +218,8 @@ void purge_above(double limit, int first_slot) {
     keep[at(t)] = 0;
     any = true;
   }
-  if (any) compact(keep);
+  if (any) keep_trees(keep);
 }
-
-void keep_best_from(int first_slot, double score) { purge_above(score, first_slot); }
 
 void filter_by_score(double best) {
   const double limit = best + search_settings.suboptimal + tolerance();
@@ -229,7 +227,7 @@ void filter_by_score(double best) {
   for (int t = 0; t < store.ntrees; ++t) keep[at(t)] = record_of(t).score <= limit;
   const bool may_coincide = search_level() >= 3 && !collapsing.automatic;
   const bool identical = may_coincide && mark_identical(keep);
-  compact(keep);
+  keep_trees(keep);
   if (identical && !searching.silent) {
     report_line("Note: some trees of different length are identical as collapsed. Discarded.");
   }
@@ -261,7 +259,7 @@ double recheck_trees(std::string_view label) {
   }
   clear_progress();
   mark_identical(keep);
-  compact(keep);
+  keep_trees(keep);
   searching.last_best = best;
   return best;
 }

@@ -44,8 +44,8 @@ void mark_tree_in_work(std::span<std::uint8_t> marks);
 /// swapped (`keep_until_swapped`) and the one being swapped. Slots move down; `swapping_index` and
 /// `current_tree` follow.
 void purge_above(double limit, int first_slot);
-/// Drops the trees from `first_slot` on that are worse than `score`.
-void keep_best_from(int first_slot, double score);
+/// Drops the trees whose entry is 0. Slots move down; `swapping_index` and `current_tree` follow.
+void keep_trees(std::span<const std::uint8_t> keep);
 
 /// The end of a search: drops trees above `best` + suboptimal and, under a collapsing rule by which
 /// trees of different length can be one, the later of each pair that is the same as collapsed.

@@ -38,6 +38,7 @@ struct search_option {
   std::string_view missing = {};    // error for a missing, negative or non-numeric argument
   const char* too_large = nullptr;  // format with one %i for a value above the range
   int default_number = 0;           // optional_number: the value without a number; also for "nokey"
+  bool has_negative = true;         // "nokey" is a word too
   void (*apply)(settings&,
                 int) = nullptr;  // action, and after any assignment: gets the number or the flag
 };
@@ -60,6 +61,13 @@ constexpr search_option<settings> number(std::string_view keyword, int settings:
 template <class settings>
 constexpr search_option<settings> action(std::string_view keyword, void (*apply)(settings&, int)) {
   return {.keyword = keyword, .kind = search_option<settings>::argument::action, .apply = apply};
+}
+/// An action without "nokey": one of several ways.
+template <class settings>
+constexpr search_option<settings> choice(std::string_view keyword, void (*apply)(settings&, int)) {
+  search_option<settings> option = action(keyword, apply);
+  option.has_negative = false;
+  return option;
 }
 
 /// Index of the option that `word` names by prefix, with `negated` set for "no" + keyword; keywords

@@ -21,6 +21,7 @@ template <class settings>
 void apply_search_option(settings& target, const search_option<settings>& option, bool negated,
                          const char* unknown_format) {
   using argument = typename search_option<settings>::argument;
+  if (negated && !option.has_negative) unknown_option(unknown_format);
   int value = negated ? 0 : 1;
   switch (option.kind) {
     case argument::none:

@@ -1,0 +1,43 @@
+#include "search/full_rule.h"
+
+#include <set>
+#include <vector>
+
+#include "engine/collapsing.h"
+#include "search/search_session.h"
+#include "search/stored_trees.h"
+#include "shell/output.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+int drop_equal_by_full_rule() {
+  if (collapsing.rule < 4 || store.ntrees < 2) return 0;
+  // Rules that swap count their moves among those of the search.
+  const rearrangement_counter examined = searching.rearrangement_count;
+  const std::size_t nodes = stored_tree(0).size();
+  std::vector<std::uint8_t> keep;
+  std::set<std::vector<std::int32_t>> known;
+  for (int t = 0; t < store.ntrees; ++t) {
+    std::vector<std::int32_t> tree(nodes);
+    matrix_form(t, tree);
+    condense_by_rule(tree);
+    keep.push_back(known.insert(std::move(tree)).second);
+  }
+  searching.rearrangement_count = examined;
+  const int before = store.ntrees;
+  keep_trees(keep);
+  return before - store.ntrees;
+}
+
+void tell_equal_by_full_rule(int dropped) {
+  if (dropped == 0) return;
+  emit("Note: ", dropped, " trees are identical to others as collapsed. Discarded.\n");
+}
+
+void condense_if_automatic() {
+  if (!collapsing.automatic || collapsing.rule == 0) return;
+  for (int t = 0; t < store.ntrees; ++t) condense_by_rule(stored_tree(t));
+}
+
+}  // namespace zeb
