@@ -143,6 +143,7 @@ void fill_block(packing_plan& plan, std::array<int, packing_groups>& count, int 
   if ((to_block - count[at(to)] % to_block) % to_block < left) return;
   for (auto e = plan.entries.rbegin(); e != plan.entries.rend() && left > 0; ++e) {
     if (e->group != from || e->fields > left) continue;
+    if (plan.implied_on && e->fields > 1) continue;
     e->group = to;
     left -= e->fields;
     count[at(from)] -= e->fields;
@@ -156,11 +157,15 @@ void place_in_order(packing_plan& plan) {
   fill_block(plan, count, 0, 1);
   fill_block(plan, count, 1, 2);
   fill_block(plan, count, 0, 2);
-  // The most variable characters first: what fails at all fails early then.
+  // The most variable characters first: what fails at all fails early then. Under implied weights
+  // the kernels watch for characters of several fields, and do so in the first words only.
   std::vector<std::size_t> order(plan.entries.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return plan.entries[a].spread > plan.entries[b].spread;
+    const pack_entry& x = plan.entries[a];
+    const pack_entry& y = plan.entries[b];
+    if (plan.implied_on && (x.fields > 1) != (y.fields > 1)) return x.fields > 1;
+    return x.spread > y.spread;
   });
   for (const std::size_t i : order) {
     pack_entry& e = plan.entries[i];
@@ -176,10 +181,11 @@ void place_fields(packing_plan& plan, bool word_weights) {
     return e.weight != plan.entries.front().weight;
   };
   const bool one_weight = std::none_of(plan.entries.begin(), plan.entries.end(), weight_differs);
-  plan.uniform_mode = plan.entries.empty() || (one_weight && plan.entries.front().weight == 1);
+  plan.uniform_mode = !plan.implied_on &&
+                      (plan.entries.empty() || (one_weight && plan.entries.front().weight == 1));
   // A common weight other than 1 has nothing to gain from words of one weight.
-  const bool by_word =
-      word_weights && !one_weight && !plan.entries.empty() && try_word_weights(plan);
+  const bool by_word = word_weights && !plan.implied_on && !one_weight && !plan.entries.empty() &&
+                       try_word_weights(plan);
   plan.per_char_mode = !plan.uniform_mode && !by_word;
   plan.field_count = {};
   if (!by_word) {

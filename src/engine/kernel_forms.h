@@ -13,6 +13,7 @@
 //   choose(m, a, b)  a where m has bits, b elsewhere
 //   count, count_zero, add_count(c, e) (flags of e added), twice(c), sum(a, b), total(c)
 //   chunk          vectors between two looks at the bound
+//   nonzero(e)     a bit for each 32-bit word of `e` that has bits
 //   has_within, within(c0, c1, c2, c3, bound)  a bit for each total at or below the bound
 #pragma once
 
@@ -36,6 +37,28 @@ std::int32_t group_end(const kernel_layout& layout) {
   if constexpr (G == 2) return layout.end2;
   return layout.end4;
 }
+
+template <int G>
+constexpr int field_width = G == 0   ? 2
+                            : G == 1 ? 4
+                            : G == 2 ? 8
+                                     : 32;
+
+/// Where the fields of each set group begin in arrays by field.
+struct field_numbers {
+  explicit field_numbers(const kernel_layout& layout)
+      : first{0, layout.end0 * 16, layout.end0 * 16 + (layout.end1 - layout.end0) * 8,
+              layout.end0 * 16 + (layout.end1 - layout.end0) * 8 + (layout.end2 - layout.end1) * 4},
+        begin{0, layout.end0, layout.end1, layout.end2} {}
+  /// Number of the first field of word `w`.
+  template <int G>
+  std::int32_t of_word(std::int32_t w) const {
+    constexpr int slot = G == 4 ? 3 : G;
+    return first[slot] + (w - begin[slot]) * (32 / field_width<G>);
+  }
+  std::int32_t first[4];
+  std::int32_t begin[4];
+};
 
 // ---- how flagged fields are added up ----
 

@@ -33,6 +33,24 @@ struct node_sets {
   word* branch_alt;  // only with asymmetric characters, else null
 };
 
+/// Under implied weights: one character on the tree in work.
+struct fit_counter {
+  double weight;
+  std::int32_t steps;        // index into the fit tables: steps with an offset, see search_data
+  std::int32_t first_field;  // its fields, in the order of `field_weight`
+  std::int32_t fields;
+};
+
+/// What the fit kernels add up; fields in the order of `kernel_layout::field_weight`. All null
+/// without implied weights.
+struct fit_layout {
+  fit_counter* counters = nullptr;
+  const std::int32_t* counter_of = nullptr;  // by field: its character's counter
+  double* step_cost = nullptr;               // by field: what one more step of its character costs
+  const double* fit_step = nullptr;          // unweighted cost of one more step, by `steps`
+  std::int32_t shared_end = 0;  // characters of several fields lie in words before this one
+};
+
 /// Word ranges of the set groups, each padded with neutral words (all ones in every operand) to a
 /// multiple of 16 words. Group 3 is always empty; group 4 (one field a word) is costed by the same
 /// kernels as groups 0 to 2, so that only step-matrix fields need the wide slots.
@@ -49,6 +67,7 @@ struct kernel_layout {
   // `weight_planes[p * end4 + w]` at the bit by which the kernels flag that field.
   const word* weight_planes = nullptr;
   std::int32_t plane_count = 0;
+  fit_layout fits;
 };
 
 /// A node cluster of the swapper.
@@ -132,25 +151,64 @@ using clip_wave_kernel = void (*)(const pass_context& tree, std::int32_t start, 
 using insert_wave_kernel = void (*)(const pass_context& tree, std::int32_t node,
                                     const kernel_layout& layout);
 
-/// One scoring mode in one width.
+// Under implied weights a failed field costs what one more step of its character does: the first
+// one `step_cost`, further ones of the same character less. Sums are made in the order of the
+// fields, so that every width gives the same bits.
+
+/// Cost of joining in fit. A result below `bound` is exact; the loop stops at sum >= bound.
+using fit_pair_kernel = double (*)(const word* clip, const word* branch,
+                                   const kernel_layout& layout, double bound);
+/// The same against the union of `a` and `b`: a lower bound for both. A result at or below `bound`
+/// is exact; the loop stops at sum > bound.
+using fit_triple_kernel = double (*)(const word* clip, const word* a, const word* b,
+                                     const kernel_layout& layout, double bound);
+/// As scan_kernel: the first candidate whose cost is below `bound`.
+using fit_scan_kernel = int (*)(const word* clip, const word* base, std::size_t stride,
+                                const std::int32_t* items, int from, int count,
+                                const kernel_layout& layout, double bound, double* cost);
+/// Counts the steps of joining in the characters (`add`) or takes them off again; keeps
+/// `step_cost`. Taking off returns what they cost.
+using fit_add_kernel = void (*)(const word* clip, const word* branch, const kernel_layout& layout);
+using fit_remove_kernel = double (*)(const word* clip, const word* branch,
+                                     const kernel_layout& layout);
+
+struct fit_slots {
+  fit_pair_kernel cost_pair = nullptr;
+  fit_triple_kernel cost_triple = nullptr;
+  fit_scan_kernel scan_pairs = nullptr;
+  fit_add_kernel add_steps = nullptr;
+  fit_remove_kernel remove_steps = nullptr;
+};
+
+/// One scoring mode in one width. Under implied weights `node_down` and `down_pass` count the
+/// steps of each character in its counter and return nothing; the integer costs are those of
+/// weighted steps.
 struct kernel_slots {
   pair_kernel cost_pair = nullptr;
   triple_kernel cost_triple = nullptr;
   scan_kernel scan_pairs = nullptr;
   down_kernel node_down = nullptr;
+  down_kernel remake_down = nullptr;  // as node_down, for the sets alone: counts nothing
   final_kernel node_final = nullptr;
   final_terminal_kernel node_final_terminal = nullptr;
   down_pass_kernel down_pass = nullptr;
   final_pass_kernel final_pass = nullptr;
   clip_wave_kernel clip_wave = nullptr;
   insert_wave_kernel insert_wave = nullptr;
+  fit_slots fit;  // implied weights only
   int width_bits = 32;
 };
 
-enum class scoring_mode { uniform, word_weights, per_character };
+enum class scoring_mode {
+  uniform,
+  word_weights,
+  per_character,
+  implied,
+  implied_sets,  // implied weights with sets of characters as the unit; has no kernels yet
+};
 
 /// The kernels of one width (32, 64, 256 or 512 bits); an empty table (null slots) where the
-/// processor lacks the instructions.
+/// processor lacks the instructions, or nobody wrote that mode yet.
 kernel_slots kernels_of_width(int bits, scoring_mode mode);
 /// Widest form that this processor runs.
 int widest_kernels();

@@ -9,7 +9,7 @@
 #include <immintrin.h>
 
 #include "engine/kernel_tables.h"
-#include "engine/wave_forms.h"
+#include "engine/slot_tables.h"
 
 namespace zeb {
 namespace {
@@ -29,6 +29,10 @@ struct wide256 {
   static bool same(type a, type b) {
     const type d = _mm256_xor_si256(a, b);
     return _mm256_testz_si256(d, d);
+  }
+  static unsigned nonzero(type e) {
+    const type empty = _mm256_cmpeq_epi32(e, _mm256_setzero_si256());
+    return 255U & ~static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(empty)));
   }
   static type choose(type m, type a, type b) {
     return _mm256_or_si256(_mm256_and_si256(m, a), _mm256_andnot_si256(m, b));
@@ -87,8 +91,7 @@ struct wide256 {
 }  // namespace
 
 kernel_slots kernels_256(scoring_mode mode) {
-  return mode == scoring_mode::uniform ? slots_of<wide256, uniform_cost<wide256>>(256)
-                                       : slots_of<wide256, digit_cost<wide256>>(256);
+  return slots_for_mode<wide256, uniform_cost<wide256>>(mode, 256);
 }
 
 }  // namespace zeb

@@ -9,7 +9,7 @@
 #include <immintrin.h>
 
 #include "engine/kernel_tables.h"
-#include "engine/wave_forms.h"
+#include "engine/slot_tables.h"
 
 namespace zeb {
 namespace {
@@ -27,6 +27,7 @@ struct wide512 {
   static type or_(type a, type b) { return _mm512_or_si512(a, b); }
   static type andnot(type a, type b) { return _mm512_andnot_si512(a, b); }
   static bool same(type a, type b) { return _mm512_cmpneq_epi64_mask(a, b) == 0; }
+  static unsigned nonzero(type e) { return _mm512_test_epi32_mask(e, e); }
   static type choose(type m, type a, type b) {
     return _mm512_ternarylogic_epi64(m, a, b, 0xca);  // m ? a : b
   }
@@ -75,8 +76,7 @@ struct wide512 {
 }  // namespace
 
 kernel_slots kernels_512(scoring_mode mode) {
-  return mode == scoring_mode::uniform ? slots_of<wide512, uniform_cost<wide512>>(512)
-                                       : slots_of<wide512, digit_cost<wide512>>(512);
+  return slots_for_mode<wide512, uniform_cost<wide512>>(mode, 512);
 }
 
 }  // namespace zeb

@@ -1,7 +1,7 @@
 // The 32-bit kernels, which are the reference for all others, and the 64-bit ones.
 #include "engine/bit_counts.h"
 #include "engine/kernel_tables.h"
-#include "engine/wave_forms.h"
+#include "engine/slot_tables.h"
 
 namespace zeb {
 namespace {
@@ -18,12 +18,6 @@ constexpr std::uint32_t high_bits = G == 0   ? 0xaaaaaaaaU
                                     : G == 1 ? 0x88888888U
                                     : G == 2 ? 0x80808080U
                                              : 0x80000000U;
-template <int G>
-constexpr int field_width = G == 0   ? 2
-                            : G == 1 ? 4
-                            : G == 2 ? 8
-                                     : 32;
-
 /// What both widths share; `T` is the machine word.
 template <class T>
 struct narrow {
@@ -43,6 +37,11 @@ struct narrow {
   static T or_(T a, T b) { return a | b; }
   static T andnot(T a, T b) { return ~a & b; }
   static bool same(T a, T b) { return a == b; }
+  static unsigned nonzero(T e) {
+    if constexpr (words == 1) return e != 0;
+    return static_cast<unsigned>(static_cast<std::uint32_t>(e) != 0) |
+           static_cast<unsigned>(static_cast<std::uint64_t>(e) >> 32 != 0) << 1;
+  }
   static T choose(T m, T a, T b) { return b ^ (m & (a ^ b)); }
 
   template <int G>
@@ -119,21 +118,15 @@ struct word_weight_cost {
 /// Each flagged field adds the weight of its own record.
 struct field_weight_cost {
   explicit field_weight_cost(const kernel_layout& layout)
-      : weights{layout.field_weight, layout.field_weight + layout.end0 * 16,
-                layout.field_weight + layout.end0 * 16 + (layout.end1 - layout.end0) * 8,
-                layout.field_weight + layout.end0 * 16 + (layout.end1 - layout.end0) * 8 +
-                    (layout.end2 - layout.end1) * 4},
-        begin{0, layout.end0, layout.end1, layout.end2} {}
+      : weights(layout.field_weight), numbers(layout) {}
   template <int G>
   std::int32_t add(std::int32_t c, std::uint32_t e, std::int32_t w) const {
-    constexpr int width = field_width<G>;
-    constexpr int slot = G == 4 ? 3 : G;
-    const std::int32_t* record = weights[slot] + (w - begin[slot]) * (32 / width);
-    for (; e; e &= e - 1) c += record[__builtin_ctz(e) / width];
+    const std::int32_t* const of_word = weights + numbers.of_word<G>(w);
+    for (; e; e &= e - 1) c += of_word[__builtin_ctz(e) / field_width<G>];
     return c;
   }
-  const std::int32_t* weights[4];
-  std::int32_t begin[4];
+  const std::int32_t* weights;
+  field_numbers numbers;
 };
 
 }  // namespace
@@ -145,14 +138,17 @@ kernel_slots kernels_32(scoring_mode mode) {
     case scoring_mode::word_weights:
       return slots_of<narrow32, word_weight_cost>(32);
     case scoring_mode::per_character:
+      return slots_of<narrow32, field_weight_cost>(32);
+    case scoring_mode::implied:
+      return implied_slots_of<narrow32, field_weight_cost>(32);
+    case scoring_mode::implied_sets:
       break;
   }
-  return slots_of<narrow32, field_weight_cost>(32);
+  return {};
 }
 
 kernel_slots kernels_64(scoring_mode mode) {
-  if (mode == scoring_mode::uniform) return slots_of<narrow64, folded_uniform_cost64>(64);
-  return slots_of<narrow64, digit_cost<narrow64>>(64);
+  return slots_for_mode<narrow64, folded_uniform_cost64>(mode, 64);
 }
 
 }  // namespace zeb

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstring>
 
+#include "engine/implied_weighting.h"
 #include "matrix/matrix.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
@@ -73,6 +74,7 @@ void fill_field_records(search_data& data, const packing_plan& plan) {
       record.min_steps = least;
       record.max_steps = most;
       record.character = e.character;
+      record.homoplasy_base = e.internal_steps;
     }
   }
 }
@@ -100,6 +102,11 @@ std::vector<std::int32_t> settings_in_force() {
   for (int t = 0; t < matrix.ntax; ++t) list.push_back(matrix.taxon_active[at(t)]);
   for (const character_record& c : matrix.characters)
     list.push_back(c.weight * 8 + c.active * 4 + c.additive * 2 + c.is_sankoff);
+  if (engine.implied_on) {
+    const auto k = std::bit_cast<std::array<std::int32_t, 2>>(engine.concavity);
+    list.insert(list.end(), {k[0], k[1], engine.extended_on});
+    for (const character_record& c : matrix.characters) list.push_back(c.internal_steps);
+  }
   return list;
 }
 
@@ -134,6 +141,10 @@ void pack_matrix() {
   data.uniform_mode = plan.uniform_mode;
   data.per_char_mode = plan.per_char_mode;
   data.base_steps = plan.base_steps;
+  data.base_fit = plan.base_fit;
+  data.implied_on = plan.implied_on;
+  data.extended_on = engine.extended_on;
+  data.concavity = engine.concavity;
   lay_out_groups(data, plan);
   data.pack_to_taxon = alloc_low<std::int32_t>(taxa.size());
   data.taxon_to_pack = alloc_low<std::int32_t>(taxa.size());
@@ -147,6 +158,10 @@ void pack_matrix() {
   std::copy(plan.word_weight.begin(), plan.word_weight.end(), data.word_weight.begin());
   fill_field_records(data, plan);
   encode_taxa(data, plan);
+  if (data.implied_on) {
+    data.base_steps = 0;  // steps count by character
+    prepare_fit_tables(data);
+  }
   bind_kernels(data);
 }
 
@@ -154,12 +169,15 @@ void pack_matrix() {
 
 packing_plan plan_packing(std::span<const std::int32_t> taxa, bool word_weights) {
   packing_plan plan;
+  plan.implied_on = engine.implied_on;
   for (int c = 0; c < matrix.nchar; ++c) {
     const character_record& record = matrix.characters[at(c)];
     if (!record.active || record.weight == 0) continue;
     refuse_unavailable(c);
     if (minimum_steps(c) >= maximum_steps(c)) {
       plan.base_steps += std::int64_t{record.weight} * maximum_steps(c);
+      plan.base_fit +=
+          record.weight * (record.internal_steps / (engine.concavity + record.internal_steps));
       continue;
     }
     const informative_states states = trim_states(c, taxa);
@@ -171,6 +189,7 @@ packing_plan plan_packing(std::span<const std::int32_t> taxa, bool word_weights)
                    : 31 - std::countl_zero(states.kept) - std::countr_zero(states.kept);
     e.repeat = 1;
     e.weight = record.weight;
+    e.internal_steps = record.internal_steps;
     e.spread = maximum_steps(c) - minimum_steps(c);
     plan.entries.push_back(e);
     plan.states.push_back(states);

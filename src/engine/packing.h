@@ -22,6 +22,8 @@ struct packing_plan {
   std::vector<pack_entry> entries;         // in matrix order
   std::vector<informative_states> states;  // by entry
   std::int64_t base_steps = 0;             // weighted steps of characters dropped as constant
+  double base_fit = 0;                     // implied weights: weighted fit of those characters
+  bool implied_on = false;
   bool uniform_mode = true;
   bool per_char_mode = false;
   std::vector<std::int32_t> word_weight;  // word-weight mode: a weight for each word
@@ -29,7 +31,8 @@ struct packing_plan {
 };
 
 /// Classifies the active characters over the taxa given (matrix rows). `word_weights` allows words
-/// of one weight each, which the 32-bit kernels gain from. Errors as prepare_search_data.
+/// of one weight each, which the 32-bit kernels gain from. Errors as prepare_search_data. Under
+/// implied weights characters keep their own weights, and those of several fields come first.
 packing_plan plan_packing(std::span<const std::int32_t> taxa, bool word_weights);
 
 /// States of a character that are worth bits, over the given taxa.

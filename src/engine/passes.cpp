@@ -1,6 +1,7 @@
 // Full passes, waves and their undoing over the tree in work.
 #include <cstring>
 
+#include "engine/implied_weighting.h"
 #include "engine/search_data.h"
 #include "shell/errors.h"
 
@@ -101,18 +102,21 @@ void remake_turned(search_data& data, int v) {
   note_words(data, s.down);
   note_words(data, s.unions);
   note_words(data, s.final);
-  data.kernels.node_down(data.sets[at(data.tree.first[at(v)])].down,
-                         data.sets[at(data.tree.second[at(v)])].down, s.down, s.unions,
-                         data.layout);
+  data.kernels.remake_down(data.sets[at(data.tree.first[at(v)])].down,
+                           data.sets[at(data.tree.second[at(v)])].down, s.down, s.unions,
+                           data.layout);
   std::memset(s.final, 0, at(data.nwords) * sizeof(word));
 }
 
 }  // namespace
 
 double full_pass(search_data& data) {
+  if (data.implied_on) reset_counters(data);
   const std::int64_t steps = pass_from(data, data.n);
   if (data.in_swap && data.cluster_count > 0) widen_clusters(data);
-  return static_cast<double>(data.base_steps + steps);
+  if (!data.implied_on) return static_cast<double>(data.base_steps + steps);
+  refresh_step_costs(data);
+  return total_fit(data);
 }
 
 double tree_length(search_data& data, std::span<const std::int32_t> anc) {
@@ -122,7 +126,11 @@ double tree_length(search_data& data, std::span<const std::int32_t> anc) {
   return full_pass(data);
 }
 
-std::int64_t subtree_pass(search_data& data, int node) { return pass_from(data, node); }
+std::int64_t subtree_pass(search_data& data, int node) {
+  const std::int64_t steps = pass_from(data, node);
+  if (data.implied_on) refresh_step_costs(data);
+  return steps;
+}
 
 void repair_after_clip(search_data& data, int start, int clip) {
   if (clip < 0) {
@@ -180,7 +188,7 @@ void reroot_subtree(search_data& data, int node, int clip) {
 }
 
 bool same_score(const search_data& data, double a, double b) {
-  if (data.implied_weighting || data.has_continuous) return a - b < 1e-08 && b - a < 1e-08;
+  if (data.implied_on || data.has_continuous) return a - b < 1e-08 && b - a < 1e-08;
   return a == b;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "engine/implied_weighting.h"
 #include "engine/packing.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
@@ -134,10 +135,16 @@ void allocate_search_data(search_data& data) {
   allocate_undo(data);
 }
 
+scoring_mode mode_of(const search_data& data) {
+  if (data.implied_on) return data.extended_on ? scoring_mode::implied_sets : scoring_mode::implied;
+  if (data.uniform_mode) return scoring_mode::uniform;
+  return data.per_char_mode ? scoring_mode::per_character : scoring_mode::word_weights;
+}
+
 void bind_kernels(search_data& data) {
-  const scoring_mode mode = data.uniform_mode    ? scoring_mode::uniform
-                            : data.per_char_mode ? scoring_mode::per_character
-                                                 : scoring_mode::word_weights;
+  const scoring_mode mode = mode_of(data);
+  if (mode == scoring_mode::implied_sets)
+    error_end("Implied weights with sets of characters are not available yet");
   const int width = (engine.long_words & 2) != 0 ? widest_kernels() : 32;
   if (gather_weights(data) > largest_weight_sum)
     error_end("The weights of all characters together may not be above 1,000,000,000");
@@ -147,6 +154,7 @@ void bind_kernels(search_data& data) {
   data.layout.head = most_variable_block(data);
   data.layout.plane_count = mode == scoring_mode::uniform ? 0 : make_planes(data);
   data.kernels = kernels_of_width(width, mode);
+  if (data.implied_on) weigh_counters(data);
   data.undo.piece_words = width / 32;
   data.undo.capacity = static_cast<std::int32_t>(
       std::min(data.undo.where_size, data.undo.words_size / at(data.undo.piece_words)));
@@ -158,6 +166,7 @@ void weights_changed(search_data& data) {
   for (const int g : set_groups)
     for (const field_record& f : data.fields[at(g)])
       if (f.character >= 0 && f.weight != 1) data.uniform_mode = false;
+  if (data.implied_on) data.uniform_mode = false;
   data.per_char_mode = !data.uniform_mode;
   bind_kernels(data);
 }

@@ -27,14 +27,15 @@ constexpr double no_score = -1.0;
 /// A character that takes part in searches, in matrix order.
 struct pack_entry {
   std::int32_t character;
-  std::int32_t group;          // current packing group
-  std::int32_t natural_group;  // given by the classifier
-  std::int32_t fields;         // fields for one repetition
-  std::int32_t repeat;         // repetitions of those fields
-  std::int32_t weight;         // weight of the word or field
-  std::int32_t divisor;        // 0, or the uniform cost a step-matrix character was reduced by
-  std::int32_t first_field;    // position of its first field in its group
-  std::int32_t spread;         // maximum less minimum steps: how much trees can differ in it
+  std::int32_t group;           // current packing group
+  std::int32_t natural_group;   // given by the classifier
+  std::int32_t fields;          // fields for one repetition
+  std::int32_t repeat;          // repetitions of those fields
+  std::int32_t weight;          // weight of the word or field
+  std::int32_t divisor;         // 0, or the uniform cost a step-matrix character was reduced by
+  std::int32_t first_field;     // position of its first field in its group
+  std::int32_t spread;          // maximum less minimum steps: how much trees can differ in it
+  std::int32_t internal_steps;  // add to the homoplasy under implied weights
 };
 
 /// One per field of every group, padding included, in the order of the fields in the words.
@@ -43,8 +44,7 @@ struct field_record {
   std::int32_t weight;
   std::int32_t min_steps;  // after the constant part was removed
   std::int32_t set_flags;
-  std::int32_t steps;  // implied weighting only: steps on the tree in work
-  std::int32_t homoplasy_base;
+  std::int32_t homoplasy_base;  // internal steps, which add to the homoplasy
   std::int32_t max_steps;
   std::uint8_t asymmetric;
   std::uint8_t ordered_matrix;
@@ -76,12 +76,24 @@ struct search_data {
   std::span<word> weight_planes;         // likewise
   bool uniform_mode = true;
   bool per_char_mode = false;
-  bool implied_weighting = false;
+  bool implied_on = false;   // scores are fits; per_char_mode is on, base_steps and base_cont are 0
+  bool extended_on = false;  // sets of characters as the unit of fit: has no kernels yet
   bool has_continuous = false;
   bool has_wide_fields = false;  // any field that needs the wide slots: groups 5 and 6
   bool has_asymmetric = false;
   std::int64_t base_steps = 0;  // constant steps removed while packing
   double base_cont = 0;         // constant cost of continuous characters
+
+  // -- implied weights; empty without them --
+  double concavity = 3.0;
+  std::int32_t fit_offset = 0;         // largest `min_steps`: a counter's `steps` can't go below 0
+  std::int32_t fit_size = 0;           // entries of the tables: one more than the largest `steps`
+  std::span<double> fit;               // by `steps`: fit of that much homoplasy, 0 up to the offset
+  std::span<double> fit_step;          // fit[i + 1] - fit[i]
+  double base_fit = 0;                 // weighted fit of characters that are the same on all trees
+  std::span<fit_counter> counters;     // by entry
+  std::span<std::int32_t> counter_of;  // by field, as `field_weight`
+  std::span<double> step_cost;         // likewise
 
   // -- the tree in work and its sets --
   tree_arrays tree;                   // four arrays of `nodes` entries
@@ -116,9 +128,10 @@ extern search_data* current_search_data;
 
 /// Settings of the engine that commands change.
 struct engine_settings {
-  int long_words = 2;            // `xbits`: bit 2 set means words wider than 32 bits may be used
-  bool implied_weights = false;  // `piwe`; searches refuse it until it is built
-  double concavity = 3.0;        // k, in steps of homoplasy: with k of them a character costs half
+  int long_words = 2;        // `xbits`: bit 2 set means words wider than 32 bits may be used
+  bool implied_on = false;   // scores are fits
+  bool extended_on = false;  // sets of characters as the unit of fit; refused until it is built
+  double concavity = 3.0;    // k, in steps of homoplasy: with k of them a character costs half
 };
 extern engine_settings engine;
 
@@ -127,9 +140,12 @@ extern engine_settings engine;
 /// the active set changed. `silent` keeps "Packing data" from showing. Cheap when nothing changed.
 /// Errors: no data, fewer than 4 active taxa, active characters of kinds that can't be searched.
 void prepare_search_data(bool full, bool silent);
+/// How the kernels add up the data of this set.
+scoring_mode mode_of(const search_data& data);
 /// Fills the kernel slots from the mode and the processor, and the kernels' weight tables from the
 /// weights of the field records (or `word_weight`), so it is to be called after these change too.
-/// Raises an error if the weights of all fields add up to more than 1,000,000,000.
+/// Raises an error if the weights of all fields add up to more than 1,000,000,000. Under implied
+/// weights the counters are put to no steps: a full pass must follow.
 void bind_kernels(search_data& data);
 /// Picks the mode for new weights in the field records (`uniform_mode` when all are 1, else
 /// `per_char_mode`) and binds the kernels. For perturbed weights (ratchet, resampling).
@@ -143,7 +159,8 @@ double tree_length(search_data& data, std::span<const std::int32_t> anc);
 /// The same over the tree in `data.tree`.
 double full_pass(search_data& data);
 /// Down and final pass over the subtree of `node` as a tree of its own (its ancestor isn't looked
-/// at); returns its steps, without `base_steps`. At a terminal nothing is done.
+/// at); returns its steps, without `base_steps`. At a terminal nothing is done. Under implied
+/// weights the steps are added to the counters instead.
 std::int64_t subtree_pass(search_data& data, int node);
 /// Rebuilds sister and descendant arrays from data.tree.anc.
 void rebuild_links(search_data& data);

@@ -233,23 +233,5 @@ void final_pass(const pass_context& t, const std::int32_t* order, std::int32_t c
   }
 }
 
-/// The table of one width; `C` is the way of adding up.
-template <class V, class C>
-kernel_slots slots_of(int bits) {
-  kernel_slots k;
-  k.cost_pair = cost_pair<V, C>;
-  k.cost_triple = cost_triple<V, C>;
-  k.scan_pairs = scan_pairs<V, C>;
-  k.node_down = node_down<V, C>;
-  k.node_final = node_final<V>;
-  k.node_final_terminal = node_final_terminal<V>;
-  k.down_pass = down_pass<V, C>;
-  k.final_pass = final_pass<V>;
-  k.clip_wave = clip_wave<V>;
-  k.insert_wave = insert_wave<V>;
-  k.width_bits = bits;
-  return k;
-}
-
 }  // namespace
 }  // namespace zeb

@@ -68,7 +68,7 @@ std::string score_text(double score) {
   note_lowest(score);
   if (score >= unknown_score) return "(none)";
   const search_data* data = current_search_data;
-  if (data && (data->has_continuous || data->implied_weighting)) return text_of("%.5f", score);
+  if (data && (data->has_continuous || data->implied_on)) return text_of("%.5f", score);
   return text_of("%lld", static_cast<long long>(score));
 }
 

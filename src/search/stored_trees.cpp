@@ -17,7 +17,7 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 const search_data& data() { return *current_search_data; }
 tree_record& record_of(int slot) { return searching.tree_records[at(slot)]; }
 std::span<std::int32_t> scratch() { return searching.identity_scratch; }
-bool fractional() { return data().has_continuous || data().implied_weighting; }
+bool fractional() { return data().has_continuous || data().implied_on; }
 
 void link(int slot, int bucket, double score) {
   tree_record& record = record_of(slot);

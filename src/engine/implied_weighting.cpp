@@ -1,0 +1,113 @@
+#include "engine/implied_weighting.h"
+
+#include <algorithm>
+
+#include "shell/arena.h"
+
+namespace zeb {
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+const field_record& first_record(const search_data& data, const pack_entry& e) {
+  return data.fields[at(e.group)][at(e.first_field)];
+}
+
+/// Number of a group's first field in arrays by field, which leave out the unused groups.
+int first_field_number(const search_data& data, int group) {
+  int number = 0;
+  for (int g = 0; g < group; ++g) number += data.field_count[at(g)];
+  return number;
+}
+
+/// Homoplasy before any step is counted, with the offset. A character without fields never gets
+/// more than its internal steps.
+std::int32_t uncounted_steps(const search_data& data, const pack_entry& e) {
+  if (e.fields == 0) return data.fit_offset + e.internal_steps;
+  const field_record& record = first_record(data, e);
+  return record.homoplasy_base + data.fit_offset - record.min_steps;
+}
+
+/// Offset and size of the tables. No character has more steps on a tree than one for each taxon in
+/// each of its fields.
+void measure_tables(search_data& data) {
+  data.fit_offset = 0;
+  for (const pack_entry& e : data.entries)
+    if (e.fields > 0) data.fit_offset = std::max(data.fit_offset, first_record(data, e).min_steps);
+  int most = 0;
+  for (const pack_entry& e : data.entries)
+    most = std::max(most, uncounted_steps(data, e) + e.fields * data.n);
+  data.fit_size = most + 2;
+}
+
+}  // namespace
+
+void prepare_fit_tables(search_data& data) {
+  measure_tables(data);
+  data.fit = alloc_low<double>(at(data.fit_size));
+  data.fit_step = alloc_low<double>(at(data.fit_size));
+  for (int i = 0; i < data.fit_size; ++i) {
+    const double h = std::max(0, i - data.fit_offset);
+    data.fit[at(i)] = h / (data.concavity + h);
+    if (i > 0) data.fit_step[at(i - 1)] = data.fit[at(i)] - data.fit[at(i - 1)];
+  }
+  data.fit_step[at(data.fit_size - 1)] = 0;  // beyond all trees
+  data.counters = alloc_low<fit_counter>(data.entries.size());
+  data.counter_of = alloc_low<std::int32_t>(data.field_weight.size());
+  data.step_cost = calloc_low<double>(data.field_weight.size());
+  std::fill(data.counter_of.begin(), data.counter_of.end(), -1);
+  data.layout.fits = {data.counters.data(), data.counter_of.data(), data.step_cost.data(),
+                      data.fit_step.data(), 0};
+  for (std::size_t i = 0; i < data.entries.size(); ++i) {
+    const pack_entry& e = data.entries[i];
+    const int first = first_field_number(data, e.group) + e.first_field;
+    data.counters[i] = {0, 0, first, e.fields};
+    std::fill_n(data.counter_of.begin() + first, e.fields, static_cast<std::int32_t>(i));
+    if (e.fields > 1)
+      data.layout.fits.shared_end =
+          std::max(data.layout.fits.shared_end, (e.first_field + e.fields - 1) / 16 + 1);
+  }
+}
+
+void weigh_counters(search_data& data) {
+  for (std::size_t i = 0; i < data.entries.size(); ++i) {
+    const pack_entry& e = data.entries[i];
+    data.counters[i].weight = e.fields > 0 ? first_record(data, e).weight : e.weight;
+  }
+  reset_counters(data);
+  refresh_step_costs(data);
+}
+
+void reset_counters(search_data& data) {
+  for (std::size_t i = 0; i < data.entries.size(); ++i)
+    data.counters[i].steps = uncounted_steps(data, data.entries[i]);
+}
+
+void refresh_step_costs(search_data& data) {
+  for (const fit_counter& c : data.counters)
+    std::fill_n(data.step_cost.begin() + c.first_field, c.fields,
+                c.weight * data.fit_step[at(c.steps)]);
+}
+
+double total_fit(const search_data& data) {
+  double sum = data.base_fit;
+  for (const fit_counter& c : data.counters) sum += c.weight * data.fit[at(c.steps)];
+  return sum;
+}
+
+void add_attachment_steps(search_data& data, const word* clip, const word* branch) {
+  data.kernels.fit.add_steps(clip, branch, data.layout);
+}
+
+double remove_home_steps(search_data& data, const word* clip, const word* branch) {
+  return data.kernels.fit.remove_steps(clip, branch, data.layout);
+}
+
+double exact_score(search_data& data, const word* clip, const word* branch) {
+  add_attachment_steps(data, clip, branch);
+  const double score = total_fit(data);
+  remove_home_steps(data, clip, branch);
+  return score;
+}
+
+}  // namespace zeb

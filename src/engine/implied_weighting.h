@@ -1,0 +1,38 @@
+// Implied weights in searches (Goloboff 1993): the steps of each character on the tree in work are
+// kept in counters, from which the score, the fit, and the cost of the next step are read. Lower is
+// better; scores are sums of weight * h / (k + h) over the characters, h being the homoplasy.
+//
+// What a count says and what the tree in work is must agree: a full pass counts afresh; whoever
+// detaches or attaches a subtree takes its steps off or adds them.
+#pragma once
+
+#include "engine/search_data.h"
+
+namespace zeb {
+
+/// Makes the fit tables for the general concavity and a counter for each packed character. The last
+/// step of packing, once `min_steps` of the field records are final; bind_kernels follows.
+void prepare_fit_tables(search_data& data);
+/// Takes over the weights of the field records. Part of bind_kernels.
+void weigh_counters(search_data& data);
+
+/// Puts all counters to no steps beyond the internal ones, for a down-pass to count in.
+void reset_counters(search_data& data);
+/// Writes the cost of one more step to the fields of all characters, after such a pass.
+void refresh_step_costs(search_data& data);
+
+/// The score by the counters as they are.
+double total_fit(const search_data& data);
+
+/// Counts the steps of joining two trees: those of the fields where the sets don't meet. The words
+/// are the `branch` set of the branch joined, and of the clip the `down` set of its root, or the
+/// `branch` set of the branch that it is joined by.
+void add_attachment_steps(search_data& data, const word* clip, const word* branch);
+/// Takes them off again; returns what they cost. Afterwards the fit kernels give the cost of other
+/// places beside the score of the two trees.
+double remove_home_steps(search_data& data, const word* clip, const word* branch);
+/// Score of the tree if the clip, whose steps of joining aren't counted, were joined there. Summed
+/// over all characters, so that no rounding piles up in long swaps.
+double exact_score(search_data& data, const word* clip, const word* branch);
+
+}  // namespace zeb

@@ -1,0 +1,273 @@
+// Implied weights in the packed engine: fits of trees and costs of joining against the oracle's
+// steps by character, bounds, and the same bits in every width.
+#include "engine/implied_weighting.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "property/random_matrix.h"
+#include "shell/arena.h"
+#include "shell/errors.h"
+#include "shell/process.h"
+#include "support/program.h"
+
+namespace zeb {
+namespace {
+
+using zeb_test::chance;
+using zeb_test::draw;
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+constexpr double unbounded = std::numeric_limits<double>::infinity();
+
+class implied_weighting : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    zeb_test::start_program();
+    create_arena(std::size_t{1} << 28);
+  }
+  static void TearDownTestSuite() {
+    engine = {};
+    wipe_matrix();
+  }
+};
+
+/// Sum over the characters of weight * h / (k + h), from the oracle's steps.
+double oracle_fit(const zeb_test::oracle_matrix& oracle, const search_data& data,
+                  std::span<const std::int32_t> anc) {
+  naive::rooted_tree tree{data.n, {anc.begin(), anc.end()}};
+  tree.parent[at(data.n)] = -1;
+  double sum = 0;
+  std::vector<std::uint32_t> column(at(data.n));
+  for (std::size_t c = 0; c < oracle.cells.size(); ++c) {
+    for (int t = 0; t < data.n; ++t) column[at(t)] = oracle.cells[c][at(data.pack_to_taxon[at(t)])];
+    const auto character = static_cast<int>(c);
+    const long steps = naive::least_steps(tree, column, oracle.additive[c]);
+    const double h =
+        static_cast<double>(steps - minimum_steps(character) + matrix.characters[c].internal_steps);
+    sum += oracle.weight[c] * h / (engine.concavity + h);
+  }
+  return sum;
+}
+
+std::vector<int> nodes_below(const search_data& data, int top) {
+  std::vector<int> nodes = {top};
+  for (std::size_t i = 0; i < nodes.size(); ++i)
+    if (nodes[i] >= data.n) {
+      nodes.push_back(data.tree.first[at(nodes[i])]);
+      nodes.push_back(data.tree.second[at(nodes[i])]);
+    }
+  return nodes;
+}
+
+/// One place for a clip: its sets, and those of two branches that it may be joined to.
+struct operands {
+  const word* clip;
+  const word* branch;
+  const word* other;
+};
+
+/// All widths give the same bits, whatever the bound, and stop where they should.
+void check_bounds(const search_data& data, const operands& o) {
+  const kernel_slots reference = kernels_of_width(32, scoring_mode::implied);
+  const kernel_layout& l = data.layout;
+  const double cost = reference.fit.cost_pair(o.clip, o.branch, l, unbounded);
+  const double both = reference.fit.cost_triple(o.clip, o.branch, o.other, l, unbounded);
+  ASSERT_LE(both, cost);
+  ASSERT_LE(both, reference.fit.cost_pair(o.clip, o.other, l, unbounded));
+  for (const int bits : {32, 64, 256, 512}) {
+    if (bits > widest_kernels()) continue;
+    SCOPED_TRACE(::testing::Message() << bits << " bits");
+    const fit_slots k = kernels_of_width(bits, scoring_mode::implied).fit;
+    ASSERT_EQ(k.cost_pair(o.clip, o.branch, l, unbounded), cost);
+    ASSERT_EQ(k.cost_pair(o.clip, o.branch, l, std::nextafter(cost, unbounded)), cost);
+    ASSERT_GE(k.cost_pair(o.clip, o.branch, l, cost), cost);  // stopped: not below the bound
+    ASSERT_GE(k.cost_pair(o.clip, o.branch, l, cost / 2), cost / 2);
+    ASSERT_EQ(k.cost_triple(o.clip, o.branch, o.other, l, both), both);
+    const double below = std::nextafter(both, -1.0);
+    ASSERT_GT(k.cost_triple(o.clip, o.branch, o.other, l, below), below);
+  }
+}
+
+void check_scan(const search_data& data, const word* clip, const std::vector<std::int32_t>& items,
+                double bound) {
+  const int count = static_cast<int>(items.size());
+  for (int from = 0; from <= count;) {
+    int wanted = from;
+    double wanted_cost = 0;
+    for (; wanted < count; ++wanted) {
+      wanted_cost = data.kernels.fit.cost_pair(clip, data.sets[at(items[at(wanted)])].branch,
+                                               data.layout, unbounded);
+      if (wanted_cost < bound) break;
+    }
+    double cost = -1;
+    const int found =
+        data.kernels.fit.scan_pairs(clip, data.branch_base, data.set_stride, items.data(), from,
+                                    count, data.layout, bound, &cost);
+    ASSERT_EQ(found, wanted) << "from " << from << " bound " << bound;
+    if (found < count) {
+      ASSERT_EQ(cost, wanted_cost);
+    }
+    from = found + 1;
+  }
+}
+
+/// A clip put elsewhere, with another root: its cost there, and the exact score, are those of the
+/// tree that comes out; the counters follow.
+void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::mt19937& g) {
+  constexpr double rounding = 1e-9;
+  int clip = 0;
+  do clip = draw(g, 1, data.nodes - 1);
+  while (clip == data.n || data.tree.anc[at(clip)] == data.n);
+  const int sister = data.tree.sister[at(clip)];
+  const double score = total_fit(data);
+  const int joint = detach(data.tree, clip);
+  repair_after_clip(data, sister, clip);
+  const node_sets& own = data.sets[at(clip)];
+  const word* const home = data.sets[at(sister)].branch;
+  const double home_cost = remove_home_steps(data, own.down, home);
+  const double apart = total_fit(data);
+  ASSERT_NEAR(score, apart + home_cost, rounding);
+  ASSERT_NEAR(data.kernels.fit.cost_pair(own.down, home, data.layout, unbounded), home_cost,
+              rounding);
+
+  const std::vector<int> subtree = nodes_below(data, clip);
+  std::vector<int> targets = nodes_below(data, data.n);
+  std::erase_if(targets, [&](int v) { return v == data.n || v == 0; });
+  const auto pick = [&](const std::vector<int>& list) {
+    return list[at(draw(g, 0, static_cast<int>(list.size()) - 1))];
+  };
+  const int target = pick(targets);
+  const int root_at = pick(subtree);
+  const word* const clip_words = root_at == clip ? own.down : data.sets[at(root_at)].branch;
+  const word* const branch = data.sets[at(target)].branch;
+  ASSERT_NO_FATAL_FAILURE(
+      check_bounds(data, {clip_words, branch, data.sets[at(pick(targets))].branch}));
+  const double cost = data.kernels.fit.cost_pair(clip_words, branch, data.layout, unbounded);
+  ASSERT_NO_FATAL_FAILURE(check_scan(data, clip_words, targets, cost));
+  ASSERT_NO_FATAL_FAILURE(check_scan(data, clip_words, targets, home_cost + rounding));
+  const double exact = exact_score(data, clip_words, branch);
+  ASSERT_EQ(total_fit(data), apart);
+  ASSERT_NEAR(exact, apart + cost, rounding);
+
+  add_attachment_steps(data, clip_words, branch);
+  ASSERT_EQ(total_fit(data), exact);
+  const std::vector<double> step_cost(data.step_cost.begin(), data.step_cost.end());
+  if (root_at != clip) reroot_subtree(data, root_at, clip);
+  attach(data.tree, clip, joint, target);
+  repair_after_insert(data, clip);
+  ASSERT_EQ(full_pass(data), exact);
+  ASSERT_TRUE(std::equal(step_cost.begin(), step_cost.end(), data.step_cost.begin()));
+  ASSERT_NEAR(exact, oracle_fit(oracle, data, data.tree.anc), rounding);
+}
+
+/// Counts of a clipped tree and its clip, made by passes over both.
+void check_two_passes(search_data& data, std::mt19937& g) {
+  int clip = 0;
+  do clip = draw(g, 1, data.nodes - 1);
+  while (clip == data.n || data.tree.anc[at(clip)] == data.n);
+  const int sister = data.tree.sister[at(clip)];
+  const int joint = detach(data.tree, clip);
+  repair_after_clip(data, sister, clip);
+  remove_home_steps(data, data.sets[at(clip)].down, data.sets[at(sister)].branch);
+  const double apart = total_fit(data);
+  full_pass(data);
+  subtree_pass(data, clip);
+  ASSERT_EQ(total_fit(data), apart);
+  attach(data.tree, clip, joint, sister);
+  full_pass(data);
+}
+
+zeb_test::oracle_matrix random_data(std::mt19937& g, int most_taxa, int most_characters) {
+  const zeb_test::data_shape shape = zeb_test::random_shape(g, most_taxa, most_characters);
+  zeb_test::oracle_matrix oracle = zeb_test::fill_matrix(shape, g);
+  for (character_record& record : matrix.characters)
+    record.internal_steps = chance(g, 0.2) ? draw(g, 1, 5) : 0;
+  if (chance(g, 0.2)) matrix.outgroup = draw(g, 0, shape.ntax - 1);
+  if (chance(g, 0.2))
+    for (int t = 0; t < shape.ntax; ++t)
+      if (t != matrix.outgroup && active_taxa() > 4 && chance(g, 0.3))
+        matrix.taxon_active[at(t)] = 0;
+  engine.long_words = chance(g, 0.5) ? 2 : 0;
+  engine.implied_on = true;
+  engine.concavity = std::uniform_real_distribution<double>(0.3, 20)(g);
+  return oracle;
+}
+
+void check_data(std::mt19937& g, int most_taxa, int most_characters, int trees) {
+  const zeb_test::oracle_matrix oracle = random_data(g, most_taxa, most_characters);
+  prepare_search_data(true, true);
+  search_data& data = *current_search_data;
+  for (int i = 0; i < trees; ++i) {
+    const naive::rooted_tree tree = naive::random_tree(data.n, g);
+    std::vector<std::int32_t> anc(tree.parent.begin(), tree.parent.end());
+    anc[at(data.n)] = data.nodes;
+    double score = -1;
+    for (const int bits : {32, 64, 256, 512}) {
+      if (bits > widest_kernels()) continue;
+      data.kernels = kernels_of_width(bits, mode_of(data));
+      end_undo(data);
+      const double found = tree_length(data, anc);
+      if (score >= 0) {
+        ASSERT_EQ(found, score) << bits << " bits";
+      }
+      score = found;
+      ASSERT_NEAR(score, oracle_fit(oracle, data, anc), 1e-9) << bits << " bits";
+      if (data.n < 4) continue;
+      ASSERT_NO_FATAL_FAILURE(check_two_passes(data, g));
+      ASSERT_NO_FATAL_FAILURE(check_move(data, oracle, g));
+    }
+  }
+}
+
+TEST_F(implied_weighting, fits_and_costs_agree_with_the_oracle) {
+  for (unsigned seed = 1; seed <= 1500; ++seed) {
+    std::mt19937 g(seed);
+    ASSERT_NO_FATAL_FAILURE(check_data(g, 14, 20, 2)) << "seed " << seed;
+  }
+  for (unsigned seed = 1; seed <= 6; ++seed) {
+    std::mt19937 g(seed);
+    ASSERT_NO_FATAL_FAILURE(check_data(g, 90, 400, 1)) << "seed " << seed;
+  }
+}
+
+TEST_F(implied_weighting, follows_changed_weights_and_concavities) {
+  std::mt19937 g(3);
+  for (int round = 0; round < 50; ++round) {
+    zeb_test::oracle_matrix oracle = random_data(g, 12, 12);
+    prepare_search_data(true, true);
+    search_data& data = *current_search_data;
+    const naive::rooted_tree tree = naive::random_tree(data.n, g);
+    std::vector<std::int32_t> anc(tree.parent.begin(), tree.parent.end());
+    anc[at(data.n)] = data.nodes;
+    const double before = tree_length(data, anc);
+    // As a perturbed search does: the weights of fields, of all that there are.
+    for (auto& group : data.fields)
+      for (field_record& f : group) f.weight *= 2;
+    weights_changed(data);
+    const double constant = data.base_fit;
+    double fieldless = 0;
+    for (std::size_t i = 0; i < data.entries.size(); ++i)
+      if (data.entries[i].fields == 0)
+        fieldless += data.counters[i].weight * data.fit[at(data.counters[i].steps)];
+    ASSERT_NEAR(tree_length(data, anc), 2 * before - constant - fieldless, 1e-9);
+    engine.concavity *= 2;
+    prepare_search_data(true, true);
+    ASSERT_NEAR(tree_length(*current_search_data, anc),
+                oracle_fit(oracle, *current_search_data, anc), 1e-9);
+  }
+}
+
+TEST_F(implied_weighting, sets_of_characters_are_refused) {
+  ASSERT_EQ(kernels_of_width(32, scoring_mode::implied_sets).fit.cost_pair, nullptr);
+  std::mt19937 g(4);
+  random_data(g, 8, 8);
+  engine.extended_on = true;
+  const jump_context context;
+  EXPECT_THROW(prepare_search_data(true, true), command_unwinding);
+}
+
+}  // namespace
+}  // namespace zeb
