@@ -4,6 +4,7 @@
 
 #include "consensus/commands.h"
 #include "consensus/consensus.h"
+#include "consensus/requests.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/interpreter.h"
@@ -140,6 +141,29 @@ bool set_cut(int consensus_settings::*cut, int lowest, const char* refusal, cons
 }
 
 }  // namespace
+
+std::vector<double> requested_frequencies(bool differences) {
+  const consensus_request request = read_request(true);
+  if (request.store) invalid_option();
+  const tree_selection selection = selection_of(request);
+  std::vector<int> counts;
+  const_tree_span tree;
+  group_tree result;
+  if (request.reference >= 0) {
+    tree = stored_tree(request.reference);
+    counts = differences ? group_differences(selection, tree) : group_frequencies(selection, tree);
+  } else {
+    result = differences ? difference_consensus(selection, consensus.freqdif_cut)
+                         : majority_consensus(selection, consensus.majority_cut);
+    tree = result.tree;
+    counts = result.values;
+  }
+  const int none = differences && request.reference >= 0 ? no_group : -1;
+  std::vector<double> values(at(node_limit(tree, matrix.ntax)), 100);
+  for (std::size_t n = 0; n < values.size(); ++n)
+    if (counts[n] != none) values[n] = counts[n] * 100.0 / request.n_trees;
+  return values;
+}
 
 void nelsen_command() {
   const int c = skip_blanks_peek();

@@ -113,20 +113,58 @@ std::string string_argument() {
   return variable_string(section ? first_data_cell(reference.cell) : reference.cell);
 }
 
-double write_list(const char* name, std::span<const double> values) {
-  const auto count = static_cast<int>(values.size());
+namespace {
+
+void check_target(const char* name, int count) {
   if (macros.assign_target < 0) error_end(name, "can be used only to set a variable");
-  if (count > macros.assign_room) {
-    if (macros.assign_is_array) {
-      error_end(name, "has", count, "values, but array can store only", macros.assign_room);
-    }
-    if (macros.protection && macros.assign_room == 1) error_end(name, "requires arrays");
-    error_end("Cannot store", count, "values in variable", macros.assign_target);
+  if (macros.assign_is_scalar) {
+    if (count < 2) error_end(name, "requires arrays");
+    error_end(name, "requires arrays\nCannot store", count, "values in variable",
+              variable_name(macros.assign_target));
   }
-  for (int i = 0; i < count; ++i)
-    store_variable(macros.assign_target + i, values[static_cast<std::size_t>(i)]);
+}
+
+[[noreturn]] void no_room(const char* name, int count) {
+  if (!macros.assign_is_array)
+    error_end("Cannot store", count, "values in variable", macros.assign_target);
+  error_end(name, "has", count, "values, but array can store only", macros.assign_room);
+}
+
+void list_is_written(int count) {
   macros.list_size = count - 1;
   macros.list_written = true;
+}
+
+}  // namespace
+
+double write_list(const char* name, std::span<const double> values) {
+  const auto count = static_cast<int>(values.size());
+  check_target(name, count);
+  if (macros.assign_sizes.size() > 1 && macros.protection == 2)
+    error_end(name, "requires 1-dimensional arrays");
+  if (count > macros.assign_room) no_room(name, count);
+  for (int i = 0; i < count; ++i)
+    store_variable(macros.assign_target + i, values[static_cast<std::size_t>(i)]);
+  list_is_written(count);
+  return count ? values[0] : 0;
+}
+
+double write_rows(const char* name, std::span<const double> values, int columns) {
+  const auto count = static_cast<int>(values.size());
+  check_target(name, count);
+  int row_cells = columns;
+  if (macros.protection && macros.assign_is_array) {
+    if (macros.assign_sizes.size() != 2) error_end(name, "requires 2-dimensional arrays");
+    row_cells = macros.assign_sizes[1];
+    if (columns > row_cells || count / columns > macros.assign_sizes[0]) no_room(name, count);
+  } else if (count > macros.assign_room) {
+    no_room(name, count);
+  }
+  for (int i = 0; i < count; ++i) {
+    store_variable(macros.assign_target + i / columns * row_cells + i % columns,
+                   values[static_cast<std::size_t>(i)]);
+  }
+  list_is_written(count);
   return count ? values[0] : 0;
 }
 

@@ -6,7 +6,9 @@
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "macro/macro_state.h"
+#include "macro/macro_values.h"
 #include "matrix/matrix.h"
+#include "matrix/symbols.h"
 #include "shell/errors.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -52,6 +54,29 @@ double is_continuous() { return record(one_character()).is_continuous; }
 double is_landmark() { return record(one_character()).type == landmark_data; }
 // Costs aren't built: no character has a table, symmetric or not.
 double is_sankoff() { return record(one_character()).is_sankoff; }
+// Allowed states of the root come with the costs: no character has them.
+double has_ancestral_states() {
+  one_character();
+  return 0;
+}
+bool has_categories(int character) {
+  return !record(character).is_continuous && record(character).type != landmark_data;
+}
+double is_categorical() { return has_categories(one_character()); }
+double last_landmark_character() {
+  require_data("using data in expressions");
+  int count = 0;
+  for (const character_record& c : matrix.characters) count += c.type == landmark_data;
+  return count - 1;
+}
+// The error margin of landmark searches, which aren't there yet.
+double landmark_error() {
+  if (brackets_follow()) {
+    const double which = bracketed_values(1, 1)[0];
+    if (!(which >= 0 && which < 5)) error_end("Landmark error margin is 0-4");
+  }
+  error_end("Expression \"lmerror\" is not available yet");
+}
 double weight() { return record(one_character()).weight; }
 double informative() { return is_informative(one_character()); }
 
@@ -59,12 +84,24 @@ double steps(int character, int value) {
   return record(character).is_continuous ? value / 1000.0 : value;
 }
 
+step_range steps_over_all(int character) {
+  const std::vector<std::uint8_t> all(static_cast<std::size_t>(matrix.ntax), 1);
+  return steps_over_taxa(character, all);
+}
+
 double least_steps() {
+  const int c = one_character();
+  return steps(c, steps_over_all(c).least);
+}
+double most_steps() {
+  const int c = one_character();
+  return steps(c, steps_over_all(c).most);
+}
+double least_steps_of_active() {
   const int c = one_character();
   return steps(c, minimum_steps(c));
 }
-
-double most_steps() {
+double most_steps_of_active() {
   const int c = one_character();
   return steps(c, maximum_steps(c));
 }
@@ -212,6 +249,62 @@ double sequence_end(bool first) {
 double sequence_start() { return sequence_end(true); }
 double sequence_last() { return sequence_end(false); }
 
+// ---- edit cost ----
+
+struct edit_costs {
+  double substitution = 1;
+  double gap_opening = 1;
+  double gap_extension = 1;
+  bool gaps_only = false;
+};
+
+edit_costs read_edit_costs() {
+  edit_costs costs;
+  for (double* cost : {&costs.substitution, &costs.gap_opening, &costs.gap_extension}) {
+    const int next = skip_blanks_peek();
+    if (next == ']' || next == 'G' || next == 'g') break;
+    *cost = macro_value();
+    if (*cost < 0) error_end("Costs of editing can't be negative");
+  }
+  costs.gaps_only = accept_char('G') || accept_char('g');
+  return costs;
+}
+
+bool is_gap(int taxon, int character) {
+  const character_record& r = record(character);
+  if (!r.gap_is_state) return false;
+  const int state = r.type == dna_data ? dna_gap_state : protein_gap_state;
+  return cell(taxon, character) == 1U << state;
+}
+
+// The cost of turning one taxon's row into the other's, as they are aligned: positions in which
+// both have gaps, or one is missing, don't count; a run of gaps of one taxon against residues of
+// the other is opened once and extended from there.
+double edit_cost() {
+  open_brackets();
+  const int a = taxon_argument();
+  const int b = taxon_argument();
+  const edit_costs costs = read_edit_costs();
+  close_brackets();
+  double sum = 0;
+  int gap_of = -1;  // the taxon in whose gap the last counted position lies
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (!record(c).active || !has_categories(c) || is_missing(a, c) || is_missing(b, c)) continue;
+    const bool gap_a = is_gap(a, c);
+    const bool gap_b = is_gap(b, c);
+    if (gap_a && gap_b) continue;
+    if (gap_a || gap_b) {
+      const int gapped = gap_a ? a : b;
+      sum += gapped == gap_of ? costs.gap_extension : costs.gap_opening;
+      gap_of = gapped;
+      continue;
+    }
+    gap_of = -1;
+    if (!costs.gaps_only && !(cell(a, c) & cell(b, c))) sum += costs.substitution;
+  }
+  return sum;
+}
+
 constexpr function_row rows[] = {
     {"ntax", last_taxon},
     {"nchar", last_character},
@@ -222,13 +315,18 @@ constexpr function_row rows[] = {
     {"issank", is_sankoff},
     {"iscont", is_continuous},
     {"islmark", is_landmark},
+    {"lmnchar", last_landmark_character},
+    {"lmerror", landmark_error},
+    {"isanc", has_ancestral_states},
+    {"iscateg", is_categorical},
     {"isinfo", informative},
     {"isdup", repeats_data},
+    {"editcost", edit_cost},
     {"weight", weight},
     {"minsteps", least_steps},
     {"maxsteps", most_steps},
-    {"minstepsact", least_steps},
-    {"maxstepsact", most_steps},
+    {"minstepsact", least_steps_of_active},
+    {"maxstepsact", most_steps_of_active},
     {"maxstate", highest_state},
     {"nstates", state_count},
     {"missing", missing_cell},

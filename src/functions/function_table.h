@@ -22,7 +22,10 @@ struct function_row {
 /// The functions of each subject.
 std::span<const function_row> data_functions();
 std::span<const function_row> tree_functions();
+std::span<const function_row> tree_group_functions();
 std::span<const function_row> score_functions();
+std::span<const function_row> search_functions();
+std::span<const function_row> change_functions();
 std::span<const function_row> group_functions();
 std::span<const function_row> setting_functions();
 std::span<const function_row> number_functions();

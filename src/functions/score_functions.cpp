@@ -1,4 +1,5 @@
 // Lengths and homoplasy of trees, and the states of their nodes.
+#include <algorithm>
 #include <vector>
 
 #include "engine/fits.h"
@@ -50,7 +51,7 @@ double length(polytomy_kind polytomies) {
   return in_units(argument.character, optimiser.steps(argument.character));
 }
 
-double homoplasy(polytomy_kind polytomies) {
+double homoplasy(polytomy_kind polytomies, bool weighted) {
   const score_argument argument = read_argument();
   const std::vector<std::uint8_t> marks = marks_of(argument);
   plain_optimiser optimiser(marks);
@@ -59,8 +60,9 @@ double homoplasy(polytomy_kind polytomies) {
   for (int c = 0; c < matrix.nchar; ++c) {
     if (!marks[static_cast<std::size_t>(c)]) continue;
     const double extra = in_units(c, optimiser.steps(c) - minimum_steps(c));
-    sum += argument.character < 0 ? extra * matrix.characters[static_cast<std::size_t>(c)].weight
-                                  : extra;
+    sum += argument.character < 0 || weighted
+               ? extra * matrix.characters[static_cast<std::size_t>(c)].weight
+               : extra;
   }
   return sum;
 }
@@ -77,39 +79,57 @@ double fit(polytomy_kind polytomies) {
 
 double hard_length() { return length(polytomy_kind::hard); }
 double soft_length() { return length(polytomy_kind::soft); }
-double hard_homoplasy() { return homoplasy(polytomy_kind::hard); }
-double soft_homoplasy() { return homoplasy(polytomy_kind::soft); }
+double hard_homoplasy() { return homoplasy(polytomy_kind::hard, false); }
+double soft_homoplasy() { return homoplasy(polytomy_kind::soft, false); }
+double weighted_homoplasy() { return homoplasy(polytomy_kind::hard, true); }
 double hard_fit() { return fit(polytomy_kind::hard); }
 double soft_fit() { return fit(polytomy_kind::soft); }
 
-// "[C N T]", ":" before N for the down-pass states. "." needs arrays and stays to be built.
-double node_states() {
+// ---- states of nodes ----
+
+constexpr int every = -1;  // "." in place of a character or node
+
+// "[C N T]", ":" before N for the down-pass states.
+struct states_argument {
+  int character = every;
+  int node = every;
+  int tree = 0;
+  bool down = false;
+};
+
+states_argument read_states_argument() {
+  states_argument result;
   open_brackets();
-  if (accept_char('.')) error_end("Expression \"states\" with \".\" is not available yet");
-  const int character = character_argument();
-  const bool down = accept_char(':');
-  if (accept_char('.')) error_end("Expression \"states\" with \".\" is not available yet");
-  const int node = whole_argument();
-  const int tree = tree_argument();
+  if (!accept_char('.')) result.character = character_argument();
+  result.down = accept_char(':');
+  if (!accept_char('.')) result.node = whole_argument();
+  result.tree = tree_argument();
   close_brackets();
-  const character_record& record = matrix.characters[static_cast<std::size_t>(character)];
-  if (record.is_continuous) error_end("Expression \"states\" is for discrete characters");
-  const const_tree_span nodes = stored_tree(tree);
-  if (node < 0 || node >= node_limit(nodes, matrix.ntax)) error_end("Tree doesn't have such node");
-  plain_optimiser optimiser(marks_of({tree, character}));
-  optimiser.optimise(nodes, polytomy_kind::hard, true);
-  const std::span<const std::uint32_t> sets = down ? optimiser.down(node) : optimiser.final(node);
-  // An ordered character stands in one column for each threshold: a state is possible where no
-  // threshold below it says "not above" only, and none above it says "above" only.
-  if (optimiser.columns().empty()) return 0;
-  if (optimiser.columns()[0].threshold < 0) return sets[0];
+  const const_tree_span tree = stored_tree(result.tree);
+  const bool in_tree = result.node >= 0 && result.node < node_limit(tree, matrix.ntax);
+  if (result.node != every &&
+      (!in_tree || (result.node < matrix.ntax && is_absent(tree, result.node))))
+    error_end("Tree doesn't have such node");
+  return result;
+}
+
+// What every node of the tree has of a character that no tree has steps in: the one state that
+// occurs, or all where none does.
+std::uint32_t constant_states(int character) {
+  recheck_steps();
+  const std::uint32_t observed = matrix.characters[static_cast<std::size_t>(character)].observed;
+  return observed ? observed : matrix.state_mask;
+}
+
+// An ordered character stands in one column for each threshold: a state is possible where no
+// threshold below it says "not above" only, and none above it says "above" only.
+std::uint32_t ordered_states(std::span<const plain_column> columns,
+                             std::span<const std::uint32_t> sets) {
   std::uint32_t states = 0;
-  const int lowest = optimiser.columns().front().threshold;
-  const int highest = optimiser.columns().back().threshold + 1;
-  for (int s = lowest; s <= highest; ++s) {
+  for (int s = columns.front().threshold; s <= columns.back().threshold + 1; ++s) {
     bool possible = true;
-    for (std::size_t i = 0; i < optimiser.columns().size(); ++i) {
-      const bool above = s > optimiser.columns()[i].threshold;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const bool above = s > columns[i].threshold;
       possible = possible && (sets[i] & (above ? 2U : 1U));
     }
     if (possible) states |= 1U << s;
@@ -117,10 +137,60 @@ double node_states() {
   return states;
 }
 
+std::uint32_t states_at(const plain_optimiser& optimiser, int character, int node, bool down) {
+  const std::span<const plain_column> columns = optimiser.columns();
+  const auto first = std::find_if(columns.begin(), columns.end(), [character](const auto& column) {
+    return column.character == character;
+  });
+  if (first == columns.end()) return constant_states(character);
+  const auto last = std::find_if(first, columns.end(), [character](const auto& column) {
+    return column.character != character;
+  });
+  const auto from = static_cast<std::size_t>(first - columns.begin());
+  const auto count = static_cast<std::size_t>(last - first);
+  const auto sets = (down ? optimiser.down(node) : optimiser.final(node)).subspan(from, count);
+  return first->threshold < 0 ? sets[0] : ordered_states(columns.subspan(from, count), sets);
+}
+
+bool has_states(int character) {
+  const character_record& record = matrix.characters[static_cast<std::size_t>(character)];
+  return !record.is_continuous && record.type != landmark_data;
+}
+
+// With ".", characters without states and nodes that aren't in the tree have none: 0. Rows are
+// characters, columns nodes.
+double node_states() {
+  const states_argument argument = read_states_argument();
+  const bool all_characters = argument.character == every;
+  const bool all_nodes = argument.node == every;
+  if (!all_characters && !has_states(argument.character))
+    error_end("Expression \"states\" is for discrete characters");
+  const const_tree_span tree = stored_tree(argument.tree);
+  std::vector<std::uint8_t> marks(static_cast<std::size_t>(matrix.nchar), 0);
+  for (int c = 0; c < matrix.nchar; ++c)
+    marks[static_cast<std::size_t>(c)] =
+        (all_characters || c == argument.character) && has_states(c);
+  plain_optimiser optimiser(marks);
+  optimiser.optimise(tree, polytomy_kind::hard, true);
+  std::vector<double> values;
+  const int nodes = node_limit(tree, matrix.ntax);
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (!all_characters && c != argument.character) continue;
+    for (int node = 0; node < nodes; ++node) {
+      if (!all_nodes && node != argument.node) continue;
+      const bool absent = node < matrix.ntax && is_absent(tree, node);
+      const bool stated = marks[static_cast<std::size_t>(c)] && !absent;
+      values.push_back(stated ? states_at(optimiser, c, node, argument.down) : 0);
+    }
+  }
+  if (all_characters && all_nodes) return write_rows("States", values, nodes);
+  return all_characters || all_nodes ? write_list("States", values) : values[0];
+}
+
 constexpr function_row rows[] = {
-    {"length", hard_length},    {"softlength", soft_length}, {"score", hard_length},
-    {"softscore", soft_length}, {"homo", hard_homoplasy},    {"softhomo", soft_homoplasy},
-    {"whomo", hard_homoplasy},  {"states", node_states},     {"fit", hard_fit},
+    {"length", hard_length},       {"softlength", soft_length}, {"score", hard_length},
+    {"softscore", soft_length},    {"homo", hard_homoplasy},    {"softhomo", soft_homoplasy},
+    {"whomo", weighted_homoplasy}, {"states", node_states},     {"fit", hard_fit},
     {"softfit", soft_fit},
 };
 

@@ -4,15 +4,16 @@
 #include <thread>
 
 #include "engine/collapsing.h"
+#include "engine/search_data.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "macro/macro_state.h"
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
-#include "search/search_state.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
 #include "shell/input.h"
+#include "shell/lexer.h"
 #include "shell/process.h"
 #include "shell/random.h"
 #include "trees/tree_store.h"
@@ -20,7 +21,6 @@
 namespace zeb {
 namespace {
 
-double hits_of_last_search() { return searching.hits_value; }
 double absent_included() { return store.include_absent; }
 double arguments() { return static_cast<double>(top_frame().arguments.size()); }
 double break_setting() { return settings.break_polling != 0; }
@@ -52,6 +52,20 @@ double peak_memory() {
                                                                   : arena.peak_ram_ever);
 }
 double background() { return process.background; }
+// Implied weights have one form so far, the standard one.
+double implied_weighting() { return engine.implied_weights; }
+double concavity() { return engine.concavity; }
+double slave_number() {
+  if (!brackets_follow()) return 0;
+  open_brackets();
+  const int parent = whole_argument();
+  if (!accept_char(']')) error_end("Expected closing bracket for \"slavenum\"");
+  error_end("No parent", parent);
+}
+double all_processors() {
+  if (process.slave) error_end("Sorry, cannot access \"totcpus\" in slaves");
+  error_end("Expression \"totcpus\" is not available yet");
+}
 double task_variable() { error_end("TASKVAR not yet implemented"); }
 
 constexpr function_row rows[] = {
@@ -85,12 +99,13 @@ constexpr function_row rows[] = {
     {"time", seconds},
     {"usdram", peak_memory},
     {"bground", background},
-    {"piwe", never},
+    {"piwe", implied_weighting},
+    {"kval", concavity},
     {"pmode", never},
     {"plevel", never},
     {"seclevel", never},
-    {"slavenum", never},
-    {"numhits", hits_of_last_search},
+    {"slavenum", slave_number},
+    {"totcpus", all_processors},
     {"numhosts", never},
     {"numjobs", never},
     {"taskvar", task_variable},

@@ -1,10 +1,10 @@
-// Trees in memory: nodes, groups, sizes, distances.
+// Trees in memory: nodes, sizes, shape.
 #include <algorithm>
-#include <set>
 #include <vector>
 
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "functions/tree_arguments.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/interpreter.h"
@@ -14,48 +14,7 @@
 namespace zeb {
 namespace {
 
-struct tree_and_node {
-  const_tree_span tree;
-  int number = 0;
-  int node = 0;
-};
-
-int one_tree() {
-  open_brackets();
-  const int tree = tree_argument();
-  close_brackets();
-  return tree;
-}
-
-tree_and_node tree_then_node() {
-  tree_and_node result;
-  result.number = tree_argument();
-  result.tree = stored_tree(result.number);
-  result.node = node_argument(result.number);
-  return result;
-}
-
-tree_and_node bracketed_tree_and_node() {
-  open_brackets();
-  const tree_and_node result = tree_then_node();
-  close_brackets();
-  return result;
-}
-
 int ancestor(const_tree_span tree, int node) { return tree[static_cast<std::size_t>(node)]; }
-
-std::vector<int> terminals_of(const_tree_span tree, int node) {
-  std::vector<int> result;
-  for (int t = 0; t < matrix.ntax; ++t) {
-    if (t == node || (!is_absent(tree, t) && descends_from(tree, matrix.ntax, t, node)))
-      result.push_back(t);
-  }
-  return result;
-}
-
-double write_nodes(const char* name, const std::vector<int>& nodes) {
-  return write_list(name, std::vector<double>(nodes.begin(), nodes.end()));
-}
 
 double last_tree() { return store.ntrees - 1; }
 double last_vault_tree() { return store.vault_trees - 1; }
@@ -142,12 +101,13 @@ double root_node() {
   return matrix.ntax;
 }
 
-double largest_node() {
+// Without a tree, as many as a dichotomous one has.
+double node_count() {
   if (!brackets_follow()) {
     require_data("using data in expressions");
-    return matrix.nnodes - 1;
+    return matrix.nnodes;
   }
-  return node_limit(stored_tree(one_tree()), matrix.ntax) - 1;
+  return node_limit(stored_tree(one_tree()), matrix.ntax);
 }
 
 double internal_nodes() { return node_limit(stored_tree(one_tree()), matrix.ntax) - matrix.ntax; }
@@ -168,14 +128,51 @@ double taxon_in_tree() {
   return !is_absent(stored_tree(tree), taxon);
 }
 
+bool same_tree(const_tree_span a, const_tree_span b) {
+  const auto used = static_cast<std::ptrdiff_t>(node_limit(a, matrix.ntax));
+  return node_limit(a, matrix.ntax) == node_limit(b, matrix.ntax) &&
+         std::equal(a.begin(), a.begin() + used, b.begin());
+}
+
 double equal_trees() {
   open_brackets();
   const const_tree_span a = stored_tree(tree_argument());
   const const_tree_span b = stored_tree(tree_argument());
   close_brackets();
-  const auto used = static_cast<std::ptrdiff_t>(node_limit(a, matrix.ntax));
-  return node_limit(a, matrix.ntax) == node_limit(b, matrix.ntax) &&
-         std::equal(a.begin(), a.begin() + used, b.begin());
+  return same_tree(a, b);
+}
+
+double copies_of_tree() {
+  const const_tree_span tree = stored_tree(one_tree());
+  int count = 0;
+  for (int t = 0; t < store.ntrees; ++t) count += same_tree(stored_tree(t), tree);
+  return count;
+}
+
+// 1 less the imbalance of Colless (1982) as a share of its maximum: how much larger the largest
+// clade of each node is than its smallest one, summed; the maximum is that of a comb.
+double symmetry() {
+  const const_tree_span tree = stored_tree(one_tree());
+  const descendant_lists lists = descendants_of(tree, matrix.ntax);
+  std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
+  std::vector<int> sizes(lists.first.size(), 1);
+  double imbalance = 0;
+  for (auto node = order.rbegin(); node != order.rend(); ++node) {
+    int sum = 0;
+    int largest = 0;
+    int smallest = matrix.ntax;
+    for (int d = lists.first[static_cast<std::size_t>(*node)]; d >= 0;
+         d = lists.sibling[static_cast<std::size_t>(d)]) {
+      const int size = sizes[static_cast<std::size_t>(d)];
+      sum += size;
+      largest = std::max(largest, size);
+      smallest = std::min(smallest, size);
+    }
+    sizes[static_cast<std::size_t>(*node)] = sum;
+    imbalance += std::max(0, largest - smallest);
+  }
+  const double n = sizes[static_cast<std::size_t>(matrix.ntax)];
+  return n < 3 ? 1 : 1 - imbalance / ((n - 1) * (n - 2) / 2);
 }
 
 // ---- lists ----
@@ -214,108 +211,30 @@ double terminal_list() {
   return write_nodes("Grouplist", terminals_of(t.tree, t.node));
 }
 
-// ---- groups of two trees ----
-
-bool includes(const std::vector<int>& large, const std::vector<int>& small) {
-  return std::includes(large.begin(), large.end(), small.begin(), small.end());
-}
-
-bool overlap(const std::vector<int>& a, const std::vector<int>& b) {
-  std::vector<int> shared;
-  std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(shared));
-  return !shared.empty();
-}
-
-double compare_two_groups() {
-  open_brackets();
-  const tree_and_node first = tree_then_node();
-  const tree_and_node second = tree_then_node();
-  close_brackets();
-  const std::vector<int> a = terminals_of(first.tree, first.node);
-  const std::vector<int> b = terminals_of(second.tree, second.node);
-  if (a == b) return 3;
-  if (includes(a, b)) return 1;
-  if (includes(b, a)) return 2;
-  return overlap(a, b) ? 0 : 4;
-}
-
-// Node of the tree with the group; 0 none but compatible, -1 contradicted.
-int matching_node(const std::vector<int>& group, const_tree_span tree) {
-  int answer = 0;
-  for (int node = matrix.ntax; node < node_limit(tree, matrix.ntax); ++node) {
-    const std::vector<int> other = terminals_of(tree, node);
-    if (other == group) return node;
-    if (!includes(group, other) && !includes(other, group) && overlap(group, other)) answer = -1;
+// One terminal of each descendant of a node, the first.
+double representatives() {
+  const tree_and_node t = bracketed_tree_and_node();
+  const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
+  std::vector<int> taxa;
+  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0;
+       d = lists.sibling[static_cast<std::size_t>(d)]) {
+    taxa.push_back(terminals_of(t.tree, d).front());
   }
-  return answer;
+  return write_nodes("Repspoly", taxa);
 }
 
-double equal_group() {
-  open_brackets();
-  const tree_and_node t = tree_then_node();
-  const const_tree_span other = stored_tree(tree_argument());
-  close_brackets();
-  return matching_node(terminals_of(t.tree, t.node), other);
-}
-
-double group_to_group() {
-  open_brackets();
-  const const_tree_span a = stored_tree(tree_argument());
-  const const_tree_span b = stored_tree(tree_argument());
-  close_brackets();
-  std::vector<int> nodes;
-  for (int t = 0; t < matrix.ntax; ++t) nodes.push_back(is_absent(b, t) ? 0 : t);
-  for (int node = matrix.ntax; node < node_limit(a, matrix.ntax); ++node) {
-    nodes.push_back(matching_node(terminals_of(a, node), b));
+// By taxon, which descendant of the node holds it, from 1; 0 outside the node's group.
+double split_of_group() {
+  const tree_and_node t = bracketed_tree_and_node();
+  const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
+  std::vector<int> parts(static_cast<std::size_t>(matrix.ntax), 0);
+  int part = 0;
+  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0;
+       d = lists.sibling[static_cast<std::size_t>(d)]) {
+    ++part;
+    for (const int taxon : terminals_of(t.tree, d)) parts[static_cast<std::size_t>(taxon)] = part;
   }
-  return write_nodes("Grptogrp", nodes);
-}
-
-std::set<std::vector<int>> groups_of(const_tree_span tree) {
-  std::set<std::vector<int>> groups;
-  for (int node = matrix.ntax + 1; node < node_limit(tree, matrix.ntax); ++node) {
-    groups.insert(terminals_of(tree, node));
-  }
-  return groups;
-}
-
-// Groups in only one of the trees (Robinson and Foulds 1981, rooted), and how many groups both have
-// in all.
-struct group_difference {
-  double unshared = 0;
-  double all = 0;
-};
-
-group_difference compare_trees() {
-  open_brackets();
-  const const_tree_span first = stored_tree(tree_argument());
-  const const_tree_span second = stored_tree(tree_argument());
-  close_brackets();
-  const auto a = groups_of(first);
-  const auto b = groups_of(second);
-  group_difference result;
-  result.all = static_cast<double>(a.size() + b.size());
-  for (const auto& group : a) result.unshared += !b.contains(group);
-  for (const auto& group : b) result.unshared += !a.contains(group);
-  return result;
-}
-
-double group_distance() { return compare_trees().unshared; }
-
-double robinson_foulds() {
-  const group_difference d = compare_trees();
-  return d.all > 0 ? d.unshared / d.all : 0;
-}
-
-double monophyletic() {
-  open_brackets();
-  const const_tree_span tree = stored_tree(tree_argument());
-  std::vector<int> group;
-  while (skip_blanks_peek() != ']') group.push_back(taxon_argument());
-  close_brackets();
-  std::sort(group.begin(), group.end());
-  group.erase(std::unique(group.begin(), group.end()), group.end());
-  return group.size() < 2 || matching_node(group, tree) > 0;
+  return write_nodes("Splitgroup", parts);
 }
 
 constexpr function_row rows[] = {
@@ -330,21 +249,19 @@ constexpr function_row rows[] = {
     {"comnod", common_node},
     {"distnode", node_distance},
     {"root", root_node},
-    {"nnodes", largest_node},
+    {"nnodes", node_count},
     {"tnodes", internal_nodes},
     {"tsize", taxa_of_tree},
     {"isintree", taxon_in_tree},
     {"eqtrees", equal_trees},
+    {"tcount", copies_of_tree},
+    {"symcoeff", symmetry},
+    {"repspoly", representatives},
+    {"splitgroup", split_of_group},
     {"downlist", down_list},
     {"uplist", up_list},
     {"deslist", descendant_list},
     {"grouplist", terminal_list},
-    {"gcomp", compare_two_groups},
-    {"eqgroup", equal_group},
-    {"grptogrp", group_to_group},
-    {"grpdist", group_distance},
-    {"rfdist", robinson_foulds},
-    {"ismono", monophyletic},
 };
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "shell/errors.h"
 #include "shell/input.h"
 #include "shell/lexer.h"
+#include "shell/lists.h"
 #include "shell/output.h"
 #include "shell/process.h"
 
@@ -310,6 +311,7 @@ void connect_macro_reader() {
   read_char = macro_read_char;
   unread_char = macro_unread_char;
   read_value = macro_read_value;
+  list_words.number_of = macro_list_word;
   macro_hooks.frame_about_to_be_pushed = frame_about_to_be_pushed;
   macro_hooks.frame_pushed = frame_pushed;
   macro_hooks.frame_popped = frame_popped;
@@ -325,6 +327,7 @@ void disconnect_macro_reader() {
   read_char = plain_read_char;
   unread_char = plain_unread_char;
   read_value = plain_read_value;
+  list_words.number_of = nullptr;
   macro_hooks = {};
 }
 

@@ -88,7 +88,9 @@ struct macro_state {
   int assign_target = -1;  // cell that a list function writes from on; -1 none
   int assign_room = 0;     // cells it may fill
   bool assign_is_array = false;
-  bool list_written = false;  // a list function has filled the target
+  std::span<const int> assign_sizes;  // dimensions of that array; empty for a cell
+  bool assign_is_scalar = false;      // a cell with a name, under protection: no place for a list
+  bool list_written = false;          // a list function has filled the target
 };
 extern macro_state macros;
 

@@ -299,6 +299,15 @@ double macro_value() {
   return value;
 }
 
+bool macro_list_word(std::string_view word, bool names_element, double* value) {
+  const int variable = find_variable(word);
+  if (variable >= 0) {
+    *value = variable;
+    return true;
+  }
+  return !names_element && resolve_function && resolve_function(word, value);
+}
+
 double evaluate(expression_end end, std::string* echo) {
   const depth_guard guard;
   int c = skip_blanks_peek();

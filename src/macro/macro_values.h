@@ -21,6 +21,10 @@ bool macro_read_value(double* value, bool* parenthesised);
 /// before ";".
 double macro_value();
 
+/// The number that a word in a list of elements stands for: a variable's, or a function's value
+/// unless the word is an element's whole name.
+bool macro_list_word(std::string_view word, bool names_element, double* value);
+
 /// How an expression ends.
 enum class expression_end { semicolon, parenthesis, bracket };
 /// Evaluates up to ";" (left unread) at top level, or up to the matching ")" (consumed; the "(" has

@@ -87,16 +87,16 @@ void check_not_index_cell(const variable_reference& target) {
 // all that follow an unnamed number.
 void open_target(const variable_reference& target) {
   const std::span<const int> sizes = variable_dimensions(target.cell);
-  macros.assign_is_array = target.is_section();
+  macros.assign_is_array = target.is_section() && !sizes.empty();
+  macros.assign_sizes = macros.assign_is_array ? sizes : std::span<const int>();
+  macros.assign_is_scalar = macros.protection && target.named && !macros.assign_is_array;
   macros.list_written = false;
   macros.assign_target = target.cell;
-  if (target.is_section() && !sizes.empty()) {
+  if (macros.assign_is_array) {
     macros.assign_target = first_data_cell(target.cell);
     macros.assign_room = static_cast<int>(data_cell_count(sizes));
-  } else if (macros.protection && target.named) {
-    macros.assign_room = 1;
   } else {
-    macros.assign_room = macros.max_variables - target.cell;
+    macros.assign_room = macros.assign_is_scalar ? 1 : macros.max_variables - target.cell;
   }
 }
 

@@ -17,7 +17,6 @@
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
-#include "shell/process.h"
 
 namespace zeb {
 
@@ -190,7 +189,7 @@ int name_one(int number, std::vector<int> sizes) {
   read_bracketed_sizes(sizes, number);
   name_variable(number, name, sizes);
   const int cells = sizes.empty() ? 1 : static_cast<int>(array_cells(sizes));
-  if (!settings.report || !macros.report) return cells;
+  if (!macros.report) return cells;
   std::string text = "Var. " + std::to_string(number) + " " + name;
   if (!sizes.empty())
     text += text_of(" (%zu-dimensional, ", sizes.size()) + dimensions_text(sizes, " x ") + ")";

@@ -6,6 +6,7 @@
 #include "engine/collapsing.h"
 #include "matrix/matrix.h"
 #include "search/registration.h"
+#include "search/search_state.h"
 #include "search/swapper.h"
 #include "shell/errors.h"
 
@@ -141,6 +142,10 @@ void collapse_by_swapping(const_tree_span tree, bool use_tbr, std::span<std::uin
 
 }  // namespace
 
-void register_search() { register_swap_collapser(collapse_by_swapping); }
+void register_search() {
+  register_swap_collapser(collapse_by_swapping);
+  // Scores of other data can't be compared.
+  add_new_matrix_hook([] { searching.lowest_seen = no_score; });
+}
 
 }  // namespace zeb

@@ -207,7 +207,6 @@ class definition_reader {
       }
       return;
     }
-    if (!find_list_kind(table_.kind).name) error_end("Expecting", table_.kind, "number");
     list.read_item_from(word);
   }
 

@@ -11,6 +11,7 @@
 namespace zeb {
 
 list_registry lists;
+list_word_source list_words;
 
 void register_list_kind(const list_kind& kind) {
   for (list_kind& known : lists.kinds) {

@@ -100,10 +100,12 @@ int list_reader::element_of(std::int64_t number) const {
   return static_cast<int>(element);
 }
 
-/// Digits, or an expression under the macro language; `no_number` where none comes next. Digits
-/// that run into letters are the beginning of a name: `word` then gets all of it.
+/// Digits, or under the macro language an expression, a variable or a function; `no_number` where
+/// none comes next. Digits that run into letters, and words that stand for no number, are the
+/// beginning of a name: `word` then gets all of it.
 std::int64_t list_reader::read_number(std::string* word) {
   int c = peek_char();
+  if (word && list_words.number_of && std::isalpha(c)) return read_word_number(word);
   if (!starts_number(c)) return no_number;
   if (c == '(') return read_int();
   constexpr std::int64_t too_large = 1'000'000'000'000'000;
@@ -124,7 +126,49 @@ std::int64_t list_reader::read_number(std::string* word) {
   return number;
 }
 
-/// N, N.M, N., .M and ".", with the step of a range.
+/// What a variable or function of that name stands for; `no_number` where it is neither.
+std::int64_t list_reader::number_of_word(std::string_view word) const {
+  double value = 0;
+  if (!list_words.number_of ||
+      !list_words.number_of(word, kind_.name && is_whole_name(word), &value)) {
+    return no_number;
+  }
+  constexpr double too_large = 1e15;
+  // A negative number is no element: it must not pass for the absence of a number.
+  return value >= 0 ? static_cast<std::int64_t>(std::min(value, too_large)) : -2;
+}
+
+/// A word of letters, digits and "_" is what a variable or function may be called. Where it is
+/// neither, `word` gets it, with what follows of a name of an element.
+std::int64_t list_reader::read_word_number(std::string* word) {
+  std::string text;
+  int c = read_char();
+  for (; std::isalnum(c) || c == '_'; c = read_char()) {
+    if (static_cast<int>(text.size()) >= std::max(lexer.name_limit, 50)) error_end("Name too long");
+    text.push_back(static_cast<char>(c));
+  }
+  unread_char();
+  const std::int64_t number = number_of_word(text);
+  if (number != no_number) return number;
+  for (c = read_char(); c > 32 && c < 256 && name_chars[static_cast<std::size_t>(c)];
+       c = read_char()) {
+    text.push_back(static_cast<char>(c));
+  }
+  unread_char();
+  *word = text;
+  return no_number;
+}
+
+bool list_reader::is_whole_name(std::string_view word) const {
+  for (int element = lowest_; element < limit_; ++element) {
+    const std::string_view name = kind_.name(element);
+    if (name.size() == word.size() && is_prefix(word, name)) return true;
+  }
+  return false;
+}
+
+/// N, N.M, N., .M and ".", with the step of a range; or a name that begins with digits, or with
+/// letters that might have been a variable's.
 void list_reader::read_numbers() {
   std::string word;
   const std::int64_t from = read_number(&word);
@@ -134,14 +178,15 @@ void list_reader::read_numbers() {
     return;
   }
   read_char();
-  const std::int64_t to = read_number(nullptr);
+  const std::int64_t to = read_number(std::isalpha(peek_char()) ? &word : nullptr);
   const int last = to == no_number ? limit_ - 1 : element_of(to);
   const int start = from == no_number ? lowest_ : element_of(from);
-  const int step = read_step();
+  const int step = word.empty() ? read_step() : 1;
   // A range given backwards is the same range.
   for (std::int64_t e = std::min(start, last); e <= std::max(start, last); e += step) {
     if (e >= lowest_ && e < limit_) set(static_cast<int>(e));
   }
+  if (!word.empty()) read_item_from(word);
 }
 
 int list_reader::read_step() {
@@ -157,6 +202,9 @@ int list_reader::read_step() {
 }
 
 void list_reader::read_item_from(std::string_view word) {
+  const std::int64_t number = number_of_word(word);
+  if (number != no_number) return set(element_of(number));
+  if (!kind_.name) error_end("Expecting", kind_.noun, "number");
   if (kind_.special_word) {
     const int element = kind_.special_word(word);
     if (element >= lowest_ && element < limit_) {
@@ -173,6 +221,7 @@ void list_reader::read_item_from(std::string_view word) {
 }
 
 void list_reader::read_named() {
+  if (list_words.number_of && std::isalpha(skip_blanks_peek())) return read_numbers();
   if (!kind_.name) error_end("Expecting", kind_.noun, "number");
   if (read_name() == 0) expected_another();
   read_item_from(std::string(token()));

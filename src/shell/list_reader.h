@@ -36,6 +36,9 @@ class list_reader {
   [[noreturn]] void expected_another() const;
   int element_of(std::int64_t number) const;
   std::int64_t read_number(std::string* word);
+  std::int64_t read_word_number(std::string* word);
+  std::int64_t number_of_word(std::string_view word) const;
+  bool is_whole_name(std::string_view word) const;
   void read_numbers();
   int read_step();
   void read_named();

@@ -39,6 +39,14 @@ const list_kind& find_list_kind(std::string_view noun);
 using descendant_marker = void (*)(int tree, int node, std::span<std::uint8_t> marks);
 void set_descendant_marker(descendant_marker marker);
 
+/// Words that stand for numbers in lists. The macro language plugs `number_of` in while it is on:
+/// true and the value for a variable or function of exactly this name, false for other words. A
+/// variable comes before an element called like it, a function behind (`names_element`).
+struct list_word_source {
+  bool (*number_of)(std::string_view word, bool names_element, double* value) = nullptr;
+};
+extern list_word_source list_words;
+
 /// A list fixed by the macro layer for a kind: fills the marks and returns true, or returns false.
 using fixed_list_source = bool (*)(std::string_view kind, int first, int end,
                                    std::span<std::uint8_t> marks);

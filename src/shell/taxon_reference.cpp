@@ -51,12 +51,24 @@ void rebuild_index(const list_kind& kind) {
   }
 }
 
+/// Trees name taxa: a variable or function comes in only where no taxon is called so. -1 for none.
+int taxon_of_variable(const std::string& word, int count) {
+  double value = 0;
+  if (!list_words.number_of || !list_words.number_of(word, false, &value)) return -1;
+  if (!(value >= 0 && value < count)) error_end("Error: no taxon", word);
+  return static_cast<int>(value);
+}
+
 /// By the whole name, then the whole name in whatever case, then the beginning of the name.
 int taxon_named(const list_kind& kind, const std::string& word) {
   const int indexed = indexed_taxon(kind, word);
   if (indexed >= 0) return indexed;
   const std::vector<int> found = elements_named(kind, 0, kind.count(), word);
-  if (found.empty()) error_end("Unidentified taxon name:", word);
+  if (found.empty()) {
+    const int number = taxon_of_variable(word, kind.count());
+    if (number < 0) error_end("Unidentified taxon name:", word);
+    return number;
+  }
   for (int element : found) {
     if (kind.name(element) != word) continue;
     rebuild_index(kind);
