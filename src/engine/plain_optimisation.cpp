@@ -83,19 +83,19 @@ void plain_optimiser::add_character(int character, std::span<const std::uint8_t>
     error_end("Step-matrix characters (as", character, ") can't be optimized yet");
   std::vector<std::uint32_t> cells(at(matrix.ntax));
   std::uint32_t observed = 0;
-  range_column range{character, {}};
+  std::vector<value_range> ranges;
   for (int t = 0; t < matrix.ntax; ++t) {
     const bool silent = is_ignored(ignored_taxa, t) || says_nothing(character, cell(t, character));
     if (record.is_continuous) {
       const continuous_cell value = read_continuous_cell(t, character);
-      range.cells.push_back(silent ? value_range{0, 65535} : value_range{value.low, value.high});
+      ranges.push_back(silent ? value_range{} : value_range{value.low, value.high});
       continue;
     }
     cells[at(t)] = silent ? 0 : cell(t, character);
     observed |= cells[at(t)];
   }
   if (record.is_continuous) {
-    ranges_.push_back(std::move(range));
+    ranges_.add_character(character, ranges);
     return;
   }
   if (std::popcount(observed) < 2) return;  // no tree has steps in it
@@ -162,7 +162,12 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
   std::fill(steps_.begin(), steps_.end(), 0);
   const descendant_lists lists = descendants_of(tree, ntax);
   const std::vector<int> order = nodes_rootward_first(lists, ntax);
-  if (n == 0 && ranges_.empty()) return;
+  if (has_continuous()) {
+    ranges_.optimise(order, lists, polytomies, with_finals);
+    for (std::size_t i = 0; i < ranges_.size(); ++i)
+      steps_[at(ranges_.character(i))] = ranges_.steps(i);
+  }
+  if (n == 0) return;
   const std::size_t size = at(std::max(node_limit(tree, ntax), ntax + 1)) * n;
   down_.resize(size);
   reach_.resize(size);
@@ -178,7 +183,6 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
       down_polytomy(*v, below, polytomies);
   }
   for (std::size_t i = 0; i < n; ++i) steps_[at(columns_[i].character)] += column_steps_[i];
-  if (!ranges_.empty()) optimise_ranges(order, lists, polytomies);
   if (!with_finals) return;
   final_.resize(size);
   for (std::size_t i = 0; i < n; ++i) final_[at(ntax) * n + i] = down_[at(ntax) * n + i];
@@ -187,41 +191,6 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
       plain_final(&final_[at(v) * n], &down_[at(d) * n],
                   d < ntax ? &down_[at(d) * n] : &reach_[at(d) * n], observed_.data(),
                   &final_[at(d) * n], n);
-}
-
-/// Continuous characters: a node's range is where the sum of distances to the descendants' ranges
-/// is least (Farris 1970); that lies between the middle ones of all their ends.
-void plain_optimiser::optimise_ranges(std::span<const int> order, const descendant_lists& lists,
-                                      polytomy_kind polytomies) {
-  std::vector<value_range> down(lists.first.size());
-  std::vector<int> ends;
-  for (const range_column& column : ranges_) {
-    std::copy(column.cells.begin(), column.cells.end(), down.begin());
-    std::int64_t sum = 0;
-    for (auto v = order.rbegin(); v != order.rend(); ++v) {
-      ends.clear();
-      int least_high = 65535;
-      int most_low = 0;
-      for (int d = lists.first[at(*v)]; d >= 0; d = lists.sibling[at(d)]) {
-        ends.push_back(down[at(d)].low);
-        ends.push_back(down[at(d)].high);
-        least_high = std::min(least_high, down[at(d)].high);
-        most_low = std::max(most_low, down[at(d)].low);
-      }
-      if (ends.empty()) continue;
-      if (polytomies == polytomy_kind::soft || ends.size() <= 4) {
-        down[at(*v)] = {std::min(least_high, most_low), std::max(least_high, most_low)};
-        sum += std::max(0, most_low - least_high);
-        continue;
-      }
-      std::sort(ends.begin(), ends.end());
-      const value_range middle = {ends[ends.size() / 2 - 1], ends[ends.size() / 2]};
-      for (int d = lists.first[at(*v)]; d >= 0; d = lists.sibling[at(d)])
-        sum += std::max({0, down[at(d)].low - middle.low, middle.low - down[at(d)].high});
-      down[at(*v)] = middle;
-    }
-    steps_[at(column.character)] = sum;
-  }
 }
 
 double plain_optimiser::score() const {

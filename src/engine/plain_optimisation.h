@@ -10,15 +10,10 @@
 #include <span>
 #include <vector>
 
+#include "engine/range_optimisation.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
-
-/// How a node with more than two descendants is optimised.
-enum class polytomy_kind {
-  hard,  // all descendants stem from the node at once (Hartigan 1973)
-  soft,  // each character resolves the node as suits it best (Maddison 1989)
-};
 
 /// One character as a tree shows it.
 struct plain_column {
@@ -44,22 +39,15 @@ class plain_optimiser {
   std::int64_t steps(int character) const { return steps_[static_cast<std::size_t>(character)]; }
   /// Weighted sum over the characters, continuous ones in whole units.
   double score() const;
-  bool has_continuous() const { return !ranges_.empty(); }
+  bool has_continuous() const { return ranges_.size() > 0; }
 
   /// Sets of a node on the last tree, by column.
   std::span<const std::uint32_t> down(int node) const { return row(down_, node); }
   std::span<const std::uint32_t> final(int node) const { return row(final_, node); }
+  /// The continuous characters among those taken, which have no columns.
+  const range_optimiser& ranges() const { return ranges_; }
 
  private:
-  struct value_range {
-    std::int32_t low;
-    std::int32_t high;
-  };
-  struct range_column {
-    int character;
-    std::vector<value_range> cells;  // by taxon
-  };
-
   std::span<const std::uint32_t> row(const std::vector<std::uint32_t>& sets, int node) const {
     return std::span(sets).subspan(static_cast<std::size_t>(node) * columns_.size(),
                                    columns_.size());
@@ -67,13 +55,11 @@ class plain_optimiser {
   void add_character(int character, std::span<const std::uint8_t> ignored_taxa);
   void add_column(const plain_column& column, std::span<const std::uint32_t> cells);
   void down_polytomy(int node, std::span<const int> below, polytomy_kind polytomies);
-  void optimise_ranges(std::span<const int> order, const descendant_lists& lists,
-                       polytomy_kind polytomies);
 
   std::vector<plain_column> columns_;
   std::vector<std::uint32_t> observed_;  // by column
   std::vector<std::uint32_t> cells_;     // terminal sets by column, a taxon after the other
-  std::vector<range_column> ranges_;
+  range_optimiser ranges_;
   std::vector<std::int64_t> steps_;         // by character
   std::vector<std::int32_t> column_steps_;  // by column
   std::vector<std::uint32_t> down_;

@@ -1,5 +1,5 @@
 // Plain optimisation of stored trees against the oracle: polytomies, absent taxa, soft and hard;
-// the final sets, and what the collapsing rules make of them.
+// the final sets.
 #include "engine/plain_optimisation.h"
 
 #include <gtest/gtest.h>
@@ -113,48 +113,6 @@ TEST_F(plain_optimisation, soft_polytomies_are_as_short_as_the_best_resolution) 
       ASSERT_EQ(optimiser.steps(c),
                 best_resolution(tree, oracle.cells[at(c)], oracle.additive[at(c)]))
           << "seed " << seed << " character " << c;
-  }
-}
-
-/// Does some, or every, reconstruction of the character change on the branch above v? A
-/// reconstruction without a change there is one of the tree with that branch collapsed, where the
-/// two ends are the same node.
-bool change_is_forced(const naive::rooted_tree& tree, int v,
-                      const std::vector<std::uint32_t>& cells) {
-  naive::rooted_tree joined = tree;
-  for (int& p : joined.parent)
-    if (p == v) p = tree.parent[at(v)];
-  joined.parent[at(v)] = -1;  // out of the tree
-  std::vector<std::uint32_t> none;
-  naive::rooted_tree renumbered;
-  renumbered.terminals = tree.terminals;
-  for (int u = 0; u < static_cast<int>(joined.parent.size()); ++u) {
-    if (u == v) continue;
-    const int p = joined.parent[at(u)];
-    renumbered.parent.push_back(p > v ? p - 1 : p);
-  }
-  return naive::least_steps(renumbered, cells, false) > naive::least_steps(tree, cells, false);
-}
-
-TEST_F(plain_optimisation, rules_1_and_3_collapse_by_forced_and_possible_changes) {
-  for (unsigned seed = 1; seed <= 300; ++seed) {
-    std::mt19937 g(seed);
-    zeb_test::data_shape shape = zeb_test::random_shape(g, 9, 3);
-    shape.additive = 0;
-    shape.weights = zeb_test::weighting::one;
-    const zeb_test::oracle_matrix oracle = zeb_test::fill_matrix(shape, g);
-    const std::vector<tree_node> record = random_record(shape.ntax, 0.8, g);
-    const naive::rooted_tree tree = as_naive(record, shape.ntax);
-    std::vector<std::uint8_t> forced(record.size());
-    std::vector<std::uint8_t> possible(record.size());
-    branch_judge(3).mark(record, forced);
-    branch_judge(1).mark(record, possible);
-    for (int v = shape.ntax + 1; v < static_cast<int>(tree.parent.size()); ++v) {
-      bool wanted = false;
-      for (const auto& cells : oracle.cells) wanted = wanted || change_is_forced(tree, v, cells);
-      ASSERT_EQ(forced[at(v)] != 0, wanted) << "seed " << seed << " node " << v;
-      ASSERT_LE(forced[at(v)], possible[at(v)]) << "seed " << seed << " node " << v;
-    }
   }
 }
 
