@@ -53,7 +53,7 @@ double peak_memory() {
 }
 double background() { return process.background; }
 // Implied weights have one form so far, the standard one.
-double implied_weighting() { return engine.implied_weights; }
+double implied_weighting() { return engine.implied_on; }
 double concavity() { return engine.concavity; }
 double slave_number() {
   if (!brackets_follow()) return 0;
