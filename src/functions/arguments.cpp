@@ -94,7 +94,7 @@ std::string string_argument() {
   if (next == ']' || next == ';') error_end("Give number");
   if (std::isdigit(next) || next == '(') {
     const variable_reference reference = read_variable_reference(false);
-    return variable_string(reference.cell);
+    return variable_string(section_start(reference));
   }
   // A name of a variable that holds the string; any other word is the string itself.
   const reading_flag quotes(&macro_reading::no_quotes);
@@ -109,8 +109,7 @@ std::string string_argument() {
   const int variable = find_variable(word);
   if (variable < 0) return word;
   const variable_reference reference = read_subscripts(variable, true, false);
-  const bool section = reference.is_section() && !variable_dimensions(reference.cell).empty();
-  return variable_string(section ? first_data_cell(reference.cell) : reference.cell);
+  return variable_string(section_start(reference));
 }
 
 namespace {

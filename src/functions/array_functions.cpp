@@ -20,13 +20,9 @@ namespace {
 
 // Where a reference to values starts: an array stands for its first data cell.
 int first_cell(const variable_reference& reference, int* cells) {
-  const std::span<const int> sizes = variable_dimensions(reference.cell);
-  if (sizes.empty()) {
-    *cells = -1;
-    return reference.cell;
-  }
-  *cells = static_cast<int>(data_cell_count(sizes));
-  return first_data_cell(reference.cell);
+  const bool section = reference.is_section();
+  *cells = section ? static_cast<int>(data_cell_count(section_sizes(reference))) : -1;
+  return section_start(reference);
 }
 
 // "[start num]", with "+N" behind start, and "/num" for num. Without num, all of an array.
@@ -151,8 +147,7 @@ double variable_size() {
   if (!macros.protection) error_end("Variable \"varsize\" valid only in macro protection mode");
   skip_blanks_peek();
   const variable_reference reference = read_variable_reference(false);
-  const std::span<const int> sizes = variable_dimensions(reference.cell);
-  return sizes.empty() ? 1 : static_cast<double>(data_cell_count(sizes));
+  return static_cast<double>(data_cell_count(section_sizes(reference)));
 }
 
 constexpr function_row rows[] = {

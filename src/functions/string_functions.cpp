@@ -54,8 +54,7 @@ double last_cell_of_string() {
   open_brackets();
   const variable_reference reference = read_variable_reference(false);
   close_brackets();
-  const bool section = reference.is_section() && !variable_dimensions(reference.cell).empty();
-  const int cell = section ? first_data_cell(reference.cell) : reference.cell;
+  const int cell = section_start(reference);
   const auto size = static_cast<int>(variable_string(cell).size()) + 1;
   const int cell_size = macros.integer_only ? 4 : 8;
   return cell + (size - 1) / cell_size;

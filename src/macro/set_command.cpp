@@ -20,10 +20,9 @@ namespace zeb {
 namespace {
 
 void store_string(const variable_reference& target) {
-  int cell = target.cell;
+  const int cell = section_start(target);
   if (target.is_section()) {
-    const std::span<const int> sizes = variable_dimensions(cell);
-    if (sizes.size() > 1 && macros.protection == 2) {
+    if (section_sizes(target).size() > 1 && macros.protection == 2) {
       error_end("Cannot re-set array under protection mode 2\nVar.", target.base,
                 variable_name(target.base), "has", target.dimensions, "dimensions, not",
                 target.subscripts);
@@ -86,14 +85,13 @@ void check_not_index_cell(const variable_reference& target) {
 // Where a list function may write: the cells of the array or row that the reference leads to, or
 // all that follow an unnamed number.
 void open_target(const variable_reference& target) {
-  const std::span<const int> sizes = variable_dimensions(target.cell);
-  macros.assign_is_array = target.is_section() && !sizes.empty();
-  macros.assign_sizes = macros.assign_is_array ? sizes : std::span<const int>();
+  const std::span<const int> sizes = section_sizes(target);
+  macros.assign_is_array = target.is_section();
+  macros.assign_sizes = sizes;
   macros.assign_is_scalar = macros.protection && target.named && !macros.assign_is_array;
   macros.list_written = false;
-  macros.assign_target = target.cell;
+  macros.assign_target = section_start(target);
   if (macros.assign_is_array) {
-    macros.assign_target = first_data_cell(target.cell);
     macros.assign_room = static_cast<int>(data_cell_count(sizes));
   } else {
     macros.assign_room = macros.assign_is_scalar ? 1 : macros.max_variables - target.cell;

@@ -160,13 +160,7 @@ std::string read_letters() {
 
 std::string variable_text(int base, bool named) {
   const variable_reference reference = read_subscripts(base, named, false);
-  int cell = reference.cell;
-  if (reference.dimensions > 1) {
-    // A section of an array is read from its first data cell.
-    const std::span<const int> sizes = variable_dimensions(cell);
-    if (!sizes.empty()) cell = first_data_cell(cell);
-  }
-  return expanded(variable_string(cell));
+  return expanded(variable_string(section_start(reference)));
 }
 
 }  // namespace

@@ -67,9 +67,9 @@ std::string heading(const variable_reference& reference) {
 }
 
 void show_array(const variable_reference& reference, display how) {
-  const std::span<const int> sizes = variable_dimensions(reference.cell);
+  const std::span<const int> sizes = section_sizes(reference);
   report_line(heading(reference) + ":");
-  const int first = first_data_cell(reference.cell);
+  const int first = section_start(reference);
   const auto cells = static_cast<int>(data_cell_count(sizes));
   const int row = sizes.back();
   for (int i = 0; i < cells; i += row) {
@@ -94,7 +94,7 @@ void show_variable(display how) {
   const variable_reference reference = read_variable_reference(false);
   if (accept_char('*')) {
     if (how != display::value) error_end("Cannot save in matrix form using bits");
-    const std::span<const int> sizes = variable_dimensions(reference.cell);
+    const std::span<const int> sizes = section_sizes(reference);
     std::string text = "Setarray ";
     text += sizes.empty() ? "1" : dimensions_text(sizes, ",");
     const std::string_view name = variable_name(reference.base);
@@ -103,7 +103,7 @@ void show_variable(display how) {
                                                     : std::string(name));
     report_line(text);
     const int row = sizes.empty() ? 1 : sizes.back();
-    const int first = sizes.empty() ? reference.cell : first_data_cell(reference.cell);
+    const int first = section_start(reference);
     const auto cells = sizes.empty() ? 1 : static_cast<int>(data_cell_count(sizes));
     for (int i = 0; i < cells; i += row) {
       std::string line;
@@ -120,12 +120,10 @@ void show_variable(display how) {
     return;
   }
   if (how == display::string) {
-    int cell = reference.cell;
-    if (reference.is_section()) cell = first_data_cell(cell);
-    report_line(heading(reference) + " [string] " + variable_string(cell));
+    report_line(heading(reference) + " [string] " + variable_string(section_start(reference)));
     return;
   }
-  if (!variable_dimensions(reference.cell).empty()) {
+  if (reference.is_section()) {
     show_array(reference, how);
     return;
   }

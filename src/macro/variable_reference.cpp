@@ -31,6 +31,24 @@ void check_subscript(int base, std::span<const int> sizes, std::size_t which, do
 
 }  // namespace
 
+std::span<const int> section_sizes(const variable_reference& reference) {
+  if (!reference.is_section()) return {};
+  return variable_dimensions(reference.base)
+      .subspan(static_cast<std::size_t>(reference.subscripts));
+}
+
+int section_start(const variable_reference& reference) {
+  if (!reference.is_section()) return reference.cell;
+  if (reference.subscripts == 0) return first_data_cell(reference.cell);
+  // An index cell leads to where its row begins, be that of index cells again.
+  int cell = reference.cell;
+  for (int d = reference.subscripts; d < reference.dimensions; ++d)
+    cell = checked_cell(std::trunc(variable_value(cell)));
+  const std::int64_t cells = data_cell_count(section_sizes(reference));
+  checked_cell(static_cast<double>(cell + cells - 1));
+  return cell;
+}
+
 int read_variable_number(bool* named) {
   const double value = macro_value();
   const bool name = last_value.named;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 namespace zeb {
 
@@ -18,6 +19,12 @@ struct variable_reference {
   /// Under protection: the reference stops at an index cell (fewer subscripts than dimensions).
   bool is_section() const { return subscripts < dimensions; }
 };
+
+/// Under protection: the dimensions below the subscripts given, empty for a cell; and the first
+/// data cell of that section (the cell itself for a cell). Errors where index cells were made to
+/// lead out of the store.
+std::span<const int> section_sizes(const variable_reference& reference);
+int section_start(const variable_reference& reference);
 
 /// Reads a reference. `ranges` allows "a-b" in the last subscript. Numbers have the var shift
 /// added, names don't. Errors name the variable and the dimension.
