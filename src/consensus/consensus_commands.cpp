@@ -36,6 +36,10 @@ int count_marks(std::span<const std::uint8_t> marks) {
 
 [[noreturn]] void invalid_option() { error_end("Invalid option for", command.command_name); }
 
+void require_end() {
+  if (skip_blanks_peek() != ';') invalid_option();
+}
+
 /// "J]" or "J)", from behind the opening mark.
 int read_reference_tree(char closing) {
   int tree = -1;
@@ -71,18 +75,18 @@ consensus_request read_request(bool has_reference_forms) {
   if (accept_char('*')) request.store = true;
   const int c = skip_blanks_peek();
   if (c == '[' || c == '(') {
-    if (!has_reference_forms || request.store) {
-      if (c == '[') invalid_option();
-    } else {
+    if (has_reference_forms && !request.store) {
       next_nonblank();
       request.as_table = c == '(';
       request.reference = read_reference_tree(c == '(' ? ')' : ']');
+    } else if (c == '[' || !settings.macros) {  // with macros "(" begins an expression
+      invalid_option();
     }
   }
   if (skip_blanks_peek() == '*' || skip_blanks_peek() == '=') invalid_option();
   read_tree_list(request);
   read_excluded(request);
-  if (skip_blanks_peek() != ';') invalid_option();
+  require_end();
   return request;
 }
 
@@ -102,12 +106,13 @@ std::vector<std::string> value_texts(std::span<const int> values, int none, int 
 
 /// Shows the result, and stores it where that was asked for.
 void deliver(const consensus_request& request, const group_tree& result, const std::string& title,
-             bool with_values, std::string_view group_name) {
+             bool with_values, std::string_view group_name,
+             std::string_view no_space = "No space to store new trees") {
   std::vector<std::string> texts;
   if (with_values) texts = value_texts(result.values, -1, request.n_trees);
   draw_tree(result.tree, title, texts);
   if (!request.store) return;
-  const tree_span slot = store_slot(group_name, true);
+  const tree_span slot = store_slot(group_name, true, no_space);
   std::copy(result.tree.begin(), result.tree.end(), slot.begin());
   if (settings.report) report_line("Consensus stored as tree", store.ntrees - 1);
 }
@@ -135,6 +140,7 @@ bool set_cut(int consensus_settings::*cut, int lowest, const char* refusal, cons
   no_timing();
   const int value = read_int();
   if (value < lowest || value > 100) error_end(refusal);
+  require_end();
   consensus.*cut = value;
   if (settings.report) report_line("Cut for", name, "is", value);
   return true;
@@ -170,6 +176,7 @@ void nelsen_command() {
   if (c == '<' || c == '>') {
     next_nonblank();
     no_timing();
+    require_end();
     consensus.low_memory_always = c == '<';
     report_line("Using low-memory consensus algorithms",
                 c == '<' ? "always" : "only when memory is low");
@@ -220,7 +227,8 @@ void comcomp_command() {
   const tree_selection selection = selection_of(request);
   std::string title = text_of("Combinable component consensus (from %i trees)", request.n_trees);
   if (some_trees_lack_taxa(selection)) title += " (some trees lack some taxa)";
-  deliver(request, component_consensus(selection), title, true, "Combinable_Component_Consensus");
+  deliver(request, component_consensus(selection), title, true, "Combinable_Component_Consensus",
+          "No space to store new trees (increase maxtrees)");
 }
 
 }  // namespace zeb

@@ -32,7 +32,8 @@ group_tree majority_in_little_memory(const tree_selection& selection, int min_co
   const std::size_t n = selection.trees.size();
   candidate_tree candidates(selection.ntax, left_out);
   for (std::size_t i = 0; i < n; ++i) {
-    poll_trees("Counting groups", i, n);
+    poll_trees(text_of("Checking tree %i of %i", static_cast<int>(i) + 1, static_cast<int>(n)), i,
+               n);
     candidates.take(selection.trees[i]);
   }
   group_tree out{candidates.tree(), {}};
@@ -40,7 +41,7 @@ group_tree majority_in_little_memory(const tree_selection& selection, int min_co
   cluster_matcher matcher(selection.ntax, left_out);
   matcher.set_reference(out.tree);
   for (std::size_t i = 0; i < n; ++i) {
-    poll_trees("Checking groups", i, n);
+    poll_trees("Counting groups", i, n);
     matcher.match(selection.trees[i], {});
     for (const int node : matcher.reference_preorder())
       out.values[at(node)] += matcher.matched()[at(node)];

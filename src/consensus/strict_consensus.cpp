@@ -49,6 +49,10 @@ group_tree strict_in_little_memory(const tree_selection& selection,
   branch_weights weights(selection);
   group_tree out;
   out.tree.assign(selection.trees.front().begin(), selection.trees.front().end());
+  // Taxa that only later trees have go to the root, before others go: then a group of all taxa in
+  // play that the first tree has stays a group.
+  for (int t = 0; t < ntax; ++t)
+    if (!left_out[at(t)] && is_absent(out.tree, t)) out.tree[at(t)] = ntax;
   delete_taxa(out.tree, ntax, left_out);
   out.values.assign(out.tree.size(), static_cast<int>(selection.trees.size()));
   cluster_matcher matcher(ntax, left_out);

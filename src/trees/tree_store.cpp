@@ -230,14 +230,15 @@ void set_maxtrees_and_vault(int n, int vault_size) {
   store.vault_trees = 0;
 }
 
-tree_span store_slot(std::string_view group_name, bool may_grow) {
+tree_span store_slot(std::string_view group_name, bool may_grow, std::string_view no_space) {
   if (store.ntrees >= store.maxtrees) {
-    if (!may_grow) error_end("No space to store new trees (increase maxtrees)");
+    if (!may_grow) error_end(no_space);
+    if (store.vault_size > 0) {
+      error_end("Cannot increase tree-space when tree-vault is set\n" + std::string(no_space));
+    }
     const int capacity = store.maxtrees / 10 * 10 + 10;
     warning("To store a new tree, maxtrees will be increased to", capacity);
-    if (!set_maxtrees(capacity, false, true)) {
-      error_end("No space to store new trees (increase maxtrees)");
-    }
+    if (!set_maxtrees(capacity, false, true)) error_end(no_space);
   }
   const int slot = store.ntrees++;
   std::fill_n(store.tree_groups[at(slot)], group_words(), 0U);

@@ -140,9 +140,10 @@ std::vector<int> nodes_rootward_first(const descendant_lists& lists, int ntax);
 
 /// Next free slot, `ntrees` one higher. With a group name and automatic groups on, the tree gets a
 /// group of its own. Full: with `may_grow` the capacity goes to the next multiple of ten, with a
-/// warning; else the error "No space to store new trees (increase maxtrees)". Growing moves the
-/// trees and releases packed data and search workspace.
-tree_span store_slot(std::string_view group_name, bool may_grow);
+/// warning; else, and where it can't grow, the error `no_space`. Growing moves the trees and
+/// releases packed data and search workspace.
+tree_span store_slot(std::string_view group_name, bool may_grow,
+                     std::string_view no_space = "No space to store new trees (increase maxtrees)");
 /// As `hold N`. Returns false where it can't be done and `silent_failure` allows that, and during a
 /// recursive sectorial search. With `report` the capacity is printed.
 bool set_maxtrees(int n, bool report, bool silent_failure = false);
