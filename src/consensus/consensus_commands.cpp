@@ -66,7 +66,7 @@ void read_excluded(consensus_request& request) {
   request.excluded.assign(at(matrix.ntax), 0);
   if (accept_char('/')) read_list(list_plain, 0, matrix.ntax, "taxon", request.excluded);
   request.n_excluded = count_marks(request.excluded);
-  if (request.n_excluded == matrix.ntax) error_end("Cannot exclude all taxa");
+  if (request.n_excluded == matrix.ntax) error_end("Cannot delete all terminals from a tree");
 }
 
 consensus_request read_request(bool has_reference_forms) {

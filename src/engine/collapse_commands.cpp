@@ -115,10 +115,14 @@ condense_request read_trees_and_taxa() {
   request.trees.assign(at(store.ntrees), 0);
   if (!read_list(list_slash_ends | list_in_tree_buffer, 0, store.ntrees, "tree", request.trees))
     request.trees.assign(at(store.ntrees), 1);
-  if (!accept_char('/')) return request;
+  if (!accept_char('/')) {
+    check_end();
+    return request;
+  }
   request.ignored_taxa.assign(at(matrix.ntax), 0);
   if (!read_list(list_plain, 0, matrix.ntax, "taxon", request.ignored_taxa))
     error_end("Expected a list of taxa to ignore");
+  check_end();
   return request;
 }
 

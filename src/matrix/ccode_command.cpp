@@ -36,11 +36,14 @@ class ccode_reader {
     for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek()) {
       if (starts_characters(c)) {
         read_characters();
+        unused_ = false;
       } else {
         read_char();
         read_specifier(c);
+        unused_ = c != '*' && c != '!';
       }
     }
+    if (unused_) warning("No characters behind the last code of ccode: it changes nothing");
     if (settings.report) summarise_settings(changed_, mentioned_);
   }
 
@@ -150,6 +153,7 @@ class ccode_reader {
   std::vector<std::uint8_t> changed_;  // for the summary
   int block_ = 0;                      // of "@B"; 0 none
   bool block_used_ = false;
+  bool unused_ = false;  // no list has followed the last specifier yet
 };
 
 }  // namespace

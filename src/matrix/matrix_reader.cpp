@@ -84,6 +84,7 @@ class matrix_reader {
   void copy_row(int from, int to, int first, int end);
   void set_types(int first, int end);
   void shrink_to_what_was_read();
+  void drop_empty_blocks();
   void finish();
 
   taxon_rows rows_;
@@ -241,11 +242,22 @@ void matrix_reader::shrink_to_what_was_read() {
   shrink_matrix(ntax, nchar);
 }
 
+// A block without a cell holds no character that a list could name.
+void matrix_reader::drop_empty_blocks() {
+  for (std::size_t b = block_first_.size() - 1; b > 0; --b) {
+    const int end = b + 1 < block_first_.size() ? block_first_[b + 1] : next_character_;
+    if (end > block_first_[b]) continue;
+    block_first_.erase(block_first_.begin() + static_cast<std::ptrdiff_t>(b));
+    block_names_.erase(block_names_.begin() + static_cast<std::ptrdiff_t>(b));
+  }
+}
+
 void matrix_reader::finish() {
   shrink_to_what_was_read();
   continuous_.store_all();
   free_to_high(high_at_start_);
-  matrix.nblocks = block_;
+  drop_empty_blocks();
+  matrix.nblocks = static_cast<int>(block_first_.size()) - 1;
   matrix.block_first = block_first_;
   if (blocks_named_) {
     for (std::size_t b = 1; b < block_names_.size(); ++b) {

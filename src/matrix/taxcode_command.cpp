@@ -1,4 +1,5 @@
 // `taxcode`: which taxa are active.
+#include <algorithm>
 #include <vector>
 
 #include "matrix/matrix.h"
@@ -39,24 +40,39 @@ void show_inactive() {
   }
 }
 
-void set_activity(const std::vector<std::uint8_t>& marks, bool active) {
-  std::vector<std::uint8_t> wanted(matrix.taxon_active.begin(),
-                                   matrix.taxon_active.begin() + matrix.ntax);
-  int count = 0;
-  bool changed = false;
-  for (int t = 0; t < matrix.ntax; ++t) {
-    if (marks[at(t)]) {
-      changed |= (wanted[at(t)] != 0) != active;
-      wanted[at(t)] = active;
+/// Activity as one command asks for it. What can stand takes effect at once; too few taxa, or an
+/// outgroup left out, may be put right by what follows, and are refused only at the end.
+class wanted_activity {
+ public:
+  wanted_activity()
+      : active_(matrix.taxon_active.begin(), matrix.taxon_active.begin() + matrix.ntax) {}
+
+  void set(const std::vector<std::uint8_t>& marks, bool active) {
+    for (std::size_t t = 0; t < active_.size(); ++t) {
+      if (marks[t]) active_[t] = active;
     }
-    count += wanted[at(t)] != 0;
+    if (can_stand()) apply();
   }
-  if (!active && count < fewest_active_taxa) error_end("Cannot have less than 4 active taxa");
-  if (!active && marks[at(matrix.outgroup)]) {
-    error_end("Cannot deactivate", taxon_name(matrix.outgroup), "(it is current outgroup)");
+  void check() const {
+    if (!enough()) error_end("Cannot have less than 4 active taxa");
+    if (!can_stand()) {
+      error_end("Cannot deactivate", taxon_name(matrix.outgroup), "(it is current outgroup)");
+    }
   }
-  if (changed) set_active_taxa(wanted);
-}
+
+ private:
+  bool enough() const {
+    return std::count(active_.begin(), active_.end(), 1) >= fewest_active_taxa;
+  }
+  bool can_stand() const { return enough() && active_[at(matrix.outgroup)]; }
+  void apply() const {
+    if (!std::equal(active_.begin(), active_.end(), matrix.taxon_active.begin())) {
+      set_active_taxa(active_);
+    }
+  }
+
+  std::vector<std::uint8_t> active_;
+};
 
 void write_taxcode() {
   std::string text = "taxcode + .";
@@ -79,14 +95,15 @@ void taxcode_command() {
     return;
   }
   bool changed = false;
+  wanted_activity wanted;
   std::vector<std::uint8_t> marks(at(matrix.ntax));
   for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek()) {
-    if (c != '+' && c != '-' && c != '|') error_end("Wrong argument for", "taxon", "code");
+    if (c != '+' && c != '-' && c != '|') error_end("Wrong argument for", "taxon");
     read_char();
     if (c == '|') {
       write_taxcode();
     } else if (read_list(list_ends_at_plus_minus, 0, matrix.ntax, "taxon", marks)) {
-      set_activity(marks, c == '+');
+      wanted.set(marks, c == '+');
       changed = true;
     } else if (c == '+') {
       show_active();
@@ -94,6 +111,7 @@ void taxcode_command() {
       show_inactive();
     }
   }
+  wanted.check();
   if (changed && settings.report) emit(active_taxa(), " active taxa\n");
 }
 

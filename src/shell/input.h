@@ -51,6 +51,20 @@ struct input_state {
 };
 extern input_state input;
 
+/// While it lives, a command may take commas as parts of its text at the console too; afterwards
+/// they are read as before.
+class comma_reading {
+ public:
+  comma_reading() = default;
+  ~comma_reading() { input.literal_comma = former_; }
+  comma_reading(const comma_reading&) = delete;
+  comma_reading& operator=(const comma_reading&) = delete;
+  void set_literal(bool literal) const { input.literal_comma = literal || former_; }
+
+ private:
+  const bool former_ = input.literal_comma;
+};
+
 /// What the macro layer does when the stack changes. Null while the language is off.
 struct macro_hook_table {
   void (*frame_about_to_be_pushed)() = nullptr;

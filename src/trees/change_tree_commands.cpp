@@ -100,6 +100,7 @@ void pruntax_command() {
   if (!read_list(list_has_fixed, 0, matrix.ntax, "taxon", flags)) {
     error_end("Must give taxa to remove, as \"pruntax trees/taxa\"");
   }
+  check_end();
   for (int t = 0; t < store.ntrees; ++t) {
     if (chosen[at(t)] && !leaves_terminals(stored_tree(t), flags)) {
       error_end("Cannot delete all terminals from a tree");
@@ -113,6 +114,7 @@ void pruntax_command() {
 
 void reroot_command() {
   const std::vector<std::uint8_t> chosen = read_tree_list();
+  check_end();
   int changed = 0;
   int without = 0;
   for (int t = 0; t < store.ntrees; ++t) {

@@ -9,9 +9,16 @@
 namespace zeb {
 
 std::string read_text_to_semicolon() {
+  const comma_reading commas;
   std::string text;
+  int depth = 0;
   skip_blanks_peek();
-  for (int c = read_char(); c != ';'; c = read_char()) text += c < ' ' ? ' ' : static_cast<char>(c);
+  for (int c = read_char(); c != ';'; c = read_char()) {
+    text += c < ' ' ? ' ' : static_cast<char>(c);
+    if (c == '(') ++depth;
+    if (c == ')' && depth > 0) --depth;
+    commas.set_literal(depth > 0);
+  }
   unread_char();
   text.erase(text.find_last_not_of(' ') + 1);
   return text;

@@ -50,6 +50,7 @@ std::vector<double> sort_keys() {
 
 void tequal_command() {
   const std::vector<std::uint8_t> chosen = read_tree_list();
+  check_end();
   const std::vector<int> first = first_equal_trees(chosen);
   std::vector<std::string> sets(first.size());
   for (int t = 0; t < store.ntrees; ++t) {
@@ -67,6 +68,7 @@ void tequal_command() {
 
 void unique_command() {
   const std::vector<std::uint8_t> chosen = read_tree_list();
+  check_end();
   const std::vector<int> first = first_equal_trees(chosen);
   std::vector<std::uint8_t> keep(chosen.size(), 1);
   for (int t = 0; t < store.ntrees; ++t) keep[at(t)] = first[at(t)] < 0 || first[at(t)] == t;
@@ -79,6 +81,7 @@ void unique_command() {
 void sort_command() {
   require_trees();
   const std::vector<double> keys = sort_keys();
+  check_end();
   std::vector<int> order(keys.size());
   std::iota(order.begin(), order.end(), 0);
   std::ranges::stable_sort(order, [&](int a, int b) { return keys[at(a)] < keys[at(b)]; });

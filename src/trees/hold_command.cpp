@@ -87,6 +87,7 @@ void keep_command() {
 void tchoose_command() {
   if (store.ntrees == 0) error_end("No trees to choose from");
   const std::vector<std::uint8_t> chosen = read_tree_list_or_last();
+  check_end();
   std::string line = "Selecting tree(s) ";
   for (int t = 0; t < store.ntrees; ++t) {
     if (chosen[at(t)]) line += std::to_string(t) + ' ';

@@ -35,6 +35,8 @@ double read_coordinate(const char* option) {
 color_code read_code() {
   color_code code;
   if (!accept_char('(')) return code;
+  const comma_reading commas;
+  commas.set_literal(true);
   std::string text;
   for (int c = read_char(); c != ')'; c = read_char()) {
     if (c == ';') error_end("Indicate color in parentheses (as for tags)");
@@ -46,12 +48,31 @@ color_code read_code() {
   return code;
 }
 
-/// Behind a line or rectangle only a code, a further option or the end may come.
+/// The word of an option; empty where something else comes.
+std::string read_option_word() {
+  if (read_word() == 0) return {};
+  const std::string word(token());
+  for (const char* option : {"write", "text", "line", "rect"}) {
+    if (is_prefix(word, option)) return option;
+  }
+  return {};
+}
+
+/// Behind the coordinates of a line or rectangle come codes, a further option or the end.
 color_code read_code_of_shape() {
   const int c = skip_blanks_peek();
-  if (c != '(' && c != ';' && !std::isalpha(c))
+  if (c != '(' && c != ';' && !std::isalpha(c)) {
     error_end("Indicate color in parentheses (as for tags)");
+  }
   return read_code();
+}
+
+/// The option behind a line or rectangle, read before the shape is drawn; empty at the end.
+std::string read_next_option() {
+  if (skip_blanks_peek() == ';') return {};
+  const std::string next = read_option_word();
+  if (next.empty()) error_end("Indicate color in parentheses (as for tags)");
+  return next;
 }
 
 std::string stroke_of(const color_code& code) {
@@ -62,23 +83,26 @@ std::string stroke_of(const color_code& code) {
   return text;
 }
 
-void add_line() {
+std::string add_line() {
   double place[4];
   for (double& v : place) v = read_coordinate("line");
   const color_code code = read_code_of_shape();
+  const std::string next = read_next_option();
   write_svg(text_of("<line x1=\"%g\" y1=\"%g\" x2=\"%g\" y2=\"%g\"", place[0], place[1], place[2],
                     place[3]) +
             stroke_of(code) + "/>\n");
   const double half = code.count > 3 ? std::abs(code.value[3]) / 2 : 1;
   grow_svg_page(std::min(place[0], place[2]) - half, std::min(place[1], place[3]) - half,
                 std::max(place[0], place[2]) + half, std::max(place[1], place[3]) + half);
+  return next;
 }
 
-void add_rectangle() {
+std::string add_rectangle() {
   double place[4];
   for (double& v : place) v = read_coordinate("rect");
   const color_code line = read_code_of_shape();
   const color_code fill = read_code_of_shape();
+  const std::string next = read_next_option();
   const double left = std::min(place[0], place[2]), right = std::max(place[0], place[2]);
   const double top = std::min(place[1], place[3]), bottom = std::max(place[1], place[3]);
   std::string text = text_of("<rect x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\"", left, top,
@@ -93,6 +117,7 @@ void add_rectangle() {
   write_svg(text + "/>\n");
   const double half = line.count > 3 ? std::abs(line.value[3]) / 2 : 1;
   grow_svg_page(left - half, top - half, right + half, bottom + half);
+  return next;
 }
 
 void add_text() {
@@ -113,15 +138,15 @@ void add_text() {
 
 /// Copies the text up to ";" as it stands, ".," giving ";".
 void copy_text() {
+  const comma_reading commas;
+  commas.set_literal(true);
   std::string text;
-  input.literal_comma = true;
   for (int c = read_char(); c != ';'; c = read_char()) {
     if (c == ',' && !text.empty() && text.back() == '.')
       text.back() = ';';
     else
       text += static_cast<char>(c);
   }
-  input.literal_comma = false;
   unread_char();
   if (!text.empty() && text.front() == ' ') text.erase(0, 1);
   write_svg(text + "\n");
@@ -134,18 +159,13 @@ void add_to_drawing() {
     error_end(
         "To use \"ttag &+\" you must have saved coordinates\n(with xysave) in a previous call to "
         "\"ttag &\"");
-  do {
-    if (read_word() == 0) error_end(expected_option);
-    const std::string word(token());
-    if (is_prefix(word, "write")) return copy_text();
-    if (is_prefix(word, "text")) return add_text();
-    if (is_prefix(word, "line"))
-      add_line();
-    else if (is_prefix(word, "rect"))
-      add_rectangle();
-    else
-      error_end(expected_option);
-  } while (skip_blanks_peek() != ';');
+  std::string option = read_option_word();
+  if (option.empty()) error_end(expected_option);
+  while (!option.empty()) {
+    if (option == "write") return copy_text();
+    if (option == "text") return add_text();
+    option = option == "line" ? add_line() : add_rectangle();
+  }
 }
 
 }  // namespace zeb

@@ -20,10 +20,10 @@ std::vector<std::uint8_t> read_trees_to_show() {
   std::vector<std::uint8_t> chosen(static_cast<std::size_t>(store.ntrees), 0);
   if (accept_char('/')) {
     chosen.back() = 1;
-    return chosen;
-  }
-  if (!read_list(list_has_fixed | list_in_tree_buffer, 0, store.ntrees, "tree", chosen))
+  } else if (!read_list(list_has_fixed | list_in_tree_buffer, 0, store.ntrees, "tree", chosen)) {
     std::fill(chosen.begin(), chosen.end(), std::uint8_t{1});
+  }
+  check_end();
   return chosen;
 }
 

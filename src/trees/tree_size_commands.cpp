@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "matrix/matrix.h"
+#include "shell/lexer.h"
 #include "shell/output.h"
 #include "trees/commands.h"
 #include "trees/tables.h"
@@ -20,6 +21,7 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 template <class measure>
 void print_by_tree(std::string_view title, measure value_of) {
   const std::vector<std::uint8_t> chosen = read_tree_list();
+  check_end();
   std::vector<std::int64_t> values(chosen.size(), no_value);
   for (int t = 0; t < store.ntrees; ++t) {
     if (chosen[at(t)]) values[at(t)] = value_of(stored_tree(t));
@@ -35,6 +37,7 @@ struct inclusion {
 
 inclusion read_inclusion() {
   const std::vector<std::uint8_t> chosen = read_tree_list();
+  check_end();
   inclusion result{std::vector<int>(at(matrix.ntax), 0)};
   for (int t = 0; t < store.ntrees; ++t) {
     if (!chosen[at(t)]) continue;

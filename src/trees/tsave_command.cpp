@@ -40,6 +40,7 @@ void close_by_user() {
 
 void save_in_one_shot(bool parenthetical) {
   const std::string name = read_file_name();
+  check_end();
   if (tree_file.stream) {
     error_end("Can't open new file: Tree file", tree_file.name, "is open");
   }
@@ -79,7 +80,11 @@ void set_auto_saving() {
   if (skip_blanks_peek() != ';') {
     const int seconds = read_seconds();
     const bool parenthetical = accept_char('*');
-    set_auto_save(seconds, seconds > 0 ? read_file_name() : std::string(), parenthetical);
+    // A name behind "0" means nothing, but does no harm.
+    std::string name;
+    if (seconds > 0 || skip_blanks_peek() != ';') name = read_file_name();
+    check_end();
+    set_auto_save(seconds, seconds > 0 ? name : std::string(), parenthetical);
   }
   show_auto_save();
 }
@@ -144,6 +149,7 @@ void tsave_command() {
     return;
   }
   if (accept_char('/')) {
+    check_end();
     close_by_user();
     return;
   }
@@ -166,6 +172,7 @@ void tsave_command() {
 void save_command() {
   if (!tree_file.stream) error_end("Must open treefile first!");
   if (accept_char('*')) {
+    check_end();
     save_tags();
     return;
   }
@@ -173,13 +180,16 @@ void save_command() {
   if (how.active_only && !tree_file.parenthetical) {
     error_end("Can't save trees for active taxa in compact mode");
   }
-  save_trees(read_tree_list_or_last(), how);
+  const std::vector<std::uint8_t> chosen = read_tree_list_or_last();
+  check_end();
+  save_trees(chosen, how);
 }
 
 void shortread_command() {
   require_data("reading trees");
   const target_group group = read_target_group();
   const std::string name = read_file_name();
+  check_end();
   const std::vector<std::uint8_t> file = read_file(name);
   const auto trees = find_trees(file, name);
   make_room_for(trees.size());
