@@ -1,17 +1,14 @@
-// The matrix: dimensions, characters, taxa, cells, blocks.
+// The matrix: dimensions, characters, taxa, cells.
 #include <algorithm>
 #include <bit>
+#include <cstdlib>
 #include <vector>
 
 #include "functions/arguments.h"
 #include "functions/function_table.h"
-#include "macro/macro_state.h"
-#include "macro/macro_values.h"
 #include "matrix/matrix.h"
-#include "matrix/symbols.h"
 #include "shell/errors.h"
 #include "shell/interpreter.h"
-#include "shell/lexer.h"
 
 namespace zeb {
 namespace {
@@ -54,13 +51,29 @@ double is_continuous() { return record(one_character()).is_continuous; }
 double is_landmark() { return record(one_character()).type == landmark_data; }
 // Costs aren't built: no character has a table, symmetric or not.
 double is_sankoff() { return record(one_character()).is_sankoff; }
+bool has_categories(int character) {
+  return !record(character).is_continuous && record(character).type != landmark_data;
+}
+
+// Without a table of costs, a change costs a step, and in an additive character one for each state
+// on the way.
+double cost_of_change() {
+  open_brackets();
+  const int character = character_argument();
+  const int from = whole_argument();
+  const int to = whole_argument();
+  close_brackets();
+  if (!has_categories(character)) error_end("Costs are those of discrete characters");
+  if (from < 0 || from > 31) error_end("No state", from);
+  if (to < 0 || to > 31) error_end("No state", to);
+  if (record(character).is_sankoff)
+    error_end("Expression \"cost\" is not available yet for step-matrix characters");
+  return record(character).additive ? std::abs(from - to) : from != to;
+}
 // Allowed states of the root come with the costs: no character has them.
 double has_ancestral_states() {
   one_character();
   return 0;
-}
-bool has_categories(int character) {
-  return !record(character).is_continuous && record(character).type != landmark_data;
 }
 double is_categorical() { return has_categories(one_character()); }
 double last_landmark_character() {
@@ -182,129 +195,6 @@ double continuous_factor() {
   return matrix.scales.empty() ? 1 : matrix.scales[static_cast<std::size_t>(c)].factor;
 }
 
-int block_argument() {
-  require_data("using data in expressions");
-  const int block = whole_argument();
-  if (block < 0 || block > matrix.nblocks) error_end("Only valid blocks are 0 -", matrix.nblocks);
-  return block;
-}
-
-int block_start(int block) {
-  return block == 0 || matrix.nblocks < 2 ? 0 : matrix.block_first[static_cast<std::size_t>(block)];
-}
-int block_end(int block) {
-  if (block == 0 || block >= matrix.nblocks) return matrix.nchar - 1;
-  return matrix.block_first[static_cast<std::size_t>(block) + 1] - 1;
-}
-
-double first_of_block() {
-  open_brackets();
-  const int block = block_argument();
-  close_brackets();
-  return block_start(block);
-}
-double last_of_block() {
-  open_brackets();
-  const int block = block_argument();
-  close_brackets();
-  return block_end(block);
-}
-
-double blocks_of_characters() {
-  open_brackets();
-  std::vector<double> blocks;
-  while (skip_blanks_peek() != ']') {
-    const int block = record(character_argument()).block;
-    if (std::find(blocks.begin(), blocks.end(), block) == blocks.end()) blocks.push_back(block);
-  }
-  close_brackets();
-  return write_list("Blocklist possibly", blocks);
-}
-
-double taxon_in_block() {
-  open_brackets();
-  const int taxon = taxon_argument();
-  const int block = block_argument();
-  close_brackets();
-  for (int c = block_start(block); c <= block_end(block); ++c) {
-    if (!is_missing(taxon, c)) return 1;
-  }
-  return 0;
-}
-
-// First and last position of a taxon's sequence in a block: where its cells aren't missing.
-double sequence_end(bool first) {
-  open_brackets();
-  const int taxon = taxon_argument();
-  const int block = block_argument();
-  close_brackets();
-  const int from = block_start(block);
-  const int to = block_end(block);
-  for (int i = 0; i <= to - from; ++i) {
-    const int c = first ? from + i : to - i;
-    if (!is_missing(taxon, c)) return c;
-  }
-  return -1;
-}
-double sequence_start() { return sequence_end(true); }
-double sequence_last() { return sequence_end(false); }
-
-// ---- edit cost ----
-
-struct edit_costs {
-  double substitution = 1;
-  double gap_opening = 1;
-  double gap_extension = 1;
-  bool gaps_only = false;
-};
-
-edit_costs read_edit_costs() {
-  edit_costs costs;
-  for (double* cost : {&costs.substitution, &costs.gap_opening, &costs.gap_extension}) {
-    const int next = skip_blanks_peek();
-    if (next == ']' || next == 'G' || next == 'g') break;
-    *cost = macro_value();
-    if (*cost < 0) error_end("Costs of editing can't be negative");
-  }
-  costs.gaps_only = accept_char('G') || accept_char('g');
-  return costs;
-}
-
-bool is_gap(int taxon, int character) {
-  const character_record& r = record(character);
-  if (!r.gap_is_state) return false;
-  const int state = r.type == dna_data ? dna_gap_state : protein_gap_state;
-  return cell(taxon, character) == 1U << state;
-}
-
-// The cost of turning one taxon's row into the other's, as they are aligned: positions in which
-// both have gaps, or one is missing, don't count; a run of gaps of one taxon against residues of
-// the other is opened once and extended from there.
-double edit_cost() {
-  open_brackets();
-  const int a = taxon_argument();
-  const int b = taxon_argument();
-  const edit_costs costs = read_edit_costs();
-  close_brackets();
-  double sum = 0;
-  int gap_of = -1;  // the taxon in whose gap the last counted position lies
-  for (int c = 0; c < matrix.nchar; ++c) {
-    if (!record(c).active || !has_categories(c) || is_missing(a, c) || is_missing(b, c)) continue;
-    const bool gap_a = is_gap(a, c);
-    const bool gap_b = is_gap(b, c);
-    if (gap_a && gap_b) continue;
-    if (gap_a || gap_b) {
-      const int gapped = gap_a ? a : b;
-      sum += gapped == gap_of ? costs.gap_extension : costs.gap_opening;
-      gap_of = gapped;
-      continue;
-    }
-    gap_of = -1;
-    if (!costs.gaps_only && !(cell(a, c) & cell(b, c))) sum += costs.substitution;
-  }
-  return sum;
-}
-
 constexpr function_row rows[] = {
     {"ntax", last_taxon},
     {"nchar", last_character},
@@ -317,11 +207,11 @@ constexpr function_row rows[] = {
     {"islmark", is_landmark},
     {"lmnchar", last_landmark_character},
     {"lmerror", landmark_error},
+    {"cost", cost_of_change},
     {"isanc", has_ancestral_states},
     {"iscateg", is_categorical},
     {"isinfo", informative},
     {"isdup", repeats_data},
-    {"editcost", edit_cost},
     {"weight", weight},
     {"minsteps", least_steps},
     {"maxsteps", most_steps},
@@ -336,12 +226,6 @@ constexpr function_row rows[] = {
     {"contmins", continuous_stored_low},
     {"contmaxs", continuous_stored_high},
     {"contscale", continuous_factor},
-    {"blockstart", first_of_block},
-    {"blockend", last_of_block},
-    {"blocklist", blocks_of_characters},
-    {"taxinblock", taxon_in_block},
-    {"seqstart", sequence_start},
-    {"seqend", sequence_last},
 };
 
 }  // namespace

@@ -21,6 +21,7 @@ struct function_row {
 };
 /// The functions of each subject.
 std::span<const function_row> data_functions();
+std::span<const function_row> block_functions();
 std::span<const function_row> tree_functions();
 std::span<const function_row> tree_group_functions();
 std::span<const function_row> score_functions();

@@ -4,6 +4,7 @@
 
 #include "engine/fits.h"
 #include "engine/plain_optimisation.h"
+#include "engine/search_data.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "matrix/matrix.h"
@@ -51,6 +52,7 @@ double length(polytomy_kind polytomies) {
   return in_units(argument.character, optimiser.steps(argument.character));
 }
 
+// Steps beyond the minimum, and the internal steps.
 double homoplasy(polytomy_kind polytomies, bool weighted) {
   const score_argument argument = read_argument();
   const std::vector<std::uint8_t> marks = marks_of(argument);
@@ -59,10 +61,8 @@ double homoplasy(polytomy_kind polytomies, bool weighted) {
   double sum = 0;
   for (int c = 0; c < matrix.nchar; ++c) {
     if (!marks[static_cast<std::size_t>(c)]) continue;
-    const double extra = in_units(c, optimiser.steps(c) - minimum_steps(c));
-    sum += argument.character < 0 || weighted
-               ? extra * matrix.characters[static_cast<std::size_t>(c)].weight
-               : extra;
+    const int weight = matrix.characters[static_cast<std::size_t>(c)].weight;
+    sum += character_homoplasy(optimiser, c) * (argument.character < 0 || weighted ? weight : 1);
   }
   return sum;
 }
@@ -77,13 +77,21 @@ double fit(polytomy_kind polytomies) {
   return character_fit(optimiser, argument.character, fit_form::cost);
 }
 
-double hard_length() { return length(polytomy_kind::hard); }
-double soft_length() { return length(polytomy_kind::soft); }
-double hard_homoplasy() { return homoplasy(polytomy_kind::hard, false); }
-double soft_homoplasy() { return homoplasy(polytomy_kind::soft, false); }
-double weighted_homoplasy() { return homoplasy(polytomy_kind::hard, true); }
-double hard_fit() { return fit(polytomy_kind::hard); }
-double soft_fit() { return fit(polytomy_kind::soft); }
+// What searches minimise: the fit under implied weights, else the length.
+double score(polytomy_kind polytomies) {
+  return engine.implied_on ? fit(polytomies) : length(polytomies);
+}
+
+template <double (*measure)(polytomy_kind)>
+double hard() {
+  return measure(polytomy_kind::hard);
+}
+template <double (*measure)(polytomy_kind)>
+double soft() {
+  return measure(polytomy_kind::soft);
+}
+double plain_homoplasy(polytomy_kind polytomies) { return homoplasy(polytomies, false); }
+double weighted_homoplasy(polytomy_kind polytomies) { return homoplasy(polytomies, true); }
 
 // ---- states of nodes ----
 
@@ -188,10 +196,16 @@ double node_states() {
 }
 
 constexpr function_row rows[] = {
-    {"length", hard_length},       {"softlength", soft_length}, {"score", hard_length},
-    {"softscore", soft_length},    {"homo", hard_homoplasy},    {"softhomo", soft_homoplasy},
-    {"whomo", weighted_homoplasy}, {"states", node_states},     {"fit", hard_fit},
-    {"softfit", soft_fit},
+    {"length", hard<length>},
+    {"softlength", soft<length>},
+    {"score", hard<score>},
+    {"softscore", soft<score>},
+    {"homo", hard<plain_homoplasy>},
+    {"softhomo", soft<plain_homoplasy>},
+    {"whomo", hard<weighted_homoplasy>},
+    {"states", node_states},
+    {"fit", hard<fit>},
+    {"softfit", soft<fit>},
 };
 
 }  // namespace

@@ -107,6 +107,17 @@ std::string read_list_text() {
   return text;
 }
 
+namespace {
+
+/// A variable or function in place of a number from 0 to `count` - 1; -1 for other words and values.
+int number_of_word(std::string_view word, int count) {
+  double value = 0;
+  if (!list_words.number_of || !list_words.number_of(word, false, &value)) return -1;
+  return value >= 0 && value < count ? static_cast<int>(value) : -1;
+}
+
+}  // namespace
+
 int read_block_reference(const list_kind& kind) {
   const int blocks = kind.block_count();
   const int c = skip_blanks_peek();
@@ -119,8 +130,10 @@ int read_block_reference(const list_kind& kind) {
     error_end("Must give a block number ( 0 -", blocks, ")");
   }
   const int block = kind.block_named(token());
-  if (block < 0) error_end("No block named", token());
-  return block;
+  if (block >= 0) return block;
+  const int number = number_of_word(token(), blocks + 1);
+  if (number < 0) error_end("No block named", token());
+  return number;
 }
 
 void read_group_references(const list_kind& kind, std::span<std::uint8_t> groups) {
@@ -152,7 +165,10 @@ void read_group_references(const list_kind& kind, std::span<std::uint8_t> groups
         found = true;
       }
     }
-    if (!found) error_end("No", kind.noun, "group named", token());
+    if (found) continue;
+    const int group = number_of_word(token(), count);
+    if (group < 0) error_end("No", kind.noun, "group named", token());
+    groups[static_cast<std::size_t>(group)] = 1;
   }
   if (!any) error_end("No", kind.noun, "group named");
   read_char();
