@@ -19,20 +19,32 @@ namespace {
 
 constexpr std::size_t longest_word = 100;
 
+[[noreturn]] void no_end() { error_end("Found end-of-file:", "\"if\" not matched by \"end\""); }
+
+// Next character; a block doesn't go on behind the end of its loop.
+int next_in_block() {
+  if (loop_text_ended()) no_end();
+  return read_raw_char();
+}
+
+void refuse_end_of_file() {
+  if (macros.level <= macros.frames.back().loop_base && input_ended()) no_end();
+}
+
 // Next word, ended by a blank, ";" or "(" (consumed, but for the ";" left to `ended_by`). A word
 // that begins with "(" or ";" counts as "x".
 std::string next_word(int* ended_by) {
-  int c = read_raw_char();
-  while (c < 33) {
-    if (input_ended()) error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
-    c = read_raw_char();
-  }
+  int c = 0;
+  do {
+    c = next_in_block();
+    if (c < 33 || c == ';') refuse_end_of_file();
+  } while (c < 33);
   if (c == '(' || c == ';') {
     *ended_by = c;
     return "x";
   }
   std::string word;
-  for (; c > 32 && c != ';' && c != '('; c = read_raw_char()) {
+  for (; c > 32 && c != ';' && c != '('; c = next_in_block()) {
     if (word.size() < longest_word) word += static_cast<char>(std::tolower(c));
   }
   *ended_by = c;
@@ -61,9 +73,9 @@ void skip_block() {
     } else if (word == "xend") {
       return;
     } else if (is_quote(word) && ended_by != ';') {
-      while (read_raw_char() != ';') {
-        if (input_ended()) error_end("Found end-of-file:", "\"if\" not matched by \"end\"");
+      while (next_in_block() != ';') {
       }
+      refuse_end_of_file();
     }
   }
 }
@@ -76,9 +88,7 @@ void if_command() {
   const bool holds = static_cast<std::int64_t>(value) != 0;
   if (macros.report) emitf("IF %s ---> %s", echo.c_str(), holds ? "TRUE" : "FALSE!");
   if (holds) return;
-  if (input.top == 0 && macros.level < 0 && input.frames[0]->is_terminal) {
-    report_line("Condition not fullfilled");
-  }
+  if (input.top == 0 && macros.level < 0) report_line("Condition not fullfilled");
   skip_block();
 }
 

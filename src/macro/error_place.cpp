@@ -3,6 +3,7 @@
 #include <string>
 
 #include "macro/flow.h"
+#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "shell/errors.h"
 #include "shell/input.h"
@@ -13,8 +14,9 @@ namespace zeb {
 std::string loop_place() {
   if (macros.level < 0) return {};
   const loop_record& loop = macros.loops[macros.level];
-  if (input.read_position < loop.text || input.read_position > loop.text_end) return {};
-  const auto line = std::count(loop.text, static_cast<const char*>(input.read_position), '\n') + 1;
+  const char* position = outer_position();
+  if (position < loop.text || position > loop.text_end) return {};
+  const auto line = std::count(loop.text, position, '\n') + 1;
   return text_of("At line %i of loop %i (value: %i)", static_cast<int>(line),
                  macros.level - macros.frames.back().loop_base, static_cast<int>(loop.current));
 }
@@ -27,9 +29,9 @@ void show_script_place() {
     report_line("Error reading line", frame.line_number + 1, "of", frame.name);
   }
   if (loop.empty()) {
-    show_text_place(start_of_shown_text(frame), input.read_position);
+    show_text_place(start_of_shown_text(frame), outer_position());
   } else {
-    show_text_place(macros.loops[macros.level].text, input.read_position);
+    show_text_place(macros.loops[macros.level].text, outer_position());
   }
 }
 

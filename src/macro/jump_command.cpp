@@ -6,6 +6,7 @@
 
 #include "macro/commands.h"
 #include "macro/jumps.h"
+#include "macro/loop_levels.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
@@ -97,14 +98,6 @@ std::string joined_arguments(const std::vector<std::string>& arguments) {
   return text;
 }
 
-void leave_loops_of_file() {
-  const macro_frame& frame = macros.frames.back();
-  while (macros.level > frame.loop_base) {
-    macros.heap_top = macros.loops[macros.level].saved_top;
-    --macros.level;
-  }
-}
-
 }  // namespace
 
 std::vector<std::string> read_file_arguments(const std::string& file) {
@@ -128,8 +121,8 @@ void jump_to_label(const std::string& file, const std::string& label,
                    const std::vector<std::string>& arguments) {
   check_label(label);
   if (input.top > 0 && is_current_file(file) && top_frame().stream) {
-    leave_loops_of_file();
     close_expansion();
+    leave_loops_above(macros.frames.back().loop_base);
     rewind_top_frame();
     if (!arguments.empty()) top_frame().arguments = arguments;
   } else {
@@ -221,14 +214,14 @@ void recurse_command() {
 
 void errmsg_command() {
   require_macros();
-  const bool commas = input.literal_comma;
-  input.literal_comma = true;
   std::string text;
-  int c = skip_blanks_peek();
-  while ((c = read_char()) != ';') {
-    if (text.size() < 2000) text += static_cast<char>(c);
+  {
+    const literal_commas commas;
+    skip_blanks_peek();
+    for (int c = read_char(); c != ';'; c = read_char()) {
+      if (text.size() < 2000) text += static_cast<char>(c);
+    }
   }
-  input.literal_comma = commas;
   error_end(text);
 }
 

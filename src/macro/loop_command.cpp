@@ -65,6 +65,8 @@ bool opens_block(const std::string& text) {
   return false;
 }
 
+[[noreturn]] void no_stop() { error_end("Found end-of-file:", "expecting \"stop\""); }
+
 }  // namespace
 
 void capture_loop_text(loop_record& loop) {
@@ -73,6 +75,7 @@ void capture_loop_text(loop_record& loop) {
   const auto room = static_cast<std::size_t>(macros.heap_end - macros.heap_top);
   bool blank = false;
   for (;;) {
+    if (loop_text_ended()) no_stop();
     const int c = read_raw_char();
     if (c < 33) {
       // Newlines stay, so that messages can count the lines of the text.
@@ -89,10 +92,10 @@ void capture_loop_text(loop_record& loop) {
     }
     if (text.size() + 2 > room) error_end("Not enough RAM available to continue macros...");
     // A body doesn't go on behind the end of its file.
-    if (c < 33 && input_ended()) error_end("Found end-of-file:", "expecting \"stop\"");
+    if (c < 33 && macros.level <= macros.frames.back().loop_base && input_ended()) no_stop();
     // A word counts once it can't go on: look at what follows before counting.
     const int lower = std::tolower(c);
-    if (lower != 'p' && lower != 't' && lower != 's' && lower != 'b' && lower != 'e') continue;
+    if (lower != 'p' && lower != 't' && lower != 's' && lower != 'b') continue;
     if (std::isalpha(peek_raw_char())) continue;
     if (opens_block(text)) {
       ++depth;

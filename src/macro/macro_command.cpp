@@ -1,5 +1,6 @@
 // The switch of the macro language and its limits: `macro`, `macfloat`, `safe`, `private`,
 // `macreport`, `macseed`, `resettime`.
+#include <cctype>
 #include <ctime>
 
 #include "macro/commands.h"
@@ -138,6 +139,11 @@ void macfloat_command() {
   const int c = skip_blanks_peek();
   if (c == '=' || c == '-') {
     next_nonblank();
+    if (c == '-' && std::isdigit(peek_raw_char())) {
+      read_int();  // a negative number of decimals says nothing
+      return;
+    }
+    check_end();
     if (settings.macros) error_end("Cannot change setting of integer only with macros ON");
     macros.integer_only = c == '-';
     report_line(macros.integer_only ? "Macros will use integer-only"

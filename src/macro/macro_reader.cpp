@@ -5,6 +5,7 @@
 
 #include "macro/flow.h"
 #include "macro/jumps.h"
+#include "macro/loop_levels.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/string_conversion.h"
@@ -22,7 +23,8 @@ macro_reading macro_reading_flags;
 
 namespace {
 
-constexpr std::size_t expansion_size = 8500;
+// The text of one expansion may pass 8,500 bytes by a long number and the rest of a range.
+constexpr std::size_t expansion_size = 9500;
 
 // The expanded text that is read before the rest. While it is being read, a further expansion takes
 // the place of what was read and keeps the outer position to come back to.
@@ -68,9 +70,7 @@ int fetch() {
     if (in_loop_text()) {
       const auto c = static_cast<unsigned char>(*input.read_position);
       if (!c) {
-        const int level = macros.level;
         advance_loop();
-        if (macros.level < level) return ' ';
         continue;
       }
       ++input.read_position;
@@ -165,7 +165,6 @@ void frame_about_to_be_pushed() {
   caller.pending_text.clear();
   if (in_expansion() && *input.read_position) {
     caller.pending_text = input.read_position;
-    caller.pending_resume = expansion.resume;
     input.read_position = expansion.resume;
   } else if (in_expansion()) {
     input.read_position = expansion.resume;
@@ -178,10 +177,7 @@ void frame_popped() {
   const macro_frame frame = macros.frames.back();
   macros.frames.pop_back();
   // Loops of the file end with it, then its names, unless `return =` keeps them.
-  while (macros.level > frame.loop_base) {
-    macros.heap_top = macros.loops[macros.level].saved_top;
-    --macros.level;
-  }
+  leave_loops_above(frame.loop_base);
   if (!frame.keep_names) {
     while (macros.named_count > 0 && macros.named[macros.named_count - 1] >= frame.shift) {
       const int last = macros.named[--macros.named_count];
@@ -226,7 +222,7 @@ int macro_read_char() {
         continue;
       }
       case '$': {
-        if (macro_reading_flags.no_strings > 0) return c;
+        if (macro_reading_flags.no_strings > 0 || input.in_command_head) return c;
         if (!starts_reference(peek_raw_char())) return c;
         convert_string();
         continue;
@@ -287,6 +283,10 @@ void close_expansion() {
   expansion.reading = false;
 }
 
+bool loop_text_ended() { return in_loop_text() && *input.read_position == 0; }
+
+const char* outer_position() { return in_expansion() ? expansion.resume : input.read_position; }
+
 void advance_loop() {
   loop_record& loop = macros.loops[macros.level];
   loop.current += loop.step;
@@ -294,12 +294,14 @@ void advance_loop() {
                       : loop.step > 0 ? loop.current <= loop.end
                                       : loop.current >= loop.end;
   if (within && loop.current >= 0) {
+    if (macros.report)
+      emitf("Loop %i ---> %i", macros.level - macros.frames.back().loop_base,
+            static_cast<int>(loop.current));
     input.read_position = const_cast<char*>(loop.text);
     return;
   }
   input.read_position = const_cast<char*>(loop.resume);
-  macros.heap_top = loop.saved_top;
-  --macros.level;
+  leave_loop();
 }
 
 void skip_to_loop_end() {
@@ -317,12 +319,12 @@ void connect_macro_reader() {
   macro_hooks.frame_popped = frame_popped;
   macro_hooks.command_failed = reset_macro_flow;
   macro_hooks.show_error_place = show_script_place;
+  macro_hooks.loop_level = [] { return macros.level + 1; };
   macro_hooks.run_pending_jump = run_error_target;
   reset_macro_reader();
 }
 
 void disconnect_macro_reader() {
-  if (in_expansion()) input.read_position = expansion.resume;
   reset_macro_reader();
   read_char = plain_read_char;
   unread_char = plain_unread_char;
@@ -332,6 +334,7 @@ void disconnect_macro_reader() {
 }
 
 void reset_macro_reader() {
+  close_expansion();
   expansion.reading = false;
   macro_reading_flags = {};
 }

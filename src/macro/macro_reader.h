@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "shell/input.h"
+
 namespace zeb {
 
 /// What the reader leaves alone for a while.
@@ -27,6 +29,18 @@ class reading_flag {
   int macro_reading::*flag_;
 };
 
+/// Makes commas plain characters for its lifetime, where they would end the command.
+class literal_commas {
+ public:
+  literal_commas() : before_(input.literal_comma) { input.literal_comma = true; }
+  ~literal_commas() { input.literal_comma = before_; }
+  literal_commas(const literal_commas&) = delete;
+  literal_commas& operator=(const literal_commas&) = delete;
+
+ private:
+  bool before_;
+};
+
 /// Installs and removes the reader, the value reader and the hooks of the input stack.
 void connect_macro_reader();
 void disconnect_macro_reader();
@@ -46,6 +60,11 @@ void insert_text(std::string_view text, std::size_t expandable_tail = 0);
 /// Leaves the expansion that is being read, if nothing of it is left but blanks, so that the
 /// position of the reader lies in the outer text.
 void close_expansion();
+
+/// Where the reader stands in the text that holds the expansion being read, or the text itself.
+const char* outer_position();
+/// The text of the innermost loop is being read, and nothing of it is left.
+bool loop_text_ended();
 
 /// Moves the reading to the end of the text of the innermost loop, so that its next round begins.
 void skip_to_loop_end();

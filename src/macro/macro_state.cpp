@@ -110,17 +110,6 @@ std::string macro_memory_text() {
   return "Macros: " + kilobytes_text(used) + " Kb in use, " + kilobytes_text(free) + " Kb free";
 }
 
-void reset_macro_flow() {
-  if (!settings.macros) return;
-  if (macros.level >= 0) {
-    // The lowest loop of all was entered with the heap as it stood for the files still open.
-    macros.heap_top = macros.loops[0].saved_top;
-    macros.level = -1;
-  }
-  macros.assign_target = -1;
-  reset_macro_reader();
-}
-
 void check_variable(double number) {
   if (!(number >= 0))
     error_end("No variable number", std::isfinite(number) ? text_of("%g", number) : "?");
@@ -190,14 +179,10 @@ std::span<const int> variable_dimensions(int number) {
   return {macros.dimension_sizes[number], static_cast<std::size_t>(macros.dimension_count[number])};
 }
 
-std::int64_t array_cells(std::span<const int> sizes) {
-  std::int64_t row = 1;
-  std::int64_t total = 0;
-  for (const int size : sizes) {
-    row *= size;
-    total += row;
-    if (row > 2147483647 || total > 2147483647) return -1;
-  }
+double array_cells(std::span<const int> sizes) {
+  double row = 1;
+  double total = 0;
+  for (const int size : sizes) total += row *= size;
   return total;
 }
 
@@ -271,10 +256,10 @@ void name_variable(int number, std::string_view name, std::span<const int> sizes
   }
   if (number < var_shift()) error_end("Cannot name variables which are private to other files");
   if (macros.names[number]) error_end("Can't rename variables:", number, macros.names[number]);
-  const std::int64_t cells = sizes.empty() ? 1 : array_cells(sizes);
-  if (cells < 0 || number + cells > macros.max_variables) {
-    error_end_f("A [%s] array uses %lld cells (%i of %i available)", sizes_text(sizes).c_str(),
-                static_cast<long long>(cells), macros.max_variables - number, macros.max_variables);
+  const double cells = sizes.empty() ? 1 : array_cells(sizes);
+  if (number + cells > macros.max_variables) {
+    error_end_f("A [%s] array uses %.0f cells (%i of %i available)", sizes_text(sizes).c_str(),
+                cells, macros.max_variables - number, macros.max_variables);
   }
   char* copy = take_heap(name.size() + 1);
   std::memcpy(copy, name.data(), name.size());

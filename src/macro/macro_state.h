@@ -39,7 +39,6 @@ struct macro_frame {
   char* heap_top = nullptr;
   bool keep_names = false;   // `return =`
   std::string pending_text;  // expansion that was being read when the file was called
-  const char* pending_resume = nullptr;
 };
 
 /// Written in macro/ only.
@@ -100,8 +99,6 @@ void stop_macros();
 /// "Macros: 1.2 Kb in use, 100.0 Kb free\n" without its newline.
 std::string macro_memory_text();
 std::size_t macro_memory_used();
-/// Ends all loops and returns to the command line's frame: after an error or interrupt.
-void reset_macro_flow();
 
 /// Value of a cell; the number must be in range.
 double variable_value(int number);
@@ -124,8 +121,8 @@ int find_variable(std::string_view name);
 std::string_view variable_name(int number);
 /// Dimensions of the array that starts at the cell; empty for scalars or without protection.
 std::span<const int> variable_dimensions(int number);
-/// Cells that an array of these sizes takes: D1 + D1*D2 + ... ; -1 when it exceeds 2^31.
-std::int64_t array_cells(std::span<const int> sizes);
+/// Cells that an array of these sizes takes: D1 + D1*D2 + ... ; more than an integer may hold.
+double array_cells(std::span<const int> sizes);
 /// First data cell of an array, walking its index cells; and how many data cells it has.
 int first_data_cell(int number);
 std::int64_t data_cell_count(std::span<const int> sizes);

@@ -21,7 +21,7 @@ value_source last_value;
 namespace {
 
 constexpr std::size_t longest_token = 500;
-constexpr int deepest_expression = 2000;  // nested parentheses; the machine stack holds many more
+constexpr int deepest_expression = 2000;  // operands within operands; the machine stack holds more
 word_resolver resolve_function = nullptr;
 word_resolver resolve_name = nullptr;
 int expression_depth = 0;
@@ -31,7 +31,7 @@ class depth_guard {
   depth_guard() {
     if (++expression_depth > deepest_expression) {
       expression_depth = 0;
-      error_end("Expression has too many nested parentheses");
+      error_end("Expression is nested too deep");
     }
   }
   ~depth_guard() {
@@ -104,6 +104,7 @@ bool put_back(const char* from, std::size_t length) {
 
 // The value reader. Returns false only in tolerant reading, with nothing but blanks consumed.
 bool read_operand(double* value, reading mode) {
+  const depth_guard guard;  // functions, subscripts and expansions read operands within operands
   last_value = {};
   int c = skip_blanks_peek();
   double sign = 1;
@@ -306,6 +307,16 @@ bool macro_list_word(std::string_view word, bool names_element, double* value) {
     return true;
   }
   return !names_element && resolve_function && resolve_function(word, value);
+}
+
+double macro_subscript(bool minus_opens_range) {
+  double value = macro_value();
+  for (;;) {
+    const int c = skip_blanks_peek();
+    if (c != '+' && c != '*' && c != '/' && (c != '-' || minus_opens_range)) return value;
+    read_char();
+    value = apply(static_cast<char>(c), value, macro_value());
+  }
 }
 
 double evaluate(expression_end end, std::string* echo) {

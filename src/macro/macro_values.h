@@ -25,6 +25,9 @@ double macro_value();
 /// unless the word is an element's whole name.
 bool macro_list_word(std::string_view word, bool names_element, double* value);
 
+/// A subscript: values joined by + * / and, unless it opens a range, by -.
+double macro_subscript(bool minus_opens_range);
+
 /// How an expression ends.
 enum class expression_end { semicolon, parenthesis, bracket };
 /// Evaluates up to ";" (left unread) at top level, or up to the matching ")" (consumed; the "(" has

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "macro/commands.h"
+#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "shell/console.h"
@@ -59,14 +60,12 @@ void progress_command() {
   if (settings.report) error_end("Cannot run progress with report ON");
   shown.done = macro_value();
   shown.total = macro_value();
-  const bool commas = input.literal_comma;
-  input.literal_comma = true;
+  const literal_commas commas;
   shown.label.clear();
   skip_blanks_peek();
   for (int c = read_char(); c != ';'; c = read_char()) {
     if (shown.label.size() < longest_label) shown.label += static_cast<char>(c < 32 ? ' ' : c);
   }
-  input.literal_comma = commas;
   show_progress_line(shown.label, shown.done, shown.total);
 }
 

@@ -133,10 +133,12 @@ bool read_operator(const variable_reference& target, assignment* op) {
       return false;
     }
     if (c == '+' && next != '=') error_end("Invalid syntax in set command");
-    // Behind "-", one character is taken whatever it is: "- 3" and "-=3" subtract 3.
-    read_raw_char();
+    if (next == ';') error_end("Set requires a value or expression");
+    // Behind "-", one character is taken whatever it is: "- 3" and "-=3" subtract 3, "-35"
+    // subtracts 5, and "-3" leaves nothing to subtract.
+    read_char();
     *op = c == '+' ? assignment::add : assignment::subtract;
-    return true;
+    return c == '+' || next == '=' || skip_blanks_peek() != ';';
   };
   switch (c) {
     case ';':
@@ -173,6 +175,7 @@ void set_command() {
     case '+':
     case '-':
       next_nonblank();
+      check_end();
       macros.blank_after_strings = c == '+';
       report_line(c == '+' ? "Adding space in string conversions"
                            : "Not adding space in string conversions");

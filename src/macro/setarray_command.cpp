@@ -19,12 +19,7 @@ namespace {
 
 std::vector<int> read_sizes() {
   std::vector<int> sizes;
-  const bool commas = input.literal_comma;
-  input.literal_comma = true;
-  struct restore {
-    bool commas;
-    ~restore() { input.literal_comma = commas; }
-  } const restorer{commas};
+  const literal_commas commas;
   for (;;) {
     const int c = skip_blanks_peek();
     if (!std::isdigit(c) && c != '(' && c != '\'') error_end("Must specify dimension");
@@ -60,9 +55,8 @@ void setarray_command() {
   const std::vector<int> sizes = read_sizes();
   const variable_reference target = read_variable_reference(false);
   check_sizes(target, sizes);
-  const std::int64_t total = array_cells(sizes);
   const std::int64_t count = data_cell_count(sizes);
-  if (total < 0 || target.cell + total > macros.max_variables) {
+  if (target.cell + array_cells(sizes) > macros.max_variables) {
     error_end("Only", macros.max_variables - target.cell, "variables available");
   }
   std::vector<double> values;

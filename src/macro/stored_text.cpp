@@ -16,16 +16,11 @@ std::string read_stored_text() {
   // A "$" at the head opened the text; further ones convert as usual.
   const int strings = macro_reading_flags.no_strings;
   macro_reading_flags.no_strings = 0;
-  const bool commas = input.literal_comma;
-  input.literal_comma = true;
   struct restore {
     int strings;
-    bool commas;
-    ~restore() {
-      macro_reading_flags.no_strings = strings;
-      input.literal_comma = commas;
-    }
-  } const restorer{strings, commas};
+    ~restore() { macro_reading_flags.no_strings = strings; }
+  } const restorer{strings};
+  const literal_commas commas;
 
   std::string text;
   bool blank = false;

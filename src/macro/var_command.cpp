@@ -62,7 +62,11 @@ std::string heading(const variable_reference& reference) {
   std::string text = "Var. " + std::to_string(reference.base);
   if (!variable_name(reference.base).empty())
     text += " " + std::string(variable_name(reference.base));
-  if (reference.subscripts > 0) text += text_of(" (=%i)", reference.cell);
+  if (reference.subscripts == 0) return text;
+  const int shown = std::min(reference.subscripts, most_dimensions);
+  text += "[" + dimensions_text({reference.subscript.data(), static_cast<std::size_t>(shown)}, " ");
+  text += "]";
+  if (reference.cell != reference.base) text += text_of(" (=%i)", reference.cell);
   return text;
 }
 
@@ -160,12 +164,7 @@ std::string read_variable_name() {
 void read_bracketed_sizes(std::vector<int>& sizes, int number) {
   if (peek_raw_char() != '[') return;
   read_raw_char();
-  const bool commas = input.literal_comma;
-  input.literal_comma = true;
-  struct restore {
-    bool commas;
-    ~restore() { input.literal_comma = commas; }
-  } const restorer{commas};
+  const literal_commas commas;
   for (;;) {
     const int c = skip_blanks_peek();
     if (c == ',') {
@@ -212,9 +211,12 @@ void name_numbered() {
     } else if (next < 0) {
       error_end("Give number of variable to name");
     }
-    while (peek_raw_char() == ',') {
-      read_raw_char();
-      add_dimension(sizes, number);
+    {
+      const literal_commas commas;
+      while (peek_raw_char() == ',') {
+        read_raw_char();
+        add_dimension(sizes, number);
+      }
     }
     next = number + name_one(number, std::move(sizes));
   }
@@ -242,18 +244,18 @@ void dename() {
 void var_command() {
   require_macros();
   no_timing();
-  const int c = skip_blanks_peek();
+  const int c = [] {
+    const reading_flag strings(&macro_reading::no_strings);
+    return skip_blanks_peek();
+  }();
   switch (c) {
     case ';':
       list_variables();
       return;
-    case '=': {
+    case '=':
       next_nonblank();
-      const bool commas = input.literal_comma;
       name_numbered();
-      input.literal_comma = commas;
       return;
-    }
     case ':':
       next_nonblank();
       name_next();

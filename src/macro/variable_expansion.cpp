@@ -71,6 +71,22 @@ std::string formatted(double value, const local_format& format) {
   return format.sign ? text_of("%+*.0f", width, whole) : text_of("%*.0f", width, whole);
 }
 
+// The cells of a range from `cell` on, as the text of an expansion.
+std::string rest_of_range(const variable_reference& reference, int cell) {
+  const std::string_view name = variable_name(reference.base);
+  std::string rest = "'";
+  rest += reference.named ? std::string(name) : std::to_string(reference.base - var_shift());
+  rest += "[ ";
+  const auto last = static_cast<std::size_t>(reference.subscripts) - 1;
+  for (std::size_t d = 0; d < last; ++d) rest += std::to_string(reference.subscript[d]) + " ";
+  const int from = reference.subscript[last] + (cell - reference.cell);
+  const int to = reference.subscript[last] + (reference.last - reference.cell);
+  rest += text_of(" %i-%i ", from, to);
+  if (reference.separator != ' ')
+    rest += text_of("&%i ", static_cast<unsigned char>(reference.separator));
+  return rest + "]'";
+}
+
 // All cells of a range; what doesn't fit becomes an expansion of its own at the end, `tail` bytes
 // long, which is read next.
 std::string range_text(const variable_reference& reference, std::size_t* tail) {
@@ -78,25 +94,7 @@ std::string range_text(const variable_reference& reference, std::size_t* tail) {
   for (int cell = reference.cell; cell <= reference.last; ++cell) {
     if (cell > reference.cell) text += reference.separator;
     if (text.size() > longest_range_text) {
-      // The last subscript counts from the start of its row, which is all that matters from here
-      // on: the cells are addressed as if they followed the first one.
-      const std::span<const int> sizes = variable_dimensions(reference.base);
-      const int row = sizes.empty() ? 0 : sizes.back();
-      const int in_row = row ? (reference.cell - first_data_cell(reference.base)) % row : 0;
-      std::string rest = text_of("'%i[ ", reference.base - var_shift());
-      if (sizes.size() > 1) {
-        std::int64_t offset = (reference.cell - first_data_cell(reference.base)) / row;
-        std::string subscripts;
-        for (std::size_t d = sizes.size() - 1; d-- > 0;) {
-          subscripts = std::to_string(offset % sizes[d]) + " " + subscripts;
-          offset /= sizes[d];
-        }
-        rest += subscripts;
-      }
-      const int from = in_row + (cell - reference.cell);
-      const int to = in_row + (reference.last - reference.cell);
-      rest += text_of(" %i-%i ", from, to);
-      rest += reference.separator == ' ' ? "]'" : text_of(" &%i ]'", reference.separator);
+      const std::string rest = rest_of_range(reference, cell);
       *tail = rest.size();
       return text + rest;
     }
@@ -109,16 +107,12 @@ std::string range_text(const variable_reference& reference, std::size_t* tail) {
 
 void expand_variable(char quote) {
   const local_format format = read_local_format();
-  variable_reference reference;
-  {
-    const reading_flag quotes(&macro_reading::no_quotes);
-    reference = read_variable_reference(true);
-    int c = read_raw_char();
-    while (c < 33 && c != ';') c = read_raw_char();
-    if (c != quote) {
-      error_end(reference.subscripts ? "Expression must end and start with the same symbol"
-                                     : "Each quote or single quote must be matched");
-    }
+  const variable_reference reference = read_variable_reference(true);
+  int c = read_raw_char();
+  while (c < 33) c = read_raw_char();
+  if (c != quote) {
+    error_end(reference.subscripts ? "Expression must end and start with the same symbol"
+                                   : "Each quote or single quote must be matched");
   }
   if (!reference.range) {
     insert_text(formatted(variable_value(reference.cell), format));

@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "macro/macro_reader.h"
-#include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "shell/errors.h"
 #include "shell/lexer.h"
@@ -27,6 +26,12 @@ void check_subscript(int base, std::span<const int> sizes, std::size_t which, do
     error_end_f("Variable %i has only %i values (0-%i) for dimension %zu", base, sizes[which],
                 sizes[which] - 1, which);
   }
+}
+
+// The character of an ASCII code, between the values of a range.
+char read_separator() {
+  const double code = macro_value();
+  return code >= 1 && code < 256 ? static_cast<char>(static_cast<int>(code)) : ' ';
 }
 
 }  // namespace
@@ -67,6 +72,7 @@ variable_reference read_subscripts(int base, bool named, bool ranges) {
   reference.dimensions = static_cast<int>(sizes.size());
   if (peek_raw_char() != '[') return reference;
   read_raw_char();
+  const literal_commas commas;
   double position = base;
   for (;;) {
     int c = skip_blanks_peek();
@@ -79,13 +85,14 @@ variable_reference read_subscripts(int base, bool named, bool ranges) {
       next_nonblank();
       break;
     }
+    if (c == ';') error_end("Need closing brackets");
     if (c == '&' && reference.range) {
       next_nonblank();
-      reference.separator = static_cast<char>(static_cast<int>(macro_value()) & 127);
+      reference.separator = read_separator();
       continue;
     }
     if (reference.range) error_end("Ranges are valid only for the last dimension");
-    const double subscript = std::trunc(macro_value());
+    const double subscript = std::trunc(macro_subscript(ranges));
     if (macros.protection)
       check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts), subscript);
     // Each subscript but the first starts from where the index cell points.
@@ -95,16 +102,20 @@ variable_reference read_subscripts(int base, bool named, bool ranges) {
     position += subscript;
     reference.cell = checked_cell(position);
     reference.last = reference.cell;
+    if (reference.subscripts < most_dimensions)
+      reference.subscript[static_cast<std::size_t>(reference.subscripts)] =
+          static_cast<int>(subscript);
     ++reference.subscripts;
     c = skip_blanks_peek();
     if (c != '-') continue;
     if (!ranges) continue;
     if (!macros.protection) error_end("Ranges valid only under macro protected mode");
     next_nonblank();
-    const double end = std::trunc(macro_value());
+    const double end = std::trunc(macro_subscript(false));
     check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts) - 1, end);
     if (reference.subscripts < reference.dimensions)
       error_end("Ranges are valid only for the last dimension");
+    if (end < subscript) error_end("Ranges can't end before they begin");
     reference.range = true;
     reference.last = checked_cell(reference.cell + (end - subscript));
   }

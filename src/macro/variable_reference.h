@@ -1,8 +1,10 @@
 // References to variables: a number, name or expression, with subscripts.
 #pragma once
 
-#include <cstdint>
+#include <array>
 #include <span>
+
+#include "macro/macro_state.h"
 
 namespace zeb {
 
@@ -13,6 +15,7 @@ struct variable_reference {
   int last = 0;        // last cell of a range; equals `cell` without one
   int dimensions = 0;  // of the base under protection; 0 scalar or unknown
   int subscripts = 0;  // how many were given
+  std::array<int, most_dimensions> subscript = {};  // the first of them
   bool named = false;
   bool range = false;
   char separator = ' ';  // "&N" behind a range

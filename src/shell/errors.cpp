@@ -85,7 +85,6 @@ void raise_error(std::span<const message_part> parts) {
     emit(message, "\n");
   }
   pop_all();
-  if (macro_hooks.command_failed) macro_hooks.command_failed();
   unwind_command();
 }
 

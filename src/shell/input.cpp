@@ -119,7 +119,6 @@ input_frame& next_frame() {
   frame.line_number = 0;
   frame.text = frame.buffer;
   frame.buffer[0] = 0;
-  frame.loop_level = frame.variable_mark = 0;
   return frame;
 }
 
@@ -274,10 +273,11 @@ void pop_all() {
   settings.report = false;
   while (input.top > 0) pop_frame();
   settings.report = chatter;
+  const bool behind_loop = macro_hooks.command_failed && macro_hooks.command_failed();
   input_frame& zero = top_frame();
   if (output.console_mode || zero.is_terminal || !process.command_line_input) {
     if (!zero.at_end) *input.read_position = 0;
-  } else {
+  } else if (!behind_loop) {
     drop_rest_of_argument_command();
   }
 }
@@ -288,7 +288,10 @@ bool has_text_at(int level) {
   return !(top_frame().at_end && *input.read_position == 0);
 }
 
-bool input_ended() { return top_frame().at_end && std::strlen(input.read_position) <= 2; }
+bool input_ended() {
+  const char* rest = input.read_position;
+  return top_frame().at_end && (!rest[0] || !rest[1] || !rest[2]);
+}
 
 bool level_zero_ended() {
   return input.top == 0 && *input.read_position == 0 && top_frame().at_end;

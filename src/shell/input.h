@@ -26,9 +26,6 @@ struct input_frame {
   char* text = buffer;               // start of the text: nothing before it can be unread
   char name[160] = {};
   int line_number = 0;  // newlines read
-  // What the macro layer keeps for the file: see macro/.
-  int loop_level = 0;
-  int variable_mark = 0;
 };
 
 struct input_state {
@@ -70,7 +67,8 @@ struct macro_hook_table {
   void (*frame_about_to_be_pushed)() = nullptr;
   void (*frame_pushed)() = nullptr;
   void (*frame_popped)() = nullptr;
-  void (*command_failed)() = nullptr;    // error or interrupt: blocks and loops end
+  bool (*command_failed)() = nullptr;    // error or interrupt: blocks and loops end; true if the
+                                         // reader was moved behind a loop
   void (*show_error_place)() = nullptr;  // replaces the plain place and caret of an error
   int (*loop_level)() = nullptr;         // nesting of macro loops
   void (*run_pending_jump)() = nullptr;  // goes to the target of `goto [`

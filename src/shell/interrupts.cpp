@@ -20,7 +20,6 @@ void user_interrupt() {
   reset_output();
   clear_progress();
   if (!process.in_search) emit("\nUser interrupt...\n");
-  if (macro_hooks.command_failed) macro_hooks.command_failed();
   pop_all();
   if (process.in_search) {
     process.interrupt_state = 1;
