@@ -32,19 +32,43 @@ std::vector<int> read_sizes() {
   }
 }
 
+// The named variable whose cells these are, or -1.
+int owner_of(int cell) {
+  for (int i = 0; i < macros.named_count; ++i) {
+    const int number = macros.named[i];
+    const std::span<const int> sizes = variable_dimensions(number);
+    const int cells = sizes.empty() ? 1 : static_cast<int>(array_cells(sizes));
+    if (number <= cell && cell < number + cells) return number;
+  }
+  return -1;
+}
+
 void check_sizes(const variable_reference& target, std::span<const int> sizes) {
-  if (!macros.protection || !target.named) return;
-  const std::span<const int> own = variable_dimensions(target.cell);
+  const std::span<const int> own = section_sizes(target);
   if (sizes.size() < own.size() && macros.protection == 2) {
     error_end("Too few dimensions to set (under protection mode 2, cannot re-set arrays)");
   }
-  if (sizes.size() > own.size())
+  if (sizes.size() > own.size() && !(own.empty() && array_cells(sizes) == 1))
     error_end("Variable", target.base, "has only", own.size(), "dimensions");
+  if (sizes.size() != own.size()) return;
   for (std::size_t d = 0; d < sizes.size(); ++d) {
     if (sizes[d] != own[d]) {
       error_end("Dimension", d, "of variable", target.base, "has", own[d], "cells, not", sizes[d]);
     }
   }
+}
+
+// Cells without a name take the shape that is written, unless it would break a named array.
+int lay_out_unnamed(int cell, std::span<const int> sizes) {
+  if (sizes.size() < 2) return cell;
+  const auto end = cell + static_cast<int>(array_cells(sizes));
+  for (int i = cell; i < end && macros.protection == 2; ++i) {
+    const int owner = owner_of(i);
+    if (owner >= 0 && !variable_dimensions(owner).empty())
+      error_end("Cannot re-set array under protection mode 2\nVar.", owner, variable_name(owner));
+  }
+  lay_out_array(cell, sizes);
+  return end - static_cast<int>(data_cell_count(sizes));
 }
 
 }  // namespace
@@ -54,11 +78,12 @@ void setarray_command() {
   no_timing();
   const std::vector<int> sizes = read_sizes();
   const variable_reference target = read_variable_reference(false);
-  check_sizes(target, sizes);
-  const std::int64_t count = data_cell_count(sizes);
+  const bool owned = macros.protection && owner_of(target.base) >= 0;
+  if (owned) check_sizes(target, sizes);
   if (target.cell + array_cells(sizes) > macros.max_variables) {
     error_end("Only", macros.max_variables - target.cell, "variables available");
   }
+  const std::int64_t count = data_cell_count(sizes);
   std::vector<double> values;
   values.reserve(static_cast<std::size_t>(count));
   for (std::int64_t i = 0; i < count; ++i) {
@@ -69,13 +94,12 @@ void setarray_command() {
     values.push_back(macro_value());
   }
   if (skip_blanks_peek() != ';') error_end("Setarray must end with a semicolon");
-  // Unnamed cells take the shape that is written.
-  if (variable_dimensions(target.cell).size() != sizes.size() || !macros.protection) {
-    if (sizes.size() > 1 || macros.protection) lay_out_array(target.cell, sizes);
-  }
   int first = target.cell;
-  std::int64_t row = 1;
-  for (std::size_t d = 0; d + 1 < sizes.size(); ++d) first += static_cast<int>(row *= sizes[d]);
+  if (!owned) {
+    first = lay_out_unnamed(target.cell, sizes);
+  } else if (sizes.size() == section_sizes(target).size()) {
+    first = section_start(target);
+  }
   for (std::size_t i = 0; i < values.size(); ++i)
     store_variable(first + static_cast<int>(i), values[i]);
 }

@@ -202,6 +202,7 @@ void name_numbered() {
     int number = next;
     std::vector<int> sizes;
     const int c = skip_blanks_peek();
+    const literal_commas commas;
     if (accept_char('+')) {
       number = next_free_variable();
     } else if (std::isdigit(c) || c == '(') {
@@ -211,12 +212,9 @@ void name_numbered() {
     } else if (next < 0) {
       error_end("Give number of variable to name");
     }
-    {
-      const literal_commas commas;
-      while (peek_raw_char() == ',') {
-        read_raw_char();
-        add_dimension(sizes, number);
-      }
+    while (peek_raw_char() == ',') {
+      read_raw_char();
+      add_dimension(sizes, number);
     }
     next = number + name_one(number, std::move(sizes));
   }
@@ -269,7 +267,7 @@ void var_command() {
       show_variable(display::bits);
       return;
     case '$':
-      next_nonblank();
+      read_raw_char();
       show_variable(display::string);
       return;
     case '+':
