@@ -140,7 +140,8 @@ void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
   for (std::uint8_t& m : marks) m = 1;
   if (collapsing.rule == 0) return;
   if (collapsing.rule >= 5) {
-    if (!swap_rule) error_end("Collapsing by branch-swapping is not available yet");
+    if (!swap_rule)
+      error_end("Internal error: called swap-collapsing without having assigned memory!");
     swap_rule(tree, collapsing.rule == 6, marks, ignored_taxa);
     return;
   }

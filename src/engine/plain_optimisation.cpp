@@ -203,12 +203,4 @@ double plain_optimiser::score() const {
   return static_cast<double>(steps) + static_cast<double>(thousandths) / 1000.0;
 }
 
-void score_stored_trees(std::span<double> scores) {
-  plain_optimiser optimiser(scored_characters());
-  for (std::size_t t = 0; t < scores.size(); ++t) {
-    optimiser.optimise(stored_tree(static_cast<int>(t)), polytomy_kind::hard, false);
-    scores[t] = optimiser.score();
-  }
-}
-
 }  // namespace zeb

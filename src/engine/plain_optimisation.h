@@ -67,9 +67,6 @@ class plain_optimiser {
   std::vector<std::uint32_t> final_;
 };
 
-/// Fills the scores of all trees of the buffer, polytomies taken as hard.
-void score_stored_trees(std::span<double> scores);
-
 /// The characters that scores count: active and of non-zero weight.
 std::vector<std::uint8_t> scored_characters();
 

@@ -2,7 +2,7 @@
 
 #include "engine/collapsing.h"
 #include "engine/packing.h"
-#include "engine/plain_optimisation.h"
+#include "engine/tree_scores.h"
 #include "shell/arena.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_groups.h"

@@ -1,4 +1,5 @@
 // Scores of the trees in memory: `length`, `scores`, `cscores`, `fit`, `chomo`.
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -6,6 +7,7 @@
 #include "engine/fits.h"
 #include "engine/plain_optimisation.h"
 #include "engine/search_data.h"
+#include "engine/tree_scores.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/input.h"
@@ -20,38 +22,51 @@ namespace {
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-/// "[!] trees [/ characters]".
+/// "[!] trees [/ characters]"; "*" in place of "!" where fits can be shown.
 struct score_request {
   polytomy_kind polytomies = polytomy_kind::hard;
+  bool maximised = false;
   std::vector<std::uint8_t> trees;
   std::vector<std::uint8_t> characters;
 };
 
 /// Characters that are listed count even if they are inactive; without a list, the active ones do.
-score_request read_request(const char* doing) {
+void read_characters(score_request& request) {
+  if (accept_char('/')) {
+    request.characters.assign(at(matrix.nchar), 0);
+    if (!read_list(list_plain, 0, matrix.nchar, "character", request.characters))
+      error_end("Expected a list of characters");
+    return;
+  }
+  request.characters = scored_characters();
+  if (std::count(request.characters.begin(), request.characters.end(), 1) == 0)
+    warning("No characters are active.  Sure you want to calculate \"scores\"?");
+}
+
+score_request read_request(const char* doing, bool may_maximise = false) {
   require_data(doing);
   require_trees();
   score_request request;
-  if (accept_char('!')) request.polytomies = polytomy_kind::soft;
+  bool soft = accept_char('!');
+  request.maximised = may_maximise && accept_char('*');
+  if (request.maximised) soft = soft || skip_blanks_peek() == '!';
+  if (soft && request.maximised) error_end("Cannot do \"soft\" polytomies with \"*\"");
+  if (soft) request.polytomies = polytomy_kind::soft;
   request.trees.assign(at(store.ntrees), 0);
   if (!read_list(list_slash_ends | list_in_tree_buffer, 0, store.ntrees, "tree", request.trees))
     request.trees.assign(at(store.ntrees), 1);
-  request.characters = scored_characters();
-  if (!accept_char('/')) return request;
-  std::vector<std::uint8_t> listed(at(matrix.nchar), 0);
-  if (!read_list(list_plain, 0, matrix.nchar, "character", listed))
-    error_end("Expected a list of characters");
-  request.characters = listed;
+  read_characters(request);
   return request;
 }
 
-std::string score_text(double score, bool fractional) {
-  return fractional ? text_of("%.3f", score) : text_of("%.0f", score);
-}
+std::string score_text(double score, int decimals) { return text_of("%.*f", decimals, score); }
 
-/// One list, whole numbers where all values are.
-void print_values(const std::string& title, const std::vector<double>& values, bool fractional) {
-  if (fractional) return print_table(title, values, 3);
+constexpr int decimals_of_continuous = 3;
+constexpr int decimals_of_fits = 5;
+
+/// One list, as whole numbers without decimals.
+void print_values(const std::string& title, const std::vector<double>& values, int decimals) {
+  if (decimals > 0) return print_table(title, values, decimals);
   std::vector<std::int64_t> whole;
   for (const double v : values) whole.push_back(v == v ? static_cast<std::int64_t>(v) : no_value);
   print_table(title, whole);
@@ -69,30 +84,22 @@ void for_each_tree(const score_request& request, plain_optimiser& optimiser, fun
   clear_progress();
 }
 
-/// Fits have five decimals, whole or not.
-void show_fits() {
-  require_data("showing fits");
-  require_trees();
-  fit_form form = fit_form::cost;
-  bool soft = accept_char('!');
-  if (accept_char('*')) form = fit_form::gain;
-  soft = soft || skip_blanks_peek() == '!';
-  if (soft && form == fit_form::gain) error_end("Cannot do \"soft\" polytomies with \"*\"");
-  score_request request = read_request("showing fits");
-  if (soft) request.polytomies = polytomy_kind::soft;
-  plain_optimiser optimiser(request.characters);
-  std::vector<double> fits(at(store.ntrees), no_fraction);
-  for_each_tree(request, optimiser,
-                [&](int t) { fits[at(t)] = tree_fit(optimiser, request.characters, form); });
-  print_table(form == fit_form::gain ? "Tree fits (to be maximised)" : "Tree fits", fits, 5);
-}
-
-void show_scores(const char* doing, const char* title) {
-  const score_request request = read_request(doing);
+/// One table of what `score(optimiser)` says of each chosen tree.
+template <class function>
+void show_table(const score_request& request, const char* title, function score, int decimals) {
   plain_optimiser optimiser(request.characters);
   std::vector<double> scores(at(store.ntrees), no_fraction);
-  for_each_tree(request, optimiser, [&](int t) { scores[at(t)] = optimiser.score(); });
-  print_values(title, scores, optimiser.has_continuous());
+  for_each_tree(request, optimiser, [&](int t) { scores[at(t)] = score(optimiser); });
+  if (decimals == 0 && optimiser.has_continuous()) decimals = decimals_of_continuous;
+  print_values(title, scores, decimals);
+}
+
+/// Fits have five decimals, whole or not.
+void show_fits(const score_request& request, fit_form form) {
+  show_table(
+      request, form == fit_form::gain ? "Tree fits (to be maximised)" : "Tree fits",
+      [&](const plain_optimiser& o) { return tree_fit(o, request.characters, form); },
+      decimals_of_fits);
 }
 
 double unit_of(int character) {
@@ -133,17 +140,17 @@ void show_homoplasy(const score_request& request, const plain_optimiser& optimis
     const homoplasy one = homoplasy_of(optimiser, c, 1);
     total.add(homoplasy_of(optimiser, c, matrix.characters[at(c)].weight));
     rows.push_back(character_label(c));
-    const bool fractional = matrix.characters[at(c)].is_continuous != 0;
+    const int decimals = matrix.characters[at(c)].is_continuous ? decimals_of_continuous : 0;
     for (const double value : {one.steps, one.least, one.most, one.steps - one.least})
-      table.cells.push_back(score_text(value, fractional));
+      table.cells.push_back(score_text(value, decimals));
     table.cells.push_back(index_text(one.consistency()));
     table.cells.push_back(index_text(one.retention()));
   }
   const std::vector<std::string> columns = {"Steps", "Min", "Max", "Extra", "CI", "RI"};
-  const std::string title = text_of("Tree %i, total length ", tree) +
-                            score_text(total.steps, optimiser.has_continuous()) +
-                            ", CI = " + index_text(total.consistency()) +
-                            ", RI = " + index_text(total.retention());
+  const int decimals = optimiser.has_continuous() ? decimals_of_continuous : 0;
+  const std::string title =
+      text_of("Tree %i, total length ", tree) + score_text(total.steps, decimals) +
+      ", CI = " + index_text(total.consistency()) + ", RI = " + index_text(total.retention());
   table.title = title;
   table.row_labels = rows;
   table.column_labels = columns;
@@ -152,30 +159,45 @@ void show_homoplasy(const score_request& request, const plain_optimiser& optimis
 
 }  // namespace
 
-void length_command() { show_scores("showing tree lengths", "Tree lengths"); }
+/// Always in steps.
+void length_command() {
+  const score_request request = read_request("showing tree lengths");
+  show_table(
+      request, "Tree lengths", [](const plain_optimiser& o) { return o.score(); }, 0);
+}
 
 void scores_command() {
-  if (skip_blanks_peek() == '*')
-    error_end("The fit to be maximised needs implied weights, which are not available yet");
-  show_scores("showing tree scores", "Tree scores");
+  const score_request request = read_request("showing tree scores", true);
+  if (request.maximised) return show_fits(request, fit_form::gain);
+  show_table(
+      request, "Tree scores",
+      [&](const plain_optimiser& o) { return tree_score(o, request.characters); },
+      score_decimals(false));
 }
 
 void cscores_command() {
   const score_request request = read_request("showing character scores");
   plain_optimiser optimiser(request.characters);
   for_each_tree(request, optimiser, [&](int t) {
-    const bool fractional = optimiser.has_continuous();
+    const int decimals = score_decimals(optimiser.has_continuous());
     std::vector<double> scores(at(matrix.nchar), no_fraction);
-    for (int c = 0; c < matrix.nchar; ++c)
-      if (request.characters[at(c)])
-        scores[at(c)] =
-            static_cast<double>(optimiser.steps(c)) * matrix.characters[at(c)].weight * unit_of(c);
-    print_values(text_of("Tree %i, total length ", t) + score_text(optimiser.score(), fractional),
-                 scores, fractional);
+    for (int c = 0; c < matrix.nchar; ++c) {
+      if (!request.characters[at(c)]) continue;
+      const double score = engine.implied_on ? character_fit(optimiser, c, fit_form::cost)
+                                             : static_cast<double>(optimiser.steps(c)) * unit_of(c);
+      scores[at(c)] = matrix.characters[at(c)].weight * score;
+    }
+    const double total = tree_score(optimiser, request.characters);
+    print_values(engine.implied_on ? text_of("Tree %i, total adjusted homoplasy %f", t, total)
+                                   : text_of("Tree %i, total length %.*f", t, decimals, total),
+                 scores, decimals);
   });
 }
 
-void fit_command() { show_fits(); }
+void fit_command() {
+  const score_request request = read_request("showing fits", true);
+  show_fits(request, request.maximised ? fit_form::gain : fit_form::cost);
+}
 
 void chomo_command() {
   const score_request request = read_request("showing homoplasy");

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "engine/plain_optimisation.h"
+#include "engine/tree_scores.h"
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
 #include "shell/errors.h"
@@ -18,10 +18,10 @@ namespace {
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-bool scores_have_fractions() {
-  return std::any_of(
+int decimals_of_scores() {
+  return score_decimals(std::any_of(
       matrix.characters.begin(), matrix.characters.end(),
-      [](const character_record& c) { return c.active && c.weight != 0 && c.is_continuous; });
+      [](const character_record& c) { return c.active && c.weight != 0 && c.is_continuous; }));
 }
 
 /// Keeps the trees that satisfy the constraints; all of them where none does. Returns the note.
@@ -48,9 +48,9 @@ void best_command() {
   if (read_optional_float(&allowed) && allowed < 0)
     error_end("The difference to the best score can't be negative");
   check_end();
-  const bool fractions = scores_have_fractions();
+  const int decimals = decimals_of_scores();
   constexpr double rounding = 1e-06;
-  if (fractions) allowed += rounding;
+  if (decimals > 0) allowed += rounding;
   std::vector<std::uint8_t> keep(at(store.ntrees), 1);
   const char* note = constrained ? keep_constrained(keep) : "";
   std::vector<double> scores(at(store.ntrees));
@@ -61,8 +61,8 @@ void best_command() {
   for (std::size_t t = 0; t < scores.size(); ++t) keep[t] = keep[t] && scores[t] <= best + allowed;
   const int before = store.ntrees;
   select_trees(keep);
-  emit("Best score: ", fractions ? text_of("%.3f", best) : text_of("%.0f", best), ", ",
-       before - store.ntrees, " trees discarded, ", store.ntrees, " trees retained", note, "\n");
+  emit("Best score: ", text_of("%.*f", decimals, best), ", ", before - store.ntrees,
+       " trees discarded, ", store.ntrees, " trees retained", note, "\n");
 }
 
 }  // namespace zeb

@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+
 #include "engine/collapsing.h"
 #include "engine/search_data.h"
+#include "matrix/symbols.h"
 #include "property/random_matrix.h"
 #include "shell/arena.h"
 
@@ -112,6 +115,43 @@ TEST_F(plain_optimisation, soft_polytomies_are_as_short_as_the_best_resolution) 
     for (int c = 0; c < shape.nchar; ++c)
       ASSERT_EQ(optimiser.steps(c),
                 best_resolution(tree, oracle.cells[at(c)], oracle.additive[at(c)]))
+          << "seed " << seed << " character " << c;
+  }
+}
+
+/// The data with each character as a continuous one, its states as thousandths.
+void make_continuous(const zeb_test::oracle_matrix& oracle) {
+  const auto nchar = static_cast<int>(oracle.cells.size());
+  const auto ntax = static_cast<int>(oracle.cells[0].size());
+  matrix.cell_bytes = 4;
+  matrix.state_mask = 0xffffffffU;
+  begin_matrix(ntax, nchar);
+  for (int c = 0; c < nchar; ++c) {
+    set_character_type(c, continuous_data);
+    for (int t = 0; t < ntax; ++t) {
+      const std::uint32_t states = oracle.cells[at(c)][at(t)];
+      const int low = std::countr_zero(states);
+      const int high = 31 - std::countl_zero(states);
+      set_cell(t, c, states ? static_cast<std::uint32_t>(low | high << 16) : missing_continuous);
+    }
+  }
+  finish_matrix();
+}
+
+TEST_F(plain_optimisation, continuous_characters_are_as_long_as_ordered_ones) {
+  for (unsigned seed = 1; seed <= 300; ++seed) {
+    std::mt19937 g(seed);
+    const bool soft = seed % 3 == 0;
+    const zeb_test::data_shape shape = zeb_test::random_shape(g, soft ? 6 : 12, 6);
+    const zeb_test::oracle_matrix oracle = zeb_test::fill_matrix(shape, g);
+    make_continuous(oracle);
+    plain_optimiser optimiser(std::vector<std::uint8_t>(at(shape.nchar), 1));
+    const std::vector<tree_node> record = random_record(shape.ntax, soft ? 0.4 : 0.7, g);
+    const naive::rooted_tree tree = as_naive(record, shape.ntax);
+    optimiser.optimise(record, soft ? polytomy_kind::soft : polytomy_kind::hard, false);
+    for (int c = 0; c < shape.nchar; ++c)
+      ASSERT_EQ(optimiser.steps(c), soft ? best_resolution(tree, oracle.cells[at(c)], true)
+                                         : naive::least_steps(tree, oracle.cells[at(c)], true))
           << "seed " << seed << " character " << c;
   }
 }
