@@ -121,8 +121,7 @@ packed_matrix packed;
 }  // namespace
 
 void forget_packed_data(const int* tag) {
-  // The release of a lock is that of all later ones, too.
-  if (locks.optimisation_lock == 0 || locks.optimisation_lock < *tag) return;
+  if (tag != &locks.optimisation_lock) return;
   packed.valid = false;
   if (current_search_data == &packed.data) current_search_data = nullptr;
 }

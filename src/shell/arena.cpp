@@ -170,7 +170,9 @@ void unlock(int* tag) {
   const auto index = static_cast<std::size_t>(*tag) - 1;
   if (*tag < 0 || index >= lock_table.size() || lock_table[index].tag != tag)
     error_end("Unlock error");
-  for (const unlock_hook hook : unlock_hooks) hook(tag);
+  for (std::size_t i = lock_table.size(); i-- > index;) {
+    for (const unlock_hook hook : unlock_hooks) hook(lock_table[i].tag);
+  }
   // A lock protects what lay in the stacks between the former marks and where they stood: that is
   // what goes now, with all that came later.
   const lock_entry entry = lock_table[index];

@@ -114,7 +114,8 @@ std::size_t locked_bytes(const int* tag);
 void end_of_command();
 
 /// Called before a lock is released, by whoever must let go of data behind it (registered at
-/// start-up, in order). Gets the tag about to go.
+/// start-up, in order). Gets the tag about to go: once for every lock that lapses, the latest
+/// first.
 using unlock_hook = void (*)(const int* tag);
 void add_unlock_hook(unlock_hook hook);
 

@@ -177,7 +177,8 @@ class definition_reader {
   }
 
   void read_members(const std::vector<std::uint8_t>& before) {
-    list_reader list(list_slash_ends, 0, table_.elements, find_list_kind(table_.kind), members_);
+    const unsigned flags = table_.zaps ? list_slash_ends : list_plain;
+    list_reader list(flags, 0, table_.elements, find_list_kind(table_.kind), members_);
     while (true) {
       const int c = skip_blanks_peek();
       if (is_one_of(c, "=<>;")) return;

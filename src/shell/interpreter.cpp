@@ -72,6 +72,7 @@ bool find_run_file() {
 
 const command_row& look_up() {
   if (read_word() == 0) error_end("No command!");
+  command.is_argument = input.top == 0 && process.command_line_input;
   const command_row* row = find_command(token());
   if (!row) row = ask_for_command(token());
   if (!row && find_run_file()) row = &run_file_row;

@@ -25,8 +25,8 @@ void user_interrupt() {
     process.interrupt_state = 1;
     return;
   }
-  take_up_execute_file();
-  unwind_interrupted_command();
+  if (take_up_execute_file()) unwind_interrupted_command();
+  unwind_command();
 }
 
 void check_interrupt(int mode) {

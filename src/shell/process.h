@@ -26,6 +26,7 @@ extern process_state process;
 struct command_state {
   std::string command_name = "zeb*";
   std::string prompt = "zeb*>";
+  bool is_argument = false;  // its word stood among the process arguments
 };
 extern command_state command;
 
@@ -48,8 +49,7 @@ void run_quit_hooks();
 /// The last step of errors and interrupts: cleans up and throws to the innermost jump context.
 /// Ends the process in the background.
 [[noreturn]] void unwind_command();
-/// The same for the user's stop, which doesn't end a background run: what is left of its
-/// instructions goes on.
+/// The same where a background run goes on: its user stopped it and left new instructions.
 [[noreturn]] void unwind_interrupted_command();
 /// The user's stop: pops all input and unwinds, or sets `interrupt_state` in a search.
 void user_interrupt();

@@ -103,14 +103,13 @@ void show_banner() {
 // The word of the process arguments that takes the program into the background.
 void bground_command() {
   no_timing();
-  const bool on_command_line = input.top == 0 && process.command_line_input;
   if (token() != command.command_name) {
-    if (on_command_line) {
+    if (command.is_argument) {
       error_end("Unrecognized command:", token(), " --did you mean \"bground\"?");
     }
     error_end("Unrecognized command:", token());
   }
-  if (!on_command_line) {
+  if (!command.is_argument) {
     error_end(text_of("Command \"%s\" is command-line only!", command.command_name.c_str()));
   }
   if (command.command_name != "bground") error_end("Running as a slave is not available yet");

@@ -57,15 +57,33 @@ def quit_takes_up_execute_files_one_after_the_other():
            f"execute files at quit: {status} {log!r}")
 
 
-def stop_file_abandons_the_command_and_the_file_it_is_in():
-    run = BackgroundRun("proc long; quote the arguments go on; quit;",
-                        long="pause 60; quote never;")
+def stop_file_ends_the_run():
+    run = BackgroundRun("proc long; quote never; quit;", long="pause 60; quote never;")
     run.file("stop").write_text("")
     status, log = run.finish()
-    expect(status == 0, f"stop file: status {status}")
-    expect("User interrupt..." in log and "arguments go on" in log and "never" not in log,
-           f"stop file: {log!r}")
+    expect(status == 255, f"stop file: status {status}")
+    expect("User interrupt..." in log and "never" not in log, f"stop file: {log!r}")
     expect(not run.file("stop").exists(), "the stop file is still there")
+
+
+def after_a_stop_new_instructions_are_taken_up():
+    run = BackgroundRun("pause 60; quote never; quit;")
+    run.file("execute").write_text("quote one more; quit;")
+    run.file("stop").write_text("")
+    status, log = run.finish()
+    expect(status == 0 and "one more" in log and "never" not in log,
+           f"stop and execute files: {status} {log!r}")
+
+
+def stop_file_ends_a_search_and_the_arguments_go_on():
+    rows = "\n".join(f"t{i} {i * 2654435761 % 2**40:040b}" for i in range(300))
+    run = BackgroundRun("proc data; proc long; quote then this; quit;",
+                        data=f"mxram 100; xread 40 300\n{rows}\n;\n",
+                        long="hold 9000; mult=replications 9000 hold 1; quote never;")
+    run.file("stop").write_text("")
+    status, log = run.finish()
+    expect(status == 0 and "then this" in log and "never" not in log,
+           f"stop file in a search: {status} {log!r}")
 
 
 def pause_file_holds_the_run():
@@ -81,7 +99,9 @@ def pause_file_holds_the_run():
 def main():
     tests = [execute_file_is_taken_up_where_the_instructions_end,
              quit_takes_up_execute_files_one_after_the_other,
-             stop_file_abandons_the_command_and_the_file_it_is_in,
+             stop_file_ends_the_run,
+             after_a_stop_new_instructions_are_taken_up,
+             stop_file_ends_a_search_and_the_arguments_go_on,
              pause_file_holds_the_run]
     threads = [threading.Thread(target=test) for test in tests]
     for thread in threads:

@@ -98,6 +98,26 @@ TEST_F(arena_test, releasing_a_lock_releases_the_later_ones_and_all_they_hold) {
   EXPECT_EQ(arena_free(), free_before);
 }
 
+const int* lapsing[3];
+int lapsed = 0;
+void note_lapsing(const int* tag) {
+  if (lapsed < 3) lapsing[lapsed] = tag;
+  ++lapsed;
+}
+
+TEST_F(arena_test, hooks_are_told_of_every_lock_that_lapses) {
+  static const bool added = (add_unlock_hook(note_lapsing), true);
+  ASSERT_TRUE(added);
+  int tags[3] = {};
+  for (int& tag : tags) lock(&tag);
+  lapsed = 0;
+  unlock(&tags[1]);
+  EXPECT_EQ(lapsed, 2);
+  EXPECT_EQ(lapsing[0], &tags[2]);
+  EXPECT_EQ(lapsing[1], &tags[1]);
+  unlock_all();
+}
+
 TEST_F(arena_test, wrong_locks_are_errors) {
   std::vector<int> tags(51);
   for (int i = 0; i < 50; ++i) lock(&tags[static_cast<std::size_t>(i)]);
