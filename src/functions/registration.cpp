@@ -27,9 +27,10 @@ const function_map& working_functions() {
   static const function_map map = [] {
     function_map all;
     for (const auto rows :
-         {data_functions(), tree_functions(), tree_group_functions(), score_functions(),
-          change_functions(), search_functions(), group_functions(), setting_functions(),
-          number_functions(), array_functions(), string_functions(), file_functions()}) {
+         {data_functions(), block_functions(), tree_functions(), tree_group_functions(),
+          score_functions(), change_functions(), search_functions(), group_functions(),
+          setting_functions(), number_functions(), array_functions(), string_functions(),
+          file_functions()}) {
       for (const function_row& row : rows) all.emplace(row.name, row.value);
     }
     return all;
