@@ -17,10 +17,20 @@ void set_type(block_format& format, data_type type) {
   format.type = type;
 }
 
-void read_landmark_option(block_format&, bool) {
+// "landmark 2d"; the letter may be missing.
+void read_landmark_option(block_format& format, bool) {
   int dimension = 0;
   if (!read_optional_int(&dimension) || (dimension != 2 && dimension != 3)) {
     error_end("Landmark data must be 2D or 3D");
+  }
+  if (!accept_char('d')) accept_char('D');
+  format.type = landmark_data;
+}
+
+void check_landmarks(const block_format& format) {
+  if (format.type != landmark_data) return;
+  if (!format.name.empty()) {
+    error_end("Sorry, if data matrix contains landmarks, blocks cannot be named data matrix");
   }
   error_end("Landmark data are not available in this version");
 }
@@ -95,7 +105,7 @@ void check_type_fits(data_type type) {
 
 void read_block_format(block_format& format, bool other_types_read) {
   for (;;) {
-    if (accept_char(']')) return;
+    if (accept_char(']')) return check_landmarks(format);
     if (accept_char('/')) {
       format.name = read_block_name();
       continue;

@@ -99,8 +99,15 @@ void show_character_table() {
 void summarise_settings(std::span<const std::uint8_t> flagged, const character_change& changed) {
   if (std::none_of(flagged.begin(), flagged.end(), [](std::uint8_t f) { return f != 0; })) return;
   const auto line = [&](const std::string& words, auto holds) {
-    const std::vector<std::string> items = list_items(
-        matrix.nchar, [&](int c) { return flagged[at(c)] && holds(matrix.characters[at(c)]); });
+    const auto listed = [&](int c) { return flagged[at(c)] && holds(matrix.characters[at(c)]); };
+    std::vector<std::string> items;
+    if (matrix.use_char_names) {
+      for (int c = 0; c < matrix.nchar; ++c) {
+        if (listed(c)) items.push_back(character_label(c));
+      }
+    } else {
+      items = list_items(matrix.nchar, listed);
+    }
     const std::string head = "    " + words + ":";
     if (!items.empty()) emit(head, wrapped_words(items, head.size()), "\n");
   };

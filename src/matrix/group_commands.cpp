@@ -80,6 +80,7 @@ void agroup_command() {
   no_timing();
   require_data("defining groups of taxa");
   group_table table = table_of<taxon_store>("taxon", "agroup", matrix.ntax);
+  table.label = taxon_label;
   table.active = [](int taxon) { return matrix.taxon_active[at(taxon)] != 0; };
   define_groups(table);
 }
@@ -92,6 +93,7 @@ void xgroup_command() {
     return groups_from_blocks();
   }
   group_table table = table_of<character_store>("character", "xgroup", matrix.nchar);
+  table.label = character_label;
   table.active = [](int c) { return matrix.characters[at(c)].active != 0; };
   table.selector = select_characters;
   table.zaps = true;

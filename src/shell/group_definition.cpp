@@ -283,7 +283,8 @@ class definition_reader {
           "Group " + std::to_string(group) + " (" + std::string(table_.name(group)) + "):";
       std::vector<std::string> members;
       for (int e = 0; e < table_.elements; ++e) {
-        if (table_.in_group(e, group)) members.push_back(std::to_string(e));
+        if (!table_.in_group(e, group)) continue;
+        members.push_back(table_.label ? table_.label(e) : std::to_string(e));
       }
       emit(head, wrapped_words(members, head.size()), "\n");
     }

@@ -26,8 +26,9 @@ struct group_table {
   /// The group no longer exists; its name is the default again.
   void (*undefine)(int group) = nullptr;
   void (*set_member)(int element, int group, bool member) = nullptr;
-  bool (*active)(int element) = nullptr;  // for "!"; null: no such form
-  int (*last_automatic)() = nullptr;      // group that "/" stands for; null: no such form
+  std::string (*label)(int element) = nullptr;  // in what ";" shows; null: the number
+  bool (*active)(int element) = nullptr;        // for "!"; null: no such form
+  int (*last_automatic)() = nullptr;            // group that "/" stands for; null: no such form
   /// Selectors of the command's own. `word` is the letters read, in lower case. Marks the elements
   /// selected and returns true, or returns false for a word that is no selector. Null: none.
   bool (*selector)(std::string_view word, std::span<std::uint8_t> selected) = nullptr;
