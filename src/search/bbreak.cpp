@@ -22,7 +22,7 @@ double best_in_buffer() {
 }
 
 void keep_result(int slot, double score) {
-  if (score >= record_of(slot).score) return;
+  if (score >= record_of(slot).score - score_rounding(*current_search_data)) return;
   // A copy of a tree that is there already isn't kept twice: the filter drops the old one.
   replace_tree(searching.anx, slot, score);
 }
@@ -55,7 +55,7 @@ bbreak_result swap_buffer() {
       report_status(score, true);
     }
     if (capacity > 0 && store.ntrees >= capacity && result.full_at < 0) result.full_at = t;
-    if (score < result.best) {
+    if (score < result.best - score_rounding(*current_search_data)) {
       result.best = searching.best_score = score;
       searching.score_limit = score + search_settings.suboptimal;
       if (capacity > 0 && store.ntrees < capacity) result.full_at = -1;

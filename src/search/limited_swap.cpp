@@ -72,14 +72,15 @@ void try_near(swap_run& run) {
   clip_branches_near(data, run.clip, swapping.move_limit, subtree);
   for (int k = 0; k < subtree.count; ++k) {
     const int u = subtree.list[at(k)];
-    const word* clip_words = run.clip < data.n ? data.sets[at(run.clip)].down : run.branch(u);
+    const word* clip_words = run.clip_words(u);
     for (int i = 0; i < main.count; ++i) {
       const int v = main.list[at(i)];
       if (v == run.sister && u == run.home_root) continue;
-      const word* main_words = v == 0 ? data.sets[0].down : run.branch(v);
-      const std::int32_t cost =
-          data.kernels.cost_pair(clip_words, main_words, data.layout, run.bound);
-      if (cost <= run.bound && run.take_candidate(u, v, cost)) return;
+      double cost = 0;
+      constexpr std::int32_t alone = 0;
+      const bool within = run.scan(clip_words, run.target_words(v), &alone, 0, 1, &cost) == 0;
+      if (!within || !run.slots_allow(joining::nodes, u, v, &cost)) continue;
+      if (run.take_candidate(u, v, cost)) return;
     }
     if (run.store_noted(u)) return;
   }

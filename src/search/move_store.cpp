@@ -29,7 +29,7 @@ class tree_maker {
   ~tree_maker() {
     search_data& data = run_.data;
     if (run_.joint < 0) {
-      if (with_sets_) subtree_pass(data, run_.clip);
+      if (with_sets_) pass_ingroup_alone(run_);
     } else if (turned_ && with_sets_) {
       reroot_subtree(data, run_.turned_home(), run_.clip);
       repair_after_clip(data, run_.sister, run_.clip);
@@ -105,14 +105,15 @@ bool replace_in_buffer(swap_run& run, int u) {
 
 bool store_moves(swap_run& run, int u) {
   bool chosen_is_known = false;
+  const double slip = std::max(run.rounding, 1e-9);
   const double limit = run.chosen >= 0
-                           ? run.move_list[at(run.chosen)].score + search_settings.suboptimal + 1e-9
+                           ? run.move_list[at(run.chosen)].score + search_settings.suboptimal + slip
                            : no_bound;
   if (run.chosen > 0) std::swap(run.move_list[0], run.move_list[at(run.chosen)]);
   tree_maker maker(run, u);
   for (int i = 0; i < run.n_moves && store.ntrees < run.multi; ++i) {
     const swap_candidate move = run.move_list[at(i)];
-    if (move.branch < 0 || move.score > limit || move.score > searching.score_limit + 1e-9)
+    if (move.branch < 0 || move.score > limit || move.score > searching.score_limit + slip)
       continue;
     if (is_idle(run, u, move.branch)) continue;
     const bool is_new = maker.with_tree(move.branch, [&](auto tree, auto marks) {

@@ -75,7 +75,8 @@ void replicated_search::swap_first() {
   const bool tbr_single = options_.swapper == mult_settings::tbr && options_.hold < 2;
   const bool wanted =
       options_.hold > 1 || !swapping.mulpars || spr_single || (tbr_single && !swapping.skip_spr);
-  if (!swaps() || !wanted) return;
+  // Under implied weights most trees of a replication differ in score, and the way down is short.
+  if (!swaps() || !(wanted && (!current_search_data->implied_on || spr_single))) return;
   searching.stage = stage_spr;
   score_ = spr_swap(searching.anx, 0, 0);
 }
@@ -87,7 +88,7 @@ void replicated_search::swap_stored() {
     searching.current_tree = searching.swapping_index = i;
     schgettree(slot_tree(i));
     const double found = selected()(searching.anx, first_slot_, searching.search_limit);
-    if (found < score_) {
+    if (found < score_ - score_rounding(*current_search_data)) {
       score_ = found;
       searching.score_limit = found + search_settings.suboptimal;
       searching.swapping_index = -1;
@@ -106,7 +107,8 @@ void replicated_search::swap_stored() {
 void replicated_search::swap_single() {
   searching.current_tree = store.ntrees;
   if (swapping.preproc != 0) swapping.preproc = 2;
-  score_ = tbr_swap(searching.anx, first_slot_, swapping.mulpars ? 0 : -1);
+  const bool quick_start = !swapping.mulpars && !current_search_data->implied_on;
+  score_ = tbr_swap(searching.anx, first_slot_, quick_start ? -1 : 0);
   if (interrupted() && store.ntrees > first_slot_) return;
   searching.pending_score = score_;
   store_tree(searching.anx, store.ntrees);

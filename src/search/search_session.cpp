@@ -53,6 +53,8 @@ search_session::search_session() {
   searching.wagner_percent = -1;
   searching.rearrangement_count = {};
   searching.moves_done = 0;
+  searching.slots = {};
+  for (const slot_binder bind : searching.slot_binders) bind(*current_search_data, searching.slots);
   process.in_search = true;
   try {
     take_trees_in();
@@ -82,6 +84,7 @@ void search_session::take_trees_in() {
 void search_session::leave() {
   auto_save.search_view = nullptr;
   process.in_search = false;
+  searching.slots = {};
   search_settings.suboptimal = saved_.suboptimal;
   search_settings.relative_suboptimal = saved_.relative_suboptimal;
   randomness.random_seed = saved_.random_seed;

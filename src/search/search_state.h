@@ -6,8 +6,10 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "engine/search_data.h"
+#include "search/move_slots.h"
 #include "search/search_settings.h"
 #include "shell/process.h"
 
@@ -61,6 +63,10 @@ struct search_state {
   int search_limit = 0;                                  // highest `ntrees` the search may reach
   int swapping_index = -1;                               // slot of the tree being swapped; -1 none
 
+  // -- what moves meet --
+  move_slots slots;                       // unbound outside searches
+  std::vector<slot_binder> slot_binders;  // of rooms that have something to bind
+
   // -- scores --
   double best_score = no_score;     // best of this search
   double lowest_seen = no_score;    // lowest of the full matrix since the last reset
@@ -92,6 +98,11 @@ struct search_state {
   bool spr_swapping = false;
 };
 extern search_state searching;
+
+/// Scores closer than this are one score.
+inline double score_rounding(const search_data& data) {
+  return data.implied_on || data.has_continuous ? 1e-08 : 0.0;
+}
 
 inline bool interrupted() { return process.interrupt_state != 0; }
 

@@ -1,5 +1,6 @@
 // Subtree pruning and regrafting: the clip keeps its root and is tried on the branches of the main
 // tree from the root down.
+#include "search/search_state.h"
 #include "search/swap_run.h"
 #include "search/swapper.h"
 
@@ -27,17 +28,16 @@ int list_branches(swap_run& run) {
 
 void regraft(swap_run& run) {
   const search_data& data = run.data;
-  const word* clip_words =
-      run.clip < data.n ? data.sets[at(run.clip)].down : run.branch(run.home_root);
+  const word* clip_words = run.clip_words(run.home_root);
   const int count = list_branches(run);
   int i = 0;
   for (;;) {
-    std::int32_t cost = 0;
-    i = data.kernels.scan_pairs(clip_words, data.branch_base, data.set_stride, run.scan_list.data(),
-                                i, count, data.layout, run.bound, &cost);
+    double cost = 0;
+    i = run.scan(clip_words, data.branch_base, run.scan_list.data(), i, count, &cost);
     if (i >= count) break;
     const int v = run.scan_list[at(i++)];
-    if (v != run.sister && run.take_candidate(run.home_root, v, cost)) return;
+    if (v == run.sister || !run.slots_allow(joining::nodes, run.home_root, v, &cost)) continue;
+    if (run.take_candidate(run.home_root, v, cost)) return;
   }
   run.store_noted(run.home_root);
 }
@@ -45,6 +45,7 @@ void regraft(swap_run& run) {
 }  // namespace
 
 double spr_swap(std::span<std::int32_t> anc, int first_slot, int multi) {
+  if (searching.slots.spr_form) return searching.slots.spr_form(anc, first_slot, multi);
   swap_run run(swap_run::swap_kind::spr, anc, first_slot, multi);
   while (run.next_clip()) {
     if (!run.begin_clip()) continue;

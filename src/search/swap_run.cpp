@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "engine/collapsing.h"
+#include "engine/implied_weighting.h"
 #include "search/search_report.h"
 #include "search/search_state.h"
 #include "search/stored_trees.h"
@@ -19,6 +20,7 @@ swap_settings swapping;
 namespace {
 
 constexpr int moves_between_cuts = 8;
+constexpr double fit_slack = 0.001;  // the fit kernels finish below their bound only
 
 const move_enumeration* enumeration_in_force = nullptr;
 
@@ -53,7 +55,11 @@ swap_run::swap_run(swap_kind kind_of_swap, std::span<std::int32_t> tree, int fir
       multi(std::max(capacity, 0)),
       first_pass(capacity < 0),
       trees_wanted(capacity > 0 || move_enumeration::active()),
-      enumeration(move_enumeration::active()) {
+      enumeration(move_enumeration::active()),
+      fits(data.implied_on),
+      rounding(score_rounding(data)),
+      slots(searching.slots),
+      slots_are_bound(slots.any()) {
   scratch = per_node<std::int32_t>(data, 2);
   scan_list = per_node<std::int32_t>(data, 2);
   marks = per_node<std::uint8_t>(data);
@@ -106,18 +112,20 @@ void swap_run::set_slack() {
   buffer_full = multi > 0 && store.ntrees >= multi;
   const bool more_wanted = enumeration || (multi > 0 && !buffer_full);
   if (!more_wanted) {
-    swap_slack = -1.0;
+    swap_slack = fits ? fit_slack : -1.0;
   } else if (search_settings.suboptimal > 0) {
     searching.score_limit = std::min(searching.score_limit, score + search_settings.suboptimal);
     swap_slack = std::max(searching.score_limit - score, 0.0);
     if (enumeration) swap_slack = search_settings.suboptimal;
+    if (fits) swap_slack += fit_slack;
   } else {
-    swap_slack = 0;
+    swap_slack = fits ? fit_slack : 0;
   }
 }
 
 void swap_run::set_bound() {
-  bound = best_here + static_cast<std::int32_t>(std::floor(std::min(swap_slack, 1e9)));
+  bound = best_here + std::min(swap_slack, 1e9);
+  step_bound = static_cast<std::int32_t>(std::floor(std::min(bound, 1e9)));
 }
 
 bool swap_run::may_clip(int c) const {
@@ -165,7 +173,7 @@ void swap_run::detach_clip() {
   if (sister == 0) {
     // The whole ingroup: what is left is terminal 0 alone, with its own states.
     joint = -1;
-    subtree_pass(data, clip);
+    pass_ingroup_alone(*this);
     return;
   }
   begin_undo(data);
@@ -183,12 +191,9 @@ bool swap_run::begin_clip() {
     marks_known = true;
   }
   detach_clip();
-  const word* clip_words =
-      clip < data.n ? data.sets[static_cast<std::size_t>(clip)].down : branch(home_root);
-  const word* home_words = sister == 0 ? data.sets[0].down : branch(sister);
-  score_at_clip = score;
-  home_cost = data.kernels.cost_pair(clip_words, home_words, data.layout, INT32_MAX / 2);
+  cost_home();
   best_here = home_cost;
+  score_without = score - home_cost;
   best_branch = sister;
   best_root = home_root;
   set_bound();
@@ -199,17 +204,43 @@ bool swap_run::begin_clip() {
   return true;
 }
 
-bool swap_run::take_candidate(int u, int v, std::int32_t cost) {
-  const std::int32_t gain = best_here - cost;
+bool swap_run::bound_slots_allow(joining level, int clip_side, int main_side, double* cost) const {
+  if (slots.wide_cost) {
+    *cost += slots.wide_cost(data, level, clip_side, main_side, bound - *cost);
+    if (fits ? *cost >= bound : *cost > bound) return false;
+  }
+  return level != joining::nodes || !slots.forbids ||
+         !slots.forbids(data, clip, clip_side, main_side);
+}
+
+/// Under implied weights the steps of joining are taken off the counters, so that all other places
+/// are costed by what the two halves have.
+void swap_run::cost_home() {
+  const word* const own = clip_words(home_root);
+  const word* const other = target_words(sister);
+  if (!fits) {
+    home_cost = data.kernels.cost_pair(own, other, data.layout, INT32_MAX / 2);
+  } else if (joint < 0) {
+    home_cost = data.kernels.fit.cost_pair(own, other, data.layout, no_bound);
+  } else {
+    home_cost = remove_home_steps(data, own, other);
+  }
+  if (slots.wide_cost) {
+    home_cost += slots.wide_cost(data, joining::nodes, home_root, sister, no_bound);
+  }
+}
+
+bool swap_run::take_candidate(int u, int v, double cost) {
+  const bool better = best_here - cost > rounding;
   if (trees_wanted) {
     if (n_moves < static_cast<int>(move_list.size())) {
-      if (gain > 0) chosen = n_moves;
-      move_list[static_cast<std::size_t>(n_moves++)] = {score - gain, v};
+      if (better) chosen = n_moves;
+      move_list[static_cast<std::size_t>(n_moves++)] = {score_without + cost, v};
     }
     if (enumeration) return false;
   }
-  if (gain <= 0) return false;
-  score -= gain;
+  if (!better) return false;
+  score = score_without + cost;
   best_here = cost;
   best_branch = v;
   best_root = u;
@@ -217,42 +248,68 @@ bool swap_run::take_candidate(int u, int v, std::int32_t cost) {
   return cost == 0 && single_tree();
 }
 
+/// The sum of the costs of steps differs from the score by rounding, which would pile up.
+void swap_run::make_scores_exact(int u) {
+  for (int i = 0; i < n_moves; ++i) {
+    swap_candidate& move = move_list[static_cast<std::size_t>(i)];
+    const double wide =
+        slots.wide_cost ? slots.wide_cost(data, joining::nodes, u, move.branch, no_bound) : 0.0;
+    move.score = exact_score(data, clip_words(u), target_words(move.branch)) + wide;
+  }
+  if (chosen >= 0) score = move_list[static_cast<std::size_t>(chosen)].score;
+}
+
+void swap_run::store_trees(int u) {
+  const bool better = chosen >= 0 && score < stored_score - rounding;
+  if (better) {
+    searching.score_limit = std::min(searching.score_limit, score + search_settings.suboptimal);
+    purge_above(score + search_settings.suboptimal, first_slot);
+  }
+  set_slack();
+  const int slot = searching.swapping_index;
+  const bool own_slot_is_worse =
+      better && slot >= 0 &&
+      (buffer_full || score + search_settings.suboptimal + rounding <
+                          searching.tree_records[static_cast<std::size_t>(slot)].score);
+  if (own_slot_is_worse) {
+    restart = replace_in_buffer(*this, u);
+    given_up = !restart;
+  } else {
+    given_up = store_moves(*this, u);
+  }
+  stored_score = std::min(stored_score, score);
+  set_slack();
+  set_bound();
+}
+
 bool swap_run::store_noted(int u) {
   if (n_moves == 0) return false;
+  if (fits) make_scores_exact(u);
   if (enumeration) {
+    const double limit = stored_score + search_settings.suboptimal + rounding;
     for (int i = 0; i < n_moves; ++i) {
       const swap_candidate& move = move_list[static_cast<std::size_t>(i)];
+      if (move.score > limit) continue;
       enumeration->meet({&data, clip, sister, move.branch, home_root, u, move.score, stored_score});
     }
   } else if (!single_tree()) {
-    const bool better = chosen >= 0 && score < stored_score;
-    if (better) {
-      searching.score_limit = std::min(searching.score_limit, score + search_settings.suboptimal);
-      purge_above(score + search_settings.suboptimal, first_slot);
-    }
-    set_slack();
-    const int slot = searching.swapping_index;
-    const bool own_slot_is_worse =
-        better && slot >= 0 &&
-        (buffer_full || score + search_settings.suboptimal <
-                            searching.tree_records[static_cast<std::size_t>(slot)].score);
-    if (own_slot_is_worse) {
-      restart = replace_in_buffer(*this, u);
-      given_up = !restart;
-    } else {
-      given_up = store_moves(*this, u);
-    }
-    stored_score = std::min(stored_score, score);
-    set_slack();
-    set_bound();
+    store_trees(u);
   }
   n_moves = 0;
   chosen = -1;
   return restart || given_up;
 }
 
+void pass_ingroup_alone(swap_run& run) {
+  if (run.fits) reset_counters(run.data);
+  subtree_pass(run.data, run.clip);
+}
+
 void swap_run::put_clip_back() {
   if (kind == swap_kind::tbr) restore_cluster_lists(*this);
+  if (fits && joint >= 0) {
+    add_attachment_steps(data, clip_words(home_root), target_words(sister));
+  }
   if (joint < 0) {
     full_pass(data);
     unite_clusters(data, cut);
@@ -277,22 +334,23 @@ void swap_run::tell_wrong_score(double error) const {
 }
 
 void swap_run::apply_move() {
-  const double gained = score_at_clip - home_cost + best_here - score;
-  if (std::fabs(gained) > 1e-11) tell_wrong_score(gained);
   if (kind == swap_kind::tbr) restore_cluster_lists(*this);
   const bool quick = !swapping.safe_unclip && !data.has_asymmetric && joint >= 0;
+  const double expected = score_without + best_here;
   end_undo(data);
   if (quick) {
+    if (fits) add_attachment_steps(data, clip_words(best_root), target_words(best_branch));
     if (best_root != home_root) reroot_subtree(data, best_root, clip);
     attach(data.tree, clip, joint, best_branch);
     repair_after_insert(data, clip);
+    if (fits && !slots.wide_cost) score = total_fit(data);
   } else {
     if (best_root != home_root) reroot_links(data.tree, best_root, clip);
     if (joint >= 0) attach(data.tree, clip, joint, best_branch);
-    const double full_score = full_pass(data);
-    if (full_score != score) tell_wrong_score(full_score - score);
-    score = full_score;
+    score = full_pass(data);
   }
+  const double error = std::fabs(score - expected);
+  if (error > (fits ? 1e-8 : 1e-11)) tell_wrong_score(score - expected);
   tree_changed();
   begin_undo(data);
   first_pass = false;

@@ -10,6 +10,7 @@
 
 #include "engine/search_data.h"
 #include "search/clusters.h"
+#include "search/move_slots.h"
 #include "search/narrow_clusters.h"
 #include "search/swapper.h"
 #include "shell/arena.h"
@@ -40,6 +41,10 @@ struct swap_run {
   bool first_pass;    // quick: clips of 3 terminals and more, until the first improvement
   bool trees_wanted;  // candidates as good as the tree are stored or enumerated
   const move_enumeration* enumeration;
+  const bool fits;          // implied weights: costs are fits, see the engine's counters
+  const double rounding;    // scores closer than this are one
+  const move_slots& slots;  // of the search
+  const bool slots_are_bound;
 
   // -- progress through the clips --
   std::span<std::int32_t> clip_order;  // by position; empty: position and node are the same
@@ -50,9 +55,8 @@ struct swap_run {
   bool given_up = false;  // the better tree found is in the buffer already
 
   // -- scores --
-  double score = 0;          // of the tree in work; with a better position found, of that
-  double stored_score = 0;   // score when trees were last stored
-  double score_at_clip = 0;  // score when the clip in hand was begun
+  double score = 0;         // of the tree in work; with a better position found, of that
+  double stored_score = 0;  // score when trees were last stored
   double swap_slack = 0;
   bool buffer_full = false;
 
@@ -62,9 +66,11 @@ struct swap_run {
   int sister = -1;
   int home_root = -1;   // stands for the subtree's root branch
   int home_first = -1;  // the other descendant of the clip
-  std::int32_t home_cost = 0;
-  std::int32_t best_here = 0;
-  std::int32_t bound = 0;  // kernels' bound: slack + best_here
+  double home_cost = 0;
+  double score_without = 0;     // score of the two halves, unjoined
+  double best_here = 0;         // lowest cost of joining
+  double bound = 0;             // slack + best_here
+  std::int32_t step_bound = 0;  // the same for the kernels of steps
   int best_branch = -1;
   int best_root = -1;
   bool restart = false;  // the tree's own slot was overwritten: move at once and go on from it
@@ -99,7 +105,7 @@ struct swap_run {
   void finish_clip();
   /// Tells what a candidate within the bound is good for: notes it for the store, or makes it the
   /// best. True when nothing can do better.
-  bool take_candidate(int u, int v, std::int32_t cost);
+  bool take_candidate(int u, int v, double cost);
   /// After the branches for one rooting `u`: stores or enumerates what was noted. True when the
   /// clip is to end here.
   bool store_noted(int u);
@@ -109,6 +115,29 @@ struct swap_run {
   int at(std::span<const std::int32_t> s, int i) const { return s[static_cast<std::size_t>(i)]; }
   word* branch(int v) const {
     return data.branch_base + static_cast<std::size_t>(v) * data.set_stride;
+  }
+  /// What the clip is joined by when its branch `u` is, and what it meets on the branch `v`.
+  const word* clip_words(int u) const {
+    return clip < data.n ? data.sets[static_cast<std::size_t>(clip)].down : branch(u);
+  }
+  const word* target_words(int v) const { return v == 0 ? data.sets[0].down : branch(v); }
+  /// First listed item from `from` on whose cost against `words` is within the bound, with that
+  /// cost; `count` for none. Item i is at `base + items[i] * data.set_stride`.
+  int scan(const word* words, const word* base, const std::int32_t* items, int from, int count,
+           double* cost) const {
+    if (fits)
+      return data.kernels.fit.scan_pairs(words, base, data.set_stride, items, from, count,
+                                         data.layout, bound, cost);
+    std::int32_t steps = 0;
+    const int i = data.kernels.scan_pairs(words, base, data.set_stride, items, from, count,
+                                          data.layout, step_bound, &steps);
+    *cost = steps;
+    return i;
+  }
+  /// What is bound beside the kernels: adds its cost. False if the move is over the bound then, or
+  /// forbidden.
+  bool slots_allow(joining level, int clip_side, int main_side, double* cost) const {
+    return !slots_are_bound || bound_slots_allow(level, clip_side, main_side, cost);
   }
   /// The node above which the subtree's own root lies while its links are turned.
   int turned_home() const {
@@ -121,6 +150,10 @@ struct swap_run {
 
  private:
   bool may_clip(int c) const;
+  bool bound_slots_allow(joining level, int clip_side, int main_side, double* cost) const;
+  void cost_home();
+  void make_scores_exact(int u);
+  void store_trees(int u);
   void count_rearrangements(int c);
   void detach_clip();
   void put_clip_back();
@@ -128,6 +161,8 @@ struct swap_run {
   void tell_wrong_score(double error) const;
 };
 
+/// The clip of the whole ingroup: sets and counters of the subtree alone.
+void pass_ingroup_alone(swap_run& run);
 /// See move_store.cpp.
 void make_cluster_lists(swap_run& run);
 void restore_cluster_lists(swap_run& run);

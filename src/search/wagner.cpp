@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "engine/implied_weighting.h"
 #include "search/search_report.h"
 #include "search/wagner_build.h"
 #include "shell/errors.h"
@@ -13,8 +14,6 @@ namespace zeb {
 addition_settings additions;
 
 namespace {
-
-constexpr std::int32_t unbounded = 1'000'000'000;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
@@ -80,7 +79,8 @@ void add_in_sequence(wagner_build& build) {
 
 }  // namespace
 
-wagner_build::wagner_build(search_data& packed) : data(packed) {
+wagner_build::wagner_build(search_data& packed)
+    : data(packed), fits(packed.implied_on), slots(searching.slots), slots_are_bound(slots.any()) {
   const std::size_t nodes = at(data.nodes);
   order = alloc_low<std::int32_t>(nodes);
   candidates = alloc_low<std::int32_t>(nodes);
@@ -103,10 +103,12 @@ void wagner_build::first_tree(int a, int b, int c) {
   hang(root, a, top);
   hang(top, b, c);
   t.anc[at(root)] = root + 2;
+  if (fits) reset_counters(data);
   const kernel_slots& k = data.kernels;
   auto set = [this](int v) { return data.sets[at(v)]; };
   k.node_down(set(b).down, set(c).down, set(top).down, set(top).unions, data.layout);
   k.node_down(set(a).down, set(top).down, set(root).down, set(root).unions, data.layout);
+  if (fits) refresh_step_costs(data);
   std::copy_n(set(root).down, data.set_stride, set(root).final);
   k.node_final(set(root).final, set(top).down, set(top).unions, set(top).final, set(top).branch,
                data.layout);
@@ -143,37 +145,59 @@ int wagner_build::list_candidates(walk way, int nodes, bool swapped) {
   return count;
 }
 
-void wagner_build::try_candidates(int taxon, int count, std::int32_t bound) {
+double wagner_build::cost_at(int taxon, int v, double bound) const {
+  const double cost =
+      fits ? data.kernels.fit.cost_pair(down(taxon), branch(v), data.layout, bound)
+           : data.kernels.cost_pair(down(taxon), branch(v), data.layout,
+                                    static_cast<std::int32_t>(std::min(bound, unbounded)));
+  if (!slots.wide_cost || cost > bound) return cost;
+  return cost + slots.wide_cost(data, joining::nodes, taxon, v, bound - cost);
+}
+
+bool wagner_build::slots_allow(joining level, int taxon, int main_side, double below,
+                               double* cost) const {
+  if (!slots_are_bound) return true;
+  if (slots.wide_cost) {
+    *cost += slots.wide_cost(data, level, taxon, main_side, below - *cost);
+    if (*cost >= below) return false;
+  }
+  return level != joining::nodes || !forbidden(taxon, main_side);
+}
+
+/// A place that is forbidden is kept for a taxon that may go nowhere, but any other beats it.
+void wagner_build::start_place(int taxon) {
+  best_branch = data.tree.sister[0];
+  best = forbidden(taxon, best_branch) ? unbounded : cost_at(taxon, best_branch, unbounded);
+}
+
+void wagner_build::try_candidates(int taxon, int count, double below) {
   const word* words = down(taxon);
   for (int i = 0;; ++i) {
-    std::int32_t cost = 0;
-    i = data.kernels.scan_pairs(words, data.branch_base, data.set_stride, candidates.data(), i,
-                                count, data.layout, bound, &cost);
+    double cost = 0;
+    i = scan(words, data.branch_base, candidates, i, count, below, &cost);
     if (i >= count) return;
-    best = cost;
+    if (!slots_allow(joining::nodes, taxon, candidates[at(i)], below, &cost)) continue;
+    best = below = cost;
     best_branch = candidates[at(i)];
-    bound = best - 1;
     if (best == 0) return;
   }
 }
 
-/// Since the bound is always one below the best, ties keep the branch walked first, and it is the
+/// Since only lower costs replace the best, ties keep the branch walked first, and it is the
 /// direction of the walk that breaks ties between replications. Costing two sister branches at once
 /// by the union of their sets, as was done at first, loses against the batch kernel.
 void wagner_build::find_place(int taxon) {
-  const int start = data.tree.sister[0];
-  const std::int32_t start_cost =
-      data.kernels.cost_pair(down(taxon), branch(start), data.layout, unbounded);
-  best = start_cost;
-  best_branch = start;
+  start_place(taxon);
   if (best == 0) return;
+  const int start = best_branch;
+  const double start_cost = best;
   const int nodes = list_nodes();
   const bool bit = (draw() & 1) != 0;
-  if (randomness.random_insertion) {
+  if (randomness.random_insertion && !slots.forbids) {
     // Shuffled here, not when a taxon has been placed: a place that costs nothing ends the search
     // for others.
     shuffle_scan_order(nodes);
-    try_candidates(taxon, list_candidates(walk::random, nodes, bit), best - 1);
+    try_candidates(taxon, list_candidates(walk::random, nodes, bit), best);
   } else if (bit) {
     try_candidates(taxon, list_candidates(walk::backward, nodes, false), unbounded);
     if (best > start_cost) {
@@ -181,12 +205,16 @@ void wagner_build::find_place(int taxon) {
       best_branch = start;
     }
   } else {
-    try_candidates(taxon, list_candidates(walk::forward, nodes, false), best - 1);
+    try_candidates(taxon, list_candidates(walk::forward, nodes, false), best);
   }
 }
 
 void wagner_build::attach_taxon(int taxon) {
   std::int32_t& next_free = data.tree.anc[at(data.n)];
+  if (next_free == data.nodes - 1 && forbidden(taxon, best_branch)) {
+    error_end("Sorry, cannot build a tree with specified constraints");
+  }
+  if (fits) add_attachment_steps(data, down(taxon), branch(best_branch));
   attach(data.tree, taxon, next_free, best_branch);
   ++next_free;
   repair_after_insert(data, taxon);
@@ -208,10 +236,16 @@ bool wagner_build::stop_at(int position) {
 }
 
 void check_additions() {
+  if (searching.slots.tbr_form && (additions.cluster_from > 0 || additions.look > 0)) {
+    error_end("Wagner with clusters or selected add. seqs. not implemented for landmarks");
+  }
   if (additions.cluster_from <= 0) return;
   if (randomness.random_insertion) {
     error_end(
         "Sorry, wagner trees with node-clusters can't be done with random insertion sequence");
+  }
+  if (searching.slots.forbids) {
+    error_end("Sorry, wagner trees with node-clusters can't be done under tree-constraints");
   }
   if (additions.look > 0) error_end("Cannot use selected addseqs together with clusters");
 }

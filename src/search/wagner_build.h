@@ -5,6 +5,7 @@
 #include <span>
 
 #include "engine/search_data.h"
+#include "search/move_slots.h"
 #include "search/wagner.h"
 #include "shell/arena.h"
 
@@ -20,8 +21,12 @@ struct wagner_build {
   std::span<std::int32_t> scan_list;   // internal nodes, breadth first
   std::span<std::int32_t> scan_order;  // a random permutation of positions of scan_list
 
+  const bool fits;          // implied weights: costs are fits
+  const move_slots& slots;  // of the search
+  const bool slots_are_bound;
+
   // The best place found for a taxon.
-  std::int32_t best = 0;
+  double best = 0;
   int best_branch = -1;
 
   const word* down(int v) const { return data.sets[static_cast<std::size_t>(v)].down; }
@@ -36,14 +41,43 @@ struct wagner_build {
   /// by scan_order. `swapped`: second descendants before first ones. Returns their number.
   enum class walk { forward, backward, random };
   int list_candidates(walk way, int nodes, bool swapped);
-  /// Tries the candidates for `taxon` and keeps the best; only lower costs replace a place.
-  void try_candidates(int taxon, int count, std::int32_t bound);
+  /// Cost of adding `taxon` on the branch `v`: exact below `bound` (below or at it without
+  /// implied weights).
+  double cost_at(int taxon, int v, double bound) const;
+  /// First listed item from `from` on where `words` cost less than `below`, with that cost; `count`
+  /// for none. Item i is at `base + items[i] * data.set_stride`.
+  int scan(const word* words, const word* base, std::span<const std::int32_t> items, int from,
+           int count, double below, double* cost) const {
+    if (fits)
+      return data.kernels.fit.scan_pairs(words, base, data.set_stride, items.data(), from, count,
+                                         data.layout, below, cost);
+    std::int32_t steps = 0;
+    const int i =
+        data.kernels.scan_pairs(words, base, data.set_stride, items.data(), from, count,
+                                data.layout, static_cast<std::int32_t>(below) - 1, &steps);
+    *cost = steps;
+    return i;
+  }
+  /// What is bound beside the kernels: adds its cost. False where that reaches `below`, or the
+  /// place is forbidden.
+  bool slots_allow(joining level, int taxon, int main_side, double below, double* cost) const;
+  /// May `taxon` go there, by what is bound?
+  bool forbidden(int taxon, int v) const {
+    return slots.forbids && slots.forbids(data, taxon, taxon, v);
+  }
+  /// Makes the branch beside the outgroup the place to beat.
+  void start_place(int taxon);
+  /// Tries the candidates for `taxon` and keeps the best; only costs below `below` and the best so
+  /// far replace a place.
+  void try_candidates(int taxon, int count, double below);
   void find_place(int taxon);
   void attach_taxon(int taxon);
   void shuffle_scan_order(int count);
   /// Reports; true when the search is to stop.
   bool stop_at(int position);
 };
+
+constexpr double unbounded = 1e9;  // above all costs
 
 /// Puts the first three taxa and the one to follow in front of the sequence, by comparing all
 /// threes of the outgroup and two of the next `look` taxa.

@@ -10,19 +10,17 @@
 namespace zeb {
 namespace {
 
-constexpr std::int32_t unbounded = 1'000'000'000;
-
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 enum addition_rule { largest_difference, closest, furthest };
 
 /// What one taxon's costs over the branches are worth: higher is better under every rule.
-std::int64_t merit(int rule, std::int32_t lowest, std::int32_t highest) {
+double merit(int rule, double lowest, double highest) {
   switch (rule) {
     case largest_difference:
-      return static_cast<std::int64_t>(highest) - lowest;
+      return highest - lowest;
     case closest:
-      return -static_cast<std::int64_t>(lowest);
+      return -lowest;
     default:
       return highest;
   }
@@ -39,7 +37,7 @@ void choose_first_taxa(wagner_build& build, int look, int rule) {
   const int n = build.data.n;
   const int last = std::min(n - 1, std::max(look, 2));
   bool any = false;
-  std::int64_t best = 0;
+  double best = 0;
   int best_i = 1;
   int best_j = 2;
   int best_k = 3;
@@ -53,15 +51,14 @@ void choose_first_taxa(wagner_build& build, int look, int rule) {
       for (int k = 1; k < n && looked_at < look; ++k) {
         if (k == i || k == j) continue;
         ++looked_at;
-        std::int32_t lowest = unbounded;
-        std::int32_t highest = 0;
+        double lowest = unbounded;
+        double highest = 0;
         for (const int v : branches) {
-          const std::int32_t cost = build.data.kernels.cost_pair(
-              build.down(build.order[at(k)]), build.branch(v), build.data.layout, unbounded);
+          const double cost = build.cost_at(build.order[at(k)], v, unbounded);
           lowest = std::min(lowest, cost);
           highest = std::max(highest, cost);
         }
-        const std::int64_t value = merit(rule, lowest, highest);
+        const double value = merit(rule, lowest, highest);
         if (any && value <= best) continue;
         any = true;
         best = value;
@@ -88,21 +85,21 @@ void add_chosen_taxa(wagner_build& build) {
     build.candidates[at(count)] = build.data.tree.sister[0];
     const int tried =
         static_cast<int>(std::min<std::int64_t>(n, static_cast<std::int64_t>(p) + additions.look));
-    std::int64_t best_value = 0;
+    double best_value = 0;
     int chosen = p;
     int chosen_branch = -1;
     for (int q = p; q < tried; ++q) {
       if (build.stop_at(p)) return;
       const int taxon = build.order[at(q)];
-      std::int32_t lowest = unbounded;
-      std::int32_t highest = 0;
+      double lowest = unbounded;
+      double highest = 0;
       int branch = -1;
       for (int i = 0; i <= count; ++i) {
         const int v = build.candidates[at(i)];
         // Only `cas` may stop early: the other rules need the worst cost too.
-        const std::int32_t bound = additions.rule == closest ? lowest : unbounded;
-        const std::int32_t cost = build.data.kernels.cost_pair(build.down(taxon), build.branch(v),
-                                                               build.data.layout, bound);
+        const double bound = additions.rule == closest ? lowest : unbounded;
+        if (build.forbidden(taxon, v)) continue;
+        const double cost = build.cost_at(taxon, v, bound);
         if (cost < lowest) {
           lowest = cost;
           branch = v;
@@ -110,7 +107,8 @@ void add_chosen_taxa(wagner_build& build) {
         highest = std::max(highest, cost);
         if (lowest == 0 && additions.rule == closest) break;
       }
-      const std::int64_t value = merit(additions.rule, lowest, highest);
+      const double value = merit(additions.rule, lowest, highest);
+      if (branch < 0) branch = build.data.tree.sister[0];  // all forbidden
       if (chosen_branch >= 0 && value <= best_value) continue;
       best_value = value;
       chosen = q;

@@ -39,13 +39,14 @@ void try_clusters(wagner_build& build, int taxon, bool backward, std::span<std::
   for (int c = 0; c < count; ++c) list[at(c)] = backward ? count - 1 - c : c;
   const word* words = build.down(taxon);
   for (int i = 0; build.best > 0; ++i) {
-    std::int32_t cost = 0;
-    i = data.kernels.scan_pairs(words, data.union_base, data.set_stride, list.data(), i, count,
-                                data.layout, build.best - 1, &cost);
+    double cost = 0;
+    i = build.scan(words, data.union_base, list, i, count, build.best, &cost);
     if (i >= count) return;
-    const cluster_record& cluster = data.clusters[at(list[at(i)])];
+    const int c = list[at(i)];
+    if (!build.slots_allow(joining::node_with_cluster, taxon, c, build.best, &cost)) continue;
+    const cluster_record& cluster = data.clusters[at(c)];
     std::copy_n(cluster.main_nodes, cluster.n_main, build.candidates.begin());
-    build.try_candidates(taxon, cluster.n_main, build.best - 1);
+    build.try_candidates(taxon, cluster.n_main, build.best);
   }
 }
 
@@ -69,13 +70,11 @@ void add_by_clusters(wagner_build& build, int position) {
       extras = 0;
     }
     const int taxon = build.order[at(p)];
-    build.best_branch = data.tree.sister[0];
-    build.best = data.kernels.cost_pair(build.down(taxon), build.branch(build.best_branch),
-                                        data.layout, 1'000'000'000);
+    build.start_place(taxon);
     try_clusters(build, taxon, (draw() & 1) != 0, list);
     if (build.best > 0) {
       std::copy_n(extra.begin(), extras, build.candidates.begin());
-      build.try_candidates(taxon, extras, build.best - 1);
+      build.try_candidates(taxon, extras, build.best);
     }
     const int joint = data.tree.anc[at(data.n)];
     data.cluster_of[at(taxon)] = data.cluster_of[at(joint)] =

@@ -74,6 +74,7 @@ class exhaustive_search : public ::testing::Test {
   static void TearDownTestSuite() {
     collapsing = {};
     swapping = {};
+    randomness.random_seed = 1;
     wipe_matrix();
   }
 };
