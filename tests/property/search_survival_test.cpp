@@ -29,7 +29,7 @@ class search_survival : public ::testing::Test {
     collapsing = {};
     swapping = {};
     mult = {};
-    engine.long_words = 2;
+    engine = {};
     settings.timeout_seconds = 0;
     process.interrupt_state = 0;
     wipe_matrix();
@@ -123,10 +123,7 @@ search_result whole_search(std::optional<int> width) {
     const search_session session;
     search_data& data = *current_search_data;
     if (width) {
-      const scoring_mode mode = data.uniform_mode    ? scoring_mode::uniform
-                                : data.per_char_mode ? scoring_mode::per_character
-                                                     : scoring_mode::word_weights;
-      data.kernels = kernels_of_width(*width, mode);
+      data.kernels = kernels_of_width(*width, mode_of(data));
       data.undo.piece_words = *width / 32;
       data.undo.capacity = static_cast<std::int32_t>(std::min(
           data.undo.where_size, data.undo.words_size / static_cast<std::size_t>(*width / 32)));
@@ -150,6 +147,7 @@ TEST_F(search_survival, every_width_makes_the_same_search) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 20, 60);
     fill_matrix(shape, g);
     collapsing.rule = round % 4;
+    engine.implied_on = round % 3 == 0;
     const search_result usual = whole_search({});
     EXPECT_GT(usual.trees.size(), 0U);
     for (const int width : {32, 64, 256, 512}) {
