@@ -50,6 +50,33 @@ void cost_pair_1400(benchmark::State& state) {
 }
 BENCHMARK(cost_pair_1400)->ArgNames({"bits", "group"})->ArgsProduct({{32, 64, 256, 512}, {0, 1}});
 
+/// The same under implied weights, which walk over the failed fields: one in `1 << rarity` of the
+/// bits of one operand is left out.
+void fit_pair_1400(benchmark::State& state) {
+  const kernel_slots k = kernels_of_width(static_cast<int>(state.range(0)), scoring_mode::implied);
+  if (!k.fit.cost_pair) {
+    state.SkipWithError("not on this processor");
+    return;
+  }
+  pair_operands o(static_cast<int>(state.range(1)));
+  std::mt19937 g(2);
+  for (int w = 0; w < 512; ++w) {
+    word gaps = 0xffffffffU;
+    for (int i = 0; i < state.range(2); ++i) gaps &= static_cast<word>(g());
+    o.a[w] = ~gaps;
+    o.b[w] = 0xffffffffU;
+  }
+  std::vector<double> step_cost(512 * 16, 0.25);
+  o.layout.fits.step_cost = step_cost.data();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(o.a);
+    benchmark::DoNotOptimize(k.fit.cost_pair(o.a, o.b, o.layout, 1e9));
+  }
+}
+BENCHMARK(fit_pair_1400)
+    ->ArgNames({"bits", "group", "rarity"})
+    ->ArgsProduct({{32, 64, 256, 512}, {0, 1}, {2, 4}});
+
 // ---- a data set like a large alignment ----
 
 /// DNA of 500 taxa evolved along a random tree: 1,400 sites, many of them nearly constant.
