@@ -78,9 +78,9 @@ plain_optimiser::plain_optimiser(std::span<const std::uint8_t> characters,
 void plain_optimiser::add_character(int character, std::span<const std::uint8_t> ignored_taxa) {
   const character_record& record = matrix.characters[at(character)];
   if (record.type == landmark_data)
-    error_end("Landmark characters (as", character, ") can't be optimized yet");
+    error_end_f("Landmark characters (as %i) can't be optimized yet", character);
   if (record.is_sankoff)
-    error_end("Step-matrix characters (as", character, ") can't be optimized yet");
+    error_end_f("Step-matrix characters (as %i) can't be optimized yet", character);
   std::vector<std::uint32_t> cells(at(matrix.ntax));
   std::uint32_t observed = 0;
   std::vector<value_range> ranges;

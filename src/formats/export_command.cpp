@@ -6,6 +6,7 @@
 #include "formats/formats.h"
 #include "formats/nexus_writer.h"
 #include "formats/tree_writer.h"
+#include "matrix/continuous_scales.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/input.h"
@@ -77,13 +78,6 @@ export_choice read_choice() {
   }
 }
 
-bool has_continuous() {
-  for (const character_record& record : matrix.characters) {
-    if (record.is_continuous) return true;
-  }
-  return false;
-}
-
 void check_choice(const export_choice& choice) {
   if (choice.fasta &&
       (choice.trees || choice.step_matrices || choice.trees_only || choice.newick)) {
@@ -96,7 +90,8 @@ void check_choice(const export_choice& choice) {
   if ((choice.tag_lengths || choice.tag_labels) && !tags.tags_present)
     error_end("No tree-tags to save!");
   if (!choice.writes_data()) return;
-  if (has_continuous()) error_end("Cannot export data sets with continuous characters");
+  if (any_continuous() && !choice.plain)
+    error_end("Cannot export data sets with continuous characters");
   if (most_states(all_data) > 32) error_end("Cannot export data sets with more than 32 states");
   // Gaps of DNA stay gaps.
   if (choice.as_dna && most_states(all_data & ~dna_data) > 4)
@@ -120,8 +115,11 @@ file_handle open_output(const std::string& name) {
 
 void write_nexus(std::FILE* out, const export_choice& choice) {
   if (choice.writes_data()) {
-    write_nexus_data(out, {choice.as_dna, choice.as_standard, choice.plain});
-    write_nexus_assumptions(out, choice.plain);
+    const writing_style style = {choice.as_dna, choice.as_standard, choice.plain,
+                                 choice.step_matrices};
+    write_nexus_data(out, style);
+    write_nexus_assumptions(out, style);
+    warn_of_continuous();
   } else {
     std::fputs("#NEXUS\n", out);
   }
@@ -154,7 +152,8 @@ std::string what_was_saved(const export_choice& choice) {
   if (choice.newick) return "trees";
   if (choice.tag_lengths || choice.tag_labels) return "tree-tags";
   if (choice.trees_only) return tags.tags_present ? "trees and tree-tags" : "trees";
-  return choice.trees ? "data and trees" : "data";
+  if (!choice.step_matrices) return choice.trees ? "data and trees" : "data";
+  return choice.trees ? "data, step-matrices and trees" : "data and step-matrices";
 }
 
 }  // namespace
@@ -162,9 +161,6 @@ std::string what_was_saved(const export_choice& choice) {
 void export_command() {
   require_data("exporting data");
   const export_choice choice = read_choice();
-  if (choice.step_matrices) {
-    error_end("Step-matrices can't be exported: characters with costs are not available yet");
-  }
   check_choice(choice);
   if (read_item() == 0) error_end("Must give name of file");
   const std::string name(token());

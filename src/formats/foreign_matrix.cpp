@@ -4,6 +4,7 @@
 
 #include "matrix/matrix_reader.h"
 #include "shell/errors.h"
+#include "shell/list_text.h"
 #include "shell/output.h"
 
 namespace zeb {
@@ -48,6 +49,13 @@ void cut_foreign_matrix(int taxa_read, int characters_read) {
     if (characters_read < 1) error_end("Must specify number of characters");
   }
   shrink_matrix(taxa_read, characters_read);
+}
+
+std::string characters_where(const std::function<bool(const character_record&)>& holds) {
+  const auto of_number = [&holds](int character) {
+    return holds(matrix.characters[static_cast<std::size_t>(character)]);
+  };
+  return wrapped_words(list_items(matrix.nchar, of_number), 0);
 }
 
 }  // namespace zeb

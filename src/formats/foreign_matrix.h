@@ -2,6 +2,7 @@
 // to what was read.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -32,5 +33,8 @@ class foreign_taxa {
 
 /// "Number of taxa set to..." and "Number of characters set to...": warns and cuts the matrix.
 void cut_foreign_matrix(int taxa_read, int characters_read);
+
+/// Numbers of the characters whose records satisfy `holds`, for messages: " 0 3.5"; empty for none.
+std::string characters_where(const std::function<bool(const character_record&)>& holds);
 
 }  // namespace zeb

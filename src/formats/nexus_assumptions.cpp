@@ -5,8 +5,10 @@
 
 #include "formats/nexus_file.h"
 #include "matrix/matrix.h"
+#include "matrix/step_matrices.h"
 #include "shell/errors.h"
 #include "shell/interpreter.h"
+#include "shell/list_text.h"
 #include "shell/output.h"
 #include "shell/process.h"
 
@@ -21,19 +23,18 @@ void for_characters(const std::vector<std::uint8_t>& marks, change&& apply) {
   }
 }
 
+std::string marked_words(const std::vector<std::uint8_t>& marks) {
+  const auto marked = [&marks](int c) { return marks[static_cast<std::size_t>(c)] != 0; };
+  return wrapped_words(list_items(static_cast<int>(marks.size()), marked), 60).substr(1);
+}
+
 void set_additive(const std::vector<std::uint8_t>& marks, bool additive) {
   for_characters(marks, [additive](character_record& record) {
     if (record.is_continuous) return;
     record.additive = additive;
+    record.is_sankoff = 0;
     record.needs_recheck = 1;
   });
-}
-
-bool is_known_step_matrix(const nexus_file& file, const std::string& type) {
-  for (const nexus_step_matrix& matrix_read : file.step_matrices) {
-    if (lower_case(matrix_read.name) == type) return true;
-  }
-  return false;
 }
 
 // "ord: 1-5, unord: 7": type by type, up to ";".
@@ -46,11 +47,13 @@ void read_types(nexus_file& file) {
     const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
     if (type == "ord" || type == "unord") {
       set_additive(marks, type == "ord");
-    } else if (is_known_step_matrix(file, type)) {
-      warning("Step-matrix", word.text,
-              "was read, but characters with costs are not available yet");
+    } else if (const int number = find_step_matrix(word.text); number >= 0) {
+      for (int c = 0; c < matrix.nchar; ++c) {
+        if (marks[static_cast<std::size_t>(c)]) use_step_matrix(c, number);
+      }
     } else {
-      warning("Character type", word.text, "is not available; its characters stay as they are");
+      warning("Character type", word.text,
+              "is not available; these characters stay as they are:", marked_words(marks));
     }
   }
 }
@@ -101,39 +104,6 @@ void set_taxa(nexus_file& file, bool active) {
     matrix.taxon_active[static_cast<std::size_t>(t)] = active;
   }
   for (character_record& record : matrix.characters) record.needs_recheck = 1;
-}
-
-// "usertype name (stepmatrix) = 3  0 1 2  . 0 1 ...;"
-void read_step_matrix(nexus_file& file) {
-  nexus_step_matrix result;
-  result.name = file.in.token().text;
-  while (!file.in.peek_token().is('=')) {
-    if (file.in.token().what == nexus_token::kind::end)
-      file.in.fail("the file ends within \"usertype\"");
-  }
-  file.in.expect('=', "in \"usertype\"");
-  const std::string size = file.in.token().text;
-  if (!whole_number(size, 1, 32, &result.states)) file.in.fail("bad number of states " + size);
-  std::vector<std::string> words;
-  while (file.in.peek_token().what == nexus_token::kind::word)
-    words.push_back(file.in.token().text);
-  file.in.expect(';', "behind a step-matrix");
-  const auto cells = static_cast<std::size_t>(result.states * result.states);
-  // The symbols of the states may stand over the rows.
-  if (words.size() == cells + static_cast<std::size_t>(result.states)) {
-    words.erase(words.begin(), words.begin() + result.states);
-  }
-  if (words.size() != cells)
-    file.in.fail("step-matrix " + result.name + " hasn't as many cells as its states ask for");
-  for (const std::string& word : words) {
-    char* end = nullptr;
-    const double cost = word == "."               ? 0
-                        : lower_case(word) == "i" ? -1
-                                                  : std::strtod(word.c_str(), &end);
-    if (end && *end) file.in.fail("bad cost " + word);
-    result.costs.push_back(cost);
-  }
-  file.step_matrices.push_back(result);
 }
 
 // The head of "typeset * name (format) = ...".
@@ -218,7 +188,7 @@ bool read_command(nexus_file& file, const nexus_token& word) {
   } else if (word.is("delete") || word.is("undelete")) {
     set_taxa(file, word.is("undelete"));
   } else if (word.is("usertype")) {
-    read_step_matrix(file);
+    read_nexus_step_matrix(file);
   } else if (word.is("options")) {
     read_options(file);
   } else {

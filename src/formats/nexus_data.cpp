@@ -45,6 +45,24 @@ std::vector<std::string> read_labels(nexus_file& file) {
   }
 }
 
+// "title Text;" or "title 'Text';" with its blanks, as our own titles have it.
+std::string read_title(nexus_file& file) {
+  std::string title;
+  const bool quoted = file.in.peek() == '\'';
+  if (quoted) file.in.next_raw();
+  for (int c = file.in.next_raw(); quoted || c != ';'; c = file.in.next_raw()) {
+    if (c < 0) file.in.fail("the file ends within a title");
+    if (quoted && c == '\'') {
+      if (file.in.next_raw() != '\'') break;
+      c = '"';
+    }
+    title += c == '\'' ? '"' : static_cast<char>(c);
+  }
+  file.in.back();
+  file.in.skip_command();
+  return title.empty() ? title : "'" + title + "'";
+}
+
 // Names of characters and states, kept until the matrix is there.
 using character_names = std::map<int, matrix_state::character_name>;
 
@@ -98,7 +116,7 @@ class nexus_matrix_reader {
   int row_taxon();
   void read_discrete();
   void read_row(int taxon);
-  void read_continuous();
+  void read_with_continuous(int continuous);
   std::uint32_t read_set(int taxon, int character, int close);
   std::uint32_t lookup(int taxon, int character, int symbol);
   bool repeats_first(int character, int symbol);
@@ -265,17 +283,22 @@ struct comments_skipped {
   }
 };
 
-// Values as in our own files: numbers, or ranges as "1.2-1.5".
-void nexus_matrix_reader::read_continuous() {
+// Values as in our own files, numbers or ranges as "1.2-1.5"; then the symbols of mixed data.
+void nexus_matrix_reader::read_with_continuous(int continuous) {
+  if (format_.interleaved) file_.in.fail("continuous characters can't be interleaved");
+  nexus_symbols(format_, continuous_data, false);  // checks the width of the cells
   std::byte* const high = arena.high;
   continuous_reader values;
   for (int taxon = row_taxon(); taxon >= 0; taxon = row_taxon()) {
-    const comments_skipped skipping;
-    row_place place;
-    place.taxon = taxon;
-    place.first = 0;
-    place.end = matrix.nchar;
-    position_[at(taxon)] = values.read_row(place);
+    {
+      const comments_skipped skipping;
+      row_place place;
+      place.taxon = taxon;
+      place.first = 0;
+      place.end = continuous;
+      position_[at(taxon)] = values.read_row(place);
+    }
+    read_row(taxon);
   }
   file_.in.expect(';', "behind the matrix");
   values.store_all();
@@ -314,10 +337,10 @@ void nexus_matrix_reader::finish() {
 
 void nexus_matrix_reader::read() {
   set_types();
-  if (format_.type == continuous_data && format_.mixed.empty()) {
-    if (format_.interleaved) file_.in.fail("continuous characters can't be interleaved");
-    nexus_symbols(format_, continuous_data, false);  // checks the width of the cells
-    read_continuous();
+  const bool all = format_.type == continuous_data && format_.mixed.empty();
+  const int continuous = std::min(matrix.nchar, all ? matrix.nchar : format_.continuous);
+  if (continuous > 0) {
+    read_with_continuous(continuous);
   } else {
     read_discrete();
   }
@@ -371,12 +394,11 @@ void read_data_block(nexus_file& file) {
     } else if (word.is("statelabels")) {
       read_state_labels(file, names);
     } else if (word.is("title")) {
-      title = file.in.token().text;
-      file.in.skip_command();
+      title = read_title(file);
     } else if (word.is("matrix")) {
       if (file.ntax == 0) file.ntax = static_cast<int>(file.taxon_labels.size());
       begin_foreign_matrix(file.name, file.ntax, file.nchar);
-      if (!title.empty()) matrix.title = "'" + title + "'";
+      matrix.title = title;
       nexus_matrix_reader(file, format).read();
       matrix_read = true;
     } else if (!word.is(';')) {

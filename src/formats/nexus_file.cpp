@@ -83,6 +83,8 @@ void read_nexus() {
   if (settings.report) report_line("Reading file", file.name, "as NEXUS");
   file.gaps_are_new_states = matrix.gaps_are_states || mentions_new_state_gaps(file.name);
   for (;;) {
+    // Our own files end the block of assumptions before the types of characters.
+    if (matrix.present && file.in.peek_token().is("ctype")) read_assumptions_block(file);
     const nexus_token token = file.in.token();
     if (token.what == nexus_token::kind::end) break;
     if (token.is("begin") && !read_block(file)) return;

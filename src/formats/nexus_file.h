@@ -12,13 +12,6 @@
 
 namespace zeb {
 
-/// A step matrix as it was read; it waits for characters with costs to be available.
-struct nexus_step_matrix {
-  std::string name;
-  int states = 0;
-  std::vector<double> costs;  // row by row; negative: infinite
-};
-
 /// What a list is of.
 enum class nexus_list { taxa, characters };
 /// Flags by taxon or character, by the lower-case name of the set.
@@ -35,7 +28,10 @@ struct nexus_file {
   std::vector<std::string> taxon_labels;
   bool gaps_are_new_states = false;  // "gapmode=newstate" stands somewhere in the file
 
-  std::vector<nexus_step_matrix> step_matrices;
+  std::string symbols;  // of standard states, in their order; empty: the usual ones
+  /// State that a symbol of these data stands for; -1 for none.
+  int state_of_symbol(data_type type, char symbol) const;
+
   nexus_sets taxon_sets;
   nexus_sets character_sets;
   nexus_sets& sets_of(nexus_list kind) {
@@ -48,6 +44,9 @@ void read_taxa_block(nexus_file& file);
 void read_data_block(nexus_file& file);
 void read_assumptions_block(nexus_file& file);
 void read_trees_block(nexus_file& file);
+
+/// "usertype", from behind the word up to its ";".
+void read_nexus_step_matrix(nexus_file& file);
 
 /// Taxon by name (case ignored) or, for text of digits only, by number from 1; -1 none.
 int find_nexus_taxon(const std::string& text);

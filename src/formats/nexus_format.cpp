@@ -24,8 +24,6 @@ void read_mixed(nexus_file& file, nexus_format& format) {
     if (file.in.accept(',')) continue;
     nexus_type_range range;
     range.type = type_named(file, file.in.token().text);
-    if (range.type == continuous_data)
-      file.in.fail("continuous characters can't be part of mixed data");
     file.in.expect(':', "behind a type of mixed data");
     const std::string word = file.in.token().text;
     const std::size_t dash = word.find('-');
@@ -36,6 +34,9 @@ void read_mixed(nexus_file& file, nexus_format& format) {
     }
     --range.first;
     --range.last;
+    if (range.type == continuous_data && range.first != format.continuous)
+      error_end("Continuous characters must precede all other ones!");
+    if (range.type == continuous_data) format.continuous = range.last + 1;
     format.mixed.push_back(range);
   }
 }
@@ -145,6 +146,7 @@ void read_nexus_format(nexus_file& file, nexus_format& format) {
     } else if (option.is("symbols")) {
       file.in.expect('=', "behind \"symbols\"");
       format.symbols = expand_symbols(read_quoted_symbols(file));
+      file.symbols = format.symbols;
     } else if (option.is("equate")) {
       file.in.expect('=', "behind \"equate\"");
       read_equates(file, format);

@@ -21,6 +21,7 @@ struct nexus_type_range {
 struct nexus_format {
   data_type type = numeric_data;
   std::vector<nexus_type_range> mixed;  // "datatype=mixed(...)"; empty otherwise
+  int continuous = 0;  // of mixed data: characters from the first one on that are continuous
   char missing = '?';
   char gap = 0;  // 0: none given
   char match = 0;

@@ -21,12 +21,13 @@ bool same_name(std::string_view a, std::string_view b) {
   return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
 
-// One end of a range, from 0; "." is the last.
-int find_element(nexus_file& file, const std::string& text, nexus_list kind) {
+// One end of a range, from 0; "." is the last. Digits are a number, unless they stand in quotes.
+int find_element(nexus_file& file, const std::string& text, bool quoted, nexus_list kind) {
   const int count = kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
-  if (text == ".") return count - 1;
-  const int element =
-      kind == nexus_list::taxa ? find_nexus_taxon(text) : find_nexus_character(text);
+  if (text == "." && !quoted) return count - 1;
+  int element = 0;
+  if (!quoted && whole_number(text, 1, count, &element)) return element - 1;
+  element = kind == nexus_list::taxa ? find_nexus_taxon(text) : find_nexus_character(text);
   if (element < 0) file.in.fail((kind == nexus_list::taxa ? "No taxon " : "No character ") + text);
   return element;
 }
@@ -100,8 +101,8 @@ std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
     range_words range;
     range.first = word.text;
     if (!word.quoted) range = split_range(file, word.text, kind);
-    const int first = find_element(file, range.first, kind);
-    const int last = range.last.empty() ? first : find_element(file, range.last, kind);
+    const int first = find_element(file, range.first, word.quoted, kind);
+    const int last = range.last.empty() ? first : find_element(file, range.last, false, kind);
     int step = 1;
     if (file.in.accept('\\') && !whole_number(file.in.token().text, 1, count, &step)) {
       file.in.fail("a step of a range must be a number");

@@ -13,12 +13,11 @@
 
 #include "matrix/matrix.h"
 #include "matrix/smallest_hitting_set.h"
+#include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
 namespace {
-
-cost_steps_function cost_steps = nullptr;
 
 // The active taxa that the records were computed for.
 std::vector<std::uint8_t> taxa_of_records;
@@ -139,14 +138,12 @@ void notice_changed_taxa() {
 
 }  // namespace
 
-void set_cost_steps(cost_steps_function function) { cost_steps = function; }
-
 step_range steps_over_taxa(int character, std::span<const std::uint8_t> taxa) {
   const character_record& record = matrix.characters[at(character)];
   if (record.type == landmark_data) return {};
   if (record.is_continuous) return continuous_steps(character, taxa);
   note_top_state(character);
-  if (record.is_sankoff && cost_steps) return cost_steps(character, taxa);
+  if (record.is_sankoff) return cost_steps(character, taxa);
   return record.additive ? additive_steps(character, taxa) : nonadditive_steps(character, taxa);
 }
 

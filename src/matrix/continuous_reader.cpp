@@ -105,6 +105,14 @@ void continuous_reader::copy_row(int from, int to) {
 
 // Values stay in the user's units while they fit. Beyond that the range found becomes 0 to 65; a
 // character whose range is no wider than 65 is only shifted, so that its lengths stay true.
+continuous_scale scale_of_reading(double least, double largest) {
+  continuous_scale scale;
+  if (largest <= largest_value) return scale;
+  scale.shift = scale.kept_shift = least;
+  scale.factor = scale.kept_factor = std::max(1.0, (largest - least) / largest_value);
+  return scale;
+}
+
 void continuous_reader::store_character(const block_values& block, int character) {
   const auto width = at(block.end - block.first);
   const auto column = at(character - block.first);
@@ -116,13 +124,9 @@ void continuous_reader::store_character(const block_values& block, int character
     least = std::min(least, v.low);
     largest = std::max(largest, v.high);
   }
-  continuous_scale scale;
+  const continuous_scale scale = scale_of_reading(least, largest);
   character_record& record = matrix.characters[at(character)];
-  if (largest > largest_value) {
-    scale.shift = least;
-    scale.factor = std::max(1.0, (largest - least) / largest_value);
-    record.scale_changed = 1;
-  }
+  record.scale_changed = largest > largest_value;
   for (int t = 0; t < matrix.ntax; ++t) {
     const continuous_value& v = block.values[at(t) * width + column];
     std::uint32_t states = missing_continuous;
@@ -136,8 +140,6 @@ void continuous_reader::store_character(const block_values& block, int character
     }
     set_cell(t, character, states);
   }
-  scale.kept_factor = scale.factor;
-  scale.kept_shift = scale.shift;
   scales_.emplace_back(character, scale);
 }
 

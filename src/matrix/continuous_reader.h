@@ -19,6 +19,9 @@ constexpr double value_missing = -1;
 constexpr double value_inapplicable = -2;
 constexpr double largest_value = 65.0;  // of the stored scale, in the user's units
 
+/// The scale that a character with values in this range gets when it is read.
+continuous_scale scale_of_reading(double least, double largest);
+
 /// The values of the continuous characters of a matrix being read. They are kept as doubles until
 /// the matrix is complete, since only then is the scale known. In the arena's high end.
 class continuous_reader {

@@ -43,7 +43,16 @@ struct character_record {
   // "N" in DNA, "X" in proteins). Those cells hold more bits than this: mask them with it.
   std::uint32_t observed = 0;
   std::int32_t* cost_matrix = nullptr;  // where cost tables are allocated: nstates_max squared
+  std::int8_t step_matrix = -1;         // number of the step matrix that it uses; -1 none
 };
+
+/// Costs of changes between states, under a name.
+struct step_matrix {
+  std::string name;
+  int nstates = 0;                  // 1 to 32
+  std::vector<std::int32_t> costs;  // nstates squared, by the state before and the state after
+};
+constexpr std::int32_t forbidden_cost = 32700;  // of a change that can't happen
 
 /// Original scale of a continuous character: value = stored / 1000 * factor + shift.
 struct continuous_scale {
@@ -96,6 +105,8 @@ struct matrix_state {
     std::vector<std::string> states;
   };
   std::vector<character_name> char_names;  // empty: undefined
+
+  std::vector<step_matrix> step_matrices;  // at most 32, by number
 
   // Groups: bit g of an element's word says whether it is in group g.
   static constexpr int group_count = 32;
@@ -174,10 +185,6 @@ int maximum_steps(int character);
 /// Computes min_steps, max_steps and `observed` of every character that needs it: those marked
 /// `needs_recheck`, all of them after a change of the active taxa.
 void recheck_steps();
-/// Characters with cost tables get their range from this function (by character and taxa), which
-/// the cost model registers. Without one they count as non-additive.
-using cost_steps_function = step_range (*)(int character, std::span<const std::uint8_t> taxa);
-void set_cost_steps(cost_steps_function function);
 /// Is the character informative for the active taxa: its maximum exceeds its minimum.
 bool is_informative(int character);
 

@@ -44,13 +44,6 @@ std::string thousandths_text(std::uint32_t value) {
   return text;
 }
 
-// All digits that matter, without an exponent: numbers of commands have none.
-std::string exact_text(double value) {
-  char text[400];
-  const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
-  return result.ec == std::errc{} ? std::string(text, result.ptr) : "0";
-}
-
 // Characters that are written as one block: neighbours of one block in memory, read alike.
 struct section {
   int block;
@@ -199,6 +192,14 @@ void matrix_writer::write_code(const std::string& specifier, predicate has_code)
 
 void matrix_writer::write_codes() {
   write_code("+", [](const character_record& r) { return r.additive && !r.is_continuous; });
+  std::string with_costs;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (new_number_[at(c)] >= 0 && matrix.characters[at(c)].is_sankoff)
+      with_costs += " " + std::to_string(new_number_[at(c)]);
+  }
+  if (!with_costs.empty()) {
+    out_.add("quote Step-matrices aren't written, those of characters" + with_costs + ";\n");
+  }
   write_code("]", [](const character_record& r) { return !r.active; });
   std::vector<int> weights;
   std::vector<int> steps;
@@ -262,6 +263,12 @@ void matrix_writer::write_taxon_settings() {
 }
 
 }  // namespace
+
+std::string exact_text(double value) {
+  char text[400];
+  const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
+  return result.ec == std::errc{} ? std::string(text, result.ptr) : "0";
+}
 
 std::string written_cell(int character, std::uint32_t states) {
   const auto type = static_cast<data_type>(matrix.characters[at(character)].type);

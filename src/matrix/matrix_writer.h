@@ -30,6 +30,9 @@ void write_matrix(const write_request& request);
 /// A cell as it is written: "0", "[01]", "R", "?", "0.5-0.75".
 std::string written_cell(int character, std::uint32_t states);
 
+/// A number with all digits that matter, without an exponent.
+std::string exact_text(double value);
+
 /// The internal nodes of a stored tree with their down-pass sets. Registered by the engine.
 using node_row_source = std::vector<named_row> (*)(int tree);
 void set_node_row_source(node_row_source source);

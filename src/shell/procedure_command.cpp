@@ -39,7 +39,7 @@ void read_from_file(const std::string& name) {
   if (!starts_as_nexus(name)) return push_file(name, {});
   if (!format_hooks.read_nexus) error_end("Reading of NEXUS files is not available yet");
   push_file(name, {});
-  for (int i = 0; i < 6; ++i) read_char();
+  for (int i = 0; i < 6; ++i) plain_read_char();  // "#" is a sign of the macro language
   format_hooks.read_nexus();
 }
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes random data as NEXUS and reads them back: cells, settings, names and trees must be the same.
+"""Writes random data, in our own form and as NEXUS, and reads them back: cells, settings, names and trees must be the same.
 Usage: round_trip.py ZEB [FIRST_SEED NUMBER]"""
 
 import pathlib
@@ -32,22 +32,40 @@ def random_row(rnd, kind, states, length):
     return "".join(cells)
 
 
+def random_values(rnd, length):
+    """A row of continuous characters; every third one goes beyond what is stored as it is."""
+    def value(c):
+        return f"{rnd.random() * (1, 60, 900)[c % 3]:.{rnd.randint(0, 3)}f}"
+
+    def cell(c):
+        u = rnd.random()
+        return "?" if u < 0.1 else "*" if u < 0.15 else f"{value(c)}-{value(c)}" if u < 0.3 else value(c)
+    return " ".join(cell(c) for c in range(length))
+
+
 def random_list(rnd, elements, share):
     return " ".join(str(element) for element in elements if rnd.random() < share)
 
 
 def random_data(rnd):
-    """The maximum number of states, and a file of commands."""
+    """The maximum number of states, whether there are continuous characters, and a file of commands."""
     states = rnd.choice([8, 16, 32])
     kinds = ["numeric", "dna"] + (["proteins"] if states == 32 else [])
     blocks = [(rnd.choice(kinds), rnd.randint(1, 12)) for _ in range(rnd.randint(1, 3))]
+    continuous = states == 32 and rnd.random() < 0.6
+    if continuous:
+        blocks = [("continuous", rnd.randint(1, 6))] + blocks * rnd.randint(0, 1)
     gaps = rnd.choice(["gaps", "nogaps"])
     taxa = rnd.sample(NAMES, rnd.randint(5, 9))
     nchar = sum(length for _, length in blocks)
-    lines = [f"nstates {states};", "xread", f"{nchar} {len(taxa)}"]
+    lines = [f"nstates {states};", "xread", "'Random data, (made) by \"chance\"'", f"{nchar} {len(taxa)}"]
     numeric, start = [], 0
     for kind, length in blocks:
-        lines.append(f"&[{kind} {gaps}]" if kind != "numeric" else "&[numeric]")
+        lines.append(f"&[{kind} {gaps}]" if kind not in ("numeric", "continuous") else f"&[{kind}]")
+        if kind == "continuous":
+            lines += [f"{name} {random_values(rnd, length)}" for name in taxa]
+            start += length
+            continue
         shown = rnd.choice([states, 2, 10])
         lines += [f"{name} {random_row(rnd, kind, min(shown, states), length)}" for name in taxa]
         numeric += range(start, start + length) if kind == "numeric" else []
@@ -57,10 +75,11 @@ def random_data(rnd):
                          ("/2", random_list(rnd, range(nchar), 0.2)), ("/7", random_list(rnd, range(nchar), 0.1))):
         lines += [f"ccode {sign} {chosen};"] if chosen else []
     lines.append("taxcode - 2;")
-    lines.append(f"cnames {{{nchar - 1} head-size it's_there (none); ;")
+    states_named = " it's_there (none)" if blocks[-1][0] != "continuous" else ""
+    lines.append(f"cnames {{{nchar - 1} head-size{states_named}; ;")
     order = rnd.sample(range(len(taxa)), len(taxa))
     lines.append("tread (" + " ".join(map(str, order[:-2])) + f" ({order[-2]} {order[-1]}));")
-    return states, "\n".join(lines + ["proc/;", ""])
+    return states, continuous, "\n".join(lines + ["proc/;", ""])
 
 
 def run(folder, commands):
@@ -79,10 +98,14 @@ def contents(folder, commands):
         return "no data: " + output
     head, _, rest = text.partition("\n;\n")
     lines = head.split("\n")
-    rows = {}
-    for line in lines[lines.index("xread") + 2:]:  # behind the dimensions
+    start = lines.index("xread") + 1
+    rows = {"title": ""}
+    if lines[start].startswith("'"):
+        rows["title"] = lines[start]
+        start += 1
+    for line in lines[start + 1:]:  # behind the dimensions
         if not line.startswith("&"):
-            name, cells = line.split()
+            name, cells = line.split(None, 1)
             rows[name] = rows.get(name, "") + cells
     # Whether gaps are states stands in the heads of blocks.
     gaps = sorted(set(re.findall(r"\b(?:no)?gaps\b", head)))
@@ -91,18 +114,25 @@ def contents(folder, commands):
 
 def faults(seed):
     rnd = random.Random(seed)
-    states, data = random_data(rnd)
+    states, continuous, data = random_data(rnd)
     with tempfile.TemporaryDirectory() as scratch:
         folder = pathlib.Path(scratch)
         (folder / "data.zeb").write_text(data)
         here = contents(folder, "proc data.zeb;\n")
         if here.startswith("no data"):
             yield "data", here
-        for form in ("*", "&*"):
-            run(folder, f"proc data.zeb;\nexport {form} out.nex;\nquit;\n")
+        for form in ("own", "*", "&*"):
+            if form == "*" and continuous:
+                continue  # refused
+            if form == "own":
+                (folder / "out.nex").write_text((folder / "log.txt").read_text())
+            else:
+                run(folder, f"proc data.zeb;\nexport {form} out.nex;\nquit;\n")
             back = contents(folder, f"nstates {states};\nproc out.nex;\n")
+            if form == "*":  # without the title
+                back = back.replace("title ", f"title {here.splitlines()[0][len('title '):]}", 1)
             if back != here:
-                yield f"export {form}", f"{data}\n--- written\n{here}\n--- read back\n{back}"
+                yield f"form {form}", f"{data}\n--- written\n{here}\n--- read back\n{back}"
 
 
 bad = 0

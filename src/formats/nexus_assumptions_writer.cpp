@@ -1,0 +1,187 @@
+// The ASSUMPTIONS block of what is written as NEXUS.
+#include <algorithm>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "formats/foreign_matrix.h"
+#include "formats/labelled_trees.h"
+#include "formats/nexus_writer.h"
+#include "matrix/symbols.h"
+#include "shell/errors.h"
+
+namespace zeb {
+
+namespace {
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+// Numbers from 1 of the flagged elements, with ranges, in lines that can be read.
+std::string number_list(const std::vector<bool>& flags) {
+  std::string text;
+  std::size_t line = 0;
+  for (std::size_t i = 0; i < flags.size(); ++i) {
+    if (!flags[i]) continue;
+    std::size_t end = i;
+    while (end + 1 < flags.size() && flags[end + 1]) ++end;
+    text += " " + std::to_string(i + 1);
+    if (end > i) text += "-" + std::to_string(end + 1);
+    if (text.size() - line > 100) {
+      text += "\n";
+      line = text.size();
+    }
+    i = end;
+  }
+  return text;
+}
+
+template <class predicate>
+std::vector<bool> flags_where(predicate&& holds) {
+  std::vector<bool> flags;
+  for (const character_record& record : matrix.characters) flags.push_back(holds(record));
+  return flags;
+}
+
+bool any(const std::vector<bool>& flags) {
+  return std::find(flags.begin(), flags.end(), true) != flags.end();
+}
+
+// A step matrix as characters of one type use it: its rows are named by symbols of the type.
+struct matrix_use {
+  int number;
+  data_type type;
+  std::string name;
+  std::vector<bool> characters;
+};
+
+std::vector<matrix_use> step_matrices_in_use(const writing_style& style) {
+  std::map<std::pair<int, data_type>, std::vector<bool>> found;
+  for (int c = 0; c < matrix.nchar && style.step_matrices; ++c) {
+    const character_record& record = matrix.characters[at(c)];
+    if (!record.is_sankoff || record.step_matrix < 0) continue;
+    std::vector<bool>& flags = found[{record.step_matrix, written_type(c, style)}];
+    flags.resize(at(matrix.nchar));
+    flags[at(c)] = true;
+  }
+  std::vector<matrix_use> uses;
+  for (const auto& [key, flags] : found) {
+    const std::string& kept_name = matrix.step_matrices[at(key.first)].name;
+    std::string name = "ustyp" + std::to_string(uses.size());
+    if (style.plain) {
+      name = kept_name;
+      // Characters of another type need rows in another order.
+      if (!uses.empty() && uses.back().number == key.first) name += "_2";
+    } else if (name != kept_name) {
+      warning("Step-matrix", kept_name, "is saved under the name", name);
+    }
+    uses.push_back({key.first, key.second, name, flags});
+  }
+  return uses;
+}
+
+void write_step_matrix(std::FILE* out, const matrix_use& use, bool plain) {
+  const step_matrix& costs = matrix.step_matrices[at(use.number)];
+  std::fprintf(out, plain ? "\nusertype %s (stepmatrix) = %i\n" : "\nusertype %s = %i\n",
+               quoted_label(use.name).c_str(), costs.nstates);
+  for (int s = 0; s < costs.nstates; ++s) {
+    const char symbol = symbol_of_state(use.type, s);
+    std::fprintf(out, symbol == '-' ? "   '%c'" : "     %c", symbol);
+  }
+  for (int from = 0; from < costs.nstates; ++from) {
+    std::fputs("\n", out);
+    for (int to = 0; to < costs.nstates; ++to) {
+      const std::int32_t cost = costs.costs[at(from) * at(costs.nstates) + at(to)];
+      const std::string text = from == to               ? "."
+                               : cost == forbidden_cost ? "i"
+                                                        : std::to_string(cost);
+      std::fprintf(out, " %5s", text.c_str());
+    }
+  }
+}
+
+// The types that aren't unordered, in one set.
+void write_plain_types(std::FILE* out, const std::vector<bool>& ordered,
+                       const std::vector<matrix_use>& uses) {
+  for (const matrix_use& use : uses) {
+    write_step_matrix(out, use, true);
+    std::fputs("\n;", out);
+  }
+  if (!any(ordered) && uses.empty()) return;
+  std::string types;
+  if (any(ordered)) types = " ord: " + number_list(ordered);
+  for (const matrix_use& use : uses) {
+    types += (types.empty() ? " " : ",\n ") + quoted_label(use.name) + ": " +
+             number_list(use.characters);
+  }
+  std::fprintf(out, "\ntypeset * zeb =%s ;", types.c_str());
+}
+
+// The block ends behind the step matrices; the reader takes types of characters outside of one.
+void write_user_types(std::FILE* out, const std::vector<matrix_use>& uses) {
+  for (std::size_t i = 0; i < uses.size(); ++i) {
+    write_step_matrix(out, uses[i], false);
+    std::fputs(i + 1 < uses.size() ? "\n;" : "\n;end;", out);
+  }
+  for (const matrix_use& use : uses) {
+    std::fprintf(out, "\nctype %s: %s ;", use.name.c_str(), number_list(use.characters).c_str());
+  }
+}
+
+void write_weights(std::FILE* out, const std::set<int>& weights, bool plain) {
+  std::string text;
+  for (const int weight : weights) {
+    text += (text.empty() ? "" : ",\n") + std::to_string(weight) + " : " +
+            number_list(flags_where([weight](const auto& r) { return r.weight == weight; }));
+  }
+  std::fprintf(out, "\n%s %s ;", plain ? "wtset * zeb =" : "weights", text.c_str());
+}
+
+void warn_of_lost_settings(const writing_style& style) {
+  const std::string steps =
+      characters_where([](const character_record& r) { return r.internal_steps != 0; });
+  if (!steps.empty()) warning("NEXUS has no place for internal steps, those of characters" + steps);
+  const std::string costs =
+      characters_where([](const character_record& r) { return r.is_sankoff != 0; });
+  if (!costs.empty() && !style.step_matrices)
+    warning("Step-matrices are left out (\"export +\" saves them), those of characters" + costs);
+  if (matrix.outgroup != 0)
+    warning("NEXUS has no place for the outgroup, taxon", taxon_name(matrix.outgroup));
+}
+
+}  // namespace
+
+void write_nexus_assumptions(std::FILE* out, const writing_style& style) {
+  const bool plain = style.plain;
+  warn_of_lost_settings(style);
+  const std::vector<bool> ordered =
+      flags_where([](const auto& r) { return r.additive != 0 && !r.is_continuous; });
+  const std::vector<bool> inactive = flags_where([](const auto& r) { return r.active == 0; });
+  const std::vector<bool> gaps = flags_where([](const auto& r) { return r.gap_is_state != 0; });
+  const std::vector<matrix_use> uses = step_matrices_in_use(style);
+  std::vector<bool> deleted;
+  for (int t = 0; t < matrix.ntax; ++t) deleted.push_back(!matrix.taxon_active[at(t)]);
+  std::set<int> weights;
+  for (const character_record& record : matrix.characters) {
+    if (record.weight != 1) weights.insert(record.weight);
+  }
+  if (!any(ordered) && !any(inactive) && !any(gaps) && !any(deleted) && weights.empty() &&
+      uses.empty())
+    return;
+  std::fputs(plain ? "\nbegin assumptions;" : "\nbegin assumptions ; ", out);
+  if (plain) {
+    write_plain_types(out, ordered, uses);
+  } else if (any(ordered)) {
+    std::fprintf(out, "\nctype ord: %s ;", number_list(ordered).c_str());
+  }
+  if (any(inactive)) {
+    std::fprintf(out, "\n%s %s ;", plain ? "exset * zeb =" : "exclude",
+                 number_list(inactive).c_str());
+  }
+  if (any(deleted)) std::fprintf(out, "\ndelete %s ;", number_list(deleted).c_str());
+  if (!weights.empty()) write_weights(out, weights, plain);
+  if (any(gaps)) std::fputs("\npset gapmode=newstate;\n", out);
+  if (!plain) write_user_types(out, uses);
+  std::fputs(plain ? "\nend;\n" : "\nend ; \n", out);
+}
+
+}  // namespace zeb

@@ -1,0 +1,128 @@
+// "usertype": step matrices of NEXUS, kept with the matrix.
+#include <algorithm>
+#include <bit>
+#include <cctype>
+
+#include "formats/nexus_file.h"
+#include "matrix/step_matrices.h"
+#include "matrix/symbols.h"
+#include "shell/errors.h"
+
+namespace zeb {
+
+namespace {
+
+constexpr int largest_cost = 10'000;
+
+// The states in the order of a step matrix that doesn't name them: bases by the alphabet.
+std::vector<int> usual_order(const nexus_file& file, int count) {
+  std::vector<int> order;
+  const bool bases = matrix.data_type_in_use == dna_data && count <= 5;
+  for (int i = 0; i < count; ++i) {
+    order.push_back(bases ? file.state_of_symbol(dna_data, "ACGT-"[i]) : i);
+  }
+  return order;
+}
+
+// The state of each row from the symbols above the columns: of bases where all of them are bases.
+std::vector<int> order_of_symbols(nexus_file& file, const std::vector<std::string>& symbols) {
+  const bool bases = (matrix.data_type_in_use & dna_data) &&
+                     std::all_of(symbols.begin(), symbols.end(), [](const std::string& s) {
+                       return std::string_view("ACGTU-").find(static_cast<char>(std::toupper(
+                                  static_cast<unsigned char>(s[0])))) != std::string_view::npos;
+                     });
+  const bool proteins = matrix.data_type_in_use == protein_data;
+  std::vector<int> order;
+  for (const std::string& symbol : symbols) {
+    const int state = symbol.size() == 1 ? file.state_of_symbol(bases      ? dna_data
+                                                                : proteins ? protein_data
+                                                                           : numeric_data,
+                                                                symbol[0])
+                                         : -1;
+    if (state < 0) file.in.fail("unknown state " + symbol + " in a step-matrix");
+    if (std::find(order.begin(), order.end(), state) != order.end())
+      file.in.fail("state " + symbol + " stands twice in a step-matrix");
+    order.push_back(state);
+  }
+  return order;
+}
+
+// "." is no cost at all: of a state to itself.
+std::int32_t cost_of(nexus_file& file, const std::string& word, bool on_diagonal) {
+  const std::string text = lower_case(word);
+  int cost = 0;
+  if (text == "i" || text == "inf") {
+    cost = forbidden_cost;
+  } else if (text != "." && !whole_number(word, 0, largest_cost, &cost)) {
+    file.in.fail("bad cost " + word + ": whole numbers from 0 to " + std::to_string(largest_cost) +
+                 ", or i, are read");
+  }
+  if (on_diagonal && cost != 0) file.in.fail("a state has a cost to itself, " + word);
+  if (!on_diagonal && text == ".") file.in.fail("no cost between two states of a step-matrix");
+  return cost;
+}
+
+}  // namespace
+
+// "name (stepmatrix) = 3  [0 1 2]  . 1 2  1 . 1  2 1 .;": states first, if they are named.
+void read_nexus_step_matrix(nexus_file& file) {
+  step_matrix result;
+  file.in.accept('*');
+  result.name = file.in.token().text;
+  bool state_tree = false;
+  while (!file.in.accept('=')) {
+    const nexus_token word = file.in.token();
+    if (word.is(';') || word.what == nexus_token::kind::end)
+      file.in.fail("\"usertype\" has no \"=\"");
+    state_tree = state_tree || word.is("cstree");
+  }
+  if (state_tree) {
+    warning("Character type", result.name,
+            "is a tree of states, which isn't available; its characters stay as they are");
+    return file.in.skip_command();
+  }
+  const std::string size = file.in.token().text;
+  int count = 0;
+  if (!whole_number(size, 1, 32, &count)) file.in.fail("bad number of states " + size);
+  std::vector<std::string> words;
+  while (!file.in.accept(';')) {
+    if (file.in.peek_token().what == nexus_token::kind::end)
+      file.in.fail("the file ends within \"usertype\"");
+    words.push_back(file.in.token().text);
+  }
+  const auto states = static_cast<std::size_t>(count);
+  std::vector<int> order;
+  if (words.size() == states * (states + 1)) {
+    order = order_of_symbols(file, {words.begin(), words.begin() + count});
+    words.erase(words.begin(), words.begin() + count);
+  } else {
+    order = usual_order(file, count);
+  }
+  if (words.size() != states * states)
+    file.in.fail("step-matrix " + result.name + " hasn't as many cells as its states ask for");
+  result.nstates = *std::max_element(order.begin(), order.end()) + 1;
+  const auto width = static_cast<std::size_t>(result.nstates);
+  result.costs.assign(width * width, 1);
+  for (std::size_t s = 0; s < width; ++s) result.costs[s * width + s] = 0;
+  for (std::size_t row = 0; row < states; ++row) {
+    for (std::size_t column = 0; column < states; ++column) {
+      const auto from = static_cast<std::size_t>(order[row]);
+      const auto to = static_cast<std::size_t>(order[column]);
+      result.costs[from * width + to] = cost_of(file, words[row * states + column], row == column);
+    }
+  }
+  add_step_matrix(std::move(result));
+}
+
+int nexus_file::state_of_symbol(data_type type, char symbol) const {
+  if (type == numeric_data && !symbols.empty()) {
+    std::size_t place = symbols.find(symbol);
+    if (place == std::string::npos) place = lower_case(symbols).find(lower_case({&symbol, 1}));
+    return place == std::string::npos ? -1 : static_cast<int>(place);
+  }
+  const std::uint32_t states =
+      make_symbols(type, 4, true)[static_cast<std::size_t>(static_cast<unsigned char>(symbol))];
+  return std::has_single_bit(states) ? std::countr_zero(states) : -1;
+}
+
+}  // namespace zeb
