@@ -113,11 +113,6 @@ cell_operation read_cell_operator() {
   }
 }
 
-std::int32_t bits(double value) {
-  if (!(value > -9.2e18) || value > 9.2e18) return 0;
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
-}
-
 double operate(cell_operation op, double a, double b) {
   switch (op) {
     case cell_operation::add:
@@ -130,11 +125,11 @@ double operate(cell_operation op, double a, double b) {
       if (b == 0) error_end("Can't divide by zero");
       return a / b;
     case cell_operation::bit_and:
-      return bits(a) & bits(b);
+      return value_bits(a) & value_bits(b);
     case cell_operation::bit_or:
-      return bits(a) | bits(b);
+      return value_bits(a) | value_bits(b);
     case cell_operation::bit_xor:
-      return bits(a) ^ bits(b);
+      return value_bits(a) ^ value_bits(b);
     case cell_operation::smaller:
       return std::min(a, b);
     case cell_operation::larger:

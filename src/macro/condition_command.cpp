@@ -1,5 +1,6 @@
 // `if`, `else`, `end`, `xend`: branches skip text, they don't parse it.
 #include <cctype>
+#include <cmath>
 #include <string>
 #include <string_view>
 
@@ -85,7 +86,7 @@ void if_command() {
   if (!accept_char('(')) error_end("Use if( condition ) ...actions... end");
   std::string echo;
   const double value = evaluate(expression_end::parenthesis, macros.report ? &echo : nullptr);
-  const bool holds = static_cast<std::int64_t>(value) != 0;
+  const bool holds = std::trunc(value) != 0;
   if (macros.report) emitf("IF %s ---> %s", echo.c_str(), holds ? "TRUE" : "FALSE!");
   if (holds) return;
   if (input.top == 0 && macros.level < 0) report_line("Condition not fullfilled");

@@ -1,7 +1,9 @@
 // `hifile`: opening and moving through the input files of a script.
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "macro/commands.h"
 #include "macro/macro_values.h"
@@ -63,7 +65,9 @@ void open_file() {
   if (script_files.files.size() >= static_cast<std::size_t>(script_files.most_files)) {
     error_end_f("Can't have more than %i files open simultaneously", script_files.most_files);
   }
-  std::FILE* stream = std::fopen(name.c_str(), "rb");
+  std::error_code unreadable;
+  const bool directory = std::filesystem::is_directory(name, unreadable);
+  std::FILE* stream = directory ? nullptr : std::fopen(name.c_str(), "rb");
   if (!stream) error_end_f("Can't open file %s", name.c_str());
   script_files.files.push_back({name, stream, 0});
   script_files.active = static_cast<int>(script_files.files.size()) - 1;

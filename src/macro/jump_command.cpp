@@ -10,6 +10,7 @@
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "shell/commands.h"
 #include "shell/errors.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
@@ -36,7 +37,7 @@ void check_label(const std::string& label) {
 }
 
 void set_default_target() {
-  if (read_item() == 0) error_end("Must give filename");
+  if (read_item() == 0) error_end("Define default target file: Must give filename");
   input.goto_default_file = std::string(token()).substr(0, 160);
   if (settings.report) report_line("Default target for goto is", input.goto_default_file);
 }
@@ -44,7 +45,7 @@ void set_default_target() {
 void set_error_target() {
   if (input.error_target_level >= 0)
     error_end("A target has been defined; undefine first, with 'goto ]'");
-  if (read_item() == 0) error_end("Must give filename");
+  if (read_item() == 0) error_end("Define target file for error/break: Must give filename");
   const std::string file(token());
   if (read_item() == 0) error_end("Must give label to go to");
   const std::string label(token());
@@ -171,7 +172,7 @@ void goto_command() {
     label = file;
     file = input.goto_default_file;
     if (file.empty() && input.top > 0) file = top_frame().name;
-    if (file.empty()) error_end("Must give filename");
+    if (file.empty()) error_end("Must give filename (or define default target file)");
   } else {
     read_item();
     label = token();
@@ -214,15 +215,7 @@ void recurse_command() {
 
 void errmsg_command() {
   require_macros();
-  std::string text;
-  {
-    const literal_commas commas;
-    skip_blanks_peek();
-    for (int c = read_char(); c != ';'; c = read_char()) {
-      if (text.size() < 2000) text += static_cast<char>(c);
-    }
-  }
-  error_end(text);
+  error_end(read_quoted_text());
 }
 
 }  // namespace zeb

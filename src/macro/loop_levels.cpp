@@ -6,6 +6,7 @@
 
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
+#include "macro/script_files.h"
 #include "shell/input.h"
 #include "shell/process.h"
 
@@ -51,6 +52,7 @@ bool reset_macro_flow() {
   if (!settings.macros) return false;
   macros.assign_target = -1;
   reset_macro_reader();
+  close_script_files();
   const bool behind_loop = macros.level > macros.frames.back().loop_base;
   for (std::size_t f = 0; f < macros.frames.size(); ++f) {
     macro_frame& frame = macros.frames[f];

@@ -9,7 +9,8 @@ void leave_loop();
 /// Ends all loops above `level`, from the innermost outward.
 void leave_loops_above(int level);
 
-/// After an error or interrupt: forgets pending expansions and ends all loops. What was being read
+/// After an error or interrupt: closes the files of `hifile`, forgets pending expansions, and ends
+/// all loops. What was being read
 /// within a loop goes on behind it, in the files that are open still. True if the reader now stands
 /// behind a loop.
 bool reset_macro_flow();

@@ -209,20 +209,20 @@ int macro_read_char() {
   for (;;) {
     const int c = fetch();
     // Everything that can start an expansion lies in this range; letters and digits leave at once.
-    if (c > '\'' || c < '"' || macro_reading_flags.no_expansion > 0) return c;
+    if (c > '\'' || c < '"' || macro_reading_flags.no_expansion) return c;
     if (in_expansion() && input.read_position <= expansion.plain_end) return c;
     switch (c) {
       case '\'':
       case '"': {
         // Behind a command's word a quote may open a title: the handler decides.
-        if (macro_reading_flags.no_quotes > 0 || input.in_command_head) return c;
+        if (macro_reading_flags.no_quotes || input.in_command_head) return c;
         const int next = peek_raw_char();
         if (!starts_reference(next) && next != '/') return c;
         expand_variable(static_cast<char>(c));
         continue;
       }
       case '$': {
-        if (macro_reading_flags.no_strings > 0 || input.in_command_head) return c;
+        if (macro_reading_flags.no_strings || input.in_command_head) return c;
         if (!starts_reference(peek_raw_char())) return c;
         convert_string();
         continue;
@@ -234,7 +234,7 @@ int macro_read_char() {
         continue;
       }
       case '#':
-        if (macro_reading_flags.no_quotes > 0 && !std::isalnum(peek_raw_char())) return c;
+        if (macro_reading_flags.no_quotes && !std::isalnum(peek_raw_char())) return c;
         if (!expand_loop_counter()) {
           // No such loop: the text stands as it was written, its "#" plain.
           return fetch();

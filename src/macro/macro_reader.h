@@ -11,22 +11,27 @@ namespace zeb {
 
 /// What the reader leaves alone for a while.
 struct macro_reading {
-  int no_expansion = 0;  // > 0: all characters plain
-  int no_quotes = 0;     // > 0: quotes plain (within a number or name)
-  int no_strings = 0;    // > 0: "$" plain (while a stored string is read)
+  bool no_expansion = false;  // all characters plain
+  bool no_quotes = false;     // quotes plain (within a number or name)
+  bool no_strings = false;    // "$" plain (behind the head of what takes a string)
 };
 extern macro_reading macro_reading_flags;
 
-/// Raises a flag of `macro_reading_flags` for its lifetime.
+/// Sets a flag of `macro_reading_flags` for its lifetime. Errors clear all flags before they
+/// unwind, so the former value is kept.
 class reading_flag {
  public:
-  explicit reading_flag(int macro_reading::*flag) : flag_(flag) { ++(macro_reading_flags.*flag_); }
-  ~reading_flag() { --(macro_reading_flags.*flag_); }
+  explicit reading_flag(bool macro_reading::*flag, bool value = true)
+      : flag_(flag), before_(macro_reading_flags.*flag) {
+    macro_reading_flags.*flag_ = value;
+  }
+  ~reading_flag() { macro_reading_flags.*flag_ = before_; }
   reading_flag(const reading_flag&) = delete;
   reading_flag& operator=(const reading_flag&) = delete;
 
  private:
-  int macro_reading::*flag_;
+  bool macro_reading::*flag_;
+  bool before_;
 };
 
 /// Makes commas plain characters for its lifetime, where they would end the command.

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "macro/macro_reader.h"
+#include "macro/script_files.h"
 #include "shell/errors.h"
 #include "shell/input.h"
 #include "shell/output.h"
@@ -92,6 +93,7 @@ void start_macros() {
 void stop_macros() {
   if (macros.level >= 0) error_end("Can't disconnect macros from within a loop!");
   disconnect_macro_reader();
+  close_script_files();
   settings.macros = false;
   std::free(macros.block);
   macros.block = nullptr;
@@ -130,6 +132,11 @@ void store_variable(int number, double value) {
   if (!(value > -2147483648.0)) value = std::isnan(value) ? 0 : -2147483648.0;
   if (value > 2147483647.0) value = 2147483647.0;
   macros.int_values[number] = static_cast<std::int32_t>(value);
+}
+
+std::int32_t value_bits(double value) {
+  if (!(std::fabs(value) < 9.2e18)) return 0;
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
 }
 
 std::span<char> string_bytes(int number) {

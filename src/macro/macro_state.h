@@ -104,6 +104,9 @@ std::size_t macro_memory_used();
 double variable_value(int number);
 /// Stores a value, truncated toward zero in integer mode.
 void store_variable(int number, double value);
+/// The value as 32 bits, for bit operations: truncated, then its lowest bits. 0 where it is too
+/// large for 64 bits, or no number.
+std::int32_t value_bits(double value);
 /// Ends the command unless 0 <= number < maximum.
 void check_variable(double number);
 

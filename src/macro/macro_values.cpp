@@ -172,12 +172,6 @@ bool read_operand(double* value, reading mode) {
   error_end("Unrecognized variable:", token);
 }
 
-std::int32_t to_int32(double value) {
-  if (!(value > -2147483648.0)) return std::isnan(value) ? 0 : INT32_MIN;
-  if (value > 4294967295.0) return -1;
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
-}
-
 double apply(char op, double left, double right) {
   switch (op) {
     case '+':
@@ -190,11 +184,11 @@ double apply(char op, double left, double right) {
       if (right == 0) error_end("Can't divide by zero");
       return left / right;
     case '&':
-      return to_int32(left) & to_int32(right);
+      return value_bits(left) & value_bits(right);
     case '|':
-      return to_int32(left) | to_int32(right);
+      return value_bits(left) | value_bits(right);
     default:
-      return to_int32(left) ^ to_int32(right);
+      return value_bits(left) ^ value_bits(right);
   }
 }
 

@@ -41,11 +41,6 @@ void store_string(const variable_reference& target) {
 
 enum class assignment { plain, add, subtract, multiply, divide, bit_and, bit_or, bit_xor };
 
-std::uint32_t bits_of(double value) {
-  if (!(value > -9.2e18) || value > 9.2e18) return 0;
-  return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
-}
-
 double combined(assignment op, double old, double value) {
   switch (op) {
     case assignment::plain:
@@ -60,16 +55,16 @@ double combined(assignment op, double old, double value) {
       if (!macros.integer_only) return old / value;
       // Integer cells divide as unsigned numbers; a zero divisor leaves what a double division
       // would store.
-      const std::uint32_t divisor = bits_of(value);
+      const auto divisor = static_cast<std::uint32_t>(value_bits(value));
       if (divisor == 0) return old / 0.0;
-      return static_cast<std::int32_t>(bits_of(old) / divisor);
+      return static_cast<std::int32_t>(static_cast<std::uint32_t>(value_bits(old)) / divisor);
     }
     case assignment::bit_and:
-      return static_cast<double>(static_cast<std::int32_t>(bits_of(old) & bits_of(value)));
+      return value_bits(old) & value_bits(value);
     case assignment::bit_or:
-      return static_cast<double>(static_cast<std::int32_t>(bits_of(old) | bits_of(value)));
+      return value_bits(old) | value_bits(value);
     case assignment::bit_xor:
-      return static_cast<double>(static_cast<std::int32_t>(bits_of(old) ^ bits_of(value)));
+      return value_bits(old) ^ value_bits(value);
   }
   return value;
 }

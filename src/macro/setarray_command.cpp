@@ -60,11 +60,12 @@ void check_sizes(const variable_reference& target, std::span<const int> sizes) {
 
 // Cells without a name take the shape that is written, unless it would break a named array.
 int lay_out_unnamed(int cell, std::span<const int> sizes) {
-  if (sizes.size() < 2) return cell;
   const auto end = cell + static_cast<int>(array_cells(sizes));
-  for (int i = cell; i < end && macros.protection == 2; ++i) {
+  for (int i = cell; i < end && macros.protection; ++i) {
     const int owner = owner_of(i);
-    if (owner >= 0 && !variable_dimensions(owner).empty())
+    if (owner < 0 || variable_dimensions(owner).empty()) continue;
+    if (sizes.size() == 1) return cell;
+    if (macros.protection == 2)
       error_end("Cannot re-set array under protection mode 2\nVar.", owner, variable_name(owner));
   }
   lay_out_array(cell, sizes);

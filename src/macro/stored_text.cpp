@@ -14,12 +14,7 @@ namespace zeb {
 std::string read_stored_text() {
   const reading_flag quotes(&macro_reading::no_quotes);
   // A "$" at the head opened the text; further ones convert as usual.
-  const int strings = macro_reading_flags.no_strings;
-  macro_reading_flags.no_strings = 0;
-  struct restore {
-    int strings;
-    ~restore() { macro_reading_flags.no_strings = strings; }
-  } const restorer{strings};
+  const reading_flag strings(&macro_reading::no_strings, false);
   const literal_commas commas;
 
   std::string text;

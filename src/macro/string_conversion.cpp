@@ -25,7 +25,7 @@ std::vector<fixed_string_resolver> resolvers;
 
 std::string bit_set_text(double value) {
   std::string text;
-  const auto bits = static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+  const auto bits = static_cast<std::uint32_t>(value_bits(value));
   for (int bit = 0; bit < 32; ++bit) {
     if (bits >> bit & 1U) text += static_cast<char>(bit < 10 ? '0' + bit : 'A' + bit - 10);
   }
@@ -34,9 +34,9 @@ std::string bit_set_text(double value) {
 
 std::string dna_text(double value) {
   static constexpr std::string_view letters = "-AGRCMSVTWKDYHBN";
-  const auto bits = static_cast<int>(value);
-  if (bits < 0 || bits > 15) error_end("DNA bitset must be 0-15");
-  return bits == 0 ? std::string() : std::string(1, letters[static_cast<std::size_t>(bits)]);
+  if (!(value > -1 && value < 16)) error_end("DNA bitset must be 0-15");
+  const auto bits = static_cast<std::size_t>(value);
+  return bits == 0 ? std::string() : std::string(1, letters[bits]);
 }
 
 std::string protein_text(double value) {
@@ -44,7 +44,7 @@ std::string protein_text(double value) {
   if (value == 2052) return "B";
   if (value == 8200) return "Z";
   std::string text;
-  const auto bits = static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+  const auto bits = static_cast<std::uint32_t>(value_bits(value));
   for (std::size_t i = 0; i < letters.size(); ++i) {
     if (bits >> i & 1U) text += letters[i];
   }
@@ -97,9 +97,9 @@ std::string expanded(const std::string& stored) {
     const char c = stored[i];
     const unsigned char next =
         i + 1 < stored.size() ? static_cast<unsigned char>(stored[i + 1]) : 0;
-    if (c == '\'' && std::isalnum(next)) {
+    if (c == '\'' && (std::isalnum(next) || next == '(')) {
       text += value_text(variable_value(simple_reference(stored, &i, c)));
-    } else if (c == '"' && std::isalnum(next)) {
+    } else if (c == '"' && (std::isalnum(next) || next == '(')) {
       const double number = variable_value(simple_reference(stored, &i, c));
       check_variable(number);
       text += value_text(variable_value(static_cast<int>(number)));

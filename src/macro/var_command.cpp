@@ -44,7 +44,7 @@ void list_variables() {
 
 std::string bits_text(double value) {
   std::string text = "{";
-  const auto bits = static_cast<std::int64_t>(value);
+  const std::int32_t bits = value_bits(value);
   for (int bit = 0; bit < 30; ++bit) {
     if (bits >> bit & 1) text += " " + std::to_string(bit);
   }
