@@ -8,5 +8,8 @@ void majority_command();
 void freqdifs_command();
 void comcomp_command();
 void qnelsen_command();
+void prunnelsen_command();
+void prunmajor_command();
+void pruncom_command();
 
 }  // namespace zeb
