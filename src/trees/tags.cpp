@@ -9,6 +9,7 @@
 #include "shell/output.h"
 #include "trees/node_order.h"
 #include "trees/text_diagram.h"
+#include "trees/tree_file.h"
 
 namespace zeb {
 
@@ -150,7 +151,7 @@ void eliminate_empty_tag_lines() {
 
 std::vector<std::string> readable_tags() {
   std::vector<std::string> out{"tread", "'Tree with tags'"};
-  out.push_back(parenthetical_text(tags.tag_tree, matrix.ntax, taxon_label) + ";");
+  out.push_back(stored_tree_text(tags.tag_tree) + ";");
   out.emplace_back("ttag *!;");
   for (int n = 0; n < static_cast<int>(tags.tag_texts.size()); ++n)
     if (is_tag_node(n) && !tags.tag_texts[at(n)].empty())

@@ -11,6 +11,7 @@
 #include "trees/command_text.h"
 #include "trees/display.h"
 #include "trees/display_commands.h"
+#include "trees/tree_file.h"
 
 namespace zeb {
 namespace {
@@ -34,8 +35,7 @@ void show_parenthetical() {
   auto left = count;
   for (int t = 0; t < store.ntrees; ++t) {
     if (!chosen[static_cast<std::size_t>(t)]) continue;
-    const std::string tree = parenthetical_text(stored_tree(t), matrix.ntax, taxon_label);
-    emit_broken_at_blanks(tree + (--left > 0 ? " *" : " ; "));
+    emit_broken_at_blanks(stored_tree_text(stored_tree(t)) + (--left > 0 ? " *" : " ; "));
   }
 }
 
