@@ -1,6 +1,5 @@
 #include "consensus/counting.h"
 
-#include "engine/collapsing.h"
 #include "shell/arena.h"
 #include "shell/output.h"
 #include "shell/process.h"
@@ -14,14 +13,14 @@ constexpr std::size_t polling_interval = 64;  // trees
 
 branch_weights::branch_weights(const tree_selection& selection) : selection_(selection) {
   if (!selection.collapse) return;
+  judge_.emplace(collapsing.rule, selection.excluded);
   marks_.resize(static_cast<std::size_t>(2 * selection.ntax), 1);
   // Whatever the rule keeps of the matrix is laid out now, before a table lies above it.
   of(selection.trees.front());
 }
 
 std::span<const std::uint8_t> branch_weights::of(const_tree_span tree) {
-  if (selection_.collapse)
-    collapse_tree(tree, std::span(marks_).first(tree.size()), selection_.excluded);
+  if (judge_) judge_->mark(tree, std::span(marks_).first(tree.size()));
   return marks_;
 }
 

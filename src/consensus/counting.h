@@ -1,10 +1,12 @@
 // What the consensus methods share: branch weights, and the counting of many trees.
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "consensus/consensus.h"
 #include "consensus/group_table.h"
+#include "engine/collapsing.h"
 
 namespace zeb {
 
@@ -16,6 +18,7 @@ class branch_weights {
 
  private:
   const tree_selection& selection_;
+  std::optional<branch_judge> judge_;
   std::vector<std::uint8_t> marks_;
 };
 

@@ -128,26 +128,18 @@ condense_request read_trees_and_taxa() {
 
 /// Collapses the chosen trees by one rule and says how many changed.
 void condense_trees(int rule, const condense_request& request) {
+  branch_judge judge(rule, request.ignored_taxa);
   int changed = 0;
-  std::vector<std::uint8_t> marks;
-  const auto condense = [&](int t, auto&& judge) {
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (!request.trees[at(t)]) continue;
+    show_progress("Condensing", t, store.ntrees);
+    check_interrupt(1);
     const tree_span tree = stored_tree(t);
     const int nodes = node_limit(tree, matrix.ntax);
-    marks.assign(tree.size(), 1);
-    judge(tree);
-    condense_tree(tree, marks);
+    judge.condense(tree);
     changed += node_limit(tree, matrix.ntax) != nodes;
-  };
-  if (rule >= 1 && rule <= 4) {
-    branch_judge judge(rule, request.ignored_taxa);
-    for (int t = 0; t < store.ntrees; ++t)
-      if (request.trees[at(t)]) condense(t, [&](const_tree_span tree) { judge.mark(tree, marks); });
-  } else {
-    for (int t = 0; t < store.ntrees; ++t)
-      if (request.trees[at(t)])
-        condense(t,
-                 [&](const_tree_span tree) { collapse_tree(tree, marks, request.ignored_taxa); });
   }
+  clear_progress();
   emit("Condensed ", changed, changed == 1 ? " tree\n" : " trees\n");
 }
 

@@ -1,6 +1,7 @@
 // The full collapsing rules, on trees of the buffer.
 #include "engine/collapsing.h"
 
+#include <optional>
 #include <vector>
 
 #include "engine/plain_optimisation.h"
@@ -135,50 +136,47 @@ void mark_without(plain_optimiser& sets, const_tree_span tree, int rule,
 
 void register_swap_collapser(swap_collapser collapser) { swap_rule = collapser; }
 
-void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
-                   std::span<const std::uint8_t> ignored_taxa) {
-  for (std::uint8_t& m : marks) m = 1;
-  if (collapsing.rule == 0) return;
-  if (collapsing.rule >= 5) {
-    if (!swap_rule)
-      error_end("Internal error: called swap-collapsing without having assigned memory!");
-    swap_rule(tree, collapsing.rule == 6, marks, ignored_taxa);
-    return;
-  }
-  branch_judge(collapsing.rule, ignored_taxa).mark(tree, marks);
-}
-
 struct branch_judge::state {
   int rule;
   std::vector<std::uint8_t> ignored;
-  plain_optimiser sets;
+  std::optional<plain_optimiser> sets;  // rules 1 to 4
+  std::vector<std::uint8_t> marks;      // scratch
 };
 
 branch_judge::branch_judge(int rule, std::span<const std::uint8_t> ignored_taxa)
-    : state_(new state{rule,
-                       {ignored_taxa.begin(), ignored_taxa.end()},
-                       plain_optimiser(scored_characters(), ignored_taxa)}) {}
+    : state_(new state{rule, {ignored_taxa.begin(), ignored_taxa.end()}, {}, {}}) {
+  if (rule >= 1 && rule <= 4) state_->sets.emplace(scored_characters(), ignored_taxa);
+  if (rule > 4 && !swap_rule)
+    error_end("Internal error: called swap-collapsing without having assigned memory!");
+}
 
 branch_judge::~branch_judge() = default;
 
 void branch_judge::mark(const_tree_span tree, std::span<std::uint8_t> marks) {
   for (std::uint8_t& m : marks) m = 1;
-  if (state_->ignored.empty())
-    mark_tree(state_->sets, tree, state_->rule, marks);
+  if (state_->rule == 0) return;
+  if (state_->rule > 4)
+    swap_rule(tree, state_->rule == 6, marks, state_->ignored);
+  else if (state_->ignored.empty())
+    mark_tree(*state_->sets, tree, state_->rule, marks);
   else
-    mark_without(state_->sets, tree, state_->rule, state_->ignored, marks);
+    mark_without(*state_->sets, tree, state_->rule, state_->ignored, marks);
+}
+
+void branch_judge::condense(tree_span tree) {
+  state_->marks.resize(tree.size());
+  mark(tree, state_->marks);
+  condense_tree(tree, state_->marks);
+}
+
+void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
+                   std::span<const std::uint8_t> ignored_taxa) {
+  branch_judge(collapsing.rule, ignored_taxa).mark(tree, marks);
 }
 
 void condense_tree(tree_span tree, std::span<const std::uint8_t> marks) {
   remove_marked(tree, marks, nullptr);
   normalise_tree(tree, matrix.ntax);
-}
-
-void condense_by_rule(tree_span tree, std::span<const std::uint8_t> ignored_taxa) {
-  if (collapsing.rule == 0) return;
-  std::vector<std::uint8_t> marks(tree.size());
-  collapse_tree(tree, marks, ignored_taxa);
-  condense_tree(tree, marks);
 }
 
 }  // namespace zeb

@@ -20,40 +20,43 @@ struct collapsing_settings {
 };
 extern collapsing_settings collapsing;  // written by the collapse commands only
 
-/// Marks the branches of a tree of the buffer (matrix numbering; polytomies and absent taxa
-/// allowed) under the current rule: `marks[v]` 1 where the branch above internal node v stays, 0
-/// where it is collapsed; the root's mark is 1; entries of terminals and unused numbers are 1.
-/// `marks` has `nnodes` entries. `ignored_taxa` (by matrix row, may be empty) are left out of the
-/// judgement.
-void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
-                   std::span<const std::uint8_t> ignored_taxa = {});
-/// The same for many trees under rules 1 to 4, the matrix being read once. The settings of
-/// characters must not change while it lives.
+/// Judges the branches of trees of the buffer (matrix numbering; polytomies and absent taxa
+/// allowed). What it needs of the matrix is read once: the settings of characters must not change
+/// while it lives.
 class branch_judge {
  public:
-  /// `rule` from 1 to 4. Errors for kinds of characters that can't be optimised yet.
+  /// `ignored_taxa` (by matrix row, may be empty) are left out of the judgement: under rules 1 to 4
+  /// trees are judged as if pruned of them, and of nodes that come to stand for one branch the
+  /// lowest may stay; under rules 5 and 6 clades of them alone aren't moved. Errors for kinds of
+  /// characters that can't be optimised, or searched, yet.
   explicit branch_judge(int rule, std::span<const std::uint8_t> ignored_taxa = {});
   ~branch_judge();
   branch_judge(const branch_judge&) = delete;
   branch_judge& operator=(const branch_judge&) = delete;
+  /// `marks[v]` becomes 1 where the branch above internal node v stays, 0 where it is collapsed; 1
+  /// for the root, terminals and unused numbers. `nnodes` entries.
   void mark(const_tree_span tree, std::span<std::uint8_t> marks);
+  /// Collapses the tree.
+  void condense(tree_span tree);
 
  private:
   struct state;
   std::unique_ptr<state> state_;
 };
 
+/// Marks one tree under the rule in force.
+void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
+                   std::span<const std::uint8_t> ignored_taxa = {});
+
 /// Removes the internal nodes marked 0, joining their descendants to their ancestors; normalises.
 void condense_tree(tree_span tree, std::span<const std::uint8_t> marks);
-/// Both, under the current rule. Nothing happens under rule 0.
-void condense_by_rule(tree_span tree, std::span<const std::uint8_t> ignored_taxa = {});
 
 /// Marks of the tree in work (internal numbering, `nodes` entries, full sets valid) under the quick
 /// form of rule `level`: all 1 at level 0. 1 for terminals and the root.
 void search_marks(const search_data& data, int level, std::span<std::uint8_t> marks);
 
 /// Rules 5 and 6 swap branches, a floor above: the swapper registers how. Called with the tree of
-/// the buffer; fills marks as collapse_tree.
+/// the buffer; fills marks as branch_judge does.
 using swap_collapser = void (*)(const_tree_span tree, bool use_tbr, std::span<std::uint8_t> marks,
                                 std::span<const std::uint8_t> ignored_taxa);
 void register_swap_collapser(swap_collapser collapser);

@@ -1,5 +1,7 @@
 #include "engine/registration.h"
 
+#include <memory>
+
 #include "engine/collapsing.h"
 #include "engine/packing.h"
 #include "engine/tree_scores.h"
@@ -11,7 +13,12 @@ namespace zeb {
 
 void register_engine() {
   set_tree_scorer(score_stored_trees);
-  set_tree_collapser([](tree_span tree) { condense_by_rule(tree); });
+  set_collapser_source([]() -> tree_collapser {
+    if (collapsing.rule == 0) return {};
+    return [judge = std::make_shared<branch_judge>(collapsing.rule)](tree_span tree) {
+      judge->condense(tree);
+    };
+  });
   add_unlock_hook(forget_packed_data);
   register_node_rows();
 }

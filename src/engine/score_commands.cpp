@@ -15,6 +15,7 @@
 #include "shell/lexer.h"
 #include "shell/lists.h"
 #include "shell/output.h"
+#include "shell/process.h"
 #include "trees/tables.h"
 
 namespace zeb {
@@ -78,6 +79,7 @@ void for_each_tree(const score_request& request, plain_optimiser& optimiser, fun
   for (int t = 0; t < store.ntrees; ++t) {
     if (!request.trees[at(t)]) continue;
     show_progress("Optimizing", t, store.ntrees);
+    check_interrupt(1);
     optimiser.optimise(stored_tree(t), request.polytomies, false);
     visit(t);
   }

@@ -18,10 +18,11 @@ int drop_equal_by_full_rule() {
   const std::size_t nodes = stored_tree(0).size();
   std::vector<std::uint8_t> keep;
   std::set<std::vector<std::int32_t>> known;
+  branch_judge judge(collapsing.rule);
   for (int t = 0; t < store.ntrees; ++t) {
     std::vector<std::int32_t> tree(nodes);
     matrix_form(t, tree);
-    condense_by_rule(tree);
+    judge.condense(tree);
     keep.push_back(known.insert(std::move(tree)).second);
   }
   searching.rearrangement_count = examined;
@@ -37,7 +38,8 @@ void tell_equal_by_full_rule(int dropped) {
 
 void condense_if_automatic() {
   if (!collapsing.automatic || collapsing.rule == 0) return;
-  for (int t = 0; t < store.ntrees; ++t) condense_by_rule(stored_tree(t));
+  branch_judge judge(collapsing.rule);
+  for (int t = 0; t < store.ntrees; ++t) judge.condense(stored_tree(t));
 }
 
 }  // namespace zeb

@@ -13,16 +13,16 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// What others plugged in. Written at start-up only.
 struct equality_sources {
-  tree_collapser collapser = nullptr;
+  collapser_source collapser = nullptr;
   constraint_filter filter;
 };
 equality_sources sources;
 
 /// The tree as it is compared.
-std::vector<tree_node> compared_form(int number) {
+std::vector<tree_node> compared_form(int number, const tree_collapser& collapse) {
   const tree_span tree = stored_tree(number);
   std::vector<tree_node> form(tree.begin(), tree.end());
-  if (sources.collapser) sources.collapser(form);
+  if (collapse) collapse(form);
   form.resize(at(node_limit(form, matrix.ntax)));
   return form;
 }
@@ -38,20 +38,21 @@ std::uint64_t hash_of(const std::vector<tree_node>& form) {
 
 }  // namespace
 
-void set_tree_collapser(tree_collapser collapser) { sources.collapser = collapser; }
+void set_collapser_source(collapser_source source) { sources.collapser = source; }
 void set_constraint_filter(const constraint_filter& filter) { sources.filter = filter; }
 const constraint_filter& current_constraint_filter() { return sources.filter; }
 
 std::vector<int> first_equal_trees(std::span<const std::uint8_t> chosen) {
   std::vector<int> first(chosen.size(), -1);
+  const tree_collapser collapse = sources.collapser ? sources.collapser() : tree_collapser();
   std::unordered_multimap<std::uint64_t, int> known;  // hash: a tree with no equal before it
   for (int t = 0; t < static_cast<int>(chosen.size()); ++t) {
     if (!chosen[at(t)]) continue;
-    const std::vector<tree_node> form = compared_form(t);
+    const std::vector<tree_node> form = compared_form(t, collapse);
     const std::uint64_t hash = hash_of(form);
     const auto [from, to] = known.equal_range(hash);
     const auto same = std::find_if(
-        from, to, [&](const auto& entry) { return compared_form(entry.second) == form; });
+        from, to, [&](const auto& entry) { return compared_form(entry.second, collapse) == form; });
     first[at(t)] = same == to ? t : same->second;
     if (same == to) known.emplace(hash, t);
   }

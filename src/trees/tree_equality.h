@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -10,10 +11,12 @@
 namespace zeb {
 
 /// Collapses the branches of a tree that are to be taken as absent, in place, and normalises it.
-/// Trees are then equal if what is left is. The engine plugs it in at start-up; without one, only
-/// exact copies are equal.
-using tree_collapser = void (*)(tree_span tree);
-void set_tree_collapser(tree_collapser collapser);
+/// Trees are then equal if what is left is.
+using tree_collapser = std::function<void(tree_span tree)>;
+/// Makes one for the settings as they are, to be used within a command; nothing if no branch is to
+/// be taken as absent. The engine plugs it in at start-up; without it, only exact copies are equal.
+using collapser_source = tree_collapser (*)();
+void set_collapser_source(collapser_source source);
 
 /// Which constraints trees must satisfy to stay, plugged in at start-up.
 struct constraint_filter {
