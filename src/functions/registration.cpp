@@ -73,6 +73,7 @@ bool resolve_name(std::string_view token, double* value) {
       return true;
     }
   }
+  if (!matrix.use_char_names) return false;
   for (std::size_t c = 0; c < matrix.char_names.size(); ++c) {
     if (strcasecmp(matrix.char_names[c].name.c_str(), word.c_str()) == 0) {
       *value = static_cast<double>(c);

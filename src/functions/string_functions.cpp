@@ -14,6 +14,7 @@
 #include "shell/input.h"
 #include "shell/lexer.h"
 #include "shell/name_matching.h"
+#include "shell/output.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -71,12 +72,16 @@ double tree_group_exists() {
   return 0;
 }
 
-// Asks the user. Without one the safe answer is "cancel".
+// Asks the user. Without one the question is shown, and answered in the safe way: "cancel".
 double response() {
   open_brackets();
   const reading_flag quotes(&macro_reading::no_quotes);
   std::string text;
   for (int c = read_char(); c != ']' && c != ';'; c = read_char()) text += static_cast<char>(c);
+  if (!user_present()) {
+    report_line(text);
+    return 2;
+  }
   const int key = ask_key(text + " (y/n/c) ", "ync\x1b");
   return key == 'y' ? 1 : key == 'n' ? 0 : 2;
 }
