@@ -164,6 +164,8 @@ void export_command() {
   check_choice(choice);
   if (read_item() == 0) error_end("Must give name of file");
   const std::string name(token());
+  const bool text_follows = accept_char('+');
+  if (!text_follows) expect_end();
   {
     const file_handle file = open_output(name);
     if (choice.fasta) {
@@ -173,7 +175,7 @@ void export_command() {
     } else {
       write_nexus(file.get(), choice);
     }
-    if (accept_char('+')) copy_text(file.get());
+    if (text_follows) copy_text(file.get());
     if (std::fflush(file.get()) != 0 || std::ferror(file.get()))
       error_end("Cannot write file", name);
   }

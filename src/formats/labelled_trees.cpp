@@ -85,21 +85,33 @@ void labelled_tree_reader::store() {
   tree_.finish(slot, zeb::store.include_absent, &numbers);
   store_slot({}, false);
   ++count_;
+  note_tags(slot, numbers);
+}
+
+// `numbers`: by node of the builder, that in the tree.
+void labelled_tree_reader::note_tags(const_tree_span tree, const std::vector<int>& numbers) {
   if (texts_.empty()) return;
-  tagged_.assign(slot.begin(), slot.end());
-  tagged_texts_.assign(slot.size(), {});
+  tagged_.assign(tree.begin(), tree.end());
+  tagged_texts_.assign(tree.size(), {});
   for (const auto& [node, text] : texts_) {
     const int number = numbers[static_cast<std::size_t>(node)];
     if (number >= 0) tagged_texts_[static_cast<std::size_t>(number)] = text;
   }
 }
 
-bool labelled_tree_reader::read_tree() {
+bool labelled_tree_reader::read_tree(bool for_tags_only) {
   texts_.clear();
   read_parenthetical(tree_, dialect_);
   if (tree_.untouched()) return false;
   if (tree_.empty()) error_end("Tree without taxa");
-  store();
+  if (for_tags_only) {
+    std::vector<int> numbers;
+    std::vector<tree_node> tree(static_cast<std::size_t>(matrix.nnodes));
+    tree_.finish(tree, zeb::store.include_absent, &numbers);
+    note_tags(tree, numbers);
+  } else {
+    store();
+  }
   return true;
 }
 

@@ -12,6 +12,9 @@
 
 namespace zeb {
 
+/// Under this name the tree with the tags is written.
+constexpr std::string_view tag_tree_name = "tagged_tree";
+
 /// What a label in a tree stands for: the taxon's number. Must not return for unknown labels.
 using label_lookup = std::function<int(const std::string& label)>;
 
@@ -24,8 +27,9 @@ class labelled_tree_reader {
   labelled_tree_reader(const labelled_tree_reader&) = delete;
   labelled_tree_reader& operator=(const labelled_tree_reader&) = delete;
 
-  /// Reads one tree up to its ";" and stores it. False where there was nothing but the ";".
-  bool read_tree();
+  /// Reads one tree up to its ";" and stores it, or keeps it for its tags only. False where there
+  /// was nothing but the ";".
+  bool read_tree(bool for_tags_only = false);
   int trees_read() const { return count_; }
   /// Makes the last tree read with labels or lengths the tag tree. Returns whether there was one.
   bool keep_tags(std::string_view title);
@@ -33,6 +37,7 @@ class labelled_tree_reader {
  private:
   std::string read_label();
   void store();
+  void note_tags(const_tree_span tree, const std::vector<int>& numbers);
 
   label_lookup lookup_;
   tree_builder tree_;

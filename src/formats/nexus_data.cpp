@@ -220,8 +220,12 @@ void nexus_matrix_reader::read_row(int taxon) {
   int& position = position_[at(taxon)];
   const int start = position;
   for (;;) {
-    if (!format_.interleaved && position == matrix.nchar) return;
     const int c = file_.in.next();
+    // Behind the last cell of a row that isn't interleaved, a blank at least must follow.
+    if (!format_.interleaved && position == matrix.nchar && (c < 33 || c == ';')) {
+      if (c == ';') file_.in.back();
+      return;
+    }
     if (c < 0) file_.in.fail("the file ends within the matrix");
     if (c == '\n' || c == '\r') {
       if (format_.interleaved && position > start) return;

@@ -32,6 +32,8 @@ struct nexus_file {
   /// State that a symbol of these data stands for; -1 for none.
   int state_of_symbol(data_type type, char symbol) const;
 
+  int trees_read = 0;
+
   nexus_sets taxon_sets;
   nexus_sets character_sets;
   nexus_sets& sets_of(nexus_list kind) {

@@ -46,14 +46,15 @@ void read_translation(nexus_file& file, tree_taxa& taxa) {
   }
 }
 
-// From behind "tree" to the tree's first parenthesis, which stays unread.
-void read_tree_head(nexus_file& file) {
+// From behind "tree" to the tree's first parenthesis, which stays unread. Returns the name.
+std::string read_tree_head(nexus_file& file) {
   file.in.accept('*');
   const nexus_token name = file.in.token();
   if (name.what != nexus_token::kind::word)
     error_end("Error reading NEXUS file: expected '=' after tree name");
   if (!file.in.accept('=')) error_end("Error reading NEXUS file: expected '=' after tree name");
   if (file.in.peek() != '(') file.in.fail("expected a tree in parentheses after tree name");
+  return name.text;
 }
 
 }  // namespace
@@ -78,8 +79,10 @@ void read_trees_block(nexus_file& file) {
     if (word.is("translate")) {
       read_translation(file, taxa);
     } else if (word.is("tree") || word.is("utree")) {
-      read_tree_head(file);
-      reader.read_tree();
+      // Behind the trees of a file of ours, the tree that has the tags isn't one more of them.
+      const bool for_tags_only = read_tree_head(file) == tag_tree_name && file.trees_read > 0;
+      reader.read_tree(for_tags_only);
+      file.trees_read += !for_tags_only;
       show_progress("Reading trees", reader.trees_read(), store.maxtrees);
     } else if (!word.is(';')) {
       file.in.skip_command();

@@ -111,8 +111,8 @@ void write_nexus_tag_tree(std::FILE* out, tag_use use, bool plain) {
   tag_texts texts(use);
   const std::string tree =
       newick_text(tags.tag_tree, [&texts](int node) { return texts.behind(node); });
-  std::fprintf(out, "%stree tagged_tree = [&R] %s%s;\n%s", begin_trees(plain), plain ? "" : "\n",
-               tree.c_str(), end_trees(plain));
+  std::fprintf(out, "%stree %s = [&R] %s%s;\n%s", begin_trees(plain), tag_tree_name.data(),
+               plain ? "" : "\n", tree.c_str(), end_trees(plain));
   texts.warn_of_lost();
 }
 
