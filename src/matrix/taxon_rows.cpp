@@ -19,8 +19,8 @@ std::string taxon_rows::clean_name(std::string_view word) {
   std::string name(word.substr(0, longest));
   for (char& c : name) {
     if (c != '+' && c != '-' && c != '/') continue;
-    if (!told_symbol_) {
-      told_symbol_ = true;
+    if (told_symbols_.find(c) == std::string::npos) {
+      told_symbols_ += c;
       warning_f("Symbol '%c' in taxon names will be changed to '_' (=underscore).", c);
     }
     c = '_';

@@ -39,7 +39,7 @@ class taxon_rows {
   int block_ = 0;  // number of the block being read, from 1
   int rows_in_block_ = 0;
   bool told_truncation_ = false;
-  bool told_symbol_ = false;
+  std::string told_symbols_;
 };
 
 }  // namespace zeb

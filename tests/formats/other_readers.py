@@ -15,14 +15,30 @@ EXPORTS = """
 proc beetles.xread; ccode /2 3 ] 5; rseed 1; mult=replications 3; export &* beetles_all.nex; export = beetles.nwk;
 ttags=; majority; ttags); export &< beetles_labels.nex; export &> beetles_lengths.nex; ttags-;
 proc frogs.xread; mult=replications 3; export * frogs_all.nex; export &* frogs_plain.nex; export ! frogs.fas;
-export &] frogs_numbers.nex; quit;
+export &] frogs_numbers.nex;
+proc costs_in.nex; export +&* costs.nex;
+nstates 32; proc values.xread; export & values.nex; quit;
 """
+FILES = {
+    "costs_in.nex": """#NEXUS
+begin data; dimensions ntax=5 nchar=4; format symbols="012"; matrix
+a 0120
+b 0111
+c 1022
+d 2202
+e 1100;
+end;
+begin assumptions; usertype ladder (stepmatrix) = 3 . 1 2 1 . 1 i 1 .; ctype ladder: 1 3, ord: 2; end;
+begin trees; tree one = (a,(b,(c,(d,e)))); end;
+""",
+    "values.xread": "xread 'heights and weights' 3 4 &[continuous]\na 1 2.5 30\nb 0.125 7 1000.5\nc 64.999 1 0\nd 3 3 3\n; proc/;\n",
+}
 
 # Each prints one line a file: its name, taxa, characters, trees; and the cells of one row.
 DENDROPY = """
 import warnings, dendropy
 warnings.simplefilter("error", UserWarning)
-for name in ("beetles_all.nex", "frogs_all.nex", "frogs_plain.nex", "frogs_numbers.nex"):
+for name in ("beetles_all.nex", "frogs_all.nex", "frogs_plain.nex", "frogs_numbers.nex", "costs.nex", "values.nex"):
     data = dendropy.DataSet.get(path=name, schema="nexus", preserve_underscores=True)
     m = data.char_matrices[0]
     print(name, len(m), m.max_sequence_size, sum(len(t) for t in data.tree_lists))
@@ -37,9 +53,10 @@ import warnings
 warnings.simplefilter("error", UserWarning)
 from Bio import AlignIO, Phylo
 from Bio.Nexus import Nexus
-for name in ("beetles_all.nex", "frogs_all.nex", "frogs_plain.nex", "frogs_numbers.nex"):
+for name in ("beetles_all.nex", "frogs_all.nex", "frogs_plain.nex", "frogs_numbers.nex", "costs.nex"):
     n = Nexus.Nexus(name)
     print(name, len(n.matrix), n.nchar, len(n.trees))
+print("values.nex -")
 print("beetles.nwk", len(list(Phylo.parse("beetles.nwk", "newick"))))
 for name in ("beetles_labels.nex", "beetles_lengths.nex"):
     print(name, len(list(Phylo.parse(name, "nexus"))))
@@ -51,12 +68,13 @@ options(warn = 2)
 suppressMessages(library(ape))
 show <- function(...) cat(..., "\\n", sep = " ")
 count <- function(t) if (inherits(t, "multiPhylo")) length(t) else 1
-for (name in c("beetles_all.nex", "frogs_plain.nex")) {
+for (name in c("beetles_all.nex", "frogs_plain.nex", "costs.nex")) {
   d <- read.nexus.data(name)
   show(name, length(d), length(d[[1]]), count(read.nexus(name)))
 }
 d <- read.nexus.data("frogs_all.nex"); show("frogs_all.nex", length(d), length(d[[1]]), "-")
 d <- read.nexus.data("frogs_numbers.nex"); show("frogs_numbers.nex", length(d), length(d[[1]]), 0)
+show("values.nex", "-")
 show("beetles.nwk", count(read.tree("beetles.nwk")))
 for (name in c("beetles_labels.nex", "beetles_lengths.nex")) show(name, count(read.nexus(name)))
 d <- as.matrix(read.FASTA("frogs.fas")); show("frogs.fas", nrow(d), ncol(d))
@@ -83,6 +101,8 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         folder = pathlib.Path(scratch, "examples")
         shutil.copytree(examples, folder)
+        for name, text in FILES.items():
+            (folder / name).write_text(text)
         said = subprocess.run([zeb], cwd=folder, input=EXPORTS.encode(), stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, timeout=120).stdout.decode()
         trees = {name: str((folder / f"{name}_all.nex").read_text().count("\ntree ")) for name in ("beetles", "frogs")}
@@ -91,6 +111,8 @@ def main():
             "frogs_all.nex": ["24", "480", trees["frogs"]],
             "frogs_plain.nex": ["24", "480", trees["frogs"]],
             "frogs_numbers.nex": ["24", "480", "0"],
+            "costs.nex": ["5", "4", "1"],
+            "values.nex": ["4", "3", "0"],
             "beetles.nwk": [trees["beetles"]],
             "beetles_labels.nex": ["1"],
             "beetles_lengths.nex": ["1"],
