@@ -91,7 +91,10 @@ consensus_request read_request(bool has_reference_forms) {
 }
 
 tree_selection selection_of(const consensus_request& request) {
-  return select_stored_trees(request.trees, request.excluded);
+  const tree_selection selection = select_stored_trees(request.trees, request.excluded);
+  if (std::ranges::count(taxa_left_out(selection), 0) == 0)
+    error_end("Cannot exclude all taxa of the trees");
+  return selection;
 }
 
 int per_cent(int count, int n) { return static_cast<int>(count * 100LL / n); }

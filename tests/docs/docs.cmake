@@ -9,3 +9,6 @@ foreach(document README.md docs/tutorial.md)
 endforeach()
 add_test(NAME docs.examples
   COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/examples.py $<TARGET_FILE:zeb> ${CMAKE_SOURCE_DIR}/examples)
+add_test(NAME docs.help_examples
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/help_examples.py $<TARGET_FILE:zeb>
+          ${CMAKE_SOURCE_DIR}/help ${CMAKE_SOURCE_DIR}/examples)
