@@ -6,6 +6,7 @@
 
 #include "engine/plain_set_kernels.h"
 #include "matrix/matrix.h"
+#include "matrix/smallest_hitting_set.h"
 #include "shell/errors.h"
 
 namespace zeb {
@@ -17,35 +18,28 @@ bool is_ignored(std::span<const std::uint8_t> ignored, int taxon) {
   return !ignored.empty() && ignored[at(taxon)] != 0;
 }
 
-/// Fewest states that meet all the sets, and the states of all such choices. Tries choices of
-/// growing size over the states that occur; sets that contain another one tell nothing.
+/// Fewest states that meet all the sets, and the states of all such choices.
 struct hitting_states {
   int size = 0;
   std::uint32_t states = 0;
 };
-void extend_choice(std::span<const std::uint32_t> sets, std::uint32_t chosen, int left,
-                   hitting_states& best) {
-  const auto unmet = std::find_if(sets.begin(), sets.end(),
-                                  [chosen](std::uint32_t s) { return (s & chosen) == 0; });
-  if (unmet == sets.end()) {
-    best.states |= chosen;
-    return;
-  }
-  if (left == 0) return;
-  for (std::uint32_t rest = *unmet; rest; rest &= rest - 1)
-    extend_choice(sets, chosen | (rest & (~rest + 1)), left - 1, best);
-}
 hitting_states smallest_choices(std::vector<std::uint32_t> sets) {
-  std::sort(sets.begin(), sets.end(), [](std::uint32_t a, std::uint32_t b) {
-    return std::popcount(a) != std::popcount(b) ? std::popcount(a) < std::popcount(b) : a < b;
-  });
-  std::vector<std::uint32_t> needed;
+  std::uint32_t single = 0;
   for (const std::uint32_t s : sets)
-    if (std::none_of(needed.begin(), needed.end(), [s](std::uint32_t t) { return (s & t) == t; }))
-      needed.push_back(s);
-  hitting_states best;
-  while (best.states == 0) extend_choice(needed, 0, ++best.size, best);
-  return best;
+    if (std::has_single_bit(s)) single |= s;
+  std::erase_if(sets, [single](std::uint32_t s) { return (s & single) != 0; });
+  if (sets.empty()) return {std::popcount(single), single};
+  const int size = smallest_hitting_set(sets);
+  std::uint32_t states = 0;
+  std::uint32_t open = 0;  // states not tried yet
+  for (const std::uint32_t s : sets) open |= s;
+  for (; open; open &= open - 1) {
+    const std::uint32_t state = open & (~open + 1);
+    std::vector<std::uint32_t> unmet = sets;
+    std::erase_if(unmet, [state](std::uint32_t s) { return (s & state) != 0; });
+    if (smallest_hitting_set(std::move(unmet)) == size - 1) states |= state;
+  }
+  return {std::popcount(single) + size, single | states};
 }
 
 }  // namespace
