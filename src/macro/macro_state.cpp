@@ -308,6 +308,7 @@ std::string value_text(double value) {
     return std::to_string(static_cast<int>(value));
   }
   if (value == std::floor(value) && std::fabs(value) < 9e15) return text_of("%.0f", value);
+  if (std::isnan(value)) return "nan";
   // The format is one of those that `macfloat` builds.
   char buffer[512];
 #pragma GCC diagnostic push

@@ -142,7 +142,7 @@ int var_shift();
 /// Names that variables may not have (the expression functions). Registered by the function table.
 void set_reserved_names(bool (*is_reserved)(std::string_view name));
 
-/// "%i" for integral values, else the current format.
+/// "%i" for integral values, "nan" for no number, else the current format.
 std::string value_text(double value);
 
 }  // namespace zeb

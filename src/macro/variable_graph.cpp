@@ -41,8 +41,10 @@ struct extent {
   // Place of a value on a scale of `steps` positions; -1 outside.
   int place(double v, int steps) const {
     if (!std::isfinite(v) || !(low <= high)) return -1;
-    if (low == high) return steps / 2;
-    return static_cast<int>(std::lround((v - low) / (high - low) * (steps - 1)));
+    // Halves, since the range of large numbers may be beyond all numbers.
+    const double share = (v / 2 - low / 2) / (high / 2 - low / 2);
+    if (!std::isfinite(share)) return steps / 2;
+    return std::clamp(static_cast<int>(std::lround(share * (steps - 1))), 0, steps - 1);
   }
 };
 

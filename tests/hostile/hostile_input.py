@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Runs random bytes as run files, and shuffled commands as run files and as typed lines (where an
-error ends a line only): no crash, no hang.
+"""Runs random bytes as run files, shuffled commands as run files and as typed lines (where an error
+ends a line only), and random scripts of the macro language: no crash, no hang.
 
 Every run must end by itself within the time allowed, with exit status 0 (an error in a file leads
 back to the process arguments, whose last word is `quit`), and must not print an internal error. The
@@ -16,6 +16,8 @@ import re
 import subprocess
 import sys
 import tempfile
+
+import random_macros
 
 WORDS = ["=", "-", "/", "*", "[", "]", "!", "+", "&", "?", ":", ".", "0", "1", "2", "3", "-1", "99",
          "100000", "2147483648", "1e9", "0.5", "(", ")", "{", "}", "'", '"', "#1", "%1", "@T", "<",
@@ -50,6 +52,13 @@ def shuffled_commands(source, commands, count):
         blank = source.choice(["", " "])
         text += source.choice(commands) + blank + arguments + source.choice([";", ";", ";\n", "\n"])
     return text.encode()
+
+
+def scripts(source, typed):
+    text = random_macros.script(source, typed)
+    if source.random() < 0.5:
+        text = (MATRIX + TREES + text) if source.random() < 0.7 else MATRIX + text
+    return text.encode("latin-1")
 
 
 def complaint(zeb, text, typed, seconds):
@@ -91,7 +100,8 @@ def shrunk(zeb, text, typed, seconds):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--zeb", required=True)
-    parser.add_argument("--runs", type=int, default=150, help="of each of the three kinds")
+    parser.add_argument("--runs", type=int, default=150, help="of each kind")
+    parser.add_argument("--kinds", default="bytes,commands,typed,macros,typed_macros")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--seconds", type=float, default=60, help="allowed for one run")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
@@ -107,6 +117,9 @@ def main():
         for kind, count, typed in (("commands", 12, False), ("typed", 80, True)):
             text = shuffled_commands(random.Random(kind + seed), commands, count)
             texts.append((f"{kind} {seed}", text, typed))
+        for kind, typed in (("macros", False), ("typed_macros", True)):
+            texts.append((f"{kind} {seed}", scripts(random.Random(kind + seed), typed), typed))
+    texts = [entry for entry in texts if entry[0].split()[0] in options.kinds.split(",")]
     failures = 0
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         results = pool.map(lambda entry: complaint(zeb, entry[1], entry[2], options.seconds), texts)
