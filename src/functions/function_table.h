@@ -3,6 +3,7 @@
 
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace zeb {
 
@@ -33,6 +34,8 @@ std::span<const function_row> number_functions();
 std::span<const function_row> array_functions();
 std::span<const function_row> string_functions();
 std::span<const function_row> file_functions();
+/// All of them, subject by subject.
+std::vector<std::span<const function_row>> all_functions();
 
 /// Lets tree tags, drawings and tables reach the user's arrays.
 void connect_user_arrays();

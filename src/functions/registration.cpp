@@ -26,11 +26,7 @@ using function_map = std::map<std::string_view, double (*)()>;
 const function_map& working_functions() {
   static const function_map map = [] {
     function_map all;
-    for (const auto rows :
-         {data_functions(), block_functions(), tree_functions(), tree_group_functions(),
-          score_functions(), change_functions(), search_functions(), group_functions(),
-          setting_functions(), number_functions(), array_functions(), string_functions(),
-          file_functions()}) {
+    for (const auto rows : all_functions()) {
       for (const function_row& row : rows) all.emplace(row.name, row.value);
     }
     return all;
@@ -177,6 +173,13 @@ bool print_function_help(std::string_view word) {
 }
 
 }  // namespace
+
+std::vector<std::span<const function_row>> all_functions() {
+  return {data_functions(),    block_functions(),  tree_functions(),   tree_group_functions(),
+          score_functions(),   change_functions(), search_functions(), group_functions(),
+          setting_functions(), number_functions(), array_functions(),  string_functions(),
+          file_functions()};
+}
 
 void register_functions() {
   set_expression_help(print_function_help);
