@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
+#include <limits>
 
 #include "shell/errors.h"
 #include "shell/input.h"
@@ -12,13 +14,25 @@
 namespace zeb {
 namespace {
 
-constexpr std::int64_t no_number = -1;
+constexpr std::int64_t no_number = std::numeric_limits<std::int64_t>::min();
 
 bool is_one_of(int c, std::string_view set) {
   return c > 0 && c < 128 && set.find(static_cast<char>(c)) != std::string_view::npos;
 }
 
 bool starts_number(int c) { return std::isdigit(c) || (c == '(' && settings.macros); }
+
+/// What may follow the beginning of a name.
+std::string read_rest_of_name() {
+  std::string text;
+  int c = read_char();
+  for (; c > 32 && c < 256 && (name_chars[static_cast<std::size_t>(c)] || std::isdigit(c));
+       c = read_char()) {
+    text.push_back(static_cast<char>(c));
+  }
+  unread_char();
+  return text;
+}
 
 bool starts_name(int c) {
   return c > 32 && c < 256 && name_chars[static_cast<std::size_t>(c)] && !is_one_of(c, "+-.");
@@ -115,14 +129,8 @@ std::int64_t list_reader::read_number(std::string* word) {
     number = std::min(too_large, number * 10 + (c - '0'));
     text.push_back(static_cast<char>(c));
   }
-  if (word && kind_.name && (std::isalpha(c) || c == '_')) {
-    while (c > 32 && c < 256 && (name_chars[static_cast<std::size_t>(c)] || std::isdigit(c))) {
-      text.push_back(static_cast<char>(c));
-      c = read_char();
-    }
-    *word = text;
-  }
   unread_char();
+  if (word && kind_.name && (std::isalpha(c) || c == '_')) *word = text + read_rest_of_name();
   return number;
 }
 
@@ -134,8 +142,8 @@ std::int64_t list_reader::number_of_word(std::string_view word) const {
     return no_number;
   }
   constexpr double too_large = 1e15;
-  // A negative number is no element: it must not pass for the absence of a number.
-  return value >= 0 ? static_cast<std::int64_t>(std::min(value, too_large)) : -2;
+  return std::isnan(value) ? -1
+                           : static_cast<std::int64_t>(std::clamp(value, -too_large, too_large));
 }
 
 /// A word of letters, digits and "_" is what a variable or function may be called. Where it is
@@ -150,11 +158,7 @@ std::int64_t list_reader::read_word_number(std::string* word) {
   unread_char();
   const std::int64_t number = number_of_word(text);
   if (number != no_number) return number;
-  for (c = read_char(); c > 32 && c < 256 && name_chars[static_cast<std::size_t>(c)];
-       c = read_char()) {
-    text.push_back(static_cast<char>(c));
-  }
-  unread_char();
+  text += read_rest_of_name();
   *word = text;
   return no_number;
 }
@@ -181,12 +185,15 @@ void list_reader::read_numbers() {
   const std::int64_t to = read_number(std::isalpha(peek_char()) ? &word : nullptr);
   const int last = to == no_number ? limit_ - 1 : element_of(to);
   const int start = from == no_number ? lowest_ : element_of(from);
-  const int step = word.empty() ? read_step() : 1;
-  // A range given backwards is the same range.
-  for (std::int64_t e = std::min(start, last); e <= std::max(start, last); e += step) {
+  set_range(start, last, word.empty() ? read_step() : 1);
+  if (!word.empty()) read_item_from(word);
+}
+
+/// A range given backwards is the same range.
+void list_reader::set_range(int from, int to, int step) {
+  for (std::int64_t e = std::min(from, to); e <= std::max(from, to); e += step) {
     if (e >= lowest_ && e < limit_) set(static_cast<int>(e));
   }
-  if (!word.empty()) read_item_from(word);
 }
 
 int list_reader::read_step() {
@@ -201,9 +208,27 @@ int list_reader::read_step() {
   return static_cast<int>(std::min<std::int64_t>(step, 1'000'000'000));
 }
 
+/// A range in one word, "a.b" or "a.", that begins with a variable or function. False for others.
+bool list_reader::read_range_in(std::string_view word) {
+  const std::size_t point = word.find('.');
+  if (point == std::string_view::npos) return false;
+  const std::int64_t from = number_of_word(word.substr(0, point));
+  if (from == no_number) return false;
+  int last = limit_ - 1;
+  if (const std::string_view end = word.substr(point + 1); !end.empty()) {
+    const bool digits = end.size() < 10 && end.find_first_not_of("0123456789") == end.npos;
+    const std::int64_t to = digits ? std::stoi(std::string(end)) : number_of_word(end);
+    if (to == no_number) return false;
+    last = element_of(to);
+  }
+  set_range(element_of(from), last, 1);
+  return true;
+}
+
 void list_reader::read_item_from(std::string_view word) {
   const std::int64_t number = number_of_word(word);
   if (number != no_number) return set(element_of(number));
+  if (read_range_in(word)) return;
   if (!kind_.name) error_end("Expecting", kind_.noun, "number");
   if (kind_.special_word) {
     const int element = kind_.special_word(word);

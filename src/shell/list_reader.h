@@ -32,12 +32,14 @@ class list_reader {
   void set(int element) { marks_[static_cast<std::size_t>(element)] = adding_ ? 1 : 0; }
 
  private:
+  void set_range(int from, int to, int step);
   void set_all(const std::vector<int>& elements);
   [[noreturn]] void expected_another() const;
   int element_of(std::int64_t number) const;
   std::int64_t read_number(std::string* word);
   std::int64_t read_word_number(std::string* word);
   std::int64_t number_of_word(std::string_view word) const;
+  bool read_range_in(std::string_view word);
   bool is_whole_name(std::string_view word) const;
   void read_numbers();
   int read_step();
