@@ -30,7 +30,9 @@ bool print_help_text(std::string_view name) {
 }
 
 void print_command_help(std::string_view command_name) {
-  if (!print_help_text(command_name)) report_line("No help text for", command_name);
+  // Every command that is built has a text; the tests see to that.
+  if (!print_help_text(command_name))
+    emit("No help text for ", command_name, ": the command is not available yet\n");
 }
 
 }  // namespace zeb
