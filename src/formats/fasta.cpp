@@ -98,8 +98,7 @@ void read_fasta_file(int /*option*/, const std::string& file) {
   check_memory(sequences);
   begin_foreign_matrix(file, static_cast<std::int64_t>(sequences.size()),
                        static_cast<std::int64_t>(sequences.front().length));
-  const bool gaps = matrix.gaps_are_states;
-  const symbol_table symbols = make_symbols(dna_data, matrix.cell_bytes, gaps);
+  const symbol_table symbols = make_symbols(dna_data, matrix.cell_bytes, matrix.gaps_are_states);
   foreign_taxa taxa(matrix.ntax);
   for (const fasta_sequence& sequence : sequences) {
     check_interrupt(1);
@@ -107,12 +106,7 @@ void read_fasta_file(int /*option*/, const std::string& file) {
     store_sequence(sequence, taxa.add(sequence.name), symbols);
   }
   clear_progress();
-  for (int c = 0; c < matrix.nchar; ++c) {
-    set_character_type(c, dna_data);
-    matrix.characters[static_cast<std::size_t>(c)].gap_is_state = gaps;
-  }
-  finish_matrix();
-  if (settings.report) report_line("Read", matrix.ntax, "taxa,", matrix.nchar, "characters");
+  finish_sequences(dna_data);
 }
 
 }  // namespace zeb

@@ -4,6 +4,7 @@
 
 #include "matrix/matrix_reader.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/list_text.h"
 #include "shell/output.h"
 
@@ -33,27 +34,19 @@ int foreign_taxa::add(const std::string& name) {
   return taxon;
 }
 
-void cut_foreign_matrix(int taxa_read, int characters_read) {
-  if (taxa_read < matrix.ntax) {
-    warning("Number of taxa set to", matrix.ntax, "but only", taxa_read,
-            "taxon names defined.\nNumber of taxa re-set to", taxa_read);
-    if (taxa_read < 4) error_end("Must specify number of taxa (4 or more)");
+void finish_sequences(data_type type) {
+  const bool gaps = matrix.gaps_are_states && type != numeric_data;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    set_character_type(c, type);
+    matrix.characters[at(c)].gap_is_state = gaps;
   }
-  if (characters_read < matrix.nchar) {
-    const std::string undefined =
-        characters_read + 1 == matrix.nchar
-            ? text_of("%i, but character %i", matrix.nchar, characters_read)
-            : text_of("%i, but characters %i-%i", matrix.nchar, characters_read, matrix.nchar - 1);
-    warning("Number of characters set to", undefined, "undefined\nNumber of chars. re-set to",
-            characters_read);
-    if (characters_read < 1) error_end("Must specify number of characters");
-  }
-  shrink_matrix(taxa_read, characters_read);
+  finish_matrix();
+  tell_what_was_read();
 }
 
 std::string characters_where(const std::function<bool(const character_record&)>& holds) {
   const auto of_number = [&holds](int character) {
-    return holds(matrix.characters[static_cast<std::size_t>(character)]);
+    return holds(matrix.characters[at(character)]);
   };
   return wrapped_words(list_items(matrix.nchar, of_number), 0);
 }

@@ -31,8 +31,8 @@ class foreign_taxa {
   std::unordered_map<std::string, int> by_name_;
 };
 
-/// "Number of taxa set to..." and "Number of characters set to...": warns and cuts the matrix.
-void cut_foreign_matrix(int taxa_read, int characters_read);
+/// Makes a matrix of characters of one type current, and tells of it.
+void finish_sequences(data_type type);
 
 /// Numbers of the characters whose records satisfy `holds`, for messages: " 0 3.5"; empty for none.
 std::string characters_where(const std::function<bool(const character_record&)>& holds);

@@ -5,6 +5,7 @@
 
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "trees/tags.h"
 #include "trees/tree_store.h"
@@ -94,8 +95,8 @@ void labelled_tree_reader::note_tags(const_tree_span tree, const std::vector<int
   tagged_.assign(tree.begin(), tree.end());
   tagged_texts_.assign(tree.size(), {});
   for (const auto& [node, text] : texts_) {
-    const int number = numbers[static_cast<std::size_t>(node)];
-    if (number >= 0) tagged_texts_[static_cast<std::size_t>(number)] = text;
+    const int number = numbers[at(node)];
+    if (number >= 0) tagged_texts_[at(number)] = text;
   }
 }
 
@@ -106,7 +107,7 @@ bool labelled_tree_reader::read_tree(bool for_tags_only) {
   if (tree_.empty()) error_end("Tree without taxa");
   if (for_tags_only) {
     std::vector<int> numbers;
-    std::vector<tree_node> tree(static_cast<std::size_t>(matrix.nnodes));
+    std::vector<tree_node> tree(at(matrix.nnodes));
     tree_.finish(tree, zeb::store.include_absent, &numbers);
     note_tags(tree, numbers);
   } else {
@@ -126,7 +127,7 @@ int find_foreign_taxon(const std::string& label, taxon_names& names) {
   for (char& c : word) {
     if (c == ' ' || c == '+' || c == '-' || c == '/') c = '_';
   }
-  const auto most = static_cast<std::size_t>(matrix.name_length) - 1;
+  const auto most = at(matrix.name_length) - 1;
   if (word.size() > most) word.resize(most);
   return names.find(word);
 }

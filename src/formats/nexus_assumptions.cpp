@@ -7,6 +7,7 @@
 #include "matrix/matrix.h"
 #include "matrix/step_matrices.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/interpreter.h"
 #include "shell/list_text.h"
 #include "shell/output.h"
@@ -24,7 +25,7 @@ void for_characters(const std::vector<std::uint8_t>& marks, change&& apply) {
 }
 
 std::string marked_words(const std::vector<std::uint8_t>& marks) {
-  const auto marked = [&marks](int c) { return marks[static_cast<std::size_t>(c)] != 0; };
+  const auto marked = [&marks](int c) { return marks[at(c)] != 0; };
   return wrapped_words(list_items(static_cast<int>(marks.size()), marked), 60).substr(1);
 }
 
@@ -49,7 +50,7 @@ void read_types(nexus_file& file) {
       set_additive(marks, type == "ord");
     } else if (const int number = find_step_matrix(word.text); number >= 0) {
       for (int c = 0; c < matrix.nchar; ++c) {
-        if (marks[static_cast<std::size_t>(c)]) use_step_matrix(c, number);
+        if (marks[at(c)]) use_step_matrix(c, number);
       }
     } else {
       warning("Character type", word.text,
@@ -91,17 +92,17 @@ void set_taxa(nexus_file& file, bool active) {
   if (settings.report) emit(active ? "Undeleting:" : "Deleting:");
   int left = 0;
   for (int t = 0; t < matrix.ntax; ++t) {
-    const bool marked = marks[static_cast<std::size_t>(t)];
+    const bool marked = marks[at(t)];
     if (marked && settings.report) emit(" ", t);
-    left += marked ? active : matrix.taxon_active[static_cast<std::size_t>(t)];
+    left += marked ? active : matrix.taxon_active[at(t)];
   }
   if (settings.report) emit("\n");
   if (left < 4) error_end("Cannot have less than 4 active taxa");
   for (int t = 0; t < matrix.ntax; ++t) {
-    if (!marks[static_cast<std::size_t>(t)]) continue;
+    if (!marks[at(t)]) continue;
     if (!active && t == matrix.outgroup)
       error_end("Cannot deactivate", t, "(it is current outgroup)");
-    matrix.taxon_active[static_cast<std::size_t>(t)] = active;
+    matrix.taxon_active[at(t)] = active;
   }
   for (character_record& record : matrix.characters) record.needs_recheck = 1;
 }
@@ -203,7 +204,7 @@ void read_assumptions_block(nexus_file& file) {
   for (;;) {
     const nexus_token word = file.in.token();
     if (word.what == nexus_token::kind::end) file.in.fail("the file ends within a block");
-    if (word.is("end") || word.is("endblock")) {
+    if (word.ends_block()) {
       file.in.accept(';');
       break;
     }

@@ -9,12 +9,11 @@
 #include "formats/nexus_writer.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // Numbers from 1 of the flagged elements, with ranges, in lines that can be read.
 std::string number_list(const std::vector<bool>& flags) {

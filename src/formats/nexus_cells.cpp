@@ -9,13 +9,12 @@
 #include "matrix/matrix_writer.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/list_text.h"
 
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // "0.5", or "0.5-0.75" for a range.
 std::string value_text(int character, const continuous_cell& value) {

@@ -7,8 +7,10 @@
 #include "formats/nexus_file.h"
 #include "formats/nexus_format.h"
 #include "matrix/continuous_reader.h"
+#include "matrix/matrix_reader.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
@@ -17,10 +19,6 @@
 namespace zeb {
 
 namespace {
-
-bool is_block_end(const nexus_token& token) { return token.is("end") || token.is("endblock"); }
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 void read_dimensions(nexus_file& file) {
   for (;;) {
@@ -335,7 +333,7 @@ void nexus_matrix_reader::finish() {
     error_end_f("Taxon %i (%s) has %i characters, others have %i", t,
                 std::string(taxon_name(t)).c_str(), position_[at(t)], longest);
   }
-  cut_foreign_matrix(taxa_.count(), longest);
+  cut_to_what_was_read(taxa_.count(), longest, "re-set to");
   finish_matrix();
 }
 
@@ -358,7 +356,7 @@ void read_taxa_block(nexus_file& file) {
   for (;;) {
     const nexus_token word = file.in.token();
     if (word.what == nexus_token::kind::end) return;
-    if (is_block_end(word)) {
+    if (word.ends_block()) {
       file.in.accept(';');
       return;
     }
@@ -380,7 +378,7 @@ void read_data_block(nexus_file& file) {
   for (;;) {
     const nexus_token word = file.in.token();
     if (word.what == nexus_token::kind::end) file.in.fail("the file ends within the data block");
-    if (is_block_end(word)) {
+    if (word.ends_block()) {
       file.in.accept(';');
       break;
     }
@@ -411,9 +409,7 @@ void read_data_block(nexus_file& file) {
   }
   if (!matrix_read) file.in.fail("the data block has no matrix");
   set_character_names(names);
-  if (settings.report) {
-    report_line("Read", matrix.ntax, "taxa,", matrix.nchar, "characters");
-  }
+  tell_what_was_read();
 }
 
 }  // namespace zeb

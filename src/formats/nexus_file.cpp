@@ -12,14 +12,12 @@ namespace zeb {
 
 namespace {
 
-bool is_block_end(const nexus_token& token) { return token.is("end") || token.is("endblock"); }
-
 void skip_block(nexus_file& file, const std::string& name) {
   report_line("  ... Skipping", name, "block ...");
   for (;;) {
     const nexus_token token = file.in.token();
     if (token.what == nexus_token::kind::end) return;
-    if (is_block_end(token)) {
+    if (token.ends_block()) {
       file.in.accept(';');
       return;
     }

@@ -16,6 +16,7 @@ struct nexus_token {
   bool is(char c) const { return what == kind::punctuation && text[0] == c; }
   /// The same word, case ignored; quoted words too.
   bool is(std::string_view word) const;
+  bool ends_block() const { return is("end") || is("endblock"); }
 };
 
 /// Reads the frame on top of the input stack, from which it started.

@@ -72,7 +72,7 @@ void read_trees_block(nexus_file& file) {
   for (;;) {
     const nexus_token word = file.in.token();
     if (word.what == nexus_token::kind::end) file.in.fail("the file ends within the trees block");
-    if (word.is("end") || word.is("endblock")) {
+    if (word.ends_block()) {
       file.in.accept(';');
       break;
     }

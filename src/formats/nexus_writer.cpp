@@ -6,12 +6,11 @@
 
 #include "formats/labelled_trees.h"
 #include "matrix/symbols.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 const char* type_name(data_type type) {
   if (type == continuous_data) return "Continuous";

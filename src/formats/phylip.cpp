@@ -131,8 +131,7 @@ void read_phylip_file(const std::string& file) {
   const data_type type = type_of(rows);
   check_type_fits(type);
   begin_foreign_matrix(file, ntax, nchar);
-  const bool gaps = matrix.gaps_are_states && type != numeric_data;
-  const symbol_table symbols = make_symbols(type, matrix.cell_bytes, gaps);
+  const symbol_table symbols = make_symbols(type, matrix.cell_bytes, matrix.gaps_are_states);
   foreign_taxa taxa(matrix.ntax);
   for (const phylip_row& row : rows) {
     const int taxon = taxa.add(row.name);
@@ -145,12 +144,7 @@ void read_phylip_file(const std::string& file) {
       set_cell(taxon, c, symbols[symbol]);
     }
   }
-  for (int c = 0; c < matrix.nchar; ++c) {
-    set_character_type(c, type);
-    matrix.characters[static_cast<std::size_t>(c)].gap_is_state = gaps;
-  }
-  finish_matrix();
-  if (settings.report) report_line("Read", matrix.ntax, "taxa,", matrix.nchar, "characters");
+  finish_sequences(type);
 }
 
 }  // namespace zeb

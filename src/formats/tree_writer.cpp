@@ -8,6 +8,7 @@
 #include "formats/labelled_trees.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "trees/tags.h"
 #include "trees/tree_store.h"
@@ -15,8 +16,6 @@
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // Text behind a node: its label, or ":" and its length.
 using node_text = std::function<std::string(int node)>;

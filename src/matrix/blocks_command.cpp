@@ -10,6 +10,7 @@
 #include "matrix/settings_commands.h"
 #include "matrix/taxon_settings.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -20,8 +21,6 @@
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 std::string block_name(int block) {
   if (matrix.block_names.size() <= at(block) || matrix.block_names[at(block)].empty()) {

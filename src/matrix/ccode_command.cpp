@@ -9,6 +9,7 @@
 #include "matrix/matrix.h"
 #include "matrix/settings_commands.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -21,8 +22,6 @@ namespace zeb {
 namespace {
 
 constexpr int most_internal_steps = 100;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// A "(" is a specifier here, also where the macro language would make it an expression.
 bool starts_characters(int c) { return c != '(' && starts_list_item(c); }

@@ -7,12 +7,11 @@
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/random.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 std::uint32_t read_thousandths(int character, std::string_view text) {
   double value = -1;

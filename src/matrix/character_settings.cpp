@@ -6,13 +6,12 @@
 #include <vector>
 
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 #include "shell/list_text.h"
 #include "shell/output.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 template <class field, class value>
 bool assign(field& target, const std::optional<value>& wanted) {

@@ -15,14 +15,13 @@
 #include "matrix/smallest_hitting_set.h"
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
 
 // The active taxa that the records were computed for.
 std::vector<std::uint8_t> taxa_of_records;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 template <class function>
 void for_each_telling_cell(int character, std::span<const std::uint8_t> taxa, function visit) {

@@ -8,6 +8,7 @@
 #include "matrix/settings_commands.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -18,8 +19,6 @@ namespace zeb {
 namespace {
 
 constexpr int most_states = 32;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// The character that an entry is for: a number, within a block behind "@B", or a name.
 struct character_reference {

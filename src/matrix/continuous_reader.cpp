@@ -6,12 +6,11 @@
 
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // The next word of the row; empty at the row's end. A newline that ends the row is consumed.
 std::string next_word(bool ends_at_newline) {

@@ -7,13 +7,12 @@
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
 
 constexpr double largest_stored = 65000;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 struct value_pair {
   double low;
@@ -47,6 +46,17 @@ double minimum_gap(const std::vector<value_pair>& values, std::span<const std::u
     highest_low = std::max(highest_low, values[t].low);
   }
   return std::max(0.0, highest_low - lowest_high);
+}
+
+// From the lowest to the highest of all values; the wrong way round where there are none.
+value_pair range_of(const std::vector<value_pair>& values) {
+  value_pair range = {HUGE_VAL, -HUGE_VAL};
+  for (const value_pair& v : values) {
+    if (std::isnan(v.low)) continue;
+    range.low = std::min(range.low, v.low);
+    range.high = std::max(range.high, v.high);
+  }
+  return range;
 }
 
 std::uint32_t stored_cell(const value_pair& value, double factor, double shift) {
@@ -83,13 +93,7 @@ struct linear_scale {
 
 // The wanted scale if all values fit in it; else one without loss of range, as in reading.
 linear_scale scale_for(const std::vector<value_pair>& values, linear_scale wanted) {
-  double least = HUGE_VAL;
-  double largest = -HUGE_VAL;
-  for (const value_pair& v : values) {
-    if (std::isnan(v.low)) continue;
-    least = std::min(least, v.low);
-    largest = std::max(largest, v.high);
-  }
+  const auto [least, largest] = range_of(values);
   const auto fits = [&wanted](double v) {
     const double stored = (v - wanted.shift) / wanted.factor * 1000.0;
     return stored > -0.5 && stored < largest_stored + 0.5;
@@ -117,13 +121,7 @@ void standardise(int character, double steps, std::span<const std::uint8_t> taxa
   const double gap = minimum_gap(values, taxa);
   if (gap <= 0) return;
   const double factor = gap / steps;
-  double least = HUGE_VAL;
-  double largest = -HUGE_VAL;
-  for (const value_pair& v : values) {
-    if (std::isnan(v.low)) continue;
-    least = std::min(least, v.low);
-    largest = std::max(largest, v.high);
-  }
+  const auto [least, largest] = range_of(values);
   if ((largest - least) / factor * 1000.0 > largest_stored + 0.5) {
     error_end_f("Cannot rescale char. %i to a minimum of %g steps: its values would exceed 65",
                 character, steps);

@@ -6,11 +6,10 @@
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 void refuse_continuous() {
   if (matrix.data_type_in_use & (continuous_data | landmark_data)) {

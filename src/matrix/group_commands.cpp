@@ -5,6 +5,7 @@
 #include "matrix/settings_commands.h"
 #include "shell/errors.h"
 #include "shell/group_definition.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -12,8 +13,6 @@
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 void set_bit(std::uint32_t& word, int bit, bool value) {
   const std::uint32_t mask = 1U << bit;

@@ -6,14 +6,13 @@
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/group_definition.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/lexer.h"
 #include "shell/list_kinds.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 struct measurer_slot {
   character_measurer on_trees = nullptr;

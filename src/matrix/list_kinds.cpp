@@ -2,13 +2,12 @@
 #include "matrix/list_kinds.h"
 
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 #include "shell/lexer.h"
 #include "shell/lists.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 std::string_view name_of_character(int character) {
   if (matrix.char_names.size() <= at(character)) return {};

@@ -8,6 +8,7 @@
 
 #include "matrix/symbols.h"
 #include "shell/arena.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 
 namespace zeb {
@@ -15,8 +16,6 @@ namespace zeb {
 matrix_state matrix;
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 data_type type_of(int character) {
   return static_cast<data_type>(matrix.characters[at(character)].type);

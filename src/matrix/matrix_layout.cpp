@@ -8,6 +8,7 @@
 #include "matrix/symbols.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
@@ -18,8 +19,6 @@ namespace {
 
 std::vector<matrix_hook> new_matrix_hooks;
 std::vector<matrix_hook> matrix_gone_hooks;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // What is set for the next matrix survives; the data themselves go.
 void clear_state() {

@@ -11,6 +11,7 @@
 #include "matrix/taxon_rows.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
@@ -21,8 +22,6 @@ namespace {
 
 constexpr int block_mark = 4;  // control character that opens a block, as "&" does
 constexpr std::size_t longest_title = 100'000;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // Skips blanks, to which the block mark doesn't belong; leaves what follows unread.
 int peek_past_blanks() {
@@ -83,7 +82,6 @@ class matrix_reader {
   void trim_gaps(int taxon, int first, int end);
   void copy_row(int from, int to, int first, int end);
   void set_types(int first, int end);
-  void shrink_to_what_was_read();
   void drop_empty_blocks();
   void finish();
 
@@ -222,26 +220,6 @@ void matrix_reader::read_blocks() {
   }
 }
 
-void matrix_reader::shrink_to_what_was_read() {
-  const int ntax = rows_.count();
-  const int nchar = next_character_;
-  if (ntax < matrix.ntax) {
-    warning("Number of taxa set to", matrix.ntax, "but only", ntax,
-            "taxon names defined.\nNumber of taxa will be re-set to", ntax);
-    if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
-  }
-  if (nchar < matrix.nchar) {
-    const std::string undefined =
-        nchar + 1 == matrix.nchar
-            ? text_of("%i, but character %i", matrix.nchar, nchar)
-            : text_of("%i, but characters %i-%i", matrix.nchar, nchar, matrix.nchar - 1);
-    warning("Number of characters set to", undefined,
-            "undefined\nNumber of chars. will be re-set to", nchar);
-    if (nchar < 1) error_end("Must specify number of characters");
-  }
-  shrink_matrix(ntax, nchar);
-}
-
 // A block without a cell holds no character that a list could name.
 void matrix_reader::drop_empty_blocks() {
   for (std::size_t b = block_first_.size() - 1; b > 0; --b) {
@@ -253,7 +231,7 @@ void matrix_reader::drop_empty_blocks() {
 }
 
 void matrix_reader::finish() {
-  shrink_to_what_was_read();
+  cut_to_what_was_read(rows_.count(), next_character_, "will be re-set to");
   continuous_.store_all();
   free_to_high(high_at_start_);
   drop_empty_blocks();
@@ -291,6 +269,32 @@ std::string type_names(int types) {
   return text;
 }
 
+}  // namespace
+
+void warn_of_replacement(const char* source) {
+  if (!matrix.present) return;
+  const std::string& old = matrix.title.empty() ? matrix.file_name : matrix.title;
+  warning("Data from:\n\n      " + old + "\n\nwill be replaced with data from:\n\n      " + source +
+          "\n\n");
+}
+
+void cut_to_what_was_read(int ntax, int nchar, const char* reset) {
+  if (ntax < matrix.ntax) {
+    warning("Number of taxa set to", matrix.ntax, "but only", ntax,
+            "taxon names defined.\nNumber of taxa", reset, ntax);
+    if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
+  }
+  if (nchar < matrix.nchar) {
+    const std::string undefined =
+        nchar + 1 == matrix.nchar
+            ? text_of("%i, but character %i", matrix.nchar, nchar)
+            : text_of("%i, but characters %i-%i", matrix.nchar, nchar, matrix.nchar - 1);
+    warning("Number of characters set to", undefined, "undefined\nNumber of chars.", reset, nchar);
+    if (nchar < 1) error_end("Must specify number of characters");
+  }
+  shrink_matrix(ntax, nchar);
+}
+
 void tell_what_was_read() {
   if (matrix.data_type_in_use & (matrix.data_type_in_use - 1)) {
     emit("Data were read as mixed types: ", type_names(matrix.data_type_in_use), "\n");
@@ -300,15 +304,6 @@ void tell_what_was_read() {
        matrix.nchar == 1 ? " character" : " characters");
   if (matrix.nblocks > 1) emit(" in ", matrix.nblocks, " blocks");
   emit("\n");
-}
-
-}  // namespace
-
-void warn_of_replacement(const char* source) {
-  if (!matrix.present) return;
-  const std::string& old = matrix.title.empty() ? matrix.file_name : matrix.title;
-  warning("Data from:\n\n      " + old + "\n\nwill be replaced with data from:\n\n      " + source +
-          "\n\n");
 }
 
 void read_matrix() {

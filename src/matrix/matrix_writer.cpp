@@ -8,6 +8,7 @@
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 
 namespace zeb {
@@ -16,8 +17,6 @@ namespace {
 constexpr std::size_t piece = 1000;  // bytes sent at a time: fits the line buffer
 
 node_row_source node_source = nullptr;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // Collects text and sends it in pieces, whatever the length of a line.
 class line_writer {

@@ -5,6 +5,7 @@
 #include "matrix/matrix.h"
 #include "matrix/matrix_reader.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "shell/random.h"
 
@@ -12,8 +13,6 @@ namespace zeb {
 namespace {
 
 tree_source stored_trees = nullptr;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 void begin_made_matrix(int ntax, int nchar, const std::string& title) {
   wipe_matrix();

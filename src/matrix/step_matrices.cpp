@@ -10,14 +10,13 @@
 
 #include "matrix/smallest_hitting_set.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 
 namespace zeb {
 namespace {
 
 constexpr std::size_t most_step_matrices = 32;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 std::vector<std::uint32_t> telling_cells(int character, std::span<const std::uint8_t> taxa) {
   std::vector<std::uint32_t> cells;

@@ -6,6 +6,7 @@
 #include "matrix/settings_commands.h"
 #include "matrix/taxon_settings.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -16,8 +17,6 @@
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 void show_taxa(const std::string& head, bool active) {
   std::vector<std::string> labels;

@@ -6,6 +6,7 @@
 #include "matrix/settings_commands.h"
 #include "matrix/taxon_settings.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
 #include "shell/lists.h"
@@ -18,8 +19,6 @@ namespace {
 // A word must fit in the buffer of the lexer, and a name in a line of output.
 constexpr int shortest_name_limit = 5;
 constexpr int longest_name_limit = 2000;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 std::string numbered_name(int taxon) {
   return std::to_string(taxon) + " (" + std::string(taxon_name(taxon)) + ")";

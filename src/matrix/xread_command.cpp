@@ -13,6 +13,7 @@
 #include "matrix/state_permutation.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -25,8 +26,6 @@ namespace zeb {
 namespace {
 
 using mark_list = std::vector<std::uint8_t>;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // ---- writing ----
 

@@ -5,6 +5,7 @@
 
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/lexer.h"
 #include "shell/lists.h"
@@ -17,8 +18,6 @@
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 int count_chosen(const std::vector<std::uint8_t>& chosen) {
   return static_cast<int>(std::count(chosen.begin(), chosen.end(), 1));

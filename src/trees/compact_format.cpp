@@ -1,4 +1,5 @@
 #include "trees/compact_format.h"
+#include "shell/indices.h"
 
 #include <algorithm>
 #include <functional>
@@ -9,8 +10,6 @@ namespace zeb {
 namespace {
 
 constexpr int wide_layout = 16384;  // taxa from which words and counts have 32 bits
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 std::size_t word_bytes(int ntax) { return ntax < wide_layout ? 2 : 4; }
 

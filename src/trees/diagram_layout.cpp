@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "shell/indices.h"
 #include "trees/node_order.h"
 
 namespace zeb {
@@ -17,8 +18,6 @@ namespace {
 constexpr int cut_mark_columns = 3;  // ">>>"
 constexpr int usual_span = 3;        // columns of a branch without a text
 constexpr int narrow_span = 2;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 class diagram_builder {
  public:

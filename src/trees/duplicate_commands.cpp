@@ -6,6 +6,7 @@
 
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
 #include "trees/commands.h"
@@ -17,8 +18,6 @@
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// With constraints on, trees that break them go, unless all do. Returns the note about it.
 std::string apply_constraints(std::vector<std::uint8_t>& keep) {

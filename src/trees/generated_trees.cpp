@@ -1,12 +1,11 @@
 #include "trees/generated_trees.h"
 
+#include "shell/indices.h"
 #include "shell/random.h"
 
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Builds the tree in which taxon i of the sequence (from the third) joins branch `branch(i)`, a
 /// number below 2i - 3: the branch below an earlier taxon, or below the node that one came with.

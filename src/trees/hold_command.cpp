@@ -1,6 +1,7 @@
 // `hold`, `keep`, `tchoose`: room for trees, and which of them stay.
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -13,8 +14,6 @@
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// "+N" and "-N" count from the trees there are; a second sign stands for 1.
 std::int64_t read_difference(int sign) {

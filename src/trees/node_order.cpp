@@ -1,11 +1,10 @@
 #include "trees/node_order.h"
+#include "shell/indices.h"
 
 #include <algorithm>
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// What the order of two clades depends on.
 struct clade_keys {

@@ -3,14 +3,13 @@
 #include <algorithm>
 
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
 shrinking_state shrinking;
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// A group that is a clade of the tree.
 struct clade_group {

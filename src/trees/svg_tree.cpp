@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "trees/branch_style.h"
 #include "trees/node_order.h"
@@ -27,7 +28,6 @@ constexpr double ascent = 0.76;      // of the font size: top of capitals over t
 constexpr double descent = 0.22;
 constexpr double middle = 0.36;  // base line below the middle of the letters
 
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 int pixel(double v) { return static_cast<int>(std::lround(v)); }
 
 class svg_tree_writer {

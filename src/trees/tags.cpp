@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "trees/node_order.h"
 #include "trees/text_diagram.h"
@@ -16,8 +17,6 @@ namespace zeb {
 user_array_access user_arrays;
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr std::string_view number_symbols = "-YN X";  // stand for -1 to -5
 

@@ -7,6 +7,7 @@
 #include "matrix/matrix.h"
 #include "shell/errors.h"
 #include "shell/group_definition.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -19,8 +20,6 @@ namespace {
 
 // Memory for the membership of every tree in the buffer hangs on it.
 constexpr int most_tree_groups = 100'000;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 struct selector_sources {
   tree_scorer scores = nullptr;

@@ -5,6 +5,7 @@
 
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/lexer.h"
 #include "shell/lists.h"
@@ -14,8 +15,6 @@
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr const char* must_balance =
     "Sorry, for reading trees with tags, parentheses *must* be balanced";

@@ -4,14 +4,9 @@
 #include <utility>
 
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
-
-namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-}  // namespace
 
 tree_builder::tree_builder(int ntax) : ntax_(ntax) { begin(); }
 

@@ -4,12 +4,11 @@
 #include <unordered_map>
 
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// What others plugged in. Written at start-up only.
 struct equality_sources {

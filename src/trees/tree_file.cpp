@@ -7,6 +7,7 @@
 
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/process.h"
 #include "trees/compact_format.h"
 #include "trees/registration.h"
@@ -17,8 +18,6 @@ namespace zeb {
 tree_file_state tree_file;
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 [[noreturn]] void not_writable() { error_end("Cannot write to tree file", tree_file.name); }
 

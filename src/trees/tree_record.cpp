@@ -2,14 +2,13 @@
 #include <algorithm>
 
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// A tree being rebuilt: ancestors with any node as the root, -1 for the root and for what isn't in
 /// the tree. Nodes may have one descendant or none; `contract` makes a record of it.

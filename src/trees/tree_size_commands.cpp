@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
 #include "trees/commands.h"
@@ -14,8 +15,6 @@
 namespace zeb {
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// One value for each listed tree, as a table.
 template <class measure>

@@ -11,6 +11,7 @@
 #include "matrix/matrix.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "shell/process.h"
 #include "trees/registration.h"
@@ -22,8 +23,6 @@ tree_store store;
 tag_store tags;
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 std::size_t group_words() { return at(store.tgroup_words); }
 

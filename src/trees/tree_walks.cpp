@@ -1,15 +1,10 @@
 // Descendant lists of stored trees, and walks over them without recursion.
 #include <algorithm>
 
+#include "shell/indices.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
-
-namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-}  // namespace
 
 descendant_lists descendants_of(const_tree_span tree, int ntax) {
   const std::size_t limit = at(node_limit(tree, ntax));
