@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "formats/nexus_file.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
@@ -80,7 +81,7 @@ int find_nexus_character(const std::string& text) {
 
 std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
   const int count = kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
-  std::vector<std::uint8_t> marks(static_cast<std::size_t>(count), 0);
+  std::vector<std::uint8_t> marks(at(count), 0);
   for (;;) {
     const nexus_token& next = file.in.peek_token();
     if (next.is(';') || next.is(',') || next.what == nexus_token::kind::end) return marks;
@@ -107,7 +108,7 @@ std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
     if (file.in.accept('\\') && !whole_number(file.in.token().text, 1, count, &step)) {
       file.in.fail("a step of a range must be a number");
     }
-    for (int i = first; i <= last; i += step) marks[static_cast<std::size_t>(i)] = 1;
+    for (int i = first; i <= last; i += step) marks[at(i)] = 1;
   }
 }
 

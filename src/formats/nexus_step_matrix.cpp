@@ -7,6 +7,7 @@
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
@@ -90,7 +91,7 @@ void read_nexus_step_matrix(nexus_file& file) {
       file.in.fail("the file ends within \"usertype\"");
     words.push_back(file.in.token().text);
   }
-  const auto states = static_cast<std::size_t>(count);
+  const auto states = at(count);
   std::vector<int> order;
   if (words.size() == states * (states + 1)) {
     order = order_of_symbols(file, {words.begin(), words.begin() + count});
@@ -101,13 +102,13 @@ void read_nexus_step_matrix(nexus_file& file) {
   if (words.size() != states * states)
     file.in.fail("step-matrix " + result.name + " hasn't as many cells as its states ask for");
   result.nstates = *std::max_element(order.begin(), order.end()) + 1;
-  const auto width = static_cast<std::size_t>(result.nstates);
+  const auto width = at(result.nstates);
   result.costs.assign(width * width, 1);
   for (std::size_t s = 0; s < width; ++s) result.costs[s * width + s] = 0;
   for (std::size_t row = 0; row < states; ++row) {
     for (std::size_t column = 0; column < states; ++column) {
-      const auto from = static_cast<std::size_t>(order[row]);
-      const auto to = static_cast<std::size_t>(order[column]);
+      const auto from = at(order[row]);
+      const auto to = at(order[column]);
       result.costs[from * width + to] = cost_of(file, words[row * states + column], row == column);
     }
   }
