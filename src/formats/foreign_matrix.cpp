@@ -17,7 +17,7 @@ void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int
   warn_of_replacement(source.c_str());
   wipe_matrix();
   make_room_for_matrix(static_cast<int>(ntax), static_cast<int>(nchar));
-  begin_matrix(static_cast<int>(ntax), static_cast<int>(nchar));
+  begin_matrix(static_cast<int>(ntax), static_cast<int>(nchar), matrix_rows::unset);
   matrix.file_name = source;
 }
 

@@ -202,7 +202,12 @@ void add_matrix_gone_hook(matrix_hook hook);
 /// Lays out an empty matrix in the arena (every cell missing, default settings), dropping any
 /// former one. Sizes are checked before anything is allocated. Used by every reader and by tests.
 /// A reader that fails before `finish_matrix` leaves no data: the end of the command clears them.
-void begin_matrix(int ntax, int nchar);
+/// Readers take the rows as they lie and blank each when its taxon comes, so that a size that is
+/// far too large costs nothing.
+enum class matrix_rows { blank, unset };
+void begin_matrix(int ntax, int nchar, matrix_rows rows = matrix_rows::blank);
+/// Makes every cell of the taxon missing.
+void blank_row(int taxon);
 /// Fewer taxa or characters than were laid out. Before `finish_matrix` only.
 void shrink_matrix(int ntax, int nchar);
 /// Makes a laid-out matrix current: types, defaults, outgroup, groups, hooks, lock. The reader has

@@ -44,7 +44,6 @@ void lay_out_rows() {
   matrix.rows32 = calloc_low<std::uint32_t*>(nodes);
   for (std::size_t t = 0; t < at(matrix.ntax); ++t) {
     void* row = alloc_low_bytes(row_bytes, alignof(std::uint32_t));
-    std::memset(row, 255, row_bytes);
     matrix.rows8[t] = static_cast<std::uint8_t*>(row);
     matrix.rows16[t] = static_cast<std::uint16_t*>(row);
     matrix.rows32[t] = static_cast<std::uint32_t*>(row);
@@ -109,7 +108,11 @@ void wipe_matrix() {
   clear_state();
 }
 
-void begin_matrix(int ntax, int nchar) {
+void blank_row(int taxon) {
+  std::memset(matrix.rows8[at(taxon)], 255, at(matrix.nchar) * at(matrix.cell_bytes));
+}
+
+void begin_matrix(int ntax, int nchar, matrix_rows rows) {
   wipe_matrix();
   if (nchar < 1) error_end("Must specify number of characters");
   if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
@@ -128,6 +131,7 @@ void begin_matrix(int ntax, int nchar) {
   matrix.kept_characters = alloc_low<character_record>(at(nchar));
   for (character_record& record : matrix.characters) record = character_record{};
   lay_out_rows();
+  for (int t = 0; t < ntax && rows == matrix_rows::blank; ++t) blank_row(t);
   lay_out_names();
   matrix.taxon_active = alloc_low<std::uint8_t>(at(matrix.nnodes));
   std::memset(matrix.taxon_active.data(), 1, matrix.taxon_active.size());

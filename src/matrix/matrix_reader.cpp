@@ -317,7 +317,7 @@ void read_matrix() {
   const int ntax = read_int();
   if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
   make_room_for_matrix(ntax, nchar);
-  begin_matrix(ntax, nchar);
+  begin_matrix(ntax, nchar, matrix_rows::unset);
   matrix.title = title;
   matrix.file_name = source;
   matrix_reader().read();

@@ -62,6 +62,7 @@ int taxon_rows::add_taxon(const std::string& name) {
               "taxa in a block" + place_in_file());
   }
   set_taxon_name(count_, name);
+  blank_row(count_);
   by_name_.emplace(name, count_);
   return count_++;
 }
