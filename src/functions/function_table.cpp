@@ -71,7 +71,7 @@ constexpr function_help rows[] = {
     {"hifstring", "\n      used as $hifstring: the next string of the active hifile"},
     {"hiftext", " :N /T\n      reads text of the active hifile into a variable, at most N characters or\n      up to text T"},
     {"implik", "[T]\n      implied likelihood of tree T"},
-    {"impwtlist", "\n      list of implied weights of the characters"},
+    {"impwtlist", "[T]\n      list by character of the weights k/(k+h) that tree T implies; 0 for characters\n      that don't count"},
     {"intpol", "[A N]\n      value of array A at the fractional position N, interpolated"},
     {"isact", "[C]\n      1 if character C is active"},
     {"isactax", "[T]\n      1 if taxon T is active"},

@@ -77,6 +77,23 @@ double fit(polytomy_kind polytomies) {
   return character_fit(optimiser, argument.character, fit_form::cost);
 }
 
+// "[T]": by character the weight k/(k+h) that its homoplasy on the tree implies; 0 for characters
+// that don't count.
+double implied_weights() {
+  open_brackets();
+  const int tree = tree_argument();
+  close_brackets();
+  const std::vector<std::uint8_t> marks = scored_characters();
+  plain_optimiser optimiser(marks);
+  optimiser.optimise(stored_tree(tree), polytomy_kind::hard, false);
+  std::vector<double> weights;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const bool counts = marks[static_cast<std::size_t>(c)];
+    weights.push_back(counts ? character_fit(optimiser, c, fit_form::gain) : 0);
+  }
+  return write_list("Impwtlist", weights);
+}
+
 // What searches minimise: the fit under implied weights, else the length.
 double score(polytomy_kind polytomies) {
   return engine.implied_on ? fit(polytomies) : length(polytomies);
@@ -204,6 +221,7 @@ constexpr function_row rows[] = {
     {"softhomo", soft<plain_homoplasy>},
     {"whomo", hard<weighted_homoplasy>},
     {"states", node_states},
+    {"impwtlist", implied_weights},
     {"fit", hard<fit>},
     {"softfit", soft<fit>},
 };
