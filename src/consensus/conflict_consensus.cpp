@@ -11,7 +11,7 @@ namespace {
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-/// groups are entered last, with nothing counted.
+/// Calls `use` with a table of all groups of the trees, each counted.
 template <class function>
 auto with_all_groups(const tree_selection& selection, std::span<const std::uint8_t> left_out,
                      const function& use) {

@@ -98,11 +98,4 @@ bool group_table::count_tree_groups(const_tree_span tree, std::span<const std::u
   return true;
 }
 
-std::vector<int> group_table::counts_of_last_tree() const {
-  std::vector<int> counts(record_of_node_.size(), -1);
-  for (std::size_t n = 0; n < counts.size(); ++n)
-    if (record_of_node_[n] >= 0) counts[n] = records_[at(record_of_node_[n])].count;
-  return counts;
-}
-
 }  // namespace zeb

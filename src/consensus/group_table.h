@@ -35,8 +35,6 @@ class group_table {
   /// a new group: the table is then of no use.
   [[nodiscard]] bool count_tree_groups(const_tree_span tree, std::span<const std::uint8_t> weights,
                                        bool may_add);
-  /// Trees that have the group of each node of the tree counted last; -1 for nodes without one.
-  std::vector<int> counts_of_last_tree() const;
   /// Numbers of the records of the nodes of the tree counted last; -1 none.
   const std::vector<int>& records_of_last_tree() const { return record_of_node_; }
 
