@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "property/random_matrix.h"
@@ -223,7 +224,8 @@ void check_data(std::mt19937& g, int most_taxa, int most_characters, int trees) 
 }
 
 TEST_F(implied_weighting, fits_and_costs_agree_with_the_oracle) {
-  for (unsigned seed = 1; seed <= 1500; ++seed) {
+  const bool slow = std::getenv("ZEB_SLOW_TESTS") != nullptr;
+  for (unsigned seed = 1; seed <= (slow ? 30000U : 1000U); ++seed) {
     std::mt19937 g(seed);
     ASSERT_NO_FATAL_FAILURE(check_data(g, 14, 20, 2)) << "seed " << seed;
   }
