@@ -55,6 +55,7 @@ double equal_group() {
   const tree_and_node t = tree_then_node();
   const const_tree_span other = stored_tree(tree_argument());
   close_brackets();
+  if (t.node < matrix.ntax) return is_absent(other, t.node) ? 0 : t.node;
   return matching_node(terminals_of(t.tree, t.node), other);
 }
 
