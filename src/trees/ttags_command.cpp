@@ -121,17 +121,17 @@ void save_readable() {
 
 /// "[", with a width and a place for graphic trees.
 void separate_lines() {
-  tags.tag_separator = '\\';
+  int width = tags.tag_width;
+  char position = tags.tag_position;
   for (int c = skip_blanks_peek(); c != end_of_text; c = skip_blanks_peek()) {
-    int width = 0;
-    if (std::isdigit(c) && read_optional_int(&width)) {
-      tags.tag_width = width;
-      continue;
-    }
+    if (std::isdigit(c) && read_optional_int(&width)) continue;
     const int letter = std::tolower(next_nonblank());
     if (letter < 'a' || letter > 'd') error_end_f("Wrong argument for ttags: %c", letter);
-    tags.tag_position = static_cast<char>(letter);
+    position = static_cast<char>(letter);
   }
+  tags.tag_separator = '\\';
+  tags.tag_width = width;
+  tags.tag_position = position;
 }
 
 }  // namespace
