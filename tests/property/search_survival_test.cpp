@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <regex>
 
 #include "engine/collapsing.h"
+#include "engine/tree_scores.h"
 #include "property/random_matrix.h"
 #include "search/bbreak.h"
 #include "search/mult.h"
@@ -30,8 +32,12 @@ class search_survival : public ::testing::Test {
     swapping = {};
     mult = {};
     engine = {};
+    search_settings = {};
     settings.timeout_seconds = 0;
     process.interrupt_state = 0;
+    searching.slot_binders.clear();
+    settings.report = false;
+    settings.status_replications = settings.status_trees = 0;
     wipe_matrix();
   }
 };
@@ -53,11 +59,12 @@ std::vector<std::uint32_t> all_cells() {
   return cells;
 }
 
-void expect_all_well(const std::vector<std::uint32_t>& cells, const std::string& when) {
+void expect_all_well(const std::vector<std::uint32_t>& cells, const std::string& when,
+                     double suboptimal = 0) {
   EXPECT_EQ(all_cells(), cells) << when;
   EXPECT_EQ(randomness.random_seed, 1) << when;
   EXPECT_FALSE(process.in_search) << when;
-  EXPECT_EQ(search_settings.suboptimal, 0) << when;
+  EXPECT_EQ(search_settings.suboptimal, suboptimal) << when;
   for (const auto& tree : stored_trees()) {
     EXPECT_EQ(check_tree_record(tree, matrix.ntax), "") << when;
     for (int t = 0; t < matrix.ntax; ++t) EXPECT_FALSE(is_absent(tree, t)) << when;
@@ -75,17 +82,21 @@ zeb_test::data_shape noisy_shape() {
 TEST_F(search_survival, any_allocation_may_fail) {
   std::mt19937 g(3);
   fill_matrix(noisy_shape(), g);
+  search_settings.suboptimal = 1;
   const std::vector<std::uint32_t> cells = all_cells();
-  for (const char* search : {"mult=replic 3 hold 4;", "mult=replic 2 hold 1 wcluster 4;",
-                             "mult=replic 2 ias;", "mult=replic 2;bbreak;", "bbreak;"}) {
+  for (const char* search :
+       {"mult=replic 3 hold 4;", "mult=replic 2 hold 1 wcluster 4;",
+        "mult=replic 2 ias nowcluster;", "mult=replic 2 ras spr; collapse 6; bbreak;",
+        "bbreak:limit 2 preproc randclip; bbreak;", "bbreak:nolimit; bbreak;",
+        "collapse auto 3; bbreak=nomulpars;", "nelsen*;"}) {
     bool failed = true;
-    for (int n = 0; failed && n < 4000; ++n) {
+    for (int n = 0; failed && n < 1000000; n += 1 + n / 40) {
       drop_packed_data();
       arena.fail_countdown = n;
       const std::string said = zeb_test::run_program(search);
       failed = said.find("out of ram") != std::string::npos;
       arena.fail_countdown = -1;
-      expect_all_well(cells, search + std::string(" failing at ") + std::to_string(n));
+      expect_all_well(cells, search + std::string(" failing at ") + std::to_string(n), 1);
     }
     EXPECT_FALSE(failed) << search;
   }
@@ -109,10 +120,55 @@ TEST_F(search_survival, time_and_room_may_run_out) {
   expect_all_well(cells, "time-out");
 }
 
+int calls_to_interrupt = 0;
+
+/// A wish to stop can come at any time: here with a certain candidate.
+bool stop_at_candidate(const search_data&, int, int, int) {
+  if (--calls_to_interrupt == 0) process.interrupt_state = 1;
+  return false;
+}
+
+void expect_best_trees(const std::string& said, const std::string& when) {
+  std::vector<double> scores(static_cast<std::size_t>(store.ntrees));
+  score_stored_trees(scores);
+  for (const double score : scores) {
+    EXPECT_NE(said.find(" " + std::to_string(static_cast<long>(score)) + "."), std::string::npos)
+        << when << ": a tree of " << score << " steps, but\n"
+        << said;
+  }
+}
+
+TEST_F(search_survival, a_wish_to_stop_may_come_with_any_candidate) {
+  std::mt19937 g(6);
+  fill_matrix(noisy_shape(), g);
+  const std::vector<std::uint32_t> cells = all_cells();
+  searching.slot_binders.push_back(
+      [](const search_data&, move_slots& slots) { slots.forbids = stop_at_candidate; });
+  zeb_test::run_program("hold 500;");
+  for (const char* search :
+       {"mult=replic 3 hold 4 tbr;", "mult=replic 3 hold 1;", "mult=replic 3 spr;",
+        "mult=wagner replic 5 cas 3;", "bbreak;", "bbreak:safe; bbreak;", "bbreak=nomulpars;"}) {
+    bool stopped = true;
+    for (int n = 1; stopped; n += 1 + n / 7) {
+      store.ntrees = 0;
+      calls_to_interrupt = 0;
+      if (std::string(search).starts_with("bbreak"))
+        zeb_test::run_program("mult=replic 2 tbr ras hold 1;");
+      calls_to_interrupt = n;
+      const std::string said = zeb_test::run_program(search);
+      stopped = calls_to_interrupt <= 0;
+      EXPECT_EQ(said.find("interrupted") != std::string::npos, stopped) << said;
+      expect_all_well(cells, search + std::string(" stopped at ") + std::to_string(n));
+      expect_best_trees(said, search + std::string(" stopped at ") + std::to_string(n));
+      process.interrupt_state = 0;
+    }
+  }
+}
+
 struct search_result {
   std::vector<std::vector<std::int32_t>> trees;
   std::string rearrangements;
-  int hits;
+  std::string printed;  // without times
   bool operator==(const search_result&) const = default;
 };
 
@@ -131,10 +187,13 @@ search_result whole_search(std::optional<int> width) {
     mult_settings options;
     options.replications = 4;
     options.hold = 5;
-    const mult_result found = mult_search(options);
-    result.hits = found.hits;
-    filter_by_score(found.best);
-    swap_buffer();
+    result.printed = zeb_test::printed_by([&] {
+      const mult_result found = mult_search(options);
+      emit(found.hits, " hits\n");
+      filter_by_score(found.best);
+      swap_buffer();
+    });
+    result.printed = std::regex_replace(result.printed, std::regex("\\d\\d:\\d\\d:\\d\\d"), "");
     result.rearrangements = rearrangements_text();
   }
   result.trees = stored_trees();
@@ -143,6 +202,9 @@ search_result whole_search(std::optional<int> width) {
 
 TEST_F(search_survival, every_width_makes_the_same_search) {
   std::mt19937 g(5);
+  settings.report = true;
+  settings.status_replications = 2;
+  settings.status_trees = 3;
   for (int round = 0; round < 12; ++round) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 20, 60);
     fill_matrix(shape, g);
@@ -150,6 +212,7 @@ TEST_F(search_survival, every_width_makes_the_same_search) {
     engine.implied_on = round % 3 == 0;
     const search_result usual = whole_search({});
     EXPECT_GT(usual.trees.size(), 0U);
+    EXPECT_NE(usual.printed.find("Repl. Algor."), std::string::npos) << usual.printed;
     for (const int width : {32, 64, 256, 512}) {
       if (width > widest_kernels()) continue;
       EXPECT_EQ(whole_search(width), usual) << "round " << round << ", " << width << " bits";

@@ -6,12 +6,12 @@
 #include <string>
 #include <string_view>
 
-#include "start_up.h"
 #include "shell/arena.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/output.h"
 #include "shell/process.h"
+#include "start_up.h"
 
 namespace zeb_test {
 
@@ -28,6 +28,24 @@ inline void start_program() {
   zeb::register_everything();
 }
 
+/// What `action` prints.
+template <class function>
+std::string printed_by(function&& action) {
+  char* printed = nullptr;
+  std::size_t size = 0;
+  std::FILE* log = open_memstream(&printed, &size);
+  zeb::output.log_stream = log;
+  zeb::output.output_mask = zeb::no_console;
+  action();
+  zeb::flush_log();
+  zeb::output.log_stream = nullptr;
+  zeb::output.output_mask = 0;
+  std::fclose(log);
+  std::string result(printed, size);
+  std::free(printed);
+  return result;
+}
+
 /// Runs the commands of `text` as a file of its own, or the first of them; returns what they print,
 /// errors included.
 inline std::string run_program(std::string_view text, bool only_first = false) {
@@ -37,25 +55,16 @@ inline std::string run_program(std::string_view text, bool only_first = false) {
   std::FILE* file = fdopen(descriptor, "wb");
   std::fwrite(text.data(), 1, text.size(), file);
   std::fclose(file);
-  char* printed = nullptr;
-  std::size_t size = 0;
-  std::FILE* log = open_memstream(&printed, &size);
-  zeb::output.log_stream = log;
-  zeb::output.output_mask = zeb::no_console;
-  zeb::process.run_loop = true;
   static std::string file_name;
   file_name = name;
-  zeb::run_in_jump_context([] { zeb::push_file(file_name, {}); });
-  while (zeb::process.run_loop && zeb::input.top > 0) {
-    zeb::run_one_command();
-    if (only_first) zeb::pop_all();
-  }
-  zeb::flush_log();
-  zeb::output.log_stream = nullptr;
-  zeb::output.output_mask = 0;
-  std::fclose(log);
-  std::string result(printed, size);
-  std::free(printed);
+  std::string result = printed_by([only_first] {
+    zeb::process.run_loop = true;
+    zeb::run_in_jump_context([] { zeb::push_file(file_name, {}); });
+    while (zeb::process.run_loop && zeb::input.top > 0) {
+      zeb::run_one_command();
+      if (only_first) zeb::pop_all();
+    }
+  });
   std::remove(name);
   return result;
 }
