@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/collapsing.h"
+#include "search/relative_fit.h"
 #include "search/search_state.h"
 #include "search/stored_trees.h"
 #include "search/swap_run.h"
@@ -103,7 +104,25 @@ bool replace_in_buffer(swap_run& run, int u) {
   return replaced;
 }
 
+namespace {
+
+/// Worse trees are wanted only within the relative limit too.
+void cancel_worse_in_relation(swap_run& run, int u) {
+  if (search_settings.relative_suboptimal <= 0) return;
+  const joined_words home{run.clip_words(run.home_root), run.target_words(run.sister)};
+  const double home_score = run.score_without + run.home_cost;
+  for (swap_candidate& move : run.move_list.first(at(run.n_moves))) {
+    if (move.score <= home_score + run.rounding) continue;
+    const joined_words there{run.clip_words(u), run.target_words(move.branch)};
+    if (relative_fit_difference(run.data, home, there) > search_settings.relative_suboptimal)
+      move.branch = -1;
+  }
+}
+
+}  // namespace
+
 bool store_moves(swap_run& run, int u) {
+  cancel_worse_in_relation(run, u);
   bool chosen_is_known = false;
   const double slip = std::max(run.rounding, 1e-9);
   const double limit = run.chosen >= 0

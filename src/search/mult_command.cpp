@@ -180,14 +180,16 @@ void run_mult() {
 
 void mult_command() {
   const std::vector<option> options = mult_options();
+  mult_settings wanted = mult;
   const option_outcome outcome = read_search_options(
-      mult, std::span<const option>(options), "Unidentified string in mult options: %s",
+      wanted, std::span<const option>(options), "Unidentified string in mult options: %s",
       "Wrong argument for mult: %c", &options.front());
+  if (outcome == option_outcome::run) check_additions(wanted.addition);
+  mult = wanted;
   additions = mult.addition;
   swapping.outfreq = mult.outfreq;
   if (outcome == option_outcome::list) list_settings();
   if (outcome != option_outcome::run) return;
-  check_additions();
   run_mult();
   condense_if_automatic();
 }

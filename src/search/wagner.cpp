@@ -235,11 +235,11 @@ bool wagner_build::stop_at(int position) {
   return interrupted();
 }
 
-void check_additions() {
-  if (searching.slots.tbr_form && (additions.cluster_from > 0 || additions.look > 0)) {
+void check_additions(const addition_settings& wanted) {
+  if (searching.slots.tbr_form && (wanted.cluster_from > 0 || wanted.look > 0)) {
     error_end("Wagner with clusters or selected add. seqs. not implemented for landmarks");
   }
-  if (additions.cluster_from <= 0) return;
+  if (wanted.cluster_from <= 0) return;
   if (randomness.random_insertion) {
     error_end(
         "Sorry, wagner trees with node-clusters can't be done with random insertion sequence");
@@ -247,11 +247,11 @@ void check_additions() {
   if (searching.slots.forbids) {
     error_end("Sorry, wagner trees with node-clusters can't be done under tree-constraints");
   }
-  if (additions.look > 0) error_end("Cannot use selected addseqs together with clusters");
+  if (wanted.look > 0) error_end("Cannot use selected addseqs together with clusters");
 }
 
 void wagner_tree(std::span<std::int32_t> anc, int seed) {
-  check_additions();
+  check_additions(additions);
   search_data& data = *current_search_data;
   const int seed_before = randomness.random_seed;
   randomness.random_seed = seed;

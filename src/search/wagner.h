@@ -19,7 +19,7 @@ struct addition_settings {
 extern addition_settings additions;
 
 /// Raises the error of settings that can't go together.
-void check_additions();
+void check_additions(const addition_settings& wanted);
 
 /// Builds a binary tree of all active taxa into `anc` (internal numbering, `nodes` entries), rooted
 /// on terminal 0, from the seed (-1: the generator goes on as it is). Take the score with

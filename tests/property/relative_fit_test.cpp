@@ -1,0 +1,85 @@
+// Relative fit differences of moves against the steps of each character on both trees.
+#include "search/relative_fit.h"
+
+#include <gtest/gtest.h>
+
+#include "engine/packing.h"
+#include "property/random_matrix.h"
+#include "support/program.h"
+
+namespace zeb {
+namespace {
+
+using zeb_test::draw;
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+class relative_fit : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { zeb_test::start_program(); }
+  static void TearDownTestSuite() {
+    engine = {};
+    wipe_matrix();
+  }
+};
+
+naive::rooted_tree tree_in_work(const search_data& data) {
+  naive::rooted_tree tree{data.n, {data.tree.anc.begin(), data.tree.anc.end()}};
+  tree.parent[at(data.n)] = -1;
+  return tree;
+}
+
+/// The ratio by the steps of each character on both trees.
+double oracle_difference(const zeb_test::oracle_matrix& oracle, const search_data& data,
+                         const naive::rooted_tree& home, const naive::rooted_tree& other) {
+  double for_home = 0;
+  double for_other = 0;
+  std::vector<std::uint32_t> column(at(data.n));
+  for (std::size_t c = 0; c < oracle.cells.size(); ++c) {
+    for (int t = 0; t < data.n; ++t) column[at(t)] = oracle.cells[c][at(data.pack_to_taxon[at(t)])];
+    const long more = naive::least_steps(other, column, oracle.additive[c]) -
+                      naive::least_steps(home, column, oracle.additive[c]);
+    const auto cost = static_cast<double>(more * oracle.weight[c]);
+    (more > 0 ? for_home : for_other) += more > 0 ? cost : -cost;
+  }
+  return for_home > 0 ? (for_home - for_other) / for_home : 0;
+}
+
+TEST_F(relative_fit, is_that_of_the_two_trees) {
+  std::mt19937 g(41);
+  for (int round = 0; round < 80; ++round) {
+    zeb_test::data_shape shape = zeb_test::random_shape(g, 14, 40);
+    shape.ntax = std::max(shape.ntax, 5);
+    const zeb_test::oracle_matrix oracle = fill_matrix(shape, g);
+    prepare_search_data(true, true);
+    search_data& data = *current_search_data;
+    const naive::rooted_tree start = naive::random_tree(data.n, g);
+    tree_length(data, start.parent);
+    const naive::rooted_tree home = tree_in_work(data);
+    int clip = 0;
+    do clip = draw(g, 1, data.nodes - 1);
+    while (clip == data.n || data.tree.anc[at(clip)] == data.n);
+    const int sister = data.tree.sister[at(clip)];
+    const int joint = detach(data.tree, clip);
+    repair_after_clip(data, sister, clip);
+    std::vector<int> targets = {data.tree.sister[0]};
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+      if (targets[i] < data.n) continue;
+      targets.push_back(data.tree.first[at(targets[i])]);
+      targets.push_back(data.tree.second[at(targets[i])]);
+    }
+    const word* words =
+        clip < data.n ? data.sets[at(clip)].down : data.sets[at(data.tree.second[at(clip)])].branch;
+    for (const int target : targets) {
+      const double found = relative_fit_difference(data, {words, data.sets[at(sister)].branch},
+                                                   {words, data.sets[at(target)].branch});
+      attach(data.tree, clip, joint, target);
+      const double expected = oracle_difference(oracle, data, home, tree_in_work(data));
+      EXPECT_NEAR(found, expected, 1e-12) << "round " << round;
+      detach(data.tree, clip);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zeb
