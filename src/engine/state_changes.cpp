@@ -75,11 +75,17 @@ class change_counter {
     return std::span(counts_).subspan(at(node) * states_.size(), states_.size());
   }
 
+  // The cell of an additive character is the range of its states.
   void fill_terminal(int taxon) {
-    const std::uint32_t cell_states = cell(taxon, character_);
-    const bool silent = says_nothing(character_, cell_states);
+    std::uint32_t cell_states = cell(taxon, character_);
+    if (says_nothing(character_, cell_states)) return;
+    if (record_.additive) {
+      const int lowest = std::countr_zero(cell_states);
+      const int highest = 31 - std::countl_zero(cell_states);
+      cell_states = ((2U << highest) - 1) & ~((1U << lowest) - 1);
+    }
     for (std::size_t s = 0; s < states_.size(); ++s)
-      if (!silent && !(cell_states >> states_[s] & 1U)) row(taxon)[s].steps = impossible;
+      if (!(cell_states >> states_[s] & 1U)) row(taxon)[s].steps = impossible;
   }
 
   void add(int node, int descendant) {
