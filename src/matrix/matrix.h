@@ -78,7 +78,8 @@ struct matrix_state {
   std::uint32_t state_mask = 65535;          // all usable bits; also the cell of "?"
   bool gaps_are_states = false;              // `nstates gaps`
   std::uint8_t default_type = numeric_data;  // type of plain matrices, `nstates dna|prot|num`
-  int name_length = 32;  // bytes per taxon name, with the terminator (name_limit at reading)
+  bool one_scale = false;  // `nstates num N` above 10: digits may follow letters in a character
+  int name_length = 32;    // bytes per taxon name, with the terminator (name_limit at reading)
 
   // Rows, three views of the same addresses; use the one that agrees with cell_bytes, or cell().
   std::span<std::uint8_t*> rows8;  // nnodes entries; from ntax up null

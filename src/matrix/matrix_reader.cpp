@@ -7,6 +7,7 @@
 #include "matrix/block_format.h"
 #include "matrix/cell_reader.h"
 #include "matrix/continuous_reader.h"
+#include "matrix/letter_check.h"
 #include "matrix/matrix.h"
 #include "matrix/taxon_rows.h"
 #include "shell/arena.h"
@@ -31,11 +32,14 @@ int peek_past_blanks() {
   return c;
 }
 
-// The title with its quotes; empty without one. Quotes and signs in it are no macro references.
+// The title with its quotes; empty without one. Quotes and signs in it are no macro references, and
+// commas no ends of commands.
 std::string read_title() {
   const reading_flag plain(&macro_reading::no_expansion);
+  const comma_reading commas;
   std::string title;
   if (!accept_char('\'')) return title;
+  commas.set_literal(true);
   title = "'";
   for (;;) {
     const int c = read_char();
@@ -89,6 +93,7 @@ class matrix_reader {
   block_format format_;
   cell_reader cells_;
   continuous_reader continuous_;
+  letter_check letters_;
   std::byte* const high_at_start_ = arena.high;
   std::vector<int> block_first_ = {0};  // [0] unused
   std::vector<std::string> block_names_ = {"all"};
@@ -101,6 +106,9 @@ class matrix_reader {
 int matrix_reader::read_cells(const row_place& place) {
   if (format_.type == continuous_data) return continuous_.read_row(place);
   const int end = cells_.read_row(place);
+  if (format_.type == numeric_data && matrix.cell_bytes > 1 && !matrix.one_scale) {
+    letters_.check_row(place, end);
+  }
   if (format_.gaps && format_.type != numeric_data) trim_gaps(place.taxon, place.first, end);
   return end;
 }

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <vector>
 
+#include "matrix/letter_check.h"
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
@@ -130,7 +131,8 @@ bool matrix_writer::sections_are_blocks() const {
 
 void matrix_writer::write_head() {
   if (matrix.name_length != 32) out_.add(text_of("taxname +%i;\n", matrix.name_length));
-  out_.add(text_of(is_plain() ? "nstates num %i;\n" : "nstates %i;\n", 8 * matrix.cell_bytes));
+  const bool say_numeric = is_plain() || has_digits_and_letters();
+  out_.add(text_of(say_numeric ? "nstates num %i;\n" : "nstates %i;\n", 8 * matrix.cell_bytes));
   out_.add("xread\n");
   if (!matrix.title.empty()) out_.add(matrix.title + "\n");
   out_.add(text_of("%i %i\n", nchar_, static_cast<int>(taxa_.size())));

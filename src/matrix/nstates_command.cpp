@@ -34,6 +34,7 @@ int next_width() { return matrix.next_cell_bytes ? matrix.next_cell_bytes : matr
 void set_state_count(int states) {
   if (states < 1) error_end("Number of states must be 1-32");
   if (states > 32) error_end("Cannot use more than 32 states");
+  matrix.one_scale = false;
   set_cell_width(states <= 8 ? 1 : states <= 16 ? 2 : 4);
 }
 
@@ -45,7 +46,9 @@ void set_default_type(data_type type, int states) {
 void read_numeric() {
   matrix.default_type = numeric_data;
   int states = 0;
-  if (read_optional_int(&states)) set_state_count(states);
+  if (!read_optional_int(&states)) return;
+  set_state_count(states);
+  matrix.one_scale = states > digit_states;
 }
 
 void set_exactness(bool exact) {

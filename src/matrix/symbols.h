@@ -28,6 +28,8 @@ char symbol_of_set(data_type type, int cell_bytes, std::uint32_t states);
 /// How many states the type has symbols for at this width.
 int states_of_type(data_type type, int cell_bytes);
 
+constexpr int digit_states = 10;             // in alphanumeric data the states 0 to 9
+constexpr std::uint32_t digit_mask = 0x3ff;  // the others are letters
 constexpr std::uint32_t dna_bases = 15;
 constexpr std::uint32_t all_amino_acids = 0x1fffff;
 constexpr int dna_gap_state = 4;

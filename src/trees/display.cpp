@@ -84,6 +84,8 @@ void draw_tree(const_tree_span tree, std::string_view title,
 
 void plot_stored_tree(int number) { draw_tree(stored_tree(number), tree_heading(number), {}); }
 
-void register_display() { std::atexit(close_svg_file); }
+void register_display() {
+  std::atexit([] { close_svg_file(); });
+}
 
 }  // namespace zeb

@@ -25,6 +25,10 @@ class parenthetical_parser {
       } else if (c == ')') {
         close();
       } else if (c == ',') {
+        if (dialect_.comma_ends && tree_.at_root() && (root_closed_ || !tree_.root_opened())) {
+          finish();
+          return ';';
+        }
         just_closed_ = false;
       } else if (c < 128 && dialect_.terminators.find(static_cast<char>(c)) != c_none) {
         finish();

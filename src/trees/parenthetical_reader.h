@@ -16,6 +16,7 @@ struct parenthetical_dialect {
   char annotation = 0;                 // what stands before a text for the node just met; 0 none
   bool labels_behind_nodes = false;    // what follows ")" at once is a label of the node
   bool bracket_comments = false;       // "[...]" is skipped
+  bool comma_ends = false;             // a comma outside of all parentheses stands for ";"
   /// Reads what is neither parenthesis nor terminator, from its first character: terminals, copies
   /// of clades.
   std::function<void(tree_builder&)> read_item;

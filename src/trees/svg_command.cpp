@@ -140,6 +140,11 @@ void save_places(int array, const node_places& places) {
   svg_file.takes_additions = true;
 }
 
+void finish_drawing() {
+  const std::string name = svg_file.name;
+  if (!close_svg_file()) error_end("Cannot write to file", name);
+}
+
 void draw_tag_tree() {
   if (!tags.tags_present) error_end("No tree-tags defined!");
   read_item();
@@ -154,7 +159,7 @@ void draw_tag_tree() {
   if (request.coordinate_array >= 0)
     save_places(request.coordinate_array, places);
   else
-    close_svg_file();
+    finish_drawing();
   if (settings.report) report_line("Tree saved to file", name);
 }
 
@@ -162,7 +167,7 @@ void draw_tag_tree() {
 
 void graphic_tags() {
   const int c = skip_blanks_peek();
-  if (c == ';') return close_svg_file();
+  if (c == ';') return finish_drawing();
   if (accept_char('+')) return add_to_drawing();
   draw_tag_tree();
 }

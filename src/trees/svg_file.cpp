@@ -68,14 +68,18 @@ void grow_svg_page(double left, double top, double right, double bottom) {
   svg_file.bottom = std::max(svg_file.bottom, bottom);
 }
 
-void close_svg_file() {
-  if (!svg_file.stream) return;
+bool close_svg_file() {
+  if (!svg_file.stream) return true;
   write_svg("</g>\n</svg>\n");
-  std::fseek(svg_file.stream, static_cast<long>(xml_declaration.size()), SEEK_SET);
-  write_svg(svg_element());
-  std::fclose(svg_file.stream);
+  // What can't be wound back, as a pipe, keeps the size it began with.
+  if (std::fseek(svg_file.stream, static_cast<long>(xml_declaration.size()), SEEK_SET) == 0) {
+    write_svg(svg_element());
+  }
+  const bool good = std::ferror(svg_file.stream) == 0;
+  const bool closed = std::fclose(svg_file.stream) == 0;
   svg_file.stream = nullptr;
   svg_file.takes_additions = false;
+  return good && closed;
 }
 
 }  // namespace zeb

@@ -24,6 +24,7 @@ void write_svg(std::string_view text);
 /// Makes sure that the page shows the rectangle.
 void grow_svg_page(double left, double top, double right, double bottom);
 /// Ends the drawing, with the page as large as all that it holds. Nothing without an open file.
-void close_svg_file();
+/// False when something couldn't be written.
+bool close_svg_file();
 
 }  // namespace zeb

@@ -48,6 +48,10 @@ tree_text_reader::tree_text_reader(int ntax) : ntax_(ntax), tree_(ntax), marks_(
 int tree_text_reader::read_tree() {
   tags_.clear();
   mended_ = false;
+  // Typed commas end commands; within the parentheses of a tree they separate as in files.
+  const comma_reading commas;
+  commas.set_literal(true);
+  dialect_.comma_ends = input.top == 0;
   return read_parenthetical(tree_, dialect_);
 }
 
@@ -123,7 +127,10 @@ void tree_text_reader::read_tag(int node) {
   if (mended_) error_end(must_balance);
   std::string text;
   int c = read_char();
-  for (; c >= 33 && c != '*' && c != ';'; c = read_char()) {
+  const auto ends_tag = [&](int next) {
+    return next < 33 || next == '*' || next == ';' || (next == ',' && dialect_.comma_ends);
+  };
+  for (; !ends_tag(c); c = read_char()) {
     if (static_cast<int>(text.size()) < tags.tag_size - 1) text += static_cast<char>(c);
   }
   unread_char();

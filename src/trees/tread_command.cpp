@@ -47,8 +47,10 @@ bool read_tag_choice() {
 /// A title in quotes, if one comes next. Quotes and signs in it are no macro references.
 std::string read_title() {
   const reading_flag plain(&macro_reading::no_expansion);
+  const comma_reading commas;
   std::string title;
   if (!accept_char('\'')) return title;
+  commas.set_literal(true);
   for (int c = read_char(); c != '\''; c = read_char()) {
     title += static_cast<char>(c);
     if (title.size() > 10000) error_end("Title of trees too long (is its quote closed?)");

@@ -37,6 +37,13 @@ void close_by_user() {
   report_closing(file);
 }
 
+void open_by_user(const std::string& name, bool parenthetical) {
+  check_end();
+  const tree_file_state former = tree_file;
+  open_tree_file(name, parenthetical);
+  if (former.stream) report_closing(former);
+}
+
 void save_in_one_shot(bool parenthetical) {
   const std::string name = read_file_name();
   check_end();
@@ -147,12 +154,14 @@ void tsave_command() {
     }
     return;
   }
-  if (accept_char('/')) {
+  const bool slash = accept_char('/');
+  if (slash && at_end_of_word(false)) {
     check_end();
     close_by_user();
     return;
   }
   require_data("opening a tree file");
+  if (slash) return open_by_user("/" + read_file_name(), false);
   // "=" and "*" in either order.
   bool parenthetical = accept_char('*');
   const bool at_once = accept_char('=');
@@ -160,11 +169,7 @@ void tsave_command() {
   if (at_once) {
     save_in_one_shot(parenthetical);
   } else {
-    const std::string name = read_file_name();
-    check_end();
-    const tree_file_state former = tree_file;
-    open_tree_file(name, parenthetical);
-    if (former.stream) report_closing(former);
+    open_by_user(read_file_name(), parenthetical);
   }
 }
 

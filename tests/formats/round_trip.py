@@ -58,7 +58,7 @@ def random_data(rnd):
     gaps = rnd.choice(["gaps", "nogaps"])
     taxa = rnd.sample(NAMES, rnd.randint(5, 9))
     nchar = sum(length for _, length in blocks)
-    lines = [f"nstates {states};", "xread", "'Random data, (made) by \"chance\"'", f"{nchar} {len(taxa)}"]
+    lines = [f"nstates num {states};", "xread", "'Random data, (made) by \"chance\"'", f"{nchar} {len(taxa)}"]
     numeric, start = [], 0
     for kind, length in blocks:
         lines.append(f"&[{kind} {gaps}]" if kind not in ("numeric", "continuous") else f"&[{kind}]")
