@@ -9,6 +9,7 @@
 #include "shell/indices.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
+#include "trees/command_text.h"
 #include "trees/commands.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_groups.h"
@@ -59,7 +60,7 @@ void tequal_command() {
   bool any = false;
   for (int t = 0; t < store.ntrees; ++t) {
     if (sets[at(t)].empty()) continue;
-    emit("Identical trees: ", t, sets[at(t)], "\n");
+    emit_broken_at_blanks("Identical trees: " + std::to_string(t) + sets[at(t)]);
     any = true;
   }
   if (!any) report_line("No identical trees");

@@ -7,6 +7,7 @@
 #include "shell/lexer.h"
 #include "shell/output.h"
 #include "shell/process.h"
+#include "trees/command_text.h"
 #include "trees/commands.h"
 #include "trees/tree_lists.h"
 #include "trees/tree_store.h"
@@ -91,7 +92,7 @@ void tchoose_command() {
   for (int t = 0; t < store.ntrees; ++t) {
     if (chosen[at(t)]) line += std::to_string(t) + ' ';
   }
-  emit(line, "\n");
+  emit_broken_at_blanks(line);
   select_trees(chosen);
   report_count("trees selected");
 }

@@ -37,6 +37,7 @@ void show_parenthetical() {
     if (!chosen[static_cast<std::size_t>(t)]) continue;
     emit_broken_at_blanks(stored_tree_text(stored_tree(t)) + (--left > 0 ? " *" : " ; "));
   }
+  if (count == 0) emit(" ; \n");
 }
 
 /// "+" and "-", once or twice.

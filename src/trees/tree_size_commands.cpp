@@ -7,6 +7,7 @@
 #include "shell/indices.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
+#include "trees/command_text.h"
 #include "trees/commands.h"
 #include "trees/tables.h"
 #include "trees/tree_lists.h"
@@ -53,10 +54,11 @@ template <class predicate>
 void print_taxa(const inclusion& found, const char* what, predicate wanted) {
   const auto count = std::count_if(found.trees_with.begin(), found.trees_with.end(), wanted);
   report_line(count, what, std::to_string(found.trees) + " tree(s):");
+  std::string taxa;
   for (int taxon = 0; taxon < matrix.ntax; ++taxon) {
-    if (wanted(found.trees_with[at(taxon)])) emit(taxon_label(taxon), " ");
+    if (wanted(found.trees_with[at(taxon)])) taxa += taxon_label(taxon) + " ";
   }
-  emit("\n");
+  emit_broken_at_blanks(taxa);
 }
 
 }  // namespace

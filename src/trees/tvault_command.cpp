@@ -11,6 +11,7 @@
 #include "shell/lists.h"
 #include "shell/output.h"
 #include "shell/process.h"
+#include "trees/command_text.h"
 #include "trees/commands.h"
 #include "trees/tags.h"
 #include "trees/tree_file.h"
@@ -97,9 +98,10 @@ void put_array_in() {
 void write_vault() {
   emit(text_of("tread '%i trees from vault'\n", store.vault_trees));
   for (int t = 0; t < store.vault_trees; ++t) {
-    emit(stored_tree_text(vault_tree(t)), t + 1 < store.vault_trees ? "*\n" : "");
+    emit_broken_at_blanks(stored_tree_text(vault_tree(t)) +
+                          (t + 1 < store.vault_trees ? "*" : ";"));
   }
-  emit(";\n");
+  if (store.vault_trees == 0) emit(";\n");
 }
 
 }  // namespace
