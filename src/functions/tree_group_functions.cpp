@@ -1,5 +1,7 @@
 // Groups of trees: which tree has them, how often, and how unlike two trees are.
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <set>
 #include <vector>
 
@@ -9,21 +11,62 @@
 #include "functions/function_table.h"
 #include "functions/tree_arguments.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
 #include "shell/lexer.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
 
-bool includes(const std::vector<int>& large, const std::vector<int>& small) {
-  return std::includes(large.begin(), large.end(), small.begin(), small.end());
+// Taxa as bits, 64 in a word.
+using taxon_set = std::vector<std::uint64_t>;
+
+taxon_set no_taxa() { return taxon_set((static_cast<std::size_t>(matrix.ntax) + 63) / 64, 0); }
+void add_taxon(taxon_set& set, int taxon) {
+  set[static_cast<std::size_t>(taxon) / 64] |= std::uint64_t{1} << (taxon % 64);
+}
+int size_of(const taxon_set& set) {
+  int size = 0;
+  for (const std::uint64_t word : set) size += std::popcount(word);
+  return size;
+}
+taxon_set shared_by(const taxon_set& a, const taxon_set& b) {
+  taxon_set both = a;
+  for (std::size_t i = 0; i < both.size(); ++i) both[i] &= b[i];
+  return both;
 }
 
-bool overlap(const std::vector<int>& a, const std::vector<int>& b) {
-  std::vector<int> shared;
-  std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(shared));
-  return !shared.empty();
+// The taxa below each node of a tree, from 0 to its last node.
+std::vector<taxon_set> sets_of(const_tree_span tree) {
+  std::vector<taxon_set> sets(static_cast<std::size_t>(node_limit(tree, matrix.ntax)), no_taxa());
+  for (int t = 0; t < matrix.ntax; ++t)
+    if (!is_absent(tree, t)) add_taxon(sets[static_cast<std::size_t>(t)], t);
+  const descendant_lists lists = descendants_of(tree, matrix.ntax);
+  const std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
+  for (auto node = order.rbegin(); node != order.rend(); ++node) {
+    taxon_set& set = sets[static_cast<std::size_t>(*node)];
+    for (int d = lists.first[static_cast<std::size_t>(*node)]; d >= 0;
+         d = lists.sibling[static_cast<std::size_t>(d)]) {
+      const taxon_set& below = sets[static_cast<std::size_t>(d)];
+      for (std::size_t i = 0; i < set.size(); ++i) set[i] |= below[i];
+    }
+  }
+  return sets;
+}
+const taxon_set& root_set(const std::vector<taxon_set>& sets) {
+  return sets[static_cast<std::size_t>(matrix.ntax)];
+}
+
+// What two groups are to each other.
+enum relation { incompatible, first_includes, second_includes, equal, disjunct };
+
+relation relate(const taxon_set& a, const taxon_set& b) {
+  const int both = size_of(shared_by(a, b));
+  const bool more_in_a = size_of(a) > both;
+  const bool more_in_b = size_of(b) > both;
+  if (!more_in_a && !more_in_b) return equal;
+  if (!more_in_b) return first_includes;
+  if (!more_in_a) return second_includes;
+  return both ? incompatible : disjunct;
 }
 
 double compare_two_groups() {
@@ -31,21 +74,24 @@ double compare_two_groups() {
   const tree_and_node first = tree_then_node();
   const tree_and_node second = tree_then_node();
   close_brackets();
-  const std::vector<int> a = terminals_of(first.tree, first.node);
-  const std::vector<int> b = terminals_of(second.tree, second.node);
-  if (a == b) return 3;
-  if (includes(a, b)) return 1;
-  if (includes(b, a)) return 2;
-  return overlap(a, b) ? 0 : 4;
+  return relate(sets_of(first.tree)[static_cast<std::size_t>(first.node)],
+                sets_of(second.tree)[static_cast<std::size_t>(second.node)]);
 }
 
-// Node of the tree with the group; 0 none but compatible, -1 contradicted.
-int matching_node(const std::vector<int>& group, const_tree_span tree) {
+// Node of a tree with the group, by the taxa that both trees have, and the smallest such; 0 none
+// but compatible, -1 contradicted.
+int matching_node(const taxon_set& group, const std::vector<taxon_set>& other,
+                  const taxon_set& shared) {
+  const taxon_set wanted = shared_by(group, shared);
+  if (size_of(wanted) < 2) return 0;
   int answer = 0;
-  for (int node = matrix.ntax; node < node_limit(tree, matrix.ntax); ++node) {
-    const std::vector<int> other = terminals_of(tree, node);
-    if (other == group) return node;
-    if (!includes(group, other) && !includes(other, group) && overlap(group, other)) answer = -1;
+  for (int node = matrix.ntax; node < static_cast<int>(other.size()); ++node) {
+    const taxon_set& whole = other[static_cast<std::size_t>(node)];
+    const relation r = relate(wanted, shared_by(whole, shared));
+    const bool smaller =
+        answer <= 0 || size_of(whole) < size_of(other[static_cast<std::size_t>(answer)]);
+    if (r == equal && smaller) answer = node;
+    if (r == incompatible) answer = -1;
   }
   return answer;
 }
@@ -56,26 +102,33 @@ double equal_group() {
   const const_tree_span other = stored_tree(tree_argument());
   close_brackets();
   if (t.node < matrix.ntax) return is_absent(other, t.node) ? 0 : t.node;
-  return matching_node(terminals_of(t.tree, t.node), other);
+  const std::vector<taxon_set> a = sets_of(t.tree);
+  const std::vector<taxon_set> b = sets_of(other);
+  return matching_node(a[static_cast<std::size_t>(t.node)], b, shared_by(root_set(a), root_set(b)));
 }
 
 double group_to_group() {
   open_brackets();
-  const const_tree_span a = stored_tree(tree_argument());
-  const const_tree_span b = stored_tree(tree_argument());
+  const const_tree_span first = stored_tree(tree_argument());
+  const const_tree_span second = stored_tree(tree_argument());
   close_brackets();
+  const std::vector<taxon_set> a = sets_of(first);
+  const std::vector<taxon_set> b = sets_of(second);
+  const taxon_set shared = shared_by(root_set(a), root_set(b));
   std::vector<int> nodes;
-  for (int t = 0; t < matrix.ntax; ++t) nodes.push_back(is_absent(b, t) ? 0 : t);
-  for (int node = matrix.ntax; node < node_limit(a, matrix.ntax); ++node) {
-    nodes.push_back(matching_node(terminals_of(a, node), b));
-  }
+  for (int t = 0; t < matrix.ntax; ++t)
+    nodes.push_back(is_absent(first, t) || is_absent(second, t) ? 0 : t);
+  for (std::size_t node = nodes.size(); node < a.size(); ++node)
+    nodes.push_back(matching_node(a[node], b, shared));
   return write_nodes("Grptogrp", nodes);
 }
 
-std::set<std::vector<int>> groups_of(const_tree_span tree) {
-  std::set<std::vector<int>> groups;
-  for (int node = matrix.ntax + 1; node < node_limit(tree, matrix.ntax); ++node) {
-    groups.insert(terminals_of(tree, node));
+// Groups of two or more of the shared taxa, but not all of them.
+std::set<taxon_set> groups_among(const std::vector<taxon_set>& sets, const taxon_set& shared) {
+  std::set<taxon_set> groups;
+  for (std::size_t node = static_cast<std::size_t>(matrix.ntax) + 1; node < sets.size(); ++node) {
+    taxon_set group = shared_by(sets[node], shared);
+    if (size_of(group) > 1 && group != shared) groups.insert(std::move(group));
   }
   return groups;
 }
@@ -92,8 +145,11 @@ group_difference compare_trees() {
   const const_tree_span first = stored_tree(tree_argument());
   const const_tree_span second = stored_tree(tree_argument());
   close_brackets();
-  const auto a = groups_of(first);
-  const auto b = groups_of(second);
+  const std::vector<taxon_set> sets_a = sets_of(first);
+  const std::vector<taxon_set> sets_b = sets_of(second);
+  const taxon_set shared = shared_by(root_set(sets_a), root_set(sets_b));
+  const auto a = groups_among(sets_a, shared);
+  const auto b = groups_among(sets_b, shared);
   group_difference result;
   result.all = static_cast<double>(a.size() + b.size());
   for (const auto& group : a) result.unshared += !b.contains(group);
@@ -111,36 +167,32 @@ double robinson_foulds() {
 double monophyletic() {
   open_brackets();
   const const_tree_span tree = stored_tree(tree_argument());
-  std::vector<int> group;
-  while (skip_blanks_peek() != ']') group.push_back(taxon_argument());
+  taxon_set group = no_taxa();
+  while (skip_blanks_peek() != ']') add_taxon(group, taxon_argument());
   close_brackets();
-  std::sort(group.begin(), group.end());
-  group.erase(std::unique(group.begin(), group.end()), group.end());
-  return group.size() < 2 || matching_node(group, tree) > 0;
+  if (size_of(group) < 2) return 1;
+  const std::vector<taxon_set> sets = sets_of(tree);
+  return std::find(sets.begin(), sets.end(), group) != sets.end();
 }
 
-// Share of the taxa of either group that both have (Jaccard 1901), over the taxa of both trees.
-double similarity(const std::vector<int>& a, const std::vector<int>& b) {
-  std::vector<int> shared;
-  std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(shared));
-  const auto common = static_cast<double>(shared.size());
-  return common / (static_cast<double>(a.size() + b.size()) - common);
-}
-
-// The first node where several are as similar. Terminals count for groups of one taxon only.
+// The node whose group shares most taxa, of those in either (Jaccard 1901); the first of several.
+// Terminals count for groups of one taxon only.
 double most_similar_node() {
   open_brackets();
   const tree_and_node t = tree_then_node();
   const const_tree_span other = stored_tree(tree_argument());
   close_brackets();
-  const std::vector<int> group = terminals_of(t.tree, t.node);
   if (t.node < matrix.ntax) return is_absent(other, t.node) ? 0 : t.node;
+  const taxon_set group = sets_of(t.tree)[static_cast<std::size_t>(t.node)];
+  const std::vector<taxon_set> sets = sets_of(other);
   int best = 0;
   double highest = 0;
-  for (int node = matrix.ntax; node < node_limit(other, matrix.ntax); ++node) {
-    const double value = similarity(group, terminals_of(other, node));
-    if (value <= highest) continue;
-    highest = value;
+  for (int node = matrix.ntax; node < static_cast<int>(sets.size()); ++node) {
+    const taxon_set& set = sets[static_cast<std::size_t>(node)];
+    const int both = size_of(shared_by(group, set));
+    const double similarity = both / static_cast<double>(size_of(group) + size_of(set) - both);
+    if (similarity <= highest) continue;
+    highest = similarity;
     best = node;
   }
   return best;
