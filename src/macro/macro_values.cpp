@@ -21,25 +21,10 @@ value_source last_value;
 namespace {
 
 constexpr std::size_t longest_token = 500;
-constexpr int deepest_expression = 2000;  // operands within operands; the machine stack holds more
+constexpr int deepest_nesting = 1000;  // the machine's stack holds many more
 word_resolver resolve_function = nullptr;
 word_resolver resolve_name = nullptr;
-int expression_depth = 0;
-
-class depth_guard {
- public:
-  depth_guard() {
-    if (++expression_depth > deepest_expression) {
-      expression_depth = 0;
-      error_end("Expression is nested too deep");
-    }
-  }
-  ~depth_guard() {
-    if (expression_depth > 0) --expression_depth;
-  }
-  depth_guard(const depth_guard&) = delete;
-  depth_guard& operator=(const depth_guard&) = delete;
-};
+int nesting = 0;
 
 constexpr std::array<bool, 256> make_token_ends() {
   std::array<bool, 256> ends{};
@@ -104,7 +89,7 @@ bool put_back(const char* from, std::size_t length) {
 
 // The value reader. Returns false only in tolerant reading, with nothing but blanks consumed.
 bool read_operand(double* value, reading mode) {
-  const depth_guard guard;  // functions, subscripts and expansions read operands within operands
+  const nesting_guard guard;
   last_value = {};
   int c = skip_blanks_peek();
   double sign = 1;
@@ -264,12 +249,12 @@ double read_evaluated_operand(std::string* echo) {
     return value;
   }
   if (accept_char('!')) {
-    const depth_guard guard;
+    const nesting_guard guard;
     if (echo) *echo += "!";
     return read_evaluated_operand(echo) == 0;
   }
   if (accept_char('-')) {
-    const depth_guard guard;
+    const nesting_guard guard;
     if (echo) *echo += "-";
     return -read_evaluated_operand(echo);
   }
@@ -281,6 +266,16 @@ double read_evaluated_operand(std::string* echo) {
 }
 
 }  // namespace
+
+nesting_guard::nesting_guard() {
+  if (++nesting <= deepest_nesting) return;
+  nesting = 0;
+  error_end("Expression is nested too deep");
+}
+
+nesting_guard::~nesting_guard() {
+  if (nesting > 0) --nesting;
+}
 
 bool macro_read_value(double* value, bool* parenthesised) {
   if (!read_operand(value, reading::tolerant)) return false;
@@ -314,9 +309,9 @@ double macro_subscript(bool minus_opens_range) {
 }
 
 double evaluate(expression_end end, std::string* echo) {
-  const depth_guard guard;
+  const nesting_guard guard;
   int c = skip_blanks_peek();
-  if (c == '[' && end == expression_end::parenthesis) {
+  if (c == '[') {
     read_char();
     end = expression_end::bracket;
     c = skip_blanks_peek();

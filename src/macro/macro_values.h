@@ -14,6 +14,16 @@ struct value_source {
 };
 extern value_source last_value;
 
+/// Counts what is read within something else (expressions, operands, expansions) for its lifetime;
+/// ends the command where that goes too deep for the machine's stack.
+class nesting_guard {
+ public:
+  nesting_guard();
+  ~nesting_guard();
+  nesting_guard(const nesting_guard&) = delete;
+  nesting_guard& operator=(const nesting_guard&) = delete;
+};
+
 /// The number reader that replaces the plain one: false, with nothing but blanks consumed, where no
 /// number, expression, variable or function comes next.
 bool macro_read_value(double* value, bool* parenthesised);

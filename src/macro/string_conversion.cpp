@@ -166,6 +166,7 @@ std::string variable_text(int base, bool named) {
 }  // namespace
 
 void convert_string() {
+  const nesting_guard guard;
   std::string text;
   const int first = peek_raw_char();
   if (std::isalpha(first)) {

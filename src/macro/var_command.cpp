@@ -233,8 +233,7 @@ void dename() {
   const double number = last_value.named ? value : value + var_shift();
   if (!(number >= 0)) error_end("No variable number", value_text(number));
   // Variables above N go, N itself stays.
-  if (number < macros.max_variables)
-    dename_from(std::max(static_cast<int>(number) + 1, var_shift()));
+  if (number < macros.max_variables) dename_from(static_cast<int>(number) + 1);
 }
 
 }  // namespace

@@ -106,6 +106,7 @@ std::string range_text(const variable_reference& reference, std::size_t* tail) {
 }  // namespace
 
 void expand_variable(char quote) {
+  const nesting_guard guard;
   const local_format format = read_local_format();
   const variable_reference reference = read_variable_reference(true);
   int c = read_raw_char();

@@ -156,8 +156,8 @@ def damaged(source, text):
 
 def script(source, typed):
     writer = script_writer(source)
-    text = writer.pick("", "", "macfloat -; ", "macro prot 0; ", "macro prot 1; ", "macro *3 50; ",
-                       "macro *40 5000; macro [900; ")
+    text = writer.pick("macro *3 50; ", *["macro *40 5000; macro [900; " + setting for setting in
+                         ("", "", "macfloat -; ", "macro prot 0; ", "macro prot 1; ")])
     text += "macro =;\nvar: x y a[5] b[5] m[2 3] d[2 2 2] s[30]; set s $hello world; var: big[3000];\n"
     for _ in range(source.randrange(1, 12)):
         text += writer.statement() + "\n"
