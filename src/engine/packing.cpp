@@ -8,6 +8,7 @@
 #include "engine/implied_weighting.h"
 #include "matrix/matrix.h"
 #include "shell/arena.h"
+#include "shell/data_memory.h"
 #include "shell/errors.h"
 
 namespace zeb {
@@ -213,7 +214,7 @@ void prepare_search_data(bool, bool silent) {
   packed.made_for = std::move(wanted);
   packed.valid = true;
   current_search_data = &packed.data;
-  if (!silent && arena_free() < arena.size / 20)
+  if (!silent && memory.extra_for_searches && arena_free() < arena.size / 20)
     warning(
         "Free memory is low (below 5% of search memory).\nYou may run out of memory during the "
         "search.\n");

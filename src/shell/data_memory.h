@@ -15,7 +15,7 @@ extern memory_settings memory;
 struct data_description {
   int ntax = 0, nchar = 0, nstates = 0;
   int maxtrees = 0;
-  int vault_trees = 0;
+  int vault_trees = 0;  // that the vault has room for
 };
 void set_data_describer(data_description (*describe)());
 /// Drops the data set, before the arena is created anew. Registered at start-up.
