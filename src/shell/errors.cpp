@@ -51,7 +51,7 @@ const char* start_of_shown_text(const input_frame& frame) {
 
 void show_text_place(const char* text, const char* position) {
   const char* end = text + std::strlen(text);
-  if (position < text || position > end) return;
+  if (position < text || position > end || text == end) return;
   const std::ptrdiff_t length = end - text;
   const std::ptrdiff_t place = position - text;
   std::ptrdiff_t first = std::max<std::ptrdiff_t>(0, place - shown_before);

@@ -151,6 +151,7 @@ void skip_byte_order_mark(std::FILE* stream) {
 
 // What is left of the command that failed goes, unless its ";" has been read already.
 void drop_rest_of_argument_command() {
+  if (input.argument_position == 0) return;  // start-up failed, not a command
   if (input.read_position > top_frame().text && input.read_position[-1] == ';') return;
   while (*input.read_position && *input.read_position != ';' && *input.read_position != ',') {
     ++input.read_position;

@@ -70,7 +70,7 @@ int run_process(int argc, char** argv) {
   process.background = mode == run_mode::background;
   if (!process.background) start_console();
   process.start_time = process.command_start = process.stopwatch_start = wall_clock();
-  watch_for_math_errors();
+  set_signals();
   start_output();
   start_input(10, joined_arguments(argc, argv), argc > 1 ? process.program_name : "Standard Input");
   run_in_jump_context([] { create_arena(arena.size); });

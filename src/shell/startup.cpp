@@ -58,6 +58,9 @@ std::string joined_arguments(int argc, char** argv) {
   return text;
 }
 
-void watch_for_math_errors() { std::signal(SIGFPE, end_at_math_error); }
+void set_signals() {
+  std::signal(SIGFPE, end_at_math_error);
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no more is a write that fails
+}
 
 }  // namespace zeb

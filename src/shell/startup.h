@@ -14,7 +14,8 @@ enum class run_mode {
 run_mode run_mode_of(int argc, char** argv);
 /// All arguments with a blank between them and a newline at the end; empty without any.
 std::string joined_arguments(int argc, char** argv);
-/// Ends the process with a clear message where the processor reports an arithmetic error.
-void watch_for_math_errors();
+/// What signals do: an arithmetic error ends the process with a clear message; a file that meets
+/// the limit of its size doesn't.
+void set_signals();
 
 }  // namespace zeb
