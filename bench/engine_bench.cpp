@@ -137,11 +137,13 @@ evolved_data& evolved() {
 }
 
 /// Data packed, with kernels of one width and the true tree in work.
-search_data& in_work(int bits) {
+search_data& in_work(int bits, bool implied = false) {
   evolved_data& e = evolved();
+  engine.implied_on = implied;
+  prepare_search_data(true, true);
   search_data& data = *current_search_data;
   bind_kernels(data);
-  data.kernels = kernels_of_width(bits, scoring_mode::uniform);
+  data.kernels = kernels_of_width(bits, mode_of(data));
   data.undo.piece_words = bits / 32;
   data.undo.capacity = static_cast<std::int32_t>(
       std::min(data.undo.where_size, data.undo.words_size / at(bits / 32)));
@@ -231,6 +233,32 @@ void scan_all_branches(benchmark::State& state) {
 BENCHMARK(scan_all_branches)
     ->ArgNames({"bits", "bound"})
     ->ArgsProduct({{32, 64, 256, 512}, {10, 30, 100000}});
+
+/// The same under implied weights, with a bound in fit.
+void fit_scan_all_branches(benchmark::State& state) {
+  search_data& data = in_work(static_cast<int>(state.range(0)), true);
+  std::vector<std::int32_t> nodes;
+  for (int v = 1; v < data.nodes; ++v)
+    if (v != data.n) nodes.push_back(v);
+  const int count = static_cast<int>(nodes.size());
+  const double bound = static_cast<double>(state.range(1)) / 100;
+  std::int64_t pairs = 0;
+  for (auto _ : state) {
+    for (int t = 1; t < data.n; t += 10) {
+      double cost = 0;
+      for (int i = 0; i < count; ++i)
+        i = data.kernels.fit.scan_pairs(data.sets[at(t)].branch, data.branch_base, data.set_stride,
+                                        nodes.data(), i, count, data.layout, bound, &cost);
+      benchmark::DoNotOptimize(cost);
+      pairs += count;
+    }
+  }
+  state.counters["ns_per_pair"] = benchmark::Counter(
+      static_cast<double>(pairs) * 1e-9, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(fit_scan_all_branches)
+    ->ArgNames({"bits", "hundredths"})
+    ->ArgsProduct({{32, 64, 256, 512}, {10, 30, 100}});
 
 }  // namespace
 }  // namespace zeb

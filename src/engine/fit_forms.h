@@ -5,9 +5,11 @@
 // the cost of one more step by field, so that a kernel reads one number for each failed field. The
 // fields of a character lie side by side: where there are several (additive characters), the walk
 // over the flags meets them one after the other and charges the second one as the second step.
+// Scans do without the walk for candidates that are over the bound by costs rounded down.
 #pragma once
 
 #include "engine/kernel_forms.h"
+#include "engine/step_costs.h"
 
 namespace zeb {
 namespace {
@@ -111,25 +113,34 @@ double fit_triple(const word* clip, const word* a, const word* b, const kernel_l
       layout, [=](double cost) { return cost > bound; });
 }
 
+/// Costs from below, in whole units.
+template <class V>
+struct coarse_cost : digit_cost<V> {
+  explicit coarse_cost(const kernel_layout& layout)
+      : digit_cost<V>(layout.fits.coarse_planes, coarse_digits,
+                      static_cast<std::size_t>(layout.end4)) {}
+};
+
+/// Most candidates are over the bound by their coarse costs alone, which are bit counts.
 template <class V>
 int fit_scan(const word* clip, const word* base, std::size_t stride, const std::int32_t* items,
              int from, int count, const kernel_layout& layout, double bound, double* cost) {
+  // Room for what rounding may have taken from the sum of the fractions.
+  const double units = bound * layout.fits.coarse_scale * (1 + 1e-9);
+  constexpr std::int32_t unbounded = 1 << 30;
+  const std::int32_t most = units < unbounded ? static_cast<std::int32_t>(units) : unbounded;
+  if (bound <= 0) return count;
   for (int i = from; i < count; ++i) {
-    const word* const branch = base + static_cast<std::size_t>(items[i]) * stride;
-    *cost = fit_pair<V>(clip, branch, layout, bound);
+    std::int32_t coarse;
+    i = scan_pairs<V, coarse_cost<V>>(clip, base, stride, items, i, count, layout, most, &coarse);
+    if (i == count) break;
+    *cost = fit_pair<V>(clip, base + static_cast<std::size_t>(items[i]) * stride, layout, bound);
     if (*cost < bound) return i;
   }
   return count;
 }
 
 // ---- counting the steps of joining ----
-
-/// Writes what one more step costs to all fields of the character.
-inline double refresh_step_cost(const fit_layout& fits, const fit_counter& c) {
-  const double cost = c.weight * fits.fit_step[c.steps];
-  for (std::int32_t f = 0; f < c.fields; ++f) fits.step_cost[c.first_field + f] = cost;
-  return cost;
-}
 
 template <class V, int G, class F>
 inline void for_each_failed(const field_numbers& numbers, const word* clip, const word* branch,
@@ -158,15 +169,14 @@ inline void move_counters(const word* clip, const word* branch, const kernel_lay
 
 template <class V>
 void add_fit_steps(const word* clip, const word* branch, const kernel_layout& layout) {
-  move_counters<V>(clip, branch, layout, 1,
-                   [&](const fit_counter& c) { refresh_step_cost(layout.fits, c); });
+  move_counters<V>(clip, branch, layout, 1, [&](fit_counter& c) { refresh_step_cost(layout, c); });
 }
 
 template <class V>
 double remove_fit_steps(const word* clip, const word* branch, const kernel_layout& layout) {
   double cost = 0;
   move_counters<V>(clip, branch, layout, -1,
-                   [&](const fit_counter& c) { cost += refresh_step_cost(layout.fits, c); });
+                   [&](fit_counter& c) { cost += refresh_step_cost(layout, c); });
   return cost;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/step_costs.h"
 #include "shell/arena.h"
 
 namespace zeb {
@@ -18,6 +19,16 @@ int first_field_number(const search_data& data, int group) {
   int number = 0;
   for (int g = 0; g < group; ++g) number += data.field_count[at(g)];
   return number;
+}
+
+/// Bit that flags the first field of a group in its first word, and the bits between flags.
+struct flag_places {
+  int first;
+  int width;
+};
+flag_places flags_of_group(int group) {
+  const int width = field_bits[at(group)];
+  return {group == 0 ? 0 : width - 1, width};
 }
 
 /// Homoplasy before any step is counted, with the offset. A character without fields never gets
@@ -55,25 +66,43 @@ void prepare_fit_tables(search_data& data) {
   data.counters = alloc_low<fit_counter>(data.entries.size());
   data.counter_of = alloc_low<std::int32_t>(data.field_weight.size());
   data.step_cost = calloc_low<double>(data.field_weight.size());
+  constexpr std::size_t cache_line = 64;
+  data.coarse_planes = alloc_low<word>(coarse_digits * at(data.layout.end4), cache_line);
   std::fill(data.counter_of.begin(), data.counter_of.end(), -1);
-  data.layout.fits = {data.counters.data(), data.counter_of.data(), data.step_cost.data(),
-                      data.fit_step.data(), 0};
+  std::int32_t shared_end = 0;
   for (std::size_t i = 0; i < data.entries.size(); ++i) {
     const pack_entry& e = data.entries[i];
     const int first = first_field_number(data, e.group) + e.first_field;
-    data.counters[i] = {0, 0, first, e.fields};
+    const flag_places flags = flags_of_group(e.group);
+    fit_counter& c = data.counters[i];
+    c = {};
+    c.first_field = first;
+    c.fields = e.fields;
+    c.first_flag = 32 * data.group_start[at(e.group)] + flags.first + e.first_field * flags.width;
+    c.flag_width = flags.width;
     std::fill_n(data.counter_of.begin() + first, e.fields, static_cast<std::int32_t>(i));
-    if (e.fields > 1)
-      data.layout.fits.shared_end =
-          std::max(data.layout.fits.shared_end, (e.first_field + e.fields - 1) / 16 + 1);
+    if (e.fields > 1) shared_end = std::max(shared_end, (e.first_field + e.fields - 1) / 16 + 1);
   }
+  data.layout.fits = {data.counters.data(),
+                      data.counter_of.data(),
+                      data.step_cost.data(),
+                      data.fit_step.data(),
+                      shared_end,
+                      data.coarse_planes.data(),
+                      1};
 }
 
 void weigh_counters(search_data& data) {
+  double dearest = 0;
   for (std::size_t i = 0; i < data.entries.size(); ++i) {
     const pack_entry& e = data.entries[i];
     data.counters[i].weight = e.fields > 0 ? first_record(data, e).weight : e.weight;
+    dearest = std::max(dearest, data.counters[i].weight);
   }
+  // No step costs more than the dearest character's dearest: as many units as the digits hold.
+  dearest *= *std::max_element(data.fit_step.begin(), data.fit_step.end());
+  constexpr double most_units = (1 << coarse_digits) - 0.5;
+  data.layout.fits.coarse_scale = dearest > 0 ? most_units / dearest : 1;
   reset_counters(data);
   refresh_step_costs(data);
 }
@@ -84,9 +113,11 @@ void reset_counters(search_data& data) {
 }
 
 void refresh_step_costs(search_data& data) {
-  for (const fit_counter& c : data.counters)
-    std::fill_n(data.step_cost.begin() + c.first_field, c.fields,
-                c.weight * data.fit_step[at(c.steps)]);
+  std::fill(data.coarse_planes.begin(), data.coarse_planes.end(), word{0});
+  for (fit_counter& c : data.counters) {
+    c.coarse = 0;
+    refresh_step_cost(data.layout, c);
+  }
 }
 
 double total_fit(const search_data& data) {

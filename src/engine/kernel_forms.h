@@ -89,6 +89,12 @@ struct digit_cost {
     }
     return V::sum(c, s);
   }
+
+ protected:
+  digit_cost(const word* of_digits, std::int32_t count, std::size_t words)
+      : planes(of_digits), digits(count), step(words) {}
+
+ private:
   const word* planes;
   std::int32_t digits;
   std::size_t step;

@@ -37,9 +37,14 @@ struct node_sets {
 struct fit_counter {
   double weight;
   std::int32_t steps;        // index into the fit tables: steps with an offset, see search_data
-  std::int32_t first_field;  // its fields, in the order of `field_weight`
+  std::int32_t coarse;       // what is in `coarse_planes` for its fields
+  std::int32_t first_field;  // its fields, in the order of `field_weight`, side by side
   std::int32_t fields;
+  std::int32_t first_flag;  // bit by which the kernels flag the first field: 32 * word + bit
+  std::int32_t flag_width;  // bits from one flag to the next
 };
+
+constexpr int coarse_digits = 5;
 
 /// What the fit kernels add up; fields in the order of `kernel_layout::field_weight`. All null
 /// without implied weights.
@@ -49,6 +54,11 @@ struct fit_layout {
   double* step_cost = nullptr;               // by field: what one more step of its character costs
   const double* fit_step = nullptr;          // unweighted cost of one more step, by `steps`
   std::int32_t shared_end = 0;  // characters of several fields lie in words before this one
+  // The same costs from below, as whole multiples of 1 / coarse_scale, digit by digit like
+  // `kernel_layout::weight_planes`: scans throw most candidates out by them. `coarse_digits`
+  // planes.
+  word* coarse_planes = nullptr;
+  double coarse_scale = 1;
 };
 
 /// Word ranges of the set groups, each padded with neutral words (all ones in every operand) to a

@@ -94,6 +94,7 @@ struct search_data {
   std::span<fit_counter> counters;     // by entry
   std::span<std::int32_t> counter_of;  // by field, as `field_weight`
   std::span<double> step_cost;         // likewise
+  std::span<word> coarse_planes;
 
   // -- the tree in work and its sets --
   tree_arrays tree;                   // four arrays of `nodes` entries

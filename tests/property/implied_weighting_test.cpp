@@ -156,11 +156,13 @@ void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::m
   add_attachment_steps(data, clip_words, branch);
   ASSERT_EQ(total_fit(data), exact);
   const std::vector<double> step_cost(data.step_cost.begin(), data.step_cost.end());
+  const std::vector<word> coarse(data.coarse_planes.begin(), data.coarse_planes.end());
   if (root_at != clip) reroot_subtree(data, root_at, clip);
   attach(data.tree, clip, joint, target);
   repair_after_insert(data, clip);
   ASSERT_EQ(full_pass(data), exact);
   ASSERT_TRUE(std::equal(step_cost.begin(), step_cost.end(), data.step_cost.begin()));
+  ASSERT_TRUE(std::equal(coarse.begin(), coarse.end(), data.coarse_planes.begin()));
   ASSERT_NEAR(exact, oracle_fit(oracle, data, data.tree.anc), rounding);
 }
 
