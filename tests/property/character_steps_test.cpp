@@ -12,6 +12,7 @@
 #include "../support/program.h"
 #include "matrix/matrix.h"
 #include "matrix/smallest_hitting_set.h"
+#include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 
 namespace {
@@ -21,13 +22,25 @@ using zeb::matrix;
 constexpr int taxa = 6;
 constexpr int states = 5;
 
-int change_cost(int a, int b, bool additive) { return additive ? std::abs(a - b) : a != b; }
+// What changes cost, by the state before and the state after.
+struct cost_rule {
+  int cost[states][states] = {};
+  bool ranges = false;  // a polymorphic cell stands for the range of its states
+};
+
+cost_rule plain_costs(bool additive) {
+  cost_rule rule;
+  rule.ranges = additive;
+  for (int a = 0; a < states; ++a) {
+    for (int b = 0; b < states; ++b) rule.cost[a][b] = additive ? std::abs(a - b) : a != b;
+  }
+  return rule;
+}
 
 using cost_row = std::vector<int>;  // least steps below a node, by state of the node
 
-cost_row row_of_cell(std::uint32_t cell, bool additive) {
-  if (additive) {
-    // A polymorphic cell stands for the range of its states.
+cost_row row_of_cell(std::uint32_t cell, const cost_rule& rule) {
+  if (rule.ranges) {
     const int low = std::countr_zero(cell);
     const int high = 31 - std::countl_zero(cell);
     cell = ((2U << high) - 1) & ~((1U << low) - 1);
@@ -39,13 +52,13 @@ cost_row row_of_cell(std::uint32_t cell, bool additive) {
   return row;
 }
 
-cost_row joined(const cost_row& a, const cost_row& b, bool additive) {
+cost_row joined(const cost_row& a, const cost_row& b, const cost_rule& rule) {
   cost_row row(states, 0);
   for (int s = 0; s < states; ++s) {
     for (const cost_row* below : {&a, &b}) {
       int best = INT_MAX;
       for (int x = 0; x < states; ++x) {
-        best = std::min(best, (*below)[static_cast<std::size_t>(x)] + change_cost(s, x, additive));
+        best = std::min(best, (*below)[static_cast<std::size_t>(x)] + rule.cost[s][x]);
       }
       row[static_cast<std::size_t>(s)] += best;
     }
@@ -54,7 +67,7 @@ cost_row joined(const cost_row& a, const cost_row& b, bool additive) {
 }
 
 // Every way to join the subtrees two by two is a rooted tree, some of them many times.
-void for_each_length(const std::vector<cost_row>& subtrees, bool additive,
+void for_each_length(const std::vector<cost_row>& subtrees, const cost_rule& rule,
                      const std::function<void(int)>& visit) {
   if (subtrees.size() == 1) {
     visit(*std::min_element(subtrees[0].begin(), subtrees[0].end()));
@@ -63,22 +76,22 @@ void for_each_length(const std::vector<cost_row>& subtrees, bool additive,
   for (std::size_t i = 1; i < subtrees.size(); ++i) {
     for (std::size_t j = 0; j < i; ++j) {
       std::vector<cost_row> rest = subtrees;
-      rest[j] = joined(subtrees[i], subtrees[j], additive);
+      rest[j] = joined(subtrees[i], subtrees[j], rule);
       rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(i));
-      for_each_length(rest, additive, visit);
+      for_each_length(rest, rule, visit);
     }
   }
 }
 
-int bush_length(const std::vector<std::uint32_t>& cells, bool additive) {
+int bush_length(const std::vector<std::uint32_t>& cells, const cost_rule& rule) {
   int best = INT_MAX;
   for (int root = 0; root < states; ++root) {
     int length = 0;
     for (const std::uint32_t cell : cells) {
-      const cost_row row = row_of_cell(cell, additive);
+      const cost_row row = row_of_cell(cell, rule);
       int least = INT_MAX;
       for (int s = 0; s < states; ++s) {
-        least = std::min(least, row[static_cast<std::size_t>(s)] + change_cost(root, s, additive));
+        least = std::min(least, row[static_cast<std::size_t>(s)] + rule.cost[root][s]);
       }
       length += least;
     }
@@ -92,6 +105,7 @@ TEST(character_steps, agree_with_all_trees) {
   std::mt19937 random(11);
   for (int round = 0; round < 60; ++round) {
     const bool additive = round % 2 == 1;
+    const cost_rule rule = plain_costs(additive);
     zeb::wipe_matrix();
     zeb::begin_matrix(taxa, 1);
     std::vector<std::uint32_t> cells;
@@ -111,15 +125,60 @@ TEST(character_steps, agree_with_all_trees) {
     int shortest = INT_MAX;
     int longest = 0;
     std::vector<cost_row> rows;
-    for (const std::uint32_t cell : cells) rows.push_back(row_of_cell(cell, additive));
-    for_each_length(rows, additive, [&](int length) {
+    for (const std::uint32_t cell : cells) rows.push_back(row_of_cell(cell, rule));
+    for_each_length(rows, rule, [&](int length) {
       shortest = std::min(shortest, length);
       longest = std::max(longest, length);
     });
     EXPECT_EQ(zeb::minimum_steps(0), shortest) << "round " << round;
-    EXPECT_EQ(zeb::maximum_steps(0), bush_length(cells, additive)) << "round " << round;
+    EXPECT_EQ(zeb::maximum_steps(0), bush_length(cells, rule)) << "round " << round;
     EXPECT_LE(longest, zeb::maximum_steps(0)) << "round " << round;
   }
+}
+
+cost_rule random_costs(std::mt19937& random) {
+  const bool symmetric = random() % 2 == 0;
+  const unsigned dearest = 1 + static_cast<unsigned>(random() % 9);
+  cost_rule rule;
+  for (int a = 0; a < states; ++a) {
+    for (int b = 0; b < states; ++b) {
+      if (a == b) continue;
+      const bool forbidden = random() % 12 == 0;
+      rule.cost[a][b] = forbidden ? zeb::forbidden_cost : static_cast<int>(random() % dearest) + 1;
+      if (symmetric && b < a) rule.cost[a][b] = rule.cost[b][a];
+    }
+  }
+  return rule;
+}
+
+TEST(character_steps, of_step_matrices_are_bounds_for_all_trees) {
+  zeb_test::start_program();
+  std::mt19937 random(12);
+  int exact = 0;
+  for (int round = 0; round < 60; ++round) {
+    const cost_rule rule = random_costs(random);
+    zeb::wipe_matrix();
+    zeb::begin_matrix(taxa, 1);
+    std::vector<std::uint32_t> cells;
+    std::vector<cost_row> rows;
+    for (int t = 0; t < taxa; ++t) {
+      std::uint32_t cell = 1U << random() % states;
+      while (random() % 5 == 0) cell |= 1U << random() % states;
+      zeb::set_cell(t, 0, cell);
+      cells.push_back(cell);
+      rows.push_back(row_of_cell(cell, rule));
+    }
+    zeb::finish_matrix();
+    zeb::step_matrix costs{"random", states, {}};
+    for (const auto& row : rule.cost) costs.costs.insert(costs.costs.end(), row, row + states);
+    zeb::use_step_matrix(0, zeb::add_step_matrix(costs));
+    int shortest = INT_MAX;
+    for_each_length(rows, rule, [&](int length) { shortest = std::min(shortest, length); });
+    EXPECT_LE(zeb::minimum_steps(0), shortest) << "round " << round;
+    EXPECT_EQ(zeb::maximum_steps(0), bush_length(cells, rule)) << "round " << round;
+    exact += zeb::minimum_steps(0) == shortest;
+  }
+  EXPECT_GT(exact, 15);
 }
 
 TEST(character_steps, follow_the_active_taxa) {
