@@ -258,23 +258,18 @@ void matrix_reader::finish() {
 std::string type_names(int types) {
   struct named_type {
     int bit;
-    const char* name;
+    std::string_view name;
   };
   constexpr named_type names[] = {{numeric_data, "numeric"},
                                   {dna_data, "DNA"},
                                   {protein_data, "proteins"},
                                   {continuous_data, "continuous"},
                                   {landmark_data, "landmark"}};
-  std::vector<const char*> found;
+  std::vector<std::string_view> found;
   for (const named_type& type : names) {
     if (types & type.bit) found.push_back(type.name);
   }
-  std::string text;
-  for (std::size_t i = 0; i < found.size(); ++i) {
-    if (i) text += i + 1 == found.size() ? " and " : ", ";
-    text += found[i];
-  }
-  return text;
+  return joined_list(found);
 }
 
 }  // namespace

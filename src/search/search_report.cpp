@@ -78,8 +78,7 @@ std::string rearrangements_text() {
     digits = std::to_string(searching.rearrangement_count.high) +
              std::string(9 - std::min<std::size_t>(digits.size(), 9), '0') + digits;
   }
-  for (std::size_t i = digits.size(); i > 3;) digits.insert(i -= 3, 1, ',');
-  return digits;
+  return with_commas(digits);
 }
 
 std::string time_text(double seconds) {

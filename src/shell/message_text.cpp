@@ -23,21 +23,16 @@ std::string text_of(const char* format, ...) {
 
 std::string megabytes_text(double bytes) { return text_of("%.2f Mbytes", bytes / 1e6); }
 
-std::string count_with_commas(unsigned long long n) {
-  std::string text = std::to_string(n);
-  for (auto i = static_cast<std::ptrdiff_t>(text.size()) - 3; i > 0; i -= 3) {
-    text.insert(static_cast<std::size_t>(i), 1, ',');
-  }
-  return text;
+std::string with_commas(std::string digits) {
+  for (std::size_t i = digits.size(); i > 3;) digits.insert(i -= 3, 1, ',');
+  return digits;
 }
 
-std::string joined_list(std::initializer_list<std::string_view> items) {
+std::string joined_list(std::span<const std::string_view> items) {
   std::string text;
-  std::size_t place = 0;
-  for (const std::string_view item : items) {
-    if (place > 0) text += place + 1 == items.size() ? " and " : ", ";
-    text += item;
-    ++place;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (i > 0) text += i + 1 == items.size() ? " and " : ", ";
+    text += items[i];
   }
   return text;
 }

@@ -4,7 +4,7 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -71,13 +71,13 @@ void view_to_end();
 
 /// A size as N.NN followed by " Mbytes", one million bytes being the unit.
 std::string megabytes_text(double bytes);
-/// 1234567 as "1,234,567".
-std::string count_with_commas(unsigned long long n);
+/// "1234567" as "1,234,567".
+std::string with_commas(std::string digits);
 /// Formatted text as a string; for pieces of messages.
 std::string text_of(const char* format, ...) __attribute__((format(printf, 1, 2)));
 std::string formatted_text(const char* format, va_list arguments);
 /// "a", "a and b", "a, b and c".
-std::string joined_list(std::initializer_list<std::string_view> items);
+std::string joined_list(std::span<const std::string_view> items);
 
 /// Suppresses output places for its lifetime.
 class output_mask_scope {

@@ -45,7 +45,7 @@ cost_row row_of_cell(std::uint32_t cell, const cost_rule& rule) {
     const int high = 31 - std::countl_zero(cell);
     cell = ((2U << high) - 1) & ~((1U << low) - 1);
   }
-  cost_row row(states, 1000);
+  cost_row row(states, 100'000);
   for (int s = 0; s < states; ++s) {
     if (cell >> s & 1U) row[static_cast<std::size_t>(s)] = 0;
   }
