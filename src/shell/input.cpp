@@ -298,8 +298,6 @@ bool level_zero_ended() {
   return input.top == 0 && *input.read_position == 0 && top_frame().at_end;
 }
 
-void copy_file_name(char (&out)[160]) { std::memcpy(out, top_frame().name, sizeof out); }
-
 bool is_current_file(std::string_view name) { return name == top_frame().name; }
 
 }  // namespace zeb

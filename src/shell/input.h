@@ -108,7 +108,6 @@ void pop_all();
 /// Pops the frames above `level` whose text has run out. Returns true while `level` itself has
 /// text.
 bool has_text_at(int level);
-void copy_file_name(char (&out)[160]);
 /// Is `name` the file being read?
 bool is_current_file(std::string_view name);
 /// The top frame has run out of text: nothing but the supplied "\n;", or a part of it, is left.

@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
