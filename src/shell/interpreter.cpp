@@ -196,6 +196,7 @@ void run_one_command() {
   const jump_context around_reading;
   try {
     if (!reach_command()) {
+      no_timing();
       process.run_loop = false;
       return;
     }
