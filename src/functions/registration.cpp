@@ -161,12 +161,17 @@ bool other_string(std::string_view word, std::string* text) {
   return true;
 }
 
+// Answered by no function, for good reasons: a name kept free, and a fixed string.
+bool is_no_function(std::string_view name) { return name == "absicnl" || name == "hifstring"; }
+
 // `help + word`: every function that the word is a prefix of.
 bool print_function_help(std::string_view word) {
   bool found = false;
   for (const function_help& row : function_table()) {
     if (row.help.empty() || !row.name.starts_with(word)) continue;
     emit(row.name, row.help, "\n");
+    if (!working_functions().contains(row.name) && !is_no_function(row.name))
+      emit("      (not available yet)\n");
     found = true;
   }
   return found;
