@@ -7,6 +7,7 @@
 #include "shell/errors.h"
 #include "shell/indices.h"
 #include "shell/input.h"
+#include "shell/text_columns.h"
 #include "trees/tags.h"
 #include "trees/tree_store.h"
 
@@ -127,9 +128,7 @@ int find_foreign_taxon(const std::string& label, taxon_names& names) {
   for (char& c : word) {
     if (c == ' ' || c == '+' || c == '-' || c == '/') c = '_';
   }
-  const auto most = at(matrix.name_length) - 1;
-  if (word.size() > most) word.resize(most);
-  return names.find(word);
+  return names.find(text_in_bytes(word, at(matrix.name_length) - 1));
 }
 
 std::string quoted_label(std::string_view name) {

@@ -15,6 +15,7 @@
 #include "shell/lexer.h"
 #include "shell/output.h"
 #include "shell/process.h"
+#include "shell/text_columns.h"
 
 namespace zeb {
 
@@ -142,7 +143,7 @@ std::string nexus_matrix_reader::fitting(const std::string& name) {
     warning_f("Taxon names with more than %i characters will be truncated",
               static_cast<int>(longest));
   }
-  return name.substr(0, longest);
+  return std::string(text_in_bytes(name, longest));
 }
 
 // A name in quotes, or all up to a blank: many files have punctuation in names.

@@ -10,6 +10,7 @@
 #include "shell/arena.h"
 #include "shell/indices.h"
 #include "shell/output.h"
+#include "shell/text_columns.h"
 
 namespace zeb {
 
@@ -86,7 +87,7 @@ std::string taxon_label(int taxon) {
 }
 
 void set_taxon_name(int taxon, std::string_view name) {
-  const std::size_t n = std::min(name.size(), at(matrix.name_length) - 1);
+  const std::size_t n = text_in_bytes(name, at(matrix.name_length) - 1).size();
   std::memcpy(matrix.taxon_names[at(taxon)], name.data(), n);
   matrix.taxon_names[at(taxon)][n] = '\0';
 }

@@ -7,6 +7,7 @@
 #include "shell/errors.h"
 #include "shell/name_matching.h"
 #include "shell/output.h"
+#include "shell/text_columns.h"
 
 namespace zeb {
 
@@ -16,7 +17,7 @@ std::string taxon_rows::clean_name(std::string_view word) {
     told_truncation_ = true;
     warning("Taxon names over", longest, "letters will be truncated");
   }
-  std::string name(word.substr(0, longest));
+  std::string name(text_in_bytes(word, longest));
   for (char& c : name) {
     if (c != '+' && c != '-' && c != '/') continue;
     if (told_symbols_.find(c) == std::string::npos) {

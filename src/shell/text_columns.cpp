@@ -94,4 +94,13 @@ std::string_view text_in_columns(std::string_view text, std::size_t first, std::
   return begin < end ? text.substr(begin, end - begin) : std::string_view();
 }
 
+std::string_view text_in_bytes(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return text;
+  constexpr std::size_t longest_character = 4;
+  for (std::size_t end = most; end > 0 && most - end < longest_character; --end) {
+    if ((static_cast<unsigned char>(text[end]) & 0xc0) != 0x80) return text.substr(0, end);
+  }
+  return text.substr(0, most);
+}
+
 }  // namespace zeb

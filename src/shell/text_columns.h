@@ -15,6 +15,8 @@ std::size_t character_bytes_before(std::string_view text, std::size_t place);
 int character_columns(std::string_view character);
 /// Columns of a text without control characters.
 int text_columns(std::string_view text);
+/// The beginning of `text` that takes at most `most` bytes and cuts no character.
+std::string_view text_in_bytes(std::string_view text, std::size_t most);
 /// The part of `text` that stands in columns `first` to `first + width - 1`.
 std::string_view text_in_columns(std::string_view text, std::size_t first, std::size_t width);
 

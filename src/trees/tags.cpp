@@ -8,6 +8,7 @@
 #include "matrix/matrix.h"
 #include "shell/indices.h"
 #include "shell/output.h"
+#include "shell/text_columns.h"
 #include "trees/node_order.h"
 #include "trees/text_diagram.h"
 #include "trees/tree_file.h"
@@ -60,15 +61,6 @@ std::vector<int> normal_numbers(const_tree_span tree, int ntax) {
   return number;
 }
 
-std::string cut_to_capacity(std::string text) {
-  const std::size_t most = at(tags.tag_size - 1);
-  if (text.size() <= most) return text;
-  std::size_t end = most;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end;
-  text.resize(end);
-  return text;
-}
-
 void add_tags(const_tree_span tree, std::span<const std::string> texts) {
   const int ntax = matrix.ntax;
   std::map<terminal_set_key, int> target;
@@ -107,7 +99,7 @@ void set_tag_tree(const_tree_span tree, std::span<const std::string> texts,
   normalise_tree(copy, matrix.ntax);
   std::vector<std::string> moved(copy.size());
   for (std::size_t n = 0; n < texts.size() && n < number.size(); ++n)
-    if (number[n] >= 0) moved[at(number[n])] = cut_to_capacity(texts[n]);
+    if (number[n] >= 0) moved[at(number[n])] = text_in_bytes(texts[n], at(tags.tag_size - 1));
   tags.tag_tree = std::move(copy);
   tags.tag_texts = std::move(moved);
   tags.tag_title = title.substr(0, longest_tag_title);
