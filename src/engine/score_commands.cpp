@@ -54,7 +54,8 @@ score_request read_request(const char* doing, bool may_maximise = false) {
   if (soft && request.maximised) error_end("Cannot do \"soft\" polytomies with \"*\"");
   if (soft) request.polytomies = polytomy_kind::soft;
   request.trees.assign(at(store.ntrees), 0);
-  if (!read_list(list_slash_ends | list_in_tree_buffer, 0, store.ntrees, "tree", request.trees))
+  constexpr unsigned flags = list_slash_ends | list_in_tree_buffer | list_one_tree;
+  if (!read_list(flags, 0, store.ntrees, "tree", request.trees))
     request.trees.assign(at(store.ntrees), 1);
   read_characters(request);
   return request;

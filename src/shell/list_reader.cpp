@@ -108,7 +108,9 @@ int list_reader::element_of(std::int64_t number) const {
   const std::int64_t element = number + base_;
   if (number < 0 || element < lowest_ || element >= limit_) {
     if (block_) error_end("No", kind_.noun, number, "in block", block_);
-    if (flags_ & list_in_tree_buffer) error_end("Tree-buffer has", end_, "trees");
+    if (flags_ & list_in_tree_buffer) {
+      error_end("Tree-buffer has", end_, end_ == 1 && (flags_ & list_one_tree) ? "tree" : "trees");
+    }
     error_end("No", kind_.noun, number);
   }
   return static_cast<int>(element);

@@ -61,6 +61,7 @@ enum list_flags : unsigned {
   list_has_fixed = 4,            // a list fixed by the macro layer may stand in
   list_in_tree_buffer = 8,       // a tree past the end is the error "Tree-buffer has" N "trees"
   list_ends_at_plus_minus = 16,  // only "+" and "-" end the list among the signs
+  list_one_tree = 32,            // with list_in_tree_buffer: a single one is called a "tree"
 };
 
 /// Reads a list of elements `first` to `end`-1 into `marks` (one byte per element, indexed from 0;
