@@ -10,6 +10,7 @@
 #include "macro/array_operations.h"
 #include "macro/commands.h"
 #include "macro/macro_state.h"
+#include "macro/variable_reference.h"
 #include "shell/errors.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
@@ -64,20 +65,33 @@ std::string read_title() {
   return title;
 }
 
+void check_one_dimension(std::span<const int> sizes) {
+  if (sizes.size() != 1) error_end("Scripting tables require one-dimensional arrays as input");
+}
+
+// By name or number; also a row of an array.
 whole_array read_table_array() {
-  if (!std::isalpha(skip_blanks_peek()))
+  const int next = skip_blanks_peek();
+  if (!std::isalnum(next) && next != '(')
     error_end("Expected name/number of the variable to show as table");
-  const whole_array array = read_array_name();
-  if (array.sizes.size() != 1)
-    error_end("Scripting tables require one-dimensional arrays as input");
+  const variable_reference reference = read_variable_reference(false);
+  whole_array array;
+  array.number = reference.cell;
+  array.sizes = section_sizes(reference);
+  check_one_dimension(array.sizes);
+  array.first = section_start(reference);
+  array.cells = array.sizes[0];
+  array.name = variable_name(reference.base);
   return array;
 }
 
 // Cells below 0 stand for "no value".
 std::vector<double> shown_values(const whole_array& array) {
-  std::vector<double> values = array_values(array.number);
-  std::replace_if(
-      values.begin(), values.end(), [](double v) { return !(v >= 0); }, no_fraction);
+  std::vector<double> values;
+  for (int i = 0; i < array.cells; ++i) {
+    const double value = variable_value(array.first + i);
+    values.push_back(value >= 0 ? value : no_fraction);
+  }
   return values;
 }
 
@@ -143,7 +157,9 @@ void maketable_command() {
     return;
   }
   if (accept_char('+')) {
-    macros.table_array = read_table_array().number;
+    const whole_array array = read_array_name();
+    check_one_dimension(array.sizes);
+    macros.table_array = array.number;
     take_list = store_table;
     if (settings.report)
       report_line("Table values will be copied to array instead of written to screen");
