@@ -25,6 +25,9 @@
 namespace zeb {
 namespace {
 
+constexpr int longest_branch = 1000;  // of simulated data
+constexpr int most_changes = 10000;   // per character
+
 using mark_list = std::vector<std::uint8_t>;
 
 // ---- writing ----
@@ -184,18 +187,39 @@ void make_random() {
   make_random_matrix(nchar, ntax, states);
 }
 
-void make_from_tree() {
+/// Behind the number of the tree: what the model of this sign needs.
+evolution_model read_model(int sign) {
+  if (sign == '+') {
+    const double stasis = read_float();
+    if (stasis < 0 || stasis > 100) error_end("Probability of stasis must be 0-100");
+    return {.model = evolution_model::stasis, .amount = stasis};
+  }
+  if (sign == '&') {
+    const int changes = read_int();
+    if (changes < 0 || changes > most_changes) {
+      error_end("Number of changes per character must be 0 -", most_changes);
+    }
+    return {.model = evolution_model::changes, .amount = static_cast<double>(changes)};
+  }
+  const double length = read_float();
+  if (length < 0 || length > longest_branch) {
+    error_end("Length of branches must be 0 -", longest_branch);
+  }
+  return {.model = sign == '>' ? evolution_model::uniform : evolution_model::exponential,
+          .amount = length};
+}
+
+void make_from_tree(int sign) {
   require_data("generating data from a tree");
   int tree = 0;
   if (!read_optional_int(&tree)) error_end("Must specify tree for generating data");
   const std::vector<std::int32_t> ancestors = tree_from_source(tree);
-  const double stasis = read_float();
-  if (stasis < 0 || stasis > 100) error_end("Probability of stasis must be 0-100");
+  const evolution_model model = read_model(sign);
   const int nchar = read_character_count();
   const int states = read_state_count();
   check_end();
-  warn_of_replacement(text_of("Data, p(stasis)=%.2f", stasis).c_str());
-  make_matrix_from_tree(ancestors, stasis, nchar, states);
+  warn_of_replacement(title_of(model).c_str());
+  make_matrix_from_tree(ancestors, model, nchar, states);
 }
 
 // A quote that comes first opens a title, not a macro reference.
@@ -229,13 +253,12 @@ void xread_command() {
       make_random();
       return;
     case '+':
-      next_nonblank();
-      make_from_tree();
-      return;
     case '>':
     case '<':
     case '&':
-      error_end_f("Generating data with \"xread %c\" is not available in this version", first);
+      next_nonblank();
+      make_from_tree(first);
+      return;
     default:
       read_matrix();
   }
