@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdint>
 #include <numeric>
 #include <vector>
 
@@ -18,38 +19,58 @@
 namespace zeb {
 namespace {
 
-// Where a reference to values starts: an array stands for its first data cell.
-int first_cell(const variable_reference& reference, int* cells) {
-  const bool section = reference.is_section();
-  *cells = section ? static_cast<int>(data_cell_count(section_sizes(reference))) : -1;
-  return section_start(reference);
+// Values from a reference on: where they start, and how many belong to its array.
+struct value_start {
+  std::int64_t cell = 0;
+  std::int64_t cells = -1;  // -1: no array, as many as are wanted
+};
+
+// An array or row stands for its first data cell; from a single cell on, the rest of the array
+// follows.
+value_start read_start() {
+  const variable_reference reference = read_variable_reference(false);
+  value_start start{section_start(reference), -1};
+  if (reference.is_section()) {
+    start.cells = data_cell_count(section_sizes(reference));
+  } else if (reference.dimensions > 0) {
+    const std::int64_t before = reference.cell - first_data_cell(reference.base);
+    start.cells = data_cell_count(variable_dimensions(reference.base)) - before;
+  }
+  return start;
+}
+
+std::vector<double> values_from(const value_start& start, std::int64_t count) {
+  if (count <= 0) error_end("Give number");
+  if (start.cell < 0 || start.cell > macros.max_variables - count)
+    error_end("Only", macros.max_variables, "variables available");
+  if (start.cells >= 0 && count > start.cells) {
+    error_end("Cannot take", count, "values from variable", start.cell, "(only", start.cells,
+              "are there)");
+  }
+  std::vector<double> values;
+  for (std::int64_t i = 0; i < count; ++i)
+    values.push_back(variable_value(static_cast<int>(start.cell + i)));
+  return values;
 }
 
 // "[start num]", with "+N" behind start, and "/num" for num. Without num, all of an array.
 std::vector<double> value_run() {
   open_brackets();
-  const variable_reference reference = read_variable_reference(false);
-  int cells = -1;
-  int start = first_cell(reference, &cells);
+  value_start start = read_start();
   if (accept_char('+')) {
     const int shift = whole_argument();
-    start += shift;
-    cells = cells < 0 ? cells : cells - shift;
+    start.cell += shift;
+    if (start.cells >= 0) start.cells = std::max<std::int64_t>(0, start.cells - shift);
   }
   accept_char('/');
-  int count = cells;
+  std::int64_t count = start.cells;
   if (skip_blanks_peek() != ']') count = whole_argument();
   close_brackets();
-  if (count <= 0) error_end("Give number");
-  if (start < 0 || start > macros.max_variables - count) {
-    error_end("Only", macros.max_variables, "variables available");
-  }
-  if (reference.dimensions > 0 && count > cells)
-    error_end("Variable", reference.base, "has only", cells, "values");
-  std::vector<double> values;
-  for (int i = 0; i < count; ++i) values.push_back(variable_value(start + i));
-  return values;
+  return values_from(start, count);
 }
+
+// Increasing; what is no number comes last.
+bool comes_before(double a, double b) { return std::isnan(b) ? !std::isnan(a) : a < b; }
 
 double highest() {
   const std::vector<double> v = value_run();
@@ -81,10 +102,10 @@ std::vector<double> ranks(const std::vector<double>& values) {
   std::vector<std::size_t> order(values.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::sort(order.begin(), order.end(),
-            [&](std::size_t a, std::size_t b) { return values[a] < values[b]; });
+            [&](std::size_t a, std::size_t b) { return comes_before(values[a], values[b]); });
   std::vector<double> result(values.size());
   for (std::size_t i = 0; i < order.size();) {
-    std::size_t end = i;
+    std::size_t end = i + 1;
     while (end < order.size() && values[order[end]] == values[order[i]]) ++end;
     const double shared =
         static_cast<double>(i + end - 1) / 2;  // equal values share their mean rank
@@ -95,42 +116,29 @@ std::vector<double> ranks(const std::vector<double>& values) {
 
 double rank_correlation() {
   open_brackets();
-  int cells_a = -1;
-  int cells_b = -1;
-  const int a = first_cell(read_variable_reference(false), &cells_a);
+  const value_start a = read_start();
   accept_char(',');
-  const int b = first_cell(read_variable_reference(false), &cells_b);
-  int count = cells_a;
+  const value_start b = read_start();
+  std::int64_t count = a.cells;
   if (skip_blanks_peek() != ']') count = whole_argument();
   close_brackets();
-  const int most = macros.max_variables - std::max(a, b);
-  if (count <= 0 || count > most || (cells_a >= 0 && count > cells_a) ||
-      (cells_b >= 0 && count > cells_b)) {
-    error_end("Give number");
-  }
-  std::vector<double> x;
-  std::vector<double> y;
-  for (int i = 0; i < count; ++i) {
-    x.push_back(variable_value(a + i));
-    y.push_back(variable_value(b + i));
-  }
-  return correlation(ranks(x), ranks(y));
+  return correlation(ranks(values_from(a, count)), ranks(values_from(b, count)));
 }
 
 double interpolated() {
   open_brackets();
-  int cells = -1;
-  const int start = first_cell(read_variable_reference(false), &cells);
+  const value_start array = read_start();
   accept_char(',');
   const double place = macro_value();
   close_brackets();
-  if (cells < 0) error_end("Expression \"intpol\" requires arrays");
-  if (!(place >= 0) || place > cells - 1) error_end("Variable has only", cells, "values");
+  if (array.cells < 0) error_end("Expression \"intpol\" requires arrays");
+  const std::vector<double> values = values_from(array, array.cells);
+  if (!(place >= 0) || place > static_cast<double>(values.size() - 1))
+    error_end("Variable has only", values.size(), "values");
   const double below = std::floor(place);
-  const int i = static_cast<int>(below);
-  const double low = variable_value(start + i);
-  if (place == below) return low;
-  return low + (place - below) * (variable_value(start + i + 1) - low);
+  const auto i = static_cast<std::size_t>(below);
+  if (place == below) return values[i];
+  return values[i] + (place - below) * (values[i + 1] - values[i]);
 }
 
 double sorted_list() {
@@ -138,7 +146,7 @@ double sorted_list() {
   std::vector<double> order(v.size());
   std::iota(order.begin(), order.end(), 0.0);
   std::stable_sort(order.begin(), order.end(), [&](double a, double b) {
-    return v[static_cast<std::size_t>(a)] < v[static_cast<std::size_t>(b)];
+    return comes_before(v[static_cast<std::size_t>(a)], v[static_cast<std::size_t>(b)]);
   });
   return write_list("Sorted list", order);
 }

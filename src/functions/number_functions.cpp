@@ -34,6 +34,7 @@ double combinations() {
 // (2n - 3)!! rooted binary trees.
 double cladograms() {
   const double n = std::trunc(bracketed_values(1, 1)[0]);
+  if (!(n >= 1)) error_end("Give number");
   if (n > 150) error_end("Cannot calculate number of cladograms for more than 150 taxa!");
   double result = 1;
   for (double k = 3; k <= n; ++k) result *= 2 * k - 3;
@@ -59,14 +60,18 @@ double decimal_logarithm() {
   return std::log10(x);
 }
 
-double bits_set() {
-  const double value = bracketed_values(1, 1)[0];
-  return std::popcount(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
+// A value as the bits of a 32-bit number; what doesn't fit one has none.
+std::uint32_t bits_of(double value) {
+  if (!(value >= -2147483648.0 && value <= 4294967295.0)) return 0;
+  return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
 }
+
+double bits_set() { return std::popcount(bits_of(bracketed_values(1, 1)[0])); }
 
 double random_number() {
   const std::vector<double> v = bracketed_values(2, 2);
-  if (v[0] < 0 || v[1] < 0) error_end("Random numbers can be drawn only between positive numbers");
+  if (!(v[0] >= 0 && v[1] >= 0))
+    error_end("Random numbers can be drawn only between positive numbers");
   std::int64_t low = static_cast<std::int64_t>(std::min(v[0], 2147483647.0));
   std::int64_t high = static_cast<std::int64_t>(std::min(v[1], 2147483647.0));
   if (low > high) std::swap(low, high);
@@ -97,8 +102,8 @@ double random_list() {
 double state_difference() {
   const std::vector<double> v = bracketed_values(0, 3);
   if (v.size() < 3) error_end("Usage: statediff[S1 S2 0/1]");
-  const auto a = static_cast<std::uint32_t>(static_cast<std::int64_t>(v[0]));
-  const auto b = static_cast<std::uint32_t>(static_cast<std::int64_t>(v[1]));
+  const auto a = bits_of(v[0]);
+  const auto b = bits_of(v[1]);
   if (a & b || !a || !b) return 0;
   if (v[2] == 0) return 1;
   const int low_a = std::countr_zero(a);

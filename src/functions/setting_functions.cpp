@@ -55,6 +55,7 @@ double background() { return process.background; }
 // Implied weights have one form so far, the standard one.
 double implied_weighting() { return engine.implied_on; }
 double concavity() { return engine.concavity; }
+double sectorial_level() { return store.sectorial_recursion; }
 double slave_number() {
   if (!brackets_follow()) return 0;
   open_brackets();
@@ -103,7 +104,7 @@ constexpr function_row rows[] = {
     {"kval", concavity},
     {"pmode", never},
     {"plevel", never},
-    {"seclevel", never},
+    {"seclevel", sectorial_level},
     {"slavenum", slave_number},
     {"totcpus", all_processors},
     {"numhosts", never},

@@ -249,7 +249,9 @@ void sort_array() {
   std::vector<int> order(static_cast<std::size_t>(source.cells));
   std::iota(order.begin(), order.end(), 0);
   std::stable_sort(order.begin(), order.end(), [&source](int a, int b) {
-    return variable_value(source.first + a) < variable_value(source.first + b);
+    const double x = variable_value(source.first + a);
+    const double y = variable_value(source.first + b);
+    return std::isnan(y) ? !std::isnan(x) : x < y;  // what is no number comes last
   });
   for (int i = 0; i < target.cells; ++i)
     store_variable(target.first + i, order[static_cast<std::size_t>(i)]);
