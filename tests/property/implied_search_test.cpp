@@ -6,6 +6,7 @@
 #include <numeric>
 #include <vector>
 
+#include "engine/collapsing.h"
 #include "engine/packing.h"
 #include "property/random_matrix.h"
 #include "search/bbreak.h"
@@ -33,6 +34,7 @@ class special_search : public ::testing::Test {
   void TearDown() override {
     engine = {};
     swapping = {};
+    collapsing = {};
     additions = {};
     randomness.random_insertion = false;
     randomness.random_seed = 1;
@@ -67,6 +69,7 @@ mult_settings varied_settings(std::mt19937& g, int ntax) {
   swapping.safe_unclip = chance(g, 0.2);
   swapping.random_clip = chance(g, 0.2);
   swapping.preproc = draw(g, 0, 1);
+  if (chance(g, 0.2)) swapping.move_limit = 2 * ntax;
   return options;
 }
 
@@ -94,7 +97,7 @@ std::pair<double, int> best_of_all(int ntax, scoring&& score_of) {
 
 TEST_F(special_search, implied_weights_lead_to_all_trees_of_best_fit) {
   std::mt19937 g(33);
-  for (int round = 0; round < 80; ++round) {
+  for (int round = 0; round < 60; ++round) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 7, 20);
     shape.ntax = draw(g, 5, 7);
     const zeb_test::oracle_matrix oracle = fill_matrix(shape, g);
@@ -116,6 +119,10 @@ TEST_F(special_search, implied_weights_lead_to_all_trees_of_best_fit) {
     const std::string when = "round " + std::to_string(round);
     EXPECT_NEAR(search(options, round + 1), best, 1e-9 * (1 + best)) << when;
     EXPECT_EQ(store.ntrees, number) << when;
+    collapsing.rule = 1 + round % 3;
+    EXPECT_NEAR(search(options, round + 1), best, 1e-9 * (1 + best)) << when;
+    EXPECT_LE(store.ntrees, number) << when;
+    collapsing.rule = 0;
   }
 }
 
