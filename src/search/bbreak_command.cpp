@@ -125,14 +125,21 @@ void take_settings(const bbreak_settings& before, const bbreak_settings& now) {
   emit(text_of("Clustersize: %i nodes\n", now.swap.cluster_size));
 }
 
+/// Here continuous characters show the digits that their data have.
+std::string start_score_text(double score) {
+  const search_data& data = *current_search_data;
+  const bool thousandths = data.has_continuous && !data.implied_on;
+  return thousandths ? text_of("%.3f", score) : score_text(score);
+}
+
 void tell_start(int trees) {
   double best = unknown_score;
   for (int t = 0; t < trees; ++t) {
     best = std::min(best, searching.tree_records[static_cast<std::size_t>(t)].score);
   }
-  emit(text_of("Start swapping from %i trees (score %s", trees, score_text(best).c_str()));
+  emit(text_of("Start swapping from %i trees (score %s", trees, start_score_text(best).c_str()));
   if (search_settings.suboptimal > 1e-9) {
-    emit("-", score_text(best + search_settings.suboptimal));
+    emit("-", start_score_text(best + search_settings.suboptimal));
   }
   emit(")...\n");
 }

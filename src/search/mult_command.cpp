@@ -145,6 +145,7 @@ void summarise(const mult_result& result) {
   }
   if (swaps) {
     emit("Total rearrangements examined: ", rearrangements_text(), ".\n");
+    if (searching.slots.forbids) emit("Constraints enforced during search.\n");
     if (mult.swapper == mult_settings::tbr && swapping.move_limit > 0) {
       emit(text_of("Note: TBR limited to moves within %i nodes of original position.\n",
                    swapping.move_limit));

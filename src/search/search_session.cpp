@@ -6,6 +6,7 @@
 
 #include "search/search_report.h"
 #include "search/stored_trees.h"
+#include "search/swapper.h"
 #include "search/tree_identity.h"
 #include "shell/errors.h"
 #include "shell/output.h"
@@ -36,6 +37,10 @@ void matrix_form(int number, tree_span tree) {
 
 search_session::search_session() {
   prepare_packed_data();
+  if (swapping.use_inters > 0 &&
+      (current_search_data->has_wide_fields || current_search_data->has_continuous)) {
+    error_end("Sorry, \"bbreak:inters\" is invalid for Sankoff/continuous characters");
+  }
   saved_.random_seed = randomness.random_seed;
   const auto nodes = static_cast<std::size_t>(current_search_data->nodes);
   searching.anx = calloc_low<std::int32_t>(nodes);
