@@ -109,7 +109,8 @@ std::string read_list_text() {
 
 namespace {
 
-/// A variable or function in place of a number from 0 to `count` - 1; -1 for other words and values.
+/// A variable or function in place of a number from 0 to `count` - 1; -1 for other words and
+/// values.
 int number_of_word(std::string_view word, int count) {
   double value = 0;
   if (!list_words.number_of || !list_words.number_of(word, false, &value)) return -1;
