@@ -74,8 +74,10 @@ char code_or_character(const std::string& raw, std::size_t* at) {
 text_end read_text_end() {
   text_end end;
   std::string raw;
+  // Between parentheses blanks and semicolons stand for themselves.
   for (int c = read_raw_char();; c = read_raw_char()) {
-    if (c < 33 || c == ';') {
+    const bool inside = raw.starts_with('(') && !raw.ends_with(')');
+    if (!inside && (c < 33 || c == ';')) {
       macro_unread_char();
       break;
     }
@@ -94,7 +96,7 @@ double text_from_file() {
   if (macros.assign_target < 0) error_end("Hiftext can be used only to set a variable");
   if (!macros.protection)
     error_end("Expression \"hiftext\" valid only under protection mode 1 or 2");
-  if (!macros.assign_is_array) error_end("Expression \"hiftext\" requires one-dim arrays");
+  if (macros.assign_sizes.size() != 1) error_end("Expression \"hiftext\" requires one-dim arrays");
   const std::size_t cell_size = macros.integer_only ? 4 : 8;
   const std::size_t room = static_cast<std::size_t>(macros.assign_room) * cell_size - 1;
   std::size_t most = room;
