@@ -48,7 +48,8 @@ character_reference read_character_reference() {
   if (std::isdigit(next) || next == '(') {
     found.number = read_int();
     found.character = first + found.number;
-    if (found.number < 0 || found.number >= end - first) {
+    if (found.number < 0) error_end("Must specify character number");  // also beyond all integers
+    if (found.number >= end - first) {
       if (found.block) error_end("No character number", found.number, "in block", found.block);
       error_end("No character number", found.number);
     }

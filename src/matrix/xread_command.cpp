@@ -101,7 +101,8 @@ mark_list read_marks(std::string_view kind, int count) {
   }
   int number = 0;
   if (read_optional_int(&number)) {
-    if (number < 0 || number >= count) error_end("No", kind, number);
+    if (number < 0) error_end_f("Must specify %s", kind.data());  // also beyond all integers
+    if (number >= count) error_end("No", kind, number);
     marks[at(number)] = 1;
     return marks;
   }
