@@ -14,7 +14,8 @@ first_seed, count = (int(word) for word in (sys.argv[3:5] or ("1", "300")))
 PIECES = [b"(", b")", b"[", b"]", b"'", b'"', b";", b",", b"=", b"{", b"}", b"-", b".", b"~", b"*", b":", b"\n", b"?", b"/",
           b"0", b"-1", b"999999999999", b"\\0", b"end;", b"begin trees;", b"matrix", b"ntax=4", b"nchar=100000000", b"all", b"\xff"]
 SIGNS = {".fas": "&", ".phy": "!", ".nex": ""}
-AFTER = "report-;\nxread*;\nttags;\ntplot*;\nexport *w.nex;\nexport !w.fas;\nproc w.nex;\nquit;\n"
+AFTER = ("report-;\nxread*;\nminmax;\nttags;\ntplot*;\nexport *w.nex;\nexport !w.fas;\nexport +&w.nex;\nproc w.nex;\n"
+         "export + w.nex;\nproc w.nex;\nlength;\nquit;\n")
 
 
 def damaged(rnd, data):
