@@ -1,0 +1,278 @@
+// The "matrix" command of NEXUS data blocks: rows of symbols or values, sequential or interleaved.
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "formats/foreign_matrix.h"
+#include "formats/nexus_file.h"
+#include "formats/nexus_format.h"
+#include "matrix/continuous_reader.h"
+#include "matrix/matrix_reader.h"
+#include "shell/arena.h"
+#include "shell/errors.h"
+#include "shell/indices.h"
+#include "shell/input.h"
+#include "shell/lexer.h"
+#include "shell/output.h"
+#include "shell/process.h"
+#include "shell/text_columns.h"
+
+namespace zeb {
+
+namespace {
+
+class nexus_matrix_reader {
+ public:
+  nexus_matrix_reader(nexus_file& file, const nexus_format& format)
+      : file_(file), format_(format), taxa_(matrix.ntax), position_(at(matrix.ntax), 0) {
+    for (const std::string& label : file.taxon_labels) taxa_.add(fitting(label));
+  }
+  void read();
+
+ private:
+  int row_taxon();
+  void read_discrete();
+  void read_row(int taxon);
+  void read_with_continuous(int continuous);
+  std::uint32_t read_set(int taxon, int character, int close);
+  std::uint32_t lookup(int taxon, int character, int symbol);
+  bool repeats_first(int character, int symbol);
+  std::string read_row_name();
+  std::string fitting(const std::string& name);
+  const symbol_table& symbols_of(int character);
+  void set_types();
+  void finish();
+
+  nexus_file& file_;
+  const nexus_format& format_;
+  foreign_taxa taxa_;
+  std::vector<int> position_;  // by taxon: cells read
+  std::map<data_type, symbol_table> tables_;
+  int rows_without_label_ = 0;
+  bool told_truncation_ = false;
+};
+
+// The name cut to what is kept of names; tells so the first time.
+std::string nexus_matrix_reader::fitting(const std::string& name) {
+  const std::size_t longest = at(matrix.name_length) - 1;
+  if (name.size() <= longest) return name;
+  if (!told_truncation_) {
+    told_truncation_ = true;
+    warning_f("Taxon names with more than %i characters will be truncated",
+              static_cast<int>(longest));
+  }
+  return std::string(text_in_bytes(name, longest));
+}
+
+// A name in quotes, or all up to a blank: many files have punctuation in names.
+std::string nexus_matrix_reader::read_row_name() {
+  if (file_.in.peek() == '\'') return fitting(file_.in.token().text);
+  std::string name;
+  for (int c = file_.in.next(); c > 32 && c != ';'; c = file_.in.next()) {
+    if (name.size() > 100'000) file_.in.fail("a taxon name doesn't end");
+    name += static_cast<char>(c);
+  }
+  file_.in.back();
+  return fitting(name);
+}
+
+const symbol_table& nexus_matrix_reader::symbols_of(int character) {
+  const data_type type = format_.type_of(character);
+  const auto found = tables_.find(type);
+  if (found != tables_.end()) return found->second;
+  return tables_.emplace(type, nexus_symbols(format_, type, file_.gaps_are_new_states))
+      .first->second;
+}
+
+// The taxon of the row that comes next; -1 where the matrix ends.
+int nexus_matrix_reader::row_taxon() {
+  if (file_.in.peek() == ';') return -1;
+  if (file_.in.peek() < 0) file_.in.fail("the file ends within the matrix");
+  if (!format_.labels) {
+    const int taxon = rows_without_label_++ % matrix.ntax;
+    if (taxon >= taxa_.count()) taxa_.add("Taxon" + std::to_string(taxon + 1));
+    return taxon;
+  }
+  const std::string name = read_row_name();
+  const int known = taxa_.find(name);
+  if (known >= 0) {
+    const bool goes_on = format_.interleaved && position_[at(known)] < matrix.nchar;
+    if (position_[at(known)] > 0 && !goes_on) file_.in.fail("taxon " + name + " appears twice");
+    return known;
+  }
+  if (!file_.taxon_labels.empty()) file_.in.fail("No taxon " + name);
+  if (taxa_.count() == matrix.ntax) {
+    file_.in.fail(text_of("can't have more than %i taxa, found %s", matrix.ntax, name.c_str()));
+  }
+  return taxa_.add(name);
+}
+
+// "." stands for the first taxon's states in sequences, as in our own files, even where the format
+// doesn't say so.
+bool nexus_matrix_reader::repeats_first(int character, int symbol) {
+  if (format_.match) return symbol == format_.match;
+  return symbol == '.' && format_.type_of(character) != numeric_data &&
+         symbols_of(character)[at(symbol)] == 0;
+}
+
+std::uint32_t nexus_matrix_reader::lookup(int taxon, int character, int symbol) {
+  const std::uint32_t states = symbols_of(character)[at(symbol & 255)];
+  if (states) return states;
+  error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c'", taxon,
+              std::string(taxon_name(taxon)).c_str(), character, symbol < 32 ? ' ' : symbol);
+}
+
+std::uint32_t nexus_matrix_reader::read_set(int taxon, int character, int close) {
+  std::uint32_t set = 0;
+  for (int c = file_.in.next(); c != close; c = file_.in.next()) {
+    if (c < 0 || c == ';') file_.in.fail("a set of states isn't closed");
+    if (c < 33 || c == ',') continue;
+    set |= lookup(taxon, character, c);
+  }
+  if (!set) file_.in.fail("a set of states is empty");
+  return set;
+}
+
+void nexus_matrix_reader::read_row(int taxon) {
+  int& position = position_[at(taxon)];
+  const int start = position;
+  for (;;) {
+    const int c = file_.in.next();
+    // Behind the last cell of a row that isn't interleaved, a blank at least must follow.
+    if (!format_.interleaved && position == matrix.nchar && (c < 33 || c == ';')) {
+      if (c == ';') file_.in.back();
+      return;
+    }
+    if (c < 0) file_.in.fail("the file ends within the matrix");
+    if (c == '\n' || c == '\r') {
+      if (format_.interleaved && position > start) return;
+      continue;
+    }
+    if (c < 33) continue;
+    if (c == ';') {
+      file_.in.back();
+      return;
+    }
+    if (position == matrix.nchar) {
+      error_end_f(
+          "Error reading taxon %s: too many characters\n   char. %i (last ch.) should be followed "
+          "by newline",
+          std::string(taxon_name(taxon)).c_str(), matrix.nchar - 1);
+    }
+    const int character = position++;
+    if (c == '(' || c == '{') {
+      set_cell(taxon, character, read_set(taxon, character, c == '(' ? ')' : '}'));
+    } else if (repeats_first(character, c)) {
+      if (taxon == 0) error_end("Can't use \".\" for the first taxon");
+      set_cell(taxon, character, cell(0, character));
+    } else {
+      set_cell(taxon, character, lookup(taxon, character, c));
+    }
+  }
+}
+
+void nexus_matrix_reader::read_discrete() {
+  for (int taxon = row_taxon(); taxon >= 0; taxon = row_taxon()) {
+    check_interrupt(1);
+    read_row(taxon);
+  }
+  file_.in.expect(';', "behind the matrix");
+}
+
+// A comment ends at the character that is returned in its place: values need blanks around
+// comments.
+int char_without_comments() {
+  int c = plain_read_char();
+  for (int open = 0; c == '[' || open > 0; c = plain_read_char()) {
+    if (c == '[') ++open;
+    if (c == ']' && --open == 0) continue;
+    if (input_ended()) error_end("Error reading NEXUS file: a comment isn't closed");
+  }
+  return c;
+}
+
+// While one lives, the readers of the matrix skip comments.
+struct comments_skipped {
+  int (*read)() = std::exchange(read_char, char_without_comments);
+  void (*unread)() = std::exchange(unread_char, plain_unread_char);
+  comments_skipped() = default;
+  comments_skipped(const comments_skipped&) = delete;
+  comments_skipped& operator=(const comments_skipped&) = delete;
+  ~comments_skipped() {
+    read_char = read;
+    unread_char = unread;
+  }
+};
+
+// Values as in our own files, numbers or ranges as "1.2-1.5"; then the symbols of mixed data.
+void nexus_matrix_reader::read_with_continuous(int continuous) {
+  if (format_.interleaved) file_.in.fail("continuous characters can't be interleaved");
+  nexus_symbols(format_, continuous_data, false);  // checks the width of the cells
+  std::byte* const high = arena.high;
+  continuous_reader values;
+  for (int taxon = row_taxon(); taxon >= 0; taxon = row_taxon()) {
+    {
+      const comments_skipped skipping;
+      row_place place;
+      place.taxon = taxon;
+      place.first = 0;
+      place.end = continuous;
+      position_[at(taxon)] = values.read_row(place);
+    }
+    read_row(taxon);
+  }
+  file_.in.expect(';', "behind the matrix");
+  values.store_all();
+  free_to_high(high);
+}
+
+void nexus_matrix_reader::set_types() {
+  std::vector<int> first = {0};
+  data_type last = continuous_data;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const data_type type = format_.type_of(c);
+    set_character_type(c, type);
+    matrix.characters[at(c)].gap_is_state =
+        file_.gaps_are_new_states && (type == dna_data || type == protein_data);
+    if (c == 0 || (type != last && !format_.mixed.empty())) first.push_back(c);
+    last = type;
+  }
+  matrix.block_first = first;
+  matrix.nblocks = static_cast<int>(first.size()) - 1;
+}
+
+void nexus_matrix_reader::finish() {
+  const int longest = *std::max_element(position_.begin(), position_.begin() + taxa_.count());
+  for (int t = 0; t < taxa_.count(); ++t) {
+    if (position_[at(t)] == longest) continue;
+    if (position_[at(t)] == 0) {
+      warning("Taxon", taxon_name(t), "has no row in the matrix: all its cells are missing");
+      continue;
+    }
+    error_end_f("Taxon %i (%s) has %i characters, others have %i", t,
+                std::string(taxon_name(t)).c_str(), position_[at(t)], longest);
+  }
+  cut_to_what_was_read(taxa_.count(), longest, "re-set to");
+  finish_matrix();
+}
+
+void nexus_matrix_reader::read() {
+  set_types();
+  const bool all = format_.type == continuous_data && format_.mixed.empty();
+  const int continuous = std::min(matrix.nchar, all ? matrix.nchar : format_.continuous);
+  if (continuous > 0) {
+    read_with_continuous(continuous);
+  } else {
+    read_discrete();
+  }
+  if (taxa_.count() == 0) file_.in.fail("the matrix is empty");
+  finish();
+}
+
+}  // namespace
+
+void read_nexus_matrix(nexus_file& file, const nexus_format& format) {
+  nexus_matrix_reader(file, format).read();
+}
+
+}  // namespace zeb
