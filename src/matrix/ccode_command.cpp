@@ -91,7 +91,7 @@ class ccode_reader {
   }
 
   static void require_cost_tables() {
-    if (!matrix.characters[0].cost_matrix) {
+    if (!matrix.characters[0].cost_matrix && matrix.step_matrices.empty()) {
       error_end("Sankoff characters have been disabled (use \"cost >;\" to enable)");
     }
   }
