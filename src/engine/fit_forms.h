@@ -115,10 +115,16 @@ double fit_triple(const word* clip, const word* a, const word* b, const kernel_l
 
 /// Costs from below, in whole units.
 template <class V>
-struct coarse_cost : digit_cost<V> {
+struct coarse_cost {
   explicit coarse_cost(const kernel_layout& layout)
-      : digit_cost<V>(layout.fits.coarse_planes, coarse_digits,
-                      static_cast<std::size_t>(layout.end4)) {}
+      : step(static_cast<std::size_t>(layout.end4)),
+        end(layout.fits.coarse_planes + coarse_digits * step) {}
+  template <int G>
+  typename V::count add(typename V::count c, typename V::type e, std::int32_t w) const {
+    return V::sum(c, sum_of_digits<V>(e, end + w, step, coarse_digits));
+  }
+  std::size_t step;
+  const word* end;
 };
 
 /// Most candidates are over the bound by their coarse costs alone, which are bit counts.

@@ -13,6 +13,8 @@
 //   choose(m, a, b)  a where m has bits, b elsewhere
 //   count, count_zero, add_count(c, e) (flags of e added), twice(c), sum(a, b), total(c)
 //   chunk          vectors between two looks at the bound
+//   has_digits, count_digits(e, end, step, digits)  as sum_of_digits, if
+//                  there is a faster way
 //   nonzero(e)     a bit for each 32-bit word of `e` that has bits
 //   has_within, within(c0, c1, c2, c3, bound)  a bit for each total at or below the bound
 #pragma once
@@ -73,31 +75,37 @@ struct uniform_cost {
 };
 
 /// Weights by binary digits, from the highest: n flagged fields cost a bit count for each digit,
-/// whatever the weights. Tried adding a vector of weights under a mask for each field of a word:
-/// slower than this for weights below 2,000, that is for all that occur.
+/// whatever the weights. The planes of digits lie `step` words apart before `end`. Tried adding a
+/// vector of weights under a mask for each field of a word: slower than this for weights below
+/// 2,000, that is for all that occur.
+template <class V>
+inline typename V::count sum_of_digits(typename V::type e, const word* end, std::size_t step,
+                                       std::int32_t digits) {
+  if constexpr (V::has_digits) {
+    return V::count_digits(e, end, step, digits);
+  } else {
+    typename V::count s = V::count_zero();
+    for (std::int32_t d = digits; d > 0; --d) {
+      end -= step;
+      s = V::add_count(V::twice(s), V::and_(e, V::load(end)));
+    }
+    return s;
+  }
+}
+
 template <class V>
 struct digit_cost {
   explicit digit_cost(const kernel_layout& layout)
-      : planes(layout.weight_planes), digits(layout.plane_count), step(layout.end4) {}
+      : step(static_cast<std::size_t>(layout.end4)),
+        digits(layout.plane_count),
+        end(layout.weight_planes + static_cast<std::size_t>(digits) * step) {}
   template <int G>
   typename V::count add(typename V::count c, typename V::type e, std::int32_t w) const {
-    typename V::count s = V::count_zero();
-    const word* plane = planes + static_cast<std::size_t>(digits) * step + w;
-    for (std::int32_t d = digits; d > 0; --d) {
-      plane -= step;
-      s = V::add_count(V::twice(s), V::and_(e, V::load(plane)));
-    }
-    return V::sum(c, s);
+    return V::sum(c, sum_of_digits<V>(e, end + w, step, digits));
   }
-
- protected:
-  digit_cost(const word* of_digits, std::int32_t count, std::size_t words)
-      : planes(of_digits), digits(count), step(words) {}
-
- private:
-  const word* planes;
-  std::int32_t digits;
   std::size_t step;
+  std::int32_t digits;
+  const word* end;
 };
 
 // ---- costs of joining ----

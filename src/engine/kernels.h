@@ -44,7 +44,7 @@ struct fit_counter {
   std::int32_t flag_width;  // bits from one flag to the next
 };
 
-constexpr int coarse_digits = 5;
+constexpr int coarse_digits = 4;
 
 /// What the fit kernels add up; fields in the order of `kernel_layout::field_weight`. All null
 /// without implied weights.

@@ -20,6 +20,7 @@ struct wide256 {
   static constexpr std::int32_t words = 8;
   static constexpr std::int32_t chunk = 4;
   static constexpr bool has_within = true;
+  static constexpr bool has_digits = true;
 
   static type load(const word* p) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(p)); }
   static void store(word* p, type v) { _mm256_store_si256(reinterpret_cast<__m256i*>(p), v); }
@@ -62,15 +63,35 @@ struct wide256 {
   }
 
   static count count_zero() { return _mm256_setzero_si256(); }
-  /// Bit counts of the nibbles by table, added up within each 64 bits.
-  static count add_count(count c, type e) {
+  /// Bit counts of the nibbles by table.
+  static type count_in_bytes(type e) {
     const type table = _mm256_setr_epi8(0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4,  //
                                         0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4);
     const type low = _mm256_set1_epi8(0x0f);
-    const type bytes =
-        _mm256_add_epi8(_mm256_shuffle_epi8(table, _mm256_and_si256(e, low)),
-                        _mm256_shuffle_epi8(table, _mm256_and_si256(_mm256_srli_epi32(e, 4), low)));
-    return _mm256_add_epi64(c, _mm256_sad_epu8(bytes, _mm256_setzero_si256()));
+    return _mm256_add_epi8(
+        _mm256_shuffle_epi8(table, _mm256_and_si256(e, low)),
+        _mm256_shuffle_epi8(table, _mm256_and_si256(_mm256_srli_epi32(e, 4), low)));
+  }
+  /// Added up within each 64 bits.
+  static count add_count(count c, type e) {
+    return _mm256_add_epi64(c, _mm256_sad_epu8(count_in_bytes(e), _mm256_setzero_si256()));
+  }
+  /// A byte holds four flags at most, and so the sum over six digits: they are added up there.
+  static count count_digits(type e, const word* end, std::size_t step, std::int32_t digits) {
+    count s = _mm256_setzero_si256();
+    while (digits > 0) {
+      const std::int32_t now = digits < 6 ? digits : 6;
+      type bytes = _mm256_setzero_si256();
+      for (std::int32_t d = 0; d < now; ++d) {
+        end -= step;
+        bytes = _mm256_add_epi8(_mm256_add_epi8(bytes, bytes),
+                                count_in_bytes(_mm256_and_si256(e, load(end))));
+      }
+      s = _mm256_add_epi64(_mm256_sll_epi64(s, _mm_cvtsi32_si128(now)),
+                           _mm256_sad_epu8(bytes, _mm256_setzero_si256()));
+      digits -= now;
+    }
+    return s;
   }
   static count twice(count c) { return _mm256_add_epi64(c, c); }
   static count sum(count a, count b) { return _mm256_add_epi64(a, b); }

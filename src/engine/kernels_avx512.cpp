@@ -20,6 +20,7 @@ struct wide512 {
   static constexpr std::int32_t words = 16;
   static constexpr std::int32_t chunk = 4;
   static constexpr bool has_within = true;
+  static constexpr bool has_digits = false;
 
   static type load(const word* p) { return _mm512_load_si512(p); }
   static void store(word* p, type v) { _mm512_store_si512(p, v); }

@@ -26,6 +26,7 @@ struct narrow {
   static constexpr std::int32_t words = sizeof(T) / sizeof(word);
   static constexpr std::int32_t chunk = 1;
   static constexpr bool has_within = false;
+  static constexpr bool has_digits = false;
 
   static T load(const word* p) {
     T v;
