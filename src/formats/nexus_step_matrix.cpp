@@ -63,21 +63,51 @@ std::int32_t cost_of(nexus_file& file, const std::string& word, bool on_diagonal
   return cost;
 }
 
+// "name (stepmatrix) =", up to behind the "=". False for a tree of states.
+bool read_head(nexus_file& file, std::string& name) {
+  file.in.accept('*');
+  name = file.in.token().text;
+  bool is_matrix = true;
+  while (!file.in.accept('=')) {
+    const nexus_token word = file.in.token();
+    if (word.is(';') || word.what == nexus_token::kind::end)
+      file.in.fail("\"usertype\" has no \"=\"");
+    is_matrix = is_matrix && !word.is("cstree");
+  }
+  return is_matrix;
+}
+
+std::vector<std::string> read_words(nexus_file& file) {
+  std::vector<std::string> words;
+  while (!file.in.accept(';')) {
+    if (file.in.peek_token().what == nexus_token::kind::end)
+      file.in.fail("the file ends within \"usertype\"");
+    words.push_back(file.in.token().text);
+  }
+  return words;
+}
+
+// Changes that the words don't tell of cost 1.
+void fill_costs(nexus_file& file, const std::vector<int>& order,
+                const std::vector<std::string>& words, step_matrix& result) {
+  result.nstates = *std::max_element(order.begin(), order.end()) + 1;
+  const std::size_t width = at(result.nstates);
+  result.costs.assign(width * width, 1);
+  for (std::size_t s = 0; s < width; ++s) result.costs[s * width + s] = 0;
+  for (std::size_t row = 0; row < order.size(); ++row) {
+    for (std::size_t column = 0; column < order.size(); ++column) {
+      result.costs[at(order[row]) * width + at(order[column])] =
+          cost_of(file, words[row * order.size() + column], row == column);
+    }
+  }
+}
+
 }  // namespace
 
 // "name (stepmatrix) = 3  [0 1 2]  . 1 2  1 . 1  2 1 .;": states first, if they are named.
 void read_nexus_step_matrix(nexus_file& file) {
   step_matrix result;
-  file.in.accept('*');
-  result.name = file.in.token().text;
-  bool state_tree = false;
-  while (!file.in.accept('=')) {
-    const nexus_token word = file.in.token();
-    if (word.is(';') || word.what == nexus_token::kind::end)
-      file.in.fail("\"usertype\" has no \"=\"");
-    state_tree = state_tree || word.is("cstree");
-  }
-  if (state_tree) {
+  if (!read_head(file, result.name)) {
     warning("Character type", result.name,
             "is a tree of states, which isn't available; its characters stay as they are");
     return file.in.skip_command();
@@ -85,33 +115,17 @@ void read_nexus_step_matrix(nexus_file& file) {
   const std::string size = file.in.token().text;
   int count = 0;
   if (!whole_number(size, 1, 32, &count)) file.in.fail("bad number of states " + size);
-  std::vector<std::string> words;
-  while (!file.in.accept(';')) {
-    if (file.in.peek_token().what == nexus_token::kind::end)
-      file.in.fail("the file ends within \"usertype\"");
-    words.push_back(file.in.token().text);
-  }
-  const auto states = at(count);
+  std::vector<std::string> words = read_words(file);
   std::vector<int> order;
-  if (words.size() == states * (states + 1)) {
+  if (words.size() == at(count) * at(count + 1)) {
     order = order_of_symbols(file, {words.begin(), words.begin() + count});
     words.erase(words.begin(), words.begin() + count);
   } else {
     order = usual_order(file, count);
   }
-  if (words.size() != states * states)
+  if (words.size() != at(count) * at(count))
     file.in.fail("step-matrix " + result.name + " hasn't as many cells as its states ask for");
-  result.nstates = *std::max_element(order.begin(), order.end()) + 1;
-  const auto width = at(result.nstates);
-  result.costs.assign(width * width, 1);
-  for (std::size_t s = 0; s < width; ++s) result.costs[s * width + s] = 0;
-  for (std::size_t row = 0; row < states; ++row) {
-    for (std::size_t column = 0; column < states; ++column) {
-      const auto from = at(order[row]);
-      const auto to = at(order[column]);
-      result.costs[from * width + to] = cost_of(file, words[row * states + column], row == column);
-    }
-  }
+  fill_costs(file, order, words, result);
   add_step_matrix(std::move(result));
 }
 
