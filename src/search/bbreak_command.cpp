@@ -8,6 +8,7 @@
 #include "search/full_rule.h"
 #include "search/search_report.h"
 #include "search/search_session.h"
+#include "search/stored_trees.h"
 #include "search/swapper.h"
 #include "shell/errors.h"
 #include "shell/output.h"
@@ -159,7 +160,7 @@ void summarise(const bbreak_result& result) {
     emit("Note: some trees of different length may become identical if collapsed.\n");
   }
   emit("Total rearrangements examined: ", rearrangements_text(), ".\n");
-  tell_equal_by_full_rule(result.equal_by_full_rule);
+  tell_equal_as_collapsed(result.equal_by_full_rule);
   emit(text_of("%i trees, best score %s.\n", store.ntrees, score_text(result.best).c_str()));
   if (result.full_at < 0) return;
   emit(text_of("Maxtrees was reached when swapping tree %i.", result.full_at));

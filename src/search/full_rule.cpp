@@ -6,7 +6,6 @@
 #include "engine/collapsing.h"
 #include "search/search_session.h"
 #include "search/stored_trees.h"
-#include "shell/output.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -29,11 +28,6 @@ int drop_equal_by_full_rule() {
   const int before = store.ntrees;
   keep_trees(keep);
   return before - store.ntrees;
-}
-
-void tell_equal_by_full_rule(int dropped) {
-  if (dropped == 0) return;
-  emit("Note: ", dropped, " trees are identical to others as collapsed. Discarded.\n");
 }
 
 void condense_if_automatic() {

@@ -130,7 +130,7 @@ void warn_of_memory() {
 
 void filter_trees(const mult_result& result, int trees_before) {
   if (!mult.keepall && result.best < unknown_score) filter_by_score(result.best);
-  tell_equal_by_full_rule(drop_equal_by_full_rule());
+  tell_equal_as_collapsed(drop_equal_by_full_rule());
   if (store.auto_group && !searching.silent && store.ntrees > 0) {
     tag_tree_group(mult.keepall ? trees_before : 0, store.ntrees, "random_addseqs");
   }

@@ -24,6 +24,7 @@ struct tree_record {
   tree_record* prev = nullptr;
   std::int32_t bucket = 0;  // 0 to 127
   bool waits = false;       // a tree that the user had, still to be swapped
+  bool taken_in = false;    // a tree that the user had: may be the same as another
 };
 constexpr int bucket_count = 128;
 

@@ -27,7 +27,7 @@ void link(int slot, int bucket, double score) {
   record.tree = slot_tree(slot).data();
   record.next = head.next;
   record.prev = &head;
-  record.waits = false;
+  record.waits = record.taken_in = false;
   if (record.next) record.next->prev = &record;
   head.next = &record;
 }
@@ -60,9 +60,16 @@ tree_record* find_same(std::span<const std::int32_t> tree, int bucket, double sc
 
 double tolerance() { return fractional() ? 1e-06 : 0.0; }
 
-/// Marks the later of each pair that is one tree; returns whether there was any.
-bool mark_identical(std::span<std::uint8_t> keep) {
-  bool any = false;
+/// Trees dropped since they are the same as another one when collapsed.
+struct identical_trees {
+  bool of_different_length = false;
+  int of_same_length = 0;
+};
+
+/// Marks the later of each pair that is one tree. The store keeps trees of one length apart by
+/// itself, so only those that the user had can be the same.
+identical_trees mark_identical(std::span<std::uint8_t> keep) {
+  identical_trees dropped;
   std::vector<std::vector<int>> by_bucket(bucket_count);
   for (int t = 0; t < store.ntrees; ++t) {
     if (keep[at(t)]) by_bucket[at(record_of(t).bucket)].push_back(t);
@@ -75,17 +82,21 @@ bool mark_identical(std::span<std::uint8_t> keep) {
                                                         data().n, search_level() > 0)) {
           continue;
         }
+        const tree_record& first = record_of(slots[i]);
+        const tree_record& later = record_of(slots[j]);
+        const bool same_length = same_score(data(), first.score, later.score);
 #ifndef NDEBUG
-        if (record_of(slots[i]).score == record_of(slots[j]).score) {
+        if (same_length && !first.taken_in && !later.taken_in) {
           emitf("OOps , two times the same tree!!!\n");
         }
 #endif
         keep[at(slots[j])] = 0;
-        any = true;
+        dropped.of_different_length |= !same_length;
+        dropped.of_same_length += same_length;
       }
     }
   }
-  return any;
+  return dropped;
 }
 
 }  // namespace
@@ -112,6 +123,7 @@ void keep_trees(std::span<const std::uint8_t> keep) {
     const tree_record& old = records[at(t)];
     link(t, old.bucket, old.score);
     record_of(t).waits = old.waits;
+    record_of(t).taken_in = old.taken_in;
   }
 }
 
@@ -195,6 +207,7 @@ void adopt_tree(int slot) {
   searching.pending_score = no_score;
   const double score = measure(slot_tree(slot), marks);
   link(slot, canonical_form(slot_tree(slot), data().n, marks, scratch()), score);
+  record_of(slot).taken_in = true;
 }
 
 bool tree_is_new(std::span<const std::int32_t> tree, int slot, double score) {
@@ -221,16 +234,23 @@ void purge_above(double limit, int first_slot) {
   if (any) keep_trees(keep);
 }
 
+void tell_equal_as_collapsed(int dropped) {
+  if (dropped == 0) return;
+  emit("Note: ", dropped, " trees are identical to others as collapsed. Discarded.\n");
+}
+
 void filter_by_score(double best) {
   const double limit = best + search_settings.suboptimal + tolerance();
   std::vector<std::uint8_t> keep(at(store.ntrees), 1);
   for (int t = 0; t < store.ntrees; ++t) keep[at(t)] = record_of(t).score <= limit;
   const bool may_coincide = search_level() >= 3 && !collapsing.automatic;
-  const bool identical = may_coincide && mark_identical(keep);
+  const identical_trees dropped = may_coincide ? mark_identical(keep) : identical_trees{};
   keep_trees(keep);
-  if (identical && !searching.silent) {
+  if (searching.silent) return;
+  if (dropped.of_different_length) {
     report_line("Note: some trees of different length are identical as collapsed. Discarded.");
   }
+  tell_equal_as_collapsed(dropped.of_same_length);
 }
 
 double recheck_trees(std::string_view label) {

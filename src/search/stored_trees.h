@@ -47,6 +47,9 @@ void purge_above(double limit, int first_slot);
 /// Drops the trees whose entry is 0. Slots move down; `swapping_index` and `current_tree` follow.
 void keep_trees(std::span<const std::uint8_t> keep);
 
+/// The note about trees dropped since others are the same as collapsed; nothing for none.
+void tell_equal_as_collapsed(int dropped);
+
 /// The end of a search: drops trees above `best` + suboptimal and, under a collapsing rule by which
 /// trees of different length can be one, the later of each pair that is the same as collapsed.
 void filter_by_score(double best);
