@@ -304,10 +304,8 @@ void dename_from(int number) {
 void set_reserved_names(bool (*is_reserved)(std::string_view name)) { reserved_name = is_reserved; }
 
 std::string value_text(double value) {
-  if (value == std::floor(value) && std::fabs(value) < 2147483648.0) {
-    return std::to_string(static_cast<int>(value));
-  }
-  if (value == std::floor(value) && std::fabs(value) < 9e15) return text_of("%.0f", value);
+  if (std::fabs(value) < 9e15 && value == std::floor(value))
+    return std::to_string(static_cast<std::int64_t>(value));
   if (std::isnan(value)) return "nan";
   // The format is one of those that `macfloat` builds.
   char buffer[512];

@@ -75,6 +75,7 @@ struct macro_state {
   int named_count = 0;
   loop_record* loops = nullptr;
   int level = -1;                      // innermost loop; -1 none
+  unsigned rounds = 0;                 // of all loops
   std::int32_t* int_values = nullptr;  // one of the two
   double* real_values = nullptr;
   char** names = nullptr;  // by variable; null unnamed
