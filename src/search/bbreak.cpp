@@ -61,7 +61,7 @@ bbreak_result swap_buffer() {
       if (capacity > 0 && store.ntrees < capacity) result.full_at = -1;
       if (search_settings.suboptimal == 0 && swapping.mulpars) t = -1;
     }
-    done = t + 1;
+    if (!interrupted()) done = t + 1;
     if (swapping.fill_only && store.ntrees >= store.maxtrees) break;
   }
   if (done < store.ntrees) {

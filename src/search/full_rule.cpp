@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "engine/collapsing.h"
+#include "search/search_report.h"
 #include "search/search_session.h"
 #include "search/stored_trees.h"
 #include "trees/tree_store.h"
@@ -15,14 +16,16 @@ int drop_equal_by_full_rule() {
   // Rules that swap count their moves among those of the search.
   const rearrangement_counter examined = searching.rearrangement_count;
   const std::size_t nodes = stored_tree(0).size();
-  std::vector<std::uint8_t> keep;
+  std::vector<std::uint8_t> keep(static_cast<std::size_t>(store.ntrees), 1);
   std::set<std::vector<std::int32_t>> known;
   branch_judge judge(collapsing.rule);
   for (int t = 0; t < store.ntrees; ++t) {
+    report_status_best();
+    if (interrupted()) break;
     std::vector<std::int32_t> tree(nodes);
     matrix_form(t, tree);
     judge.condense(tree);
-    keep.push_back(known.insert(std::move(tree)).second);
+    keep[static_cast<std::size_t>(t)] = known.insert(std::move(tree)).second;
   }
   searching.rearrangement_count = examined;
   const int before = store.ntrees;

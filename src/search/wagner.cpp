@@ -235,6 +235,11 @@ bool wagner_build::stop_at(int position) {
   return interrupted();
 }
 
+bool wagner_build::stop_between_trials() {
+  report_status_best();
+  return interrupted();
+}
+
 void check_additions(const addition_settings& wanted) {
   if (searching.slots.tbr_form && (wanted.cluster_from > 0 || wanted.look > 0)) {
     error_end("Wagner with clusters or selected add. seqs. not implemented for landmarks");

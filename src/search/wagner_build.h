@@ -75,6 +75,8 @@ struct wagner_build {
   void shuffle_scan_order(int count);
   /// Reports; true when the search is to stop.
   bool stop_at(int position);
+  /// The same between two of the many trials that a choice of taxa takes.
+  bool stop_between_trials();
 };
 
 constexpr double unbounded = 1e9;  // above all costs

@@ -44,7 +44,7 @@ void choose_first_taxa(wagner_build& build, int look, int rule) {
   if (n < 4) return;
   for (int i = 1; i <= last; ++i) {
     for (int j = i + 1; j <= last; ++j) {
-      if (interrupted()) return;
+      if (build.stop_between_trials()) return;
       build.first_tree(0, build.order[at(i)], build.order[at(j)]);
       const int branches[] = {build.data.n + 1, build.order[at(i)], build.order[at(j)]};
       int looked_at = 0;
@@ -80,6 +80,7 @@ void choose_first_taxa(wagner_build& build, int look, int rule) {
 void add_chosen_taxa(wagner_build& build) {
   const int n = build.data.n;
   for (int p = 3; p < n; ++p) {
+    if (build.stop_at(p)) return;
     const int nodes = build.list_nodes();
     const int count = build.list_candidates(wagner_build::walk::random, nodes, (draw() & 1) != 0);
     build.candidates[at(count)] = build.data.tree.sister[0];
@@ -89,7 +90,7 @@ void add_chosen_taxa(wagner_build& build) {
     int chosen = p;
     int chosen_branch = -1;
     for (int q = p; q < tried; ++q) {
-      if (build.stop_at(p)) return;
+      if (build.stop_between_trials()) return;
       const int taxon = build.order[at(q)];
       double lowest = unbounded;
       double highest = 0;
