@@ -19,9 +19,10 @@ int drop_equal_by_full_rule() {
   std::vector<std::uint8_t> keep(static_cast<std::size_t>(store.ntrees), 1);
   std::set<std::vector<std::int32_t>> known;
   branch_judge judge(collapsing.rule);
+  const bool ended_early = interrupted();
   for (int t = 0; t < store.ntrees; ++t) {
     report_status_best();
-    if (interrupted()) break;
+    if (interrupted() && !ended_early) break;
     std::vector<std::int32_t> tree(nodes);
     matrix_form(t, tree);
     judge.condense(tree);
