@@ -65,6 +65,12 @@ bool opens_block(const std::string& text) {
   return false;
 }
 
+// A loop of the calling file can't be left from here.
+void require_loop() {
+  if (macros.level <= macros.frames.back().loop_base)
+    error_end(command.command_name, "valid only within loops");
+}
+
 [[noreturn]] void no_stop() { error_end("Found end-of-file:", "expecting \"stop\""); }
 
 }  // namespace
@@ -154,7 +160,7 @@ void loop_command() {
 
 void endloop_command() {
   require_macros();
-  if (macros.level < 0) error_end(command.command_name, "valid only within loops");
+  require_loop();
   loop_record& loop = macros.loops[macros.level];
   loop.current = loop.end;
   skip_to_loop_end();
@@ -162,13 +168,13 @@ void endloop_command() {
 
 void continue_command() {
   require_macros();
-  if (macros.level < 0) error_end(command.command_name, "valid only within loops");
+  require_loop();
   skip_to_loop_end();
 }
 
 void setloop_command() {
   require_macros();
-  if (macros.level < 0) error_end(command.command_name, "valid only within loops");
+  require_loop();
   const double value = macro_value();
   if (value < 0) error_end("Loops can't be set to a negative number");
   macros.loops[macros.level].current =
