@@ -48,6 +48,23 @@ void supply_end(input_frame& frame, char* at) {
   frame.at_end = true;
 }
 
+void read_from_stream(input_frame& frame, char* text) {
+  const std::size_t n = std::fread(text, 1, refill_size, frame.stream);
+  finish_text(text, n);
+  if (n < refill_size) supply_end(frame, text + n);
+}
+
+// The first text of a file, which is read once, so that a pipe will do. Editors put a byte order
+// mark in front of UTF-8 text: it isn't part of it.
+void begin_text(input_frame& frame) {
+  constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
+  read_from_stream(frame, frame.buffer);
+  frame.text = frame.buffer;
+  if (std::string_view(frame.buffer).starts_with(byte_order_mark)) {
+    frame.text += byte_order_mark.size();
+  }
+}
+
 bool next_argument_piece(char* text) {
   const std::string& all = input.argument_text;
   if (input.argument_position >= all.size()) return false;
@@ -102,9 +119,7 @@ void refill(input_frame& frame) {
   if (input.top == 0) return refill_level_zero(frame);
   char* text = make_room(frame);
   if (!frame.stream) return supply_end(frame, text);
-  const std::size_t n = std::fread(text, 1, refill_size, frame.stream);
-  finish_text(text, n);
-  if (n < refill_size) supply_end(frame, text + n);
+  read_from_stream(frame, text);
 }
 
 input_frame& next_frame() {
@@ -136,17 +151,6 @@ void refuse_open_file(const std::string& name) {
       error_end("File", name, "already in use");
     }
   }
-}
-
-// Editors put a byte order mark in front of UTF-8 text: it isn't part of it.
-void skip_byte_order_mark(std::FILE* stream) {
-  constexpr unsigned char mark[] = {0xef, 0xbb, 0xbf};
-  unsigned char start[sizeof mark] = {};
-  if (std::fread(start, 1, sizeof start, stream) == sizeof start &&
-      std::memcmp(start, mark, sizeof mark) == 0) {
-    return;
-  }
-  std::rewind(stream);
 }
 
 // What is left of the command that failed goes, unless its ";" has been read already.
@@ -220,7 +224,7 @@ void push_file(const std::string& name, std::span<const std::string> arguments, 
   if (!stream) error_end("Can't open", name);
   frame.stream = stream;
   frame.is_terminal = isatty(fileno(stream)) != 0;
-  if (!frame.is_terminal) skip_byte_order_mark(stream);
+  if (!frame.is_terminal) begin_text(frame);
   std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
   frame.arguments.assign(arguments.begin(), arguments.end());
   frame.has_arguments = !arguments.empty();
@@ -259,9 +263,8 @@ void rewind_top_frame() {
   std::rewind(frame.stream);
   frame.at_end = false;
   frame.line_number = 0;
-  frame.text = frame.buffer;
-  frame.buffer[0] = 0;
-  input.read_position = frame.buffer;
+  begin_text(frame);
+  input.read_position = frame.text;
 }
 
 void pop_all() {

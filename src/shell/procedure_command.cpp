@@ -1,5 +1,4 @@
 // Commands that read from files: `procedure`, `run`, run files by their word, `mxproc`.
-#include <strings.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -24,22 +23,20 @@ constexpr std::size_t longest_argument = 512;
 constexpr std::size_t argument_pool = 2048;  // bytes for the arguments of all open files
 constexpr int most_input_files = 100'000;
 
-bool starts_as_nexus(const std::string& name) {
-  std::FILE* file = std::fopen(name.c_str(), "rb");
-  if (!file) return false;
-  char bytes[10] = {};
-  const std::string_view read(bytes, std::fread(bytes, 1, sizeof bytes, file));
-  std::fclose(file);
-  const std::string_view text = read.starts_with("\xef\xbb\xbf") ? read.substr(3) : read;
-  return text.size() > 6 && strncasecmp(text.data(), "#NEXUS", 6) == 0 &&
-         static_cast<unsigned char>(text[6]) < 33;
+// Skips the mark of NEXUS files, which is nothing for the macro language to see.
+bool starts_as_nexus() {
+  constexpr std::string_view mark = "#NEXUS";
+  const std::string_view text = input.read_position;
+  if (text.size() <= mark.size() || !is_prefix(mark, text)) return false;
+  if (static_cast<unsigned char>(text[mark.size()]) >= 33) return false;
+  input.read_position += mark.size();
+  return true;
 }
 
 void read_from_file(const std::string& name) {
-  if (!starts_as_nexus(name)) return push_file(name, {});
-  if (!format_hooks.read_nexus) error_end("Reading of NEXUS files is not available yet");
   push_file(name, {});
-  for (int i = 0; i < 6; ++i) plain_read_char();  // "#" is a sign of the macro language
+  if (!starts_as_nexus()) return;
+  if (!format_hooks.read_nexus) error_end("Reading of NEXUS files is not available yet");
   format_hooks.read_nexus();
 }
 
