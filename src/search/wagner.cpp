@@ -264,7 +264,7 @@ void wagner_tree(std::span<std::int32_t> anc, int seed) {
   random_sequence(data.n, build.order.first(at(data.n)), 0, {});
   randomness.random_seed = seed_before;
 
-  const randomised_outgroup outgroup(data, randomness.random_outgroup);
+  const randomised_outgroup outgroup(data, randomness.random_outgroup && !searching.slots.forbids);
   if (additions.informative > 0 && data.n >= 6) informative_sequence(build);
   if (additions.look > 0) choose_first_taxa(build, additions.look, additions.rule);
   build.first_tree(0, build.order[1], build.order[2]);
