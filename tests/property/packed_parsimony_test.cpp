@@ -44,7 +44,7 @@ class packed_parsimony : public ::testing::Test {
   }
   static void TearDownTestSuite() {
     wipe_matrix();
-    release_arena();
+    create_arena(16'000'000);
   }
 };
 

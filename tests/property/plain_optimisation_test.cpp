@@ -25,7 +25,7 @@ class plain_optimisation : public ::testing::Test {
   static void SetUpTestSuite() { create_arena(std::size_t{1} << 28); }
   static void TearDownTestSuite() {
     wipe_matrix();
-    release_arena();
+    create_arena(16'000'000);
   }
 };
 
