@@ -27,8 +27,8 @@ class plain_optimiser {
   /// Takes the cells of the characters marked (one byte each) from the matrix. `ignored_taxa` (may
   /// be empty) count as missing. Continuous characters are kept apart, as ranges. Error for
   /// step-matrix and landmark characters among the marked ones.
-  plain_optimiser(std::span<const std::uint8_t> characters,
-                  std::span<const std::uint8_t> ignored_taxa = {});
+  explicit plain_optimiser(std::span<const std::uint8_t> characters,
+                           std::span<const std::uint8_t> ignored_taxa = {});
 
   /// Down-pass over a tree; `with_finals` adds the final pass. The tree may be polytomous and lack
   /// taxa.

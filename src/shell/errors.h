@@ -18,13 +18,14 @@ struct command_unwinding {};
 /// `error_end("No", kind, number)` reads as it prints.
 class message_part {
  public:
-  message_part(const char* text)
-      : text_(text ? text : "") {}                        // NOLINT(google-explicit-constructor)
-  message_part(std::string_view text) : text_(text) {}    // NOLINT(google-explicit-constructor)
-  message_part(const std::string& text) : text_(text) {}  // NOLINT(google-explicit-constructor)
-  message_part(char c) : text_(1, c) {}                   // NOLINT(google-explicit-constructor)
+  // NOLINTBEGIN(google-explicit-constructor)
+  message_part(const char* text) : text_(text ? text : "") {}
+  message_part(std::string_view text) : text_(text) {}
+  message_part(const std::string& text) : text_(text) {}
+  message_part(char c) : text_(1, c) {}
   template <std::integral number>
-  message_part(number n) : text_(std::to_string(n)) {}  // NOLINT(google-explicit-constructor)
+  message_part(number n) : text_(std::to_string(n)) {}
+  // NOLINTEND(google-explicit-constructor)
   const std::string& text() const { return text_; }
 
  private:

@@ -62,7 +62,7 @@ void unwind_interrupted_command() {
     report_line("No jump buffer");
     end_process(255);
   }
-  throw command_unwinding{};
+  throw command_unwinding{};  // NOLINT(hicpp-exception-baseclass): carries nothing, caught by name
 }
 
 void end_background_run() {
