@@ -14,7 +14,7 @@ constexpr std::size_t polling_interval = 64;  // trees
 branch_weights::branch_weights(const tree_selection& selection) : selection_(selection) {
   if (!selection.collapse) return;
   judge_.emplace(collapsing.rule, selection.excluded);
-  marks_.resize(static_cast<std::size_t>(2 * selection.ntax), 1);
+  marks_.resize(2 * static_cast<std::size_t>(selection.ntax), 1);
   // Whatever the rule keeps of the matrix is laid out now, before a table lies above it.
   of(selection.trees.front());
 }

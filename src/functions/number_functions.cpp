@@ -37,7 +37,7 @@ double cladograms() {
   if (!(n >= 1)) error_end("Give number");
   if (n > 150) error_end("Cannot calculate number of cladograms for more than 150 taxa!");
   double result = 1;
-  for (double k = 3; k <= n; ++k) result *= 2 * k - 3;
+  for (int k = 3; k <= n; ++k) result *= 2 * k - 3;
   return result;
 }
 

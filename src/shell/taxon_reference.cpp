@@ -80,6 +80,18 @@ int taxon_named(const list_kind& kind, const std::string& word) {
   return found.front();
 }
 
+/// Members of the groups that a "{...}" names, behind its "{".
+void read_members(const list_kind& kind, std::span<std::uint8_t> marks) {
+  std::vector<std::uint8_t> groups(static_cast<std::size_t>(kind.group_count()));
+  read_group_references(kind, groups);
+  for (int group = 0; group < kind.group_count(); ++group) {
+    if (!groups[static_cast<std::size_t>(group)]) continue;
+    for (int taxon = 0; taxon < kind.count(); ++taxon) {
+      if (kind.in_group(taxon, group)) marks[static_cast<std::size_t>(taxon)] = 1;
+    }
+  }
+}
+
 }  // namespace
 
 int taxon_of_word(const std::string& word, std::span<std::uint8_t> marks) {
@@ -121,18 +133,10 @@ int read_taxon(std::span<std::uint8_t> marks) {
       if (text.empty() || found.empty()) error_end("No name contains", text);
       return found.front();
     }
-    case '{': {
+    case '{':
       read_char();
-      std::vector<std::uint8_t> groups(static_cast<std::size_t>(kind.group_count()));
-      read_group_references(kind, groups);
-      for (int group = 0; group < kind.group_count(); ++group) {
-        if (!groups[static_cast<std::size_t>(group)]) continue;
-        for (int taxon = 0; taxon < count; ++taxon) {
-          if (kind.in_group(taxon, group)) marks[static_cast<std::size_t>(taxon)] = 1;
-        }
-      }
+      read_members(kind, marks);
       return -1;
-    }
     case '@':
       read_char();
       read_descendants(marks);

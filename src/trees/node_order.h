@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "shell/indices.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -15,13 +16,11 @@ struct drawing_order {
   std::vector<int> weight;    // terminals below each node
 
   int count(int node) const { return begin_of(node + 1) - begin_of(node); }
-  int child(int node, int i) const {
-    return children[static_cast<std::size_t>(begin_of(node) + i)];
-  }
+  int child(int node, int i) const { return children[at(begin_of(node)) + at(i)]; }
   std::size_t nodes() const { return first.size() - 1; }
 
  private:
-  int begin_of(int node) const { return first[static_cast<std::size_t>(node)]; }
+  int begin_of(int node) const { return first[at(node)]; }
 };
 
 /// Sorts the clades of every node: the one that holds the outgroup on top, the others in increasing
