@@ -1,13 +1,10 @@
 #include "consensus/candidate_tree.h"
 
 #include "consensus/group_tree.h"
+#include "shell/indices.h"
 
 namespace zeb {
-namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-}  // namespace
+namespace {}  // namespace
 
 candidate_tree::candidate_tree(int ntax, std::span<const std::uint8_t> left_out)
     : ntax_(ntax),

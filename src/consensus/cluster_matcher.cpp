@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <limits>
 
+#include "shell/indices.h"
+
 namespace zeb {
-namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-}  // namespace
+namespace {}  // namespace
 
 cluster_matcher::cluster_matcher(int ntax, std::span<const std::uint8_t> ignored)
     : ntax_(ntax),

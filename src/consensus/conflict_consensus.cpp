@@ -5,11 +5,10 @@
 #include "consensus/consensus.h"
 #include "consensus/counting.h"
 #include "shell/arena.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Calls `use` with a table of all groups of the trees, each counted.
 template <class function>

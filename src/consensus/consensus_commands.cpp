@@ -7,6 +7,7 @@
 #include "consensus/requests.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
 #include "shell/lists.h"
@@ -16,8 +17,6 @@
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// What stands behind the command's word.
 struct consensus_request {

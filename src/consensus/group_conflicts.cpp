@@ -5,13 +5,12 @@
 #include <numeric>
 
 #include "consensus/group_table.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "shell/process.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr std::size_t polling_interval = 1024;  // groups
 

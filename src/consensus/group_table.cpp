@@ -4,11 +4,10 @@
 #include <cstring>
 
 #include "shell/arena.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 int count_in_play(int ntax, std::span<const std::uint8_t> excluded) {
   return ntax - static_cast<int>(std::count_if(excluded.begin(), excluded.end(),

@@ -4,11 +4,10 @@
 #include <bit>
 
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Calls `visit` with each taxon of the group.
 template <class function>

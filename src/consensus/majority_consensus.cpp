@@ -3,12 +3,11 @@
 #include "consensus/consensus.h"
 #include "consensus/counting.h"
 #include "shell/arena.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Bytes of the standard algorithm's table, for trees that resemble each other.
 std::size_t bytes_of_majority_table(int ntax) {

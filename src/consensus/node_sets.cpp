@@ -4,11 +4,10 @@
 #include <cstring>
 
 #include "shell/arena.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 std::size_t words_for(int ntax) { return (at(ntax) + taxa_per_word - 1) / taxa_per_word; }
 

@@ -7,6 +7,7 @@
 #include "consensus/pruned_consensus.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
 #include "shell/list_text.h"
@@ -19,8 +20,6 @@ namespace {
 constexpr int largest_set = 10;                 // taxa left out at a time
 constexpr std::int64_t most_sets = 10'000'000;  // tried by one command
 constexpr int fewest_left = 3;                  // taxa: with fewer there is no group to gain
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 struct prune_request {
   int largest = 1;  // taxa of a set

@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <map>
 
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "shell/process.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Moves to the next choice of numbers below `n`, in lexical order. False behind the last one.
 bool next_choice(std::vector<int>& chosen, int n) {

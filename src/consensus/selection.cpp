@@ -3,14 +3,13 @@
 #include "consensus/consensus.h"
 #include "engine/collapsing.h"
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
 consensus_settings consensus;
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 bool is_excluded(const tree_selection& selection, int taxon) {
   return !selection.excluded.empty() && selection.excluded[at(taxon)] != 0;

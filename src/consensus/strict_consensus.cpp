@@ -4,12 +4,11 @@
 #include "consensus/consensus.h"
 #include "consensus/counting.h"
 #include "shell/arena.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// The groups of the first tree are counted in the others; a group that a tree lacks falls behind
 /// `min_count` and isn't looked at again.

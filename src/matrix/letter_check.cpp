@@ -5,11 +5,10 @@
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 bool is_informative_cell(std::uint32_t states) {
   return states != matrix.state_mask && states != star_mask(numeric_data, matrix.cell_bytes);

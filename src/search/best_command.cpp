@@ -7,6 +7,7 @@
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
 #include "shell/output.h"
@@ -15,8 +16,6 @@
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 int decimals_of_scores() {
   return score_decimals(std::any_of(

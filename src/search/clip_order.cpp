@@ -3,11 +3,10 @@
 #include <vector>
 
 #include "search/swap_run.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Fields where the node's set shares nothing with its ancestor's final set: a rough count of what
 /// clipping it would gain.

@@ -4,11 +4,10 @@
 // walked, and the lists of the clusters it touches are split; walking the whole main tree for each
 // clip took longer than costing its candidates on large trees.
 #include "search/swap_run.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 void touch(swap_run& run, int c) {
   cluster_record& record = run.data.clusters[at(c)];

@@ -1,11 +1,10 @@
 #include "search/limited_swap.h"
 
 #include "search/swap_run.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Branches in breadth-first order from one of them, with the distance and the end they go on from.
 struct branch_walk {

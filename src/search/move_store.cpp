@@ -7,12 +7,11 @@
 #include "search/search_state.h"
 #include "search/stored_trees.h"
 #include "search/swap_run.h"
+#include "shell/indices.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Makes the trees of one clip and one rooting `u`, one at a time. As long as it lives the subtree
 /// is rooted on `u`; its links, and its sets where they were changed, come back with the end.

@@ -3,11 +3,10 @@
 #include "search/search_state.h"
 #include "search/swap_run.h"
 #include "search/swapper.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Branches of the main tree below the outgroup's, breadth first. Two descendants at a time were
 /// tested against the union of their sets once; with the batch kernel that costs more than it

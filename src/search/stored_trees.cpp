@@ -7,13 +7,13 @@
 #include "engine/collapsing.h"
 #include "search/tree_identity.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/output.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
 
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 const search_data& data() { return *current_search_data; }
 tree_record& record_of(int slot) { return searching.tree_records[at(slot)]; }
 std::span<std::int32_t> scratch() { return searching.identity_scratch; }

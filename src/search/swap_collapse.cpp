@@ -9,11 +9,10 @@
 #include "search/search_state.h"
 #include "search/swapper.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 struct swap_marks {
   std::vector<std::uint8_t> stays;        // by node of the tree in work

@@ -4,11 +4,10 @@
 #include "search/search_state.h"
 #include "search/swap_run.h"
 #include "search/swapper.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// All branches of one main cluster against one branch of the subtree. `scan(from, &cost)` gives
 /// the place of the next one within the bound. True: the clip is done.

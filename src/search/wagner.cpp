@@ -7,6 +7,7 @@
 #include "search/search_report.h"
 #include "search/wagner_build.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/random.h"
 
 namespace zeb {
@@ -14,8 +15,6 @@ namespace zeb {
 addition_settings additions;
 
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Another taxon plays terminal 0 for the length of a build, by exchanging their states.
 class randomised_outgroup {

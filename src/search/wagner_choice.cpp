@@ -5,12 +5,11 @@
 
 #include "search/search_state.h"
 #include "search/wagner_build.h"
+#include "shell/indices.h"
 #include "shell/random.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 enum addition_rule { largest_difference, closest, furthest };
 

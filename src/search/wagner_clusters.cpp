@@ -5,12 +5,11 @@
 #include "search/clusters.h"
 #include "search/swapper.h"
 #include "search/wagner_build.h"
+#include "shell/indices.h"
 #include "shell/random.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Clusters hang on the data as long as it lives, and waves widen their unions.
 class cluster_scope {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/lexer.h"
 #include "shell/list_kinds.h"
@@ -15,8 +16,6 @@
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 bool is_one_of(int c, std::string_view set) {
   return c > 0 && c < 128 && set.find(static_cast<char>(c)) != std::string_view::npos;
