@@ -8,6 +8,7 @@
 #include "engine/commands.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -17,8 +18,6 @@
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr std::array<const char*, 7> rule_texts = {
     "Not collapsing unsupported branches",

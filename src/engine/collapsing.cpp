@@ -7,6 +7,7 @@
 #include "engine/plain_optimisation.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
@@ -15,8 +16,6 @@ collapsing_settings collapsing;
 namespace {
 
 swap_collapser swap_rule = nullptr;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Does a range tell the node from its ancestor? As the sets of an additive character do.
 bool range_tells(const value_range& above, const value_range& own, int rule) {

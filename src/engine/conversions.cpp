@@ -3,12 +3,11 @@
 
 #include "engine/search_data.h"
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Hangs `children` below `node`, two at a time, taking new nodes from `next` for what is more.
 void hang(std::span<std::int32_t> anc, int node, std::span<const int> children, int& next) {

@@ -9,12 +9,11 @@
 #include "matrix/matrix_writer.h"
 #include "matrix/symbols.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // The characters that are optimised as sets of states; the others are missing in the rows.
 std::vector<std::uint8_t> characters_with_sets() {

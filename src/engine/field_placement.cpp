@@ -3,11 +3,11 @@
 #include <numeric>
 
 #include "engine/packing.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
 
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 int words_for(int fields, int group) {
   return (fields + fields_per_word[at(group)] - 1) / fields_per_word[at(group)];
 }

@@ -4,11 +4,10 @@
 
 #include "engine/step_costs.h"
 #include "shell/arena.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 const field_record& first_record(const search_data& data, const pack_entry& e) {
   return data.fields[at(e.group)][at(e.first_field)];

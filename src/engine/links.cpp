@@ -1,10 +1,9 @@
 // The links of the tree in work: attaching, detaching and turning subtrees. No sets are touched.
 #include "engine/search_data.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int node) { return static_cast<std::size_t>(node); }
 
 /// `node` takes the place of `old` below `a`.
 void replace_descendant(tree_arrays& tree, int a, int old, int node) {

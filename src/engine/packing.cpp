@@ -10,11 +10,10 @@
 #include "shell/arena.h"
 #include "shell/data_memory.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Kinds that the passes can't score yet end the command rather than be left out.
 void refuse_unavailable(int character) {

@@ -4,6 +4,7 @@
 #include "engine/implied_weighting.h"
 #include "engine/search_data.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 
@@ -11,8 +12,6 @@ search_data* current_search_data = nullptr;
 engine_settings engine;
 
 namespace {
-
-std::size_t at(int node) { return static_cast<std::size_t>(node); }
 
 pass_context context_of(search_data& data) {
   pass_context t;

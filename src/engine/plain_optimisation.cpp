@@ -8,11 +8,10 @@
 #include "matrix/matrix.h"
 #include "matrix/smallest_hitting_set.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 bool is_ignored(std::span<const std::uint8_t> ignored, int taxon) {
   return !ignored.empty() && ignored[at(taxon)] != 0;

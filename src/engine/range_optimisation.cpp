@@ -3,11 +3,10 @@
 #include <algorithm>
 
 #include "matrix/matrix.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 int distance(const value_range& range, int value) {
   return std::max({0, range.low - value, value - range.high});

@@ -10,6 +10,7 @@
 #include "engine/tree_scores.h"
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 #include "shell/input.h"
 #include "shell/interpreter.h"
 #include "shell/lexer.h"
@@ -20,8 +21,6 @@
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// "[!] trees [/ characters]"; "*" in place of "!" where fits can be shown.
 struct score_request {

@@ -8,11 +8,10 @@
 #include "engine/packing.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr int weight_digits = 31;
 constexpr std::int64_t largest_weight_sum = 1'000'000'000;

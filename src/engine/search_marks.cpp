@@ -1,10 +1,9 @@
 // The quick collapsing rules, on the node sets of a search.
 #include "engine/collapsing.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Top bit of each field of a group.
 constexpr std::uint32_t top_bits(int group) {

@@ -7,11 +7,10 @@
 
 #include "matrix/matrix.h"
 #include "shell/errors.h"
+#include "shell/indices.h"
 
 namespace zeb {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr int impossible = 1'000'000'000;
 
