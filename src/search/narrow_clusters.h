@@ -23,7 +23,6 @@ class narrow_pair {
   /// First main node from `from` on whose cost against subtree node `i` (by place in its list) is
   /// within the bound; its place, with the cost. The count of main nodes where there is none.
   int scan(const search_data& data, int i, int from, std::int32_t bound, std::int32_t* cost) const;
-  std::int32_t fixed_cost() const { return fixed_; }
 
  private:
   struct word_choice {

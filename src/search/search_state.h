@@ -92,7 +92,6 @@ struct search_state {
   // -- counters --
   rearrangement_counter rearrangement_count;
   std::int64_t moves_done = 0;  // moves accepted or stored
-  int last_unswapped = -1;      // `bbreak`: first tree that found the buffer full; -1 none
   double hits_value = 0;        // hits of the last search, for the macro language
   double last_best = no_score;  // best score of the last search, for the macro language
   bool tbr_swapping = false;    // what `bbreak` did last, for the macro language

@@ -20,8 +20,6 @@ class list_reader {
 
   /// From here on numbers count within the block; 0 is the whole range.
   void enter_block(int block);
-  /// What follows is added to, or removed from, what is marked.
-  void set_adding(bool adding) { adding_ = adding; }
   bool adding() const { return adding_; }
   /// All items up to the end of the list. True if there was one.
   bool read();
