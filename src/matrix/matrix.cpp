@@ -108,6 +108,28 @@ std::string state_symbol(int character, int state) {
   return {symbol_of_state(type_of(character), state)};
 }
 
+std::string cell_text(int character, std::uint32_t states) {
+  if (matrix.characters[at(character)].is_continuous) {
+    if (states == missing_continuous) return "?";
+    if (states == inapplicable_continuous) return "*";
+    const int low = static_cast<int>(states & 0xffffU);
+    const int high = static_cast<int>(states >> 16);
+    return low == high ? value_text(character, low)
+                       : value_text(character, low) + "-" + value_text(character, high);
+  }
+  if (states == matrix.state_mask) return "?";
+  if (says_nothing(character, states)) {
+    const char symbol = symbol_of_set(type_of(character), matrix.cell_bytes, states);
+    if (symbol) return {symbol};
+  }
+  if (std::has_single_bit(states)) return state_symbol(character, std::countr_zero(states));
+  std::string text = "[";
+  for (std::uint32_t rest = states; rest; rest &= rest - 1) {
+    text += state_symbol(character, std::countr_zero(rest));
+  }
+  return text + "]";
+}
+
 int active_taxa() {
   const auto taxa = matrix.taxon_active.first(at(matrix.ntax));
   return static_cast<int>(std::count(taxa.begin(), taxa.end(), 1));

@@ -163,6 +163,8 @@ std::string character_name(int character);
 std::string character_label(int character);
 /// Symbol of a state of the character as the matrix writes it.
 std::string state_symbol(int character, int state);
+/// "0", "[01]", "?", or "0.120-0.300" for a cell's state set.
+std::string cell_text(int character, std::uint32_t states);
 
 int active_taxa();
 
