@@ -2,8 +2,8 @@
 #include <new>
 #include <string_view>
 
-#include "start_up.h"
 #include "shell/process.h"
+#include "start_up.h"
 
 namespace {
 

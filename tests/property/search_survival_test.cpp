@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <regex>
+#include <string>
 
 #include "engine/collapsing.h"
 #include "engine/tree_scores.h"
@@ -165,6 +165,15 @@ TEST_F(search_survival, a_wish_to_stop_may_come_with_any_candidate) {
   }
 }
 
+/// Blanks "hh:mm:ss": the only part of a report that two equal searches may differ in.
+void blank_times(std::string& text) {
+  for (std::size_t colon = text.find(':'); colon != std::string::npos;
+       colon = text.find(':', colon + 1)) {
+    if (colon >= 2 && colon + 5 < text.size() && text[colon + 3] == ':')
+      text.replace(colon - 2, 8, "--------");
+  }
+}
+
 struct search_result {
   std::vector<std::vector<std::int32_t>> trees;
   std::string rearrangements;
@@ -193,7 +202,7 @@ search_result whole_search(std::optional<int> width) {
       filter_by_score(found.best);
       swap_buffer();
     });
-    result.printed = std::regex_replace(result.printed, std::regex("\\d\\d:\\d\\d:\\d\\d"), "");
+    blank_times(result.printed);
     result.rearrangements = rearrangements_text();
   }
   result.trees = stored_trees();

@@ -15,15 +15,16 @@
 
 namespace zeb_test {
 
-/// Starts the program's state once a process: all rooms registered, no console, chatter off.
+/// Starts the program's state once a process: all rooms registered, no console, chatter off. Tests
+/// with arenas of their own leave none behind: then there is a new one.
 inline void start_program() {
+  if (!zeb::arena.base) zeb::create_arena(16'000'000);
   static bool started = false;
   if (started) return;
   started = true;
   zeb::settings.beep = false;
   zeb::settings.report = false;
   if (!std::freopen("/dev/null", "r", stdin)) std::abort();
-  zeb::create_arena(16'000'000);
   zeb::start_input(10, "quote;", "tests");
   zeb::register_everything();
 }
