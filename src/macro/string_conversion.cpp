@@ -136,8 +136,8 @@ void apply_suffixes(std::string& text) {
       if (sign == '+') {
         text = text.size() > n ? text.substr(n) : std::string();
       } else if (sign == '-') {
-        text = text.size() >= n ? text.substr(text.size() - n)
-                                : std::string(n - text.size(), ' ') + text;
+        if (text.size() < n) text.insert(0, n - text.size(), ' ');
+        text.erase(0, text.size() - n);
       } else {
         text.resize(n, ' ');
       }

@@ -91,6 +91,33 @@ void show_array(const variable_reference& reference, display how) {
   }
 }
 
+// The cells as a `setarray` command that makes them again.
+void write_setarray(const variable_reference& reference) {
+  const std::span<const int> sizes = section_sizes(reference);
+  std::string text = "Setarray ";
+  text += sizes.empty() ? "1" : dimensions_text(sizes, ",");
+  const std::string_view name = variable_name(reference.base);
+  text += " " + (name.empty() || reference.subscripts ? std::to_string(reference.cell - var_shift())
+                                                      : std::string(name));
+  report_line(text);
+  constexpr std::size_t longest_line = 1900;
+  const int row = sizes.empty() ? 1 : sizes.back();
+  const int first = section_start(reference);
+  const auto cells = sizes.empty() ? 1 : static_cast<int>(data_cell_count(sizes));
+  std::string line;
+  for (int i = 0; i < cells; ++i) {
+    const bool row_begins = i % row == 0;
+    if (i > 0 && (row_begins || line.size() > longest_line)) {
+      report_line(line);
+      line.clear();
+    }
+    if (!row_begins) line += ' ';
+    line += value_text(variable_value(first + i));
+  }
+  report_line(line);
+  report_line(";");
+}
+
 void show_variable(display how) {
   if (how == display::string && skip_blanks_peek() == ';') {
     error_end("Must specify number of variable to display as string");
@@ -98,29 +125,7 @@ void show_variable(display how) {
   const variable_reference reference = read_variable_reference(false);
   if (accept_char('*')) {
     if (how != display::value) error_end("Cannot save in matrix form using bits");
-    const std::span<const int> sizes = section_sizes(reference);
-    std::string text = "Setarray ";
-    text += sizes.empty() ? "1" : dimensions_text(sizes, ",");
-    const std::string_view name = variable_name(reference.base);
-    text +=
-        " " + (name.empty() || reference.subscripts ? std::to_string(reference.cell - var_shift())
-                                                    : std::string(name));
-    report_line(text);
-    const int row = sizes.empty() ? 1 : sizes.back();
-    const int first = section_start(reference);
-    const auto cells = sizes.empty() ? 1 : static_cast<int>(data_cell_count(sizes));
-    for (int i = 0; i < cells; i += row) {
-      std::string line;
-      for (int j = 0; j < row; ++j) {
-        if (line.size() > 1900) {
-          report_line(line);
-          line.clear();
-        }
-        line += (j ? " " : "") + value_text(variable_value(first + i + j));
-      }
-      report_line(line);
-    }
-    report_line(";");
+    write_setarray(reference);
     return;
   }
   if (how == display::string) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -29,8 +30,8 @@ std::vector<double> values_of(const whole_array& array) {
 }
 
 struct extent {
-  double low = INFINITY;
-  double high = -INFINITY;
+  double low = std::numeric_limits<double>::infinity();
+  double high = -low;
   void include(const std::vector<double>& values) {
     for (const double v : values) {
       if (!std::isfinite(v)) continue;

@@ -79,7 +79,7 @@ class svg_tree_writer {
       else
         style.text = node_texts[at(node)];
       has_lengths_ = has_lengths_ || style.length >= 0;
-      const char separator = options_.position == 'd' ? 0 : options_.separator;
+      const char separator = options_.position == 'd' ? '\0' : options_.separator;
       if (!style.text.empty())
         legends_[at(node)] = text_lines(style.text, separator, options_.text_width);
     }
