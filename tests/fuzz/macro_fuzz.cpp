@@ -70,6 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text = with_short_numbers({reinterpret_cast<const char*>(data) + 1, size - 1});
   if (loop_words(text) > 3) return 0;
   zeb_test::run_program("var: x y a[5] b[5] m[2 3] d[2 2 2] s[9]; set s $hello;" + text);
+  zeb_test::run_program("macro=;");  // the text may have turned the language off
   if (zeb_test::run_program("set 0 7; quote alive '0';").find("alive 7") == std::string::npos)
     std::abort();
   return 0;
