@@ -90,7 +90,7 @@ consensus_request read_request(bool has_reference_forms) {
 }
 
 tree_selection selection_of(const consensus_request& request) {
-  const tree_selection selection = select_stored_trees(request.trees, request.excluded);
+  tree_selection selection = select_stored_trees(request.trees, request.excluded);
   if (std::ranges::count(taxa_left_out(selection), 0) == 0)
     error_end("Cannot exclude all taxa of the trees");
   return selection;

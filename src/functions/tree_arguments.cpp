@@ -12,6 +12,14 @@ int one_tree() {
   return tree;
 }
 
+std::pair<const_tree_span, const_tree_span> two_trees() {
+  open_brackets();
+  const const_tree_span first = stored_tree(tree_argument());
+  const const_tree_span second = stored_tree(tree_argument());
+  close_brackets();
+  return {first, second};
+}
+
 tree_and_node tree_then_node() {
   tree_and_node result;
   result.number = tree_argument();

@@ -1,6 +1,7 @@
 // What functions of trees share: reading "[T N]", and the terminals of a node.
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "trees/tree_store.h"
@@ -15,6 +16,8 @@ struct tree_and_node {
 
 /// "[T]": the tree's number.
 int one_tree();
+/// "[T1 T2]".
+std::pair<const_tree_span, const_tree_span> two_trees();
 /// "T N" within brackets that the caller reads.
 tree_and_node tree_then_node();
 /// "[T N]".

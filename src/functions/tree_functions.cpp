@@ -135,10 +135,7 @@ bool same_tree(const_tree_span a, const_tree_span b) {
 }
 
 double equal_trees() {
-  open_brackets();
-  const const_tree_span a = stored_tree(tree_argument());
-  const const_tree_span b = stored_tree(tree_argument());
-  close_brackets();
+  const auto [a, b] = two_trees();
   return same_tree(a, b);
 }
 

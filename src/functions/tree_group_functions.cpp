@@ -108,10 +108,7 @@ double equal_group() {
 }
 
 double group_to_group() {
-  open_brackets();
-  const const_tree_span first = stored_tree(tree_argument());
-  const const_tree_span second = stored_tree(tree_argument());
-  close_brackets();
+  const auto [first, second] = two_trees();
   const std::vector<taxon_set> a = sets_of(first);
   const std::vector<taxon_set> b = sets_of(second);
   const taxon_set shared = shared_by(root_set(a), root_set(b));
@@ -141,10 +138,7 @@ struct group_difference {
 };
 
 group_difference compare_trees() {
-  open_brackets();
-  const const_tree_span first = stored_tree(tree_argument());
-  const const_tree_span second = stored_tree(tree_argument());
-  close_brackets();
+  const auto [first, second] = two_trees();
   const std::vector<taxon_set> sets_a = sets_of(first);
   const std::vector<taxon_set> sets_b = sets_of(second);
   const taxon_set shared = shared_by(root_set(sets_a), root_set(sets_b));

@@ -70,7 +70,7 @@ color_code read_code_of_shape() {
 /// The option behind a line or rectangle, read before the shape is drawn; empty at the end.
 std::string read_next_option() {
   if (skip_blanks_peek() == ';') return {};
-  const std::string next = read_option_word();
+  std::string next = read_option_word();
   if (next.empty()) error_end("Indicate color in parentheses (as for tags)");
   return next;
 }

@@ -1,14 +1,12 @@
 // Any text run as commands ends, and leaves the program able to go on.
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
 #include <vector>
 
-#include "../support/program.h"
 #include "command_table.h"
+#include "fuzz/scratch_folder.h"
 #include "shell/interpreter.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -32,14 +30,7 @@ std::span<const zeb::command_row> harmless_rows() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static bool ready = false;
-  if (!ready) {
-    ready = true;
-    char directory[] = "/tmp/zeb_fuzz_XXXXXX";
-    if (!mkdtemp(directory) || chdir(directory) != 0) std::abort();
-    zeb_test::start_program();
-    zeb::set_command_table(harmless_rows());
-  }
+  zeb_test::start_in_scratch_folder(harmless_rows);
   if (size > 4000) return 0;
   zeb_test::run_program("timeout 1; macro-;", false);
   zeb_test::run_program({reinterpret_cast<const char*>(data), size});

@@ -1,7 +1,5 @@
 // Any text run as a script of the macro language ends, and leaves variables, loops and the reader
 // able to go on.
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -9,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "../support/program.h"
 #include "command_table.h"
+#include "fuzz/scratch_folder.h"
 #include "shell/interpreter.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -55,14 +53,7 @@ int loop_words(std::string_view text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static bool ready = false;
-  if (!ready) {
-    ready = true;
-    char directory[] = "/tmp/zeb_fuzz_XXXXXX";
-    if (!mkdtemp(directory) || chdir(directory) != 0) std::abort();
-    zeb_test::start_program();
-    zeb::set_command_table(macro_rows());
-  }
+  zeb_test::start_in_scratch_folder(macro_rows);
   if (size == 0 || size > 1500) return 0;
   static constexpr const char* settings[] = {"", "macfloat -;", "macro prot 0;", "macro prot 1;"};
   zeb_test::run_program(std::string("macro-; macfloat =; macro prot 2;") + settings[data[0] & 3] +

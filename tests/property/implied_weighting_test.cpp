@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "property/clipped_trees.h"
 #include "property/random_matrix.h"
 #include "shell/arena.h"
 #include "shell/errors.h"
@@ -51,16 +52,6 @@ double oracle_fit(const zeb_test::oracle_matrix& oracle, const search_data& data
     sum += oracle.weight[c] * h / (engine.concavity + h);
   }
   return sum;
-}
-
-std::vector<int> nodes_below(const search_data& data, int top) {
-  std::vector<int> nodes = {top};
-  for (std::size_t i = 0; i < nodes.size(); ++i)
-    if (nodes[i] >= data.n) {
-      nodes.push_back(data.tree.first[at(nodes[i])]);
-      nodes.push_back(data.tree.second[at(nodes[i])]);
-    }
-  return nodes;
 }
 
 /// One place for a clip: its sets, and those of two branches that it may be joined to.
@@ -119,9 +110,7 @@ void check_scan(const search_data& data, const word* clip, const std::vector<std
 /// tree that comes out; the counters follow.
 void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::mt19937& g) {
   constexpr double rounding = 1e-9;
-  int clip = 0;
-  do clip = draw(g, 1, data.nodes - 1);
-  while (clip == data.n || data.tree.anc[at(clip)] == data.n);
+  const int clip = zeb_test::draw_clip(data, g);
   const int sister = data.tree.sister[at(clip)];
   const double score = total_fit(data);
   const int joint = detach(data.tree, clip);
@@ -134,8 +123,8 @@ void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::m
   ASSERT_NEAR(data.kernels.fit.cost_pair(own.down, home, data.layout, unbounded), home_cost,
               rounding);
 
-  const std::vector<int> subtree = nodes_below(data, clip);
-  std::vector<int> targets = nodes_below(data, data.n);
+  const std::vector<int> subtree = zeb_test::nodes_below(data, clip);
+  std::vector<int> targets = zeb_test::nodes_below(data, data.n);
   std::erase_if(targets, [&](int v) { return v == data.n || v == 0; });
   const auto pick = [&](const std::vector<int>& list) {
     return list[at(draw(g, 0, static_cast<int>(list.size()) - 1))];
@@ -168,9 +157,7 @@ void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::m
 
 /// Counts of a clipped tree and its clip, made by passes over both.
 void check_two_passes(search_data& data, std::mt19937& g) {
-  int clip = 0;
-  do clip = draw(g, 1, data.nodes - 1);
-  while (clip == data.n || data.tree.anc[at(clip)] == data.n);
+  const int clip = zeb_test::draw_clip(data, g);
   const int sister = data.tree.sister[at(clip)];
   const int joint = detach(data.tree, clip);
   repair_after_clip(data, sister, clip);

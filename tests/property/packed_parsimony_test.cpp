@@ -7,6 +7,7 @@
 
 #include "engine/registration.h"
 #include "engine/search_data.h"
+#include "property/clipped_trees.h"
 #include "property/random_matrix.h"
 #include "shell/arena.h"
 
@@ -48,21 +49,10 @@ class packed_parsimony : public ::testing::Test {
   }
 };
 
-std::vector<int> nodes_below(const search_data& data, int top) {
-  std::vector<int> nodes = {top};
-  for (std::size_t i = 0; i < nodes.size(); ++i)
-    if (nodes[i] >= data.n) {
-      nodes.push_back(data.tree.first[at(nodes[i])]);
-      nodes.push_back(data.tree.second[at(nodes[i])]);
-    }
-  std::sort(nodes.begin(), nodes.end());
-  return nodes;
-}
-
 /// Sets of every node of the subtree that a pass defines, in one row.
 std::vector<word> all_sets(const search_data& data, int top) {
   std::vector<word> row;
-  for (const int v : nodes_below(data, top)) {
+  for (const int v : zeb_test::nodes_below(data, top)) {
     const node_sets& s = data.sets[at(v)];
     const auto add = [&](const word* p) { row.insert(row.end(), p, p + data.nwords); };
     if (v >= data.n) {
@@ -154,9 +144,7 @@ struct random_clusters {
 /// along, and the cost of joining the difference in length.
 void check_one_move(search_data& data, double length, std::mt19937& g) {
   const std::vector<word> before = all_sets(data, data.n);
-  int clip = 0;
-  do clip = draw(g, 1, data.nodes - 1);
-  while (clip == data.n || data.tree.anc[at(clip)] == data.n);
+  const int clip = zeb_test::draw_clip(data, g);
   const int sister = data.tree.sister[at(clip)];
 
   std::optional<random_clusters> clusters;
@@ -166,8 +154,8 @@ void check_one_move(search_data& data, double length, std::mt19937& g) {
   const int joint = detach(data.tree, clip);
   repair_after_clip(data, sister, clip);
   if (clusters) {
-    ASSERT_TRUE(clusters->hold(nodes_below(data, data.n), data.n));
-    ASSERT_TRUE(clusters->hold(nodes_below(data, clip), clip));
+    ASSERT_TRUE(clusters->hold(zeb_test::nodes_below(data, data.n), data.n));
+    ASSERT_TRUE(clusters->hold(zeb_test::nodes_below(data, clip), clip));
   }
   const std::vector<word> main_sets = all_sets(data, data.n);
   const std::vector<word> clip_sets = all_sets(data, clip);
@@ -188,8 +176,8 @@ void check_one_move(search_data& data, double length, std::mt19937& g) {
   ASSERT_EQ(main_sets, all_sets(data, data.n)) << "main tree, clip " << clip;
   ASSERT_EQ(clip_sets, all_sets(data, clip)) << "subtree, clip " << clip;
 
-  const std::vector<int> subtree = nodes_below(data, clip);
-  std::vector<int> main_tree = nodes_below(data, data.n);
+  const std::vector<int> subtree = zeb_test::nodes_below(data, clip);
+  std::vector<int> main_tree = zeb_test::nodes_below(data, data.n);
   std::erase_if(main_tree, [&](int v) { return v == data.n || v == 0; });
   const int target = main_tree[at(draw(g, 0, static_cast<int>(main_tree.size()) - 1))];
   const int root_at = subtree[at(draw(g, 0, static_cast<int>(subtree.size()) - 1))];

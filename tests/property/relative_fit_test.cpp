@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/packing.h"
+#include "property/clipped_trees.h"
 #include "property/random_matrix.h"
 #include "support/program.h"
 
@@ -56,9 +57,7 @@ TEST_F(relative_fit, is_that_of_the_two_trees) {
     const naive::rooted_tree start = naive::random_tree(data.n, g);
     tree_length(data, start.parent);
     const naive::rooted_tree home = tree_in_work(data);
-    int clip = 0;
-    do clip = draw(g, 1, data.nodes - 1);
-    while (clip == data.n || data.tree.anc[at(clip)] == data.n);
+    const int clip = zeb_test::draw_clip(data, g);
     const int sister = data.tree.sister[at(clip)];
     const int joint = detach(data.tree, clip);
     repair_after_clip(data, sister, clip);
