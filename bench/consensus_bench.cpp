@@ -5,8 +5,8 @@
 #include <numeric>
 #include <random>
 
+#include "base/arena.h"
 #include "consensus/consensus.h"
-#include "shell/arena.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <random>
 
+#include "base/arena.h"
 #include "engine/registration.h"
 #include "engine/search_data.h"
 #include "matrix/matrix.h"
-#include "shell/arena.h"
 
 namespace zeb {
 namespace {

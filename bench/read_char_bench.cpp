@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <string>
 
-#include "shell/input.h"
-#include "shell/lexer.h"
+#include "language/input.h"
+#include "language/lexer.h"
 #include "support/program.h"
 
 namespace {

@@ -7,9 +7,9 @@
 
 #include "matrix/matrix.h"
 #include "support/program.h"
-#include "trees/compact_format.h"
 #include "trees/generated_trees.h"
-#include "trees/tree_file.h"
+#include "trees/notation/compact_format.h"
+#include "trees/notation/tree_file.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 # Writes a C++ table of the help texts. Called with HELP_DIR and OUTPUT.
 file(GLOB files ${HELP_DIR}/*.txt)
 list(SORT files)
-set(content "#include \"shell/help_texts.h\"\n\nnamespace zeb {\n\nstd::span<const help_text> all_help_texts() {\n  static constexpr help_text texts[] = {\n")
+set(content "#include \"language/help_texts.h\"\n\nnamespace zeb {\n\nstd::span<const help_text> all_help_texts() {\n  static constexpr help_text texts[] = {\n")
 foreach(file IN LISTS files)
   get_filename_component(name ${file} NAME_WE)
   file(READ ${file} text)

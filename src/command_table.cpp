@@ -3,20 +3,20 @@
 // says so.
 #include "command_table.h"
 
+#include "base/process.h"
 #include "consensus/commands.h"
 #include "engine/commands.h"
 #include "formats/formats.h"
 #include "functions/function_table.h"
+#include "language/commands/commands.h"
 #include "macro/commands.h"
 #include "matrix/commands.h"
-#include "matrix/settings_commands.h"
+#include "matrix/settings/settings_commands.h"
 #include "search/best_command.h"
 #include "search/commands.h"
 #include "search/subopt_command.h"
-#include "shell/commands.h"
-#include "shell/process.h"
 #include "trees/commands.h"
-#include "trees/display_commands.h"
+#include "trees/drawing/display_commands.h"
 #include "trees/tree_groups.h"
 
 namespace zeb {

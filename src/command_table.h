@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "shell/interpreter.h"
+#include "language/interpreter.h"
 
 namespace zeb {
 

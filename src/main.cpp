@@ -2,7 +2,7 @@
 #include <new>
 #include <string_view>
 
-#include "shell/process.h"
+#include "base/process.h"
 #include "start_up.h"
 
 namespace {

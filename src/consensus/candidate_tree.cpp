@@ -1,7 +1,7 @@
 #include "consensus/candidate_tree.h"
 
+#include "base/indices.h"
 #include "consensus/group_tree.h"
-#include "shell/indices.h"
 
 namespace zeb {
 namespace {}  // namespace

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "shell/indices.h"
+#include "base/indices.h"
 
 namespace zeb {
 namespace {}  // namespace

@@ -2,10 +2,10 @@
 // one tree's groups.
 #include <algorithm>
 
+#include "base/arena.h"
+#include "base/indices.h"
 #include "consensus/consensus.h"
 #include "consensus/counting.h"
-#include "shell/arena.h"
-#include "shell/indices.h"
 
 namespace zeb {
 namespace {

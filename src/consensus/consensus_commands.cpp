@@ -2,18 +2,18 @@
 #include <algorithm>
 #include <optional>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
 #include "consensus/commands.h"
 #include "consensus/consensus.h"
 #include "consensus/requests.h"
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
-#include "shell/output.h"
-#include "shell/process.h"
-#include "trees/tables.h"
+#include "trees/drawing/tables.h"
 
 namespace zeb {
 namespace {

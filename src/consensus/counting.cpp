@@ -1,8 +1,8 @@
 #include "consensus/counting.h"
 
-#include "shell/arena.h"
-#include "shell/output.h"
-#include "shell/process.h"
+#include "base/arena.h"
+#include "base/process.h"
+#include "console/output.h"
 
 namespace zeb {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "consensus/consensus.h"
 #include "consensus/group_table.h"
-#include "engine/collapsing.h"
+#include "engine/collapsing/collapsing.h"
 
 namespace zeb {
 

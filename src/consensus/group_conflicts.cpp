@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <numeric>
 
+#include "base/indices.h"
+#include "base/process.h"
 #include "consensus/group_table.h"
-#include "shell/indices.h"
-#include "shell/output.h"
-#include "shell/process.h"
+#include "console/output.h"
 
 namespace zeb {
 namespace {

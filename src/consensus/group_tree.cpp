@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <bit>
 
-#include "shell/errors.h"
-#include "shell/indices.h"
+#include "base/errors.h"
+#include "base/indices.h"
 
 namespace zeb {
 namespace {

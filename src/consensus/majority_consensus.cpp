@@ -1,10 +1,10 @@
+#include "base/arena.h"
+#include "base/indices.h"
 #include "consensus/candidate_tree.h"
 #include "consensus/cluster_matcher.h"
 #include "consensus/consensus.h"
 #include "consensus/counting.h"
-#include "shell/arena.h"
-#include "shell/indices.h"
-#include "shell/output.h"
+#include "console/output.h"
 
 namespace zeb {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "shell/arena.h"
-#include "shell/indices.h"
+#include "base/arena.h"
+#include "base/indices.h"
 
 namespace zeb {
 namespace {

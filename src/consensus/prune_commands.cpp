@@ -3,16 +3,16 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/indices.h"
 #include "consensus/commands.h"
 #include "consensus/pruned_consensus.h"
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/list_text.h"
+#include "language/lists.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/list_text.h"
-#include "shell/lists.h"
-#include "shell/output.h"
 
 namespace zeb {
 namespace {

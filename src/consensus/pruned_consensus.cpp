@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <map>
 
-#include "shell/indices.h"
-#include "shell/output.h"
-#include "shell/process.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
 
 namespace zeb {
 namespace {

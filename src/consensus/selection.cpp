@@ -1,9 +1,9 @@
 #include <algorithm>
 
+#include "base/indices.h"
 #include "consensus/consensus.h"
-#include "engine/collapsing.h"
+#include "engine/collapsing/collapsing.h"
 #include "matrix/matrix.h"
-#include "shell/indices.h"
 
 namespace zeb {
 

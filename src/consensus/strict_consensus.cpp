@@ -1,11 +1,11 @@
 #include <algorithm>
 
+#include "base/arena.h"
+#include "base/indices.h"
 #include "consensus/cluster_matcher.h"
 #include "consensus/consensus.h"
 #include "consensus/counting.h"
-#include "shell/arena.h"
-#include "shell/indices.h"
-#include "shell/output.h"
+#include "console/output.h"
 
 namespace zeb {
 namespace {

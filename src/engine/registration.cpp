@@ -2,10 +2,10 @@
 
 #include <memory>
 
-#include "engine/collapsing.h"
-#include "engine/packing.h"
-#include "engine/tree_scores.h"
-#include "shell/arena.h"
+#include "base/arena.h"
+#include "engine/collapsing/collapsing.h"
+#include "engine/packing/packing.h"
+#include "engine/plain/tree_scores.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_groups.h"
 

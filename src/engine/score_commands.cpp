@@ -3,21 +3,21 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "engine/commands.h"
-#include "engine/fits.h"
-#include "engine/plain_optimisation.h"
+#include "engine/fit/fits.h"
+#include "engine/plain/plain_optimisation.h"
+#include "engine/plain/tree_scores.h"
 #include "engine/search_data.h"
-#include "engine/tree_scores.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
-#include "shell/output.h"
-#include "shell/process.h"
-#include "trees/tables.h"
+#include "trees/drawing/tables.h"
 
 namespace zeb {
 namespace {

@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <bit>
 
-#include "engine/implied_weighting.h"
-#include "engine/packing.h"
-#include "shell/arena.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "engine/fit/implied_weighting.h"
+#include "engine/packing/packing.h"
 
 namespace zeb {
 namespace {

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <span>
 
-#include "engine/kernels.h"
+#include "engine/kernels/kernels.h"
 
 namespace zeb {
 

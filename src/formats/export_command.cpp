@@ -3,17 +3,17 @@
 #include <memory>
 #include <string>
 
+#include "base/errors.h"
+#include "console/output.h"
 #include "formats/formats.h"
 #include "formats/nexus_writer.h"
 #include "formats/tree_writer.h"
-#include "matrix/continuous_scales.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "trees/tags.h"
+#include "matrix/settings/continuous_scales.h"
+#include "trees/drawing/tags.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -2,15 +2,15 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "formats/foreign_matrix.h"
 #include "formats/formats.h"
 #include "formats/sequence_file.h"
+#include "language/data_memory.h"
 #include "matrix/symbols.h"
-#include "shell/arena.h"
-#include "shell/data_memory.h"
-#include "shell/errors.h"
-#include "shell/output.h"
-#include "shell/process.h"
 
 namespace zeb {
 

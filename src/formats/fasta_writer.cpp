@@ -1,8 +1,8 @@
 // The data in memory as FASTA.
 #include <string>
 
+#include "base/errors.h"
 #include "formats/nexus_writer.h"
-#include "shell/errors.h"
 
 namespace zeb {
 

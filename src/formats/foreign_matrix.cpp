@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "matrix/matrix_reader.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/list_text.h"
-#include "shell/output.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "console/output.h"
+#include "language/list_text.h"
+#include "matrix/reading/matrix_reader.h"
 
 namespace zeb {
 

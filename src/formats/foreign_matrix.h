@@ -8,7 +8,7 @@
 #include <unordered_map>
 
 #include "matrix/matrix.h"
-#include "matrix/taxon_rows.h"
+#include "matrix/reading/taxon_rows.h"
 
 namespace zeb {
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cctype>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/text_columns.h"
+#include "language/input.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/input.h"
-#include "shell/text_columns.h"
-#include "trees/tags.h"
+#include "trees/drawing/tags.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

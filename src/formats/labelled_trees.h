@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "trees/parenthetical_reader.h"
-#include "trees/taxon_names.h"
+#include "trees/notation/parenthetical_reader.h"
+#include "trees/notation/taxon_names.h"
 
 namespace zeb {
 

@@ -1,11 +1,11 @@
 // Files of Newick trees.
+#include "base/errors.h"
+#include "console/output.h"
 #include "formats/formats.h"
 #include "formats/labelled_trees.h"
+#include "language/input.h"
+#include "language/interpreter.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/output.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -3,15 +3,15 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "formats/nexus_file.h"
+#include "language/interpreter.h"
+#include "language/list_text.h"
 #include "matrix/matrix.h"
 #include "matrix/step_matrices.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/interpreter.h"
-#include "shell/list_text.h"
-#include "shell/output.h"
-#include "shell/process.h"
 
 namespace zeb {
 

@@ -4,12 +4,12 @@
 #include <set>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/indices.h"
 #include "formats/foreign_matrix.h"
 #include "formats/labelled_trees.h"
 #include "formats/nexus_writer.h"
 #include "matrix/symbols.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
 
 namespace zeb {
 

@@ -4,13 +4,13 @@
 #include <cmath>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/indices.h"
 #include "formats/nexus_writer.h"
-#include "matrix/continuous_reader.h"
-#include "matrix/matrix_writer.h"
+#include "language/list_text.h"
+#include "matrix/reading/continuous_reader.h"
+#include "matrix/reading/matrix_writer.h"
 #include "matrix/symbols.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/list_text.h"
 
 namespace zeb {
 

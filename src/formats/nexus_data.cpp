@@ -1,11 +1,11 @@
 // The TAXA, DATA and CHARACTERS blocks of NEXUS.
 #include <map>
 
+#include "base/indices.h"
 #include "formats/foreign_matrix.h"
 #include "formats/nexus_file.h"
 #include "formats/nexus_format.h"
-#include "matrix/matrix_reader.h"
-#include "shell/indices.h"
+#include "matrix/reading/matrix_reader.h"
 
 namespace zeb {
 

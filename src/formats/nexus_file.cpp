@@ -2,11 +2,11 @@
 
 #include <cstdio>
 
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/output.h"
-#include "shell/process.h"
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
 
 namespace zeb {
 

@@ -2,8 +2,8 @@
 
 #include <cctype>
 
-#include "matrix/block_format.h"
-#include "shell/errors.h"
+#include "base/errors.h"
+#include "matrix/reading/block_format.h"
 
 namespace zeb {
 

@@ -6,8 +6,8 @@
 #include <cctype>
 #include <functional>
 
+#include "base/indices.h"
 #include "formats/nexus_file.h"
-#include "shell/indices.h"
 
 namespace zeb {
 

@@ -3,19 +3,19 @@
 #include <map>
 #include <utility>
 
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "base/text_columns.h"
+#include "console/output.h"
 #include "formats/foreign_matrix.h"
 #include "formats/nexus_file.h"
 #include "formats/nexus_format.h"
-#include "matrix/continuous_reader.h"
-#include "matrix/matrix_reader.h"
-#include "shell/arena.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "shell/process.h"
-#include "shell/text_columns.h"
+#include "language/input.h"
+#include "language/lexer.h"
+#include "matrix/reading/continuous_reader.h"
+#include "matrix/reading/matrix_reader.h"
 
 namespace zeb {
 

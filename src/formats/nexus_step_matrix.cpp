@@ -3,11 +3,11 @@
 #include <bit>
 #include <cctype>
 
+#include "base/errors.h"
+#include "base/indices.h"
 #include "formats/nexus_file.h"
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
 
 namespace zeb {
 

@@ -3,9 +3,9 @@
 #include <cctype>
 #include <charconv>
 
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/output.h"
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/input.h"
 
 namespace zeb {
 

@@ -2,13 +2,13 @@
 #include <memory>
 #include <unordered_map>
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "formats/labelled_trees.h"
 #include "formats/nexus_file.h"
+#include "language/interpreter.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/interpreter.h"
-#include "shell/output.h"
-#include "shell/process.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

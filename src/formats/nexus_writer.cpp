@@ -4,9 +4,9 @@
 #include <bit>
 #include <string>
 
+#include "base/indices.h"
 #include "formats/labelled_trees.h"
 #include "matrix/symbols.h"
-#include "shell/indices.h"
 
 namespace zeb {
 

@@ -6,14 +6,14 @@
 #include <optional>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "formats/foreign_matrix.h"
 #include "formats/formats.h"
 #include "formats/sequence_file.h"
-#include "matrix/block_format.h"
+#include "matrix/reading/block_format.h"
 #include "matrix/symbols.h"
-#include "shell/errors.h"
-#include "shell/output.h"
-#include "shell/process.h"
 
 namespace zeb {
 

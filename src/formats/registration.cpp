@@ -1,6 +1,6 @@
 #include "formats/formats.h"
 #include "formats/nexus_file.h"
-#include "shell/format_hooks.h"
+#include "language/format_hooks.h"
 
 namespace zeb {
 

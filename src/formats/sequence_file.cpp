@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "shell/errors.h"
+#include "base/errors.h"
 
 namespace zeb {
 

@@ -5,12 +5,12 @@
 #include <functional>
 #include <string>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "console/output.h"
 #include "formats/labelled_trees.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/output.h"
-#include "trees/tags.h"
+#include "trees/drawing/tags.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -3,15 +3,15 @@
 #include <cctype>
 #include <cmath>
 
+#include "base/errors.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/variable_reference.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -6,15 +6,15 @@
 #include <numeric>
 #include <vector>
 
+#include "base/errors.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/lexer.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/scaling.h"
 #include "macro/variable_reference.h"
-#include "shell/errors.h"
-#include "shell/lexer.h"
 
 namespace zeb {
 namespace {

@@ -2,14 +2,14 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/errors.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "macro/macro_values.h"
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
-#include "shell/errors.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
 
 namespace zeb {
 namespace {

@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine/state_changes.h"
+#include "base/errors.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "functions/tree_arguments.h"
+#include "language/lexer.h"
+#include "mapping/state_changes.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/lexer.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -4,11 +4,11 @@
 #include <cstdlib>
 #include <vector>
 
+#include "base/errors.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/interpreter.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/interpreter.h"
 
 namespace zeb {
 namespace {

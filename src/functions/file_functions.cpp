@@ -6,15 +6,15 @@
 #include <cstring>
 #include <string>
 
+#include "base/errors.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/input.h"
+#include "language/lexer.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
 
 namespace zeb {
 namespace {

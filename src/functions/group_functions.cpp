@@ -4,8 +4,8 @@
 
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/interpreter.h"
 #include "matrix/matrix.h"
-#include "shell/interpreter.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
+#include "base/errors.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "macro/macro_state.h"
-#include "shell/errors.h"
 
 namespace zeb {
 namespace {

@@ -6,16 +6,16 @@
 #include <map>
 #include <string>
 
+#include "base/errors.h"
+#include "console/output.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/help.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
 #include "macro/string_conversion.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/help.h"
-#include "shell/output.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

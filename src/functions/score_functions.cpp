@@ -2,14 +2,14 @@
 #include <algorithm>
 #include <vector>
 
-#include "engine/fits.h"
-#include "engine/plain_optimisation.h"
+#include "base/errors.h"
+#include "engine/fit/fits.h"
+#include "engine/plain/plain_optimisation.h"
 #include "engine/search_data.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/lexer.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

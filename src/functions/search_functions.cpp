@@ -1,12 +1,12 @@
 // The last search: what it did, what it found.
 #include <cstdint>
 
-#include "engine/kernel_tables.h"
+#include "base/errors.h"
+#include "engine/kernels/kernel_tables.h"
 #include "engine/search_data.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "search/search_state.h"
-#include "shell/errors.h"
 
 namespace zeb {
 namespace {

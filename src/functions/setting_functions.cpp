@@ -3,19 +3,19 @@
 
 #include <thread>
 
-#include "engine/collapsing.h"
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/process.h"
+#include "base/random.h"
+#include "engine/collapsing/collapsing.h"
 #include "engine/search_data.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/input.h"
+#include "language/lexer.h"
 #include "macro/macro_state.h"
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
-#include "shell/arena.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
-#include "shell/process.h"
-#include "shell/random.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

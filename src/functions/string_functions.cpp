@@ -3,18 +3,18 @@
 #include <cctype>
 #include <string>
 
+#include "base/errors.h"
+#include "console/console.h"
+#include "console/output.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
+#include "language/input.h"
+#include "language/lexer.h"
+#include "language/name_matching.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/variable_reference.h"
-#include "shell/console.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
-#include "shell/name_matching.h"
-#include "shell/output.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

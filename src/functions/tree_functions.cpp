@@ -2,13 +2,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/errors.h"
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "functions/tree_arguments.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -10,8 +10,8 @@
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "functions/tree_arguments.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "shell/lexer.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

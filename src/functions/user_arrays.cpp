@@ -6,19 +6,19 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "functions/function_table.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "macro/array_operations.h"
 #include "macro/commands.h"
 #include "macro/macro_state.h"
 #include "macro/variable_reference.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "shell/process.h"
-#include "trees/tables.h"
-#include "trees/tags.h"
+#include "trees/drawing/tables.h"
+#include "trees/drawing/tags.h"
 
 namespace zeb {
 namespace {

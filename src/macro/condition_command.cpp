@@ -4,15 +4,15 @@
 #include <string>
 #include <string_view>
 
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/lexer.h"
 #include "macro/commands.h"
 #include "macro/flow.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
 
 namespace zeb {
 

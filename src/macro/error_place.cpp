@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <string>
 
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/input.h"
 #include "macro/flow.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/output.h"
 
 namespace zeb {
 

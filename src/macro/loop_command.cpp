@@ -3,17 +3,17 @@
 #include <cstring>
 #include <string>
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "macro/commands.h"
 #include "macro/flow.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "shell/process.h"
 
 namespace zeb {
 

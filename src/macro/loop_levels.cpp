@@ -4,11 +4,11 @@
 #include <cstring>
 #include <vector>
 
+#include "base/process.h"
+#include "language/input.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/script_files.h"
-#include "shell/input.h"
-#include "shell/process.h"
 
 namespace zeb {
 

@@ -3,6 +3,12 @@
 #include <cctype>
 #include <cstring>
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "macro/flow.h"
 #include "macro/jumps.h"
 #include "macro/loop_levels.h"
@@ -10,12 +16,6 @@
 #include "macro/macro_values.h"
 #include "macro/string_conversion.h"
 #include "macro/variable_expansion.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
-#include "shell/output.h"
-#include "shell/process.h"
 
 namespace zeb {
 

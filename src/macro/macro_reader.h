@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "shell/input.h"
+#include "language/input.h"
 
 namespace zeb {
 

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
 #include "macro/macro_reader.h"
 #include "macro/script_files.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/output.h"
-#include "shell/process.h"
 
 namespace zeb {
 

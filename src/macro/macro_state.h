@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "shell/random.h"
+#include "base/random.h"
 
 namespace zeb {
 

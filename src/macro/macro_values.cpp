@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/errors.h"
+#include "language/input.h"
+#include "language/lexer.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
 
 namespace zeb {
 

@@ -1,18 +1,18 @@
 // `chkbreak` and `progress`: the user's break and the progress bar of scripts.
 #include <string>
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/console.h"
+#include "console/output.h"
+#include "console/progress.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "macro/commands.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
-#include "shell/console.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "shell/process.h"
-#include "shell/progress.h"
 
 namespace zeb {
 

@@ -1,6 +1,6 @@
+#include "base/process.h"
 #include "macro/commands.h"
 #include "macro/macro_state.h"
-#include "shell/process.h"
 
 namespace zeb {
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "shell/random.h"
+#include "base/random.h"
 
 namespace zeb {
 

@@ -1,6 +1,6 @@
 #include "macro/script_files.h"
 
-#include "shell/errors.h"
+#include "base/errors.h"
 
 namespace zeb {
 

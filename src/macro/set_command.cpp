@@ -1,4 +1,9 @@
 // `set`: assignment, strings, and the forms that work on whole arrays (see array_operations.h).
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "macro/array_operations.h"
 #include "macro/commands.h"
 #include "macro/macro_reader.h"
@@ -6,11 +11,6 @@
 #include "macro/macro_values.h"
 #include "macro/stored_text.h"
 #include "macro/variable_reference.h"
-#include "shell/errors.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "shell/process.h"
 
 #include <cmath>
 #include <cstring>

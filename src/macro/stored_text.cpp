@@ -2,12 +2,12 @@
 
 #include <cctype>
 
+#include "base/errors.h"
+#include "language/input.h"
+#include "language/lexer.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
 
 namespace zeb {
 

@@ -7,14 +7,14 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/lexer.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/variable_reference.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
 
 namespace zeb {
 

@@ -6,17 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "macro/commands.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/variable_graph.h"
 #include "macro/variable_reference.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
 
 namespace zeb {
 

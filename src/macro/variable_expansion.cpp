@@ -4,13 +4,13 @@
 #include <cmath>
 #include <string>
 
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/lexer.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/variable_reference.h"
-#include "shell/errors.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
 
 namespace zeb {
 

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/lexer.h"
 #include "macro/array_operations.h"
 #include "macro/macro_state.h"
 #include "macro/scaling.h"
-#include "shell/errors.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
 
 namespace zeb {
 

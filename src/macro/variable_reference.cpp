@@ -3,10 +3,10 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "base/errors.h"
+#include "language/lexer.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_values.h"
-#include "shell/errors.h"
-#include "shell/lexer.h"
 
 namespace zeb {
 

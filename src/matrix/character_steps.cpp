@@ -11,11 +11,11 @@
 #include <cstring>
 #include <vector>
 
+#include "base/indices.h"
 #include "matrix/matrix.h"
 #include "matrix/smallest_hitting_set.h"
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
-#include "shell/indices.h"
 
 namespace zeb {
 namespace {

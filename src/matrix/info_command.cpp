@@ -2,12 +2,12 @@
 #include <string>
 #include <vector>
 
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
-#include "shell/output.h"
 
 namespace zeb {
 namespace {

@@ -1,10 +1,10 @@
 // Taxa, characters and blocks as kinds of lists.
 #include "matrix/list_kinds.h"
 
+#include "base/indices.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "matrix/matrix.h"
-#include "shell/indices.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
 
 namespace zeb {
 namespace {

@@ -6,11 +6,11 @@
 #include <cmath>
 #include <cstring>
 
+#include "base/arena.h"
+#include "base/indices.h"
+#include "base/text_columns.h"
+#include "console/output.h"
 #include "matrix/symbols.h"
-#include "shell/arena.h"
-#include "shell/indices.h"
-#include "shell/output.h"
-#include "shell/text_columns.h"
 
 namespace zeb {
 

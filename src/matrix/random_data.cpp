@@ -5,12 +5,12 @@
 #include <string>
 #include <utility>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/random.h"
+#include "console/output.h"
 #include "matrix/matrix.h"
-#include "matrix/matrix_reader.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/output.h"
-#include "shell/random.h"
+#include "matrix/reading/matrix_reader.h"
 
 namespace zeb {
 namespace {

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "console/output.h"
 #include "matrix/smallest_hitting_set.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/output.h"
 
 namespace zeb {
 namespace {

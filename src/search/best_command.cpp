@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <vector>
 
-#include "engine/tree_scores.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "console/output.h"
+#include "engine/plain/tree_scores.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_store.h"
 

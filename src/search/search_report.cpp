@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "shell/output.h"
-#include "trees/tree_file.h"
+#include "console/output.h"
+#include "trees/notation/tree_file.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

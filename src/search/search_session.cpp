@@ -4,14 +4,14 @@
 
 #include <vector>
 
+#include "base/errors.h"
+#include "base/random.h"
+#include "console/output.h"
+#include "search/moves/swapper.h"
 #include "search/search_report.h"
-#include "search/stored_trees.h"
-#include "search/swapper.h"
-#include "search/tree_identity.h"
-#include "shell/errors.h"
-#include "shell/output.h"
-#include "shell/random.h"
-#include "trees/tree_file.h"
+#include "search/store/stored_trees.h"
+#include "search/store/tree_identity.h"
+#include "trees/notation/tree_file.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

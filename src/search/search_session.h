@@ -1,8 +1,8 @@
 // The frame of every search command.
 #pragma once
 
+#include "base/arena.h"
 #include "search/search_state.h"
-#include "shell/arena.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

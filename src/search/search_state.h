@@ -8,10 +8,10 @@
 #include <span>
 #include <vector>
 
+#include "base/process.h"
 #include "engine/search_data.h"
-#include "search/move_slots.h"
+#include "search/moves/move_slots.h"
 #include "search/search_settings.h"
-#include "shell/process.h"
 
 namespace zeb {
 

@@ -1,13 +1,13 @@
 // `subopt`: how much worse than the best a tree may be and still be kept.
 #include "search/subopt_command.h"
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "search/search_settings.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "shell/process.h"
 
 namespace zeb {
 namespace {

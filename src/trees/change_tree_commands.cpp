@@ -3,14 +3,14 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
-#include "shell/output.h"
-#include "shell/process.h"
 #include "trees/commands.h"
 #include "trees/tree_lists.h"
 #include "trees/tree_store.h"

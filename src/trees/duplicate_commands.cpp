@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "console/output.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "trees/command_text.h"
 #include "trees/commands.h"
+#include "trees/drawing/command_text.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_lists.h"

@@ -2,14 +2,14 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/process.h"
+#include "base/random.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "shell/process.h"
-#include "shell/random.h"
 #include "trees/commands.h"
 #include "trees/generated_trees.h"
 #include "trees/tree_store.h"

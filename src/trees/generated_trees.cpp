@@ -1,7 +1,7 @@
 #include "trees/generated_trees.h"
 
-#include "shell/indices.h"
-#include "shell/random.h"
+#include "base/indices.h"
+#include "base/random.h"
 
 namespace zeb {
 

@@ -1,5 +1,5 @@
 // Trees in memory and trees of the vault as kinds of lists, and "@T N" in lists of taxa.
-#include "shell/lists.h"
+#include "language/lists.h"
 
 #include "matrix/matrix.h"
 #include "trees/registration.h"

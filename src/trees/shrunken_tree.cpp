@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/indices.h"
 #include "matrix/matrix.h"
-#include "shell/indices.h"
 
 namespace zeb {
 

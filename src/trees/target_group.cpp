@@ -1,7 +1,7 @@
 #include "trees/target_group.h"
 
-#include "shell/errors.h"
-#include "shell/lexer.h"
+#include "base/errors.h"
+#include "language/lexer.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

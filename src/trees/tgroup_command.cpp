@@ -4,14 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "console/output.h"
+#include "language/group_definition.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/group_definition.h"
-#include "shell/indices.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "base/indices.h"
 #include "matrix/matrix.h"
-#include "shell/indices.h"
 
 namespace zeb {
 

@@ -1,7 +1,7 @@
 #include "trees/tree_lists.h"
 
-#include "shell/lexer.h"
-#include "shell/lists.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -1,9 +1,9 @@
 // Operations on one ancestor array: normal form, validity, pruning, re-rooting.
 #include <algorithm>
 
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/output.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "console/output.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -3,13 +3,13 @@
 #include <string>
 #include <vector>
 
+#include "base/indices.h"
+#include "console/output.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "shell/indices.h"
-#include "shell/lexer.h"
-#include "shell/output.h"
-#include "trees/command_text.h"
 #include "trees/commands.h"
-#include "trees/tables.h"
+#include "trees/drawing/command_text.h"
+#include "trees/drawing/tables.h"
 #include "trees/tree_lists.h"
 #include "trees/tree_store.h"
 

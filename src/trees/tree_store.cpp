@@ -8,12 +8,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "matrix/matrix.h"
-#include "shell/arena.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/output.h"
-#include "shell/process.h"
 #include "trees/registration.h"
 #include "trees/shrunken_tree.h"
 

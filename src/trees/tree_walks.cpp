@@ -1,7 +1,7 @@
 // Descendant lists of stored trees, and walks over them without recursion.
 #include <algorithm>
 
-#include "shell/indices.h"
+#include "base/indices.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

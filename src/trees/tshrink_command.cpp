@@ -1,12 +1,12 @@
 // `tshrink`: groups of taxa that diagrams show as single terminals.
 #include <vector>
 
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
-#include "shell/output.h"
 #include "trees/commands.h"
 #include "trees/shrunken_tree.h"
 

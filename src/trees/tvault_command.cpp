@@ -2,19 +2,19 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 #include "matrix/matrix.h"
-#include "shell/errors.h"
-#include "shell/indices.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
-#include "shell/output.h"
-#include "shell/process.h"
-#include "trees/command_text.h"
 #include "trees/commands.h"
-#include "trees/tags.h"
-#include "trees/tree_file.h"
+#include "trees/drawing/command_text.h"
+#include "trees/drawing/tags.h"
+#include "trees/notation/tree_file.h"
 
 namespace zeb {
 

@@ -7,7 +7,7 @@
 
 #include "command_table.h"
 #include "fuzz/scratch_folder.h"
-#include "shell/interpreter.h"
+#include "language/interpreter.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "trees/compact_format.h"
+#include "trees/notation/compact_format.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

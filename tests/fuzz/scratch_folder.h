@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "shell/interpreter.h"
+#include "language/interpreter.h"
 #include "support/program.h"
 
 namespace zeb_test {

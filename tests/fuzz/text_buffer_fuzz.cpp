@@ -2,9 +2,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "shell/line_editor.h"
-#include "shell/text_buffer.h"
-#include "shell/text_columns.h"
+#include "base/text_columns.h"
+#include "console/line_editor.h"
+#include "console/text_buffer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace zeb;

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "../support/text_session.h"
-#include "trees/tread.h"
-#include "trees/tree_file.h"
+#include "trees/notation/tread.h"
+#include "trees/notation/tree_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

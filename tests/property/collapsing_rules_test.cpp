@@ -5,10 +5,10 @@
 
 #include <bit>
 
-#include "engine/collapsing.h"
+#include "base/arena.h"
+#include "engine/collapsing/collapsing.h"
 #include "matrix/symbols.h"
 #include "property/random_matrix.h"
-#include "shell/arena.h"
 #include "support/neighbour_trees.h"
 #include "support/program.h"
 #include "support/reconstructions.h"

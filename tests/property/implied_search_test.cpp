@@ -6,16 +6,16 @@
 #include <numeric>
 #include <vector>
 
-#include "engine/collapsing.h"
-#include "engine/packing.h"
+#include "base/random.h"
+#include "engine/collapsing/collapsing.h"
+#include "engine/packing/packing.h"
 #include "property/random_matrix.h"
-#include "search/bbreak.h"
-#include "search/mult.h"
+#include "search/drivers/bbreak.h"
+#include "search/drivers/mult.h"
+#include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/search_session.h"
-#include "search/stored_trees.h"
-#include "search/swapper.h"
-#include "shell/random.h"
+#include "search/store/stored_trees.h"
 #include "support/all_trees.h"
 #include "support/program.h"
 #include "trees/tree_store.h"

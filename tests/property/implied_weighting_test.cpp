@@ -1,6 +1,6 @@
 // Implied weights in the packed engine: fits of trees and costs of joining against the oracle's
 // steps by character, bounds, and the same bits in every width.
-#include "engine/implied_weighting.h"
+#include "engine/fit/implied_weighting.h"
 
 #include <gtest/gtest.h>
 
@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <limits>
 
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/process.h"
 #include "property/clipped_trees.h"
 #include "property/random_matrix.h"
-#include "shell/arena.h"
-#include "shell/errors.h"
-#include "shell/process.h"
 #include "support/program.h"
 
 namespace zeb {

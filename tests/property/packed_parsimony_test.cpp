@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <optional>
 
+#include "base/arena.h"
 #include "engine/registration.h"
 #include "engine/search_data.h"
 #include "property/clipped_trees.h"
 #include "property/random_matrix.h"
-#include "shell/arena.h"
 
 namespace zeb {
 namespace {

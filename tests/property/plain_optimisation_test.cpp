@@ -1,16 +1,16 @@
 // Plain optimisation of stored trees against the oracle: polytomies, absent taxa, soft and hard;
 // the final sets.
-#include "engine/plain_optimisation.h"
+#include "engine/plain/plain_optimisation.h"
 
 #include <gtest/gtest.h>
 
 #include <bit>
 
-#include "engine/collapsing.h"
+#include "base/arena.h"
+#include "engine/collapsing/collapsing.h"
 #include "engine/search_data.h"
 #include "matrix/symbols.h"
 #include "property/random_matrix.h"
-#include "shell/arena.h"
 
 namespace zeb {
 namespace {

@@ -1,9 +1,9 @@
 // Relative fit differences of moves against the steps of each character on both trees.
-#include "search/relative_fit.h"
+#include "search/moves/relative_fit.h"
 
 #include <gtest/gtest.h>
 
-#include "engine/packing.h"
+#include "engine/packing/packing.h"
 #include "property/clipped_trees.h"
 #include "property/random_matrix.h"
 #include "support/program.h"

@@ -5,18 +5,18 @@
 #include <optional>
 #include <string>
 
-#include "engine/collapsing.h"
-#include "engine/tree_scores.h"
+#include "base/arena.h"
+#include "base/random.h"
+#include "engine/collapsing/collapsing.h"
+#include "engine/plain/tree_scores.h"
 #include "property/random_matrix.h"
-#include "search/bbreak.h"
-#include "search/mult.h"
+#include "search/drivers/bbreak.h"
+#include "search/drivers/mult.h"
+#include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/search_session.h"
-#include "search/stored_trees.h"
-#include "search/swapper.h"
-#include "search/tree_identity.h"
-#include "shell/arena.h"
-#include "shell/random.h"
+#include "search/store/stored_trees.h"
+#include "search/store/tree_identity.h"
 #include "support/program.h"
 #include "trees/tree_store.h"
 

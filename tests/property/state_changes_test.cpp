@@ -1,5 +1,5 @@
 // Numbers of changes between states against every reconstruction of small trees, tried one by one.
-#include "engine/state_changes.h"
+#include "mapping/state_changes.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <bit>
 #include <cstdlib>
 
-#include "engine/collapsing.h"
+#include "base/arena.h"
+#include "engine/collapsing/collapsing.h"
 #include "property/random_matrix.h"
-#include "shell/arena.h"
 
 namespace zeb {
 namespace {

@@ -4,12 +4,12 @@
 
 #include <set>
 
-#include "engine/collapsing.h"
+#include "engine/collapsing/collapsing.h"
 #include "property/random_matrix.h"
+#include "search/moves/swapper.h"
 #include "search/search_session.h"
 #include "search/search_settings.h"
-#include "search/swapper.h"
-#include "search/tree_identity.h"
+#include "search/store/tree_identity.h"
 #include "support/program.h"
 #include "trees/tree_store.h"
 

@@ -9,12 +9,12 @@
 #include <string_view>
 #include <vector>
 
-#include "shell/arena.h"
-#include "shell/errors.h"
-#include "shell/input.h"
-#include "shell/lexer.h"
-#include "shell/lists.h"
-#include "shell/process.h"
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/process.h"
+#include "language/input.h"
+#include "language/lexer.h"
+#include "language/lists.h"
 
 namespace zeb_test {
 

@@ -6,11 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include "shell/arena.h"
-#include "shell/input.h"
-#include "shell/interpreter.h"
-#include "shell/output.h"
-#include "shell/process.h"
+#include "base/arena.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
 #include "start_up.h"
 
 namespace zeb_test {

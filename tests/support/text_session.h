@@ -4,11 +4,11 @@
 #include <string>
 #include <utility>
 
+#include "base/arena.h"
+#include "console/output.h"
+#include "language/input.h"
 #include "matrix/matrix.h"
 #include "program.h"
-#include "shell/arena.h"
-#include "shell/input.h"
-#include "shell/output.h"
 
 namespace zeb_test {
 

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <random>
 
-#include "shell/arena.h"
+#include "base/arena.h"
 #include "support/consensus_oracle.h"
 #include "support/random_trees.h"
 

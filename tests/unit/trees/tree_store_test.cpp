@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "shell/arena.h"
-#include "shell/errors.h"
-#include "shell/process.h"
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/process.h"
 #include "support/random_trees.h"
 #include "support/text_session.h"
 

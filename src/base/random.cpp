@@ -1,0 +1,43 @@
+#include "base/random.h"
+
+#include <ctime>
+#include <utility>
+
+namespace zeb {
+
+random_state randomness;
+
+void reseed() {
+  if (randomness.random_seed == -1) return;
+  const auto seed = randomness.random_seed != 0 ? static_cast<unsigned>(randomness.random_seed)
+                                                : static_cast<unsigned>(std::time(nullptr));
+  randomness.generator.seed(seed);
+}
+
+void random_sequence(int count, std::span<int> out, int first, std::span<const std::uint8_t> mask) {
+  reseed();
+  std::size_t taking_part = 0;
+  auto at = [&out](std::size_t i) -> int& { return out[i]; };
+  for (int i = 0; i < count; ++i) {
+    if (mask.empty() || mask[static_cast<std::size_t>(i)]) at(taking_part++) = i;
+  }
+  std::size_t place = taking_part;
+  for (int i = count - 1; i >= 0 && !mask.empty(); --i) {
+    if (!mask[static_cast<std::size_t>(i)]) at(place++) = i;
+  }
+  if (taking_part < 2) return;
+  if (first >= 0) {
+    for (std::size_t i = 0; i < taking_part; ++i) {
+      if (at(i) == first) std::swap(at(i), at(0));
+    }
+    for (std::size_t p = 1; p < taking_part; ++p) {
+      std::swap(at(p), at(1 + static_cast<std::size_t>(draw()) % (taking_part - 1)));
+    }
+  } else {
+    for (std::size_t p = 0; p < taking_part; ++p) {
+      std::swap(at(p), at(static_cast<std::size_t>(draw()) % taking_part));
+    }
+  }
+}
+
+}  // namespace zeb

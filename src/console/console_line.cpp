@@ -1,0 +1,68 @@
+// Reading one line at the console.
+#include <algorithm>
+#include <string>
+
+#include "base/process.h"
+#include "base/text_columns.h"
+#include "console/console.h"
+#include "console/line_editor.h"
+#include "console/output.h"
+#include "console/viewer.h"
+
+namespace zeb {
+namespace {
+
+// The prompt and as much of the line around the cursor as the screen is wide.
+void draw_line(const std::string& prompt, const line_editor& editor, std::size_t& first_column) {
+  const auto before = static_cast<std::size_t>(text_columns(prompt));
+  const auto screen = static_cast<std::size_t>(std::max(output.screen_columns - 1, 1));
+  const std::size_t width = screen > before + 8 ? screen - before : 8;
+  const std::string_view text = editor.text();
+  const auto cursor = static_cast<std::size_t>(text_columns(text.substr(0, editor.cursor())));
+  if (cursor < first_column) first_column = cursor;
+  if (cursor > first_column + width - 1) first_column = cursor - width + 1;
+  const std::string_view shown = text_in_columns(text, first_column, width);
+  const std::string_view left = text_in_columns(text, first_column, cursor - first_column);
+  std::string drawn = "\r" + prompt;
+  drawn += shown;
+  drawn += clear_to_line_end_code();
+  drawn += "\r" + prompt;
+  drawn += left;
+  write_terminal(drawn);
+}
+
+}  // namespace
+
+bool read_console_line(char* text, int size) {
+  if (console.auto_view) show_buffer_in_viewer();
+  const std::string& prompt = command.prompt;
+  line_editor editor(entered_lines(), static_cast<std::size_t>(size - 2));
+  write_console("\n");
+  std::size_t first_column = 0;
+  draw_line(prompt, editor, first_column);
+  for (;;) {
+    const int key = wait_for_key();
+    if (!user_present()) return false;
+    if (key == key_page_up) {
+      show_buffer_in_viewer();
+      write_console("\n");
+      draw_line(prompt, editor, first_column);
+      continue;
+    }
+    const line_editor::outcome outcome = editor.take(key);
+    if (outcome == line_editor::outcome::entered) break;
+    if (outcome == line_editor::outcome::refused && settings.beep) ring_bell();
+    if (!editor.in_character()) draw_line(prompt, editor, first_column);
+  }
+  write_terminal("\n\r");
+  output.cursor_column = 0;
+  output.page_lines = 0;
+  entered_lines().add(editor.text());
+  if (settings.echo_console_to_log) write_log("\n" + prompt + editor.text() + "\n");
+  const std::string line = editor.text() + "\n";
+  line.copy(text, line.size());
+  text[line.size()] = 0;
+  return true;
+}
+
+}  // namespace zeb

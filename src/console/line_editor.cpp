@@ -1,0 +1,133 @@
+#include "console/line_editor.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "base/text_columns.h"
+#include "console/console.h"
+
+namespace zeb {
+namespace {
+
+constexpr std::size_t most_lines = 56;
+constexpr std::size_t longest_line = 255;
+constexpr char line_mark = 1;
+
+// Control keys that editors on terminals share.
+constexpr int control(char letter) { return letter - '@'; }
+
+}  // namespace
+
+void console_history::add(std::string_view line) {
+  if (line.find_first_not_of(' ') == std::string_view::npos) return;
+  if (line.size() > longest_line) {
+    std::size_t n = 0;
+    while (n + character_bytes(line, n) <= longest_line) n += character_bytes(line, n);
+    line = line.substr(0, n);
+  }
+  if (!lines_.empty() && lines_.back() == line) return;
+  lines_.emplace_back(line);
+  if (lines_.size() > most_lines) lines_.pop_front();
+}
+
+std::string console_history::file_text() const {
+  std::string text = std::to_string(lines_.size()) + " ";
+  for (const std::string& line : lines_) {
+    text += line;
+    text += line_mark;
+  }
+  return text;
+}
+
+void console_history::read_file_text(std::string_view text) {
+  std::size_t count = 0;
+  const auto [after, fault] = std::from_chars(text.data(), text.data() + text.size(), count);
+  if (fault != std::errc() || after == text.data() + text.size() || *after != ' ') return;
+  text.remove_prefix(static_cast<std::size_t>(after - text.data()) + 1);
+  for (; count > 0; --count) {
+    const std::size_t end = text.find(line_mark);
+    if (end == std::string_view::npos) return;
+    const std::string_view line = text.substr(0, end);
+    const bool printable =
+        std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' || c < 0; });
+    if (printable) add(line);
+    text.remove_prefix(end + 1);
+  }
+}
+
+line_editor::outcome line_editor::take(int key) {
+  if (key >= 0x80 && key <= 0xFF) {
+    partial_ += static_cast<char>(key);
+    const std::string whole = partial_ + "\x80\x80\x80";
+    // Complete once the bytes to come couldn't belong to it any more.
+    if (character_bytes(whole, 0) > partial_.size()) return outcome::going_on;
+    std::string character;
+    character.swap(partial_);
+    return insert(character);
+  }
+  partial_.clear();
+  switch (key) {
+    case '\n':
+    case '\r':
+      return outcome::entered;
+    case key_up:
+      return recalled_ > 0 ? recall(recalled_ - 1) : outcome::refused;
+    case key_down:
+      return recalled_ < history_.size() ? recall(recalled_ + 1) : outcome::refused;
+    case key_backspace:
+    case '\b':
+    case 127:
+      if (cursor_ == 0) return outcome::refused;
+      erase(cursor_ - character_bytes_before(text_, cursor_), cursor_);
+      return outcome::going_on;
+    case key_delete:
+    case control('D'):
+      if (cursor_ == text_.size()) return outcome::refused;
+      erase(cursor_, cursor_ + character_bytes(text_, cursor_));
+      return outcome::going_on;
+    case control('K'):
+      erase(cursor_, text_.size());
+      return outcome::going_on;
+    case control('U'):
+      erase(0, cursor_);
+      return outcome::going_on;
+    case escape_key:
+      erase(0, text_.size());
+      return outcome::going_on;
+    case '\t':
+      return insert(" ");
+    default:
+      if (key >= ' ' && key < 127) return insert(std::string(1, static_cast<char>(key)));
+      move(key);
+      return outcome::going_on;
+  }
+}
+
+void line_editor::move(int key) {
+  if (key == key_left && cursor_ > 0) cursor_ -= character_bytes_before(text_, cursor_);
+  if (key == key_right && cursor_ < text_.size()) cursor_ += character_bytes(text_, cursor_);
+  if (key == key_home || key == control('A')) cursor_ = 0;
+  if (key == key_end || key == control('E')) cursor_ = text_.size();
+}
+
+line_editor::outcome line_editor::insert(std::string_view character) {
+  if (text_.size() + character.size() > longest_) return outcome::refused;
+  text_.insert(cursor_, character);
+  cursor_ += character.size();
+  return outcome::going_on;
+}
+
+line_editor::outcome line_editor::recall(std::size_t number) {
+  if (recalled_ == history_.size()) typed_ = text_;
+  recalled_ = number;
+  text_ = number == history_.size() ? typed_ : history_.line(number);
+  cursor_ = text_.size();
+  return outcome::going_on;
+}
+
+void line_editor::erase(std::size_t first, std::size_t end) {
+  text_.erase(first, end - first);
+  cursor_ = first;
+}
+
+}  // namespace zeb

@@ -1,0 +1,132 @@
+#include "console/output.h"
+
+#include <exception>
+
+#include "base/process.h"
+#include "console/console.h"
+#include "console/console_lines.h"
+#include "console/progress.h"
+#include "console/text_buffer.h"
+#include "language/commands/commands.h"
+
+namespace zeb {
+
+output_state output;
+
+namespace {
+
+constexpr std::size_t line_buffer_size = 2048;
+
+// Text that waits for the next flush; `line_start` is where its last line begins.
+struct line_buffer_state {
+  std::string text;
+  std::size_t line_start = 0;
+  bool line_full = false;
+};
+line_buffer_state line_buffer;
+
+bool continues_character(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+void append(char c) {
+  std::string& text = line_buffer.text;
+  if (c == '\n') {
+    text += c;
+    line_buffer.line_start = text.size();
+    line_buffer.line_full = false;
+    if (text.size() >= line_buffer_size) flush_line();
+    return;
+  }
+  if (line_buffer.line_full) return;
+  if (text.size() - line_buffer.line_start < line_buffer_size) {
+    text += c;
+    return;
+  }
+  line_buffer.line_full = true;
+  // Don't leave the first bytes of a character whose last ones are cut.
+  if (continues_character(c)) {
+    while (continues_character(text.back())) text.pop_back();
+    text.pop_back();
+  }
+}
+
+void append(std::string_view text) {
+  for (const char c : text) append(c);
+}
+
+void add_to_text_buffer(std::string_view text) {
+  if (display_buffer.add(text)) return;
+  report_line("NOTE: wrapped lines before wrapping buffer contents!");
+}
+
+// Looks at the keyboard, so that whatever prints can be interrupted; not while that look itself
+// prints, and not while an error unwinds.
+void poll_for_interrupt() {
+  if (output.polling || std::uncaught_exceptions() > 0) return;
+  struct polling_scope {
+    polling_scope() { output.polling = true; }
+    ~polling_scope() { output.polling = false; }
+  } const scope;
+  check_interrupt(1);
+}
+
+}  // namespace
+
+void emit_parts(std::initializer_list<message_part> parts) {
+  for (const message_part& part : parts) append(part.text());
+  flush_line();
+}
+
+void report_line_parts(std::initializer_list<message_part> parts) {
+  for (const message_part& part : parts) {
+    append(part.text());
+    append(' ');
+  }
+  append('\n');
+  flush_line();
+}
+
+void emitf(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string text = formatted_text(format, arguments);
+  va_end(arguments);
+  report_line(text);
+}
+
+void newline() { emit(" \n"); }
+
+void put_char(char c) { append(c); }
+
+void flush_line() {
+  std::string text;
+  text.swap(line_buffer.text);
+  line_buffer = {};
+  if (output.output_diversion != 0) {
+    if (output.output_diversion == 2 && output.diversion_stream) {
+      std::fwrite(text.data(), 1, text.size(), output.diversion_stream);
+      std::fflush(output.diversion_stream);
+    }
+    return;
+  }
+  if (output.log_stream && !(output.output_mask & no_log)) write_log(text);
+  if (!(output.output_mask & no_text_buffer)) add_to_text_buffer(text);
+  if ((output.output_mask & no_console) || process.background) return;
+  if (settings.break_polling || process.slave) poll_for_interrupt();
+  hide_progress();
+  show_lines(text);
+}
+
+void reset_output() {
+  line_buffer = {};
+  output.output_diversion = 0;
+}
+
+void start_output() {
+  constexpr int first_kilobytes = 200;
+  display_buffer.resize(first_kilobytes);
+  add_command_over_hook(end_progress_of_command);
+}
+
+void view_to_end() { display_buffer.view_offset = 0; }
+
+}  // namespace zeb

@@ -1,0 +1,122 @@
+// Everything the program says goes through one line buffer to the log, the text buffer and the
+// console, as the mask allows.
+#pragma once
+
+#include <cstdarg>
+#include <cstdio>
+#include <initializer_list>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "base/errors.h"
+
+namespace zeb {
+
+enum output_place : unsigned { no_log = 1, no_console = 2, no_text_buffer = 4 };
+
+struct output_state {
+  unsigned output_mask = 0;  // bits of output_place: where nothing goes
+  int output_diversion = 0;  // 0 usual; 2 straight into `diversion_stream`; else text is dropped
+  std::FILE* diversion_stream = nullptr;
+  std::FILE* log_stream = nullptr;  // null: no log
+  std::string log_name;
+  bool console_mode = false;  // the screen library is up: lines end in "\n\r"
+  int screen_rows = 24;
+  int screen_columns = 80;
+  bool cut_lines = false;  // lines end at the screen's edge: on a screen, or one given by `screen`
+  int cursor_column = 0;   // where the console's line stands
+  bool paging = false;     // `pause =`
+  int page_lines = 0;      // lines since the last pause
+  bool polling = false;    // output is looking at the keyboard
+};
+extern output_state output;
+
+void emit_parts(std::initializer_list<message_part> parts);
+void report_line_parts(std::initializer_list<message_part> parts);
+
+// The line buffer takes 2,048 bytes of a line; what is beyond is left out, but never the newline.
+
+/// Appends the parts to the line buffer with nothing between them, and sends it to the outputs.
+template <class... part>
+void emit(const part&... parts) {
+  emit_parts({message_part(parts)...});
+}
+/// The same with a blank behind each part and a newline at the end.
+template <class... part>
+void report_line(const part&... parts) {
+  report_line_parts({message_part(parts)...});
+}
+/// Formats at most 10,000 characters, then as `report_line` with that one part.
+void emitf(const char* format, ...) __attribute__((format(printf, 1, 2)));
+/// Emits " \n".
+void newline();
+/// Sends the line buffer to the outputs and empties it.
+void flush_line();
+/// Appends one character without sending.
+void put_char(char c);
+/// Empties the line buffer without sending: what an error or interrupt does first. Ends a
+/// diversion.
+void reset_output();
+/// Writes out what waits for the log: at the end of every command, on errors, before every exit.
+void flush_log();
+/// Closes the log there is and opens another; "stdout" is the standard output. False: no log now.
+bool open_log(const std::string& name, bool append);
+/// Closes the log, if any.
+void close_log();
+/// Writes to the log only, whatever the mask says.
+void write_log(std::string_view text);
+/// Brings the view of the text buffer to its end.
+void view_to_end();
+// Texts of which messages are made.
+
+/// A size as N.NN followed by " Mbytes", one million bytes being the unit.
+std::string megabytes_text(double bytes);
+/// "1234567" as "1,234,567".
+std::string with_commas(std::string digits);
+/// Formatted text as a string; for pieces of messages.
+std::string text_of(const char* format, ...) __attribute__((format(printf, 1, 2)));
+std::string formatted_text(const char* format, va_list arguments);
+/// "a", "a and b", "a, b and c".
+std::string joined_list(std::span<const std::string_view> items);
+
+/// Suppresses output places for its lifetime.
+class output_mask_scope {
+ public:
+  explicit output_mask_scope(unsigned mask) : saved_(output.output_mask) {
+    output.output_mask = mask;
+  }
+  ~output_mask_scope() { output.output_mask = saved_; }
+  output_mask_scope(const output_mask_scope&) = delete;
+  output_mask_scope& operator=(const output_mask_scope&) = delete;
+
+ private:
+  unsigned saved_;
+};
+
+/// For its lifetime everything emitted goes straight into `file`, as text, and nowhere else.
+class output_to_file {
+ public:
+  explicit output_to_file(std::FILE* file)
+      : stream_(output.diversion_stream), diversion_(output.output_diversion) {
+    output.diversion_stream = file;
+    output.output_diversion = 2;
+  }
+  ~output_to_file() {
+    output.diversion_stream = stream_;
+    output.output_diversion = diversion_;
+  }
+  output_to_file(const output_to_file&) = delete;
+  output_to_file& operator=(const output_to_file&) = delete;
+
+ private:
+  std::FILE* stream_;
+  int diversion_;
+};
+
+/// One line of progress at the console, rewritten in place on a terminal; nothing in a pipe or in
+/// the background, nor with `report` off. `done` of `total`; at most a few times a second.
+void show_progress(std::string_view label, double done, double total);
+void clear_progress();
+
+}  // namespace zeb

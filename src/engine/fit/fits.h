@@ -1,0 +1,27 @@
+// Fit of stored trees under implied weights (Goloboff 1993): a character costs less the more
+// homoplasy it has.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "engine/plain/plain_optimisation.h"
+
+namespace zeb {
+
+/// Which sum over the characters is the fit.
+enum class fit_form {
+  cost,  // weight * h / (k + h): 0 without homoplasy, to be minimised
+  gain,  // weight * k / (k + h): the weights' sum without homoplasy, to be maximised
+};
+
+/// Homoplasy of a character on the last tree of the optimiser: steps beyond the minimum, plus the
+/// internal steps. In steps, or in whole units of a continuous character; never negative.
+double character_homoplasy(const plain_optimiser& optimiser, int character);
+/// Fit of one character with the general concavity, unweighted.
+double character_fit(const plain_optimiser& optimiser, int character, fit_form form);
+/// Weighted sum over the characters marked (one byte each), which the optimiser must have taken.
+double tree_fit(const plain_optimiser& optimiser, std::span<const std::uint8_t> characters,
+                fit_form form);
+
+}  // namespace zeb

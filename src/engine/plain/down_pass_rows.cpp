@@ -1,0 +1,89 @@
+// The internal nodes of a stored tree as rows of a matrix, with their down-pass sets.
+#include <bit>
+#include <string>
+#include <vector>
+
+#include "base/errors.h"
+#include "base/indices.h"
+#include "engine/plain/plain_optimisation.h"
+#include "engine/registration.h"
+#include "matrix/matrix.h"
+#include "matrix/reading/matrix_writer.h"
+#include "matrix/symbols.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+// The characters that are optimised as sets of states; the others are missing in the rows.
+std::vector<std::uint8_t> characters_with_sets() {
+  std::vector<std::uint8_t> marks(at(matrix.nchar), 0);
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const character_record& r = matrix.characters[at(c)];
+    marks[at(c)] = !r.is_continuous && !r.is_sankoff && r.type != landmark_data;
+  }
+  return marks;
+}
+
+// Cells of a node before the columns are looked at: what a character without columns has
+// everywhere.
+std::vector<std::uint32_t> constant_cells(const std::vector<std::uint8_t>& with_sets) {
+  std::vector<std::uint32_t> cells(at(matrix.nchar), matrix.state_mask);
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const character_record& r = matrix.characters[at(c)];
+    if (r.is_continuous) cells[at(c)] = missing_continuous;
+    if (with_sets[at(c)] && std::has_single_bit(r.observed)) cells[at(c)] = r.observed;
+  }
+  return cells;
+}
+
+// An additive character has one column per threshold: the node's range begins behind those that it
+// is surely above, and ends behind those that it may be above.
+void add_columns(const plain_optimiser& optimiser, int node, std::vector<std::uint32_t>& cells) {
+  const std::span<const plain_column> columns = optimiser.columns();
+  const std::span<const std::uint32_t> sets = optimiser.down(node);
+  for (std::size_t i = 0; i < columns.size();) {
+    const int character = columns[i].character;
+    if (columns[i].threshold < 0) {
+      cells[at(character)] = sets[i++];
+      continue;
+    }
+    int low = columns[i].threshold;
+    int high = low;
+    for (; i < columns.size() && columns[i].character == character; ++i) {
+      low += sets[i] == 2;
+      high += (sets[i] & 2) != 0;
+    }
+    cells[at(character)] = 0;
+    for (int s = low; s <= high; ++s) cells[at(character)] |= 1U << s;
+  }
+}
+
+std::vector<named_row> rows_of_tree(int number) {
+  require_trees();
+  check_tree_number(number);
+  recheck_steps();
+  const std::vector<std::uint8_t> with_sets = characters_with_sets();
+  for (const std::uint8_t has_sets : with_sets) {
+    if (has_sets) continue;
+    warning(
+        "Only additive and non-additive characters have down-pass sets: the others will be "
+        "missing in nodes");
+    break;
+  }
+  plain_optimiser optimiser(with_sets);
+  const const_tree_span tree = stored_tree(number);
+  optimiser.optimise(tree, polytomy_kind::hard, false);
+  std::vector<named_row> rows;
+  for (const int node : nodes_rootward_first(descendants_of(tree, matrix.ntax), matrix.ntax)) {
+    rows.push_back({"node_" + std::to_string(node), constant_cells(with_sets)});
+    add_columns(optimiser, node, rows.back().cells);
+  }
+  return rows;
+}
+
+}  // namespace
+
+void register_node_rows() { set_node_row_source(rows_of_tree); }
+
+}  // namespace zeb

@@ -1,0 +1,73 @@
+// Parsimony on one tree of the buffer, over the matrix itself: real states, polytomies, inactive
+// characters on request. The reports, the collapsing rules and the scores of stored trees use it;
+// searches don't.
+//
+// Every character becomes one or more columns of plain sets: an additive character has one for each
+// threshold between its lowest and highest state, so that all columns obey the same rules.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "engine/plain/range_optimisation.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+/// One character as a tree shows it.
+struct plain_column {
+  int character;
+  int threshold;           // additive: between this state and the next; -1 for other characters
+  std::uint32_t observed;  // states that occur; an additive column has states 0 (at or below) and 1
+};
+
+class plain_optimiser {
+ public:
+  /// Takes the cells of the characters marked (one byte each) from the matrix. `ignored_taxa` (may
+  /// be empty) count as missing. Continuous characters are kept apart, as ranges. Error for
+  /// step-matrix and landmark characters among the marked ones.
+  explicit plain_optimiser(std::span<const std::uint8_t> characters,
+                           std::span<const std::uint8_t> ignored_taxa = {});
+
+  /// Down-pass over a tree; `with_finals` adds the final pass. The tree may be polytomous and lack
+  /// taxa.
+  void optimise(const_tree_span tree, polytomy_kind polytomies, bool with_finals);
+
+  std::span<const plain_column> columns() const { return columns_; }
+  /// Steps of a character on the last tree, unweighted; thousandths for continuous characters.
+  std::int64_t steps(int character) const { return steps_[static_cast<std::size_t>(character)]; }
+  /// Weighted sum over the characters, continuous ones in whole units.
+  double score() const;
+  bool has_continuous() const { return ranges_.size() > 0; }
+
+  /// Sets of a node on the last tree, by column.
+  std::span<const std::uint32_t> down(int node) const { return row(down_, node); }
+  std::span<const std::uint32_t> final(int node) const { return row(final_, node); }
+  /// The continuous characters among those taken, which have no columns.
+  const range_optimiser& ranges() const { return ranges_; }
+
+ private:
+  std::span<const std::uint32_t> row(const std::vector<std::uint32_t>& sets, int node) const {
+    return std::span(sets).subspan(static_cast<std::size_t>(node) * columns_.size(),
+                                   columns_.size());
+  }
+  void add_character(int character, std::span<const std::uint8_t> ignored_taxa);
+  void add_column(const plain_column& column, std::span<const std::uint32_t> cells);
+  void down_polytomy(int node, std::span<const int> below, polytomy_kind polytomies);
+
+  std::vector<plain_column> columns_;
+  std::vector<std::uint32_t> observed_;  // by column
+  std::vector<std::uint32_t> cells_;     // terminal sets by column, a taxon after the other
+  range_optimiser ranges_;
+  std::vector<std::int64_t> steps_;         // by character
+  std::vector<std::int32_t> column_steps_;  // by column
+  std::vector<std::uint32_t> down_;
+  std::vector<std::uint32_t> reach_;  // states at most one step dearer than those of `down_`
+  std::vector<std::uint32_t> final_;
+};
+
+/// The characters that scores count: active and of non-zero weight.
+std::vector<std::uint8_t> scored_characters();
+
+}  // namespace zeb

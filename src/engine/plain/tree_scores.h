@@ -1,0 +1,20 @@
+// Scores of stored trees under the criterion in force: lengths, or fits under implied weights.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "engine/plain/plain_optimisation.h"
+
+namespace zeb {
+
+/// Score of the last tree of the optimiser, which took the characters marked (one byte each).
+double tree_score(const plain_optimiser& optimiser, std::span<const std::uint8_t> characters);
+/// Decimals that scores are shown with: none for steps, 3 with continuous characters among those
+/// scored, 5 for fits.
+int score_decimals(bool has_continuous);
+
+/// Fills the scores of all trees of the buffer, polytomies taken as hard.
+void score_stored_trees(std::span<double> scores);
+
+}  // namespace zeb

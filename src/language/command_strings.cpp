@@ -1,0 +1,129 @@
+// One command that runs others: a string frame, with the console silenced.
+#include <cstring>
+
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/name_matching.h"
+
+namespace zeb {
+namespace {
+
+constexpr int most_nested = 100;  // each takes a part of the process's own stack
+
+int depth = 0;
+
+// Puts the state of the calling command back, also where an error passes through.
+class nested_run {
+ public:
+  nested_run()
+      : saved_(command), start_(process.command_start), timeout_(settings.timeout_seconds) {
+    ++depth;
+  }
+  ~nested_run() {
+    --depth;
+    command = saved_;
+    process.command_start = start_;
+    settings.timeout_seconds = timeout_;
+  }
+  nested_run(const nested_run&) = delete;
+  nested_run& operator=(const nested_run&) = delete;
+
+ private:
+  arena_marks_scope memory_;
+  command_state saved_;
+  double start_;
+  unsigned timeout_;
+};
+
+void check_room(const std::string& text) {
+  if (input.top >= input.mxproc || depth >= most_nested) {
+    error_end_f(
+        "Can't run this command with %i open files\nYou may increase \"mxproc\" and try again",
+        input.mxproc);
+  }
+  if (text.size() >= frame_text_size) {
+    error_end_f("Sorry, instructions are too long (%i bytes; max. is %i)",
+                static_cast<int>(text.size()), frame_text_size);
+  }
+}
+
+// False where the string has ended.
+bool reach_command(int level) {
+  while (has_text_at(level)) {
+    const int c = read_char();
+    if (c < 33 || c == ';') continue;
+    unread_char();
+    return true;
+  }
+  return false;
+}
+
+// The first row that the word begins; with approximate matching of options, the row that the user
+// means.
+const command_row& row_of_word() {
+  const command_row* row = find_command(token());
+  for (int i = 0; !row && matching.match_mode == 1 && i < zzz_row(); ++i) {
+    const command_row& candidate = command_table()[static_cast<std::size_t>(i)];
+    if (ask_match(token(), candidate.name, "command")) row = &candidate;
+  }
+  if (row) return *row;
+  error_end("Unknown command:", token());
+}
+
+int loop_level() { return macro_hooks.loop_level ? macro_hooks.loop_level() : 0; }
+
+// False where a "continue" of the calling loop ends the string.
+bool run_next(int level_at_entry) {
+  if (read_word() == 0) {
+    error_end_f("Found '%c' when expecting a command", skip_blanks_peek());
+  }
+  const command_row& row = row_of_word();
+  if (std::strcmp(row.name, "continue") == 0 && loop_level() == level_at_entry) return false;
+  command.command_name = row.name;
+  call_handler(row);
+  return true;
+}
+
+void look_at_timeout() {
+  if (settings.timeout_seconds == 0 || process.interrupt_state != 0) return;
+  if (wall_clock() - process.command_start < settings.timeout_seconds) return;
+  emit("Interrupting search (time is out!)\n");
+  process.interrupt_state = 1;
+}
+
+void run_frame() {
+  const output_mask_scope silent(no_log | no_console | no_text_buffer);
+  const int level = input.top;
+  const int loops = loop_level();
+  while (reach_command(level) && run_next(loops)) {
+    end_of_command();
+    check_interrupt(1);
+    if (process.interrupt_state == 3) process.interrupt_state = 0;
+    if (process.interrupt_state == 0) continue;
+    if (macro_hooks.command_failed) macro_hooks.command_failed();
+    break;
+  }
+  while (input.top >= level) pop_frame();
+}
+
+}  // namespace
+
+int command_string_depth() { return depth; }
+
+void run_command_string(const std::string& text) {
+  check_room(text);
+  {
+    const nested_run nested;
+    push_string(text, "search commands");
+    process.interrupt_state = 0;
+    run_frame();
+  }
+  look_at_timeout();
+}
+
+}  // namespace zeb

@@ -1,0 +1,150 @@
+// `log`, `txtsize`, `svtxt`, `clbuffer`, `cls` and `view`: where output goes and how it is seen
+// again.
+#include <algorithm>
+#include <string>
+
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/console.h"
+#include "console/line_editor.h"
+#include "console/output.h"
+#include "console/text_buffer.h"
+#include "console/viewer.h"
+#include "language/commands/commands.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+
+namespace zeb {
+namespace {
+
+void show_buffer_size() {
+  report_line(text_of("Buffer (%i Kb) occupies ca. %i Kbytes on disk", display_buffer.kilobytes(),
+                      static_cast<int>((display_buffer.written_bytes() + 999) / 1000)));
+}
+
+// Lets a user who asked to be asked keep what is in the buffer.
+void announce_clearing(const char* what) {
+  if (display_buffer.lines() == 0) return;
+  if (settings.warn) {
+    warning(what);
+  } else {
+    report_line(what);
+  }
+}
+
+void resize_buffer(int kilobytes) {
+  if (kilobytes == display_buffer.kilobytes()) return;
+  announce_clearing("Resetting buffer size requires clearing it.");
+  if (display_buffer.resize(kilobytes)) return;
+  report_line(
+      "Not enough memory to allocate display buffer.\nWill attempt to allocate a smaller buffer.");
+  if (!display_buffer.resize(0)) {
+    report_line("Can't allocate small buffer. Free memory and re-try.");
+  }
+}
+
+void set_buffer_compression(bool on) {
+  if (display_buffer.compression() != on) {
+    announce_clearing("Changing buffer mode requires clearing it");
+    display_buffer.set_compression(on);
+  }
+  show_toggle(on, "Buffer compression");
+}
+
+}  // namespace
+
+void log_command() {
+  no_timing();
+  if (read_item() == 0) {
+    if (output.log_stream) {
+      report_line("Log file:", output.log_name);
+    } else {
+      report_line("No Log file open");
+    }
+    return;
+  }
+  std::string name(token());
+  const bool append = name[0] == '+';
+  if (append) {
+    name.erase(0, 1);
+    if (name.empty() && read_item() > 0) name = token();
+  }
+  check_end();
+  if (name == "/" && !append) return close_log();
+  if (!open_log(name, append)) error_end("Cannot open file", name);
+  if (settings.report) report_line("Log file:", output.log_name);
+}
+
+void txtsize_command() {
+  no_timing();
+  const int sign = skip_blanks_peek();
+  if (sign == '-' || sign == '+') {
+    read_char();
+    check_end();
+    set_buffer_compression(sign == '+');
+  } else {
+    int kilobytes = 0;
+    const bool resized = read_optional_int(&kilobytes);
+    check_end();
+    if (resized) resize_buffer(kilobytes);
+  }
+  show_buffer_size();
+}
+
+void svtxt_command() {
+  if (!output.log_stream) error_end("No log file open");
+  const auto lines = static_cast<int>(std::min<std::size_t>(display_buffer.lines(), 2147483647));
+  int first = 1;
+  int last = lines;
+  if (read_optional_int(&first)) {
+    if (!read_optional_int(&last)) last = lines;
+    check_end();
+    first = std::max(first, 1);
+    if (first > lines || last > lines) error_end("Only", lines, "lines in display buffer");
+    if (last < first) error_end("Line", last, "comes before line", first);
+  } else {
+    check_end();
+  }
+  for (int number = first; number <= last; ++number) {
+    write_log(display_buffer.line(static_cast<std::size_t>(number - 1)) + "\n");
+  }
+  report_line("Buffer: lines", first, last, "saved to", output.log_name);
+}
+
+void clbuffer_command() {
+  no_timing();
+  const bool history = accept_char('*');
+  check_end();
+  if (!history) return display_buffer.clear();
+  report_line("command buffer will be cleared");
+  entered_lines().clear();
+}
+
+void cls_command() {
+  no_timing();
+  check_end();
+  clear_screen();
+}
+
+void view_command() {
+  no_timing();
+  const int sign = skip_blanks_peek();
+  if (sign == '+' || sign == '-') {
+    read_char();
+    check_end();
+    console.auto_view = sign == '+';
+    show_toggle(console.auto_view, "Auto-view");
+    return;
+  }
+  if (read_item() > 0) {
+    const std::string name(token());
+    check_end();
+    if (!show_file_in_viewer(name)) error_end("Can't open", name);
+  } else {
+    show_buffer_in_viewer();
+  }
+  if (!user_present()) report_line("The viewer needs a terminal: nothing shown");
+}
+
+}  // namespace zeb

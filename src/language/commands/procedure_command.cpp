@@ -1,0 +1,147 @@
+// Commands that read from files: `procedure`, `run`, run files by their word, `mxproc`.
+#include <unistd.h>
+
+#include <cstring>
+
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/commands/commands.h"
+#include "language/format_hooks.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+
+namespace zeb {
+
+format_hook_table format_hooks;
+
+namespace {
+
+constexpr std::size_t most_arguments = 32;
+constexpr std::size_t longest_argument = 512;
+constexpr std::size_t argument_pool = 2048;  // bytes for the arguments of all open files
+constexpr int most_input_files = 100'000;
+
+// Skips the mark of NEXUS files, which is nothing for the macro language to see.
+bool starts_as_nexus() {
+  constexpr std::string_view mark = "#NEXUS";
+  const std::string_view text = input.read_position;
+  if (text.size() <= mark.size() || !is_prefix(mark, text)) return false;
+  if (static_cast<unsigned char>(text[mark.size()]) >= 33) return false;
+  input.read_position += mark.size();
+  return true;
+}
+
+void read_from_file(const std::string& name) {
+  push_file(name, {});
+  if (!starts_as_nexus()) return;
+  if (!format_hooks.read_nexus) error_end("Reading of NEXUS files is not available yet");
+  format_hooks.read_nexus();
+}
+
+void read_fasta() {
+  int option = -1;
+  accept_char('=');
+  read_optional_int(&option);
+  if (read_item() == 0) error_end("Must specify name of FASTA file");
+  if (!format_hooks.read_fasta) error_end("Reading of FASTA files is not available yet");
+  format_hooks.read_fasta(option, std::string(token()));
+}
+
+void read_newick() {
+  if (read_item() == 0) error_end("Must specify name of file with Newick trees");
+  if (!format_hooks.read_newick) error_end("Reading of Newick trees is not available yet");
+  format_hooks.read_newick(std::string(token()));
+}
+
+void read_phylip() {
+  if (read_item() == 0) error_end("Must specify name of PHYLIP file");
+  if (!format_hooks.read_phylip) error_end("Reading of PHYLIP files is not available yet");
+  format_hooks.read_phylip(std::string(token()));
+}
+
+// "/" and "-" end the file where nothing but a blank or ";" follows; else they begin a name.
+bool ends_file(int c) {
+  if (c != '/' && c != '-') return false;
+  if (at_end_of_word(true)) return true;
+  unread_char();
+  return false;
+}
+
+std::vector<std::string> read_arguments(const std::string& file) {
+  std::size_t in_pool = 0;
+  for (int level = 1; level <= input.top; ++level) {
+    for (const std::string& text : input.frames[static_cast<std::size_t>(level)]->arguments) {
+      in_pool += text.size() + 1;
+    }
+  }
+  std::vector<std::string> arguments;
+  while (read_item() > 0) {
+    if (arguments.size() == most_arguments) {
+      error_end_f("Too many arguments for %s (max.: %i)", file.c_str(),
+                  static_cast<int>(most_arguments));
+    }
+    if (token().size() > longest_argument) error_end("Argument too long");
+    in_pool += token().size() + 1;
+    if (in_pool > argument_pool) error_end("String of arguments too long");
+    arguments.emplace_back(token());
+  }
+  accept_char(';');
+  return arguments;
+}
+
+void run_with_arguments(std::string file) {
+  const std::vector<std::string> arguments = read_arguments(file);
+  if (access(file.c_str(), R_OK) != 0 && !file.starts_with('/') && !input.run_directory.empty() &&
+      access((input.run_directory + file).c_str(), R_OK) == 0) {
+    file = input.run_directory + file;
+  }
+  push_file(file, arguments);
+  if (!settings.report) return;
+  emit("Running ", file, arguments.empty() ? " (with no arguments)" : " with arguments:");
+  for (const std::string& text : arguments) emit(" ", text);
+  emit("\n");
+}
+
+}  // namespace
+
+void procedure_command() {
+  const int c = skip_blanks_peek();
+  if (c == ';' || ends_file(c)) {
+    no_timing();
+    pop_frame();
+  } else if (accept_char('&')) {
+    read_fasta();
+  } else if (accept_char('[')) {
+    read_newick();
+  } else if (accept_char('!')) {
+    read_phylip();
+  } else {
+    read_item();
+    read_from_file(std::string(token()));
+  }
+}
+
+void run_command() {
+  if (read_item() == 0) return pop_frame();
+  run_with_arguments(std::string(token()));
+}
+
+void run_file_command() { run_with_arguments(std::string(token())); }
+
+void mxproc_command() {
+  no_timing();
+  int n = 0;
+  const bool given = read_optional_int(&n);
+  expect_end();
+  if (given) {
+    if (n < 1 || n < input.top || n > most_input_files) {
+      error_end("Cannot reset number of input files");
+    }
+    set_input_depth(n);
+  }
+  report_line("Max. number of input files is", input.mxproc);
+}
+
+}  // namespace zeb

@@ -1,0 +1,306 @@
+#include "language/input.h"
+
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/console.h"
+#include "console/output.h"
+
+namespace zeb {
+
+input_state input;
+macro_hook_table macro_hooks;
+
+int (*read_char)() = plain_read_char;
+void (*unread_char)() = plain_unread_char;
+
+namespace {
+
+input_frame* frame_at(int level) { return input.frames[static_cast<std::size_t>(level)].get(); }
+
+// Puts the new text behind the last bytes of the old one, at most `most_kept`, which can still be
+// unread.
+char* make_room(input_frame& frame, std::size_t most_kept = kept_behind) {
+  const auto used = static_cast<std::size_t>(input.read_position - frame.text);
+  const std::size_t keep = std::min(used, most_kept);
+  std::memmove(frame.buffer, input.read_position - keep, keep);
+  frame.text = frame.buffer;
+  input.read_position = frame.buffer + keep;
+  *input.read_position = 0;
+  return input.read_position;
+}
+
+// A byte of code 0 would end the text: it counts as a blank.
+void finish_text(char* text, std::size_t length) {
+  std::replace(text, text + length, '\0', ' ');
+  text[length] = 0;
+}
+
+// Every text that ends is closed by ";", so that an unfinished last command runs.
+void supply_end(input_frame& frame, char* at) {
+  std::memcpy(at, "\n;", 3);
+  frame.at_end = true;
+}
+
+void read_from_stream(input_frame& frame, char* text) {
+  const std::size_t n = std::fread(text, 1, refill_size, frame.stream);
+  finish_text(text, n);
+  if (n < refill_size) supply_end(frame, text + n);
+}
+
+// The first text of a file, which is read once, so that a pipe will do. Editors put a byte order
+// mark in front of UTF-8 text: it isn't part of it.
+void begin_text(input_frame& frame) {
+  constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
+  read_from_stream(frame, frame.buffer);
+  frame.text = frame.buffer;
+  if (std::string_view(frame.buffer).starts_with(byte_order_mark)) {
+    frame.text += byte_order_mark.size();
+  }
+}
+
+bool next_argument_piece(char* text) {
+  const std::string& all = input.argument_text;
+  if (input.argument_position >= all.size()) return false;
+  const std::size_t n = all.copy(text, refill_size, input.argument_position);
+  input.argument_position += n;
+  finish_text(text, n);
+  return true;
+}
+
+// Without the screen library: one line, with the prompt where the output goes.
+std::size_t read_plain_line(std::FILE* stream, char* text) {
+  std::fputc('\n', stderr);
+  std::fputs(command.prompt.c_str(), stderr);
+  std::fflush(stderr);
+  std::size_t n = 0;
+  int c = 0;
+  while (n < refill_size - 1 && (c = std::getc(stream)) != EOF) {
+    text[n++] = static_cast<char>(c);
+    if (c == '\n') break;
+  }
+  return n;
+}
+
+void refill_level_zero(input_frame& frame) {
+  // A typed line stands alone: errors show nothing of the lines before it.
+  char* text = make_room(frame, process.command_line_input ? kept_behind : 0);
+  if (process.command_line_input) {
+    if (next_argument_piece(text)) return;
+    if (process.background) {
+      if (!input.arguments_closed) {
+        input.arguments_closed = true;
+        std::memcpy(text, "\n;", 3);
+      } else if (!take_up_execute_file()) {
+        end_background_run();
+      }
+      return;
+    }
+    process.command_line_input = false;
+    std::snprintf(frame.name, sizeof frame.name, "%s", "Standard Input");
+  }
+  frame.typed_line = text;
+  if (output.console_mode) {
+    if (!read_console_line(text, refill_size)) supply_end(frame, text);
+    return;
+  }
+  const std::size_t n = read_plain_line(frame.stream, text);
+  finish_text(text, n);
+  if (n == 0) supply_end(frame, text);
+}
+
+void refill(input_frame& frame) {
+  if (input.top == 0) return refill_level_zero(frame);
+  char* text = make_room(frame);
+  if (!frame.stream) return supply_end(frame, text);
+  read_from_stream(frame, text);
+}
+
+input_frame& next_frame() {
+  if (input.top >= input.mxproc) error_end("You can't nest", input.mxproc, "files");
+  if (input.frames.size() == static_cast<std::size_t>(input.top) + 1) {
+    input.frames.push_back(std::make_unique<input_frame>());
+  }
+  input_frame& frame = *frame_at(input.top + 1);
+  frame.stream = nullptr;
+  frame.is_terminal = frame.at_end = frame.has_arguments = false;
+  frame.arguments.clear();
+  frame.line_number = 0;
+  frame.text = frame.buffer;
+  frame.buffer[0] = 0;
+  return frame;
+}
+
+void make_top(input_frame& frame) {
+  if (macro_hooks.frame_about_to_be_pushed) macro_hooks.frame_about_to_be_pushed();
+  frame.saved_position = input.read_position;
+  input.read_position = frame.text;
+  ++input.top;
+  if (macro_hooks.frame_pushed) macro_hooks.frame_pushed();
+}
+
+void refuse_open_file(const std::string& name) {
+  for (int level = 1; level <= input.top; ++level) {
+    if (frame_at(level)->stream && strcasecmp(frame_at(level)->name, name.c_str()) == 0) {
+      error_end("File", name, "already in use");
+    }
+  }
+}
+
+// What is left of the command that failed goes, unless its ";" has been read already.
+void drop_rest_of_argument_command() {
+  if (input.argument_position == 0) return;  // start-up failed, not a command
+  if (input.read_position > top_frame().text && input.read_position[-1] == ';') return;
+  while (*input.read_position && *input.read_position != ';' && *input.read_position != ',') {
+    ++input.read_position;
+  }
+  if (*input.read_position) return;
+  const std::size_t end = input.argument_text.find_first_of(";,", input.argument_position);
+  input.argument_position = std::min(end, input.argument_text.size());
+}
+
+bool is_directory(std::FILE* stream) {
+  struct stat status;
+  return fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+}  // namespace
+
+void start_input(int mxproc, std::string argument_text, const std::string& name) {
+  input.mxproc = mxproc;
+  input.frames.push_back(std::make_unique<input_frame>());
+  input_frame& frame = *input.frames[0];
+  frame.stream = stdin;
+  frame.is_terminal = isatty(STDIN_FILENO) != 0;
+  std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
+  input.top = 0;
+  input.read_position = frame.buffer;
+  process.command_line_input = !argument_text.empty();
+  input.argument_text = std::move(argument_text);
+  input.argument_position = 0;
+}
+
+void set_input_depth(int mxproc) { input.mxproc = mxproc; }
+
+// Called for every character of every matrix: a byte test, and the rare cases elsewhere.
+int plain_read_char() {
+  for (;;) {
+    const char c = *input.read_position;
+    if (c == ',' && input.top == 0 && !input.literal_comma) {
+      *input.read_position++ = ';';
+      return ';';
+    }
+    if (c != 0) {
+      ++input.read_position;
+      if (c == '\n') ++top_frame().line_number;
+      return static_cast<unsigned char>(c);
+    }
+    while (*input.read_position == 0 && top_frame().at_end && input.top > 0) pop_frame();
+    if (*input.read_position == 0) refill(top_frame());
+  }
+}
+
+void plain_unread_char() {
+  input_frame& frame = top_frame();
+  if (input.read_position == frame.text) return;
+  if (*--input.read_position == '\n') --frame.line_number;
+}
+
+void push_file(const std::string& name, std::span<const std::string> arguments, bool may_recurse) {
+  input_frame& frame = next_frame();
+  if (!may_recurse) refuse_open_file(name);
+  if (name.size() > 159) error_end("Can't open", name);
+  std::FILE* stream = std::fopen(name.c_str(), "rb");
+  if (stream && is_directory(stream)) {
+    std::fclose(stream);
+    stream = nullptr;
+  }
+  if (!stream) error_end("Can't open", name);
+  frame.stream = stream;
+  frame.is_terminal = isatty(fileno(stream)) != 0;
+  if (!frame.is_terminal) begin_text(frame);
+  std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
+  frame.arguments.assign(arguments.begin(), arguments.end());
+  frame.has_arguments = !arguments.empty();
+  make_top(frame);
+  if (settings.report) report_line("Reading from", name);
+}
+
+void push_string(std::string_view text, const char* name) {
+  input_frame& frame = next_frame();
+  ALWAYS_CHECK(text.size() < frame_text_size, "command string too long");
+  text.copy(frame.buffer, text.size());
+  finish_text(frame.buffer, text.size());
+  std::snprintf(frame.name, sizeof frame.name, "%s", name);
+  make_top(frame);
+}
+
+void pop_frame() {
+  if (input.top == 0) return;
+  input_frame& frame = top_frame();
+  --input.top;
+  if (input.error_target_level > input.top) input.error_target_level = -1;
+  if (frame.stream) std::fclose(frame.stream);
+  frame.stream = nullptr;
+  frame.arguments.clear();
+  input.read_position = frame.saved_position;
+  if (macro_hooks.frame_popped) macro_hooks.frame_popped();
+  const bool in_call = macro_hooks.running_call && macro_hooks.running_call();
+  if (!in_call && input.top > 0 && top_frame().stream && settings.report) {
+    report_line("Again reading from", top_frame().name);
+  }
+}
+
+void rewind_top_frame() {
+  input_frame& frame = top_frame();
+  if (!frame.stream) return;
+  std::rewind(frame.stream);
+  frame.at_end = false;
+  frame.line_number = 0;
+  begin_text(frame);
+  input.read_position = frame.text;
+}
+
+void pop_all() {
+  if (input.frames.empty()) return;
+  if (input.error_target_level >= 0 && input.error_target_level <= input.top) {
+    input.jump_pending = true;
+    input.error_target_level = -1;  // once only: an exit script that fails doesn't start again
+  }
+  const bool chatter = settings.report;
+  settings.report = false;
+  while (input.top > 0) pop_frame();
+  settings.report = chatter;
+  const bool behind_loop = macro_hooks.command_failed && macro_hooks.command_failed();
+  input_frame& zero = top_frame();
+  if (output.console_mode || zero.is_terminal || !process.command_line_input) {
+    if (!zero.at_end) *input.read_position = 0;
+  } else if (!behind_loop) {
+    drop_rest_of_argument_command();
+  }
+}
+
+bool has_text_at(int level) {
+  while (input.top > level && *input.read_position == 0 && top_frame().at_end) pop_frame();
+  if (input.top != level) return input.top > level;
+  return !(top_frame().at_end && *input.read_position == 0);
+}
+
+bool input_ended() {
+  const char* rest = input.read_position;
+  return top_frame().at_end && (!rest[0] || !rest[1] || !rest[2]);
+}
+
+bool level_zero_ended() {
+  return input.top == 0 && *input.read_position == 0 && top_frame().at_end;
+}
+
+bool is_current_file(std::string_view name) { return name == top_frame().name; }
+
+}  // namespace zeb

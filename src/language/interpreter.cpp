@@ -1,0 +1,245 @@
+#include "language/interpreter.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+#include <vector>
+
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/console.h"
+#include "console/output.h"
+#include "language/commands/commands.h"
+#include "language/help.h"
+#include "language/input.h"
+#include "language/lexer.h"
+#include "language/name_matching.h"
+
+namespace zeb {
+namespace {
+
+std::span<const command_row> table;
+int zzz_index = 0;
+void (*pre_run_hook)() = nullptr;
+bool (*data_predicate)() = nullptr;
+
+constexpr command_row run_file_row = {"run-file", run_file_command, true, 0};
+
+// The rows by first letter, each list in the order of the table: a loop of a script looks its
+// commands up at every round.
+std::array<std::vector<const command_row*>, 26> rows_by_letter;
+
+// Words come folded to lower case, as the names of rows are.
+bool matches(std::string_view word, const command_row& row) {
+  if (row.whole_word) return word == row.name;
+  // By hand: words are short, and scripts look them up at every round.
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    if (row.name[i] != word[i]) return false;
+  }
+  return true;
+}
+
+// A row that the user means by a word which matches none.
+const command_row* ask_for_command(std::string_view word) {
+  if (matching.match_mode == 0 || !top_frame().is_terminal) return nullptr;
+  for (int i = 0; i < zzz_index; ++i) {
+    const command_row& row = table[static_cast<std::size_t>(i)];
+    if (ask_match(word, row.name, "command")) return &row;
+  }
+  return nullptr;
+}
+
+// The word with ".run", here or in the directory of run files, left in `token`.
+bool find_run_file() {
+  const std::string file = std::string(token()) + ".run";
+  for (const std::string& path : {file, input.run_directory + file}) {
+    if (path.size() >= sizeof lexer.token || access(path.c_str(), R_OK) != 0) continue;
+    lexer.token_length = static_cast<int>(path.copy(lexer.token, path.size()));
+    lexer.token[path.size()] = 0;
+    return true;
+  }
+  return false;
+}
+
+[[noreturn]] void unknown_command() {
+  if (top_frame().is_terminal && !process.command_line_input) {
+    error_end_f("LUMA: command \"%s\" not recognized", lexer.token);
+  }
+  error_end("Unknown command:", token());
+}
+
+const command_row& look_up() {
+  if (read_word() == 0) error_end("No command!");
+  command.is_argument = input.top == 0 && process.command_line_input;
+  const command_row* row = find_command(token());
+  if (!row) row = ask_for_command(token());
+  if (!row && find_run_file()) row = &run_file_row;
+  if (!row) unknown_command();
+  return *row;
+}
+
+void announce(const command_row& row) {
+  if (settings.echo != 1 || std::strcmp(row.name, "view") == 0) return;
+  std::string name = row.name;
+  for (char& c : name) c = static_cast<char>(std::toupper(c));
+  emit("\nCOMMAND: ", name, "\n");
+}
+
+// Texts that may not be touched by a look-ahead.
+bool keeps_its_text(const command_row& row) {
+  for (const char* name : {"quote", "quit", "zzz"}) {
+    if (std::strcmp(row.name, name) == 0) return true;
+  }
+  return false;
+}
+
+bool asks_for_help(const command_row& row) {
+  if (keeps_its_text(row)) return false;
+  input.in_command_head = true;
+  const bool help = accept_char('?');
+  input.in_command_head = false;
+  return help;
+}
+
+bool is_macro_row(const command_row& row) {
+  return table.data() + zzz_index < &row && &row < table.data() + table.size();
+}
+
+// What must be set before the language starts.
+bool legal_without_macros(const command_row& row) {
+  static constexpr std::string_view names[] = {"macro", "macfloat", "hifile"};
+  return std::find(std::begin(names), std::end(names), row.name) != std::end(names);
+}
+
+// What the standard library throws is an error like any other.
+void run_safely(command_handler handler) {
+  try {
+    handler();
+  } catch (const std::bad_alloc&) {
+    out_of_memory();
+  } catch (const std::length_error&) {
+    out_of_memory();
+  } catch (const std::exception& failure) {
+    error_end("Internal error:", failure.what());
+  }
+}
+
+// Skips empty commands. False where level 0 has ended.
+bool reach_command() {
+  for (;;) {
+    if (level_zero_ended()) return false;
+    const int c = read_char();
+    if (!process.run_loop) return false;
+    if (c < 33 || c == ';') continue;
+    unread_char();
+    return true;
+  }
+}
+
+void head_and_handler(const command_row& row) {
+  command.command_name = row.name;
+  command.prompt = command.command_name + ">";
+  if (settings.watch == 1 && !row.timed) settings.watch = 2;
+  announce(row);
+  if (asks_for_help(row)) {
+    no_timing();
+    print_command_help(row.name);
+    return;
+  }
+  const jump_context around_handler;
+  try {
+    if (pre_run_hook) pre_run_hook();
+    process.command_start = wall_clock();
+    call_handler(row);
+  } catch (const command_unwinding&) {
+  }
+}
+
+}  // namespace
+
+void set_command_table(std::span<const command_row> rows) {
+  table = rows;
+  for (auto& list : rows_by_letter) list.clear();
+  for (const command_row& row : rows) {
+    if (row.name[0] >= 'a' && row.name[0] <= 'z')
+      rows_by_letter[static_cast<std::size_t>(row.name[0] - 'a')].push_back(&row);
+  }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (std::strcmp(rows[i].name, "zzz") == 0) zzz_index = static_cast<int>(i);
+  }
+}
+
+std::span<const command_row> command_table() { return table; }
+int zzz_row() { return zzz_index; }
+
+const command_row* find_command(std::string_view word) {
+  if (word.empty() || word[0] < 'a' || word[0] > 'z') return nullptr;
+  for (const command_row* row : rows_by_letter[static_cast<std::size_t>(word[0] - 'a')]) {
+    if (matches(word, *row)) return row;
+  }
+  return nullptr;
+}
+
+void call_handler(const command_row& row) {
+  if (!settings.macros && is_macro_row(row) && !legal_without_macros(row)) {
+    error_end(row.name, "legal only when macros are enabled");
+  }
+  if (!row.handler) error_end(text_of("Command \"%s\" is not available yet", row.name));
+  run_safely(row.handler);
+}
+
+void run_one_command() {
+  command.command_name = "zeb*";
+  command.prompt = "zeb*>";
+  const jump_context around_reading;
+  try {
+    if (!reach_command()) {
+      no_timing();
+      process.run_loop = false;
+      return;
+    }
+    head_and_handler(look_up());
+  } catch (const command_unwinding&) {
+  }
+  command_is_over();
+  end_of_command();
+}
+
+void run_in_jump_context(void (*task)()) {
+  const jump_context context;
+  try {
+    task();
+  } catch (const command_unwinding&) {
+  }
+}
+
+void no_timing() {
+  if (settings.watch == 1) settings.watch = 2;
+}
+
+void set_pre_run_hook(void (*hook)()) { pre_run_hook = hook; }
+
+void require_data(const char* what) {
+  if (!data_in_memory()) error_end("Must read data before", what);
+}
+
+bool data_in_memory() { return data_predicate && data_predicate(); }
+
+void set_data_predicate(bool (*data_present)()) { data_predicate = data_present; }
+
+int run_system_command(const std::string& text) {
+  const char* forbidden = std::getenv("ZEB_NO_SYSTEM");
+  if (forbidden && *forbidden)
+    error_end("Shell commands are forbidden here (ZEB_NO_SYSTEM is set)");
+  const terminal_for_child terminal;
+  return std::system(text.c_str());  // NOLINT(concurrency-mt-unsafe)
+}
+
+}  // namespace zeb

@@ -1,0 +1,195 @@
+#include "language/lexer.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <cstdlib>
+
+#include "base/errors.h"
+#include "base/process.h"
+#include "language/input.h"
+
+namespace zeb {
+
+lexer_state lexer;
+bool (*read_value)(double* value, bool* parenthesised) = plain_read_value;
+
+namespace {
+
+constexpr std::array<unsigned char, 256> make_name_chars() {
+  std::array<unsigned char, 256> table{};
+  for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = static_cast<unsigned char>(c);
+  for (unsigned c = 'A'; c <= 'Z'; ++c) table[c] = static_cast<unsigned char>(c);
+  for (const unsigned char c : {'_', '-', '.', '+'}) table[c] = c;
+  return table;
+}
+
+bool is_letter(int c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool is_digit(int c) { return c >= '0' && c <= '9'; }
+
+int finish_token(int length) {
+  lexer.token[length] = 0;
+  lexer.token_length = length;
+  return length;
+}
+
+// Reads into the token while `accept` maps a character to what is stored (0: the end, unread).
+template <class mapping>
+int read_token(int limit, bool limit_is_error, mapping accept) {
+  skip_blanks_peek();
+  int length = 0;
+  for (;;) {
+    const int c = read_char();
+    const int stored = accept(c, length);
+    if (stored == 0 || (!limit_is_error && length == limit)) {
+      unread_char();
+      return finish_token(length);
+    }
+    if (length == limit) {
+      finish_token(length);
+      error_end("Name too long");
+    }
+    lexer.token[length++] = static_cast<char>(stored);
+  }
+}
+
+constexpr int longest_token = static_cast<int>(sizeof lexer.token) - 1;
+constexpr int longest_number = 500;
+
+}  // namespace
+
+const std::array<unsigned char, 256> name_chars = make_name_chars();
+
+std::string_view token() { return {lexer.token, static_cast<std::size_t>(lexer.token_length)}; }
+
+int next_nonblank() {
+  int c = 0;
+  do {
+    c = read_char();
+  } while (c < 33);
+  return c;
+}
+
+int skip_blanks_peek() {
+  const int c = next_nonblank();
+  unread_char();
+  return c;
+}
+
+bool accept_char(int c) {
+  if (next_nonblank() == c) return true;
+  unread_char();
+  return false;
+}
+
+void skip_to(int c) {
+  while (read_char() != c) {
+  }
+  unread_char();
+}
+
+int read_word() {
+  // A short limit on taxon names leaves every command within reach.
+  constexpr int longest_keyword = 32;
+  return read_token(std::max(lexer.name_limit, longest_keyword), true,
+                    [](int c, int) { return is_letter(c) ? std::tolower(c) : 0; });
+}
+
+int read_name() {
+  return read_token(lexer.name_limit, true, [](int c, int length) {
+    if (is_digit(c) && length > 0) return c;
+    return static_cast<int>(name_chars[static_cast<std::size_t>(c) & 255]);
+  });
+}
+
+int read_item() {
+  return read_token(longest_token, false, [](int c, int) { return c < 33 || c == ';' ? 0 : c; });
+}
+
+bool at_end_of_word(bool consume) {
+  if (consume) read_char();
+  const int c = read_char();
+  unread_char();
+  return c < 33 || c == ';';
+}
+
+void check_end() {
+  if (skip_blanks_peek() == ';') return;
+  read_item();
+  error_end("Wrong argument for", command.command_name + ":", token());
+}
+
+void expect_end() {
+  check_end();
+  read_char();
+}
+
+bool is_prefix(std::string_view word, std::string_view name) {
+  return !word.empty() && word.size() <= name.size() &&
+         strncasecmp(word.data(), name.data(), word.size()) == 0;
+}
+
+// Digits with at most one point; a decimal fraction begins with a digit.
+bool plain_read_value(double* value, bool* parenthesised) {
+  if (parenthesised) *parenthesised = false;
+  int c = next_nonblank();
+  const bool negative = c == '-';
+  if (negative) c = read_char();
+  if (!is_digit(c)) {
+    unread_char();
+    if (negative) unread_char();
+    return false;
+  }
+  char text[longest_number + 1];
+  int length = 0;
+  bool point = false;
+  while (is_digit(c) || (c == '.' && !point)) {
+    if (c == '.') point = true;
+    if (length == longest_number) error_end("Number too long");
+    text[length++] = static_cast<char>(c);
+    c = read_char();
+  }
+  unread_char();
+  text[length] = 0;
+  *value = std::strtod(text, nullptr);
+  if (negative) *value = -*value;
+  return true;
+}
+
+namespace {
+
+int integer_of(double value, bool parenthesised) {
+  if (!(value >= INT_MIN && value <= INT_MAX)) return -1;
+  const int truncated = static_cast<int>(value);
+  if (!parenthesised && static_cast<double>(truncated) != value) {
+    error_end("Expected integral number");
+  }
+  return truncated;
+}
+
+}  // namespace
+
+int read_int() {
+  double value = 0;
+  bool parenthesised = false;
+  return read_value(&value, &parenthesised) ? integer_of(value, parenthesised) : -1;
+}
+
+bool read_optional_int(int* value) {
+  double read = 0;
+  bool parenthesised = false;
+  if (!read_value(&read, &parenthesised)) return false;
+  *value = integer_of(read, parenthesised);
+  return true;
+}
+
+double read_float() {
+  double value = 0;
+  return read_value(&value, nullptr) ? value : -1;
+}
+
+bool read_optional_float(double* value) { return read_value(value, nullptr); }
+
+}  // namespace zeb

@@ -1,0 +1,64 @@
+// The parser of one list, for commands that read lists item by item among signs and words of their
+// own. Most commands want `read_list`.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "language/lists.h"
+
+namespace zeb {
+
+class list_reader {
+ public:
+  /// Sets and clears `marks` of elements `first` to `end`-1; they are taken as they stand.
+  list_reader(unsigned flags, int first, int end, const list_kind& kind,
+              std::span<std::uint8_t> marks);
+
+  /// From here on numbers count within the block; 0 is the whole range.
+  void enter_block(int block);
+  bool adding() const { return adding_; }
+  /// All items up to the end of the list. True if there was one.
+  bool read();
+  /// One item, whose first character `c` is next in the input.
+  void read_item_at(int c);
+  /// The item that a word, already read, stands for.
+  void read_item_from(std::string_view word);
+  void set(int element) { marks_[static_cast<std::size_t>(element)] = adding_ ? 1 : 0; }
+
+ private:
+  void set_range(int from, int to, int step);
+  void set_all(const std::vector<int>& elements);
+  [[noreturn]] void expected_another() const;
+  int element_of(std::int64_t number) const;
+  std::int64_t read_number(std::string* word);
+  std::int64_t read_word_number(std::string* word);
+  std::int64_t number_of_word(std::string_view word) const;
+  bool read_range_in(std::string_view word);
+  bool is_whole_name(std::string_view word) const;
+  void read_numbers();
+  int read_step();
+  void read_named();
+  void read_containing();
+  void read_groups();
+  void read_at();
+
+  unsigned flags_;
+  int first_;
+  int end_;
+  const list_kind& kind_;
+  std::span<std::uint8_t> marks_;
+  bool adding_ = true;
+  int block_ = 0;   // block that numbers count in; 0 none
+  int base_ = 0;    // element that the number 0 stands for
+  int lowest_ = 0;  // elements that may be named now: lowest_ to limit_ - 1
+  int limit_ = 0;
+};
+
+/// Can an item of a list begin with this character?
+bool starts_list_item(int c);
+
+}  // namespace zeb

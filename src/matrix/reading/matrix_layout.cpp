@@ -1,0 +1,191 @@
+// Laying out a matrix in the arena, making it current, and dropping it.
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "matrix/matrix.h"
+#include "matrix/symbols.h"
+
+namespace zeb {
+namespace {
+
+std::vector<matrix_hook> new_matrix_hooks;
+std::vector<matrix_hook> matrix_gone_hooks;
+
+// What is set for the next matrix survives; the data themselves go.
+void clear_state() {
+  matrix_state fresh;
+  fresh.cell_bytes = matrix.next_cell_bytes ? matrix.next_cell_bytes : matrix.cell_bytes;
+  fresh.state_mask = mask_of_width(fresh.cell_bytes);
+  fresh.gaps_are_states = matrix.gaps_are_states;
+  fresh.default_type = matrix.default_type;
+  fresh.one_scale = matrix.one_scale;
+  fresh.name_length = matrix.name_length;
+  fresh.use_taxon_names = matrix.use_taxon_names;
+  fresh.use_char_names = matrix.use_char_names;
+  fresh.exact_min_steps = matrix.exact_min_steps;
+  fresh.show_original_scale = matrix.show_original_scale;
+  fresh.state_entry_type = matrix.state_entry_type;
+  matrix = std::move(fresh);
+}
+
+void lay_out_rows() {
+  const std::size_t nodes = at(matrix.nnodes);
+  const std::size_t row_bytes = checked_product(at(matrix.nchar), at(matrix.cell_bytes));
+  matrix.rows8 = calloc_low<std::uint8_t*>(nodes);
+  matrix.rows16 = calloc_low<std::uint16_t*>(nodes);
+  matrix.rows32 = calloc_low<std::uint32_t*>(nodes);
+  for (std::size_t t = 0; t < at(matrix.ntax); ++t) {
+    void* row = alloc_low_bytes(row_bytes, alignof(std::uint32_t));
+    matrix.rows8[t] = static_cast<std::uint8_t*>(row);
+    matrix.rows16[t] = static_cast<std::uint16_t*>(row);
+    matrix.rows32[t] = static_cast<std::uint32_t*>(row);
+  }
+}
+
+void lay_out_names() {
+  matrix.taxon_names = calloc_low<char*>(at(matrix.nnodes));
+  const auto bytes = calloc_low<char>(checked_product(at(matrix.ntax), at(matrix.name_length)));
+  for (std::size_t t = 0; t < at(matrix.ntax); ++t) {
+    matrix.taxon_names[t] = bytes.data() + t * at(matrix.name_length);
+  }
+}
+
+void name_groups(std::vector<std::string>& names) {
+  names.clear();
+  for (int g = 0; g < matrix_state::group_count; ++g) names.push_back(text_of("Group_%d", g));
+}
+
+// A single block unless the reader has made a table of its own.
+void complete_blocks() {
+  if (matrix.nblocks == 0) {
+    matrix.nblocks = 1;
+    matrix.block_first = {0, 0};
+  }
+  for (int b = 1; b <= matrix.nblocks; ++b) {
+    const int end = b == matrix.nblocks ? matrix.nchar : matrix.block_first[at(b) + 1];
+    for (int c = matrix.block_first[at(b)]; c < end; ++c) matrix.characters[at(c)].block = b;
+  }
+}
+
+void complete_types() {
+  matrix.data_type_in_use = 0;
+  for (const character_record& record : matrix.characters) matrix.data_type_in_use |= record.type;
+  if (!(matrix.data_type_in_use & continuous_data)) return;
+  if (matrix.scales.empty()) {
+    matrix.scales = alloc_low<continuous_scale>(at(matrix.nchar));
+    for (continuous_scale& scale : matrix.scales) scale = continuous_scale{};
+  }
+}
+
+// Runs at the end of every command: a matrix that was begun and never finished has lost its memory
+// with the command.
+void drop_unfinished_matrix() {
+  if (matrix.present || matrix.ntax == 0) return;
+  unlock(&locks.matrix_lock);
+  clear_state();
+}
+
+bool data_present() { return matrix.present; }
+
+}  // namespace
+
+void add_new_matrix_hook(matrix_hook hook) { new_matrix_hooks.push_back(hook); }
+void add_matrix_gone_hook(matrix_hook hook) { matrix_gone_hooks.push_back(hook); }
+
+void wipe_matrix() {
+  if (matrix.present) {
+    for (const matrix_hook hook : matrix_gone_hooks) hook();
+  }
+  unlock(&locks.matrix_lock);
+  clear_state();
+}
+
+void blank_row(int taxon) {
+  std::memset(matrix.rows8[at(taxon)], 255, at(matrix.nchar) * at(matrix.cell_bytes));
+}
+
+void begin_matrix(int ntax, int nchar, matrix_rows rows) {
+  wipe_matrix();
+  if (nchar < 1) error_end("Must specify number of characters");
+  if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
+  // Node numbers are 32-bit, and there are nearly twice as many nodes as taxa.
+  if (ntax > std::numeric_limits<int>::max() / 2) out_of_memory();
+  if (static_cast<double>(ntax) * nchar * matrix.cell_bytes > static_cast<double>(arena_free())) {
+    out_of_memory();
+  }
+  matrix.ntax = ntax;
+  matrix.nchar = nchar;
+  matrix.nnodes = 2 * ntax - 1;
+  matrix.name_length = lexer.name_limit;
+  matrix.state_mask = mask_of_width(matrix.cell_bytes);
+
+  matrix.characters = alloc_low<character_record>(at(nchar));
+  matrix.kept_characters = alloc_low<character_record>(at(nchar));
+  for (character_record& record : matrix.characters) record = character_record{};
+  lay_out_rows();
+  for (int t = 0; t < ntax && rows == matrix_rows::blank; ++t) blank_row(t);
+  lay_out_names();
+  matrix.taxon_active = alloc_low<std::uint8_t>(at(matrix.nnodes));
+  std::memset(matrix.taxon_active.data(), 1, matrix.taxon_active.size());
+  matrix.taxon_groups = calloc_low<std::uint32_t>(at(ntax));
+  matrix.character_groups = calloc_low<std::uint32_t>(at(nchar));
+}
+
+void shrink_matrix(int ntax, int nchar) {
+  ALWAYS_CHECK(!matrix.present && ntax <= matrix.ntax && nchar <= matrix.nchar,
+               "a matrix grows while it is read");
+  const std::size_t nodes = at(2 * ntax - 1);
+  for (std::size_t t = at(ntax); t < nodes && t < at(matrix.ntax); ++t) {
+    matrix.rows8[t] = nullptr;
+    matrix.rows16[t] = nullptr;
+    matrix.rows32[t] = nullptr;
+    matrix.taxon_names[t] = nullptr;
+  }
+  matrix.ntax = ntax;
+  matrix.nchar = nchar;
+  matrix.nnodes = 2 * ntax - 1;
+  matrix.rows8 = matrix.rows8.first(nodes);
+  matrix.rows16 = matrix.rows16.first(nodes);
+  matrix.rows32 = matrix.rows32.first(nodes);
+  matrix.taxon_names = matrix.taxon_names.first(nodes);
+  matrix.taxon_active = matrix.taxon_active.first(nodes);
+  matrix.taxon_groups = matrix.taxon_groups.first(at(ntax));
+  matrix.characters = matrix.characters.first(at(nchar));
+  matrix.kept_characters = matrix.kept_characters.first(at(nchar));
+  matrix.character_groups = matrix.character_groups.first(at(nchar));
+}
+
+void set_character_type(int character, data_type type) {
+  character_record& record = matrix.characters[at(character)];
+  record.type = type;
+  record.is_continuous = type == continuous_data;
+}
+
+void finish_matrix() {
+  complete_types();
+  complete_blocks();
+  matrix.outgroup = 0;
+  name_groups(matrix.taxon_group_names);
+  name_groups(matrix.character_group_names);
+  std::copy(matrix.characters.begin(), matrix.characters.end(), matrix.kept_characters.begin());
+  // The lock comes first, so that what the hooks allocate and lock lies above the matrix.
+  lock(&locks.matrix_lock);
+  for (const matrix_hook hook : new_matrix_hooks) hook();
+  matrix.present = true;
+}
+
+void register_matrix() {
+  set_data_predicate(data_present);
+  add_command_over_hook(drop_unfinished_matrix);
+}
+
+}  // namespace zeb

@@ -1,0 +1,330 @@
+#include "matrix/reading/matrix_reader.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/lexer.h"
+#include "macro/macro_reader.h"
+#include "matrix/matrix.h"
+#include "matrix/reading/block_format.h"
+#include "matrix/reading/cell_reader.h"
+#include "matrix/reading/continuous_reader.h"
+#include "matrix/reading/letter_check.h"
+#include "matrix/reading/taxon_rows.h"
+
+namespace zeb {
+namespace {
+
+constexpr int block_mark = 4;  // control character that opens a block, as "&" does
+constexpr std::size_t longest_title = 100'000;
+
+// Skips blanks, to which the block mark doesn't belong; leaves what follows unread.
+int peek_past_blanks() {
+  int c = read_char();
+  while (c < 33 && c != block_mark) c = read_char();
+  unread_char();
+  return c;
+}
+
+// The title with its quotes; empty without one. Quotes and signs in it are no macro references, and
+// commas no ends of commands.
+std::string read_title() {
+  const reading_flag plain(&macro_reading::no_expansion);
+  const comma_reading commas;
+  std::string title;
+  if (!accept_char('\'')) return title;
+  commas.set_literal(true);
+  title = "'";
+  for (;;) {
+    const int c = read_char();
+    if (c == ';') check_input_goes_on();
+    if (c == '\r') continue;
+    title += static_cast<char>(c);
+    if (c == '\'') return title;
+    if (title.size() > longest_title) error_end("Title too long (possibly missing closing quote)");
+  }
+}
+
+// In pieces that fit the line buffer.
+void print_title(const std::string& title) {
+  if (title.empty()) return;
+  constexpr std::size_t piece = 1000;
+  for (std::size_t i = 0; i < title.size(); i += piece) emit(title.substr(i, piece));
+  emit("\n");
+}
+
+class matrix_reader {
+ public:
+  matrix_reader() : rows_(matrix.ntax) {
+    format_.type = static_cast<data_type>(matrix.default_type);
+    format_.gaps = matrix.gaps_are_states;
+  }
+  void read() {
+    const int c = peek_past_blanks();
+    if (c == '&' || c == block_mark) {
+      read_blocks();
+    } else {
+      read_plain();
+    }
+    next_nonblank();  // the ";"
+    finish();
+  }
+
+ private:
+  void read_plain();
+  void read_blocks();
+  void read_block_rows();
+  void read_block_row(int& width);
+  int read_cells(const row_place& place);
+  void check_row_end(const row_place& place);
+  void trim_gaps(int taxon, int first, int end);
+  void copy_row(int from, int to, int first, int end);
+  void set_types(int first, int end);
+  void drop_empty_blocks();
+  void finish();
+
+  taxon_rows rows_;
+  block_format format_;
+  cell_reader cells_;
+  continuous_reader continuous_;
+  letter_check letters_;
+  std::byte* const high_at_start_ = arena.high;
+  std::vector<int> block_first_ = {0};  // [0] unused
+  std::vector<std::string> block_names_ = {"all"};
+  bool blocks_named_ = false;
+  int block_ = 0;           // number of the block being read
+  int next_character_ = 0;  // first character of the block, then behind it
+  bool other_types_read_ = false;
+};
+
+int matrix_reader::read_cells(const row_place& place) {
+  if (format_.type == continuous_data) return continuous_.read_row(place);
+  const int end = cells_.read_row(place);
+  if (format_.type == numeric_data && matrix.cell_bytes > 1 && !matrix.one_scale) {
+    letters_.check_row(place, end);
+  }
+  if (format_.gaps && format_.type != numeric_data) trim_gaps(place.taxon, place.first, end);
+  return end;
+}
+
+void matrix_reader::trim_gaps(int taxon, int first, int end) {
+  const std::uint32_t gap = 1U << (format_.type == dna_data ? dna_gap_state : protein_gap_state);
+  if (format_.trim_head) {
+    for (int c = first; c < end && cell(taxon, c) == gap; ++c)
+      set_cell(taxon, c, matrix.state_mask);
+  }
+  if (format_.trim_tail) {
+    for (int c = end - 1; c >= first && cell(taxon, c) == gap; --c) {
+      set_cell(taxon, c, matrix.state_mask);
+    }
+  }
+}
+
+void matrix_reader::copy_row(int from, int to, int first, int end) {
+  if (format_.type == continuous_data) {
+    continuous_.copy_row(from, to);
+    return;
+  }
+  const std::size_t width = at(matrix.cell_bytes);
+  std::memcpy(matrix.rows8[at(to)] + at(first) * width, matrix.rows8[at(from)] + at(first) * width,
+              at(end - first) * width);
+}
+
+void matrix_reader::set_types(int first, int end) {
+  for (int c = first; c < end; ++c) {
+    set_character_type(c, format_.type);
+    matrix.characters[at(c)].gap_is_state =
+        format_.gaps && (format_.type == dna_data || format_.type == protein_data);
+  }
+  other_types_read_ = other_types_read_ || (end > first && format_.type != continuous_data);
+}
+
+void matrix_reader::read_plain() {
+  block_ = 1;
+  check_type_fits(format_.type);
+  cells_.use_format(format_);
+  rows_.begin_block();
+  set_types(0, matrix.nchar);
+  while (read_item() > 0) {
+    check_interrupt(1);
+    const int taxon = rows_.taxa_of_row(token(), false).front();
+    read_cells({.taxon = taxon, .first = 0, .end = matrix.nchar});
+  }
+  next_character_ = matrix.nchar;
+  block_first_.push_back(0);
+  block_names_.emplace_back();
+}
+
+// In a block only a newline or the closing ";" may follow the last cell that a row can have.
+void matrix_reader::check_row_end(const row_place& place) {
+  int c = read_char();
+  while (c < 33 && c != '\n' && c != '\r') c = read_char();
+  if (c == '\n' || c == '\r') return;
+  if (c == ';') {
+    unread_char();
+    return;
+  }
+  error_end_f(
+      "Error reading block %i, taxon %s: too many characters\n   char. %i (last char.) should be "
+      "followed by newline%s",
+      block_, std::string(taxon_name(place.taxon)).c_str(), place.end - 1, place_in_file().c_str());
+}
+
+void matrix_reader::read_block_row(int& width) {
+  const std::string name(token());
+  const std::vector<int> taxa = rows_.taxa_of_row(name, format_.match_names);
+  const int first = next_character_;
+  const row_place place = {.taxon = taxa.front(),
+                           .first = first,
+                           .end = width > 0 ? first + width : matrix.nchar,
+                           .block = block_,
+                           .ends_at_newline = true,
+                           .may_match = rows_.has_row(0)};
+  // A row may hold no cell at all: then its newline is what comes next.
+  const int end = read_cells(place);
+  if (end == place.end) check_row_end(place);
+  if (width == 0) {
+    width = end - first;
+    set_types(first, end);
+  }
+  for (std::size_t i = 1; i < taxa.size(); ++i) copy_row(taxa.front(), taxa[i], first, end);
+}
+
+void matrix_reader::read_block_rows() {
+  cells_.use_format(format_);
+  rows_.begin_block();
+  int width = 0;
+  for (;;) {
+    const int c = peek_past_blanks();
+    if (c == ';' || c == '&' || c == block_mark) break;
+    check_interrupt(1);
+    read_item();
+    read_block_row(width);
+  }
+  next_character_ += width;
+  if (format_.verbose) {
+    emitf("\nBlock %i: %i taxa (%i total), %i characters (%i total)", block_, rows_.rows_in_block(),
+          rows_.count(), width, next_character_);
+  }
+}
+
+void matrix_reader::read_blocks() {
+  while (peek_past_blanks() != ';') {
+    read_char();  // "&" or the block mark
+    ++block_;
+    format_.name.clear();
+    if (accept_char('[')) read_block_format(format_, other_types_read_);
+    check_type_fits(format_.type);
+    block_first_.push_back(next_character_);
+    blocks_named_ = blocks_named_ || !format_.name.empty();
+    block_names_.push_back(format_.name);
+    read_block_rows();
+  }
+}
+
+// A block without a cell holds no character that a list could name.
+void matrix_reader::drop_empty_blocks() {
+  for (std::size_t b = block_first_.size() - 1; b > 0; --b) {
+    const int end = b + 1 < block_first_.size() ? block_first_[b + 1] : next_character_;
+    if (end > block_first_[b]) continue;
+    block_first_.erase(block_first_.begin() + static_cast<std::ptrdiff_t>(b));
+    block_names_.erase(block_names_.begin() + static_cast<std::ptrdiff_t>(b));
+  }
+}
+
+void matrix_reader::finish() {
+  cut_to_what_was_read(rows_.count(), next_character_, "will be re-set to");
+  continuous_.store_all();
+  free_to_high(high_at_start_);
+  drop_empty_blocks();
+  matrix.nblocks = static_cast<int>(block_first_.size()) - 1;
+  matrix.block_first = block_first_;
+  if (blocks_named_) {
+    for (std::size_t b = 1; b < block_names_.size(); ++b) {
+      if (block_names_[b].empty()) block_names_[b] = "Block_" + std::to_string(b);
+    }
+    matrix.block_names = block_names_;
+  }
+  finish_matrix();
+}
+
+// "numeric and DNA", "continuous, numeric and DNA".
+std::string type_names(int types) {
+  struct named_type {
+    int bit;
+    std::string_view name;
+  };
+  constexpr named_type names[] = {{numeric_data, "numeric"},
+                                  {dna_data, "DNA"},
+                                  {protein_data, "proteins"},
+                                  {continuous_data, "continuous"},
+                                  {landmark_data, "landmark"}};
+  std::vector<std::string_view> found;
+  for (const named_type& type : names) {
+    if (types & type.bit) found.push_back(type.name);
+  }
+  return joined_list(found);
+}
+
+}  // namespace
+
+void warn_of_replacement(const char* source) {
+  if (!matrix.present) return;
+  const std::string& old = matrix.title.empty() ? matrix.file_name : matrix.title;
+  warning("Data from:\n\n      " + old + "\n\nwill be replaced with data from:\n\n      " + source +
+          "\n\n");
+}
+
+void cut_to_what_was_read(int ntax, int nchar, const char* reset) {
+  if (ntax < matrix.ntax) {
+    warning("Number of taxa set to", matrix.ntax, "but only", ntax,
+            "taxon names defined.\nNumber of taxa", reset, ntax);
+    if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
+  }
+  if (nchar < matrix.nchar) {
+    const std::string undefined =
+        nchar + 1 == matrix.nchar
+            ? text_of("%i, but character %i", matrix.nchar, nchar)
+            : text_of("%i, but characters %i-%i", matrix.nchar, nchar, matrix.nchar - 1);
+    warning("Number of characters set to", undefined, "undefined\nNumber of chars.", reset, nchar);
+    if (nchar < 1) error_end("Must specify number of characters");
+  }
+  shrink_matrix(ntax, nchar);
+}
+
+void tell_what_was_read() {
+  if (matrix.data_type_in_use & (matrix.data_type_in_use - 1)) {
+    emit("Data were read as mixed types: ", type_names(matrix.data_type_in_use), "\n");
+  }
+  if (!settings.report) return;
+  emit("Read ", matrix.ntax, " taxa, ", matrix.nchar,
+       matrix.nchar == 1 ? " character" : " characters");
+  if (matrix.nblocks > 1) emit(" in ", matrix.nblocks, " blocks");
+  emit("\n");
+}
+
+void read_matrix() {
+  const std::string source = input.frames[at(input.top)]->name;
+  warn_of_replacement(source.c_str());
+  wipe_matrix();
+  const std::string title = read_title();
+  print_title(title);
+  const int nchar = read_int();
+  if (nchar < 1) error_end("Must specify number of characters");
+  const int ntax = read_int();
+  if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
+  make_room_for_matrix(ntax, nchar);
+  begin_matrix(ntax, nchar, matrix_rows::unset);
+  matrix.title = title;
+  matrix.file_name = source;
+  matrix_reader().read();
+  tell_what_was_read();
+}
+
+}  // namespace zeb

@@ -1,0 +1,33 @@
+// Replicated searches: randomised Wagner trees, each followed by branch swapping.
+#pragma once
+
+#include "search/moves/wagner.h"
+
+namespace zeb {
+
+/// The settings of `mult`.
+struct mult_settings {
+  enum swapper_kind : int { wagner_only, spr, tbr };
+  int replications = 10;
+  int swapper = tbr;
+  int hold = 10;         // trees saved per replication
+  bool keepall = false;  // keep the trees of all replications, not only the best
+  int outfreq = 0;       // clips between two looks at the report; 0: by the size of the data
+  addition_settings addition;
+};
+extern mult_settings mult;
+
+/// What a run did, for its summary.
+struct mult_result {
+  int replications_done = 0;
+  int hits = 0;              // replications that found the best score
+  bool overflowed = false;   // a hit filled its share of the buffer
+  bool buffer_full = false;  // the search ended since no tree could be stored
+  double best = 0;           // unknown_score: none
+};
+
+/// Runs the replications inside a search_session and leaves the trees in the buffer. Errors: stages
+/// that can't run.
+mult_result mult_search(const mult_settings& options);
+
+}  // namespace zeb

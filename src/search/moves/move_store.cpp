@@ -1,0 +1,148 @@
+// From noted candidates to stored trees: each is made in the tree in work, compared with the trees
+// of the buffer and taken apart again.
+#include <algorithm>
+
+#include "base/indices.h"
+#include "engine/collapsing/collapsing.h"
+#include "search/moves/relative_fit.h"
+#include "search/moves/swap_run.h"
+#include "search/search_state.h"
+#include "search/store/stored_trees.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+/// Makes the trees of one clip and one rooting `u`, one at a time. As long as it lives the subtree
+/// is rooted on `u`; its links, and its sets where they were changed, come back with the end.
+class tree_maker {
+ public:
+  tree_maker(swap_run& run, int u)
+      : run_(run), u_(u), with_sets_(search_level() > 0), turned_(u != run.home_root) {
+    if (!turned_ || run.joint < 0) return;
+    if (with_sets_) {
+      reroot_subtree(run.data, u, run.clip);
+    } else {
+      reroot_links(run.data.tree, u, run.clip);
+    }
+  }
+  ~tree_maker() {
+    search_data& data = run_.data;
+    if (run_.joint < 0) {
+      if (with_sets_) pass_ingroup_alone(run_);
+    } else if (turned_ && with_sets_) {
+      reroot_subtree(data, run_.turned_home(), run_.clip);
+      repair_after_clip(data, run_.sister, run_.clip);
+    } else if (turned_) {
+      reroot_links(data.tree, run_.turned_home(), run_.clip);
+    }
+  }
+  tree_maker(const tree_maker&) = delete;
+  tree_maker& operator=(const tree_maker&) = delete;
+
+  /// Calls `use(tree, marks)` with the tree whose clip is attached to the branch above `v`.
+  template <class function>
+  bool with_tree(int v, function use) {
+    search_data& data = run_.data;
+    if (run_.joint < 0) {
+      if (turned_) reroot_links(data.tree, u_, run_.clip);
+      if (with_sets_) full_pass(data);
+    } else {
+      attach(data.tree, run_.clip, run_.joint, v);
+      if (with_sets_) repair_after_insert(data, run_.clip);
+    }
+    std::span<const std::uint8_t> marks;
+    if (with_sets_) {
+      mark_tree_in_work(run_.new_marks);
+      marks = run_.new_marks;
+    }
+    const bool result = use(std::span<const std::int32_t>(data.tree.anc), marks);
+    if (run_.joint < 0) {
+      if (turned_) reroot_links(data.tree, run_.turned_home(), run_.clip);
+    } else {
+      detach(data.tree, run_.clip);
+      if (with_sets_) repair_after_clip(data, v, run_.clip);
+    }
+    return result;
+  }
+
+ private:
+  swap_run& run_;
+  int u_;
+  bool with_sets_;
+  bool turned_;
+};
+
+int staying_node(const swap_run& run, int v) {
+  while (v != run.data.n && !run.marks[at(v)]) v = run.at(run.data.tree.anc, v);
+  return v;
+}
+
+/// Does the move lead nowhere new? With the rooting kept, the exchange of two sisters is met from
+/// the other side too; and where the branches between the two places are collapsed, the move only
+/// reshuffles a polytomy.
+bool is_idle(const swap_run& run, int u, int v) {
+  if (u != run.home_root || run.joint < 0) return false;
+  const int target_above = run.at(run.data.tree.anc, v);
+  const int sister_above = run.at(run.data.tree.anc, run.sister);
+  if (target_above == sister_above && run.chosen < 0) return true;
+  if (search_level() == 0 || !collapsing.quick || run.marks[at(run.joint)]) return false;
+  return staying_node(run, target_above) == staying_node(run, sister_above);
+}
+
+}  // namespace
+
+bool replace_in_buffer(swap_run& run, int u) {
+  const swap_candidate chosen = run.move_list[at(run.chosen)];
+  const int slot = searching.swapping_index;
+  tree_maker maker(run, u);
+  const bool replaced = maker.with_tree(chosen.branch, [&](auto tree, auto marks) {
+    return replace_stored(tree, slot, chosen.score, marks);
+  });
+  if (replaced) ++searching.moves_done;
+  return replaced;
+}
+
+namespace {
+
+/// Worse trees are wanted only within the relative limit too.
+void cancel_worse_in_relation(swap_run& run, int u) {
+  if (search_settings.relative_suboptimal <= 0) return;
+  const joined_words home{run.clip_words(run.home_root), run.target_words(run.sister)};
+  const double home_score = run.score_without + run.home_cost;
+  for (swap_candidate& move : run.move_list.first(at(run.n_moves))) {
+    if (move.score <= home_score + run.rounding) continue;
+    const joined_words there{run.clip_words(u), run.target_words(move.branch)};
+    if (relative_fit_difference(run.data, home, there) > search_settings.relative_suboptimal)
+      move.branch = -1;
+  }
+}
+
+}  // namespace
+
+bool store_moves(swap_run& run, int u) {
+  cancel_worse_in_relation(run, u);
+  bool chosen_is_known = false;
+  const double slip = std::max(run.rounding, 1e-9);
+  const double limit = run.chosen >= 0
+                           ? run.move_list[at(run.chosen)].score + search_settings.suboptimal + slip
+                           : no_bound;
+  if (run.chosen > 0) std::swap(run.move_list[0], run.move_list[at(run.chosen)]);
+  tree_maker maker(run, u);
+  for (int i = 0; i < run.n_moves && store.ntrees < run.multi; ++i) {
+    const swap_candidate move = run.move_list[at(i)];
+    if (move.branch < 0 || move.score > limit || move.score > searching.score_limit + slip)
+      continue;
+    if (is_idle(run, u, move.branch)) continue;
+    const bool is_new = maker.with_tree(move.branch, [&](auto tree, auto marks) {
+      return store_marked(tree, store.ntrees, move.score, marks);
+    });
+    if (is_new) ++searching.moves_done;
+    if (!is_new && i == 0 && run.chosen >= 0 && search_settings.suboptimal == 0) {
+      chosen_is_known = true;
+    }
+  }
+  return chosen_is_known;
+}
+
+}  // namespace zeb

@@ -1,0 +1,176 @@
+// One swap of one tree, from its first full pass to its last: what SPR, TBR and the limited swap
+// share. Private to the swapper's files.
+//
+// Between clips the node sets are exact for the whole tree and the cluster unions cover them;
+// within a clip the sets of both halves are as if the halves were separate trees.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "base/arena.h"
+#include "engine/search_data.h"
+#include "search/moves/clusters.h"
+#include "search/moves/move_slots.h"
+#include "search/moves/narrow_clusters.h"
+#include "search/moves/swapper.h"
+
+namespace zeb {
+
+/// A candidate at or under the bound, met where trees are stored.
+struct swap_candidate {
+  double score;         // of the whole tree with that move
+  std::int32_t branch;  // target; -1 cancelled
+};
+
+struct swap_run {
+  enum class swap_kind { tbr, spr, limited };
+
+  swap_run(swap_kind kind_of_swap, std::span<std::int32_t> tree, int first, int capacity);
+  ~swap_run();
+  swap_run(const swap_run&) = delete;
+  swap_run& operator=(const swap_run&) = delete;
+
+  // -- what is swapped --
+  arena_scope memory;  // all spans below
+  search_data& data;
+  swap_kind kind;
+  std::span<std::int32_t> anc;  // the caller's tree, written when the swap ends
+  int first_slot;
+  int multi;          // capacity of the buffer for this search; 0, -1: a single tree
+  bool first_pass;    // quick: clips of 3 terminals and more, until the first improvement
+  bool trees_wanted;  // candidates as good as the tree are stored or enumerated
+  const move_enumeration* enumeration;
+  const bool fits;          // implied weights: costs are fits, see the engine's counters
+  const double rounding;    // scores closer than this are one
+  const move_slots& slots;  // of the search
+  const bool slots_are_bound;
+
+  // -- progress through the clips --
+  std::span<std::int32_t> clip_order;  // by position; empty: position and node are the same
+  int position = 0;
+  int counter = 1;  // clips since the last improvement
+  int clips_to_report = 0;
+  int report_every = 10;
+  bool given_up = false;  // the better tree found is in the buffer already
+
+  // -- scores --
+  double score = 0;         // of the tree in work; with a better position found, of that
+  double stored_score = 0;  // score when trees were last stored
+  double swap_slack = 0;
+  bool buffer_full = false;
+
+  // -- the clip --
+  int clip = -1;
+  int joint = -1;  // internal node freed; -1: the clip is the whole ingroup
+  int sister = -1;
+  int home_root = -1;   // stands for the subtree's root branch
+  int home_first = -1;  // the other descendant of the clip
+  double home_cost = 0;
+  double score_without = 0;     // score of the two halves, unjoined
+  double best_here = 0;         // lowest cost of joining
+  double bound = 0;             // slack + best_here
+  std::int32_t step_bound = 0;  // the same for the kernels of steps
+  int best_branch = -1;
+  int best_root = -1;
+  bool restart = false;  // the tree's own slot was overwritten: move at once and go on from it
+
+  // -- workspace --
+  cluster_cut cut;
+  int moves_since_cut = 0;
+  narrow_pair narrow;  // `inters`
+  std::span<std::int32_t> main_clusters;
+  std::span<std::int32_t> clip_clusters;
+  int n_main_clusters = 0;
+  int n_clip_clusters = 0;
+  std::span<std::int32_t> touched;  // clusters whose lists differ from the base lists
+  int n_touched = 0;
+  std::span<std::int32_t> scan_list;  // SPR, limited: candidate branches
+  std::span<std::int32_t> depth;      // by node; made for each stored tree
+  std::span<swap_candidate> move_list;
+  int n_moves = 0;
+  int chosen = -1;                    // entry of move_list that is better than the tree
+  std::span<std::uint8_t> marks;      // branches that stay in the tree being swapped
+  std::span<std::uint8_t> new_marks;  // the same for a candidate
+  bool marks_known = false;
+  std::span<std::int32_t> scratch;  // 2 * nodes
+
+  // -- steps --
+  /// Moves on to the next node to clip; false when the swap is over. Counts, reports and polls.
+  bool next_clip();
+  /// Detaches the clip, repairs the sets and costs its home. False: nothing can be gained, and the
+  /// clip is back.
+  bool begin_clip();
+  /// Takes the better position, if there is one, or puts the clip back.
+  void finish_clip();
+  /// Tells what a candidate within the bound is good for: notes it for the store, or makes it the
+  /// best. True when nothing can do better.
+  bool take_candidate(int u, int v, double cost);
+  /// After the branches for one rooting `u`: stores or enumerates what was noted. True when the
+  /// clip is to end here.
+  bool store_noted(int u);
+  /// The end: final score and check; `anc` gets the tree.
+  double finish();
+
+  int at(std::span<const std::int32_t> s, int i) const { return s[static_cast<std::size_t>(i)]; }
+  word* branch(int v) const {
+    return data.branch_base + static_cast<std::size_t>(v) * data.set_stride;
+  }
+  /// What the clip is joined by when its branch `u` is, and what it meets on the branch `v`.
+  const word* clip_words(int u) const {
+    return clip < data.n ? data.sets[static_cast<std::size_t>(clip)].down : branch(u);
+  }
+  const word* target_words(int v) const { return v == 0 ? data.sets[0].down : branch(v); }
+  /// First listed item from `from` on whose cost against `words` is within the bound, with that
+  /// cost; `count` for none. Item i is at `base + items[i] * data.set_stride`.
+  int scan(const word* words, const word* base, const std::int32_t* items, int from, int count,
+           double* cost) const {
+    if (fits)
+      return data.kernels.fit.scan_pairs(words, base, data.set_stride, items, from, count,
+                                         data.layout, bound, cost);
+    std::int32_t steps = 0;
+    const int i = data.kernels.scan_pairs(words, base, data.set_stride, items, from, count,
+                                          data.layout, step_bound, &steps);
+    *cost = steps;
+    return i;
+  }
+  /// What is bound beside the kernels: adds its cost. False if the move is over the bound then, or
+  /// forbidden.
+  bool slots_allow(joining level, int clip_side, int main_side, double* cost) const {
+    return !slots_are_bound || bound_slots_allow(level, clip_side, main_side, cost);
+  }
+  /// The node above which the subtree's own root lies while its links are turned.
+  int turned_home() const {
+    return at(data.tree.anc, home_first) == home_root ? home_first : home_root;
+  }
+  bool single_tree() const { return multi <= 0; }
+  void set_slack();
+  void set_bound();
+  void tree_changed();  // clusters, terminal counts, marks
+
+ private:
+  bool may_clip(int c) const;
+  bool bound_slots_allow(joining level, int clip_side, int main_side, double* cost) const;
+  void cost_home();
+  void make_scores_exact(int u);
+  void store_trees(int u);
+  void count_rearrangements(int c);
+  void detach_clip();
+  void put_clip_back();
+  void apply_move();
+  void tell_wrong_score(double error) const;
+};
+
+/// The clip of the whole ingroup: sets and counters of the subtree alone.
+void pass_ingroup_alone(swap_run& run);
+/// See move_store.cpp.
+void make_cluster_lists(swap_run& run);
+void restore_cluster_lists(swap_run& run);
+void preproc_order(const search_data& data, std::span<std::int32_t> order);
+/// Tries to put the tree of the chosen candidate into the slot of the tree being swapped; false if
+/// the buffer holds it already.
+bool replace_in_buffer(swap_run& run, int u);
+/// Stores the noted candidates with rooting `u`; true if the chosen one is in the buffer already.
+bool store_moves(swap_run& run, int u);
+
+}  // namespace zeb

@@ -1,0 +1,282 @@
+#include "search/moves/wagner.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/random.h"
+#include "engine/fit/implied_weighting.h"
+#include "search/moves/wagner_build.h"
+#include "search/search_report.h"
+
+namespace zeb {
+
+addition_settings additions;
+
+namespace {
+
+/// Another taxon plays terminal 0 for the length of a build, by exchanging their states.
+class randomised_outgroup {
+ public:
+  randomised_outgroup(search_data& data, bool wanted) : data_(data) {
+    if (!wanted || data.has_asymmetric) return;
+    stand_in_ = draw() % data.n;
+    exchange();
+  }
+  ~randomised_outgroup() { exchange(); }
+  randomised_outgroup(const randomised_outgroup&) = delete;
+  randomised_outgroup& operator=(const randomised_outgroup&) = delete;
+
+  /// Gives the tree its true terminal 0 back, as the root's first descendant.
+  void restore_tree(std::span<std::int32_t> anc) const {
+    if (stand_in_ == 0) return;
+    std::swap(anc[0], anc[at(stand_in_)]);
+    // From terminal 0 to the root, ancestors become descendants; the root stays the root.
+    const int root = data_.n;
+    int below = 0;
+    int v = anc[0];
+    const int top = v;
+    while (v != root) {
+      const int above = anc[at(v)];
+      anc[at(v)] = below;
+      below = v;
+      v = above;
+    }
+    // `below` hung on the root beside the stand-in, which now hangs where the root was.
+    anc[at(stand_in_)] = below;
+    if (top != root) {
+      anc[0] = root;
+      anc[at(top)] = root;
+    }
+  }
+
+ private:
+  void exchange() {
+    if (stand_in_ == 0) return;
+    std::swap_ranges(data_.sets[0].down, data_.sets[0].down + data_.nwords,
+                     data_.sets[at(stand_in_)].down);
+  }
+  search_data& data_;
+  int stand_in_ = 0;
+};
+
+void add_in_sequence(wagner_build& build) {
+  const int n = build.data.n;
+  const bool by_clusters = additions.cluster_from > 0 && additions.cluster_from < n;
+  for (int p = 3; p < n; ++p) {
+    if (by_clusters && p >= additions.cluster_from) {
+      add_by_clusters(build, p);
+      return;
+    }
+    if (build.stop_at(p)) return;
+    const int taxon = build.order[at(p)];
+    build.find_place(taxon);
+    build.attach_taxon(taxon);
+  }
+}
+
+}  // namespace
+
+wagner_build::wagner_build(search_data& packed)
+    : data(packed), fits(packed.implied_on), slots(searching.slots), slots_are_bound(slots.any()) {
+  const std::size_t nodes = at(data.nodes);
+  order = alloc_low<std::int32_t>(nodes);
+  candidates = alloc_low<std::int32_t>(nodes);
+  scan_list = alloc_low<std::int32_t>(nodes);
+  scan_order = alloc_low<std::int32_t>(nodes);
+}
+
+void wagner_build::first_tree(int a, int b, int c) {
+  tree_arrays& t = data.tree;
+  std::fill(t.anc.begin(), t.anc.end(), 0);
+  const int root = data.n;
+  const int top = root + 1;
+  auto hang = [&t](int ancestor, int left, int right) {
+    t.first[at(ancestor)] = left;
+    t.second[at(ancestor)] = right;
+    t.anc[at(left)] = t.anc[at(right)] = ancestor;
+    t.sister[at(left)] = right;
+    t.sister[at(right)] = left;
+  };
+  hang(root, a, top);
+  hang(top, b, c);
+  t.anc[at(root)] = root + 2;
+  if (fits) reset_counters(data);
+  const kernel_slots& k = data.kernels;
+  auto set = [this](int v) { return data.sets[at(v)]; };
+  k.node_down(set(b).down, set(c).down, set(top).down, set(top).unions, data.layout);
+  k.node_down(set(a).down, set(top).down, set(root).down, set(root).unions, data.layout);
+  if (fits) refresh_step_costs(data);
+  std::copy_n(set(root).down, data.set_stride, set(root).final);
+  k.node_final(set(root).final, set(top).down, set(top).unions, set(top).final, set(top).branch,
+               data.layout);
+  k.node_final_terminal(set(root).final, set(a).down, set(a).branch, data.layout);
+  k.node_final_terminal(set(top).final, set(b).down, set(b).branch, data.layout);
+  k.node_final_terminal(set(top).final, set(c).down, set(c).branch, data.layout);
+}
+
+int wagner_build::list_nodes() {
+  const int top = data.tree.sister[0];
+  int count = 0;
+  if (top >= data.n) scan_list[at(count++)] = top;
+  for (int i = 0; i < count; ++i) {
+    const int v = scan_list[at(i)];
+    for (const int d : {data.tree.first[at(v)], data.tree.second[at(v)]}) {
+      if (d >= data.n) scan_list[at(count++)] = d;
+    }
+  }
+  return count;
+}
+
+int wagner_build::list_candidates(walk way, int nodes, bool swapped) {
+  int count = 0;
+  for (int i = 0; i < nodes; ++i) {
+    const int entry = way == walk::forward    ? i
+                      : way == walk::backward ? nodes - 1 - i
+                                              : scan_order[at(i)];
+    const int v = scan_list[at(entry)];
+    const int a = data.tree.first[at(v)];
+    const int b = data.tree.second[at(v)];
+    candidates[at(count++)] = swapped ? b : a;
+    candidates[at(count++)] = swapped ? a : b;
+  }
+  return count;
+}
+
+double wagner_build::cost_at(int taxon, int v, double bound) const {
+  const double cost =
+      fits ? data.kernels.fit.cost_pair(down(taxon), branch(v), data.layout, bound)
+           : data.kernels.cost_pair(down(taxon), branch(v), data.layout,
+                                    static_cast<std::int32_t>(std::min(bound, unbounded)));
+  if (!slots.wide_cost || cost > bound) return cost;
+  return cost + slots.wide_cost(data, joining::nodes, taxon, v, bound - cost);
+}
+
+bool wagner_build::slots_allow(joining level, int taxon, int main_side, double below,
+                               double* cost) const {
+  if (!slots_are_bound) return true;
+  if (slots.wide_cost) {
+    *cost += slots.wide_cost(data, level, taxon, main_side, below - *cost);
+    if (*cost >= below) return false;
+  }
+  return level != joining::nodes || !forbidden(taxon, main_side);
+}
+
+/// A place that is forbidden is kept for a taxon that may go nowhere, but any other beats it.
+void wagner_build::start_place(int taxon) {
+  best_branch = data.tree.sister[0];
+  best = forbidden(taxon, best_branch) ? unbounded : cost_at(taxon, best_branch, unbounded);
+}
+
+void wagner_build::try_candidates(int taxon, int count, double below) {
+  const word* words = down(taxon);
+  for (int i = 0;; ++i) {
+    double cost = 0;
+    i = scan(words, data.branch_base, candidates, i, count, below, &cost);
+    if (i >= count) return;
+    if (!slots_allow(joining::nodes, taxon, candidates[at(i)], below, &cost)) continue;
+    best = below = cost;
+    best_branch = candidates[at(i)];
+    if (best == 0) return;
+  }
+}
+
+/// Since only lower costs replace the best, ties keep the branch walked first, and it is the
+/// direction of the walk that breaks ties between replications. Costing two sister branches at once
+/// by the union of their sets, as was done at first, loses against the batch kernel.
+void wagner_build::find_place(int taxon) {
+  start_place(taxon);
+  if (best == 0) return;
+  const int start = best_branch;
+  const double start_cost = best;
+  const int nodes = list_nodes();
+  const bool bit = (draw() & 1) != 0;
+  if (randomness.random_insertion && !slots.forbids) {
+    // Shuffled here, not when a taxon has been placed: a place that costs nothing ends the search
+    // for others.
+    shuffle_scan_order(nodes);
+    try_candidates(taxon, list_candidates(walk::random, nodes, bit), best);
+  } else if (bit) {
+    try_candidates(taxon, list_candidates(walk::backward, nodes, false), unbounded);
+    if (best > start_cost) {
+      best = start_cost;
+      best_branch = start;
+    }
+  } else {
+    try_candidates(taxon, list_candidates(walk::forward, nodes, false), best);
+  }
+}
+
+void wagner_build::attach_taxon(int taxon) {
+  std::int32_t& next_free = data.tree.anc[at(data.n)];
+  if (next_free == data.nodes - 1 && forbidden(taxon, best_branch)) {
+    error_end("Sorry, cannot build a tree with specified constraints");
+  }
+  if (fits) add_attachment_steps(data, down(taxon), branch(best_branch));
+  attach(data.tree, taxon, next_free, best_branch);
+  ++next_free;
+  repair_after_insert(data, taxon);
+}
+
+void wagner_build::shuffle_scan_order(int count) {
+  for (int i = 0; i < count; ++i) scan_order[at(i)] = i;
+  for (int i = count - 1; i > 0; --i) {
+    std::swap(scan_order[at(i)], scan_order[at(draw() % (i + 1))]);
+  }
+}
+
+bool wagner_build::stop_at(int position) {
+  if (position > 150 && position % 25 == 0) {
+    searching.wagner_percent = static_cast<int>(100LL * position / data.n);
+    report_status(no_score, false);
+  }
+  return interrupted();
+}
+
+bool wagner_build::stop_between_trials() {
+  report_status_best();
+  return interrupted();
+}
+
+void check_additions(const addition_settings& wanted) {
+  if (searching.slots.tbr_form && (wanted.cluster_from > 0 || wanted.look > 0)) {
+    error_end("Wagner with clusters or selected add. seqs. not implemented for landmarks");
+  }
+  if (wanted.cluster_from <= 0) return;
+  if (randomness.random_insertion) {
+    error_end(
+        "Sorry, wagner trees with node-clusters can't be done with random insertion sequence");
+  }
+  if (searching.slots.forbids) {
+    error_end("Sorry, wagner trees with node-clusters can't be done under tree-constraints");
+  }
+  if (wanted.look > 0) error_end("Cannot use selected addseqs together with clusters");
+}
+
+void wagner_tree(std::span<std::int32_t> anc, int seed) {
+  check_additions(additions);
+  search_data& data = *current_search_data;
+  const int seed_before = randomness.random_seed;
+  randomness.random_seed = seed;
+  wagner_build build(data);
+  random_sequence(data.n, build.order.first(at(data.n)), 0, {});
+  randomness.random_seed = seed_before;
+
+  const randomised_outgroup outgroup(data, randomness.random_outgroup && !searching.slots.forbids);
+  if (additions.informative > 0 && data.n >= 6) informative_sequence(build);
+  if (additions.look > 0) choose_first_taxa(build, additions.look, additions.rule);
+  build.first_tree(0, build.order[1], build.order[2]);
+  build.shuffle_scan_order(1);
+  if (additions.look > 0) {
+    add_chosen_taxa(build);
+  } else {
+    add_in_sequence(build);
+  }
+  searching.wagner_percent = -1;
+  std::copy_n(data.tree.anc.begin(), anc.size(), anc.begin());
+  anc[at(data.n)] = data.nodes;
+  if (!interrupted()) outgroup.restore_tree(anc);
+}
+
+}  // namespace zeb

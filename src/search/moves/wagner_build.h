@@ -1,0 +1,94 @@
+// The growing tree: what the builder's files share. Private to them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "base/arena.h"
+#include "engine/search_data.h"
+#include "search/moves/move_slots.h"
+#include "search/moves/wagner.h"
+
+namespace zeb {
+
+struct wagner_build {
+  explicit wagner_build(search_data& packed);
+
+  arena_scope memory;  // the spans below
+  search_data& data;
+  std::span<std::int32_t> order;       // taxa in order of addition
+  std::span<std::int32_t> candidates;  // branches in the order in which they are tried
+  std::span<std::int32_t> scan_list;   // internal nodes, breadth first
+  std::span<std::int32_t> scan_order;  // a random permutation of positions of scan_list
+
+  const bool fits;          // implied weights: costs are fits
+  const move_slots& slots;  // of the search
+  const bool slots_are_bound;
+
+  // The best place found for a taxon.
+  double best = 0;
+  int best_branch = -1;
+
+  const word* down(int v) const { return data.sets[static_cast<std::size_t>(v)].down; }
+  const word* branch(int v) const {
+    return data.branch_base + static_cast<std::size_t>(v) * data.set_stride;
+  }
+  /// The tree of three taxa, with all its sets.
+  void first_tree(int a, int b, int c);
+  /// Lists the internal nodes of the tree, from the outgroup's sister on; returns their number.
+  int list_nodes();
+  /// Fills `candidates` with the descendants of the listed nodes: in list order, from the end, or
+  /// by scan_order. `swapped`: second descendants before first ones. Returns their number.
+  enum class walk { forward, backward, random };
+  int list_candidates(walk way, int nodes, bool swapped);
+  /// Cost of adding `taxon` on the branch `v`: exact below `bound` (below or at it without
+  /// implied weights).
+  double cost_at(int taxon, int v, double bound) const;
+  /// First listed item from `from` on where `words` cost less than `below`, with that cost; `count`
+  /// for none. Item i is at `base + items[i] * data.set_stride`.
+  int scan(const word* words, const word* base, std::span<const std::int32_t> items, int from,
+           int count, double below, double* cost) const {
+    if (fits)
+      return data.kernels.fit.scan_pairs(words, base, data.set_stride, items.data(), from, count,
+                                         data.layout, below, cost);
+    std::int32_t steps = 0;
+    const int i =
+        data.kernels.scan_pairs(words, base, data.set_stride, items.data(), from, count,
+                                data.layout, static_cast<std::int32_t>(below) - 1, &steps);
+    *cost = steps;
+    return i;
+  }
+  /// What is bound beside the kernels: adds its cost. False where that reaches `below`, or the
+  /// place is forbidden.
+  bool slots_allow(joining level, int taxon, int main_side, double below, double* cost) const;
+  /// May `taxon` go there, by what is bound?
+  bool forbidden(int taxon, int v) const {
+    return slots.forbids && slots.forbids(data, taxon, taxon, v);
+  }
+  /// Makes the branch beside the outgroup the place to beat.
+  void start_place(int taxon);
+  /// Tries the candidates for `taxon` and keeps the best; only costs below `below` and the best so
+  /// far replace a place.
+  void try_candidates(int taxon, int count, double below);
+  void find_place(int taxon);
+  void attach_taxon(int taxon);
+  void shuffle_scan_order(int count);
+  /// Reports; true when the search is to stop.
+  bool stop_at(int position);
+  /// The same between two of the many trials that a choice of taxa takes.
+  bool stop_between_trials();
+};
+
+constexpr double unbounded = 1e9;  // above all costs
+
+/// Puts the first three taxa and the one to follow in front of the sequence, by comparing all
+/// threes of the outgroup and two of the next `look` taxa.
+void choose_first_taxa(wagner_build& build, int look, int rule);
+/// Puts the sequence in order by the informative characters that each next taxon makes.
+void informative_sequence(wagner_build& build);
+/// Adds the taxa from position 3 on, each chosen among the next ones.
+void add_chosen_taxa(wagner_build& build);
+/// The same in sequence, with the tree cut into node clusters.
+void add_by_clusters(wagner_build& build, int position);
+
+}  // namespace zeb

@@ -1,0 +1,72 @@
+// qnelsen: quick consensus.
+#include <span>
+
+#include "base/errors.h"
+#include "consensus/commands.h"
+#include "consensus/consensus.h"
+#include "console/output.h"
+#include "engine/collapsing/collapsing.h"
+#include "language/interpreter.h"
+#include "language/options.h"
+#include "matrix/matrix.h"
+#include "search/search_state.h"
+#include "supports/quick_consensus.h"
+
+namespace zeb {
+namespace {
+
+using option = search_option<quick_consensus_settings>;
+
+std::vector<option> qnelsen_options() {
+  using settings_type = quick_consensus_settings;
+  return {
+      number("replications", &settings_type::replications, {1, 100000},
+             "Give number of qnelsen replications", "Can't do %i replications (max=100000)"),
+      number("cut", &settings_type::cut, {50, 100}, "Cutoff must be 50-100",
+             "Cutoff must be 50-100 (not %i)"),
+      action<settings_type>("spr", [](settings_type& s, int) { s.swapper = mult_settings::spr; }),
+      action<settings_type>("tbr", [](settings_type& s, int) { s.swapper = mult_settings::tbr; }),
+      action<settings_type>("wagner",
+                            [](settings_type& s, int) { s.swapper = mult_settings::wagner_only; }),
+  };
+}
+
+void list_settings() {
+  const char* swappers[] = {"no swapping (Wagner trees only)", "SPR", "TBR"};
+  emit("Quick consensus:\n     * ", quick_consensus.replications, " replications\n");
+  emit("     * Branch swapping: ", swappers[quick_consensus.swapper], "\n");
+  emit("     * Groups in more than ", quick_consensus.cut, "% of the trees\n");
+}
+
+}  // namespace
+
+void qnelsen_command() {
+  const std::vector<option> options = qnelsen_options();
+  const option_outcome outcome =
+      read_search_options(quick_consensus, std::span<const option>(options),
+                          "Unidentified string in qnelsen options: %s",
+                          "Wrong argument for qnelsen: %c", &options.front());
+  if (outcome == option_outcome::list) list_settings();
+  if (outcome != option_outcome::run) return;
+  require_data("doing a quick consensus");
+  if (store.maxtrees < 1) error_end("No space to store new trees (increase maxtrees)");
+  const std::vector<std::vector<tree_node>> trees = replicated_trees(quick_consensus);
+  if (interrupted()) emit("Search was interrupted...\n");
+  if (trees.empty()) return;
+  tree_selection selection;
+  selection.ntax = matrix.ntax;
+  for (const std::vector<tree_node>& tree : trees) selection.trees.emplace_back(tree);
+  selection.collapse = collapsing.temporary && collapsing.rule != 0;
+  selection.low_memory = consensus.low_memory_always && !selection.collapse;
+  const group_tree result = majority_consensus(selection, quick_consensus.cut);
+  std::vector<std::string> texts(result.values.size());
+  for (std::size_t n = 0; n < texts.size(); ++n)
+    if (result.values[n] >= 0)
+      texts[n] = std::to_string(result.values[n] * 100LL / static_cast<long long>(trees.size()));
+  draw_tree(result.tree,
+            text_of("Quick consensus (from %i replications, cut %i)",
+                    static_cast<int>(trees.size()), quick_consensus.cut),
+            texts);
+}
+
+}  // namespace zeb

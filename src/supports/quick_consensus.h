@@ -1,0 +1,24 @@
+// The consensus of a data set, estimated from few independent and superficial searches: groups that
+// real support has are found by most of them, however poor the single trees (Farris et al. 1996;
+// Goloboff and Farris 2001).
+#pragma once
+
+#include <vector>
+
+#include "search/drivers/mult.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+struct quick_consensus_settings {
+  int replications = 15;
+  int cut = 80;  // per cent of the trees that a group must exceed, 50 to 100
+  int swapper = mult_settings::tbr;
+};
+extern quick_consensus_settings quick_consensus;  // written by `qnelsen`
+
+/// One tree of each replication, in matrix numbering. The buffer holds the same trees before and
+/// after. Fewer when interrupted.
+std::vector<std::vector<tree_node>> replicated_trees(const quick_consensus_settings& options);
+
+}  // namespace zeb

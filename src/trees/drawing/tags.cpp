@@ -1,0 +1,183 @@
+#include "trees/drawing/tags.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <map>
+#include <utility>
+
+#include "base/indices.h"
+#include "base/text_columns.h"
+#include "console/output.h"
+#include "matrix/matrix.h"
+#include "trees/drawing/node_order.h"
+#include "trees/drawing/text_diagram.h"
+#include "trees/notation/tree_file.h"
+
+namespace zeb {
+
+user_array_access user_arrays;
+
+namespace {
+
+constexpr std::string_view number_symbols = "-YN X";  // stand for -1 to -5
+
+/// Two sums of pseudo-random words, one for each terminal: equal for equal sets of terminals, and
+/// in practice for those only.
+using terminal_set_key = std::pair<std::uint64_t, std::uint64_t>;
+
+std::uint64_t scrambled(std::uint64_t z) {
+  z += 0x9e3779b97f4a7c15ULL;
+  z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+  z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+  return z ^ (z >> 31);
+}
+
+std::vector<terminal_set_key> terminal_set_keys(const_tree_span tree, int ntax) {
+  const drawing_order order = order_for_drawing(tree, ntax, 0, false);
+  std::vector<terminal_set_key> keys(order.nodes());
+  for (auto n = order.preorder.rbegin(); n != order.preorder.rend(); ++n) {
+    if (*n < ntax) {
+      const auto seed = static_cast<std::uint64_t>(*n);
+      keys[at(*n)] = {scrambled(2 * seed), scrambled(2 * seed + 1)};
+    }
+    if (*n == ntax) continue;
+    terminal_set_key& above = keys[at(tree[at(*n)])];
+    above.first += keys[at(*n)].first;
+    above.second += keys[at(*n)].second;
+  }
+  return keys;
+}
+
+/// New numbers of the nodes under normalisation, -1 for slots that aren't in the tree.
+std::vector<int> normal_numbers(const_tree_span tree, int ntax) {
+  std::vector<int> number(tree.size(), -1);
+  number[at(ntax)] = ntax;
+  int next = ntax + 1;
+  for (int t = 0; t < ntax; ++t) {
+    if (is_absent(tree, t)) continue;
+    number[at(t)] = t;
+    for (int n = tree[at(t)]; number[at(n)] < 0; n = tree[at(n)]) number[at(n)] = next++;
+  }
+  return number;
+}
+
+void add_tags(const_tree_span tree, std::span<const std::string> texts) {
+  const int ntax = matrix.ntax;
+  std::map<terminal_set_key, int> target;
+  const std::vector<terminal_set_key> own = terminal_set_keys(tags.tag_tree, ntax);
+  for (int n = 0; n < static_cast<int>(own.size()); ++n)
+    if (is_tag_node(n)) target.emplace(own[at(n)], n);
+  const std::vector<terminal_set_key> keys = terminal_set_keys(tree, ntax);
+  bool too_long = false;
+  for (std::size_t n = 0; n < keys.size() && n < texts.size(); ++n) {
+    const auto found = texts[n].empty() ? target.end() : target.find(keys[n]);
+    if (found == target.end()) continue;
+    std::string& tag = tags.tag_texts[at(found->second)];
+    const char separator = tags.tag_separator ? tags.tag_separator : '/';
+    const std::string longer = tag.empty() ? texts[n] : tag + separator + texts[n];
+    if (longer.size() >= at(tags.tag_size))
+      too_long = true;
+    else
+      tag = longer;
+  }
+  if (too_long) report_line("Message too long (not copied)");
+}
+
+}  // namespace
+
+void clear_tags() {
+  tags.tags_present = false;
+  tags.tag_tree.clear();
+  tags.tag_texts.clear();
+  tags.tag_title.clear();
+}
+
+void set_tag_tree(const_tree_span tree, std::span<const std::string> texts,
+                  std::string_view title) {
+  const std::vector<int> number = normal_numbers(tree, matrix.ntax);
+  std::vector<tree_node> copy(tree.begin(), tree.end());
+  normalise_tree(copy, matrix.ntax);
+  std::vector<std::string> moved(copy.size());
+  for (std::size_t n = 0; n < texts.size() && n < number.size(); ++n)
+    if (number[n] >= 0) moved[at(number[n])] = text_in_bytes(texts[n], at(tags.tag_size - 1));
+  tags.tag_tree = std::move(copy);
+  tags.tag_texts = std::move(moved);
+  tags.tag_title = title.substr(0, longest_tag_title);
+  tags.tags_present = true;
+}
+
+void store_drawn_tags(const_tree_span tree, std::string_view title,
+                      std::span<const std::string> texts) {
+  if (!tags.tags_present) return set_tag_tree(tree, texts, title);
+  if (texts.empty()) return;
+  add_tags(tree, texts);
+  const std::string longer = tags.tag_title + " / " + std::string(title);
+  if (!title.empty() && longer.size() <= longest_tag_title) tags.tag_title = longer;
+}
+
+bool is_tag_node(int node) {
+  if (!tags.tags_present || node < 0 || node >= node_limit(tags.tag_tree, matrix.ntax))
+    return false;
+  return node >= matrix.ntax || !is_absent(tags.tag_tree, node);
+}
+
+bool has_any_tag() {
+  if (!tags.tags_present) return false;
+  for (const std::string& text : tags.tag_texts)
+    if (!text.empty()) return true;
+  return false;
+}
+
+void eliminate_empty_tag_lines() {
+  for (std::string& text : tags.tag_texts) {
+    std::string kept;
+    for (const std::string& line : text_lines(text, '\\', 0)) {
+      if (line.find_first_not_of(' ') == std::string::npos) continue;
+      if (!kept.empty()) kept += '\\';
+      kept += line;
+    }
+    text = kept;
+  }
+}
+
+std::vector<std::string> readable_tags() {
+  std::vector<std::string> out{"tread", "'Tree with tags'"};
+  out.push_back(stored_tree_text(tags.tag_tree) + ";");
+  out.emplace_back("ttag *!;");
+  for (int n = 0; n < static_cast<int>(tags.tag_texts.size()); ++n)
+    if (is_tag_node(n) && !tags.tag_texts[at(n)].empty())
+      out.push_back("ttag +" + std::to_string(n) + " " + tags.tag_texts[at(n)] + ";");
+  return out;
+}
+
+std::vector<double> tags_as_numbers(bool symbols, bool internal_only, int* bad_node) {
+  std::vector<double> values(tags.tag_texts.size(), 0);
+  *bad_node = -1;
+  for (int n = internal_only ? matrix.ntax : 0; n < static_cast<int>(values.size()); ++n) {
+    const std::string& text = tags.tag_texts[at(n)];
+    if (!is_tag_node(n) || text.empty()) continue;
+    const std::size_t symbol = text.size() == 1 ? number_symbols.find(text[0]) : std::string::npos;
+    if (symbols && symbol != std::string::npos) {
+      values[at(n)] = -1.0 - static_cast<double>(symbol);
+      continue;
+    }
+    char* end = nullptr;
+    values[at(n)] = std::strtod(text.c_str(), &end);
+    const bool is_number = end != text.c_str() && *end == 0 && std::isfinite(values[at(n)]);
+    if (!is_number && *bad_node < 0) *bad_node = n;
+  }
+  return values;
+}
+
+void tags_from_numbers(std::span<const double> values, bool symbols, bool internal_only) {
+  for (int n = internal_only ? matrix.ntax : 0; at(n) < values.size(); ++n) {
+    if (!is_tag_node(n)) continue;
+    const double value = values[at(n)];
+    const int symbol =
+        value < 0 && value >= -5 && value == std::floor(value) ? static_cast<int>(-value) - 1 : -1;
+    tags.tag_texts[at(n)] = symbols && symbol >= 0 ? std::string(1, number_symbols[at(symbol)])
+                                                   : text_of("%.10g", value);
+  }
+}
+
+}  // namespace zeb

@@ -1,0 +1,90 @@
+// tplot, naked and lintrees: trees as text diagrams.
+#include <algorithm>
+#include <vector>
+
+#include "base/process.h"
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/lists.h"
+#include "matrix/matrix.h"
+#include "trees/drawing/command_text.h"
+#include "trees/drawing/display.h"
+#include "trees/drawing/display_commands.h"
+#include "trees/notation/tree_file.h"
+
+namespace zeb {
+namespace {
+
+/// Reads a list of trees, or "/" for the last one; all trees where there is none.
+std::vector<std::uint8_t> read_trees_to_show() {
+  std::vector<std::uint8_t> chosen(static_cast<std::size_t>(store.ntrees), 0);
+  if (accept_char('/')) {
+    chosen.back() = 1;
+  } else if (!read_list(list_has_fixed | list_in_tree_buffer, 0, store.ntrees, "tree", chosen)) {
+    std::fill(chosen.begin(), chosen.end(), std::uint8_t{1});
+  }
+  check_end();
+  return chosen;
+}
+
+void show_parenthetical() {
+  const std::vector<std::uint8_t> chosen = read_trees_to_show();
+  const auto count = std::count(chosen.begin(), chosen.end(), 1);
+  emit(text_of("Tread 'set of %i trees'", static_cast<int>(count)), "\n");
+  auto left = count;
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (!chosen[static_cast<std::size_t>(t)]) continue;
+    emit_broken_at_blanks(stored_tree_text(stored_tree(t)) + (--left > 0 ? " *" : " ; "));
+  }
+  if (count == 0) emit(" ; \n");
+}
+
+/// "+" and "-", once or twice.
+void change_drawing_order(bool symmetric) {
+  display.draw_symmetric = symmetric;
+  report_line(symmetric ? "Drawing trees symmetrically" : "Drawing trees asymmetrycally");
+  const bool second = accept_char('+');
+  if (!second && !accept_char('-')) return;
+  display.second_largest_first = second;
+  report_line(second ? "Drawing second largest clade first"
+                     : "Drawing trees with clades increasing in size");
+}
+
+}  // namespace
+
+void tplot_command() {
+  const bool plus = accept_char('+');
+  if (plus || accept_char('-')) {
+    change_drawing_order(plus);
+    no_timing();
+    if (skip_blanks_peek() == ';') return;
+  }
+  require_trees();
+  if (accept_char('*')) return show_parenthetical();
+  const std::vector<std::uint8_t> chosen = read_trees_to_show();
+  for (int t = 0; t < store.ntrees; ++t)
+    if (chosen[static_cast<std::size_t>(t)]) plot_stored_tree(t);
+}
+
+void naked_command() {
+  const int c = skip_blanks_peek();
+  if (c != '[' && c != ']') return toggle_command(display.naked, "Naked");
+  next_nonblank();
+  display.roomy = c == '[';
+  if (settings.report)
+    report_line(display.roomy ? "Drawing trees with an empty line between terminals"
+                              : "Drawing trees with one line per terminal");
+}
+
+void lintrees_command() {
+  if (accept_char('*')) {  // recall by the arrow keys is always there
+    if (settings.report) report_line("Command recall is ON");
+    return;
+  }
+  bool plain = !display.code_page_lines;
+  toggle_command(plain, "Drawing of trees with plain characters");
+  display.code_page_lines = !plain;
+}
+
+}  // namespace zeb

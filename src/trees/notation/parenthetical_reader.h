@@ -1,0 +1,38 @@
+// The one parser of nested parentheses, for every notation that has them.
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+#include "trees/notation/tree_builder.h"
+
+namespace zeb {
+
+/// What a notation adds to the parentheses. Blanks and commas separate.
+struct parenthetical_dialect {
+  int (*read)() = nullptr;  // next character; must come to a terminator sooner or later
+  void (*unread)() = nullptr;
+  std::string_view terminators = ";";  // each ends a tree
+  char annotation = 0;                 // what stands before a text for the node just met; 0 none
+  bool labels_behind_nodes = false;    // what follows ")" at once is a label of the node
+  bool bracket_comments = false;       // "[...]" is skipped
+  bool comma_ends = false;             // a comma outside of all parentheses stands for ";"
+  /// Reads what is neither parenthesis nor terminator, from its first character: terminals, copies
+  /// of clades.
+  std::function<void(tree_builder&)> read_item;
+  /// Reads the text behind the annotation mark, for `node` of the builder.
+  std::function<void(tree_builder&, int node)> read_annotation;
+  /// Reads a label behind a node's closing parenthesis, from its first character.
+  std::function<void(tree_builder&, int node)> read_label;
+  /// A closing parenthesis too many, which will be ignored: once for a tree.
+  std::function<void()> excess;
+  /// The tree ends with parentheses open, near the given terminal (-1 without any): must not
+  /// return.
+  std::function<void(int terminal)> missing;
+};
+
+/// Reads one tree into `tree`, up to its terminator, which is returned. Nothing at all before the
+/// terminator leaves the builder untouched. Works in a loop, so depth costs no machine stack.
+int read_parenthetical(tree_builder& tree, const parenthetical_dialect& dialect);
+
+}  // namespace zeb

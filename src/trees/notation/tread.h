@@ -1,0 +1,50 @@
+// Reading of trees in ZEB's own parenthetical notation, from the command input.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "trees/notation/parenthetical_reader.h"
+#include "trees/notation/taxon_names.h"
+
+namespace zeb {
+
+/// Texts met behind "=" while one tree was read, by node of the builder.
+using tree_tags = std::vector<std::pair<int, std::string>>;
+
+/// Reads single trees through `read_char`. Taxa are numbers, names, "abc...", "{group}", "@T N";
+/// "+T N" copies a clade of a stored tree; "=text" is a tag.
+class tree_text_reader {
+ public:
+  explicit tree_text_reader(int ntax);
+  tree_text_reader(const tree_text_reader&) = delete;
+  tree_text_reader& operator=(const tree_text_reader&) = delete;
+
+  /// Reads one tree; returns its terminator, ";" or "*".
+  int read_tree();
+  tree_builder& tree() { return tree_; }
+  const tree_tags& tags_read() const { return tags_; }
+
+ private:
+  void read_item();
+  void read_taxon_reference();
+  void read_tag(int node);
+  void add_marked();
+
+  int ntax_;
+  tree_builder tree_;
+  tree_tags tags_;
+  taxon_names names_;
+  std::string word_;
+  std::vector<std::uint8_t> marks_;
+  bool mended_ = false;
+  parenthetical_dialect dialect_;
+};
+
+/// Makes the tree just read, with its tags, the tag tree; `title` goes with it. With `tags_add` its
+/// texts are put behind those of the nodes with the same terminals in the tag tree there is.
+void take_tag_tree(tree_text_reader& reader, std::string_view title);
+
+}  // namespace zeb
