@@ -1,4 +1,4 @@
-# Sourced by demo.sh and test.sh: sees to it that what the build needs is there.
+# Sourced by demo.sh, test.sh and check.sh: sees to it that what the build needs is there.
 # On Debian, as root or with sudo, missing packages are installed; elsewhere the script says exactly
 # what is missing and stops.
 
@@ -37,4 +37,9 @@ need_packages() {
     echo "ZEB also needs the development files of ncurses, GoogleTest and Google Benchmark." >&2
     exit 1
   fi
+}
+
+# The same for what is useful, but not needed: the caller goes on without it.
+want_packages() {
+  (need_packages "$@") || true
 }

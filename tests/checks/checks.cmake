@@ -1,12 +1,17 @@
-# Checks of the source tree itself.
+# Checks of the source tree itself, and of what a search with a fixed seed does.
 find_package(Python3 COMPONENTS Interpreter)
 if(Python3_FOUND)
   set(check_python ${Python3_EXECUTABLE})
 else()
   set(check_python ${CMAKE_COMMAND} -E false "python3 is missing:")
 endif()
-add_test(NAME check.layers
-  COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/layers.py ${CMAKE_SOURCE_DIR}/src)
+foreach(check layers homes ownership)
+  add_test(NAME check.${check}
+    COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/${check}.py ${CMAKE_SOURCE_DIR}/src)
+endforeach()
+add_test(NAME check.words COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/words.py ${CMAKE_SOURCE_DIR})
 add_test(NAME check.headers
   COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/headers.py ${CMAKE_SOURCE_DIR}/src ${CMAKE_CXX_COMPILER}
           ${CMAKE_CURRENT_BINARY_DIR}/headers.json)
+add_test(NAME check.signature
+  COMMAND ${CMAKE_SOURCE_DIR}/bench/signature $<TARGET_FILE:zeb> ${CMAKE_SOURCE_DIR}/bench/signature.expected)

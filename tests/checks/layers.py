@@ -1,10 +1,16 @@
 #!/usr/bin/env python3
-"""Fails when a source file includes a header from a floor above its own, or from another folder on the
-same floor. Usage: layers.py SRC_FOLDER"""
+"""Fails when a source file includes a header from a floor above its own, or from another room on the same
+floor; when modules (a header and the source of its name) of a room include each other in a circle; and when
+a room, or an inner room, holds too many sources. Usage: layers.py SRC_FOLDER"""
 
+import collections
 import pathlib
 import re
 import sys
+
+from verdict import verdict
+
+MOST_SOURCES = 28
 
 # The floor of each room; "" is src/ itself, whose files may include all others.
 FOLDERS = {
@@ -57,19 +63,24 @@ def floor(name):
     return FOLDERS[folder(name)]
 
 
-def faults(root):
+def stem(name):
+    return name.rsplit(".", 1)[0]
+
+
+def includes_of(root, name):
+    for number, line in enumerate((root / name).read_text(encoding="utf-8").splitlines(), 1):
+        found = INCLUDE.match(line)
+        if found:
+            yield number, found.group(1)
+
+
+def floor_faults(root, files):
     used = set()
-    files = sorted(p for p in root.rglob("*") if p.suffix in (".h", ".cpp"))
-    for path in files:
-        name = path.relative_to(root).as_posix()
+    for name in files:
         if folder(name) not in FOLDERS:
-            yield f"{name}: folder has no floor; add it to the table in layers.py"
+            yield f"{name}:1: its room has no floor; add it to the table in layers.py"
             continue
-        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
-            found = INCLUDE.match(line)
-            if not found:
-                continue
-            header = found.group(1)
+        for number, header in includes_of(root, name):
             if not (root / header).is_file():
                 yield f"{name}:{number}: no such header in src: {header}"
             elif (name, header) in ALLOWED:
@@ -81,15 +92,59 @@ def faults(root):
             elif floor(header) == floor(name) and folder(name) not in ("", folder(header)):
                 yield f"{name}:{number}: sideways arrow to {header} on the same floor {floor(name)}"
     for arrow in set(ALLOWED) - used:
-        yield f"layers.py: exception no longer needed: {arrow[0]} -> {arrow[1]}"
+        yield f"layers.py:1: exception no longer needed: {arrow[0]} -> {arrow[1]}"
+
+
+def way_back(arrows, start):
+    """The shortest way from a module along its arrows to itself; none where it is in no circle."""
+    came_from, waiting = {}, collections.deque([start])
+    while waiting:
+        module = waiting.popleft()
+        for target in sorted(arrows[module]):
+            if target == start:
+                way = [start, module]
+                while way[-1] != start:
+                    way.append(came_from[way[-1]])
+                return way[::-1]
+            if target not in came_from:
+                came_from[target] = module
+                waiting.append(target)
+    return None
+
+
+def circle_faults(root, files):
+    """One fault for each module that is in a circle, with the shortest one."""
+    arrows = collections.defaultdict(dict)
+    for name in files:
+        for number, header in includes_of(root, name):
+            if stem(header) != stem(name):
+                arrows[stem(name)].setdefault(stem(header), f"{name}:{number}")
+    for module in sorted(arrows):
+        way = way_back(arrows, module)
+        if way:
+            yield f"{arrows[module][way[1]]}: circle of includes: {' -> '.join(way)}"
+
+
+def size_faults(files):
+    sources = collections.Counter(name.rpartition("/")[0] for name in files if name.endswith(".cpp"))
+    for place, number in sorted(sources.items()):
+        if number > MOST_SOURCES:
+            yield f"{place}:1: {number} sources in one folder, more than {MOST_SOURCES}; give it inner rooms"
+
+
+def faults(root):
+    files = sorted(p.relative_to(root).as_posix() for p in root.rglob("*") if p.suffix in (".h", ".cpp"))
+    yield from floor_faults(root, files)
+    yield from circle_faults(root, files)
+    yield from size_faults(files)
     if not files:
-        yield f"{root}: no source files found"
+        yield f"{root}:1: no source files found"
 
 
 def main():
     found = list(faults(pathlib.Path(sys.argv[1])))
-    print("\n".join(found) or "every include points down")
-    return 1 if found else 0
+    return verdict("layers", found, "every include points down, and none goes round in a circle")
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

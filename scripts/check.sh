@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Checks the source tree without building it: format, floors and circles, homes of functions, owners of
+# state, words. Usage: scripts/check.sh [--lint]
+# With --lint all sources go through clang-tidy as well; what passed is remembered in build/lint.json, so
+# that only files whose text, or whose headers' text, has changed are looked at again.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+lint=no
+case "${1:-}" in
+  --lint) lint=yes ;;
+  "") ;;
+  *) echo "usage: scripts/check.sh [--lint]" >&2; exit 2 ;;
+esac
+need_packages python3
+want_packages clang-format
+[ $lint = no ] || want_packages clang-tidy g++ cmake ninja-build libgtest-dev libbenchmark-dev libncurses-dev
+
+bad=0
+for check in layers homes ownership; do
+  echo "== $check"
+  python3 tests/checks/$check.py src || bad=1
+done
+echo "== words"
+python3 tests/checks/words.py . || bad=1
+
+echo "== format"
+if command -v clang-format >/dev/null 2>&1; then
+  find src tests bench -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run -Werror || bad=1
+else
+  echo "clang-format isn't installed: the format isn't checked"
+fi
+
+if [ $lint = yes ]; then
+  echo "== lint"
+  if command -v clang-tidy >/dev/null 2>&1; then
+    cmake --preset release >/dev/null
+    python3 scripts/lint.py build/release build/lint.json || bad=1
+  else
+    echo "clang-tidy isn't installed: nothing is linted"
+  fi
+fi
+[ $bad = 0 ] && echo "all checks pass"
+exit $bad
