@@ -6,6 +6,8 @@
 #include <random>
 
 #include "base/arena.h"
+#include "engine/kernels/kernel_binding.h"
+#include "engine/packing/packed_matrix.h"
 #include "engine/registration.h"
 #include "engine/search_data.h"
 #include "matrix/matrix.h"
@@ -93,7 +95,7 @@ struct evolved_data {
     tree = random_tree(ntax, g);
     for (int c = 0; c < nchar; ++c) evolve(c, g);
     finish_matrix();
-    prepare_search_data(true, true);
+    packed_matrix(true);
     tree[at(ntax)] = current_search_data->nodes;
   }
 
@@ -140,8 +142,7 @@ evolved_data& evolved() {
 search_data& in_work(int bits, bool implied = false) {
   evolved_data& e = evolved();
   engine.implied_on = implied;
-  prepare_search_data(true, true);
-  search_data& data = *current_search_data;
+  search_data& data = packed_matrix(true);
   bind_kernels(data);
   data.kernels = kernels_of_width(bits, mode_of(data));
   data.undo.piece_words = bits / 32;

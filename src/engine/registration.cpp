@@ -4,7 +4,7 @@
 
 #include "base/arena.h"
 #include "engine/collapsing/collapsing.h"
-#include "engine/packing/packing.h"
+#include "engine/packing/packed_matrix.h"
 #include "engine/plain/tree_scores.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_groups.h"

@@ -27,32 +27,22 @@ constexpr double no_score = -1.0;
 /// A character that takes part in searches, in matrix order.
 struct pack_entry {
   std::int32_t character;
-  std::int32_t group;           // current packing group
-  std::int32_t natural_group;   // given by the classifier
+  std::int32_t group;           // packing group
   std::int32_t fields;          // fields for one repetition
   std::int32_t repeat;          // repetitions of those fields
   std::int32_t weight;          // weight of the word or field
-  std::int32_t divisor;         // 0, or the uniform cost a step-matrix character was reduced by
   std::int32_t first_field;     // position of its first field in its group
-  std::int32_t spread;          // maximum less minimum steps: how much trees can differ in it
+  std::int32_t min_steps;       // least and most steps that any tree of these taxa can have
+  std::int32_t max_steps;
   std::int32_t internal_steps;  // add to the homoplasy under implied weights
 };
 
 /// One per field of every group, padding included, in the order of the fields in the words.
 struct field_record {
-  const std::int32_t* cost_table;  // groups 5 and 6
   std::int32_t weight;
-  std::int32_t min_steps;  // after the constant part was removed
-  std::int32_t set_flags;
+  std::int32_t min_steps;       // after the constant part was removed
   std::int32_t homoplasy_base;  // internal steps, which add to the homoplasy
   std::int32_t max_steps;
-  std::uint8_t asymmetric;
-  std::uint8_t ordered_matrix;
-  std::uint8_t nstates;
-  const double* fit_table;
-  const double* fit_base;
-  double own_k;
-  double k_ratio;
   std::int32_t character;  // matrix character; -1 padding
 };
 
@@ -74,10 +64,10 @@ struct search_data {
   std::span<std::int32_t> word_weight;  // a weight for each word of groups 0 to 2; word-weight mode
   std::span<std::int32_t> field_weight;  // what the kernels read; made by bind_kernels
   std::span<word> weight_planes;         // likewise
+  bool long_words = true;  // kernels of words wider than 32 bits may be used
   bool uniform_mode = true;
   bool per_char_mode = false;
   bool implied_on = false;   // scores are fits; per_char_mode is on, base_steps and base_cont are 0
-  bool extended_on = false;  // sets of characters as the unit of fit: has no kernels yet
   bool has_continuous = false;
   bool has_wide_fields = false;  // any field that needs the wide slots: groups 5 and 6
   bool has_asymmetric = false;
@@ -131,26 +121,9 @@ extern search_data* current_search_data;
 struct engine_settings {
   int long_words = 2;        // `xbits`: bit 2 set means words wider than 32 bits may be used
   bool implied_on = false;   // scores are fits
-  bool extended_on = false;  // sets of characters as the unit of fit; refused until it is built
   double concavity = 3.0;    // k, in steps of homoplasy: with k of them a character costs half
 };
 extern engine_settings engine;
-
-/// Packs the matrix with its present settings into a fresh `search_data` (kept under the
-/// optimisation lock until a change drops it), and binds the kernels. `full` false: only weights or
-/// the active set changed. `silent` keeps "Packing data" from showing. Cheap when nothing changed.
-/// Errors: no data, fewer than 4 active taxa, active characters of kinds that can't be searched.
-void prepare_search_data(bool full, bool silent);
-/// How the kernels add up the data of this set.
-scoring_mode mode_of(const search_data& data);
-/// Fills the kernel slots from the mode and the processor, and the kernels' weight tables from the
-/// weights of the field records (or `word_weight`), so it is to be called after these change too.
-/// Raises an error if the weights of all fields add up to more than 1,000,000,000. Under implied
-/// weights the counters are put to no steps: a full pass must follow.
-void bind_kernels(search_data& data);
-/// Picks the mode for new weights in the field records (`uniform_mode` when all are 1, else
-/// `per_char_mode`) and binds the kernels. For perturbed weights (ratchet, resampling).
-void weights_changed(search_data& data);
 
 /// Full down and final pass over the tree given by its ancestor array (internal numbering, binary,
 /// `nodes` entries). Fills the tree arrays and all node sets; returns the score. With `in_swap` and

@@ -7,6 +7,7 @@
 #include "base/errors.h"
 #include "base/random.h"
 #include "console/output.h"
+#include "engine/packing/packed_matrix.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
@@ -21,7 +22,7 @@ search_state searching;
 namespace {
 
 void prepare_packed_data() {
-  prepare_search_data(true, false);
+  packed_matrix(false);
   ALWAYS_CHECK(current_search_data != nullptr, "no packed data");
 }
 

@@ -11,6 +11,8 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/process.h"
+#include "engine/kernels/kernel_binding.h"
+#include "engine/packing/packed_matrix.h"
 #include "property/clipped_trees.h"
 #include "property/random_matrix.h"
 #include "support/program.h"
@@ -188,8 +190,7 @@ zeb_test::oracle_matrix random_data(std::mt19937& g, int most_taxa, int most_cha
 
 void check_data(std::mt19937& g, int most_taxa, int most_characters, int trees) {
   const zeb_test::oracle_matrix oracle = random_data(g, most_taxa, most_characters);
-  prepare_search_data(true, true);
-  search_data& data = *current_search_data;
+  search_data& data = packed_matrix(true);
   for (int i = 0; i < trees; ++i) {
     const naive::rooted_tree tree = naive::random_tree(data.n, g);
     std::vector<std::int32_t> anc(tree.parent.begin(), tree.parent.end());
@@ -228,8 +229,7 @@ TEST_F(implied_weighting, follows_changed_weights_and_concavities) {
   std::mt19937 g(3);
   for (int round = 0; round < 50; ++round) {
     zeb_test::oracle_matrix oracle = random_data(g, 12, 12);
-    prepare_search_data(true, true);
-    search_data& data = *current_search_data;
+    search_data& data = packed_matrix(true);
     const naive::rooted_tree tree = naive::random_tree(data.n, g);
     std::vector<std::int32_t> anc(tree.parent.begin(), tree.parent.end());
     anc[at(data.n)] = data.nodes;
@@ -245,19 +245,9 @@ TEST_F(implied_weighting, follows_changed_weights_and_concavities) {
         fieldless += data.counters[i].weight * data.fit[at(data.counters[i].steps)];
     ASSERT_NEAR(tree_length(data, anc), 2 * before - constant - fieldless, 1e-9);
     engine.concavity *= 2;
-    prepare_search_data(true, true);
-    ASSERT_NEAR(tree_length(*current_search_data, anc),
-                oracle_fit(oracle, *current_search_data, anc), 1e-9);
+    packed_matrix(true);
+    ASSERT_NEAR(tree_length(data, anc), oracle_fit(oracle, data, anc), 1e-9);
   }
-}
-
-TEST_F(implied_weighting, sets_of_characters_are_refused) {
-  ASSERT_EQ(kernels_of_width(32, scoring_mode::implied_sets).fit.cost_pair, nullptr);
-  std::mt19937 g(4);
-  random_data(g, 8, 8);
-  engine.extended_on = true;
-  const jump_context context;
-  EXPECT_THROW(prepare_search_data(true, true), command_unwinding);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "base/arena.h"
+#include "engine/packing/packed_matrix.h"
 #include "engine/registration.h"
 #include "engine/search_data.h"
 #include "property/clipped_trees.h"
@@ -208,8 +209,7 @@ void check_matrix(std::mt19937& g, const zeb_test::data_shape& shape, int trees)
       if (t != matrix.outgroup && active_taxa() > 4 && chance(g, 0.3))
         matrix.taxon_active[at(t)] = 0;
   engine.long_words = chance(g, 0.5) ? 2 : 0;
-  prepare_search_data(true, true);
-  search_data& data = *current_search_data;
+  search_data& data = packed_matrix(true);
   std::vector<int> rows(data.pack_to_taxon.begin(), data.pack_to_taxon.begin() + data.n);
   for (int i = 0; i < trees; ++i) {
     const std::vector<std::int32_t> anc = random_ancestors(data, g);
@@ -250,8 +250,7 @@ TEST_F(packed_parsimony, new_data_with_the_same_settings_are_packed_anew) {
     std::mt19937 g(seed);
     zeb_test::data_shape shape;
     const zeb_test::oracle_matrix oracle = zeb_test::fill_matrix(shape, g);
-    prepare_search_data(true, true);
-    search_data& data = *current_search_data;
+    search_data& data = packed_matrix(true);
     const std::vector<int> rows(data.pack_to_taxon.begin(), data.pack_to_taxon.begin() + data.n);
     const double length = tree_length(data, random_ancestors(data, g));
     ASSERT_EQ(length, static_cast<double>(oracle.length(as_naive(data), rows)));

@@ -1,5 +1,6 @@
 // Plain optimisation of stored trees against the oracle: polytomies, absent taxa, soft and hard;
 // the final sets.
+#include "engine/packing/packed_matrix.h"
 #include "engine/plain/plain_optimisation.h"
 
 #include <gtest/gtest.h>
@@ -162,8 +163,7 @@ TEST_F(plain_optimisation, trees_survive_the_way_to_internal_numbers_and_back) {
     const zeb_test::data_shape shape = zeb_test::random_shape(g, 20, 4);
     zeb_test::fill_matrix(shape, g);
     matrix.outgroup = draw(g, 0, shape.ntax - 1);
-    prepare_search_data(true, true);
-    search_data& data = *current_search_data;
+    search_data& data = packed_matrix(true);
     std::vector<tree_node> record = random_record(shape.ntax, 1, g);
     std::vector<std::int32_t> anc(at(data.nodes));
     ASSERT_TRUE(to_internal(data, record, anc, false));

@@ -1,4 +1,5 @@
 // Relative fit differences of moves against the steps of each character on both trees.
+#include "engine/packing/packed_matrix.h"
 #include "search/moves/relative_fit.h"
 
 #include <gtest/gtest.h>
@@ -52,8 +53,7 @@ TEST_F(relative_fit, is_that_of_the_two_trees) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 14, 40);
     shape.ntax = std::max(shape.ntax, 5);
     const zeb_test::oracle_matrix oracle = fill_matrix(shape, g);
-    prepare_search_data(true, true);
-    search_data& data = *current_search_data;
+    search_data& data = packed_matrix(true);
     const naive::rooted_tree start = naive::random_tree(data.n, g);
     tree_length(data, start.parent);
     const naive::rooted_tree home = tree_in_work(data);

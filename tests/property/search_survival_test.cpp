@@ -8,6 +8,7 @@
 #include "base/arena.h"
 #include "base/random.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/kernels/kernel_binding.h"
 #include "engine/plain/tree_scores.h"
 #include "property/random_matrix.h"
 #include "search/drivers/bbreak.h"

@@ -24,13 +24,12 @@ struct tree_arrays {
   std::span<std::int32_t> second;
 };
 
-/// Five word arrays of `nwords` words each, aligned to 64 bytes.
+/// Four word arrays of `nwords` words each, aligned to 64 bytes.
 struct node_sets {
   word* down;        // preliminary sets
   word* final;       // final sets; not kept at terminals
   word* unions;      // union of the descendants, plus a full field where they don't intersect
   word* branch;      // final of this node or final of its ancestor: what an attachment meets
-  word* branch_alt;  // only with asymmetric characters, else null
 };
 
 /// Under implied weights: one character on the tree in work.
@@ -214,7 +213,6 @@ enum class scoring_mode {
   word_weights,
   per_character,
   implied,
-  implied_sets,  // implied weights with sets of characters as the unit; has no kernels yet
 };
 
 /// The kernels of one width (32, 64, 256 or 512 bits); an empty table (null slots) where the

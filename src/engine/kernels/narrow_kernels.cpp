@@ -142,8 +142,6 @@ kernel_slots kernels_32(scoring_mode mode) {
       return slots_of<narrow32, field_weight_cost>(32);
     case scoring_mode::implied:
       return implied_slots_of<narrow32, field_weight_cost>(32);
-    case scoring_mode::implied_sets:
-      break;
   }
   return {};
 }

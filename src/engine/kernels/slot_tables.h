@@ -48,8 +48,6 @@ kernel_slots slots_for_mode(scoring_mode mode, int bits) {
       return slots_of<V, digit_cost<V>>(bits);
     case scoring_mode::implied:
       return implied_slots_of<V, digit_cost<V>>(bits);
-    case scoring_mode::implied_sets:
-      break;
   }
   return {};
 }

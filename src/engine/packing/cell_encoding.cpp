@@ -1,7 +1,7 @@
-// Cells as bits of the words of terminals.
+#include "engine/packing/cell_encoding.h"
+
 #include <bit>
 
-#include "engine/packing/packing.h"
 #include "matrix/matrix.h"
 
 namespace zeb {

@@ -1,9 +1,9 @@
-// Where fields lie: the weight mode, the filling of partly used words and the places themselves.
+#include "engine/packing/field_placement.h"
+
 #include <algorithm>
 #include <numeric>
 
 #include "base/indices.h"
-#include "engine/packing/packing.h"
 
 namespace zeb {
 namespace {
@@ -165,7 +165,7 @@ void place_in_order(packing_plan& plan) {
     const pack_entry& x = plan.entries[a];
     const pack_entry& y = plan.entries[b];
     if (plan.implied_on && (x.fields > 1) != (y.fields > 1)) return x.fields > 1;
-    return x.spread > y.spread;
+    return x.max_steps - x.min_steps > y.max_steps - y.min_steps;
   });
   for (const std::size_t i : order) {
     pack_entry& e = plan.entries[i];

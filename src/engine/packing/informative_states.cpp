@@ -1,8 +1,8 @@
-// Which states of a character tell trees apart.
+#include "engine/packing/informative_states.h"
+
 #include <array>
 #include <bit>
 
-#include "engine/packing/packing.h"
 #include "matrix/matrix.h"
 
 namespace zeb {

@@ -8,7 +8,6 @@
 
 namespace zeb {
 
-search_data* current_search_data = nullptr;
 engine_settings engine;
 
 namespace {

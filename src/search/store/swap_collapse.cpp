@@ -6,6 +6,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/packing/packed_matrix.h"
 #include "matrix/matrix.h"
 #include "search/moves/swapper.h"
 #include "search/registration.h"
@@ -108,8 +109,7 @@ std::vector<std::uint8_t> nodes_left_alone(const search_data& data,
 
 void collapse_by_swapping(const_tree_span tree, bool use_tbr, std::span<std::uint8_t> marks,
                           std::span<const std::uint8_t> ignored_taxa) {
-  prepare_search_data(true, true);
-  const search_data& data = *current_search_data;
+  const search_data& data = packed_matrix(true);
   std::vector<std::int32_t> anc(at(data.nodes));
   if (!to_internal(data, tree, anc, true)) {
     error_end("Collapsing by swapping needs trees with all active taxa");

@@ -1,19 +1,15 @@
-// Memory of a data set, and the binding of its kernels.
-#include "engine/search_data.h"
+#include "engine/kernels/kernel_binding.h"
 
 #include <algorithm>
 #include <bit>
 
-#include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
 #include "engine/fit/implied_weighting.h"
-#include "engine/packing/packing.h"
 
 namespace zeb {
 namespace {
 
-constexpr int weight_digits = 31;
 constexpr std::int64_t largest_weight_sum = 1'000'000'000;
 constexpr std::array<int, 4> set_groups = {0, 1, 2, 4};
 
@@ -21,26 +17,6 @@ constexpr std::array<int, 4> set_groups = {0, 1, 2, 4};
 word flag_bit(int group, int f) {
   const int width = field_bits[at(group)];
   return word{1} << (group == 0 ? f * width : f * width + width - 1);
-}
-
-std::span<word> alloc_sets(const search_data& data) {
-  constexpr std::size_t cache_line = 64;
-  const std::size_t count =
-      checked_product(at(data.nodes), std::max<std::size_t>(data.set_stride, words_per_block));
-  return alloc_low<word>(count, cache_line);
-}
-
-void allocate_undo(search_data& data) {
-  // Enough for every word of all sets, or a million words: a wave that changes more is better
-  // remade than put back.
-  constexpr std::size_t most = std::size_t{1} << 20;
-  const std::size_t words =
-      std::clamp<std::size_t>(4 * at(data.nodes) * at(data.nwords), words_per_block, most);
-  const std::size_t pieces = (words + 7) / 8;
-  data.undo.old_words = alloc_low<word>(words, 64).data();
-  data.undo.where = alloc_low<word*>(pieces).data();
-  data.undo.where_size = pieces;
-  data.undo.words_size = words;
 }
 
 /// Field weights in the order of the kernels; returns their sum.
@@ -97,54 +73,15 @@ int make_planes(search_data& data) {
 
 }  // namespace
 
-void allocate_search_data(search_data& data) {
-  constexpr std::size_t cache_line = 64;
-  data.layout.end0 = data.group_start[1];
-  data.layout.end1 = data.group_start[2];
-  data.layout.end2 = data.group_start[3];
-  data.layout.end4 = data.group_start[5];
-  data.set_stride = at(data.nwords);
-  std::size_t kernel_fields = 0;
-  for (int g = 0; g < packing_groups; ++g) {
-    data.fields[at(g)] = alloc_low<field_record>(at(data.field_count[at(g)]));
-    if (g < 5) kernel_fields += at(data.field_count[at(g)]);
-  }
-  data.field_weight = calloc_low<std::int32_t>(kernel_fields);
-  data.word_weight = calloc_low<std::int32_t>(at(data.layout.end4));
-  data.weight_planes = alloc_low<word>(at(weight_digits) * at(data.layout.end4), cache_line);
-  const std::size_t nodes = at(data.nodes);
-  data.tree = {alloc_low<std::int32_t>(nodes), alloc_low<std::int32_t>(nodes),
-               alloc_low<std::int32_t>(nodes), alloc_low<std::int32_t>(nodes)};
-  std::fill(data.tree.first.begin(), data.tree.first.end(), -1);
-  std::fill(data.tree.second.begin(), data.tree.second.end(), -1);
-  data.node_list = alloc_low<std::int32_t>(nodes + 1);
-  data.node_stack = alloc_low<std::int32_t>(2 * nodes + 2);
-  data.down_base = alloc_sets(data).data();
-  data.final_base = alloc_sets(data).data();
-  data.unions_base = alloc_sets(data).data();
-  data.branch_base = alloc_sets(data).data();
-  data.primary_sets = alloc_low<node_sets>(nodes);
-  data.sets = alloc_low<node_sets>(nodes);
-  for (std::size_t v = 0; v < nodes; ++v) {
-    const std::size_t offset = v * data.set_stride;
-    data.primary_sets[v] = {data.down_base + offset, data.final_base + offset,
-                            data.unions_base + offset, data.branch_base + offset, nullptr};
-  }
-  std::copy(data.primary_sets.begin(), data.primary_sets.end(), data.sets.begin());
-  allocate_undo(data);
-}
-
 scoring_mode mode_of(const search_data& data) {
-  if (data.implied_on) return data.extended_on ? scoring_mode::implied_sets : scoring_mode::implied;
+  if (data.implied_on) return scoring_mode::implied;
   if (data.uniform_mode) return scoring_mode::uniform;
   return data.per_char_mode ? scoring_mode::per_character : scoring_mode::word_weights;
 }
 
 void bind_kernels(search_data& data) {
   const scoring_mode mode = mode_of(data);
-  if (mode == scoring_mode::implied_sets)
-    error_end("Implied weights with sets of characters are not available yet");
-  const int width = (engine.long_words & 2) != 0 ? widest_kernels() : 32;
+  const int width = data.long_words ? widest_kernels() : 32;
   if (gather_weights(data) > largest_weight_sum)
     error_end("The weights of all characters together may not be above 1,000,000,000");
   data.layout.field_weight = data.field_weight.data();

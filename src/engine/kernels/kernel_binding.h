@@ -1,0 +1,19 @@
+// Which kernels work on a data set, and the tables that they read.
+#pragma once
+
+#include "engine/search_data.h"
+
+namespace zeb {
+
+/// How the kernels add up the data of this set.
+scoring_mode mode_of(const search_data& data);
+/// Fills the kernel slots from the mode and the processor, and the kernels' weight tables from the
+/// weights of the field records (or `word_weight`), so it is to be called after these change too.
+/// Raises an error if the weights of all fields add up to more than 1,000,000,000. Under implied
+/// weights the counters are put to no steps: a full pass must follow.
+void bind_kernels(search_data& data);
+/// Picks the mode for new weights in the field records (`uniform_mode` when all are 1, else
+/// `per_char_mode`) and binds the kernels. For perturbed weights (ratchet, resampling).
+void weights_changed(search_data& data);
+
+}  // namespace zeb

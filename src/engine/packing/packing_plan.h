@@ -1,0 +1,31 @@
+// What the words of a data set will hold, before any memory is taken.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "engine/packing/informative_states.h"
+#include "engine/packing/packing_request.h"
+#include "engine/search_data.h"
+
+namespace zeb {
+
+struct packing_plan {
+  std::vector<pack_entry> entries;         // in matrix order
+  std::vector<informative_states> states;  // by entry
+  std::int64_t base_steps = 0;             // weighted steps of characters dropped as constant
+  double base_fit = 0;                     // implied weights: weighted fit of those characters
+  bool implied_on = false;
+  bool uniform_mode = true;
+  bool per_char_mode = false;
+  std::vector<std::int32_t> word_weight;  // word-weight mode: a weight for each word
+  std::array<int, packing_groups> field_count{};
+};
+
+/// Classifies the characters of the request and places their fields. Least and most steps are those
+/// over the taxa of the request. Under implied weights characters keep their own weights, and those
+/// of several fields come first. Errors for characters that can't be searched.
+packing_plan plan_packing(const packing_request& request);
+
+}  // namespace zeb

@@ -1,0 +1,22 @@
+#include "engine/packing/packing_request.h"
+
+#include "base/indices.h"
+#include "engine/search_data.h"
+#include "matrix/matrix.h"
+
+namespace zeb {
+
+packing_request request_of_settings() {
+  packing_request request;
+  request.taxa.push_back(matrix.outgroup);
+  for (int t = 0; t < matrix.ntax; ++t)
+    if (t != matrix.outgroup && matrix.taxon_active[at(t)]) request.taxa.push_back(t);
+  for (const character_record& c : matrix.characters)
+    request.weights.push_back(c.active ? c.weight : 0);
+  request.implied_on = engine.implied_on;
+  request.concavity = engine.concavity;
+  request.long_words = (engine.long_words & 2) != 0;
+  return request;
+}
+
+}  // namespace zeb

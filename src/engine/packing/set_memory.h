@@ -1,0 +1,12 @@
+// Memory of a data set.
+#pragma once
+
+#include "engine/search_data.h"
+
+namespace zeb {
+
+/// Takes the memory of a data set whose taxa, groups and words are known: tree arrays, node sets,
+/// weight tables and scratch, from the low stack of the arena.
+void allocate_search_data(search_data& data);
+
+}  // namespace zeb
