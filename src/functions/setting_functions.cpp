@@ -55,7 +55,7 @@ double background() { return process.background; }
 // Implied weights have one form so far, the standard one.
 double implied_weighting() { return engine.implied_on; }
 double concavity() { return engine.concavity; }
-double sectorial_level() { return store.sectorial_recursion; }
+double sectorial_level() { return capacity_scopes(); }
 double slave_number() {
   if (!brackets_follow()) return 0;
   open_brackets();

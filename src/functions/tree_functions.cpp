@@ -28,8 +28,7 @@ double sister_of() {
   const tree_and_node t = bracketed_tree_and_node();
   if (t.node == matrix.ntax) return -1;
   const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
-  for (int d = lists.first[static_cast<std::size_t>(ancestor(t.tree, t.node))]; d >= 0;
-       d = lists.sibling[static_cast<std::size_t>(d)]) {
+  for (const int d : lists.children(ancestor(t.tree, t.node))) {
     if (d != t.node) return d;
   }
   return -1;
@@ -54,8 +53,7 @@ double largest_fork() {
   const tree_and_node t = bracketed_tree_and_node();
   const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
   std::size_t largest = 0;
-  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0;
-       d = lists.sibling[static_cast<std::size_t>(d)]) {
+  for (const int d : lists.children(t.node)) {
     largest = std::max(largest, terminals_of(t.tree, d).size());
   }
   return static_cast<double>(largest);
@@ -152,14 +150,13 @@ double symmetry() {
   const const_tree_span tree = stored_tree(one_tree());
   const descendant_lists lists = descendants_of(tree, matrix.ntax);
   std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
-  std::vector<int> sizes(lists.first.size(), 1);
+  std::vector<int> sizes(lists.nodes(), 1);
   double imbalance = 0;
   for (auto node = order.rbegin(); node != order.rend(); ++node) {
     int sum = 0;
     int largest = 0;
     int smallest = matrix.ntax;
-    for (int d = lists.first[static_cast<std::size_t>(*node)]; d >= 0;
-         d = lists.sibling[static_cast<std::size_t>(d)]) {
+    for (const int d : lists.children(*node)) {
       const int size = sizes[static_cast<std::size_t>(d)];
       sum += size;
       largest = std::max(largest, size);
@@ -196,8 +193,7 @@ double descendant_list() {
   const tree_and_node t = bracketed_tree_and_node();
   const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
   std::vector<int> nodes;
-  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0;
-       d = lists.sibling[static_cast<std::size_t>(d)]) {
+  for (const int d : lists.children(t.node)) {
     nodes.push_back(d);
   }
   return write_nodes("Deslist", nodes);
@@ -213,8 +209,7 @@ double representatives() {
   const tree_and_node t = bracketed_tree_and_node();
   const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
   std::vector<int> taxa;
-  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0;
-       d = lists.sibling[static_cast<std::size_t>(d)]) {
+  for (const int d : lists.children(t.node)) {
     taxa.push_back(terminals_of(t.tree, d).front());
   }
   return write_nodes("Repspoly", taxa);
@@ -226,8 +221,7 @@ double split_of_group() {
   const descendant_lists lists = descendants_of(t.tree, matrix.ntax);
   std::vector<int> parts(static_cast<std::size_t>(matrix.ntax), 0);
   int part = 0;
-  for (int d = lists.first[static_cast<std::size_t>(t.node)]; d >= 0;
-       d = lists.sibling[static_cast<std::size_t>(d)]) {
+  for (const int d : lists.children(t.node)) {
     ++part;
     for (const int taxon : terminals_of(t.tree, d)) parts[static_cast<std::size_t>(taxon)] = part;
   }

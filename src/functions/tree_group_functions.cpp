@@ -44,8 +44,7 @@ std::vector<taxon_set> sets_of(const_tree_span tree) {
   const std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
   for (auto node = order.rbegin(); node != order.rend(); ++node) {
     taxon_set& set = sets[static_cast<std::size_t>(*node)];
-    for (int d = lists.first[static_cast<std::size_t>(*node)]; d >= 0;
-         d = lists.sibling[static_cast<std::size_t>(d)]) {
+    for (const int d : lists.children(*node)) {
       const taxon_set& below = sets[static_cast<std::size_t>(d)];
       for (std::size_t i = 0; i < set.size(); ++i) set[i] |= below[i];
     }

@@ -51,11 +51,11 @@ class change_counter {
   change_range count(const_tree_span tree) {
     if (states_.empty()) return {};
     const descendant_lists lists = descendants_of(tree, matrix.ntax);
-    counts_.assign(lists.first.size() * states_.size(), {});
+    counts_.assign(lists.nodes() * states_.size(), {});
     for (int t = 0; t < matrix.ntax; ++t) fill_terminal(t);
     const std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
     for (auto node = order.rbegin(); node != order.rend(); ++node) {
-      for (int d = lists.first[at(*node)]; d >= 0; d = lists.sibling[at(d)]) add(*node, d);
+      for (const int d : lists.children(*node)) add(*node, d);
     }
     const auto root = row(matrix.ntax);
     int steps = impossible;

@@ -59,7 +59,7 @@ void best_command() {
     if (keep[t] && (best < 0 || scores[t] < best)) best = scores[t];
   for (std::size_t t = 0; t < scores.size(); ++t) keep[t] = keep[t] && scores[t] <= best + allowed;
   const int before = store.ntrees;
-  select_trees(keep);
+  select_trees(store, keep);
   emit("Best score: ", text_of("%.*f", decimals, best), ", ", before - store.ntrees,
        " trees discarded, ", store.ntrees, " trees retained", note, "\n");
 }

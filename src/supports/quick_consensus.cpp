@@ -12,36 +12,6 @@ quick_consensus_settings quick_consensus;
 
 namespace {
 
-/// Empties the buffer for a search that would count a tree found twice as one, and puts its trees
-/// and their groups back.
-class trees_aside {
- public:
-  trees_aside() {
-    for (int t = 0; t < store.ntrees; ++t) {
-      const const_tree_span tree = stored_tree(t);
-      trees_.emplace_back(tree.begin(), tree.end());
-      const std::uint32_t* words = store.tree_groups[static_cast<std::size_t>(t)];
-      groups_.emplace_back(words, words + store.tgroup_words);
-    }
-    empty();
-  }
-  ~trees_aside() {
-    for (std::size_t t = 0; t < trees_.size(); ++t) {
-      std::copy(trees_[t].begin(), trees_[t].end(), store.trees[t]);
-      std::copy(groups_[t].begin(), groups_[t].end(), store.tree_groups[t]);
-    }
-    store.ntrees = static_cast<int>(trees_.size());
-  }
-  trees_aside(const trees_aside&) = delete;
-  trees_aside& operator=(const trees_aside&) = delete;
-
-  static void empty() { store.ntrees = 0; }
-
- private:
-  std::vector<std::vector<tree_node>> trees_;
-  std::vector<std::vector<std::uint32_t>> groups_;
-};
-
 /// The search says nothing of its own.
 class silent_search {
  public:
@@ -79,10 +49,10 @@ std::vector<std::vector<tree_node>> replicated_trees(const quick_consensus_setti
   one.swapper = options.swapper;
   one.addition = mult.addition;
   std::vector<std::vector<tree_node>> found;
-  const trees_aside kept;
+  const buffer_aside kept;
   for (int r = 0; r < options.replications && !interrupted(); ++r) {
     show_progress("Quick consensus", r, options.replications);
-    trees_aside::empty();
+    set_tree_count(store, 0);
     randomness.random_seed = seeds[static_cast<std::size_t>(r)];
     {
       const search_session session;

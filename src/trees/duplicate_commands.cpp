@@ -74,7 +74,7 @@ void unique_command() {
   for (int t = 0; t < store.ntrees; ++t) keep[at(t)] = first[at(t)] < 0 || first[at(t)] == t;
   const std::string note = apply_constraints(keep);
   const int before = store.ntrees;
-  select_trees(keep);
+  select_trees(store, keep);
   emit(before - store.ntrees, " trees discarded, ", store.ntrees, " trees retained", note, "\n");
 }
 
@@ -85,7 +85,7 @@ void sort_command() {
   std::vector<int> order(keys.size());
   std::iota(order.begin(), order.end(), 0);
   std::ranges::stable_sort(order, [&](int a, int b) { return keys[at(a)] < keys[at(b)]; });
-  reorder_trees(order);
+  reorder_trees(store, order);
   report_line(store.ntrees, "trees sorted");
 }
 

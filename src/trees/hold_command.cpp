@@ -65,7 +65,7 @@ void hold_command() {
   require_data("re-setting maxtrees");
   const std::int64_t capacity = read_capacity();
   if (capacity > 2000000000) error_end("Cannot make tree space for", capacity, "trees");
-  if (store.sectorial_recursion > 0) return;
+  if (capacity_scopes() > 0) return;
   if (accept_char('/')) {
     hold_with_vault(capacity);
     return;
@@ -80,7 +80,7 @@ void keep_command() {
   const int n = read_int();
   if (n < 0) error_end("Must give", "number", "of trees");
   check_end();
-  if (n < store.ntrees) store.ntrees = n;
+  if (n < store.ntrees) set_tree_count(store, n);
   report_count("trees in memory");
 }
 
@@ -93,7 +93,7 @@ void tchoose_command() {
     if (chosen[at(t)]) line += std::to_string(t) + ' ';
   }
   emit_broken_at_blanks(line);
-  select_trees(chosen);
+  select_trees(store, chosen);
   report_count("trees selected");
 }
 

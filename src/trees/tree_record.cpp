@@ -1,10 +1,10 @@
-// Operations on one ancestor array: normal form, validity, pruning, re-rooting.
+#include "trees/tree_record.h"
+
 #include <algorithm>
 
 #include "base/errors.h"
 #include "base/indices.h"
 #include "console/output.h"
-#include "trees/tree_store.h"
 
 namespace zeb {
 

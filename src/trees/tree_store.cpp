@@ -192,7 +192,7 @@ void register_tree_store() {
 }
 
 bool set_maxtrees(int n, bool report, bool silent_failure) {
-  if (store.sectorial_recursion > 0) return false;
+  if (capacity_scopes() > 0) return false;
   if (n != store.maxtrees) {
     if (store.vault_size > 0) {
       if (silent_failure) return false;
@@ -239,45 +239,29 @@ tree_span store_slot(std::string_view group_name, bool may_grow, std::string_vie
     warning("To store a new tree, maxtrees will be increased to", capacity);
     if (!set_maxtrees(capacity, false, true)) error_end(no_space);
   }
-  const int slot = store.ntrees++;
-  std::fill_n(store.tree_groups[at(slot)], group_words(), 0U);
+  const int slot = store.ntrees;
+  set_tree_count(store, slot + 1);
   if (!group_name.empty() && store.auto_group) tag_tree_group(slot, slot + 1, group_name);
   return stored_tree(slot);
 }
 
-void select_trees(std::span<const std::uint8_t> keep) {
-  int kept = 0;
-  for (int t = 0; t < store.ntrees; ++t) {
-    if (!keep[at(t)]) continue;
-    if (kept != t) {
-      std::memcpy(store.trees[at(kept)], store.trees[at(t)], at(store.nnodes) * sizeof(tree_node));
-      std::copy_n(store.tree_groups[at(t)], group_words(), store.tree_groups[at(kept)]);
-    }
-    ++kept;
+buffer_aside::buffer_aside() : groups_(saved_groups(store.ntrees)), count_(store.ntrees) {
+  for (int t = 0; t < count_; ++t) {
+    const const_tree_span tree = stored_tree(t);
+    trees_.insert(trees_.end(), tree.begin(), tree.end());
   }
-  store.ntrees = kept;
+  set_tree_count(store, 0);
 }
 
-void reorder_trees(std::span<const int> order) {
-  // Each tree comes into its place once: circles of moves, with one record put aside for each.
-  std::vector<std::uint8_t> done(order.size(), 0);
-  std::vector<tree_node> first_tree(at(store.nnodes));
-  std::vector<std::uint32_t> first_groups(group_words());
-  for (std::size_t start = 0; start < order.size(); ++start) {
-    if (done[start] || at(order[start]) == start) continue;
-    std::copy_n(store.trees[start], first_tree.size(), first_tree.begin());
-    std::copy_n(store.tree_groups[start], first_groups.size(), first_groups.begin());
-    std::size_t place = start;
-    for (std::size_t from = at(order[place]); from != start; from = at(order[place])) {
-      std::copy_n(store.trees[from], first_tree.size(), store.trees[place]);
-      std::copy_n(store.tree_groups[from], first_groups.size(), store.tree_groups[place]);
-      done[place] = 1;
-      place = from;
-    }
-    std::ranges::copy(first_tree, store.trees[place]);
-    std::ranges::copy(first_groups, store.tree_groups[place]);
-    done[place] = 1;
+buffer_aside::~buffer_aside() {
+  const std::size_t cells = at(store.nnodes);
+  set_tree_count(store, 0);
+  for (int t = 0; t < count_; ++t) {
+    std::copy_n(trees_.begin() + static_cast<std::ptrdiff_t>(at(t) * cells), cells,
+                stored_tree(t).begin());
   }
+  set_tree_count(store, count_);
+  restore_groups(groups_);
 }
 
 bool in_tree_group(int tree, int group) {

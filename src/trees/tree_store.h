@@ -1,9 +1,4 @@
-// The trees in memory: ancestor arrays in one buffer of fixed capacity, with groups, vault and the
-// tag tree.
-//
-// A tree is an array of `nnodes` ancestors. Terminals are 0 to ntax-1, the root is ntax, the other
-// internal nodes follow; tree[ntax] holds the largest node number plus one; an absent taxon has
-// ancestor 0. Normalised, two equal trees are equal arrays.
+// The trees in memory: one buffer of slots, with groups, vault and the tag tree.
 #pragma once
 
 #include <cstdint>
@@ -13,24 +8,21 @@
 #include <string_view>
 #include <vector>
 
+#include "trees/tree_record.h"
+#include "trees/tree_slots.h"
+#include "trees/tree_walks.h"
+
 namespace zeb {
 
-using tree_node = std::int32_t;
-using tree_span = std::span<tree_node>;
-using const_tree_span = std::span<const tree_node>;
-
-/// The trees in memory, numbered from 0 by position. Written in trees/ only, but for `ntrees` and
-/// the trees' contents, which searches set through `store_slot` and its sisters.
-struct tree_store {
-  std::span<tree_node*>
-      trees;           // `maxtrees` records of `nnodes` ancestors each, contiguous, in the arena
-  int maxtrees = 100;  // capacity, set by `hold`
-  int ntrees = 0;      // trees in use
-  int nnodes = 0;      // cells of a record; 0 without data
+/// The tree buffer: slots in the arena, one after the other, whose capacity `hold` sets. Written in
+/// trees/ only.
+struct tree_store : tree_slots {
+  tree_store() {
+    maxtrees = 100;
+    tgroup_words = 1;
+  }
 
   int tgroup_limit = 32;                      // tree groups, `tgroup +N` before data are read
-  int tgroup_words = 1;                       // 32-bit words of membership a tree
-  std::span<std::uint32_t*> tree_groups;      // maxtrees rows of tgroup_words
   std::vector<std::uint32_t> defined_groups;  // tgroup_words: groups that exist
   std::vector<std::string> group_names;       // tgroup_limit
   int next_auto_group = 0;                    // cycles from 0 to tgroup_limit - 1
@@ -41,8 +33,7 @@ struct tree_store {
   int vault_trees = 0;          // trees in it
   std::span<tree_node*> vault;  // vault_size records
 
-  int sectorial_recursion = 0;  // depth of recursive sectorial searches, set by them: while above 0
-                                // neither the capacity nor the vault can change
+  int capacity_scopes = 0;  // while above 0 neither the capacity nor the vault can change
 
   bool include_absent = false;  // `absincl =`: absent taxa of read trees join at the base
 
@@ -73,68 +64,11 @@ struct tag_store {
 };
 extern tag_store tags;
 
-/// Cells of stored tree `number`, which must be below `maxtrees`. The span is good until the
-/// capacity changes.
-inline tree_span stored_tree(int number) {
-  return {store.trees[static_cast<std::size_t>(number)], static_cast<std::size_t>(store.nnodes)};
-}
+/// Slot `number` of the buffer.
+inline tree_span stored_tree(int number) { return slot_of(store, number); }
 inline tree_span vault_tree(int number) {
   return {store.vault[static_cast<std::size_t>(number)], static_cast<std::size_t>(store.nnodes)};
 }
-
-// ---- operations on one tree (any array in the form above) ----
-
-/// Renumbers internal nodes in order of first meeting, from the terminals 0, 1, 2... rootward.
-/// `new_numbers`, if given, receives the new number of each old node, -1 for nodes that are gone.
-void normalise_tree(tree_span tree, int ntax, std::vector<int>* new_numbers = nullptr);
-/// Empty text if the array is a valid tree, else what is wrong with it.
-std::string check_tree_record(const_tree_span tree, int ntax);
-/// Removes the flagged terminals and every node left with one descendant, and normalises. Error
-/// when none would be left.
-void delete_taxa(tree_span tree, int ntax, std::span<const std::uint8_t> flags);
-/// Removes internal nodes with a single descendant or none (a root above a single terminal stays)
-/// and normalises. `new_numbers` as above.
-void remove_redundant_nodes(tree_span tree, int ntax, std::vector<int>* new_numbers = nullptr);
-/// Writes the record of a tree given as ancestors with any node from `ntax` up as the root: -1 for
-/// the root and for what isn't in the tree. The array may be longer than a record; nodes with a
-/// single descendant or none are dropped. `ancestors` is scratch afterwards.
-void record_from_ancestors(std::vector<int>& ancestors, tree_span tree, int ntax,
-                           std::vector<int>* new_numbers = nullptr);
-/// The same without dropping anything: every node of `ancestors` must have no or several
-/// descendants.
-void normalise_ancestors(const std::vector<int>& ancestors, tree_span tree, int ntax,
-                         std::vector<int>* new_numbers = nullptr);
-/// Re-roots so that `terminal` is a descendant of the root, sister of all others; normalises.
-/// Nothing happens where the tree doesn't hold it, or holds nothing else.
-void reroot_tree(tree_span tree, int ntax, int terminal);
-/// The same with any node in place of the terminal: the root comes onto the branch below it.
-void reroot_on_branch(tree_span tree, int ntax, int node);
-/// Moves the clade of `node` onto the branch below `target`, or with `as_descendant` makes it one
-/// more descendant of the internal node `target`. False, with the tree unchanged, where `target`
-/// lies within the clade or `node` is the root. Normalises.
-bool move_clade(tree_span tree, int ntax, int node, int target, bool as_descendant);
-/// Does `node` descend from `ancestor`, or is it the same?
-bool descends_from(const_tree_span tree, int ntax, int node, int ancestor);
-/// Terminals of the clade of `node`, flagged in `marks` (other entries are left alone).
-void mark_terminals(const_tree_span tree, int ntax, int node, std::span<std::uint8_t> marks);
-int terminals_in(const_tree_span tree, int ntax);
-/// Joins absent taxa at a new root, with the tree as their sister.
-void include_absent_taxa(tree_span tree, int ntax);
-bool is_absent(const_tree_span tree, int terminal);
-inline int node_limit(const_tree_span tree, int ntax) {
-  return tree[static_cast<std::size_t>(ntax)];
-}
-
-/// Descendant lists of a tree, in increasing node number; polytomies allowed. For walks outside
-/// searches.
-struct descendant_lists {
-  std::vector<int> first;    // per node: first descendant, -1 none
-  std::vector<int> sibling;  // per node: next descendant of the same ancestor, -1 none
-  std::vector<int> count;    // per node: descendants
-};
-descendant_lists descendants_of(const_tree_span tree, int ntax);
-/// Internal nodes from the root outward, each after its ancestor.
-std::vector<int> nodes_rootward_first(const descendant_lists& lists, int ntax);
 
 // ---- the buffer ----
 
@@ -145,15 +79,37 @@ std::vector<int> nodes_rootward_first(const descendant_lists& lists, int ntax);
 tree_span store_slot(std::string_view group_name, bool may_grow,
                      std::string_view no_space = "No space to store new trees (increase maxtrees)");
 /// As `hold N`. Returns false where it can't be done and `silent_failure` allows that, and during a
-/// recursive sectorial search. With `report` the capacity is printed.
+/// `fixed_capacity_scope`. With `report` the capacity is printed.
 bool set_maxtrees(int n, bool report, bool silent_failure = false);
+/// While one of these exists, neither the capacity of the buffer nor the vault changes: for
+/// searches within searches, which know where the trees lie.
+class fixed_capacity_scope {
+ public:
+  fixed_capacity_scope() { ++store.capacity_scopes; }
+  ~fixed_capacity_scope() { --store.capacity_scopes; }
+  fixed_capacity_scope(const fixed_capacity_scope&) = delete;
+  fixed_capacity_scope& operator=(const fixed_capacity_scope&) = delete;
+};
+/// How many of them there are, one within the other.
+inline int capacity_scopes() { return store.capacity_scopes; }
+
+/// Empties the buffer for as long as it exists, and puts its trees and their groups back.
+class buffer_aside {
+ public:
+  buffer_aside();
+  ~buffer_aside();
+  buffer_aside(const buffer_aside&) = delete;
+  buffer_aside& operator=(const buffer_aside&) = delete;
+
+ private:
+  std::vector<tree_node> trees_;
+  std::vector<std::uint32_t> groups_;
+  int count_;
+};
+
 /// As `hold N/V`: capacity and vault at once, by a command that has no temporary memory; the vault
 /// must be empty.
 void set_maxtrees_and_vault(int n, int vault_size);
-/// Keeps the flagged trees, in order; group bits move with them.
-void select_trees(std::span<const std::uint8_t> keep);
-/// Puts the trees in another order: tree order[i] becomes tree i. Group bits move with them.
-void reorder_trees(std::span<const int> order);
 /// Puts trees first to last-1 into the next automatic group.
 void tag_tree_group(int first, int last, std::string_view name);
 bool in_tree_group(int tree, int group);

@@ -1,8 +1,4 @@
-// Descendant lists of stored trees, and walks over them without recursion.
-#include <algorithm>
-
-#include "base/indices.h"
-#include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 
@@ -24,7 +20,7 @@ descendant_lists descendants_of(const_tree_span tree, int ntax) {
 std::vector<int> nodes_rootward_first(const descendant_lists& lists, int ntax) {
   std::vector<int> order{ntax};
   for (std::size_t i = 0; i < order.size(); ++i) {
-    for (int d = lists.first[at(order[i])]; d >= 0; d = lists.sibling[at(d)]) {
+    for (const int d : lists.children(order[i])) {
       if (d > ntax) order.push_back(d);
     }
   }
@@ -42,7 +38,7 @@ void mark_terminals(const_tree_span tree, int ntax, int node, std::span<std::uin
     const int v = waiting.back();
     waiting.pop_back();
     if (v < ntax) marks[at(v)] = 1;
-    for (int d = lists.first[at(v)]; d >= 0; d = lists.sibling[at(d)]) waiting.push_back(d);
+    for (const int d : lists.children(v)) waiting.push_back(d);
   }
 }
 

@@ -111,7 +111,7 @@ void tvault_command() {
     show_vault();
     return;
   }
-  if (store.sectorial_recursion > 0) {
+  if (capacity_scopes() > 0) {
     error_end("Cannot access tree-vault during recursive sectorial searches");
   }
   require_data("using the tree-vault");

@@ -81,7 +81,7 @@ class exhaustive_search : public ::testing::Test {
 
 /// Score and number of trees that a search ends with.
 std::pair<double, int> search(int seed) {
-  store.ntrees = 0;
+  set_tree_count(store, 0);
   randomness.random_seed = seed;
   const search_session session;
   mult_settings options;

@@ -74,7 +74,7 @@ mult_settings varied_settings(std::mt19937& g, int ntax) {
 }
 
 double search(const mult_settings& options, int seed) {
-  store.ntrees = 0;
+  set_tree_count(store, 0);
   randomness.random_seed = seed;
   const search_session session;
   mult_search(options);

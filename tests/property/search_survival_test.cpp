@@ -151,7 +151,7 @@ TEST_F(search_survival, a_wish_to_stop_may_come_with_any_candidate) {
         "mult=wagner replic 5 cas 3;", "bbreak;", "bbreak:safe; bbreak;", "bbreak=nomulpars;"}) {
     bool stopped = true;
     for (int n = 1; stopped; n += 1 + n / 7) {
-      store.ntrees = 0;
+      set_tree_count(store, 0);
       calls_to_interrupt = 0;
       if (std::string(search).starts_with("bbreak"))
         zeb_test::run_program("mult=replic 2 tbr ras hold 1;");
@@ -183,7 +183,7 @@ struct search_result {
 };
 
 search_result whole_search(std::optional<int> width) {
-  store.ntrees = 0;
+  set_tree_count(store, 0);
   search_result result;
   {
     const search_session session;

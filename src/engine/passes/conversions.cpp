@@ -46,7 +46,7 @@ bool to_internal(const search_data& data, std::span<const std::int32_t> buffer_t
   std::vector<int> children;
   for (const int v : nodes_rootward_first(below, ntax)) {
     children.clear();
-    for (int d = below.first[at(v)]; d >= 0; d = below.sibling[at(d)]) {
+    for (const int d : below.children(v)) {
       if (d >= ntax) number[at(d)] = next++;
       // The outgroup stays alone on its side of the root.
       if (d == outgroup)

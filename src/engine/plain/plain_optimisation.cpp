@@ -168,7 +168,7 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
   std::vector<int> below;
   for (auto v = order.rbegin(); v != order.rend(); ++v) {
     below.clear();
-    for (int d = lists.first[at(*v)]; d >= 0; d = lists.sibling[at(d)]) below.push_back(d);
+    for (const int d : lists.children(*v)) below.push_back(d);
     if (below.size() == 2)
       plain_down(&down_[at(below[0]) * n], &down_[at(below[1]) * n], &down_[at(*v) * n],
                  &reach_[at(*v) * n], column_steps_.data(), n);
@@ -180,7 +180,7 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
   final_.resize(size);
   for (std::size_t i = 0; i < n; ++i) final_[at(ntax) * n + i] = down_[at(ntax) * n + i];
   for (const int v : order)
-    for (int d = lists.first[at(v)]; d >= 0; d = lists.sibling[at(d)])
+    for (const int d : lists.children(v))
       plain_final(&final_[at(v) * n], &down_[at(d) * n],
                   d < ntax ? &down_[at(d) * n] : &reach_[at(d) * n], observed_.data(),
                   &final_[at(d) * n], n);

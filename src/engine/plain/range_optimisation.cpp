@@ -52,14 +52,14 @@ void range_optimiser::optimise(std::span<const int> order, const descendant_list
                                polytomy_kind polytomies, bool with_finals) {
   const std::size_t n = size();
   steps_.assign(n, 0);
-  down_.resize(lists.first.size() * n);
+  down_.resize(lists.nodes() * n);
   reach_.resize(down_.size());
   for (std::size_t t = 0; t < at(matrix.ntax); ++t)
     for (std::size_t i = 0; i < n; ++i) down_[t * n + i] = reach_[t * n + i] = cells_[i][t];
   std::vector<int> below;
   for (auto v = order.rbegin(); v != order.rend(); ++v) {
     below.clear();
-    for (int d = lists.first[at(*v)]; d >= 0; d = lists.sibling[at(d)]) below.push_back(d);
+    for (const int d : lists.children(*v)) below.push_back(d);
     if (!below.empty()) down_node(*v, below, polytomies);
   }
   if (!with_finals) return;
@@ -67,7 +67,7 @@ void range_optimiser::optimise(std::span<const int> order, const descendant_list
   const auto root = static_cast<std::ptrdiff_t>(at(matrix.ntax) * n);
   std::copy_n(down_.begin() + root, n, final_.begin() + root);
   for (const int v : order)
-    for (int d = lists.first[at(v)]; d >= 0; d = lists.sibling[at(d)])
+    for (const int d : lists.children(v))
       for (std::size_t i = 0; i < n; ++i) {
         // The ancestor's ends, as far as the node may follow them without loss.
         const value_range& above = final_[at(v) * n + i];

@@ -117,7 +117,7 @@ void keep_trees(std::span<const std::uint8_t> keep) {
   }
   searching.swapping_index = swapping;
   searching.current_tree = current;
-  select_trees(keep);
+  select_trees(store, keep);
   for (tree_record& head : searching.hash_buckets) head.next = nullptr;
   for (int t = 0; t < kept; ++t) {
     const tree_record& old = records[at(t)];
@@ -154,7 +154,7 @@ bool store_marked(std::span<const std::int32_t> tree, int slot, double score,
   const int bucket = canonical_form(place, data().n, marks, scratch());
   if (find_same(place, bucket, score, -1)) return false;
   link(slot, bucket, score);
-  store.ntrees = slot + 1;
+  set_tree_count(store, slot + 1);
   return true;
 }
 

@@ -70,7 +70,7 @@ void tree_builder::add_subtree(const_tree_span tree, int node) {
   while (!waiting.empty()) {
     const auto [there, here] = waiting.back();
     waiting.pop_back();
-    for (int d = lists.first[at(there)]; d >= 0; d = lists.sibling[at(d)]) {
+    for (const int d : lists.children(there)) {
       current_ = here;
       if (d < ntax_) {
         add_terminal(d);
