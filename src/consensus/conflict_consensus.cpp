@@ -16,13 +16,13 @@ auto with_all_groups(const tree_selection& selection, std::span<const std::uint8
                      const function& use) {
   branch_weights weights(selection);
   const arena_scope scope;
-  group_table table(selection.ntax, left_out);
+  group_tally table(selection.ntax, left_out);
   if (!count_all_groups(selection, weights, table)) out_of_memory();
   return use(table);
 }
 
 /// Enters the groups of a tree without counting it.
-void enter_groups(group_table& table, const_tree_span tree) {
+void enter_groups(group_tally& table, const_tree_span tree) {
   const std::vector<std::uint8_t> no_weights(tree.size() + 1, 0);
   if (!table.count_tree_groups(tree, no_weights, true)) out_of_memory();
 }
@@ -34,7 +34,7 @@ int tree_count(const tree_selection& selection) { return static_cast<int>(select
 group_tree difference_consensus(const tree_selection& selection, int cut) {
   const std::vector<std::uint8_t> left_out = taxa_left_out(selection);
   const int n = tree_count(selection);
-  return with_all_groups(selection, left_out, [&](group_table& table) {
+  return with_all_groups(selection, left_out, [&](group_tally& table) {
     table.compare_groups(n);
     return build_tree_from_groups(table, trees_above_cut(cut, n), left_out);
   });
@@ -42,7 +42,7 @@ group_tree difference_consensus(const tree_selection& selection, int cut) {
 
 group_tree component_consensus(const tree_selection& selection) {
   const std::vector<std::uint8_t> left_out = taxa_left_out(selection);
-  return with_all_groups(selection, left_out, [&](group_table& table) {
+  return with_all_groups(selection, left_out, [&](group_tally& table) {
     std::vector<int> counts;
     for (const group_record& group : table.groups()) counts.push_back(group.count);
     table.compare_groups(tree_count(selection));
@@ -58,7 +58,7 @@ group_tree component_consensus(const tree_selection& selection) {
 std::vector<int> group_frequencies(const tree_selection& selection, const_tree_span tree) {
   branch_weights weights(selection);
   const arena_scope scope;
-  group_table table(selection.ntax, selection.excluded);
+  group_tally table(selection.ntax, selection.excluded);
   enter_groups(table, tree);
   const std::vector<int> records = table.records_of_last_tree();
   for (std::size_t i = 0; i < selection.trees.size(); ++i) {
@@ -73,7 +73,7 @@ std::vector<int> group_frequencies(const tree_selection& selection, const_tree_s
 }
 
 std::vector<int> group_differences(const tree_selection& selection, const_tree_span tree) {
-  return with_all_groups(selection, selection.excluded, [&](group_table& table) {
+  return with_all_groups(selection, selection.excluded, [&](group_tally& table) {
     enter_groups(table, tree);
     std::vector<int> nodes, records;
     for (std::size_t n = 0; n < tree.size(); ++n)

@@ -25,7 +25,7 @@ std::span<const std::uint8_t> branch_weights::of(const_tree_span tree) {
 }
 
 bool count_all_groups(const tree_selection& selection, branch_weights& weights,
-                      group_table& table) {
+                      group_tally& table) {
   for (std::size_t i = 0; i < selection.trees.size(); ++i) {
     poll_trees("Counting groups", i, selection.trees.size());
     const const_tree_span tree = selection.trees[i];

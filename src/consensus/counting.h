@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "consensus/consensus.h"
-#include "consensus/group_table.h"
+#include "consensus/group_tally.h"
 #include "engine/collapsing/collapsing.h"
 
 namespace zeb {
@@ -24,7 +24,7 @@ class branch_weights {
 
 /// Counts all trees, new groups being entered. False when the arena has no room for them.
 [[nodiscard]] bool count_all_groups(const tree_selection& selection, branch_weights& weights,
-                                    group_table& table);
+                                    group_tally& table);
 
 /// Shows progress and looks for an interrupt, now and then.
 void poll_trees(std::string_view label, std::size_t tree, std::size_t trees);

@@ -27,7 +27,7 @@ group_tree bush(int ntax, std::span<const std::uint8_t> absent) {
   return out;
 }
 
-group_tree build_tree_from_groups(const group_table& table, int min_count,
+group_tree build_tree_from_groups(const group_tally& table, int min_count,
                                   std::span<const std::uint8_t> absent) {
   const int ntax = table.ntax();
   std::vector<const group_record*> groups;

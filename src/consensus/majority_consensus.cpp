@@ -65,7 +65,7 @@ group_tree majority_consensus(const tree_selection& selection, int cut) {
   if (!selection.low_memory && has_room) {
     branch_weights weights(selection);
     const arena_scope scope;
-    group_table table(selection.ntax, left_out);
+    group_tally table(selection.ntax, left_out);
     if (count_all_groups(selection, weights, table))
       return build_tree_from_groups(table, min_count, left_out);
   }

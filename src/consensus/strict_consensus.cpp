@@ -16,7 +16,7 @@ group_tree strict_by_table(const tree_selection& selection,
                            std::span<const std::uint8_t> left_out) {
   branch_weights weights(selection);
   const arena_scope scope;
-  group_table table(selection.ntax, left_out);
+  group_tally table(selection.ntax, left_out);
   const std::size_t n = selection.trees.size();
   for (std::size_t i = 0; i < n; ++i) {
     poll_trees("Checking groups", i, n);

@@ -37,23 +37,23 @@ bool is_name(std::string_view text) {
   return !first;
 }
 
-void set_members(const group_table& table, int group, const std::vector<std::uint8_t>& members) {
-  for (int e = 0; e < table.elements; ++e) table.set_member(e, group, members[at(e)] != 0);
+void set_members(const group_kind& kind, int group, const std::vector<std::uint8_t>& members) {
+  for (int e = 0; e < kind.elements; ++e) kind.set_member(e, group, members[at(e)] != 0);
 }
 
 /// The members that a group has before it is redefined; unless they are replaced, they come back.
 struct former_members {
-  former_members(const group_table& its_table, int its_group)
-      : table(its_table), group(its_group), members(at(its_table.elements)) {
-    for (int e = 0; e < table.elements; ++e) members[at(e)] = table.in_group(e, group);
+  former_members(const group_kind& its_kind, int its_group)
+      : kind(its_kind), group(its_group), members(at(its_kind.elements)) {
+    for (int e = 0; e < kind.elements; ++e) members[at(e)] = kind.in_group(e, group);
   }
   ~former_members() {
-    if (!replaced) set_members(table, group, members);
+    if (!replaced) set_members(kind, group, members);
   }
   former_members(const former_members&) = delete;
   former_members& operator=(const former_members&) = delete;
 
-  const group_table& table;
+  const group_kind& kind;
   int group;
   std::vector<std::uint8_t> members;
   bool replaced = false;
@@ -61,8 +61,7 @@ struct former_members {
 
 class definition_reader {
  public:
-  explicit definition_reader(const group_table& table)
-      : table_(table), members_(at(table.elements)) {}
+  explicit definition_reader(const group_kind& kind) : kind_(kind), members_(at(kind.elements)) {}
 
   void read() {
     if (skip_blanks_peek() == ';') return show_groups();
@@ -72,7 +71,7 @@ class definition_reader {
       if (c == '*') {
         write_groups(false);
       } else if (c == '!') {
-        if (!table_.active) error_end("Must use =, > or <");
+        if (!kind_.active) error_end("Must use =, > or <");
         write_groups(true);
       } else if (c == '-') {
         undefine_groups();
@@ -86,23 +85,23 @@ class definition_reader {
   // ---- which group ----
 
   int checked(std::int64_t group) const {
-    if (group < 0 || group >= table_.limit) {
-      error_end("Can't define more than", table_.limit, table_.kind, "groups");
+    if (group < 0 || group >= kind_.limit) {
+      error_end("Can't define more than", kind_.limit, kind_.element_kind, "groups");
     }
     return static_cast<int>(group);
   }
 
   int free_group() const {
     int group = 0;
-    while (group < table_.limit && table_.defined(group)) ++group;
+    while (group < kind_.limit && kind_.defined(group)) ++group;
     return checked(group);
   }
 
   int group_named(std::string_view word) const {
     for (int exact = 1; exact >= 0; --exact) {
-      for (int group = 0; group < table_.limit; ++group) {
-        if (!table_.defined(group) || !is_prefix(word, table_.name(group))) continue;
-        if (!exact || table_.name(group).size() == word.size()) return group;
+      for (int group = 0; group < kind_.limit; ++group) {
+        if (!kind_.defined(group) || !is_prefix(word, kind_.name(group))) continue;
+        if (!exact || kind_.name(group).size() == word.size()) return group;
       }
     }
     return -1;
@@ -121,9 +120,9 @@ class definition_reader {
       read_char();
       return free_group();
     }
-    if (c == '/' && table_.last_automatic) {
+    if (c == '/' && kind_.last_automatic) {
       read_char();
-      return table_.last_automatic();
+      return kind_.last_automatic();
     }
     if (c == ';') error_end("Must specify name or number for goup");
     if (c > 255 || !name_chars[at(c)] || is_one_of(c, "+-.")) {
@@ -132,7 +131,7 @@ class definition_reader {
     read_name();
     const int group = group_named(token());
     if (group >= 0) return group;
-    if (!may_be_new) error_end("No", table_.kind, "group named", token());
+    if (!may_be_new) error_end("No", kind_.element_kind, "group named", token());
     *new_name = token();
     return free_group();
   }
@@ -157,27 +156,27 @@ class definition_reader {
     std::string name;
     const int group = read_group(sign == '=', &name);
     if (sign == '=') read_new_name(&name);
-    const bool was_defined = table_.defined(group);
-    if (sign == '<' && !was_defined) error_end("No", table_.kind, "group named", group);
-    former_members former(table_, group);
+    const bool was_defined = kind_.defined(group);
+    if (sign == '<' && !was_defined) error_end("No", kind_.element_kind, "group named", group);
+    former_members former(kind_, group);
     const std::vector<std::uint8_t>& before = former.members;
     std::fill(members_.begin(), members_.end(), std::uint8_t{0});
     // A list behind "=" sees the group as it is from here on: without members.
-    if (sign == '=') set_members(table_, group, members_);
+    if (sign == '=') set_members(kind_, group, members_);
     if (sign == '>') members_ = before;
     removing_ = sign == '<';
     read_members(before);
     if (removing_) {
       for (std::size_t e = 0; e < before.size(); ++e) members_[e] = before[e] && !members_[e];
     }
-    if (sign == '=' || !was_defined) table_.define(group, name);
+    if (sign == '=' || !was_defined) kind_.define(group, name);
     former.replaced = true;
-    set_members(table_, group, members_);
+    set_members(kind_, group, members_);
   }
 
   void read_members(const std::vector<std::uint8_t>& before) {
-    const unsigned flags = table_.zaps ? list_slash_ends : list_plain;
-    list_reader list(flags, 0, table_.elements, find_list_kind(table_.kind), members_);
+    const unsigned flags = kind_.zaps ? list_slash_ends : list_plain;
+    list_reader list(flags, 0, kind_.elements, find_list_kind(kind_.element_kind), members_);
     while (true) {
       const int c = skip_blanks_peek();
       if (is_one_of(c, "=<>;")) return;
@@ -185,7 +184,7 @@ class definition_reader {
         list.read_item_at(c);
       } else if (c == '*') {
         read_random(list, before);
-      } else if (c == '/' && table_.zaps) {
+      } else if (c == '/' && kind_.zaps) {
         zap();
       } else if (std::isalpha(c) || c == '_') {
         read_word_item(list);
@@ -201,7 +200,7 @@ class definition_reader {
     std::string lower = word;
     for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     std::vector<std::uint8_t> selected(members_.size());
-    if (table_.selector && table_.selector(lower, selected)) {
+    if (kind_.selector && kind_.selector(lower, selected)) {
       for (std::size_t e = 0; e < selected.size(); ++e) {
         if (selected[e]) list.set(static_cast<int>(e));
       }
@@ -216,12 +215,12 @@ class definition_reader {
     const int wanted =
         std::isdigit(skip_blanks_peek()) || skip_blanks_peek() == '(' ? read_int() : -1;
     if (wanted < 0) {
-      error_end("In group definition, \"*\" must be followed by the number of", table_.kind);
+      error_end("In group definition, \"*\" must be followed by the number of", kind_.element_kind);
     }
     // While a "<N" list is read, what is marked is what goes.
     const bool remove = removing_ == list.adding();
     std::vector<int> candidates;
-    for (int e = 0; e < table_.elements; ++e) {
+    for (int e = 0; e < kind_.elements; ++e) {
       const bool inside = removing_ ? before[at(e)] && !members_[at(e)] : members_[at(e)] != 0;
       if (inside == remove) candidates.push_back(e);
     }
@@ -251,8 +250,8 @@ class definition_reader {
   }
 
   bool any_defined() const {
-    for (int group = 0; group < table_.limit; ++group) {
-      if (table_.defined(group)) return true;
+    for (int group = 0; group < kind_.limit; ++group) {
+      if (kind_.defined(group)) return true;
     }
     return false;
   }
@@ -260,57 +259,57 @@ class definition_reader {
   void undefine_groups() {
     if (!any_defined()) error_end("Can't undefine groups --none defined");
     if (skip_blanks_peek() == ';') {
-      for (int group = 0; group < table_.limit; ++group) {
-        if (table_.defined(group)) table_.undefine(group);
+      for (int group = 0; group < kind_.limit; ++group) {
+        if (kind_.defined(group)) kind_.undefine(group);
       }
       return;
     }
     do {
       const int group = read_group(false, nullptr);
-      if (!table_.defined(group)) error_end("No", table_.kind, "group named", group);
-      table_.undefine(group);
+      if (!kind_.defined(group)) error_end("No", kind_.element_kind, "group named", group);
+      kind_.undefine(group);
     } while (!is_one_of(skip_blanks_peek(), ";=<>-*!"));
   }
 
   // ---- what there is ----
 
   void show_groups() const {
-    if (!any_defined()) return report_line("No", table_.kind, "groups defined");
-    for (int group = 0; group < table_.limit; ++group) {
-      if (!table_.defined(group)) continue;
+    if (!any_defined()) return report_line("No", kind_.element_kind, "groups defined");
+    for (int group = 0; group < kind_.limit; ++group) {
+      if (!kind_.defined(group)) continue;
       const std::string head =
-          "Group " + std::to_string(group) + " (" + std::string(table_.name(group)) + "):";
+          "Group " + std::to_string(group) + " (" + std::string(kind_.name(group)) + "):";
       std::vector<std::string> members;
-      for (int e = 0; e < table_.elements; ++e) {
-        if (!table_.in_group(e, group)) continue;
-        members.push_back(table_.label ? table_.label(e) : std::to_string(e));
+      for (int e = 0; e < kind_.elements; ++e) {
+        if (!kind_.in_group(e, group)) continue;
+        members.push_back(kind_.label ? kind_.label(e) : std::to_string(e));
       }
       emit(head, wrapped_words(members, head.size()), "\n");
     }
   }
 
   void write_groups(bool only_active) const {
-    emit(table_.command, "\n");
-    for (int group = 0; group < table_.limit; ++group) {
-      if (!table_.defined(group)) continue;
+    emit(kind_.command, "\n");
+    for (int group = 0; group < kind_.limit; ++group) {
+      if (!kind_.defined(group)) continue;
       std::string head = "=" + std::to_string(group);
       // Trees read from a file may be in a group that is called after it, however that is spelled.
-      if (is_name(table_.name(group))) head += " (" + std::string(table_.name(group)) + ")";
-      const std::vector<std::string> members = list_items(table_.elements, [&](int e) {
-        return table_.in_group(e, group) && (!only_active || table_.active(e));
+      if (is_name(kind_.name(group))) head += " (" + std::string(kind_.name(group)) + ")";
+      const std::vector<std::string> members = list_items(kind_.elements, [&](int e) {
+        return kind_.in_group(e, group) && (!only_active || kind_.active(e));
       });
       emit(head, wrapped_words(members, head.size()), "\n");
     }
     emit(";\n");
   }
 
-  const group_table& table_;
+  const group_kind& kind_;
   std::vector<std::uint8_t> members_;  // of the group being defined; what goes, for "<N"
   bool removing_ = false;
 };
 
 }  // namespace
 
-void define_groups(const group_table& table) { definition_reader(table).read(); }
+void define_groups(const group_kind& kind) { definition_reader(kind).read(); }
 
 }  // namespace zeb

@@ -13,9 +13,9 @@
 namespace zeb {
 
 /// What the reader must know of the groups of one kind. Numbers of groups are 0 to `limit`-1.
-struct group_table {
-  std::string_view kind;     // of elements, as registered with the list parser
-  std::string_view command;  // that defines the groups
+struct group_kind {
+  std::string_view element_kind;  // kind of list, as registered with the list parser
+  std::string_view command;       // that defines the groups
   int limit = 0;
   int elements = 0;
   bool (*defined)(int group) = nullptr;
@@ -36,7 +36,7 @@ struct group_table {
 };
 
 /// Reads and carries out all arguments up to ";".
-void define_groups(const group_table& table);
+void define_groups(const group_kind& kind);
 
 /// "a op b" behind a selector: "=5", "<3", ">=2", "(1,4)" with both ends included.
 struct value_condition {

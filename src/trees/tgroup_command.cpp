@@ -73,8 +73,8 @@ void undefine_tree_group(int group) {
   store.group_names[at(group)] = text_of("Group_%i", group);
 }
 
-group_table tree_group_table() {
-  return {.kind = "tree",
+group_kind tree_groups_kind() {
+  return {.element_kind = "tree",
           .command = "tgroup",
           .limit = store.tgroup_limit,
           .elements = store.ntrees,
@@ -131,7 +131,7 @@ void tgroup_command() {
     return show_toggle(store.auto_group, "Automatic placing of trees in groups");
   }
   require_data("defining groups of trees");
-  define_groups(tree_group_table());
+  define_groups(tree_groups_kind());
 }
 
 void absincl_command() {

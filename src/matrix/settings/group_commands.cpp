@@ -33,9 +33,9 @@ group_store character_store() {
 }
 
 template <group_store (*get)()>
-group_table table_of(std::string_view kind, std::string_view command, int elements) {
+group_kind kind_of(std::string_view kind, std::string_view command, int elements) {
   return {
-      .kind = kind,
+      .element_kind = kind,
       .command = command,
       .limit = matrix_state::group_count,
       .elements = elements,
@@ -62,13 +62,13 @@ void groups_from_blocks() {
   if (matrix.nblocks > matrix_state::group_count) {
     error_end("Cannot create so many char. groups (", matrix.nblocks, "blocks present)");
   }
-  const group_table table = table_of<character_store>("character", "xgroup", matrix.nchar);
+  const group_kind kind = kind_of<character_store>("character", "xgroup", matrix.nchar);
   for (int block = 1; block <= matrix.nblocks; ++block) {
     int first = 0;
     int end = 0;
     characters_of_block(block, &first, &end);
-    table.define(block - 1, text_of("Block_%i", block));
-    for (int c = 0; c < matrix.nchar; ++c) table.set_member(c, block - 1, c >= first && c < end);
+    kind.define(block - 1, text_of("Block_%i", block));
+    for (int c = 0; c < matrix.nchar; ++c) kind.set_member(c, block - 1, c >= first && c < end);
   }
   report_line(matrix.nblocks, "char. groups defined");
 }
@@ -78,10 +78,10 @@ void groups_from_blocks() {
 void agroup_command() {
   no_timing();
   require_data("defining groups of taxa");
-  group_table table = table_of<taxon_store>("taxon", "agroup", matrix.ntax);
-  table.label = taxon_label;
-  table.active = [](int taxon) { return matrix.taxon_active[at(taxon)] != 0; };
-  define_groups(table);
+  group_kind kind = kind_of<taxon_store>("taxon", "agroup", matrix.ntax);
+  kind.label = taxon_label;
+  kind.active = [](int taxon) { return matrix.taxon_active[at(taxon)] != 0; };
+  define_groups(kind);
 }
 
 void xgroup_command() {
@@ -91,12 +91,12 @@ void xgroup_command() {
     if (skip_blanks_peek() != ';') error_end("Must use =, > or <");
     return groups_from_blocks();
   }
-  group_table table = table_of<character_store>("character", "xgroup", matrix.nchar);
-  table.label = character_label;
-  table.active = [](int c) { return matrix.characters[at(c)].active != 0; };
-  table.selector = select_characters;
-  table.zaps = true;
-  define_groups(table);
+  group_kind kind = kind_of<character_store>("character", "xgroup", matrix.nchar);
+  kind.label = character_label;
+  kind.active = [](int c) { return matrix.characters[at(c)].active != 0; };
+  kind.selector = select_characters;
+  kind.zaps = true;
+  define_groups(kind);
 }
 
 }  // namespace zeb

@@ -144,7 +144,7 @@ TEST_F(consensus_test, counts_weighted_branches_and_grows_without_losing_any) {
         input.weights.back().push_back(random() % 4 != 0);
     }
     const arena_scope scope;
-    group_table table(input.ntax, taxa_left_out(selection_of(input, false)));
+    group_tally table(input.ntax, taxa_left_out(selection_of(input, false)));
     for (std::size_t i = 0; i < input.trees.size(); ++i)
       ASSERT_TRUE(table.count_tree_groups(input.trees[i], input.weights[i], true));
     group_counts counts;

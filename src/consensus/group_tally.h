@@ -25,9 +25,9 @@ struct group_record {
 };
 
 /// The sets lie in the arena: make a table inside an arena_scope, and drop it with that.
-class group_table {
+class group_tally {
  public:
-  group_table(int ntax, std::span<const std::uint8_t> excluded);
+  group_tally(int ntax, std::span<const std::uint8_t> excluded);
 
   /// Adds one tree: each of its groups of 2 to (taxa in play - 1) taxa gets its node's weight (0 or
   /// 1; `weights` by node, empty: all 1), at most once a tree. New groups are entered if `may_add`;

@@ -1,13 +1,18 @@
-#include "consensus/group_table.h"
+#include "consensus/group_tally.h"
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 
 #include "base/arena.h"
 #include "base/indices.h"
+#include "base/process.h"
+#include "console/output.h"
 
 namespace zeb {
 namespace {
+
+constexpr std::size_t polling_interval = 1024;  // groups
 
 int count_in_play(int ntax, std::span<const std::uint8_t> excluded) {
   return ntax - static_cast<int>(std::count_if(excluded.begin(), excluded.end(),
@@ -16,21 +21,21 @@ int count_in_play(int ntax, std::span<const std::uint8_t> excluded) {
 
 }  // namespace
 
-group_table::group_table(int ntax, std::span<const std::uint8_t> excluded)
+group_tally::group_tally(int ntax, std::span<const std::uint8_t> excluded)
     : sets_(ntax, excluded),
       taxa_in_play_(count_in_play(ntax, excluded)),
       index_(1024, -1),
       record_of_node_(at(2 * ntax), -1) {}
 
 /// Room for the groups of one more tree.
-bool group_table::grow() {
+bool group_tally::grow() {
   const std::size_t words = checked_product(at(sets_.ntax()), sets_.words());
   if (checked_product(words, sizeof(set_word)) + 64 > arena_free()) return false;
   free_rows_ = alloc_low<set_word>(words);
   return true;
 }
 
-int group_table::find(int node) const {
+int group_tally::find(int node) const {
   const set_word check = sets_.check(node);
   const std::size_t mask = index_.size() - 1;
   for (std::size_t slot = check & mask;; slot = (slot + 1) & mask) {
@@ -43,7 +48,7 @@ int group_table::find(int node) const {
   }
 }
 
-void group_table::index_record(int number) {
+void group_tally::index_record(int number) {
   const std::size_t mask = index_.size() - 1;
   std::size_t slot = records_[at(number)].check & mask;
   while (index_[slot] >= 0) slot = (slot + 1) & mask;
@@ -51,7 +56,7 @@ void group_table::index_record(int number) {
 }
 
 /// New record for the group of a node; -1 without room.
-int group_table::enter(int node) {
+int group_tally::enter(int node) {
   if (free_rows_.size() < sets_.words() && !grow()) return -1;
   set_word* words = free_rows_.data();
   free_rows_ = free_rows_.subspan(sets_.words());
@@ -70,7 +75,7 @@ int group_table::enter(int node) {
   return number;
 }
 
-bool group_table::count_tree_groups(const_tree_span tree, std::span<const std::uint8_t> weights,
+bool group_tally::count_tree_groups(const_tree_span tree, std::span<const std::uint8_t> weights,
                                     bool may_add) {
   sets_.build(tree);
   ++trees_counted_;
@@ -95,6 +100,60 @@ bool group_table::count_tree_groups(const_tree_span tree, std::span<const std::u
     ++groups_found_;
   }
   return true;
+}
+
+bool groups_conflict(const group_record& a, const group_record& b) {
+  bool only_a = a.first_word < b.first_word || a.last_word > b.last_word;
+  bool only_b = b.first_word < a.first_word || b.last_word > a.last_word;
+  bool both = false;
+  const int end = std::min(a.last_word, b.last_word);
+  for (int w = std::max(a.first_word, b.first_word); w <= end; ++w) {
+    const set_word x = a.words[w];
+    const set_word y = b.words[w];
+    both = both || (x & y) != 0;
+    only_a = only_a || (x & ~y) != 0;
+    only_b = only_b || (y & ~x) != 0;
+    if (both && only_a && only_b) return true;
+  }
+  return false;
+}
+
+// For each group only the most frequent contradiction matters. So the others are tried from the
+// most frequent down, beginning with the first whose count and the group's don't sum to more than
+// the trees, and the first that conflicts ends the search.
+std::vector<int> group_tally::largest_conflicts(int n_trees,
+                                                std::span<const int> of_records) const {
+  std::vector<int> by_count(records_.size());
+  std::iota(by_count.begin(), by_count.end(), 0);
+  std::stable_sort(by_count.begin(), by_count.end(),
+                   [&](int a, int b) { return records_[at(a)].count > records_[at(b)].count; });
+  std::vector<int> largest(of_records.size(), 0);
+  for (std::size_t i = 0; i < of_records.size(); ++i) {
+    if (i % polling_interval == 0) {
+      show_progress("Comparing groups", static_cast<double>(i),
+                    static_cast<double>(of_records.size()));
+      check_interrupt(1);
+    }
+    const group_record& group = records_[at(of_records[i])];
+    const int most = n_trees - group.count;
+    auto other = std::partition_point(by_count.begin(), by_count.end(), [&](int number) {
+      return records_[at(number)].count > most;
+    });
+    for (; other != by_count.end() && records_[at(*other)].count > 0; ++other)
+      if (groups_conflict(group, records_[at(*other)])) {
+        largest[i] = records_[at(*other)].count;
+        break;
+      }
+  }
+  clear_progress();
+  return largest;
+}
+
+void group_tally::compare_groups(int n_trees) {
+  std::vector<int> all(records_.size());
+  std::iota(all.begin(), all.end(), 0);
+  const std::vector<int> largest = largest_conflicts(n_trees, all);
+  for (std::size_t i = 0; i < records_.size(); ++i) records_[i].count -= largest[i];
 }
 
 }  // namespace zeb
