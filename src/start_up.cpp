@@ -7,7 +7,7 @@
 #include "functions/function_table.h"
 #include "language/data_memory.h"
 #include "language/interpreter.h"
-#include "macro/commands.h"
+#include "macro/registration.h"
 #include "matrix/list_kinds.h"
 #include "matrix/matrix.h"
 #include "search/registration.h"
@@ -26,7 +26,7 @@ data_description describe_data() {
 
 void register_everything() {
   set_command_table(all_commands());
-  register_macros();
+  register_macro();
   register_functions();
   register_formats();
   register_matrix();

@@ -10,7 +10,6 @@
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/scaling.h"

@@ -11,10 +11,10 @@
 #include "functions/function_table.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
+#include "macro/script_text.h"
 
 namespace zeb {
 namespace {
@@ -78,7 +78,7 @@ text_end read_text_end() {
   for (int c = read_raw_char();; c = read_raw_char()) {
     const bool inside = raw.starts_with('(') && !raw.ends_with(')');
     if (!inside && (c < 33 || c == ';')) {
-      macro_unread_char();
+      unread_raw_char();
       break;
     }
     raw += static_cast<char>(c);

@@ -8,7 +8,6 @@
 
 #include "base/errors.h"
 #include "console/output.h"
-#include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "language/help.h"
 #include "macro/macro_state.h"

@@ -11,9 +11,9 @@
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 #include "macro/variable_reference.h"
 #include "trees/tree_store.h"
 

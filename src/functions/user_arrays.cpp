@@ -15,6 +15,7 @@
 #include "language/lexer.h"
 #include "macro/array_operations.h"
 #include "macro/commands.h"
+#include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/variable_reference.h"
 #include "trees/drawing/tables.h"

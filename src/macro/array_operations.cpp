@@ -11,10 +11,10 @@
 #include "base/errors.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/scaling.h"
+#include "macro/script_text.h"
 
 namespace zeb {
 
@@ -202,9 +202,9 @@ whole_array read_array_name() {
   if (!std::isalpha(skip_blanks_peek()))
     error_end("Arrays must be specified with names, not numbers");
   whole_array array;
-  const double value = macro_value();
-  if (!last_value.named) error_end("Arrays must be specified with names, not numbers");
-  array.number = static_cast<int>(value);
+  const read_number read = macro_number();
+  if (!read.named) error_end("Arrays must be specified with names, not numbers");
+  array.number = static_cast<int>(read.value);
   array.name = variable_name(array.number);
   array.sizes = variable_dimensions(array.number);
   array.first = first_data_cell(array.number);

@@ -30,11 +30,4 @@ void chkbreak_command();
 void progress_command();
 void hifile_command();
 
-/// Start-up: what the other rooms ask of the language. Called once.
-void register_macros();
-
-/// Ends the command with its name and "legal only when macros are enabled" while the language is
-/// off.
-void require_macros();
-
 }  // namespace zeb

@@ -12,6 +12,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/commands.h"
+#include "macro/macro_language.h"
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
 

@@ -6,10 +6,13 @@
 
 namespace zeb {
 
+/// Error for a label that is too long.
+void check_label(const std::string& label);
+
 /// Blank-delimited words up to ";", with the limits of run-file arguments.
 std::vector<std::string> read_file_arguments(const std::string& file);
 
-/// Reads on in `file` behind its command `label` of that name (case ignored). The file is opened on
+/// Reads on in `file` after its command `label` of that name (case ignored). The file is opened on
 /// the input stack, or rewound if it is the one being read. Without such a label the command ends
 /// with an error.
 void jump_to_label(const std::string& file, const std::string& label,

@@ -9,22 +9,19 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "macro/block_text.h"
 #include "macro/commands.h"
-#include "macro/flow.h"
-#include "macro/macro_reader.h"
+#include "macro/loops.h"
+#include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 
 namespace zeb {
 
 namespace {
 
 constexpr const char* usage = "Usage: loop (from)[+increase] (to) ... action(s)... stop\n";
-
-void check_depth(int level) {
-  if (level >= macros.max_loops)
-    error_end("Maximum nesting for loops is", macros.max_loops, "loops");
-}
 
 std::int64_t loop_bound(const char* what) {
   double value = 0;
@@ -48,79 +45,17 @@ const char* read_loop_name() {
   return copy;
 }
 
-// Does the captured text end in `word`, with a non-letter before it?
-bool ends_in(const std::string& text, std::string_view word) {
-  if (text.size() < word.size()) return false;
-  const std::size_t at = text.size() - word.size();
-  for (std::size_t i = 0; i < word.size(); ++i) {
-    if (std::tolower(static_cast<unsigned char>(text[at + i])) != word[i]) return false;
-  }
-  return at == 0 || !std::isalpha(static_cast<unsigned char>(text[at - 1]));
-}
-
-bool opens_block(const std::string& text) {
-  for (const char* word : {"loop", "sprit", "tbrit", "forfiles", "bandb"}) {
-    if (ends_in(text, word)) return true;
-  }
-  return false;
-}
-
 // A loop of the calling file can't be left from here.
 void require_loop() {
   if (macros.level <= macros.frames.back().loop_base)
     error_end(command.command_name, "valid only within loops");
 }
 
-[[noreturn]] void no_stop() { error_end("Found end-of-file:", "expecting \"stop\""); }
-
 }  // namespace
-
-void capture_loop_text(loop_record& loop) {
-  std::string text;
-  int depth = 1;
-  const auto room = static_cast<std::size_t>(macros.heap_end - macros.heap_top);
-  bool blank = false;
-  for (;;) {
-    if (loop_text_ended()) no_stop();
-    const int c = read_raw_char();
-    if (c < 33) {
-      // Newlines stay, so that messages can count the lines of the text.
-      if (c == '\n') {
-        if (blank && !text.empty() && text.back() == ' ') text.pop_back();
-        text += '\n';
-      } else if (!blank) {
-        text += ' ';
-      }
-      blank = true;
-    } else {
-      blank = false;
-      text += static_cast<char>(c);
-    }
-    if (text.size() + 2 > room) error_end("Not enough RAM available to continue macros...");
-    // A body doesn't go on behind the end of its file.
-    if (c < 33 && macros.level <= macros.frames.back().loop_base && input_ended()) no_stop();
-    // A word counts once it can't go on: look at what follows before counting.
-    const int lower = std::tolower(c);
-    if (lower != 'p' && lower != 't' && lower != 's' && lower != 'b') continue;
-    if (std::isalpha(peek_raw_char())) continue;
-    if (opens_block(text)) {
-      ++depth;
-      check_depth(macros.level + depth);
-    } else if (ends_in(text, "stop")) {
-      if (--depth == 0) break;
-    }
-  }
-  text.resize(text.size() - 4);
-  text += ';';
-  char* copy = take_heap(text.size() + 1);
-  std::memcpy(copy, text.c_str(), text.size() + 1);
-  loop.text = copy;
-  loop.text_end = copy + text.size();
-}
 
 void loop_command() {
   require_macros();
-  check_depth(macros.level + 1);
+  check_loop_depth(macros.level + 1);
   char* const heap_at_entry = macros.heap_top;
   loop_record loop{};
   loop.saved_top = heap_at_entry;

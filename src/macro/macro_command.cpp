@@ -10,9 +10,10 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/commands.h"
-#include "macro/macro_reader.h"
+#include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 
 namespace zeb {
 
@@ -83,10 +84,6 @@ void set_memory() {
 }
 
 }  // namespace
-
-void require_macros() {
-  if (!settings.macros) error_end(command.command_name, "legal only when macros are enabled");
-}
 
 void macro_command() {
   no_timing();

@@ -7,11 +7,8 @@
 #include <cstring>
 
 #include "base/errors.h"
-#include "base/process.h"
 #include "console/output.h"
 #include "language/input.h"
-#include "macro/macro_reader.h"
-#include "macro/script_files.h"
 
 namespace zeb {
 
@@ -52,7 +49,7 @@ std::string sizes_text(std::span<const int> sizes) {
 
 int var_shift() { return macros.frames.back().shift; }
 
-void start_macros() {
+void allocate_macro_tables() {
   macros.memory_bytes = std::max(macros.memory_bytes, least_memory());
   const auto vars = static_cast<std::size_t>(macros.max_variables);
   const auto loops = static_cast<std::size_t>(macros.max_loops);
@@ -86,15 +83,9 @@ void start_macros() {
   macros.table_array = -1;
   macros.frames.assign(static_cast<std::size_t>(input.top) + 1, macro_frame{});
   for (macro_frame& frame : macros.frames) frame.heap_top = macros.heap_top;
-  settings.macros = true;
-  connect_macro_reader();
 }
 
-void stop_macros() {
-  if (macros.level >= 0) error_end("Can't disconnect macros from within a loop!");
-  disconnect_macro_reader();
-  close_script_files();
-  settings.macros = false;
+void free_macro_tables() {
   std::free(macros.block);
   macros.block = nullptr;
   macros.heap_bottom = macros.heap_top = macros.heap_end = nullptr;
@@ -282,9 +273,7 @@ void name_variable(int number, std::string_view name, std::span<const int> sizes
   lay_out_array(number, sizes);
 }
 
-void dename_from(int number) {
-  if (macros.level >= 0) error_end("Can't dename variables from within a loop");
-  if (number < var_shift()) error_end("Cannot dename a variable from a previous file");
+char* remove_names(int number) {
   char* top = macros.heap_top;
   while (macros.named_count > 0 && macros.named[macros.named_count - 1] >= number) {
     const int last = macros.named[--macros.named_count];
@@ -292,6 +281,13 @@ void dename_from(int number) {
     macros.names[last] = nullptr;
     if (macros.dimension_count) macros.dimension_count[last] = 0;
   }
+  return top;
+}
+
+void dename_from(int number) {
+  if (macros.level >= 0) error_end("Can't dename variables from within a loop");
+  if (number < var_shift()) error_end("Cannot dename a variable from a previous file");
+  char* top = remove_names(number);
   // Names are taken from the heap in the order of naming, not of numbers: give back only what lies
   // above every name that stays.
   for (int i = 0; i < macros.named_count; ++i) {

@@ -94,9 +94,9 @@ struct macro_state {
 };
 extern macro_state macros;
 
-/// Starts and stops the language: block, tables, replaced readers. `stop` refuses inside a loop.
-void start_macros();
-void stop_macros();
+/// Takes and gives back the block with all tables; both leave the language without names and loops.
+void allocate_macro_tables();
+void free_macro_tables();
 /// "Macros: 1.2 Kb in use, 100.0 Kb free\n" without its newline.
 std::string macro_memory_text();
 std::size_t macro_memory_used();
@@ -136,6 +136,9 @@ void lay_out_array(int number, std::span<const int> sizes);
 int next_free_variable();
 /// Gives the name and dimensions to a variable. All checks of names and space are made here.
 void name_variable(int number, std::string_view name, std::span<const int> sizes);
+/// Takes the names of the variables at or above `number` off the list of names, and nothing off the
+/// heap. Returns the lowest of them in the heap, or the heap's top.
+char* remove_names(int number);
 /// Removes the names of the variables at or above `number` (only of the current file).
 void dename_from(int number);
 int var_shift();

@@ -11,12 +11,10 @@
 #include "base/errors.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
+#include "macro/script_text.h"
 
 namespace zeb {
-
-value_source last_value;
 
 namespace {
 
@@ -24,7 +22,11 @@ constexpr std::size_t longest_token = 500;
 constexpr int deepest_nesting = 1000;  // the machine's stack holds many more
 word_resolver resolve_function = nullptr;
 word_resolver resolve_name = nullptr;
-int nesting = 0;
+// How deep what is being read lies within something else.
+struct nesting_state {
+  int depth = 0;
+};
+nesting_state nesting;
 
 constexpr std::array<bool, 256> make_token_ends() {
   std::array<bool, 256> ends{};
@@ -88,9 +90,9 @@ bool put_back(const char* from, std::size_t length) {
 }
 
 // The value reader. Returns false only in tolerant reading, with nothing but blanks consumed.
-bool read_operand(double* value, reading mode) {
+bool read_operand(read_number* result, reading mode) {
   const nesting_guard guard;
-  last_value = {};
+  *result = {};
   int c = skip_blanks_peek();
   double sign = 1;
   if (c == '-') {
@@ -110,21 +112,19 @@ bool read_operand(double* value, reading mode) {
   }
   if (c == ';') {
     if (mode == reading::tolerant) return false;
-    *value = -1;
+    result->value = -1;
     return true;
   }
   if (c == '(') {
     read_char();
-    *value = sign * evaluate(expression_end::parenthesis);
-    last_value = {};
-    last_value.parenthesised = true;
+    result->value = sign * evaluate(expression_end::parenthesis);
+    result->parenthesised = true;
     return true;
   }
   if (c == '{') {
     if (mode == reading::tolerant) return false;
     read_char();
-    *value = sign * read_bit_set();
-    last_value = {};
+    result->value = sign * read_bit_set();
     return true;
   }
   if (!std::isalnum(c) && c != '_') {
@@ -137,20 +137,18 @@ bool read_operand(double* value, reading mode) {
     double number = 0;
     const auto read = std::from_chars(token.data(), token.data() + token.size(), number);
     if (read.ec == std::errc::result_out_of_range) number = std::strtod(token.c_str(), nullptr);
-    *value = sign * number;
+    result->value = sign * number;
     return true;
   }
   const int variable = find_variable(token);
   if (variable >= 0) {
-    *value = sign * variable;
-    last_value.named = true;
+    result->value = sign * variable;
+    result->named = true;
     return true;
   }
-  const value_source source = last_value;
-  if ((resolve_function && resolve_function(token, value)) ||
-      (macros.names_as_numbers && resolve_name && resolve_name(token, value))) {
-    *value *= sign;
-    last_value = source;
+  if ((resolve_function && resolve_function(token, &result->value)) ||
+      (macros.names_as_numbers && resolve_name && resolve_name(token, &result->value))) {
+    result->value *= sign;
     return true;
   }
   if (mode == reading::tolerant && sign > 0 && put_back(from, token.size())) return false;
@@ -258,9 +256,8 @@ double read_evaluated_operand(std::string* echo) {
     if (echo) *echo += "-";
     return -read_evaluated_operand(echo);
   }
-  double value = 0;
   if (skip_blanks_peek() == ';') error_end("Found unexpected ';'");
-  read_operand(&value, reading::strict);
+  const double value = macro_value();
   if (echo) *echo += value_text(value);
   return value;
 }
@@ -268,26 +265,30 @@ double read_evaluated_operand(std::string* echo) {
 }  // namespace
 
 nesting_guard::nesting_guard() {
-  if (++nesting <= deepest_nesting) return;
-  nesting = 0;
+  if (++nesting.depth <= deepest_nesting) return;
+  nesting.depth = 0;
   error_end("Expression is nested too deep");
 }
 
 nesting_guard::~nesting_guard() {
-  if (nesting > 0) --nesting;
+  if (nesting.depth > 0) --nesting.depth;
 }
 
 bool macro_read_value(double* value, bool* parenthesised) {
-  if (!read_operand(value, reading::tolerant)) return false;
-  if (parenthesised) *parenthesised = last_value.parenthesised;
+  read_number number;
+  if (!read_operand(&number, reading::tolerant)) return false;
+  *value = number.value;
+  if (parenthesised) *parenthesised = number.parenthesised;
   return true;
 }
 
-double macro_value() {
-  double value = 0;
-  read_operand(&value, reading::strict);
-  return value;
+read_number macro_number() {
+  read_number number;
+  read_operand(&number, reading::strict);
+  return number;
 }
+
+double macro_value() { return macro_number().value; }
 
 bool macro_list_word(std::string_view word, bool names_element, double* value) {
   const int variable = find_variable(word);
@@ -353,8 +354,6 @@ double evaluate(expression_end end, std::string* echo) {
     accumulator = 0;
     op = '+';
   }
-  last_value = {};
-  last_value.parenthesised = end != expression_end::semicolon;
   return accumulator;
 }
 

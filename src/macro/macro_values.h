@@ -7,12 +7,12 @@
 
 namespace zeb {
 
-/// What the last value was read from.
-struct value_source {
+/// A value with what it was read from.
+struct read_number {
+  double value = 0;
   bool named = false;          // a variable name: the value is the variable's number
   bool parenthesised = false;  // an expression: a fraction may be dropped
 };
-extern value_source last_value;
 
 /// Counts what is read within something else (expressions, operands, expansions) for its lifetime;
 /// ends the command where that goes too deep for the machine's stack.
@@ -30,6 +30,7 @@ bool macro_read_value(double* value, bool* parenthesised);
 /// The same, with its errors: an unknown word is "Unrecognized variable:". -1 (nothing consumed)
 /// before ";".
 double macro_value();
+read_number macro_number();
 
 /// The number that a word in a list of elements stands for: a variable's, or a function's value
 /// unless the word is an element's whole name.

@@ -10,9 +10,10 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/commands.h"
-#include "macro/macro_reader.h"
+#include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 
 namespace zeb {
 

@@ -1,9 +1,10 @@
+#include "macro/registration.h"
+
 #include "base/process.h"
-#include "macro/commands.h"
 #include "macro/macro_state.h"
 
 namespace zeb {
 
-void register_macros() { macros.clock_start = wall_clock(); }
+void register_macro() { macros.clock_start = wall_clock(); }
 
 }  // namespace zeb

@@ -1,23 +1,63 @@
 // `set`: assignment, strings, and the forms that work on whole arrays (see array_operations.h).
+#include <cctype>
+#include <cmath>
+#include <cstring>
+#include <string>
+
 #include "base/errors.h"
 #include "base/process.h"
 #include "console/output.h"
+#include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/array_operations.h"
 #include "macro/commands.h"
-#include "macro/macro_reader.h"
+#include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
-#include "macro/stored_text.h"
+#include "macro/script_text.h"
 #include "macro/variable_reference.h"
-
-#include <cmath>
-#include <cstring>
 
 namespace zeb {
 
 namespace {
+
+// The text of `set x $...;`, up to ";" (consumed): blank runs shrink to one blank, "&N" is the
+// character of code N,
+// ".," a semicolon. Variables in single or double quotes stay as they are written, to be expanded
+// when the string is used.
+std::string read_stored_text() {
+  const reading_flag quotes(&macro_reading::no_quotes);
+  // A "$" at the head opened the text; further ones convert as usual.
+  const reading_flag strings(&macro_reading::no_strings, false);
+  const literal_commas commas;
+
+  std::string text;
+  bool blank = false;
+  const std::size_t room = static_cast<std::size_t>(macros.max_variables) * 8;
+  for (;;) {
+    int c = read_char();
+    if (c == ';') break;
+    if (c < 33) {
+      if (!blank) text += ' ';
+      blank = true;
+      if (input_ended() && input.top == 0) break;
+      continue;
+    }
+    blank = false;
+    if (c == '.' && peek_raw_char() == ',') {
+      read_raw_char();
+      c = ';';
+    } else if (c == '&' && std::isdigit(peek_raw_char())) {
+      int code = 0;
+      while (std::isdigit(peek_raw_char()))
+        code = code < 1000 ? code * 10 + (read_raw_char() - '0') : read_raw_char();
+      c = code & 255;
+    }
+    if (text.size() < room) text += static_cast<char>(c);
+  }
+  return text;
+}
 
 void store_string(const variable_reference& target) {
   const int cell = section_start(target);
@@ -107,7 +147,7 @@ void assign(const variable_reference& target, assignment op) {
   }
 }
 
-// The operator behind the reference. Returns false where the assignment is already done.
+// The operator after the reference. Returns false where the assignment is already done.
 bool read_operator(const variable_reference& target, assignment* op) {
   *op = assignment::plain;
   const int c = skip_blanks_peek();
@@ -129,7 +169,7 @@ bool read_operator(const variable_reference& target, assignment* op) {
     }
     if (c == '+' && next != '=') error_end("Invalid syntax in set command");
     if (next == ';') error_end("Set requires a value or expression");
-    // Behind "-", one character is taken whatever it is: "- 3" and "-=3" subtract 3, "-35"
+    // After "-", one character is taken whatever it is: "- 3" and "-=3" subtract 3, "-35"
     // subtracts 5, and "-3" leaves nothing to subtract.
     read_char();
     *op = c == '+' ? assignment::add : assignment::subtract;

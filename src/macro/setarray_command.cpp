@@ -8,9 +8,10 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/commands.h"
-#include "macro/macro_reader.h"
+#include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 #include "macro/variable_reference.h"
 
 namespace zeb {

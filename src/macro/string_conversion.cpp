@@ -11,9 +11,9 @@
 #include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 #include "macro/variable_reference.h"
 
 namespace zeb {
@@ -154,7 +154,7 @@ std::string read_letters() {
   for (; std::isalnum(c) || c == '_'; c = read_raw_char()) {
     if (word.size() <= longest_variable_name) word += static_cast<char>(c);
   }
-  macro_unread_char();
+  unread_raw_char();
   return word;
 }
 

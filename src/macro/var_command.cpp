@@ -12,9 +12,10 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/commands.h"
-#include "macro/macro_reader.h"
+#include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 #include "macro/variable_graph.h"
 #include "macro/variable_reference.h"
 
@@ -161,7 +162,7 @@ std::string read_variable_name() {
   for (; std::isalnum(c) || c == '_'; c = read_raw_char()) {
     if (name.size() <= longest_variable_name) name += static_cast<char>(c);
   }
-  macro_unread_char();
+  unread_raw_char();
   return name;
 }
 
@@ -234,8 +235,8 @@ void dename() {
     dename_from(var_shift());
     return;
   }
-  const double value = macro_value();
-  const double number = last_value.named ? value : value + var_shift();
+  const read_number read = macro_number();
+  const double number = read.named ? read.value : read.value + var_shift();
   if (!(number >= 0)) error_end("No variable number", value_text(number));
   // Variables above N go, N itself stays.
   if (number < macros.max_variables) dename_from(static_cast<int>(number) + 1);

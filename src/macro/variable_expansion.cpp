@@ -7,9 +7,9 @@
 #include "base/errors.h"
 #include "console/output.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 #include "macro/variable_reference.h"
 
 namespace zeb {
@@ -31,7 +31,7 @@ int read_small_number() {
   int value = 0;
   int c = read_raw_char();
   for (; std::isdigit(c); c = read_raw_char()) value = value < 300 ? value * 10 + (c - '0') : value;
-  macro_unread_char();
+  unread_raw_char();
   return value > 300 ? 300 : value;
 }
 

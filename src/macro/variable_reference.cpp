@@ -5,8 +5,8 @@
 
 #include "base/errors.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 
 namespace zeb {
 
@@ -55,11 +55,10 @@ int section_start(const variable_reference& reference) {
 }
 
 int read_variable_number(bool* named) {
-  const double value = macro_value();
-  const bool name = last_value.named;
-  if (named) *named = name;
-  const double number = name ? value : value + var_shift();
-  if (value < 0) error_end("No variable number", value_text(value));
+  const read_number read = macro_number();
+  if (named) *named = read.named;
+  const double number = read.named ? read.value : read.value + var_shift();
+  if (read.value < 0) error_end("No variable number", value_text(read.value));
   check_variable(number);
   return static_cast<int>(number);
 }

@@ -10,7 +10,7 @@
 #include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
+#include "macro/script_text.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/block_format.h"
 #include "matrix/reading/cell_reader.h"

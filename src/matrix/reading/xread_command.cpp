@@ -13,7 +13,7 @@
 #include "language/lexer.h"
 #include "language/list_kinds.h"
 #include "language/lists.h"
-#include "macro/macro_reader.h"
+#include "macro/script_text.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
 #include "matrix/random_data.h"

@@ -7,7 +7,7 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
-#include "macro/macro_reader.h"
+#include "macro/script_text.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
 #include "trees/notation/tread.h"

@@ -1,14 +1,14 @@
-#include "macro/loop_levels.h"
+#include "macro/loops.h"
 
 #include <algorithm>
 #include <cstring>
 #include <vector>
 
+#include "base/errors.h"
 #include "base/process.h"
+#include "console/output.h"
 #include "language/input.h"
-#include "macro/macro_reader.h"
 #include "macro/macro_state.h"
-#include "macro/script_files.h"
 
 namespace zeb {
 
@@ -33,6 +33,11 @@ void move_names_down(char* top) {
 
 }  // namespace
 
+void check_loop_depth(int level) {
+  if (level >= macros.max_loops)
+    error_end("Maximum nesting for loops is", macros.max_loops, "loops");
+}
+
 void leave_loop() {
   const loop_record& loop = macros.loops[macros.level];
   const bool named_within = macros.heap_top != loop.text_end + 1;
@@ -48,28 +53,24 @@ void leave_loops_above(int level) {
   while (macros.level > level) leave_loop();
 }
 
-bool reset_macro_flow() {
-  if (!settings.macros) return false;
-  macros.assign_target = -1;
-  reset_macro_reader();
-  close_script_files();
-  const bool behind_loop = macros.level > macros.frames.back().loop_base;
-  for (std::size_t f = 0; f < macros.frames.size(); ++f) {
-    macro_frame& frame = macros.frames[f];
-    frame.pending_text.clear();
-    const bool top = f + 1 == macros.frames.size();
-    const int innermost = top ? macros.level : macros.frames[f + 1].loop_base;
-    if (innermost > frame.loop_base) {
-      char*& position = top ? input.read_position : input.frames[f + 1]->saved_position;
-      position = const_cast<char*>(macros.loops[frame.loop_base + 1].resume);
-    }
+void advance_loop() {
+  loop_record& loop = macros.loops[macros.level];
+  loop.current += loop.step;
+  const bool within = loop.step == 0  ? false
+                      : loop.step > 0 ? loop.current <= loop.end
+                                      : loop.current >= loop.end;
+  if (within && loop.current >= 0) {
+    if (macros.report)
+      emitf("Loop %i ---> %i", macros.level - macros.frames.back().loop_base,
+            static_cast<int>(loop.current));
+    input.read_position = const_cast<char*>(loop.text);
+    // Rounds that neither print nor search would leave the user without a way to stop them.
+    if (++macros.rounds % 128 == 0 && (settings.break_polling || process.background))
+      check_interrupt(1);
+    return;
   }
-  leave_loops_above(-1);
-  for (macro_frame& frame : macros.frames) {
-    frame.loop_base = -1;
-    frame.heap_top = std::min(frame.heap_top, macros.heap_top);
-  }
-  return behind_loop;
+  input.read_position = const_cast<char*>(loop.resume);
+  leave_loop();
 }
 
 }  // namespace zeb

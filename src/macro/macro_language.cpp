@@ -1,0 +1,161 @@
+#include "macro/macro_language.h"
+
+#include <algorithm>
+#include <string>
+
+#include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/lists.h"
+#include "macro/jumps.h"
+#include "macro/loops.h"
+#include "macro/macro_reader.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "macro/script_files.h"
+#include "macro/script_text.h"
+
+namespace zeb {
+
+namespace {
+
+// ---- inputs that begin and end ----
+
+void frame_pushed() {
+  macro_frame frame;
+  const macro_frame& caller = macros.frames.back();
+  frame.shift = std::max(caller.shift, next_free_variable()) + caller.private_count;
+  if (frame.shift > macros.max_variables) frame.shift = macros.max_variables;
+  frame.loop_base = macros.level;
+  frame.named_count = macros.named_count;
+  frame.heap_top = macros.heap_top;
+  macros.frames.push_back(frame);
+}
+
+// What was being read when a file was called is kept apart, since the file's own expansions use the
+// same buffer.
+void frame_about_to_be_pushed() { macros.frames.back().pending_text = take_expansion(); }
+
+void frame_popped() {
+  if (macros.frames.size() < 2) return;
+  const macro_frame frame = macros.frames.back();
+  macros.frames.pop_back();
+  // Loops of the file end with it, then its names, unless `return =` keeps them.
+  leave_loops_above(frame.loop_base);
+  if (!frame.keep_names) {
+    remove_names(frame.shift);
+    if (macros.named_count <= frame.named_count) macros.heap_top = frame.heap_top;
+  }
+  macro_frame& caller = macros.frames.back();
+  forget_expansion();
+  if (!caller.pending_text.empty()) {
+    const std::string pending = caller.pending_text;
+    caller.pending_text.clear();
+    insert_text(pending);
+  }
+}
+
+// ---- errors ----
+
+// After an error or interrupt: closes the files of `hifile`, forgets pending expansions, and ends
+// all loops. What was being read within a loop goes on after it, in the files that are open still.
+// True if the reader now stands after a loop.
+bool reset_macro_flow() {
+  if (!settings.macros) return false;
+  macros.assign_target = -1;
+  reset_script_text();
+  close_script_files();
+  const bool after_loop = macros.level > macros.frames.back().loop_base;
+  for (std::size_t f = 0; f < macros.frames.size(); ++f) {
+    macro_frame& frame = macros.frames[f];
+    frame.pending_text.clear();
+    const bool top = f + 1 == macros.frames.size();
+    const int innermost = top ? macros.level : macros.frames[f + 1].loop_base;
+    if (innermost > frame.loop_base) {
+      char*& position = top ? input.read_position : input.frames[f + 1]->saved_position;
+      position = const_cast<char*>(macros.loops[frame.loop_base + 1].resume);
+    }
+  }
+  leave_loops_above(-1);
+  for (macro_frame& frame : macros.frames) {
+    frame.loop_base = -1;
+    frame.heap_top = std::min(frame.heap_top, macros.heap_top);
+  }
+  return after_loop;
+}
+
+// "At line 3 of loop 1 (value: 7)", or empty outside loops.
+std::string loop_place() {
+  if (macros.level < 0) return {};
+  const loop_record& loop = macros.loops[macros.level];
+  const char* position = outer_position();
+  if (position < loop.text || position > loop.text_end) return {};
+  const auto line = std::count(loop.text, position, '\n') + 1;
+  return text_of("At line %i of loop %i (value: %i)", static_cast<int>(line),
+                 macros.level - macros.frames.back().loop_base, static_cast<int>(loop.current));
+}
+
+// Shows where the script stood when an error ended it: the line of the loop or of the file, the
+// text there and a caret.
+void show_script_place() {
+  const std::string loop = loop_place();
+  if (!loop.empty()) report_line(loop);
+  const input_frame& frame = top_frame();
+  if (frame.stream && !frame.is_terminal && input.top > 0) {
+    report_line("Error reading line", frame.line_number + 1, "of", frame.name);
+  }
+  if (loop.empty()) {
+    show_text_place(start_of_shown_text(frame), outer_position());
+  } else {
+    show_text_place(macros.loops[macros.level].text, outer_position());
+  }
+}
+
+void connect() {
+  read_char = macro_read_char;
+  unread_char = unread_raw_char;
+  read_value = macro_read_value;
+  list_words.number_of = macro_list_word;
+  macro_hooks.frame_about_to_be_pushed = frame_about_to_be_pushed;
+  macro_hooks.frame_pushed = frame_pushed;
+  macro_hooks.frame_popped = frame_popped;
+  macro_hooks.command_failed = reset_macro_flow;
+  macro_hooks.show_error_place = show_script_place;
+  macro_hooks.loop_level = [] { return macros.level + 1; };
+  macro_hooks.run_pending_jump = run_error_target;
+  reset_script_text();
+}
+
+void disconnect() {
+  reset_script_text();
+  read_char = plain_read_char;
+  unread_char = plain_unread_char;
+  read_value = plain_read_value;
+  list_words.number_of = nullptr;
+  macro_hooks = {};
+}
+
+}  // namespace
+
+void start_macros() {
+  allocate_macro_tables();
+  settings.macros = true;
+  connect();
+}
+
+void stop_macros() {
+  if (macros.level >= 0) error_end("Can't disconnect macros from within a loop!");
+  disconnect();
+  close_script_files();
+  settings.macros = false;
+  free_macro_tables();
+}
+
+void require_macros() {
+  if (!settings.macros) error_end(command.command_name, "legal only when macros are enabled");
+}
+
+}  // namespace zeb
