@@ -1,16 +1,16 @@
 #!/usr/bin/env python3
 """Runs the script tests: what a user types, compared with what the program says.
 
-A case is tests/scripts/<topic>/<case>.run with <case>.expected beside it. Each case runs in a
-scratch directory of its own, in which it finds itself as `case.run`, the test data as the directory
-`data`, and whatever lies in the directory <case>.files. The program is called with
+A case is tests/scripts/<topic>/<case>.run with <case>.expected beside it; a topic is a room of src/. Each
+case runs in a scratch directory of its own, in which it finds itself as `case.run`, the test data as the
+directory `data`, and whatever lies in the directory <case>.files. The program is called with
 
     proc case.run, quit,
 
 or with the arguments in <case>.args (a shell-like line), and reads <case>.stdin, if there is one.
 Standard output and standard error are compared together with <case>.expected, and the exit status
 with the number in <case>.status (0 without that file). <case>.made names files that the program
-makes, one a line: their contents are compared too, behind the output. <case>.env holds lines
+makes, one a line: their contents are compared too, after the output. <case>.env holds lines
 NAME=value.
 
 Times, process numbers and paths are masked by the one list below. `--accept` rewrites the expected
