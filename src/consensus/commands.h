@@ -1,7 +1,10 @@
-// Handlers of the consensus commands.
+// Handlers and option tables of the consensus commands.
 #pragma once
 
 namespace zeb {
+
+struct option_table;
+extern const option_table qnelsen_options;
 
 void nelsen_command();
 void majority_command();

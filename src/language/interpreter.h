@@ -29,6 +29,7 @@ enum command_topic : std::uint32_t {
 };
 
 using command_handler = void (*)();
+struct option_table;
 
 /// One row of the command table. A null `handler` is a command that isn't built yet: running it is
 /// an error that says so.
@@ -37,7 +38,8 @@ struct command_row {
   command_handler handler;  // reads its own arguments from the input
   bool timed;               // `watch` reports its time
   std::uint32_t topics;
-  bool whole_word = false;  // no abbreviation runs it
+  bool whole_word = false;                // no abbreviation runs it
+  const option_table* options = nullptr;  // its keywords, where it has any
 };
 
 /// Hands the interpreter its table, whose order is the rule for abbreviations. Called once.

@@ -1,61 +1,234 @@
 #include "language/options.h"
 
+#include <cmath>
+
+#include "base/errors.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
 #include "language/name_matching.h"
 
 namespace zeb {
 namespace {
 
-int first_match(std::string_view word, std::span<const std::string_view> keywords) {
-  for (std::size_t i = 0; i < keywords.size(); ++i) {
-    if (is_prefix(word, keywords[i])) return static_cast<int>(i);
+template <class name_at>
+int first_match(std::string_view word, std::size_t count, const name_at& name) {
+  for (std::size_t i = 0; i < count; ++i) {
+    if (is_prefix(word, name(i))) return static_cast<int>(i);
   }
   return -1;
+}
+
+template <class name_at>
+int asked_match(std::string_view word, std::size_t count, const name_at& name) {
+  if (matching.match_mode != 1) return -1;
+  const std::string typed(word);  // the question may use the token's place
+  for (std::size_t i = 0; i < count; ++i) {
+    if (ask_match(typed, name(i), "option")) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+[[noreturn]] void refuse(std::string_view text, double value) {
+  if (text.find('%') == text.npos) error_end(text);
+  error_end_f(std::string(text).c_str(), static_cast<int>(value));
+}
+
+void check_range(const option_row& row, double value) {
+  if (value < row.range.lowest || std::isnan(value)) refuse(row.missing, value);
+  if (value <= row.range.highest) return;
+  if (row.tells_highest) {
+    error_end(row.missing, "- at most", static_cast<int>(row.range.highest));
+  }
+  refuse(row.too_high.empty() ? row.missing : row.too_high, value);
+}
+
+bool read_number(bool whole, double* value) {
+  if (!whole) return read_optional_float(value);
+  int read = 0;
+  if (!read_optional_int(&read)) return false;
+  *value = read;
+  return true;
+}
+
+void store(const option_row& row, void* settings, double value) {
+  if (row.member.set) row.member.set(settings, value);
+  if (row.twin.set) row.twin.set(settings, value);
+}
+
+void read_second(const option_row& row, void* settings) {
+  const second_number& second = row.second;
+  if (second.separator == 0) return;
+  const bool follows = second.separator == ' ' || accept_char(second.separator);
+  double value = 0;
+  if (follows && read_number(true, &value)) {
+    if (value < second.range.lowest || value > second.range.highest) error_end(second.missing);
+    second.member.set(settings, value);
+  } else if (second.needed || (follows && second.separator != ' ')) {
+    error_end(second.missing);
+  }
+}
+
+void read_numbers(const option_row& row, void* settings) {
+  const bool whole = row.kind == option_kind::number || row.kind == option_kind::optional_number;
+  const bool needed = row.kind == option_kind::number || row.kind == option_kind::real;
+  double value = row.without;
+  if (read_number(whole, &value)) {
+    check_range(row, value);
+  } else if (needed) {
+    refuse(row.missing, value);
+  } else if (row.keeps_without) {
+    return;
+  }
+  store(row, settings, value);
+  read_second(row, settings);
+}
+
+void read_words(const option_row& row, void* settings) {
+  std::string words;
+  skip_blanks_peek();
+  for (int c = read_char(); c != ';'; c = read_char()) words += static_cast<char>(c);
+  unread_char();
+  if (words.size() > row.longest_text) error_end(row.missing);
+  row.text_member(settings) = words;
+}
+
+void apply(const option_row& row, void* settings, bool negated) {
+  for (const option_row::fixed_value& fixed : row.also) {
+    if (fixed.member.set) fixed.member.set(settings, fixed.value);
+  }
+  if (negated) return store(row, settings, row.off);
+  switch (row.kind) {
+    case option_kind::toggle:
+    case option_kind::choice:
+      return store(row, settings, row.value);
+    case option_kind::number:
+    case option_kind::optional_number:
+    case option_kind::real:
+    case option_kind::optional_real:
+      return read_numbers(row, settings);
+    case option_kind::text:
+      return read_words(row, settings);
+    case option_kind::form:
+      return row.read_form(settings);
+  }
+}
+
+/// The number of "command N;".
+void read_bare_number(void* settings, const option_table& table) {
+  for (const option_row& row : table.rows) {
+    double value = 0;
+    if (!row.bare || !read_number(true, &value)) continue;
+    check_range(row, value);
+    store(row, settings, value);
+    return;
+  }
+}
+
+std::string number_text(double value) {
+  std::string text = std::to_string(value);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text;
+}
+
+/// The default in brackets; empty where the keyword isn't the default among several ways, or has
+/// none.
+std::string default_text(const option_row& row, const void* defaults) {
+  if (!row.member.get) return {};
+  const double value = row.member.get(defaults);
+  for (const option_row::fixed_value& fixed : row.also) {
+    if (fixed.member.get && fixed.member.get(defaults) != fixed.value) return {};
+  }
+  switch (row.kind) {
+    case option_kind::toggle:
+      return value != 0 ? " [on]" : " [off]";
+    case option_kind::choice:
+      return value == row.value ? " [default]" : "";
+    default:
+      if (row.negatable && value == row.off) return " [off]";
+      break;
+  }
+  std::string text = " [" + number_text(value);
+  if (row.second.member.get) {
+    text += row.second.separator + number_text(row.second.member.get(defaults));
+  }
+  return text + "]";
+}
+
+std::string argument_text(const option_row& row) {
+  if (!row.argument.empty()) return " " + std::string(row.argument);
+  switch (row.kind) {
+    case option_kind::number:
+      return " N";
+    case option_kind::optional_number:
+      return " [N]";
+    case option_kind::real:
+      return " X";
+    case option_kind::optional_real:
+      return " [X]";
+    case option_kind::text:
+      return " text";
+    default:
+      return {};
+  }
 }
 
 }  // namespace
 
-int find_option(std::string_view word, std::span<const std::string_view> keywords, bool* negated) {
+const option_row* find_option(std::string_view word, std::span<const option_row> rows,
+                              bool* negated) {
+  const auto keyword = [rows](std::size_t i) { return rows[i].keyword; };
   *negated = false;
-  int index = first_match(word, keywords);
-  if (index >= 0) return index;
-  if (word.size() > 2 && is_prefix("no", word)) {
-    index = first_match(word.substr(2), keywords);
+  int index = first_match(word, rows.size(), keyword);
+  if (index < 0 && word.size() > 2 && is_prefix("no", word)) {
+    index = first_match(word.substr(2), rows.size(), [rows](std::size_t i) {
+      return rows[i].negatable ? rows[i].keyword : std::string_view();
+    });
     *negated = index >= 0;
-    if (index >= 0) return index;
   }
-  if (matching.match_mode != 1) return -1;
-  for (std::size_t i = 0; i < keywords.size(); ++i) {
-    if (ask_match(word, keywords[i], "option")) return static_cast<int>(i);
-  }
-  return -1;
+  if (index < 0) index = asked_match(word, rows.size(), keyword);
+  return index < 0 ? nullptr : &rows[static_cast<std::size_t>(index)];
 }
 
-void refuse_option_number(bool too_large, long long value, std::string_view missing,
-                          const char* too_large_format) {
-  if (too_large && too_large_format) error_end_f(too_large_format, static_cast<int>(value));
-  error_end(missing);
+int find_keyword(std::string_view word, std::span<const std::string_view> keywords) {
+  const auto keyword = [keywords](std::size_t i) { return keywords[i]; };
+  const int index = first_match(word, keywords.size(), keyword);
+  return index >= 0 ? index : asked_match(word, keywords.size(), keyword);
 }
 
-int read_option_number(option_range range, std::string_view missing, const char* too_large_format) {
-  int value = -1;
-  if (!read_optional_int(&value) || value < range.lowest) {
-    refuse_option_number(false, value, missing, too_large_format);
-  }
-  if (value > range.highest) refuse_option_number(true, value, missing, too_large_format);
-  return value;
-}
-
-void unknown_option(const char* unknown_format) { error_end_f(unknown_format, lexer.token); }
-
-int read_option_word(std::span<const std::string_view> keywords, const char* unknown_format,
-                     bool* negated) {
+void read_option(void* settings, const option_table& table) {
   if (read_word() == 0) {
+    if (table.errors.no_word) error_end(table.errors.no_word);
     read_item();
-    unknown_option(unknown_format);
+    error_end_f(table.errors.unknown, lexer.token);
   }
-  const int index = find_option(token(), keywords, negated);
-  if (index < 0) unknown_option(unknown_format);
-  return index;
+  const std::string word(token());
+  bool negated = false;
+  const option_row* row = find_option(word, table.rows, &negated);
+  if (!row) error_end_f(table.errors.unknown, word.c_str());
+  apply(*row, settings, negated);
+}
+
+option_outcome read_search_options_into(void* settings, const option_table& table) {
+  read_bare_number(settings, table);
+  const int sign = next_nonblank();
+  if (sign == ';') return option_outcome::run;
+  if (sign != '=' && sign != ':') error_end_f(table.errors.wrong_sign, sign);
+  if (accept_char(';')) {
+    no_timing();
+    return option_outcome::list;
+  }
+  while (!accept_char(';')) read_option(settings, table);
+  if (sign == '=') return option_outcome::run;
+  no_timing();
+  return option_outcome::set;
+}
+
+std::string option_help(const option_table& table, const option_row& row) {
+  const void* defaults = table.defaults();
+  return std::string(row.negatable ? "[no]" : "") + std::string(row.keyword) + argument_text(row) +
+         " " + std::string(row.help_text) + default_text(row, defaults);
 }
 
 }  // namespace zeb

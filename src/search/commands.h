@@ -1,7 +1,11 @@
-// The handlers of the search commands, for the command table.
+// The handlers and option tables of the search commands, for the command table.
 #pragma once
 
 namespace zeb {
+
+struct option_table;
+extern const option_table bbreak_options;
+extern const option_table mult_options;
 
 void bbreak_command();
 void mult_command();

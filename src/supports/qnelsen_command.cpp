@@ -15,21 +15,21 @@
 namespace zeb {
 namespace {
 
-using option = search_option<quick_consensus_settings>;
-
-std::vector<option> qnelsen_options() {
-  using settings_type = quick_consensus_settings;
-  return {
-      number("replications", &settings_type::replications, {1, 100000},
-             "Give number of qnelsen replications", "Can't do %i replications (max=100000)"),
-      number("cut", &settings_type::cut, {50, 100}, "Cutoff must be 50-100",
-             "Cutoff must be 50-100 (not %i)"),
-      action<settings_type>("spr", [](settings_type& s, int) { s.swapper = mult_settings::spr; }),
-      action<settings_type>("tbr", [](settings_type& s, int) { s.swapper = mult_settings::tbr; }),
-      action<settings_type>("wagner",
-                            [](settings_type& s, int) { s.swapper = mult_settings::wagner_only; }),
-  };
-}
+constexpr command_options rows = {
+    number<&quick_consensus_settings::replications>("replications", {1, 100000},
+                                                    "Give number of qnelsen replications",
+                                                    "Can't do %i replications (max=100000)")
+        .bare()
+        .help("searches to do"),
+    number<&quick_consensus_settings::cut>("cut", {50, 100}, "Cutoff must be 50-100",
+                                           "Cutoff must be 50-100 (not %i)")
+        .help("show groups in more than N per cent of the trees, 50 to 100"),
+    choice<&quick_consensus_settings::swapper>("spr", mult_settings::spr).help("swap by SPR"),
+    choice<&quick_consensus_settings::swapper>("tbr", mult_settings::tbr)
+        .help("swap each tree by TBR"),
+    choice<&quick_consensus_settings::swapper>("wagner", mult_settings::wagner_only)
+        .help("don't swap"),
+};
 
 void list_settings() {
   const char* swappers[] = {"no swapping (Wagner trees only)", "SPR", "TBR"};
@@ -40,12 +40,12 @@ void list_settings() {
 
 }  // namespace
 
+constexpr option_table qnelsen_options =
+    rows.table("qnelsen", {.unknown = "Unidentified string in qnelsen options: %s",
+                           .wrong_sign = "Wrong argument for qnelsen: %c"});
+
 void qnelsen_command() {
-  const std::vector<option> options = qnelsen_options();
-  const option_outcome outcome =
-      read_search_options(quick_consensus, std::span<const option>(options),
-                          "Unidentified string in qnelsen options: %s",
-                          "Wrong argument for qnelsen: %c", &options.front());
+  const option_outcome outcome = read_search_options(quick_consensus, qnelsen_options);
   if (outcome == option_outcome::list) list_settings();
   if (outcome != option_outcome::run) return;
   require_data("doing a quick consensus");

@@ -4,6 +4,7 @@
 #include "base/errors.h"
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
+#include "language/interpreter.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "search/commands.h"
@@ -23,57 +24,41 @@ struct bbreak_settings {
   swap_settings swap;
   bool wide_words = true;
 };
-using option = search_option<bbreak_settings>;
+constexpr auto swap = &bbreak_settings::swap;
 
-std::vector<option> bbreak_options() {
-  auto act = [](std::string_view keyword, void (*apply)(bbreak_settings&, int)) {
-    return action<bbreak_settings>(keyword, apply);
-  };
-  return {
-      choice<bbreak_settings>("tbr", [](bbreak_settings& b, int) { b.swap.use_tbr = true; }),
-      choice<bbreak_settings>("spr", [](bbreak_settings& b, int) { b.swap.use_tbr = false; }),
-      act("fillonly", [](bbreak_settings& b, int on) { b.swap.fill_only = on != 0; }),
-      act("mulpars", [](bbreak_settings& b, int on) { b.swap.mulpars = on != 0; }),
-      act("safe", [](bbreak_settings& b, int on) { b.swap.safe_unclip = on != 0; }),
-      act("skipspr", [](bbreak_settings& b, int on) { b.swap.skip_spr = on != 0; }),
-      toggle("xbits", &bbreak_settings::wide_words),
-      act("preproc", [](bbreak_settings& b, int on) { b.swap.preproc = on; }),
-      act("stratswap", [](bbreak_settings& b, int on) { b.swap.stratified = on != 0; }),
-      {.keyword = "limit",
-       .kind = option::argument::optional_number,
-       .range = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()},
-       .default_number = -1,
-       .has_negative = false,
-       .apply =
-           [](bbreak_settings& b, int n) {
-             if (n < 0) error_end("TBR move limit must be 0 (no limit) or greater");
-             b.swap.move_limit = n;
-           }},
-      choice<bbreak_settings>("nolimit", [](bbreak_settings& b, int) { b.swap.move_limit = 0; }),
-      act("randclip", [](bbreak_settings& b, int on) { b.swap.random_clip = on != 0; }),
-      {.keyword = "inters",
-       .kind = option::argument::optional_number,
-       .range = {1, 2},
-       .missing = "Node clusters can use intersections as 1 or 2 (sorted)",
-       .too_large = "Node clusters can use intersections as 1 or 2 (sorted)",
-       .default_number = 1,
-       .has_negative = false,
-       .apply = [](bbreak_settings& b, int n) { b.swap.use_inters = n; }},
-      choice<bbreak_settings>("nointers", [](bbreak_settings& b, int) { b.swap.use_inters = 0; }),
-      {.keyword = "clustersize",
-       .kind = option::argument::optional_number,
-       .range = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()},
-       .default_number = 0,
-       .has_negative = false,
-       .apply =
-           [](bbreak_settings& b, int n) {
-             if (n < 3 || n > 1000) {
-               error_end_f("Cannot set clustersize to %i (must be 3-1000)\n", n);
-             }
-             b.swap.cluster_size = n;
-           }},
-  };
-}
+constexpr command_options rows = {
+    choice<swap, &swap_settings::use_tbr>("tbr", 1).help("tree bisection and reconnection"),
+    choice<swap, &swap_settings::use_tbr>("spr", 0).help("subtree pruning and regrafting"),
+    toggle<swap, &swap_settings::fill_only>("fillonly")
+        .help("stop as soon as the memory for trees is full"),
+    toggle<swap, &swap_settings::mulpars>("mulpars").help(
+        "save equally good trees; without it each tree is replaced by the best that it leads "
+        "to"),
+    toggle<swap, &swap_settings::safe_unclip>("safe").help("remake all state sets after each move"),
+    toggle<swap, &swap_settings::skip_spr>("skipspr").help(
+        "other searches leave out SPR before TBR on one tree"),
+    toggle<&bbreak_settings::wide_words>("xbits").help(
+        "use the widest words of the processor; only with \":\""),
+    toggle<swap, &swap_settings::preproc>("preproc").help(
+        "with nomulpars, clip first where most can be gained"),
+    toggle<swap, &swap_settings::stratified>("stratswap")
+        .help("stratified swapping; concerns landmarks only"),
+    number<swap, &swap_settings::move_limit>("limit", {},
+                                             "TBR move limit must be 0 (no limit) or greater")
+        .no()
+        .help("TBR moves within N nodes of the old place only"),
+    toggle<swap, &swap_settings::random_clip>("randclip")
+        .help("clip in random order, from the seed of \"rseed\""),
+    optional_number<swap, &swap_settings::use_inters>(
+        "inters", 1, {1, 2}, "Node clusters can use intersections as 1 or 2 (sorted)")
+        .no()
+        .help("compare two clusters by the words that tell their branches apart (2: these words "
+              "side by side), when all weights are 1; only with \":\". Results are the same; on "
+              "most processors it is slower"),
+    number<swap, &swap_settings::cluster_size>("clustersize", {3, 1000},
+                                               "Cannot set clustersize to %i (must be 3-1000)\n")
+        .help("nodes in a cluster, 3 to 1000; only with \":\""),
+};
 
 void list_settings() {
   emit("Branch-swapping settings:\n     * swap trees with ");
@@ -181,14 +166,17 @@ void swap_trees_in_memory() {
 
 }  // namespace
 
+constexpr option_table bbreak_options =
+    rows.table("bbreak", {.unknown = "Unidentified string in bbreak options: %s\n",
+                          .wrong_sign = "Wrong argument for bbreak: %c"});
+
 void bbreak_command() {
   const bbreak_settings before{swapping, (engine.long_words & 2) != 0};
   bbreak_settings now = before;
-  const std::vector<option> options = bbreak_options();
-  const option_outcome outcome = read_search_options(now, std::span<const option>(options),
-                                                     "Unidentified string in bbreak options: %s\n",
-                                                     "Wrong argument for bbreak: %c");
-  if (outcome == option_outcome::run) refuse_changes(before, now);
+  const option_outcome outcome = read_search_options(
+      now, bbreak_options, [&before](const bbreak_settings& wanted, option_outcome wish) {
+        if (wish == option_outcome::run) refuse_changes(before, wanted);
+      });
   take_settings(before, now);
   if (outcome == option_outcome::list) list_settings();
   if (outcome != option_outcome::run) return;

@@ -10,6 +10,8 @@ struct mult_settings {
   enum swapper_kind : int { wagner_only, spr, tbr };
   int replications = 10;
   int swapper = tbr;
+  bool ratchet = false;  // a stage after TBR
+  bool drift = false;    // likewise
   int hold = 10;         // trees saved per replication
   bool keepall = false;  // keep the trees of all replications, not only the best
   int outfreq = 0;       // clips between two looks at the report; 0: by the size of the data

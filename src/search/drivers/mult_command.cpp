@@ -18,72 +18,71 @@
 namespace zeb {
 namespace {
 
-using option = search_option<mult_settings>;
-
-int look_ahead(int n) { return n < 0 ? all_taxa : n; }
-
-void set_look(mult_settings& m, int n, int rule) {
-  m.addition.informative = 0;
-  m.addition.look = look_ahead(n);
-  m.addition.rule = rule;
+/// A row of an addition sequence that looks ahead: "key", "key N".
+template <int addition_settings::*member>
+constexpr option<mult_settings> look_ahead(std::string_view keyword) {
+  return optional_number<&mult_settings::addition, member>(keyword, all_taxa, any_integer);
 }
 
-void refuse_stage(int on, const char* stage) {
-  if (on) error_end("The", stage, "stage of mult isn't built yet");
-}
+constexpr auto informative = &addition_settings::informative;
+constexpr auto look = &addition_settings::look;
+constexpr auto rule = &addition_settings::rule;
 
-option addition_option(std::string_view keyword, void (*apply)(mult_settings&, int)) {
-  return {.keyword = keyword,
-          .kind = option::argument::optional_number,
-          .range = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()},
-          .default_number = all_taxa,
-          .has_negative = false,
-          .apply = apply};
-}
+constexpr command_options rows = {
+    number<&mult_settings::replications>("replications", {0, 100000},
+                                         "Give number of mult replications",
+                                         "Can't do %i random addition sequences (max=100000)")
+        .bare()
+        .help("replications, 0 to 100000"),
+    choice<&mult_settings::swapper>("spr", mult_settings::spr).help("swap with SPR"),
+    choice<&mult_settings::swapper>("tbr", mult_settings::tbr).help("swap with TBR"),
+    choice<&mult_settings::swapper>("wagner", mult_settings::wagner_only)
+        .help("no swapping: Wagner trees only"),
+    toggle<&mult_settings::ratchet>("ratchet").help("ratchet after TBR"),
+    toggle<&mult_settings::drift>("drift").help("drift after TBR"),
+    choice<&mult_settings::addition, informative>("ras", 0)
+        .also<&mult_settings::addition, look>(0)
+        .also<&mult_settings::addition, rule>(0)
+        .help("taxa are added in random order"),
+    look_ahead<look>("cas")
+        .also<&mult_settings::addition, informative>(0)
+        .also<&mult_settings::addition, rule>(1)
+        .help("closest taxon first, looking at the next N, or at all"),
+    look_ahead<look>("fas")
+        .also<&mult_settings::addition, informative>(0)
+        .also<&mult_settings::addition, rule>(2)
+        .help("furthest taxon first, looking at the next N, or at all"),
+    look_ahead<informative>("ias")
+        .also<&mult_settings::addition, look>(0)
+        .also<&mult_settings::addition, rule>(0)
+        .help("taxon that makes the most characters informative first"),
+    look_ahead<look>("sas")
+        .also<&mult_settings::addition, informative>(0)
+        .also<&mult_settings::addition, rule>(0)
+        .help("taxon with the greatest difference between its best and worst place first"),
+    number<&mult_settings::outfreq>("outfreq", {0, 1'000'000'000},
+                                    "Give number of clips between reports")
+        .help("clips between two looks at the clock and the keyboard; 0: by the size of the data"),
+    number<&mult_settings::addition, &addition_settings::cluster_from>(
+        "wcluster", {}, "Expected number of taxa above which wagner trees use node-clusters")
+        .no()
+        .help("Wagner trees use node clusters after N taxa"),
+    number<&mult_settings::hold>("hold", {}, "Give number of trees per replication")
+        .help("trees saved in a replication; hold 0 or 1 swaps a single tree, which is the fastest "
+              "way down"),
+    toggle<&mult_settings::keepall>("keepall").help(
+        "keep the trees of all replications, not only the best"),
+};
 
-std::vector<option> mult_options() {
-  return {
-      number("replications", &mult_settings::replications, {0, 100000},
-             "Give number of mult replications",
-             "Can't do %i random addition sequences (max=100000)"),
-      choice<mult_settings>("spr", [](mult_settings& m, int) { m.swapper = mult_settings::spr; }),
-      choice<mult_settings>("tbr", [](mult_settings& m, int) { m.swapper = mult_settings::tbr; }),
-      choice<mult_settings>("wagner",
-                            [](mult_settings& m, int) { m.swapper = mult_settings::wagner_only; }),
-      action<mult_settings>("ratchet", [](mult_settings&, int on) { refuse_stage(on, "ratchet"); }),
-      action<mult_settings>("drift", [](mult_settings&, int on) { refuse_stage(on, "drift"); }),
-      choice<mult_settings>("ras",
-                            [](mult_settings& m, int) {
-                              m.addition.informative = m.addition.look = m.addition.rule = 0;
-                            }),
-      addition_option("cas", [](mult_settings& m, int n) { set_look(m, n, 1); }),
-      addition_option("fas", [](mult_settings& m, int n) { set_look(m, n, 2); }),
-      addition_option("ias",
-                      [](mult_settings& m, int n) {
-                        m.addition.look = m.addition.rule = 0;
-                        m.addition.informative = look_ahead(n);
-                      }),
-      addition_option("sas", [](mult_settings& m, int n) { set_look(m, n, 0); }),
-      number("outfreq", &mult_settings::outfreq, {0, 1'000'000'000},
-             "Give number of clips between reports"),
-      {.keyword = "wcluster",
-       .kind = option::argument::optional_number,
-       .range = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()},
-       .default_number = -1,
-       .has_negative = false,
-       .apply =
-           [](mult_settings& m, int n) {
-             if (n < 0) {
-               error_end("Expected number of taxa above which wagner trees use node-clusters");
-             }
-             m.addition.cluster_from = n;
-           }},
-      choice<mult_settings>("nowcluster",
-                            [](mult_settings& m, int) { m.addition.cluster_from = 0; }),
-      number("hold", &mult_settings::hold, {0, std::numeric_limits<int>::max()},
-             "Give number of trees per replication"),
-      toggle("keepall", &mult_settings::keepall),
-  };
+/// What the options say together.
+void check_settings(mult_settings& wanted, option_outcome outcome) {
+  if (wanted.ratchet || wanted.drift) {
+    error_end("The", wanted.ratchet ? "ratchet" : "drift", "stage of mult isn't built yet");
+  }
+  for (int* n : {&wanted.addition.look, &wanted.addition.informative}) {
+    if (*n < 0) *n = all_taxa;
+  }
+  if (outcome == option_outcome::run) check_additions(wanted.addition);
 }
 
 std::string look_text(int n) { return n >= all_taxa ? "all taxa" : text_of("%i taxa", n); }
@@ -179,14 +178,12 @@ void run_mult() {
 
 }  // namespace
 
+constexpr option_table mult_options =
+    rows.table("mult", {.unknown = "Unidentified string in mult options: %s",
+                        .wrong_sign = "Wrong argument for mult: %c"});
+
 void mult_command() {
-  const std::vector<option> options = mult_options();
-  mult_settings wanted = mult;
-  const option_outcome outcome = read_search_options(
-      wanted, std::span<const option>(options), "Unidentified string in mult options: %s",
-      "Wrong argument for mult: %c", &options.front());
-  if (outcome == option_outcome::run) check_additions(wanted.addition);
-  mult = wanted;
+  const option_outcome outcome = read_search_options(mult, mult_options, check_settings);
   additions = mult.addition;
   swapping.outfreq = mult.outfreq;
   if (outcome == option_outcome::list) list_settings();

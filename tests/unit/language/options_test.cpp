@@ -1,41 +1,68 @@
-// The one reader of search options, with a made-up command.
+// The one reader of options, with a made-up command.
 #include "language/options.h"
 
 #include <gtest/gtest.h>
 
 #include "base/process.h"
 #include "language/input.h"
+#include "language/lexer.h"
 #include "support/program.h"
 
 namespace zeb {
 namespace {
 
+enum class way { slow, fast };
+struct inner_settings {
+  int depth = 2;
+};
 struct test_settings {
   int replications = 10;
   int look_ahead = 0;
+  int rule = 0;
   double limit = 1;
   bool keep = false;
-  bool fast = false;
-  int applied = -1;
-  bool operator==(const test_settings&) const = default;
+  bool number_first = false;
+  way chosen = way::slow;
+  inner_settings inner;
+  int twin = 2;
+  int fuse = 0;
+  int rounds = 3;
+  int lowest = 0;
+  int highest = 0;
+  double threshold = 0.75;
+  std::string title;
+  int applied = 0;
 };
-using option = search_option<test_settings>;
-constexpr option options[] = {
-    number("replications", &test_settings::replications, {0, 100}, "Give number of reps",
-           "Can't do %i reps (max=100)"),
-    toggle("keepall", &test_settings::keep),
-    toggle("nofast", &test_settings::fast),
-    {.keyword = "cas",
-     .kind = option::argument::optional_number,
-     .integer = &test_settings::look_ahead,
-     .missing = "Bad look-ahead",
-     .default_number = 1000},
-    {.keyword = "limit",
-     .kind = option::argument::real,
-     .real = &test_settings::limit,
-     .missing = "Give limit"},
-    action<test_settings>("reset", [](test_settings& s, int on) { s.applied = on; }),
+void read_applied(test_settings& s) { s.applied = read_int(); }
+
+constexpr command_options rows = {
+    number<&test_settings::replications>("replications", {0, 100}, "Give number of reps",
+                                         "Can't do %i reps (max=100)")
+        .bare()
+        .help("how often"),
+    toggle<&test_settings::keep>("keepall"),
+    toggle<&test_settings::number_first>("nofirst"),
+    choice<&test_settings::chosen>("fast", static_cast<int>(way::fast)),
+    optional_number<&test_settings::look_ahead>("cas", 1000, {0, 5000}, "Bad look-ahead")
+        .also<&test_settings::rule>(4)
+        .no(),
+    real<&test_settings::limit>("limit", {0.5, 2}, "Give limit"),
+    number<&test_settings::inner, &inner_settings::depth>("depth", {1, 9}, "Depth is 1-9, not %i")
+        .with<&test_settings::twin>(),
+    number<&test_settings::fuse>("fuse", {0, 100}, "Give frequency")
+        .then<&test_settings::rounds>('x', {1, 100}, "Give rounds")
+        .no()
+        .argument("N[xR]")
+        .help("how often fused"),
+    number<&test_settings::lowest>("clip", {0, 50}, "Give a range")
+        .then<&test_settings::highest>('-', {0, 50}, "Give a range", true),
+    optional_real<&test_settings::threshold>("match", {0, 1}, "Bad threshold"),
+    form<read_applied>("apply"),
+    text<&test_settings::title>("title", 10, "Title too long"),
 };
+constexpr option_table table =
+    rows.table("test", {.unknown = "Unidentified string in test options: %s",
+                        .wrong_sign = "Wrong argument for test: %c"});
 
 struct outcome_of {
   option_outcome outcome = option_outcome::run;
@@ -53,9 +80,10 @@ outcome_of read(const std::string& text) {
   push_string(text, "test");
   const jump_context context;
   try {
-    result.outcome = read_search_options(result.settings, std::span<const option>(options),
-                                         "Unidentified string in test options: %s",
-                                         "Wrong argument for test: %c", &options[0]);
+    result.outcome = read_search_options(result.settings, table,
+                                         [](const test_settings& wanted, option_outcome) {
+                                           if (wanted.applied == 13) error_end("Not thirteen");
+                                         });
   } catch (const command_unwinding&) {
     std::fflush(output.log_stream);
     const std::string all(printed, size);
@@ -84,15 +112,34 @@ TEST(search_options, what_follows_the_word_decides_what_happens) {
   EXPECT_EQ(both.settings.look_ahead, 3);
 }
 
-TEST(search_options, prefixes_negations_and_optional_numbers) {
-  const test_settings s = read("=k nok r 7 cas limit 0.5 reset noreset;").settings;
+TEST(search_options, every_kind_sets_its_members) {
+  const test_settings s =
+      read("=k nok r 7 cas limit 0.6 depth 5 fast fuse 8 x 2 clip 3-7 apply 4;").settings;
   EXPECT_FALSE(s.keep);
   EXPECT_EQ(s.replications, 7);
   EXPECT_EQ(s.look_ahead, 1000);
-  EXPECT_EQ(s.limit, 0.5);
-  EXPECT_EQ(s.applied, 0);
-  EXPECT_TRUE(read("=nofa;").settings.fast);  // a keyword that begins with "no" itself
-  EXPECT_FALSE(read("=nonofast;").settings.fast);
+  EXPECT_EQ(s.rule, 4);
+  EXPECT_EQ(s.limit, 0.6);
+  EXPECT_EQ(s.inner.depth, 5);
+  EXPECT_EQ(s.twin, 5);
+  EXPECT_EQ(s.chosen, way::fast);
+  EXPECT_EQ(s.fuse, 8);
+  EXPECT_EQ(s.rounds, 2);
+  EXPECT_EQ(s.lowest, 3);
+  EXPECT_EQ(s.highest, 7);
+  EXPECT_EQ(s.applied, 4);
+  EXPECT_EQ(read("=fuse 8 nofuse match keep;").settings.fuse, 0);
+  EXPECT_EQ(read("=match keep;").settings.threshold, 0.75);
+  EXPECT_EQ(read("=match 0.5;").settings.threshold, 0.5);
+  const test_settings last = read("=keep title  Any words;").settings;
+  EXPECT_TRUE(last.keep);
+  EXPECT_EQ(last.title, "Any words");
+}
+
+TEST(search_options, keywords_that_begin_with_no_win) {
+  EXPECT_TRUE(read("=nofi;").settings.number_first);
+  EXPECT_FALSE(read("=nofirst nonofirst;").settings.number_first);
+  EXPECT_EQ(read("=cas nocas;").settings.look_ahead, 0);
 }
 
 TEST(search_options, errors_name_the_fault_and_change_nothing) {
@@ -107,14 +154,27 @@ TEST(search_options, errors_name_the_fault_and_change_nothing) {
       {"=keepall replic 101;", "Can't do 101 reps (max=100)"},
       {"=keepall noreplic;", "Unidentified string in test options: noreplic"},
       {"=keepall limit x;", "Give limit"},
+      {"=keepall limit 0.4;", "Give limit"},
+      {"=keepall cas 5001;", "Bad look-ahead"},
+      {"=keepall depth 10;", "Depth is 1-9, not 10"},
+      {"=keepall fuse 5x;", "Give rounds"},
+      {"=keepall clip 5;", "Give a range"},
+      {"=keepall clip 5-51;", "Give a range"},
+      {"=keepall title Eleven word;", "Title too long"},
+      {"=keepall apply 13;", "Not thirteen"},
       {"101;", "Can't do 101 reps (max=100)"},
       {"!keepall;", "Wrong argument for test: !"},
   };
   for (const auto& c : cases) {
     const outcome_of result = read(c.text);
     EXPECT_EQ(result.error, c.error) << c.text;
-    EXPECT_EQ(result.settings, test_settings{}) << c.text;
+    EXPECT_FALSE(result.settings.keep) << c.text;
   }
+}
+
+TEST(search_options, the_help_tells_the_form_and_the_default) {
+  EXPECT_EQ(option_help(table, table.rows[0]), "replications N how often [10]");
+  EXPECT_EQ(option_help(table, table.rows[7]), "[no]fuse N[xR] how often fused [off]");
 }
 
 }  // namespace
