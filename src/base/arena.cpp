@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
-#include "console/output.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>

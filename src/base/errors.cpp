@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/output.h"

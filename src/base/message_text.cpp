@@ -1,8 +1,7 @@
-// Texts of which messages are made.
+#include "base/message_text.h"
+
 #include <algorithm>
 #include <cstdio>
-
-#include "console/output.h"
 
 namespace zeb {
 

@@ -94,8 +94,6 @@ struct shell_settings {
   int status_seconds = 0;
   int status_replications = 0;
   int status_trees = 0;
-  unsigned timeout_seconds = 0;  // limit of searches, from `process.command_start`; 0 none
-  bool timeout_armed = true;     // off while a summary prints: the limit isn't looked at
 };
 extern shell_settings settings;
 

@@ -7,15 +7,13 @@ namespace zeb {
 
 random_state randomness;
 
-void reseed() {
-  if (randomness.random_seed == -1) return;
-  const auto seed = randomness.random_seed != 0 ? static_cast<unsigned>(randomness.random_seed)
-                                                : static_cast<unsigned>(std::time(nullptr));
-  randomness.generator.seed(seed);
+void seed_generator(random_generator& generator) {
+  generator.seed(randomness.random_seed != 0 ? static_cast<unsigned>(randomness.random_seed)
+                                             : static_cast<unsigned>(std::time(nullptr)));
 }
 
-void random_sequence(int count, std::span<int> out, int first, std::span<const std::uint8_t> mask) {
-  reseed();
+void random_sequence(random_generator& generator, int count, std::span<int> out, int first,
+                     std::span<const std::uint8_t> mask) {
   std::size_t taking_part = 0;
   auto at = [&out](std::size_t i) -> int& { return out[i]; };
   for (int i = 0; i < count; ++i) {
@@ -31,13 +29,22 @@ void random_sequence(int count, std::span<int> out, int first, std::span<const s
       if (at(i) == first) std::swap(at(i), at(0));
     }
     for (std::size_t p = 1; p < taking_part; ++p) {
-      std::swap(at(p), at(1 + static_cast<std::size_t>(draw()) % (taking_part - 1)));
+      std::swap(at(p), at(1 + static_cast<std::size_t>(generator.draw()) % (taking_part - 1)));
     }
   } else {
     for (std::size_t p = 0; p < taking_part; ++p) {
-      std::swap(at(p), at(static_cast<std::size_t>(draw()) % taking_part));
+      std::swap(at(p), at(static_cast<std::size_t>(generator.draw()) % taking_part));
     }
   }
+}
+
+void reseed() {
+  if (randomness.random_seed != -1) seed_generator(randomness.generator);
+}
+
+void random_sequence(int count, std::span<int> out, int first, std::span<const std::uint8_t> mask) {
+  reseed();
+  random_sequence(randomness.generator, count, out, first, mask);
 }
 
 }  // namespace zeb

@@ -26,10 +26,10 @@ class random_generator {
   std::uint64_t state_ = 0;
 };
 
-/// The settings of `rseed`, and the generator of all searches.
+/// The settings of `rseed`, and the generator of everything but searches, which have their own.
 struct random_state {
   random_generator generator;
-  int random_seed = 1;            // 0: each re-seeding takes the clock; -1: don't re-seed
+  int random_seed = 1;            // 0: each seeding takes the clock; -1: `reseed` does nothing
   unsigned seed_step = 0;         // not 0: consecutive replications take seed + step, unchecked
   bool quick_shuffle = false;     // `rseed !`: quick approximation
   bool random_insertion = false;  // `rseed [`
@@ -37,14 +37,36 @@ struct random_state {
 };
 extern random_state randomness;
 
-/// Draws from the search generator, 0 to 2147483647.
+/// Restarts the generator from the user's seed, or from the clock where that is 0.
+void seed_generator(random_generator& generator);
+
+/// Fills `out` with 0 to count-1, shuffled by draws of the generator, which is taken as it stands.
+/// With `first` >= 0, out[0] is `first` and the others are shuffled. `mask`, if not empty, holds 1
+/// for the entries that take part: the others go to the end, in descending order.
+void random_sequence(random_generator& generator, int count, std::span<int> out, int first,
+                     std::span<const std::uint8_t> mask);
+
+/// The user's seed comes back when this goes, however the command ends.
+class seed_scope {
+ public:
+  seed_scope() = default;
+  explicit seed_scope(int seed) { set(seed); }
+  ~seed_scope() { randomness.random_seed = saved_; }
+  seed_scope(const seed_scope&) = delete;
+  seed_scope& operator=(const seed_scope&) = delete;
+  /// The seed until then.
+  void set(int seed) const { randomness.random_seed = seed; }
+  int saved() const { return saved_; }
+
+ private:
+  int saved_ = randomness.random_seed;
+};
+
+/// Draws from the process's generator, 0 to 2147483647.
 inline int draw() { return randomness.generator.draw(); }
-/// Re-seeds the search generator from `random_seed`, from the clock where that is 0, not at all
-/// where it is -1.
+/// Seeds the process's generator; does nothing where the seed is -1.
 void reseed();
-/// Fills `out` with 0 to count-1, shuffled. With `first` >= 0, out[0] is `first` and the others are
-/// shuffled. `mask`, if not empty, holds 1 for the entries that take part: the others go to the
-/// end, in descending order. Re-seeds first, as `reseed` does.
+/// Shuffles with the process's generator after `reseed`.
 void random_sequence(int count, std::span<int> out, int first, std::span<const std::uint8_t> mask);
 
 }  // namespace zeb

@@ -1,5 +1,6 @@
 #include "base/arena.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "consensus/candidate_tree.h"
 #include "consensus/cluster_matcher.h"
 #include "consensus/consensus.h"

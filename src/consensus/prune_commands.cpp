@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "consensus/commands.h"
 #include "consensus/pruned_consensus.h"
 #include "console/output.h"

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/console_lines.h"

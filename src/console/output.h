@@ -68,19 +68,7 @@ void close_log();
 void write_log(std::string_view text);
 /// Brings the view of the text buffer to its end.
 void view_to_end();
-// Texts of which messages are made.
-
-/// A size as N.NN followed by " Mbytes", one million bytes being the unit.
-std::string megabytes_text(double bytes);
-/// "1234567" as "1,234,567".
-std::string with_commas(std::string digits);
-/// Formatted text as a string; for pieces of messages.
-std::string text_of(const char* format, ...) __attribute__((format(printf, 1, 2)));
-std::string formatted_text(const char* format, va_list arguments);
-/// "a", "a and b", "a, b and c".
-std::string joined_list(std::span<const std::string_view> items);
-
-/// Suppresses output places for its lifetime.
+/// For its lifetime nothing goes to the places of the mask, and all else is open.
 class output_mask_scope {
  public:
   explicit output_mask_scope(unsigned mask) : saved_(output.output_mask) {
@@ -92,6 +80,13 @@ class output_mask_scope {
 
  private:
   unsigned saved_;
+};
+
+/// For its lifetime nothing goes to these places either; by default to none.
+class silence_scope : public output_mask_scope {
+ public:
+  explicit silence_scope(unsigned places = no_log | no_console | no_text_buffer)
+      : output_mask_scope(output.output_mask | places) {}
 };
 
 /// For its lifetime everything emitted goes straight into `file`, as text, and nowhere else.

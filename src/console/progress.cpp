@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string>
 
+#include "base/message_text.h"
 #include "base/process.h"
 #include "base/text_columns.h"
 #include "console/console.h"

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/message_text.h"
 #include "base/text_columns.h"
 #include "console/console.h"
 #include "console/line_editor.h"

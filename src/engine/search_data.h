@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <span>
 
+#include "base/scores.h"
 #include "engine/kernels/kernels.h"
 
 namespace zeb {
@@ -20,9 +21,6 @@ constexpr std::array<std::uint32_t, packing_groups> field_mask = {
     0x3, 0xf, 0xff, 0xffff, 0xffffffff, 0xffff, 0xffffffff};
 constexpr std::array<int, packing_groups> field_bits = {2, 4, 8, 16, 32, 16, 32};
 constexpr std::array<int, packing_groups> fields_per_word = {16, 8, 4, 2, 1, 2, 1};
-constexpr double no_bound = 2147483647.0;
-constexpr double unknown_score = 4294967295.0;
-constexpr double no_score = -1.0;
 
 /// A character that takes part in searches, in matrix order.
 struct pack_entry {

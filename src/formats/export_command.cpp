@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "formats/formats.h"
 #include "formats/nexus_writer.h"

@@ -4,7 +4,6 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "console/output.h"
 #include "language/list_text.h"
 #include "matrix/reading/matrix_reader.h"
 

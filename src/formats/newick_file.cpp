@@ -1,5 +1,6 @@
 // Files of Newick trees.
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "formats/formats.h"
 #include "formats/labelled_trees.h"

@@ -6,6 +6,7 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "base/text_columns.h"
 #include "console/output.h"

@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "base/errors.h"
-#include "console/output.h"
+#include "base/message_text.h"
 #include "language/input.h"
 
 namespace zeb {

@@ -3,6 +3,7 @@
 #include <unordered_map>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "formats/labelled_trees.h"

@@ -8,7 +8,6 @@
 
 #include "base/errors.h"
 #include "base/process.h"
-#include "console/output.h"
 #include "formats/foreign_matrix.h"
 #include "formats/formats.h"
 #include "formats/sequence_file.h"

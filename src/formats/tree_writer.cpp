@@ -7,7 +7,6 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "console/output.h"
 #include "formats/labelled_trees.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tags.h"

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "functions/function_table.h"
 #include "language/help.h"

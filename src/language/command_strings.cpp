@@ -4,6 +4,7 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/process.h"
+#include "base/time_limit.h"
 #include "console/output.h"
 #include "language/input.h"
 #include "language/interpreter.h"
@@ -20,24 +21,20 @@ int depth = 0;
 // Puts the state of the calling command back, also where an error passes through.
 class nested_run {
  public:
-  nested_run()
-      : saved_(command), start_(process.command_start), timeout_(settings.timeout_seconds) {
-    ++depth;
-  }
+  nested_run() : saved_(command), start_(process.command_start) { ++depth; }
   ~nested_run() {
     --depth;
     command = saved_;
     process.command_start = start_;
-    settings.timeout_seconds = timeout_;
   }
   nested_run(const nested_run&) = delete;
   nested_run& operator=(const nested_run&) = delete;
 
  private:
   arena_marks_scope memory_;
+  timeout_scope time_limit_;
   command_state saved_;
   double start_;
-  unsigned timeout_;
 };
 
 void check_room(const std::string& text) {
@@ -90,14 +87,13 @@ bool run_next(int level_at_entry) {
 }
 
 void look_at_timeout() {
-  if (settings.timeout_seconds == 0 || process.interrupt_state != 0) return;
-  if (wall_clock() - process.command_start < settings.timeout_seconds) return;
+  if (process.interrupt_state != 0 || !time_is_out()) return;
   emit("Interrupting search (time is out!)\n");
   process.interrupt_state = 1;
 }
 
 void run_frame() {
-  const output_mask_scope silent(no_log | no_console | no_text_buffer);
+  const silence_scope silent;
   const int level = input.top;
   const int loops = loop_level();
   while (reach_command(level) && run_next(loops)) {

@@ -13,6 +13,7 @@
 
 #include "base/arena.h"
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/output.h"

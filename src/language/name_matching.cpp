@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/output.h"

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fstream>
 
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/input.h"

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/input.h"

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/input.h"

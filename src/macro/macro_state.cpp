@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "base/errors.h"
-#include "console/output.h"
+#include "base/message_text.h"
 #include "language/input.h"
 
 namespace zeb {

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "base/errors.h"
-#include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "macro/macro_state.h"

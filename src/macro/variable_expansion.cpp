@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/errors.h"
-#include "console/output.h"
+#include "base/message_text.h"
 #include "language/lexer.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "language/lexer.h"
 #include "macro/array_operations.h"

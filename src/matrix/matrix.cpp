@@ -8,8 +8,8 @@
 
 #include "base/arena.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "base/text_columns.h"
-#include "console/output.h"
 #include "matrix/symbols.h"
 
 namespace zeb {

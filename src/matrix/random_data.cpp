@@ -7,8 +7,8 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "base/random.h"
-#include "console/output.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/matrix_reader.h"
 

@@ -10,7 +10,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "console/output.h"
+#include "base/message_text.h"
 #include "matrix/smallest_hitting_set.h"
 
 namespace zeb {

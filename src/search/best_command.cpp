@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "engine/plain/tree_scores.h"
 #include "language/interpreter.h"

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "base/message_text.h"
+#include "base/time_limit.h"
 #include "console/output.h"
 #include "trees/notation/tree_file.h"
 #include "trees/tree_store.h"
@@ -87,9 +89,7 @@ std::string time_text(double seconds) {
 }
 
 bool check_timeout() {
-  if (!settings.timeout_armed || settings.timeout_seconds == 0 || interrupted()) return false;
-  const auto passed = static_cast<long long>(wall_clock() - process.command_start);
-  if (passed < static_cast<long long>(settings.timeout_seconds)) return false;
+  if (interrupted() || !time_is_out()) return false;
   process.interrupt_state = 3;
   clear_progress();
   emit("Interrupting search (time is out!)\n");

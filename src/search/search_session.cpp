@@ -94,7 +94,6 @@ void search_session::leave() {
   search_settings.suboptimal = saved_.suboptimal;
   search_settings.relative_suboptimal = saved_.relative_suboptimal;
   randomness.random_seed = saved_.random_seed;
-  settings.timeout_armed = true;
   clear_progress();
   if (!current_search_data) return;
   const int count = all_taken_in_ ? store.ntrees : taken_in_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/arena.h"
+#include "base/time_limit.h"
 #include "search/search_state.h"
 #include "trees/tree_store.h"
 
@@ -20,6 +21,7 @@ class search_session {
   search_session& operator=(const search_session&) = delete;
 
  private:
+  timeout_scope time_limit_;
   void take_trees_in();
   void leave();
 

@@ -2,6 +2,7 @@
 #include "search/subopt_command.h"
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/input.h"

@@ -2,6 +2,7 @@
 #include <span>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "consensus/commands.h"
 #include "consensus/consensus.h"
 #include "console/output.h"

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "base/random.h"
 #include "console/output.h"

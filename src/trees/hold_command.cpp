@@ -1,6 +1,7 @@
 // `hold`, `keep`, `tchoose`: room for trees, and which of them stay.
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/input.h"

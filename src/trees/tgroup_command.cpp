@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "language/group_definition.h"
 #include "language/input.h"

@@ -4,7 +4,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "console/output.h"
+#include "base/message_text.h"
 
 namespace zeb {
 

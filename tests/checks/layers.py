@@ -39,12 +39,10 @@ FOLDERS = {
 
 # Single arrows that are allowed although they point upward or sideways: (file, header) -> reason.
 ALLOWED = {
-    ("base/arena.cpp", "console/output.h"): "says how much memory there is",
     ("base/errors.cpp", "console/console.h"): "shows its message",
     ("base/errors.cpp", "console/output.h"): "shows its message",
     ("base/errors.cpp", "language/input.h"): "shows its place",
     ("base/errors.cpp", "language/interpreter.h"): "ends the command",
-    ("base/message_text.cpp", "console/output.h"): "declared there",
     ("base/process.cpp", "console/console.h"): "ends the process",
     ("base/process.cpp", "console/output.h"): "ends the process",
     ("base/process.cpp", "language/input.h"): "ends the process",

@@ -7,6 +7,7 @@
 
 #include "base/arena.h"
 #include "base/random.h"
+#include "base/time_limit.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/plain/tree_scores.h"
@@ -34,7 +35,7 @@ class search_survival : public ::testing::Test {
     mult = {};
     engine = {};
     search_settings = {};
-    settings.timeout_seconds = 0;
+    set_time_limit(0);
     process.interrupt_state = 0;
     searching.slot_binders.clear();
     settings.report = false;
@@ -113,7 +114,7 @@ TEST_F(search_survival, time_and_room_may_run_out) {
   const std::string full = zeb_test::run_program("hold 7; mult=replic 5 hold 3;");
   EXPECT_NE(full.find("(tree buffer full)"), std::string::npos) << full;
   expect_all_well(cells, "full buffer");
-  settings.timeout_seconds = 1;
+  set_time_limit(1);
   const std::string late = zeb_test::run_program("hold 1000; mult=replic 100000 hold 1;");
   EXPECT_NE(late.find("time is out"), std::string::npos) << late;
   EXPECT_NE(late.find("Search was interrupted..."), std::string::npos) << late;

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "language/commands/commands.h"
 #include "language/help.h"

@@ -1,6 +1,7 @@
 // `mxram`: the size of the arena, and what is in it.
 #include "base/arena.h"
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/commands/commands.h"

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/line_editor.h"

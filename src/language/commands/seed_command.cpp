@@ -1,5 +1,6 @@
 // `rseed`: the seed and the ways of randomising.
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "base/random.h"
 #include "console/output.h"

@@ -1,6 +1,8 @@
 // Small commands that change one setting.
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
+#include "base/time_limit.h"
 #include "console/console.h"
 #include "console/output.h"
 #include "language/commands/commands.h"
@@ -117,9 +119,9 @@ void timeout_command() {
   if (count > 0) {
     long long seconds = 0;
     for (int i = 0; i < std::min(count, 3); ++i) seconds = 60 * seconds + fields[i];
-    settings.timeout_seconds = static_cast<unsigned>(std::min(seconds, 4'000'000'000LL));
+    set_time_limit(static_cast<unsigned>(std::min(seconds, 4'000'000'000LL)));
   }
-  const unsigned s = settings.timeout_seconds;
+  const unsigned s = time_limit.seconds;
   emit(text_of("Time-out for searches is %i:%02i:%02i", static_cast<int>(s / 3600),
                static_cast<int>(s / 60 % 60), static_cast<int>(s % 60)),
        s == 0 ? " (i.e. no time-out!)\n" : "\n");

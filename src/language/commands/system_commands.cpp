@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/output.h"

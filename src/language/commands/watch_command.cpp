@@ -4,6 +4,7 @@
 
 #include "base/arena.h"
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/commands/commands.h"

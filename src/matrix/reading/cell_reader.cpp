@@ -1,7 +1,7 @@
 #include "matrix/reading/cell_reader.h"
 
 #include "base/errors.h"
-#include "console/output.h"
+#include "base/message_text.h"
 #include "language/input.h"
 
 namespace zeb {

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "base/arena.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/data_memory.h"

@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/letter_check.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/text_columns.h"
-#include "console/output.h"
 #include "language/name_matching.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/cell_reader.h"

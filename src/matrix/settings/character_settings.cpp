@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "language/list_text.h"
 #include "matrix/matrix.h"

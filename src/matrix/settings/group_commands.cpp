@@ -1,6 +1,7 @@
 // `agroup` and `xgroup`: named groups of taxa and of characters.
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "language/group_definition.h"
 #include "language/input.h"

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "language/input.h"
 #include "language/interpreter.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "base/random.h"
-#include "console/output.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/full_rule.h"

@@ -2,6 +2,8 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/message_text.h"
+#include "base/time_limit.h"
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
 #include "language/interpreter.h"
@@ -157,7 +159,7 @@ void swap_trees_in_memory() {
   const search_session session;
   tell_start(store.ntrees);
   const bbreak_result result = swap_buffer();
-  settings.timeout_armed = false;
+  disarm_time_limit();
   searching.tbr_swapping = swapping.use_tbr;
   searching.spr_swapping = !swapping.use_tbr;
   searching.last_best = result.best;

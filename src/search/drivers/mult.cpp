@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "base/random.h"
 #include "console/output.h"
 #include "search/moves/swapper.h"

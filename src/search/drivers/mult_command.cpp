@@ -3,6 +3,8 @@
 #include <cstdint>
 
 #include "base/errors.h"
+#include "base/message_text.h"
+#include "base/time_limit.h"
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
 #include "language/options.h"
@@ -168,7 +170,7 @@ void run_mult() {
   warn_of_memory();
   const int trees_before = store.ntrees;
   const mult_result result = mult_search(mult);
-  settings.timeout_armed = false;
+  disarm_time_limit();
   summarise(result);
   filter_trees(result, trees_before);
   tell_hits(result);

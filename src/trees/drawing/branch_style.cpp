@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "console/output.h"
+#include "base/message_text.h"
 
 namespace zeb {
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "base/errors.h"
-#include "console/output.h"
+#include "base/message_text.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "trees/drawing/branch_style.h"

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "base/errors.h"
-#include "console/output.h"
+#include "base/message_text.h"
 #include "trees/drawing/svg_text.h"
 
 namespace zeb {

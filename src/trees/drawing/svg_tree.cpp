@@ -9,7 +9,7 @@
 #include <cmath>
 
 #include "base/indices.h"
-#include "console/output.h"
+#include "base/message_text.h"
 #include "trees/drawing/branch_style.h"
 #include "trees/drawing/node_order.h"
 #include "trees/drawing/svg_file.h"

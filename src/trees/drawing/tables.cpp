@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/message_text.h"
 #include "console/output.h"
 #include "trees/drawing/text_diagram.h"
 

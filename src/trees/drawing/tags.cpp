@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "matrix/matrix.h"

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "language/interpreter.h"

@@ -5,6 +5,7 @@
 
 #include "base/process.h"
 #include "base/random.h"
+#include "base/time_limit.h"
 #include "console/output.h"
 #include "language/input.h"
 #include "language/interpreter.h"
@@ -90,13 +91,13 @@ TEST(command_strings, need_a_free_place_on_the_stack) {
 }
 
 TEST(command_strings, end_a_search_whose_time_is_out) {
-  settings.timeout_seconds = 5;
+  set_time_limit(5);
   process.command_start = wall_clock() - 6;
   const run_of_string run = run_string("rseed;");
   EXPECT_TRUE(run.ended);
   EXPECT_EQ(process.interrupt_state, 1);
   EXPECT_NE(run.printed.find("Interrupting search (time is out!)"), std::string::npos);
-  settings.timeout_seconds = 0;
+  set_time_limit(0);
   process.interrupt_state = 0;
 }
 

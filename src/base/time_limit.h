@@ -1,0 +1,31 @@
+// The limit that the user sets to the time of a search, counted from the start of the command.
+#pragma once
+
+namespace zeb {
+
+/// Written by the functions and the scope of this file.
+struct time_limit_state {
+  unsigned seconds = 0;  // 0: no limit
+  bool armed = true;     // off while results are shown: nobody looks at the limit
+};
+extern time_limit_state time_limit;
+
+void set_time_limit(unsigned seconds);
+/// The time that was left is of no more concern: what follows is quick, or has to be done.
+void disarm_time_limit();
+/// Has the running command used up its time?
+bool time_is_out();
+
+/// Limit and arming come back when this goes.
+class timeout_scope {
+ public:
+  timeout_scope() = default;
+  ~timeout_scope() { time_limit = saved_; }
+  timeout_scope(const timeout_scope&) = delete;
+  timeout_scope& operator=(const timeout_scope&) = delete;
+
+ private:
+  time_limit_state saved_ = time_limit;
+};
+
+}  // namespace zeb
