@@ -77,10 +77,10 @@ bool taxon_set::meets(const taxon_set& other) const {
 }  // namespace zeb
 
 std::size_t std::hash<zeb::taxon_set>::operator()(const zeb::taxon_set& set) const noexcept {
-  zeb::set_word hash = static_cast<zeb::set_word>(set.size());
+  zeb::set_word mixed = static_cast<zeb::set_word>(set.size());
   for (const zeb::set_word w : set.words()) {
-    hash = (hash ^ w) * 0x9e3779b97f4a7c15ULL;
-    hash ^= hash >> 32;
+    mixed = (mixed ^ w) * 0x9e3779b97f4a7c15ULL;
+    mixed ^= mixed >> 32;
   }
-  return hash;
+  return mixed;
 }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <iterator>
 #include <span>
 #include <vector>
 
@@ -65,6 +66,11 @@ class taxon_set {
   /// Members in ascending order: `for (const int taxon : set)`. The set may not change meanwhile.
   class iterator {
    public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = int;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const int*;
+    using reference = int;
     iterator(const taxon_set& set, int number) : set_(&set), number_(number) {}
     int operator*() const { return number_; }
     iterator& operator++() {
