@@ -8,7 +8,7 @@
 #include "console/output.h"
 #include "formats/foreign_matrix.h"
 #include "formats/formats.h"
-#include "formats/sequence_file.h"
+#include "formats/text_lines.h"
 #include "language/data_memory.h"
 #include "matrix/symbols.h"
 

@@ -2,7 +2,7 @@
 #include <string>
 
 #include "base/errors.h"
-#include "formats/nexus_writer.h"
+#include "formats/nexus/data_writer.h"
 
 namespace zeb {
 

@@ -10,7 +10,7 @@
 #include "base/process.h"
 #include "formats/foreign_matrix.h"
 #include "formats/formats.h"
-#include "formats/sequence_file.h"
+#include "formats/text_lines.h"
 #include "matrix/reading/block_format.h"
 #include "matrix/symbols.h"
 

@@ -1,5 +1,5 @@
 #include "formats/formats.h"
-#include "formats/nexus_file.h"
+#include "formats/nexus/nexus_file.h"
 #include "language/format_hooks.h"
 
 namespace zeb {

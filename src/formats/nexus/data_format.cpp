@@ -1,4 +1,4 @@
-#include "formats/nexus_format.h"
+#include "formats/nexus/data_format.h"
 
 #include <cctype>
 

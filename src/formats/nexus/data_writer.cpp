@@ -1,4 +1,4 @@
-#include "formats/nexus_writer.h"
+#include "formats/nexus/data_writer.h"
 
 #include <algorithm>
 #include <bit>

@@ -8,7 +8,7 @@
 #include "base/indices.h"
 #include "formats/foreign_matrix.h"
 #include "formats/labelled_trees.h"
-#include "formats/nexus_writer.h"
+#include "formats/nexus/data_writer.h"
 #include "matrix/symbols.h"
 
 namespace zeb {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/nexus_file.h"
+#include "formats/nexus/nexus_file.h"
 #include "matrix/symbols.h"
 
 namespace zeb {

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "formats/nexus_tokens.h"
+#include "formats/nexus/tokens.h"
 #include "matrix/matrix.h"
 
 namespace zeb {

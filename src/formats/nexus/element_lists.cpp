@@ -7,7 +7,7 @@
 #include <functional>
 
 #include "base/indices.h"
-#include "formats/nexus_file.h"
+#include "formats/nexus/nexus_file.h"
 
 namespace zeb {
 

@@ -7,7 +7,7 @@
 #include "base/process.h"
 #include "console/output.h"
 #include "formats/labelled_trees.h"
-#include "formats/nexus_file.h"
+#include "formats/nexus/nexus_file.h"
 #include "language/interpreter.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"

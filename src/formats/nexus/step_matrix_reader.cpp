@@ -5,7 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "formats/nexus_file.h"
+#include "formats/nexus/nexus_file.h"
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 

@@ -1,4 +1,4 @@
-#include "formats/nexus_file.h"
+#include "formats/nexus/nexus_file.h"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "formats/nexus_tokens.h"
+#include "formats/nexus/tokens.h"
 
 #include <cctype>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "formats/sequence_file.h"
+#include "formats/text_lines.h"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "formats/tree_writer.h"
+#include "formats/nexus/trees_writer.h"
 
 #include <cctype>
 #include <cstdlib>

@@ -3,8 +3,8 @@
 
 #include "base/indices.h"
 #include "formats/foreign_matrix.h"
-#include "formats/nexus_file.h"
-#include "formats/nexus_format.h"
+#include "formats/nexus/data_format.h"
+#include "formats/nexus/nexus_file.h"
 #include "matrix/reading/matrix_reader.h"
 
 namespace zeb {

@@ -7,7 +7,7 @@
 #include "base/indices.h"
 #include "base/process.h"
 #include "console/output.h"
-#include "formats/nexus_file.h"
+#include "formats/nexus/nexus_file.h"
 #include "language/interpreter.h"
 #include "language/list_text.h"
 #include "matrix/matrix.h"

@@ -6,7 +6,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "formats/nexus_writer.h"
+#include "formats/nexus/data_writer.h"
 #include "language/list_text.h"
 #include "matrix/reading/continuous_reader.h"
 #include "matrix/reading/matrix_writer.h"
