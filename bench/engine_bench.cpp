@@ -11,6 +11,7 @@
 #include "engine/registration.h"
 #include "engine/search_data.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 
 namespace zeb {
 namespace {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "matrix/matrix.h"
+#include "matrix/matrix_memory.h"
 #include "support/program.h"
 
 namespace {

@@ -11,7 +11,6 @@
 #include "language/commands/commands.h"
 #include "macro/commands.h"
 #include "matrix/commands.h"
-#include "matrix/settings/settings_commands.h"
 #include "search/best_command.h"
 #include "search/commands.h"
 #include "search/subopt_command.h"

@@ -8,8 +8,8 @@
 #include "language/data_memory.h"
 #include "language/interpreter.h"
 #include "macro/registration.h"
-#include "matrix/list_kinds.h"
 #include "matrix/matrix.h"
+#include "matrix/registration.h"
 #include "search/registration.h"
 #include "trees/registration.h"
 #include "trees/tree_store.h"
@@ -30,12 +30,10 @@ void register_everything() {
   register_functions();
   register_formats();
   register_matrix();
-  register_matrix_lists();
   register_trees();
   register_engine();
   register_search();
   set_data_describer(describe_data);
-  set_data_dropper(wipe_matrix);
   register_group_measures();
 }
 

@@ -17,6 +17,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tables.h"
 

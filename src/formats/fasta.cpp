@@ -10,6 +10,7 @@
 #include "formats/formats.h"
 #include "formats/text_lines.h"
 #include "language/data_memory.h"
+#include "matrix/matrix_memory.h"
 #include "matrix/symbols.h"
 
 namespace zeb {

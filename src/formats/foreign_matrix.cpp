@@ -5,11 +5,14 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "language/list_text.h"
+#include "matrix/matrix_layout.h"
+#include "matrix/matrix_memory.h"
 #include "matrix/reading/matrix_reader.h"
 
 namespace zeb {
 
-void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int64_t nchar) {
+void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int64_t nchar,
+                          const std::string& title) {
   constexpr std::int64_t most = 1'000'000'000;  // begin_matrix checks what really fits
   if (nchar < 1 || nchar > most) error_end("Must specify number of characters");
   if (ntax < 4 || ntax > most) error_end("Must specify number of taxa (4 or more)");
@@ -17,7 +20,7 @@ void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int
   wipe_matrix();
   make_room_for_matrix(static_cast<int>(ntax), static_cast<int>(nchar));
   begin_matrix(static_cast<int>(ntax), static_cast<int>(nchar), matrix_rows::unset);
-  matrix.file_name = source;
+  set_matrix_source(title, source);
 }
 
 int foreign_taxa::find(const std::string& name) const {
@@ -34,11 +37,7 @@ int foreign_taxa::add(const std::string& name) {
 }
 
 void finish_sequences(data_type type) {
-  const bool gaps = matrix.gaps_are_states && type != numeric_data;
-  for (int c = 0; c < matrix.nchar; ++c) {
-    set_character_type(c, type);
-    matrix.characters[at(c)].gap_is_state = gaps;
-  }
+  for (int c = 0; c < matrix.nchar; ++c) set_character_type(c, type, matrix.gaps_are_states);
   finish_matrix();
   tell_what_was_read();
 }

@@ -14,7 +14,8 @@ namespace zeb {
 
 /// Drops the former data (asking where `warn` is on), checks the dimensions, makes room and lays
 /// out a matrix with all cells missing.
-void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int64_t nchar);
+void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int64_t nchar,
+                          const std::string& title = {});
 
 /// Taxa by the names of a foreign file, made fit for ZEB with the usual warnings.
 class foreign_taxa {

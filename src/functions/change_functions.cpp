@@ -10,6 +10,7 @@
 #include "functions/tree_arguments.h"
 #include "language/lexer.h"
 #include "mapping/state_changes.h"
+#include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 

@@ -8,6 +8,7 @@
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "language/interpreter.h"
+#include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 
 namespace zeb {

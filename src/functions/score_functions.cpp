@@ -9,6 +9,7 @@
 #include "functions/arguments.h"
 #include "functions/function_table.h"
 #include "language/lexer.h"
+#include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 

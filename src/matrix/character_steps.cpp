@@ -1,10 +1,10 @@
-// Minimum and maximum steps of characters, over all trees.
-//
 // Non-additive: the minimum is one less than the fewest states that meet every cell; the maximum is
 // the length on the bush, the tree without internal branches, where the root takes the state found
 // in most cells. Additive and continuous: a cell is the range of its states; the minimum is the gap
 // between the lowest upper end and the highest lower end, the maximum again the length on the bush,
 // with the root at a median of the ends.
+#include "matrix/character_steps.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -12,16 +12,12 @@
 #include <vector>
 
 #include "base/indices.h"
-#include "matrix/matrix.h"
 #include "matrix/smallest_hitting_set.h"
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
 namespace {
-
-// The active taxa that the records were computed for.
-std::vector<std::uint8_t> taxa_of_records;
 
 template <class function>
 void for_each_telling_cell(int character, std::span<const std::uint8_t> taxa, function visit) {
@@ -130,8 +126,9 @@ void recheck(int character) {
 // Marks every character when the active taxa aren't those that the records were made for.
 void notice_changed_taxa() {
   const auto taxa = current_taxa();
-  if (std::equal(taxa.begin(), taxa.end(), taxa_of_records.begin(), taxa_of_records.end())) return;
-  taxa_of_records.assign(taxa.begin(), taxa.end());
+  std::vector<std::uint8_t>& known = matrix.taxa_of_steps;
+  if (std::equal(taxa.begin(), taxa.end(), known.begin(), known.end())) return;
+  known.assign(taxa.begin(), taxa.end());
   for (character_record& record : matrix.characters) record.needs_recheck = 1;
 }
 

@@ -3,9 +3,20 @@
 
 namespace zeb {
 
+void agroup_command();
+void blocks_command();
+void ccode_command();
+void ckeep_command();
+void cnames_command();
 void info_command();
 void minmax_command();
 void nstates_command();
+void outgroup_command();
+void taxcode_command();
+void taxlabels_command();
+void taxname_command();
+void xgroup_command();
+void xinact_command();
 void xperm_command();
 void xread_command();
 void xwipe_command();

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "base/arena.h"
 #include "base/indices.h"
@@ -20,11 +21,6 @@ namespace {
 
 data_type type_of(int character) {
   return static_cast<data_type>(matrix.characters[at(character)].type);
-}
-
-std::string value_text(int character, int stored) {
-  return text_of("%.3f",
-                 matrix.show_original_scale ? original_value(character, stored) : stored / 1000.0);
 }
 
 }  // namespace
@@ -92,6 +88,11 @@ void set_taxon_name(int taxon, std::string_view name) {
   matrix.taxon_names[at(taxon)][n] = '\0';
 }
 
+void set_character_name(int character, matrix_state::character_name name) {
+  matrix.char_names.resize(at(matrix.nchar));
+  matrix.char_names[at(character)] = std::move(name);
+}
+
 std::string character_name(int character) {
   const auto c = at(character);
   if (c < matrix.char_names.size() && !matrix.char_names[c].name.empty()) {
@@ -106,28 +107,6 @@ std::string character_label(int character) {
 
 std::string state_symbol(int character, int state) {
   return {symbol_of_state(type_of(character), state)};
-}
-
-std::string cell_text(int character, std::uint32_t states) {
-  if (matrix.characters[at(character)].is_continuous) {
-    if (states == missing_continuous) return "?";
-    if (states == inapplicable_continuous) return "*";
-    const int low = static_cast<int>(states & 0xffffU);
-    const int high = static_cast<int>(states >> 16);
-    return low == high ? value_text(character, low)
-                       : value_text(character, low) + "-" + value_text(character, high);
-  }
-  if (states == matrix.state_mask) return "?";
-  if (says_nothing(character, states)) {
-    const char symbol = symbol_of_set(type_of(character), matrix.cell_bytes, states);
-    if (symbol) return {symbol};
-  }
-  if (std::has_single_bit(states)) return state_symbol(character, std::countr_zero(states));
-  std::string text = "[";
-  for (std::uint32_t rest = states; rest; rest &= rest - 1) {
-    text += state_symbol(character, std::countr_zero(rest));
-  }
-  return text + "]";
 }
 
 int active_taxa() {

@@ -9,16 +9,9 @@
 #include <string_view>
 #include <vector>
 
-namespace zeb {
+#include "matrix/symbols.h"
 
-/// Block types, as bit flags.
-enum data_type : std::uint8_t {
-  numeric_data = 1,
-  dna_data = 2,
-  protein_data = 4,
-  continuous_data = 8,
-  landmark_data = 16,
-};
+namespace zeb {
 
 /// One per character; the current settings and the default kept by `ckeep` are two arrays of it.
 struct character_record {
@@ -42,8 +35,14 @@ struct character_record {
   // Union of the states of the active taxa's cells, leaving out those that say nothing ("?", "*",
   // "N" in DNA, "X" in proteins). Those cells hold more bits than this: mask them with it.
   std::uint32_t observed = 0;
-  std::int32_t* cost_matrix = nullptr;  // where cost tables are allocated: nstates_max squared
-  std::int8_t step_matrix = -1;         // number of the step matrix that it uses; -1 none
+  std::int8_t step_matrix = -1;  // number of the step matrix that it uses; -1 none
+};
+
+/// Least and largest number of steps that any tree can give to a character (unweighted; thousandths
+/// for continuous characters).
+struct step_range {
+  int least = 0;
+  int most = 0;
 };
 
 /// Costs of changes between states, under a name.
@@ -107,7 +106,8 @@ struct matrix_state {
   };
   std::vector<character_name> char_names;  // empty: undefined
 
-  std::vector<step_matrix> step_matrices;  // at most 32, by number
+  std::vector<std::uint8_t> taxa_of_steps;  // active taxa that min_steps and max_steps are for
+  std::vector<step_matrix> step_matrices;   // at most 32, by number
 
   // Groups: bit g of an element's word says whether it is in group g.
   static constexpr int group_count = 32;
@@ -163,8 +163,11 @@ std::string character_name(int character);
 std::string character_label(int character);
 /// Symbol of a state of the character as the matrix writes it.
 std::string state_symbol(int character, int state);
-/// "0", "[01]", "?", or "0.120-0.300" for a cell's state set.
-std::string cell_text(int character, std::uint32_t states);
+
+/// Cuts the name to what fits.
+void set_taxon_name(int taxon, std::string_view name);
+/// Names a character and its states.
+void set_character_name(int character, matrix_state::character_name name);
 
 int active_taxa();
 
@@ -172,57 +175,7 @@ int active_taxa();
 /// proteins, missing or inapplicable continuous values.
 bool says_nothing(int character, std::uint32_t states);
 
-/// Least and largest number of steps that any tree can give to a character (unweighted; thousandths
-/// for continuous characters).
-struct step_range {
-  int least = 0;
-  int most = 0;
-};
-/// The range over the flagged taxa (a byte per taxon), whatever the records hold.
-step_range steps_over_taxa(int character, std::span<const std::uint8_t> taxa);
-/// The same over the active taxa, from the record, which is brought up to date where needed.
-int minimum_steps(int character);
-int maximum_steps(int character);
-/// Computes min_steps, max_steps and `observed` of every character that needs it: those marked
-/// `needs_recheck`, all of them after a change of the active taxa.
-void recheck_steps();
-/// Is the character informative for the active taxa: its maximum exceeds its minimum.
-bool is_informative(int character);
-
 /// Called by every change of a setting that the packed data depend on: releases the search and
 /// optimisation locks, so that the next search packs anew.
 void drop_packed_data();
-/// Releases the matrix, trees and all that hangs on them.
-void wipe_matrix();
-/// Called when a new matrix has been laid out (by the tree store, groups...), and when one goes.
-/// Registered at start-up, run in order.
-using matrix_hook = void (*)();
-void add_new_matrix_hook(matrix_hook hook);
-void add_matrix_gone_hook(matrix_hook hook);
-
-/// Lays out an empty matrix in the arena (every cell missing, default settings), dropping any
-/// former one. Sizes are checked before anything is allocated. Used by every reader and by tests.
-/// A reader that fails before `finish_matrix` leaves no data: the end of the command clears them.
-/// Readers take the rows as they lie and blank each when its taxon comes, so that a size that is
-/// far too large costs nothing.
-enum class matrix_rows { blank, unset };
-void begin_matrix(int ntax, int nchar, matrix_rows rows = matrix_rows::blank);
-/// Makes every cell of the taxon missing.
-void blank_row(int taxon);
-/// Fewer taxa or characters than were laid out. Before `finish_matrix` only.
-void shrink_matrix(int ntax, int nchar);
-/// Makes a laid-out matrix current: types, defaults, outgroup, groups, hooks, lock. The reader has
-/// set each character's `type`, and the block table where there is more than one block.
-void finish_matrix();
-/// Cuts the name to what fits.
-void set_taxon_name(int taxon, std::string_view name);
-/// Sets the type of a character, with what hangs on it.
-void set_character_type(int character, data_type type);
-/// Bytes that a data set of this size is expected to need, searches included; infinite rather than
-/// wrapped round.
-double matrix_memory_estimate(int ntax, int nchar);
-
-/// Hands the other floors what they need of this one. Called once, at start-up.
-void register_matrix();
-
 }  // namespace zeb

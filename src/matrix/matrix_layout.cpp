@@ -1,4 +1,5 @@
-// Laying out a matrix in the arena, making it current, and dropping it.
+#include "matrix/matrix_layout.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -9,16 +10,18 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "base/process.h"
+#include "console/output.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
-#include "matrix/matrix.h"
-#include "matrix/symbols.h"
 
 namespace zeb {
 namespace {
 
-std::vector<matrix_hook> new_matrix_hooks;
-std::vector<matrix_hook> matrix_gone_hooks;
+struct layout_hooks {
+  std::vector<matrix_hook> new_matrix;
+  std::vector<matrix_hook> matrix_gone;
+};
+layout_hooks hooks;
 
 // What is set for the next matrix survives; the data themselves go.
 void clear_state() {
@@ -86,24 +89,14 @@ void complete_types() {
   }
 }
 
-// Runs at the end of every command: a matrix that was begun and never finished has lost its memory
-// with the command.
-void drop_unfinished_matrix() {
-  if (matrix.present || matrix.ntax == 0) return;
-  unlock(&locks.matrix_lock);
-  clear_state();
-}
-
-bool data_present() { return matrix.present; }
-
 }  // namespace
 
-void add_new_matrix_hook(matrix_hook hook) { new_matrix_hooks.push_back(hook); }
-void add_matrix_gone_hook(matrix_hook hook) { matrix_gone_hooks.push_back(hook); }
+void add_new_matrix_hook(matrix_hook hook) { hooks.new_matrix.push_back(hook); }
+void add_matrix_gone_hook(matrix_hook hook) { hooks.matrix_gone.push_back(hook); }
 
 void wipe_matrix() {
   if (matrix.present) {
-    for (const matrix_hook hook : matrix_gone_hooks) hook();
+    for (const matrix_hook hook : hooks.matrix_gone) hook();
   }
   unlock(&locks.matrix_lock);
   clear_state();
@@ -164,10 +157,11 @@ void shrink_matrix(int ntax, int nchar) {
   matrix.character_groups = matrix.character_groups.first(at(nchar));
 }
 
-void set_character_type(int character, data_type type) {
+void set_character_type(int character, data_type type, bool gap_is_state) {
   character_record& record = matrix.characters[at(character)];
   record.type = type;
   record.is_continuous = type == continuous_data;
+  record.gap_is_state = gap_is_state && (type == dna_data || type == protein_data);
 }
 
 void finish_matrix() {
@@ -179,13 +173,20 @@ void finish_matrix() {
   std::copy(matrix.characters.begin(), matrix.characters.end(), matrix.kept_characters.begin());
   // The lock comes first, so that what the hooks allocate and lock lies above the matrix.
   lock(&locks.matrix_lock);
-  for (const matrix_hook hook : new_matrix_hooks) hook();
+  for (const matrix_hook hook : hooks.new_matrix) hook();
   matrix.present = true;
 }
 
-void register_matrix() {
-  set_data_predicate(data_present);
-  add_command_over_hook(drop_unfinished_matrix);
+// A matrix that was begun and never finished has lost its memory with the command.
+void drop_unfinished_matrix() {
+  if (matrix.present || matrix.ntax == 0) return;
+  unlock(&locks.matrix_lock);
+  clear_state();
+}
+
+void set_matrix_source(std::string title, std::string file_name) {
+  matrix.title = std::move(title);
+  matrix.file_name = std::move(file_name);
 }
 
 }  // namespace zeb

@@ -1,4 +1,5 @@
-// The memory that a data set needs, and the arena made large enough for it.
+#include "matrix/matrix_memory.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include "language/data_memory.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "matrix/reading/matrix_reader.h"
 
 namespace zeb {
 namespace {

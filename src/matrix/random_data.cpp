@@ -5,28 +5,25 @@
 #include <string>
 #include <utility>
 
-#include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "base/random.h"
 #include "matrix/matrix.h"
-#include "matrix/reading/matrix_reader.h"
+#include "matrix/matrix_layout.h"
+#include "matrix/matrix_memory.h"
 
 namespace zeb {
 namespace {
-
-tree_source stored_trees = nullptr;
 
 void begin_made_matrix(int ntax, int nchar, const std::string& title) {
   wipe_matrix();
   make_room_for_matrix(ntax, nchar);
   begin_matrix(ntax, nchar);
-  matrix.title = title;
-  matrix.file_name = title;
+  set_matrix_source(title, title);
   for (int c = 0; c < nchar; ++c) set_character_type(c, numeric_data);
 }
 
-// Nodes so that each comes behind its ancestor; the root, which has none, is first.
+// Nodes so that each comes after its ancestor; the root, which has none, is first.
 std::vector<int> rootward_first(const std::vector<std::int32_t>& ancestors, int ntax) {
   const int nnodes = static_cast<int>(ancestors.size());
   std::vector<std::vector<int>> descendants(ancestors.size());
@@ -88,13 +85,6 @@ class change_drawing {
 };
 
 }  // namespace
-
-void set_tree_source(tree_source source) { stored_trees = source; }
-
-std::vector<std::int32_t> tree_from_source(int tree) {
-  if (!stored_trees) error_end("Tree(s) are required");
-  return stored_trees(tree);
-}
 
 void make_random_matrix(int nchar, int ntax, int nstates) {
   begin_made_matrix(ntax, nchar, text_of("'Random Data (%i states)'", nstates));

@@ -31,10 +31,4 @@ std::string title_of(const evolution_model& model);
 void make_matrix_from_tree(const std::vector<std::int32_t>& ancestors, const evolution_model& model,
                            int nchar, int nstates);
 
-/// Gives a copy of a stored tree, by number; raises the error for one that isn't there. Registered
-/// by the tree store, at start-up.
-using tree_source = std::vector<std::int32_t> (*)(int tree);
-void set_tree_source(tree_source source);
-std::vector<std::int32_t> tree_from_source(int tree);
-
 }  // namespace zeb

@@ -4,9 +4,16 @@
 #include <array>
 #include <cstdint>
 
-#include "matrix/matrix.h"
-
 namespace zeb {
+
+/// What the states of a character are, as bit flags.
+enum data_type : std::uint8_t {
+  numeric_data = 1,
+  dna_data = 2,
+  protein_data = 4,
+  continuous_data = 8,
+  landmark_data = 16,
+};
 
 /// The cell of each input character; 0 for a symbol that isn't allowed. Valid for one type of data
 /// and one cell width.

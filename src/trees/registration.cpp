@@ -1,6 +1,6 @@
 #include "trees/registration.h"
 
-#include "matrix/random_data.h"
+#include "matrix/hooks.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -17,7 +17,7 @@ std::vector<std::int32_t> copy_of_tree(int number) {
 }  // namespace
 
 void register_trees() {
-  set_tree_source(copy_of_tree);
+  hooks_of_matrix.stored_tree = copy_of_tree;
   register_tree_store();
   register_tree_lists();
   register_display();

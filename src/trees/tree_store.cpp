@@ -15,6 +15,7 @@
 #include "base/process.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "trees/registration.h"
 #include "trees/shrunken_tree.h"
 

@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "../support/program.h"
+#include "matrix/character_steps.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "matrix/smallest_hitting_set.h"
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"

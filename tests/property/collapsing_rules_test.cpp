@@ -7,6 +7,7 @@
 
 #include "base/arena.h"
 #include "engine/collapsing/collapsing.h"
+#include "matrix/matrix_layout.h"
 #include "matrix/symbols.h"
 #include "property/random_matrix.h"
 #include "support/neighbour_trees.h"

@@ -7,6 +7,7 @@
 
 #include "base/random.h"
 #include "engine/collapsing/collapsing.h"
+#include "matrix/matrix_layout.h"
 #include "property/random_matrix.h"
 #include "search/drivers/bbreak.h"
 #include "search/drivers/mult.h"

@@ -1,6 +1,8 @@
 // Implied weights in the packed engine: fits of trees and costs of joining against the oracle's
 // steps by character, bounds, and the same bits in every width.
 #include "engine/fit/implied_weighting.h"
+#include "matrix/character_steps.h"
+#include "matrix/matrix_layout.h"
 
 #include <gtest/gtest.h>
 

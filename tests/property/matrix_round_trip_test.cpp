@@ -5,6 +5,7 @@
 
 #include "../support/program.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "matrix/symbols.h"
 
 namespace {

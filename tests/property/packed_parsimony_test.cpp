@@ -9,6 +9,7 @@
 #include "engine/packing/packed_matrix.h"
 #include "engine/registration.h"
 #include "engine/search_data.h"
+#include "matrix/matrix_layout.h"
 #include "property/clipped_trees.h"
 #include "property/random_matrix.h"
 

@@ -1,7 +1,7 @@
 // Plain optimisation of stored trees against the oracle: polytomies, absent taxa, soft and hard;
 // the final sets.
-#include "engine/packing/packed_matrix.h"
 #include "engine/plain/plain_optimisation.h"
+#include "engine/packing/packed_matrix.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,7 @@
 #include "base/arena.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/search_data.h"
+#include "matrix/matrix_layout.h"
 #include "matrix/symbols.h"
 #include "property/random_matrix.h"
 

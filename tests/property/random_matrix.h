@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "support/naive_parsimony.h"
 
 namespace zeb_test {

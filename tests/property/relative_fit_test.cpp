@@ -1,6 +1,7 @@
 // Relative fit differences of moves against the steps of each character on both trees.
-#include "engine/packing/packed_matrix.h"
 #include "search/moves/relative_fit.h"
+#include "engine/packing/packed_matrix.h"
+#include "matrix/matrix_layout.h"
 
 #include <gtest/gtest.h>
 

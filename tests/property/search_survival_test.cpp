@@ -11,6 +11,7 @@
 #include "engine/collapsing/collapsing.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/plain/tree_scores.h"
+#include "matrix/matrix_layout.h"
 #include "property/random_matrix.h"
 #include "search/drivers/bbreak.h"
 #include "search/drivers/mult.h"

@@ -1,5 +1,6 @@
 // Numbers of changes between states against every reconstruction of small trees, tried one by one.
 #include "mapping/state_changes.h"
+#include "matrix/matrix_layout.h"
 
 #include <gtest/gtest.h>
 

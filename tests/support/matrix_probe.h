@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "support/program.h"
 
 namespace zeb_test {

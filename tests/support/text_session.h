@@ -8,6 +8,7 @@
 #include "console/output.h"
 #include "language/input.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "program.h"
 
 namespace zeb_test {

@@ -4,6 +4,7 @@
 #include "base/errors.h"
 #include "engine/packing/packing.h"
 #include "language/data_memory.h"
+#include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 
 namespace zeb {

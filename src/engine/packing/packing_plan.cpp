@@ -5,6 +5,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "engine/packing/field_placement.h"
+#include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 
 namespace zeb {

@@ -7,8 +7,9 @@
 #include "base/indices.h"
 #include "engine/plain/plain_optimisation.h"
 #include "engine/registration.h"
+#include "matrix/character_steps.h"
+#include "matrix/hooks.h"
 #include "matrix/matrix.h"
-#include "matrix/reading/matrix_writer.h"
 #include "matrix/symbols.h"
 #include "trees/tree_store.h"
 
@@ -84,6 +85,6 @@ std::vector<named_row> rows_of_tree(int number) {
 
 }  // namespace
 
-void register_node_rows() { set_node_row_source(rows_of_tree); }
+void register_node_rows() { hooks_of_matrix.node_rows = rows_of_tree; }
 
 }  // namespace zeb

@@ -3,8 +3,9 @@
 #include "engine/plain/group_measures.h"
 
 #include "engine/plain/plain_optimisation.h"
+#include "matrix/character_steps.h"
+#include "matrix/hooks.h"
 #include "matrix/matrix.h"
-#include "matrix/settings/group_selectors.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -27,6 +28,6 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
 
 }  // namespace
 
-void register_group_measures() { set_character_measurer(measure_characters); }
+void register_group_measures() { hooks_of_matrix.measure_characters = measure_characters; }
 
 }  // namespace zeb

@@ -1,7 +1,6 @@
 // The TAXA, DATA and CHARACTERS blocks of NEXUS.
 #include <map>
 
-#include "base/indices.h"
 #include "formats/foreign_matrix.h"
 #include "formats/nexus/data_format.h"
 #include "formats/nexus/nexus_file.h"
@@ -86,10 +85,8 @@ void read_state_labels(nexus_file& file, character_names& names) {
 }
 
 void set_character_names(const character_names& names) {
-  if (names.empty()) return;
-  matrix.char_names.resize(at(matrix.nchar));
   for (const auto& [character, name] : names) {
-    if (character < matrix.nchar) matrix.char_names[at(character)] = name;
+    if (character < matrix.nchar) set_character_name(character, name);
   }
 }
 
@@ -142,8 +139,7 @@ void read_data_block(nexus_file& file) {
       title = read_title(file);
     } else if (word.is("matrix")) {
       if (file.ntax == 0) file.ntax = static_cast<int>(file.taxon_labels.size());
-      begin_foreign_matrix(file.name, file.ntax, file.nchar);
-      matrix.title = title;
+      begin_foreign_matrix(file.name, file.ntax, file.nchar, title);
       read_nexus_matrix(file, format);
       matrix_read = true;
     } else if (!word.is(';')) {

@@ -15,6 +15,8 @@
 #include "formats/nexus/nexus_file.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "matrix/blocks.h"
+#include "matrix/matrix_layout.h"
 #include "matrix/reading/continuous_reader.h"
 #include "matrix/reading/matrix_reader.h"
 
@@ -228,18 +230,15 @@ void nexus_matrix_reader::read_with_continuous(int continuous) {
 }
 
 void nexus_matrix_reader::set_types() {
-  std::vector<int> first = {0};
+  std::vector<int> starts;
   data_type last = continuous_data;
   for (int c = 0; c < matrix.nchar; ++c) {
     const data_type type = format_.type_of(c);
-    set_character_type(c, type);
-    matrix.characters[at(c)].gap_is_state =
-        file_.gaps_are_new_states && (type == dna_data || type == protein_data);
-    if (c == 0 || (type != last && !format_.mixed.empty())) first.push_back(c);
+    set_character_type(c, type, file_.gaps_are_new_states);
+    if (c == 0 || (type != last && !format_.mixed.empty())) starts.push_back(c);
     last = type;
   }
-  matrix.block_first = first;
-  matrix.nblocks = static_cast<int>(first.size()) - 1;
+  lay_out_blocks(starts);
 }
 
 void nexus_matrix_reader::finish() {

@@ -12,7 +12,10 @@
 #include "language/input.h"
 #include "language/lexer.h"
 #include "macro/script_text.h"
+#include "matrix/blocks.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
+#include "matrix/matrix_memory.h"
 #include "matrix/reading/block_format.h"
 #include "matrix/reading/cell_reader.h"
 #include "matrix/reading/continuous_reader.h"
@@ -139,9 +142,7 @@ void matrix_reader::copy_row(int from, int to, int first, int end) {
 
 void matrix_reader::set_types(int first, int end) {
   for (int c = first; c < end; ++c) {
-    set_character_type(c, format_.type);
-    matrix.characters[at(c)].gap_is_state =
-        format_.gaps && (format_.type == dna_data || format_.type == protein_data);
+    set_character_type(c, format_.type, format_.gaps);
   }
   other_types_read_ = other_types_read_ || (end > first && format_.type != continuous_data);
 }
@@ -244,14 +245,14 @@ void matrix_reader::finish() {
   continuous_.store_all();
   free_to_high(high_at_start_);
   drop_empty_blocks();
-  matrix.nblocks = static_cast<int>(block_first_.size()) - 1;
-  matrix.block_first = block_first_;
   if (blocks_named_) {
     for (std::size_t b = 1; b < block_names_.size(); ++b) {
       if (block_names_[b].empty()) block_names_[b] = "Block_" + std::to_string(b);
     }
-    matrix.block_names = block_names_;
+  } else {
+    block_names_.clear();
   }
+  lay_out_blocks({block_first_.begin() + 1, block_first_.end()}, block_names_);
   finish_matrix();
 }
 
@@ -322,8 +323,7 @@ void read_matrix() {
   if (ntax < 4) error_end("Must specify number of taxa (4 or more)");
   make_room_for_matrix(ntax, nchar);
   begin_matrix(ntax, nchar, matrix_rows::unset);
-  matrix.title = title;
-  matrix.file_name = source;
+  set_matrix_source(title, source);
   matrix_reader().read();
   tell_what_was_read();
 }

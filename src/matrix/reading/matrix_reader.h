@@ -7,10 +7,6 @@ namespace zeb {
 /// command and leave no data.
 void read_matrix();
 
-/// Prints what a matrix of this size will need, and makes the arena larger where it should be. The
-/// former data must have gone.
-void make_room_for_matrix(int ntax, int nchar);
-
 /// Warns that the present data will be replaced by those of `source`. A user who declines ends the
 /// command.
 void warn_of_replacement(const char* source);

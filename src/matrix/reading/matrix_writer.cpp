@@ -5,7 +5,6 @@
 #include <charconv>
 #include <vector>
 
-#include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
@@ -17,8 +16,6 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t piece = 1000;  // bytes sent at a time: fits the line buffer
-
-node_row_source node_source = nullptr;
 
 // Collects text and sends it in pieces, whatever the length of a line.
 class line_writer {
@@ -289,13 +286,6 @@ std::string written_cell(int character, std::uint32_t states) {
     text += symbol_of_state(type, std::countr_zero(rest));
   }
   return text + "]";
-}
-
-void set_node_row_source(node_row_source source) { node_source = source; }
-
-std::vector<named_row> node_rows(int tree) {
-  if (!node_source) error_end("Tree(s) are required");
-  return node_source(tree);
 }
 
 void write_matrix(const write_request& request) { matrix_writer(request).write(); }

@@ -6,13 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace zeb {
+#include "matrix/hooks.h"
 
-/// A row that isn't a taxon's: nchar cells.
-struct named_row {
-  std::string name;
-  std::vector<std::uint32_t> cells;
-};
+namespace zeb {
 
 /// What is written of the matrix.
 struct write_request {
@@ -21,7 +17,7 @@ struct write_request {
   bool settings = true;  // with the commands that bring back settings and names of characters
   /// If not empty, cells to write in place of those in memory, by taxon and character.
   std::span<const std::uint32_t> cells;
-  std::span<const named_row> more_rows;  // written behind the taxa
+  std::span<const named_row> more_rows;  // written after the taxa
 };
 
 /// Sends complete commands to the output: reading them gives the same matrix.
@@ -32,10 +28,5 @@ std::string written_cell(int character, std::uint32_t states);
 
 /// A number with all digits that matter, without an exponent.
 std::string exact_text(double value);
-
-/// The internal nodes of a stored tree with their down-pass sets. Registered by the engine.
-using node_row_source = std::vector<named_row> (*)(int tree);
-void set_node_row_source(node_row_source source);
-std::vector<named_row> node_rows(int tree);
 
 }  // namespace zeb

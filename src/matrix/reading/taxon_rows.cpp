@@ -7,6 +7,7 @@
 #include "base/text_columns.h"
 #include "language/name_matching.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "matrix/reading/cell_reader.h"
 
 namespace zeb {

@@ -15,8 +15,11 @@
 #include "language/list_kinds.h"
 #include "language/lists.h"
 #include "macro/script_text.h"
+#include "matrix/character_steps.h"
 #include "matrix/commands.h"
+#include "matrix/hooks.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "matrix/random_data.h"
 #include "matrix/reading/cell_editing.h"
 #include "matrix/reading/matrix_reader.h"
@@ -77,7 +80,8 @@ void write_with_nodes() {
   int tree = 0;
   read_optional_int(&tree);
   expect_end();
-  const std::vector<named_row> nodes = node_rows(tree);
+  if (!hooks_of_matrix.node_rows) error_end("Tree(s) are required");
+  const std::vector<named_row> nodes = hooks_of_matrix.node_rows(tree);
   const mark_list taxa(at(matrix.ntax), 1);
   const mark_list characters(at(matrix.nchar), 1);
   write_matrix(
@@ -189,7 +193,7 @@ void make_random() {
   make_random_matrix(nchar, ntax, states);
 }
 
-/// Behind the number of the tree: what the model of this sign needs.
+/// What the model of this sign needs, after the number of the tree.
 evolution_model read_model(int sign) {
   if (sign == '+') {
     const double stasis = read_float();
@@ -215,7 +219,8 @@ void make_from_tree(int sign) {
   require_data("generating data from a tree");
   int tree = 0;
   if (!read_optional_int(&tree)) error_end("Must specify tree for generating data");
-  const std::vector<std::int32_t> ancestors = tree_from_source(tree);
+  if (!hooks_of_matrix.stored_tree) error_end("Tree(s) are required");
+  const std::vector<std::int32_t> ancestors = hooks_of_matrix.stored_tree(tree);
   const evolution_model model = read_model(sign);
   const int nchar = read_character_count();
   const int states = read_state_count();

@@ -1,6 +1,4 @@
 // `blocks`: data blocks, and restriction of the analysis to some of them.
-#include "matrix/blocks.h"
-
 #include <algorithm>
 #include <string>
 
@@ -14,10 +12,10 @@
 #include "language/list_reader.h"
 #include "language/list_text.h"
 #include "language/lists.h"
-#include "matrix/list_kinds.h"
+#include "matrix/blocks.h"
+#include "matrix/commands.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/character_settings.h"
-#include "matrix/settings/settings_commands.h"
 #include "matrix/settings/taxon_settings.h"
 
 namespace zeb {
@@ -130,29 +128,6 @@ void activate_blocks() {
 }
 
 }  // namespace
-
-void set_blocks(const std::vector<int>& starts) {
-  matrix.block_first.assign(1, 0);
-  matrix.block_first.insert(matrix.block_first.end(), starts.begin(), starts.end());
-  matrix.nblocks = static_cast<int>(starts.size());
-  matrix.block_names.clear();
-  int block = 0;
-  for (int c = 0; c < matrix.nchar; ++c) {
-    if (block < matrix.nblocks && c == starts[at(block)]) ++block;
-    matrix.characters[at(c)].block = block;
-    matrix.kept_characters[at(c)].block = block;
-  }
-}
-
-bool taxon_has_data(int taxon, int block) {
-  int first = 0;
-  int end = 0;
-  characters_of_block(block, &first, &end);
-  for (int c = first; c < end; ++c) {
-    if (!is_missing(taxon, c)) return true;
-  }
-  return false;
-}
 
 void blocks_command() {
   no_timing();

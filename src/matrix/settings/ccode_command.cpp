@@ -15,9 +15,10 @@
 #include "language/lexer.h"
 #include "language/list_reader.h"
 #include "language/lists.h"
+#include "matrix/character_steps.h"
+#include "matrix/commands.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/character_settings.h"
-#include "matrix/settings/settings_commands.h"
 
 namespace zeb {
 namespace {
@@ -92,7 +93,7 @@ class ccode_reader {
   }
 
   static void require_cost_tables() {
-    if (!matrix.characters[0].cost_matrix && matrix.step_matrices.empty()) {
+    if (matrix.step_matrices.empty()) {
       error_end("Sankoff characters have been disabled (use \"cost >;\" to enable)");
     }
   }

@@ -21,13 +21,6 @@ bool assign(field& target, const std::optional<value>& wanted) {
   return true;
 }
 
-void copy_costs(const character_record& from, character_record& to) {
-  const std::size_t states = at(matrix.cell_bytes) * 8;
-  if (from.cost_matrix && to.cost_matrix) {
-    std::copy_n(from.cost_matrix, states * states, to.cost_matrix);
-  }
-}
-
 }  // namespace
 
 void change_character(int character, const character_change& change) {
@@ -48,28 +41,19 @@ void change_character(int character, const character_change& change) {
 }
 
 void keep_settings() {
-  for (std::size_t c = 0; c < matrix.characters.size(); ++c) {
-    character_record& kept = matrix.kept_characters[c];
-    std::int32_t* const costs = kept.cost_matrix;
-    kept = matrix.characters[c];
-    kept.cost_matrix = costs;
-    copy_costs(matrix.characters[c], kept);
-  }
+  std::copy(matrix.characters.begin(), matrix.characters.end(), matrix.kept_characters.begin());
 }
 
 void restore_kept_settings() {
   drop_packed_data();
   for (int c = 0; c < matrix.nchar; ++c) {
     const character_record& kept = matrix.kept_characters[at(c)];
-    character_record& record = matrix.characters[at(c)];
-    copy_costs(kept, record);
     // What describes the cells (type, scale, observed states) isn't a setting and stays.
     change_character(c, {.additive = kept.additive != 0,
                          .active = kept.active != 0,
                          .sankoff = kept.is_sankoff != 0,
                          .weight = kept.weight,
                          .internal_steps = kept.internal_steps});
-    if (record.cost_matrix) record.needs_recheck = 1;
   }
 }
 

@@ -23,8 +23,7 @@ struct character_change {
 /// and landmarks have no internal steps.
 void change_character(int character, const character_change& change);
 
-/// Copies the current settings (with the cost tables, where there are any) into the default, and
-/// back.
+/// Copies the current settings into the default, and back.
 void keep_settings();
 void restore_kept_settings();
 

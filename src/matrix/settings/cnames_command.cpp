@@ -12,9 +12,9 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
-#include "matrix/list_kinds.h"
+#include "matrix/blocks.h"
+#include "matrix/commands.h"
 #include "matrix/matrix.h"
-#include "matrix/settings/settings_commands.h"
 
 namespace zeb {
 namespace {
@@ -88,8 +88,7 @@ void read_character_entry() {
     entry.states.emplace_back(token());
   }
   accept_char(';');
-  if (matrix.char_names.empty()) matrix.char_names.resize(at(matrix.nchar));
-  matrix.char_names[at(reference.character)] = std::move(entry);
+  set_character_name(reference.character, std::move(entry));
 }
 
 /// "N name ;" behind "[".

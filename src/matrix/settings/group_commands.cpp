@@ -7,10 +7,10 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
-#include "matrix/list_kinds.h"
+#include "matrix/blocks.h"
+#include "matrix/commands.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/group_selectors.h"
-#include "matrix/settings/settings_commands.h"
 
 namespace zeb {
 namespace {

@@ -9,15 +9,12 @@
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/list_kinds.h"
+#include "matrix/character_steps.h"
+#include "matrix/hooks.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
 namespace {
-
-struct measurer_slot {
-  character_measurer on_trees = nullptr;
-};
-measurer_slot measures;
 
 bool is_discrete(const character_record& record) {
   return (record.type & (numeric_data | dna_data | protein_data)) != 0;
@@ -75,15 +72,15 @@ void select_on_tree(tree_measure measure, std::string_view word, std::span<std::
   const int tree = read_int();
   if (tree < 0) error_end("Must give the number of a tree after", word);
   const value_condition wanted = read_condition(word);
-  if (!measures.on_trees) error_end("Characters can't be selected by their values on trees yet");
+  if (!hooks_of_matrix.measure_characters) {
+    error_end("Characters can't be selected by their values on trees yet");
+  }
   std::vector<double> values(at(matrix.nchar));
-  measures.on_trees(measure, tree, values);
+  hooks_of_matrix.measure_characters(measure, tree, values);
   for (int c = 0; c < matrix.nchar; ++c) selected[at(c)] = wanted.holds(values[at(c)]);
 }
 
 }  // namespace
-
-void set_character_measurer(character_measurer measurer) { measures.on_trees = measurer; }
 
 bool select_characters(std::string_view word, std::span<std::uint8_t> selected) {
   if (word == "type") {

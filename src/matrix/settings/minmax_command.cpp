@@ -10,6 +10,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "matrix/character_steps.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
 

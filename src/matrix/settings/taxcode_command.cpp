@@ -11,8 +11,8 @@
 #include "language/lexer.h"
 #include "language/list_text.h"
 #include "language/lists.h"
+#include "matrix/commands.h"
 #include "matrix/matrix.h"
-#include "matrix/settings/settings_commands.h"
 #include "matrix/settings/taxon_settings.h"
 
 namespace zeb {

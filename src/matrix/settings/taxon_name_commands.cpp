@@ -10,8 +10,8 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "matrix/commands.h"
 #include "matrix/matrix.h"
-#include "matrix/settings/settings_commands.h"
 #include "matrix/settings/taxon_settings.h"
 
 namespace zeb {

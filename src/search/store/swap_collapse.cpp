@@ -8,6 +8,7 @@
 #include "engine/collapsing/collapsing.h"
 #include "engine/packing/packed_matrix.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "search/moves/swapper.h"
 #include "search/registration.h"
 #include "search/search_state.h"

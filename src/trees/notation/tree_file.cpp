@@ -9,6 +9,7 @@
 #include "base/indices.h"
 #include "base/process.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "trees/notation/compact_format.h"
 #include "trees/notation/taxon_names.h"
 #include "trees/registration.h"

@@ -4,6 +4,7 @@
 
 #include "engine/search_data.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "support/program.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_store.h"

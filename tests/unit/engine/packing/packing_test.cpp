@@ -1,5 +1,7 @@
 // Data sets beside each other: each made of its own taxa, weights and criterion.
 #include "engine/packing/packing.h"
+#include "matrix/character_steps.h"
+#include "matrix/matrix_layout.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,15 @@
-// Taxa, characters and blocks as kinds of lists.
-#include "matrix/list_kinds.h"
+#include "matrix/registration.h"
 
 #include "base/indices.h"
+#include "base/process.h"
+#include "language/data_memory.h"
+#include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "matrix/blocks.h"
+#include "matrix/hooks.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 
 namespace zeb {
 namespace {
@@ -30,16 +35,7 @@ int block_named(std::string_view word) {
   return is_prefix(word, "all") ? 0 : -1;
 }
 
-}  // namespace
-
-bool characters_of_block(int block, int* first, int* end) {
-  if (block < 0 || block > matrix.nblocks) return false;
-  *first = block == 0 ? 0 : matrix.block_first[at(block)];
-  *end = block == 0 || block == matrix.nblocks ? matrix.nchar : matrix.block_first[at(block + 1)];
-  return true;
-}
-
-void register_matrix_lists() {
+void register_lists() {
   register_list_kind(
       {.noun = "taxon",
        .count = [] { return matrix.ntax; },
@@ -67,6 +63,17 @@ void register_matrix_lists() {
        .block_count = [] { return matrix.nblocks; }});
   register_list_kind(
       {.noun = "block", .count = [] { return matrix.nblocks + 1; }, .name = name_of_block});
+}
+
+}  // namespace
+
+matrix_hooks hooks_of_matrix;
+
+void register_matrix() {
+  register_lists();
+  set_data_predicate([] { return matrix.present; });
+  set_data_dropper(wipe_matrix);
+  add_command_over_hook(drop_unfinished_matrix);
 }
 
 }  // namespace zeb
