@@ -7,7 +7,7 @@
 #include "consensus/commands.h"
 #include "engine/commands.h"
 #include "formats/formats.h"
-#include "functions/function_table.h"
+#include "functions/commands.h"
 #include "language/commands/commands.h"
 #include "macro/commands.h"
 #include "matrix/commands.h"

@@ -4,7 +4,7 @@
 #include "engine/plain/group_measures.h"
 #include "engine/registration.h"
 #include "formats/formats.h"
-#include "functions/function_table.h"
+#include "functions/registration.h"
 #include "language/data_memory.h"
 #include "language/interpreter.h"
 #include "macro/registration.h"

@@ -1,7 +1,6 @@
-// Bracketed arguments of expression functions, and where list functions write.
+// Bracketed arguments of expression functions.
 #pragma once
 
-#include <span>
 #include <string>
 #include <vector>
 
@@ -25,11 +24,5 @@ int group_argument(int groups);
 
 /// A string argument: a variable that holds one, or a literal word.
 std::string string_argument();
-
-/// Writes the values from the target of the running `set` on, and sets `listsize`. `name` is how
-/// the function calls itself in messages. Returns the first value.
-double write_list(const char* name, std::span<const double> values);
-/// The same for rows of `columns` values each, which need a two-dimensional array.
-double write_rows(const char* name, std::span<const double> values, int columns);
 
 }  // namespace zeb

@@ -8,8 +8,9 @@
 
 #include "base/errors.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "language/lexer.h"
+#include "macro/assignment.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/scaling.h"
@@ -52,7 +53,7 @@ std::vector<double> values_from(const value_start& start, std::int64_t count) {
   return values;
 }
 
-// "[start num]", with "+N" behind start, and "/num" for num. Without num, all of an array.
+// "[start num]", with "+N" after start, and "/num" for num. Without num, all of an array.
 std::vector<double> value_run() {
   open_brackets();
   value_start start = read_start();
@@ -157,19 +158,21 @@ double variable_size() {
   return static_cast<double>(data_cell_count(section_sizes(reference)));
 }
 
-constexpr function_row rows[] = {
-    {"maxval", highest},
-    {"minval", lowest},
-    {"meanval", mean},
-    {"stddev", standard_deviation},
-    {"spearman", rank_correlation},
-    {"intpol", interpolated},
-    {"sortlist", sorted_list},
-    {"varsize", variable_size},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"maxval", "[start num]", "highest of num values from start on, which may be shifted by +N; num (optional for arrays) may be written /num", highest},
+    {"minval", "[start num]", "lowest of num values from start on, which may be shifted by +N; num (optional for arrays) may be written /num", lowest},
+    {"meanval", "[start num]", "mean of num values from start on, which may be shifted by +N; num (optional for arrays) may be written /num", mean},
+    {"stddev", "[start num]", "standard deviation of num values from start on, which may be shifted by +N; num (optional for arrays) may be written /num", standard_deviation},
+    {"spearman", "[A B N]", "rank correlation of N values (optional for arrays) from A and from B on", rank_correlation},
+    {"intpol", "[A N]", "value of array A at the fractional position N, interpolated", interpolated},
+    {"sortlist", "[start num]", "list of the indices of num values from start on (num optional for arrays), in increasing order of the values", sorted_list},
+    {"varsize", " xxx", "number of cells of variable xxx", variable_size},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> array_functions() { return rows; }
+const std::span<const expression_function> array_functions = rows;
 
 }  // namespace zeb

@@ -4,9 +4,10 @@
 
 #include "base/errors.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "macro/assignment.h"
 #include "macro/macro_values.h"
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
@@ -143,18 +144,20 @@ double edit_cost() {
   return sum;
 }
 
-constexpr function_row rows[] = {
-    {"blockstart", first_of_block},
-    {"blockend", last_of_block},
-    {"blocklist", blocks_of_characters},
-    {"taxinblock", taxon_in_block},
-    {"seqstart", sequence_start},
-    {"seqend", sequence_last},
-    {"editcost", edit_cost},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"blockstart", "[B]", "first character of data block B", first_of_block},
+    {"blockend", "[B]", "last character of data block B", last_of_block},
+    {"blocklist", "[C1 C2 ...]", "blocks that hold the characters", blocks_of_characters},
+    {"taxinblock", "[T B]", "1 if taxon T has data in block B", taxon_in_block},
+    {"seqstart", "[T B]", "first position of the sequence of taxon T in block B", sequence_start},
+    {"seqend", "[T B]", "last position of the sequence of taxon T in block B", sequence_last, function_list::general, "seqstart"},
+    {"editcost", "[A B S O X G]", "edit cost of taxa A and B as they are aligned; S, O and X are the costs of substitutions, gap openings and gap extensions (optional, default 1:1:1); G counts gaps only. Gaps count where they were read as a state (\"nstates gaps\")", edit_cost},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> block_functions() { return rows; }
+const std::span<const expression_function> block_functions = rows;
 
 }  // namespace zeb

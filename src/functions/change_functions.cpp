@@ -6,7 +6,7 @@
 
 #include "base/errors.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "functions/tree_arguments.h"
 #include "language/lexer.h"
 #include "mapping/state_changes.h"
@@ -98,14 +98,16 @@ double flip_distance() {
   return sum;
 }
 
-constexpr function_row rows[] = {
-    {"mintrans", least_changes},
-    {"maxtrans", most_changes},
-    {"flipd", flip_distance},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"mintrans", "[T C S1 S2]", "fewest changes from state S1 to S2 of character C on tree T, in any most parsimonious reconstruction", least_changes},
+    {"maxtrans", "[T C S1 S2]", "most changes from state S1 to S2 of character C on tree T, in any most parsimonious reconstruction", most_changes},
+    {"flipd", "[T j k]", "flip distance from tree T to the matrix, of characters 0/1: the least cost of flips that make every character a group of the tree; j and k (optional) are the costs of flipping 0 to 1 and 1 to 0", flip_distance},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> change_functions() { return rows; }
+const std::span<const expression_function> change_functions = rows;
 
 }  // namespace zeb

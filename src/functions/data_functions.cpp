@@ -6,7 +6,7 @@
 
 #include "base/errors.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "language/interpreter.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix.h"
@@ -196,41 +196,43 @@ double continuous_factor() {
   return matrix.scales.empty() ? 1 : matrix.scales[static_cast<std::size_t>(c)].factor;
 }
 
-constexpr function_row rows[] = {
-    {"ntax", last_taxon},
-    {"nchar", last_character},
-    {"nblocks", last_block},
-    {"isact", is_active_character},
-    {"isactax", is_active_taxon},
-    {"isadd", is_additive},
-    {"issank", is_sankoff},
-    {"iscont", is_continuous},
-    {"islmark", is_landmark},
-    {"lmnchar", last_landmark_character},
-    {"lmerror", landmark_error},
-    {"cost", cost_of_change},
-    {"isanc", has_ancestral_states},
-    {"iscateg", is_categorical},
-    {"isinfo", informative},
-    {"isdup", repeats_data},
-    {"weight", weight},
-    {"minsteps", least_steps},
-    {"maxsteps", most_steps},
-    {"minstepsact", least_steps_of_active},
-    {"maxstepsact", most_steps_of_active},
-    {"maxstate", highest_state},
-    {"nstates", state_count},
-    {"missing", missing_cell},
-    {"nummissing", missing_cells},
-    {"contmin", continuous_low},
-    {"contmax", continuous_high},
-    {"contmins", continuous_stored_low},
-    {"contmaxs", continuous_stored_high},
-    {"contscale", continuous_factor},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"ntax", "", "number of the last taxon", last_taxon},
+    {"nchar", "", "number of the last character", last_character},
+    {"nblocks", "", "number of the last data block", last_block},
+    {"isact", "[C]", "1 if character C is active", is_active_character},
+    {"isactax", "[T]", "1 if taxon T is active", is_active_taxon},
+    {"isadd", "[C]", "1 if character C is additive", is_additive},
+    {"issank", "[C]", "1 symmetric, 2 asymmetric, 3 symmetric with ancestral states; else 0", is_sankoff, function_list::general, "isadd"},
+    {"iscont", "[C]", "1 if character C is continuous", is_continuous},
+    {"islmark", "[C]", "1 if character C is a landmark configuration", is_landmark},
+    {"lmnchar", "", "number of landmark characters less one; -1 without any", last_landmark_character},
+    {"lmerror", "[N]", "error of the last landmark search: 0 mean, 1 standard deviation, 2 minimum, 3 maximum, 4 cases; without N (optional), 100 times the current margin", landmark_error},
+    {"cost", "[C S1 S2]", "cost of the change S1 to S2 in character C", cost_of_change},
+    {"isanc", "[C]", "1 if ancestral states are defined for character C", has_ancestral_states},
+    {"iscateg", "[C]", "1 if character C has discrete states (is neither continuous nor a landmark)", is_categorical},
+    {"isinfo", "[C]", "1 if character C is informative", informative},
+    {"isdup", "[T]", "1 if taxon T repeats the data of an earlier one", repeats_data},
+    {"weight", "[C]", "weight of character C", weight},
+    {"minsteps", "[C]", "minimum steps of character C over all taxa; minstepsact[C] over the active ones", least_steps},
+    {"maxsteps", "[C]", "maximum steps of character C over all taxa; maxstepsact[C] over the active ones", most_steps},
+    {"minstepsact", "[C]", "minimum steps of character C over the active taxa", least_steps_of_active, function_list::unlisted},
+    {"maxstepsact", "[C]", "maximum steps of character C over the active taxa", most_steps_of_active, function_list::unlisted},
+    {"maxstate", "[C]", "highest state of character C", highest_state},
+    {"nstates", "[C]", "number of states observed in character C", state_count},
+    {"missing", "[C T]", "1 if character C is missing in taxon T", missing_cell},
+    {"nummissing", "[C]", "missing entries of character C", missing_cells},
+    {"contmin", "[C T]", "minimum of continuous character C in taxon T", continuous_low, function_list::unlisted},
+    {"contmax", "[C T]", "maximum of continuous character C in taxon T", continuous_high, function_list::unlisted},
+    {"contmins", "[C T]", "minimum of continuous character C in taxon T, stored scale", continuous_stored_low, function_list::general, "contscale"},
+    {"contmaxs", "[C T]", "maximum of continuous character C in taxon T, stored scale", continuous_stored_high, function_list::general, "contmins"},
+    {"contscale", "[C]", "factor between original and stored scale of continuous character C", continuous_factor, function_list::general, "cost"},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> data_functions() { return rows; }
+const std::span<const expression_function> data_functions = rows;
 
 }  // namespace zeb

@@ -7,10 +7,10 @@
 #include <string>
 
 #include "base/errors.h"
-#include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "macro/assignment.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
@@ -92,13 +92,18 @@ text_end read_text_end() {
   return end;
 }
 
+[[noreturn]] double string_from_file() {
+  error_end("Expression \"hifstring\" is not available yet");
+}
+
 double text_from_file() {
-  if (macros.assign_target < 0) error_end("Hiftext can be used only to set a variable");
+  if (assignment.target < 0) error_end("Hiftext can be used only to set a variable");
   if (!macros.protection)
     error_end("Expression \"hiftext\" valid only under protection mode 1 or 2");
-  if (macros.assign_sizes.size() != 1) error_end("Expression \"hiftext\" requires one-dim arrays");
-  const std::size_t cell_size = macros.integer_only ? 4 : 8;
-  const std::size_t room = static_cast<std::size_t>(macros.assign_room) * cell_size - 1;
+  if (assignment.sizes.size() != 1) error_end("Expression \"hiftext\" requires one-dim arrays");
+  const std::size_t room =
+      static_cast<std::size_t>(assignment.room) * static_cast<std::size_t>(variable_cell_size()) -
+      1;
   std::size_t most = room;
   text_end end;
   for (;;) {
@@ -125,20 +130,25 @@ double text_from_file() {
                    : text.ends_with(end.text))
       break;
   }
-  std::memcpy(string_bytes(macros.assign_target).data(), text.c_str(), text.size() + 1);
-  macros.list_size = static_cast<int>(text.size() / cell_size);
-  macros.list_written = true;
+  write_string(text);
   return 0;
 }
 
-constexpr function_row rows[] = {
-    {"hifchar", next_character}, {"hifspy", spied_character}, {"hifeof", at_end},
-    {"hifline", line_number},    {"hifnumber", next_number},  {"hiftext", text_from_file},
-    {"isfile", file_exists},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"hifchar", "", "reads the next character of the active hifile as its code; -1 at the end", next_character},
+    {"hifspy", "", "code of the next character of the active hifile, left unread; -1 at the end", spied_character},
+    {"hifeof", "", "1 when only blanks remain in the active hifile", at_end},
+    {"hifline", "", "number of the current line of the active hifile, from 0", line_number},
+    {"hifnumber", "", "reads the next number of the active hifile", next_number},
+    {"hifstring", "", "used as $hifstring: the next string of the active hifile", string_from_file},
+    {"hiftext", " :N /T", "reads text of the active hifile into a variable, at most N characters or up to text T", text_from_file},
+    {"isfile", "[name]", "1 if the file exists", file_exists},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> file_functions() { return rows; }
+const std::span<const expression_function> file_functions = rows;
 
 }  // namespace zeb

@@ -1,241 +1,119 @@
-// Every expression function by name, with its help: the argument pattern, a newline, the
-// explanation. The names are reserved: no variable may have one.
 #include "functions/function_table.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+
+#include "base/errors.h"
+#include "console/output.h"
 
 namespace zeb {
 namespace {
 
-// clang-format off
-constexpr function_help rows[] = {
-    {"absicnl", "\n      current value of absincl"},
-    {"accepted", "\n      rearrangements that the last search accepted or stored"},
-    {"allvars", "\n      all user variables, named or not"},
-    {"argnumber", "\n      number of arguments of the current run file"},
-    {"anc", "[T N]\n      ancestor of node N of tree T"},
-    {"bbfull", "\n      1 if the last bandb enumeration was complete"},
-    {"bbtax", "\n      taxon being added within bandb"},
-    {"biginsect", "\n      list of nodes of the big tree in the sector"},
-    {"bignotsect", "\n      list of nodes of the big tree outside the sector"},
-    {"blockend", "[B]\n      last character of data block B"},
-    {"blocklist", "[C1 C2 ...]\n      blocks that hold the characters"},
-    {"blockstart", "[B]\n      first character of data block B"},
-    {"bigntax", "\n      last taxon of the big tree"},
-    {"bittype", "\n      bits of the words in use by searches: 32, or as many as this processor\n      has"},
-    {"break", "\n      setting of break, 1 or 0"},
-    {"bremlist", " <options>\n      list of Bremer supports, options as for bsupport"},
-    {"charsingp", "[G]\n      number of characters in character group G"},
-    {"collapse", "\n      current collapsing rule"},
-    {"combin", "[X Y]\n      combinations of X objects taken Y at a time"},
-    {"comnod", "[T N1 N2]\n      most recent common ancestor of nodes N1 and N2 of tree T"},
-    {"cost", "[C S1 S2]\n      cost of the change S1 to S2 in character C"},
-    {"contscale", "[C]\n      factor between original and stored scale of continuous character C"},
-    {"contmins", "[C T]\n      minimum of continuous character C in taxon T, stored scale"},
-    {"contmaxs", "[C T]\n      maximum of continuous character C in taxon T, stored scale"},
-    {"cpus", "\n      processors of this machine"},
-    {"curisdir", "\n      within forfiles, 1 if the current file is a directory"},
-    {"cutswap", "[T N1 N2]\n      cutoff of swapping"},
-    {"cygwin", "\n      1 if running under Cygwin"},
-    {"dcomp", "[type]\n      last result of dcomp"},
-    {"distnode", "[T N1 N2]\n      branches between nodes N1 and N2 of tree T"},
-    {"downlist", "[T]\n      internal nodes of tree T, from the tips to the root"},
-    {"deslist", "[T N]\n      immediate descendants of node N of tree T"},
-    {"discoeff", "[T1 T2]\n      distortion coefficient of the trees"},
-    {"editcost", "[A B S O X G]\n      edit cost of taxa A and B as they are aligned; S, O and X are the costs\n      of substitutions, gap openings and gap extensions (optional, default\n      1:1:1); G counts gaps only. Gaps count where they were read as a state\n      (\"nstates gaps\")"},
-    {"eqgroup", "[T1 N1 T2]\n      node of T2 with the group of node N1 of T1; 0 none but compatible, -1\n      none and contradictory"},
-    {"eqstring", "[X Y]\n      1 if strings X and Y are equal"},
-    {"eqtrees", "[T1 T2]\n      1 if the trees are equal"},
-    {"exstatus", "\n      status given by the last return"},
-    {"fit", "[T C]\n      fit of tree T, or of character C on it (C optional)"},
-    {"firstdes", "[T N]\n      first descendant of node N of tree T"},
-    {"fixlik", "[T]\n      likelihood of tree T with fixed branch lengths"},
-    {"flipd", "[T j k]\n      flip distance from tree T to the matrix, of characters 0/1: the least\n      cost of flips that make every character a group of the tree; j and k\n      (optional) are the costs of flipping 0 to 1 and 1 to 0"},
-    {"freevars", "\n      user variables left"},
-    {"freqlist", " <options>\n      list of frequencies of groups in per cent, options as for majority up to\n      \";\": by node of tree J (\"[J]\"), or else of the majority rule tree; 100\n      where a node has no group"},
-    {"freqdlist", " <options>\n      list of frequency differences of groups in per cent, options as for\n      freqdifs; by node as freqlist"},
-    {"gcomp", "[T1 N1 T2 N2]\n      0 the groups are incompatible, 1 N1 includes N2, 2 N2 includes N1, 3 they\n      are equal, 4 disjunct"},
-    {"getarep", "\n      replication that the last search was at; -1 without replications"},
-    {"getrandom", "[from to]\n      random number from..to, both included"},
-    {"getresponse", "[text]\n      shows the text; 1 yes, 0 no, 2 cancel"},
-    {"gfreq", "[T N]\n      per cent of the trees in memory that have the group of node N of tree T"},
-    {"grandscore", "\n      lowest score that any search has seen since the data were read; -1\n      without one"},
-    {"grouplist", "[T N]\n      terminals that belong to node N of tree T"},
-    {"grpdist", "[T1 T2]\n      distance of trees by groups not shared"},
-    {"grptogrp", "[T1 T2]\n      for each node of T1 the node of T2 with the same group"},
-    {"havetgp", "[Name]\n      1 if there is a tree group of that name"},
-    {"homo", "[T C]\n      homoplasy of tree T (weighted), or of character C on it (C optional)"},
-    {"hifchar", "\n      reads the next character of the active hifile as its code; -1 at the end"},
-    {"hifeof", "\n      1 when only blanks remain in the active hifile"},
-    {"hifline", "\n      number of the current line of the active hifile, from 0"},
-    {"hifnumber", "\n      reads the next number of the active hifile"},
-    {"hifspy", "\n      code of the next character of the active hifile, left unread; -1 at the\n      end"},
-    {"hifstring", "\n      used as $hifstring: the next string of the active hifile"},
-    {"hiftext", " :N /T\n      reads text of the active hifile into a variable, at most N characters or\n      up to text T"},
-    {"implik", "[T]\n      implied likelihood of tree T"},
-    {"impwtlist", "[T]\n      list by character of the weights k/(k+h) that tree T implies; 0 for\n      characters that don't count"},
-    {"intpol", "[A N]\n      value of array A at the fractional position N, interpolated"},
-    {"isact", "[C]\n      1 if character C is active"},
-    {"isactax", "[T]\n      1 if taxon T is active"},
-    {"isadd", "[C]\n      1 if character C is additive"},
-    {"issank", "[C]\n      1 symmetric, 2 asymmetric, 3 symmetric with ancestral states; else 0"},
-    {"isanc", "[C]\n      1 if ancestral states are defined for character C"},
-    {"iscateg", "[C]\n      1 if character C has discrete states (is neither continuous nor a\n      landmark)"},
-    {"iscont", "[C]\n      1 if character C is continuous"},
-    {"isdup", "[T]\n      1 if taxon T repeats the data of an earlier one"},
-    {"isfile", "[name]\n      1 if the file exists"},
-    {"isinagroup", "[G T]\n      1 if taxon T is in taxon group G"},
-    {"isinfo", "[C]\n      1 if character C is informative"},
-    {"isinstring", "[A B]\n      1 if string A holds string B"},
-    {"isintree", "[T taxon]\n      1 if the taxon is in tree T"},
-    {"isintgroup", "[G T]\n      1 if tree T is in tree group G"},
-    {"isinxgroup", "[G C]\n      1 if character C is in character group G"},
-    {"islmark", "[C]\n      1 if character C is a landmark configuration"},
-    {"ismono", "[T taxa]\n      1 if the taxa, separated by blanks, form a group of tree T"},
-    {"lastsibyl", "[N]\n      results of the last estimate of search effort"},
-    {"lastsupp", "[N]\n      support of node N in the last analysis of supports"},
-    {"length", "[T C]\n      length of tree T, or steps of character C on it (C optional)"},
-    {"lenstring", "[S]\n      length of string S"},
-    {"listsize", "\n      last index filled by the last list function"},
-    {"log", "[N]\n      natural logarithm"},
-    {"lik", "[T]\n      likelihood of tree T"},
-    {"linux", "\n      1 if running under Linux"},
-    {"kval", "\n      concavity k of implied weighting"},
-    {"lmdims", "[C]\n      dimensions of landmark character C"},
-    {"lmerror", "[N]\n      error of the last landmark search: 0 mean, 1 standard deviation, 2\n      minimum, 3 maximum, 4 cases; without N (optional), 100 times the current\n      margin"},
-    {"lmfactor", "[C]\n      factor of landmark character C"},
-    {"lmmaxdist", "[C L]\n      largest distance for landmark L of character C"},
-    {"lmnchar", "\n      number of landmark characters less one; -1 without any"},
-    {"lmnpoints", "[C]\n      landmarks of character C"},
-    {"lmscore", "[T C]\n      score of landmark character C on tree T"},
-    {"lmwt", "[C L]\n      weight of landmark L of character C"},
-    {"lmxcell", "[C L N T]\n      grid cell of a landmark"},
-    {"lmxcoord", "[C L N T]\n      coordinate of a landmark"},
-    {"macseed", "\n      seed of the macro random numbers"},
-    {"matchtax", "[T1 T2]\n      list of matching taxa"},
-    {"maxcfork", "[T N]\n      largest clade at the fork of node N of tree T"},
-    {"maxstate", "[C]\n      highest state of character C"},
-    {"maxsteps", "[C]\n      maximum steps of character C over all taxa; maxstepsact[C] over the\n      active ones"},
-    {"maxtgroups", "\n      number of tree groups that can be defined"},
-    {"maxtrans", "[T C S1 S2]\n      most changes from state S1 to S2 of character C on tree T, in any most\n      parsimonious reconstruction"},
-    {"maxtrees", "\n      space for trees in memory"},
-    {"maxval", "[start num]\n      highest of num values from start on, which may be shifted by +N; num\n      (optional for arrays) may be written /num"},
-    {"maxvars", "\n      last user variable"},
-    {"meanval", "[start num]\n      mean of num values from start on, which may be shifted by +N; num\n      (optional for arrays) may be written /num"},
-    {"minsteps", "[C]\n      minimum steps of character C over all taxa; minstepsact[C] over the\n      active ones"},
-    {"mintrans", "[T C S1 S2]\n      fewest changes from state S1 to S2 of character C on tree T, in any most\n      parsimonious reconstruction"},
-    {"minval", "[start num]\n      lowest of num values from start on, which may be shifted by +N; num\n      (optional for arrays) may be written /num"},
-    {"missing", "[C T]\n      1 if character C is missing in taxon T"},
-    {"mklik", "[T C]\n      likelihood of a character"},
-    {"mplik", "[T C]\n      likelihood of the most parsimonious states"},
-    {"mono", "[T]\n      constraints fulfilled by tree T"},
-    {"mypid", "\n      number of this process"},
-    {"nblocks", "\n      number of the last data block"},
-    {"nchar", "\n      number of the last character"},
-    {"nnodes", "[T]\n      number of nodes of tree T, the largest node number plus one (T optional:\n      of a dichotomous tree)"},
-    {"nodfork", "[T N]\n      number of immediate descendants of node N of tree T"},
-    {"nodtosect", "[N]\n      node of the sector for node N of the big tree"},
-    {"nstates", "[C]\n      number of states observed in character C"},
-    {"ntax", "\n      number of the last taxon"},
-    {"ntrees", "\n      number of the last tree in memory; -1 with none"},
-    {"numbits", "[N]\n      bits set in N"},
-    {"numclads", "[N]\n      number of rooted binary cladograms for N taxa"},
-    {"numcategs", "\n      number of categories"},
-    {"numdes", "[T N]\n      terminals below node N of tree T"},
-    {"numhits", "\n      hits to best score of the last search"},
-    {"nummissing", "[C]\n      missing entries of character C"},
-    {"outgroup", "\n      outgroup taxon"},
-    {"percswap", "\n      percentage of swapping done"},
-    {"piwe", "\n      0 off, 1 standard, 2 auto-weighted, 3 extended for missing entries, 4\n      extended with weighting groups"},
-    {"power", "[X Y]\n      X to the power Y"},
-    {"protmode", "\n      protection level"},
-    {"randomlist", "[X Y]\n      random order of 0 to X-1, Y the first (optional)"},
-    {"rearrangs", "\n      rearrangements examined by the last search"},
-    {"recsteps", "\n      steps of the current reconstruction"},
-    {"regalfa", "\n      intercept of the last regression"},
-    {"regbeta", "\n      slope of the last regression"},
-    {"regr", "\n      correlation of the last regression or scaling"},
-    {"report", "\n      setting of report, 1 or 0"},
-    {"repspoly", "[T N]\n      list of one terminal, the first, of each descendant of node N of tree T"},
-    {"rfdist", "[T1 T2]\n      normalised Robinson-Foulds distance of the trees"},
-    {"root", "[T]\n      number of the root node of tree T (T optional)"},
-    {"rseed", "\n      current random seed"},
-    {"rsubopt", "\n      relative suboptimal value"},
-    {"score", "[T C]\n      score of tree T, or of character C on it (C optional)"},
-    {"seclevel", "\n      level of recursion of sectorial searches"},
-    {"seqstart", "[T B]\n      first position of the sequence of taxon T in block B"},
-    {"seqend", "[T B]\n      last position of the sequence of taxon T in block B"},
-    {"simgroup", "[T1 N T2]\n      node of T2 whose group is most similar to that of node N of T1: the\n      largest share of taxa in both groups, of those in either; 0 if none\n      shares a taxon"},
-    {"simplik", "[T]\n      simple likelihood of tree T"},
-    {"sister", "[T N]\n      sister of node N of tree T, the first of several"},
-    {"slerrmarg", "\n      error margin of the approximate search"},
-    {"smplik", "[T]\n      sampled likelihood of tree T"},
-    {"softhomo", "[T C]\n      as homo, with soft polytomies (C optional)"},
-    {"softlength", "[T C]\n      as length, with soft polytomies (C optional)"},
-    {"softscore", "[T C]\n      as score, with soft polytomies (C optional)"},
-    {"softfit", "[T C]\n      as fit, with soft polytomies (C optional)"},
-    {"sortlist", "[start num]\n      list of the indices of num values from start on (num optional for\n      arrays), in increasing order of the values"},
-    {"spearman", "[A B N]\n      rank correlation of N values (optional for arrays) from A and from B on"},
-    {"splitgroup", "[T N]\n      list by taxon of the descendant of node N of tree T that holds it, from\n      1; 0 for taxa outside the group"},
-    {"sprdiff", "[T1 T2]\n      number of SPR moves between the trees"},
-    {"sprsim", "[T1 T2]\n      similarity by SPR moves"},
-    {"states", "[C N T]\n      states of character C at node N of tree T, as bits; : before N takes the\n      down-pass states; . for C or N lists all of them, in an array, . for both\n      in an array [characters nodes]"},
-    {"statediff", "[S1 S2 0/1]\n      difference of state sets, additive with 1, non-additive with 0"},
-    {"stddev", "[start num]\n      standard deviation of num values from start on, which may be shifted by\n      +N; num (optional for arrays) may be written /num"},
-    {"stringend", "[var]\n      last cell used by the string in var"},
-    {"stringsim", "[X Y]\n      similarity of the strings, 1 - edit cost / length"},
-    {"subopt", "\n      absolute suboptimal value"},
-    {"symcoeff", "[T]\n      symmetry of tree T: 1 symmetric, 0 a comb (1 less the imbalance of\n      Colless over its maximum)"},
-    {"taxinblock", "[T B]\n      1 if taxon T has data in block B"},
-    {"taxingp", "[G]\n      number of taxa in taxon group G"},
-    {"tcount", "[T]\n      number of trees in memory that are equal to tree T, itself included"},
-    {"time", "\n      seconds since the last resettime"},
-    {"tnodes", "[T]\n      number of internal nodes of tree T"},
-    {"treesingp", "[G]\n      number of trees in tree group G"},
-    {"tsize", "[T]\n      number of taxa of tree T"},
-    {"uplist", "[T N]\n      internal nodes of tree T above node N, from N to the tips (N optional)"},
-    {"usdram", "\n      peak of bytes used"},
-    {"varsize", " xxx\n      number of cells of variable xxx"},
-    {"vtrees", "\n      number of the last tree in the vault; -1 with none"},
-    {"weight", "[C]\n      weight of character C"},
-    {"whomo", "[T C]\n      homoplasy times weight (C optional)"},
-    {"windows", "\n      1 if running under Windows"},
-    {"", ""},
-    {"   Parallel versions only:", ""},
-    {"attag", "[G J K]\n      1 if the tag of task K of job J is at least G; without K (optional), how\n      many tasks"},
-    {"bestscore", "[J K]\n      best score of task K of job J"},
-    {"bground", "\n      1 in the background"},
-    {"deltascore", "[J]\n      improvement of score in job J"},
-    {"hostload", "[H]\n      load of host H"},
-    {"isinhgroup", "[G H]\n      1 if host H is in host group G"},
-    {"ntasksbelow", "[J S]\n      tasks of job J with best score at or below S"},
-    {"numerrors", "[J]\n      errors in job J"},
-    {"numhosts", "\n      number of hosts"},
-    {"numjobs", "\n      number of jobs"},
-    {"numrearrangs", "[J K]\n      rearrangements done by task K of job J"},
-    {"numreps", "[J K]\n      replications done by task K of job J"},
-    {"numtasks", "[J]\n      tasks of job J"},
-    {"numtrees", "[J K]\n      trees found by task K of job J"},
-    {"percdone", "[J K]\n      percentage done by task K of job J"},
-    {"pexstatus", "[J K]\n      exit status of task K of job J"},
-    {"plevel", "\n      number of parents: 0 for the master"},
-    {"pmode", "\n      0 not parallel, 1 PVM, 2 MPI"},
-    {"runtime", "[J K]\n      seconds that task K of job J has run"},
-    {"schalg", "[J K]\n      algorithm that task K of job J is in"},
-    {"slavenum", "[N]\n      task number of this process, or of its parent N (optional)"},
-    {"speed", "[...]\n      list of speeds of the hosts"},
-    {"tagsum", "[J]\n      sum of the tags of job J"},
-    {"tasksatsch", "[J alg]\n      tasks of job J in algorithm alg"},
-    {"tasksin", "[H]\n      tasks in host H"},
-    {"tasksleft", "[J]\n      tasks of job J still running"},
-    {"tasksrecvd", "[J]\n      tasks of job J received"},
-    {"tasktoh", "[J K]\n      host of task K of job J"},
-    {"totcpus", "\n      processors of all hosts"},
-    {"treeparts", "[J]\n      parts of trees received from job J"},
-    {"waitsuccess", "\n      0 when the last wait ended on its time-out"},
-};
-// clang-format on
+constexpr std::size_t help_indent = 6;
+constexpr std::size_t longest_help_line = 79;
+
+using name_index = std::map<std::string_view, const expression_function*>;
+
+const name_index& functions_by_name() {
+  static const name_index index = [] {
+    name_index all;
+    for (const expression_function* row : all_functions()) all.emplace(row->name, row);
+    return all;
+  }();
+  return index;
+}
+
+bool is_listed(const expression_function& row) { return row.list != function_list::unlisted; }
+
+// The help of a row: name and arguments, and below them the text in lines that fit the screen.
+std::string help_text(const expression_function& row) {
+  std::string text = std::string(row.name) + std::string(row.arguments) + "\n";
+  std::string line(help_indent - 1, ' ');
+  std::string_view rest = row.help;
+  while (!rest.empty()) {
+    const std::string_view word = rest.substr(0, rest.find(' '));
+    rest.remove_prefix(std::min(rest.size(), word.size() + 1));
+    if (line.size() + 1 + word.size() > longest_help_line) {
+      text += line + "\n";
+      line.assign(help_indent - 1, ' ');
+    }
+    (line += ' ') += word;
+  }
+  return text + line + "\n";
+}
 
 }  // namespace
 
-std::span<const function_help> function_table() { return rows; }
+std::vector<const expression_function*> all_functions() {
+  std::vector<const expression_function*> all;
+  for (const auto rows :
+       {data_functions, block_functions, tree_functions, tree_group_functions, score_functions,
+        change_functions, search_functions, group_functions, setting_functions, number_functions,
+        array_functions, string_functions, file_functions, reserved_functions}) {
+    for (const expression_function& row : rows) all.push_back(&row);
+  }
+  return all;
+}
+
+std::vector<const expression_function*> listed_functions() {
+  std::vector<const expression_function*> list = all_functions();
+  std::erase_if(list, [](const expression_function* row) { return !is_listed(*row); });
+  std::sort(list.begin(), list.end(),
+            [](const expression_function* a, const expression_function* b) {
+              const bool last_a = a->list == function_list::parallel;
+              const bool last_b = b->list == function_list::parallel;
+              return last_a != last_b ? last_b : a->name < b->name;
+            });
+  // Rows with a place of their own move there; one that follows such a row moves after it has
+  // moved.
+  std::vector<const expression_function*> moving;
+  std::copy_if(list.begin(), list.end(), std::back_inserter(moving),
+               [](const expression_function* row) { return !row->listed_after.empty(); });
+  std::erase_if(list, [](const expression_function* row) { return !row->listed_after.empty(); });
+  while (!moving.empty()) {
+    const auto next = std::find_if(moving.begin(), moving.end(), [&](const auto* row) {
+      return std::none_of(moving.begin(), moving.end(),
+                          [row](const auto* other) { return other->name == row->listed_after; });
+    });
+    ALWAYS_CHECK(next != moving.end(), "functions are listed after one another in a circle");
+    const auto before = std::find_if(list.begin(), list.end(), [next](const auto* row) {
+      return row->name == (*next)->listed_after;
+    });
+    ALWAYS_CHECK(before != list.end(), "a function is listed after one that isn't listed");
+    list.insert(before + 1, *next);
+    moving.erase(next);
+  }
+  return list;
+}
+
+const expression_function* find_function(std::string_view name) {
+  const auto found = functions_by_name().find(name);
+  return found == functions_by_name().end() ? nullptr : found->second;
+}
+
+bool is_function_name(std::string_view name) {
+  const expression_function* row = find_function(name);
+  return row && is_listed(*row);
+}
+
+bool function_value(std::string_view name, double* value) {
+  const expression_function* row = find_function(name);
+  if (!row || row->list == function_list::name_only) return false;
+  if (!row->value) error_end_f("Expression \"%s\" is not available yet", std::string(name).c_str());
+  *value = row->value();
+  return true;
+}
+
+bool print_function_help(std::string_view word) {
+  bool found = false;
+  for (const expression_function* row : listed_functions()) {
+    if (!row->name.starts_with(word)) continue;
+    emit(help_text(*row));
+    if (!row->value && row->list != function_list::name_only) emit("      (not available yet)\n");
+    found = true;
+  }
+  return found;
+}
 
 }  // namespace zeb

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "language/interpreter.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
@@ -74,14 +74,19 @@ double trees_in_group() {
   return count;
 }
 
-constexpr function_row rows[] = {
-    {"isinagroup", taxon_in_group},     {"isinxgroup", character_in_group},
-    {"isintgroup", is_tree_in_group},   {"taxingp", taxa_in_group},
-    {"charsingp", characters_in_group}, {"treesingp", trees_in_group},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"isinagroup", "[G T]", "1 if taxon T is in taxon group G", taxon_in_group},
+    {"isinxgroup", "[G C]", "1 if character C is in character group G", character_in_group},
+    {"isintgroup", "[G T]", "1 if tree T is in tree group G", is_tree_in_group, function_list::general, "isintree"},
+    {"taxingp", "[G]", "number of taxa in taxon group G", taxa_in_group},
+    {"charsingp", "[G]", "number of characters in character group G", characters_in_group},
+    {"treesingp", "[G]", "number of trees in tree group G", trees_in_group},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> group_functions() { return rows; }
+const std::span<const expression_function> group_functions = rows;
 
 }  // namespace zeb

@@ -8,7 +8,8 @@
 
 #include "base/errors.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
+#include "macro/assignment.h"
 #include "macro/macro_state.h"
 
 namespace zeb {
@@ -114,14 +115,22 @@ double state_difference() {
   return low_b > high_a ? low_b - high_a : 0;
 }
 
-constexpr function_row rows[] = {
-    {"combin", combinations},     {"numclads", cladograms},      {"power", power},
-    {"log", natural_logarithm},   {"logten", decimal_logarithm}, {"numbits", bits_set},
-    {"getrandom", random_number}, {"randomlist", random_list},   {"statediff", state_difference},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"combin", "[X Y]", "combinations of X objects taken Y at a time", combinations},
+    {"numclads", "[N]", "number of rooted binary cladograms for N taxa", cladograms},
+    {"power", "[X Y]", "X to the power Y", power},
+    {"log", "[N]", "natural logarithm", natural_logarithm, function_list::general, "listsize"},
+    {"logten", "[N]", "decimal logarithm", decimal_logarithm, function_list::unlisted},
+    {"numbits", "[N]", "bits set in N", bits_set},
+    {"getrandom", "[from to]", "random number from..to, both included", random_number},
+    {"randomlist", "[X Y]", "random order of 0 to X-1, Y the first (optional)", random_list},
+    {"statediff", "[S1 S2 0/1]", "difference of state sets, additive with 1, non-additive with 0", state_difference, function_list::general, "states"},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> number_functions() { return rows; }
+const std::span<const expression_function> number_functions = rows;
 
 }  // namespace zeb

@@ -7,8 +7,9 @@
 #include "engine/plain/plain_optimisation.h"
 #include "engine/search_data.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "language/lexer.h"
+#include "macro/assignment.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
@@ -213,22 +214,24 @@ double node_states() {
   return all_characters || all_nodes ? write_list("States", values) : values[0];
 }
 
-constexpr function_row rows[] = {
-    {"length", hard<length>},
-    {"softlength", soft<length>},
-    {"score", hard<score>},
-    {"softscore", soft<score>},
-    {"homo", hard<plain_homoplasy>},
-    {"softhomo", soft<plain_homoplasy>},
-    {"whomo", hard<weighted_homoplasy>},
-    {"states", node_states},
-    {"impwtlist", implied_weights},
-    {"fit", hard<fit>},
-    {"softfit", soft<fit>},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"length", "[T C]", "length of tree T, or steps of character C on it (C optional)", hard<length>},
+    {"softlength", "[T C]", "as length, with soft polytomies (C optional)", soft<length>},
+    {"score", "[T C]", "score of tree T, or of character C on it (C optional)", hard<score>},
+    {"softscore", "[T C]", "as score, with soft polytomies (C optional)", soft<score>},
+    {"homo", "[T C]", "homoplasy of tree T (weighted), or of character C on it (C optional)", hard<plain_homoplasy>, function_list::general, "havetgp"},
+    {"softhomo", "[T C]", "as homo, with soft polytomies (C optional)", soft<plain_homoplasy>},
+    {"whomo", "[T C]", "homoplasy times weight (C optional)", hard<weighted_homoplasy>},
+    {"states", "[C N T]", "states of character C at node N of tree T, as bits; : before N takes the down-pass states; . for C or N lists all of them, in an array, . for both in an array [characters nodes]", node_states},
+    {"impwtlist", "[T]", "list by character of the weights k/(k+h) that tree T implies; 0 for characters that don't count", implied_weights},
+    {"fit", "[T C]", "fit of tree T, or of character C on it (C optional)", hard<fit>},
+    {"softfit", "[T C]", "as fit, with soft polytomies (C optional)", soft<fit>, function_list::general, "softscore"},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> score_functions() { return rows; }
+const std::span<const expression_function> score_functions = rows;
 
 }  // namespace zeb

@@ -2,10 +2,10 @@
 #include <cstdint>
 
 #include "base/errors.h"
-#include "engine/kernels/kernel_tables.h"
+#include "engine/kernels/kernels.h"
 #include "engine/search_data.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "search/search_state.h"
 
 namespace zeb {
@@ -39,17 +39,24 @@ double search_effort() {
   error_end("Expression \"lastsibyl\" is not available yet");
 }
 
-constexpr function_row rows[] = {
-    {"numhits", hits_of_last_search},   {"getarep", last_replication},
-    {"accepted", moves_accepted},       {"grandscore", lowest_score},
-    {"rearrangs", rearrangements_done}, {"bittype", word_bits},
-    {"biginsect", nodes_in_sector},     {"bignotsect", nodes_outside_sector},
-    {"nodtosect", node_to_sector},      {"bigntax", taxa_of_big_tree},
-    {"lastsibyl", search_effort},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"numhits", "", "hits to best score of the last search", hits_of_last_search},
+    {"getarep", "", "replication that the last search was at; -1 without replications", last_replication},
+    {"accepted", "", "rearrangements that the last search accepted or stored", moves_accepted},
+    {"grandscore", "", "lowest score that any search has seen since the data were read; -1 without one", lowest_score},
+    {"rearrangs", "", "rearrangements examined by the last search", rearrangements_done},
+    {"bittype", "", "bits of the words in use by searches: 32, or as many as this processor has", word_bits, function_list::general, "bigntax"},
+    {"biginsect", "", "list of nodes of the big tree in the sector", nodes_in_sector},
+    {"bignotsect", "", "list of nodes of the big tree outside the sector", nodes_outside_sector},
+    {"nodtosect", "[N]", "node of the sector for node N of the big tree", node_to_sector},
+    {"bigntax", "", "last taxon of the big tree", taxa_of_big_tree, function_list::general, "blockstart"},
+    {"lastsibyl", "[N]", "results of the last estimate of search effort", search_effort},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> search_functions() { return rows; }
+const std::span<const expression_function> search_functions = rows;
 
 }  // namespace zeb

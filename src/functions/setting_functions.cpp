@@ -10,9 +10,10 @@
 #include "engine/collapsing/collapsing.h"
 #include "engine/search_data.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "macro/assignment.h"
 #include "macro/macro_state.h"
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
@@ -31,7 +32,7 @@ double always() { return 1; }
 double exit_status() { return macros.exit_status; }
 double all_variables() { return macros.max_variables; }
 double free_variables() { return macros.max_variables - next_free_variable(); }
-double list_size() { return macros.list_size; }
+double list_size() { return assignment.list_size; }
 double macro_seed() { return macros.seed; }
 double tree_group_limit() { return store.tgroup_limit; }
 double tree_space() { return store.maxtrees; }
@@ -69,51 +70,54 @@ double all_processors() {
 }
 double task_variable() { error_end("TASKVAR not yet implemented"); }
 
-constexpr function_row rows[] = {
-    {"absincl", absent_included},
-    {"argnumber", arguments},
-    {"break", break_setting},
-    {"collapse", collapse_rule},
-    {"cpus", processors},
-    {"cygwin", never},
-    {"windows", never},
-    {"linux", always},
-    {"exstatus", exit_status},
-    {"allvars", all_variables},
-    {"freevars", free_variables},
-    {"listsize", list_size},
-    {"macseed", macro_seed},
-    {"maxtgroups", tree_group_limit},
-    {"maxtgroup", tree_group_limit},
-    {"maxtrees", tree_space},
-    {"maxvars", last_variable},
-    {"mypid", process_number},
-    {"outgroup", outgroup_taxon},
-    {"protmode", protection},
-    {"regalfa", regression_intercept},
-    {"regbeta", regression_slope},
-    {"regr", regression_correlation},
-    {"report", report_setting},
-    {"rseed", random_seed},
-    {"rsubopt", relative_suboptimal},
-    {"subopt", absolute_suboptimal},
-    {"time", seconds},
-    {"usdram", peak_memory},
-    {"bground", background},
-    {"piwe", implied_weighting},
-    {"kval", concavity},
-    {"pmode", never},
-    {"plevel", never},
-    {"seclevel", sectorial_level},
-    {"slavenum", slave_number},
-    {"totcpus", all_processors},
-    {"numhosts", never},
-    {"numjobs", never},
-    {"taskvar", task_variable},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"absincl", "", "current value of absincl", absent_included, function_list::unlisted},
+    {"absicnl", "", "current value of absincl", nullptr, function_list::name_only},
+    {"argnumber", "", "number of arguments of the current run file", arguments},
+    {"break", "", "setting of break, 1 or 0", break_setting},
+    {"collapse", "", "current collapsing rule", collapse_rule},
+    {"cpus", "", "processors of this machine", processors},
+    {"cygwin", "", "1 if running under Cygwin", never},
+    {"windows", "", "1 if running under Windows", never},
+    {"linux", "", "1 if running under Linux", always},
+    {"exstatus", "", "status given by the last return", exit_status},
+    {"allvars", "", "all user variables, named or not", all_variables},
+    {"freevars", "", "user variables left", free_variables},
+    {"listsize", "", "last index filled by the last list function", list_size, function_list::general, "lenstring"},
+    {"macseed", "", "seed of the macro random numbers", macro_seed},
+    {"maxtgroups", "", "number of tree groups that can be defined", tree_group_limit},
+    {"maxtgroup", "", "the same as maxtgroups", tree_group_limit, function_list::unlisted},
+    {"maxtrees", "", "space for trees in memory", tree_space},
+    {"maxvars", "", "last user variable", last_variable},
+    {"mypid", "", "number of this process", process_number},
+    {"outgroup", "", "outgroup taxon", outgroup_taxon},
+    {"protmode", "", "protection level", protection},
+    {"regalfa", "", "intercept of the last regression", regression_intercept},
+    {"regbeta", "", "slope of the last regression", regression_slope},
+    {"regr", "", "correlation of the last regression or scaling", regression_correlation},
+    {"report", "", "setting of report, 1 or 0", report_setting},
+    {"rseed", "", "current random seed", random_seed},
+    {"rsubopt", "", "relative suboptimal value", relative_suboptimal},
+    {"subopt", "", "absolute suboptimal value", absolute_suboptimal},
+    {"time", "", "seconds since the last resettime", seconds},
+    {"usdram", "", "peak of bytes used", peak_memory},
+    {"bground", "", "1 in the background", background, function_list::parallel},
+    {"piwe", "", "0 off, 1 standard, 2 auto-weighted, 3 extended for missing entries, 4 extended with weighting groups", implied_weighting},
+    {"kval", "", "concavity k of implied weighting", concavity, function_list::general, "linux"},
+    {"pmode", "", "0 not parallel, 1 PVM, 2 MPI", never, function_list::parallel},
+    {"plevel", "", "number of parents: 0 for the master", never, function_list::parallel},
+    {"seclevel", "", "level of recursion of sectorial searches", sectorial_level},
+    {"slavenum", "[N]", "task number of this process, or of its parent N (optional)", slave_number, function_list::parallel},
+    {"totcpus", "", "processors of all hosts", all_processors, function_list::parallel},
+    {"numhosts", "", "number of hosts", never, function_list::parallel},
+    {"numjobs", "", "number of jobs", never, function_list::parallel},
+    {"taskvar", "", "a variable of the task", task_variable, function_list::unlisted},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> setting_functions() { return rows; }
+const std::span<const expression_function> setting_functions = rows;
 
 }  // namespace zeb

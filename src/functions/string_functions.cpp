@@ -3,16 +3,14 @@
 #include <cctype>
 #include <string>
 
-#include "base/errors.h"
 #include "console/console.h"
 #include "console/output.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
 #include "macro/macro_state.h"
-#include "macro/macro_values.h"
 #include "macro/script_text.h"
 #include "macro/variable_reference.h"
 #include "trees/tree_store.h"
@@ -57,7 +55,7 @@ double last_cell_of_string() {
   close_brackets();
   const int cell = section_start(reference);
   const auto size = static_cast<int>(variable_string(cell).size()) + 1;
-  const int cell_size = macros.integer_only ? 4 : 8;
+  const int cell_size = variable_cell_size();
   return cell + (size - 1) / cell_size;
 }
 
@@ -90,21 +88,23 @@ double yes() { return 1; }
 double no() { return 0; }
 double cancel() { return 2; }
 
-constexpr function_row rows[] = {
-    {"eqstring", equal_strings},
-    {"isinstring", holds_string},
-    {"lenstring", string_length},
-    {"stringsim", string_similarity},
-    {"stringend", last_cell_of_string},
-    {"havetgp", tree_group_exists},
-    {"getresponse", response},
-    {"yes", yes},
-    {"no", no},
-    {"cancel", cancel},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"eqstring", "[X Y]", "1 if strings X and Y are equal", equal_strings},
+    {"isinstring", "[A B]", "1 if string A holds string B", holds_string},
+    {"lenstring", "[S]", "length of string S", string_length},
+    {"stringsim", "[X Y]", "similarity of the strings, 1 - edit cost / length", string_similarity},
+    {"stringend", "[var]", "last cell used by the string in var", last_cell_of_string},
+    {"havetgp", "[Name]", "1 if there is a tree group of that name", tree_group_exists},
+    {"getresponse", "[text]", "shows the text; 1 yes, 0 no, 2 cancel", response},
+    {"yes", "", "1, as an answer to getresponse", yes, function_list::unlisted},
+    {"no", "", "0, as an answer to getresponse", no, function_list::unlisted},
+    {"cancel", "", "2, as an answer to getresponse", cancel, function_list::unlisted},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> string_functions() { return rows; }
+const std::span<const expression_function> string_functions = rows;
 
 }  // namespace zeb

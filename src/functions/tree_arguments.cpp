@@ -1,6 +1,7 @@
 #include "functions/tree_arguments.h"
 
 #include "functions/arguments.h"
+#include "macro/assignment.h"
 #include "matrix/matrix.h"
 
 namespace zeb {

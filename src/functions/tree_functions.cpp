@@ -2,9 +2,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "base/errors.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "functions/tree_arguments.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -228,35 +227,37 @@ double split_of_group() {
   return write_nodes("Splitgroup", parts);
 }
 
-constexpr function_row rows[] = {
-    {"ntrees", last_tree},
-    {"vtrees", last_vault_tree},
-    {"anc", ancestor_of},
-    {"sister", sister_of},
-    {"firstdes", first_descendant},
-    {"nodfork", fork_size},
-    {"numdes", terminals_below},
-    {"maxcfork", largest_fork},
-    {"comnod", common_node},
-    {"distnode", node_distance},
-    {"root", root_node},
-    {"nnodes", node_count},
-    {"tnodes", internal_nodes},
-    {"tsize", taxa_of_tree},
-    {"isintree", taxon_in_tree},
-    {"eqtrees", equal_trees},
-    {"tcount", copies_of_tree},
-    {"symcoeff", symmetry},
-    {"repspoly", representatives},
-    {"splitgroup", split_of_group},
-    {"downlist", down_list},
-    {"uplist", up_list},
-    {"deslist", descendant_list},
-    {"grouplist", terminal_list},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"ntrees", "", "number of the last tree in memory; -1 with none", last_tree},
+    {"vtrees", "", "number of the last tree in the vault; -1 with none", last_vault_tree},
+    {"anc", "[T N]", "ancestor of node N of tree T", ancestor_of, function_list::general, "argnumber"},
+    {"sister", "[T N]", "sister of node N of tree T, the first of several", sister_of},
+    {"firstdes", "[T N]", "first descendant of node N of tree T", first_descendant, function_list::general, "fit"},
+    {"nodfork", "[T N]", "number of immediate descendants of node N of tree T", fork_size},
+    {"numdes", "[T N]", "terminals below node N of tree T", terminals_below},
+    {"maxcfork", "[T N]", "largest clade at the fork of node N of tree T", largest_fork},
+    {"comnod", "[T N1 N2]", "most recent common ancestor of nodes N1 and N2 of tree T", common_node},
+    {"distnode", "[T N1 N2]", "branches between nodes N1 and N2 of tree T", node_distance},
+    {"root", "[T]", "number of the root node of tree T (T optional)", root_node},
+    {"nnodes", "[T]", "number of nodes of tree T, the largest node number plus one (T optional: of a dichotomous tree)", node_count},
+    {"tnodes", "[T]", "number of internal nodes of tree T", internal_nodes},
+    {"tsize", "[T]", "number of taxa of tree T", taxa_of_tree},
+    {"isintree", "[T taxon]", "1 if the taxon is in tree T", taxon_in_tree},
+    {"eqtrees", "[T1 T2]", "1 if the trees are equal", equal_trees},
+    {"tcount", "[T]", "number of trees in memory that are equal to tree T, itself included", copies_of_tree},
+    {"symcoeff", "[T]", "symmetry of tree T: 1 symmetric, 0 a comb (1 less the imbalance of Colless over its maximum)", symmetry},
+    {"repspoly", "[T N]", "list of one terminal, the first, of each descendant of node N of tree T", representatives},
+    {"splitgroup", "[T N]", "list by taxon of the descendant of node N of tree T that holds it, from 1; 0 for taxa outside the group", split_of_group},
+    {"downlist", "[T]", "internal nodes of tree T, from the tips to the root", down_list},
+    {"uplist", "[T N]", "internal nodes of tree T above node N, from N to the tips (N optional)", up_list},
+    {"deslist", "[T N]", "immediate descendants of node N of tree T", descendant_list, function_list::general, "downlist"},
+    {"grouplist", "[T N]", "terminals that belong to node N of tree T", terminal_list},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> tree_functions() { return rows; }
+const std::span<const expression_function> tree_functions = rows;
 
 }  // namespace zeb

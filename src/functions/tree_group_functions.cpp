@@ -8,9 +8,10 @@
 #include "consensus/consensus.h"
 #include "consensus/requests.h"
 #include "functions/arguments.h"
-#include "functions/function_table.h"
+#include "functions/subjects.h"
 #include "functions/tree_arguments.h"
 #include "language/lexer.h"
+#include "macro/assignment.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 
@@ -205,15 +206,23 @@ double group_frequency() {
 double frequency_list() { return write_list("Freqlist", requested_frequencies(false)); }
 double difference_list() { return write_list("Freqdlist", requested_frequencies(true)); }
 
-constexpr function_row rows[] = {
-    {"gcomp", compare_two_groups},   {"eqgroup", equal_group},    {"grptogrp", group_to_group},
-    {"grpdist", group_distance},     {"rfdist", robinson_foulds}, {"ismono", monophyletic},
-    {"simgroup", most_similar_node}, {"gfreq", group_frequency},  {"freqlist", frequency_list},
-    {"freqdlist", difference_list},
+// clang-format off
+constexpr expression_function rows[] = {
+    {"gcomp", "[T1 N1 T2 N2]", "0 the groups are incompatible, 1 N1 includes N2, 2 N2 includes N1, 3 they are equal, 4 disjunct", compare_two_groups},
+    {"eqgroup", "[T1 N1 T2]", "node of T2 with the group of node N1 of T1; 0 none but compatible, -1 none and contradictory", equal_group},
+    {"grptogrp", "[T1 T2]", "for each node of T1 the node of T2 with the same group", group_to_group},
+    {"grpdist", "[T1 T2]", "distance of trees by groups not shared", group_distance},
+    {"rfdist", "[T1 T2]", "normalised Robinson-Foulds distance of the trees", robinson_foulds},
+    {"ismono", "[T taxa]", "1 if the taxa, separated by blanks, form a group of tree T", monophyletic},
+    {"simgroup", "[T1 N T2]", "node of T2 whose group is most similar to that of node N of T1: the largest share of taxa in both groups, of those in either; 0 if none shares a taxon", most_similar_node},
+    {"gfreq", "[T N]", "per cent of the trees in memory that have the group of node N of tree T", group_frequency},
+    {"freqlist", " <options>", "list of frequencies of groups in per cent, options as for majority up to \";\": by node of tree J (\"[J]\"), or else of the majority rule tree; 100 where a node has no group", frequency_list},
+    {"freqdlist", " <options>", "list of frequency differences of groups in per cent, options as for freqdifs; by node as freqlist", difference_list, function_list::general, "freqlist"},
 };
+// clang-format on
 
 }  // namespace
 
-std::span<const function_row> tree_group_functions() { return rows; }
+const std::span<const expression_function> tree_group_functions = rows;
 
 }  // namespace zeb

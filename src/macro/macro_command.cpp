@@ -13,7 +13,6 @@
 #include "macro/commands.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
-#include "macro/macro_values.h"
 #include "macro/script_text.h"
 
 namespace zeb {

@@ -66,7 +66,6 @@ void frame_popped() {
 // True if the reader now stands after a loop.
 bool reset_macro_flow() {
   if (!settings.macros) return false;
-  macros.assign_target = -1;
   reset_script_text();
   close_script_files();
   const bool after_loop = macros.level > macros.frames.back().loop_base;

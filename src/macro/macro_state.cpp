@@ -9,14 +9,13 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "language/input.h"
+#include "macro/hooks.h"
 
 namespace zeb {
 
 macro_state macros;
 
 namespace {
-
-bool (*reserved_name)(std::string_view) = nullptr;
 
 // Takes the tables in turn from the block, which holds zeros.
 template <class T>
@@ -129,6 +128,8 @@ std::int32_t value_bits(double value) {
   if (!(std::fabs(value) < 9.2e18)) return 0;
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
 }
+
+int variable_cell_size() { return macros.integer_only ? 4 : 8; }
 
 std::span<char> string_bytes(int number) {
   const auto first = static_cast<std::size_t>(number);
@@ -245,7 +246,7 @@ int next_free_variable() {
 void name_variable(int number, std::string_view name, std::span<const int> sizes) {
   if (name.size() > longest_variable_name) error_end("Variable name too long (max. 50 chars.)");
   const std::string text(name);
-  if (reserved_name && reserved_name(name)) {
+  if (hooks_of_macro.is_function_name && hooks_of_macro.is_function_name(name)) {
     error_end_f("Can't use %s for a user-variable (%s is a reserved expression)", text.c_str(),
                 text.c_str());
   }
@@ -297,7 +298,7 @@ void dename_from(int number) {
   release_heap(top);
 }
 
-void set_reserved_names(bool (*is_reserved)(std::string_view name)) { reserved_name = is_reserved; }
+void set_table_array(int number) { macros.table_array = number; }
 
 std::string value_text(double value) {
   if (std::fabs(value) < 9e15 && value == std::floor(value))

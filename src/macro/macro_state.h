@@ -59,7 +59,6 @@ struct macro_state {
   double clock_start = 0;                     // `resettime`
   int exit_status = 0;                        // `return N`
   double regr = 0, regalfa = 0, regbeta = 0;  // results of regressions
-  int list_size = 0;                          // last index written by a list function
 
   // While the language is on.
   std::byte* block = nullptr;
@@ -83,14 +82,6 @@ struct macro_state {
   std::vector<macro_frame> frames{1};  // by input depth; the last is the current file's
 
   int table_array = -1;  // array that takes the values of printed tables; -1 none, `maketable +`
-
-  // Of the assignment that runs.
-  int assign_target = -1;  // cell that a list function writes from on; -1 none
-  int assign_room = 0;     // cells it may fill
-  bool assign_is_array = false;
-  std::span<const int> assign_sizes;  // dimensions of that array; empty for a cell
-  bool assign_is_scalar = false;      // a cell with a name, under protection: no place for a list
-  bool list_written = false;          // a list function has filled the target
 };
 extern macro_state macros;
 
@@ -111,6 +102,8 @@ std::int32_t value_bits(double value);
 /// Ends the command unless 0 <= number < maximum.
 void check_variable(double number);
 
+/// Bytes of a cell.
+int variable_cell_size();
 /// Bytes from a variable's first cell to the end of the store, for strings.
 std::span<char> string_bytes(int number);
 /// The string that starts in the variable's cells, up to its NUL.
@@ -143,8 +136,8 @@ char* remove_names(int number);
 void dename_from(int number);
 int var_shift();
 
-/// Names that variables may not have (the expression functions). Registered by the function table.
-void set_reserved_names(bool (*is_reserved)(std::string_view name));
+/// The array that takes the values of printed tables; -1 for none.
+void set_table_array(int number);
 
 /// "%i" for integral values, "nan" for no number, else the current format.
 std::string value_text(double value);

@@ -11,6 +11,7 @@
 #include "base/errors.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "macro/hooks.h"
 #include "macro/macro_state.h"
 #include "macro/script_text.h"
 
@@ -20,8 +21,6 @@ namespace {
 
 constexpr std::size_t longest_token = 500;
 constexpr int deepest_nesting = 1000;  // the machine's stack holds many more
-word_resolver resolve_function = nullptr;
-word_resolver resolve_name = nullptr;
 // How deep what is being read lies within something else.
 struct nesting_state {
   int depth = 0;
@@ -146,8 +145,10 @@ bool read_operand(read_number* result, reading mode) {
     result->named = true;
     return true;
   }
-  if ((resolve_function && resolve_function(token, &result->value)) ||
-      (macros.names_as_numbers && resolve_name && resolve_name(token, &result->value))) {
+  const auto& hooks = hooks_of_macro;
+  if ((hooks.function_value && hooks.function_value(token, &result->value)) ||
+      (macros.names_as_numbers && hooks.element_number &&
+       hooks.element_number(token, &result->value))) {
     result->value *= sign;
     return true;
   }
@@ -296,7 +297,8 @@ bool macro_list_word(std::string_view word, bool names_element, double* value) {
     *value = variable;
     return true;
   }
-  return !names_element && resolve_function && resolve_function(word, value);
+  return !names_element && hooks_of_macro.function_value &&
+         hooks_of_macro.function_value(word, value);
 }
 
 double macro_subscript(bool minus_opens_range) {
@@ -355,11 +357,6 @@ double evaluate(expression_end end, std::string* echo) {
     op = '+';
   }
   return accumulator;
-}
-
-void set_function_resolver(word_resolver functions, word_resolver names) {
-  resolve_function = functions;
-  resolve_name = names;
 }
 
 }  // namespace zeb

@@ -45,10 +45,4 @@ enum class expression_end { semicolon, parenthesis, bracket };
 /// been read). The text of the expression as evaluated goes to `echo` if not null.
 double evaluate(expression_end end, std::string* echo = nullptr);
 
-/// Answers words that are neither numbers nor variables: expression functions, and names of taxa
-/// and characters when `macro +` is on. Registered by the function table. Returns false for unknown
-/// words.
-using word_resolver = bool (*)(std::string_view token, double* value);
-void set_function_resolver(word_resolver functions, word_resolver names);
-
 }  // namespace zeb

@@ -11,7 +11,6 @@
 #include "language/lexer.h"
 #include "macro/commands.h"
 #include "macro/macro_language.h"
-#include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_text.h"
 

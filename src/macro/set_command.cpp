@@ -11,6 +11,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/array_operations.h"
+#include "macro/assignment.h"
 #include "macro/commands.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
@@ -73,25 +74,25 @@ void store_string(const variable_reference& target) {
   if (text.size() + 1 > bytes.size())
     error_end("String too long (it exceeds variable", macros.max_variables - 1, ")");
   std::memcpy(bytes.data(), text.c_str(), text.size() + 1);
-  const int cell_size = macros.integer_only ? 4 : 8;
+  const int cell_size = variable_cell_size();
   const int cells = (static_cast<int>(text.size()) + cell_size) / cell_size;
   if (macros.report)
     emitf("Copied string into user vars. %i-%i (%i cells)", cell, cell + cells - 1, cells);
 }
 
-enum class assignment { plain, add, subtract, multiply, divide, bit_and, bit_or, bit_xor };
+enum class assignment_operator { plain, add, subtract, multiply, divide, bit_and, bit_or, bit_xor };
 
-double combined(assignment op, double old, double value) {
+double combined(assignment_operator op, double old, double value) {
   switch (op) {
-    case assignment::plain:
+    case assignment_operator::plain:
       return value;
-    case assignment::add:
+    case assignment_operator::add:
       return old + value;
-    case assignment::subtract:
+    case assignment_operator::subtract:
       return old - value;
-    case assignment::multiply:
+    case assignment_operator::multiply:
       return old * value;
-    case assignment::divide: {
+    case assignment_operator::divide: {
       if (!macros.integer_only) return old / value;
       // Integer cells divide as unsigned numbers; a zero divisor leaves what a double division
       // would store.
@@ -99,46 +100,32 @@ double combined(assignment op, double old, double value) {
       if (divisor == 0) return old / 0.0;
       return static_cast<std::int32_t>(static_cast<std::uint32_t>(value_bits(old)) / divisor);
     }
-    case assignment::bit_and:
+    case assignment_operator::bit_and:
       return value_bits(old) & value_bits(value);
-    case assignment::bit_or:
+    case assignment_operator::bit_or:
       return value_bits(old) | value_bits(value);
-    case assignment::bit_xor:
+    case assignment_operator::bit_xor:
       return value_bits(old) ^ value_bits(value);
   }
   return value;
 }
 
 void check_not_index_cell(const variable_reference& target) {
-  if (macros.protection == 2 && target.is_section() && !macros.list_written) {
+  if (macros.protection == 2 && target.is_section() && !assignment.list_written) {
     error_end("Cannot re-set array under protection mode 2\nVar.", target.base,
               variable_name(target.base), "has", target.dimensions, "dimensions, not",
               target.subscripts);
   }
 }
 
-// Where a list function may write: the cells of the array or row that the reference leads to, or
-// all that follow an unnamed number.
-void open_target(const variable_reference& target) {
-  const std::span<const int> sizes = section_sizes(target);
-  macros.assign_is_array = target.is_section();
-  macros.assign_sizes = sizes;
-  macros.assign_is_scalar = macros.protection && target.named && !macros.assign_is_array;
-  macros.list_written = false;
-  macros.assign_target = section_start(target);
-  if (macros.assign_is_array) {
-    macros.assign_room = static_cast<int>(data_cell_count(sizes));
-  } else {
-    macros.assign_room = macros.assign_is_scalar ? 1 : macros.max_variables - target.cell;
-  }
-}
-
-void assign(const variable_reference& target, assignment op) {
-  open_target(target);
+void assign(const variable_reference& target, assignment_operator op) {
   std::string echo;
-  const double value = evaluate(expression_end::semicolon, macros.report ? &echo : nullptr);
-  macros.assign_target = -1;
-  if (macros.list_written) return;
+  double value = 0;
+  {
+    const running_assignment running(target);
+    value = evaluate(expression_end::semicolon, macros.report ? &echo : nullptr);
+  }
+  if (assignment.list_written) return;
   check_not_index_cell(target);
   store_variable(target.cell, combined(op, variable_value(target.cell), value));
   if (macros.report) {
@@ -148,10 +135,10 @@ void assign(const variable_reference& target, assignment op) {
 }
 
 // The operator after the reference. Returns false where the assignment is already done.
-bool read_operator(const variable_reference& target, assignment* op) {
-  *op = assignment::plain;
+bool read_operator(const variable_reference& target, assignment_operator* op) {
+  *op = assignment_operator::plain;
   const int c = skip_blanks_peek();
-  auto compound = [&](assignment kind) {
+  auto compound = [&](assignment_operator kind) {
     next_nonblank();
     if (peek_raw_char() != '=') error_end("Invalid syntax in set command");
     read_raw_char();
@@ -172,7 +159,7 @@ bool read_operator(const variable_reference& target, assignment* op) {
     // After "-", one character is taken whatever it is: "- 3" and "-=3" subtract 3, "-35"
     // subtracts 5, and "-3" leaves nothing to subtract.
     read_char();
-    *op = c == '+' ? assignment::add : assignment::subtract;
+    *op = c == '+' ? assignment_operator::add : assignment_operator::subtract;
     return c == '+' || next == '=' || skip_blanks_peek() != ';';
   };
   switch (c) {
@@ -183,15 +170,15 @@ bool read_operator(const variable_reference& target, assignment* op) {
     case '-':
       return step(-1);
     case '*':
-      return compound(assignment::multiply);
+      return compound(assignment_operator::multiply);
     case '/':
-      return compound(assignment::divide);
+      return compound(assignment_operator::divide);
     case '&':
-      return compound(assignment::bit_and);
+      return compound(assignment_operator::bit_and);
     case '|':
-      return compound(assignment::bit_or);
+      return compound(assignment_operator::bit_or);
     case '^':
-      return compound(assignment::bit_xor);
+      return compound(assignment_operator::bit_xor);
     case '=':
       next_nonblank();
       return true;
@@ -246,7 +233,7 @@ void set_command() {
       return;
     }
   }
-  assignment op = assignment::plain;
+  assignment_operator op = assignment_operator::plain;
   if (read_operator(target, &op)) assign(target, op);
 }
 

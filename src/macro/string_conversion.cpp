@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
-#include <vector>
 
 #include "base/errors.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "macro/hooks.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_text.h"
@@ -20,7 +20,6 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t longest_conversion = 8500;
-std::vector<fixed_string_resolver> resolvers;
 
 std::string bit_set_text(double value) {
   std::string text;
@@ -146,7 +145,7 @@ void apply_suffixes(std::string& text) {
   }
 }
 
-// The word behind "$", without consuming more than its letters.
+// The word after "$", without consuming more than its letters.
 std::string read_letters() {
   std::string word;
   int c = read_raw_char();
@@ -174,10 +173,8 @@ void convert_string() {
     if (variable >= 0) {
       text = variable_text(variable, true);
     } else {
-      bool found = own_fixed_string(word, &text);
-      for (const fixed_string_resolver resolver : resolvers) {
-        if (!found) found = resolver(word, &text);
-      }
+      const bool found = own_fixed_string(word, &text) ||
+                         (hooks_of_macro.fixed_string && hooks_of_macro.fixed_string(word, &text));
       if (!found) error_end("Unrecognized variable:", word);
     }
   } else {
@@ -189,7 +186,5 @@ void convert_string() {
   if (macros.blank_after_strings || text.empty()) text += ' ';
   insert_text(text);
 }
-
-void add_fixed_strings(fixed_string_resolver resolver) { resolvers.push_back(resolver); }
 
 }  // namespace zeb

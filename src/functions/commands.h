@@ -1,0 +1,8 @@
+// Handlers of commands that need the expression functions' view of all rooms.
+#pragma once
+
+namespace zeb {
+
+void maketable_command();
+
+}  // namespace zeb

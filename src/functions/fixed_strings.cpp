@@ -1,0 +1,103 @@
+#include "functions/fixed_strings.h"
+
+#include <algorithm>
+
+#include "base/errors.h"
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "macro/macro_state.h"
+#include "macro/macro_values.h"
+#include "macro/script_files.h"
+#include "matrix/matrix.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+int number_below(int count, const char* noun) {
+  const double value = macro_value();
+  if (!(value >= 0) || value >= count) error_end("No", noun, value_text(value));
+  return static_cast<int>(value);
+}
+
+std::string state_text(int character, int state) {
+  const auto c = static_cast<std::size_t>(character);
+  const auto s = static_cast<std::size_t>(state);
+  if (c < matrix.char_names.size() && s < matrix.char_names[c].states.size() &&
+      !matrix.char_names[c].states[s].empty()) {
+    return matrix.char_names[c].states[s];
+  }
+  const bool landmarks = matrix.characters[c].type == landmark_data;
+  return text_of(landmarks ? "Land. %i" : "State %i", state);
+}
+
+std::string character_text(int character) {
+  const auto c = static_cast<std::size_t>(character);
+  const bool named = c < matrix.char_names.size() && !matrix.char_names[c].name.empty();
+  return named ? matrix.char_names[c].name : text_of("Char. %i", character);
+}
+
+std::string group_text(std::span<const std::string> names, std::uint32_t defined) {
+  const int group = number_below(32, "group");
+  return defined >> group & 1U ? names[static_cast<std::size_t>(group)] : std::string();
+}
+
+std::string tree_group_text() {
+  const int group = number_below(store.tgroup_limit, "group");
+  const auto g = static_cast<std::size_t>(group);
+  const bool defined =
+      g / 32 < store.defined_groups.size() && (store.defined_groups[g / 32] >> (g % 32) & 1U);
+  return defined && g < store.group_names.size() ? store.group_names[g] : std::string();
+}
+
+bool data_string(std::string_view word, std::string* text) {
+  static constexpr std::string_view words[] = {"taxon",   "character", "state", "block",
+                                               "dataset", "agroup",    "xgroup"};
+  if (std::find(std::begin(words), std::end(words), word) == std::end(words)) return false;
+  if (!matrix.present) error_end("Must read data before using data in expressions");
+  if (word == "taxon") {
+    *text = taxon_name(number_below(matrix.ntax, "taxon"));
+  } else if (word == "character") {
+    *text = character_text(number_below(matrix.nchar, "character"));
+  } else if (word == "state") {
+    const int character = number_below(matrix.nchar, "character");
+    *text = state_text(character, number_below(10000, "state"));
+  } else if (word == "block") {
+    const int block = number_below(matrix.nblocks + 1, "block");
+    const auto b = static_cast<std::size_t>(block);
+    *text = b < matrix.block_names.size() && !matrix.block_names[b].empty()
+                ? matrix.block_names[b]
+                : text_of("Block %i", block);
+  } else if (word == "dataset") {
+    *text = matrix.title;
+  } else if (word == "agroup") {
+    *text = group_text(matrix.taxon_group_names, matrix.defined_taxon_groups);
+  } else {
+    *text = group_text(matrix.character_group_names, matrix.defined_character_groups);
+  }
+  return true;
+}
+
+bool other_string(std::string_view word, std::string* text) {
+  if (word == "tgroup") {
+    *text = tree_group_text();
+  } else if (word == "ttag") {
+    const int node = number_below(static_cast<int>(tags.tag_texts.size()), "node");
+    *text = tags.tag_texts[static_cast<std::size_t>(node)];
+  } else if (word == "hifstring") {
+    *text = script_file_string(active_script_file());
+  } else if (word == "taxonomy" || word == "host" || word == "hgroup" || word == "curfile") {
+    error_end_f("Expression \"$%s\" is not available yet", std::string(word).c_str());
+  } else {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool fixed_string(std::string_view word, std::string* text) {
+  return data_string(word, text) || other_string(word, text);
+}
+
+}  // namespace zeb
