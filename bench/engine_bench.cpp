@@ -26,7 +26,7 @@ struct pair_operands {
     const int per_word = fields_per_word[at(group)];
     const int words = ((fields + per_word - 1) / per_word + 15) / 16 * 16;
     layout.end0 = group == 0 ? words : 0;
-    layout.end1 = layout.end2 = layout.end4 = words;
+    layout.end1 = layout.end2 = layout.end3 = words;
     std::mt19937 g(1);
     for (int w = 0; w < 512; ++w) {
       a[w] = static_cast<word>(g()) | static_cast<word>(g());

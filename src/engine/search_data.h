@@ -16,11 +16,12 @@
 
 namespace zeb {
 
-constexpr int packing_groups = 7;
-constexpr std::array<std::uint32_t, packing_groups> field_mask = {
-    0x3, 0xf, 0xff, 0xffff, 0xffffffff, 0xffff, 0xffffffff};
-constexpr std::array<int, packing_groups> field_bits = {2, 4, 8, 16, 32, 16, 32};
-constexpr std::array<int, packing_groups> fields_per_word = {16, 8, 4, 2, 1, 2, 1};
+/// Fields are packed in groups by their width: characters of two states and thresholds of additive
+/// ones, of 3 or 4 states, of 5 to 8, of more.
+constexpr int packing_groups = 4;
+constexpr std::array<std::uint32_t, packing_groups> field_mask = {0x3, 0xf, 0xff, 0xffffffff};
+constexpr std::array<int, packing_groups> field_bits = {2, 4, 8, 32};
+constexpr std::array<int, packing_groups> fields_per_word = {16, 8, 4, 1};
 
 /// A character that takes part in searches, in matrix order.
 struct pack_entry {

@@ -106,7 +106,6 @@ struct random_clusters {
     for (int c = 0; c < count; ++c) {
       records_.push_back({});
       records_.back().union_now = base + c * data.nwords;
-      records_.back().dirty_first = 2000000000;
     }
     for (int v = 0; v < data.nodes; ++v) member_.push_back(draw(g, 0, count - 1));
     data.cluster_of = member_;

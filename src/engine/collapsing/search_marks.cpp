@@ -7,8 +7,7 @@ namespace {
 
 /// Top bit of each field of a group.
 constexpr std::uint32_t top_bits(int group) {
-  constexpr std::uint32_t tops[] = {0xaaaaaaaaU, 0x88888888U, 0x80808080U, 0x80008000U,
-                                    0x80000000U};
+  constexpr std::uint32_t tops[] = {0xaaaaaaaaU, 0x88888888U, 0x80808080U, 0x80000000U};
   return tops[group];
 }
 
@@ -30,7 +29,7 @@ bool branch_stays(const search_data& data, int v, int level) {
     return some_field_apart<0>(data, above, own.final) ||
            some_field_apart<1>(data, above, own.final) ||
            some_field_apart<2>(data, above, own.final) ||
-           some_field_apart<4>(data, above, own.final);
+           some_field_apart<3>(data, above, own.final);
   for (int w = 0; w < data.nwords; ++w)
     if (level == 1 ? (above[w] & ~own.down[w]) != 0 : above[w] != own.final[w]) return true;
   return false;

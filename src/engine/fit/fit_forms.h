@@ -92,7 +92,7 @@ inline double bounded_fit(const F& operand, const kernel_layout& layout, const S
   if (add_fit_group<V, 0>(numbers, operand, layout, stop, sum) &&
       add_fit_group<V, 1>(numbers, operand, layout, stop, sum) &&
       add_fit_group<V, 2>(numbers, operand, layout, stop, sum))
-    add_fit_group<V, 4>(numbers, operand, layout, stop, sum);
+    add_fit_group<V, 3>(numbers, operand, layout, stop, sum);
   return sum.cost;
 }
 
@@ -117,7 +117,7 @@ double fit_triple(const word* clip, const word* a, const word* b, const kernel_l
 template <class V>
 struct coarse_cost {
   explicit coarse_cost(const kernel_layout& layout)
-      : step(static_cast<std::size_t>(layout.end4)),
+      : step(static_cast<std::size_t>(layout.end3)),
         end(layout.fits.coarse_planes + coarse_digits * step) {}
   template <int G>
   typename V::count add(typename V::count c, typename V::type e, std::int32_t w) const {
@@ -170,7 +170,7 @@ inline void move_counters(const word* clip, const word* branch, const kernel_lay
   for_each_failed<V, 0>(numbers, clip, branch, layout, move);
   for_each_failed<V, 1>(numbers, clip, branch, layout, move);
   for_each_failed<V, 2>(numbers, clip, branch, layout, move);
-  for_each_failed<V, 4>(numbers, clip, branch, layout, move);
+  for_each_failed<V, 3>(numbers, clip, branch, layout, move);
 }
 
 template <class V>

@@ -66,7 +66,7 @@ void prepare_fit_tables(search_data& data) {
   data.counter_of = alloc_low<std::int32_t>(data.field_weight.size());
   data.step_cost = calloc_low<double>(data.field_weight.size());
   constexpr std::size_t cache_line = 64;
-  data.coarse_planes = alloc_low<word>(coarse_digits * at(data.layout.end4), cache_line);
+  data.coarse_planes = alloc_low<word>(coarse_digits * at(data.layout.end3), cache_line);
   std::fill(data.counter_of.begin(), data.counter_of.end(), -1);
   std::int32_t shared_end = 0;
   for (std::size_t i = 0; i < data.entries.size(); ++i) {

@@ -27,7 +27,7 @@ inline double refresh_step_cost(const kernel_layout& layout, fit_counter& c) {
   for (std::int32_t changed = coarse ^ c.coarse; changed; changed &= changed - 1) {
     word* const plane = fits.coarse_planes +
                         static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(changed))) *
-                            static_cast<std::size_t>(layout.end4);
+                            static_cast<std::size_t>(layout.end3);
     for (std::int32_t f = 0; f < c.fields; ++f) {
       const std::int32_t flag = c.first_flag + f * c.flag_width;
       plane[flag >> 5] ^= word{1} << (flag & 31);

@@ -11,7 +11,6 @@ namespace zeb {
 namespace {
 
 constexpr std::int64_t largest_weight_sum = 1'000'000'000;
-constexpr std::array<int, 4> set_groups = {0, 1, 2, 4};
 
 /// The flag bit of field `f` of a word of this group: where the kernels mark a failed field.
 word flag_bit(int group, int f) {
@@ -23,8 +22,8 @@ word flag_bit(int group, int f) {
 std::int64_t gather_weights(search_data& data) {
   std::int64_t sum = 0;
   std::size_t next = 0;
-  for (const int g : set_groups)
-    for (const field_record& f : data.fields[at(g)]) {
+  for (const std::span<const field_record> fields : data.fields)
+    for (const field_record& f : fields) {
       data.field_weight[next++] = f.weight;
       sum += f.weight;
     }
@@ -35,7 +34,7 @@ std::int64_t gather_weights(search_data& data) {
 int most_variable_block(const search_data& data) {
   int best = 0;
   std::int64_t best_spread = -1;
-  for (const int g : set_groups) {
+  for (int g = 0; g < packing_groups; ++g) {
     const std::span<const field_record> fields = data.fields[at(g)];
     const std::size_t block_fields = at(fields_per_word[at(g)]) * words_per_block;
     for (std::size_t first = 0; first < fields.size(); first += block_fields) {
@@ -55,11 +54,11 @@ int make_planes(search_data& data) {
   std::int32_t largest = 0;
   for (const std::int32_t w : data.field_weight) largest = std::max(largest, w);
   const int digits = 32 - std::countl_zero(static_cast<std::uint32_t>(largest));
-  const int end = data.layout.end4;
+  const int end = data.layout.end3;
   std::fill_n(data.weight_planes.begin(), at(digits) * at(end), word{0});
-  for (const int g : set_groups) {
+  for (int g = 0; g < packing_groups; ++g) {
     const int in_word = fields_per_word[at(g)];
-    const int start = g == 4 ? data.layout.end2 : data.group_start[at(g)];
+    const int start = data.group_start[at(g)];
     const std::span<const field_record> fields = data.fields[at(g)];
     for (std::size_t i = 0; i < fields.size(); ++i) {
       const std::size_t w = at(start) + i / at(in_word);
@@ -99,8 +98,8 @@ void bind_kernels(search_data& data) {
 
 void weights_changed(search_data& data) {
   data.uniform_mode = true;
-  for (const int g : set_groups)
-    for (const field_record& f : data.fields[at(g)])
+  for (const std::span<const field_record> fields : data.fields)
+    for (const field_record& f : fields)
       if (f.character >= 0 && f.weight != 1) data.uniform_mode = false;
   if (data.implied_on) data.uniform_mode = false;
   data.per_char_mode = !data.uniform_mode;

@@ -37,7 +37,7 @@ std::int32_t group_end(const kernel_layout& layout) {
   if constexpr (G == 0) return layout.end0;
   if constexpr (G == 1) return layout.end1;
   if constexpr (G == 2) return layout.end2;
-  return layout.end4;
+  return layout.end3;
 }
 
 template <int G>
@@ -55,8 +55,7 @@ struct field_numbers {
   /// Number of the first field of word `w`.
   template <int G>
   std::int32_t of_word(std::int32_t w) const {
-    constexpr int slot = G == 4 ? 3 : G;
-    return first[slot] + (w - begin[slot]) * (32 / field_width<G>);
+    return first[G] + (w - begin[G]) * (32 / field_width<G>);
   }
   std::int32_t first[4];
   std::int32_t begin[4];
@@ -96,7 +95,7 @@ inline typename V::count sum_of_digits(typename V::type e, const word* end, std:
 template <class V>
 struct digit_cost {
   explicit digit_cost(const kernel_layout& layout)
-      : step(static_cast<std::size_t>(layout.end4)),
+      : step(static_cast<std::size_t>(layout.end3)),
         digits(layout.plane_count),
         end(layout.weight_planes + static_cast<std::size_t>(digits) * step) {}
   template <int G>
@@ -135,7 +134,7 @@ inline std::int32_t bounded_cost(const F& operand, const kernel_layout& layout,
   if (add_group<V, 0>(cost, operand, layout, bound, c) &&
       add_group<V, 1>(cost, operand, layout, bound, c) &&
       add_group<V, 2>(cost, operand, layout, bound, c))
-    add_group<V, 4>(cost, operand, layout, bound, c);
+    add_group<V, 3>(cost, operand, layout, bound, c);
   return V::total(c);
 }
 
@@ -205,8 +204,8 @@ int scan_pairs(const word* clip, const word* base, std::size_t stride, const std
       return scan_by_block<V, 1, C>(clip, base, stride, items, from, count, layout, bound, cost);
     if (layout.head < layout.end2)
       return scan_by_block<V, 2, C>(clip, base, stride, items, from, count, layout, bound, cost);
-    if (layout.head < layout.end4)
-      return scan_by_block<V, 4, C>(clip, base, stride, items, from, count, layout, bound, cost);
+    if (layout.head < layout.end3)
+      return scan_by_block<V, 3, C>(clip, base, stride, items, from, count, layout, bound, cost);
   }
   for (int i = from; i < count; ++i) {
     const word* const branch = base + static_cast<std::size_t>(items[i]) * stride;
@@ -269,7 +268,7 @@ std::int64_t node_down(const word* left, const word* right, word* down, word* un
   c = down_group<V, 0>(cost, left, right, down, unions, layout, c);
   c = down_group<V, 1>(cost, left, right, down, unions, layout, c);
   c = down_group<V, 2>(cost, left, right, down, unions, layout, c);
-  c = down_group<V, 4>(cost, left, right, down, unions, layout, c);
+  c = down_group<V, 3>(cost, left, right, down, unions, layout, c);
   return V::total(c);
 }
 
@@ -290,7 +289,7 @@ void node_final(const word* ancestor, const word* down, const word* unions, word
   final_group<V, 0>(ancestor, down, unions, final, branch, layout);
   final_group<V, 1>(ancestor, down, unions, final, branch, layout);
   final_group<V, 2>(ancestor, down, unions, final, branch, layout);
-  final_group<V, 4>(ancestor, down, unions, final, branch, layout);
+  final_group<V, 3>(ancestor, down, unions, final, branch, layout);
 }
 
 template <class V, int G>
@@ -306,7 +305,7 @@ void node_final_terminal(const word* ancestor, const word* down, word* branch,
   final_terminal_group<V, 0>(ancestor, down, branch, layout);
   final_terminal_group<V, 1>(ancestor, down, branch, layout);
   final_terminal_group<V, 2>(ancestor, down, branch, layout);
-  final_terminal_group<V, 4>(ancestor, down, branch, layout);
+  final_terminal_group<V, 3>(ancestor, down, branch, layout);
 }
 
 }  // namespace

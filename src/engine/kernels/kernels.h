@@ -60,20 +60,19 @@ struct fit_layout {
   double coarse_scale = 1;
 };
 
-/// Word ranges of the set groups, each padded with neutral words (all ones in every operand) to a
-/// multiple of 16 words. Group 3 is always empty; group 4 (one field a word) is costed by the same
-/// kernels as groups 0 to 2, so that only step-matrix fields need the wide slots.
+/// Word ranges of the packing groups, each padded with neutral words (all ones in every operand) to
+/// a multiple of 16 words.
 struct kernel_layout {
-  std::int32_t end0 = 0;  // words of group 0
-  std::int32_t end1 = 0;  // running total behind group 1
-  std::int32_t end2 = 0;  // running total behind group 2
-  std::int32_t end4 = 0;  // running total behind group 4
+  std::int32_t end0 = 0;  // where the words of group 0 end, and those of the other groups
+  std::int32_t end1 = 0;
+  std::int32_t end2 = 0;
+  std::int32_t end3 = 0;
   std::int32_t head = 0;  // first word of the block that scans look at first: the most variable one
   const std::int32_t* word_weight = nullptr;  // by word; word-weight mode
-  // Weight of each field of groups 0, 1, 2 and 4 in order, padding included; per-character mode.
+  // Weight of each field in order, padding included; per-character mode.
   const std::int32_t* field_weight = nullptr;
   // The same weights, one binary digit at a time: digit p of the weight of a field stands in word
-  // `weight_planes[p * end4 + w]` at the bit by which the kernels flag that field.
+  // `weight_planes[p * end3 + w]` at the bit by which the kernels flag that field.
   const word* weight_planes = nullptr;
   std::int32_t plane_count = 0;
   fit_layout fits;
@@ -82,14 +81,10 @@ struct kernel_layout {
 /// A node cluster of the swapper.
 struct cluster_record {
   word* union_now;           // union of the `branch` sets of its nodes, widened during a clip
-  word* union_saved;         // to restore from after a clip
   std::int32_t* main_nodes;  // its nodes in the main tree
   std::int32_t* clip_nodes;  // its nodes in the clipped subtree
   std::int32_t n_main;
   std::int32_t n_clip;
-  std::int32_t dirty;        // some word was widened in this clip
-  std::int32_t dirty_first;  // range of words to restore, inclusive
-  std::int32_t dirty_last;
 };
 
 /// Words as they were before waves changed them, newest last, in pieces of `piece_words`.

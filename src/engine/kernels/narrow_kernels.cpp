@@ -102,7 +102,7 @@ struct folded_uniform_cost64 {
     if constexpr (G == 0)
       return c + bitcount16[(e | (e >> 15)) & 0xffffU] +
              bitcount16[((e >> 32) | (e >> 47)) & 0xffffU];
-    if constexpr (G == 4) return c + static_cast<std::int32_t>(((e >> 31) & 1) + (e >> 63));
+    if constexpr (G == 3) return c + static_cast<std::int32_t>(((e >> 31) & 1) + (e >> 63));
     return c + bitcount16[((e >> 51) | (e >> 34) | (e >> 17) | e) & 0xffffU];
   }
 };

@@ -54,17 +54,12 @@ template <class V>
 inline void widen_cluster(const pass_context& t, std::int32_t node, std::size_t w,
                           typename V::type branch) {
   if (!t.cluster_of) return;
-  cluster_record& cluster = t.clusters[t.cluster_of[node]];
-  word* p = cluster.union_now + w;
+  word* const p = t.clusters[t.cluster_of[node]].union_now + w;
   const auto old = V::load(p);
   const auto wide = V::or_(old, branch);
   if (V::same(old, wide)) return;
   note<V>(t, p);
   V::store(p, wide);
-  const auto first = static_cast<std::int32_t>(w);
-  cluster.dirty = 1;
-  if (first < cluster.dirty_first) cluster.dirty_first = first;
-  if (first + V::words - 1 > cluster.dirty_last) cluster.dirty_last = first + V::words - 1;
 }
 
 /// Remakes final and branch sets of `v` from its ancestor; returns whether `final` changed (never,
@@ -177,7 +172,7 @@ void clip_wave(const pass_context& t, std::int32_t start, std::int32_t clip,
   clip_wave_group<V, 0>(t, start, clip, layout);
   clip_wave_group<V, 1>(t, start, clip, layout);
   clip_wave_group<V, 2>(t, start, clip, layout);
-  clip_wave_group<V, 4>(t, start, clip, layout);
+  clip_wave_group<V, 3>(t, start, clip, layout);
 }
 
 template <class V, int G>
@@ -192,7 +187,7 @@ void insert_wave(const pass_context& t, std::int32_t node, const kernel_layout& 
   insert_wave_group<V, 0>(t, node, layout);
   insert_wave_group<V, 1>(t, node, layout);
   insert_wave_group<V, 2>(t, node, layout);
-  insert_wave_group<V, 4>(t, node, layout);
+  insert_wave_group<V, 3>(t, node, layout);
 }
 
 // ---- full passes ----
@@ -224,7 +219,7 @@ void final_pass(const pass_context& t, const std::int32_t* order, std::int32_t c
                 const kernel_layout& layout) {
   const tree_words<V> s{t, 0};
   const std::int32_t top = order[0];
-  for (std::int32_t w = 0; w < layout.end4; w += V::words)
+  for (std::int32_t w = 0; w < layout.end3; w += V::words)
     V::store(s.final(top) + w, V::load(s.down(top) + w));
   for (std::int32_t i = 0; i < count; ++i) {
     const std::int32_t a = order[i];

@@ -197,7 +197,7 @@ void place_fields(packing_plan& plan, bool word_weights) {
     if (e.group <= 2) continue;
     e.first_field = plan.field_count[at(e.group)];
     plan.field_count[at(e.group)] += e.fields;
-    plan.word_weight.push_back(e.weight);  // a field of group 4 is a word
+    plan.word_weight.push_back(e.weight);  // a field of group 3 is a word
   }
 }
 

@@ -28,7 +28,7 @@ void refuse_unavailable(int character) {
 int group_of(const informative_states& states) {
   const int count = std::popcount(states.kept);
   if (states.additive || count <= 2) return 0;
-  return count < 5 ? 1 : count < 9 ? 2 : 4;
+  return count < 5 ? 1 : count < 9 ? 2 : 3;
 }
 
 /// Least and most steps of characters over the taxa of a request. Those over the active taxa are

@@ -37,16 +37,16 @@ void allocate_search_data(search_data& data) {
   data.layout.end0 = data.group_start[1];
   data.layout.end1 = data.group_start[2];
   data.layout.end2 = data.group_start[3];
-  data.layout.end4 = data.group_start[5];
+  data.layout.end3 = data.group_start[4];
   data.set_stride = at(data.nwords);
   std::size_t kernel_fields = 0;
   for (int g = 0; g < packing_groups; ++g) {
     data.fields[at(g)] = alloc_low<field_record>(at(data.field_count[at(g)]));
-    if (g < 5) kernel_fields += at(data.field_count[at(g)]);
+    kernel_fields += at(data.field_count[at(g)]);
   }
   data.field_weight = calloc_low<std::int32_t>(kernel_fields);
-  data.word_weight = calloc_low<std::int32_t>(at(data.layout.end4));
-  data.weight_planes = alloc_low<word>(weight_digits * at(data.layout.end4), cache_line);
+  data.word_weight = calloc_low<std::int32_t>(at(data.layout.end3));
+  data.weight_planes = alloc_low<word>(weight_digits * at(data.layout.end3), cache_line);
   const std::size_t nodes = at(data.nodes);
   data.tree = {alloc_low<std::int32_t>(nodes), alloc_low<std::int32_t>(nodes),
                alloc_low<std::int32_t>(nodes), alloc_low<std::int32_t>(nodes)};

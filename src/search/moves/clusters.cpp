@@ -46,11 +46,9 @@ cluster_cut allocate_clusters(search_data& data, int cluster_size) {
   data.clusters = calloc_low<cluster_record>(most);
   const std::size_t words = checked_product(most, data.set_stride);
   const std::span<word> now = calloc_low<word>(words, 64);
-  const std::span<word> saved = calloc_low<word>(words, 64);
   data.union_base = now.data();
   for (std::size_t c = 0; c < most; ++c) {
     data.clusters[c].union_now = now.data() + c * data.set_stride;
-    data.clusters[c].union_saved = saved.data() + c * data.set_stride;
   }
   return cut;
 }
@@ -132,14 +130,10 @@ void unite_clusters(search_data& data, const cluster_cut& cut) {
                data.branch_base + static_cast<std::size_t>(at(cut.nodes_in, i)) * data.set_stride,
                data.set_stride);
     }
-    std::copy_n(record.union_now, data.set_stride, record.union_saved);
     record.main_nodes = cut.nodes_in.data() + first;
     record.n_main = end - first;
     record.clip_nodes = cut.clip_store.data() + first;
     record.n_clip = 0;
-    record.dirty = 0;
-    record.dirty_first = 2'000'000'000;
-    record.dirty_last = 0;
   }
 }
 

@@ -58,12 +58,11 @@ void narrow_pair::choose_words(const search_data& data, std::span<const std::int
   chosen_.clear();
   fixed_ = 0;
   const std::int32_t ends[] = {data.layout.end0, data.layout.end1, data.layout.end2,
-                               data.layout.end4};
-  std::int32_t* const new_ends[] = {&layout_.end0, &layout_.end1, &layout_.end2, &layout_.end4};
+                               data.layout.end3};
+  std::int32_t* const new_ends[] = {&layout_.end0, &layout_.end1, &layout_.end2, &layout_.end3};
   std::int32_t w = 0;
-  for (int part = 0; part < 4; ++part) {
-    const int group = part < 3 ? part : 4;
-    while (w < ends[part]) {
+  for (int group = 0; group < packing_groups; ++group) {
+    while (w < ends[group]) {
       const std::size_t block_start = chosen_.size();
       bool any_relevant = false;
       for (int i = 0; i < words_per_block; ++i, ++w) {
@@ -79,7 +78,7 @@ void narrow_pair::choose_words(const search_data& data, std::span<const std::int
       if (!any_relevant) chosen_.resize(block_start);
     }
     while (chosen_.size() % words_per_block != 0) chosen_.push_back({-1, all_ones});
-    *new_ends[part] = static_cast<std::int32_t>(chosen_.size());
+    *new_ends[group] = static_cast<std::int32_t>(chosen_.size());
   }
   layout_.head = 0;
 }

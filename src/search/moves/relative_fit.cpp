@@ -40,7 +40,7 @@ struct evidence {
 double relative_fit_difference(const search_data& data, joined_words home, joined_words other) {
   evidence sum;
   std::size_t before = 0;  // fields of the groups before, as in `step_cost`
-  for (const int group : {0, 1, 2, 4}) {
+  for (int group = 0; group < packing_groups; ++group) {
     const auto g = static_cast<std::size_t>(group);
     for (int w = data.group_start[g]; w < data.group_start[g + 1]; ++w) {
       const word at_home = failed_fields(group, home.clip[w] & home.branch[w]);

@@ -20,22 +20,22 @@ class operands {
     layout.end0 = blocks();
     layout.end1 = layout.end0 + blocks();
     layout.end2 = layout.end1 + blocks();
-    layout.end4 = layout.end2 + blocks();
-    if (layout.end4 > 0)
-      layout.head = words_per_block * static_cast<int>(g() % at(layout.end4 / words_per_block));
-    store_.resize(at(count * layout.end4 + words_per_block));
+    layout.end3 = layout.end2 + blocks();
+    if (layout.end3 > 0)
+      layout.head = words_per_block * static_cast<int>(g() % at(layout.end3 / words_per_block));
+    store_.resize(at(count * layout.end3 + words_per_block));
     auto* start = reinterpret_cast<std::uintptr_t*>(store_.data());
     base = store_.data() + (64 - reinterpret_cast<std::uintptr_t>(start) % 64) % 64 / sizeof(word);
     // Between sets with few states and sets that nearly always meet.
     const int density = 1 + static_cast<int>(g() % 3);
-    for (int i = 0; i < count * layout.end4; ++i) {
+    for (int i = 0; i < count * layout.end3; ++i) {
       base[i] = static_cast<word>(g());
       for (int d = 1; d < density; ++d) base[i] |= static_cast<word>(g());
     }
     make_weights(g);
   }
 
-  const word* row(int i) const { return base + at(i) * at(layout.end4); }
+  const word* row(int i) const { return base + at(i) * at(layout.end3); }
   int count() const { return count_; }
 
   kernel_layout layout;
@@ -45,22 +45,22 @@ class operands {
   void make_weights(std::mt19937& g) {
     const int most = g() % 2 ? 3 : 200;
     constexpr int digits = 8;
-    word_weight_.resize(at(layout.end4));
+    word_weight_.resize(at(layout.end3));
     for (std::int32_t& w : word_weight_) w = static_cast<std::int32_t>(g() % at(most));
-    planes_.assign(at(digits * layout.end4), 0);
+    planes_.assign(at(digits * layout.end3), 0);
     const auto add = [&](int first, int end, int width, bool flag_low) {
       for (int w = first; w < end; ++w)
         for (int bit = 0; bit < 32; bit += width) {
           field_weight_.push_back(static_cast<std::int32_t>(g() % at(most)));
           const word flag = word{1} << (flag_low ? bit : bit + width - 1);
           for (int d = 0; d < digits; ++d)
-            if (field_weight_.back() >> d & 1) planes_[at(d * layout.end4 + w)] |= flag;
+            if (field_weight_.back() >> d & 1) planes_[at(d * layout.end3 + w)] |= flag;
         }
     };
     add(0, layout.end0, 2, true);
     add(layout.end0, layout.end1, 4, false);
     add(layout.end1, layout.end2, 8, false);
-    add(layout.end2, layout.end4, 32, false);
+    add(layout.end2, layout.end3, 32, false);
     // Aligned, as the loops over planes need.
     aligned_.resize(planes_.size() + words_per_block);
     word* const p =
@@ -86,7 +86,7 @@ void expect_scan(const kernel_slots& k, const operands& o, const std::vector<std
     int wanted = from;
     while (wanted < count && costs[at(wanted)] > bound) ++wanted;
     std::int32_t cost = -1;
-    const int found = k.scan_pairs(o.row(0), o.base, at(o.layout.end4), items.data(), from, count,
+    const int found = k.scan_pairs(o.row(0), o.base, at(o.layout.end3), items.data(), from, count,
                                    o.layout, bound, &cost);
     ASSERT_EQ(found, wanted) << "from " << from << " bound " << bound;
     if (found < count) {
