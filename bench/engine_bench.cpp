@@ -8,8 +8,13 @@
 #include "base/arena.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/packing/packed_matrix.h"
+#include "engine/passes/links.h"
+#include "engine/passes/passes.h"
+#include "engine/passes/undo.h"
+#include "engine/passes/waves.h"
 #include "engine/registration.h"
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 

@@ -10,6 +10,7 @@
 #include "functions/commands.h"
 #include "language/commands/commands.h"
 #include "macro/commands.h"
+#include "mapping/commands.h"
 #include "matrix/commands.h"
 #include "search/best_command.h"
 #include "search/commands.h"

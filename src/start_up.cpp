@@ -1,13 +1,13 @@
 #include "start_up.h"
 
 #include "command_table.h"
-#include "engine/plain/group_measures.h"
 #include "engine/registration.h"
 #include "formats/formats.h"
 #include "functions/registration.h"
 #include "language/data_memory.h"
 #include "language/interpreter.h"
 #include "macro/registration.h"
+#include "mapping/registration.h"
 #include "matrix/matrix.h"
 #include "matrix/registration.h"
 #include "search/registration.h"
@@ -34,7 +34,7 @@ void register_everything() {
   register_engine();
   register_search();
   set_data_describer(describe_data);
-  register_group_measures();
+  register_mapping();
 }
 
 }  // namespace zeb

@@ -4,12 +4,15 @@
 
 #include "base/arena.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/hooks.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/plain/tree_scores.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_groups.h"
 
 namespace zeb {
+
+engine_hooks hooks_of_engine;
 
 void register_engine() {
   set_tree_scorer(score_stored_trees);
@@ -20,7 +23,6 @@ void register_engine() {
     };
   });
   add_unlock_hook(forget_packed_data);
-  register_node_rows();
 }
 
 }  // namespace zeb

@@ -3,8 +3,7 @@
 
 namespace zeb {
 
+/// Called once at start-up.
 void register_engine();
-/// Part of it: what `xread :` writes.
-void register_node_rows();
 
 }  // namespace zeb

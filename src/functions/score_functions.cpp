@@ -6,6 +6,7 @@
 #include "engine/fit/fits.h"
 #include "engine/plain/plain_optimisation.h"
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
 #include "language/lexer.h"

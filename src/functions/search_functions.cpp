@@ -4,6 +4,7 @@
 #include "base/errors.h"
 #include "engine/kernels/kernels.h"
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
 #include "search/search_state.h"
@@ -21,7 +22,7 @@ double rearrangements_done() {
   return static_cast<double>(count.high) * 1e9 + static_cast<double>(count.low);
 }
 
-double word_bits() { return (engine.long_words & 2) ? widest_kernels() : 32; }
+double word_bits() { return (engine.long_words) ? widest_kernels() : 32; }
 
 [[noreturn]] void only_in_sectors(const char* name) {
   error_end_f("Expression \"%s\" recognized only from first-level tracked sectorial searches",

@@ -9,6 +9,7 @@
 #include "base/random.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
 #include "language/input.h"

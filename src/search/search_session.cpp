@@ -8,6 +8,7 @@
 #include "base/random.h"
 #include "console/output.h"
 #include "engine/packing/packed_matrix.h"
+#include "engine/passes/conversions.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"

@@ -9,6 +9,8 @@
 #include "base/random.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/packing/packing.h"
+#include "engine/passes/links.h"
+#include "engine/settings.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix_layout.h"
 #include "property/random_matrix.h"

@@ -15,6 +15,11 @@
 #include "base/process.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/packing/packed_matrix.h"
+#include "engine/passes/links.h"
+#include "engine/passes/passes.h"
+#include "engine/passes/undo.h"
+#include "engine/passes/waves.h"
+#include "engine/settings.h"
 #include "property/clipped_trees.h"
 #include "property/random_matrix.h"
 #include "support/program.h"
@@ -184,7 +189,7 @@ zeb_test::oracle_matrix random_data(std::mt19937& g, int most_taxa, int most_cha
     for (int t = 0; t < shape.ntax; ++t)
       if (t != matrix.outgroup && active_taxa() > 4 && chance(g, 0.3))
         matrix.taxon_active[at(t)] = 0;
-  engine.long_words = chance(g, 0.5) ? 2 : 0;
+  engine.long_words = chance(g, 0.5);
   engine.implied_on = true;
   engine.concavity = std::uniform_real_distribution<double>(0.3, 20)(g);
   return oracle;

@@ -7,8 +7,13 @@
 
 #include "base/arena.h"
 #include "engine/packing/packed_matrix.h"
+#include "engine/passes/links.h"
+#include "engine/passes/passes.h"
+#include "engine/passes/undo.h"
+#include "engine/passes/waves.h"
 #include "engine/registration.h"
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "matrix/matrix_layout.h"
 #include "property/clipped_trees.h"
 #include "property/random_matrix.h"
@@ -208,7 +213,7 @@ void check_matrix(std::mt19937& g, const zeb_test::data_shape& shape, int trees)
     for (int t = 0; t < shape.ntax; ++t)
       if (t != matrix.outgroup && active_taxa() > 4 && chance(g, 0.3))
         matrix.taxon_active[at(t)] = 0;
-  engine.long_words = chance(g, 0.5) ? 2 : 0;
+  engine.long_words = chance(g, 0.5);
   search_data& data = packed_matrix(true);
   std::vector<int> rows(data.pack_to_taxon.begin(), data.pack_to_taxon.begin() + data.n);
   for (int i = 0; i < trees; ++i) {

@@ -2,6 +2,7 @@
 // the final sets.
 #include "engine/plain/plain_optimisation.h"
 #include "engine/packing/packed_matrix.h"
+#include "engine/passes/conversions.h"
 
 #include <gtest/gtest.h>
 

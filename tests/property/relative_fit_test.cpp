@@ -1,6 +1,10 @@
 // Relative fit differences of moves against the steps of each character on both trees.
 #include "search/moves/relative_fit.h"
 #include "engine/packing/packed_matrix.h"
+#include "engine/passes/links.h"
+#include "engine/passes/passes.h"
+#include "engine/passes/waves.h"
+#include "engine/settings.h"
 #include "matrix/matrix_layout.h"
 
 #include <gtest/gtest.h>

@@ -11,6 +11,7 @@
 #include "engine/collapsing/collapsing.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/plain/tree_scores.h"
+#include "engine/settings.h"
 #include "matrix/matrix_layout.h"
 #include "property/random_matrix.h"
 #include "search/drivers/bbreak.h"
@@ -229,10 +230,10 @@ TEST_F(search_survival, every_width_makes_the_same_search) {
       if (width > widest_kernels()) continue;
       EXPECT_EQ(whole_search(width), usual) << "round " << round << ", " << width << " bits";
     }
-    engine.long_words = 0;
+    engine.long_words = false;
     drop_packed_data();
     EXPECT_EQ(whole_search({}), usual) << "round " << round << " without wide words";
-    engine.long_words = 2;
+    engine.long_words = true;
     drop_packed_data();
     for (const int narrow : {1, 2}) {
       swapping.use_inters = narrow;

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "engine/collapsing/collapsing.h"
+#include "engine/passes/conversions.h"
 #include "matrix/matrix_layout.h"
 #include "property/random_matrix.h"
 #include "search/moves/swapper.h"

@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "engine/hooks.h"
 #include "engine/plain/plain_optimisation.h"
 #include "matrix/matrix.h"
 
@@ -14,8 +15,6 @@ namespace zeb {
 collapsing_settings collapsing;
 
 namespace {
-
-swap_collapser swap_rule = nullptr;
 
 /// Does a range tell the node from its ancestor? As the sets of an additive character do.
 bool range_tells(const value_range& above, const value_range& own, int rule) {
@@ -133,8 +132,6 @@ void mark_without(plain_optimiser& sets, const_tree_span tree, int rule,
 
 }  // namespace
 
-void register_swap_collapser(swap_collapser collapser) { swap_rule = collapser; }
-
 struct branch_judge::state {
   int rule;
   std::vector<std::uint8_t> ignored;
@@ -145,7 +142,7 @@ struct branch_judge::state {
 branch_judge::branch_judge(int rule, std::span<const std::uint8_t> ignored_taxa)
     : state_(new state{rule, {ignored_taxa.begin(), ignored_taxa.end()}, {}, {}}) {
   if (rule >= 1 && rule <= 4) state_->sets.emplace(scored_characters(), ignored_taxa);
-  if (rule > 4 && !swap_rule)
+  if (rule > 4 && !hooks_of_engine.collapse_by_swapping)
     error_end("Internal error: called swap-collapsing without having assigned memory!");
 }
 
@@ -155,7 +152,7 @@ void branch_judge::mark(const_tree_span tree, std::span<std::uint8_t> marks) {
   for (std::uint8_t& m : marks) m = 1;
   if (state_->rule == 0) return;
   if (state_->rule > 4)
-    swap_rule(tree, state_->rule == 6, marks, state_->ignored);
+    hooks_of_engine.collapse_by_swapping(tree, state_->rule == 6, marks, state_->ignored);
   else if (state_->ignored.empty())
     mark_tree(*state_->sets, tree, state_->rule, marks);
   else

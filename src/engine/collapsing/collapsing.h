@@ -7,7 +7,6 @@
 #include <memory>
 #include <span>
 
-#include "engine/search_data.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -50,15 +49,5 @@ void collapse_tree(const_tree_span tree, std::span<std::uint8_t> marks,
 
 /// Removes the internal nodes marked 0, joining their descendants to their ancestors; normalises.
 void condense_tree(tree_span tree, std::span<const std::uint8_t> marks);
-
-/// Marks of the tree in work (internal numbering, `nodes` entries, full sets valid) under the quick
-/// form of rule `level`: all 1 at level 0. 1 for terminals and the root.
-void search_marks(const search_data& data, int level, std::span<std::uint8_t> marks);
-
-/// Rules 5 and 6 swap branches, a floor above: the swapper registers how. Called with the tree of
-/// the buffer; fills marks as branch_judge does.
-using swap_collapser = void (*)(const_tree_span tree, bool use_tbr, std::span<std::uint8_t> marks,
-                                std::span<const std::uint8_t> ignored_taxa);
-void register_swap_collapser(swap_collapser collapser);
 
 }  // namespace zeb

@@ -1,6 +1,6 @@
-// The quick collapsing rules, on the node sets of a search.
+#include "engine/collapsing/search_marks.h"
+
 #include "base/indices.h"
-#include "engine/collapsing/collapsing.h"
 
 namespace zeb {
 namespace {

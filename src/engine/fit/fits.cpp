@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 

@@ -2,6 +2,7 @@
 
 #include "base/indices.h"
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -15,7 +16,7 @@ packing_request request_of_settings() {
     request.weights.push_back(c.active ? c.weight : 0);
   request.implied_on = engine.implied_on;
   request.concavity = engine.concavity;
-  request.long_words = (engine.long_words & 2) != 0;
+  request.long_words = engine.long_words;
   return request;
 }
 

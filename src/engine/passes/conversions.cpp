@@ -1,8 +1,8 @@
-// Between trees of the buffer (matrix numbering, polytomies, absent taxa) and trees in work.
+#include "engine/passes/conversions.h"
+
 #include <vector>
 
 #include "base/indices.h"
-#include "engine/search_data.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 

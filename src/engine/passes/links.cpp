@@ -1,6 +1,6 @@
-// The links of the tree in work: attaching, detaching and turning subtrees. No sets are touched.
+#include "engine/passes/links.h"
+
 #include "base/indices.h"
-#include "engine/search_data.h"
 
 namespace zeb {
 namespace {

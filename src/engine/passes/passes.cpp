@@ -1,16 +1,12 @@
-// Full passes, waves and their undoing over the tree in work.
+#include "engine/passes/passes.h"
+
 #include <cstring>
 
-#include "base/errors.h"
 #include "base/indices.h"
 #include "engine/fit/implied_weighting.h"
-#include "engine/search_data.h"
+#include "engine/passes/links.h"
 
 namespace zeb {
-
-engine_settings engine;
-
-namespace {
 
 pass_context context_of(search_data& data) {
   pass_context t;
@@ -33,6 +29,8 @@ pass_context context_of(search_data& data) {
   }
   return t;
 }
+
+namespace {
 
 /// Internal nodes of the subtree of `top`, each before its descendants. A node's neighbours in the
 /// list are its relatives, whose sets are still in the nearest cache when a pass gets there.
@@ -71,41 +69,6 @@ std::int64_t pass_from(search_data& data, int top) {
   return steps;
 }
 
-/// Notes `nwords` words at `p`, a piece at a time.
-void note_words(search_data& data, word* p) {
-  undo_log& log = data.undo;
-  if (!log.recording) return;
-  for (int w = 0; w < data.nwords; w += log.piece_words) {
-    if (log.count >= log.capacity) {
-      log.count = log.capacity + 1;
-      return;
-    }
-    log.where[log.count] = p + w;
-    std::memcpy(log.old_words + at(log.count) * at(log.piece_words), p + w,
-                at(log.piece_words) * sizeof(word));
-    ++log.count;
-  }
-}
-
-template <int words>
-void put_back(const undo_log& log) {
-  for (int i = log.count - 1; i >= 0; --i)
-    std::memcpy(log.where[i], log.old_words + at(i) * words, words * sizeof(word));
-}
-
-/// Preliminary sets of a node of a turned path; its final sets are set to nothing, which no final
-/// pass ever gives, so that the next wave takes them as changed.
-void remake_turned(search_data& data, int v) {
-  const node_sets& s = data.sets[at(v)];
-  note_words(data, s.down);
-  note_words(data, s.unions);
-  note_words(data, s.final);
-  data.kernels.remake_down(data.sets[at(data.tree.first[at(v)])].down,
-                           data.sets[at(data.tree.second[at(v)])].down, s.down, s.unions,
-                           data.layout);
-  std::memset(s.final, 0, at(data.nwords) * sizeof(word));
-}
-
 }  // namespace
 
 double full_pass(search_data& data) {
@@ -128,66 +91,6 @@ std::int64_t subtree_pass(search_data& data, int node) {
   const std::int64_t steps = pass_from(data, node);
   if (data.implied_on) refresh_step_costs(data);
   return steps;
-}
-
-void repair_after_clip(search_data& data, int start, int clip) {
-  if (clip < 0) {
-    repair_after_insert(data, data.tree.sister[at(start)]);
-    return;
-  }
-  data.kernels.clip_wave(context_of(data), start, clip, data.layout);
-}
-
-void repair_after_insert(search_data& data, int node) {
-  data.kernels.insert_wave(context_of(data), node, data.layout);
-}
-
-void begin_undo(search_data& data) {
-  data.undo.count = 0;
-  data.undo.recording = data.undo.capacity > 0;
-}
-
-bool undo_sets(search_data& data) {
-  undo_log& log = data.undo;
-  const bool whole = log.recording && log.count <= log.capacity;
-  if (whole) {
-    switch (log.piece_words) {
-      case 1:
-        put_back<1>(log);
-        break;
-      case 2:
-        put_back<2>(log);
-        break;
-      case 8:
-        put_back<8>(log);
-        break;
-      default:
-        ALWAYS_CHECK(log.piece_words == 16, "width of the undo log");
-        put_back<16>(log);
-    }
-  }
-  log.count = 0;
-  return whole;
-}
-
-void end_undo(search_data& data) {
-  data.undo.count = 0;
-  data.undo.recording = false;
-}
-
-void reroot_subtree(search_data& data, int node, int clip) {
-  int length = 0;
-  for (int v = data.tree.anc[at(node)]; v != clip; v = data.tree.anc[at(v)])
-    data.node_list[at(length++)] = v;
-  if (length == 0) return;
-  reroot_links(data.tree, node, clip);
-  while (length-- > 0) remake_turned(data, data.node_list[at(length)]);
-  remake_turned(data, clip);
-}
-
-bool same_score(const search_data& data, double a, double b) {
-  if (data.implied_on || data.has_continuous) return a - b < 1e-08 && b - a < 1e-08;
-  return a == b;
 }
 
 }  // namespace zeb

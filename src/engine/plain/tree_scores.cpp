@@ -4,6 +4,7 @@
 
 #include "engine/fit/fits.h"
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -6,6 +6,7 @@
 #include "base/time_limit.h"
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/settings.h"
 #include "language/interpreter.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
@@ -75,7 +76,7 @@ void list_settings() {
   emit(swapping.safe_unclip ? "\n     * Using safe unclip" : "\n     * Using quick unclip");
   if (swapping.random_clip) emit("\n     * Randomizing clipping sequence");
   if (swapping.use_inters > 0) emit("\n     * Node clusters use union/intersection");
-  if (engine.long_words & 2) emit("\n     * Using 64 bits when possible");
+  if (engine.long_words) emit("\n     * Using 64 bits when possible");
   if (swapping.fill_only) emit("\n     * Stopping when the tree buffer is full");
   if (swapping.stratified) emit("\n     * Stratified swapping of landmark characters");
   if (swapping.preproc > 0) emit("\n     * Clips that promise most come first");
@@ -99,7 +100,7 @@ void refuse_changes(const bbreak_settings& before, const bbreak_settings& now) {
 void take_settings(const bbreak_settings& before, const bbreak_settings& now) {
   swapping = now.swap;
   if (now.wide_words != before.wide_words) {
-    engine.long_words = now.wide_words ? 2 : 0;
+    engine.long_words = now.wide_words;
     drop_packed_data();
   }
   if (now.swap.stratified && !before.swap.stratified) {
@@ -173,7 +174,7 @@ constexpr option_table bbreak_options =
                           .wrong_sign = "Wrong argument for bbreak: %c"});
 
 void bbreak_command() {
-  const bbreak_settings before{swapping, (engine.long_words & 2) != 0};
+  const bbreak_settings before{swapping, engine.long_words};
   bbreak_settings now = before;
   const option_outcome outcome = read_search_options(
       now, bbreak_options, [&before](const bbreak_settings& wanted, option_outcome wish) {

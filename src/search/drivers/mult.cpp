@@ -7,6 +7,7 @@
 #include "base/message_text.h"
 #include "base/random.h"
 #include "console/output.h"
+#include "engine/passes/passes.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"

@@ -4,6 +4,9 @@
 
 #include "base/indices.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/passes/links.h"
+#include "engine/passes/passes.h"
+#include "engine/passes/waves.h"
 #include "search/moves/relative_fit.h"
 #include "search/moves/swap_run.h"
 #include "search/search_state.h"

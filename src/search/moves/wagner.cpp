@@ -7,6 +7,8 @@
 #include "base/indices.h"
 #include "base/random.h"
 #include "engine/fit/implied_weighting.h"
+#include "engine/passes/links.h"
+#include "engine/passes/waves.h"
 #include "search/moves/wagner_build.h"
 #include "search/search_report.h"
 

@@ -8,6 +8,8 @@
 #include "base/indices.h"
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/collapsing/search_marks.h"
+#include "engine/passes/passes.h"
 #include "search/store/tree_identity.h"
 #include "trees/tree_store.h"
 

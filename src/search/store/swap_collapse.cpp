@@ -5,8 +5,9 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "engine/collapsing/collapsing.h"
+#include "engine/hooks.h"
 #include "engine/packing/packed_matrix.h"
+#include "engine/passes/conversions.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 #include "search/moves/swapper.h"
@@ -143,7 +144,7 @@ void collapse_by_swapping(const_tree_span tree, bool use_tbr, std::span<std::uin
 }  // namespace
 
 void register_search() {
-  register_swap_collapser(collapse_by_swapping);
+  hooks_of_engine.collapse_by_swapping = collapse_by_swapping;
   // Scores of other data can't be compared.
   add_new_matrix_hook([] { searching.lowest_seen = no_score; });
 }

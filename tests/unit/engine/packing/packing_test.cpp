@@ -7,7 +7,9 @@
 
 #include "base/arena.h"
 #include "engine/packing/packed_matrix.h"
+#include "engine/passes/passes.h"
 #include "engine/registration.h"
+#include "engine/settings.h"
 #include "property/random_matrix.h"
 
 namespace zeb {
@@ -117,7 +119,7 @@ TEST_F(packing, follows_the_settings_of_the_user) {
   matrix.outgroup = 2;
   matrix.characters[0].active = 0;
   matrix.characters[1].weight = 7;
-  engine.long_words = 0;
+  engine.long_words = false;
   search_data& data = packed_matrix(true);
   const packing_request request = request_of_settings();
   EXPECT_EQ(request.taxa.front(), 2);

@@ -1,4 +1,5 @@
-// The internal nodes of a stored tree as rows of a matrix, with their down-pass sets.
+#include "mapping/down_pass_rows.h"
+
 #include <bit>
 #include <string>
 #include <vector>
@@ -38,8 +39,8 @@ std::vector<std::uint32_t> constant_cells(const std::vector<std::uint8_t>& with_
   return cells;
 }
 
-// An additive character has one column per threshold: the node's range begins behind those that it
-// is surely above, and ends behind those that it may be above.
+// An additive character has one column per threshold: the node's range begins after those that it
+// is surely above, and ends after those that it may be above.
 void add_columns(const plain_optimiser& optimiser, int node, std::vector<std::uint32_t>& cells) {
   const std::span<const plain_column> columns = optimiser.columns();
   const std::span<const std::uint32_t> sets = optimiser.down(node);
@@ -59,6 +60,8 @@ void add_columns(const plain_optimiser& optimiser, int node, std::vector<std::ui
     for (int s = low; s <= high; ++s) cells[at(character)] |= 1U << s;
   }
 }
+
+}  // namespace
 
 std::vector<named_row> rows_of_tree(int number) {
   require_trees();
@@ -82,9 +85,5 @@ std::vector<named_row> rows_of_tree(int number) {
   }
   return rows;
 }
-
-}  // namespace
-
-void register_node_rows() { hooks_of_matrix.node_rows = rows_of_tree; }
 
 }  // namespace zeb

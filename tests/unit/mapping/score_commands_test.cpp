@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/search_data.h"
+#include "engine/settings.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 #include "support/program.h"

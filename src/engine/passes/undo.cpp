@@ -1,0 +1,67 @@
+#include "engine/passes/undo.h"
+
+#include <cstring>
+
+#include "base/errors.h"
+#include "base/indices.h"
+
+namespace zeb {
+namespace {
+
+template <int words>
+void put_back(const undo_log& log) {
+  for (int i = log.count - 1; i >= 0; --i)
+    std::memcpy(log.where[i], log.old_words + at(i) * words, words * sizeof(word));
+}
+
+}  // namespace
+
+void begin_undo(search_data& data) {
+  data.undo.count = 0;
+  data.undo.recording = data.undo.capacity > 0;
+}
+
+bool undo_sets(search_data& data) {
+  undo_log& log = data.undo;
+  const bool whole = log.recording && log.count <= log.capacity;
+  if (whole) {
+    switch (log.piece_words) {
+      case 1:
+        put_back<1>(log);
+        break;
+      case 2:
+        put_back<2>(log);
+        break;
+      case 8:
+        put_back<8>(log);
+        break;
+      default:
+        ALWAYS_CHECK(log.piece_words == 16, "width of the undo log");
+        put_back<16>(log);
+    }
+  }
+  log.count = 0;
+  return whole;
+}
+
+void end_undo(search_data& data) {
+  data.undo.count = 0;
+  data.undo.recording = false;
+}
+
+void note_words(search_data& data, word* p, int count) {
+  undo_log& log = data.undo;
+  if (!log.recording) return;
+  for (int w = 0; w < count; w += log.piece_words) {
+    if (log.count >= log.capacity) {
+      log.count = log.capacity + 1;
+      return;
+    }
+    log.where[log.count] = p + w;
+    std::memcpy(log.old_words + at(log.count) * at(log.piece_words), p + w,
+                at(log.piece_words) * sizeof(word));
+    ++log.count;
+  }
+}
+
+}  // namespace zeb

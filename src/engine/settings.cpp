@@ -1,0 +1,7 @@
+#include "engine/settings.h"
+
+namespace zeb {
+
+engine_settings engine;
+
+}  // namespace zeb

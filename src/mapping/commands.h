@@ -1,0 +1,12 @@
+// Handlers of the commands that report on trees in memory, for the command table.
+#pragma once
+
+namespace zeb {
+
+void chomo_command();
+void cscores_command();
+void fit_command();
+void length_command();
+void scores_command();
+
+}  // namespace zeb
