@@ -10,4 +10,6 @@ struct engine_settings {
 };
 extern engine_settings engine;
 
+void allow_long_words(bool on);
+
 }  // namespace zeb

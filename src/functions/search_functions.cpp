@@ -2,7 +2,7 @@
 #include <cstdint>
 
 #include "base/errors.h"
-#include "engine/kernels/kernels.h"
+#include "engine/kernels/kernel_choice.h"
 #include "engine/search_data.h"
 #include "engine/settings.h"
 #include "functions/arguments.h"

@@ -14,6 +14,7 @@
 #include "base/errors.h"
 #include "base/process.h"
 #include "engine/kernels/kernel_binding.h"
+#include "engine/kernels/kernel_choice.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/links.h"
 #include "engine/passes/passes.h"

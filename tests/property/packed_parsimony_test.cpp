@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "base/arena.h"
+#include "engine/kernels/kernel_choice.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/links.h"
 #include "engine/passes/passes.h"

@@ -10,6 +10,7 @@
 #include "base/time_limit.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/kernels/kernel_binding.h"
+#include "engine/kernels/kernel_choice.h"
 #include "engine/plain/tree_scores.h"
 #include "engine/settings.h"
 #include "matrix/matrix_layout.h"

@@ -102,7 +102,7 @@ void read_option(collapse_request& request) {
   request.rule(n);
 }
 
-/// Trees of the list, and behind a "/" taxa; both may be missing.
+/// Trees of the list, and after a "/" taxa; both may be missing.
 struct condense_request {
   std::vector<std::uint8_t> trees;
   std::vector<std::uint8_t> ignored_taxa;  // empty: none

@@ -1,4 +1,4 @@
-// The kernels of implied weights (Goloboff 1993), in the same manner as kernel_forms.h.
+// The kernels of implied weights, in the same manner as kernel_forms.h.
 //
 // The first step beyond the minimum costs a character more than the next, so what a failed field
 // costs depends on the steps that its character has on the tree. Those are kept in counters, and

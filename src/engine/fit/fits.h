@@ -1,4 +1,4 @@
-// Fit of stored trees under implied weights (Goloboff 1993): a character costs less the more
+// Fit of stored trees under implied weights: a character costs less the more
 // homoplasy it has.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Implied weights in searches (Goloboff 1993): the steps of each character on the tree in work are
+// Implied weights in searches: the steps of each character on the tree in work are
 // kept in counters, from which the score, the fit, and the cost of the next step are read. Lower is
 // better; scores are sums of weight * h / (k + h) over the characters, h being the homoplasy.
 //

@@ -6,6 +6,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "engine/fit/implied_weighting.h"
+#include "engine/kernels/kernel_choice.h"
 
 namespace zeb {
 namespace {

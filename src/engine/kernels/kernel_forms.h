@@ -3,9 +3,9 @@
 // wider instructions can't be linked in place of another width's. For the same reason nothing from
 // the standard library is called here.
 //
-// The idea (word-parallel Fitch sets; Moilanen 1999, Ronquist 1998, Goloboff 2002): a word holds
-// several state sets side by side, and carries within a field tell whether it is empty, so a whole
-// vector of characters is compared without a branch. `V` supplies
+// The idea (word-parallel Fitch sets; Ronquist 1998, Moilanen 1999, White and Holland 2011): a word
+// holds several state sets side by side, and carries within a field tell whether it is empty, so a
+// whole vector of characters is compared without a branch. `V` supplies
 //   type, words (32-bit words in it), load, store, zero, and_, or_, andnot(a, b) = ~a & b, same,
 //   empties<G>(x)  one flag bit in each field of `x` without a bit: the lowest bit of a field in
 //                  group 0, the highest in the others

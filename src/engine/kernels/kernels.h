@@ -26,10 +26,10 @@ struct tree_arrays {
 
 /// Four word arrays of `nwords` words each, aligned to 64 bytes.
 struct node_sets {
-  word* down;        // preliminary sets
-  word* final;       // final sets; not kept at terminals
-  word* unions;      // union of the descendants, plus a full field where they don't intersect
-  word* branch;      // final of this node or final of its ancestor: what an attachment meets
+  word* down;    // preliminary sets
+  word* final;   // final sets; not kept at terminals
+  word* unions;  // union of the descendants, plus a full field where they don't intersect
+  word* branch;  // final of this node or final of its ancestor: what an attachment meets
 };
 
 /// Under implied weights: one character on the tree in work.
@@ -209,11 +209,5 @@ enum class scoring_mode {
   per_character,
   implied,
 };
-
-/// The kernels of one width (32, 64, 256 or 512 bits); an empty table (null slots) where the
-/// processor lacks the instructions, or nobody wrote that mode yet.
-kernel_slots kernels_of_width(int bits, scoring_mode mode);
-/// Widest form that this processor runs.
-int widest_kernels();
 
 }  // namespace zeb

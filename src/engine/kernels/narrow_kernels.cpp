@@ -1,10 +1,21 @@
 // The 32-bit kernels, which are the reference for all others, and the 64-bit ones.
-#include "engine/kernels/bit_counts.h"
+#include <array>
+
 #include "engine/kernels/kernel_tables.h"
 #include "engine/kernels/slot_tables.h"
 
 namespace zeb {
 namespace {
+
+constexpr std::array<std::uint8_t, 65536> make_counts() {
+  std::array<std::uint8_t, 65536> counts{};
+  for (std::uint32_t i = 1; i < 65536; ++i)
+    counts[i] = static_cast<std::uint8_t>(counts[i >> 1] + (i & 1));
+  return counts;
+}
+
+/// Set bits of every 16-bit value.
+constinit const std::array<std::uint8_t, 65536> bitcount16 = make_counts();
 
 /// `pattern` (32 bits) once or twice.
 template <class T>

@@ -9,7 +9,7 @@
 #include "engine/fit/implied_weighting.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/packing/cell_encoding.h"
-#include "engine/packing/packing_plan.h"
+#include "engine/packing/classification.h"
 #include "engine/packing/set_memory.h"
 #include "matrix/matrix.h"
 

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "engine/packing/informative_states.h"
-#include "engine/packing/packing_request.h"
 #include "engine/search_data.h"
 
 namespace zeb {
@@ -22,10 +21,5 @@ struct packing_plan {
   std::vector<std::int32_t> word_weight;  // word-weight mode: a weight for each word
   std::array<int, packing_groups> field_count{};
 };
-
-/// Classifies the characters of the request and places their fields. Least and most steps are those
-/// over the taxa of the request. Under implied weights characters keep their own weights, and those
-/// of several fields come first. Errors for characters that can't be searched.
-packing_plan plan_packing(const packing_request& request);
 
 }  // namespace zeb

@@ -1,6 +1,6 @@
 // Continuous characters on one tree of the buffer: a range of values at each node, as additive
-// characters with as many thresholds as there are values (Farris 1970; Goloboff, Mattoni and
-// Quinteros 2006). Polytomies and absent taxa are allowed. In thousandths throughout.
+// characters with as many thresholds as there are values (Farris 1970). Polytomies and absent taxa
+// are allowed. In thousandths throughout.
 #pragma once
 
 #include <cstdint>

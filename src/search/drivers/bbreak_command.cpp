@@ -100,7 +100,7 @@ void refuse_changes(const bbreak_settings& before, const bbreak_settings& now) {
 void take_settings(const bbreak_settings& before, const bbreak_settings& now) {
   swapping = now.swap;
   if (now.wide_words != before.wide_words) {
-    engine.long_words = now.wide_words;
+    allow_long_words(now.wide_words);
     drop_packed_data();
   }
   if (now.swap.stratified && !before.swap.stratified) {

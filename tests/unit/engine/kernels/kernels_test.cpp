@@ -1,5 +1,6 @@
 // Kernels of every width against the 32-bit ones, on random words, for every bound that matters.
 #include "engine/kernels/kernels.h"
+#include "engine/kernels/kernel_choice.h"
 
 #include <gtest/gtest.h>
 

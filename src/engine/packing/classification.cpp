@@ -1,4 +1,4 @@
-#include "engine/packing/packing_plan.h"
+#include "engine/packing/classification.h"
 
 #include <bit>
 

@@ -1,0 +1,14 @@
+// The table of kernels that this processor runs best.
+#pragma once
+
+#include "engine/kernels/kernels.h"
+
+namespace zeb {
+
+/// The kernels of one width (32, 64, 256 or 512 bits); an empty table (null slots) where the
+/// processor lacks the instructions, or nobody wrote that mode yet.
+kernel_slots kernels_of_width(int bits, scoring_mode mode);
+/// Widest form that this processor runs.
+int widest_kernels();
+
+}  // namespace zeb
