@@ -6,7 +6,9 @@
 #include <random>
 
 #include "base/arena.h"
-#include "consensus/consensus.h"
+#include "consensus/conflict_consensus.h"
+#include "consensus/majority_consensus.h"
+#include "consensus/strict_consensus.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 #include "consensus/group_tree.h"
 
 namespace zeb {
-namespace {}  // namespace
 
 candidate_tree::candidate_tree(int ntax, std::span<const std::uint8_t> left_out)
     : ntax_(ntax),

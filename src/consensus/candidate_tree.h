@@ -9,8 +9,8 @@ namespace zeb {
 
 /// Takes trees one by one and keeps a tree of groups with a counter each: trees with the group add
 /// one, others take one away, at nothing the group goes, and groups of the tree that fit enter. At
-/// the end every group of more than half of the trees is there, among others (Jansson, Shen and
-/// Sung 2016: a majority vote by cancellation, for all groups at once).
+/// the end every group of more than half of the trees is there, among others: a majority vote by
+/// cancellation (Boyer and Moore 1991), held for all groups at once.
 class candidate_tree {
  public:
   candidate_tree(int ntax, std::span<const std::uint8_t> left_out);

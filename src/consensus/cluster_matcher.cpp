@@ -6,7 +6,6 @@
 #include "base/indices.h"
 
 namespace zeb {
-namespace {}  // namespace
 
 cluster_matcher::cluster_matcher(int ntax, std::span<const std::uint8_t> ignored)
     : ntax_(ntax),

@@ -1,10 +1,7 @@
-// The consensus methods that compare groups with those that contradict them, and the frequencies of
-// one tree's groups.
-#include <algorithm>
+#include "consensus/conflict_consensus.h"
 
 #include "base/arena.h"
 #include "base/indices.h"
-#include "consensus/consensus.h"
 #include "consensus/counting.h"
 
 namespace zeb {

@@ -9,6 +9,10 @@ namespace {
 
 constexpr std::size_t polling_interval = 64;  // trees
 
+struct note_state {
+  bool shown = false;  // of little memory
+} note;
+
 }  // namespace
 
 branch_weights::branch_weights(const tree_selection& selection) : selection_(selection) {
@@ -46,8 +50,8 @@ std::size_t bytes_of_small_table(int ntax) {
 }
 
 void note_low_memory(const tree_selection& selection) {
-  if (selection.low_memory || consensus.low_memory_note_shown) return;
-  consensus.low_memory_note_shown = true;
+  if (selection.low_memory || note.shown) return;
+  note.shown = true;
   emit("Note: using alternative consensus algorithm\n");
   emit("(memory is insufficient for standard algorithm)\n");
 }

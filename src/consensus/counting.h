@@ -4,8 +4,8 @@
 #include <optional>
 #include <string_view>
 
-#include "consensus/consensus.h"
 #include "consensus/group_tally.h"
+#include "consensus/selection.h"
 #include "engine/collapsing/collapsing.h"
 
 namespace zeb {

@@ -1,9 +1,10 @@
+#include "consensus/majority_consensus.h"
+
 #include "base/arena.h"
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "consensus/candidate_tree.h"
 #include "consensus/cluster_matcher.h"
-#include "consensus/consensus.h"
 #include "consensus/counting.h"
 #include "console/output.h"
 

@@ -7,7 +7,10 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "consensus/commands.h"
+#include "consensus/conflict_consensus.h"
+#include "consensus/majority_consensus.h"
 #include "consensus/pruned_consensus.h"
+#include "consensus/strict_consensus.h"
 #include "console/output.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -37,7 +40,7 @@ int read_set_size() {
   return size;
 }
 
-/// The taxa behind "/", or all but the outgroup, as far as they are in the trees.
+/// The taxa after "/", or all but the outgroup, as far as they are in the trees.
 std::vector<int> read_candidates(const tree_selection& selection) {
   std::vector<std::uint8_t> wanted(at(matrix.ntax), 1);
   wanted[at(matrix.outgroup)] = 0;
@@ -72,7 +75,7 @@ prune_request read_request() {
   const auto candidates = static_cast<int>(request.candidates.size());
   if (number_of_sets(candidates, request.largest, most_sets) == most_sets) {
     error_end("Too many sets of", request.largest, "of", candidates,
-              "taxa: give fewer taxa behind \"/\"");
+              "taxa: give fewer taxa after \"/\"");
   }
   return request;
 }

@@ -10,7 +10,7 @@
 namespace zeb {
 namespace {
 
-/// Moves to the next choice of numbers below `n`, in lexical order. False behind the last one.
+/// Moves to the next choice of numbers below `n`, in lexical order. False after the last one.
 bool next_choice(std::vector<int>& chosen, int n) {
   const int size = static_cast<int>(chosen.size());
   for (int i = size - 1; i >= 0; --i) {

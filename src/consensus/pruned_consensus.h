@@ -8,7 +8,8 @@
 #include <span>
 #include <vector>
 
-#include "consensus/consensus.h"
+#include "consensus/group_tree.h"
+#include "consensus/selection.h"
 
 namespace zeb {
 

@@ -1,13 +1,12 @@
+#include "consensus/selection.h"
+
 #include <algorithm>
 
 #include "base/indices.h"
-#include "consensus/consensus.h"
 #include "engine/collapsing/collapsing.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
-
-consensus_settings consensus;
 
 namespace {
 

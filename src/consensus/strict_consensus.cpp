@@ -1,16 +1,17 @@
+#include "consensus/strict_consensus.h"
+
 #include <algorithm>
 
 #include "base/arena.h"
 #include "base/indices.h"
 #include "consensus/cluster_matcher.h"
-#include "consensus/consensus.h"
 #include "consensus/counting.h"
 #include "console/output.h"
 
 namespace zeb {
 namespace {
 
-/// The groups of the first tree are counted in the others; a group that a tree lacks falls behind
+/// The groups of the first tree are counted in the others; a group that a tree lacks falls below
 /// `min_count` and isn't looked at again.
 group_tree strict_by_table(const tree_selection& selection,
                            std::span<const std::uint8_t> left_out) {

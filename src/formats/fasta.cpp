@@ -1,4 +1,4 @@
-// FASTA files (Pearson and Lipman 1988) of aligned sequences.
+// FASTA files of aligned sequences.
 #include <unordered_map>
 #include <vector>
 

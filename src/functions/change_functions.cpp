@@ -60,7 +60,7 @@ flip_costs read_flip_costs() {
 }
 
 // Flips that make a character's taxa with state 1 a group of the tree, or none or all of them
-// (Chen et al. 2003). Cells that are neither 0 nor 1 fit whatever is wanted.
+// (Chen and others 2003). Cells that are neither 0 nor 1 fit whatever is wanted.
 double flips(int character, const std::vector<std::vector<int>>& groups, const flip_costs& costs) {
   int ones = 0;
   for (const int t : groups.front()) ones += cell(t, character) == 2;

@@ -143,7 +143,7 @@ double copies_of_tree() {
   return count;
 }
 
-// 1 less the imbalance of Colless (1982) as a share of its maximum: how much larger the largest
+// 1 less the imbalance of Colless as a share of its maximum: how much larger the largest
 // clade of each node is than its smallest one, summed; the maximum is that of a comb.
 double symmetry() {
   const const_tree_span tree = stored_tree(one_tree());

@@ -5,7 +5,7 @@
 #include <set>
 #include <vector>
 
-#include "consensus/consensus.h"
+#include "consensus/conflict_consensus.h"
 #include "consensus/requests.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"

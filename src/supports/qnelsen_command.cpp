@@ -4,7 +4,7 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "consensus/commands.h"
-#include "consensus/consensus.h"
+#include "consensus/majority_consensus.h"
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
 #include "language/interpreter.h"

@@ -1,6 +1,6 @@
 // The consensus of a data set, estimated from few independent and superficial searches: groups that
-// real support has are found by most of them, however poor the single trees (Farris et al. 1996;
-// Goloboff and Farris 2001).
+// real support has are found by most of them, however poor the single trees (Farris and others
+// 1996).
 #pragma once
 
 #include <vector>

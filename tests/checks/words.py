@@ -26,7 +26,7 @@ Steele, Lea and Flood 2014
 """
 CITED = {" ".join(work.split()) for work in WORKS.split(";")}
 NAME = r"(?:de |St\. )?[A-Z][a-z]+"
-CITATION = re.compile(rf"\b({NAME}(?:, {NAME})*(?: and (?:{NAME}|others))?),? \(?((?:1[89]|20)\d\d(?:, (?:1[89]|20)\d\d)*)\b")
+CITATION = re.compile(rf"\b({NAME}(?:, {NAME})*(?: and (?:{NAME}|others)| et al\.)?),? \(?((?:1[89]|20)\d\d(?:, (?:1[89]|20)\d\d)*)\b")
 NO_AUTHORS = {"January", "February", "March", "April", "May", "June", "July", "August", "September", "October",
               "November", "December", "Copyright", "Nov", "Jan"}
 

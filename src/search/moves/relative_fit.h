@@ -11,9 +11,9 @@ struct joined_words {
   const word* branch;
 };
 
-/// Relative fit difference of two places of one clip (Goloboff and Farris 2001): with F the cost of
-/// the characters that fit `home` better and C that of those that fit `other` better,
-/// (F - C) / F. 0 where no character fits `home` better. The sets are those of the two halves.
+/// Relative fit difference of two places of one clip: with F the cost of the characters that fit
+/// `home` better and C that of those that fit `other` better, (F - C) / F. 0 where no character
+/// fits `home` better. The sets are those of the two halves.
 double relative_fit_difference(const search_data& data, joined_words home, joined_words other);
 
 }  // namespace zeb

@@ -2,8 +2,10 @@
 // and from then on each reconnection costs one kernel call with an early exit: the weighted fields
 // in which the `branch` sets of the two branches fail to meet. Only accepted moves change the tree.
 //
-// Methods: subtree pruning and regrafting and tree bisection with union sets over node clusters
-// (Goloboff 1993, 1996), indirect calculation of lengths (Farris 1970; Goloboff 1996).
+// Methods: subtree pruning and regrafting, and tree bisection and reconnection (Swofford and others
+// 1996); lengths of reconnections from the sets of the two branches, without a pass over the tree
+// (Farris 1970). Neighbouring branches form clusters: a union of their sets that costs too much
+// already rules out all of them.
 #pragma once
 
 #include <cstdint>
