@@ -1,7 +1,10 @@
-// Handlers of the engine's commands, for the command table.
+// Handlers and option tables of the engine's commands, for the command table.
 #pragma once
 
 namespace zeb {
+
+struct option_table;
+extern const option_table collapse_options;
 
 void collapse_command();
 void condense_command();

@@ -108,6 +108,22 @@ int read_item() {
   return read_token(longest_token, false, [](int c, int) { return c < 33 || c == ';' ? 0 : c; });
 }
 
+std::string read_text_to_semicolon() {
+  const comma_reading commas;
+  std::string text;
+  int depth = 0;
+  skip_blanks_peek();
+  for (int c = read_char(); c != ';'; c = read_char()) {
+    text += c < ' ' ? ' ' : static_cast<char>(c);
+    if (c == '(') ++depth;
+    if (c == ')' && depth > 0) --depth;
+    commas.set_literal(depth > 0);
+  }
+  unread_char();
+  text.erase(text.find_last_not_of(' ') + 1);
+  return text;
+}
+
 bool at_end_of_word(bool consume) {
   if (consume) read_char();
   const int c = read_char();

@@ -33,6 +33,9 @@ int read_word();
 int read_name();
 /// Up to a blank or ";" (unread), at most 2,048 characters; returns the length, 0 before ";".
 int read_item();
+/// The text up to ";" (unread), without the blanks around it; line ends become blanks. A comma in
+/// parentheses, as in the code of a colour, belongs to the text wherever it was typed.
+std::string read_text_to_semicolon();
 /// Optionally consumes one character, then tells whether the next is blank or ";".
 bool at_end_of_word(bool consume);
 

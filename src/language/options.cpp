@@ -1,9 +1,9 @@
 #include "language/options.h"
 
 #include <cmath>
+#include <utility>
 
 #include "base/errors.h"
-#include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
@@ -85,12 +85,9 @@ void read_numbers(const option_row& row, void* settings) {
 }
 
 void read_words(const option_row& row, void* settings) {
-  std::string words;
-  skip_blanks_peek();
-  for (int c = read_char(); c != ';'; c = read_char()) words += static_cast<char>(c);
-  unread_char();
+  std::string words = read_text_to_semicolon();
   if (words.size() > row.longest_text) error_end(row.missing);
-  row.text_member(settings) = words;
+  row.text_member(settings) = std::move(words);
 }
 
 void apply(const option_row& row, void* settings, bool negated) {
@@ -147,6 +144,7 @@ std::string default_text(const option_row& row, const void* defaults) {
       return value == row.value ? " [default]" : "";
     default:
       if (row.negatable && value == row.off) return " [off]";
+      if (value < row.range.lowest) return {};  // stands for no number
       break;
   }
   std::string text = " [" + number_text(value);
@@ -181,9 +179,9 @@ const option_row* find_option(std::string_view word, std::span<const option_row>
   const auto keyword = [rows](std::size_t i) { return rows[i].keyword; };
   *negated = false;
   int index = first_match(word, rows.size(), keyword);
-  if (index < 0 && word.size() > 2 && is_prefix("no", word)) {
-    index = first_match(word.substr(2), rows.size(), [rows](std::size_t i) {
-      return rows[i].negatable ? rows[i].keyword : std::string_view();
+  if (index < 0) {
+    index = first_match(word, rows.size(), [rows](std::size_t i) {
+      return rows[i].negatable ? "no" + std::string(rows[i].keyword) : std::string();
     });
     *negated = index >= 0;
   }
@@ -191,9 +189,11 @@ const option_row* find_option(std::string_view word, std::span<const option_row>
   return index < 0 ? nullptr : &rows[static_cast<std::size_t>(index)];
 }
 
-int find_keyword(std::string_view word, std::span<const std::string_view> keywords) {
+int find_keyword(std::string_view word, std::span<const std::string_view> keywords, bool whole) {
   const auto keyword = [keywords](std::size_t i) { return keywords[i]; };
-  const int index = first_match(word, keywords.size(), keyword);
+  const int index = first_match(word, keywords.size(), [&](std::size_t i) {
+    return whole && keywords[i].size() != word.size() ? std::string_view() : keywords[i];
+  });
   return index >= 0 ? index : asked_match(word, keywords.size(), keyword);
 }
 

@@ -248,26 +248,27 @@ constexpr auto optional_real(std::string_view keyword, option_range range,
   made.row.keeps_without = true;
   return made;
 }
-/// Any words up to the semicolon, without the blanks before them.
-template <auto member>
+/// Any words up to the semicolon, without the blanks around them.
+template <auto... path>
 constexpr auto text(std::string_view keyword, std::size_t longest, std::string_view too_long) {
-  using settings = option_parts::owner<member>;
-  return option<settings>{
-      {.keyword = keyword,
-       .kind = option_kind::text,
-       .text_member = [](void* s) -> std::string& { return static_cast<settings*>(s)->*member; },
-       .longest_text = longest,
-       .missing = too_long}};
+  using owner = option_parts::owner<path...>;
+  return option<owner>{{.keyword = keyword,
+                        .kind = option_kind::text,
+                        .text_member = [](void* s) -> std::string& {
+                          return option_parts::place<path...>(*static_cast<owner*>(s));
+                        },
+                        .longest_text = longest,
+                        .missing = too_long}};
 }
 /// What no other kind reads: `read` gets the settings, and reads what follows the keyword itself.
 template <class settings>
 settings form_owner(void (*)(settings&));
 template <auto read>
 constexpr auto form(std::string_view keyword) {
-  using settings = decltype(form_owner(read));
-  return option<settings>{{.keyword = keyword, .kind = option_kind::form, .read_form = [](void* s) {
-                             read(*static_cast<settings*>(s));
-                           }}};
+  using owner = decltype(form_owner(read));
+  return option<owner>{{.keyword = keyword, .kind = option_kind::form, .read_form = [](void* s) {
+                          read(*static_cast<owner*>(s));
+                        }}};
 }
 
 /// The errors of words that aren't options.
@@ -294,9 +295,9 @@ struct command_options {
   template <std::same_as<option<settings>>... row>
   constexpr command_options(const row&... given) : rows{given.row...} {}
 
-  constexpr option_table table(std::string_view command, option_errors errors,
+  constexpr option_table table(std::string_view name, option_errors errors,
                                const option_table* next = nullptr) const {
-    return {command, rows, errors,
+    return {name, rows, errors,
             []() -> const void* {
               static const settings standard;
               return &standard;
@@ -343,8 +344,10 @@ option_outcome read_search_options(settings& target, const option_table& table) 
 /// matched approximately, asks the user.
 const option_row* find_option(std::string_view word, std::span<const option_row> rows,
                               bool* negated);
-/// The same for plain words that aren't a table: the index, -1 for none.
-int find_keyword(std::string_view word, std::span<const std::string_view> keywords);
+/// The same for plain words that aren't a table: the index, -1 for none. `whole`: words that
+/// mustn't be cut.
+int find_keyword(std::string_view word, std::span<const std::string_view> keywords,
+                 bool whole = false);
 
 /// How an option is told in the help: its form, its sentence and its default in brackets.
 std::string option_help(const option_table& table, const option_row& row);

@@ -1,7 +1,10 @@
-// Handlers of the macro language's own commands.
+// Handlers and option tables of the macro language's own commands.
 #pragma once
 
 namespace zeb {
+
+struct option_table;
+extern const option_table hifile_options;
 
 void macro_command();
 void macfloat_command();

@@ -12,6 +12,7 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/options.h"
 #include "macro/commands.h"
 #include "macro/macro_language.h"
 #include "macro/macro_values.h"
@@ -179,34 +180,52 @@ void set_most_files() {
   report_line("Max. number of input files is", script_files.most_files);
 }
 
-void run_option(const std::string& word) {
-  if (is_prefix(word, "open")) return open_file();
-  if (is_prefix(word, "active")) {
-    const std::string name = read_file_name();
-    script_files.active = known_file(name);
-    if (settings.report) emitf("Setting file \"%s\" as active (=default) input file", name.c_str());
-    return;
-  }
-  if (is_prefix(word, "list")) return list_files();
-  if (is_prefix(word, "close")) return close_file();
-  const bool known =
-      word == "skip" || word == "skipline" || word == "seek" || word == "skips" || word == "seeks";
-  if (!known) error_end("Unidentified option in hifile command");
-  script_file& file = script_files.files[static_cast<std::size_t>(read_bracketed_file())];
-  if (word == "skip") {
-    for (std::int64_t n = read_count(); n > 0 && script_file_get(file) >= 0; --n) continue;
-  } else if (word == "skipline") {
-    skip_lines(file);
-  } else if (word == "seek") {
-    seek_character(file);
-  } else if (word == "skips") {
-    for (std::int64_t n = read_count(); n > 0 && !script_file_string(file).empty(); --n) continue;
-  } else {
-    seek_string(file);
-  }
+/// Options act on the open files; nothing is kept from one to the next.
+struct input_files {};
+
+script_file& read_file() {
+  return script_files.files[static_cast<std::size_t>(read_bracketed_file())];
 }
 
+void read_open(input_files&) { open_file(); }
+void read_close(input_files&) { close_file(); }
+void read_list_files(input_files&) { list_files(); }
+void read_active(input_files&) {
+  const std::string name = read_file_name();
+  script_files.active = known_file(name);
+  if (settings.report) emitf("Setting file \"%s\" as active (=default) input file", name.c_str());
+}
+void read_skip(input_files&) {
+  script_file& file = read_file();
+  for (std::int64_t n = read_count(); n > 0 && script_file_get(file) >= 0; --n) continue;
+}
+void read_skips(input_files&) {
+  script_file& file = read_file();
+  for (std::int64_t n = read_count(); n > 0 && !script_file_string(file).empty(); --n) continue;
+}
+void read_skipline(input_files&) { skip_lines(read_file()); }
+void read_seek(input_files&) { seek_character(read_file()); }
+void read_seeks(input_files&) { seek_string(read_file()); }
+
+constexpr command_options rows = {
+    form<read_open>("open").argument("file").help("opens the file and makes it the active one"),
+    form<read_active>("active").argument("file").help("makes an open file the active one"),
+    form<read_list_files>("list").help("lists the open files"),
+    form<read_close>("close").argument("[file]").help("closes the file"),
+    form<read_skip>("skip").argument("[file] N").help("passes over N bytes"),
+    form<read_skips>("skips").argument("[file] N").help("passes over N strings"),
+    form<read_skipline>("skipline").argument("[file] N").help("passes over N lines"),
+    form<read_seek>("seek")
+        .argument("[file] C N")
+        .help("reads until character C (&N: of code N) was found N times"),
+    form<read_seeks>("seeks").argument("[file] S N").help("the same for string S"),
+};
+
 }  // namespace
+
+constexpr option_table hifile_options =
+    rows.table("hifile", {.unknown = "Unidentified option in hifile command",
+                          .no_word = "Unidentified option in hifile command"});
 
 void hifile_command() {
   no_timing();
@@ -219,10 +238,8 @@ void hifile_command() {
     list_files();
     return;
   }
-  while (skip_blanks_peek() != ';') {
-    if (read_word() == 0) error_end("Unidentified option in hifile command");
-    run_option(std::string(token()));
-  }
+  input_files files;
+  while (skip_blanks_peek() != ';') read_option(&files, hifile_options);
 }
 
 }  // namespace zeb

@@ -10,6 +10,7 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/options.h"
 #include "macro/commands.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
@@ -123,7 +124,8 @@ void macro_command() {
     default:
       break;
   }
-  if (read_word() > 0 && is_prefix(token(), "protection")) {
+  constexpr std::string_view words[] = {"protection"};
+  if (read_word() > 0 && find_keyword(token(), words) == 0) {
     set_protection();
     return;
   }
@@ -179,11 +181,12 @@ void safe_command() {
   require_macros();
   no_timing();
   read_word();
-  const std::string what(token());
-  const bool vars = is_prefix(what, "vars");
-  const bool loops = is_prefix(what, "loops");
-  const bool ram = is_prefix(what, "ram");
-  if (!vars && !loops && !ram) error_end("Must specify either vars, loops, or ram");
+  constexpr std::string_view kinds[] = {"vars", "loops", "ram"};
+  const int what = find_keyword(token(), kinds);
+  const bool vars = what == 0;
+  const bool loops = what == 1;
+  const bool ram = what == 2;
+  if (what < 0) error_end("Must specify either vars, loops, or ram");
   const std::int64_t wanted = read_int();
   if (vars && var_shift() + wanted >= macros.max_variables) {
     error_end("Only", macros.max_variables - var_shift(), "vars. available");

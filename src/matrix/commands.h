@@ -1,7 +1,11 @@
-// Handlers of the commands on the data matrix and its settings, for the command table.
+// Handlers and option tables of the commands on the data matrix and its settings, for the command table.
 #pragma once
 
 namespace zeb {
+
+struct option_table;
+extern const option_table block_options;
+extern const option_table nstates_options;
 
 void agroup_command();
 void blocks_command();

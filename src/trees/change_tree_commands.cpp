@@ -10,6 +10,7 @@
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
 #include "trees/tree_lists.h"
@@ -30,11 +31,18 @@ bool leaves_terminals(const_tree_span tree, const std::vector<std::uint8_t>& fla
   return false;
 }
 
-int read_node(const_tree_span tree, int number) {
+/// A tree being edited; the numbers of its nodes are those of the tree as it stands.
+struct edited_tree {
+  tree_span tree{};
+  int number = 0;  // in the buffer
+};
+
+int read_node(const edited_tree& edited) {
   const int node = read_int();
   if (node < 0) error_end("Must give", "node", "number");
-  if (node >= node_limit(tree, matrix.ntax) || (node < matrix.ntax && is_absent(tree, node))) {
-    error_end("No node", node, "in tree", number);
+  if (node >= node_limit(edited.tree, matrix.ntax) ||
+      (node < matrix.ntax && is_absent(edited.tree, node))) {
+    error_end("No node", node, "in tree", edited.number);
   }
   return node;
 }
@@ -55,31 +63,38 @@ void collapse_node(tree_span tree, int node) {
   remove_redundant_nodes(tree, matrix.ntax);
 }
 
-/// One step of editing, named by the word in `token`; numbers are those of the tree as it stands.
-void edit_step(tree_span tree, int number) {
-  const std::string word(token());
-  if (is_prefix(word, "move") || is_prefix(word, "join")) {
-    const bool join = is_prefix(word, "join");
-    const int node = read_node(tree, number);
-    const int target = read_node(tree, number);
-    if (join && target < matrix.ntax) error_end("Node", target, "is a terminal");
-    if (!join && target == matrix.ntax && tree[at(node)] == matrix.ntax &&
-        descendants_of(tree, matrix.ntax).count[at(matrix.ntax)] == 2) {
-      return;  // it already is the sister of all others
-    }
-    if (!move_clade(tree, matrix.ntax, node, target, join)) {
-      error_end("Node", node, "can't be moved to node", target);
-    }
-  } else if (is_prefix(word, "remove")) {
-    remove_clade(tree, read_node(tree, number));
-  } else if (is_prefix(word, "root")) {
-    reroot_on_branch(tree, matrix.ntax, read_node(tree, number));
-  } else if (is_prefix(word, "collapse")) {
-    collapse_node(tree, read_node(tree, number));
-  } else {
-    error_end("Unrecognized option for \"edit\":", word);
+void move_to(edited_tree& edited, bool join) {
+  const tree_span tree = edited.tree;
+  const int node = read_node(edited);
+  const int target = read_node(edited);
+  if (join && target < matrix.ntax) error_end("Node", target, "is a terminal");
+  if (!join && target == matrix.ntax && tree[at(node)] == matrix.ntax &&
+      descendants_of(tree, matrix.ntax).count[at(matrix.ntax)] == 2) {
+    return;  // it already is the sister of all others
+  }
+  if (!move_clade(tree, matrix.ntax, node, target, join)) {
+    error_end("Node", node, "can't be moved to node", target);
   }
 }
+
+void read_move(edited_tree& edited) { move_to(edited, false); }
+void read_join(edited_tree& edited) { move_to(edited, true); }
+void read_remove(edited_tree& edited) { remove_clade(edited.tree, read_node(edited)); }
+void read_root(edited_tree& edited) {
+  reroot_on_branch(edited.tree, matrix.ntax, read_node(edited));
+}
+void read_collapse(edited_tree& edited) { collapse_node(edited.tree, read_node(edited)); }
+
+constexpr command_options rows = {
+    form<read_move>("move").argument("N M").help("clade N becomes the sister of node M"),
+    form<read_join>("join").argument("N M").help(
+        "clade N becomes one more descendant of internal node M"),
+    form<read_remove>("remove").argument("N").help("the taxa of clade N are removed"),
+    form<read_root>("root").argument("N").help("the root comes on the branch of node N"),
+    form<read_collapse>("collapse")
+        .argument("N")
+        .help("internal node N goes: its descendants hang on its ancestor"),
+};
 
 void show_with_numbers(int number) {
   const const_tree_span tree = stored_tree(number);
@@ -91,6 +106,10 @@ void show_with_numbers(int number) {
 }
 
 }  // namespace
+
+constexpr option_table edit_options =
+    rows.table("edit", {.unknown = "Unrecognized option for \"edit\": %s",
+                        .no_word = "Expected an option for \"edit\""});
 
 void pruntax_command() {
   const std::vector<std::uint8_t> chosen = read_tree_list();
@@ -139,10 +158,8 @@ void edit_command() {
   check_tree_number(number);
   // Built aside and copied back at the end, so that a step that fails takes back those before it.
   std::vector<tree_node> tree(stored_tree(number).begin(), stored_tree(number).end());
-  while (skip_blanks_peek() != ';') {
-    if (read_word() == 0) error_end("Expected an option for \"edit\"");
-    edit_step(tree, number);
-  }
+  edited_tree edited{tree, number};
+  while (skip_blanks_peek() != ';') read_option(&edited, edit_options);
   std::ranges::copy(tree, stored_tree(number).begin());
   show_with_numbers(number);
 }

@@ -1,7 +1,10 @@
-// Handlers of the commands on trees, for the command table.
+// Handlers and option tables of the commands on trees, for the command table.
 #pragma once
 
 namespace zeb {
+
+struct option_table;
+extern const option_table edit_options;
 
 void alltrees_command();
 void edit_command();

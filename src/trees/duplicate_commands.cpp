@@ -8,6 +8,7 @@
 #include "base/indices.h"
 #include "console/output.h"
 #include "language/lexer.h"
+#include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
 #include "trees/drawing/command_text.h"
@@ -39,7 +40,9 @@ std::vector<double> sort_keys() {
     return keys;
   }
   read_word();
-  if (token() != "mono") error_end("Expected \"mono\" after \"sort =\"");
+  constexpr std::string_view keys_by_name[] = {"mono"};
+  if (find_keyword(token(), keys_by_name, true) < 0)
+    error_end("Expected \"mono\" after \"sort =\"");
   const constraint_filter& filter = current_constraint_filter();
   if (!filter.broken) error_end("Trees can't be sorted by constraints yet");
   for (int t = 0; t < store.ntrees; ++t) keys[at(t)] = filter.broken(t);

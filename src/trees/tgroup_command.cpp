@@ -12,6 +12,7 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
@@ -126,9 +127,10 @@ void tgroup_command() {
   }
   if ((first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z')) {
     read_word();
-    const std::string word(token());
-    if (word != "auto" && word != "noauto") error_end("Must use =, > or <");
-    store.auto_group = word == "auto";
+    constexpr std::string_view words[] = {"auto", "noauto"};
+    const int word = find_keyword(token(), words, true);
+    if (word < 0) error_end("Must use =, > or <");
+    store.auto_group = word == 0;
     return show_toggle(store.auto_group, "Automatic placing of trees in groups");
   }
   require_data("defining groups of trees");

@@ -14,6 +14,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "language/options.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -39,67 +40,63 @@ void say_automatic() {
 
 /// What one run of the command asked for; nothing is changed before all of it was read.
 struct collapse_request {
-  collapsing_settings wanted = collapsing;
+  collapsing_settings wanted;
   bool rule_given = false;
   bool temporary_given = false;
   bool automatic_given = false;
-
-  void rule(int n) {
-    wanted.rule = n;
-    rule_given = true;
-  }
-  void temporary(bool on) {
-    wanted.temporary = on;
-    temporary_given = true;
-  }
-  void automatic(bool on) {
-    wanted.automatic = on;
-    automatic_given = true;
-  }
 };
 
-[[noreturn]] void unknown_option(std::string_view text) {
-  error_end("Unidentified string in collapse options:", text);
+void set_rule(collapse_request& request, int n) {
+  request.wanted.rule = n;
+  request.rule_given = true;
 }
 
-int numbered_rule() {
+/// "rule N": the rules have numbers of their own in the literature.
+void read_numbered_rule(collapse_request& request) {
   int n = -1;
   if (!read_optional_int(&n) || (n != 1 && n != 3 && n != 4))
     error_end("Only rules for collapsing are rule 1, rule 3, and rule 4");
-  return n == 1 ? 3 : n == 3 ? 1 : 4;
+  set_rule(request, n == 1 ? 3 : n == 3 ? 1 : 4);
 }
 
-void read_word_option(collapse_request& request) {
-  if (read_name() == 0) unknown_option(std::string(1, static_cast<char>(next_nonblank())));
-  const std::string given(token());
-  const auto is = [&](const char* option) { return is_prefix(given, option); };
-  if (is("none")) return request.rule(0);
-  if (is("rule")) return request.rule(numbered_rule());
-  if (is("amb")) return request.rule(2);
-  if (is("spr")) return request.rule(5);
-  if (is("tbr")) return request.rule(6);
-  if (is("tempcollapse")) return request.temporary(true);
-  if (is("notempcollapse")) return request.temporary(false);
-  if (is("auto")) return request.automatic(true);
-  if (is("noauto")) return request.automatic(false);
-  unknown_option(given);
+constexpr auto wanted = &collapse_request::wanted;
+
+constexpr option<collapse_request> rule_row(std::string_view keyword, int n) {
+  return choice<wanted, &collapsing_settings::rule>(keyword, n)
+      .also<&collapse_request::rule_given>(1);
 }
 
-void read_option(collapse_request& request) {
-  switch (skip_blanks_peek()) {
-    case '+':
-    case '-':
-      return request.temporary(next_nonblank() == '+');
-    case '[':
-    case ']':
-      return request.automatic(next_nonblank() == '[');
-    default:
-      break;
+constexpr command_options rows = {
+    rule_row("none", 0).help("no branch is collapsed"),
+    form<read_numbered_rule>("rule").argument("N").help(
+        "rules 1, 3 and 4 by their numbers in the literature"),
+    rule_row("amb", 2).help("branches whose two ends have identical state sets"),
+    rule_row("spr", 5).help("branches that are missing in some tree as good, one SPR move away"),
+    rule_row("tbr", 6).help("the same with TBR moves"),
+    toggle<wanted, &collapsing_settings::temporary>("tempcollapse")
+        .also<&collapse_request::temporary_given>(1)
+        .help("collapse trees for the calculation of consensus trees only"),
+    toggle<wanted, &collapsing_settings::automatic>("auto")
+        .also<&collapse_request::automatic_given>(1)
+        .help("condense the trees in memory after each search"),
+};
+
+void read_sign_or_word(collapse_request& request) {
+  const int c = skip_blanks_peek();
+  if (c == '+' || c == '-') {
+    request.wanted.temporary = next_nonblank() == '+';
+    request.temporary_given = true;
+    return;
+  }
+  if (c == '[' || c == ']') {
+    request.wanted.automatic = next_nonblank() == '[';
+    request.automatic_given = true;
+    return;
   }
   int n = 0;
-  if (!read_optional_int(&n)) return read_word_option(request);
-  if (n < 0 || n > 6) unknown_option(std::to_string(n));
-  request.rule(n);
+  if (!read_optional_int(&n)) return read_option(&request, collapse_options);
+  if (n < 0 || n > 6) error_end_f(collapse_options.errors.unknown, std::to_string(n).c_str());
+  set_rule(request, n);
 }
 
 /// Trees of the list, and after a "/" taxa; both may be missing.
@@ -144,6 +141,9 @@ void condense_trees(int rule, const condense_request& request) {
 
 }  // namespace
 
+constexpr option_table collapse_options =
+    rows.table("collapse", {.unknown = "Unidentified string in collapse options: %s"});
+
 void collapse_command() {
   no_timing();
   if (skip_blanks_peek() == ';') {
@@ -152,8 +152,8 @@ void collapse_command() {
     say_automatic();
     return;
   }
-  collapse_request request;
-  while (skip_blanks_peek() != ';') read_option(request);
+  collapse_request request{.wanted = collapsing};
+  while (skip_blanks_peek() != ';') read_sign_or_word(request);
   collapsing = request.wanted;
   if (!settings.report) return;
   if (request.rule_given) say_rule();

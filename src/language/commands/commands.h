@@ -1,9 +1,12 @@
-// The handlers of the shell's own commands.
+// The handlers and option tables of the shell's own commands.
 #pragma once
 
 #include <string>
 
 namespace zeb {
+
+struct option_table;
+extern const option_table silent_options;
 
 void beep_command();
 void bground_command();

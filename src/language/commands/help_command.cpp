@@ -1,5 +1,7 @@
 // `help`: texts of commands, lists by topic, and the switch for approximate matching of names.
-#include <cstring>
+#include <iterator>
+#include <string>
+#include <vector>
 
 #include "base/errors.h"
 #include "base/message_text.h"
@@ -11,6 +13,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
+#include "language/options.h"
 
 namespace zeb {
 namespace {
@@ -46,10 +49,12 @@ constexpr topic_name list_of_topics = {"topics", "topics", 0};
 bool (*expression_help)(std::string_view word) = nullptr;
 
 const topic_name* find_topic(std::string_view word) {
-  for (const topic_name& topic : topics) {
-    if (is_prefix(word, topic.matched)) return &topic;
-  }
-  return is_prefix(word, list_of_topics.matched) ? &list_of_topics : nullptr;
+  std::vector<std::string_view> names;
+  for (const topic_name& topic : topics) names.emplace_back(topic.matched);
+  names.emplace_back(list_of_topics.matched);
+  const int index = find_keyword(word, names);
+  if (index < 0) return nullptr;
+  return index < static_cast<int>(std::size(topics)) ? &topics[index] : &list_of_topics;
 }
 
 // Rows before the heading of the macro commands, those with all of the topics; true if any.

@@ -7,47 +7,47 @@
 #include "language/commands/commands.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/options.h"
 
 namespace zeb {
 namespace {
 
-struct output_word {
-  std::string_view word;
-  unsigned places;
+/// The places that a run of the command names.
+struct output_places {
+  bool file = false;
+  bool console = false;
+  bool buffer = false;
+
+  unsigned mask() const {
+    return (file ? no_log : 0U) | (console ? no_console : 0U) | (buffer ? no_text_buffer : 0U);
+  }
 };
-constexpr output_word words[] = {
-    {"all", no_log | no_console | no_text_buffer},
-    {"file", no_log},
-    {"console", no_console},
-    {"buffer", no_text_buffer},
+
+constexpr command_options rows = {
+    choice<&output_places::file>("all", 1)
+        .also<&output_places::console>(1)
+        .also<&output_places::buffer>(1)
+        .help("all places"),
+    choice<&output_places::file>("file", 1).help("the log"),
+    choice<&output_places::console>("console", 1).help("the console"),
+    choice<&output_places::buffer>("buffer", 1).help("the text buffer"),
 };
 
 void show_places() {
   std::vector<std::string_view> places;
-  for (const output_word& entry : std::span(words).subspan(1)) {
-    if (!(output.output_mask & entry.places)) places.push_back(entry.word);
+  for (const option_row& row : std::span(rows.rows).subspan(1)) {
+    output_places named;
+    row.member.set(&named, 1);
+    if (!(output.output_mask & named.mask())) places.push_back(row.keyword);
   }
   if (places.empty()) return emit("No output \n");
-  std::string text;
-  for (std::size_t i = 0; i < places.size(); ++i) {
-    if (i > 0) text += i + 1 == places.size() ? " and " : ", ";
-    text += places[i];
-  }
-  emit("Output written to ", text, "\n");
-}
-
-unsigned read_place() {
-  if (read_word() == 0) {
-    read_item();
-    error_end("Wrong argument for silent:", token());
-  }
-  for (const output_word& entry : words) {
-    if (is_prefix(token(), entry.word)) return entry.places;
-  }
-  error_end("Wrong argument for silent:", token());
+  emit("Output written to ", joined_list(places), "\n");
 }
 
 }  // namespace
+
+constexpr option_table silent_options =
+    rows.table("silent", {.unknown = "Wrong argument for silent: %s"});
 
 void silent_command() {
   no_timing();
@@ -55,12 +55,12 @@ void silent_command() {
   if (sign == ';') return show_places();
   if (sign != '=' && sign != '-') error_end("Wrong argument for silent:", static_cast<char>(sign));
   if (accept_char(';')) return show_places();
-  unsigned places = 0;
-  while (!accept_char(';')) places |= read_place();
+  output_places places;
+  while (!accept_char(';')) read_option(&places, silent_options);
   if (sign == '=') {
-    output.output_mask |= places;
+    output.output_mask |= places.mask();
   } else {
-    output.output_mask &= ~places;
+    output.output_mask &= ~places.mask();
   }
 }
 

@@ -1,24 +1,17 @@
 #include "matrix/reading/block_format.h"
 
-#include <array>
-
 #include "base/errors.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
+#include "language/options.h"
+#include "matrix/commands.h"
 
 namespace zeb {
 namespace {
 
-using option_action = void (*)(block_format& format, bool other_types_read);
-
-void set_type(block_format& format, data_type type) {
-  check_type_fits(type);
-  format.type = type;
-}
-
-// "landmark 2d"; the letter may be missing.
-void read_landmark_option(block_format& format, bool) {
+/// "landmark 2d"; the letter may be missing.
+void read_landmark(block_format& format) {
   int dimension = 0;
   if (!read_optional_int(&dimension) || (dimension != 2 && dimension != 3)) {
     error_end("Landmark data must be 2D or 3D");
@@ -27,7 +20,41 @@ void read_landmark_option(block_format& format, bool) {
   format.type = landmark_data;
 }
 
-void check_landmarks(const block_format& format) {
+void read_match(block_format& format) {
+  double threshold = 0;
+  if (read_optional_float(&threshold)) matching.match_threshold = threshold;
+  format.match_names = true;
+}
+
+constexpr command_options rows = {
+    choice<&block_format::type>("dna", dna_data).help("cells are DNA"),
+    form<read_landmark>("landmark")
+        .argument("N")
+        .help("landmarks of 2 or 3 dimensions, which can't be read yet"),
+    choice<&block_format::type>("continuous", continuous_data)
+        .help("cells are numbers or ranges; needs \"nstates 32\", and comes before all others"),
+    choice<&block_format::type>("proteins", protein_data)
+        .help("cells are amino acids; needs \"nstates 32\""),
+    choice<&block_format::type>("numeric", numeric_data).help("cells are digits and letters"),
+    choice<&block_format::verbose>("verbose", 1).help("tell what the block holds"),
+    toggle<&block_format::gaps>("gaps").help("a gap is a state"),
+    choice<&block_format::trim_tail>("trimtail", 1)
+        .help("with gaps: a run of gaps at the end of a row is missing"),
+    choice<&block_format::trim_head>("trimhead", 1)
+        .help("with gaps: a run of gaps at the head of a row is missing"),
+    form<read_match>("match").argument("[N]").help(
+        "names that aren't found may be those that resemble them; N is the similarity needed, 0 "
+        "to 1"),
+};
+
+/// What the options say together.
+void check_format(const block_format& before, const block_format& format, bool other_types_read) {
+  if (format.type != before.type) {
+    check_type_fits(format.type);
+    if (format.type == continuous_data && other_types_read) {
+      error_end("Continuous characters must precede all other ones!");
+    }
+  }
   if (format.type != landmark_data) return;
   if (!format.name.empty()) {
     error_end("Sorry, if data matrix contains landmarks, blocks cannot be named data matrix");
@@ -39,44 +66,6 @@ void read_match_option(block_format& format, bool) {
   double threshold = 0;
   if (read_optional_float(&threshold)) matching.match_threshold = threshold;
   format.match_names = true;
-}
-
-struct option_row {
-  std::string_view keyword;
-  option_action apply;
-};
-// A word takes the first row that it is a prefix of.
-constexpr std::array options = {
-    option_row{"dna", [](block_format& f, bool) { set_type(f, dna_data); }},
-    option_row{"landmark", read_landmark_option},
-    option_row{"continuous",
-               [](block_format& f, bool other_types_read) {
-                 check_type_fits(continuous_data);
-                 if (other_types_read) {
-                   error_end("Continuous characters must precede all other ones!");
-                 }
-                 f.type = continuous_data;
-               }},
-    option_row{"proteins", [](block_format& f, bool) { set_type(f, protein_data); }},
-    option_row{"numeric", [](block_format& f, bool) { set_type(f, numeric_data); }},
-    option_row{"verbose", [](block_format& f, bool) { f.verbose = true; }},
-    option_row{"gaps", [](block_format& f, bool) { f.gaps = true; }},
-    option_row{"nogaps", [](block_format& f, bool) { f.gaps = false; }},
-    option_row{"trimtail", [](block_format& f, bool) { f.trim_tail = true; }},
-    option_row{"trimhead", [](block_format& f, bool) { f.trim_head = true; }},
-    option_row{"match", read_match_option},
-};
-
-const option_row* find_block_option(const std::string& word) {
-  for (const option_row& row : options) {
-    if (is_prefix(word, row.keyword)) return &row;
-  }
-  if (matching.match_mode == 1) {
-    for (const option_row& row : options) {
-      if (ask_match(word, row.keyword, "option")) return &row;
-    }
-  }
-  return nullptr;
 }
 
 std::string read_block_name() {
@@ -103,21 +92,21 @@ void check_type_fits(data_type type) {
   }
 }
 
+constexpr option_table block_options =
+    rows.table("xread", {.unknown = "Unrecognized string in format command: %s",
+                         .no_word = "Expected format (dna, prot, contin, num) or closing bracket"});
+
 void read_block_format(block_format& format, bool other_types_read) {
-  for (;;) {
-    if (accept_char(']')) return check_landmarks(format);
+  block_format wanted = format;
+  while (!accept_char(']')) {
     if (accept_char('/')) {
-      format.name = read_block_name();
-      continue;
+      wanted.name = read_block_name();
+    } else {
+      read_option(&wanted, block_options);
     }
-    if (read_word() == 0) {
-      error_end("Expected format (dna, prot, contin, num) or closing bracket");
-    }
-    const std::string word(token());
-    const option_row* row = find_block_option(word);
-    if (!row) error_end("Unrecognized string in format command:", word);
-    row->apply(format, other_types_read);
   }
+  check_format(format, wanted, other_types_read);
+  format = wanted;
 }
 
 }  // namespace zeb

@@ -9,6 +9,7 @@
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/list_kinds.h"
+#include "language/options.h"
 #include "matrix/character_steps.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
@@ -50,12 +51,13 @@ void select_type(std::span<std::uint8_t> selected) {
        c = peek_char()) {
     word.push_back(static_cast<char>(read_char()));
   }
-  for (const type_selector& type : type_selectors) {
-    if (type.name.size() != word.size() || !is_prefix(word, type.name)) continue;
-    for (int c = 0; c < matrix.nchar; ++c) selected[at(c)] = type.holds(matrix.characters[at(c)]);
-    return;
+  std::vector<std::string_view> names;
+  for (const type_selector& type : type_selectors) names.push_back(type.name);
+  const int type = find_keyword(word, names, true);
+  if (type < 0) error_end("Unrecognized type of characters:", word);
+  for (int c = 0; c < matrix.nchar; ++c) {
+    selected[at(c)] = type_selectors[type].holds(matrix.characters[at(c)]);
   }
-  error_end("Unrecognized type of characters:", word);
 }
 
 void select_steps(std::string_view word, std::span<std::uint8_t> selected) {

@@ -1,5 +1,4 @@
 // `nstates`: how the next data are read, and tools that change the data in memory.
-#include <array>
 #include <cmath>
 
 #include "base/errors.h"
@@ -10,6 +9,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "language/options.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/continuous_scales.h"
@@ -31,24 +31,30 @@ void set_cell_width(int cell_bytes) {
 
 int next_width() { return matrix.next_cell_bytes ? matrix.next_cell_bytes : matrix.cell_bytes; }
 
-void set_state_count(int states) {
+/// How data are to be read and shown, as the words of one run ask for it: taken when all was read.
+struct data_settings {
+  int type = numeric_data;        // of plain matrices
+  int states = 0;                 // 0: as they are
+  bool one_scale = false;         // digits may follow letters in a character
+  bool gaps_are_states = false;   // in DNA and proteins
+  bool exact_min_steps = true;    // of polymorphic characters
+  bool original_scale = false;    // continuous values are shown in it
+  int entry_type = numeric_data;  // of states that commands read
+};
+
+void set_state_count(data_settings& wanted, int states) {
   if (states < 1) error_end("Number of states must be 1-32");
   if (states > 32) error_end("Cannot use more than 32 states");
-  matrix.one_scale = false;
-  set_cell_width(states <= 8 ? 1 : states <= 16 ? 2 : 4);
+  wanted.one_scale = false;
+  wanted.states = states;
 }
 
-void set_default_type(data_type type, int states) {
-  matrix.default_type = type;
-  set_state_count(states);
-}
-
-void read_numeric() {
-  matrix.default_type = numeric_data;
+void read_numeric(data_settings& wanted) {
+  wanted.type = numeric_data;
   int states = 0;
   if (!read_optional_int(&states)) return;
-  set_state_count(states);
-  matrix.one_scale = states > digit_states;
+  set_state_count(wanted, states);
+  wanted.one_scale = states > digit_states;
 }
 
 void set_exactness(bool exact) {
@@ -94,20 +100,20 @@ void standardise_characters(bool in_logarithm) {
   for (const int c : read_continuous_list()) standardise(c, steps, taxa, in_logarithm);
 }
 
-void read_shift() {
+void read_shift(data_settings&) {
   require_continuous("Shifting values");
   double by = 0;
   if (!read_optional_float(&by)) error_end("Must specify how much to shift values");
   for (const int c : read_continuous_list()) shift_scale(c, by);
 }
 
-void read_fix() {
+void read_fix(data_settings&) {
   require_continuous("Fixing scales");
   for (const int c : read_continuous_list()) fix_scale(c);
 }
 
 // "scale C F S", with "*" behind it in log form: what `xread *` writes.
-void read_scale() {
+void read_scale(data_settings&) {
   require_continuous("Setting scales");
   int character = 0;
   double factor = 0;
@@ -124,21 +130,16 @@ void read_scale() {
   }
 }
 
-void read_entry_type() {
+void read_entry_type(data_settings& wanted) {
+  constexpr std::string_view types[] = {"dna", "proteins", "numeric"};
   if (read_word() == 0) error_end("Expected DNA, PROT, or NUM after slash");
   const std::string word(token());
-  if (is_prefix(word, "dna")) {
-    matrix.state_entry_type = dna_data;
-  } else if (is_prefix(word, "proteins")) {
-    matrix.state_entry_type = protein_data;
-  } else if (is_prefix(word, "numeric")) {
-    matrix.state_entry_type = numeric_data;
-  } else {
-    error_end("Expected DNA, PROT, or NUM after slash, found", word);
-  }
+  const int type = find_keyword(word, types);
+  if (type < 0) error_end("Expected DNA, PROT, or NUM after slash, found", word);
+  wanted.entry_type = type == 0 ? dna_data : type == 1 ? protein_data : numeric_data;
 }
 
-void renumber_all() {
+void renumber_all(data_settings&) {
   require_data("renumbering states");
   const int changed = renumber_states();
   if (settings.report) {
@@ -146,25 +147,39 @@ void renumber_all() {
   }
 }
 
-struct option_row {
-  std::string_view keyword;
-  void (*apply)();
-};
-// A word takes the first row that it is a prefix of.
-constexpr std::array options = {
-    option_row{"dna", [] { set_default_type(dna_data, 8); }},
-    option_row{"proteins", [] { set_default_type(protein_data, 32); }},
-    option_row{"numeric", read_numeric},
-    option_row{"gaps", [] { matrix.gaps_are_states = true; }},
-    option_row{"nogaps", [] { matrix.gaps_are_states = false; }},
-    option_row{"minimum", renumber_all},
-    option_row{"stand", [] { standardise_characters(false); }},
-    option_row{"lstand", [] { standardise_characters(true); }},
-    option_row{"shift", read_shift},
-    option_row{"fix", read_fix},
-    option_row{"xmin", [] { set_exactness(true); }},
-    option_row{"noxmin", [] { set_exactness(false); }},
-    option_row{"scale", read_scale},
+void read_stand(data_settings&) { standardise_characters(false); }
+void read_lstand(data_settings&) { standardise_characters(true); }
+
+constexpr command_options rows = {
+    choice<&data_settings::type>("dna", dna_data)
+        .also<&data_settings::states>(8)
+        .also<&data_settings::one_scale>(0)
+        .help("matrices without block options are DNA (8 states)"),
+    choice<&data_settings::type>("proteins", protein_data)
+        .also<&data_settings::states>(32)
+        .also<&data_settings::one_scale>(0)
+        .help("the same for proteins (32 states)"),
+    form<read_numeric>("numeric").argument("[N]").help(
+        "the same for alphanumeric data, with N states (the default). With N over 10 digits "
+        "may follow letters in a character"),
+    toggle<&data_settings::gaps_are_states>("gaps").help("in DNA and proteins a gap is a state"),
+    form<renumber_all>("minimum").help(
+        "renumber the states of alphanumeric non-additive characters from 0, without holes (names "
+        "of states follow)"),
+    form<read_stand>("stand").argument("F L").help(
+        "rescale the continuous characters L (default: all) so that each has at least F steps on "
+        "any tree (default 1). \"*\" in front of F looks at the active taxa only"),
+    form<read_lstand>("lstand").argument("F L").help(
+        "the same in the logarithm; \"-\" in place of F undoes it"),
+    form<read_shift>("shift").argument("N L").help(
+        "add N to the original scale; the stored values stay"),
+    form<read_fix>("fix").argument("L").help("the stored values become the original scale"),
+    toggle<&data_settings::exact_min_steps>("xmin").help(
+        "exact minimum steps for polymorphic non-additive characters; otherwise a quick "
+        "heuristic, never below the exact value"),
+    form<read_scale>("scale").argument("C F S").help(
+        "set the original scale of character C: value = stored * F + S (\"*\" after it: in log "
+        "form). Written by \"xread *\""),
 };
 
 const char* type_text(int type) {
@@ -186,18 +201,7 @@ void show_settings() {
   emit("States in \"costs\" and \"change\" are read as ", type_text(matrix.state_entry_type), "\n");
 }
 
-void read_word_option() {
-  read_word();
-  const std::string word(token());
-  for (const option_row& row : options) {
-    if (!is_prefix(word, row.keyword)) continue;
-    row.apply();
-    return;
-  }
-  error_end("Unrecognized option for nstates:", word);
-}
-
-void read_sign_option(int sign) {
+void read_sign_option(int sign, data_settings& wanted) {
   switch (sign) {
     case '*':
       require_data("converting characters");
@@ -205,25 +209,46 @@ void read_sign_option(int sign) {
       return;
     case '&':
       require_data("converting characters");
-      convert_to_dna(matrix.gaps_are_states);
+      convert_to_dna(wanted.gaps_are_states);
       return;
     case '/':
-      read_entry_type();
-      return;
+      return read_entry_type(wanted);
     case '[':
-      matrix.show_original_scale = true;
+      wanted.original_scale = true;
       return;
     case ']':
-      matrix.show_original_scale = false;
+      wanted.original_scale = false;
       return;
     default:
       error_end_f("Wrong argument for nstates: '%c'", sign);
   }
 }
 
+data_settings present_settings() {
+  return {.type = matrix.default_type,
+          .one_scale = matrix.one_scale,
+          .gaps_are_states = matrix.gaps_are_states,
+          .exact_min_steps = matrix.exact_min_steps,
+          .original_scale = matrix.show_original_scale,
+          .entry_type = matrix.state_entry_type};
+}
+
+void take_settings(const data_settings& wanted) {
+  matrix.default_type = static_cast<std::uint8_t>(wanted.type);
+  matrix.one_scale = wanted.one_scale;
+  matrix.gaps_are_states = wanted.gaps_are_states;
+  matrix.show_original_scale = wanted.original_scale;
+  matrix.state_entry_type = static_cast<std::uint8_t>(wanted.entry_type);
+  set_exactness(wanted.exact_min_steps);
+  if (wanted.states > 0) set_cell_width(wanted.states <= 8 ? 1 : wanted.states <= 16 ? 2 : 4);
+}
+
 bool is_letter(int c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 }  // namespace
+
+constexpr option_table nstates_options =
+    rows.table("nstates", {.unknown = "Unrecognized option for nstates: %s"});
 
 void nstates_command() {
   no_timing();
@@ -231,16 +256,18 @@ void nstates_command() {
     show_settings();
     return;
   }
+  data_settings wanted = present_settings();
   for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek()) {
     int states = 0;
     if (is_letter(c)) {
-      read_word_option();
+      read_option(&wanted, nstates_options);
     } else if (read_optional_int(&states)) {
-      set_state_count(states);
+      set_state_count(wanted, states);
     } else {
-      read_sign_option(next_nonblank());
+      read_sign_option(next_nonblank(), wanted);
     }
   }
+  take_settings(wanted);
 }
 
 }  // namespace zeb

@@ -3,26 +3,8 @@
 #include <algorithm>
 
 #include "console/output.h"
-#include "language/input.h"
-#include "language/lexer.h"
 
 namespace zeb {
-
-std::string read_text_to_semicolon() {
-  const comma_reading commas;
-  std::string text;
-  int depth = 0;
-  skip_blanks_peek();
-  for (int c = read_char(); c != ';'; c = read_char()) {
-    text += c < ' ' ? ' ' : static_cast<char>(c);
-    if (c == '(') ++depth;
-    if (c == ')' && depth > 0) --depth;
-    commas.set_literal(depth > 0);
-  }
-  unread_char();
-  text.erase(text.find_last_not_of(' ') + 1);
-  return text;
-}
 
 void emit_broken_at_blanks(std::string_view text) {
   const auto width = static_cast<std::size_t>(std::clamp(output.screen_columns - 1, 20, 2000));

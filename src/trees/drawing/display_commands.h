@@ -3,6 +3,9 @@
 
 namespace zeb {
 
+struct option_table;
+extern const option_table figure_options;
+
 void tplot_command();
 void naked_command();
 void lintrees_command();

@@ -1,5 +1,4 @@
 // ttags &: the tag tree as an SVG figure.
-#include <array>
 #include <cmath>
 
 #include "base/errors.h"
@@ -7,9 +6,10 @@
 #include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "language/options.h"
 #include "matrix/matrix.h"
-#include "trees/drawing/command_text.h"
 #include "trees/drawing/display.h"
+#include "trees/drawing/display_commands.h"
 #include "trees/drawing/svg_commands.h"
 #include "trees/drawing/svg_file.h"
 #include "trees/drawing/svg_tree.h"
@@ -21,112 +21,79 @@ namespace {
 constexpr std::size_t longest_caption = 1000;
 constexpr int largest_size = 10000;  // pixels, of any option
 
-/// An option with a number, or, without `number`, one that sets `flag`.
-struct option_row {
-  std::string_view word;
-  int svg_options::*number = nullptr;
-  int svg_options::*second_number = nullptr;  // set to the same
-  bool svg_options::*flag = nullptr;
-  int lowest = 0;
-  const char* missing = nullptr;
-};
-
-constexpr std::array option_rows = {
-    option_row{.word = "blength",
-               .number = &svg_options::branch_length,
-               .missing = "String \"blength\" must be followed by branch length (in pixels)"},
-    option_row{.word = "bheight",
-               .number = &svg_options::branch_height,
-               .missing = "String \"bheight\" must be followed by branch height (in pixels)"},
-    option_row{.word = "thickness",
-               .number = &svg_options::thickness,
-               .missing = "String \"thickness\" must be followed by branch thickness (in pixels)"},
-    option_row{.word = "colors", .flag = &svg_options::colors},
-    option_row{.word = "fontsize",
-               .number = &svg_options::terminal_font,
-               .second_number = &svg_options::branch_font,
-               .lowest = 1,
-               .missing = "String \"fontsize\" must be followed by font size"},
-    option_row{.word = "tfontsize",
-               .number = &svg_options::terminal_font,
-               .lowest = 1,
-               .missing = "String \"tfontsize\" must be followed by font size"},
-    option_row{.word = "bfontsize",
-               .number = &svg_options::branch_font,
-               .lowest = 1,
-               .missing = "String \"bfontsize\" must be followed by font size"},
-    option_row{.word = "italics", .flag = &svg_options::italics},
-    option_row{.word = "bitalics", .flag = &svg_options::branch_italics},
-    option_row{.word = "penwidth",
-               .number = &svg_options::pen_width,
-               .missing = "String \"penwidth\" must be followed by font thickness"},
-    option_row{.word = "txtsep",
-               .number = &svg_options::text_separation,
-               .missing = "String \"txtsep\" must be followed by text separation"},
-    option_row{.word = "legup",
-               .number = &svg_options::legend_up,
-               .lowest = -largest_size,
-               .missing = "String \"legup\" must be followed by legend up-shift"},
-    option_row{.word = "legshift",
-               .number = &svg_options::legend_shift,
-               .lowest = -largest_size,
-               .missing = "String \"legshift\" must be followed by pixel value"},
-    option_row{.word = "shift",
-               .number = &svg_options::shift,
-               .lowest = -largest_size,
-               .missing = "String \"shift\" must be followed by pixel value"},
-    option_row{.word = "xysave"},
-    option_row{.word = "caption"},
-};
-
 struct drawing_request {
   svg_options options;
   int coordinate_array = -1;  // the user's array for the places of the nodes; -1 none
 };
 
-const option_row& find_option_row(const std::string& word) {
-  for (const option_row& row : option_rows)
-    if (is_prefix(word, row.word)) return row;
-  error_end("Unrecognized option for \"ttag\":", word);
-}
-
-void read_number_option(const option_row& row, svg_options& options) {
-  int value = 0;
-  if (!read_optional_int(&value) || value < row.lowest) error_end(row.missing);
-  if (value > largest_size) error_end(row.missing, "- at most", largest_size);
-  options.*row.number = value;
-  if (row.second_number) options.*row.second_number = value;
-}
-
-int read_coordinate_array() {
+void read_coordinate_array(drawing_request& request) {
   if (!settings.macros || !user_arrays.read_name)
     error_end("This option is valid only when macros are enabled");
-  return user_arrays.read_name();
+  request.coordinate_array = user_arrays.read_name();
 }
+
+template <auto member>
+constexpr auto size(std::string_view keyword, int lowest, std::string_view missing) {
+  return number<&drawing_request::options, member>(
+             keyword, {static_cast<double>(lowest), largest_size}, missing)
+      .tells_highest();
+}
+template <auto member>
+constexpr auto flag(std::string_view keyword) {
+  return choice<&drawing_request::options, member>(keyword, 1);
+}
+
+constexpr command_options rows = {
+    size<&svg_options::branch_length>(
+        "blength", 0, "String \"blength\" must be followed by branch length (in pixels)")
+        .help("span of a branch"),
+    size<&svg_options::branch_height>(
+        "bheight", 0, "String \"bheight\" must be followed by branch height (in pixels)")
+        .help("distance of terminals"),
+    size<&svg_options::thickness>(
+        "thickness", 0, "String \"thickness\" must be followed by branch thickness (in pixels)")
+        .help("of the branches"),
+    flag<&svg_options::colors>("colors").help("colour the branches"),
+    size<&svg_options::terminal_font>("fontsize", 1,
+                                      "String \"fontsize\" must be followed by font size")
+        .with<&drawing_request::options, &svg_options::branch_font>()
+        .help("of all texts"),
+    size<&svg_options::terminal_font>("tfontsize", 1,
+                                      "String \"tfontsize\" must be followed by font size")
+        .help("of taxon names"),
+    size<&svg_options::branch_font>("bfontsize", 1,
+                                    "String \"bfontsize\" must be followed by font size")
+        .help("of branch legends"),
+    flag<&svg_options::italics>("italics").help("taxon names in italics"),
+    flag<&svg_options::branch_italics>("bitalics").help("legends in italics"),
+    size<&svg_options::pen_width>("penwidth", 0,
+                                  "String \"penwidth\" must be followed by font thickness")
+        .help("stroke of the letters"),
+    size<&svg_options::text_separation>("txtsep", 0,
+                                        "String \"txtsep\" must be followed by text separation")
+        .help("distance of the lines of a tag"),
+    size<&svg_options::legend_up>("legup", -largest_size,
+                                  "String \"legup\" must be followed by legend up-shift")
+        .help("raise the legends"),
+    size<&svg_options::legend_shift>("legshift", -largest_size,
+                                     "String \"legshift\" must be followed by pixel value")
+        .help("shift the legends sideways"),
+    size<&svg_options::shift>("shift", -largest_size,
+                              "String \"shift\" must be followed by pixel value")
+        .help("move the tree right"),
+    form<read_coordinate_array>("xysave").argument("array").help(
+        "save the places of the nodes, leave the file open"),
+    text<&drawing_request::options, &svg_options::caption>("caption", longest_caption,
+                                                           "Legend too long (max.=1000 characters)")
+        .help("text below the tree; must be the last option"),
+};
 
 drawing_request read_request() {
   drawing_request request;
   request.options.position = tags.tag_position;
   request.options.separator = tags.tag_separator;
   request.options.text_width = tags.tag_width;
-  while (skip_blanks_peek() != ';') {
-    if (read_word() == 0) {
-      read_item();
-      error_end("Unrecognized option for \"ttag\":", token());
-    }
-    const option_row& row = find_option_row(std::string(token()));
-    if (row.number) {
-      read_number_option(row, request.options);
-    } else if (row.flag) {
-      request.options.*row.flag = true;
-    } else if (row.word == "xysave") {
-      request.coordinate_array = read_coordinate_array();
-    } else {
-      request.options.caption = read_text_to_semicolon();
-      if (request.options.caption.size() > longest_caption)
-        error_end("Legend too long (max.=1000 characters)");
-    }
-  }
+  while (skip_blanks_peek() != ';') read_option(&request, figure_options);
   return request;
 }
 
@@ -164,6 +131,9 @@ void draw_tag_tree() {
 }
 
 }  // namespace
+
+constexpr option_table figure_options =
+    rows.table("ttags", {.unknown = "Unrecognized option for \"ttag\": %s"}, &addition_options);
 
 void graphic_tags() {
   const int c = skip_blanks_peek();
