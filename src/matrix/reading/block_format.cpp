@@ -62,12 +62,6 @@ void check_format(const block_format& before, const block_format& format, bool o
   error_end("Landmark data are not available in this version");
 }
 
-void read_match_option(block_format& format, bool) {
-  double threshold = 0;
-  if (read_optional_float(&threshold)) matching.match_threshold = threshold;
-  format.match_names = true;
-}
-
 std::string read_block_name() {
   std::string name;
   int c = skip_blanks_peek();
