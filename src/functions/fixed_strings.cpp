@@ -1,4 +1,5 @@
 #include "functions/fixed_strings.h"
+#include "base/message_text.h"
 
 #include <algorithm>
 

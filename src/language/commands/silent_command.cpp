@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "language/commands/commands.h"
 #include "language/interpreter.h"
