@@ -22,6 +22,19 @@ struct process_state {
 };
 extern process_state process;
 
+/// A search runs as long as one lives: the user's wish to stop sets `interrupt_state`, instead of
+/// ending the command at once.
+class search_running {
+ public:
+  search_running() { process.in_search = true; }
+  ~search_running() { process.in_search = saved_; }
+  search_running(const search_running&) = delete;
+  search_running& operator=(const search_running&) = delete;
+
+ private:
+  bool saved_ = process.in_search;
+};
+
 /// The running command. Before the first it is "zeb*".
 struct command_state {
   std::string command_name = "zeb*";

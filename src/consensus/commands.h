@@ -10,7 +10,6 @@ void nelsen_command();
 void majority_command();
 void freqdifs_command();
 void comcomp_command();
-void qnelsen_command();
 void prunnelsen_command();
 void prunmajor_command();
 void pruncom_command();

@@ -7,18 +7,18 @@
 #include "engine/settings.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
-#include "search/search_state.h"
+#include "search/search_results.h"
 
 namespace zeb {
 namespace {
 
-double hits_of_last_search() { return searching.hits_value; }
-double last_replication() { return searching.replication; }
-double moves_accepted() { return static_cast<double>(searching.moves_done); }
-double lowest_score() { return searching.lowest_seen; }
+double hits_of_last_search() { return last_search.hits; }
+double last_replication() { return last_search.replication; }
+double moves_accepted() { return static_cast<double>(last_search.moves_done); }
+double lowest_score() { return last_search.lowest_score; }
 
 double rearrangements_done() {
-  const rearrangement_counter& count = searching.rearrangement_count;
+  const rearrangement_counter& count = last_search.rearrangements;
   return static_cast<double>(count.high) * 1e9 + static_cast<double>(count.low);
 }
 

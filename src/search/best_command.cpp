@@ -1,4 +1,3 @@
-#include "search/best_command.h"
 
 #include <algorithm>
 #include <vector>
@@ -6,11 +5,13 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/scores.h"
 #include "console/output.h"
 #include "engine/plain/tree_scores.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
+#include "search/commands.h"
 #include "search/search_settings.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_store.h"
@@ -49,8 +50,7 @@ void best_command() {
     error_end("The difference to the best score can't be negative");
   check_end();
   const int decimals = decimals_of_scores();
-  constexpr double rounding = 1e-06;
-  if (decimals > 0) allowed += rounding;
+  const score_kind kind = decimals > 0 ? score_kind::fractional : score_kind::whole;
   std::vector<std::uint8_t> keep(at(store.ntrees), 1);
   const char* note = constrained ? keep_constrained(keep) : "";
   std::vector<double> scores(at(store.ntrees));
@@ -58,7 +58,8 @@ void best_command() {
   double best = -1;
   for (std::size_t t = 0; t < scores.size(); ++t)
     if (keep[t] && (best < 0 || scores[t] < best)) best = scores[t];
-  for (std::size_t t = 0; t < scores.size(); ++t) keep[t] = keep[t] && scores[t] <= best + allowed;
+  for (std::size_t t = 0; t < scores.size(); ++t)
+    keep[t] = keep[t] && is_within_bound(scores[t], best + allowed, kind);
   const int before = store.ntrees;
   select_trees(store, keep);
   emit("Best score: ", text_of("%.*f", decimals, best), ", ", before - store.ntrees,

@@ -8,6 +8,8 @@ extern const option_table bbreak_options;
 extern const option_table mult_options;
 
 void bbreak_command();
+void best_command();
 void mult_command();
+void subopt_command();
 
 }  // namespace zeb

@@ -4,27 +4,28 @@
 
 #include <string>
 
-#include "search/search_state.h"
+#include "search/search_context.h"
 
 namespace zeb {
 
-/// A score as all search output shows it: "------  " for none, "(none)" for one not yet known.
-std::string score_text(double score);
-/// Rearrangements examined, with commas.
-std::string rearrangements_text();
+/// A score of these data as all search output shows it: "------  " for none, "(none)" for one not
+/// yet known.
+std::string score_text(const search_data& data, double score);
+/// With commas.
+std::string rearrangements_text(const rearrangement_counter& count);
 /// Seconds as "h:mm:ss".
 std::string time_text(double seconds);
 
 /// A progress line with the score in hand (-1.0 for none), at most once a second unless `force`
 /// is set: then the line is recorded in the output too. Looks at the time-out and for a wish to
 /// stop, which set `process.interrupt_state`; long loops call it between clips.
-void report_status(double score, bool force);
+void report_status(search_context& context, double score, bool force);
 /// The same without a new score.
-void report_status_best();
-/// Sets `report_on` from the settings and makes the next report begin with the header.
-void begin_reports();
-
-/// Ends the search when its time is over. True if it has just done so.
-bool check_timeout();
+void report_status_best(search_context& context);
+/// The search begins to report, as the settings want it: the header comes before its next line. A
+/// search inside another goes on with the lines of that one.
+void begin_reports(search_context& context);
+/// Takes a score of the search into the lowest score of the user's data.
+void note_score(search_context& context, double score);
 
 }  // namespace zeb

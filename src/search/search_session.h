@@ -1,41 +1,41 @@
 // The frame of every search command.
 #pragma once
 
-#include "base/arena.h"
 #include "base/time_limit.h"
-#include "search/search_state.h"
+#include "search/search_context.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 
-/// Packs the data, turns the trees of the buffer into the internal numbering, scores and hashes
-/// them; with the end, on whatever path, the buffer holds trees in matrix numbering again and the
-/// settings that searches change for their run have their old values.
+enum class silence : bool { off, on };
+
+/// A context over the user's data, by the user's settings. Its generator is the process's as it
+/// stands, which goes on where the search leaves it. The trees in the slots are turned into the
+/// internal numbering, scored and hashed; with the end, on whatever path, the slots hold trees in
+/// matrix numbering again, and what outlives a search is in `last_search`.
 class search_session {
  public:
-  /// Errors: what packing refuses; a tree of the buffer that lacks active taxa. Polytomies of the
-  /// buffer's trees are resolved.
-  search_session();
+  /// `slots` are the tree buffer or as wide as that. A silent search says nothing of its own.
+  /// Errors: what packing refuses; a tree that lacks active taxa. Polytomies are resolved.
+  explicit search_session(tree_slots& slots = store, silence silent = silence::off);
   ~search_session();
   search_session(const search_session&) = delete;
   search_session& operator=(const search_session&) = delete;
 
+  search_context& context() { return scope_.context(); }
+
  private:
-  timeout_scope time_limit_;
   void take_trees_in();
   void leave();
 
-  struct saved_settings {
-    double suboptimal = search_settings.suboptimal;
-    double relative_suboptimal = search_settings.relative_suboptimal;
-    int random_seed = 1;
-  } saved_;
-  int taken_in_ = 0;  // trees of the buffer that are in internal numbering, until all are
+  timeout_scope time_limit_;
+  search_running running_;
+  context_scope scope_;
+  int taken_in_ = 0;  // trees that are in internal numbering, until all are
   bool all_taken_in_ = false;
 };
 
-/// A tree of a running search as the buffer has it outside searches: matrix numbering, no marks of
-/// collapsed branches.
-void matrix_form(int number, tree_span tree);
+/// A tree of a running search in matrix numbering, without marks of collapsed branches.
+void matrix_form(const search_context& context, int number, tree_span tree);
 
 }  // namespace zeb

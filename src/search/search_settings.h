@@ -1,15 +1,34 @@
-// Settings that every search obeys and that small commands change.
+// What the user asked of all searches. A search takes what it needs when it begins, as its
+// `search_rules`, and changes nothing here.
 #pragma once
 
 namespace zeb {
 
-/// Written by `subopt` and, for the length of a run, by the search drivers. The time-out is among
-/// the shell's settings.
+/// The settings of `bbreak`.
+struct swap_settings {
+  bool use_tbr = true;
+  bool fill_only = false;        // stop as soon as the buffer is full
+  bool mulpars = true;           // save equally good trees
+  bool safe_unclip = false;      // a full pass after every move
+  bool skip_spr = true;          // leave out the SPR phase on a single tree
+  bool promising_first = false;  // swaps of a single tree begin with the clips that promise most
+  bool stratified = false;       // landmarks only
+  int move_limit = 0;            // TBR within so many nodes of the clip's place; 0 no limit
+  bool random_clip = false;      // clips in random order
+  int use_inters = 0;            // union/intersection clusters: 0 off, 1, 2 sorted
+  int cluster_size = 15;         // nodes aimed at in a cluster; 3 to 1000
+};
+extern swap_settings swapping;
+void set_swapping(const swap_settings& wanted);
+
 struct search_settings_state {
   double suboptimal = 0;  // trees up to this much above the best are kept; score units
   double relative_suboptimal =
       0;  // largest relative fit difference to the tree being swapped; 0 off
+  int clips_between_reports = 0;  // 0: by the size of the data
 };
 extern search_settings_state search_settings;
+void set_suboptimal(double absolute, double relative);
+void set_clips_between_reports(int clips);
 
 }  // namespace zeb

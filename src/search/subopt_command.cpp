@@ -1,5 +1,5 @@
 // `subopt`: how much worse than the best a tree may be and still be kept.
-#include "search/subopt_command.h"
+#include "search/commands.h"
 
 #include "base/errors.h"
 #include "base/message_text.h"
@@ -47,8 +47,7 @@ void subopt_command() {
   if (skip_blanks_peek() != ';') {
     error_end_f("Found '%c' after the suboptimal value", skip_blanks_peek());
   }
-  search_settings.suboptimal = absolute;
-  search_settings.relative_suboptimal = relative;
+  set_suboptimal(absolute, relative);
   if (settings.report) show_values();
 }
 

@@ -3,14 +3,14 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "consensus/commands.h"
 #include "consensus/majority_consensus.h"
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
 #include "language/interpreter.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
-#include "search/search_state.h"
+#include "search/search_context.h"
+#include "supports/commands.h"
 #include "supports/quick_consensus.h"
 
 namespace zeb {

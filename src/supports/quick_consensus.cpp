@@ -10,36 +10,7 @@ namespace zeb {
 
 quick_consensus_settings quick_consensus;
 
-namespace {
-
-/// The search says nothing of its own.
-class silent_search {
- public:
-  silent_search() : saved_(searching.silent) { searching.silent = true; }
-  ~silent_search() { searching.silent = saved_; }
-  silent_search(const silent_search&) = delete;
-  silent_search& operator=(const silent_search&) = delete;
-
- private:
-  bool saved_;
-};
-
-class random_seed_kept {
- public:
-  random_seed_kept() : saved_(randomness.random_seed) {}
-  ~random_seed_kept() { randomness.random_seed = saved_; }
-  random_seed_kept(const random_seed_kept&) = delete;
-  random_seed_kept& operator=(const random_seed_kept&) = delete;
-
- private:
-  int saved_;
-};
-
-}  // namespace
-
 std::vector<std::vector<tree_node>> replicated_trees(const quick_consensus_settings& options) {
-  const random_seed_kept seed_kept;
-  const silent_search silence;
   reseed();
   std::vector<int> seeds;
   for (int r = 0; r < options.replications; ++r) seeds.push_back(std::max(1, draw()));
@@ -49,17 +20,16 @@ std::vector<std::vector<tree_node>> replicated_trees(const quick_consensus_setti
   one.swapper = options.swapper;
   one.addition = mult.addition;
   std::vector<std::vector<tree_node>> found;
-  const buffer_aside kept;
-  for (int r = 0; r < options.replications && !interrupted(); ++r) {
-    show_progress("Quick consensus", r, options.replications);
-    set_tree_count(store, 0);
-    randomness.random_seed = seeds[static_cast<std::size_t>(r)];
+  for (std::size_t r = 0; r < seeds.size() && !interrupted(); ++r) {
+    show_progress("Quick consensus", static_cast<double>(r), options.replications);
+    private_slots slot(1, store.nnodes);
     {
-      const search_session session;
-      mult_search(one);
+      search_session session(slot, silence::on);
+      session.context().random.seed(static_cast<unsigned>(seeds[r]));
+      mult_search(session.context(), one);
     }
-    if (store.ntrees == 0) continue;
-    const const_tree_span tree = stored_tree(0);
+    if (slot.ntrees == 0) continue;
+    const const_tree_span tree = slot_of(slot, 0);
     found.emplace_back(tree.begin(), tree.end());
   }
   clear_progress();

@@ -17,8 +17,8 @@ struct quick_consensus_settings {
 };
 extern quick_consensus_settings quick_consensus;  // written by `qnelsen`
 
-/// One tree of each replication, in matrix numbering. The buffer holds the same trees before and
-/// after. Fewer when interrupted.
+/// One tree of each replication, in matrix numbering; the tree buffer isn't touched. Fewer when
+/// interrupted.
 std::vector<std::vector<tree_node>> replicated_trees(const quick_consensus_settings& options);
 
 }  // namespace zeb

@@ -75,7 +75,6 @@ class exhaustive_search : public ::testing::Test {
   static void TearDownTestSuite() {
     collapsing = {};
     swapping = {};
-    randomness.random_seed = 1;
     wipe_matrix();
   }
 };
@@ -83,13 +82,13 @@ class exhaustive_search : public ::testing::Test {
 /// Score and number of trees that a search ends with.
 std::pair<double, int> search(int seed) {
   set_tree_count(store, 0);
-  randomness.random_seed = seed;
-  const search_session session;
+  search_session session;
+  session.context().random.seed(static_cast<unsigned>(seed));
   mult_settings options;
   options.replications = 12;
   options.hold = 300;
-  mult_search(options);
-  const bbreak_result result = swap_buffer();
+  mult_search(session.context(), options);
+  const bbreak_result result = swap_stored_trees(session.context(), true);
   return {result.best, store.ntrees};
 }
 

@@ -16,8 +16,10 @@
 #include "property/random_matrix.h"
 #include "search/drivers/bbreak.h"
 #include "search/drivers/mult.h"
+#include "search/hooks.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
+#include "search/search_results.h"
 #include "search/search_session.h"
 #include "search/store/stored_trees.h"
 #include "support/all_trees.h"
@@ -39,10 +41,8 @@ class special_search : public ::testing::Test {
     engine = {};
     swapping = {};
     collapsing = {};
-    additions = {};
     randomness.random_insertion = false;
-    randomness.random_seed = 1;
-    searching.slot_binders.clear();
+    hooks_of_search.slot_binders.clear();
     wipe_matrix();
   }
 };
@@ -52,18 +52,17 @@ mult_settings varied_settings(std::mt19937& g, int ntax) {
   mult_settings options;
   options.replications = 12;
   options.hold = draw(g, 0, 3) == 0 ? 1 : 300;
-  additions = {};
   randomness.random_insertion = false;
   switch (draw(g, 0, 4)) {
     case 0:
-      additions.look = draw(g, 1, ntax);
-      additions.rule = draw(g, 0, 2);
+      options.addition.look = draw(g, 1, ntax);
+      options.addition.rule = draw(g, 0, 2);
       break;
     case 1:
-      additions.informative = ntax;
+      options.addition.informative = ntax;
       break;
     case 2:
-      additions.cluster_from = draw(g, 4, ntax);
+      options.addition.cluster_from = draw(g, 4, ntax);
       break;
     default:
       randomness.random_insertion = chance(g, 0.5);
@@ -72,17 +71,17 @@ mult_settings varied_settings(std::mt19937& g, int ntax) {
   swapping.cluster_size = draw(g, 3, 15);
   swapping.safe_unclip = chance(g, 0.2);
   swapping.random_clip = chance(g, 0.2);
-  swapping.preproc = draw(g, 0, 1);
+  swapping.promising_first = draw(g, 0, 1) != 0;
   if (chance(g, 0.2)) swapping.move_limit = 2 * ntax;
   return options;
 }
 
 double search(const mult_settings& options, int seed) {
   set_tree_count(store, 0);
-  randomness.random_seed = seed;
-  const search_session session;
-  mult_search(options);
-  return swap_buffer().best;
+  search_session session;
+  session.context().random.seed(static_cast<unsigned>(seed));
+  mult_search(session.context(), options);
+  return swap_stored_trees(session.context(), true).best;
 }
 
 /// Least score and number of trees that have it.
@@ -175,7 +174,7 @@ bool breaks_group(const search_data& data, int clip, int root, int target) {
 
 TEST_F(special_search, forbidden_moves_are_never_made) {
   std::mt19937 g(34);
-  searching.slot_binders.push_back(
+  hooks_of_search.slot_binders.push_back(
       [](const search_data&, move_slots& slots) { slots.forbids = breaks_group; });
   for (int round = 0; round < 60; ++round) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 7, 12);
@@ -192,7 +191,7 @@ TEST_F(special_search, forbidden_moves_are_never_made) {
     });
     set_maxtrees(11000, false);
     mult_settings options = varied_settings(g, shape.ntax);
-    additions.cluster_from = 0;
+    options.addition.cluster_from = 0;
     const std::string when = "round " + std::to_string(round);
     EXPECT_EQ(search(options, round + 1), best) << when;
     EXPECT_EQ(store.ntrees, number) << when;
@@ -222,15 +221,15 @@ TEST_F(special_search, what_costs_nothing_changes_nothing) {
     options.hold = 5;
     const double best = search(options, 3);
     const int number = store.ntrees;
-    const std::string examined = rearrangements_text();
+    const std::string examined = rearrangements_text(last_search.rearrangements);
     calls = {};
-    searching.slot_binders = {
+    hooks_of_search.slot_binders = {
         [](const search_data&, move_slots& slots) { slots.wide_cost = nothing_more; }};
     EXPECT_EQ(search(options, 3), best);
     EXPECT_EQ(store.ntrees, number);
-    EXPECT_EQ(rearrangements_text(), examined);
+    EXPECT_EQ(rearrangements_text(last_search.rearrangements), examined);
     for (const int count : calls) EXPECT_GT(count, 0);
-    searching.slot_binders.clear();
+    hooks_of_search.slot_binders.clear();
   }
 }
 

@@ -17,10 +17,11 @@
 #include "property/random_matrix.h"
 #include "search/drivers/bbreak.h"
 #include "search/drivers/mult.h"
+#include "search/hooks.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/search_session.h"
-#include "search/store/stored_trees.h"
+#include "search/store/filter.h"
 #include "search/store/tree_identity.h"
 #include "support/program.h"
 #include "trees/tree_store.h"
@@ -40,7 +41,7 @@ class search_survival : public ::testing::Test {
     search_settings = {};
     set_time_limit(0);
     process.interrupt_state = 0;
-    searching.slot_binders.clear();
+    hooks_of_search.slot_binders.clear();
     settings.report = false;
     settings.status_replications = settings.status_trees = 0;
     wipe_matrix();
@@ -147,7 +148,7 @@ TEST_F(search_survival, a_wish_to_stop_may_come_with_any_candidate) {
   std::mt19937 g(6);
   fill_matrix(noisy_shape(), g);
   const std::vector<std::uint32_t> cells = all_cells();
-  searching.slot_binders.push_back(
+  hooks_of_search.slot_binders.push_back(
       [](const search_data&, move_slots& slots) { slots.forbids = stop_at_candidate; });
   zeb_test::run_program("hold 500;");
   for (const char* search :
@@ -190,8 +191,10 @@ search_result whole_search(std::optional<int> width) {
   set_tree_count(store, 0);
   search_result result;
   {
-    const search_session session;
-    search_data& data = *current_search_data;
+    search_session session;
+    search_context& context = session.context();
+    search_data& data = context.data;
+    seed_generator(context.random);
     if (width) {
       data.kernels = kernels_of_width(*width, mode_of(data));
       data.undo.piece_words = *width / 32;
@@ -202,13 +205,13 @@ search_result whole_search(std::optional<int> width) {
     options.replications = 4;
     options.hold = 5;
     result.printed = zeb_test::printed_by([&] {
-      const mult_result found = mult_search(options);
+      const mult_result found = mult_search(context, options);
       emit(found.hits, " hits\n");
-      filter_by_score(found.best);
-      swap_buffer();
+      filter_by_score(context, found.best);
+      swap_stored_trees(context, true);
     });
     blank_times(result.printed);
-    result.rearrangements = rearrangements_text();
+    result.rearrangements = rearrangements_text(context.rearrangements);
   }
   result.trees = stored_trees();
   return result;

@@ -7,6 +7,7 @@
 #include "engine/collapsing/collapsing.h"
 #include "engine/passes/conversions.h"
 #include "matrix/matrix_layout.h"
+#include "engine/packing/packed_matrix.h"
 #include "property/random_matrix.h"
 #include "search/moves/swapper.h"
 #include "search/search_session.h"
@@ -112,7 +113,7 @@ struct met_moves {
 };
 
 long oracle_length(const zeb_test::oracle_matrix& oracle, std::span<const std::int32_t> anc) {
-  const search_data& data = *current_search_data;
+  const search_data& data = packed_matrix(true);
   naive::rooted_tree tree{data.n, {anc.begin(), anc.end()}};
   tree.parent[at(data.n)] = -1;
   return oracle.length(tree, {data.pack_to_taxon.begin(), data.pack_to_taxon.begin() + data.n});
@@ -139,14 +140,12 @@ std::vector<std::int32_t> internal_form(const naive::rooted_tree& tree) {
 
 /// Groups that the collapsing rule leaves of a tree, which is put into the buffer for that.
 std::set<std::uint64_t> groups_after_collapsing(std::span<const std::int32_t> anc, int rule) {
-  const search_data& data = *current_search_data;
+  const search_data& data = packed_matrix(true);
   std::vector<std::int32_t> record(at(matrix.nnodes), 0);
   to_buffer(data, anc, record);
   std::vector<std::uint8_t> marks(at(matrix.nnodes), 2);
   collapsing.rule = rule;
-  search_settings.suboptimal = 0;
   collapse_tree(record, marks);
-  search_settings.suboptimal = 1e6;
   collapsing.rule = 0;
   std::vector<std::uint64_t> below(record.size(), 0);
   for (int t = 0; t < matrix.ntax; ++t) {
@@ -172,16 +171,17 @@ TEST_F(swap_candidates, scores_are_those_of_the_trees) {
     const zeb_test::oracle_matrix oracle = fill_matrix(zeb_test::random_shape(g, 10, 24), g);
     swapping = {};
     swapping.cluster_size = draw(g, 3, 15);
-    const search_session session;
-    const search_data& data = *current_search_data;
+    search_session session;
+    search_context& context = session.context();
+    const search_data& data = context.data;
     std::vector<std::int32_t> tree = internal_form(naive::random_tree(data.n, g));
     const std::vector<std::int32_t> before = tree;
-    search_settings.suboptimal = 1e6;
+    context.rules.suboptimal = 1e6;
     for (const swapper swap : {tbr_swap, spr_swap}) {
       met_moves moves{&oracle, {}};
       moves.kept = groups_of(tree, data.n);
-      const move_enumeration enumeration(check_move, &moves, {});
-      const double score = swap(tree, 0, 0);
+      const move_enumeration enumeration{check_move, &moves, {}};
+      const double score = swap(context, tree, {.enumeration = &enumeration});
       EXPECT_EQ(moves.wrong, 0) << "round " << round << " of " << moves.met;
       EXPECT_EQ(static_cast<long>(score), oracle_length(oracle, before)) << "round " << round;
       EXPECT_EQ(tree, before);

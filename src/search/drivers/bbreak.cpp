@@ -2,76 +2,84 @@
 
 #include <algorithm>
 
-#include "base/random.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
-#include "search/store/full_rule.h"
+#include "search/store/filter.h"
 #include "search/store/stored_trees.h"
-#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
 
-tree_record& record_of(int slot) { return searching.tree_records[static_cast<std::size_t>(slot)]; }
-
-double best_in_buffer() {
+double best_stored(search_context& context) {
   double best = unknown_score;
-  for (int t = 0; t < store.ntrees; ++t) best = std::min(best, record_of(t).score);
+  for (int t = 0; t < context.trees.ntrees; ++t) {
+    best = std::min(best, record_of(context, t).score);
+  }
   return best;
 }
 
-void keep_result(int slot, double score) {
-  if (score >= record_of(slot).score - score_rounding(*current_search_data)) return;
+void take_best(search_context& context, double score) {
+  context.best_score = score;
+  context.score_limit = score + context.rules.suboptimal;
+  note_score(context, score);
+}
+
+void keep_result(search_context& context, int slot, double score) {
+  if (!is_better_score(score, record_of(context, slot).score, kind_of_scores(context.data))) return;
   // A copy of a tree that is there already isn't kept twice: the filter drops the old one.
-  replace_tree(searching.anx, slot, score);
+  replace_tree(context, context.working_tree, slot, score);
 }
 
 }  // namespace
 
-bbreak_result swap_buffer() {
+bbreak_result swap_stored_trees(search_context& context, bool full_rule) {
+  const swap_settings& how = context.rules.swap;
+  const score_kind kind = kind_of_scores(context.data);
+  int& current = context.shown.current_tree;  // follows the tree when others before it go
   bbreak_result result;
-  result.best = best_in_buffer();
-  searching.best_score = result.best;
-  searching.score_limit = result.best + search_settings.suboptimal;
-  searching.stage = swapping.use_tbr ? stage_tbr : stage_spr;
-  const int capacity = swapping.mulpars ? store.maxtrees : 0;
-  if (swapping.random_clip) reseed();
-  randomness.random_seed = -1;
-  for (int t = 0; t < store.ntrees; ++t) record_of(t).waits = true;
-  begin_reports();
-  report_status(result.best, false);
+  result.best = best_stored(context);
+  take_best(context, result.best);
+  context.shown.stage = how.use_tbr ? stage_tbr : stage_spr;
+  const int capacity = how.mulpars ? context.trees.maxtrees : 0;
+  for (int t = 0; t < context.trees.ntrees; ++t) record_of(context, t).waits = true;
+  begin_reports(context);
+  report_status(context, result.best, false);
   int done = 0;  // the trees before this one were swapped
-  const swapper swap = swapping.use_tbr ? tbr_swap : spr_swap;
-  for (int t = 0; t < store.ntrees && !interrupted(); ++t) {
-    searching.current_tree = searching.swapping_index = t;
-    record_of(t).waits = false;
-    if (!swapping.mulpars && swapping.preproc != 0) swapping.preproc = 2;
-    schgettree(slot_tree(t));
-    const double score = swap(searching.anx, 0, capacity);
-    t = searching.current_tree;
-    if (!swapping.mulpars) keep_result(t, score);
+  const swapper swap = how.use_tbr ? tbr_swap : spr_swap;
+  for (int t = 0; t < context.trees.ntrees && !interrupted(); ++t) {
+    current = context.swapping_index = t;
+    record_of(context, t).waits = false;
+    fetch_tree(context, slot_tree(context, t));
+    const double score =
+        swap(context, context.working_tree,
+             {.multi = capacity, .promising_first = !how.mulpars && how.promising_first});
+    t = current;
+    if (!how.mulpars) keep_result(context, t, score);
     if (settings.status_trees > 0 && (t + 1) % settings.status_trees == 0) {
-      report_status(score, true);
+      report_status(context, score, true);
     }
-    if (capacity > 0 && store.ntrees >= capacity && result.full_at < 0) result.full_at = t;
-    if (score < result.best - score_rounding(*current_search_data)) {
-      result.best = searching.best_score = score;
-      searching.score_limit = score + search_settings.suboptimal;
-      if (capacity > 0 && store.ntrees < capacity) result.full_at = -1;
-      if (search_settings.suboptimal == 0 && swapping.mulpars) t = -1;
+    const bool is_full = capacity > 0 && context.trees.ntrees >= capacity;
+    if (is_full && result.full_at < 0) result.full_at = t;
+    if (is_better_score(score, result.best, kind)) {
+      result.best = score;
+      take_best(context, score);
+      if (capacity > 0 && !is_full) result.full_at = -1;
+      if (context.rules.suboptimal == 0 && how.mulpars) t = -1;
     }
     if (!interrupted()) done = t + 1;
-    if (swapping.fill_only && store.ntrees >= store.maxtrees) break;
+    if (how.fill_only && context.trees.ntrees >= context.trees.maxtrees) break;
   }
-  if (done < store.ntrees) {
+  if (done < context.trees.ntrees) {
     result.not_swapped = std::to_string(done);
-    if (done + 1 < store.ntrees) result.not_swapped += "-" + std::to_string(store.ntrees - 1);
+    if (done + 1 < context.trees.ntrees) {
+      result.not_swapped += "-" + std::to_string(context.trees.ntrees - 1);
+    }
   }
-  searching.swapping_index = -1;
+  context.swapping_index = -1;
   result.interrupted = interrupted();
-  report_status(result.best, true);
-  filter_by_score(result.best);
-  result.equal_by_full_rule = drop_equal_by_full_rule();
+  report_status(context, result.best, true);
+  filter_by_score(context, result.best);
+  if (full_rule) result.equal_by_full_rule = drop_equal_by_full_rule(context);
   return result;
 }
 

@@ -1,7 +1,9 @@
-// Branch swapping on the trees of the buffer.
+// Branch swapping on all stored trees.
 #pragma once
 
 #include <string>
+
+#include "search/search_context.h"
 
 namespace zeb {
 
@@ -14,8 +16,9 @@ struct bbreak_result {
   int full_at = -1;            // the tree that was swapped when the buffer became full
 };
 
-/// Swaps each tree, those that are found as well, inside a search_session; the buffer keeps the
-/// best (and what `subopt` allows). There must be trees.
-bbreak_result swap_buffer();
+/// Swaps each tree in the context's slots, those that are found as well; the slots keep the best
+/// (and what the rules allow above). There must be trees. `full_rule`: the trees are those of the
+/// user's buffer, and the full collapsing rule is applied at the end.
+bbreak_result swap_stored_trees(search_context& context, bool full_rule);
 
 }  // namespace zeb

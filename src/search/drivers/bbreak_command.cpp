@@ -5,17 +5,16 @@
 #include "base/message_text.h"
 #include "base/time_limit.h"
 #include "console/output.h"
-#include "engine/collapsing/collapsing.h"
 #include "engine/settings.h"
 #include "language/interpreter.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "search/commands.h"
 #include "search/drivers/bbreak.h"
-#include "search/moves/swapper.h"
 #include "search/search_report.h"
+#include "search/search_results.h"
 #include "search/search_session.h"
-#include "search/store/full_rule.h"
+#include "search/store/filter.h"
 #include "search/store/stored_trees.h"
 #include "trees/tree_store.h"
 
@@ -42,7 +41,7 @@ constexpr command_options rows = {
         "other searches leave out SPR before TBR on one tree"),
     toggle<&bbreak_settings::wide_words>("xbits").help(
         "use the widest words of the processor; only with \":\""),
-    toggle<swap, &swap_settings::preproc>("preproc").help(
+    toggle<swap, &swap_settings::promising_first>("preproc").help(
         "with nomulpars, clip first where most can be gained"),
     toggle<swap, &swap_settings::stratified>("stratswap")
         .help("stratified swapping; concerns landmarks only"),
@@ -79,7 +78,7 @@ void list_settings() {
   if (engine.long_words) emit("\n     * Using 64 bits when possible");
   if (swapping.fill_only) emit("\n     * Stopping when the tree buffer is full");
   if (swapping.stratified) emit("\n     * Stratified swapping of landmark characters");
-  if (swapping.preproc > 0) emit("\n     * Clips that promise most come first");
+  if (swapping.promising_first) emit("\n     * Clips that promise most come first");
   if (!swapping.skip_spr) emit("\n     * SPR before TBR on single trees");
   emit("\n");
 }
@@ -98,7 +97,7 @@ void refuse_changes(const bbreak_settings& before, const bbreak_settings& now) {
 }
 
 void take_settings(const bbreak_settings& before, const bbreak_settings& now) {
-  swapping = now.swap;
+  set_swapping(now.swap);
   if (now.wide_words != before.wide_words) {
     allow_long_words(now.wide_words);
     drop_packed_data();
@@ -115,41 +114,41 @@ void take_settings(const bbreak_settings& before, const bbreak_settings& now) {
 }
 
 /// Here continuous characters show the digits that their data have.
-std::string start_score_text(double score) {
-  const search_data& data = *current_search_data;
+std::string start_score_text(const search_data& data, double score) {
   const bool thousandths = data.has_continuous && !data.implied_on;
-  return thousandths ? text_of("%.3f", score) : score_text(score);
+  return thousandths ? text_of("%.3f", score) : score_text(data, score);
 }
 
-void tell_start(int trees) {
+void tell_start(search_context& context) {
+  const int trees = context.trees.ntrees;
+  const double allowed = context.rules.suboptimal;
   double best = unknown_score;
-  for (int t = 0; t < trees; ++t) {
-    best = std::min(best, searching.tree_records[static_cast<std::size_t>(t)].score);
-  }
-  emit(text_of("Start swapping from %i trees (score %s", trees, start_score_text(best).c_str()));
-  if (search_settings.suboptimal > 1e-9) {
-    emit("-", start_score_text(best + search_settings.suboptimal));
-  }
+  for (int t = 0; t < trees; ++t) best = std::min(best, record_of(context, t).score);
+  emit(text_of("Start swapping from %i trees (score %s", trees,
+               start_score_text(context.data, best).c_str()));
+  if (allowed > 1e-9) emit("-", start_score_text(context.data, best + allowed));
   emit(")...\n");
 }
 
-void summarise(const bbreak_result& result) {
-  const char* kind = swapping.use_tbr ? "TBR" : "SPR";
+void summarise(const search_context& context, const bbreak_result& result) {
+  const swap_settings& how = context.rules.swap;
+  const char* kind = how.use_tbr ? "TBR" : "SPR";
   if (result.interrupted) {
     emit("Search was interrupted...\n");
   } else {
     emit(text_of("Completed %s branch-swapping.\n", kind));
   }
-  if (swapping.use_tbr && swapping.move_limit > 0) {
+  if (how.use_tbr && how.move_limit > 0) {
     emit(text_of("Note: TBR limited to moves within %i nodes of original position.\n",
-                 swapping.move_limit));
+                 how.move_limit));
   }
-  if (collapsing.rule > 2 && search_settings.suboptimal > 0) {
+  if (context.rules.collapse.rule > 2 && context.rules.suboptimal > 0) {
     emit("Note: some trees of different length may become identical if collapsed.\n");
   }
-  emit("Total rearrangements examined: ", rearrangements_text(), ".\n");
+  emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
   tell_equal_as_collapsed(result.equal_by_full_rule);
-  emit(text_of("%i trees, best score %s.\n", store.ntrees, score_text(result.best).c_str()));
+  emit(text_of("%i trees, best score %s.\n", context.trees.ntrees,
+               score_text(context.data, result.best).c_str()));
   if (result.full_at < 0) return;
   emit(text_of("Maxtrees was reached when swapping tree %i.", result.full_at));
   if (!result.not_swapped.empty()) emit("  Didn't swap tree(s) ", result.not_swapped);
@@ -157,14 +156,15 @@ void summarise(const bbreak_result& result) {
 }
 
 void swap_trees_in_memory() {
-  const search_session session;
-  tell_start(store.ntrees);
-  const bbreak_result result = swap_buffer();
+  search_session session;
+  search_context& context = session.context();
+  if (context.rules.swap.random_clip) seed_generator(context.random);
+  tell_start(context);
+  const bbreak_result result = swap_stored_trees(context, true);
   disarm_time_limit();
-  searching.tbr_swapping = swapping.use_tbr;
-  searching.spr_swapping = !swapping.use_tbr;
-  searching.last_best = result.best;
-  summarise(result);
+  keep_swapper(context.rules.swap.use_tbr);
+  keep_best_score(result.best);
+  summarise(context, result);
 }
 
 }  // namespace

@@ -3,15 +3,12 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "base/errors.h"
 #include "base/message_text.h"
-#include "base/random.h"
 #include "console/output.h"
 #include "engine/passes/passes.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
-#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -22,20 +19,21 @@ namespace {
 /// Seeds of replications: with a step, the one before plus the step; else drawn, each only once.
 class seed_sequence {
  public:
-  explicit seed_sequence(int first) : seed_(std::max(first, 1)) {}
+  seed_sequence(random_generator& random, unsigned step)
+      : random_(random), step_(step), seed_(std::max(random.draw(), 1)) {}
   int current() const { return seed_; }
   void advance() {
     used_.insert(seed_);
-    if (randomness.seed_step != 0) {
-      const auto next = static_cast<unsigned>(seed_) + randomness.seed_step;
+    if (step_ != 0) {
+      const auto next = static_cast<unsigned>(seed_) + step_;
       seed_ = std::max(1, static_cast<int>(next & 0x7fffffffU));
       return;
     }
-    auto next = static_cast<unsigned>(draw());
+    auto next = draw();
     while (used_.contains(static_cast<int>(next)) || next == 0) {
       unsigned divisor = 0;
-      while (divisor == 0) divisor = static_cast<unsigned>(draw());
-      next = static_cast<unsigned>(draw()) * next / divisor;
+      while (divisor == 0) divisor = draw();
+      next = draw() * next / divisor;
       if (next == 0) next = 1;
       next &= 0x7fffffffU;
       // A chain of collisions must not last: with few seeds left, take the nearest free one.
@@ -45,6 +43,10 @@ class seed_sequence {
   }
 
  private:
+  unsigned draw() { return static_cast<unsigned>(random_.draw()); }
+
+  random_generator& random_;
+  unsigned step_;
   int seed_;
   std::unordered_set<int> used_;
 };
@@ -52,7 +54,8 @@ class seed_sequence {
 /// One run of `mult`.
 class replicated_search {
  public:
-  explicit replicated_search(const mult_settings& options) : options_(options) {}
+  replicated_search(search_context& context, const mult_settings& options)
+      : context_(context), how_(context.rules.swap), options_(options) {}
   mult_result run();
 
  private:
@@ -64,7 +67,10 @@ class replicated_search {
   bool swaps() const { return options_.swapper != mult_settings::wagner_only; }
   swapper selected() const { return options_.swapper == mult_settings::spr ? spr_swap : tbr_swap; }
   int swap_stage() const { return options_.swapper == mult_settings::spr ? stage_spr : stage_tbr; }
+  score_kind kind() const { return kind_of_scores(context_.data); }
 
+  search_context& context_;
+  const swap_settings& how_;
   const mult_settings& options_;
   mult_result result_;
   int first_slot_ = 0;
@@ -76,71 +82,76 @@ void replicated_search::swap_first() {
   const bool spr_single = options_.swapper == mult_settings::spr && options_.hold < 2;
   const bool tbr_single = options_.swapper == mult_settings::tbr && options_.hold < 2;
   const bool wanted =
-      options_.hold > 1 || !swapping.mulpars || spr_single || (tbr_single && !swapping.skip_spr);
+      options_.hold > 1 || !how_.mulpars || spr_single || (tbr_single && !how_.skip_spr);
   // Under implied weights most trees of a replication differ in score, and the way down is short.
-  if (!swaps() || !(wanted && (!current_search_data->implied_on || spr_single))) return;
-  searching.stage = stage_spr;
-  score_ = spr_swap(searching.anx, 0, 0);
+  if (!swaps() || !(wanted && (!context_.data.implied_on || spr_single))) return;
+  context_.shown.stage = stage_spr;
+  score_ = spr_swap(context_, context_.working_tree, {});
 }
 
 /// The trees of this replication, each in turn; an improvement begins again with the first.
 void replicated_search::swap_stored() {
-  searching.score_limit = score_ + search_settings.suboptimal;
-  for (int i = first_slot_; i < store.ntrees && !interrupted(); ++i) {
-    searching.current_tree = searching.swapping_index = i;
-    schgettree(slot_tree(i));
-    const double found = selected()(searching.anx, first_slot_, searching.search_limit);
-    if (found < score_ - score_rounding(*current_search_data)) {
+  int& current = context_.shown.current_tree;
+  context_.score_limit = score_ + context_.rules.suboptimal;
+  for (int i = first_slot_; i < context_.trees.ntrees && !interrupted(); ++i) {
+    current = context_.swapping_index = i;
+    fetch_tree(context_, slot_tree(context_, i));
+    const double found = selected()(context_, context_.working_tree,
+                                    {.first_slot = first_slot_, .multi = context_.tree_limit});
+    if (is_better_score(found, score_, kind())) {
       score_ = found;
-      searching.score_limit = found + search_settings.suboptimal;
-      searching.swapping_index = -1;
-      purge_above(searching.score_limit, first_slot_);
+      context_.score_limit = found + context_.rules.suboptimal;
+      context_.swapping_index = -1;
+      purge_above(context_, context_.score_limit, first_slot_);
       i = first_slot_ - 1;
-      searching.current_tree = first_slot_;
+      current = first_slot_;
     }
     if (settings.status_trees > 0 && (i - first_slot_ + 1) % settings.status_trees == 0) {
-      report_status(score_, true);
+      report_status(context_, score_, true);
     }
   }
-  searching.swapping_index = -1;
+  context_.swapping_index = -1;
   // Trees that another replication had stored already aren't here: then the score is theirs.
 }
 
 void replicated_search::swap_single() {
-  searching.current_tree = store.ntrees;
-  if (swapping.preproc != 0) swapping.preproc = 2;
-  const bool quick_start = !swapping.mulpars && !current_search_data->implied_on;
-  score_ = tbr_swap(searching.anx, first_slot_, quick_start ? -1 : 0);
-  if (interrupted() && store.ntrees > first_slot_) return;
-  searching.pending_score = score_;
-  store_tree(searching.anx, store.ntrees);
+  context_.shown.current_tree = context_.trees.ntrees;
+  const bool quick_start = !how_.mulpars && !context_.data.implied_on;
+  score_ = tbr_swap(context_, context_.working_tree,
+                    {.first_slot = first_slot_,
+                     .multi = quick_start ? -1 : 0,
+                     .promising_first = how_.promising_first});
+  if (interrupted() && context_.trees.ntrees > first_slot_) return;
+  store_tree(context_, context_.working_tree, context_.trees.ntrees, score_);
 }
 
 void replicated_search::replicate(int seed) {
+  tree_slots& trees = context_.trees;
   score_ = unknown_score;
-  first_slot_ = store.ntrees;
-  searching.search_limit = static_cast<int>(std::min<std::int64_t>(
-      store.maxtrees, static_cast<std::int64_t>(store.ntrees) + std::max(options_.hold, 1)));
-  searching.score_limit = no_bound;
-  searching.stage = stage_wagner;
-  searching.current_tree = first_slot_;
-  wagner_tree(slot_tree(first_slot_), seed);
+  first_slot_ = trees.ntrees;
+  context_.tree_limit = static_cast<int>(std::min<std::int64_t>(
+      trees.maxtrees, static_cast<std::int64_t>(first_slot_) + std::max(options_.hold, 1)));
+  context_.score_limit = no_bound;
+  context_.shown.stage = stage_wagner;
+  context_.shown.current_tree = first_slot_;
+  context_.random.seed(static_cast<unsigned>(seed));
+  const std::span<std::int32_t> built = slot_tree(context_, first_slot_);
+  wagner_tree(context_, built, options_.addition);
   if (interrupted()) return;
-  schgettree(slot_tree(first_slot_));
+  fetch_tree(context_, built);
+  const std::span<std::int32_t> tree = context_.working_tree;
   swap_first();
-  if (score_ >= unknown_score) score_ = tree_length(*current_search_data, searching.anx);
-  searching.pending_score = score_;
+  if (score_ >= unknown_score) score_ = tree_length(context_.data, tree);
   if (!swaps()) {
-    report_status(score_, false);
-    store_tree(searching.anx, first_slot_);
+    report_status(context_, score_, false);
+    store_tree(context_, tree, first_slot_, score_);
     return;
   }
   const bool single_tbr = options_.hold < 2 && options_.swapper == mult_settings::tbr;
-  const bool is_new = single_tbr ? tree_is_new(searching.anx, first_slot_, score_)
-                                 : store_tree(searching.anx, first_slot_);
-  searching.pending_score = no_score;
+  const bool is_new = single_tbr ? tree_is_new(context_, tree, first_slot_, score_)
+                                 : store_tree(context_, tree, first_slot_, score_);
   if (!is_new) return;  // swapping would retrace known ground
-  searching.stage = swap_stage();
+  context_.shown.stage = swap_stage();
   if (options_.hold > 1) {
     swap_stored();
   } else if (single_tbr) {
@@ -149,67 +160,65 @@ void replicated_search::replicate(int seed) {
 }
 
 void replicated_search::count_hit() {
-  const bool overflowed = searching.search_limit == store.ntrees;
-  if (same_score(*current_search_data, score_, result_.best)) {
+  const bool overflowed = context_.tree_limit == context_.trees.ntrees;
+  if (is_same_score(score_, result_.best, kind())) {
     ++result_.hits;
     result_.overflowed |= overflowed;
   } else if (score_ < result_.best) {
     result_.hits = 1;
     result_.overflowed = overflowed;
     result_.best = score_;
-    searching.best_score = score_;
+    context_.best_score = score_;
+    note_score(context_, score_);
   }
 }
 
 mult_result replicated_search::run() {
+  int& replication = context_.shown.replication;
   result_.best = unknown_score;
-  const int user_seed = randomness.random_seed;
-  reseed();
-  seed_sequence seeds(draw());
-  searching.stage = stage_wagner;
-  searching.current_tree = 0;
-  searching.replication = 0;
-  begin_reports();
-  report_status(no_score, false);
-  for (searching.replication = 1; searching.replication <= options_.replications;
-       ++searching.replication) {
-    if (store.ntrees >= store.maxtrees) {
-      --searching.replication;
-      report_status(no_score, true);
-      emit(text_of("\nNOTE: Search terminated after replication %i (tree buffer full)\n",
-                   searching.replication));
+  seed_sequence seeds(context_.random, context_.rules.seed_step);
+  context_.shown.stage = stage_wagner;
+  context_.shown.current_tree = 0;
+  replication = 0;
+  begin_reports(context_);
+  report_status(context_, no_score, false);
+  for (replication = 1; replication <= options_.replications; ++replication) {
+    if (context_.trees.ntrees >= context_.trees.maxtrees) {
+      --replication;
+      report_status(context_, no_score, true);
+      if (!context_.shown.silent) {
+        emit(text_of("\nNOTE: Search terminated after replication %i (tree buffer full)\n",
+                     replication));
+      }
       result_.buffer_full = true;
       break;
     }
     const int seed = seeds.current();
-    randomness.random_seed = seed;
-    reseed();
-    randomness.random_seed = -1;
+    context_.random.seed(static_cast<unsigned>(seed));
     seeds.advance();
     replicate(seed);
-    searching.current_tree = store.ntrees;
+    context_.shown.current_tree = context_.trees.ntrees;
     if (score_ < unknown_score) {
       ++result_.replications_done;
       count_hit();
     }
     if (interrupted()) break;
-    if (settings.status_replications > 0 &&
-        searching.replication % settings.status_replications == 0) {
-      report_status(score_, true);
+    if (settings.status_replications > 0 && replication % settings.status_replications == 0) {
+      report_status(context_, score_, true);
     }
   }
-  randomness.random_seed = user_seed;
-  searching.search_limit = store.maxtrees;
-  if (!interrupted() && !result_.buffer_full) --searching.replication;
-  if (!result_.buffer_full) report_status(score_ < unknown_score ? score_ : no_score, true);
+  context_.tree_limit = context_.trees.maxtrees;
+  if (!interrupted() && !result_.buffer_full) --replication;
+  if (!result_.buffer_full) {
+    report_status(context_, score_ < unknown_score ? score_ : no_score, true);
+  }
   return result_;
 }
 
 }  // namespace
 
-mult_result mult_search(const mult_settings& options) {
-  replicated_search search(options);
-  return search.run();
+mult_result mult_search(search_context& context, const mult_settings& options) {
+  return replicated_search(context, options).run();
 }
 
 }  // namespace zeb

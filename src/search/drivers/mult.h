@@ -17,7 +17,7 @@ struct mult_settings {
   int outfreq = 0;       // clips between two looks at the report; 0: by the size of the data
   addition_settings addition;
 };
-extern mult_settings mult;
+extern mult_settings mult;  // written by the command
 
 /// What a run did, for its summary.
 struct mult_result {
@@ -28,8 +28,9 @@ struct mult_result {
   double best = 0;           // unknown_score: none
 };
 
-/// Runs the replications inside a search_session and leaves the trees in the buffer. Errors: stages
-/// that can't run.
-mult_result mult_search(const mult_settings& options);
+/// Runs the replications and leaves their trees in the context's slots. The seeds of the
+/// replications are drawn from the context's generator. Errors: settings of the builder that can't
+/// go together.
+mult_result mult_search(search_context& context, const mult_settings& options);
 
 }  // namespace zeb

@@ -6,15 +6,13 @@
 #include "base/message_text.h"
 #include "base/time_limit.h"
 #include "console/output.h"
-#include "engine/collapsing/collapsing.h"
 #include "language/options.h"
 #include "search/commands.h"
 #include "search/drivers/mult.h"
-#include "search/moves/swapper.h"
 #include "search/search_report.h"
+#include "search/search_results.h"
 #include "search/search_session.h"
-#include "search/store/full_rule.h"
-#include "search/store/stored_trees.h"
+#include "search/store/filter.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -84,7 +82,9 @@ void check_settings(mult_settings& wanted, option_outcome outcome) {
   for (int* n : {&wanted.addition.look, &wanted.addition.informative}) {
     if (*n < 0) *n = all_taxa;
   }
-  if (outcome == option_outcome::run) check_additions(wanted.addition);
+  if (outcome == option_outcome::run) {
+    check_additions(wanted.addition, randomness.random_insertion, false);
+  }
 }
 
 std::string look_text(int n) { return n >= all_taxa ? "all taxa" : text_of("%i taxa", n); }
@@ -129,15 +129,15 @@ void warn_of_memory() {
   }
 }
 
-void filter_trees(const mult_result& result, int trees_before) {
-  if (!mult.keepall && result.best < unknown_score) filter_by_score(result.best);
-  tell_equal_as_collapsed(drop_equal_by_full_rule());
-  if (store.auto_group && !searching.silent && store.ntrees > 0) {
+void filter_trees(search_context& context, const mult_result& result, int trees_before) {
+  if (!mult.keepall && result.best < unknown_score) filter_by_score(context, result.best);
+  tell_equal_as_collapsed(drop_equal_by_full_rule(context));
+  if (store.auto_group && store.ntrees > 0) {
     tag_tree_group(mult.keepall ? trees_before : 0, store.ntrees, "random_addseqs");
   }
 }
 
-void summarise(const mult_result& result) {
+void summarise(const search_context& context, const mult_result& result) {
   const bool swaps = mult.swapper != mult_settings::wagner_only;
   if (interrupted()) {
     emit("Search was interrupted...\n");
@@ -145,37 +145,41 @@ void summarise(const mult_result& result) {
     emit(text_of("Completed %i random addition sequences.\n", result.replications_done));
   }
   if (swaps) {
-    emit("Total rearrangements examined: ", rearrangements_text(), ".\n");
-    if (searching.slots.forbids) emit("Constraints enforced during search.\n");
-    if (mult.swapper == mult_settings::tbr && swapping.move_limit > 0) {
+    emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
+    if (context.slots.forbids) emit("Constraints enforced during search.\n");
+    const int move_limit = context.rules.swap.move_limit;
+    if (mult.swapper == mult_settings::tbr && move_limit > 0) {
       emit(text_of("Note: TBR limited to moves within %i nodes of original position.\n",
-                   swapping.move_limit));
+                   move_limit));
     }
   }
 }
 
-void tell_hits(const mult_result& result) {
-  if (!collapsing.automatic && collapsing.rule > 2 && search_settings.suboptimal > 0) {
+void tell_hits(const search_context& context, const mult_result& result) {
+  const search_rules& rules = context.rules;
+  if (!rules.collapse.automatic && rules.collapse.rule > 2 && rules.suboptimal > 0) {
     emit("Note: some trees of different length may become identical if collapsed.\n");
   }
   const char* names[] = {":", " (SPR):", " (TBR):"};
   emit(text_of("Best score hit %i times out of %i", result.hits, result.replications_done),
        result.overflowed ? " (some replications overflowed)" : "",
        text_of(".\nBest score%s %s.  %i trees retained.\n", names[mult.swapper],
-               score_text(result.best).c_str(), store.ntrees));
+               score_text(context.data, result.best).c_str(), context.trees.ntrees));
 }
 
 void run_mult() {
-  const search_session session;
+  search_session session;
+  search_context& context = session.context();
   warn_of_memory();
   const int trees_before = store.ntrees;
-  const mult_result result = mult_search(mult);
+  seed_generator(context.random);
+  const mult_result result = mult_search(context, mult);
   disarm_time_limit();
-  summarise(result);
-  filter_trees(result, trees_before);
-  tell_hits(result);
-  searching.hits_value = result.hits;
-  searching.last_best = result.best;
+  summarise(context, result);
+  filter_trees(context, result, trees_before);
+  tell_hits(context, result);
+  keep_hits(result.hits);
+  keep_best_score(result.best);
 }
 
 }  // namespace
@@ -186,8 +190,7 @@ constexpr option_table mult_options =
 
 void mult_command() {
   const option_outcome outcome = read_search_options(mult, mult_options, check_settings);
-  additions = mult.addition;
-  swapping.outfreq = mult.outfreq;
+  set_clips_between_reports(mult.outfreq);
   if (outcome == option_outcome::list) list_settings();
   if (outcome != option_outcome::run) return;
   run_mult();

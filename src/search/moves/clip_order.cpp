@@ -32,7 +32,7 @@ void set_aside(const search_data& data, int v, std::span<std::uint8_t> aside) {
 
 /// Nodes are picked from the highest count down. One pass of picking touches separate parts of the
 /// tree: a picked node's subtree and ancestor wait for a later pass.
-void preproc_order(const search_data& data, std::span<std::int32_t> order) {
+void promising_clips_first(const search_data& data, std::span<std::int32_t> order) {
   std::vector<std::int32_t> gain(at(data.nodes), 0);
   std::vector<std::int32_t> waiting;
   std::vector<std::int32_t> last;

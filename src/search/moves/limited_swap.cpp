@@ -66,9 +66,9 @@ void try_near(swap_run& run) {
   if (run.sister == 0) {
     main.put(0, 0, false);
   } else {
-    main_branches_near(data, run.sister, swapping.move_limit, main);
+    main_branches_near(data, run.sister, run.rules.swap.move_limit, main);
   }
-  clip_branches_near(data, run.clip, swapping.move_limit, subtree);
+  clip_branches_near(data, run.clip, run.rules.swap.move_limit, subtree);
   for (int k = 0; k < subtree.count; ++k) {
     const int u = subtree.list[at(k)];
     const word* clip_words = run.clip_words(u);
@@ -87,8 +87,9 @@ void try_near(swap_run& run) {
 
 }  // namespace
 
-double limited_tbr_swap(std::span<std::int32_t> anc, int first_slot, int multi) {
-  swap_run run(swap_run::swap_kind::limited, anc, first_slot, multi);
+double limited_tbr_swap(search_context& context, std::span<std::int32_t> anc,
+                        const swap_task& task) {
+  swap_run run(context, swap_run::swap_kind::limited, anc, task);
   while (run.next_clip()) {
     if (!run.begin_clip()) continue;
     try_near(run);

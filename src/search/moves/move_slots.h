@@ -1,9 +1,7 @@
-// What a move costs and meets beyond the packed sets. The slots are bound when a search begins, by
-// what the data have; unbound, they cost one test for each candidate that passes the kernels.
+// What a move costs and meets beyond the packed sets. The slots of a context are bound when it is
+// made, by what its data have; unbound, they cost one test for each candidate that passes the
+// kernels.
 #pragma once
-
-#include <cstdint>
-#include <span>
 
 #include "engine/search_data.h"
 
@@ -21,14 +19,11 @@ struct move_slots {
                       double bound) = nullptr;
   /// Would the clip, joined by its branch `root` to the branch `target`, break a constraint?
   bool (*forbids)(const search_data& data, int clip, int root, int target) = nullptr;
-  /// Data that need a swap of their own (landmarks): the whole swap.
-  double (*spr_form)(std::span<std::int32_t> anc, int first_slot, int multi) = nullptr;
-  double (*tbr_form)(std::span<std::int32_t> anc, int first_slot, int multi) = nullptr;
 
   bool any() const { return wide_cost || forbids; }
 };
 
-/// Called with the packed data of each search that begins.
+/// Called with the packed data of each context that is made.
 using slot_binder = void (*)(const search_data& data, move_slots& slots);
 
 }  // namespace zeb

@@ -3,15 +3,12 @@
 #include <algorithm>
 
 #include "base/indices.h"
-#include "engine/collapsing/collapsing.h"
 #include "engine/passes/links.h"
 #include "engine/passes/passes.h"
 #include "engine/passes/waves.h"
 #include "search/moves/relative_fit.h"
 #include "search/moves/swap_run.h"
-#include "search/search_state.h"
 #include "search/store/stored_trees.h"
-#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
@@ -21,7 +18,7 @@ namespace {
 class tree_maker {
  public:
   tree_maker(swap_run& run, int u)
-      : run_(run), u_(u), with_sets_(search_level() > 0), turned_(u != run.home_root) {
+      : run_(run), u_(u), with_sets_(search_level(run.context) > 0), turned_(u != run.home_root) {
     if (!turned_ || run.joint < 0) return;
     if (with_sets_) {
       reroot_subtree(run.data, u, run.clip);
@@ -56,7 +53,7 @@ class tree_maker {
     }
     std::span<const std::uint8_t> marks;
     if (with_sets_) {
-      mark_tree_in_work(run_.new_marks);
+      mark_tree_in_work(run_.context, run_.new_marks);
       marks = run_.new_marks;
     }
     const bool result = use(std::span<const std::int32_t>(data.tree.anc), marks);
@@ -89,7 +86,9 @@ bool is_idle(const swap_run& run, int u, int v) {
   const int target_above = run.at(run.data.tree.anc, v);
   const int sister_above = run.at(run.data.tree.anc, run.sister);
   if (target_above == sister_above && run.chosen < 0) return true;
-  if (search_level() == 0 || !collapsing.quick || run.marks[at(run.joint)]) return false;
+  if (search_level(run.context) == 0 || !run.rules.collapse.quick || run.marks[at(run.joint)]) {
+    return false;
+  }
   return staying_node(run, target_above) == staying_node(run, sister_above);
 }
 
@@ -97,12 +96,12 @@ bool is_idle(const swap_run& run, int u, int v) {
 
 bool replace_in_buffer(swap_run& run, int u) {
   const swap_candidate chosen = run.move_list[at(run.chosen)];
-  const int slot = searching.swapping_index;
+  const int slot = run.context.swapping_index;
   tree_maker maker(run, u);
   const bool replaced = maker.with_tree(chosen.branch, [&](auto tree, auto marks) {
-    return replace_stored(tree, slot, chosen.score, marks);
+    return replace_stored(run.context, tree, slot, chosen.score, marks);
   });
-  if (replaced) ++searching.moves_done;
+  if (replaced) ++run.context.moves_done;
   return replaced;
 }
 
@@ -110,38 +109,38 @@ namespace {
 
 /// Worse trees are wanted only within the relative limit too.
 void cancel_worse_in_relation(swap_run& run, int u) {
-  if (search_settings.relative_suboptimal <= 0) return;
+  const double allowed = run.rules.relative_suboptimal;
+  if (allowed <= 0) return;
   const joined_words home{run.clip_words(run.home_root), run.target_words(run.sister)};
   const double home_score = run.score_without + run.home_cost;
   for (swap_candidate& move : run.move_list.first(at(run.n_moves))) {
     if (move.score <= home_score + run.rounding) continue;
     const joined_words there{run.clip_words(u), run.target_words(move.branch)};
-    if (relative_fit_difference(run.data, home, there) > search_settings.relative_suboptimal)
-      move.branch = -1;
+    if (relative_fit_difference(run.data, home, there) > allowed) move.branch = -1;
   }
 }
 
 }  // namespace
 
 bool store_moves(swap_run& run, int u) {
+  search_context& context = run.context;
   cancel_worse_in_relation(run, u);
   bool chosen_is_known = false;
-  const double slip = std::max(run.rounding, 1e-9);
-  const double limit = run.chosen >= 0
-                           ? run.move_list[at(run.chosen)].score + search_settings.suboptimal + slip
-                           : no_bound;
+  const score_kind kind = kind_of_scores(run.data);
+  const double limit =
+      run.chosen >= 0 ? run.move_list[at(run.chosen)].score + run.rules.suboptimal : no_bound;
   if (run.chosen > 0) std::swap(run.move_list[0], run.move_list[at(run.chosen)]);
   tree_maker maker(run, u);
-  for (int i = 0; i < run.n_moves && store.ntrees < run.multi; ++i) {
+  for (int i = 0; i < run.n_moves && context.trees.ntrees < run.multi; ++i) {
     const swap_candidate move = run.move_list[at(i)];
-    if (move.branch < 0 || move.score > limit || move.score > searching.score_limit + slip)
-      continue;
+    if (move.branch < 0 || !is_within_bound(move.score, limit, kind)) continue;
+    if (!is_within_bound(move.score, context.score_limit, kind)) continue;
     if (is_idle(run, u, move.branch)) continue;
     const bool is_new = maker.with_tree(move.branch, [&](auto tree, auto marks) {
-      return store_marked(tree, store.ntrees, move.score, marks);
+      return store_marked(context, tree, context.trees.ntrees, move.score, marks);
     });
-    if (is_new) ++searching.moves_done;
-    if (!is_new && i == 0 && run.chosen >= 0 && search_settings.suboptimal == 0) {
+    if (is_new) ++context.moves_done;
+    if (!is_new && i == 0 && run.chosen >= 0 && run.rules.suboptimal == 0) {
       chosen_is_known = true;
     }
   }

@@ -3,7 +3,6 @@
 #include "base/indices.h"
 #include "search/moves/swap_run.h"
 #include "search/moves/swapper.h"
-#include "search/search_state.h"
 
 namespace zeb {
 namespace {
@@ -43,9 +42,8 @@ void regraft(swap_run& run) {
 
 }  // namespace
 
-double spr_swap(std::span<std::int32_t> anc, int first_slot, int multi) {
-  if (searching.slots.spr_form) return searching.slots.spr_form(anc, first_slot, multi);
-  swap_run run(swap_run::swap_kind::spr, anc, first_slot, multi);
+double spr_swap(search_context& context, std::span<std::int32_t> anc, const swap_task& task) {
+  swap_run run(context, swap_run::swap_kind::spr, anc, task);
   while (run.next_clip()) {
     if (!run.begin_clip()) continue;
     regraft(run);

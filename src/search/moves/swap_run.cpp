@@ -6,32 +6,20 @@
 #include "base/errors.h"
 #include "base/random.h"
 #include "console/output.h"
-#include "engine/collapsing/collapsing.h"
 #include "engine/fit/implied_weighting.h"
 #include "engine/passes/links.h"
 #include "engine/passes/passes.h"
 #include "engine/passes/undo.h"
 #include "engine/passes/waves.h"
 #include "search/search_report.h"
-#include "search/search_state.h"
 #include "search/store/stored_trees.h"
-#include "trees/tree_store.h"
 
 namespace zeb {
-
-swap_settings swapping;
 
 namespace {
 
 constexpr int moves_between_cuts = 8;
 constexpr double fit_slack = 0.001;  // the fit kernels finish below their bound only
-
-const move_enumeration* enumeration_in_force = nullptr;
-
-search_data& data_in_work() {
-  ALWAYS_CHECK(current_search_data != nullptr, "a swap without packed data");
-  return *current_search_data;
-}
 
 template <class T>
 std::span<T> per_node(const search_data& data, std::size_t times = 1) {
@@ -40,29 +28,21 @@ std::span<T> per_node(const search_data& data, std::size_t times = 1) {
 
 }  // namespace
 
-move_enumeration::move_enumeration(store_function receive, void* receiver,
-                                   std::span<const std::uint8_t> leave_alone)
-    : store_(receive),
-      receiver_(receiver),
-      leave_alone_(leave_alone),
-      outer_(enumeration_in_force) {
-  enumeration_in_force = this;
-}
-move_enumeration::~move_enumeration() { enumeration_in_force = outer_; }
-const move_enumeration* move_enumeration::active() { return enumeration_in_force; }
-
-swap_run::swap_run(swap_kind kind_of_swap, std::span<std::int32_t> tree, int first, int capacity)
-    : data(data_in_work()),
+swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std::int32_t> tree,
+                   const swap_task& task)
+    : context(search),
+      data(search.data),
+      rules(search.rules),
       kind(kind_of_swap),
       anc(tree),
-      first_slot(first),
-      multi(std::max(capacity, 0)),
-      first_pass(capacity < 0),
-      trees_wanted(capacity > 0 || move_enumeration::active()),
-      enumeration(move_enumeration::active()),
+      first_slot(task.first_slot),
+      multi(std::max(task.multi, 0)),
+      first_pass(task.multi < 0),
+      trees_wanted(task.multi > 0 || task.enumeration),
+      enumeration(task.enumeration),
       fits(data.implied_on),
-      rounding(score_rounding(data)),
-      slots(searching.slots),
+      rounding(tolerance_of(kind_of_scores(data))),
+      slots(search.slots),
       slots_are_bound(slots.any()) {
   scratch = per_node<std::int32_t>(data, 2);
   scan_list = per_node<std::int32_t>(data, 2);
@@ -70,25 +50,24 @@ swap_run::swap_run(swap_kind kind_of_swap, std::span<std::int32_t> tree, int fir
   new_marks = per_node<std::uint8_t>(data);
   depth = per_node<std::int32_t>(data);
   if (trees_wanted) move_list = per_node<swap_candidate>(data);
-  cut = allocate_clusters(data, swapping.cluster_size);
+  cut = allocate_clusters(data, rules.swap.cluster_size);
   const std::size_t most = data.clusters.size();
   main_clusters = calloc_low<std::int32_t>(most);
   clip_clusters = calloc_low<std::int32_t>(most);
   touched = calloc_low<std::int32_t>(2 * most);
-  if (swapping.random_clip || (swapping.preproc == 2 && multi == 0)) {
-    clip_order = per_node<std::int32_t>(data);
-  }
+  const bool promising_first = task.promising_first && multi == 0;
+  if (rules.swap.random_clip || promising_first) clip_order = per_node<std::int32_t>(data);
 
   score = tree_length(data, anc);
   stored_score = score;
   data.in_swap = true;
-  if (swapping.random_clip) {
-    random_sequence(data.nodes, clip_order, 0, {});
-  } else if (!clip_order.empty()) {
-    swapping.preproc = 1;
-    preproc_order(data, clip_order);
+  if (rules.swap.random_clip) {
+    random_sequence(context.random, data.nodes, clip_order, 0, {});
+  } else if (promising_first) {
+    promising_clips_first(data, clip_order);
   }
-  report_every = swapping.outfreq > 0 ? swapping.outfreq : (data.n < 50 ? 2 : 10);
+  report_every = rules.clips_between_reports;
+  if (report_every == 0) report_every = data.n < 50 ? 2 : 10;
   clips_to_report = report_every;
   tree_changed();
   begin_undo(data);
@@ -113,14 +92,14 @@ void swap_run::tree_changed() {
 }
 
 void swap_run::set_slack() {
-  buffer_full = multi > 0 && store.ntrees >= multi;
+  buffer_full = multi > 0 && context.trees.ntrees >= multi;
   const bool more_wanted = enumeration || (multi > 0 && !buffer_full);
   if (!more_wanted) {
     swap_slack = fits ? fit_slack : -1.0;
-  } else if (search_settings.suboptimal > 0) {
-    searching.score_limit = std::min(searching.score_limit, score + search_settings.suboptimal);
-    swap_slack = std::max(searching.score_limit - score, 0.0);
-    if (enumeration) swap_slack = search_settings.suboptimal;
+  } else if (rules.suboptimal > 0) {
+    context.score_limit = std::min(context.score_limit, score + rules.suboptimal);
+    swap_slack = std::max(context.score_limit - score, 0.0);
+    if (enumeration) swap_slack = rules.suboptimal;
     if (fits) swap_slack += fit_slack;
   } else {
     swap_slack = fits ? fit_slack : 0;
@@ -149,7 +128,7 @@ void swap_run::count_rearrangements(int c) {
   const std::int64_t s = at(cut.below, c);
   std::int64_t moves = std::max<std::int64_t>(1, 2 * (data.n - s) - 3);
   if (kind != swap_kind::spr) moves *= std::max<std::int64_t>(1, 2 * s - 3);
-  searching.rearrangement_count.add(static_cast<std::uint64_t>(moves));
+  context.rearrangements.add(static_cast<std::uint64_t>(moves));
 }
 
 bool swap_run::next_clip() {
@@ -159,7 +138,7 @@ bool swap_run::next_clip() {
     clip = clip_order.empty() ? position : at(clip_order, position);
     if (!enumeration && --clips_to_report <= 0) {
       clips_to_report = report_every;
-      report_status(score, false);
+      report_status(context, score, false);
     }
     if (interrupted()) return false;
     if (clip == data.n) continue;
@@ -190,8 +169,8 @@ bool swap_run::begin_clip() {
   chosen = -1;
   restart = false;
   if (kind == swap_kind::tbr) make_cluster_lists(*this);
-  if (trees_wanted && !enumeration && !marks_known && search_level() > 0) {
-    mark_tree_in_work(marks);
+  if (trees_wanted && !enumeration && !marks_known && search_level(context) > 0) {
+    mark_tree_in_work(context, marks);
     marks_known = true;
   }
   detach_clip();
@@ -266,15 +245,14 @@ void swap_run::make_scores_exact(int u) {
 void swap_run::store_trees(int u) {
   const bool better = chosen >= 0 && score < stored_score - rounding;
   if (better) {
-    searching.score_limit = std::min(searching.score_limit, score + search_settings.suboptimal);
-    purge_above(score + search_settings.suboptimal, first_slot);
+    context.score_limit = std::min(context.score_limit, score + rules.suboptimal);
+    purge_above(context, score + rules.suboptimal, first_slot);
   }
   set_slack();
-  const int slot = searching.swapping_index;
+  const int slot = context.swapping_index;
   const bool own_slot_is_worse =
       better && slot >= 0 &&
-      (buffer_full || score + search_settings.suboptimal + rounding <
-                          searching.tree_records[static_cast<std::size_t>(slot)].score);
+      (buffer_full || score + rules.suboptimal + rounding < record_of(context, slot).score);
   if (own_slot_is_worse) {
     restart = replace_in_buffer(*this, u);
     given_up = !restart;
@@ -290,11 +268,12 @@ bool swap_run::store_noted(int u) {
   if (n_moves == 0) return false;
   if (fits) make_scores_exact(u);
   if (enumeration) {
-    const double limit = stored_score + search_settings.suboptimal + rounding;
+    const double limit = stored_score + rules.suboptimal + rounding;
     for (int i = 0; i < n_moves; ++i) {
       const swap_candidate& move = move_list[static_cast<std::size_t>(i)];
       if (move.score > limit) continue;
-      enumeration->meet({&data, clip, sister, move.branch, home_root, u, move.score, stored_score});
+      enumeration->meet(enumeration->receiver,
+                        {&data, clip, sister, move.branch, home_root, u, move.score, stored_score});
     }
   } else if (!single_tree()) {
     store_trees(u);
@@ -329,17 +308,17 @@ void swap_run::put_clip_back() {
 void swap_run::tell_wrong_score(double error) const {
   if (kind == swap_kind::spr) {
     emitf("\nOOpps --- spr, move %i -> %i, score is %s", clip, best_branch,
-          score_text(score).c_str());
+          score_text(data, score).c_str());
   } else {
     emitf("\nOOpps --- tbr, move %i(%i) -> %i, score is %s", clip, best_root, best_branch,
-          score_text(score).c_str());
+          score_text(data, score).c_str());
   }
   emitf(" error: %g", error);
 }
 
 void swap_run::apply_move() {
   if (kind == swap_kind::tbr) restore_cluster_lists(*this);
-  const bool quick = !swapping.safe_unclip && !data.has_asymmetric && joint >= 0;
+  const bool quick = !rules.swap.safe_unclip && !data.has_asymmetric && joint >= 0;
   const double expected = score_without + best_here;
   end_undo(data);
   if (quick) {
@@ -353,12 +332,11 @@ void swap_run::apply_move() {
     if (joint >= 0) attach(data.tree, clip, joint, best_branch);
     score = full_pass(data);
   }
-  const double error = std::fabs(score - expected);
-  if (error > (fits ? 1e-8 : 1e-11)) tell_wrong_score(score - expected);
+  if (!is_same_score(score, expected, kind_of_scores(data))) tell_wrong_score(score - expected);
   tree_changed();
   begin_undo(data);
   first_pass = false;
-  ++searching.moves_done;
+  ++context.moves_done;
 }
 
 void swap_run::finish_clip() {
@@ -377,7 +355,7 @@ double swap_run::finish() {
   data.in_swap = false;
   std::copy_n(data.tree.anc.begin(), data.nodes, anc.begin());
   const double true_score = tree_length(data, anc);
-  if (std::fabs(true_score - score) > 1e-8 && !interrupted()) {
+  if (!is_same_score(true_score, score, kind_of_scores(data)) && !interrupted()) {
     error_end_f("\nInternal error in %s calculations, expected %.10f, is %.10f",
                 kind == swap_kind::spr ? "SPR" : "TBR", score, true_score);
   }

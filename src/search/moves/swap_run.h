@@ -26,21 +26,24 @@ struct swap_candidate {
 struct swap_run {
   enum class swap_kind { tbr, spr, limited };
 
-  swap_run(swap_kind kind_of_swap, std::span<std::int32_t> tree, int first, int capacity);
+  swap_run(search_context& search, swap_kind kind_of_swap, std::span<std::int32_t> tree,
+           const swap_task& task);
   ~swap_run();
   swap_run(const swap_run&) = delete;
   swap_run& operator=(const swap_run&) = delete;
 
   // -- what is swapped --
   arena_scope memory;  // all spans below
+  search_context& context;
   search_data& data;
+  const search_rules& rules;
   swap_kind kind;
   std::span<std::int32_t> anc;  // the caller's tree, written when the swap ends
   int first_slot;
-  int multi;          // capacity of the buffer for this search; 0, -1: a single tree
+  int multi;          // capacity of the slots for this search; 0: a single tree
   bool first_pass;    // quick: clips of 3 terminals and more, until the first improvement
   bool trees_wanted;  // candidates as good as the tree are stored or enumerated
-  const move_enumeration* enumeration;
+  const move_enumeration* enumeration;  // null: none
   const bool fits;          // implied weights: costs are fits, see the engine's counters
   const double rounding;    // scores closer than this are one
   const move_slots& slots;  // of the search
@@ -166,7 +169,7 @@ void pass_ingroup_alone(swap_run& run);
 /// See move_store.cpp.
 void make_cluster_lists(swap_run& run);
 void restore_cluster_lists(swap_run& run);
-void preproc_order(const search_data& data, std::span<std::int32_t> order);
+void promising_clips_first(const search_data& data, std::span<std::int32_t> order);
 /// Tries to put the tree of the chosen candidate into the slot of the tree being swapped; false if
 /// the buffer holds it already.
 bool replace_in_buffer(swap_run& run, int u);

@@ -2,44 +2,17 @@
 // and from then on each reconnection costs one kernel call with an early exit: the weighted fields
 // in which the `branch` sets of the two branches fail to meet. Only accepted moves change the tree.
 //
-// Methods: subtree pruning and regrafting, and tree bisection and reconnection (Swofford and others
-// 1996); lengths of reconnections from the sets of the two branches, without a pass over the tree
-// (Farris 1970). Neighbouring branches form clusters: a union of their sets that costs too much
-// already rules out all of them.
+// Rearrangements as in Swofford and others (1996); repair of the sets after a clip instead of full
+// passes, as in Gladstein (1997). Branches are compared in clusters first, by the union of the sets
+// of each: see clusters.h.
 #pragma once
 
 #include <cstdint>
 #include <span>
 
-#include "engine/search_data.h"
+#include "search/search_context.h"
 
 namespace zeb {
-
-/// The settings of `bbreak`.
-struct swap_settings {
-  bool use_tbr = true;
-  bool fill_only = false;    // stop as soon as the buffer is full
-  bool mulpars = true;       // save equally good trees
-  bool safe_unclip = false;  // a full pass after every move
-  bool skip_spr = true;      // leave out the SPR phase on a single tree
-  int preproc = 0;           // 0 off; 1 on; 2 armed for the next swap of a single tree
-  bool stratified = false;   // landmarks only
-  int move_limit = 0;        // TBR within so many nodes of the clip's place; 0 no limit
-  bool random_clip = false;  // clips in random order, from the current seed
-  int use_inters = 0;        // union/intersection clusters: 0 off, 1, 2 sorted
-  int cluster_size = 15;     // nodes aimed at in a cluster; 3 to 1000
-  int outfreq = 0;           // clips between two reports; 0: by the size of the data
-};
-extern swap_settings swapping;
-
-/// Swaps the tree `anc` (internal numbering, `nodes` entries), which becomes the improved one;
-/// returns its score. `first_slot` is the first slot of the buffer that this search may use.
-/// `multi` 0: only `anc` improves. Above 0: trees within the limit fill the buffer up to `multi`
-/// trees. Below 0: one tree, a first pass that starts with clips of 3 terminals or more.
-/// Node sets are valid for the result, also after an interrupt. Errors: internal checks only.
-double tbr_swap(std::span<std::int32_t> anc, int first_slot, int multi);
-double spr_swap(std::span<std::int32_t> anc, int first_slot, int multi);
-using swapper = double (*)(std::span<std::int32_t> anc, int first_slot, int multi);
 
 /// A reconnection met in enumeration mode. The tree in `data.tree` is in its clipped state.
 struct met_move {
@@ -53,28 +26,34 @@ struct met_move {
   double tree_score;
 };
 
-/// Enumeration: as long as one lives, the swappers apply no move and hand every reconnection with a
-/// score up to that of the tree + `search_settings.suboptimal` to `receive`.
-class move_enumeration {
- public:
-  using store_function = void (*)(void* receiver, const met_move& move);
-  /// `leave_alone` (by node; may be empty): nodes marked above 1 aren't clipped.
-  move_enumeration(store_function receive, void* receiver,
-                   std::span<const std::uint8_t> leave_alone);
-  ~move_enumeration();
-  move_enumeration(const move_enumeration&) = delete;
-  move_enumeration& operator=(const move_enumeration&) = delete;
-  static const move_enumeration* active();
-  void meet(const met_move& move) const { store_(receiver_, move); }
-  bool may_clip(int node) const {
-    return leave_alone_.empty() || leave_alone_[static_cast<std::size_t>(node)] < 2;
-  }
+/// Who is handed the reconnections of a swap that applies none.
+struct move_enumeration {
+  void (*meet)(void* receiver, const met_move& move);
+  void* receiver;
+  std::span<const std::uint8_t> leave_alone;  // by node, may be empty: 2 and more aren't clipped
 
- private:
-  store_function store_;
-  void* receiver_;
-  std::span<const std::uint8_t> leave_alone_;
-  const move_enumeration* outer_;
+  bool may_clip(int node) const {
+    return leave_alone.empty() || leave_alone[static_cast<std::size_t>(node)] < 2;
+  }
 };
+
+/// What is wanted of one swap.
+struct swap_task {
+  int first_slot = 0;  // first slot that this search may use
+  // 0: only the tree improves. Above 0: trees within the limit fill the slots up to `multi` trees.
+  // Below 0: one tree, a first pass that starts with clips of 3 terminals or more.
+  int multi = 0;
+  bool promising_first = false;  // begin with the clips that promise most; single trees only
+  // Not null: no move is applied; every reconnection with a score up to that of the tree + the
+  // context's `suboptimal` is handed over.
+  const move_enumeration* enumeration = nullptr;
+};
+
+/// Swaps the tree `anc` (internal numbering, `nodes` entries), which becomes the improved one;
+/// returns its score. Node sets are valid for the result, also after an interrupt. Errors: internal
+/// checks only.
+double tbr_swap(search_context& context, std::span<std::int32_t> anc, const swap_task& task);
+double spr_swap(search_context& context, std::span<std::int32_t> anc, const swap_task& task);
+using swapper = double (*)(search_context&, std::span<std::int32_t>, const swap_task&);
 
 }  // namespace zeb

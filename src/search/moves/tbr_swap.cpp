@@ -4,7 +4,6 @@
 #include "search/moves/limited_swap.h"
 #include "search/moves/swap_run.h"
 #include "search/moves/swapper.h"
-#include "search/search_state.h"
 
 namespace zeb {
 namespace {
@@ -80,7 +79,7 @@ bool narrow_cluster_pair(swap_run& run, int subtree_cluster, int main_cluster) {
   const cluster_record& main = data.clusters[at(main_cluster)];
   const std::span<const std::int32_t> subtree_nodes(subtree.clip_nodes, at(subtree.n_clip));
   const std::span<const std::int32_t> main_nodes(main.main_nodes, at(main.n_main));
-  if (!run.narrow.prepare(data, subtree_nodes, main_nodes, swapping.use_inters == 2,
+  if (!run.narrow.prepare(data, subtree_nodes, main_nodes, run.rules.swap.use_inters == 2,
                           run.step_bound))
     return false;
   for (int i = 0; i < subtree.n_clip; ++i) {
@@ -98,7 +97,7 @@ bool narrow_cluster_pair(swap_run& run, int subtree_cluster, int main_cluster) {
 void all_rootings(swap_run& run) {
   // The narrow form counts fields, so it needs weights of 1.
   const auto compare =
-      swapping.use_inters > 0 && run.data.uniform_mode ? narrow_cluster_pair : cluster_pair;
+      run.rules.swap.use_inters > 0 && run.data.uniform_mode ? narrow_cluster_pair : cluster_pair;
   for (int p = 0; p < run.n_clip_clusters; ++p) {
     const int subtree = run.clip_clusters[at(p)];
     const bool done =
@@ -128,10 +127,9 @@ void outgroup_rootings(swap_run& run) {
 
 }  // namespace
 
-double tbr_swap(std::span<std::int32_t> anc, int first_slot, int multi) {
-  if (searching.slots.tbr_form) return searching.slots.tbr_form(anc, first_slot, multi);
-  if (swapping.move_limit > 0) return limited_tbr_swap(anc, first_slot, multi);
-  swap_run run(swap_run::swap_kind::tbr, anc, first_slot, multi);
+double tbr_swap(search_context& context, std::span<std::int32_t> anc, const swap_task& task) {
+  if (context.rules.swap.move_limit > 0) return limited_tbr_swap(context, anc, task);
+  swap_run run(context, swap_run::swap_kind::tbr, anc, task);
   while (run.next_clip()) {
     if (!run.begin_clip()) continue;
     if (run.sister == 0) {

@@ -14,16 +14,14 @@
 
 namespace zeb {
 
-addition_settings additions;
-
 namespace {
 
 /// Another taxon plays terminal 0 for the length of a build, by exchanging their states.
 class randomised_outgroup {
  public:
-  randomised_outgroup(search_data& data, bool wanted) : data_(data) {
-    if (!wanted || data.has_asymmetric) return;
-    stand_in_ = draw() % data.n;
+  randomised_outgroup(search_context& context, bool wanted) : data_(context.data) {
+    if (!wanted || data_.has_asymmetric) return;
+    stand_in_ = context.random.draw() % data_.n;
     exchange();
   }
   ~randomised_outgroup() { exchange(); }
@@ -65,6 +63,7 @@ class randomised_outgroup {
 
 void add_in_sequence(wagner_build& build) {
   const int n = build.data.n;
+  const addition_settings& additions = build.additions;
   const bool by_clusters = additions.cluster_from > 0 && additions.cluster_from < n;
   for (int p = 3; p < n; ++p) {
     if (by_clusters && p >= additions.cluster_from) {
@@ -80,8 +79,13 @@ void add_in_sequence(wagner_build& build) {
 
 }  // namespace
 
-wagner_build::wagner_build(search_data& packed)
-    : data(packed), fits(packed.implied_on), slots(searching.slots), slots_are_bound(slots.any()) {
+wagner_build::wagner_build(search_context& search, const addition_settings& how)
+    : context(search),
+      data(search.data),
+      additions(how),
+      fits(data.implied_on),
+      slots(search.slots),
+      slots_are_bound(slots.any()) {
   const std::size_t nodes = at(data.nodes);
   order = alloc_low<std::int32_t>(nodes);
   candidates = alloc_low<std::int32_t>(nodes);
@@ -193,8 +197,8 @@ void wagner_build::find_place(int taxon) {
   const int start = best_branch;
   const double start_cost = best;
   const int nodes = list_nodes();
-  const bool bit = (draw() & 1) != 0;
-  if (randomness.random_insertion && !slots.forbids) {
+  const bool bit = (context.random.draw() & 1) != 0;
+  if (context.rules.random_insertion && !slots.forbids) {
     // Shuffled here, not when a taxon has been placed: a place that costs nothing ends the search
     // for others.
     shuffle_scan_order(nodes);
@@ -224,48 +228,44 @@ void wagner_build::attach_taxon(int taxon) {
 void wagner_build::shuffle_scan_order(int count) {
   for (int i = 0; i < count; ++i) scan_order[at(i)] = i;
   for (int i = count - 1; i > 0; --i) {
-    std::swap(scan_order[at(i)], scan_order[at(draw() % (i + 1))]);
+    std::swap(scan_order[at(i)], scan_order[at(context.random.draw() % (i + 1))]);
   }
 }
 
 bool wagner_build::stop_at(int position) {
   if (position > 150 && position % 25 == 0) {
-    searching.wagner_percent = static_cast<int>(100LL * position / data.n);
-    report_status(no_score, false);
+    context.shown.build_percent = static_cast<int>(100LL * position / data.n);
+    report_status(context, no_score, false);
   }
   return interrupted();
 }
 
 bool wagner_build::stop_between_trials() {
-  report_status_best();
+  report_status_best(context);
   return interrupted();
 }
 
-void check_additions(const addition_settings& wanted) {
-  if (searching.slots.tbr_form && (wanted.cluster_from > 0 || wanted.look > 0)) {
-    error_end("Wagner with clusters or selected add. seqs. not implemented for landmarks");
-  }
+void check_additions(const addition_settings& wanted, bool random_insertion, bool constrained) {
   if (wanted.cluster_from <= 0) return;
-  if (randomness.random_insertion) {
+  if (random_insertion) {
     error_end(
         "Sorry, wagner trees with node-clusters can't be done with random insertion sequence");
   }
-  if (searching.slots.forbids) {
+  if (constrained) {
     error_end("Sorry, wagner trees with node-clusters can't be done under tree-constraints");
   }
   if (wanted.look > 0) error_end("Cannot use selected addseqs together with clusters");
 }
 
-void wagner_tree(std::span<std::int32_t> anc, int seed) {
-  check_additions(additions);
-  search_data& data = *current_search_data;
-  const int seed_before = randomness.random_seed;
-  randomness.random_seed = seed;
-  wagner_build build(data);
-  random_sequence(data.n, build.order.first(at(data.n)), 0, {});
-  randomness.random_seed = seed_before;
+void wagner_tree(search_context& context, std::span<std::int32_t> anc,
+                 const addition_settings& additions) {
+  const bool constrained = context.slots.forbids != nullptr;
+  check_additions(additions, context.rules.random_insertion, constrained);
+  const search_data& data = context.data;
+  wagner_build build(context, additions);
+  random_sequence(context.random, data.n, build.order.first(at(data.n)), 0, {});
 
-  const randomised_outgroup outgroup(data, randomness.random_outgroup && !searching.slots.forbids);
+  const randomised_outgroup outgroup(context, context.rules.random_outgroup && !constrained);
   if (additions.informative > 0 && data.n >= 6) informative_sequence(build);
   if (additions.look > 0) choose_first_taxa(build, additions.look, additions.rule);
   build.first_tree(0, build.order[1], build.order[2]);
@@ -275,7 +275,7 @@ void wagner_tree(std::span<std::int32_t> anc, int seed) {
   } else {
     add_in_sequence(build);
   }
-  searching.wagner_percent = -1;
+  context.shown.build_percent = -1;
   std::copy_n(data.tree.anc.begin(), anc.size(), anc.begin());
   anc[at(data.n)] = data.nodes;
   if (!interrupted()) outgroup.restore_tree(anc);

@@ -12,10 +12,12 @@
 namespace zeb {
 
 struct wagner_build {
-  explicit wagner_build(search_data& packed);
+  wagner_build(search_context& search, const addition_settings& how);
 
   arena_scope memory;  // the spans below
+  search_context& context;
   search_data& data;
+  const addition_settings& additions;
   std::span<std::int32_t> order;       // taxa in order of addition
   std::span<std::int32_t> candidates;  // branches in the order in which they are tried
   std::span<std::int32_t> scan_list;   // internal nodes, breadth first

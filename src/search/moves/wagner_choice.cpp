@@ -6,7 +6,6 @@
 #include "base/indices.h"
 #include "base/random.h"
 #include "search/moves/wagner_build.h"
-#include "search/search_state.h"
 
 namespace zeb {
 namespace {
@@ -78,10 +77,12 @@ void choose_first_taxa(wagner_build& build, int look, int rule) {
 
 void add_chosen_taxa(wagner_build& build) {
   const int n = build.data.n;
+  const addition_settings& additions = build.additions;
   for (int p = 3; p < n; ++p) {
     if (build.stop_at(p)) return;
     const int nodes = build.list_nodes();
-    const int count = build.list_candidates(wagner_build::walk::random, nodes, (draw() & 1) != 0);
+    const int count = build.list_candidates(wagner_build::walk::random, nodes,
+                                            (build.context.random.draw() & 1) != 0);
     build.candidates[at(count)] = build.data.tree.sister[0];
     const int tried =
         static_cast<int>(std::min<std::int64_t>(n, static_cast<std::int64_t>(p) + additions.look));
@@ -161,7 +162,7 @@ int informative_fields(const kernel_layout& layout, std::span<const word> seen,
 void informative_sequence(wagner_build& build) {
   const search_data& data = build.data;
   const int n = data.n;
-  choose_first_taxa(build, additions.informative, largest_difference);
+  choose_first_taxa(build, build.additions.informative, largest_difference);
   const arena_scope scope;
   const std::size_t words = at(data.layout.end2);
   const std::span<word> cleaned = alloc_low<word>(checked_product(words, at(n)));
@@ -179,7 +180,7 @@ void informative_sequence(wagner_build& build) {
   for (int p = 4; p < n; ++p) {
     if (build.stop_at(p)) return;
     const int tried = static_cast<int>(
-        std::min<std::int64_t>(n, static_cast<std::int64_t>(p) + additions.informative));
+        std::min<std::int64_t>(n, static_cast<std::int64_t>(p) + build.additions.informative));
     int chosen = p;
     int best = -1;
     for (int q = p; q < tried; ++q) {

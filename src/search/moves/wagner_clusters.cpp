@@ -5,7 +5,6 @@
 #include "base/indices.h"
 #include "base/random.h"
 #include "search/moves/clusters.h"
-#include "search/moves/swapper.h"
 #include "search/moves/wagner_build.h"
 
 namespace zeb {
@@ -14,8 +13,8 @@ namespace {
 /// Clusters hang on the data as long as it lives, and waves widen their unions.
 class cluster_scope {
  public:
-  explicit cluster_scope(search_data& data)
-      : data_(data), cut_(allocate_clusters(data, swapping.cluster_size)) {
+  cluster_scope(search_data& data, int cluster_size)
+      : data_(data), cut_(allocate_clusters(data, cluster_size)) {
     data.in_swap = true;
   }
   ~cluster_scope() {
@@ -56,10 +55,11 @@ void try_clusters(wagner_build& build, int taxon, bool backward, std::span<std::
 /// afresh before that takes long.
 void add_by_clusters(wagner_build& build, int position) {
   search_data& data = build.data;
-  cluster_scope scope(data);
+  const int cluster_size = build.context.rules.swap.cluster_size;
+  cluster_scope scope(data, cluster_size);
   const std::span<std::int32_t> list = alloc_low<std::int32_t>(data.clusters.size());
   const std::span<std::int32_t> extra = alloc_low<std::int32_t>(at(data.nodes));
-  const int cut_every = 4 * swapping.cluster_size;
+  const int cut_every = 4 * cluster_size;
   int extras = 0;
   cut_clusters(data, scope.cut());
   for (int p = position; p < data.n; ++p) {
@@ -70,7 +70,7 @@ void add_by_clusters(wagner_build& build, int position) {
     }
     const int taxon = build.order[at(p)];
     build.start_place(taxon);
-    try_clusters(build, taxon, (draw() & 1) != 0, list);
+    try_clusters(build, taxon, (build.context.random.draw() & 1) != 0, list);
     if (build.best > 0) {
       std::copy_n(extra.begin(), extras, build.candidates.begin());
       build.try_candidates(taxon, extras, build.best);

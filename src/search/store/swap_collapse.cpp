@@ -1,18 +1,17 @@
-// Collapsing by swapping: a branch goes if a tree one move away, no worse than the tree, lacks it.
+#include "search/store/swap_collapse.h"
+
 #include <random>
 #include <unordered_map>
 #include <vector>
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "engine/hooks.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/conversions.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 #include "search/moves/swapper.h"
-#include "search/registration.h"
-#include "search/search_state.h"
+#include "search/search_context.h"
 
 namespace zeb {
 namespace {
@@ -109,9 +108,11 @@ std::vector<std::uint8_t> nodes_left_alone(const search_data& data,
   return alone;
 }
 
+}  // namespace
+
 void collapse_by_swapping(const_tree_span tree, bool use_tbr, std::span<std::uint8_t> marks,
                           std::span<const std::uint8_t> ignored_taxa) {
-  const search_data& data = packed_matrix(true);
+  search_data& data = packed_matrix(true);
   std::vector<std::int32_t> anc(at(data.nodes));
   if (!to_internal(data, tree, anc, true)) {
     error_end("Collapsing by swapping needs trees with all active taxa");
@@ -120,8 +121,10 @@ void collapse_by_swapping(const_tree_span tree, bool use_tbr, std::span<std::uin
                    std::vector<std::uint8_t>(at(data.nodes), 0)};
   const std::vector<std::uint8_t> alone = nodes_left_alone(data, anc, ignored_taxa);
   {
-    const move_enumeration enumeration(mark_move, &found, alone);
-    (use_tbr ? tbr_swap : spr_swap)(anc, 0, 0);
+    tree_slots nowhere;
+    context_scope scope(data, nowhere, rules_in_force(), random_generator());
+    const move_enumeration enumeration{mark_move, &found, alone};
+    (use_tbr ? tbr_swap : spr_swap)(scope.context(), anc, {.enumeration = &enumeration});
   }
   const group_sums sums(data);
   const auto lost = lost_groups(data, sums, anc, found);
@@ -139,14 +142,6 @@ void collapse_by_swapping(const_tree_span tree, bool use_tbr, std::span<std::uin
     marks[v] =
         !is_internal || !lost.contains(sums.without_outgroup(below[v], has_outgroup[v] != 0));
   }
-}
-
-}  // namespace
-
-void register_search() {
-  hooks_of_engine.collapse_by_swapping = collapse_by_swapping;
-  // Scores of other data can't be compared.
-  add_new_matrix_hook([] { searching.lowest_seen = no_score; });
 }
 
 }  // namespace zeb

@@ -49,7 +49,7 @@ struct auto_save_state {
   double last_saved = 0;  // wall clock, seconds
   // While a search keeps the buffer's trees in a form of its own: gives tree `number` as the buffer
   // has it otherwise, in `nnodes` cells. Null: the trees are what they are.
-  void (*search_view)(int number, tree_span tree) = nullptr;
+  std::function<void(int number, tree_span tree)> search_view;
 };
 extern auto_save_state auto_save;
 void set_auto_save(int seconds, const std::string& name, bool parenthetical);

@@ -1,0 +1,108 @@
+#include "search/store/filter.h"
+
+#include <set>
+#include <vector>
+
+#include "base/indices.h"
+#include "console/output.h"
+#include "engine/collapsing/collapsing.h"
+#include "search/search_report.h"
+#include "search/search_session.h"
+#include "search/store/stored_trees.h"
+#include "search/store/tree_identity.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+/// Trees dropped since they are the same as another one when collapsed.
+struct identical_trees {
+  bool of_different_length = false;
+  int of_same_length = 0;
+};
+
+/// Marks the later of each pair that is one tree. The store keeps trees of one length apart by
+/// itself, so only those that the user had can be the same.
+identical_trees mark_identical(search_context& context, std::span<std::uint8_t> keep) {
+  identical_trees dropped;
+  const bool collapsed = search_level(context) > 0;
+  std::vector<std::vector<int>> by_bucket(bucket_count);
+  for (int t = 0; t < context.trees.ntrees; ++t) {
+    if (keep[at(t)]) by_bucket[at(record_of(context, t).bucket)].push_back(t);
+  }
+  for (const std::vector<int>& slots : by_bucket) {
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+      if (!keep[at(slots[i])]) continue;
+      const std::span<const std::int32_t> tree = slot_tree(context, slots[i]);
+      for (std::size_t j = i + 1; j < slots.size(); ++j) {
+        if (!keep[at(slots[j])] ||
+            !same_collapsed_tree(tree, slot_tree(context, slots[j]), context.data.n, collapsed)) {
+          continue;
+        }
+        const tree_record& first = record_of(context, slots[i]);
+        const tree_record& later = record_of(context, slots[j]);
+        const bool same_length = same_score(context.data, first.score, later.score);
+#ifndef NDEBUG
+        if (same_length && !first.taken_in && !later.taken_in) {
+          emitf("OOps , two times the same tree!!!\n");
+        }
+#endif
+        keep[at(slots[j])] = 0;
+        dropped.of_different_length |= !same_length;
+        dropped.of_same_length += same_length;
+      }
+    }
+  }
+  return dropped;
+}
+
+}  // namespace
+
+void filter_by_score(search_context& context, double best) {
+  const double limit = best + context.rules.suboptimal;
+  const score_kind kind = kind_of_scores(context.data);
+  std::vector<std::uint8_t> keep(at(context.trees.ntrees), 1);
+  for (int t = 0; t < context.trees.ntrees; ++t) {
+    keep[at(t)] = is_within_bound(record_of(context, t).score, limit, kind);
+  }
+  const bool may_coincide = search_level(context) >= 3 && !context.rules.collapse.automatic;
+  const identical_trees dropped = may_coincide ? mark_identical(context, keep) : identical_trees{};
+  keep_trees(context, keep);
+  if (context.shown.silent) return;
+  if (dropped.of_different_length) {
+    report_line("Note: some trees of different length are identical as collapsed. Discarded.");
+  }
+  tell_equal_as_collapsed(dropped.of_same_length);
+}
+
+int drop_equal_by_full_rule(search_context& context) {
+  const int before = context.trees.ntrees;
+  if (context.rules.collapse.rule < 4 || before < 2) return 0;
+  std::vector<std::uint8_t> keep(at(before), 1);
+  std::set<std::vector<tree_node>> known;
+  branch_judge judge(context.rules.collapse.rule);
+  const bool ended_early = interrupted();
+  for (int t = 0; t < before; ++t) {
+    report_status_best(context);
+    if (interrupted() && !ended_early) break;
+    std::vector<tree_node> tree(at(context.trees.nnodes));
+    matrix_form(context, t, tree);
+    judge.condense(tree);
+    keep[at(t)] = known.insert(std::move(tree)).second;
+  }
+  keep_trees(context, keep);
+  return before - context.trees.ntrees;
+}
+
+void tell_equal_as_collapsed(int dropped) {
+  if (dropped == 0) return;
+  emit("Note: ", dropped, " trees are identical to others as collapsed. Discarded.\n");
+}
+
+void condense_if_automatic() {
+  if (!collapsing.automatic || collapsing.rule == 0) return;
+  branch_judge judge(collapsing.rule);
+  for (int t = 0; t < store.ntrees; ++t) judge.condense(stored_tree(t));
+}
+
+}  // namespace zeb

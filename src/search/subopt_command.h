@@ -1,7 +1,0 @@
-#pragma once
-
-namespace zeb {
-
-void subopt_command();
-
-}  // namespace zeb
