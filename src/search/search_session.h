@@ -29,8 +29,8 @@ class search_session {
   void leave();
 
   timeout_scope time_limit_;
-  search_running running_;
   context_scope scope_;
+  search_running running_;
   int taken_in_ = 0;  // trees that are in internal numbering, until all are
   bool all_taken_in_ = false;
 };

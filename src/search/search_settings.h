@@ -21,6 +21,16 @@ struct swap_settings {
 extern swap_settings swapping;
 void set_swapping(const swap_settings& wanted);
 
+constexpr int all_taxa = 1'000'000'000;  // a look-ahead without a number
+
+/// How a builder puts taxa in order; part of the settings of `mult`.
+struct addition_settings {
+  int informative = 0;   // `ias`: taxa to reorder by informative characters; 0 off
+  int look = 0;          // taxa looked at for each addition; 0: a plain random sequence
+  int rule = 0;          // 0 largest best-to-worst difference (`sas`), 1 closest, 2 furthest
+  int cluster_from = 0;  // node clusters after this many taxa; 0 never
+};
+
 struct search_settings_state {
   double suboptimal = 0;  // trees up to this much above the best are kept; score units
   double relative_suboptimal =

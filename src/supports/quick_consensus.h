@@ -1,6 +1,6 @@
-// The consensus of a data set, estimated from few independent and superficial searches: groups that
-// real support has are found by most of them, however poor the single trees (Farris and others
-// 1996).
+// The consensus of a data set, estimated from few independent and superficial searches. Groups with
+// real support are found by most of them, however poor the single trees (compare Farris and others
+// 1996, who take such quick searches for each resampled data set).
 #pragma once
 
 #include <vector>

@@ -1,9 +1,9 @@
-// The order of clips that promise most first.
+#include "search/moves/clip_order.h"
+
 #include <algorithm>
 #include <vector>
 
 #include "base/indices.h"
-#include "search/moves/swap_run.h"
 
 namespace zeb {
 namespace {

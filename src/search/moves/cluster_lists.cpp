@@ -1,10 +1,9 @@
-// The nodes of each cluster that a clip leaves in the main tree and takes into the subtree.
-//
 // Most clusters lie wholly in the main tree, where their base list serves. So only the subtree is
 // walked, and the lists of the clusters it touches are split; walking the whole main tree for each
 // clip took longer than costing its candidates on large trees.
+#include "search/moves/cluster_lists.h"
+
 #include "base/indices.h"
-#include "search/moves/swap_run.h"
 
 namespace zeb {
 namespace {
@@ -24,7 +23,7 @@ void walk_subtree(swap_run& run) {
   const std::span<std::int32_t> stack = data.node_stack;
   int depth = 0;
   auto put = [&](int v) {
-    const int c = run.at(data.cluster_of, v);
+    const int c = data.cluster_of[at(v)];
     cluster_record& record = data.clusters[at(c)];
     touch(run, c);
     if (record.n_clip == 0) run.clip_clusters[at(run.n_clip_clusters++)] = c;
@@ -34,18 +33,18 @@ void walk_subtree(swap_run& run) {
     put(run.clip);
     return;
   }
-  const int second = run.at(data.tree.second, run.clip);
-  const int first = run.at(data.tree.first, run.clip);
+  const int second = data.tree.second[at(run.clip)];
+  const int first = data.tree.first[at(run.clip)];
   stack[at(depth++)] = second;
   stack[at(depth++)] = first;
   while (depth > 0) {
     const int v = stack[at(--depth)];
     if (v != first) put(v);
     if (v < data.n) continue;
-    stack[at(depth++)] = run.at(data.tree.second, v);
-    stack[at(depth++)] = run.at(data.tree.first, v);
+    stack[at(depth++)] = data.tree.second[at(v)];
+    stack[at(depth++)] = data.tree.first[at(v)];
   }
-  touch(run, run.at(data.cluster_of, first));
+  touch(run, data.cluster_of[at(first)]);
 }
 
 /// Nodes of the touched clusters that stay in the main tree. `scratch` marks the others.
@@ -54,7 +53,7 @@ void split_touched(swap_run& run, int joint) {
   const std::span<std::int32_t> gone = run.scratch;
   auto mark = [&](std::int32_t value) {
     gone[at(joint)] = gone[at(run.clip)] = value;
-    if (run.clip >= data.n) gone[at(run.at(data.tree.first, run.clip))] = value;
+    if (run.clip >= data.n) gone[at(data.tree.first[at(run.clip)])] = value;
     for (int i = 0; i < run.n_clip_clusters; ++i) {
       const cluster_record& record = data.clusters[at(run.clip_clusters[at(i)])];
       for (int k = 0; k < record.n_clip; ++k) gone[at(record.clip_nodes[k])] = value;
@@ -77,9 +76,9 @@ void split_touched(swap_run& run, int joint) {
 void make_cluster_lists(swap_run& run) {
   const search_data& data = run.data;
   run.n_clip_clusters = run.n_main_clusters = run.n_touched = 0;
-  const int above = run.at(data.tree.anc, run.clip);
-  touch(run, run.at(data.cluster_of, run.clip));
-  if (above != data.n) touch(run, run.at(data.cluster_of, above));
+  const int above = data.tree.anc[at(run.clip)];
+  touch(run, data.cluster_of[at(run.clip)]);
+  if (above != data.n) touch(run, data.cluster_of[at(above)]);
   walk_subtree(run);
   split_touched(run, above);
   for (int c = 0; c < run.cut.count; ++c) {

@@ -4,23 +4,22 @@
 
 #include "base/arena.h"
 #include "base/errors.h"
+#include "base/indices.h"
 
 namespace zeb {
 namespace {
-
-std::int32_t& at(std::span<std::int32_t> s, int i) { return s[static_cast<std::size_t>(i)]; }
 
 int preorder_of(const search_data& data, std::span<std::int32_t> order,
                 std::span<std::int32_t> stack) {
   int depth = 0;
   int count = 0;
-  at(stack, depth++) = at(data.tree.sister, 0);
+  stack[at(depth++)] = data.tree.sister[0];
   while (depth > 0) {
-    const int v = at(stack, --depth);
-    at(order, count++) = v;
+    const int v = stack[at(--depth)];
+    order[at(count++)] = v;
     if (v < data.n) continue;
-    at(stack, depth++) = at(data.tree.second, v);
-    at(stack, depth++) = at(data.tree.first, v);
+    stack[at(depth++)] = data.tree.second[at(v)];
+    stack[at(depth++)] = data.tree.first[at(v)];
   }
   return count;
 }
@@ -32,10 +31,10 @@ void or_words(word* into, const word* from, std::size_t words) {
 }  // namespace
 
 cluster_cut allocate_clusters(search_data& data, int cluster_size) {
-  const auto nodes = static_cast<std::size_t>(data.nodes);
+  const auto nodes = at(data.nodes);
   cluster_cut cut;
   cut.close_at = std::max(2, (2 * cluster_size + 2) / 3);
-  const std::size_t most = nodes / static_cast<std::size_t>(cut.close_at) + 2;
+  const std::size_t most = nodes / at(cut.close_at) + 2;
   cut.nodes_in = alloc_low<std::int32_t>(nodes);
   cut.start = alloc_low<std::int32_t>(most + 1);
   cut.main_store = alloc_low<std::int32_t>(nodes);
@@ -64,12 +63,12 @@ void count_terminals_below(const search_data& data, std::span<std::int32_t> belo
   const std::span<std::int32_t> order = data.node_list;
   const int count = preorder_of(data, order, data.node_stack);
   for (int i = count - 1; i >= 0; --i) {
-    const int v = at(order, i);
-    at(below, v) =
-        v < data.n ? 1 : at(below, at(data.tree.first, v)) + at(below, at(data.tree.second, v));
+    const int v = order[at(i)];
+    below[at(v)] =
+        v < data.n ? 1 : below[at(data.tree.first[at(v)])] + below[at(data.tree.second[at(v)])];
   }
-  at(below, 0) = 1;
-  at(below, data.n) = data.n;
+  below[0] = 1;
+  below[at(data.n)] = data.n;
 }
 
 namespace {
@@ -81,13 +80,13 @@ void close_pieces(const search_data& data, const cluster_cut& cut, std::span<std
                   int count) {
   const std::span<std::int32_t> open = cut.open_nodes;
   for (int i = count - 1; i >= 0; --i) {
-    const int v = at(order, i);
+    const int v = order[at(i)];
     int gathered = 1;
     if (v >= data.n)
-      gathered += at(open, at(data.tree.first, v)) + at(open, at(data.tree.second, v));
-    at(open, v) = gathered >= cut.close_at ? 0 : gathered;
+      gathered += open[at(data.tree.first[at(v)])] + open[at(data.tree.second[at(v)])];
+    open[at(v)] = gathered >= cut.close_at ? 0 : gathered;
   }
-  at(open, at(order, 0)) = 0;
+  open[at(order[0])] = 0;
 }
 
 }  // namespace
@@ -101,19 +100,19 @@ void cut_clusters(search_data& data, cluster_cut& cut) {
   cut.count = 0;
   std::fill(cut.start.begin(), cut.start.end(), 0);
   for (int i = 0; i < count; ++i) {
-    const int v = at(order, i);
+    const int v = order[at(i)];
     const int c =
-        at(cut.open_nodes, v) == 0 ? cut.count++ : at(data.cluster_of, at(data.tree.anc, v));
-    at(data.cluster_of, v) = c;
-    ++at(cut.start, c + 1);
+        cut.open_nodes[at(v)] == 0 ? cut.count++ : data.cluster_of[at(data.tree.anc[at(v)])];
+    data.cluster_of[at(v)] = c;
+    ++cut.start[at(c + 1)];
   }
   ALWAYS_CHECK(cut.count < static_cast<int>(cut.start.size()), "too many node clusters");
-  for (int c = 0; c < cut.count; ++c) at(cut.start, c + 1) += at(cut.start, c);
+  for (int c = 0; c < cut.count; ++c) cut.start[at(c + 1)] += cut.start[at(c)];
   const std::span<std::int32_t> fill = cut.main_store;  // overwritten by the next clip
   std::copy(cut.start.begin(), cut.start.begin() + cut.count, fill.begin());
   for (int i = 0; i < count; ++i) {
-    const int v = at(order, i);
-    at(cut.nodes_in, at(fill, at(data.cluster_of, v))++) = v;
+    const int v = order[at(i)];
+    cut.nodes_in[at(fill[at(data.cluster_of[at(v)])]++)] = v;
   }
   data.cluster_count = cut.count;
   unite_clusters(data, cut);
@@ -121,13 +120,13 @@ void cut_clusters(search_data& data, cluster_cut& cut) {
 
 void unite_clusters(search_data& data, const cluster_cut& cut) {
   for (int c = 0; c < cut.count; ++c) {
-    cluster_record& record = data.clusters[static_cast<std::size_t>(c)];
-    const int first = at(cut.start, c);
-    const int end = at(cut.start, c + 1);
+    cluster_record& record = data.clusters[at(c)];
+    const int first = cut.start[at(c)];
+    const int end = cut.start[at(c + 1)];
     std::fill_n(record.union_now, data.set_stride, 0U);
     for (int i = first; i < end; ++i) {
       or_words(record.union_now,
-               data.branch_base + static_cast<std::size_t>(at(cut.nodes_in, i)) * data.set_stride,
+               data.branch_base + static_cast<std::size_t>(cut.nodes_in[at(i)]) * data.set_stride,
                data.set_stride);
     }
     record.main_nodes = cut.nodes_in.data() + first;

@@ -1,13 +1,13 @@
-// From noted candidates to stored trees: each is made in the tree in work, compared with the trees
-// of the buffer and taken apart again.
+#include "search/moves/move_store.h"
+
 #include <algorithm>
 
 #include "base/indices.h"
+#include "engine/fit/implied_weighting.h"
 #include "engine/passes/links.h"
 #include "engine/passes/passes.h"
 #include "engine/passes/waves.h"
 #include "search/moves/relative_fit.h"
-#include "search/moves/swap_run.h"
 #include "search/store/stored_trees.h"
 
 namespace zeb {
@@ -74,7 +74,7 @@ class tree_maker {
 };
 
 int staying_node(const swap_run& run, int v) {
-  while (v != run.data.n && !run.marks[at(v)]) v = run.at(run.data.tree.anc, v);
+  while (v != run.data.n && !run.marks[at(v)]) v = run.data.tree.anc[at(v)];
   return v;
 }
 
@@ -83,8 +83,8 @@ int staying_node(const swap_run& run, int v) {
 /// reshuffles a polytomy.
 bool is_idle(const swap_run& run, int u, int v) {
   if (u != run.home_root || run.joint < 0) return false;
-  const int target_above = run.at(run.data.tree.anc, v);
-  const int sister_above = run.at(run.data.tree.anc, run.sister);
+  const int target_above = run.data.tree.anc[at(v)];
+  const int sister_above = run.data.tree.anc[at(run.sister)];
   if (target_above == sister_above && run.chosen < 0) return true;
   if (search_level(run.context) == 0 || !run.rules.collapse.quick || run.marks[at(run.joint)]) {
     return false;
@@ -92,9 +92,9 @@ bool is_idle(const swap_run& run, int u, int v) {
   return staying_node(run, target_above) == staying_node(run, sister_above);
 }
 
-}  // namespace
-
-bool replace_in_buffer(swap_run& run, int u) {
+/// Tries to put the tree of the chosen candidate into the slot of the tree being swapped; false if
+/// the store holds it already.
+bool replace_in_store(swap_run& run, int u) {
   const swap_candidate chosen = run.move_list[at(run.chosen)];
   const int slot = run.context.swapping_index;
   tree_maker maker(run, u);
@@ -104,8 +104,6 @@ bool replace_in_buffer(swap_run& run, int u) {
   if (replaced) ++run.context.moves_done;
   return replaced;
 }
-
-namespace {
 
 /// Worse trees are wanted only within the relative limit too.
 void cancel_worse_in_relation(swap_run& run, int u) {
@@ -120,8 +118,7 @@ void cancel_worse_in_relation(swap_run& run, int u) {
   }
 }
 
-}  // namespace
-
+/// Stores the noted candidates with rooting `u`; true if the chosen one is in the store already.
 bool store_moves(swap_run& run, int u) {
   search_context& context = run.context;
   cancel_worse_in_relation(run, u);
@@ -145,6 +142,63 @@ bool store_moves(swap_run& run, int u) {
     }
   }
   return chosen_is_known;
+}
+
+/// The sum of the costs of steps differs from the score by rounding, which would pile up.
+void make_scores_exact(swap_run& run, int u) {
+  for (int i = 0; i < run.n_moves; ++i) {
+    swap_candidate& move = run.move_list[static_cast<std::size_t>(i)];
+    const double wide = run.slots.wide_cost ? run.slots.wide_cost(run.data, joining::nodes, u,
+                                                                  move.branch, no_bound)
+                                            : 0.0;
+    move.score = exact_score(run.data, run.clip_words(u), run.target_words(move.branch)) + wide;
+  }
+  if (run.chosen >= 0) run.score = run.move_list[static_cast<std::size_t>(run.chosen)].score;
+}
+
+void store_trees(swap_run& run, int u) {
+  const bool better = run.chosen >= 0 && run.score < run.stored_score - run.rounding;
+  if (better) {
+    run.context.score_limit = std::min(run.context.score_limit, run.score + run.rules.suboptimal);
+    purge_above(run.context, run.score + run.rules.suboptimal, run.first_slot);
+  }
+  run.set_slack();
+  const int slot = run.context.swapping_index;
+  const bool own_slot_is_worse =
+      better && slot >= 0 &&
+      (run.buffer_full ||
+       run.score + run.rules.suboptimal + run.rounding < record_of(run.context, slot).score);
+  if (own_slot_is_worse) {
+    run.restart = replace_in_store(run, u);
+    run.given_up = !run.restart;
+  } else {
+    run.given_up = store_moves(run, u);
+  }
+  run.stored_score = std::min(run.stored_score, run.score);
+  run.set_slack();
+  run.set_bound();
+}
+
+}  // namespace
+
+bool store_noted(swap_run& run, int u) {
+  if (run.n_moves == 0) return false;
+  if (run.fits) make_scores_exact(run, u);
+  if (run.enumeration) {
+    const double limit = run.stored_score + run.rules.suboptimal + run.rounding;
+    for (int i = 0; i < run.n_moves; ++i) {
+      const swap_candidate& move = run.move_list[static_cast<std::size_t>(i)];
+      if (move.score > limit) continue;
+      run.enumeration->meet(run.enumeration->receiver,
+                            {&run.data, run.clip, run.sister, move.branch, run.home_root, u,
+                             move.score, run.stored_score});
+    }
+  } else if (!run.single_tree()) {
+    store_trees(run, u);
+  }
+  run.n_moves = 0;
+  run.chosen = -1;
+  return run.restart || run.given_up;
 }
 
 }  // namespace zeb

@@ -11,9 +11,10 @@ struct joined_words {
   const word* branch;
 };
 
-/// Relative fit difference of two places of one clip: with F the cost of the characters that fit
-/// `home` better and C that of those that fit `other` better, (F - C) / F. 0 where no character
-/// fits `home` better. The sets are those of the two halves.
+/// Relative fit difference of two places of one clip. Some characters fit `home` better, and lose F
+/// together when the clip goes to `other`; the rest lose nothing or gain, C together. The
+/// difference is (F - C) / F, and 0 where no character fits `home` better. The sets are those of
+/// the two halves.
 double relative_fit_difference(const search_data& data, joined_words home, joined_words other);
 
 }  // namespace zeb

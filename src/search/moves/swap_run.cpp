@@ -4,15 +4,12 @@
 #include <cmath>
 
 #include "base/errors.h"
+#include "base/indices.h"
 #include "base/random.h"
-#include "console/output.h"
 #include "engine/fit/implied_weighting.h"
-#include "engine/passes/links.h"
 #include "engine/passes/passes.h"
 #include "engine/passes/undo.h"
-#include "engine/passes/waves.h"
-#include "search/search_report.h"
-#include "search/store/stored_trees.h"
+#include "search/moves/clip_order.h"
 
 namespace zeb {
 
@@ -23,7 +20,7 @@ constexpr double fit_slack = 0.001;  // the fit kernels finish below their bound
 
 template <class T>
 std::span<T> per_node(const search_data& data, std::size_t times = 1) {
-  return calloc_low<T>(static_cast<std::size_t>(data.nodes) * times);
+  return calloc_low<T>(at(data.nodes) * times);
 }
 
 }  // namespace
@@ -111,82 +108,6 @@ void swap_run::set_bound() {
   step_bound = static_cast<std::int32_t>(std::floor(std::min(bound, 1e9)));
 }
 
-bool swap_run::may_clip(int c) const {
-  if (c == data.n) return false;
-  if (first_pass && at(cut.below, c) < 3) return false;
-  if (enumeration && !enumeration->may_clip(c)) return false;
-  if (kind == swap_kind::spr) {
-    // The regrafts of these are those of other clips.
-    const int above = at(data.tree.anc, c);
-    if (above == data.n) return false;
-    if (at(data.tree.anc, above) == data.n && at(data.tree.sister, c) < data.n) return false;
-  }
-  return c != 0;
-}
-
-void swap_run::count_rearrangements(int c) {
-  const std::int64_t s = at(cut.below, c);
-  std::int64_t moves = std::max<std::int64_t>(1, 2 * (data.n - s) - 3);
-  if (kind != swap_kind::spr) moves *= std::max<std::int64_t>(1, 2 * s - 3);
-  context.rearrangements.add(static_cast<std::uint64_t>(moves));
-}
-
-bool swap_run::next_clip() {
-  while (counter < data.nodes && !given_up) {
-    ++counter;
-    if (++position >= data.nodes) position = 1;
-    clip = clip_order.empty() ? position : at(clip_order, position);
-    if (!enumeration && --clips_to_report <= 0) {
-      clips_to_report = report_every;
-      report_status(context, score, false);
-    }
-    if (interrupted()) return false;
-    if (clip == data.n) continue;
-    count_rearrangements(clip);
-    if (may_clip(clip)) return true;
-  }
-  return false;
-}
-
-void swap_run::detach_clip() {
-  tree_arrays& tree = data.tree;
-  sister = at(tree.sister, clip);
-  home_root = clip < data.n ? clip : at(tree.second, clip);
-  home_first = clip < data.n ? clip : at(tree.first, clip);
-  if (sister == 0) {
-    // The whole ingroup: what is left is terminal 0 alone, with its own states.
-    joint = -1;
-    pass_ingroup_alone(*this);
-    return;
-  }
-  begin_undo(data);
-  joint = detach(tree, clip);
-  repair_after_clip(data, sister, clip);
-}
-
-bool swap_run::begin_clip() {
-  n_moves = 0;
-  chosen = -1;
-  restart = false;
-  if (kind == swap_kind::tbr) make_cluster_lists(*this);
-  if (trees_wanted && !enumeration && !marks_known && search_level(context) > 0) {
-    mark_tree_in_work(context, marks);
-    marks_known = true;
-  }
-  detach_clip();
-  cost_home();
-  best_here = home_cost;
-  score_without = score - home_cost;
-  best_branch = sister;
-  best_root = home_root;
-  set_bound();
-  if (home_cost == 0 && !trees_wanted) {
-    put_clip_back();
-    return false;
-  }
-  return true;
-}
-
 bool swap_run::bound_slots_allow(joining level, int clip_side, int main_side, double* cost) const {
   if (slots.wide_cost) {
     *cost += slots.wide_cost(data, level, clip_side, main_side, bound - *cost);
@@ -194,23 +115,6 @@ bool swap_run::bound_slots_allow(joining level, int clip_side, int main_side, do
   }
   return level != joining::nodes || !slots.forbids ||
          !slots.forbids(data, clip, clip_side, main_side);
-}
-
-/// Under implied weights the steps of joining are taken off the counters, so that all other places
-/// are costed by what the two halves have.
-void swap_run::cost_home() {
-  const word* const own = clip_words(home_root);
-  const word* const other = target_words(sister);
-  if (!fits) {
-    home_cost = data.kernels.cost_pair(own, other, data.layout, INT32_MAX / 2);
-  } else if (joint < 0) {
-    home_cost = data.kernels.fit.cost_pair(own, other, data.layout, no_bound);
-  } else {
-    home_cost = remove_home_steps(data, own, other);
-  }
-  if (slots.wide_cost) {
-    home_cost += slots.wide_cost(data, joining::nodes, home_root, sister, no_bound);
-  }
 }
 
 bool swap_run::take_candidate(int u, int v, double cost) {
@@ -231,123 +135,9 @@ bool swap_run::take_candidate(int u, int v, double cost) {
   return cost == 0 && single_tree();
 }
 
-/// The sum of the costs of steps differs from the score by rounding, which would pile up.
-void swap_run::make_scores_exact(int u) {
-  for (int i = 0; i < n_moves; ++i) {
-    swap_candidate& move = move_list[static_cast<std::size_t>(i)];
-    const double wide =
-        slots.wide_cost ? slots.wide_cost(data, joining::nodes, u, move.branch, no_bound) : 0.0;
-    move.score = exact_score(data, clip_words(u), target_words(move.branch)) + wide;
-  }
-  if (chosen >= 0) score = move_list[static_cast<std::size_t>(chosen)].score;
-}
-
-void swap_run::store_trees(int u) {
-  const bool better = chosen >= 0 && score < stored_score - rounding;
-  if (better) {
-    context.score_limit = std::min(context.score_limit, score + rules.suboptimal);
-    purge_above(context, score + rules.suboptimal, first_slot);
-  }
-  set_slack();
-  const int slot = context.swapping_index;
-  const bool own_slot_is_worse =
-      better && slot >= 0 &&
-      (buffer_full || score + rules.suboptimal + rounding < record_of(context, slot).score);
-  if (own_slot_is_worse) {
-    restart = replace_in_buffer(*this, u);
-    given_up = !restart;
-  } else {
-    given_up = store_moves(*this, u);
-  }
-  stored_score = std::min(stored_score, score);
-  set_slack();
-  set_bound();
-}
-
-bool swap_run::store_noted(int u) {
-  if (n_moves == 0) return false;
-  if (fits) make_scores_exact(u);
-  if (enumeration) {
-    const double limit = stored_score + rules.suboptimal + rounding;
-    for (int i = 0; i < n_moves; ++i) {
-      const swap_candidate& move = move_list[static_cast<std::size_t>(i)];
-      if (move.score > limit) continue;
-      enumeration->meet(enumeration->receiver,
-                        {&data, clip, sister, move.branch, home_root, u, move.score, stored_score});
-    }
-  } else if (!single_tree()) {
-    store_trees(u);
-  }
-  n_moves = 0;
-  chosen = -1;
-  return restart || given_up;
-}
-
 void pass_ingroup_alone(swap_run& run) {
   if (run.fits) reset_counters(run.data);
   subtree_pass(run.data, run.clip);
-}
-
-void swap_run::put_clip_back() {
-  if (kind == swap_kind::tbr) restore_cluster_lists(*this);
-  if (fits && joint >= 0) {
-    add_attachment_steps(data, clip_words(home_root), target_words(sister));
-  }
-  if (joint < 0) {
-    full_pass(data);
-    unite_clusters(data, cut);
-    return;
-  }
-  attach(data.tree, clip, joint, sister);
-  if (undo_sets(data)) return;
-  // Too much was noted.
-  full_pass(data);
-  unite_clusters(data, cut);
-}
-
-void swap_run::tell_wrong_score(double error) const {
-  if (kind == swap_kind::spr) {
-    emitf("\nOOpps --- spr, move %i -> %i, score is %s", clip, best_branch,
-          score_text(data, score).c_str());
-  } else {
-    emitf("\nOOpps --- tbr, move %i(%i) -> %i, score is %s", clip, best_root, best_branch,
-          score_text(data, score).c_str());
-  }
-  emitf(" error: %g", error);
-}
-
-void swap_run::apply_move() {
-  if (kind == swap_kind::tbr) restore_cluster_lists(*this);
-  const bool quick = !rules.swap.safe_unclip && !data.has_asymmetric && joint >= 0;
-  const double expected = score_without + best_here;
-  end_undo(data);
-  if (quick) {
-    if (fits) add_attachment_steps(data, clip_words(best_root), target_words(best_branch));
-    if (best_root != home_root) reroot_subtree(data, best_root, clip);
-    attach(data.tree, clip, joint, best_branch);
-    repair_after_insert(data, clip);
-    if (fits && !slots.wide_cost) score = total_fit(data);
-  } else {
-    if (best_root != home_root) reroot_links(data.tree, best_root, clip);
-    if (joint >= 0) attach(data.tree, clip, joint, best_branch);
-    score = full_pass(data);
-  }
-  if (!is_same_score(score, expected, kind_of_scores(data))) tell_wrong_score(score - expected);
-  tree_changed();
-  begin_undo(data);
-  first_pass = false;
-  ++context.moves_done;
-}
-
-void swap_run::finish_clip() {
-  const bool moved = best_branch != sister || best_root != home_root;
-  if (!moved) {
-    put_clip_back();
-    return;
-  }
-  apply_move();
-  counter = multi == 0 ? 1 : 0;
-  set_slack();
 }
 
 double swap_run::finish() {

@@ -9,11 +9,13 @@
 #include <span>
 
 #include "base/arena.h"
+#include "base/indices.h"
 #include "engine/search_data.h"
 #include "search/moves/clusters.h"
 #include "search/moves/move_slots.h"
 #include "search/moves/narrow_clusters.h"
-#include "search/moves/swapper.h"
+#include "search/moves/swap_task.h"
+#include "search/search_context.h"
 
 namespace zeb {
 
@@ -99,29 +101,16 @@ struct swap_run {
   std::span<std::int32_t> scratch;  // 2 * nodes
 
   // -- steps --
-  /// Moves on to the next node to clip; false when the swap is over. Counts, reports and polls.
-  bool next_clip();
-  /// Detaches the clip, repairs the sets and costs its home. False: nothing can be gained, and the
-  /// clip is back.
-  bool begin_clip();
-  /// Takes the better position, if there is one, or puts the clip back.
-  void finish_clip();
   /// Tells what a candidate within the bound is good for: notes it for the store, or makes it the
   /// best. True when nothing can do better.
   bool take_candidate(int u, int v, double cost);
-  /// After the branches for one rooting `u`: stores or enumerates what was noted. True when the
-  /// clip is to end here.
-  bool store_noted(int u);
   /// The end: final score and check; `anc` gets the tree.
   double finish();
 
-  int at(std::span<const std::int32_t> s, int i) const { return s[static_cast<std::size_t>(i)]; }
-  word* branch(int v) const {
-    return data.branch_base + static_cast<std::size_t>(v) * data.set_stride;
-  }
+  word* branch(int v) const { return data.branch_base + at(v) * data.set_stride; }
   /// What the clip is joined by when its branch `u` is, and what it meets on the branch `v`.
   const word* clip_words(int u) const {
-    return clip < data.n ? data.sets[static_cast<std::size_t>(clip)].down : branch(u);
+    return clip < data.n ? data.sets[at(clip)].down : branch(u);
   }
   const word* target_words(int v) const { return v == 0 ? data.sets[0].down : branch(v); }
   /// First listed item from `from` on whose cost against `words` is within the bound, with that
@@ -144,7 +133,7 @@ struct swap_run {
   }
   /// The node above which the subtree's own root lies while its links are turned.
   int turned_home() const {
-    return at(data.tree.anc, home_first) == home_root ? home_first : home_root;
+    return data.tree.anc[at(home_first)] == home_root ? home_first : home_root;
   }
   bool single_tree() const { return multi <= 0; }
   void set_slack();
@@ -152,28 +141,10 @@ struct swap_run {
   void tree_changed();  // clusters, terminal counts, marks
 
  private:
-  bool may_clip(int c) const;
   bool bound_slots_allow(joining level, int clip_side, int main_side, double* cost) const;
-  void cost_home();
-  void make_scores_exact(int u);
-  void store_trees(int u);
-  void count_rearrangements(int c);
-  void detach_clip();
-  void put_clip_back();
-  void apply_move();
-  void tell_wrong_score(double error) const;
 };
 
 /// The clip of the whole ingroup: sets and counters of the subtree alone.
 void pass_ingroup_alone(swap_run& run);
-/// See move_store.cpp.
-void make_cluster_lists(swap_run& run);
-void restore_cluster_lists(swap_run& run);
-void promising_clips_first(const search_data& data, std::span<std::int32_t> order);
-/// Tries to put the tree of the chosen candidate into the slot of the tree being swapped; false if
-/// the buffer holds it already.
-bool replace_in_buffer(swap_run& run, int u);
-/// Stores the noted candidates with rooting `u`; true if the chosen one is in the buffer already.
-bool store_moves(swap_run& run, int u);
 
 }  // namespace zeb

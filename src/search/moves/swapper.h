@@ -1,53 +1,37 @@
-// Branch swapping: SPR and TBR. A subtree is clipped, the node sets of both halves are repaired,
-// and from then on each reconnection costs one kernel call with an early exit: the weighted fields
-// in which the `branch` sets of the two branches fail to meet. Only accepted moves change the tree.
+// Branch swapping: SPR and TBR, as in Swofford and others (1996).
 //
-// Rearrangements as in Swofford and others (1996); repair of the sets after a clip instead of full
-// passes, as in Gladstein (1997). Branches are compared in clusters first, by the union of the sets
-// of each: see clusters.h.
+// A swap goes round the tree, from node to node, until a whole round has brought nothing better.
+// What it does at each is a clip. The subtree above the node is detached, which frees its joint,
+// and a wave repairs the node sets on both sides, as far as they change, until the halves stand as
+// two trees of their own (incremental optimisation: Gladstein 1997). The score without the clip is
+// then that of the whole tree less the cost of the joining that was cut. As the sets of both halves
+// are exact, any reconnection costs one kernel call: the weighted fields in which the `branch` set
+// of a branch of the subtree and that of a branch of the main tree have no state in common. No tree
+// is made and no pass is run for it.
+//
+// Most reconnections are far too dear, so they are given up early: a kernel stops at the bound, the
+// lowest cost met so far and what may be stored above it; and branches are tried in clusters of
+// neighbours, by the union of their sets, which costs no more than any of them. TBR compares
+// clusters of the subtree with clusters of the main tree, then branches with clusters, then
+// branches. SPR has one branch of the subtree, the one it was cut by, and tries the main tree from
+// the root down.
+//
+// What is within the bound and may be stored is noted, and made into a tree only when all branches
+// for that rooting are through: the links are changed, the store looks for the same tree, and the
+// links are changed back. In the end either a better place was found, where the clip is put for
+// good, with a wave; or it goes home, and the words that were changed are copied back from a log,
+// at a fraction of what a second wave would cost. Clusters outlive the clip: a wave only widens the
+// unions of the branches it changes, which keeps them good, if less sharp, until they are made
+// afresh.
 #pragma once
 
 #include <cstdint>
 #include <span>
 
+#include "search/moves/swap_task.h"
 #include "search/search_context.h"
 
 namespace zeb {
-
-/// A reconnection met in enumeration mode. The tree in `data.tree` is in its clipped state.
-struct met_move {
-  const search_data* data;
-  int clip;       // root of the clipped subtree
-  int sister;     // branch of the main tree from which it was clipped
-  int target;     // branch of the main tree to which it goes
-  int home_root;  // branch of the subtree on which it is rooted
-  int root;       // branch on which it would be rooted
-  double score;   // of the tree that the move makes
-  double tree_score;
-};
-
-/// Who is handed the reconnections of a swap that applies none.
-struct move_enumeration {
-  void (*meet)(void* receiver, const met_move& move);
-  void* receiver;
-  std::span<const std::uint8_t> leave_alone;  // by node, may be empty: 2 and more aren't clipped
-
-  bool may_clip(int node) const {
-    return leave_alone.empty() || leave_alone[static_cast<std::size_t>(node)] < 2;
-  }
-};
-
-/// What is wanted of one swap.
-struct swap_task {
-  int first_slot = 0;  // first slot that this search may use
-  // 0: only the tree improves. Above 0: trees within the limit fill the slots up to `multi` trees.
-  // Below 0: one tree, a first pass that starts with clips of 3 terminals or more.
-  int multi = 0;
-  bool promising_first = false;  // begin with the clips that promise most; single trees only
-  // Not null: no move is applied; every reconnection with a score up to that of the tree + the
-  // context's `suboptimal` is handed over.
-  const move_enumeration* enumeration = nullptr;
-};
 
 /// Swaps the tree `anc` (internal numbering, `nodes` entries), which becomes the improved one;
 /// returns its score. Node sets are valid for the result, also after an interrupt. Errors: internal

@@ -9,16 +9,6 @@
 
 namespace zeb {
 
-constexpr int all_taxa = 1'000'000'000;  // a look-ahead without a number
-
-/// How taxa are put in order.
-struct addition_settings {
-  int informative = 0;   // `ias`: taxa to reorder by informative characters; 0 off
-  int look = 0;          // taxa looked at for each addition; 0: a plain random sequence
-  int rule = 0;          // 0 largest best-to-worst difference (`sas`), 1 closest, 2 furthest
-  int cluster_from = 0;  // node clusters after this many taxa; 0 never
-};
-
 /// Raises the error of settings that can't go together: with each other, with branches tried in
 /// random order, or with constraints.
 void check_additions(const addition_settings& wanted, bool random_insertion, bool constrained);

@@ -5,9 +5,7 @@
 #include <span>
 
 #include "base/arena.h"
-#include "engine/search_data.h"
-#include "search/moves/move_slots.h"
-#include "search/moves/wagner.h"
+#include "search/search_context.h"
 
 namespace zeb {
 
@@ -82,15 +80,5 @@ struct wagner_build {
 };
 
 constexpr double unbounded = 1e9;  // above all costs
-
-/// Puts the first three taxa and the one to follow in front of the sequence, by comparing all
-/// threes of the outgroup and two of the next `look` taxa.
-void choose_first_taxa(wagner_build& build, int look, int rule);
-/// Puts the sequence in order by the informative characters that each next taxon makes.
-void informative_sequence(wagner_build& build);
-/// Adds the taxa from position 3 on, each chosen among the next ones.
-void add_chosen_taxa(wagner_build& build);
-/// The same in sequence, with the tree cut into node clusters.
-void add_by_clusters(wagner_build& build, int position);
 
 }  // namespace zeb

@@ -1,11 +1,10 @@
-// Addition sequences that look ahead: which taxon comes next is decided by what it would cost.
+#include "search/moves/wagner_choice.h"
+
 #include <algorithm>
 #include <bit>
 #include <utility>
 
 #include "base/indices.h"
-#include "base/random.h"
-#include "search/moves/wagner_build.h"
 
 namespace zeb {
 namespace {

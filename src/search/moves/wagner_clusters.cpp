@@ -1,11 +1,9 @@
-// Additions to a tree cut into node clusters, for many taxa: a cluster whose union is too far from
-// the taxon is passed over as a whole.
+#include "search/moves/wagner_clusters.h"
+
 #include <algorithm>
 
 #include "base/indices.h"
-#include "base/random.h"
 #include "search/moves/clusters.h"
-#include "search/moves/wagner_build.h"
 
 namespace zeb {
 namespace {

@@ -13,7 +13,7 @@ void filter_by_score(search_context& context, double best);
 /// full rule makes one. Returns how many went. After a search over the user's data in the buffer.
 int drop_equal_by_full_rule(search_context& context);
 
-/// The note about trees dropped since others are the same as collapsed; nothing for none.
+/// The note about trees dropped since others are the same once collapsed; nothing for none.
 void tell_equal_as_collapsed(int dropped);
 
 /// After the session: with automatic collapsing on, the trees in memory lose the branches that the

@@ -28,12 +28,24 @@ using zeb_test::draw;
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// What happens in the midst of swaps: called with each candidate of the search that runs.
-std::function<void()> at_candidate;
+using event = std::function<void()>;
+const event* at_candidate = nullptr;
 
 bool call_and_allow(const search_data&, int, int, int) {
-  if (at_candidate) at_candidate();
+  if (at_candidate) (*at_candidate)();
   return false;
 }
+
+class event_scope {
+ public:
+  explicit event_scope(const event* happening) { at_candidate = happening; }
+  ~event_scope() { at_candidate = outer_; }
+  event_scope(const event_scope&) = delete;
+  event_scope& operator=(const event_scope&) = delete;
+
+ private:
+  const event* outer_ = at_candidate;
+};
 
 class search_contexts : public ::testing::Test {
  protected:
@@ -56,7 +68,6 @@ class search_contexts : public ::testing::Test {
     shape.states = 4;
     fill_matrix(shape, g);
   }
-  void TearDown() override { at_candidate = nullptr; }
 };
 
 /// All that a search ended with.
@@ -120,39 +131,38 @@ std::vector<std::int64_t> state_of(const search_data& data) {
   return state;
 }
 
+/// A search over the user's data in slots of its own, with something happening at each candidate.
+outcome search_all(const search_rules& rules, const std::function<void(search_context&)>& midst) {
+  search_data& data = packed_matrix(true);
+  private_slots slots(room, data.nodes);
+  context_scope scope(data, slots, rules, random_generator(7));
+  const event happening = [&] { midst(scope.context()); };
+  const event_scope happens(&happening);
+  return search(scope.context(), 3);
+}
+
 TEST_F(search_contexts, a_search_inside_another_leaves_no_trace) {
   for (const int collapsing_rule : {0, 3}) {
     search_rules rules;
     rules.collapse.rule = collapsing_rule;
     rules.swap.random_clip = collapsing_rule == 3;
-    const std::byte* const low = arena.low;
-    search_data& data = packed_matrix(true);
-    const auto outer_search = [&](const std::function<void(search_context&)>& midst) {
-      private_slots slots(room, data.nodes);
-      context_scope scope(data, slots, rules, random_generator(7));
-      at_candidate = [&] { midst(scope.context()); };
-      return search(scope.context(), 3);
-    };
-    const outcome undisturbed = outer_search([](search_context&) {});
-    at_candidate = nullptr;
+    const outcome undisturbed = search_all(rules, [](search_context&) {});
     const outcome alone = search_reduced(1, nullptr);
     int calls = 0;
     int disturbances = 0;
-    const outcome disturbed = outer_search([&](search_context& outer) {
-      if (outer.outer || ++calls % 199 != 0) return;
-      const auto outer_call = std::exchange(at_candidate, nullptr);
+    const outcome disturbed = search_all(rules, [&](search_context& outer) {
+      if (++calls % 199 != 0) return;
+      const event_scope nothing_happens(nullptr);
       const std::vector<std::int64_t> before = state_of(outer.data);
-      const std::byte* const low_before = arena.low;
+      const std::byte* const low = arena.low;
       EXPECT_EQ(search_reduced(1, &outer), alone);
-      EXPECT_EQ(arena.low, low_before);
-      ASSERT_EQ(state_of(outer.data), before);
+      EXPECT_EQ(arena.low, low);
+      EXPECT_EQ(state_of(outer.data), before);
       ++disturbances;
-      at_candidate = outer_call;
     });
     EXPECT_GT(disturbances, 3);
     EXPECT_GT(undisturbed.trees.size(), 0U);
     EXPECT_EQ(disturbed, undisturbed);
-    EXPECT_LE(low, arena.low);
   }
 }
 
@@ -164,11 +174,11 @@ TEST_F(search_contexts, nest_five_deep) {
     context_scope scope(reduced_request(depth), room, {}, 100U + static_cast<unsigned>(depth),
                         outer);
     int calls = 0;
-    const auto outer_call = std::exchange(at_candidate, [&, depth] {
+    const event happening = [&] {
       if (depth < 4 && ++calls == 30) descend(depth + 1, &scope.context());
-    });
+    };
+    const event_scope happens(&happening);
     nested[at(depth)] = search(scope.context(), 2);
-    at_candidate = outer_call;
   };
   descend(0, nullptr);
   EXPECT_EQ(nested, alone);
@@ -177,22 +187,13 @@ TEST_F(search_contexts, nest_five_deep) {
 /// Memory that runs out at any point of an inner search ends that one alone.
 TEST_F(search_contexts, an_error_inside_leaves_the_outer_search_sound) {
   const jump_context errors_come_here;
-  search_data& data = packed_matrix(true);
-  const auto outer_search = [&](const std::function<void(search_context&)>& midst) {
-    private_slots slots(room, data.nodes);
-    context_scope scope(data, slots, {}, random_generator(7));
-    at_candidate = [&] { midst(scope.context()); };
-    const outcome result = search(scope.context(), 3);
-    at_candidate = nullptr;
-    return result;
-  };
-  const outcome undisturbed = outer_search([](search_context&) {});
+  const outcome undisturbed = search_all({}, [](search_context&) {});
   int calls = 0;
   int failures = 0;
   zeb_test::printed_by([&] {
-    const outcome disturbed = outer_search([&](search_context& outer) {
+    const outcome disturbed = search_all({}, [&](search_context& outer) {
       if (++calls % 23 != 0) return;
-      const auto outer_call = std::exchange(at_candidate, nullptr);
+      const event_scope nothing_happens(nullptr);
       const std::byte* const low = arena.low;
       arena.fail_countdown = calls / 23;
       try {
@@ -202,7 +203,6 @@ TEST_F(search_contexts, an_error_inside_leaves_the_outer_search_sound) {
       }
       arena.fail_countdown = -1;
       EXPECT_EQ(arena.low, low);
-      at_candidate = outer_call;
     });
     EXPECT_EQ(disturbed, undisturbed);
   });

@@ -1,0 +1,46 @@
+// What a swap is asked for.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "engine/search_data.h"
+
+namespace zeb {
+
+/// A reconnection met in enumeration mode. The tree in `data.tree` is in its clipped state.
+struct met_move {
+  const search_data* data;
+  int clip;       // root of the clipped subtree
+  int sister;     // branch of the main tree from which it was clipped
+  int target;     // branch of the main tree to which it goes
+  int home_root;  // branch of the subtree on which it is rooted
+  int root;       // branch on which it would be rooted
+  double score;   // of the tree that the move makes
+  double tree_score;
+};
+
+/// Who is handed the reconnections of a swap that applies none.
+struct move_enumeration {
+  void (*meet)(void* receiver, const met_move& move);
+  void* receiver;
+  std::span<const std::uint8_t> leave_alone;  // by node, may be empty: 2 and more aren't clipped
+
+  bool may_clip(int node) const {
+    return leave_alone.empty() || leave_alone[static_cast<std::size_t>(node)] < 2;
+  }
+};
+
+/// What is wanted of one swap.
+struct swap_task {
+  int first_slot = 0;  // first slot that this search may use
+  // 0: only the tree improves. Above 0: trees within the limit fill the slots up to `multi` trees.
+  // Below 0: one tree, a first pass that starts with clips of 3 terminals or more.
+  int multi = 0;
+  bool promising_first = false;  // begin with the clips that promise most; single trees only
+  // Not null: no move is applied; every reconnection with a score up to that of the tree + the
+  // context's `suboptimal` is handed over.
+  const move_enumeration* enumeration = nullptr;
+};
+
+}  // namespace zeb

@@ -1,0 +1,181 @@
+#include "search/moves/wagner_build.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/errors.h"
+#include "base/indices.h"
+#include "engine/fit/implied_weighting.h"
+#include "engine/passes/links.h"
+#include "engine/passes/waves.h"
+#include "search/search_report.h"
+
+namespace zeb {
+
+wagner_build::wagner_build(search_context& search, const addition_settings& how)
+    : context(search),
+      data(search.data),
+      additions(how),
+      fits(data.implied_on),
+      slots(search.slots),
+      slots_are_bound(slots.any()) {
+  const std::size_t nodes = at(data.nodes);
+  order = alloc_low<std::int32_t>(nodes);
+  candidates = alloc_low<std::int32_t>(nodes);
+  scan_list = alloc_low<std::int32_t>(nodes);
+  scan_order = alloc_low<std::int32_t>(nodes);
+}
+
+void wagner_build::first_tree(int a, int b, int c) {
+  tree_arrays& t = data.tree;
+  std::fill(t.anc.begin(), t.anc.end(), 0);
+  const int root = data.n;
+  const int top = root + 1;
+  auto hang = [&t](int ancestor, int left, int right) {
+    t.first[at(ancestor)] = left;
+    t.second[at(ancestor)] = right;
+    t.anc[at(left)] = t.anc[at(right)] = ancestor;
+    t.sister[at(left)] = right;
+    t.sister[at(right)] = left;
+  };
+  hang(root, a, top);
+  hang(top, b, c);
+  t.anc[at(root)] = root + 2;
+  if (fits) reset_counters(data);
+  const kernel_slots& k = data.kernels;
+  auto set = [this](int v) { return data.sets[at(v)]; };
+  k.node_down(set(b).down, set(c).down, set(top).down, set(top).unions, data.layout);
+  k.node_down(set(a).down, set(top).down, set(root).down, set(root).unions, data.layout);
+  if (fits) refresh_step_costs(data);
+  std::copy_n(set(root).down, data.set_stride, set(root).final);
+  k.node_final(set(root).final, set(top).down, set(top).unions, set(top).final, set(top).branch,
+               data.layout);
+  k.node_final_terminal(set(root).final, set(a).down, set(a).branch, data.layout);
+  k.node_final_terminal(set(top).final, set(b).down, set(b).branch, data.layout);
+  k.node_final_terminal(set(top).final, set(c).down, set(c).branch, data.layout);
+}
+
+int wagner_build::list_nodes() {
+  const int top = data.tree.sister[0];
+  int count = 0;
+  if (top >= data.n) scan_list[at(count++)] = top;
+  for (int i = 0; i < count; ++i) {
+    const int v = scan_list[at(i)];
+    for (const int d : {data.tree.first[at(v)], data.tree.second[at(v)]}) {
+      if (d >= data.n) scan_list[at(count++)] = d;
+    }
+  }
+  return count;
+}
+
+int wagner_build::list_candidates(walk way, int nodes, bool swapped) {
+  int count = 0;
+  for (int i = 0; i < nodes; ++i) {
+    const int entry = way == walk::forward    ? i
+                      : way == walk::backward ? nodes - 1 - i
+                                              : scan_order[at(i)];
+    const int v = scan_list[at(entry)];
+    const int a = data.tree.first[at(v)];
+    const int b = data.tree.second[at(v)];
+    candidates[at(count++)] = swapped ? b : a;
+    candidates[at(count++)] = swapped ? a : b;
+  }
+  return count;
+}
+
+double wagner_build::cost_at(int taxon, int v, double bound) const {
+  const double cost =
+      fits ? data.kernels.fit.cost_pair(down(taxon), branch(v), data.layout, bound)
+           : data.kernels.cost_pair(down(taxon), branch(v), data.layout,
+                                    static_cast<std::int32_t>(std::min(bound, unbounded)));
+  if (!slots.wide_cost || cost > bound) return cost;
+  return cost + slots.wide_cost(data, joining::nodes, taxon, v, bound - cost);
+}
+
+bool wagner_build::slots_allow(joining level, int taxon, int main_side, double below,
+                               double* cost) const {
+  if (!slots_are_bound) return true;
+  if (slots.wide_cost) {
+    *cost += slots.wide_cost(data, level, taxon, main_side, below - *cost);
+    if (*cost >= below) return false;
+  }
+  return level != joining::nodes || !forbidden(taxon, main_side);
+}
+
+/// A place that is forbidden is kept for a taxon that may go nowhere, but any other beats it.
+void wagner_build::start_place(int taxon) {
+  best_branch = data.tree.sister[0];
+  best = forbidden(taxon, best_branch) ? unbounded : cost_at(taxon, best_branch, unbounded);
+}
+
+void wagner_build::try_candidates(int taxon, int count, double below) {
+  const word* words = down(taxon);
+  for (int i = 0;; ++i) {
+    double cost = 0;
+    i = scan(words, data.branch_base, candidates, i, count, below, &cost);
+    if (i >= count) return;
+    if (!slots_allow(joining::nodes, taxon, candidates[at(i)], below, &cost)) continue;
+    best = below = cost;
+    best_branch = candidates[at(i)];
+    if (best == 0) return;
+  }
+}
+
+/// Since only lower costs replace the best, ties keep the branch walked first, and it is the
+/// direction of the walk that breaks ties between replications. Costing two sister branches at once
+/// by the union of their sets, as was done at first, loses against the batch kernel.
+void wagner_build::find_place(int taxon) {
+  start_place(taxon);
+  if (best == 0) return;
+  const int start = best_branch;
+  const double start_cost = best;
+  const int nodes = list_nodes();
+  const bool bit = (context.random.draw() & 1) != 0;
+  if (context.rules.random_insertion && !slots.forbids) {
+    // Shuffled here, not when a taxon has been placed: a place that costs nothing ends the search
+    // for others.
+    shuffle_scan_order(nodes);
+    try_candidates(taxon, list_candidates(walk::random, nodes, bit), best);
+  } else if (bit) {
+    try_candidates(taxon, list_candidates(walk::backward, nodes, false), unbounded);
+    if (best > start_cost) {
+      best = start_cost;
+      best_branch = start;
+    }
+  } else {
+    try_candidates(taxon, list_candidates(walk::forward, nodes, false), best);
+  }
+}
+
+void wagner_build::attach_taxon(int taxon) {
+  std::int32_t& next_free = data.tree.anc[at(data.n)];
+  if (next_free == data.nodes - 1 && forbidden(taxon, best_branch)) {
+    error_end("Sorry, cannot build a tree with specified constraints");
+  }
+  if (fits) add_attachment_steps(data, down(taxon), branch(best_branch));
+  attach(data.tree, taxon, next_free, best_branch);
+  ++next_free;
+  repair_after_insert(data, taxon);
+}
+
+void wagner_build::shuffle_scan_order(int count) {
+  for (int i = 0; i < count; ++i) scan_order[at(i)] = i;
+  for (int i = count - 1; i > 0; --i) {
+    std::swap(scan_order[at(i)], scan_order[at(context.random.draw() % (i + 1))]);
+  }
+}
+
+bool wagner_build::stop_at(int position) {
+  if (position > 150 && position % 25 == 0) {
+    context.shown.build_percent = static_cast<int>(100LL * position / data.n);
+    report_status(context, no_score, false);
+  }
+  return interrupted();
+}
+
+bool wagner_build::stop_between_trials() {
+  report_status_best(context);
+  return interrupted();
+}
+
+}  // namespace zeb
