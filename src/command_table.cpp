@@ -6,7 +6,7 @@
 #include "base/process.h"
 #include "consensus/commands.h"
 #include "engine/commands.h"
-#include "formats/formats.h"
+#include "formats/commands.h"
 #include "functions/commands.h"
 #include "language/commands/commands.h"
 #include "macro/commands.h"

@@ -2,7 +2,7 @@
 
 #include "command_table.h"
 #include "engine/registration.h"
-#include "formats/formats.h"
+#include "formats/registration.h"
 #include "functions/registration.h"
 #include "language/data_memory.h"
 #include "language/interpreter.h"

@@ -1,8 +1,9 @@
-// Files of Newick trees.
+#include "formats/newick.h"
+
 #include "base/errors.h"
+#include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
-#include "formats/formats.h"
 #include "formats/labelled_trees.h"
 #include "language/input.h"
 #include "language/interpreter.h"
@@ -37,6 +38,39 @@ void read_newick_file(const std::string& file) {
     text += count == 1 ? ")" : text_of("-%i)", store.ntrees - 1);
   }
   report_line(text + (tagged ? " (stored tree-tags as well)" : ""));
+}
+
+std::string newick_text(const_tree_span tree, const node_text& after_node) {
+  const descendant_lists lists = descendants_of(tree, matrix.ntax);
+  const auto finish_node = [&](std::string& text, int node) {
+    if (after_node) text += after_node(node);
+    if (node != matrix.ntax && lists.sibling[at(node)] >= 0) text += ',';
+  };
+  std::string text = "(";
+  int open = matrix.ntax;
+  int v = lists.first[at(open)];
+  while (true) {
+    if (v < 0) {
+      text += ')';
+      finish_node(text, open);
+      if (open == matrix.ntax) return text;
+      v = lists.sibling[at(open)];
+      open = tree[at(open)];
+    } else if (v < matrix.ntax) {
+      text += quoted_label(taxon_name(v));
+      finish_node(text, v);
+      v = lists.sibling[at(v)];
+    } else {
+      text += '(';
+      open = v;
+      v = lists.first[at(v)];
+    }
+  }
+}
+
+void write_newick_trees(std::FILE* out) {
+  for (int i = 0; i < store.ntrees; ++i)
+    std::fprintf(out, "%s;\n", newick_text(stored_tree(i)).c_str());
 }
 
 }  // namespace zeb

@@ -1,5 +1,5 @@
-// PHYLIP matrices (Felsenstein's format): "ntax nchar", then rows. Names take ten characters
-// (strict) or go up to a blank (relaxed); rows may be interleaved.
+#include "formats/phylip.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -9,7 +9,6 @@
 #include "base/errors.h"
 #include "base/process.h"
 #include "formats/foreign_matrix.h"
-#include "formats/formats.h"
 #include "formats/text_lines.h"
 #include "matrix/reading/block_format.h"
 #include "matrix/symbols.h"

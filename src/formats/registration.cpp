@@ -1,5 +1,9 @@
-#include "formats/formats.h"
-#include "formats/nexus/nexus_file.h"
+#include "formats/registration.h"
+
+#include "formats/fasta.h"
+#include "formats/newick.h"
+#include "formats/nexus/file_reader.h"
+#include "formats/phylip.h"
 #include "language/format_hooks.h"
 
 namespace zeb {

@@ -1,4 +1,5 @@
-// Cells of the matrix as foreign formats have them.
+#include "formats/written_cells.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -6,7 +7,6 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "formats/nexus/data_writer.h"
 #include "language/list_text.h"
 #include "matrix/reading/continuous_reader.h"
 #include "matrix/reading/matrix_writer.h"

@@ -1,5 +1,5 @@
-// The ASSUMPTIONS, SETS and PAUP blocks: types, weights, activity of characters and taxa, step
-// matrices.
+#include "formats/nexus/assumptions_block.h"
+
 #include <cmath>
 #include <cstdlib>
 
@@ -7,7 +7,8 @@
 #include "base/indices.h"
 #include "base/process.h"
 #include "console/output.h"
-#include "formats/nexus/nexus_file.h"
+#include "formats/nexus/element_lists.h"
+#include "formats/nexus/step_matrix_reader.h"
 #include "language/interpreter.h"
 #include "language/list_text.h"
 #include "matrix/matrix.h"

@@ -1,4 +1,5 @@
-// The ASSUMPTIONS block of what is written as NEXUS.
+#include "formats/nexus/assumptions_writer.h"
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -8,7 +9,6 @@
 #include "base/indices.h"
 #include "formats/foreign_matrix.h"
 #include "formats/labelled_trees.h"
-#include "formats/nexus/data_writer.h"
 #include "matrix/symbols.h"
 
 namespace zeb {

@@ -1,9 +1,10 @@
-// The TAXA, DATA and CHARACTERS blocks of NEXUS.
+#include "formats/nexus/data_block.h"
+
 #include <map>
 
 #include "formats/foreign_matrix.h"
 #include "formats/nexus/data_format.h"
-#include "formats/nexus/nexus_file.h"
+#include "formats/nexus/data_rows.h"
 #include "matrix/reading/matrix_reader.h"
 
 namespace zeb {

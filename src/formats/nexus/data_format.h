@@ -39,7 +39,4 @@ void read_nexus_format(nexus_file& file, nexus_format& format);
 /// The cell of each symbol for characters of a type. 0: not a symbol of the data.
 symbol_table nexus_symbols(const nexus_format& format, data_type type, bool gaps_are_states);
 
-/// Reads the rows into the matrix that was laid out, up to the ";", and makes it current.
-void read_nexus_matrix(nexus_file& file, const nexus_format& format);
-
 }  // namespace zeb

@@ -1,4 +1,5 @@
-// The "matrix" command of NEXUS data blocks: rows of symbols or values, sequential or interleaved.
+#include "formats/nexus/data_rows.h"
+
 #include <algorithm>
 #include <map>
 #include <utility>
@@ -11,8 +12,6 @@
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "formats/foreign_matrix.h"
-#include "formats/nexus/data_format.h"
-#include "formats/nexus/nexus_file.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "matrix/blocks.h"

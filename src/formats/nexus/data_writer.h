@@ -1,38 +1,13 @@
-// The data in memory as NEXUS and FASTA.
+// The data block of what is written as NEXUS.
 #pragma once
 
 #include <cstdio>
-#include <string>
 
-#include "matrix/matrix.h"
+#include "formats/written_cells.h"
 
 namespace zeb {
 
-/// How data are written.
-struct writing_style {
-  bool as_dna = false;         // all characters, by the first four states
-  bool as_standard = false;    // all characters as numbered states
-  bool plain = false;          // NEXUS without abbreviations, for programs that read little of it
-  bool step_matrices = false;  // those in use as well
-};
-
 /// "#NEXUS" and the data block. Continuous characters in their original scale.
 void write_nexus_data(std::FILE* out, const writing_style& style);
-/// Types, step matrices, weights, inactive characters and taxa, gap mode. Nothing where all is
-/// default. Warns of settings that have no place in NEXUS.
-void write_nexus_assumptions(std::FILE* out, const writing_style& style);
-/// `skip_gaps` leaves out "-".
-void write_fasta(std::FILE* out, bool skip_gaps);
-
-/// The type that the character is written as.
-data_type written_type(int character, const writing_style& style);
-/// A cell as NEXUS has it: a symbol, a set in braces, a value or a range of values.
-std::string cell_symbols(int taxon, int character, const writing_style& style);
-/// Warns of continuous characters that NEXUS readers get differently.
-void warn_of_continuous();
-
-constexpr int all_data = numeric_data | dna_data | protein_data;
-/// Highest state plus one of the discrete characters of these types (`data_type` flags).
-int most_states(int types);
 
 }  // namespace zeb

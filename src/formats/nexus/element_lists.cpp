@@ -1,5 +1,5 @@
-// Lists of taxa and characters, as NEXUS writes them: numbers from 1, ranges, "." for the last,
-// steps, "all", names.
+#include "formats/nexus/element_lists.h"
+
 #include <strings.h>
 
 #include <algorithm>
@@ -7,7 +7,6 @@
 #include <functional>
 
 #include "base/indices.h"
-#include "formats/nexus/nexus_file.h"
 
 namespace zeb {
 

@@ -1,10 +1,14 @@
-#include "formats/nexus/nexus_file.h"
+#include "formats/nexus/file_reader.h"
 
 #include <cstdio>
 
 #include "base/errors.h"
 #include "base/process.h"
 #include "console/output.h"
+#include "formats/nexus/assumptions_block.h"
+#include "formats/nexus/data_block.h"
+#include "formats/nexus/nexus_file.h"
+#include "formats/nexus/trees_block.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 

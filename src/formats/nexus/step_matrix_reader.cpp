@@ -1,11 +1,11 @@
-// "usertype": step matrices of NEXUS, kept with the matrix.
+#include "formats/nexus/step_matrix_reader.h"
+
 #include <algorithm>
 #include <bit>
 #include <cctype>
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "formats/nexus/nexus_file.h"
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 
@@ -15,12 +15,25 @@ namespace {
 
 constexpr int largest_cost = 10'000;
 
+// State that a symbol of these data stands for; -1 for none.
+int state_of(const nexus_file& file, data_type type, char symbol) {
+  const std::string& symbols = file.symbols;
+  if (type == numeric_data && !symbols.empty()) {
+    std::size_t place = symbols.find(symbol);
+    if (place == std::string::npos) place = lower_case(symbols).find(lower_case({&symbol, 1}));
+    return place == std::string::npos ? -1 : static_cast<int>(place);
+  }
+  const std::uint32_t states =
+      make_symbols(type, 4, true)[static_cast<std::size_t>(static_cast<unsigned char>(symbol))];
+  return std::has_single_bit(states) ? std::countr_zero(states) : -1;
+}
+
 // The states in the order of a step matrix that doesn't name them: bases by the alphabet.
 std::vector<int> usual_order(const nexus_file& file, int count) {
   std::vector<int> order;
   const bool bases = matrix.data_type_in_use == dna_data && count <= 5;
   for (int i = 0; i < count; ++i) {
-    order.push_back(bases ? file.state_of_symbol(dna_data, "ACGT-"[i]) : i);
+    order.push_back(bases ? state_of(file, dna_data, "ACGT-"[i]) : i);
   }
   return order;
 }
@@ -35,10 +48,11 @@ std::vector<int> order_of_symbols(nexus_file& file, const std::vector<std::strin
   const bool proteins = matrix.data_type_in_use == protein_data;
   std::vector<int> order;
   for (const std::string& symbol : symbols) {
-    const int state = symbol.size() == 1 ? file.state_of_symbol(bases      ? dna_data
-                                                                : proteins ? protein_data
-                                                                           : numeric_data,
-                                                                symbol[0])
+    const int state = symbol.size() == 1 ? state_of(file,
+                                                    bases      ? dna_data
+                                                    : proteins ? protein_data
+                                                               : numeric_data,
+                                                    symbol[0])
                                          : -1;
     if (state < 0) file.in.fail("unknown state " + symbol + " in a step-matrix");
     if (std::find(order.begin(), order.end(), state) != order.end())
@@ -63,7 +77,7 @@ std::int32_t cost_of(nexus_file& file, const std::string& word, bool on_diagonal
   return cost;
 }
 
-// "name (stepmatrix) =", up to behind the "=". False for a tree of states.
+// "name (stepmatrix) =", the "=" included. False for a tree of states.
 bool read_head(nexus_file& file, std::string& name) {
   file.in.accept('*');
   name = file.in.token().text;
@@ -127,17 +141,6 @@ void read_nexus_step_matrix(nexus_file& file) {
     file.in.fail("step-matrix " + result.name + " hasn't as many cells as its states ask for");
   fill_costs(file, order, words, result);
   add_step_matrix(std::move(result));
-}
-
-int nexus_file::state_of_symbol(data_type type, char symbol) const {
-  if (type == numeric_data && !symbols.empty()) {
-    std::size_t place = symbols.find(symbol);
-    if (place == std::string::npos) place = lower_case(symbols).find(lower_case({&symbol, 1}));
-    return place == std::string::npos ? -1 : static_cast<int>(place);
-  }
-  const std::uint32_t states =
-      make_symbols(type, 4, true)[static_cast<std::size_t>(static_cast<unsigned char>(symbol))];
-  return std::has_single_bit(states) ? std::countr_zero(states) : -1;
 }
 
 }  // namespace zeb

@@ -1,4 +1,5 @@
-// The TREES block of NEXUS.
+#include "formats/nexus/trees_block.h"
+
 #include <memory>
 #include <unordered_map>
 
@@ -7,7 +8,6 @@
 #include "base/process.h"
 #include "console/output.h"
 #include "formats/labelled_trees.h"
-#include "formats/nexus/nexus_file.h"
 #include "language/interpreter.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"

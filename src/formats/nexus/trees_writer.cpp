@@ -2,12 +2,12 @@
 
 #include <cctype>
 #include <cstdlib>
-#include <functional>
 #include <string>
 
 #include "base/errors.h"
 #include "base/indices.h"
 #include "formats/labelled_trees.h"
+#include "formats/newick.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_store.h"
@@ -15,37 +15,6 @@
 namespace zeb {
 
 namespace {
-
-// Text behind a node: its label, or ":" and its length.
-using node_text = std::function<std::string(int node)>;
-
-std::string newick_text(const_tree_span tree, const node_text& behind = {}) {
-  const descendant_lists lists = descendants_of(tree, matrix.ntax);
-  const auto finish_node = [&](std::string& text, int node) {
-    if (behind) text += behind(node);
-    if (node != matrix.ntax && lists.sibling[at(node)] >= 0) text += ',';
-  };
-  std::string text = "(";
-  int open = matrix.ntax;
-  int v = lists.first[at(open)];
-  while (true) {
-    if (v < 0) {
-      text += ')';
-      finish_node(text, open);
-      if (open == matrix.ntax) return text;
-      v = lists.sibling[at(open)];
-      open = tree[at(open)];
-    } else if (v < matrix.ntax) {
-      text += quoted_label(taxon_name(v));
-      finish_node(text, v);
-      v = lists.sibling[at(v)];
-    } else {
-      text += '(';
-      open = v;
-      v = lists.first[at(v)];
-    }
-  }
-}
 
 bool is_number(const std::string& text) {
   if (text.empty() || std::isspace(static_cast<unsigned char>(text[0]))) return false;
@@ -58,7 +27,7 @@ bool is_number(const std::string& text) {
 class tag_texts {
  public:
   explicit tag_texts(tag_use use) : use_(use) {}
-  std::string behind(int node) {
+  std::string after_node(int node) {
     const std::string& tag = tags.tag_texts[at(node)];
     if (tag.empty()) return {};
     const bool terminal = node < matrix.ntax;
@@ -93,11 +62,6 @@ const char* end_trees(bool plain) { return plain ? "end;\n" : "end ;\n"; }
 
 }  // namespace
 
-void write_newick_trees(std::FILE* out) {
-  for (int i = 0; i < store.ntrees; ++i)
-    std::fprintf(out, "%s;\n", newick_text(stored_tree(i)).c_str());
-}
-
 void write_nexus_trees(std::FILE* out, bool plain) {
   std::fputs(begin_trees(plain), out);
   for (int i = 0; i < store.ntrees; ++i)
@@ -108,7 +72,7 @@ void write_nexus_trees(std::FILE* out, bool plain) {
 void write_nexus_tag_tree(std::FILE* out, tag_use use, bool plain) {
   tag_texts texts(use);
   const std::string tree =
-      newick_text(tags.tag_tree, [&texts](int node) { return texts.behind(node); });
+      newick_text(tags.tag_tree, [&texts](int node) { return texts.after_node(node); });
   std::fprintf(out, "%stree %s = [&R] %s%s;\n%s", begin_trees(plain), tag_tree_name.data(),
                plain ? "" : "\n", tree.c_str(), end_trees(plain));
   texts.warn_of_lost();

@@ -1,12 +1,10 @@
-// The trees in memory in Newick notation, alone or as NEXUS trees blocks.
+// The trees in memory as NEXUS trees blocks.
 #pragma once
 
 #include <cstdio>
 
 namespace zeb {
 
-/// One tree a line.
-void write_newick_trees(std::FILE* out);
 /// All trees in memory, as a trees block; `plain` for programs that take no blanks before ";".
 void write_nexus_trees(std::FILE* out, bool plain);
 /// What the tags of the tag tree are in a tree statement.

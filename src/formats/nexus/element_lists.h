@@ -1,0 +1,22 @@
+// Lists of taxa and characters, as NEXUS writes them: numbers from 1, ranges, "." for the last,
+// steps, "all", names.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "formats/nexus/nexus_file.h"
+
+namespace zeb {
+
+/// Taxon by name (case ignored) or, for text of digits only, by number from 1; -1 none.
+int find_nexus_taxon(const std::string& text);
+/// Character by name or number from 1; -1 none.
+int find_nexus_character(const std::string& text);
+
+/// A list such as "1-5 7 10-. 3-30\3 all name" up to "," or ";" (left unread): flags by element.
+/// Names are of elements or of sets.
+std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind);
+
+}  // namespace zeb

@@ -1,0 +1,29 @@
+// Cells of the matrix as foreign formats have them.
+#pragma once
+
+#include <string>
+
+#include "matrix/matrix.h"
+
+namespace zeb {
+
+/// How data are written.
+struct writing_style {
+  bool as_dna = false;         // all characters, by the first four states
+  bool as_standard = false;    // all characters as numbered states
+  bool plain = false;          // NEXUS without abbreviations, for programs that read little of it
+  bool step_matrices = false;  // those in use as well
+};
+
+/// The type that the character is written as.
+data_type written_type(int character, const writing_style& style);
+/// A cell as NEXUS has it: a symbol, a set in braces, a value or a range of values.
+std::string cell_symbols(int taxon, int character, const writing_style& style);
+/// Warns of continuous characters that NEXUS readers get differently.
+void warn_of_continuous();
+
+constexpr int all_data = numeric_data | dna_data | protein_data;
+/// Highest state plus one of the discrete characters of these types (`data_type` flags).
+int most_states(int types);
+
+}  // namespace zeb
