@@ -133,7 +133,7 @@ void write_nexus(std::FILE* out, const export_choice& choice) {
     write_nexus_tag_tree(out, tag_use::labels, choice.plain);
 }
 
-// What follows "+" behind the name, up to ";", goes to the end of the file; ".," in it stands for a
+// What follows "+" after the name, up to ";", goes to the end of the file; ".," in it stands for a
 // semicolon, as in `quote`.
 void copy_text(std::FILE* out) {
   const bool commas = input.literal_comma;

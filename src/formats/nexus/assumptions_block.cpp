@@ -45,7 +45,7 @@ void read_types(nexus_file& file) {
     if (file.in.accept(',')) continue;
     const nexus_token word = file.in.token();
     const std::string type = lower_case(word.text);
-    file.in.expect(':', "behind a type of characters");
+    file.in.expect(':', "after a type of characters");
     const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
     if (type == "ord" || type == "unord") {
       set_additive(marks, type == "ord");
@@ -75,7 +75,7 @@ void read_weights(nexus_file& file) {
   while (!file.in.accept(';')) {
     if (file.in.accept(',')) continue;
     const int weight = read_weight(file, file.in.token().text);
-    file.in.expect(':', "behind a weight");
+    file.in.expect(':', "after a weight");
     for_characters(read_nexus_list(file, nexus_list::characters),
                    [weight](character_record& record) { record.weight = weight; });
   }
@@ -83,13 +83,13 @@ void read_weights(nexus_file& file) {
 
 void set_activity(nexus_file& file, bool active) {
   const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
-  file.in.expect(';', "behind a list of characters");
+  file.in.expect(';', "after a list of characters");
   for_characters(marks, [active](character_record& record) { record.active = active; });
 }
 
 void set_taxa(nexus_file& file, bool active) {
   const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::taxa);
-  file.in.expect(';', "behind a list of taxa");
+  file.in.expect(';', "after a list of taxa");
   if (settings.report) emit(active ? "Undeleting:" : "Deleting:");
   int left = 0;
   for (int t = 0; t < matrix.ntax; ++t) {
@@ -131,7 +131,7 @@ set_head read_set_head(nexus_file& file) {
 void read_weight_vector(nexus_file& file) {
   for (character_record& record : matrix.characters)
     record.weight = read_weight(file, file.in.token().text);
-  file.in.expect(';', "behind the weights of all characters");
+  file.in.expect(';', "after the weights of all characters");
 }
 
 // Sets that are in force change the settings; others are told, and left alone.
@@ -139,7 +139,7 @@ void read_setting_set(nexus_file& file, const nexus_token& word) {
   const set_head head = read_set_head(file);
   if (!head.in_force) {
     report_line("  ... Skipping", lower_case(word.text), head.name, "(not marked by \"*\") ...");
-    file.in.skip_command();
+    file.in.skip_rest();
   } else if (word.is("exset")) {
     set_activity(file, false);
   } else if (head.vector && word.is("typeset")) {
@@ -156,7 +156,7 @@ void read_setting_set(nexus_file& file, const nexus_token& word) {
 void read_named_set(nexus_file& file, nexus_list kind) {
   const set_head head = read_set_head(file);
   file.sets_of(kind)[lower_case(head.name)] = read_nexus_list(file, kind);
-  file.in.expect(';', "behind a set");
+  file.in.expect(';', "after a set");
 }
 
 // "options deftype=ord ...;"
@@ -213,7 +213,7 @@ void read_assumptions_block(nexus_file& file) {
     if (word.is("delete") || word.is("undelete")) require_data("deleting/undeleting taxa");
     if (word.what == nexus_token::kind::word && matrix.present && read_command(file, word))
       continue;
-    file.in.skip_command();
+    file.in.skip_rest();
   }
   if (matrix.present) drop_packed_data();
 }

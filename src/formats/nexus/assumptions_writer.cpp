@@ -115,7 +115,7 @@ void write_plain_types(std::FILE* out, const std::vector<bool>& ordered,
   std::fprintf(out, "\ntypeset * zeb =%s ;", types.c_str());
 }
 
-// The block ends behind the step matrices; the reader takes types of characters outside of one.
+// The block ends after the step matrices; the reader takes types of characters outside of one.
 void write_user_types(std::FILE* out, const std::vector<matrix_use>& uses) {
   for (std::size_t i = 0; i < uses.size(); ++i) {
     write_step_matrix(out, uses[i], false);

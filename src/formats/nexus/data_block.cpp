@@ -48,7 +48,7 @@ std::string read_title(nexus_file& file) {
     title += c == '\'' ? '"' : static_cast<char>(c);
   }
   file.in.back();
-  file.in.skip_command();
+  file.in.skip_rest();
   return title.empty() ? title : "'" + title + "'";
 }
 
@@ -106,7 +106,7 @@ void read_taxa_block(nexus_file& file) {
     } else if (word.is("taxlabels")) {
       file.taxon_labels = read_labels(file);
     } else if (!word.is(';')) {
-      file.in.skip_command();
+      file.in.skip_rest();
     }
   }
 }
@@ -144,7 +144,7 @@ void read_data_block(nexus_file& file) {
       read_nexus_matrix(file, format);
       matrix_read = true;
     } else if (!word.is(';')) {
-      file.in.skip_command();
+      file.in.skip_rest();
     }
   }
   if (!matrix_read) file.in.fail("the data block has no matrix");

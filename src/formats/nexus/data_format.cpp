@@ -19,12 +19,12 @@ data_type type_named(nexus_file& file, const std::string& word) {
 }
 
 void read_mixed(nexus_file& file, nexus_format& format) {
-  file.in.expect('(', "behind \"datatype=mixed\"");
+  file.in.expect('(', "after \"datatype=mixed\"");
   while (!file.in.accept(')')) {
     if (file.in.accept(',')) continue;
     nexus_type_range range;
     range.type = type_named(file, file.in.token().text);
-    file.in.expect(':', "behind a type of mixed data");
+    file.in.expect(':', "after a type of mixed data");
     const std::string word = file.in.token().text;
     const std::size_t dash = word.find('-');
     const std::string last = dash == std::string::npos ? word : word.substr(dash + 1);
@@ -101,7 +101,7 @@ char read_symbol(nexus_file& file) {
     symbol = file.in.next_raw();
     if (file.in.next_raw() != quote) file.in.fail("expected one symbol in quotes");
   }
-  if (symbol < 33 || symbol == ';') file.in.fail("a symbol is missing behind \"=\"");
+  if (symbol < 33 || symbol == ';') file.in.fail("a symbol is missing after \"=\"");
   return static_cast<char>(symbol);
 }
 
@@ -130,7 +130,7 @@ void read_nexus_format(nexus_file& file, nexus_format& format) {
     } else if (option.is("transpose") || option.is("tokens")) {
       file.in.fail("format option " + option.text + " is not available");
     } else if (option.is("datatype")) {
-      file.in.expect('=', "behind \"datatype\"");
+      file.in.expect('=', "after \"datatype\"");
       const std::string type = file.in.value();
       if (lower_case(type) == "mixed") {
         read_mixed(file, format);
@@ -138,17 +138,17 @@ void read_nexus_format(nexus_file& file, nexus_format& format) {
         format.type = type_named(file, type);
       }
     } else if (option.is("missing") || option.is("gap") || option.is("matchchar")) {
-      file.in.expect('=', "behind \"" + lower_case(option.text) + "\"");
+      file.in.expect('=', "after \"" + lower_case(option.text) + "\"");
       const char symbol = read_symbol(file);
       (option.is("missing") ? format.missing
        : option.is("gap")   ? format.gap
                             : format.match) = symbol;
     } else if (option.is("symbols")) {
-      file.in.expect('=', "behind \"symbols\"");
+      file.in.expect('=', "after \"symbols\"");
       format.symbols = expand_symbols(read_quoted_symbols(file));
       file.symbols = format.symbols;
     } else if (option.is("equate")) {
-      file.in.expect('=', "behind \"equate\"");
+      file.in.expect('=', "after \"equate\"");
       read_equates(file, format);
     } else if (file.in.accept('=')) {
       file.in.value();  // an option that says nothing about the cells, as "items=states"

@@ -140,7 +140,7 @@ void nexus_matrix_reader::read_row(int taxon) {
   const int start = position;
   for (;;) {
     const int c = file_.in.next();
-    // Behind the last cell of a row that isn't interleaved, a blank at least must follow.
+    // After the last cell of a row that isn't interleaved, a blank at least must follow.
     if (!format_.interleaved && position == matrix.nchar && (c < 33 || c == ';')) {
       if (c == ';') file_.in.back();
       return;
@@ -178,7 +178,7 @@ void nexus_matrix_reader::read_discrete() {
     check_interrupt(1);
     read_row(taxon);
   }
-  file_.in.expect(';', "behind the matrix");
+  file_.in.expect(';', "after the matrix");
 }
 
 // A comment ends at the character that is returned in its place: values need blanks around
@@ -223,7 +223,7 @@ void nexus_matrix_reader::read_with_continuous(int continuous) {
     }
     read_row(taxon);
   }
-  file_.in.expect(';', "behind the matrix");
+  file_.in.expect(';', "after the matrix");
   values.store_all();
   free_to_high(high);
 }

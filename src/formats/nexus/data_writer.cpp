@@ -50,7 +50,7 @@ std::string symbol_list(const writing_style& style) {
   return symbols;
 }
 
-// What stands behind "datatype="; empty where it goes without saying.
+// What stands after "datatype="; empty where it goes without saying.
 std::string datatype(const writing_style& style) {
   int types = 0;
   for (int c = 0; c < matrix.nchar; ++c) types |= written_type(c, style);

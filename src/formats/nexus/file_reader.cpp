@@ -25,11 +25,11 @@ void skip_block(nexus_file& file, const std::string& name) {
       file.in.accept(';');
       return;
     }
-    if (!token.is(';')) file.in.skip_command();
+    if (!token.is(';')) file.in.skip_rest();
   }
 }
 
-// How gaps are meant is told behind the data: the file is looked through for it beforehand.
+// How gaps are meant is told after the data: the file is looked through for it beforehand.
 bool mentions_new_state_gaps(const std::string& name) {
   std::FILE* stream = std::fopen(name.c_str(), "rb");
   if (!stream) return false;
@@ -51,8 +51,8 @@ bool mentions_new_state_gaps(const std::string& name) {
 std::string read_block_name(nexus_file& file) {
   const nexus_token name = file.in.token();
   if (name.what != nexus_token::kind::word) file.in.fail("a block has no name");
-  // Some programs write more behind the name.
-  if (!file.in.accept(';')) file.in.skip_command();
+  // Some programs write more after the name.
+  if (!file.in.accept(';')) file.in.skip_rest();
   return name.text;
 }
 

@@ -124,7 +124,7 @@ void read_nexus_step_matrix(nexus_file& file) {
   if (!read_head(file, result.name)) {
     warning("Character type", result.name,
             "is a tree of states, which isn't available; its characters stay as they are");
-    return file.in.skip_command();
+    return file.in.skip_rest();
   }
   const std::string size = file.in.token().text;
   int count = 0;

@@ -119,7 +119,7 @@ void nexus_reader::expect(char c, std::string_view where) {
        (found.text.empty() ? std::string() : ", found " + found.text));
 }
 
-void nexus_reader::skip_command() {
+void nexus_reader::skip_rest() {
   for (;;) {
     const nexus_token found = token();
     if (found.is(';')) return;
@@ -129,8 +129,7 @@ void nexus_reader::skip_command() {
 
 std::string nexus_reader::value() {
   const nexus_token found = token();
-  if (found.what == nexus_token::kind::end || found.is(';'))
-    fail("a value is missing behind \"=\"");
+  if (found.what == nexus_token::kind::end || found.is(';')) fail("a value is missing after \"=\"");
   return found.text;
 }
 

@@ -40,8 +40,8 @@ class nexus_reader {
   /// Errors unless the next token is this character; consumed. `where` goes into the message.
   void expect(char c, std::string_view where);
   /// The rest of a command, up to its ";" and over it.
-  void skip_command();
-  /// A word or number as it stands up to a blank or ";", for values behind "=".
+  void skip_rest();
+  /// A word or number as it stands up to a blank or ";", for values after "=".
   std::string value();
 
   /// "Error reading NEXUS file:" with what is wrong and the line.
@@ -55,7 +55,7 @@ class nexus_reader {
   nexus_token peeked_;
 };
 
-/// "yes" and "no" behind an option, which may stand alone: "interleave", "interleave=no".
+/// "yes" and "no" after an option, which may stand alone: "interleave", "interleave=no".
 bool read_yes_no(nexus_reader& in);
 
 /// Lower case, for comparisons.

@@ -47,7 +47,7 @@ void read_translation(nexus_file& file, tree_taxa& taxa) {
   }
 }
 
-// From behind "tree" to the tree's first parenthesis, which stays unread. Returns the name.
+// From the end of "tree" to the tree's first parenthesis, which stays unread. Returns the name.
 std::string read_tree_head(nexus_file& file) {
   file.in.accept('*');
   const nexus_token name = file.in.token();
@@ -80,13 +80,13 @@ void read_trees_block(nexus_file& file) {
     if (word.is("translate")) {
       read_translation(file, taxa);
     } else if (word.is("tree") || word.is("utree")) {
-      // Behind the trees of a file of ours, the tree that has the tags isn't one more of them.
+      // In a file of ours, the tree that has the tags follows the others and is no tree of its own.
       const bool for_tags_only = read_tree_head(file) == tag_tree_name && file.trees_read > 0;
       reader.read_tree(for_tags_only);
       file.trees_read += !for_tags_only;
       show_progress("Reading trees", reader.trees_read(), store.maxtrees);
     } else if (!word.is(';')) {
-      file.in.skip_command();
+      file.in.skip_rest();
     }
   }
   clear_progress();

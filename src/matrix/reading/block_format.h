@@ -20,8 +20,8 @@ struct block_format {
 
 /// Errors where the type needs wider cells than the present ones.
 void check_type_fits(data_type type);
-/// Reads the options behind "[", up to "]" and over it. `other_types_read`: characters that aren't
-/// continuous have been read before.
+/// Reads the options after "[" and the "]" that ends them. `other_types_read`: characters that
+/// aren't continuous have been read before.
 void read_block_format(block_format& format, bool other_types_read);
 
 }  // namespace zeb

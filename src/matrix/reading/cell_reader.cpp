@@ -66,7 +66,7 @@ std::uint32_t cell_reader::lookup(const row_place& place, int character, int sym
   alien_symbol(place, character, symbol);
 }
 
-// Behind the opening bracket, up to the closing one.
+// The states after an opening bracket, up to the closing one.
 std::uint32_t cell_reader::read_set(const row_place& place, int character) {
   std::uint32_t states = 0;
   for (;;) {

@@ -103,7 +103,7 @@ class matrix_reader {
   std::vector<std::string> block_names_ = {"all"};
   bool blocks_named_ = false;
   int block_ = 0;           // number of the block being read
-  int next_character_ = 0;  // first character of the block, then behind it
+  int next_character_ = 0;  // first character of the block; once it is read, of the next one
   bool other_types_read_ = false;
 };
 

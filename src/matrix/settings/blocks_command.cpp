@@ -70,7 +70,7 @@ void define_blocks() {
   set_blocks(starts);
 }
 
-/// The blocks behind "=", flagged by number; 0 stands for all of them.
+/// The blocks after "=", flagged by number; 0 stands for all of them.
 std::vector<std::uint8_t> read_block_list() {
   std::vector<std::uint8_t> marks(at(matrix.nblocks) + 1);
   list_reader list(list_slash_ends, 0, matrix.nblocks + 1, find_list_kind("block"), marks);

@@ -44,7 +44,7 @@ class ccode_reader {
         unused_ = c != '*' && c != '!';
       }
     }
-    if (unused_) warning("No characters behind the last code of ccode: it changes nothing");
+    if (unused_) warning("No characters after the last code of ccode: it changes nothing");
     if (settings.report) summarise_settings(changed_, mentioned_);
   }
 

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int most_states = 32;
 
-/// The character that an entry is for: a number, within a block behind "@B", or a name.
+/// The character that an entry is for: a number (after "@B", within that block) or a name.
 struct character_reference {
   int character = 0;
   int number = 0;  // as the user gave it
@@ -68,7 +68,7 @@ character_reference read_character_reference() {
   return found;
 }
 
-/// "N name state0 state1 ... ;" behind "{" or "+".
+/// "N name state0 state1 ... ;", after "{" or "+".
 void read_character_entry() {
   const character_reference reference = read_character_reference();
   if (read_item() == 0) {
@@ -91,7 +91,7 @@ void read_character_entry() {
   set_character_name(reference.character, std::move(entry));
 }
 
-/// "N name ;" behind "[".
+/// "N name ;", after "[".
 void read_block_entry() {
   const int next = skip_blanks_peek();
   if (!std::isdigit(next) && next != '(') error_end("Must specify block number");

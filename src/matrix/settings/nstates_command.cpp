@@ -112,7 +112,7 @@ void read_fix(data_settings&) {
   for (const int c : read_continuous_list()) fix_scale(c);
 }
 
-// "scale C F S", with "*" behind it in log form: what `xread *` writes.
+// "scale C F S", and "*" after it in log form: what `xread *` writes.
 void read_scale(data_settings&) {
   require_continuous("Setting scales");
   int character = 0;
