@@ -3,7 +3,7 @@
 Usage: sessions.py DOCUMENT ZEB EXAMPLES [--accept], which puts the real output in.
 
 Two kinds of indented blocks are run, in one copy of the examples. A block that begins with "$ zeb"
-is a call of the program. Lines behind the prompt "zeb*>" are commands: all those of a document make one
+is a call of the program. Lines after the prompt "zeb*>" are commands: all those of a document make one
 session, fed to the program line by line. Seconds and clocks may differ."""
 
 import pathlib

@@ -103,7 +103,7 @@ def contents(folder, commands):
     if lines[start].startswith("'"):
         rows["title"] = lines[start]
         start += 1
-    for line in lines[start + 1:]:  # behind the dimensions
+    for line in lines[start + 1:]:  # after the dimensions
         if not line.startswith("&"):
             name, cells = line.split(None, 1)
             rows[name] = rows.get(name, "") + cells

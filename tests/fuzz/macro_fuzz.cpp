@@ -35,8 +35,8 @@ std::string with_short_numbers(std::string_view text) {
   std::string result;
   for (const char c : text) {
     const bool digit = c >= '0' && c <= '9';
-    const bool behind_digit = !result.empty() && result.back() >= '0' && result.back() <= '9';
-    if (!digit || !behind_digit) result += c;
+    const bool after_digit = !result.empty() && result.back() >= '0' && result.back() <= '9';
+    if (!digit || !after_digit) result += c;
   }
   return result;
 }

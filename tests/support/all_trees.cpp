@@ -29,12 +29,12 @@ void add_terminal(rooted_tree& tree, int t, const std::function<void(const roote
   }
 }
 
-/// Least cost of what lies behind a node in one direction, by its state, and one change more where
+/// Least cost of what lies beyond a node in one direction, by its state, and one change more where
 /// the neighbour's state is another.
-costs across(const costs& behind) {
-  const long least = *std::min_element(behind.begin(), behind.end());
+costs across(const costs& beyond) {
+  const long least = *std::min_element(beyond.begin(), beyond.end());
   costs result{};
-  for (std::size_t s = 0; s < most_states; ++s) result[s] = std::min(behind[s], least + 1);
+  for (std::size_t s = 0; s < most_states; ++s) result[s] = std::min(beyond[s], least + 1);
   return result;
 }
 

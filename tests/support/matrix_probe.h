@@ -32,7 +32,7 @@ inline bool asks_for_much(std::string_view text) {
   return false;
 }
 
-/// Runs "nstates N; xread" with `text` behind it. Either there are no data afterwards, or what
+/// Runs "nstates N; xread" with `text` after it. Either there are no data afterwards, or what
 /// `xread *` writes of them reads back the same. Aborts otherwise. Nothing stays in the arena.
 /// Returns whether there were data.
 inline bool probe_matrix_reader(std::string_view text, const char* settings) {

@@ -37,7 +37,7 @@ class text_session {
   text_session(const text_session&) = delete;
   text_session& operator=(const text_session&) = delete;
 
-  /// What `read_char` gives from now on; behind it come "\n;" over and over.
+  /// What `read_char` gives from now on; after it come "\n;" over and over.
   void type(std::string text) {
     text_ = std::move(text);
     next_ = 0;

@@ -44,7 +44,7 @@ TEST(lexer, words_are_letters_folded_and_leave_what_follows) {
   EXPECT_EQ(read_char(), '=');
 }
 
-TEST(lexer, names_keep_case_and_take_digits_behind_the_first_letter) {
+TEST(lexer, names_keep_case_and_take_digits_after_the_first_letter) {
   const text_input in("Homo_sap-2.x+ 3abc");
   read_name();
   EXPECT_EQ(token(), "Homo_sap-2.x+");

@@ -140,7 +140,7 @@ TEST(text_diagram, draws_very_deep_trees) {
     const auto names = std::accumulate(
         lines.begin(), lines.end(), 0L,
         [](long sum, const std::string& line) { return sum + line.ends_with(" x"); });
-    // A name alone behind a cut mark has no blank in front.
+    // A name alone after a cut mark has no blank in front.
     EXPECT_NEAR(static_cast<double>(names), ntax, ntax * 0.25);
     EXPECT_LT(lines.size(), 3U * ntax);
   }
