@@ -16,7 +16,7 @@
 namespace zeb_test {
 
 /// Starts the program's state once a process: all rooms registered, no console, chatter off. Tests
-/// with arenas of their own leave none behind: then there is a new one.
+/// with arenas of their own leave none: then there is a new one.
 inline void start_program() {
   if (!zeb::arena.base) zeb::create_arena(16'000'000);
   static bool started = false;
