@@ -144,6 +144,7 @@ std::string default_text(const option_row& row, const void* defaults) {
       return value == row.value ? " [default]" : "";
     default:
       if (row.negatable && value == row.off) return " [off]";
+      if (row.kind == option_kind::optional_number && !row.negatable) return {};
       if (value < row.range.lowest) return {};  // stands for no number
       break;
   }

@@ -47,14 +47,16 @@ constexpr command_options rows = {
         "to 1"),
 };
 
-/// What the options say together.
-void check_format(const block_format& before, const block_format& format, bool other_types_read) {
+void check_type(const block_format& before, const block_format& format, bool other_types_read) {
   if (format.type != before.type) {
     check_type_fits(format.type);
     if (format.type == continuous_data && other_types_read) {
       error_end("Continuous characters must precede all other ones!");
     }
   }
+}
+
+void check_landmarks(const block_format& format) {
   if (format.type != landmark_data) return;
   if (!format.name.empty()) {
     error_end("Sorry, if data matrix contains landmarks, blocks cannot be named data matrix");
@@ -92,14 +94,16 @@ constexpr option_table block_options =
 
 void read_block_format(block_format& format, bool other_types_read) {
   block_format wanted = format;
-  while (!accept_char(']')) {
+  while (skip_blanks_peek() != ']') {
     if (accept_char('/')) {
       wanted.name = read_block_name();
     } else {
       read_option(&wanted, block_options);
     }
   }
-  check_format(format, wanted, other_types_read);
+  check_type(format, wanted, other_types_read);
+  accept_char(']');
+  check_landmarks(wanted);
   format = wanted;
 }
 

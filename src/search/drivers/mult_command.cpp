@@ -38,8 +38,8 @@ constexpr command_options rows = {
     choice<&mult_settings::swapper>("tbr", mult_settings::tbr).help("swap with TBR"),
     choice<&mult_settings::swapper>("wagner", mult_settings::wagner_only)
         .help("no swapping: Wagner trees only"),
-    toggle<&mult_settings::ratchet>("ratchet").help("ratchet after TBR"),
-    toggle<&mult_settings::drift>("drift").help("drift after TBR"),
+    toggle<&mult_settings::ratchet>("ratchet").help("ratchet after TBR; not built yet"),
+    toggle<&mult_settings::drift>("drift").help("drift after TBR; not built yet"),
     choice<&mult_settings::addition, informative>("ras", 0)
         .also<&mult_settings::addition, look>(0)
         .also<&mult_settings::addition, rule>(0)
