@@ -1,10 +1,7 @@
-// Handlers and option tables of the consensus commands.
+// Handlers of the consensus commands.
 #pragma once
 
 namespace zeb {
-
-struct option_table;
-extern const option_table qnelsen_options;
 
 void nelsen_command();
 void majority_command();
