@@ -151,7 +151,7 @@ TEST_F(search_contexts, a_search_inside_another_leaves_no_trace) {
     int calls = 0;
     int disturbances = 0;
     const outcome disturbed = search_all(rules, [&](search_context& outer) {
-      if (++calls % 199 != 0) return;
+      if (++calls % 61 != 0) return;
       const event_scope nothing_happens(nullptr);
       const std::vector<std::int64_t> before = state_of(outer.data);
       const std::byte* const low = arena.low;
@@ -192,10 +192,10 @@ TEST_F(search_contexts, an_error_inside_leaves_the_outer_search_sound) {
   int failures = 0;
   zeb_test::printed_by([&] {
     const outcome disturbed = search_all({}, [&](search_context& outer) {
-      if (++calls % 23 != 0) return;
+      if (++calls % 11 != 0) return;
       const event_scope nothing_happens(nullptr);
       const std::byte* const low = arena.low;
-      arena.fail_countdown = calls / 23;
+      arena.fail_countdown = calls / 11;
       try {
         search_reduced(calls % 5, &outer);
       } catch (const command_unwinding&) {
