@@ -17,7 +17,6 @@
 #include "macro/array_operations.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
-#include "macro/script_text.h"
 #include "macro/variable_reference.h"
 #include "trees/drawing/tables.h"
 
@@ -26,7 +25,7 @@ namespace {
 
 std::string read_title() {
   std::string title;
-  const literal_commas commas;
+  const comma_reading commas(true);
   skip_blanks_peek();
   for (int c = read_char(); c != ';'; c = read_char()) title += static_cast<char>(c < 32 ? ' ' : c);
   return title;

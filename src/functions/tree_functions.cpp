@@ -143,8 +143,8 @@ double copies_of_tree() {
   return count;
 }
 
-// 1 less the imbalance of Colless as a share of its maximum: how much larger the largest
-// clade of each node is than its smallest one, summed; the maximum is that of a comb.
+// 1 less the imbalance of the tree as a share of the most there can be. The imbalance sums over all
+// nodes how much larger the largest clade of a node is than its smallest one; a comb has the most.
 double symmetry() {
   const const_tree_span tree = stored_tree(one_tree());
   const descendant_lists lists = descendants_of(tree, matrix.ntax);

@@ -286,6 +286,19 @@ void pop_all() {
   }
 }
 
+void read_on_at(const char* position, int level) {
+  if (level == input.top) return read_on_at(position);
+  input.frames[static_cast<std::size_t>(level) + 1]->saved_position = const_cast<char*>(position);
+}
+
+void set_error_target(const std::string& file, const std::string& label) {
+  input.error_target_file = file;
+  input.error_target_label = label;
+  input.error_target_level = input.top;
+}
+
+void clear_error_target() { input.error_target_level = -1; }
+
 bool has_text_at(int level) {
   while (input.top > level && *input.read_position == 0 && top_frame().at_end) pop_frame();
   if (input.top != level) return input.top > level;

@@ -38,9 +38,8 @@ struct input_state {
   std::string run_directory;      // `rdir`, ends in "/"
   int error_target_level = -1;    // `goto [`; -1 none
   std::string error_target_file, error_target_label;
-  std::string goto_default_file;  // `goto =`
-  bool jump_pending = false;      // the main loop is to run the jump to the error target
-  bool in_command_head = false;   // blanks between a command word and its arguments are skipped
+  bool jump_pending = false;     // the main loop is to run the jump to the error target
+  bool in_command_head = false;  // blanks between a command word and its arguments are skipped
   // Process arguments that didn't fit in the level-0 text yet.
   std::string argument_text;
   std::size_t argument_position = 0;
@@ -52,7 +51,7 @@ extern input_state input;
 /// they are read as before.
 class comma_reading {
  public:
-  comma_reading() = default;
+  explicit comma_reading(bool literal = false) { set_literal(literal); }
   ~comma_reading() { input.literal_comma = former_; }
   comma_reading(const comma_reading&) = delete;
   comma_reading& operator=(const comma_reading&) = delete;
@@ -90,6 +89,12 @@ extern int (*read_char)();
 /// Steps back by one character, unless at the start of the frame's buffer.
 extern void (*unread_char)();
 
+/// Goes on reading at `position` of whatever text: for filters on the plain reader.
+inline void read_on_at(const char* position) { input.read_position = const_cast<char*>(position); }
+
+/// The same in the frame at `level`: at once, or when the frames above it have ended.
+void read_on_at(const char* position, int level);
+
 /// The plain reader.
 int plain_read_char();
 void plain_unread_char();
@@ -108,6 +113,9 @@ void pop_all();
 /// Pops the frames above `level` whose text has run out. Returns true while `level` itself has
 /// text.
 bool has_text_at(int level);
+/// Sets and forgets the label that an error or break in this frame or above it goes to.
+void set_error_target(const std::string& file, const std::string& label);
+void clear_error_target();
 /// Is `name` the file being read?
 bool is_current_file(std::string_view name);
 /// The top frame has run out of text: nothing but the supplied "\n;", or a part of it, is left.

@@ -41,7 +41,7 @@ constexpr std::size_t longest_word = 100;
 
 [[noreturn]] void no_end() { error_end("Found end-of-file:", "\"if\" not matched by \"end\""); }
 
-// Next character; a block doesn't go on behind the end of its loop.
+// Next character; a block doesn't go on after the end of its loop.
 int next_in_block() {
   if (loop_text_ended()) no_end();
   return read_raw_char();
@@ -51,8 +51,8 @@ void refuse_end_of_file() {
   if (macros.level <= macros.frames.back().loop_base && input_ended()) no_end();
 }
 
-// Next word, ended by a blank, ";" or "(" (consumed, but for the ";" left to `ended_by`). A word
-// that begins with "(" or ";" counts as "x".
+// Next word and what ended it: a blank, ";" or "(", which is consumed. A "(" or ";" that comes
+// first counts as the word "x", ended by itself.
 std::string next_word(int* ended_by) {
   int c = 0;
   do {
@@ -100,7 +100,7 @@ void capture_loop_text(loop_record& loop) {
       text += static_cast<char>(c);
     }
     if (text.size() + 2 > room) error_end("Not enough RAM available to continue macros...");
-    // A body doesn't go on behind the end of its file.
+    // A body doesn't go on after the end of its file.
     if (c < 33 && macros.level <= macros.frames.back().loop_base && input_ended()) no_stop();
     // A word counts once it can't go on: look at what follows before counting.
     const int lower = std::tolower(c);

@@ -24,11 +24,11 @@ namespace {
 
 void set_default_target() {
   if (read_item() == 0) error_end("Define default target file: Must give filename");
-  input.goto_default_file = std::string(token()).substr(0, 160);
-  if (settings.report) report_line("Default target for goto is", input.goto_default_file);
+  macros.goto_default_file = std::string(token()).substr(0, 160);
+  if (settings.report) report_line("Default target for goto is", macros.goto_default_file);
 }
 
-void set_error_target() {
+void read_error_target() {
   if (input.error_target_level >= 0)
     error_end("A target has been defined; undefine first, with 'goto ]'");
   if (read_item() == 0) error_end("Define target file for error/break: Must give filename");
@@ -36,9 +36,7 @@ void set_error_target() {
   if (read_item() == 0) error_end("Must give label to go to");
   const std::string label(token());
   check_label(label);
-  input.error_target_file = file;
-  input.error_target_label = label;
-  input.error_target_level = input.top;
+  set_error_target(file, label);
   if (settings.report)
     emitf("Target for goto on error/break: %s (label: %s)", file.c_str(), label.c_str());
 }
@@ -56,15 +54,15 @@ void goto_command() {
       return;
     case '-':
       next_nonblank();
-      input.goto_default_file.clear();
+      macros.goto_default_file.clear();
       return;
     case '[':
       next_nonblank();
-      set_error_target();
+      read_error_target();
       return;
     case ']':
       next_nonblank();
-      input.error_target_level = -1;
+      clear_error_target();
       if (settings.report) report_line("Undefined error/break target");
       return;
     default:
@@ -76,7 +74,7 @@ void goto_command() {
   if (skip_blanks_peek() == ';') {
     // One word: a label of the default target, or of the file being read.
     label = file;
-    file = input.goto_default_file;
+    file = macros.goto_default_file;
     if (file.empty() && input.top > 0) file = top_frame().name;
     if (file.empty()) error_end("Must give filename (or define default target file)");
   } else {

@@ -89,7 +89,7 @@ void loop_command() {
   close_expansion();
   loop.resume = input.read_position;
   macros.loops[++macros.level] = loop;
-  input.read_position = const_cast<char*>(loop.text);
+  read_on_at(loop.text);
 }
 
 void endloop_command() {

@@ -63,13 +63,13 @@ void advance_loop() {
     if (macros.report)
       emitf("Loop %i ---> %i", macros.level - macros.frames.back().loop_base,
             static_cast<int>(loop.current));
-    input.read_position = const_cast<char*>(loop.text);
+    read_on_at(loop.text);
     // Rounds that neither print nor search would leave the user without a way to stop them.
     if (++macros.rounds % 128 == 0 && (settings.break_polling || process.background))
       check_interrupt(1);
     return;
   }
-  input.read_position = const_cast<char*>(loop.resume);
+  read_on_at(loop.resume);
   leave_loop();
 }
 

@@ -74,10 +74,8 @@ bool reset_macro_flow() {
     frame.pending_text.clear();
     const bool top = f + 1 == macros.frames.size();
     const int innermost = top ? macros.level : macros.frames[f + 1].loop_base;
-    if (innermost > frame.loop_base) {
-      char*& position = top ? input.read_position : input.frames[f + 1]->saved_position;
-      position = const_cast<char*>(macros.loops[frame.loop_base + 1].resume);
-    }
+    if (innermost > frame.loop_base)
+      read_on_at(macros.loops[frame.loop_base + 1].resume, static_cast<int>(f));
   }
   leave_loops_above(-1);
   for (macro_frame& frame : macros.frames) {

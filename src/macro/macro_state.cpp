@@ -57,7 +57,7 @@ void allocate_macro_tables() {
                              vars * (1 + sizeof(int*) + 5 * sizeof(int) + sizeof(int) + 8 + 8) +
                              512;
   macros.block_size = std::max(static_cast<std::size_t>(macros.memory_bytes), tables + 1000);
-  // Zeros, without touching what isn't used.
+  // Memory of zeros: what isn't used is never touched.
   macros.block = static_cast<std::byte*>(std::calloc(macros.block_size, 1));
   if (!macros.block) error_end("Allocation failure: not enough RAM available");
   char* place = reinterpret_cast<char*>(macros.block);
@@ -144,11 +144,9 @@ std::string variable_string(int number) {
   return std::string(bytes.begin(), end);
 }
 
-char* take_heap(std::size_t bytes, bool at_start) {
-  if (bytes > static_cast<std::size_t>(macros.heap_end - macros.heap_top)) {
-    error_end(at_start ? "Not enough RAM allocated for macros"
-                       : "Not enough RAM available to continue macros...");
-  }
+char* take_heap(std::size_t bytes) {
+  if (bytes > static_cast<std::size_t>(macros.heap_end - macros.heap_top))
+    error_end("Not enough RAM available to continue macros...");
   char* result = macros.heap_top;
   macros.heap_top += bytes;
   return result;
@@ -214,19 +212,18 @@ void lay_out_array(int number, std::span<const int> sizes) {
   };
   const auto cells = static_cast<int>(array_cells(sizes));
   for (int i = 0; i < cells && macros.dimension_count; ++i) macros.dimension_count[number + i] = 0;
-  // Each level of index cells points to the rows of the next one, which follow behind the whole
-  // level.
-  int level_start = number;
-  std::int64_t level_cells = sizes[0];
+  // The index cells of one dimension point to the rows of the next, which come after all of them.
+  int first = number;
+  std::int64_t count = sizes[0];
   for (int d = 1; d < dims; ++d) {
-    const int next_start = level_start + static_cast<int>(level_cells);
+    const int next = first + static_cast<int>(count);
     const int row = sizes[static_cast<std::size_t>(d)];
-    for (int i = 0; i < static_cast<int>(level_cells); ++i) {
-      store_variable(level_start + i, next_start + static_cast<double>(i) * row);
-      note(level_start + i, d);
+    for (int i = 0; i < static_cast<int>(count); ++i) {
+      store_variable(first + i, next + static_cast<double>(i) * row);
+      note(first + i, d);
     }
-    level_start = next_start;
-    level_cells *= row;
+    first = next;
+    count *= row;
   }
   // The array's own dimensions last: its first index cell is the same cell.
   note(number, 0);

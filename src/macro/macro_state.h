@@ -1,6 +1,6 @@
 // The store of the macro language: numbered variables, their names and dimensions, the loop table,
-// and the bump heap that holds names and captured loop texts. All tables are carved from one block
-// that lives while the language is on.
+// and the heap that holds names and the texts of loops, one after the other. All lie in one block
+// of memory, which lives while the language is on.
 #pragma once
 
 #include <cstddef>
@@ -25,12 +25,12 @@ struct loop_record {
   std::int64_t current;  // the counter; never negative while the body runs
   std::int64_t step;
   std::int64_t end;
-  const char* text;      // captured body, NUL-terminated, in the heap
+  const char* text;      // the body, in the heap, with a NUL at its end
   const char* text_end;  // its NUL
   const char* resume;    // where the outer text goes on
 };
 
-/// What one input frame changes, kept to be put back when it ends.
+/// What belongs to one open input and ends with it.
 struct macro_frame {
   int shift = 0;          // var shift of the file
   int private_count = 0;  // `private N`
@@ -41,7 +41,6 @@ struct macro_frame {
   std::string pending_text;  // expansion that was being read when the file was called
 };
 
-/// Written in macro/ only.
 struct macro_state {
   // Settings that survive `macro -`.
   int protection = 2;  // 0 to 2
@@ -56,6 +55,7 @@ struct macro_state {
   bool report = false;               // `macreport =`
   int seed = 1;                      // `macseed`
   random_generator generator{1};
+  std::string goto_default_file;              // `goto =`
   double clock_start = 0;                     // `resettime`
   int exit_status = 0;                        // `return N`
   double regr = 0, regalfa = 0, regbeta = 0;  // results of regressions
@@ -109,8 +109,8 @@ std::span<char> string_bytes(int number);
 /// The string that starts in the variable's cells, up to its NUL.
 std::string variable_string(int number);
 
-/// Takes bytes from the heap; `what` says which message is due when it is full.
-char* take_heap(std::size_t bytes, bool at_start = false);
+/// Takes bytes from the heap, or ends the command where it is full.
+char* take_heap(std::size_t bytes);
 void release_heap(char* to);
 
 /// Number of the last named variable of that name, exact case; -1 none.
@@ -120,12 +120,12 @@ std::string_view variable_name(int number);
 std::span<const int> variable_dimensions(int number);
 /// Cells that an array of these sizes takes: D1 + D1*D2 + ... ; more than an integer may hold.
 double array_cells(std::span<const int> sizes);
-/// First data cell of an array, walking its index cells; and how many data cells it has.
+/// First data cell of an array, after all its index cells; and how many data cells it has.
 int first_data_cell(int number);
 std::int64_t data_cell_count(std::span<const int> sizes);
 /// Lays out an array: writes its index cells, and under protection its dimensions.
 void lay_out_array(int number, std::span<const int> sizes);
-/// Next variable number behind all named ones, at least the var shift.
+/// The first variable after all named ones and their cells; at least the var shift.
 int next_free_variable();
 /// Gives the name and dimensions to a variable. All checks of names and space are made here.
 void name_variable(int number, std::string_view name, std::span<const int> sizes);

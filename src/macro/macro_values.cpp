@@ -84,7 +84,7 @@ enum class reading { strict, tolerant };
 // Puts a word back that was read in one piece of text. False when the text was refilled meanwhile.
 bool put_back(const char* from, std::size_t length) {
   if (input.read_position != from + length) return false;
-  input.read_position = const_cast<char*>(from);
+  read_on_at(from);
   return true;
 }
 

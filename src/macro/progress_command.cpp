@@ -12,7 +12,6 @@
 #include "macro/commands.h"
 #include "macro/macro_language.h"
 #include "macro/macro_values.h"
-#include "macro/script_text.h"
 
 namespace zeb {
 
@@ -60,7 +59,7 @@ void progress_command() {
   if (settings.report) error_end("Cannot run progress with report ON");
   shown.done = macro_value();
   shown.total = macro_value();
-  const literal_commas commas;
+  const comma_reading commas(true);
   shown.label.clear();
   skip_blanks_peek();
   for (int c = read_char(); c != ';'; c = read_char()) {

@@ -43,11 +43,11 @@ int read_raw_boundary() {
     if (in_expansion()) {
       const auto c = static_cast<unsigned char>(*input.read_position);
       if (!c) {
-        input.read_position = expansion.resume;
+        read_on_at(expansion.resume);
         expansion.reading = false;
         continue;
       }
-      ++input.read_position;
+      read_on_at(input.read_position + 1);
       return c == ',' && input.top == 0 && !input.literal_comma ? ';' : c;
     }
     if (in_loop_text()) {
@@ -56,7 +56,7 @@ int read_raw_boundary() {
         advance_loop();
         continue;
       }
-      ++input.read_position;
+      read_on_at(input.read_position + 1);
       return c == ',' && input.top == 0 && !input.literal_comma ? ';' : c;
     }
     return plain_read_char();
@@ -71,9 +71,9 @@ int peek_raw_char() {
 
 void unread_raw_char() {
   if (in_expansion()) {
-    if (input.read_position > expansion.text) --input.read_position;
+    if (input.read_position > expansion.text) read_on_at(input.read_position - 1);
   } else if (in_loop_text()) {
-    if (input.read_position > macros.loops[macros.level].text) --input.read_position;
+    if (input.read_position > macros.loops[macros.level].text) read_on_at(input.read_position - 1);
   } else {
     plain_unread_char();
   }
@@ -97,14 +97,14 @@ void insert_text(std::string_view text, std::size_t expandable_tail) {
   expansion.text[all.size()] = 0;
   expansion.plain_end = expansion.text + plain;
   expansion.reading = true;
-  input.read_position = expansion.text;
+  read_on_at(expansion.text);
 }
 
 bool last_char_was_plain() { return in_expansion() && input.read_position <= expansion.plain_end; }
 
 void close_expansion() {
   if (!in_expansion()) return;
-  input.read_position = expansion.resume;
+  read_on_at(expansion.resume);
   expansion.reading = false;
 }
 
@@ -130,7 +130,7 @@ bool loop_text_ended() { return in_loop_text() && *input.read_position == 0; }
 
 void skip_to_loop_end() {
   forget_expansion();
-  input.read_position = const_cast<char*>(macros.loops[macros.level].text_end);
+  read_on_at(macros.loops[macros.level].text_end);
 }
 
 }  // namespace zeb

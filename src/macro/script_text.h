@@ -35,18 +35,6 @@ class reading_flag {
   bool before_;
 };
 
-/// Makes commas plain characters for its lifetime, where they would end the command.
-class literal_commas {
- public:
-  literal_commas() : before_(input.literal_comma) { input.literal_comma = true; }
-  ~literal_commas() { input.literal_comma = before_; }
-  literal_commas(const literal_commas&) = delete;
-  literal_commas& operator=(const literal_commas&) = delete;
-
- private:
-  bool before_;
-};
-
 /// The same as `read_raw_char` where a text may end, a command may end or a line is to be counted.
 int read_raw_boundary();
 /// Next character without any expansion; the next one left unread; one step back.
@@ -54,7 +42,7 @@ inline int read_raw_char() {
   // Whatever text it is: only its end, commas at level 0 and the count of lines need a closer look.
   const char plain = *input.read_position;
   if (plain == 0 || plain == ',' || plain == '\n') return read_raw_boundary();
-  ++input.read_position;
+  read_on_at(input.read_position + 1);
   return static_cast<unsigned char>(plain);
 }
 int peek_raw_char();

@@ -31,7 +31,7 @@ std::string read_stored_text() {
   const reading_flag quotes(&macro_reading::no_quotes);
   // A "$" at the head opened the text; further ones convert as usual.
   const reading_flag strings(&macro_reading::no_strings, false);
-  const literal_commas commas;
+  const comma_reading commas(true);
 
   std::string text;
   bool blank = false;

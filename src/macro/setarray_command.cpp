@@ -11,7 +11,6 @@
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
-#include "macro/script_text.h"
 #include "macro/variable_reference.h"
 
 namespace zeb {
@@ -20,7 +19,7 @@ namespace {
 
 std::vector<int> read_sizes() {
   std::vector<int> sizes;
-  const literal_commas commas;
+  const comma_reading commas(true);
   for (;;) {
     const int c = skip_blanks_peek();
     if (!std::isdigit(c) && c != '(' && c != '\'') error_end("Must specify dimension");

@@ -167,11 +167,11 @@ std::string read_variable_name() {
   return name;
 }
 
-// Sizes in brackets behind a name, with commas or blanks between them.
+// Sizes in brackets after a name, with commas or blanks between them.
 void read_bracketed_sizes(std::vector<int>& sizes, int number) {
   if (peek_raw_char() != '[') return;
   read_raw_char();
-  const literal_commas commas;
+  const comma_reading commas(true);
   for (;;) {
     const int c = skip_blanks_peek();
     if (c == ',') {
@@ -209,7 +209,7 @@ void name_numbered() {
     int number = next;
     std::vector<int> sizes;
     const int c = skip_blanks_peek();
-    const literal_commas commas;
+    const comma_reading commas(true);
     if (accept_char('+')) {
       number = next_free_variable();
     } else if (std::isdigit(c) || c == '(') {

@@ -3,7 +3,7 @@
 
 namespace zeb {
 
-/// Expands the reference behind the opening `quote`, which has been read, up to its closing one.
+/// Expands the reference after the opening `quote`, which has been read, up to its closing one.
 void expand_variable(char quote);
 
 }  // namespace zeb

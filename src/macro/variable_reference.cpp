@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "base/errors.h"
+#include "language/input.h"
 #include "language/lexer.h"
 #include "macro/macro_values.h"
 #include "macro/script_text.h"
@@ -71,7 +72,7 @@ variable_reference read_subscripts(int base, bool named, bool ranges) {
   reference.dimensions = static_cast<int>(sizes.size());
   if (peek_raw_char() != '[') return reference;
   read_raw_char();
-  const literal_commas commas;
+  const comma_reading commas(true);
   double position = base;
   for (;;) {
     int c = skip_blanks_peek();

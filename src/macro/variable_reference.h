@@ -18,7 +18,7 @@ struct variable_reference {
   std::array<int, most_dimensions> subscript = {};  // the first of them
   bool named = false;
   bool range = false;
-  char separator = ' ';  // "&N" behind a range
+  char separator = ' ';  // "&N" after a range
   /// Under protection: the reference stops at an index cell (fewer subscripts than dimensions).
   bool is_section() const { return subscripts < dimensions; }
 };
