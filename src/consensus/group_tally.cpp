@@ -38,8 +38,8 @@ bool group_tally::grow() {
 int group_tally::find(int node) const {
   const set_word check = sets_.check(node);
   const std::size_t mask = index_.size() - 1;
-  for (std::size_t slot = check & mask;; slot = (slot + 1) & mask) {
-    const int number = index_[slot];
+  for (std::size_t place = check & mask;; place = (place + 1) & mask) {
+    const int number = index_[place];
     if (number < 0) return -1;
     const group_record& r = records_[at(number)];
     if (r.check == check && r.size == sets_.size(node) && r.count >= min_count &&
@@ -50,9 +50,9 @@ int group_tally::find(int node) const {
 
 void group_tally::index_record(int number) {
   const std::size_t mask = index_.size() - 1;
-  std::size_t slot = records_[at(number)].check & mask;
-  while (index_[slot] >= 0) slot = (slot + 1) & mask;
-  index_[slot] = number;
+  std::size_t place = records_[at(number)].check & mask;
+  while (index_[place] >= 0) place = (place + 1) & mask;
+  index_[place] = number;
 }
 
 /// New record for the group of a node; -1 without room.

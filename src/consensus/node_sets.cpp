@@ -9,8 +9,6 @@
 namespace zeb {
 namespace {
 
-std::size_t words_for(int ntax) { return (at(ntax) + taxa_per_word - 1) / taxa_per_word; }
-
 /// The finaliser of splitmix64 (Steele, Lea and Flood 2014): neighbours get unrelated words.
 set_word scrambled(set_word z) {
   z += 0x9e3779b97f4a7c15ULL;
@@ -23,7 +21,7 @@ set_word scrambled(set_word z) {
 
 node_sets_builder::node_sets_builder(int ntax, std::span<const std::uint8_t> excluded)
     : ntax_(ntax),
-      words_(words_for(ntax)),
+      words_(set_words(ntax)),
       excluded_(excluded.begin(), excluded.end()),
       keys_(at(ntax)),
       sets_(alloc_low<set_word>(checked_product(at(ntax), words_), 64)),
@@ -36,7 +34,7 @@ node_sets_builder::node_sets_builder(int ntax, std::span<const std::uint8_t> exc
 }
 
 std::size_t node_sets_builder::bytes_needed(int ntax) {
-  return checked_product(checked_product(at(ntax), words_for(ntax)), sizeof(set_word)) + 64;
+  return checked_product(checked_product(at(ntax), set_words(ntax)), sizeof(set_word)) + 64;
 }
 
 void node_sets_builder::add_terminal(int node, int terminal) {

@@ -5,12 +5,10 @@
 #include <span>
 #include <vector>
 
+#include "base/taxon_set.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
-
-using set_word = std::uint64_t;
-constexpr int taxa_per_word = 64;
 
 /// Sets, sizes and check words of the internal nodes of one tree at a time, filled in one pass from
 /// the terminals rootward. The sets lie in the arena: make one inside an arena_scope.

@@ -1,7 +1,7 @@
 #include "consensus/pruned_consensus.h"
 
 #include <algorithm>
-#include <map>
+#include <unordered_map>
 
 #include "base/indices.h"
 #include "base/process.h"
@@ -23,14 +23,14 @@ bool next_choice(std::vector<int>& chosen, int n) {
 }
 
 /// Gains of sets by what they hold; only those above 0, each at least that of the sets within.
-using gain_table = std::map<std::vector<int>, int>;
+using gain_table = std::unordered_map<taxon_set, int>;
 
 /// The best gain of the sets with one taxon less.
-int gain_within(const gain_table& gains, const std::vector<int>& taxa) {
+int gain_within(const gain_table& gains, const taxon_set& taxa) {
   int best = 0;
-  for (std::size_t left_out = 0; left_out < taxa.size(); ++left_out) {
-    std::vector<int> smaller = taxa;
-    smaller.erase(smaller.begin() + static_cast<std::ptrdiff_t>(left_out));
+  for (const int left_out : taxa) {
+    taxon_set smaller = taxa;
+    smaller.erase(left_out);
     const auto found = gains.find(smaller);
     if (found != gains.end()) best = std::max(best, found->second);
   }
@@ -71,10 +71,10 @@ std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_m
     do {
       check_interrupt(1);
       show_progress("Pruning taxa", done++, total);
-      pruned_set set;
+      pruned_set set{.taxa = taxon_set(ntax)};
       std::vector<std::uint8_t> cut(at(ntax), 0);
       for (const int i : chosen) {
-        set.taxa.push_back(candidates[at(i)]);
+        set.taxa.insert(candidates[at(i)]);
         cut[at(candidates[at(i)])] = 1;
       }
       group_tree reduced = whole;
@@ -89,7 +89,7 @@ std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_m
   }
   clear_progress();
   std::ranges::stable_sort(found, [](const pruned_set& a, const pruned_set& b) {
-    return a.gain != b.gain ? a.gain > b.gain : a.taxa.size() < b.taxa.size();
+    return a.gain != b.gain ? a.gain > b.gain : a.taxa.count() < b.taxa.count();
   });
   return found;
 }

@@ -8,14 +8,15 @@
 #include <span>
 #include <vector>
 
+#include "base/taxon_set.h"
 #include "consensus/group_tree.h"
 #include "consensus/selection.h"
 
 namespace zeb {
 
-/// A set of taxa, in increasing order, and how many groups its absence adds to the consensus.
+/// A set of taxa, and how many groups its absence adds to the consensus.
 struct pruned_set {
-  std::vector<int> taxa;
+  taxon_set taxa;
   int gain = 0;
 };
 
