@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Checks the source tree without building it: format, floors and circles, homes of functions, owners of
-# state, words. Usage: scripts/check.sh [--lint]
+# state, words, and what documents name. Usage: scripts/check.sh [--lint]
 # With --lint all sources go through clang-tidy as well; what passed is remembered in build/lint.json, so
 # that only files whose text, or whose headers' text, has changed are looked at again.
 set -euo pipefail
@@ -21,8 +21,10 @@ for check in layers homes ownership; do
   echo "== $check"
   python3 tests/checks/$check.py src || bad=1
 done
-echo "== words"
-python3 tests/checks/words.py . || bad=1
+for check in words documents; do
+  echo "== $check"
+  python3 tests/checks/$check.py . || bad=1
+done
 
 echo "== format"
 if command -v clang-format >/dev/null 2>&1; then

@@ -18,14 +18,14 @@ struct note_state {
 branch_weights::branch_weights(const tree_selection& selection) : selection_(selection) {
   if (!selection.collapse) return;
   judge_.emplace(collapsing.rule, selection.excluded);
-  marks_.resize(2 * static_cast<std::size_t>(selection.ntax), 1);
+  flags_.resize(2 * static_cast<std::size_t>(selection.ntax), 1);
   // Whatever the rule keeps of the matrix is laid out now, before a table lies above it.
   of(selection.trees.front());
 }
 
 std::span<const std::uint8_t> branch_weights::of(const_tree_span tree) {
-  if (judge_) judge_->mark(tree, std::span(marks_).first(tree.size()));
-  return marks_;
+  if (judge_) judge_->mark(tree, std::span(flags_).first(tree.size()));
+  return flags_;
 }
 
 bool count_all_groups(const tree_selection& selection, branch_weights& weights,

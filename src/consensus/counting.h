@@ -19,7 +19,7 @@ class branch_weights {
  private:
   const tree_selection& selection_;
   std::optional<branch_judge> judge_;
-  std::vector<std::uint8_t> marks_;
+  std::vector<std::uint8_t> flags_;
 };
 
 /// Counts all trees, new groups being entered. False when the arena has no room for them.

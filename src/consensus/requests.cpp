@@ -14,8 +14,8 @@
 namespace zeb {
 namespace {
 
-int count_marks(std::span<const std::uint8_t> marks) {
-  return static_cast<int>(std::count(marks.begin(), marks.end(), 1));
+int count_flags(std::span<const std::uint8_t> flags) {
+  return static_cast<int>(std::count(flags.begin(), flags.end(), 1));
 }
 
 /// "J]" or "J)", from after the opening bracket.
@@ -33,7 +33,7 @@ void read_tree_list(consensus_request& request) {
   constexpr unsigned flags = list_slash_ends | list_has_fixed | list_in_tree_buffer;
   if (!read_list(flags, 0, store.ntrees, "tree", request.trees))
     std::fill(request.trees.begin(), request.trees.end(), std::uint8_t{1});
-  request.n_trees = count_marks(request.trees);
+  request.n_trees = count_flags(request.trees);
   if (request.n_trees == 0) error_end("No trees specified");
   if (request.reference < 0 || !request.trees[at(request.reference)]) return;
   request.trees[at(request.reference)] = 0;
@@ -43,7 +43,7 @@ void read_tree_list(consensus_request& request) {
 void read_excluded(consensus_request& request) {
   request.excluded.assign(at(matrix.ntax), 0);
   if (accept_char('/')) read_list(list_plain, 0, matrix.ntax, "taxon", request.excluded);
-  request.n_excluded = count_marks(request.excluded);
+  request.n_excluded = count_flags(request.excluded);
   if (request.n_excluded == matrix.ntax) error_end("Cannot delete all terminals from a tree");
 }
 

@@ -9,7 +9,9 @@ foreach(check layers homes ownership)
   add_test(NAME check.${check}
     COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/${check}.py ${CMAKE_SOURCE_DIR}/src)
 endforeach()
-add_test(NAME check.words COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/words.py ${CMAKE_SOURCE_DIR})
+foreach(check words documents)
+  add_test(NAME check.${check} COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/${check}.py ${CMAKE_SOURCE_DIR})
+endforeach()
 add_test(NAME check.headers
   COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/headers.py ${CMAKE_SOURCE_DIR}/src ${CMAKE_CXX_COMPILER}
           ${CMAKE_CURRENT_BINARY_DIR}/headers.json)
