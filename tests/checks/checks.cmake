@@ -12,6 +12,7 @@ endforeach()
 foreach(check words documents)
   add_test(NAME check.${check} COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/${check}.py ${CMAKE_SOURCE_DIR})
 endforeach()
+add_test(NAME check.planted_faults COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/planted_faults.py)
 add_test(NAME check.headers
   COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/headers.py ${CMAKE_SOURCE_DIR}/src ${CMAKE_CXX_COMPILER}
           ${CMAKE_CURRENT_BINARY_DIR}/headers.json)
