@@ -136,8 +136,8 @@ void write_nexus(std::FILE* out, const export_choice& choice) {
 // What follows "+" after the name, up to ";", goes to the end of the file; ".," in it stands for a
 // semicolon, as in `quote`.
 void copy_text(std::FILE* out) {
-  const bool commas = input.literal_comma;
-  input.literal_comma = true;
+  const comma_reading commas;
+  commas.set_literal(true);
   for (int c = read_char(); c != ';'; c = read_char()) {
     if (c == '.') {
       if (read_char() == ',') {
@@ -148,7 +148,6 @@ void copy_text(std::FILE* out) {
     }
     if (c != '\r') std::fputc(c, out);
   }
-  input.literal_comma = commas;
   std::fputc('\n', out);
 }
 

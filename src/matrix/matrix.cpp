@@ -2,7 +2,6 @@
 #include "matrix/matrix.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstring>
 #include <utility>
@@ -67,13 +66,6 @@ double original_value(int character, int stored) {
   if (c >= matrix.scales.size()) return stored / 1000.0;
   const double value = stored / 1000.0 * matrix.scales[c].factor + matrix.scales[c].shift;
   return matrix.characters[c].log_scale ? std::exp(value) : value;
-}
-
-int state_of_symbol(int symbol) {
-  const auto type = static_cast<data_type>(matrix.state_entry_type);
-  const symbol_table table = make_symbols(type, 4, true);
-  const std::uint32_t states = table[static_cast<unsigned char>(symbol)];
-  return std::has_single_bit(states) ? std::countr_zero(states) : -1;
 }
 
 std::string_view taxon_name(int taxon) { return matrix.taxon_names[at(taxon)]; }

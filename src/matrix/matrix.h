@@ -65,6 +65,7 @@ struct continuous_scale {
 /// Written in matrix/ only.
 struct matrix_state {
   bool present = false;   // data have been read
+  int generation = 0;     // grows whenever data come or go
   std::string title;      // with its quotes
   std::string file_name;  // where it was read from
   int ntax = 0;           // at least 4
@@ -152,9 +153,6 @@ continuous_cell read_continuous_cell(int taxon, int character);
 
 /// A stored value (thousandths) in the units that the character was read in.
 double original_value(int character, int stored);
-/// The state that a symbol stands for where commands read states (`nstates /`); -1 for none.
-int state_of_symbol(int symbol);
-
 /// Name of the taxon, and what output shows for it: the name under `taxname =`, else the number.
 std::string_view taxon_name(int taxon);
 std::string taxon_label(int taxon);

@@ -26,6 +26,7 @@ layout_hooks hooks;
 // What is set for the next matrix survives; the data themselves go.
 void clear_state() {
   matrix_state fresh;
+  fresh.generation = matrix.generation + 1;
   fresh.cell_bytes = matrix.next_cell_bytes ? matrix.next_cell_bytes : matrix.cell_bytes;
   fresh.state_mask = mask_of_width(fresh.cell_bytes);
   fresh.gaps_are_states = matrix.gaps_are_states;

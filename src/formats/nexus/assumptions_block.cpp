@@ -1,5 +1,6 @@
 #include "formats/nexus/assumptions_block.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -12,16 +13,17 @@
 #include "language/interpreter.h"
 #include "language/list_text.h"
 #include "matrix/matrix.h"
+#include "matrix/settings/character_settings.h"
+#include "matrix/settings/taxon_settings.h"
 #include "matrix/step_matrices.h"
 
 namespace zeb {
 
 namespace {
 
-template <class change>
-void for_characters(const std::vector<std::uint8_t>& marks, change&& apply) {
-  for (std::size_t c = 0; c < marks.size(); ++c) {
-    if (marks[c]) apply(matrix.characters[c]);
+void change_characters(const std::vector<std::uint8_t>& marks, const character_change& change) {
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (marks[at(c)]) change_character(c, change);
   }
 }
 
@@ -31,12 +33,7 @@ std::string marked_words(const std::vector<std::uint8_t>& marks) {
 }
 
 void set_additive(const std::vector<std::uint8_t>& marks, bool additive) {
-  for_characters(marks, [additive](character_record& record) {
-    if (record.is_continuous) return;
-    record.additive = additive;
-    record.is_sankoff = 0;
-    record.needs_recheck = 1;
-  });
+  change_characters(marks, {.additive = additive, .sankoff = false});
 }
 
 // "ord: 1-5, unord: 7": type by type, up to ";".
@@ -63,7 +60,7 @@ void read_types(nexus_file& file) {
 int read_weight(nexus_file& file, const std::string& text) {
   char* end = nullptr;
   const double weight = std::strtod(text.c_str(), &end);
-  if (text.empty() || *end || !(weight >= 0) || weight > 1'000'000)
+  if (text.empty() || *end || !(weight >= 0) || weight > largest_weight)
     file.in.fail("bad weight " + text);
   const int whole = static_cast<int>(std::lround(weight));
   if (weight != whole) warning("Weight", text, "is not a whole number: rounded to", whole);
@@ -76,36 +73,33 @@ void read_weights(nexus_file& file) {
     if (file.in.accept(',')) continue;
     const int weight = read_weight(file, file.in.token().text);
     file.in.expect(':', "after a weight");
-    for_characters(read_nexus_list(file, nexus_list::characters),
-                   [weight](character_record& record) { record.weight = weight; });
+    change_characters(read_nexus_list(file, nexus_list::characters), {.weight = weight});
   }
 }
 
 void set_activity(nexus_file& file, bool active) {
   const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
   file.in.expect(';', "after a list of characters");
-  for_characters(marks, [active](character_record& record) { record.active = active; });
+  change_characters(marks, {.active = active});
 }
 
 void set_taxa(nexus_file& file, bool active) {
   const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::taxa);
   file.in.expect(';', "after a list of taxa");
   if (settings.report) emit(active ? "Undeleting:" : "Deleting:");
-  int left = 0;
-  for (int t = 0; t < matrix.ntax; ++t) {
-    const bool marked = marks[at(t)];
-    if (marked && settings.report) emit(" ", t);
-    left += marked ? active : matrix.taxon_active[at(t)];
-  }
-  if (settings.report) emit("\n");
-  if (left < 4) error_end("Cannot have less than 4 active taxa");
+  const auto former = matrix.taxon_active.first(at(matrix.ntax));
+  std::vector<std::uint8_t> wanted(former.begin(), former.end());
   for (int t = 0; t < matrix.ntax; ++t) {
     if (!marks[at(t)]) continue;
-    if (!active && t == matrix.outgroup)
-      error_end("Cannot deactivate", t, "(it is current outgroup)");
-    matrix.taxon_active[at(t)] = active;
+    if (settings.report) emit(" ", t);
+    wanted[at(t)] = active;
   }
-  for (character_record& record : matrix.characters) record.needs_recheck = 1;
+  if (settings.report) emit("\n");
+  if (std::count(wanted.begin(), wanted.end(), 1) < fewest_active_taxa)
+    error_end("Cannot have less than 4 active taxa");
+  if (!wanted[at(matrix.outgroup)])
+    error_end("Cannot deactivate", matrix.outgroup, "(it is current outgroup)");
+  set_active_taxa(wanted);
 }
 
 // The head of "typeset * name (format) = ...".
@@ -129,8 +123,8 @@ set_head read_set_head(nexus_file& file) {
 
 // "wtset * name (vector) = 1 2 1;"
 void read_weight_vector(nexus_file& file) {
-  for (character_record& record : matrix.characters)
-    record.weight = read_weight(file, file.in.token().text);
+  for (int c = 0; c < matrix.nchar; ++c)
+    change_character(c, {.weight = read_weight(file, file.in.token().text)});
   file.in.expect(';', "after the weights of all characters");
 }
 
@@ -215,7 +209,6 @@ void read_assumptions_block(nexus_file& file) {
       continue;
     file.in.skip_rest();
   }
-  if (matrix.present) drop_packed_data();
 }
 
 }  // namespace zeb

@@ -20,4 +20,9 @@ void set_cells(std::span<const std::uint8_t> characters, std::span<const std::ui
 /// within it with the other. Returns how many cells became missing.
 int blank_cells_at_random(double character_probability, double taxon_probability);
 
+/// Shuffles the cells of the flagged taxa by draws from the search generator. Missing cells stay
+/// where they are unless `with_missing`. `cells` has one entry per taxon.
+void permute_cells(int character, std::span<std::uint32_t> cells,
+                   std::span<const std::uint8_t> taxa, bool with_missing);
+
 }  // namespace zeb

@@ -24,7 +24,6 @@
 #include "matrix/reading/cell_editing.h"
 #include "matrix/reading/matrix_reader.h"
 #include "matrix/reading/matrix_writer.h"
-#include "matrix/settings/state_permutation.h"
 
 namespace zeb {
 namespace {

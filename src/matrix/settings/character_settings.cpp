@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
@@ -38,6 +39,29 @@ void change_character(int character, const character_change& change) {
   if (!any) return;
   drop_packed_data();
   record = changed;
+}
+
+weights_scope::weights_scope() : generation_(matrix.generation) {
+  for (const character_record& record : matrix.characters) {
+    weights_.push_back(record.weight);
+    active_.push_back(record.active);
+  }
+}
+
+weights_scope::~weights_scope() {
+  if (matrix.generation != generation_) return;
+  set_weights(weights_);
+  set_activity(active_);
+}
+
+void weights_scope::set_weights(std::span<const std::int32_t> weights) const {
+  ALWAYS_CHECK(weights.size() == at(matrix.nchar), "weights aren't by character");
+  for (int c = 0; c < matrix.nchar; ++c) change_character(c, {.weight = weights[at(c)]});
+}
+
+void weights_scope::set_activity(std::span<const std::uint8_t> active) const {
+  ALWAYS_CHECK(active.size() == at(matrix.nchar), "activity isn't by character");
+  for (int c = 0; c < matrix.nchar; ++c) change_character(c, {.active = active[at(c)] != 0});
 }
 
 void keep_settings() {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace zeb {
 
@@ -22,6 +23,27 @@ struct character_change {
 /// landmark characters have no type of optimisation to choose: that part of the change skips them,
 /// and landmarks have no internal steps.
 void change_character(int character, const character_change& change);
+
+/// Gives the characters other weights for a while, and makes others of them active. Put back on any
+/// path, unless the data have gone; packed data are dropped with every change, and what lies above
+/// them in the arena with them.
+class weights_scope {
+ public:
+  weights_scope();
+  ~weights_scope();
+  weights_scope(const weights_scope&) = delete;
+  weights_scope& operator=(const weights_scope&) = delete;
+
+  /// By character, from 0 to `largest_weight`. May be called again, for the next replicate.
+  void set_weights(std::span<const std::int32_t> weights) const;
+  /// A byte by character.
+  void set_activity(std::span<const std::uint8_t> active) const;
+
+ private:
+  std::vector<std::int32_t> weights_;
+  std::vector<std::uint8_t> active_;
+  int generation_;
+};
 
 /// Copies the current settings into the default, and back.
 void keep_settings();

@@ -6,7 +6,7 @@
 #include "language/lists.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
-#include "matrix/settings/state_permutation.h"
+#include "matrix/reading/cell_editing.h"
 
 namespace zeb {
 
