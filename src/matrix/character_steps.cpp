@@ -123,7 +123,8 @@ void recheck(int character) {
   record.needs_recheck = 0;
 }
 
-// Marks every character when the active taxa aren't those that the records were made for.
+// Has every character computed again when the active taxa aren't those that the records were made
+// for.
 void notice_changed_taxa() {
   const auto taxa = current_taxa();
   std::vector<std::uint8_t>& known = matrix.taxa_of_steps;

@@ -21,19 +21,19 @@ namespace zeb {
 
 namespace {
 
-void change_characters(const std::vector<std::uint8_t>& marks, const character_change& change) {
+void change_characters(const std::vector<std::uint8_t>& flags, const character_change& change) {
   for (int c = 0; c < matrix.nchar; ++c) {
-    if (marks[at(c)]) change_character(c, change);
+    if (flags[at(c)]) change_character(c, change);
   }
 }
 
-std::string marked_words(const std::vector<std::uint8_t>& marks) {
-  const auto marked = [&marks](int c) { return marks[at(c)] != 0; };
-  return wrapped_words(list_items(static_cast<int>(marks.size()), marked), 60).substr(1);
+std::string flagged_words(const std::vector<std::uint8_t>& flags) {
+  const auto flagged = [&flags](int c) { return flags[at(c)] != 0; };
+  return wrapped_words(list_items(static_cast<int>(flags.size()), flagged), 60).substr(1);
 }
 
-void set_additive(const std::vector<std::uint8_t>& marks, bool additive) {
-  change_characters(marks, {.additive = additive, .sankoff = false});
+void set_additive(const std::vector<std::uint8_t>& flags, bool additive) {
+  change_characters(flags, {.additive = additive, .sankoff = false});
 }
 
 // "ord: 1-5, unord: 7": type by type, up to ";".
@@ -43,16 +43,16 @@ void read_types(nexus_file& file) {
     const nexus_token word = file.in.token();
     const std::string type = lower_case(word.text);
     file.in.expect(':', "after a type of characters");
-    const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
+    const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::characters);
     if (type == "ord" || type == "unord") {
-      set_additive(marks, type == "ord");
+      set_additive(flags, type == "ord");
     } else if (const int number = find_step_matrix(word.text); number >= 0) {
       for (int c = 0; c < matrix.nchar; ++c) {
-        if (marks[at(c)]) use_step_matrix(c, number);
+        if (flags[at(c)]) use_step_matrix(c, number);
       }
     } else {
       warning("Character type", word.text,
-              "is not available; these characters stay as they are:", marked_words(marks));
+              "is not available; these characters stay as they are:", flagged_words(flags));
     }
   }
 }
@@ -78,19 +78,19 @@ void read_weights(nexus_file& file) {
 }
 
 void set_activity(nexus_file& file, bool active) {
-  const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::characters);
+  const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::characters);
   file.in.expect(';', "after a list of characters");
-  change_characters(marks, {.active = active});
+  change_characters(flags, {.active = active});
 }
 
 void set_taxa(nexus_file& file, bool active) {
-  const std::vector<std::uint8_t> marks = read_nexus_list(file, nexus_list::taxa);
+  const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::taxa);
   file.in.expect(';', "after a list of taxa");
   if (settings.report) emit(active ? "Undeleting:" : "Deleting:");
   const auto former = matrix.taxon_active.first(at(matrix.ntax));
   std::vector<std::uint8_t> wanted(former.begin(), former.end());
   for (int t = 0; t < matrix.ntax; ++t) {
-    if (!marks[at(t)]) continue;
+    if (!flags[at(t)]) continue;
     if (settings.report) emit(" ", t);
     wanted[at(t)] = active;
   }

@@ -80,21 +80,21 @@ int find_nexus_character(const std::string& text) {
 
 std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
   const int count = kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
-  std::vector<std::uint8_t> marks(at(count), 0);
+  std::vector<std::uint8_t> flags(at(count), 0);
   for (;;) {
     const nexus_token& next = file.in.peek_token();
-    if (next.is(';') || next.is(',') || next.what == nexus_token::kind::end) return marks;
+    if (next.is(';') || next.is(',') || next.what == nexus_token::kind::end) return flags;
     const nexus_token word = file.in.token();
     if (word.what != nexus_token::kind::word)
       file.in.fail("unexpected " + word.text + " in a list");
     if (word.is("all") && !word.quoted) {
-      std::fill(marks.begin(), marks.end(), std::uint8_t{1});
+      std::fill(flags.begin(), flags.end(), std::uint8_t{1});
       continue;
     }
     const nexus_sets& sets = file.sets_of(kind);
     const auto set = sets.find(lower_case(word.text));
-    if (set != sets.end() && set->second.size() == marks.size()) {
-      std::transform(marks.begin(), marks.end(), set->second.begin(), marks.begin(),
+    if (set != sets.end() && set->second.size() == flags.size()) {
+      std::transform(flags.begin(), flags.end(), set->second.begin(), flags.begin(),
                      std::bit_or<std::uint8_t>());
       continue;
     }
@@ -107,7 +107,7 @@ std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
     if (file.in.accept('\\') && !whole_number(file.in.token().text, 1, count, &step)) {
       file.in.fail("a step of a range must be a number");
     }
-    for (int i = first; i <= last; i += step) marks[at(i)] = 1;
+    for (int i = first; i <= last; i += step) flags[at(i)] = 1;
   }
 }
 

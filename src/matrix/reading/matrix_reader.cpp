@@ -25,13 +25,13 @@
 namespace zeb {
 namespace {
 
-constexpr int block_mark = 4;  // control character that opens a block, as "&" does
+constexpr int block_sign = 4;  // control character that opens a block, as "&" does
 constexpr std::size_t longest_title = 100'000;
 
-// Skips blanks, to which the block mark doesn't belong; leaves what follows unread.
+// Skips blanks, to which the block sign doesn't belong; leaves what follows unread.
 int peek_past_blanks() {
   int c = read_char();
-  while (c < 33 && c != block_mark) c = read_char();
+  while (c < 33 && c != block_sign) c = read_char();
   unread_char();
   return c;
 }
@@ -71,7 +71,7 @@ class matrix_reader {
   }
   void read() {
     const int c = peek_past_blanks();
-    if (c == '&' || c == block_mark) {
+    if (c == '&' || c == block_sign) {
       read_blocks();
     } else {
       read_plain();
@@ -204,7 +204,7 @@ void matrix_reader::read_block_rows() {
   int width = 0;
   for (;;) {
     const int c = peek_past_blanks();
-    if (c == ';' || c == '&' || c == block_mark) break;
+    if (c == ';' || c == '&' || c == block_sign) break;
     check_interrupt(1);
     read_item();
     read_block_row(width);
@@ -218,7 +218,7 @@ void matrix_reader::read_block_rows() {
 
 void matrix_reader::read_blocks() {
   while (peek_past_blanks() != ';') {
-    read_char();  // "&" or the block mark
+    read_char();  // "&" or the block sign
     ++block_;
     format_.name.clear();
     if (accept_char('[')) read_block_format(format_, other_types_read_);

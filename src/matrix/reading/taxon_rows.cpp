@@ -69,7 +69,7 @@ int taxon_rows::add_taxon(const std::string& name) {
   return count_++;
 }
 
-void taxon_rows::mark_row(int taxon, const std::string& name, bool by_prefix) {
+void taxon_rows::note_row(int taxon, const std::string& name, bool by_prefix) {
   int& block = block_of_row_[static_cast<std::size_t>(taxon)];
   if (block == block_) {
     const std::string head = text_of("Error reading block %i:", block_);
@@ -92,7 +92,7 @@ std::vector<int> taxon_rows::taxa_of_row(std::string_view word, bool similar) {
   const std::string name = clean_name(word);
   const auto found = by_name_.find(name);
   if (found != by_name_.end()) {
-    mark_row(found->second, name, false);
+    note_row(found->second, name, false);
     return {found->second};
   }
   if (block_ > 1) {
@@ -104,18 +104,18 @@ std::vector<int> taxon_rows::taxa_of_row(std::string_view word, bool similar) {
         error_end(text_of("Error reading block %i:", block_), "no taxon has a name beginning as",
                   std::string(word) + place_in_file());
       }
-      for (const int t : taxa) mark_row(t, name, true);
+      for (const int t : taxa) note_row(t, name, true);
       return taxa;
     }
     const int t = similar ? most_similar(name) : -1;
     if (t >= 0) {
       warning("Taxon", name, text_of("of block %i", block_), "read as", taxon_name(t));
-      mark_row(t, name, false);
+      note_row(t, name, false);
       return {t};
     }
   }
   const int t = add_taxon(name);
-  mark_row(t, name, false);
+  note_row(t, name, false);
   return {t};
 }
 

@@ -21,7 +21,7 @@ class taxon_rows {
     rows_in_block_ = 0;
   }
   /// The taxa that a row named `word` is for: one, or several for a prefix ("abc..." and
-  /// "abc____"). New names take the next free taxon. Marks the taxa as having their row; errors for
+  /// "abc____"). New names take the next free taxon. Notes that the taxa have their row; errors for
   /// a second row and for too many taxa. `similar`: a name that isn't found may stand for one that
   /// resembles it.
   std::vector<int> taxa_of_row(std::string_view word, bool similar);
@@ -31,7 +31,7 @@ class taxon_rows {
   std::vector<int> taxa_with_prefix(std::string_view word) const;
   int most_similar(const std::string& name) const;
   int add_taxon(const std::string& name);
-  void mark_row(int taxon, const std::string& name, bool by_prefix);
+  void note_row(int taxon, const std::string& name, bool by_prefix);
 
   std::unordered_map<std::string, int> by_name_;
   std::vector<int> block_of_row_;  // by taxon: the last block in which it had a row

@@ -31,7 +31,7 @@ namespace {
 constexpr int longest_branch = 1000;  // of simulated data
 constexpr int most_changes = 10000;   // per character
 
-using mark_list = std::vector<std::uint8_t>;
+using flag_list = std::vector<std::uint8_t>;
 
 // ---- writing ----
 
@@ -40,7 +40,7 @@ using mark_list = std::vector<std::uint8_t>;
 std::span<const std::uint32_t> shuffled_cells() {
   const std::size_t nchar = at(matrix.nchar);
   const auto cells = alloc_high<std::uint32_t>(checked_product(at(matrix.ntax), nchar));
-  const mark_list all(at(matrix.ntax), 1);
+  const flag_list all(at(matrix.ntax), 1);
   std::vector<std::uint32_t> column(at(matrix.ntax));
   for (int c = 0; c < matrix.nchar; ++c) {
     for (int t = 0; t < matrix.ntax; ++t) column[at(t)] = cell(t, c);
@@ -53,8 +53,8 @@ std::span<const std::uint32_t> shuffled_cells() {
 void write_as(int form) {
   require_data("writing it");
   expect_end();
-  mark_list taxa(at(matrix.ntax), 1);
-  mark_list characters(at(matrix.nchar), 1);
+  flag_list taxa(at(matrix.ntax), 1);
+  flag_list characters(at(matrix.nchar), 1);
   write_request request{.taxa = taxa,
                         .characters = characters,
                         .settings = form != '!',
@@ -81,41 +81,41 @@ void write_with_nodes() {
   expect_end();
   if (!hooks_of_matrix.node_rows) error_end("Tree(s) are required");
   const std::vector<named_row> nodes = hooks_of_matrix.node_rows(tree);
-  const mark_list taxa(at(matrix.ntax), 1);
-  const mark_list characters(at(matrix.nchar), 1);
+  const flag_list taxa(at(matrix.ntax), 1);
+  const flag_list characters(at(matrix.nchar), 1);
   write_matrix(
       {.taxa = taxa, .characters = characters, .settings = true, .cells = {}, .more_rows = nodes});
 }
 
 // ---- editing ----
 
-mark_list read_marks(std::string_view kind, int count) {
-  mark_list marks(at(count), 0);
+flag_list read_flags(std::string_view kind, int count) {
+  flag_list flags(at(count), 0);
   if (skip_blanks_peek() == ';') error_end_f("Must specify %s", kind.data());
   if (accept_char('[')) {
-    const bool given = read_list(list_plain, 0, count, kind, marks);
+    const bool given = read_list(list_plain, 0, count, kind, flags);
     if (!accept_char(']')) error_end_f("Expected ']' after list of %s numbers", kind.data());
     if (!given) error_end_f("Must specify %s", kind.data());
-    return marks;
+    return flags;
   }
   if (kind == "taxon") {
-    const int taxon = read_taxon(marks);
-    if (taxon >= 0) marks[at(taxon)] = 1;
-    return marks;
+    const int taxon = read_taxon(flags);
+    if (taxon >= 0) flags[at(taxon)] = 1;
+    return flags;
   }
   int number = 0;
   if (read_optional_int(&number)) {
     if (number < 0) error_end_f("Must specify %s", kind.data());  // also beyond all integers
     if (number >= count) error_end("No", kind, number);
-    marks[at(number)] = 1;
-    return marks;
+    flags[at(number)] = 1;
+    return flags;
   }
   if (read_name() == 0) error_end_f("Must specify %s", kind.data());
   const std::string name(token());
   const std::vector<int> found = elements_named(find_list_kind(kind), 0, count, name);
   if (found.empty()) error_end("No", kind, "named", name);
-  for (const int element : found) marks[at(element)] = 1;
-  return marks;
+  for (const int element : found) flags[at(element)] = 1;
+  return flags;
 }
 
 // The text of a set of states: up to a blank, or to the bracket that closes the one in front.
@@ -157,8 +157,8 @@ void edit_cells() {
   }
   const bool recheck = !accept_char('!');
   while (skip_blanks_peek() != ';') {
-    const mark_list characters = read_marks("character", matrix.nchar);
-    const mark_list taxa = read_marks("taxon", matrix.ntax);
+    const flag_list characters = read_flags("character", matrix.nchar);
+    const flag_list taxa = read_flags("taxon", matrix.ntax);
     set_cells(characters, taxa, read_states(), recheck);
   }
 }

@@ -72,8 +72,8 @@ void define_blocks() {
 
 /// The blocks after "=", flagged by number; 0 stands for all of them.
 std::vector<std::uint8_t> read_block_list() {
-  std::vector<std::uint8_t> marks(at(matrix.nblocks) + 1);
-  list_reader list(list_slash_ends, 0, matrix.nblocks + 1, find_list_kind("block"), marks);
+  std::vector<std::uint8_t> flags(at(matrix.nblocks) + 1);
+  list_reader list(list_slash_ends, 0, matrix.nblocks + 1, find_list_kind("block"), flags);
   bool any = false;
   for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek(), any = true) {
     const bool is_number = (c >= '0' && c <= '9') || c == '(' || c == '.' || c == '+' || c == '-';
@@ -82,13 +82,13 @@ std::vector<std::uint8_t> read_block_list() {
     const bool whole_range = c == '.';
     list.read_item_at(c);
     // "." and ".N" go over the blocks, not over the name for all of them.
-    if (whole_range) marks[0] = 0;
+    if (whole_range) flags[0] = 0;
   }
   if (!any) error_end("Must specify block number");
-  if (marks[0]) std::fill(marks.begin(), marks.end(), std::uint8_t{1});
-  marks[0] = 0;
-  if (std::count(marks.begin(), marks.end(), 1) == 0) error_end("Must specify block number");
-  return marks;
+  if (flags[0]) std::fill(flags.begin(), flags.end(), std::uint8_t{1});
+  flags[0] = 0;
+  if (std::count(flags.begin(), flags.end(), 1) == 0) error_end("Must specify block number");
+  return flags;
 }
 
 std::vector<std::uint8_t> taxa_with_data(std::span<const std::uint8_t> blocks, bool in_all) {

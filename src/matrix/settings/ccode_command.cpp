@@ -31,7 +31,7 @@ bool starts_characters(int c) { return c != '(' && starts_list_item(c); }
 /// Reads one `ccode` command: specifiers, which stay in force, and lists that they apply to.
 class ccode_reader {
  public:
-  ccode_reader() : marks_(at(matrix.nchar)), changed_(at(matrix.nchar)) {}
+  ccode_reader() : flags_(at(matrix.nchar)), changed_(at(matrix.nchar)) {}
 
   void read() {
     for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek()) {
@@ -125,8 +125,8 @@ class ccode_reader {
   }
 
   void read_characters() {
-    std::fill(marks_.begin(), marks_.end(), std::uint8_t{0});
-    list_reader list(list_slash_ends, 0, matrix.nchar, find_list_kind("character"), marks_);
+    std::fill(flags_.begin(), flags_.end(), std::uint8_t{0});
+    list_reader list(list_slash_ends, 0, matrix.nchar, find_list_kind("character"), flags_);
     list.enter_block(block_);
     for (int c = skip_blanks_peek(); starts_characters(c); c = skip_blanks_peek()) {
       list.read_item_at(c);
@@ -134,7 +134,7 @@ class ccode_reader {
     block_used_ = true;
     mention(wanted_);
     for (int c = 0; c < matrix.nchar; ++c) {
-      if (!marks_[at(c)]) continue;
+      if (!flags_[at(c)]) continue;
       change_character(c, wanted_);
       changed_[at(c)] = 1;
     }
@@ -150,7 +150,7 @@ class ccode_reader {
 
   character_change wanted_;
   character_change mentioned_;  // settings that the command has set, whatever to
-  std::vector<std::uint8_t> marks_;
+  std::vector<std::uint8_t> flags_;
   std::vector<std::uint8_t> changed_;  // for the summary
   int block_ = 0;                      // of "@B"; 0 none
   bool block_used_ = false;

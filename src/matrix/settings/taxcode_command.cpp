@@ -46,9 +46,9 @@ class wanted_activity {
   wanted_activity()
       : active_(matrix.taxon_active.begin(), matrix.taxon_active.begin() + matrix.ntax) {}
 
-  void set(const std::vector<std::uint8_t>& marks, bool active) {
+  void set(const std::vector<std::uint8_t>& flags, bool active) {
     for (std::size_t t = 0; t < active_.size(); ++t) {
-      if (marks[t]) active_[t] = active;
+      if (flags[t]) active_[t] = active;
     }
     if (can_stand()) apply();
   }
@@ -95,14 +95,14 @@ void taxcode_command() {
   }
   bool changed = false;
   wanted_activity wanted;
-  std::vector<std::uint8_t> marks(at(matrix.ntax));
+  std::vector<std::uint8_t> flags(at(matrix.ntax));
   for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek()) {
     if (c != '+' && c != '-' && c != '|') error_end("Wrong argument for", "taxon");
     read_char();
     if (c == '|') {
       write_taxcode();
-    } else if (read_list(list_ends_at_plus_minus, 0, matrix.ntax, "taxon", marks)) {
-      wanted.set(marks, c == '+');
+    } else if (read_list(list_ends_at_plus_minus, 0, matrix.ntax, "taxon", flags)) {
+      wanted.set(flags, c == '+');
       changed = true;
     } else if (c == '+') {
       show_active();

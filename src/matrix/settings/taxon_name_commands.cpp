@@ -27,13 +27,13 @@ std::string numbered_name(int taxon) {
 
 /// The taxon that the user names; of several, the first.
 int read_one_taxon(bool* several) {
-  std::vector<std::uint8_t> marks(at(matrix.ntax));
-  const int taxon = read_taxon(marks);
+  std::vector<std::uint8_t> flags(at(matrix.ntax));
+  const int taxon = read_taxon(flags);
   if (taxon >= 0) return taxon;
-  const auto first = std::find(marks.begin(), marks.end(), 1);
-  if (first == marks.end()) error_end("No taxon given");
-  *several |= std::count(marks.begin(), marks.end(), 1) > 1;
-  return static_cast<int>(first - marks.begin());
+  const auto first = std::find(flags.begin(), flags.end(), 1);
+  if (first == flags.end()) error_end("No taxon given");
+  *several |= std::count(flags.begin(), flags.end(), 1) > 1;
+  return static_cast<int>(first - flags.begin());
 }
 
 void set_name_limit() {

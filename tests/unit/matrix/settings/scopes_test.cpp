@@ -19,7 +19,7 @@ class scopes : public ::testing::Test {
  protected:
   void SetUp() override {
     zeb_test::run_program(
-        "nstates num 16; xread 2 6 a 00 b 01 c 11 d 12 e 23 f 24; ccode ] 1 /3 0;");
+        "nstates num 16; xread 2 6 a 00 b 01 c 11 d 12 e 23 f 24; ccode ] 1 * /3 0;");
   }
   void TearDown() override { wipe_matrix(); }
 
