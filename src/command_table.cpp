@@ -59,7 +59,7 @@ constexpr command_row rows[] = {
     {"drift",       none, true,  topic_searching},
     {"edit",        edit_command, true,  topic_various | topic_trees, false, &edit_options},
     {"echo",        echo_command, false, topic_output | topic_various},
-    {"export",      export_command, false, topic_output | topic_save | topic_various},
+    {"export",      export_command, false, topic_output | topic_save | topic_various, false, &export_options},
     {"fit",         fit_command, true,  topic_diagnosis | topic_characters},
     {"fillsank",    none, false, topic_input | topic_settings},
     {"force",       none, false, topic_input | topic_searching | topic_settings},

@@ -1,7 +1,10 @@
-// Handlers of the commands on foreign formats, for the command table.
+// Handlers and option tables of the commands on foreign formats, for the command table.
 #pragma once
 
 namespace zeb {
+
+struct option_table;
+extern const option_table export_options;
 
 void export_command();
 

@@ -15,6 +15,7 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/options.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/continuous_scales.h"
 #include "trees/drawing/tags.h"
@@ -39,48 +40,29 @@ struct export_choice {
   bool writes_data() const { return !trees_only && !tag_lengths && !tag_labels && !newick; }
 };
 
-export_choice read_choice() {
-  export_choice choice;
-  for (;;) {
-    const int c = skip_blanks_peek();
-    switch (c) {
-      case '*':
-        choice.trees = true;
-        break;
-      case '+':
-        choice.step_matrices = true;
-        break;
-      case '-':
-        choice.trees_only = true;
-        break;
-      case '>':
-        choice.tag_lengths = true;
-        break;
-      case '<':
-        choice.tag_labels = true;
-        break;
-      case '[':
-        choice.as_dna = true;
-        break;
-      case ']':
-        choice.as_standard = true;
-        break;
-      case '!':
-        choice.skip_gaps = choice.fasta;
-        choice.fasta = true;
-        break;
-      case '=':
-        choice.newick = true;
-        break;
-      case '&':
-        choice.plain = true;
-        break;
-      default:
-        return choice;
-    }
-    next_nonblank();
-  }
+/// "!", and "!!", which leaves out gaps.
+void read_fasta(export_choice& choice) {
+  choice.skip_gaps = choice.fasta;
+  choice.fasta = true;
 }
+
+constexpr command_options rows = {
+    choice<&export_choice::trees>("*", 1).help("trees in memory as well"),
+    choice<&export_choice::trees_only>("-", 1).help(
+        "trees only, with the tree tags if there are any"),
+    choice<&export_choice::tag_lengths>(">", 1).help("tree tags only, as branch lengths"),
+    choice<&export_choice::tag_labels>("<", 1).help("tree tags only, as labels of nodes"),
+    choice<&export_choice::as_dna>("[", 1).help("all characters as DNA (at most four states)"),
+    choice<&export_choice::as_standard>("]", 1).help("all characters as numbered states"),
+    form<read_fasta>("!").help("FASTA rather than NEXUS; \"!!\" leaves out gaps"),
+    choice<&export_choice::newick>("=", 1).help("trees only, in Newick notation"),
+    choice<&export_choice::plain>("&", 1).help(
+        "NEXUS in its plainest form: symbols spelt out, sets of characters by their standard "
+        "commands, for programs that read little of NEXUS; with the title, and with "
+        "continuous characters"),
+    choice<&export_choice::step_matrices>("+", 1).help(
+        "the step-matrices in use as well, as user-defined types"),
+};
 
 void check_choice(const export_choice& choice) {
   if (choice.fasta &&
@@ -161,9 +143,12 @@ std::string what_was_saved(const export_choice& choice) {
 
 }  // namespace
 
+constexpr option_table export_options = rows.table("export", {});
+
 void export_command() {
   require_data("exporting data");
-  const export_choice choice = read_choice();
+  export_choice choice;
+  while (read_sign(choice, export_options)) continue;
   check_choice(choice);
   if (read_item() == 0) error_end("Must give name of file");
   const std::string name(token());

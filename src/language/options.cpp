@@ -198,7 +198,23 @@ int find_keyword(std::string_view word, std::span<const std::string_view> keywor
   return index >= 0 ? index : asked_match(word, keywords.size(), keyword);
 }
 
-void read_option(void* settings, const option_table& table) {
+void refuse_struct(const option_table& table) {
+  internal_error(("settings of another command than " + std::string(table.command)).c_str(),
+                 __FILE__, __LINE__);
+}
+
+bool read_sign_into(void* settings, const option_table& table) {
+  const int c = skip_blanks_peek();
+  for (const option_row& row : table.rows) {
+    if (row.keyword.size() != 1 || row.keyword[0] != c) continue;
+    next_nonblank();
+    apply(row, settings, false);
+    return true;
+  }
+  return false;
+}
+
+void read_option_into(void* settings, const option_table& table) {
   if (read_word() == 0) {
     if (table.errors.no_word) error_end(table.errors.no_word);
     read_item();
@@ -220,7 +236,7 @@ option_outcome read_search_options_into(void* settings, const option_table& tabl
     no_timing();
     return option_outcome::list;
   }
-  while (!accept_char(';')) read_option(settings, table);
+  while (!accept_char(';')) read_option_into(settings, table);
   if (sign == '=') return option_outcome::run;
   no_timing();
   return option_outcome::set;

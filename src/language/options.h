@@ -63,7 +63,7 @@ struct second_number {
 
 /// One keyword. Built by the functions below.
 struct option_row {
-  std::string_view keyword;
+  std::string_view keyword;  // a word, or one sign
   option_kind kind = option_kind::toggle;
   option_member member{};
   option_member twin{};                                   // takes the same number
@@ -111,6 +111,10 @@ struct first_owner {
 };
 template <auto... path>
 using owner = typename first_owner<path...>::type;
+
+/// Its address tells one struct of settings from another.
+template <class settings>
+inline constexpr char struct_tag = 0;
 
 /// `path` leads through members that are structs themselves to the one meant.
 template <auto... path>
@@ -283,6 +287,7 @@ struct option_table {
   std::string_view command;  // whose help tells the options
   std::span<const option_row> rows;
   option_errors errors;
+  const char* struct_tag;              // tells the struct of settings
   const void* (*defaults)();           // a default-constructed struct of settings
   const option_table* next = nullptr;  // a further table of the command
 };
@@ -297,7 +302,10 @@ struct command_options {
 
   constexpr option_table table(std::string_view name, option_errors errors,
                                const option_table* next = nullptr) const {
-    return {name, rows, errors,
+    return {name,
+            rows,
+            errors,
+            &option_parts::struct_tag<settings>,
             []() -> const void* {
               static const settings standard;
               return &standard;
@@ -316,18 +324,33 @@ enum class option_outcome {
   list,  // "cmd=;" or "cmd:;": show the settings, don't run
 };
 
-/// Reads one option into the struct of settings of the table. For commands whose options aren't all
-/// words: they give it a copy and take that when all is read, so that an error leaves the settings
-/// as they were.
-void read_option(void* settings, const option_table& table);
-
-/// The part of `read_search_options` that doesn't know the struct.
+/// The readers that don't know the struct; see below.
+void read_option_into(void* settings, const option_table& table);
+bool read_sign_into(void* settings, const option_table& table);
 option_outcome read_search_options_into(void* settings, const option_table& table);
+[[noreturn]] void refuse_struct(const option_table& table);
+
+/// Reads one option, a word. For commands that don't have the form of searches: they give it a copy
+/// of their settings and take that when all is read, so that an error leaves the settings as they
+/// were.
+template <class settings>
+void read_option(settings& target, const option_table& table) {
+  if (table.struct_tag != &option_parts::struct_tag<settings>) refuse_struct(table);
+  read_option_into(&target, table);
+}
+/// The same for options that are a sign: false, and nothing read, where none of the table's comes
+/// next.
+template <class settings>
+bool read_sign(settings& target, const option_table& table) {
+  if (table.struct_tag != &option_parts::struct_tag<settings>) refuse_struct(table);
+  return read_sign_into(&target, table);
+}
 
 /// Reads everything up to and over ";" into a copy. `check(copy, outcome)` sees the result before
 /// it is taken: it raises the errors of options that can't go together.
 template <class settings, class check>
 option_outcome read_search_options(settings& target, const option_table& table, check&& rules) {
+  if (table.struct_tag != &option_parts::struct_tag<settings>) refuse_struct(table);
   settings wanted = target;
   const option_outcome outcome = read_search_options_into(&wanted, table);
   rules(wanted, outcome);

@@ -239,7 +239,7 @@ void hifile_command() {
     return;
   }
   input_files files;
-  while (skip_blanks_peek() != ';') read_option(&files, hifile_options);
+  while (skip_blanks_peek() != ';') read_option(files, hifile_options);
 }
 
 }  // namespace zeb

@@ -159,7 +159,7 @@ void edit_command() {
   // Built aside and copied back at the end, so that a step that fails takes back those before it.
   std::vector<tree_node> tree(stored_tree(number).begin(), stored_tree(number).end());
   edited_tree edited{tree, number};
-  while (skip_blanks_peek() != ';') read_option(&edited, edit_options);
+  while (skip_blanks_peek() != ';') read_option(edited, edit_options);
   std::ranges::copy(tree, stored_tree(number).begin());
   show_with_numbers(number);
 }

@@ -41,9 +41,9 @@ void say_automatic() {
 /// What one run of the command asked for; nothing is changed before all of it was read.
 struct collapse_request {
   collapsing_settings wanted;
-  bool rule_given = false;
-  bool temporary_given = false;
-  bool automatic_given = false;
+  bool rule_given = true;  // each is off until its option comes
+  bool temporary_given = true;
+  bool automatic_given = true;
 };
 
 void set_rule(collapse_request& request, int n) {
@@ -66,6 +66,15 @@ constexpr option<collapse_request> rule_row(std::string_view keyword, int n) {
       .also<&collapse_request::rule_given>(1);
 }
 
+constexpr option<collapse_request> temporary_row(std::string_view sign, int on) {
+  return choice<wanted, &collapsing_settings::temporary>(sign, on)
+      .also<&collapse_request::temporary_given>(1);
+}
+constexpr option<collapse_request> automatic_row(std::string_view sign, int on) {
+  return choice<wanted, &collapsing_settings::automatic>(sign, on)
+      .also<&collapse_request::automatic_given>(1);
+}
+
 constexpr command_options rows = {
     rule_row("none", 0).help("no branch is collapsed"),
     form<read_numbered_rule>("rule").argument("N").help(
@@ -79,22 +88,16 @@ constexpr command_options rows = {
     toggle<wanted, &collapsing_settings::automatic>("auto")
         .also<&collapse_request::automatic_given>(1)
         .help("condense the trees in memory after each search"),
+    temporary_row("+", 1).help("as tempcollapse"),
+    temporary_row("-", 0).help("as notempcollapse"),
+    automatic_row("[", 1).help("as auto"),
+    automatic_row("]", 0).help("as noauto"),
 };
 
-void read_sign_or_word(collapse_request& request) {
-  const int c = skip_blanks_peek();
-  if (c == '+' || c == '-') {
-    request.wanted.temporary = next_nonblank() == '+';
-    request.temporary_given = true;
-    return;
-  }
-  if (c == '[' || c == ']') {
-    request.wanted.automatic = next_nonblank() == '[';
-    request.automatic_given = true;
-    return;
-  }
+void read_number_sign_or_word(collapse_request& request) {
+  if (read_sign(request, collapse_options)) return;
   int n = 0;
-  if (!read_optional_int(&n)) return read_option(&request, collapse_options);
+  if (!read_optional_int(&n)) return read_option(request, collapse_options);
   if (n < 0 || n > 6) error_end_f(collapse_options.errors.unknown, std::to_string(n).c_str());
   set_rule(request, n);
 }
@@ -152,8 +155,8 @@ void collapse_command() {
     say_automatic();
     return;
   }
-  collapse_request request{.wanted = collapsing};
-  while (skip_blanks_peek() != ';') read_sign_or_word(request);
+  collapse_request request{collapsing, false, false, false};
+  while (skip_blanks_peek() != ';') read_number_sign_or_word(request);
   collapsing = request.wanted;
   if (!settings.report) return;
   if (request.rule_given) say_rule();

@@ -57,7 +57,7 @@ void silent_command() {
   if (sign != '=' && sign != '-') error_end("Wrong argument for silent:", static_cast<char>(sign));
   if (accept_char(';')) return show_places();
   output_places places;
-  while (!accept_char(';')) read_option(&places, silent_options);
+  while (!accept_char(';')) read_option(places, silent_options);
   if (sign == '=') {
     output.output_mask |= places.mask();
   } else {

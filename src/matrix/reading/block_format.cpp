@@ -26,6 +26,18 @@ void read_match(block_format& format) {
   format.match_names = true;
 }
 
+void read_block_name(block_format& format) {
+  std::string name;
+  int c = skip_blanks_peek();
+  while (c > 32 && c != ']' && c != ';') {
+    name += static_cast<char>(read_char());
+    c = read_char();
+    unread_char();
+  }
+  if (name.empty()) error_end("Expected block name after slash");
+  format.name = name;
+}
+
 constexpr command_options rows = {
     choice<&block_format::type>("dna", dna_data).help("cells are DNA"),
     form<read_landmark>("landmark")
@@ -45,6 +57,7 @@ constexpr command_options rows = {
     form<read_match>("match").argument("[N]").help(
         "names that aren't found may be those that resemble them; N is the similarity needed, 0 "
         "to 1"),
+    form<read_block_name>("/").argument("name").help("name of the block"),
 };
 
 void check_type(const block_format& before, const block_format& format, bool other_types_read) {
@@ -62,18 +75,6 @@ void check_landmarks(const block_format& format) {
     error_end("Sorry, if data matrix contains landmarks, blocks cannot be named data matrix");
   }
   error_end("Landmark data are not available in this version");
-}
-
-std::string read_block_name() {
-  std::string name;
-  int c = skip_blanks_peek();
-  while (c > 32 && c != ']' && c != ';') {
-    name += static_cast<char>(read_char());
-    c = read_char();
-    unread_char();
-  }
-  if (name.empty()) error_end("Expected block name after slash");
-  return name;
 }
 
 }  // namespace
@@ -95,11 +96,7 @@ constexpr option_table block_options =
 void read_block_format(block_format& format, bool other_types_read) {
   block_format wanted = format;
   while (skip_blanks_peek() != ']') {
-    if (accept_char('/')) {
-      wanted.name = read_block_name();
-    } else {
-      read_option(&wanted, block_options);
-    }
+    if (!read_sign(wanted, block_options)) read_option(wanted, block_options);
   }
   check_type(format, wanted, other_types_read);
   accept_char(']');

@@ -150,6 +150,15 @@ void renumber_all(data_settings&) {
 void read_stand(data_settings&) { standardise_characters(false); }
 void read_lstand(data_settings&) { standardise_characters(true); }
 
+void make_numeric(data_settings&) {
+  require_data("converting characters");
+  convert_to_numeric();
+}
+void make_dna(data_settings& wanted) {
+  require_data("converting characters");
+  convert_to_dna(wanted.gaps_are_states);
+}
+
 constexpr command_options rows = {
     choice<&data_settings::type>("dna", dna_data)
         .also<&data_settings::states>(8)
@@ -180,6 +189,17 @@ constexpr command_options rows = {
     form<read_scale>("scale").argument("C F S").help(
         "set the original scale of character C: value = stored * F + S (\"*\" after it: in log "
         "form). Written by \"xread *\""),
+    form<make_numeric>("*").help(
+        "all characters become alphanumeric; states keep their numbers, and cells that say "
+        "nothing become missing"),
+    form<make_dna>("&").help(
+        "all characters become DNA, states 0 to 3 being A, G, C and T (with gaps on, state 4 is "
+        "the gap)"),
+    form<read_entry_type>("/").argument("type").help(
+        "how states are read in \"costs\" and \"change\": DNA, PROT or NUM"),
+    choice<&data_settings::original_scale>("[", 1).help(
+        "show continuous values in the original scale"),
+    choice<&data_settings::original_scale>("]", 0).help("show continuous values as stored"),
 };
 
 const char* type_text(int type) {
@@ -199,29 +219,6 @@ void show_settings() {
   emit("Continuous characters are shown in the ",
        matrix.show_original_scale ? "original" : "stored", " scale\n");
   emit("States in \"costs\" and \"change\" are read as ", type_text(matrix.state_entry_type), "\n");
-}
-
-void read_sign_option(int sign, data_settings& wanted) {
-  switch (sign) {
-    case '*':
-      require_data("converting characters");
-      convert_to_numeric();
-      return;
-    case '&':
-      require_data("converting characters");
-      convert_to_dna(wanted.gaps_are_states);
-      return;
-    case '/':
-      return read_entry_type(wanted);
-    case '[':
-      wanted.original_scale = true;
-      return;
-    case ']':
-      wanted.original_scale = false;
-      return;
-    default:
-      error_end_f("Wrong argument for nstates: '%c'", sign);
-  }
 }
 
 data_settings present_settings() {
@@ -260,11 +257,11 @@ void nstates_command() {
   for (int c = skip_blanks_peek(); c != ';'; c = skip_blanks_peek()) {
     int states = 0;
     if (is_letter(c)) {
-      read_option(&wanted, nstates_options);
+      read_option(wanted, nstates_options);
     } else if (read_optional_int(&states)) {
       set_state_count(wanted, states);
-    } else {
-      read_sign_option(next_nonblank(), wanted);
+    } else if (!read_sign(wanted, nstates_options)) {
+      error_end_f("Wrong argument for nstates: '%c'", c);
     }
   }
   take_settings(wanted);

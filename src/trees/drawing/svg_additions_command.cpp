@@ -161,10 +161,10 @@ void add_to_drawing() {
         "To use \"ttag &+\" you must have saved coordinates\n(with xysave) in a previous call to "
         "\"ttag &\"");
   addition added;
-  read_option(&added, addition_options);
+  read_option(added, addition_options);
   option_table after_a_shape = addition_options;  // where the code of a colour may stand, too
   after_a_shape.errors = {.unknown = expected_color, .no_word = expected_color};
-  while (skip_blanks_peek() != ';') read_option(&added, after_a_shape);
+  while (skip_blanks_peek() != ';') read_option(added, after_a_shape);
   write_svg(added.svg);
   for (const auto& [left, top, right, bottom] : added.boxes) {
     grow_svg_page(left, top, right, bottom);

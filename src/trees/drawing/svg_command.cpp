@@ -93,7 +93,7 @@ drawing_request read_request() {
   request.options.position = tags.tag_position;
   request.options.separator = tags.tag_separator;
   request.options.text_width = tags.tag_width;
-  while (skip_blanks_peek() != ';') read_option(&request, figure_options);
+  while (skip_blanks_peek() != ';') read_option(request, figure_options);
   return request;
 }
 

@@ -118,6 +118,11 @@ std::set<const option_row*> options_set_by(const std::string& script) {
             ? words_of(bracketed_parts(text))
             : std::vector<std::string>(words.begin() + 1, words.end());
     for (const option_table* table : tables_of(*row)) {
+      for (const option_row& option : table->rows) {
+        if (option.keyword.size() == 1 && text.find(option.keyword) != text.npos) {
+          used.insert(&option);
+        }
+      }
       for (const std::string& word : options) {
         bool negated = false;
         if (const option_row* option = find_option(word, table->rows, &negated)) {
