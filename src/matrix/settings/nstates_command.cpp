@@ -261,7 +261,7 @@ void nstates_command() {
     } else if (read_optional_int(&states)) {
       set_state_count(wanted, states);
     } else if (!read_sign(wanted, nstates_options)) {
-      error_end_f("Wrong argument for nstates: '%c'", c);
+      error_end_f("Wrong argument for nstates: '%c'", next_nonblank());
     }
   }
   take_settings(wanted);
