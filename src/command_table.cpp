@@ -3,7 +3,6 @@
 // says so.
 #include "command_table.h"
 
-#include "base/process.h"
 #include "consensus/commands.h"
 #include "engine/commands.h"
 #include "formats/commands.h"

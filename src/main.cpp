@@ -2,7 +2,7 @@
 #include <new>
 #include <string_view>
 
-#include "base/process.h"
+#include "language/main_loop.h"
 #include "start_up.h"
 
 namespace {

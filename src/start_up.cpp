@@ -1,11 +1,14 @@
 #include "start_up.h"
 
 #include "command_table.h"
+#include "console/registration.h"
 #include "engine/registration.h"
 #include "formats/registration.h"
 #include "functions/registration.h"
-#include "language/data_memory.h"
+#include "language/commands/memory_command.h"
+#include "language/hooks.h"
 #include "language/interpreter.h"
+#include "language/registration.h"
 #include "macro/registration.h"
 #include "mapping/registration.h"
 #include "matrix/matrix.h"
@@ -25,6 +28,8 @@ data_description describe_data() {
 }  // namespace
 
 void register_everything() {
+  register_console();
+  register_language();
   set_command_table(all_commands());
   register_macro();
   register_functions();
@@ -33,7 +38,7 @@ void register_everything() {
   register_trees();
   register_engine();
   register_search();
-  set_data_describer(describe_data);
+  hooks_of_language.describe_data = describe_data;
   register_mapping();
 }
 

@@ -1,11 +1,12 @@
 #include "base/arena.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/process.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
@@ -34,8 +35,11 @@ struct lock_entry {
   std::byte* low_mark;
   std::byte* high_mark;
 };
-std::vector<lock_entry> lock_table;
-std::vector<unlock_hook> unlock_hooks;
+struct lock_state {
+  std::vector<lock_entry> table;  // from the bottom up
+  std::vector<unlock_hook> hooks;
+};
+lock_state standing;
 
 std::byte* round_up(std::byte* p, std::size_t alignment) {
   const auto address = reinterpret_cast<std::uintptr_t>(p);
@@ -47,8 +51,8 @@ std::byte* round_down(std::byte* p, std::size_t alignment) {
 }
 
 void note_peak() {
-  const std::size_t in_use = arena_in_use();
-  if (in_use > arena.peak_ram) arena.peak_ram = in_use;
+  arena.peak_ram = std::max(arena.peak_ram, arena_in_use());
+  arena.peak_ram_ever = std::max(arena.peak_ram_ever, arena.peak_ram);
 }
 
 bool must_fail() { return arena.fail_countdown >= 0 && arena.fail_countdown-- == 0; }
@@ -84,7 +88,7 @@ void create_arena(std::size_t size) {
   arena.low_mark = arena.low;
   arena.high_mark = arena.high;
   POISON(arena.low, static_cast<std::size_t>(arena.high - arena.low));
-  lock_table.clear();
+  standing.table.clear();
   arena.lock_count = 0;
   if (got < size) {
     error_end("Allocation failure: not enough RAM available,\nallocated only",
@@ -97,8 +101,8 @@ void release_arena() {
   UNPOISON(arena.base, arena.size);
   std::free(arena.base);
   arena.base = arena.low = arena.high = arena.low_mark = arena.high_mark = arena.top = nullptr;
-  for (const lock_entry& entry : lock_table) *entry.tag = 0;
-  lock_table.clear();
+  for (const lock_entry& entry : standing.table) *entry.tag = 0;
+  standing.table.clear();
   arena.lock_count = 0;
 }
 
@@ -108,6 +112,9 @@ std::size_t arena_in_use() {
   return static_cast<std::size_t>(arena.low - arena.base) +
          static_cast<std::size_t>(arena.top - arena.high);
 }
+
+void measure_peak_anew() { arena.peak_ram = arena_in_use(); }
+void forget_largest_peak() { arena.peak_ram_ever = 0; }
 
 std::size_t checked_product(std::size_t a, std::size_t b) {
   std::size_t result = 0;
@@ -156,11 +163,11 @@ void free_to_high(void* p) {
 
 void lock(int* tag) {
   if (!tag) error_end("Void lock tag");
-  if (lock_table.size() == most_locks) error_end("Too many ram locks");
-  lock_table.push_back({tag, arena.low, arena.high, arena.low_mark, arena.high_mark});
+  if (standing.table.size() == most_locks) error_end("Too many ram locks");
+  standing.table.push_back({tag, arena.low, arena.high, arena.low_mark, arena.high_mark});
   arena.low_mark = arena.low;
   arena.high_mark = arena.high;
-  arena.lock_count = static_cast<int>(lock_table.size());
+  arena.lock_count = static_cast<int>(standing.table.size());
   *tag = arena.lock_count;
 }
 
@@ -168,29 +175,29 @@ void unlock(int* tag) {
   if (!tag) error_end("Void lock tag");
   if (*tag == 0) return;
   const auto index = static_cast<std::size_t>(*tag) - 1;
-  if (*tag < 0 || index >= lock_table.size() || lock_table[index].tag != tag)
+  if (*tag < 0 || index >= standing.table.size() || standing.table[index].tag != tag)
     error_end("Unlock error");
-  for (std::size_t i = lock_table.size(); i-- > index;) {
-    for (const unlock_hook hook : unlock_hooks) hook(lock_table[i].tag);
+  for (std::size_t i = standing.table.size(); i-- > index;) {
+    for (const unlock_hook hook : standing.hooks) hook(standing.table[i].tag);
   }
   // A lock protects what lay in the stacks between the former marks and where they stood: that is
   // what goes now, with all that came later.
-  const lock_entry entry = lock_table[index];
-  for (std::size_t i = index; i < lock_table.size(); ++i) *lock_table[i].tag = 0;
-  lock_table.resize(index);
+  const lock_entry entry = standing.table[index];
+  for (std::size_t i = index; i < standing.table.size(); ++i) *standing.table[i].tag = 0;
+  standing.table.resize(index);
   arena.low_mark = entry.low_mark;
   arena.high_mark = entry.high_mark;
   set_low(entry.low_mark);
   set_high(entry.high_mark);
-  arena.lock_count = static_cast<int>(lock_table.size());
+  arena.lock_count = static_cast<int>(standing.table.size());
 }
 
 void unlock_all() {
-  if (!lock_table.empty()) unlock(lock_table.front().tag);
+  if (!standing.table.empty()) unlock(standing.table.front().tag);
 }
 
 std::size_t locked_bytes(const int* tag) {
-  for (const lock_entry& entry : lock_table) {
+  for (const lock_entry& entry : standing.table) {
     if (entry.tag != tag) continue;
     return static_cast<std::size_t>(entry.low - entry.low_mark) +
            static_cast<std::size_t>(entry.high_mark - entry.high);
@@ -198,11 +205,11 @@ std::size_t locked_bytes(const int* tag) {
   return 0;
 }
 
-void end_of_command() {
+void release_command_memory() {
   set_low(arena.low_mark);
   set_high(arena.high_mark);
 }
 
-void add_unlock_hook(unlock_hook hook) { unlock_hooks.push_back(hook); }
+void add_unlock_hook(unlock_hook hook) { standing.hooks.push_back(hook); }
 
 }  // namespace zeb

@@ -38,6 +38,10 @@ std::size_t arena_free();
 /// Bytes in use at both ends.
 std::size_t arena_in_use();
 
+/// The peak of use is taken from here on, or the largest ever forgotten.
+void measure_peak_anew();
+void forget_largest_peak();
+
 /// a * b in 64 bits; ends the command as out of memory where it overflows.
 std::size_t checked_product(std::size_t a, std::size_t b);
 
@@ -88,13 +92,6 @@ std::span<T*> calloc_table_low(std::size_t rows, std::size_t cols) {
   if (rows && cols) std::memset(static_cast<void*>(table[0]), 0, rows * cols * sizeof(T));
   return table;
 }
-template <class T>
-std::span<T*> alloc_table_high(std::size_t rows, std::size_t cols) {
-  std::span<T*> table = alloc_high<T*>(rows);
-  std::span<T> cells = alloc_high<T>(checked_product(rows, cols));
-  for (std::size_t r = 0; r < rows; ++r) table[r] = cells.data() + r * cols;
-  return table;
-}
 
 /// Gives back what was taken last: `p` must lie between the mark and the stack's end, else the
 /// error "Heap deallocation error".
@@ -111,11 +108,11 @@ void unlock_all();
 /// Bytes that the lock of this tag protects by itself; 0 where it isn't taken.
 std::size_t locked_bytes(const int* tag);
 /// Releases everything above the marks.
-void end_of_command();
+void release_command_memory();
 
-/// Called before a lock is released, by whoever must let go of data behind it (registered at
-/// start-up, in order). Gets the tag about to go: once for every lock that lapses, the latest
-/// first.
+/// Called before a lock is released, by whoever must let go of the data that it protects
+/// (registered at start-up, in order). Gets the tag about to go: once for every lock that lapses,
+/// the latest first.
 using unlock_hook = void (*)(const int* tag);
 void add_unlock_hook(unlock_hook hook);
 

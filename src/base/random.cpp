@@ -7,6 +7,12 @@ namespace zeb {
 
 random_state randomness;
 
+void set_seed(int seed) { randomness.random_seed = seed; }
+void set_seed_step(unsigned step) { randomness.seed_step = step; }
+void set_random_insertion(bool random) { randomness.random_insertion = random; }
+void set_random_outgroup(bool random) { randomness.random_outgroup = random; }
+void set_quick_shuffle(bool quick) { randomness.quick_shuffle = quick; }
+
 void seed_generator(random_generator& generator) {
   generator.seed(randomness.random_seed != 0 ? static_cast<unsigned>(randomness.random_seed)
                                              : static_cast<unsigned>(std::time(nullptr)));

@@ -37,6 +37,12 @@ struct random_state {
 };
 extern random_state randomness;
 
+void set_seed(int seed);
+void set_seed_step(unsigned step);
+void set_random_insertion(bool random);
+void set_random_outgroup(bool random);
+void set_quick_shuffle(bool quick);
+
 /// Restarts the generator from the user's seed, or from the clock where that is 0.
 void seed_generator(random_generator& generator);
 

@@ -1,6 +1,6 @@
 #include "base/time_limit.h"
 
-#include "base/process.h"
+#include "base/command.h"
 
 namespace zeb {
 
@@ -10,8 +10,7 @@ void set_time_limit(unsigned seconds) { time_limit.seconds = seconds; }
 void disarm_time_limit() { time_limit.armed = false; }
 
 bool time_is_out() {
-  return time_limit.armed && time_limit.seconds > 0 &&
-         wall_clock() - process.command_start >= time_limit.seconds;
+  return time_limit.armed && time_limit.seconds > 0 && command_seconds() >= time_limit.seconds;
 }
 
 }  // namespace zeb

@@ -1,8 +1,9 @@
 #include "consensus/counting.h"
 
 #include "base/arena.h"
-#include "base/process.h"
+#include "base/interrupts.h"
 #include "console/output.h"
+#include "console/progress.h"
 
 namespace zeb {
 namespace {

@@ -6,8 +6,8 @@
 
 #include "base/arena.h"
 #include "base/indices.h"
-#include "base/process.h"
-#include "console/output.h"
+#include "base/interrupts.h"
+#include "console/progress.h"
 
 namespace zeb {
 namespace {

@@ -1,12 +1,13 @@
 #include "consensus/majority_consensus.h"
 
 #include "base/arena.h"
+#include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "consensus/candidate_tree.h"
 #include "consensus/cluster_matcher.h"
 #include "consensus/counting.h"
-#include "console/output.h"
+#include "console/progress.h"
 
 namespace zeb {
 namespace {

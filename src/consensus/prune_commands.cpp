@@ -12,7 +12,6 @@
 #include "consensus/pruned_consensus.h"
 #include "consensus/strict_consensus.h"
 #include "console/output.h"
-#include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/list_text.h"
 #include "language/lists.h"
@@ -61,7 +60,7 @@ prune_request read_request() {
   if (store.ntrees == 0) error_end("No trees specified");
   request.largest = read_set_size();
   std::vector<std::uint8_t> trees(at(store.ntrees), 0);
-  constexpr unsigned flags = list_slash_ends | list_has_fixed | list_in_tree_buffer;
+  constexpr unsigned flags = list_slash_ends | list_in_tree_buffer;
   if (!read_list(flags, 0, store.ntrees, "tree", trees)) {
     std::fill(trees.begin(), trees.end(), std::uint8_t{1});
   }

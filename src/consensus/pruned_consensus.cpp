@@ -4,8 +4,8 @@
 #include <unordered_map>
 
 #include "base/indices.h"
-#include "base/process.h"
-#include "console/output.h"
+#include "base/interrupts.h"
+#include "console/progress.h"
 
 namespace zeb {
 namespace {

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/indices.h"
-#include "base/process.h"
 #include "consensus/conflict_consensus.h"
 #include "consensus/majority_consensus.h"
+#include "language/hooks.h"
 #include "language/lexer.h"
 #include "language/lists.h"
 #include "matrix/matrix.h"
@@ -30,7 +31,7 @@ int read_reference_tree(char closing) {
 
 void read_tree_list(consensus_request& request) {
   request.trees.assign(at(store.ntrees), 0);
-  constexpr unsigned flags = list_slash_ends | list_has_fixed | list_in_tree_buffer;
+  constexpr unsigned flags = list_slash_ends | list_in_tree_buffer;
   if (!read_list(flags, 0, store.ntrees, "tree", request.trees))
     std::fill(request.trees.begin(), request.trees.end(), std::uint8_t{1});
   request.n_trees = count_flags(request.trees);
@@ -65,7 +66,7 @@ consensus_request read_consensus_request(bool has_reference_forms) {
       next_nonblank();
       request.as_table = c == '(';
       request.reference = read_reference_tree(c == '(' ? ')' : ']');
-    } else if (c == '[' || !settings.macros) {  // with macros "(" begins an expression
+    } else if (c == '[' || !macros_on()) {  // with macros "(" begins an expression
       invalid_option();
     }
   }

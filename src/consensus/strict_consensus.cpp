@@ -6,7 +6,7 @@
 #include "base/indices.h"
 #include "consensus/cluster_matcher.h"
 #include "consensus/counting.h"
-#include "console/output.h"
+#include "console/progress.h"
 
 namespace zeb {
 namespace {

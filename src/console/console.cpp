@@ -18,17 +18,14 @@
 #include <iterator>
 
 #include "base/process.h"
-#include "console/console_lines.h"
+#include "console/keys.h"
 #include "console/line_editor.h"
-#include "console/output.h"
-#include "console/progress.h"
+#include "console/screen.h"
 
 #define NCURSES_NOMACROS 1
 #include <curses.h>
 
 namespace zeb {
-
-console_settings console;
 
 namespace {
 
@@ -77,8 +74,7 @@ bool follow_size() {
     return false;
   if (now.ws_row == terminal.size.ws_row && now.ws_col == terminal.size.ws_col) return false;
   terminal.size = now;
-  output.screen_rows = now.ws_row;
-  output.screen_columns = now.ws_col;
+  resize_screen(now.ws_row, now.ws_col);
   return true;
 }
 
@@ -142,8 +138,8 @@ std::string library_text(const char* text) {
 // The terminal is given back without being cleared when the program ends in any other way than
 // through `end_console`.
 void leave_terminal() {
-  if (!output.console_mode) return;
-  output.console_mode = false;
+  if (!screen.up) return;
+  end_screen();
   endwin();
 }
 
@@ -152,7 +148,7 @@ void leave_terminal() {
 console_history& entered_lines() { return terminal.history; }
 
 void start_console() {
-  if (output.console_mode || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO)) return;
+  if (screen.up || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO)) return;
   use_env(true);
   terminal.screen = newterm(nullptr, stderr, stdin);
   if (!terminal.screen) return;  // a terminal that the library doesn't know: a plain line program
@@ -163,18 +159,14 @@ void start_console() {
   keypad(terminal.keys, true);
   meta(terminal.keys, true);
   refresh();  // clears the screen, once
-  output.screen_rows = LINES;
-  output.screen_columns = COLS;
   if (ioctl(STDERR_FILENO, TIOCGWINSZ, &terminal.size) != 0) terminal.size = {};
-  output.cut_lines = true;
-  output.console_mode = true;
-  output.cursor_column = 0;
+  start_screen(LINES, COLS);
   read_history();
   std::atexit(leave_terminal);
 }
 
 void end_console() {
-  if (!output.console_mode) return;
+  if (!screen.up) return;
   hide_progress();
   write_history();
   const std::string clear = clear_screen_code();
@@ -182,7 +174,7 @@ void end_console() {
   write_terminal(clear);
 }
 
-bool user_present() { return output.console_mode && !process.background && !terminal.gone; }
+bool user_present() { return screen.up && !process.background && !terminal.gone; }
 
 int wait_for_key() {
   if (!user_present()) return escape_key;
@@ -228,20 +220,6 @@ void write_console(std::string_view text) {
   show_lines(text);
 }
 
-void write_terminal(std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
-    if (written > 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EAGAIN) {
-      pollfd descriptor{STDERR_FILENO, POLLOUT, 0};
-      poll(&descriptor, 1, -1);
-    } else if (errno != EINTR) {  // a signal, as that of a new size, mustn't lose text
-      return;
-    }
-  }
-}
-
 void ring_bell() {
   if (user_present()) write_terminal("\a");
 }
@@ -249,65 +227,54 @@ void ring_bell() {
 void clear_screen() {
   if (!user_present()) return;
   write_terminal(clear_screen_code());
-  output.cursor_column = 0;
-  output.page_lines = 0;
+  begin_page();
 }
 
 std::string clear_screen_code() {
-  return output.console_mode ? library_text(tigetstr("clear")) : std::string();
+  return screen.up ? library_text(tigetstr("clear")) : std::string();
 }
 
 std::string clear_to_line_end_code() {
-  return output.console_mode ? library_text(tigetstr("el")) : std::string();
+  return screen.up ? library_text(tigetstr("el")) : std::string();
 }
 
 std::string move_cursor_code(int row, int column) {
-  const std::string code = output.console_mode ? library_text(tigetstr("cup")) : std::string();
+  const std::string code = screen.up ? library_text(tigetstr("cup")) : std::string();
   if (code.empty()) return {};
   return library_text(tparm(code.c_str(), row, column, 0, 0, 0, 0, 0, 0, 0));
 }
 
 terminal_for_child::terminal_for_child() {
-  if (!output.console_mode) return;
+  if (!screen.up) return;
   hide_progress();
   reset_shell_mode();
 }
 
 terminal_for_child::~terminal_for_child() {
-  if (!output.console_mode) return;
+  if (!screen.up) return;
   reset_prog_mode();
   keypad(terminal.keys, true);
-  output.cursor_column = 0;
+  begin_line();
 }
 
-// A burst of keys between two looks is text typed ahead, kept for the line editor, unless <esc> is
-// in it; a single key is a word to the running command.
-key_wish poll_interrupt_keys() {
-  if (!user_present()) return key_wish::nothing;
+std::vector<int> keys_pressed() {
+  if (!user_present()) return {};
   const double now = wall_clock();
-  if (now - terminal.looked < seconds_between_looks && now >= terminal.looked)
-    return key_wish::nothing;
+  if (now - terminal.looked < seconds_between_looks && now >= terminal.looked) return {};
   terminal.looked = now;
   follow_size();
-  std::deque<int> keys;  // since the last look
+  std::vector<int> keys;
   for (int key = poll_key(); key != no_key; key = poll_key()) {
     if (key != key_resize) keys.push_back(key);
     if (key == escape_key) break;
   }
-  if (keys.empty()) return key_wish::nothing;
-  if (keys.back() == escape_key) {
-    terminal.typed_ahead.clear();
-    return wish_of_key(escape_key);
-  }
-  const bool enter_follows = keys.size() == 2 && (keys[1] == '\n' || keys[1] == '\r');
-  if (keys.size() == 1 || enter_follows) return wish_of_key(keys[0]);
-  terminal.typed_ahead.insert(terminal.typed_ahead.end(), keys.begin(), keys.end());
-  return key_wish::nothing;
+  return keys;
 }
 
-key_wish wait_interrupt_key() {
-  if (!user_present()) return key_wish::nothing;
-  return wait_for_key() == escape_key ? key_wish::interrupt : key_wish::nothing;
+void keep_typed_ahead(std::span<const int> keys) {
+  terminal.typed_ahead.insert(terminal.typed_ahead.end(), keys.begin(), keys.end());
 }
+
+void forget_typed_ahead() { terminal.typed_ahead.clear(); }
 
 }  // namespace zeb

@@ -1,12 +1,16 @@
-// Reading one line at the console.
+#include "console/console_line.h"
+
 #include <algorithm>
 #include <string>
 
-#include "base/process.h"
+#include "base/command.h"
 #include "base/text_columns.h"
 #include "console/console.h"
+#include "console/keys.h"
 #include "console/line_editor.h"
-#include "console/output.h"
+#include "console/log.h"
+#include "console/screen.h"
+#include "console/settings.h"
 #include "console/viewer.h"
 
 namespace zeb {
@@ -15,8 +19,8 @@ namespace {
 // The prompt and as much of the line around the cursor as the screen is wide.
 void draw_line(const std::string& prompt, const line_editor& editor, std::size_t& first_column) {
   const auto before = static_cast<std::size_t>(text_columns(prompt));
-  const auto screen = static_cast<std::size_t>(std::max(output.screen_columns - 1, 1));
-  const std::size_t width = screen > before + 8 ? screen - before : 8;
+  const auto whole = static_cast<std::size_t>(std::max(screen.columns - 1, 1));
+  const std::size_t width = whole > before + 8 ? whole - before : 8;
   const std::string_view text = editor.text();
   const auto cursor = static_cast<std::size_t>(text_columns(text.substr(0, editor.cursor())));
   if (cursor < first_column) first_column = cursor;
@@ -34,7 +38,7 @@ void draw_line(const std::string& prompt, const line_editor& editor, std::size_t
 }  // namespace
 
 bool read_console_line(char* text, int size) {
-  if (console.auto_view) show_buffer_in_viewer();
+  if (settings.auto_view) show_buffer_in_viewer();
   const std::string& prompt = command.prompt;
   line_editor editor(entered_lines(), static_cast<std::size_t>(size - 2));
   write_console("\n");
@@ -55,8 +59,7 @@ bool read_console_line(char* text, int size) {
     if (!editor.in_character()) draw_line(prompt, editor, first_column);
   }
   write_terminal("\n\r");
-  output.cursor_column = 0;
-  output.page_lines = 0;
+  begin_page();
   entered_lines().add(editor.text());
   if (settings.echo_console_to_log) write_log("\n" + prompt + editor.text() + "\n");
   const std::string line = editor.text() + "\n";

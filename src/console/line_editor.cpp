@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "base/text_columns.h"
-#include "console/console.h"
+#include "console/keys.h"
 
 namespace zeb {
 namespace {

@@ -2,13 +2,13 @@
 
 #include <exception>
 
+#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
-#include "console/console.h"
-#include "console/console_lines.h"
-#include "console/progress.h"
+#include "console/log.h"
+#include "console/screen.h"
+#include "console/settings.h"
 #include "console/text_buffer.h"
-#include "language/commands/commands.h"
 
 namespace zeb {
 
@@ -109,7 +109,7 @@ void flush_line() {
     }
     return;
   }
-  if (output.log_stream && !(output.output_mask & no_log)) write_log(text);
+  if (log_file.stream && !(output.output_mask & no_log)) write_log(text);
   if (!(output.output_mask & no_text_buffer)) add_to_text_buffer(text);
   if ((output.output_mask & no_console) || process.background) return;
   if (settings.break_polling || process.slave) poll_for_interrupt();
@@ -122,11 +122,8 @@ void reset_output() {
   output.output_diversion = 0;
 }
 
-void start_output() {
-  constexpr int first_kilobytes = 200;
-  display_buffer.resize(first_kilobytes);
-  add_command_over_hook(end_progress_of_command);
-}
+void close_places(unsigned places) { output.output_mask |= places; }
+void open_places(unsigned places) { output.output_mask &= ~places; }
 
 void view_to_end() { display_buffer.view_offset = 0; }
 

@@ -19,16 +19,7 @@ struct output_state {
   unsigned output_mask = 0;  // bits of output_place: where nothing goes
   int output_diversion = 0;  // 0 usual; 2 straight into `diversion_stream`; else text is dropped
   std::FILE* diversion_stream = nullptr;
-  std::FILE* log_stream = nullptr;  // null: no log
-  std::string log_name;
-  bool console_mode = false;  // the screen library is up: lines end in "\n\r"
-  int screen_rows = 24;
-  int screen_columns = 80;
-  bool cut_lines = false;  // lines end at the screen's edge: on a screen, or one given by `screen`
-  int cursor_column = 0;   // where the console's line stands
-  bool paging = false;     // `pause =`
-  int page_lines = 0;      // lines since the last pause
-  bool polling = false;    // output is looking at the keyboard
+  bool polling = false;  // output is looking at the keyboard
 };
 extern output_state output;
 
@@ -42,7 +33,7 @@ template <class... part>
 void emit(const part&... parts) {
   emit_parts({message_part(parts)...});
 }
-/// The same with a blank behind each part and a newline at the end.
+/// The same with a blank after each part and a newline at the end.
 template <class... part>
 void report_line(const part&... parts) {
   report_line_parts({message_part(parts)...});
@@ -58,16 +49,12 @@ void put_char(char c);
 /// Empties the line buffer without sending: what an error or interrupt does first. Ends a
 /// diversion.
 void reset_output();
-/// Writes out what waits for the log: at the end of every command, on errors, before every exit.
-void flush_log();
-/// Closes the log there is and opens another; "stdout" is the standard output. False: no log now.
-bool open_log(const std::string& name, bool append);
-/// Closes the log, if any.
-void close_log();
-/// Writes to the log only, whatever the mask says.
-void write_log(std::string_view text);
 /// Brings the view of the text buffer to its end.
 void view_to_end();
+/// Switches places off and on again, as `silent` does.
+void close_places(unsigned places);
+void open_places(unsigned places);
+
 /// For its lifetime nothing goes to the places of the mask, and all else is open.
 class output_mask_scope {
  public:
@@ -108,10 +95,5 @@ class output_to_file {
   std::FILE* stream_;
   int diversion_;
 };
-
-/// One line of progress at the console, rewritten in place on a terminal; nothing in a pipe or in
-/// the background, nor with `report` off. `done` of `total`; at most a few times a second.
-void show_progress(std::string_view label, double done, double total);
-void clear_progress();
 
 }  // namespace zeb

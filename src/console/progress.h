@@ -1,17 +1,18 @@
-// The progress line's place on the screen; see `show_progress` in output.h.
+// One line of progress at the console.
 #pragma once
 
 #include <string_view>
 
 namespace zeb {
 
-/// As `show_progress`, but also with `report` off, and it stays when the command ends: progress of
-/// a script, which is made of many commands.
-void show_progress_line(std::string_view label, double done, double total);
-
-/// Wipes the progress line, so that other text can take its place; it returns with the next report.
-void hide_progress();
+/// Progress of a command: `done` of `total`, at most a few times a second, rewritten in place on a
+/// terminal; nothing in a pipe or in the background, nor with `report` off.
+void show_progress(std::string_view label, double done, double total);
+/// The same for a script, which is made of many commands: it stays when the command ends, and shows
+/// with `report` off too.
+void show_script_progress(std::string_view label, double done, double total);
+void clear_progress();
 /// Wipes the progress of the command that is over; that of a script stays.
-void end_progress_of_command();
+void clear_command_progress();
 
 }  // namespace zeb

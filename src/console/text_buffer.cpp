@@ -24,7 +24,7 @@ std::uint64_t physical_memory() {
 
 }  // namespace
 
-bool text_buffer::resize(int kilobytes) {
+bool text_buffer::allot(int kilobytes) {
   const std::uint64_t capacity = std::max(
       std::uint64_t{1000} * static_cast<std::uint64_t>(std::max(kilobytes, 0)), smallest_capacity);
   const std::uint64_t table = capacity / 10 + 2;
@@ -41,11 +41,11 @@ bool text_buffer::resize(int kilobytes) {
   starts_ = std::move(starts);
   capacity_ = capacity;
   kilobytes_ = static_cast<int>(capacity / 1000);
-  clear();
+  forget();
   return true;
 }
 
-void text_buffer::clear() {
+void text_buffer::forget() {
   oldest_ = finished_ = 0;
   begin_ = last_ = end_ = 0;
   view_offset = 0;
@@ -53,7 +53,7 @@ void text_buffer::clear() {
 
 void text_buffer::set_compression(bool on) {
   compression_ = on;
-  clear();
+  forget();
 }
 
 bool text_buffer::add(std::string_view text) {
@@ -100,7 +100,7 @@ bool text_buffer::put_run(std::size_t blanks) {
 bool text_buffer::make_room(std::uint64_t bytes) {
   while (end_ - begin_ + bytes > capacity_) {
     if (finished_ == 0) {
-      clear();
+      forget();
       return false;
     }
     oldest_ = (oldest_ + 1) % starts_.size();

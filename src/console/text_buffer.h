@@ -17,10 +17,10 @@ class text_buffer {
  public:
   /// Makes room for `kilobytes` thousands of characters, at least 50, and drops the contents. False
   /// when there is no memory: then nothing has changed.
-  bool resize(int kilobytes);
+  bool allot(int kilobytes);
   /// Adds text; "\n" ends a line. False when one line outgrew the whole buffer and all was dropped.
   bool add(std::string_view text);
-  void clear();
+  void forget();
   /// Drops the contents.
   void set_compression(bool on);
   bool compression() const { return compression_; }
@@ -50,7 +50,7 @@ class text_buffer {
   std::size_t finished_ = 0;           // finished lines
   std::uint64_t begin_ = 0;            // position of the oldest line
   std::uint64_t last_ = 0;             // position of the unfinished line
-  std::uint64_t end_ = 0;              // position behind the last byte
+  std::uint64_t end_ = 0;              // position after the last byte
   bool compression_ = true;
   int kilobytes_ = 0;
 };

@@ -10,8 +10,9 @@
 #include "base/message_text.h"
 #include "base/text_columns.h"
 #include "console/console.h"
+#include "console/keys.h"
 #include "console/line_editor.h"
-#include "console/output.h"
+#include "console/screen.h"
 #include "console/text_buffer.h"
 
 namespace zeb {
@@ -81,7 +82,7 @@ class viewer {
     while (take(wait_for_key())) draw();
     clear_screen();
   }
-  /// Lines behind the last one on the screen.
+  /// Lines after the last one on the screen.
   std::size_t lines_below() const {
     const std::size_t bottom = top_ + static_cast<std::size_t>(rows());
     return text_.count > bottom ? text_.count - bottom : 0;
@@ -89,10 +90,8 @@ class viewer {
 
  private:
   // The screen less the header and the foot.
-  static std::ptrdiff_t rows() { return std::max(output.screen_rows - 2, 1); }
-  static std::size_t columns() {
-    return static_cast<std::size_t>(std::max(output.screen_columns - 1, 1));
-  }
+  static std::ptrdiff_t rows() { return std::max(screen.rows - 2, 1); }
+  static std::size_t columns() { return static_cast<std::size_t>(std::max(screen.columns - 1, 1)); }
 
   void to(std::ptrdiff_t line) {
     const auto last =
@@ -194,27 +193,27 @@ std::string viewer::header() const {
 
 void viewer::draw() const {
   const std::string erase = clear_to_line_end_code();
-  std::string screen = move_cursor_code(0, 0);
-  if (screen.empty()) screen = clear_screen_code();
-  screen += text_in_columns(header(), 0, columns());
-  screen += erase;
+  std::string drawn = move_cursor_code(0, 0);
+  if (drawn.empty()) drawn = clear_screen_code();
+  drawn += text_in_columns(header(), 0, columns());
+  drawn += erase;
   for (std::ptrdiff_t row = 0; row < rows(); ++row) {
-    screen += "\n\r";
+    drawn += "\n\r";
     const std::size_t number = top_ + static_cast<std::size_t>(row);
     if (number < text_.count) {
-      screen += text_in_columns(on_one_line(text_.line(number)), shift_, columns());
+      drawn += text_in_columns(on_one_line(text_.line(number)), shift_, columns());
     }
-    screen += erase;
+    drawn += erase;
   }
   std::string foot = note_;
   if (foot.empty() && shift_ > 0) {
     foot = text_of("Lateral shift (screens): %.2f",
-                   static_cast<double>(shift_) / static_cast<double>(output.screen_columns));
+                   static_cast<double>(shift_) / static_cast<double>(screen.columns));
   }
-  screen += "\n\r";
-  screen += text_in_columns(foot, 0, columns());
-  screen += erase;
-  write_terminal(screen);
+  drawn += "\n\r";
+  drawn += text_in_columns(foot, 0, columns());
+  drawn += erase;
+  write_terminal(drawn);
 }
 
 void viewer::show_help() const {
@@ -228,7 +227,7 @@ std::optional<std::string> viewer::typed(const std::string& prompt) const {
   const console_history none;
   line_editor editor(none, columns() - std::min(columns() - 1, prompt.size()));
   for (;;) {
-    write_terminal(move_cursor_code(output.screen_rows - 1, 0) + prompt + editor.text() +
+    write_terminal(move_cursor_code(screen.rows - 1, 0) + prompt + editor.text() +
                    clear_to_line_end_code());
     const int key = wait_for_key();
     if (key == escape_key || !user_present()) return std::nullopt;
@@ -237,7 +236,7 @@ std::optional<std::string> viewer::typed(const std::string& prompt) const {
 }
 
 void viewer::go_to_line() {
-  write_terminal(move_cursor_code(output.screen_rows - 2, 0));
+  write_terminal(move_cursor_code(screen.rows - 2, 0));
   const std::optional<std::string> text = typed("\n\rGo to line: ");
   if (!text) return;
   std::size_t number = 0;
@@ -270,11 +269,11 @@ void viewer::search() {
 void restore_screen() {
   clear_screen();
   const std::size_t lines = display_buffer.lines();
-  const auto rows = static_cast<std::size_t>(std::max(output.screen_rows - 3, 1));
+  const auto rows = static_cast<std::size_t>(std::max(screen.rows - 3, 1));
   for (std::size_t i = lines > rows ? lines - rows : 0; i < lines; ++i) {
     write_console(display_buffer.line(i) + "\n");
   }
-  output.page_lines = 0;
+  begin_page();
 }
 
 std::optional<std::string> contents_of(const std::string& name) {

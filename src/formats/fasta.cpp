@@ -5,12 +5,12 @@
 
 #include "base/arena.h"
 #include "base/errors.h"
-#include "base/process.h"
-#include "console/output.h"
+#include "base/interrupts.h"
+#include "console/progress.h"
 #include "formats/foreign_matrix.h"
 #include "formats/text_lines.h"
 #include "formats/written_cells.h"
-#include "language/data_memory.h"
+#include "language/commands/memory_command.h"
 #include "matrix/matrix_memory.h"
 #include "matrix/symbols.h"
 

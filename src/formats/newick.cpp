@@ -4,6 +4,7 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
+#include "console/progress.h"
 #include "formats/labelled_trees.h"
 #include "language/input.h"
 #include "language/interpreter.h"

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "base/errors.h"
-#include "base/process.h"
 #include "formats/foreign_matrix.h"
 #include "formats/text_lines.h"
 #include "matrix/reading/block_format.h"

@@ -4,15 +4,15 @@
 #include "formats/newick.h"
 #include "formats/nexus/file_reader.h"
 #include "formats/phylip.h"
-#include "language/format_hooks.h"
+#include "language/hooks.h"
 
 namespace zeb {
 
 void register_formats() {
-  format_hooks.read_nexus = read_nexus;
-  format_hooks.read_fasta = read_fasta_file;
-  format_hooks.read_newick = read_newick_file;
-  format_hooks.read_phylip = read_phylip_file;
+  hooks_of_language.read_nexus = read_nexus;
+  hooks_of_language.read_fasta = read_fasta_file;
+  hooks_of_language.read_newick = read_newick_file;
+  hooks_of_language.read_phylip = read_phylip_file;
 }
 
 }  // namespace zeb

@@ -4,8 +4,7 @@
 #include <algorithm>
 
 #include "base/errors.h"
-#include "console/output.h"
-#include "language/interpreter.h"
+#include "base/message_text.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_files.h"

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "base/errors.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "functions/commands.h"
 #include "language/input.h"
 #include "language/interpreter.h"

@@ -7,11 +7,11 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "console/output.h"
 #include "functions/fixed_strings.h"
 #include "functions/function_table.h"
 #include "functions/user_arrays.h"
 #include "language/help.h"
+#include "language/hooks.h"
 #include "macro/hooks.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tables.h"
@@ -47,7 +47,7 @@ void register_functions() {
   hooks_of_macro.function_value = function_value;
   hooks_of_macro.element_number = element_number;
   hooks_of_macro.fixed_string = fixed_string;
-  set_expression_help(print_function_help);
+  hooks_of_language.print_expression_help = print_function_help;
   user_arrays.read_name = read_user_array;
   user_arrays.values = user_array_values;
   user_arrays.store = store_user_array;

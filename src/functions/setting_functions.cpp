@@ -7,6 +7,7 @@
 #include "base/errors.h"
 #include "base/process.h"
 #include "base/random.h"
+#include "console/settings.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/search_data.h"
 #include "engine/settings.h"
@@ -25,7 +26,7 @@ namespace {
 
 double absent_included() { return store.include_absent; }
 double arguments() { return static_cast<double>(top_frame().arguments.size()); }
-double break_setting() { return settings.break_polling != 0; }
+double break_setting() { return settings.break_polling; }
 double collapse_rule() { return collapsing.rule; }
 double processors() { return static_cast<double>(std::thread::hardware_concurrency()); }
 double never() { return 0; }

@@ -1,7 +1,7 @@
 #include "functions/user_arrays.h"
 
 #include "base/errors.h"
-#include "base/process.h"
+#include "language/hooks.h"
 #include "macro/array_operations.h"
 #include "macro/assignment.h"
 #include "macro/macro_state.h"
@@ -43,8 +43,8 @@ void store_user_array(int number, std::span<const double> values, int columns) {
 }
 
 bool store_printed_list(std::span<const double> values) {
-  const bool still_there = settings.macros && macros.table_array >= 0 &&
-                           !variable_dimensions(macros.table_array).empty();
+  const bool still_there =
+      macros_on() && macros.table_array >= 0 && !variable_dimensions(macros.table_array).empty();
   if (!still_there) {
     set_table_array(-1);
     return false;

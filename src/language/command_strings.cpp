@@ -1,11 +1,14 @@
-// One command that runs others: a string frame, with the console silenced.
+#include "language/command_strings.h"
+
 #include <cstring>
 
 #include "base/arena.h"
+#include "base/command.h"
 #include "base/errors.h"
-#include "base/process.h"
+#include "base/interrupts.h"
 #include "base/time_limit.h"
 #include "console/output.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -16,29 +19,27 @@ namespace {
 
 constexpr int most_nested = 100;  // each takes a part of the process's own stack
 
-int depth = 0;
+struct nesting {
+  int depth = 0;
+};
+nesting strings;
 
 // Puts the state of the calling command back, also where an error passes through.
 class nested_run {
  public:
-  nested_run() : saved_(command), start_(process.command_start) { ++depth; }
-  ~nested_run() {
-    --depth;
-    command = saved_;
-    process.command_start = start_;
-  }
+  nested_run() { ++strings.depth; }
+  ~nested_run() { --strings.depth; }
   nested_run(const nested_run&) = delete;
   nested_run& operator=(const nested_run&) = delete;
 
  private:
   arena_marks_scope memory_;
   timeout_scope time_limit_;
-  command_state saved_;
-  double start_;
+  command_scope command_;
 };
 
 void check_room(const std::string& text) {
-  if (input.top >= input.mxproc || depth >= most_nested) {
+  if (input.top >= input.mxproc || strings.depth >= most_nested) {
     error_end_f(
         "Can't run this command with %i open files\nYou may increase \"mxproc\" and try again",
         input.mxproc);
@@ -72,7 +73,10 @@ const command_row& row_of_word() {
   error_end("Unknown command:", token());
 }
 
-int loop_level() { return macro_hooks.loop_level ? macro_hooks.loop_level() : 0; }
+int loop_level() {
+  const auto level = hooks_of_language.macros.loop_level;
+  return level ? level() : 0;
+}
 
 // False where a "continue" of the calling loop ends the string.
 bool run_next(int level_at_entry) {
@@ -81,15 +85,15 @@ bool run_next(int level_at_entry) {
   }
   const command_row& row = row_of_word();
   if (std::strcmp(row.name, "continue") == 0 && loop_level() == level_at_entry) return false;
-  command.command_name = row.name;
+  rename_command(row.name);
   call_handler(row);
   return true;
 }
 
 void look_at_timeout() {
-  if (process.interrupt_state != 0 || !time_is_out()) return;
+  if (interrupted() || !time_is_out()) return;
   emit("Interrupting search (time is out!)\n");
-  process.interrupt_state = 1;
+  stop_search(stop_reason::user);
 }
 
 void run_frame() {
@@ -97,11 +101,11 @@ void run_frame() {
   const int level = input.top;
   const int loops = loop_level();
   while (reach_command(level) && run_next(loops)) {
-    end_of_command();
+    release_command_memory();
     check_interrupt(1);
-    if (process.interrupt_state == 3) process.interrupt_state = 0;
-    if (process.interrupt_state == 0) continue;
-    if (macro_hooks.command_failed) macro_hooks.command_failed();
+    if (interrupts.reason == stop_reason::time) forget_interrupt();
+    if (!interrupted()) continue;
+    if (hooks_of_language.macros.command_failed) hooks_of_language.macros.command_failed();
     break;
   }
   while (input.top >= level) pop_frame();
@@ -109,14 +113,14 @@ void run_frame() {
 
 }  // namespace
 
-int command_string_depth() { return depth; }
+int command_string_depth() { return strings.depth; }
 
 void run_command_string(const std::string& text) {
   check_room(text);
   {
     const nested_run nested;
     push_string(text, "search commands");
-    process.interrupt_state = 0;
+    forget_interrupt();
     run_frame();
   }
   look_at_timeout();

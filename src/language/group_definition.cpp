@@ -11,8 +11,8 @@
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/list_kinds.h"
-#include "language/list_reader.h"
 #include "language/list_text.h"
+#include "language/lists.h"
 
 namespace zeb {
 namespace {
@@ -107,7 +107,7 @@ class definition_reader {
     return -1;
   }
 
-  /// The group behind a sign. With `may_be_new`, "+" is the next free one, and a name that no group
+  /// The group after a sign. With `may_be_new`, "+" is the next free one, and a name that no group
   /// has is given to it.
   int read_group(bool may_be_new, std::string* new_name) {
     const int c = skip_blanks_peek();
@@ -161,7 +161,7 @@ class definition_reader {
     former_members former(kind_, group);
     const std::vector<std::uint8_t>& before = former.members;
     std::fill(members_.begin(), members_.end(), std::uint8_t{0});
-    // A list behind "=" sees the group as it is from here on: without members.
+    // A list after "=" sees the group as it is from here on: without members.
     if (sign == '=') set_members(kind_, group, members_);
     if (sign == '>') members_ = before;
     removing_ = sign == '<';

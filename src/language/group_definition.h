@@ -32,21 +32,10 @@ struct group_kind {
   /// Selectors of the command's own. `word` is the letters read, in lower case. Marks the elements
   /// selected and returns true, or returns false for a word that is no selector. Null: none.
   bool (*selector)(std::string_view word, std::span<std::uint8_t> selected) = nullptr;
-  bool zaps = false;  // "/N" behind a list keeps every Nth of it
+  bool zaps = false;  // "/N" after a list keeps every Nth of it
 };
 
 /// Reads and carries out all arguments up to ";".
 void define_groups(const group_kind& kind);
-
-/// "a op b" behind a selector: "=5", "<3", ">=2", "(1,4)" with both ends included.
-struct value_condition {
-  double lowest = 0;
-  double highest = 0;
-  bool lowest_open = false;  // the end itself isn't included
-  bool highest_open = false;
-  bool holds(double value) const;
-};
-/// Reads the condition; `word` is the selector, for the error where none follows.
-value_condition read_condition(std::string_view word);
 
 }  // namespace zeb

@@ -35,4 +35,10 @@ void print_command_help(std::string_view command_name) {
     emit("No help text for ", command_name, ": the command is not available yet\n");
 }
 
+void show_banner() {
+  emit("ZEB version " ZEB_VERSION ", phylogenetic analysis under parsimony\n");
+  emit("LUMA (Lineage Utility MAchine)\n");
+  emit("Enter \"help\" for the commands, \"thanks\" for acknowledgments, \"quit\" to leave.\n");
+}
+
 }  // namespace zeb

@@ -9,8 +9,7 @@ namespace zeb {
 void print_command_help(std::string_view command_name);
 /// Prints an embedded text; false if there is none of that name.
 bool print_help_text(std::string_view name);
-/// Prints the entry of an expression function whose name begins with `word`; false for none.
-/// Registered by the macro language.
-void set_expression_help(bool (*print)(std::string_view word));
+/// What the program is, and its version.
+void show_banner();
 
 }  // namespace zeb

@@ -7,24 +7,27 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/process.h"
-#include "console/console.h"
+#include "console/console_line.h"
+#include "console/log.h"
 #include "console/output.h"
+#include "console/screen.h"
+#include "console/settings.h"
+#include "language/hooks.h"
+#include "language/steering.h"
 
 namespace zeb {
 
 input_state input;
-macro_hook_table macro_hooks;
-
-int (*read_char)() = plain_read_char;
-void (*unread_char)() = plain_unread_char;
+character_reader char_source = {plain_read_char, plain_unread_char};
 
 namespace {
 
 input_frame* frame_at(int level) { return input.frames[static_cast<std::size_t>(level)].get(); }
 
-// Puts the new text behind the last bytes of the old one, at most `most_kept`, which can still be
+// Puts the new text after the last bytes of the old one, at most `most_kept`, which can still be
 // unread.
 char* make_room(input_frame& frame, std::size_t most_kept = kept_behind) {
   const auto used = static_cast<std::size_t>(input.read_position - frame.text);
@@ -55,7 +58,7 @@ void read_from_stream(input_frame& frame, char* text) {
 }
 
 // The first text of a file, which is read once, so that a pipe will do. Editors put a byte order
-// mark in front of UTF-8 text: it isn't part of it.
+// mark before UTF-8 text: it isn't part of it.
 void begin_text(input_frame& frame) {
   constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
   read_from_stream(frame, frame.buffer);
@@ -90,23 +93,24 @@ std::size_t read_plain_line(std::FILE* stream, char* text) {
 
 void refill_level_zero(input_frame& frame) {
   // A typed line stands alone: errors show nothing of the lines before it.
-  char* text = make_room(frame, process.command_line_input ? kept_behind : 0);
-  if (process.command_line_input) {
+  char* text = make_room(frame, input.from_arguments ? kept_behind : 0);
+  if (input.from_arguments) {
     if (next_argument_piece(text)) return;
     if (process.background) {
       if (!input.arguments_closed) {
         input.arguments_closed = true;
         std::memcpy(text, "\n;", 3);
       } else if (!take_up_execute_file()) {
-        end_background_run();
+        write_log("\nQuitting ZEB...\n");
+        end_process(1);
       }
       return;
     }
-    process.command_line_input = false;
+    input.from_arguments = false;
     std::snprintf(frame.name, sizeof frame.name, "%s", "Standard Input");
   }
   frame.typed_line = text;
-  if (output.console_mode) {
+  if (screen.up) {
     if (!read_console_line(text, refill_size)) supply_end(frame, text);
     return;
   }
@@ -138,11 +142,12 @@ input_frame& next_frame() {
 }
 
 void make_top(input_frame& frame) {
-  if (macro_hooks.frame_about_to_be_pushed) macro_hooks.frame_about_to_be_pushed();
+  if (hooks_of_language.macros.frame_about_to_be_pushed)
+    hooks_of_language.macros.frame_about_to_be_pushed();
   frame.saved_position = input.read_position;
   input.read_position = frame.text;
   ++input.top;
-  if (macro_hooks.frame_pushed) macro_hooks.frame_pushed();
+  if (hooks_of_language.macros.frame_pushed) hooks_of_language.macros.frame_pushed();
 }
 
 void refuse_open_file(const std::string& name) {
@@ -181,7 +186,7 @@ void start_input(int mxproc, std::string argument_text, const std::string& name)
   std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
   input.top = 0;
   input.read_position = frame.buffer;
-  process.command_line_input = !argument_text.empty();
+  input.from_arguments = !argument_text.empty();
   input.argument_text = std::move(argument_text);
   input.argument_position = 0;
 }
@@ -250,9 +255,8 @@ void pop_frame() {
   frame.stream = nullptr;
   frame.arguments.clear();
   input.read_position = frame.saved_position;
-  if (macro_hooks.frame_popped) macro_hooks.frame_popped();
-  const bool in_call = macro_hooks.running_call && macro_hooks.running_call();
-  if (!in_call && input.top > 0 && top_frame().stream && settings.report) {
+  if (hooks_of_language.macros.frame_popped) hooks_of_language.macros.frame_popped();
+  if (input.top > 0 && top_frame().stream && settings.report) {
     report_line("Again reading from", top_frame().name);
   }
 }
@@ -273,15 +277,16 @@ void pop_all() {
     input.jump_pending = true;
     input.error_target_level = -1;  // once only: an exit script that fails doesn't start again
   }
-  const bool chatter = settings.report;
-  settings.report = false;
-  while (input.top > 0) pop_frame();
-  settings.report = chatter;
-  const bool behind_loop = macro_hooks.command_failed && macro_hooks.command_failed();
+  {
+    const quiet_scope quiet;
+    while (input.top > 0) pop_frame();
+  }
+  const bool after_loop =
+      hooks_of_language.macros.command_failed && hooks_of_language.macros.command_failed();
   input_frame& zero = top_frame();
-  if (output.console_mode || zero.is_terminal || !process.command_line_input) {
+  if (screen.up || zero.is_terminal || !input.from_arguments) {
     if (!zero.at_end) *input.read_position = 0;
-  } else if (!behind_loop) {
+  } else if (!after_loop) {
     drop_rest_of_argument_command();
   }
 }
@@ -315,5 +320,61 @@ bool level_zero_ended() {
 }
 
 bool is_current_file(std::string_view name) { return name == top_frame().name; }
+
+bool take_up_execute_file() {
+  const execute_file file = take_execute_file();
+  if (file.copy.empty()) return false;
+  push_file(file.copy, {}, true);
+  report_line("New instruction set taken up from", file.name);
+  return true;
+}
+
+void plain_reading_again() {
+  input.literal_comma = false;
+  input.in_command_head = false;
+}
+
+bool accept_question_mark() {
+  input.in_command_head = true;
+  int c = 0;
+  do {
+    c = read_char();
+  } while (c < 33);
+  input.in_command_head = false;
+  if (c == '?') return true;
+  unread_char();
+  return false;
+}
+
+int peek_char() {
+  const int c = read_char();
+  unread_char();
+  return c;
+}
+
+void set_run_directory(const std::string& path) {
+  input.run_directory = path;
+  if (!path.ends_with('/')) input.run_directory += '/';
+}
+
+void run_pending_jump() {
+  if (!input.jump_pending) return;
+  input.jump_pending = false;
+  if (hooks_of_language.macros.run_pending_jump) {
+    run_in_jump_context(hooks_of_language.macros.run_pending_jump);
+  }
+  input.jump_pending = false;
+}
+
+void set_macro_layer(const macro_layer& layer) {
+  hooks_of_language.macros = layer;
+  char_source.read = layer.read_char ? layer.read_char : plain_read_char;
+  char_source.unread = layer.unread_char ? layer.unread_char : plain_unread_char;
+}
+
+const char* start_of_shown_text(const input_frame& frame) {
+  if (input.top > 0 || !frame.typed_line) return frame.text;
+  return std::min<const char*>(frame.typed_line, input.read_position);
+}
 
 }  // namespace zeb

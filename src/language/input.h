@@ -7,11 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "language/hooks.h"
+
 namespace zeb {
 
 constexpr int frame_text_size = 4128;  // bytes of a frame's text, with the terminator
 constexpr int refill_size = 4096;      // most bytes read at a time
-constexpr int kept_behind = 32;        // bytes kept in front of a refilled text, for unreading
+constexpr int kept_behind = 32;        // bytes kept before a refilled text, for unreading
 
 /// One open input.
 struct input_frame {
@@ -40,15 +42,16 @@ struct input_state {
   std::string error_target_file, error_target_label;
   bool jump_pending = false;     // the main loop is to run the jump to the error target
   bool in_command_head = false;  // blanks between a command word and its arguments are skipped
+  bool from_arguments = false;   // level 0 holds the process arguments
   // Process arguments that didn't fit in the level-0 text yet.
   std::string argument_text;
   std::size_t argument_position = 0;
-  bool arguments_closed = false;  // the ";" behind them has been supplied
+  bool arguments_closed = false;  // the ";" after them has been supplied
 };
 extern input_state input;
 
-/// While it lives, a command may take commas as parts of its text at the console too; afterwards
-/// they are read as before.
+/// While it lives commas may be made parts of the text at level 0 too, where they end a command
+/// otherwise.
 class comma_reading {
  public:
   explicit comma_reading(bool literal = false) { set_literal(literal); }
@@ -61,20 +64,6 @@ class comma_reading {
   const bool former_ = input.literal_comma;
 };
 
-/// What the macro layer does when the stack changes. Null while the language is off.
-struct macro_hook_table {
-  void (*frame_about_to_be_pushed)() = nullptr;
-  void (*frame_pushed)() = nullptr;
-  void (*frame_popped)() = nullptr;
-  bool (*command_failed)() = nullptr;    // error or interrupt: blocks and loops end; true if the
-                                         // reader was moved behind a loop
-  void (*show_error_place)() = nullptr;  // replaces the plain place and caret of an error
-  int (*loop_level)() = nullptr;         // nesting of macro loops
-  void (*run_pending_jump)() = nullptr;  // goes to the target of `goto [`
-  bool (*running_call)() = nullptr;      // no "Again reading from" for it
-};
-extern macro_hook_table macro_hooks;
-
 /// The frame being read.
 inline input_frame& top_frame() { return *input.frames[static_cast<std::size_t>(input.top)]; }
 /// Makes level 0: the text of the process arguments, or the standard input where there are none.
@@ -83,11 +72,19 @@ void start_input(int mxproc, std::string argument_text, const std::string& name)
 /// Sets how many files may be open at a time; not below the number that are.
 void set_input_depth(int mxproc);
 
-/// The two replaceable entries through which every handler takes characters. `read_char` returns
-/// the next character as a non-negative integer and never fails: an ended input gives "\n;".
-extern int (*read_char)();
+/// The two replaceable entries through which every handler takes characters.
+struct character_reader {
+  int (*read)();
+  void (*unread)();
+};
+extern character_reader char_source;
+
+/// The next character as a non-negative integer. Never fails: an ended input gives "\n;".
+inline int read_char() { return char_source.read(); }
 /// Steps back by one character, unless at the start of the frame's buffer.
-extern void (*unread_char)();
+inline void unread_char() { char_source.unread(); }
+/// The next character as it stands, left unread (blanks aren't skipped).
+int peek_char();
 
 /// Goes on reading at `position` of whatever text: for filters on the plain reader.
 inline void read_on_at(const char* position) { input.read_position = const_cast<char*>(position); }
@@ -98,6 +95,19 @@ void read_on_at(const char* position, int level);
 /// The plain reader.
 int plain_read_char();
 void plain_unread_char();
+
+/// Another reader takes its place while this lives.
+class reader_scope {
+ public:
+  explicit reader_scope(const character_reader& other) { char_source = other; }
+  ~reader_scope() { char_source = former_; }
+  reader_scope(const reader_scope&) = delete;
+  reader_scope& operator=(const reader_scope&) = delete;
+  const character_reader& former() const { return former_; }
+
+ private:
+  const character_reader former_ = char_source;
+};
 
 /// Opens the file and makes it the top frame. Errors: nested too deep, in use, can't open.
 void push_file(const std::string& name, std::span<const std::string> arguments,
@@ -116,6 +126,20 @@ bool has_text_at(int level);
 /// Sets and forgets the label that an error or break in this frame or above it goes to.
 void set_error_target(const std::string& file, const std::string& label);
 void clear_error_target();
+/// In the background: makes the instructions that the user left meanwhile the top frame; false
+/// where there are none.
+bool take_up_execute_file();
+/// After an error: nothing that a handler wanted of the reader holds any more.
+void plain_reading_again();
+/// Skips blanks between a command's word and its arguments, and takes a "?" there.
+bool accept_question_mark();
+void set_run_directory(const std::string& path);
+/// Runs the jump that an error left pending.
+void run_pending_jump();
+/// Where the text to show of a frame begins: the line for text that was typed, else all there is.
+const char* start_of_shown_text(const input_frame& frame);
+/// Puts the macro language in the place of the plain one; `{}` takes it away.
+void set_macro_layer(const macro_layer& layer);
 /// Is `name` the file being read?
 bool is_current_file(std::string_view name);
 /// The top frame has run out of text: nothing but the supplied "\n;", or a part of it, is left.

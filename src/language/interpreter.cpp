@@ -12,30 +12,38 @@
 #include <vector>
 
 #include "base/arena.h"
+#include "base/command.h"
 #include "base/errors.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
+#include "console/log.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
 #include "language/help.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
 
 namespace zeb {
+
+interpreter_state interpreter;
+
 namespace {
 
-std::span<const command_row> table;
-int zzz_index = 0;
-void (*pre_run_hook)() = nullptr;
-bool (*data_predicate)() = nullptr;
+struct table_state {
+  std::span<const command_row> rows;
+  int zzz_index = 0;
+  // By first letter, each list in the order of the table: a loop of a script looks its commands up
+  // at every round.
+  std::array<std::vector<const command_row*>, 26> by_letter;
+};
+table_state table;
 
 constexpr command_row run_file_row = {"run-file", run_file_command, true, 0};
-
-// The rows by first letter, each list in the order of the table: a loop of a script looks its
-// commands up at every round.
-std::array<std::vector<const command_row*>, 26> rows_by_letter;
 
 // Words come folded to lower case, as the names of rows are.
 bool matches(std::string_view word, const command_row& row) {
@@ -50,8 +58,8 @@ bool matches(std::string_view word, const command_row& row) {
 // A row that the user means by a word which matches none.
 const command_row* ask_for_command(std::string_view word) {
   if (matching.match_mode == 0 || !top_frame().is_terminal) return nullptr;
-  for (int i = 0; i < zzz_index; ++i) {
-    const command_row& row = table[static_cast<std::size_t>(i)];
+  for (int i = 0; i < table.zzz_index; ++i) {
+    const command_row& row = table.rows[static_cast<std::size_t>(i)];
     if (ask_match(word, row.name, "command")) return &row;
   }
   return nullptr;
@@ -62,15 +70,14 @@ bool find_run_file() {
   const std::string file = std::string(token()) + ".run";
   for (const std::string& path : {file, input.run_directory + file}) {
     if (path.size() >= sizeof lexer.token || access(path.c_str(), R_OK) != 0) continue;
-    lexer.token_length = static_cast<int>(path.copy(lexer.token, path.size()));
-    lexer.token[path.size()] = 0;
+    set_token(path);
     return true;
   }
   return false;
 }
 
 [[noreturn]] void unknown_command() {
-  if (top_frame().is_terminal && !process.command_line_input) {
+  if (top_frame().is_terminal && !input.from_arguments) {
     error_end_f("LUMA: command \"%s\" not recognized", lexer.token);
   }
   error_end("Unknown command:", token());
@@ -78,7 +85,7 @@ bool find_run_file() {
 
 const command_row& look_up() {
   if (read_word() == 0) error_end("No command!");
-  command.is_argument = input.top == 0 && process.command_line_input;
+  set_command_is_argument(input.top == 0 && input.from_arguments);
   const command_row* row = find_command(token());
   if (!row) row = ask_for_command(token());
   if (!row && find_run_file()) row = &run_file_row;
@@ -87,7 +94,7 @@ const command_row& look_up() {
 }
 
 void announce(const command_row& row) {
-  if (settings.echo != 1 || std::strcmp(row.name, "view") == 0) return;
+  if (!settings.echo || std::strcmp(row.name, "view") == 0) return;
   std::string name = row.name;
   for (char& c : name) c = static_cast<char>(std::toupper(c));
   emit("\nCOMMAND: ", name, "\n");
@@ -102,15 +109,11 @@ bool keeps_its_text(const command_row& row) {
 }
 
 bool asks_for_help(const command_row& row) {
-  if (keeps_its_text(row)) return false;
-  input.in_command_head = true;
-  const bool help = accept_char('?');
-  input.in_command_head = false;
-  return help;
+  return !keeps_its_text(row) && accept_question_mark();
 }
 
 bool is_macro_row(const command_row& row) {
-  return table.data() + zzz_index < &row && &row < table.data() + table.size();
+  return table.rows.data() + table.zzz_index < &row && &row < table.rows.data() + table.rows.size();
 }
 
 // What must be set before the language starts.
@@ -137,7 +140,7 @@ bool reach_command() {
   for (;;) {
     if (level_zero_ended()) return false;
     const int c = read_char();
-    if (!process.run_loop) return false;
+    if (!interpreter.running) return false;
     if (c < 33 || c == ';') continue;
     unread_char();
     return true;
@@ -145,9 +148,8 @@ bool reach_command() {
 }
 
 void head_and_handler(const command_row& row) {
-  command.command_name = row.name;
-  command.prompt = command.command_name + ">";
-  if (settings.watch == 1 && !row.timed) settings.watch = 2;
+  begin_command(row.name);
+  if (!row.timed) no_timing();
   announce(row);
   if (asks_for_help(row)) {
     no_timing();
@@ -156,84 +158,97 @@ void head_and_handler(const command_row& row) {
   }
   const jump_context around_handler;
   try {
-    if (pre_run_hook) pre_run_hook();
-    process.command_start = wall_clock();
+    start_command_clock();
     call_handler(row);
   } catch (const command_unwinding&) {
   }
 }
 
+void report_time() {
+  emit(text_of("%s %.2f secs.", command.command_name.c_str(), command_seconds()));
+  if (interpreter.watch_ram) {
+    emit(" (", megabytes_text(static_cast<double>(arena.peak_ram)), ")");
+  }
+  emit("\n");
+  view_to_end();
+}
+
 }  // namespace
 
 void set_command_table(std::span<const command_row> rows) {
-  table = rows;
-  for (auto& list : rows_by_letter) list.clear();
+  table.rows = rows;
+  for (auto& list : table.by_letter) list.clear();
   for (const command_row& row : rows) {
     if (row.name[0] >= 'a' && row.name[0] <= 'z')
-      rows_by_letter[static_cast<std::size_t>(row.name[0] - 'a')].push_back(&row);
+      table.by_letter[static_cast<std::size_t>(row.name[0] - 'a')].push_back(&row);
   }
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    if (std::strcmp(rows[i].name, "zzz") == 0) zzz_index = static_cast<int>(i);
+    if (std::strcmp(rows[i].name, "zzz") == 0) table.zzz_index = static_cast<int>(i);
   }
 }
 
-std::span<const command_row> command_table() { return table; }
-int zzz_row() { return zzz_index; }
+std::span<const command_row> command_table() { return table.rows; }
+int zzz_row() { return table.zzz_index; }
 
 const command_row* find_command(std::string_view word) {
   if (word.empty() || word[0] < 'a' || word[0] > 'z') return nullptr;
-  for (const command_row* row : rows_by_letter[static_cast<std::size_t>(word[0] - 'a')]) {
+  for (const command_row* row : table.by_letter[static_cast<std::size_t>(word[0] - 'a')]) {
     if (matches(word, *row)) return row;
   }
   return nullptr;
 }
 
 void call_handler(const command_row& row) {
-  if (!settings.macros && is_macro_row(row) && !legal_without_macros(row)) {
+  if (!macros_on() && is_macro_row(row) && !legal_without_macros(row)) {
     error_end(row.name, "legal only when macros are enabled");
   }
   if (!row.handler) error_end(text_of("Command \"%s\" is not available yet", row.name));
   run_safely(row.handler);
 }
 
-void run_one_command() {
-  command.command_name = "zeb*";
-  command.prompt = "zeb*>";
+void run_next() {
+  begin_command("zeb*");
   const jump_context around_reading;
   try {
     if (!reach_command()) {
       no_timing();
-      process.run_loop = false;
+      stop_main_loop();
       return;
     }
     head_and_handler(look_up());
   } catch (const command_unwinding&) {
   }
   command_is_over();
-  end_of_command();
+  release_command_memory();
 }
 
-void run_in_jump_context(void (*task)()) {
-  const jump_context context;
-  try {
-    task();
-  } catch (const command_unwinding&) {
-  }
+void run_one_round() {
+  forget_interrupt();
+  run_pending_jump();
+  interpreter.timed = interpreter.watch;
+  if (interpreter.timed) measure_peak_anew();
+  run_next();
+  if (interpreter.timed) report_time();
+  flush_log();
 }
 
-void no_timing() {
-  if (settings.watch == 1) settings.watch = 2;
+void stop_main_loop() { interpreter.running = false; }
+
+void no_timing() { interpreter.timed = false; }
+
+void watch_commands(bool on) {
+  interpreter.watch = on;
+  no_timing();
 }
 
-void set_pre_run_hook(void (*hook)()) { pre_run_hook = hook; }
+void watch_ram(bool on) { interpreter.watch_ram = on; }
+void start_stopwatch() { interpreter.stopwatch_start = wall_clock(); }
 
 void require_data(const char* what) {
   if (!data_in_memory()) error_end("Must read data before", what);
 }
 
-bool data_in_memory() { return data_predicate && data_predicate(); }
-
-void set_data_predicate(bool (*data_present)()) { data_predicate = data_present; }
+bool data_in_memory() { return hooks_of_language.data_present && hooks_of_language.data_present(); }
 
 int run_system_command(const std::string& text) {
   const char* forbidden = std::getenv("ZEB_NO_SYSTEM");

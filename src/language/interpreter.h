@@ -45,36 +45,38 @@ struct command_row {
 /// Hands the interpreter its table, whose order is the rule for abbreviations. Called once.
 void set_command_table(std::span<const command_row> rows);
 std::span<const command_row> command_table();
-/// Index of the row of `zzz`: the rows behind it belong to the macro language.
+/// Index of the row of `zzz`: the rows after it belong to the macro language.
 int zzz_row();
 /// The first row that `word` is a prefix of; null for none.
 const command_row* find_command(std::string_view word);
 
+/// What the interpreter keeps from command to command; the settings of `watch`.
+struct interpreter_state {
+  bool running = true;         // the main loop goes on
+  bool watch = false;          // commands are timed
+  bool timed = false;          // this one is
+  bool watch_ram = false;      // `watch [`
+  double stopwatch_start = 0;  // `watch *`; wall clock, seconds
+};
+extern interpreter_state interpreter;
+
 /// Reads and runs one command, with its jump context and the release of temporary memory.
-void run_one_command();
+void run_next();
+/// The same as a round of the main loop: with the jump that is pending, and the command's time.
+void run_one_round();
+/// The main loop ends with this command.
+void stop_main_loop();
+/// What `watch` sets; the command that switches it on isn't timed itself.
+void watch_commands(bool on);
+void watch_ram(bool on);
+void start_stopwatch();
 /// Runs the row's handler: an error where it isn't built, or needs the macro language.
 void call_handler(const command_row& row);
-/// Runs a task that may fail as a command does.
-void run_in_jump_context(void (*task)());
-/// Set up before the handler of every command, by the searches.
-void set_pre_run_hook(void (*hook)());
-/// Nested runs of a command string.
-int command_string_depth();
-/// Runs `text` (under 4,128 bytes) as commands from inside a handler, with the console silenced.
-void run_command_string(const std::string& text);
 /// Keeps `watch` from reporting a command that only showed or changed settings.
 void no_timing();
 
-/// A toggling command: "=" on, "-" off, "/" flip, nothing shows. The state is shown as the subject
-/// and "is ON" or "is OFF" when `report` is on. `plural` prints "are".
-void toggle_command(bool& setting, const char* subject, bool plural = false);
-/// Shows "Subject is ON".
-void show_toggle(bool value, const char* subject, bool plural = false);
-
-/// "Must read data before" with `what` when there is no matrix. Checked through a registered
-/// predicate, since the matrix is a floor above.
+/// "Must read data before" with `what` when there is no matrix.
 void require_data(const char* what);
-void set_data_predicate(bool (*data_present)());
 bool data_in_memory();
 
 /// A shell command may not run with ZEB_NO_SYSTEM set: error in that case. Returns the status.

@@ -7,14 +7,14 @@
 #include <climits>
 #include <cstdlib>
 
+#include "base/command.h"
 #include "base/errors.h"
-#include "base/process.h"
+#include "language/hooks.h"
 #include "language/input.h"
 
 namespace zeb {
 
 lexer_state lexer;
-bool (*read_value)(double* value, bool* parenthesised) = plain_read_value;
 
 namespace {
 
@@ -142,9 +142,42 @@ void expect_end() {
   read_char();
 }
 
+std::string read_quoted_text() {
+  const comma_reading commas(true);
+  int c = read_char();
+  if (c < 33) c = read_char();
+  std::string text;
+  for (; c != ';'; c = read_char()) {
+    if (c == ',' && text.ends_with('.')) {
+      text.back() = ';';
+    } else {
+      text += static_cast<char>(c);
+    }
+  }
+  if (input_ended() && text.ends_with('\n')) text.pop_back();  // supplied by the reader
+  return text;
+}
+
+std::string read_to_semicolon() {
+  std::string text;
+  for (int c = read_char(); c != ';'; c = read_char()) text += static_cast<char>(c);
+  return text;
+}
+
+void set_token(std::string_view text) {
+  finish_token(static_cast<int>(text.copy(lexer.token, sizeof lexer.token - 1)));
+}
+
+void limit_names_to(int length) { lexer.name_limit = length; }
+
 bool is_prefix(std::string_view word, std::string_view name) {
   return !word.empty() && word.size() <= name.size() &&
          strncasecmp(word.data(), name.data(), word.size()) == 0;
+}
+
+bool read_value(double* value, bool* parenthesised) {
+  const auto expression = hooks_of_language.macros.read_value;
+  return expression ? expression(value, parenthesised) : plain_read_value(value, parenthesised);
 }
 
 // Digits with at most one point; a decimal fraction begins with a digit.

@@ -46,6 +46,15 @@ void check_end();
 /// command.
 void expect_end();
 
+/// The text of a quotation up to ";" (consumed): one leading blank goes, ".," stands for ";".
+std::string read_quoted_text();
+/// What stands up to ";" (consumed), as it is.
+std::string read_to_semicolon();
+/// The token becomes the name of a file.
+void set_token(std::string_view text);
+/// The longest word that `read_word` accepts from now on.
+void limit_names_to(int length);
+
 /// Case-insensitive: is `word` a prefix of `name`? An empty word matches nothing.
 bool is_prefix(std::string_view word, std::string_view name);
 
@@ -53,7 +62,7 @@ bool is_prefix(std::string_view word, std::string_view name);
 /// consumed, where no number comes next. The macro language replaces it by one that takes
 /// expressions. `parenthesised` (if not null) tells whether it was an expression, whose fraction
 /// may be dropped.
-extern bool (*read_value)(double* value, bool* parenthesised);
+bool read_value(double* value, bool* parenthesised);
 bool plain_read_value(double* value, bool* parenthesised);
 /// Integer argument: a negative value if there is no number, also for what doesn't fit an int.
 /// A literal fraction is the error "Expected integral number".

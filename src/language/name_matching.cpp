@@ -8,7 +8,7 @@
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
-#include "console/output.h"
+#include "console/progress.h"
 
 namespace zeb {
 
@@ -36,6 +36,8 @@ struct cell {
 };
 
 }  // namespace
+
+void set_matching(int mode, double threshold) { matching = {mode, threshold}; }
 
 // Affine gaps with opening and extension both 1 and mismatches at 1 are unit costs throughout, but
 // the three cells are kept apart, so that other costs need no other recursion.

@@ -11,6 +11,8 @@ struct matching_state {
 };
 extern matching_state matching;
 
+void set_matching(int mode, double threshold);
+
 /// Similarity of two words, 0 to 1: 1 - d / L, with d the cost of the best alignment (Needleman and
 /// Wunsch 1970; mismatch, gap opening and extension all 1, case folded) and L the shorter length.
 /// With a threshold above 0, may return 0 as soon as it can't be reached.

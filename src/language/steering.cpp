@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <fstream>
 
+#include "base/command.h"
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
-#include "language/input.h"
 
 namespace zeb {
 namespace {
@@ -18,10 +18,14 @@ namespace {
 constexpr double seconds_between_looks = 10;
 constexpr unsigned pause_poll_seconds = 3;
 
-double last_look = 0;  // wall clock; 0 before the first
+struct steering_state {
+  double last_look = 0;     // wall clock, seconds; 0 before the first
+  int execute_counter = 1;  // numbers the copies of execute files; -1 forbids them
+};
+steering_state steering;
 
 std::string steering_file(const char* what) {
-  return text_of("%s_zeb_%i", what, process.process_id);
+  return text_of("%s_zeb_%i", what, static_cast<int>(getpid()));
 }
 
 bool can_be_opened(const std::string& name) { return access(name.c_str(), R_OK) == 0; }
@@ -36,14 +40,13 @@ bool copy_file(const std::string& from, const std::string& to) {
 
 void wait_while_paused() {
   const std::string file = steering_file("pause");
-  const double start = wall_clock();
+  const stopped_clock_scope clock;
   while (can_be_opened(file)) sleep(pause_poll_seconds);
-  process.command_start += wall_clock() - start;
 }
 
 void remove_execute_file(const std::string& file) {
   if (std::remove(file.c_str()) == 0) return;
-  process.execute_counter = -1;
+  steering.execute_counter = -1;
   emit("\n------------  N O T E  -----------------\n");
   emit("File \"", file, "\" cannot be removed!\n");
   emit("Will run it and exit (no further resetting\n");
@@ -57,10 +60,10 @@ bool stop_asked_by_file(bool now) {
   if (process.slave) return false;
   const double time = wall_clock();
   if (!now) {
-    if (last_look == 0) last_look = time;
-    if (time - last_look < seconds_between_looks) return false;
+    if (steering.last_look == 0) steering.last_look = time;
+    if (time - steering.last_look < seconds_between_looks) return false;
   }
-  last_look = time;
+  steering.last_look = time;
   const std::string stop = steering_file("stop");
   if (can_be_opened(stop)) {
     std::remove(stop.c_str());
@@ -70,18 +73,16 @@ bool stop_asked_by_file(bool now) {
   return false;
 }
 
-bool take_up_execute_file() {
-  if (!process.background || process.slave || process.execute_counter < 0) return false;
+execute_file take_execute_file() {
+  if (!process.background || process.slave || steering.execute_counter < 0) return {};
   const std::string file = steering_file("execute");
-  if (!can_be_opened(file)) return false;
+  if (!can_be_opened(file)) return {};
   const std::string copy =
-      text_of(".zebexec_%i_zeb_%i", process.execute_counter, process.process_id);
-  if (!copy_file(file, copy)) return false;
-  ++process.execute_counter;
+      text_of(".zebexec_%i_zeb_%i", steering.execute_counter, static_cast<int>(getpid()));
+  if (!copy_file(file, copy)) return {};
+  ++steering.execute_counter;
   remove_execute_file(file);
-  push_file(copy, {}, true);
-  report_line("New instruction set taken up from", file);
-  return true;
+  return {file, copy};
 }
 
 }  // namespace zeb

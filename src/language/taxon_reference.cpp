@@ -1,16 +1,25 @@
-// One taxon by number or name, as parenthetical trees refer to it.
+#include "language/taxon_reference.h"
+
 #include <algorithm>
 #include <cctype>
 #include <string>
+#include <unordered_map>
 
 #include "base/errors.h"
-#include "base/process.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "language/list_kinds.h"
+#include "language/lists.h"
 
 namespace zeb {
 namespace {
+
+/// Taxa by their whole name, for trees of thousands of names. What it says is checked against the
+/// name before it is believed, so that it needn't know when names change.
+struct name_index {
+  std::unordered_map<std::string, int> index;
+};
+name_index taxa_by_name;
 
 /// Names in tree files may hold whatever a matrix row's name may: all up to a blank or a character
 /// that has a meaning in trees and commands.
@@ -39,22 +48,24 @@ bool same_word(std::string_view a, std::string_view b) {
 
 /// The taxon of exactly this name according to the index; -1 where the index doesn't know.
 int indexed_taxon(const list_kind& kind, const std::string& word) {
-  const auto found = lists.taxon_index.find(word);
-  if (found == lists.taxon_index.end() || found->second >= kind.count()) return -1;
+  const auto found = taxa_by_name.index.find(word);
+  if (found == taxa_by_name.index.end() || found->second >= kind.count()) return -1;
   return kind.name(found->second) == word ? found->second : -1;
 }
 
 void rebuild_index(const list_kind& kind) {
-  lists.taxon_index.clear();
+  taxa_by_name.index.clear();
   for (int taxon = 0; taxon < kind.count(); ++taxon) {
-    lists.taxon_index.emplace(kind.name(taxon), taxon);
+    taxa_by_name.index.emplace(kind.name(taxon), taxon);
   }
 }
 
 /// Trees name taxa: a variable or function comes in only where no taxon is called so. -1 for none.
 int taxon_of_variable(const std::string& word, int count) {
   double value = 0;
-  if (!list_words.number_of || !list_words.number_of(word, false, &value)) return -1;
+  if (!hooks_of_language.macros.number_of_word ||
+      !hooks_of_language.macros.number_of_word(word, false, &value))
+    return -1;
   if (!(value >= 0 && value < count)) error_end("Error: no taxon", word);
   return static_cast<int>(value);
 }
@@ -80,7 +91,7 @@ int taxon_named(const list_kind& kind, const std::string& word) {
   return found.front();
 }
 
-/// Members of the groups that a "{...}" names, behind its "{".
+/// Members of the groups that a "{...}" names, from after its "{".
 void read_members(const list_kind& kind, std::span<std::uint8_t> marks) {
   std::vector<std::uint8_t> groups(static_cast<std::size_t>(kind.group_count()));
   read_group_references(kind, groups);
@@ -122,7 +133,7 @@ int read_taxon(std::span<std::uint8_t> marks) {
   std::fill(marks.begin(), marks.end(), std::uint8_t{0});
   switch (skip_blanks_peek()) {
     case '(': {
-      const int number = settings.macros ? read_int() : -1;
+      const int number = macros_on() ? read_int() : -1;
       if (number < 0 || number >= count) error_end("Error: no taxon", number);
       return number;
     }

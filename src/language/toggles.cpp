@@ -1,6 +1,7 @@
-// The convention of the many commands that switch one setting on and off.
-#include "base/process.h"
+#include "language/toggles.h"
+
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 

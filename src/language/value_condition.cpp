@@ -1,17 +1,15 @@
-// Comparisons behind the selectors of groups.
+#include "language/value_condition.h"
+
 #include <limits>
 #include <string>
 
 #include "base/errors.h"
-#include "language/group_definition.h"
+#include "base/scores.h"
 #include "language/input.h"
 #include "language/lexer.h"
 
 namespace zeb {
 namespace {
-
-// Scores are sums of doubles: closer than this they count as equal.
-constexpr double tolerance = 1e-8;
 
 /// At level 0 the reader makes a comma the end of a command, so there it comes as ";".
 bool accept_comma() { return accept_char(',') || (input.top == 0 && accept_char(';')); }
@@ -25,8 +23,12 @@ double read_bound(std::string_view word) {
 }  // namespace
 
 bool value_condition::holds(double value) const {
-  if (lowest_open ? value <= lowest + tolerance : value < lowest - tolerance) return false;
-  return highest_open ? value < highest - tolerance : value <= highest + tolerance;
+  constexpr auto kind = score_kind::fractional;
+  if (lowest_open ? is_within_bound(value, lowest, kind) : is_better_score(value, lowest, kind)) {
+    return false;
+  }
+  return highest_open ? is_better_score(value, highest, kind)
+                      : is_within_bound(value, highest, kind);
 }
 
 value_condition read_condition(std::string_view word) {

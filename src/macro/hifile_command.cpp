@@ -7,8 +7,9 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -173,7 +174,7 @@ void skip_lines(script_file& file) {
 }
 
 void set_most_files() {
-  if (settings.macros) error_end("Max. number of input files can't be set with macros ON");
+  if (macros_on()) error_end("Max. number of input files can't be set with macros ON");
   const int most = read_int();
   if (most > 200) error_end("Can't have more than", 200, "input files open");
   if (most > 0) script_files.most_files = most;

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "base/errors.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
 #include "language/input.h"
 #include "language/interpreter.h"

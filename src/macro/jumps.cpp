@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "base/errors.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "macro/loops.h"

@@ -3,10 +3,9 @@
 #include <cstring>
 #include <string>
 
+#include "base/command.h"
 #include "base/errors.h"
-#include "base/process.h"
 #include "language/input.h"
-#include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/block_text.h"
 #include "macro/commands.h"

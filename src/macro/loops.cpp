@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/interrupts.h"
 #include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "macro/macro_state.h"
 

@@ -7,10 +7,13 @@
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/options.h"
+#include "language/toggles.h"
 #include "macro/commands.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
@@ -21,7 +24,7 @@ namespace zeb {
 namespace {
 
 void switch_macros(bool on) {
-  if (on == settings.macros) {
+  if (on == macros_on()) {
     report_line(on ? "Macro language is ON" : "Macro language is OFF");
     if (on) report_line(macro_memory_text());
     return;
@@ -43,7 +46,7 @@ void set_protection() {
     return;
   }
   if (level > 2) error_end("Protection level is 0-2");
-  if (settings.macros && (level == 0) != (macros.protection == 0)) {
+  if (macros_on() && (level == 0) != (macros.protection == 0)) {
     error_end("Protection must be set with macros turned off");
   }
   macros.protection = level;
@@ -53,7 +56,7 @@ void set_protection() {
 void set_limits() {
   const int loops = read_int();
   const int vars = read_int();
-  if (settings.macros) {
+  if (macros_on()) {
     warning(
         "Numbers of loops/variables must be changed under \"macro-\"\nRequest to change numbers of "
         "loops/variables will be ignored");
@@ -73,12 +76,12 @@ void set_limits() {
 void set_memory() {
   const int kilobytes = read_int();
   if (kilobytes >= 0) {
-    if (settings.macros) warning("RAM can be reset only with macros OFF (request will be ignored)");
+    if (macros_on()) warning("RAM can be reset only with macros OFF (request will be ignored)");
     macros.memory_bytes = static_cast<std::int64_t>(kilobytes) * 1000 + 16;
-    if (settings.macros) return;
+    if (macros_on()) return;
   }
   std::string text = "RAM for macros is " + std::to_string(macros.memory_bytes / 1000) + " KBytes";
-  if (settings.macros) {
+  if (macros_on()) {
     text += text_of(" (%zu%% is in use)", macro_memory_used() * 100 / macros.block_size);
   }
   report_line(text);
@@ -91,8 +94,8 @@ void macro_command() {
   const int c = skip_blanks_peek();
   switch (c) {
     case ';':
-      report_line(settings.macros ? "Macro language is ON" : "Macro language is OFF");
-      if (settings.macros) report_line(macro_memory_text());
+      report_line(macros_on() ? "Macro language is ON" : "Macro language is OFF");
+      if (macros_on()) report_line(macro_memory_text());
       return;
     case '=':
     case '-':
@@ -103,7 +106,7 @@ void macro_command() {
     case '/':
       next_nonblank();
       check_end();
-      switch_macros(!settings.macros);
+      switch_macros(!macros_on());
       return;
     case '!':
     case '+':
@@ -143,7 +146,7 @@ void macfloat_command() {
       return;
     }
     check_end();
-    if (settings.macros) error_end("Cannot change setting of integer only with macros ON");
+    if (macros_on()) error_end("Cannot change setting of integer only with macros ON");
     macros.integer_only = c == '-';
     report_line(macros.integer_only ? "Macros will use integer-only"
                                     : "Macros will use floating point operations");

@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <string>
 
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/process.h"
-#include "console/output.h"
+#include "language/hooks.h"
 #include "language/input.h"
-#include "language/interpreter.h"
 #include "language/lexer.h"
-#include "language/lists.h"
 #include "macro/jumps.h"
 #include "macro/loops.h"
 #include "macro/macro_reader.h"
@@ -65,7 +63,7 @@ void frame_popped() {
 // all loops. What was being read within a loop goes on after it, in the files that are open still.
 // True if the reader now stands after a loop.
 bool reset_macro_flow() {
-  if (!settings.macros) return false;
+  if (!macros_on()) return false;
   reset_script_text();
   close_script_files();
   const bool after_loop = macros.level > macros.frames.back().loop_base;
@@ -96,51 +94,46 @@ std::string loop_place() {
                  macros.level - macros.frames.back().loop_base, static_cast<int>(loop.current));
 }
 
-// Shows where the script stood when an error ended it: the line of the loop or of the file, the
-// text there and a caret.
-void show_script_place() {
+// Where the script stood when an error ended it: the line of the loop or of the file, and the text
+// there.
+error_place script_place() {
+  error_place place;
   const std::string loop = loop_place();
-  if (!loop.empty()) report_line(loop);
+  if (!loop.empty()) place.lines.push_back(loop);
   const input_frame& frame = top_frame();
   if (frame.stream && !frame.is_terminal && input.top > 0) {
-    report_line("Error reading line", frame.line_number + 1, "of", frame.name);
+    place.lines.push_back(
+        text_of("Error reading line %i of %s", frame.line_number + 1, frame.name));
   }
-  if (loop.empty()) {
-    show_text_place(start_of_shown_text(frame), outer_position());
-  } else {
-    show_text_place(macros.loops[macros.level].text, outer_position());
-  }
+  show_around(place, loop.empty() ? start_of_shown_text(frame) : macros.loops[macros.level].text,
+              outer_position());
+  return place;
 }
 
 void connect() {
-  read_char = macro_read_char;
-  unread_char = unread_raw_char;
-  read_value = macro_read_value;
-  list_words.number_of = macro_list_word;
-  macro_hooks.frame_about_to_be_pushed = frame_about_to_be_pushed;
-  macro_hooks.frame_pushed = frame_pushed;
-  macro_hooks.frame_popped = frame_popped;
-  macro_hooks.command_failed = reset_macro_flow;
-  macro_hooks.show_error_place = show_script_place;
-  macro_hooks.loop_level = [] { return macros.level + 1; };
-  macro_hooks.run_pending_jump = run_error_target;
+  set_macro_layer({.read_char = macro_read_char,
+                   .unread_char = unread_raw_char,
+                   .read_value = macro_read_value,
+                   .number_of_word = macro_list_word,
+                   .frame_about_to_be_pushed = frame_about_to_be_pushed,
+                   .frame_pushed = frame_pushed,
+                   .frame_popped = frame_popped,
+                   .command_failed = reset_macro_flow,
+                   .place = script_place,
+                   .loop_level = [] { return macros.level + 1; },
+                   .run_pending_jump = run_error_target});
   reset_script_text();
 }
 
 void disconnect() {
   reset_script_text();
-  read_char = plain_read_char;
-  unread_char = plain_unread_char;
-  read_value = plain_read_value;
-  list_words.number_of = nullptr;
-  macro_hooks = {};
+  set_macro_layer({});
 }
 
 }  // namespace
 
 void start_macros() {
   allocate_macro_tables();
-  settings.macros = true;
   connect();
 }
 
@@ -148,12 +141,11 @@ void stop_macros() {
   if (macros.level >= 0) error_end("Can't disconnect macros from within a loop!");
   disconnect();
   close_script_files();
-  settings.macros = false;
   free_macro_tables();
 }
 
 void require_macros() {
-  if (!settings.macros) error_end(command.command_name, "legal only when macros are enabled");
+  if (!macros_on()) error_end(command.command_name, "legal only when macros are enabled");
 }
 
 }  // namespace zeb

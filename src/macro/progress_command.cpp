@@ -2,10 +2,11 @@
 #include <string>
 
 #include "base/errors.h"
+#include "base/interrupts.h"
 #include "base/process.h"
 #include "console/console.h"
-#include "console/output.h"
 #include "console/progress.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -52,7 +53,7 @@ void progress_command() {
     return;
   }
   if (accept_char('=')) {
-    if (shown.total > 0) show_progress_line(shown.label, shown.done, shown.total);
+    if (shown.total > 0) show_script_progress(shown.label, shown.done, shown.total);
     return;
   }
   // The lines that commands report would tear the bar apart.
@@ -65,7 +66,7 @@ void progress_command() {
   for (int c = read_char(); c != ';'; c = read_char()) {
     if (shown.label.size() < longest_label) shown.label += static_cast<char>(c < 32 ? ' ' : c);
   }
-  show_progress_line(shown.label, shown.done, shown.total);
+  show_script_progress(shown.label, shown.done, shown.total);
 }
 
 }  // namespace zeb

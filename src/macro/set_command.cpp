@@ -5,7 +5,6 @@
 #include <string>
 
 #include "base/errors.h"
-#include "base/process.h"
 #include "console/output.h"
 #include "language/input.h"
 #include "language/interpreter.h"

@@ -5,9 +5,9 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
-#include "base/process.h"
-#include "console/output.h"
+#include "console/progress.h"
 #include "engine/fit/fits.h"
 #include "engine/plain/plain_optimisation.h"
 #include "engine/plain/tree_scores.h"

@@ -9,8 +9,6 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
-#include "console/output.h"
-#include "language/interpreter.h"
 #include "language/lexer.h"
 
 namespace zeb {

@@ -6,9 +6,9 @@
 
 #include "base/arena.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/output.h"
-#include "language/data_memory.h"
+#include "console/settings.h"
+#include "language/commands/memory_command.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
 

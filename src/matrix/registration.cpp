@@ -1,9 +1,9 @@
 #include "matrix/registration.h"
 
+#include "base/command.h"
 #include "base/indices.h"
-#include "base/process.h"
-#include "language/data_memory.h"
-#include "language/interpreter.h"
+#include "language/commands/memory_command.h"
+#include "language/hooks.h"
 #include "language/lexer.h"
 #include "language/lists.h"
 #include "matrix/blocks.h"
@@ -71,8 +71,8 @@ matrix_hooks hooks_of_matrix;
 
 void register_matrix() {
   register_lists();
-  set_data_predicate([] { return matrix.present; });
-  set_data_dropper(wipe_matrix);
+  hooks_of_language.data_present = [] { return matrix.present; };
+  hooks_of_language.drop_data = wipe_matrix;
   add_command_over_hook(drop_unfinished_matrix);
 }
 

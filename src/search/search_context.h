@@ -31,7 +31,7 @@
 #include <span>
 
 #include "base/arena.h"
-#include "base/process.h"
+#include "base/interrupts.h"
 #include "base/random.h"
 #include "base/scores.h"
 #include "engine/collapsing/collapsing.h"
@@ -182,8 +182,5 @@ class context_scope {
 inline score_kind kind_of_scores(const search_data& data) {
   return data.implied_on || data.has_continuous ? score_kind::fractional : score_kind::whole;
 }
-
-/// Did the user or the clock stop the search?
-inline bool interrupted() { return process.interrupt_state != 0; }
 
 }  // namespace zeb

@@ -3,9 +3,14 @@
 #include <algorithm>
 #include <array>
 
+#include "base/command.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/process.h"
 #include "base/time_limit.h"
 #include "console/output.h"
+#include "console/progress.h"
+#include "console/settings.h"
 #include "trees/notation/tree_file.h"
 
 namespace zeb {
@@ -44,7 +49,7 @@ std::string status_line(const search_context& context, double score) {
                    context.trees.ntrees, score_in_hand.c_str());
   }
   const std::string best = score_text(context.data, search_of_user_data(context).best_score);
-  const std::string time = time_text(wall_clock() - process.command_start);
+  const std::string time = time_text(command_seconds());
   if (shown.stage == stage_wagner && shown.build_percent >= 0) {
     const std::string percent = text_of("%i%%", shown.build_percent);
     line += text_of(" %-12s %-10s    %3s    ", best.c_str(), time.c_str(), percent.c_str());
@@ -58,7 +63,7 @@ std::string status_line(const search_context& context, double score) {
 /// Ends the search when its time is over. True if it has just done so.
 bool stop_by_time() {
   if (interrupted() || !time_is_out()) return false;
-  process.interrupt_state = 3;
+  stop_search(stop_reason::time);
   clear_progress();
   emit("Interrupting search (time is out!)\n");
   return true;

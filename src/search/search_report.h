@@ -18,7 +18,7 @@ std::string time_text(double seconds);
 
 /// A progress line with the score in hand (-1.0 for none), at most once a second unless `force`
 /// is set: then the line is recorded in the output too. Looks at the time-out and for a wish to
-/// stop, which set `process.interrupt_state`; long loops call it between clips.
+/// stop, which set `interrupts.reason`; long loops call it between clips.
 void report_status(search_context& context, double score, bool force);
 /// The same without a new score.
 void report_status_best(search_context& context);

@@ -5,7 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "console/output.h"
+#include "console/progress.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/conversions.h"
 #include "search/search_results.h"

@@ -1,6 +1,7 @@
 // The frame of every search command.
 #pragma once
 
+#include "base/interrupts.h"
 #include "base/time_limit.h"
 #include "search/search_context.h"
 #include "trees/tree_store.h"

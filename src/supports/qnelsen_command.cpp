@@ -2,6 +2,7 @@
 #include <span>
 
 #include "base/errors.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "consensus/majority_consensus.h"
 #include "console/output.h"

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "base/interrupts.h"
 #include "base/random.h"
-#include "console/output.h"
+#include "console/progress.h"
 #include "search/search_session.h"
 
 namespace zeb {

@@ -5,7 +5,6 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "base/process.h"
 #include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
@@ -115,7 +114,7 @@ void pruntax_command() {
   const std::vector<std::uint8_t> chosen = read_tree_list();
   if (!accept_char('/')) error_end("Must give taxa to remove, as \"pruntax trees/taxa\"");
   std::vector<std::uint8_t> flags(at(matrix.ntax), 0);
-  if (!read_list(list_has_fixed, 0, matrix.ntax, "taxon", flags)) {
+  if (!read_list(list_plain, 0, matrix.ntax, "taxon", flags)) {
     error_end("Must give taxa to remove, as \"pruntax trees/taxa\"");
   }
   check_end();

@@ -3,10 +3,12 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
 #include "base/random.h"
 #include "console/output.h"
+#include "console/progress.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"

@@ -1,6 +1,7 @@
 // Trees in memory and trees of the vault as kinds of lists, and "@T N" in lists of taxa.
 #include "language/lists.h"
 
+#include "language/hooks.h"
 #include "matrix/matrix.h"
 #include "trees/registration.h"
 #include "trees/tree_store.h"
@@ -37,7 +38,7 @@ void register_tree_lists() {
   trees.count = [] { return store.vault_trees; };
   trees.in_group = [](int, int) { return false; };
   register_list_kind(trees);
-  set_descendant_marker(mark_descendants);
+  hooks_of_language.mark_descendants = mark_descendants;
 }
 
 }  // namespace zeb

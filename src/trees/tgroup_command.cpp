@@ -13,6 +13,8 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/options.h"
+#include "language/toggles.h"
+#include "language/value_condition.h"
 #include "matrix/matrix.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"

@@ -9,7 +9,7 @@ namespace zeb {
 std::vector<std::uint8_t> read_tree_list() {
   require_trees();
   std::vector<std::uint8_t> chosen(static_cast<std::size_t>(store.ntrees), 0);
-  if (!read_list(list_has_fixed | list_in_tree_buffer, 0, store.ntrees, "tree", chosen)) {
+  if (!read_list(list_in_tree_buffer, 0, store.ntrees, "tree", chosen)) {
     chosen.assign(chosen.size(), 1);
   }
   return chosen;

@@ -9,10 +9,10 @@
 #include <cstring>
 
 #include "base/arena.h"
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
@@ -139,7 +139,7 @@ void grow_outside_arena(int capacity) {
 /// Command-over hook: a buffer that grew outside goes into the arena.
 void settle_buffer() {
   if (store.unsettled.empty()) return;
-  end_of_command();
+  release_command_memory();
   const std::vector<tree_node> records = std::move(store.unsettled);
   store.unsettled.clear();
   const int kept = store.ntrees;

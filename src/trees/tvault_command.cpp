@@ -5,8 +5,8 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -77,7 +77,7 @@ void take_out() {
 
 /// A tree whose ancestors stand in an array of the macro language.
 void put_array_in() {
-  if (!settings.macros || !user_arrays.read_name) {
+  if (!macros_on() || !user_arrays.read_name) {
     error_end("This option is valid only when macros are enabled");
   }
   const std::vector<double> values = user_arrays.values(user_arrays.read_name());

@@ -39,15 +39,6 @@ FOLDERS = {
 
 # Single arrows that are allowed although they point upward or sideways: (file, header) -> reason.
 ALLOWED = {
-    ("base/errors.cpp", "console/console.h"): "shows its message",
-    ("base/errors.cpp", "console/output.h"): "shows its message",
-    ("base/errors.cpp", "language/input.h"): "shows its place",
-    ("base/errors.cpp", "language/interpreter.h"): "ends the command",
-    ("base/process.cpp", "console/console.h"): "ends the process",
-    ("base/process.cpp", "console/output.h"): "ends the process",
-    ("base/process.cpp", "language/input.h"): "ends the process",
-    ("base/process.cpp", "language/interpreter.h"): "ends the process",
-    ("console/output.cpp", "language/commands/commands.h"): "declared there",
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')

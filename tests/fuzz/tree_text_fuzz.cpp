@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "../support/text_session.h"
+#include "base/command.h"
 #include "trees/notation/tread.h"
 #include "trees/notation/tree_file.h"
 

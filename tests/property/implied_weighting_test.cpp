@@ -12,7 +12,6 @@
 
 #include "base/arena.h"
 #include "base/errors.h"
-#include "base/process.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/kernels/kernel_choice.h"
 #include "engine/packing/packed_matrix.h"

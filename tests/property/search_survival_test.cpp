@@ -6,8 +6,10 @@
 #include <string>
 
 #include "base/arena.h"
+#include "base/interrupts.h"
 #include "base/random.h"
 #include "base/time_limit.h"
+#include "console/settings.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/kernels/kernel_choice.h"
@@ -40,7 +42,7 @@ class search_survival : public ::testing::Test {
     engine = {};
     search_settings = {};
     set_time_limit(0);
-    process.interrupt_state = 0;
+    forget_interrupt();
     hooks_of_search.slot_binders.clear();
     settings.report = false;
     settings.status_replications = settings.status_trees = 0;
@@ -69,7 +71,7 @@ void expect_all_well(const std::vector<std::uint32_t>& cells, const std::string&
                      double suboptimal = 0) {
   EXPECT_EQ(all_cells(), cells) << when;
   EXPECT_EQ(randomness.random_seed, 1) << when;
-  EXPECT_FALSE(process.in_search) << when;
+  EXPECT_FALSE(interrupts.in_search) << when;
   EXPECT_EQ(search_settings.suboptimal, suboptimal) << when;
   for (const auto& tree : stored_trees()) {
     EXPECT_EQ(check_tree_record(tree, matrix.ntax), "") << when;
@@ -130,7 +132,7 @@ int calls_to_interrupt = 0;
 
 /// A wish to stop can come at any time: here with a certain candidate.
 bool stop_at_candidate(const search_data&, int, int, int) {
-  if (--calls_to_interrupt == 0) process.interrupt_state = 1;
+  if (--calls_to_interrupt == 0) stop_search(stop_reason::user);
   return false;
 }
 
@@ -166,7 +168,7 @@ TEST_F(search_survival, a_wish_to_stop_may_come_with_any_candidate) {
       EXPECT_EQ(said.find("interrupted") != std::string::npos, stopped) << said;
       expect_all_well(cells, search + std::string(" stopped at ") + std::to_string(n));
       expect_best_trees(said, search + std::string(" stopped at ") + std::to_string(n));
-      process.interrupt_state = 0;
+      forget_interrupt();
     }
   }
 }

@@ -10,11 +10,13 @@
 #include <vector>
 
 #include "base/arena.h"
+#include "base/command.h"
 #include "base/errors.h"
-#include "base/process.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "language/taxon_reference.h"
 
 namespace zeb_test {
 

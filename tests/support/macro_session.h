@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/process.h"
+#include "base/command.h"
 #include "language/input.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"

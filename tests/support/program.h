@@ -7,8 +7,10 @@
 #include <string_view>
 
 #include "base/arena.h"
-#include "base/process.h"
+#include "base/command.h"
+#include "console/log.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "start_up.h"
@@ -35,11 +37,11 @@ std::string printed_by(function&& action) {
   char* printed = nullptr;
   std::size_t size = 0;
   std::FILE* log = open_memstream(&printed, &size);
-  zeb::output.log_stream = log;
+  zeb::log_file.stream = log;
   zeb::output.output_mask = zeb::no_console;
   action();
   zeb::flush_log();
-  zeb::output.log_stream = nullptr;
+  zeb::log_file.stream = nullptr;
   zeb::output.output_mask = 0;
   std::fclose(log);
   std::string result(printed, size);
@@ -59,10 +61,10 @@ inline std::string run_program(std::string_view text, bool only_first = false) {
   static std::string file_name;
   file_name = name;
   std::string result = printed_by([only_first] {
-    zeb::process.run_loop = true;
+    zeb::interpreter.running = true;
     zeb::run_in_jump_context([] { zeb::push_file(file_name, {}); });
-    while (zeb::process.run_loop && zeb::input.top > 0) {
-      zeb::run_one_command();
+    while (zeb::interpreter.running && zeb::input.top > 0) {
+      zeb::run_next();
       if (only_first) zeb::pop_all();
     }
   });

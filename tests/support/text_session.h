@@ -24,14 +24,14 @@ class text_session {
     zeb::begin_matrix(ntax, 1);
     for (int t = 0; t < ntax; ++t) zeb::set_taxon_name(t, "T" + std::to_string(t));
     zeb::finish_matrix();
-    zeb::read_char = next_typed;
-    zeb::unread_char = untype;
+    zeb::char_source.read = next_typed;
+    zeb::char_source.unread = untype;
   }
   ~text_session() {
     zeb::wipe_matrix();
     zeb::create_arena(16'000'000);
-    zeb::read_char = zeb::plain_read_char;
-    zeb::unread_char = zeb::plain_unread_char;
+    zeb::char_source.read = zeb::plain_read_char;
+    zeb::char_source.unread = zeb::plain_unread_char;
     zeb::output.output_mask = 0;
   }
   text_session(const text_session&) = delete;

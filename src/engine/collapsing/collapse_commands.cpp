@@ -6,8 +6,10 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "base/process.h"
+#include "base/interrupts.h"
 #include "console/output.h"
+#include "console/progress.h"
+#include "console/settings.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/commands.h"
 #include "language/input.h"
@@ -15,6 +17,7 @@
 #include "language/lexer.h"
 #include "language/lists.h"
 #include "language/options.h"
+#include "language/toggles.h"
 #include "matrix/matrix.h"
 
 namespace zeb {

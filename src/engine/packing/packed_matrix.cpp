@@ -3,7 +3,7 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "engine/packing/packing.h"
-#include "language/data_memory.h"
+#include "language/commands/memory_command.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 

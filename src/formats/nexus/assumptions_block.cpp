@@ -6,8 +6,8 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "formats/nexus/element_lists.h"
 #include "formats/nexus/step_matrix_reader.h"
 #include "language/interpreter.h"

@@ -7,8 +7,8 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "formats/foreign_matrix.h"
@@ -194,16 +194,8 @@ int char_without_comments() {
 }
 
 // While one lives, the readers of the matrix skip comments.
-struct comments_skipped {
-  int (*read)() = std::exchange(read_char, char_without_comments);
-  void (*unread)() = std::exchange(unread_char, plain_unread_char);
-  comments_skipped() = default;
-  comments_skipped(const comments_skipped&) = delete;
-  comments_skipped& operator=(const comments_skipped&) = delete;
-  ~comments_skipped() {
-    read_char = read;
-    unread_char = unread;
-  }
+struct comments_skipped : reader_scope {
+  comments_skipped() : reader_scope({char_without_comments, plain_unread_char}) {}
 };
 
 // Values as in our own files, numbers or ranges as "1.2-1.5"; then the symbols of mixed data.

@@ -3,14 +3,14 @@
 #include <cstdio>
 
 #include "base/errors.h"
-#include "base/process.h"
+#include "base/interrupts.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "formats/nexus/assumptions_block.h"
 #include "formats/nexus/data_block.h"
 #include "formats/nexus/nexus_file.h"
 #include "formats/nexus/trees_block.h"
 #include "language/input.h"
-#include "language/interpreter.h"
 
 namespace zeb {
 

@@ -5,8 +5,8 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/progress.h"
 #include "formats/labelled_trees.h"
 #include "language/interpreter.h"
 #include "matrix/matrix.h"

@@ -9,6 +9,7 @@
 #include "language/commands/commands.h"
 #include "language/help.h"
 #include "language/help_texts.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -45,8 +46,6 @@ constexpr topic_name topics[] = {
     {"weights", "weightgs", topic_weights},
 };
 constexpr topic_name list_of_topics = {"topics", "topics", 0};
-
-bool (*expression_help)(std::string_view word) = nullptr;
 
 const topic_name* find_topic(std::string_view word) {
   std::vector<std::string_view> names;
@@ -136,7 +135,7 @@ void help_on_scripting() {
   }
   const std::string word(token());
   expect_end();
-  if (!expression_help || !expression_help(word)) {
+  if (!hooks_of_language.print_expression_help || !hooks_of_language.print_expression_help(word)) {
     report_line("No expression function named", word);
   }
 }
@@ -147,14 +146,13 @@ void match_approximately(int mode) {
     error_end("Threshold for approximate matching must be 0 to 1");
   }
   expect_end();
-  matching.match_threshold = threshold;
-  matching.match_mode = mode;
+  set_matching(mode, threshold);
   emitf("Searching closest string in lists of names (threshold=%.2f)...", threshold);
 }
 
 void match_exactly() {
   expect_end();
-  matching.match_mode = 0;
+  set_matching(0, matching.match_threshold);
   report_line("String match must be exact...");
 }
 
@@ -172,8 +170,6 @@ void help_on_word() {
 }
 
 }  // namespace
-
-void set_expression_help(bool (*print)(std::string_view word)) { expression_help = print; }
 
 void help_command() {
   no_timing();

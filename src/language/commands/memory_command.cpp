@@ -1,11 +1,12 @@
-// `mxram`: the size of the arena, and what is in it.
+#include "language/commands/memory_command.h"
+
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
-#include "language/data_memory.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -18,9 +19,6 @@ namespace {
 
 constexpr double largest_megabytes = 1e12;
 
-data_description (*describe_data)() = nullptr;
-void (*drop_data)() = nullptr;
-
 void show_part(const int* tag, const std::string& what) {
   const std::size_t bytes = locked_bytes(tag);
   if (bytes == 0) return;
@@ -30,7 +28,8 @@ void show_part(const int* tag, const std::string& what) {
 void show_breakdown() {
   emit("   ", megabytes_text(static_cast<double>(arena_free())), " unused\n");
   emit("   ", megabytes_text(static_cast<double>(arena_in_use())), " in use:\n");
-  const data_description data = describe_data ? describe_data() : data_description{};
+  const data_description data =
+      hooks_of_language.describe_data ? hooks_of_language.describe_data() : data_description{};
   std::string matrix = text_of(" for data matrix (%i taxa, %i chars., %i states) for %i trees",
                                data.ntax, data.nchar, data.nstates, data.maxtrees);
   if (data.vault_trees > 0) matrix += text_of(" (plus vault of %i trees)", data.vault_trees);
@@ -58,7 +57,7 @@ void resize(double megabytes) {
   expect_end();
   if (data_in_memory()) {
     warning("Re-setting RAM will discard current data (and trees)");
-    if (drop_data) drop_data();
+    if (hooks_of_language.drop_data) hooks_of_language.drop_data();
   }
   unlock_all();
   create_arena(static_cast<std::size_t>(megabytes * 1e6) + 16);
@@ -94,9 +93,6 @@ void set_extra(bool on) {
 }
 
 }  // namespace
-
-void set_data_describer(data_description (*describe)()) { describe_data = describe; }
-void set_data_dropper(void (*drop)()) { drop_data = drop; }
 
 void mxram_command() {
   no_timing();

@@ -5,16 +5,18 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/console.h"
 #include "console/line_editor.h"
+#include "console/log.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "console/text_buffer.h"
 #include "console/viewer.h"
 #include "language/commands/commands.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/toggles.h"
 
 namespace zeb {
 namespace {
@@ -37,10 +39,10 @@ void announce_clearing(const char* what) {
 void resize_buffer(int kilobytes) {
   if (kilobytes == display_buffer.kilobytes()) return;
   announce_clearing("Resetting buffer size requires clearing it.");
-  if (display_buffer.resize(kilobytes)) return;
+  if (display_buffer.allot(kilobytes)) return;
   report_line(
       "Not enough memory to allocate display buffer.\nWill attempt to allocate a smaller buffer.");
-  if (!display_buffer.resize(0)) {
+  if (!display_buffer.allot(0)) {
     report_line("Can't allocate small buffer. Free memory and re-try.");
   }
 }
@@ -58,8 +60,8 @@ void set_buffer_compression(bool on) {
 void log_command() {
   no_timing();
   if (read_item() == 0) {
-    if (output.log_stream) {
-      report_line("Log file:", output.log_name);
+    if (log_file.stream) {
+      report_line("Log file:", log_file.name);
     } else {
       report_line("No Log file open");
     }
@@ -74,7 +76,7 @@ void log_command() {
   check_end();
   if (name == "/" && !append) return close_log();
   if (!open_log(name, append)) error_end("Cannot open file", name);
-  if (settings.report) report_line("Log file:", output.log_name);
+  if (settings.report) report_line("Log file:", log_file.name);
 }
 
 void txtsize_command() {
@@ -94,7 +96,7 @@ void txtsize_command() {
 }
 
 void svtxt_command() {
-  if (!output.log_stream) error_end("No log file open");
+  if (!log_file.stream) error_end("No log file open");
   const auto lines = static_cast<int>(std::min<std::size_t>(display_buffer.lines(), 2147483647));
   int first = 1;
   int last = lines;
@@ -110,14 +112,14 @@ void svtxt_command() {
   for (int number = first; number <= last; ++number) {
     write_log(display_buffer.line(static_cast<std::size_t>(number - 1)) + "\n");
   }
-  report_line("Buffer: lines", first, last, "saved to", output.log_name);
+  report_line("Buffer: lines", first, last, "saved to", log_file.name);
 }
 
 void clbuffer_command() {
   no_timing();
   const bool history = accept_char('*');
   check_end();
-  if (!history) return display_buffer.clear();
+  if (!history) return display_buffer.forget();
   report_line("command buffer will be cleared");
   entered_lines().clear();
 }
@@ -134,8 +136,8 @@ void view_command() {
   if (sign == '+' || sign == '-') {
     read_char();
     check_end();
-    console.auto_view = sign == '+';
-    show_toggle(console.auto_view, "Auto-view");
+    set_auto_view(sign == '+');
+    show_toggle(settings.auto_view, "Auto-view");
     return;
   }
   if (read_item() > 0) {

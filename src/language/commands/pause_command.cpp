@@ -1,11 +1,15 @@
 #include <unistd.h>
 
+#include "base/interrupts.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/output.h"
+#include "console/screen.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/toggles.h"
 
 namespace zeb {
 namespace {
@@ -34,7 +38,7 @@ void wait_for_user() {
 void pause_command() {
   no_timing();
   const int c = skip_blanks_peek();
-  if (c == '=' || c == '-' || c == '/') return toggle_command(output.paging, "Paged output");
+  if (c == '=' || c == '-' || c == '/') return toggle_command(screen.paging, "Paged output");
   double seconds = 0;
   const bool timed = read_optional_float(&seconds);
   expect_end();

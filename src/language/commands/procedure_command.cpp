@@ -4,17 +4,15 @@
 #include <cstring>
 
 #include "base/errors.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
-#include "language/format_hooks.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 
 namespace zeb {
-
-format_hook_table format_hooks;
 
 namespace {
 
@@ -29,15 +27,15 @@ bool starts_as_nexus() {
   const std::string_view text = input.read_position;
   if (text.size() <= mark.size() || !is_prefix(mark, text)) return false;
   if (static_cast<unsigned char>(text[mark.size()]) >= 33) return false;
-  input.read_position += mark.size();
+  read_on_at(input.read_position + mark.size());
   return true;
 }
 
 void read_from_file(const std::string& name) {
   push_file(name, {});
   if (!starts_as_nexus()) return;
-  if (!format_hooks.read_nexus) error_end("Reading of NEXUS files is not available yet");
-  format_hooks.read_nexus();
+  if (!hooks_of_language.read_nexus) error_end("Reading of NEXUS files is not available yet");
+  hooks_of_language.read_nexus();
 }
 
 void read_fasta() {
@@ -45,20 +43,20 @@ void read_fasta() {
   accept_char('=');
   read_optional_int(&option);
   if (read_item() == 0) error_end("Must specify name of FASTA file");
-  if (!format_hooks.read_fasta) error_end("Reading of FASTA files is not available yet");
-  format_hooks.read_fasta(option, std::string(token()));
+  if (!hooks_of_language.read_fasta) error_end("Reading of FASTA files is not available yet");
+  hooks_of_language.read_fasta(option, std::string(token()));
 }
 
 void read_newick() {
   if (read_item() == 0) error_end("Must specify name of file with Newick trees");
-  if (!format_hooks.read_newick) error_end("Reading of Newick trees is not available yet");
-  format_hooks.read_newick(std::string(token()));
+  if (!hooks_of_language.read_newick) error_end("Reading of Newick trees is not available yet");
+  hooks_of_language.read_newick(std::string(token()));
 }
 
 void read_phylip() {
   if (read_item() == 0) error_end("Must specify name of PHYLIP file");
-  if (!format_hooks.read_phylip) error_end("Reading of PHYLIP files is not available yet");
-  format_hooks.read_phylip(std::string(token()));
+  if (!hooks_of_language.read_phylip) error_end("Reading of PHYLIP files is not available yet");
+  hooks_of_language.read_phylip(std::string(token()));
 }
 
 // "/" and "-" end the file where nothing but a blank or ";" follows; else they begin a name.

@@ -1,13 +1,16 @@
 // `quote` prints text as it stands, `lquote` tells how.
 #include <cctype>
+#include <cstdio>
+#include <string>
 
 #include "base/process.h"
 #include "console/console.h"
 #include "console/output.h"
+#include "console/screen.h"
 #include "language/commands/commands.h"
-#include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/toggles.h"
 
 namespace zeb {
 namespace {
@@ -18,14 +21,6 @@ struct quote_settings {
   bool to_stderr = false;    // `lquote >`: also to the standard error, even in the background
 };
 quote_settings quotes;
-
-class comma_is_text {
- public:
-  comma_is_text() { input.literal_comma = true; }
-  ~comma_is_text() { input.literal_comma = false; }
-  comma_is_text(const comma_is_text&) = delete;
-  comma_is_text& operator=(const comma_is_text&) = delete;
-};
 
 // A line at a time, since the line buffer cuts what doesn't fit.
 void emit_lines(std::string_view text) {
@@ -48,7 +43,7 @@ void say(std::string_view text) {
 void rub_out_line() {
   if (!user_present()) return;
   std::string wipe;
-  for (int i = 1; i < output.screen_columns; ++i) wipe += "\b \b";
+  for (int i = 1; i < screen.columns; ++i) wipe += "\b \b";
   write_console(wipe + "\r");
 }
 
@@ -88,22 +83,6 @@ bool toggled(bool& setting, int on, int off, const char* subject) {
 }
 
 }  // namespace
-
-std::string read_quoted_text() {
-  const comma_is_text scope;
-  int c = read_char();
-  if (c < 33) c = read_char();
-  std::string text;
-  for (; c != ';'; c = read_char()) {
-    if (c == ',' && text.ends_with('.')) {
-      text.back() = ';';
-    } else {
-      text += static_cast<char>(c);
-    }
-  }
-  if (input_ended() && text.ends_with('\n')) text.pop_back();  // supplied by the reader
-  return text;
-}
 
 void quote_command() {
   std::string text = read_quoted_text();

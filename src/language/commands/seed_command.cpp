@@ -1,9 +1,9 @@
 // `rseed`: the seed and the ways of randomising.
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "base/random.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
 #include "language/input.h"
 #include "language/interpreter.h"
@@ -16,19 +16,19 @@ void chatter(std::string_view text) {
   if (settings.report) report_line(text);
 }
 
-void set_seed(long long seed) {
+void take_seed(long long seed) {
   if (seed < 0 || seed > random_generator::largest) {
     error_end_f("Random seed must be 0-%i", random_generator::largest);
   }
   expect_end();
-  randomness.random_seed = static_cast<int>(seed);
+  set_seed(static_cast<int>(seed));
 }
 
 void read_seed_step() {
   int step = 0;
   if (!read_optional_int(&step) || step < 0) error_end("Give increase of seed per replication");
   expect_end();
-  randomness.seed_step = static_cast<unsigned>(step);
+  zeb::set_seed_step(static_cast<unsigned>(step));
   chatter(step == 0 ? "Checking random seed for each randomization"
                     : text_of("In multiple randomizations, seed increases %u per replication",
                               randomness.seed_step));
@@ -36,21 +36,21 @@ void read_seed_step() {
 
 void set_insertion(bool random) {
   expect_end();
-  randomness.random_insertion = random;
+  set_random_insertion(random);
   chatter(random ? "Randomizing insertion sequence in Wagner trees"
                  : "Using up/down insertion sequence in Wagner trees");
 }
 
 void set_outgroup(bool random) {
   expect_end();
-  randomness.random_outgroup = random;
+  set_random_outgroup(random);
   chatter(random ? "Outgroup taxon is also randomized in Wagner trees"
                  : "Outgroup taxon is always first in Wagner trees");
 }
 
 void set_quick(bool quick) {
   expect_end();
-  randomness.quick_shuffle = quick;
+  set_quick_shuffle(quick);
   chatter(quick ? "Using quick approximation for randomizations"
                 : "Using proper (=slower) randomizations");
 }
@@ -58,13 +58,13 @@ void set_quick(bool quick) {
 void add_to_seed() {
   int more = 1;
   read_optional_int(&more);
-  set_seed(static_cast<long long>(randomness.random_seed) + more);
+  take_seed(static_cast<long long>(randomness.random_seed) + more);
 }
 
 void draw_seed() {
   expect_end();
   reseed();
-  randomness.random_seed = draw();
+  set_seed(draw());
 }
 
 }  // namespace
@@ -106,7 +106,7 @@ void rseed_command() {
       if (!read_optional_int(&seed)) {
         error_end("Wrong argument for rseed:", static_cast<char>(sign));
       }
-      set_seed(seed);
+      take_seed(seed);
   }
   if (settings.report) report_line("Random seed is", randomness.random_seed);
 }

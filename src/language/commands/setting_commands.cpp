@@ -1,30 +1,21 @@
 // Small commands that change one setting.
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "base/time_limit.h"
-#include "console/console.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
-#include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/toggles.h"
 
 namespace zeb {
 namespace {
 
 constexpr std::size_t longest_break_text = 254;
 
-std::string read_to_semicolon() {
-  std::string text;
-  for (int c = read_char(); c != ';'; c = read_char()) text += static_cast<char>(c);
-  return text;
-}
-
 // "+T/R/N": each number may be left out, and counts as 0 then.
 void read_status_record() {
-  int* const fields[] = {&settings.status_seconds, &settings.status_replications,
-                         &settings.status_trees};
   int values[3] = {0, 0, 0};
   for (int i = 0; i < 3; ++i) {
     int value = 0;
@@ -35,7 +26,7 @@ void read_status_record() {
     if (!accept_char('/')) break;
   }
   expect_end();
-  for (int i = 0; i < 3; ++i) *fields[i] = values[i];
+  set_status_intervals(values[0], values[1], values[2]);
 }
 
 // "[" and "]" switch a second setting of the command.
@@ -74,26 +65,22 @@ void break_command() {
       if (text.size() > longest_break_text) {
         error_end("Warning message too long (max.= 254 characters)");
       }
-      console.break_text = std::move(text);
+      set_break_text(std::move(text));
       return;
     }
     expect_end();
-    settings.break_polling = !settings.break_polling;
+    set_break_polling(!settings.break_polling);
     return show_toggle(settings.break_polling, "Break");
   }
   const bool plain = skip_blanks_peek() == '=';
-  bool on = settings.break_polling != 0;
-  toggle_command(on, "Break");
-  settings.break_polling = on;
-  if (plain) console.break_text.clear();
+  toggle_command(settings.break_polling, "Break");
+  if (plain) set_break_text({});
 }
 
 void echo_command() {
   no_timing();
   if (bracket_toggle(settings.echo_console_to_log, "Echo of console lines to the log")) return;
-  bool on = settings.echo == 1;
-  toggle_command(on, "Echo");
-  settings.echo = on;
+  toggle_command(settings.echo, "Echo");
 }
 
 void report_command() {

@@ -59,9 +59,9 @@ void silent_command() {
   output_places places;
   while (!accept_char(';')) read_option(places, silent_options);
   if (sign == '=') {
-    output.output_mask |= places.mask();
+    close_places(places.mask());
   } else {
-    output.output_mask &= ~places.mask();
+    open_places(places.mask());
   }
 }
 

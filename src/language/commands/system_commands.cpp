@@ -5,15 +5,20 @@
 #include <cstring>
 #include <filesystem>
 
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/output.h"
+#include "console/screen.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
+#include "language/help.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/main_loop.h"
 
 namespace zeb {
 namespace {
@@ -30,9 +35,8 @@ void show_current_directory() {
 }  // namespace
 
 void system_command() {
-  std::string text;
   skip_blanks_peek();
-  for (int c = read_char(); c != ';'; c = read_char()) text += static_cast<char>(c);
+  std::string text = read_to_semicolon();
   while (!text.empty() && static_cast<unsigned char>(text.back()) < 33) text.pop_back();
   if (text.empty()) error_end("Must give a command for the shell");
   const int status = run_system_command(text);
@@ -58,24 +62,22 @@ void rdir_command() {
   if (read_item() == 0) error_end("No run-path given");
   const std::string path(token());
   expect_end();
-  input.run_directory = path;
-  if (!input.run_directory.ends_with('/')) input.run_directory += '/';
+  set_run_directory(path);
   if (settings.report) report_line("Run-path is", input.run_directory);
 }
 
 void screen_command() {
   no_timing();
-  int size[2] = {output.screen_rows, output.screen_columns};
+  int size[2] = {screen.rows, screen.columns};
   for (int i = 0; i < 2 && skip_blanks_peek() != ';'; ++i) {
     if (!read_optional_int(&size[i]) || size[i] < smallest_screen[i] ||
         size[i] > largest_screen[i]) {
       error_end("Screen size is given as rows (at least 4) and columns (at least 20)");
     }
-    output.cut_lines = true;  // a query leaves the lines of a pipe whole
+    cut_lines_at_edge();  // a query leaves the lines of a pipe whole
   }
   expect_end();
-  output.screen_rows = size[0];
-  output.screen_columns = size[1];
+  resize_screen(size[0], size[1]);
   emitf("Screen has %i rows and %i columns", size[0], size[1]);
 }
 
@@ -95,10 +97,8 @@ void vversion_command() {
   show_banner();
 }
 
-void show_banner() {
-  emit("ZEB version " ZEB_VERSION ", phylogenetic analysis under parsimony\n");
-  emit("LUMA (Lineage Utility MAchine)\n");
-  emit("Enter \"help\" for the commands, \"thanks\" for acknowledgments, \"quit\" to leave.\n");
+void quit_command() {
+  if (!take_up_execute_file()) leave_program();
 }
 
 // The word of the process arguments that takes the program into the background.
@@ -115,11 +115,10 @@ void bground_command() {
   }
   if (command.command_name != "bground") error_end("Running as a slave is not available yet");
   end_console();
-  process.background = true;
-  settings.report = false;
-  settings.break_polling = 0;
-  settings.beep = false;
-  output.output_mask = no_console;
+  go_to_background();
+  settle_for_background();
+  open_places(no_log | no_text_buffer);
+  close_places(no_console);
 }
 
 }  // namespace zeb

@@ -7,9 +7,11 @@
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/commands/commands.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "language/toggles.h"
 
 namespace zeb {
 namespace {
@@ -19,13 +21,12 @@ void chatter(const char* text) {
 }
 
 void measure_ram(bool on) {
-  settings.watch_ram = on;
+  watch_ram(on);
   chatter(on ? "Measuring RAM used for each command" : "Not measuring RAM used for each command");
 }
 
-// "On" is 2 until the next round, so that the command isn't timed itself.
 void switch_on(bool on) {
-  settings.watch = on ? 2 : 0;
+  watch_commands(on);
   show_toggle(on, "Watch");
 }
 
@@ -40,13 +41,13 @@ void obey(char sign) {
     case ']':
       return measure_ram(sign == '[');
     case '!':
-      arena.peak_ram_ever = 0;
+      forget_largest_peak();
       return chatter("Resetting max. RAM counter to 0");
     case '/':
       return report_line("Ellapsed time:",
-                         text_of("%.2f secs.", wall_clock() - process.stopwatch_start));
+                         text_of("%.2f secs.", wall_clock() - interpreter.stopwatch_start));
     default:
-      process.stopwatch_start = wall_clock();
+      start_stopwatch();
   }
 }
 
@@ -54,7 +55,7 @@ void obey(char sign) {
 
 void watch_command() {
   no_timing();
-  if (accept_char(';')) return show_toggle(settings.watch != 0, "Watch");
+  if (accept_char(';')) return show_toggle(interpreter.watch, "Watch");
   std::string signs;  // all are read before the first takes effect
   while (!accept_char(';')) {
     const char sign = static_cast<char>(next_nonblank());

@@ -22,7 +22,7 @@ void read_landmark(block_format& format) {
 
 void read_match(block_format& format) {
   double threshold = 0;
-  if (read_optional_float(&threshold)) matching.match_threshold = threshold;
+  if (read_optional_float(&threshold)) set_matching(matching.match_mode, threshold);
   format.match_names = true;
 }
 

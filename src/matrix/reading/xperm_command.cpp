@@ -1,6 +1,6 @@
 // `xperm`: permutes the states of each character among the taxa.
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"

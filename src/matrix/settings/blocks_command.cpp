@@ -9,7 +9,6 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
-#include "language/list_reader.h"
 #include "language/list_text.h"
 #include "language/lists.h"
 #include "matrix/blocks.h"

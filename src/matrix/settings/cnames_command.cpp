@@ -12,6 +12,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "language/toggles.h"
 #include "matrix/blocks.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"

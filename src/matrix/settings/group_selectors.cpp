@@ -10,6 +10,7 @@
 #include "language/lexer.h"
 #include "language/list_kinds.h"
 #include "language/options.h"
+#include "language/value_condition.h"
 #include "matrix/character_steps.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"

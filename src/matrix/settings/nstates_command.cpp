@@ -3,8 +3,8 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"

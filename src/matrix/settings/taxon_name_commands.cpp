@@ -5,11 +5,12 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
-#include "language/lists.h"
+#include "language/taxon_reference.h"
+#include "language/toggles.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/taxon_settings.h"
@@ -43,7 +44,7 @@ void set_name_limit() {
   if (limit < shortest_name_limit || limit > longest_name_limit) {
     error_end("Length of taxon names must be from", shortest_name_limit, "to", longest_name_limit);
   }
-  lexer.name_limit = limit;
+  limit_names_to(limit);
 }
 
 void show_name_limit() {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/interrupts.h"
+#include "console/settings.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/filter.h"

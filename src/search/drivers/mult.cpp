@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "engine/passes/passes.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "base/errors.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/time_limit.h"
 #include "console/output.h"

@@ -4,6 +4,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/interrupts.h"
 #include "console/output.h"
 #include "engine/fit/implied_weighting.h"
 #include "engine/passes/links.h"

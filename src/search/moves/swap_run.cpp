@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/interrupts.h"
 #include "base/random.h"
 #include "engine/fit/implied_weighting.h"
 #include "engine/passes/passes.h"

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/indices.h"
+#include "base/interrupts.h"
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
 #include "search/search_report.h"

@@ -3,11 +3,12 @@
 #include <algorithm>
 
 #include "console/output.h"
+#include "console/screen.h"
 
 namespace zeb {
 
 void emit_broken_at_blanks(std::string_view text) {
-  const auto width = static_cast<std::size_t>(std::clamp(output.screen_columns - 1, 20, 2000));
+  const auto width = static_cast<std::size_t>(std::clamp(screen.columns - 1, 20, 2000));
   while (text.size() > width) {
     std::size_t end = text.rfind(' ', width);
     if (end == std::string_view::npos || end == 0) end = text.find(' ', width);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "console/output.h"
+#include "console/screen.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/svg_file.h"
 #include "trees/drawing/tags.h"
@@ -31,7 +32,7 @@ diagram_style current_style(bool lines_of_tags) {
   style.roomy = display.roomy;
   style.second_largest_first = display.second_largest_first;
   style.outgroup = matrix.outgroup;
-  style.columns = std::clamp(output.screen_columns - 1, 20, widest_line);
+  style.columns = std::clamp(screen.columns - 1, 20, widest_line);
   style.separator = lines_of_tags ? '\\' : tags.tag_separator;
   style.text_width = tags.tag_width;
   return style;

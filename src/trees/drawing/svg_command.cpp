@@ -2,8 +2,9 @@
 #include <cmath>
 
 #include "base/errors.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/options.h"
@@ -27,7 +28,7 @@ struct drawing_request {
 };
 
 void read_coordinate_array(drawing_request& request) {
-  if (!settings.macros || !user_arrays.read_name)
+  if (!macros_on() || !user_arrays.read_name)
     error_end("This option is valid only when macros are enabled");
   request.coordinate_array = user_arrays.read_name();
 }

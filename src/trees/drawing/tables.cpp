@@ -5,6 +5,7 @@
 
 #include "base/message_text.h"
 #include "console/output.h"
+#include "console/screen.h"
 #include "trees/drawing/text_diagram.h"
 
 namespace zeb {
@@ -39,7 +40,7 @@ void emit_lines(std::string_view title, const std::vector<std::string>& lines) {
   newline();
 }
 
-int line_width() { return std::clamp(output.screen_columns - 1, 20, 2000); }
+int line_width() { return std::clamp(screen.columns - 1, 20, 2000); }
 
 void print_framed_list(const list_table& t) {
   emit_lines(t.title, framed_list(t, tables.list_columns, line_width()));

@@ -1,7 +1,7 @@
 // tables: the form of tables, and the decimals of fractions.
 #include "base/errors.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"

@@ -3,11 +3,12 @@
 #include <vector>
 
 #include "base/message_text.h"
-#include "base/process.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "language/toggles.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/command_text.h"
 #include "trees/drawing/display.h"
@@ -22,7 +23,7 @@ std::vector<std::uint8_t> read_trees_to_show() {
   std::vector<std::uint8_t> chosen(static_cast<std::size_t>(store.ntrees), 0);
   if (accept_char('/')) {
     chosen.back() = 1;
-  } else if (!read_list(list_has_fixed | list_in_tree_buffer, 0, store.ntrees, "tree", chosen)) {
+  } else if (!read_list(list_in_tree_buffer, 0, store.ntrees, "tree", chosen)) {
     std::fill(chosen.begin(), chosen.end(), std::uint8_t{1});
   }
   check_end();

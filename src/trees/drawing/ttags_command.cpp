@@ -1,8 +1,8 @@
 // ttags: storing, showing, editing and saving the texts of the tag tree.
 #include <cctype>
 
-#include "base/process.h"
 #include "console/output.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -47,7 +47,7 @@ void show_tags(bool lines_of_tags) {
 /// numbers -1 to -5 stand for symbols.
 void exchange_with_array() {
   const int sign = next_nonblank();
-  if (!settings.macros || !user_arrays.read_name || !tags.tags_present)
+  if (!macros_on() || !user_arrays.read_name || !tags.tags_present)
     error_end_f("Option \"=%c\" valid only when macros and tree-tags connected", sign);
   const bool internal_only = sign == '[';
   const bool symbols = accept_char(sign);
@@ -108,7 +108,7 @@ void set_target() {
     check_tree_number(tree);
   }
   const int next = skip_blanks_peek();
-  if (next == '<' && (!settings.macros || !user_arrays.read_name))
+  if (next == '<' && (!macros_on() || !user_arrays.read_name))
     error_end("This option is valid only when macros are enabled");
   set_tag_tree(stored_tree(tree));
   if (next == '<') exchange_with_array();

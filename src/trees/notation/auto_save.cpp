@@ -2,6 +2,7 @@
 // are whole at any moment.
 #include <cstdio>
 
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/process.h"
 #include "matrix/matrix.h"

@@ -9,7 +9,7 @@
 #include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "language/lists.h"
+#include "language/taxon_reference.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tags.h"
 

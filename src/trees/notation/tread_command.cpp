@@ -2,8 +2,11 @@
 #include <algorithm>
 
 #include "base/errors.h"
+#include "base/interrupts.h"
 #include "base/process.h"
 #include "console/output.h"
+#include "console/progress.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"

@@ -5,9 +5,12 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
+#include "console/progress.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"

@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "base/process.h"
+#include "base/command.h"
 #include "support/program.h"
 
 namespace zeb {
@@ -57,7 +57,7 @@ TEST_F(arena_test, blocks_are_aligned_apart_and_released_at_the_marks) {
   for (std::size_t i = 0; i < blocks.size(); ++i) {
     for (const unsigned char c : blocks[i]) ASSERT_EQ(c, static_cast<unsigned char>(i));
   }
-  end_of_command();
+  release_command_memory();
   EXPECT_EQ(arena_free(), free_before);
 }
 
@@ -85,7 +85,7 @@ TEST_F(arena_test, releasing_a_lock_releases_the_later_ones_and_all_they_hold) {
   }
   EXPECT_EQ(locked_bytes(&tags[1]), 600u);
   alloc_low<int>(10);
-  end_of_command();
+  release_command_memory();
   EXPECT_EQ(arena_free(), free_before - 3 * 600);
   unlock(&tags[1]);
   EXPECT_EQ(tags[0], 1);
@@ -138,11 +138,11 @@ TEST_F(arena_test, commands_run_by_a_command_leave_its_memory_alone) {
   {
     const arena_marks_scope scope;
     alloc_low<int>(10)[0] = 8;
-    end_of_command();
+    release_command_memory();
     EXPECT_EQ(mine[0], 7);
     EXPECT_EQ(arena.low, reinterpret_cast<std::byte*>(mine.data() + 10));
   }
-  end_of_command();
+  release_command_memory();
   EXPECT_EQ(arena_in_use(), static_cast<std::size_t>(arena.low_mark - arena.base));
 }
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/text_columns.h"
-#include "console/console.h"
+#include "console/keys.h"
 
 namespace zeb {
 namespace {

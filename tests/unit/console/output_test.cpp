@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "console/log.h"
 #include "console/text_buffer.h"
 
 namespace zeb {
@@ -16,14 +17,14 @@ namespace {
 class output_to_buffer : public testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(display_buffer.resize(50));
+    ASSERT_TRUE(display_buffer.allot(50));
     output.output_mask = no_console;
   }
   void TearDown() override {
     reset_output();
     close_log();
     output = {};
-    display_buffer.clear();
+    display_buffer.forget();
   }
   static std::string shown() {
     std::string text;
@@ -35,7 +36,7 @@ class output_to_buffer : public testing::Test {
 TEST_F(output_to_buffer, lines_are_cut_at_2048_bytes_and_keep_their_newline) {
   emit(std::string(3000, 'a'), "\n", std::string(2048, 'b'), "\nshort\n");
   EXPECT_EQ(shown(), std::string(2048, 'a') + "\n" + std::string(2048, 'b') + "\nshort\n");
-  display_buffer.clear();
+  display_buffer.forget();
   emit(std::string(2047, 'a'), "\xC3\xBC", "more\n");  // no half of a character is left
   EXPECT_EQ(shown(), std::string(2047, 'a') + "\n");
 }
@@ -94,7 +95,7 @@ TEST_F(output_to_buffer, the_log_is_complete_when_it_is_closed) {
   text << file.rdbuf();
   EXPECT_EQ(text.str(), expected + "added \n");
   EXPECT_FALSE(open_log(testing::TempDir() + "no/such/folder/x.log", false));
-  EXPECT_EQ(output.log_stream, nullptr);
+  EXPECT_EQ(log_file.stream, nullptr);
   EXPECT_FALSE(open_log(std::string(160, 'x'), false));
   std::remove(name.c_str());
 }

@@ -18,7 +18,7 @@ std::vector<std::string> contents(const text_buffer& buffer) {
 TEST(text_buffer, keeps_lines_with_blanks_of_any_number) {
   for (const bool compression : {true, false}) {
     text_buffer buffer;
-    ASSERT_TRUE(buffer.resize(50));
+    ASSERT_TRUE(buffer.allot(50));
     buffer.set_compression(compression);
     std::vector<std::string> lines;
     for (const std::size_t blanks : {0, 1, 2, 3, 124, 125, 126, 127, 250, 251, 1000}) {
@@ -37,7 +37,7 @@ TEST(text_buffer, keeps_lines_with_blanks_of_any_number) {
 
 TEST(text_buffer, codes_of_its_own_become_blanks_and_carriage_returns_go) {
   text_buffer buffer;
-  ASSERT_TRUE(buffer.resize(50));
+  ASSERT_TRUE(buffer.allot(50));
   buffer.add(std::string_view("a\1\62b\0c\r\n", 8));
   EXPECT_EQ(buffer.line(0), "a 2b c");
 }
@@ -47,7 +47,7 @@ TEST(text_buffer, holds_the_newest_lines) {
   for (unsigned seed = 1; seed <= 20; ++seed) {
     std::mt19937 random(seed);
     text_buffer buffer;
-    ASSERT_TRUE(buffer.resize(50));
+    ASSERT_TRUE(buffer.allot(50));
     buffer.set_compression(seed % 2 == 0);
     const int longest = seed % 3 == 0 ? 3 : 900;
     std::deque<std::string> all;
@@ -74,7 +74,7 @@ TEST(text_buffer, holds_the_newest_lines) {
 
 TEST(text_buffer, a_line_longer_than_the_buffer_empties_it) {
   text_buffer buffer;
-  ASSERT_TRUE(buffer.resize(50));
+  ASSERT_TRUE(buffer.allot(50));
   buffer.add("before\n");
   bool kept = true;
   for (int i = 0; i < 60; ++i) kept &= buffer.add(std::string(1000, 'x'));
@@ -86,10 +86,10 @@ TEST(text_buffer, a_line_longer_than_the_buffer_empties_it) {
 
 TEST(text_buffer, a_size_that_cannot_be_had_changes_nothing) {
   text_buffer buffer;
-  ASSERT_TRUE(buffer.resize(10));
+  ASSERT_TRUE(buffer.allot(10));
   EXPECT_EQ(buffer.kilobytes(), 50);
   buffer.add("kept\n");
-  EXPECT_FALSE(buffer.resize(2147483647));
+  EXPECT_FALSE(buffer.allot(2147483647));
   EXPECT_EQ(buffer.line(0), "kept");
 }
 

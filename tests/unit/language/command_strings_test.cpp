@@ -1,14 +1,17 @@
-// Commands that run other commands from a string.
+#include "language/command_strings.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "base/command.h"
+#include "base/interrupts.h"
 #include "base/process.h"
 #include "base/random.h"
 #include "base/time_limit.h"
+#include "console/log.h"
 #include "console/output.h"
 #include "language/input.h"
-#include "language/interpreter.h"
 #include "support/program.h"
 
 namespace zeb {
@@ -29,15 +32,15 @@ run_of_string run_string(const std::string& text) {
   string_ended = false;
   char* printed = nullptr;
   std::size_t size = 0;
-  output.log_stream = open_memstream(&printed, &size);
+  log_file.stream = open_memstream(&printed, &size);
   output.output_mask = no_console;
   run_in_jump_context([] {
     run_command_string(string_to_run);
     string_ended = true;
   });
   flush_log();
-  std::fclose(output.log_stream);
-  output.log_stream = nullptr;
+  std::fclose(log_file.stream);
+  log_file.stream = nullptr;
   EXPECT_EQ(output.output_mask, no_console) << text;
   EXPECT_EQ(command_string_depth(), 0) << text;
   EXPECT_EQ(input.top, 0) << text;
@@ -92,13 +95,13 @@ TEST(command_strings, need_a_free_place_on_the_stack) {
 
 TEST(command_strings, end_a_search_whose_time_is_out) {
   set_time_limit(5);
-  process.command_start = wall_clock() - 6;
+  command.start = wall_clock() - 6;
   const run_of_string run = run_string("rseed;");
   EXPECT_TRUE(run.ended);
-  EXPECT_EQ(process.interrupt_state, 1);
+  EXPECT_EQ(interrupts.reason, stop_reason::user);
   EXPECT_NE(run.printed.find("Interrupting search (time is out!)"), std::string::npos);
   set_time_limit(0);
-  process.interrupt_state = 0;
+  forget_interrupt();
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <fstream>
 
-#include "base/process.h"
+#include "base/command.h"
 #include "language/input.h"
 #include "support/program.h"
 

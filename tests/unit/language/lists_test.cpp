@@ -9,6 +9,7 @@
 
 #include "base/errors.h"
 #include "language/input.h"
+#include "language/taxon_reference.h"
 #include "support/list_world.h"
 
 namespace zeb_test {

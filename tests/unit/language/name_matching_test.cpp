@@ -6,8 +6,6 @@
 #include <random>
 #include <vector>
 
-#include "base/process.h"
-
 namespace zeb {
 namespace {
 

@@ -3,7 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/process.h"
+#include "base/command.h"
+#include "console/log.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "support/program.h"
@@ -76,7 +77,7 @@ outcome_of read(const std::string& text) {
   output.output_mask = no_console;
   char* printed = nullptr;
   std::size_t size = 0;
-  output.log_stream = open_memstream(&printed, &size);
+  log_file.stream = open_memstream(&printed, &size);
   push_string(text, "test");
   const jump_context context;
   try {
@@ -85,13 +86,13 @@ outcome_of read(const std::string& text) {
                                            if (wanted.applied == 13) error_end("Not thirteen");
                                          });
   } catch (const command_unwinding&) {
-    std::fflush(output.log_stream);
+    std::fflush(log_file.stream);
     const std::string all(printed, size);
     const std::string lines = all.substr(0, all.find_last_not_of(" \n") + 1);
     result.error = lines.substr(lines.rfind('\n') + 1);
   }
-  std::fclose(output.log_stream);
-  output.log_stream = nullptr;
+  std::fclose(log_file.stream);
+  log_file.stream = nullptr;
   output.output_mask = 0;
   std::free(printed);
   pop_all();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/arena.h"
+#include "base/command.h"
 #include "base/errors.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/registration.h"

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "base/arena.h"
+#include "base/command.h"
 #include "base/errors.h"
-#include "base/process.h"
 #include "support/random_trees.h"
 #include "support/text_session.h"
 

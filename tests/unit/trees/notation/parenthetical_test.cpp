@@ -1,8 +1,8 @@
 // Trees as text: what is written reads back the same, and bad text harms nothing.
 #include <gtest/gtest.h>
 
+#include "base/command.h"
 #include "base/errors.h"
-#include "base/process.h"
 #include "matrix/matrix.h"
 #include "support/random_trees.h"
 #include "support/text_session.h"

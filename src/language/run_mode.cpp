@@ -1,15 +1,11 @@
 // Run modes: what the first argument makes of the process.
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 
 #include <unistd.h>
 
-#include "base/errors.h"
-#include "base/process.h"
-#include "console/console.h"
-#include "language/input.h"
-#include "language/startup.h"
+#include "base/command.h"
+#include "language/run_mode.h"
 
 namespace zeb {
 namespace {
@@ -28,7 +24,7 @@ constexpr run_mode_word mode_words[] = {
     {"mpi_slavesettingdata", run_mode::parallel},
 };
 
-// Whole numbers divided by 0 and the like; nothing can be trusted behind one.
+// Whole numbers divided by 0 and the like; nothing can be trusted after one.
 extern "C" void end_at_math_error(int) {
   constexpr char text[] = "\nOOOPS -- a math error occured!\nCurrent command: ";
   const auto written =

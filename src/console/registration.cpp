@@ -1,0 +1,28 @@
+#include "console/registration.h"
+
+#include "base/command.h"
+#include "base/hooks.h"
+#include "console/console.h"
+#include "console/log.h"
+#include "console/progress.h"
+#include "console/text_buffer.h"
+
+namespace zeb {
+namespace {
+
+constexpr int first_kilobytes = 200;
+
+void close_outputs() {
+  close_log();
+  end_console();
+}
+
+}  // namespace
+
+void register_console() {
+  display_buffer.allot(first_kilobytes);
+  add_command_over_hook(clear_command_progress);
+  hooks_of_base.close_outputs = close_outputs;
+}
+
+}  // namespace zeb

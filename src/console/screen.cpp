@@ -1,0 +1,143 @@
+#include "console/screen.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+
+#include "base/interrupts.h"
+#include "base/text_columns.h"
+
+namespace zeb {
+
+screen_state screen;
+
+namespace {
+
+constexpr std::string_view page_cue = "-- more --";
+
+// With `pause =`: a full screen waits for a key.
+void count_line() {
+  if (!screen.up || !screen.paging) return;
+  if (++screen.page_lines < screen.rows - 2) return;
+  screen.page_lines = 0;
+  struct cue {
+    cue() { write_terminal(page_cue); }
+    ~cue() { write_terminal("\r" + std::string(page_cue.size(), ' ') + "\r"); }
+  };
+  const cue shown;
+  check_interrupt(0);
+}
+
+bool fits(int columns) {
+  return !screen.cut_lines || screen.cursor_column + columns <= screen.columns - 1;
+}
+
+// Everything up to the first newline, which is consumed too.
+std::string next_line(std::string_view& text, bool& ended) {
+  std::string shown;
+  ended = false;
+  while (!text.empty() && !ended) {
+    const std::size_t n = character_bytes(text, 0);
+    const std::string_view character = text.substr(0, n);
+    text.remove_prefix(n);
+    int columns = 0;
+    switch (character[0]) {
+      case '\n':
+        shown += screen.up ? "\n\r" : "\n";
+        screen.cursor_column = 0;
+        ended = true;
+        continue;
+      case '\r':
+        screen.cursor_column = 0;
+        break;
+      case '\b':
+        columns = screen.cursor_column > 0 ? -1 : 0;
+        break;
+      case '\a':
+        if (!screen.up) continue;
+        break;
+      case '\t':
+        columns = 8 - screen.cursor_column % 8;
+        break;
+      default:
+        columns = character_columns(character);
+    }
+    if (columns > 0 && !fits(columns)) continue;
+    shown += character;
+    screen.cursor_column += columns;
+  }
+  return shown;
+}
+
+}  // namespace
+
+void show_lines(std::string_view text) {
+  std::string waiting;  // lines go out together unless paging may stop between them
+  while (!text.empty()) {
+    bool ended = false;
+    waiting += next_line(text, ended);
+    if (ended && screen.paging) {
+      write_terminal(waiting);
+      waiting.clear();
+      count_line();
+    }
+  }
+  write_terminal(waiting);
+}
+
+void start_screen(int rows, int columns) {
+  resize_screen(rows, columns);
+  screen.cut_lines = true;
+  screen.up = true;
+  screen.cursor_column = 0;
+}
+
+void end_screen() { screen.up = false; }
+
+void resize_screen(int rows, int columns) {
+  screen.rows = rows;
+  screen.columns = columns;
+}
+
+void cut_lines_at_edge() { screen.cut_lines = true; }
+
+void begin_line() { screen.cursor_column = 0; }
+
+void begin_page() {
+  begin_line();
+  screen.page_lines = 0;
+}
+
+void write_terminal(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+    if (written > 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno == EAGAIN) {
+      pollfd descriptor{STDERR_FILENO, POLLOUT, 0};
+      poll(&descriptor, 1, -1);
+    } else if (errno != EINTR) {  // a signal, as that of a new size, mustn't lose text
+      return;
+    }
+  }
+}
+
+void show_progress_text(std::string_view text) {
+  const auto width = static_cast<std::size_t>(std::max(screen.columns - 1, 1));
+  const std::string shown(text_in_columns(text, 0, width));
+  const auto columns = static_cast<std::size_t>(text_columns(shown));
+  const std::size_t rest = std::max(screen.progress_columns, columns) - columns;
+  write_terminal("\r" + shown + std::string(rest, ' '));
+  screen.progress_columns = columns;
+}
+
+void hide_progress() {
+  if (screen.progress_columns == 0) return;
+  write_terminal("\r" + std::string(screen.progress_columns, ' ') + "\r");
+  screen.progress_columns = 0;
+}
+
+}  // namespace zeb

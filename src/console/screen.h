@@ -1,0 +1,42 @@
+// The screen, or the pipe in its place: how lines of output reach it, cut at its edge, ended as the
+// terminal needs it, counted for paging; and the one line of progress at its end.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace zeb {
+
+struct screen_state {
+  bool up = false;  // the screen library runs: lines end in "\n\r"
+  int rows = 24;
+  int columns = 80;
+  bool cut_lines = false;  // lines end at the screen's edge: on a screen, or one given by `screen`
+  int cursor_column = 0;   // where the console's line stands
+  bool paging = false;     // `pause =`
+  int page_lines = 0;      // lines since the last pause
+  std::size_t progress_columns = 0;  // of the progress line; 0: nothing of it is on the screen
+};
+extern screen_state screen;
+
+void start_screen(int rows, int columns);
+void end_screen();
+void resize_screen(int rows, int columns);
+/// Lines are cut from here on: only a screen that nobody sized leaves those of a pipe whole.
+void cut_lines_at_edge();
+/// The cursor stands at the beginning of a line, and a new page begins.
+void begin_page();
+/// The cursor stands at the beginning of a line.
+void begin_line();
+
+/// Text to the standard error as lines, and the cursor's place kept.
+void show_lines(std::string_view text);
+/// Bytes to the standard error as they stand.
+void write_terminal(std::string_view text);
+
+/// Puts the text in place of the progress line, as far as the screen is wide.
+void show_progress_text(std::string_view text);
+/// Wipes the progress line, so that other text can take its place.
+void hide_progress();
+
+}  // namespace zeb

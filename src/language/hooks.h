@@ -1,0 +1,71 @@
+// What the rooms above hand to the language: when the program starts, or, for the macro language,
+// while that is on.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "language/error_place.h"
+
+namespace zeb {
+
+/// The data set in memory, for the breakdown of `mxram`.
+struct data_description {
+  int ntax = 0, nchar = 0, nstates = 0;
+  int maxtrees = 0;
+  int vault_trees = 0;  // that the vault has room for
+};
+
+/// What the macro language does in place of the plain language. All null while it is off.
+struct macro_layer {
+  int (*read_char)() = nullptr;
+  void (*unread_char)() = nullptr;
+  /// A number or an expression; see `read_value`.
+  bool (*read_value)(double* value, bool* parenthesised) = nullptr;
+  /// True and the value for a variable or function of exactly this name, false for other words. A
+  /// variable comes before an element called like it, a function after it (`names_element`).
+  bool (*number_of_word)(std::string_view word, bool names_element, double* value) = nullptr;
+  /// The input stack changes.
+  void (*frame_about_to_be_pushed)() = nullptr;
+  void (*frame_pushed)() = nullptr;
+  void (*frame_popped)() = nullptr;
+  /// After an error or interrupt blocks and loops end; true if the reader was moved to the place
+  /// after a loop.
+  bool (*command_failed)() = nullptr;
+  /// Where the script stands.
+  error_place (*place)() = nullptr;
+  /// Nesting of loops.
+  int (*loop_level)() = nullptr;
+  /// Goes to the target of `goto [`.
+  void (*run_pending_jump)() = nullptr;
+};
+
+struct language_hooks {
+  /// Is there a data set?
+  bool (*data_present)() = nullptr;
+  data_description (*describe_data)() = nullptr;
+  /// Drops the data set, before the arena is created anew.
+  void (*drop_data)() = nullptr;
+  /// "@T N" in lists of taxa: marks the terminals that descend from node N of tree T, or terminal
+  /// N. Raises the error for a tree or node that isn't there; a negative number is a missing one.
+  void (*mark_descendants)(int tree, int node, std::span<std::uint8_t> marks) = nullptr;
+  /// Prints the entry of an expression function whose name begins with `word`; false for none.
+  bool (*print_expression_help)(std::string_view word) = nullptr;
+  /// Readers of foreign formats that `procedure` calls. NEXUS: the file is the top frame and
+  /// "#NEXUS" has been read; the frame is popped when it is done. FASTA: with the number given
+  /// after "&", -1 for none.
+  void (*read_nexus)() = nullptr;
+  void (*read_fasta)(int option, const std::string& file) = nullptr;
+  void (*read_newick)(const std::string& file) = nullptr;
+  void (*read_phylip)(const std::string& file) = nullptr;
+  /// Changed by `set_macro_layer` only.
+  macro_layer macros;
+};
+extern language_hooks hooks_of_language;
+
+/// Is the macro language on?
+inline bool macros_on() { return hooks_of_language.macros.read_char != nullptr; }
+
+}  // namespace zeb

@@ -1,0 +1,115 @@
+#include "language/unwinding.h"
+
+#include "base/command.h"
+#include "base/errors.h"
+#include "base/interrupts.h"
+#include "base/message_text.h"
+#include "base/process.h"
+#include "console/console.h"
+#include "console/interrupt_keys.h"
+#include "console/log.h"
+#include "console/output.h"
+#include "console/progress.h"
+#include "console/screen.h"
+#include "console/settings.h"
+#include "language/hooks.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/steering.h"
+
+namespace zeb {
+namespace {
+
+error_place place_of_input() {
+  error_place place;
+  const input_frame& frame = top_frame();
+  if (frame.stream && !frame.is_terminal && !(input.top == 0 && input.from_arguments)) {
+    place.lines.push_back(std::string("Error reading ") + frame.name);
+  }
+  show_around(place, start_of_shown_text(frame), input.read_position);
+  return place;
+}
+
+void end_background_run() {
+  flush_log();
+  if (process.background) {
+    report_line("... SOME ERROR OCCURED, QUITTING...");
+    end_process(255);
+  }
+}
+
+void leave_command() {
+  flush_log();
+  if (in_jump_context()) return;
+  report_line("No jump buffer");
+  end_process(255);
+}
+
+// Pops all input and unwinds, or asks the search to stop.
+void interrupt() {
+  reset_output();
+  clear_progress();
+  if (!interrupts.in_search) emit("\nUser interrupt...\n");
+  pop_all();
+  if (interrupts.in_search) return stop_search(stop_reason::user);
+  if (!take_up_execute_file()) end_background_run();
+  leave_command();
+  throw_to_jump_context();
+}
+
+void obey(key_wish wish) {
+  if (wish == key_wish::interrupt) interrupt();
+  if (wish == key_wish::end_search) stop_search(stop_reason::user);
+}
+
+}  // namespace
+
+void tell_error(const std::string& message) {
+  plain_reading_again();
+  reset_output();
+  command_is_over();
+  no_timing();
+  {
+    const output_mask_scope everywhere(0);
+    if (settings.beep) ring_bell();
+    if (!input.frames.empty()) {
+      const auto place_of_script = hooks_of_language.macros.place;
+      emit_place(place_of_script ? place_of_script() : place_of_input());
+    }
+    emit(message, "\n");
+  }
+  pop_all();
+  end_background_run();
+  leave_command();
+}
+
+void tell_warning(const std::string& message) {
+  if (!settings.warn || !user_present()) {
+    const output_mask_scope shown(output.output_mask & ~static_cast<unsigned>(no_console));
+    emit(screen.up ? "\n\r" : "\n");
+    emit("WARNING:\n");
+    emit(message, "\n");
+    return;
+  }
+  if (settings.beep) ring_bell();
+  emit(text_of("WARNING - %s", message.c_str()), "\n");
+  if (ask_key("Continue? ", "yn") == 'y') {
+    write_console("\r" + std::string(80, ' ') + "\r");
+    return;
+  }
+  interrupt();
+  leave_command();
+  throw_to_jump_context();
+}
+
+void look_for_interrupt(int mode) {
+  if (mode == 2) return interrupt();
+  if (process.background) {
+    if (stop_asked_by_file(mode == 100)) interrupt();
+    return;
+  }
+  if (mode == 1) obey(poll_interrupt_keys());
+  if (mode == 0) obey(wait_interrupt_key());
+}
+
+}  // namespace zeb
