@@ -7,10 +7,10 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
-#include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_text.h"
 #include "macro/variable_reference.h"
+#include "macro/variables.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 

@@ -15,6 +15,7 @@
 #include "macro/macro_values.h"
 #include "macro/scaling.h"
 #include "macro/variable_reference.h"
+#include "macro/variables.h"
 
 namespace zeb {
 namespace {

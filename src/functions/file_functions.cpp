@@ -15,6 +15,7 @@
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
 #include "macro/script_text.h"
+#include "macro/variables.h"
 
 namespace zeb {
 namespace {

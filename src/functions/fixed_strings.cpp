@@ -5,9 +5,12 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "console/output.h"
+#include "language/interpreter.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
+#include "macro/variables.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 

@@ -24,6 +24,12 @@ const name_index& functions_by_name() {
   return index;
 }
 
+// Null for none.
+const expression_function* find_function(std::string_view name) {
+  const auto found = functions_by_name().find(name);
+  return found == functions_by_name().end() ? nullptr : found->second;
+}
+
 bool is_listed(const expression_function& row) { return row.list != function_list::unlisted; }
 
 // The help of a row: name and arguments, and below them the text in lines that fit the screen.
@@ -85,11 +91,6 @@ std::vector<const expression_function*> listed_functions() {
     moving.erase(next);
   }
   return list;
-}
-
-const expression_function* find_function(std::string_view name) {
-  const auto found = functions_by_name().find(name);
-  return found == functions_by_name().end() ? nullptr : found->second;
 }
 
 bool is_function_name(std::string_view name) {

@@ -13,8 +13,6 @@ std::vector<const expression_function*> all_functions();
 /// The rows that help lists, in the order of the list.
 std::vector<const expression_function*> listed_functions();
 
-/// The row of that name; null for none.
-const expression_function* find_function(std::string_view name);
 /// Is the name kept from variables?
 bool is_function_name(std::string_view name);
 /// Value of the function `name`, which reads its own arguments. False where there is none of that

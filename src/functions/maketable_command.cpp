@@ -18,6 +18,7 @@
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/variable_reference.h"
+#include "macro/variables.h"
 #include "trees/drawing/tables.h"
 
 namespace zeb {

@@ -11,6 +11,7 @@
 #include "functions/subjects.h"
 #include "macro/assignment.h"
 #include "macro/macro_state.h"
+#include "macro/variables.h"
 
 namespace zeb {
 namespace {

@@ -17,6 +17,7 @@
 #include "language/lexer.h"
 #include "macro/assignment.h"
 #include "macro/macro_state.h"
+#include "macro/variables.h"
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
 #include "trees/tree_store.h"

@@ -10,9 +10,9 @@
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
-#include "macro/macro_state.h"
 #include "macro/script_text.h"
 #include "macro/variable_reference.h"
+#include "macro/variables.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

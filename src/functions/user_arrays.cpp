@@ -5,6 +5,7 @@
 #include "macro/array_operations.h"
 #include "macro/assignment.h"
 #include "macro/macro_state.h"
+#include "macro/variables.h"
 
 namespace zeb {
 namespace {

@@ -1,4 +1,5 @@
 #include "macro/array_operations.h"
+#include "macro/variables.h"
 
 #include <algorithm>
 #include <cctype>

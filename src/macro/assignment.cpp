@@ -1,4 +1,5 @@
 #include "macro/assignment.h"
+#include "macro/variables.h"
 
 #include <cstring>
 

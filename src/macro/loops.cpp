@@ -33,13 +33,6 @@ void move_names_down(char* top) {
   macros.heap_top = top;
 }
 
-}  // namespace
-
-void check_loop_depth(int level) {
-  if (level >= macros.max_loops)
-    error_end("Maximum nesting for loops is", macros.max_loops, "loops");
-}
-
 void leave_loop() {
   const loop_record& loop = macros.loops[macros.level];
   const bool named_within = macros.heap_top != loop.text_end + 1;
@@ -49,6 +42,13 @@ void leave_loop() {
   } else {
     macros.heap_top = loop.saved_top;
   }
+}
+
+}  // namespace
+
+void check_loop_depth(int level) {
+  if (level >= macros.max_loops)
+    error_end("Maximum nesting for loops is", macros.max_loops, "loops");
 }
 
 void leave_loops_above(int level) {

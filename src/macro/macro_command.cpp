@@ -18,6 +18,7 @@
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/script_text.h"
+#include "macro/variables.h"
 
 namespace zeb {
 

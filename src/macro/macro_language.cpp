@@ -1,4 +1,5 @@
 #include "macro/macro_language.h"
+#include "macro/variables.h"
 
 #include <algorithm>
 #include <string>

@@ -92,54 +92,11 @@ void free_macro_tables();
 std::string macro_memory_text();
 std::size_t macro_memory_used();
 
-/// Value of a cell; the number must be in range.
-double variable_value(int number);
-/// Stores a value, truncated toward zero in integer mode.
-void store_variable(int number, double value);
-/// The value as 32 bits, for bit operations: truncated, then its lowest bits. 0 where it is too
-/// large for 64 bits, or no number.
-std::int32_t value_bits(double value);
-/// Ends the command unless 0 <= number < maximum.
-void check_variable(double number);
-
-/// Bytes of a cell.
-int variable_cell_size();
-/// Bytes from a variable's first cell to the end of the store, for strings.
-std::span<char> string_bytes(int number);
-/// The string that starts in the variable's cells, up to its NUL.
-std::string variable_string(int number);
-
 /// Takes bytes from the heap, or ends the command where it is full.
 char* take_heap(std::size_t bytes);
 void release_heap(char* to);
 
-/// Number of the last named variable of that name, exact case; -1 none.
-int find_variable(std::string_view name);
-std::string_view variable_name(int number);
-/// Dimensions of the array that starts at the cell; empty for scalars or without protection.
-std::span<const int> variable_dimensions(int number);
-/// Cells that an array of these sizes takes: D1 + D1*D2 + ... ; more than an integer may hold.
-double array_cells(std::span<const int> sizes);
-/// First data cell of an array, after all its index cells; and how many data cells it has.
-int first_data_cell(int number);
-std::int64_t data_cell_count(std::span<const int> sizes);
-/// Lays out an array: writes its index cells, and under protection its dimensions.
-void lay_out_array(int number, std::span<const int> sizes);
-/// The first variable after all named ones and their cells; at least the var shift.
-int next_free_variable();
-/// Gives the name and dimensions to a variable. All checks of names and space are made here.
-void name_variable(int number, std::string_view name, std::span<const int> sizes);
-/// Takes the names of the variables at or above `number` off the list of names, and nothing off the
-/// heap. Returns the lowest of them in the heap, or the heap's top.
-char* remove_names(int number);
-/// Removes the names of the variables at or above `number` (only of the current file).
-void dename_from(int number);
-int var_shift();
-
 /// The array that takes the values of printed tables; -1 for none.
 void set_table_array(int number);
-
-/// "%i" for integral values, "nan" for no number, else the current format.
-std::string value_text(double value);
 
 }  // namespace zeb

@@ -1,4 +1,5 @@
 #include "macro/macro_values.h"
+#include "macro/variables.h"
 
 #include <array>
 #include <cctype>

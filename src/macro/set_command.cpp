@@ -17,6 +17,7 @@
 #include "macro/macro_values.h"
 #include "macro/script_text.h"
 #include "macro/variable_reference.h"
+#include "macro/variables.h"
 
 namespace zeb {
 

@@ -12,6 +12,7 @@
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/variable_reference.h"
+#include "macro/variables.h"
 
 namespace zeb {
 

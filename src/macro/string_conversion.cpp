@@ -1,4 +1,5 @@
 #include "macro/string_conversion.h"
+#include "macro/variables.h"
 
 #include <unistd.h>
 

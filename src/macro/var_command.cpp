@@ -19,6 +19,7 @@
 #include "macro/script_text.h"
 #include "macro/variable_graph.h"
 #include "macro/variable_reference.h"
+#include "macro/variables.h"
 
 namespace zeb {
 

@@ -1,4 +1,5 @@
 #include "macro/variable_expansion.h"
+#include "macro/variables.h"
 
 #include <cctype>
 #include <cmath>
@@ -7,7 +8,6 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "language/lexer.h"
-#include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_text.h"
 #include "macro/variable_reference.h"

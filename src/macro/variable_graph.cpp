@@ -1,4 +1,5 @@
 #include "macro/variable_graph.h"
+#include "macro/variables.h"
 
 #include <algorithm>
 #include <cmath>

@@ -8,6 +8,7 @@
 #include "language/lexer.h"
 #include "macro/macro_values.h"
 #include "macro/script_text.h"
+#include "macro/variables.h"
 
 namespace zeb {
 

@@ -10,8 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "macro/macro_state.h"
 #include "support/program.h"
+
+#include "macro/variables.h"
 
 namespace zeb_test {
 namespace {

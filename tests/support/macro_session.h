@@ -9,6 +9,7 @@
 #include "language/input.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
+#include "macro/variables.h"
 #include "program.h"
 
 namespace zeb_test {

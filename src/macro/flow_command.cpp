@@ -1,5 +1,7 @@
 // Counted loops: `loop` captures its body as text in the macro heap, and the reader re-reads it.
+// And branches, `if`, `else`, `end`, `xend`: they skip text and don't parse it.
 #include <cctype>
+#include <cmath>
 #include <cstring>
 #include <string>
 
@@ -114,5 +116,26 @@ void setloop_command() {
       static_cast<std::int64_t>(value > 2147483647 ? 2147483647 : value);
   skip_to_loop_end();
 }
+
+void if_command() {
+  require_macros();
+  if (!accept_char('(')) error_end("Use if( condition ) ...actions... end");
+  std::string echo;
+  const double value = evaluate(expression_end::parenthesis, macros.report ? &echo : nullptr);
+  const bool holds = std::trunc(value) != 0;
+  if (macros.report) emitf("IF %s ---> %s", echo.c_str(), holds ? "TRUE" : "FALSE!");
+  if (holds) return;
+  if (input.top == 0 && macros.level < 0) report_line("Condition not fullfilled");
+  skip_block();
+}
+
+void else_command() {
+  require_macros();
+  skip_block();
+}
+
+void end_command() { require_macros(); }
+
+void xend_command() { require_macros(); }
 
 }  // namespace zeb

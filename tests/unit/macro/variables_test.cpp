@@ -1,5 +1,5 @@
 // Cells, arrays, names and the heap of the macro language.
-#include "macro/macro_state.h"
+#include "macro/variables.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ int followed(int base, const std::vector<int>& subscripts) {
   return static_cast<int>(place);
 }
 
-TEST(macro_state, index_cells_lead_to_each_data_cell_once_in_row_order) {
+TEST(variables, index_cells_lead_to_each_data_cell_once_in_row_order) {
   macro_session macro;
   for (const std::vector<int>& sizes :
        {std::vector<int>{7}, {2, 3}, {3, 1, 4}, {1, 1, 1}, {2, 3, 2, 2}, {2, 1, 3, 1, 2}}) {
@@ -48,7 +48,7 @@ TEST(macro_state, index_cells_lead_to_each_data_cell_once_in_row_order) {
   }
 }
 
-TEST(macro_state, names_give_their_place_back_in_whatever_order_they_came) {
+TEST(variables, names_give_their_place_back_in_whatever_order_they_came) {
   macro_session macro;
   const std::size_t used = macro_memory_used();
   std::mt19937 random(5);
@@ -67,7 +67,7 @@ TEST(macro_state, names_give_their_place_back_in_whatever_order_they_came) {
   }
 }
 
-TEST(macro_state, an_array_that_does_not_fit_names_nothing) {
+TEST(variables, an_array_that_does_not_fit_names_nothing) {
   macro_session macro;
   const std::size_t used = macro_memory_used();
   const std::vector<int> huge = {50000, 50000, 50000};
@@ -80,7 +80,7 @@ TEST(macro_state, an_array_that_does_not_fit_names_nothing) {
   EXPECT_EQ(macro_memory_used(), used);
 }
 
-TEST(macro_state, integer_cells_keep_what_does_not_fit_at_their_ends) {
+TEST(variables, integer_cells_keep_what_does_not_fit_at_their_ends) {
   zeb_test::run_program("macro-; macfloat -;");
   {
     macro_session macro;
@@ -102,7 +102,7 @@ TEST(macro_state, integer_cells_keep_what_does_not_fit_at_their_ends) {
   EXPECT_EQ(value_bits(NAN), 0);
 }
 
-TEST(macro_state, values_are_written_as_scripts_compare_them) {
+TEST(variables, values_are_written_as_scripts_compare_them) {
   EXPECT_EQ(value_text(-0.0), "0");
   EXPECT_EQ(value_text(8e15), "8000000000000000");
   EXPECT_EQ(value_text(-3), "-3");
