@@ -47,7 +47,8 @@ void frame_popped() {
   leave_loops_above(frame.loop_base);
   if (!frame.keep_names) {
     remove_names(frame.shift);
-    if (macros.named_count <= frame.named_count) macros.heap_top = frame.heap_top;
+    if (macros.named_count <= frame.named_count)
+      macros.heap_top = std::min(macros.heap_top, frame.heap_top);
   }
   macro_frame& caller = macros.frames.back();
   forget_expansion();

@@ -177,26 +177,24 @@ void name_variable(int number, std::string_view name, std::span<const int> sizes
   lay_out_array(number, sizes);
 }
 
-char* remove_names(int number) {
-  char* top = macros.heap_top;
+void remove_names(int number) {
   while (macros.named_count > 0 && macros.named[macros.named_count - 1] >= number) {
     const int last = macros.named[--macros.named_count];
-    top = std::min(top, macros.names[last]);
     macros.names[last] = nullptr;
     if (macros.dimension_count) macros.dimension_count[last] = 0;
   }
-  return top;
 }
 
 void dename_from(int number) {
   if (macros.level >= 0) error_end("Can't dename variables from within a loop");
   if (number < var_shift()) error_end("Cannot dename a variable from a previous file");
-  char* top = remove_names(number);
-  // Names are taken from the heap in the order of naming, not of numbers: give back only what lies
-  // above every name that stays.
+  remove_names(number);
+  // Outside of loops the heap holds names only, in the order of naming, not of numbers: what lies
+  // above every name that stays is free.
+  char* top = macros.heap_bottom;
   for (int i = 0; i < macros.named_count; ++i) {
-    const char* name = macros.names[macros.named[i]];
-    if (name >= top) top = macros.names[macros.named[i]] + std::strlen(name) + 1;
+    char* name = macros.names[macros.named[i]];
+    top = std::max(top, name + std::strlen(name) + 1);
   }
   release_heap(top);
 }

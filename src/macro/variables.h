@@ -46,9 +46,10 @@ int next_free_variable();
 /// Gives the name and dimensions to a variable. All checks of names and space are made here.
 void name_variable(int number, std::string_view name, std::span<const int> sizes);
 /// Takes the names of the variables at or above `number` off the list of names, and nothing off the
-/// heap. Returns the lowest of them in the heap, or the heap's top.
-char* remove_names(int number);
-/// Removes the names of the variables at or above `number` (only of the current file).
+/// heap.
+void remove_names(int number);
+/// Removes the names of the variables at or above `number` (only of the current file), and gives
+/// back what the heap held above the names that stay.
 void dename_from(int number);
 int var_shift();
 
