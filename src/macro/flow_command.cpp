@@ -7,6 +7,8 @@
 
 #include "base/command.h"
 #include "base/errors.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "macro/block_text.h"

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "macro/hooks.h"
 
