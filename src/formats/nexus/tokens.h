@@ -14,7 +14,7 @@ struct nexus_token {
       text;  // words without their quotes, blanks in them as "_"; one character of punctuation
   bool quoted = false;
   bool is(char c) const { return what == kind::punctuation && text[0] == c; }
-  /// The same word, case ignored; quoted words too.
+  /// Is it this word, given in lower case? Case is ignored in the file; quoted words count too.
   bool is(std::string_view word) const;
   bool ends_block() const { return is("end") || is("endblock"); }
 };

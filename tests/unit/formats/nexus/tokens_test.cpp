@@ -63,9 +63,9 @@ TEST(nexus_tokens, part_at_comments) {
 
 TEST(nexus_tokens, of_quoted_names_keep_what_stands_in_them) {
   EXPECT_EQ(tokens_of("'a b''c[d];' e"), (words{"a_b'c[d];", "e"}));
-  const typed_file file("end 'end' 7");
+  const typed_file file("END 'end' 7");
   nexus_reader in;
-  EXPECT_TRUE(in.peek_token().is("END"));
+  EXPECT_TRUE(in.peek_token().is("end"));
   EXPECT_FALSE(in.token().quoted);
   EXPECT_TRUE(in.token().quoted);
   EXPECT_FALSE(in.accept('7'));  // punctuation only
