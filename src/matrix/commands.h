@@ -1,4 +1,5 @@
-// Handlers and option tables of the commands on the data matrix and its settings, for the command table.
+// Handlers and option tables of the commands on the data matrix and its settings, for the command
+// table.
 #pragma once
 
 namespace zeb {

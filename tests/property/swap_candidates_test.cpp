@@ -5,9 +5,9 @@
 #include <set>
 
 #include "engine/collapsing/collapsing.h"
+#include "engine/packing/packed_matrix.h"
 #include "engine/passes/conversions.h"
 #include "matrix/matrix_layout.h"
-#include "engine/packing/packed_matrix.h"
 #include "property/random_matrix.h"
 #include "search/moves/swapper.h"
 #include "search/search_session.h"
