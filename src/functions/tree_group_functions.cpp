@@ -1,10 +1,10 @@
 // Groups of trees: which tree has them, how often, and how unlike two trees are.
 #include <algorithm>
-#include <bit>
-#include <cstdint>
-#include <set>
+#include <unordered_set>
 #include <vector>
 
+#include "base/indices.h"
+#include "base/taxon_set.h"
 #include "consensus/conflict_consensus.h"
 #include "consensus/requests.h"
 #include "functions/arguments.h"
@@ -18,55 +18,27 @@
 namespace zeb {
 namespace {
 
-// Taxa as bits, 64 in a word.
-using taxon_set = std::vector<std::uint64_t>;
-
-taxon_set no_taxa() { return taxon_set((static_cast<std::size_t>(matrix.ntax) + 63) / 64, 0); }
-void add_taxon(taxon_set& set, int taxon) {
-  set[static_cast<std::size_t>(taxon) / 64] |= std::uint64_t{1} << (taxon % 64);
-}
-int size_of(const taxon_set& set) {
-  int size = 0;
-  for (const std::uint64_t word : set) size += std::popcount(word);
-  return size;
-}
-taxon_set shared_by(const taxon_set& a, const taxon_set& b) {
-  taxon_set both = a;
-  for (std::size_t i = 0; i < both.size(); ++i) both[i] &= b[i];
-  return both;
-}
-
 // The taxa below each node of a tree, from 0 to its last node.
 std::vector<taxon_set> sets_of(const_tree_span tree) {
-  std::vector<taxon_set> sets(static_cast<std::size_t>(node_limit(tree, matrix.ntax)), no_taxa());
+  std::vector<taxon_set> sets(at(node_limit(tree, matrix.ntax)), taxon_set(matrix.ntax));
   for (int t = 0; t < matrix.ntax; ++t)
-    if (!is_absent(tree, t)) add_taxon(sets[static_cast<std::size_t>(t)], t);
+    if (!is_absent(tree, t)) sets[at(t)].insert(t);
   const descendant_lists lists = descendants_of(tree, matrix.ntax);
   const std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
-  for (auto node = order.rbegin(); node != order.rend(); ++node) {
-    taxon_set& set = sets[static_cast<std::size_t>(*node)];
-    for (const int d : lists.children(*node)) {
-      const taxon_set& below = sets[static_cast<std::size_t>(d)];
-      for (std::size_t i = 0; i < set.size(); ++i) set[i] |= below[i];
-    }
-  }
+  for (auto node = order.rbegin(); node != order.rend(); ++node)
+    for (const int d : lists.children(*node)) sets[at(*node)] |= sets[at(d)];
   return sets;
 }
-const taxon_set& root_set(const std::vector<taxon_set>& sets) {
-  return sets[static_cast<std::size_t>(matrix.ntax)];
-}
+const taxon_set& root_set(const std::vector<taxon_set>& sets) { return sets[at(matrix.ntax)]; }
 
 // What two groups are to each other.
 enum relation { incompatible, first_includes, second_includes, equal, disjunct };
 
 relation relate(const taxon_set& a, const taxon_set& b) {
-  const int both = size_of(shared_by(a, b));
-  const bool more_in_a = size_of(a) > both;
-  const bool more_in_b = size_of(b) > both;
-  if (!more_in_a && !more_in_b) return equal;
-  if (!more_in_b) return first_includes;
-  if (!more_in_a) return second_includes;
-  return both ? incompatible : disjunct;
+  if (a == b) return equal;
+  if (b.is_subset_of(a)) return first_includes;
+  if (a.is_subset_of(b)) return second_includes;
+  return a.meets(b) ? incompatible : disjunct;
 }
 
 double compare_two_groups() {
@@ -74,22 +46,20 @@ double compare_two_groups() {
   const tree_and_node first = tree_then_node();
   const tree_and_node second = tree_then_node();
   close_brackets();
-  return relate(sets_of(first.tree)[static_cast<std::size_t>(first.node)],
-                sets_of(second.tree)[static_cast<std::size_t>(second.node)]);
+  return relate(sets_of(first.tree)[at(first.node)], sets_of(second.tree)[at(second.node)]);
 }
 
 // Node of a tree with the group, by the taxa that both trees have, and the smallest such; 0 none
 // but compatible, -1 contradicted.
 int matching_node(const taxon_set& group, const std::vector<taxon_set>& other,
                   const taxon_set& shared) {
-  const taxon_set wanted = shared_by(group, shared);
-  if (size_of(wanted) < 2) return 0;
+  const taxon_set wanted = group & shared;
+  if (wanted.count() < 2) return 0;
   int answer = 0;
   for (int node = matrix.ntax; node < static_cast<int>(other.size()); ++node) {
-    const taxon_set& whole = other[static_cast<std::size_t>(node)];
-    const relation r = relate(wanted, shared_by(whole, shared));
-    const bool smaller =
-        answer <= 0 || size_of(whole) < size_of(other[static_cast<std::size_t>(answer)]);
+    const taxon_set& whole = other[at(node)];
+    const relation r = relate(wanted, whole & shared);
+    const bool smaller = answer <= 0 || whole.count() < other[at(answer)].count();
     if (r == equal && smaller) answer = node;
     if (r == incompatible) answer = -1;
   }
@@ -104,14 +74,14 @@ double equal_group() {
   if (t.node < matrix.ntax) return is_absent(other, t.node) ? 0 : t.node;
   const std::vector<taxon_set> a = sets_of(t.tree);
   const std::vector<taxon_set> b = sets_of(other);
-  return matching_node(a[static_cast<std::size_t>(t.node)], b, shared_by(root_set(a), root_set(b)));
+  return matching_node(a[at(t.node)], b, root_set(a) & root_set(b));
 }
 
 double group_to_group() {
   const auto [first, second] = two_trees();
   const std::vector<taxon_set> a = sets_of(first);
   const std::vector<taxon_set> b = sets_of(second);
-  const taxon_set shared = shared_by(root_set(a), root_set(b));
+  const taxon_set shared = root_set(a) & root_set(b);
   std::vector<int> nodes;
   for (int t = 0; t < matrix.ntax; ++t)
     nodes.push_back(is_absent(first, t) || is_absent(second, t) ? 0 : t);
@@ -121,11 +91,12 @@ double group_to_group() {
 }
 
 // Groups of two or more of the shared taxa, but not all of them.
-std::set<taxon_set> groups_among(const std::vector<taxon_set>& sets, const taxon_set& shared) {
-  std::set<taxon_set> groups;
-  for (std::size_t node = static_cast<std::size_t>(matrix.ntax) + 1; node < sets.size(); ++node) {
-    taxon_set group = shared_by(sets[node], shared);
-    if (size_of(group) > 1 && group != shared) groups.insert(std::move(group));
+std::unordered_set<taxon_set> groups_among(const std::vector<taxon_set>& sets,
+                                           const taxon_set& shared) {
+  std::unordered_set<taxon_set> groups;
+  for (std::size_t node = at(matrix.ntax) + 1; node < sets.size(); ++node) {
+    taxon_set group = sets[node] & shared;
+    if (group.count() > 1 && group != shared) groups.insert(std::move(group));
   }
   return groups;
 }
@@ -141,7 +112,7 @@ group_difference compare_trees() {
   const auto [first, second] = two_trees();
   const std::vector<taxon_set> sets_a = sets_of(first);
   const std::vector<taxon_set> sets_b = sets_of(second);
-  const taxon_set shared = shared_by(root_set(sets_a), root_set(sets_b));
+  const taxon_set shared = root_set(sets_a) & root_set(sets_b);
   const auto a = groups_among(sets_a, shared);
   const auto b = groups_among(sets_b, shared);
   group_difference result;
@@ -161,10 +132,10 @@ double robinson_foulds() {
 double monophyletic() {
   open_brackets();
   const const_tree_span tree = stored_tree(tree_argument());
-  taxon_set group = no_taxa();
-  while (skip_blanks_peek() != ']') add_taxon(group, taxon_argument());
+  taxon_set group(matrix.ntax);
+  while (skip_blanks_peek() != ']') group.insert(taxon_argument());
   close_brackets();
-  if (size_of(group) < 2) return 1;
+  if (group.count() < 2) return 1;
   const std::vector<taxon_set> sets = sets_of(tree);
   return std::find(sets.begin(), sets.end(), group) != sets.end();
 }
@@ -177,14 +148,14 @@ double most_similar_node() {
   const const_tree_span other = stored_tree(tree_argument());
   close_brackets();
   if (t.node < matrix.ntax) return is_absent(other, t.node) ? 0 : t.node;
-  const taxon_set group = sets_of(t.tree)[static_cast<std::size_t>(t.node)];
+  const taxon_set group = sets_of(t.tree)[at(t.node)];
   const std::vector<taxon_set> sets = sets_of(other);
   int best = 0;
   double highest = 0;
   for (int node = matrix.ntax; node < static_cast<int>(sets.size()); ++node) {
-    const taxon_set& set = sets[static_cast<std::size_t>(node)];
-    const int both = size_of(shared_by(group, set));
-    const double similarity = both / static_cast<double>(size_of(group) + size_of(set) - both);
+    const taxon_set& set = sets[at(node)];
+    const int both = (group & set).count();
+    const double similarity = both / static_cast<double>(group.count() + set.count() - both);
     if (similarity <= highest) continue;
     highest = similarity;
     best = node;
@@ -197,9 +168,9 @@ double most_similar_node() {
 // Per cent of the trees in memory with the group. Terminals and the root are in all trees.
 double group_frequency() {
   const tree_and_node t = bracketed_tree_and_node();
-  const std::vector<std::uint8_t> all(static_cast<std::size_t>(store.ntrees), 1);
+  const std::vector<std::uint8_t> all(at(store.ntrees), 1);
   const std::vector<int> counts = group_frequencies(select_stored_trees(all), t.tree);
-  const int count = counts[static_cast<std::size_t>(t.node)];
+  const int count = counts[at(t.node)];
   return count < 0 ? 100 : 100.0 * count / store.ntrees;
 }
 
