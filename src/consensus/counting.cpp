@@ -20,7 +20,7 @@ branch_weights::branch_weights(const tree_selection& selection) : selection_(sel
   if (!selection.collapse) return;
   judge_.emplace(collapsing.rule, selection.excluded);
   flags_.resize(2 * static_cast<std::size_t>(selection.ntax), 1);
-  // Whatever the rule keeps of the matrix is laid out now, before a table lies above it.
+  // Whatever the rule keeps of the matrix is laid out now, before a tally lies above it.
   of(selection.trees.front());
 }
 
@@ -30,11 +30,11 @@ std::span<const std::uint8_t> branch_weights::of(const_tree_span tree) {
 }
 
 bool count_all_groups(const tree_selection& selection, branch_weights& weights,
-                      group_tally& table) {
+                      group_tally& tally) {
   for (std::size_t i = 0; i < selection.trees.size(); ++i) {
     poll_trees("Counting groups", i, selection.trees.size());
     const const_tree_span tree = selection.trees[i];
-    if (!table.count_tree_groups(tree, weights.of(tree), true)) return false;
+    if (!tally.count_tree_groups(tree, weights.of(tree), true)) return false;
   }
   clear_progress();
   return true;
@@ -46,7 +46,7 @@ void poll_trees(std::string_view label, std::size_t tree, std::size_t trees) {
   check_interrupt(1);
 }
 
-std::size_t bytes_of_small_table(int ntax) {
+std::size_t bytes_of_small_tally(int ntax) {
   return 3 * node_sets_builder::bytes_needed(ntax) + 1024;
 }
 

@@ -24,13 +24,13 @@ class branch_weights {
 
 /// Counts all trees, new groups being entered. False when the arena has no room for them.
 [[nodiscard]] bool count_all_groups(const tree_selection& selection, branch_weights& weights,
-                                    group_tally& table);
+                                    group_tally& tally);
 
 /// Shows progress and looks for an interrupt, now and then.
 void poll_trees(std::string_view label, std::size_t tree, std::size_t trees);
 
-/// Arena bytes of a table for as many groups as two trees can have, with its working arrays.
-std::size_t bytes_of_small_table(int ntax);
+/// Arena bytes of a tally for as many groups as two trees can have, with its working arrays.
+std::size_t bytes_of_small_tally(int ntax);
 /// Says once a run that the path of little memory is taken without having been asked for.
 void note_low_memory(const tree_selection& selection);
 

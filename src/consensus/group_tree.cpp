@@ -27,12 +27,12 @@ group_tree bush(int ntax, std::span<const std::uint8_t> absent) {
   return out;
 }
 
-group_tree build_tree_from_groups(const group_tally& table, int min_count,
+group_tree build_tree_from_groups(const group_tally& tally, int min_count,
                                   std::span<const std::uint8_t> absent) {
-  const int ntax = table.ntax();
+  const int ntax = tally.ntax();
   std::vector<const group_record*> groups;
-  for (const group_record& group : table.groups())
-    if (group.size > 1 && group.size < table.taxa_in_play() && group.count >= min_count)
+  for (const group_record& group : tally.groups())
+    if (group.size > 1 && group.size < tally.taxa_in_play() && group.count >= min_count)
       groups.push_back(&group);
   // From the largest down the ancestor of all the group's taxa is the smallest group around it.
   std::stable_sort(groups.begin(), groups.end(),

@@ -14,10 +14,10 @@ struct group_tree {
   std::vector<int> values;      // the same
 };
 
-/// The tree with the table's groups of 2 to (taxa in play - 1) taxa whose count is at least
+/// The tree with the tally's groups of 2 to (taxa in play - 1) taxa whose count is at least
 /// `min_count`. They must not contradict each other. `absent` (may be empty) holds 1 for the taxa
 /// that the tree leaves out.
-group_tree build_tree_from_groups(const group_tally& table, int min_count,
+group_tree build_tree_from_groups(const group_tally& tally, int min_count,
                                   std::span<const std::uint8_t> absent);
 
 /// A tree without groups, of all taxa that aren't absent.

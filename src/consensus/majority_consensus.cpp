@@ -12,8 +12,8 @@
 namespace zeb {
 namespace {
 
-/// Bytes of the standard algorithm's table, for trees that resemble each other.
-std::size_t bytes_of_majority_table(int ntax) {
+/// Bytes of the standard algorithm's tally, for trees that resemble each other.
+std::size_t bytes_of_majority_tally(int ntax) {
   const std::size_t n = at(ntax);
   const std::size_t words = (n + 31) / 32;
   std::size_t bytes = checked_product((words + 1) * 8 + 60, 2 * n);
@@ -64,13 +64,13 @@ group_tree majority_in_little_memory(const tree_selection& selection, int min_co
 group_tree majority_consensus(const tree_selection& selection, int cut) {
   const std::vector<std::uint8_t> left_out = taxa_left_out(selection);
   const int min_count = trees_above_cut(cut, static_cast<int>(selection.trees.size()));
-  const bool has_room = bytes_of_majority_table(selection.ntax) <= arena_free();
+  const bool has_room = bytes_of_majority_tally(selection.ntax) <= arena_free();
   if (!selection.low_memory && has_room) {
     branch_weights weights(selection);
     const arena_scope scope;
-    group_tally table(selection.ntax, left_out);
-    if (count_all_groups(selection, weights, table))
-      return build_tree_from_groups(table, min_count, left_out);
+    group_tally tally(selection.ntax, left_out);
+    if (count_all_groups(selection, weights, tally))
+      return build_tree_from_groups(tally, min_count, left_out);
   }
   return majority_in_little_memory(selection, min_count, left_out);
 }

@@ -17,17 +17,17 @@ group_tree strict_by_table(const tree_selection& selection,
                            std::span<const std::uint8_t> left_out) {
   branch_weights weights(selection);
   const arena_scope scope;
-  group_tally table(selection.ntax, left_out);
+  group_tally tally(selection.ntax, left_out);
   const std::size_t n = selection.trees.size();
   for (std::size_t i = 0; i < n; ++i) {
     poll_trees("Checking groups", i, n);
     const const_tree_span tree = selection.trees[i];
-    if (!table.count_tree_groups(tree, weights.of(tree), i == 0)) out_of_memory();
-    table.min_count = static_cast<int>(i) + 1;
-    if (table.groups_found() == 0) break;
+    if (!tally.count_tree_groups(tree, weights.of(tree), i == 0)) out_of_memory();
+    tally.min_count = static_cast<int>(i) + 1;
+    if (tally.groups_found() == 0) break;
   }
   clear_progress();
-  return build_tree_from_groups(table, static_cast<int>(n), left_out);
+  return build_tree_from_groups(tally, static_cast<int>(n), left_out);
 }
 
 /// Removes the internal nodes that aren't kept, the root apart.
@@ -42,7 +42,7 @@ void drop_nodes(std::span<tree_node> tree, int ntax, const std::vector<int>& roo
     if (n > ntax && !keep[at(n)]) tree[at(n)] = -1;
 }
 
-/// The consensus so far is compared with each tree, without a table.
+/// The consensus so far is compared with each tree, without a tally.
 group_tree strict_in_little_memory(const tree_selection& selection,
                                    std::span<const std::uint8_t> left_out) {
   const int ntax = selection.ntax;
@@ -75,7 +75,7 @@ group_tree strict_in_little_memory(const tree_selection& selection,
 
 group_tree strict_consensus(const tree_selection& selection) {
   const std::vector<std::uint8_t> left_out = taxa_left_out(selection);
-  if (selection.low_memory || bytes_of_small_table(selection.ntax) > arena_free()) {
+  if (selection.low_memory || bytes_of_small_tally(selection.ntax) > arena_free()) {
     note_low_memory(selection);
     return strict_in_little_memory(selection, left_out);
   }

@@ -146,11 +146,11 @@ TEST_F(consensus_test, counts_weighted_branches_and_grows_without_losing_any) {
         input.weights.back().push_back(random() % 4 != 0);
     }
     const arena_scope scope;
-    group_tally table(input.ntax, taxa_left_out(selection_of(input, false)));
+    group_tally tally(input.ntax, taxa_left_out(selection_of(input, false)));
     for (std::size_t i = 0; i < input.trees.size(); ++i)
-      ASSERT_TRUE(table.count_tree_groups(input.trees[i], input.weights[i], true));
+      ASSERT_TRUE(tally.count_tree_groups(input.trees[i], input.weights[i], true));
     group_counts counts;
-    for (const group_record& group : table.groups()) {
+    for (const group_record& group : tally.groups()) {
       if (group.count == 0) continue;
       zeb_test::taxon_set taxa;
       for (int t = 0; t < input.ntax; ++t)
