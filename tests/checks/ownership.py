@@ -2,8 +2,8 @@
 """Fails when a room writes what another room owns, and when a file keeps variables of its own outside of a
 struct. The owner of a state struct (`extern tree_store store;`) is the room whose header declares it, with
 its inner rooms; other rooms read it or call the owner's functions. Hooks (a struct whose name ends in
-`_hooks`) are there to be filled by registration.cpp of other rooms. What is handed on by reference isn't
-seen. Usage: ownership.py SRC_FOLDER"""
+`_hooks`) are there to be filled by registration.cpp of other rooms. What is handed to a function by
+reference isn't seen. Usage: ownership.py SRC_FOLDER"""
 
 import pathlib
 import re
@@ -71,6 +71,16 @@ def head_of(tokens, brace):
     return i
 
 
+def binds_reference(tokens, i):
+    """Whether the name at `i` begins what a reference is bound to through which it could be written."""
+    if tokens[i - 1] not in ("=", "{", ":") or tokens[i - 2].kind != "name" or tokens[i - 3] != "&":
+        return False
+    start = i - 3
+    while tokens[start] not in (";", "{", "}", "("):
+        start -= 1
+    return "const" not in tokens[start:i]
+
+
 def writes(tokens, begin, end, state):
     """The writes to variables of `state` between two places."""
     hidden = names_inside(tokens, head_of(tokens, begin), end)
@@ -84,7 +94,7 @@ def writes(tokens, begin, end, state):
         start = i - 1
         if tokens[i - 1] in ("++", "--") or tokens[start] == "*" and tokens[start - 1] in ("++", "--"):
             yield name
-        elif changed or (after < end and tokens[after] in ASSIGNMENTS):
+        elif changed or binds_reference(tokens, i) or (after < end and tokens[after] in ASSIGNMENTS):
             yield name
 
 

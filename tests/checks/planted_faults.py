@@ -82,6 +82,9 @@ FILES = {
           counter.all.push_back(1);                // ownership
           if (counter.n == 2 || counter.all.size() == 1) return;
           counter.all[counter.n] = 5;              // ownership
+          int& n = counter.n;                      // ownership
+          const int& seen = counter.n;
+          n = seen;
         }
         }  // namespace zeb
         """,
@@ -129,7 +132,7 @@ def main():
             expect("ownership", ownership.faults(src), [
                 "base/counter.h:7: loose", "base/other.cpp:7: name",
                 "base/other.cpp:11: calls", "trees/top.cpp:8: writes counter", "trees/top.cpp:9: writes counter",
-                "trees/top.cpp:11: writes counter"]),
+                "trees/top.cpp:11: writes counter", "trees/top.cpp:12: writes counter"]),
             expect("words", words.faults(prose), ['"Kluge 1999"', '"behind"', '"TODO"']),
             expect("documents", documents.faults(prose), ["there is no gone.cpp", "the word no_such_word"]),
         ]
