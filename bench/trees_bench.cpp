@@ -9,7 +9,7 @@
 #include "support/program.h"
 #include "trees/generated_trees.h"
 #include "trees/notation/compact_format.h"
-#include "trees/notation/tree_file.h"
+#include "trees/tree_store.h"
 
 namespace {
 

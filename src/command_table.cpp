@@ -14,8 +14,6 @@
 #include "search/commands.h"
 #include "supports/commands.h"
 #include "trees/commands.h"
-#include "trees/drawing/display_commands.h"
-#include "trees/tree_groups.h"
 
 namespace zeb {
 namespace {

@@ -22,7 +22,7 @@ namespace zeb {
 namespace {
 
 data_description describe_data() {
-  return {matrix.ntax, matrix.nchar, 8 * matrix.cell_bytes, store.maxtrees, store.vault_size};
+  return {matrix.ntax, matrix.nchar, 8 * matrix.cell_bytes, store.maxtrees, store.vault.maxtrees};
 }
 
 }  // namespace

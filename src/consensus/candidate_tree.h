@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "consensus/cluster_matcher.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

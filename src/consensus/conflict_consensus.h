@@ -6,6 +6,7 @@
 
 #include "consensus/group_tree.h"
 #include "consensus/selection.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

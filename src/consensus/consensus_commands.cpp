@@ -15,7 +15,10 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
+#include "trees/drawing/display.h"
 #include "trees/drawing/tables.h"
+#include "trees/tree_groups.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -41,8 +44,9 @@ void deliver(const consensus_request& request, const group_tree& result, const s
   if (with_values) texts = value_texts(result.values, -1, request.n_trees);
   draw_tree(result.tree, title, texts);
   if (!request.store) return;
-  const tree_span slot = store_slot(group_name, true, no_space);
+  const tree_span slot = take_slot(true, no_space);
   std::copy(result.tree.begin(), result.tree.end(), slot.begin());
+  group_automatically(store.ntrees - 1, store.ntrees, group_name);
   if (settings.report) report_line("Consensus stored as tree", store.ntrees - 1);
 }
 

@@ -7,6 +7,7 @@
 #include "consensus/group_tally.h"
 #include "consensus/selection.h"
 #include "engine/collapsing/collapsing.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

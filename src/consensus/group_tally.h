@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "consensus/node_sets.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "consensus/group_tally.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

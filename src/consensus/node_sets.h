@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/taxon_set.h"
+#include "trees/tree_record.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

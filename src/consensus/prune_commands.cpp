@@ -16,6 +16,7 @@
 #include "language/list_text.h"
 #include "language/lists.h"
 #include "matrix/matrix.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {

@@ -11,6 +11,8 @@
 #include "language/lexer.h"
 #include "language/lists.h"
 #include "matrix/matrix.h"
+#include "trees/tree_lists.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {

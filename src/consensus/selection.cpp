@@ -5,6 +5,7 @@
 #include "base/indices.h"
 #include "engine/collapsing/collapsing.h"
 #include "matrix/matrix.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

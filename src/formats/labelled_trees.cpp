@@ -78,14 +78,15 @@ std::string labelled_tree_reader::read_label() {
 
 void labelled_tree_reader::store() {
   if (zeb::store.ntrees >= zeb::store.maxtrees) {
-    if (zeb::store.vault_size > 0) error_end("Cannot increase tree-space when tree-vault is set");
+    if (zeb::store.vault.maxtrees > 0)
+      error_end("Cannot increase tree-space when tree-vault is set");
     if (!set_maxtrees(zeb::store.maxtrees + 100, false, true))
       error_end("No space to store new trees");
   }
   std::vector<int> numbers;
   const tree_span slot = stored_tree(zeb::store.ntrees);
   tree_.finish(slot, zeb::store.include_absent, &numbers);
-  store_slot({}, false);
+  take_slot();
   ++count_;
   note_tags(slot, numbers);
 }

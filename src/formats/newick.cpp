@@ -10,6 +10,7 @@
 #include "language/interpreter.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 

@@ -12,7 +12,8 @@
 #include "macro/script_files.h"
 #include "macro/variables.h"
 #include "matrix/matrix.h"
-#include "trees/tree_store.h"
+#include "trees/drawing/tags.h"
+#include "trees/tree_groups.h"
 
 namespace zeb {
 namespace {
@@ -46,11 +47,8 @@ std::string group_text(std::span<const std::string> names, std::uint32_t defined
 }
 
 std::string tree_group_text() {
-  const int group = number_below(store.tgroup_limit, "group");
-  const auto g = static_cast<std::size_t>(group);
-  const bool defined =
-      g / 32 < store.defined_groups.size() && (store.defined_groups[g / 32] >> (g % 32) & 1U);
-  return defined && g < store.group_names.size() ? store.group_names[g] : std::string();
+  const int group = number_below(tree_groups.limit, "group");
+  return tree_group_defined(group) ? tree_groups.names[static_cast<std::size_t>(group)] : "";
 }
 
 bool data_string(std::string_view word, std::string* text) {

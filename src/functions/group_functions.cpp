@@ -6,6 +6,7 @@
 #include "functions/subjects.h"
 #include "language/interpreter.h"
 #include "matrix/matrix.h"
+#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -20,11 +21,6 @@ int count_members(std::span<const std::uint32_t> words, int group) {
 int matrix_group() {
   require_data("using data in expressions");
   return group_argument(matrix_state::group_count);
-}
-
-bool tree_in_group(int tree, int group) {
-  const std::uint32_t* words = store.tree_groups[static_cast<std::size_t>(tree)];
-  return words[group / 32] >> (group % 32) & 1U;
 }
 
 double taxon_in_group() {
@@ -45,10 +41,10 @@ double character_in_group() {
 
 double is_tree_in_group() {
   open_brackets();
-  const int group = group_argument(store.tgroup_limit);
+  const int group = group_argument(tree_groups.limit);
   const int tree = tree_argument();
   close_brackets();
-  return tree_in_group(tree, group);
+  return in_tree_group(tree, group);
 }
 
 double taxa_in_group() {
@@ -67,10 +63,10 @@ double characters_in_group() {
 
 double trees_in_group() {
   open_brackets();
-  const int group = group_argument(store.tgroup_limit);
+  const int group = group_argument(tree_groups.limit);
   close_brackets();
   int count = 0;
-  for (int tree = 0; tree < store.ntrees; ++tree) count += tree_in_group(tree, group);
+  for (int tree = 0; tree < store.ntrees; ++tree) count += in_tree_group(tree, group);
   return count;
 }
 

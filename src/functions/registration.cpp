@@ -14,8 +14,7 @@
 #include "language/hooks.h"
 #include "macro/hooks.h"
 #include "matrix/matrix.h"
-#include "trees/drawing/tables.h"
-#include "trees/drawing/tags.h"
+#include "trees/hooks.h"
 
 namespace zeb {
 namespace {
@@ -48,10 +47,8 @@ void register_functions() {
   hooks_of_macro.element_number = element_number;
   hooks_of_macro.fixed_string = fixed_string;
   hooks_of_language.print_expression_help = print_function_help;
-  user_arrays.read_name = read_user_array;
-  user_arrays.values = user_array_values;
-  user_arrays.store = store_user_array;
-  take_list = store_printed_list;
+  tree_hooks.user_arrays = {read_user_array, user_array_values, store_user_array};
+  tree_hooks.take_list = store_printed_list;
 }
 
 }  // namespace zeb

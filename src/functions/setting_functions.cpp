@@ -20,6 +20,7 @@
 #include "macro/variables.h"
 #include "matrix/matrix.h"
 #include "search/search_settings.h"
+#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -37,7 +38,7 @@ double all_variables() { return macros.max_variables; }
 double free_variables() { return macros.max_variables - next_free_variable(); }
 double list_size() { return assignment.list_size; }
 double macro_seed() { return macros.seed; }
-double tree_group_limit() { return store.tgroup_limit; }
+double tree_group_limit() { return tree_groups.limit; }
 double tree_space() { return store.maxtrees; }
 double last_variable() { return macros.max_variables - 1; }
 double process_number() { return static_cast<double>(getpid()); }

@@ -13,6 +13,7 @@
 #include "macro/script_text.h"
 #include "macro/variable_reference.h"
 #include "macro/variables.h"
+#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -63,9 +64,8 @@ double tree_group_exists() {
   open_brackets();
   const std::string name = string_argument();
   close_brackets();
-  for (std::size_t g = 0; g < store.group_names.size(); ++g) {
-    const bool defined = store.defined_groups[g / 32] >> (g % 32) & 1U;
-    if (defined && store.group_names[g] == name) return 1;
+  for (std::size_t g = 0; g < tree_groups.names.size(); ++g) {
+    if (tree_group_defined(static_cast<int>(g)) && tree_groups.names[g] == name) return 1;
   }
   return 0;
 }

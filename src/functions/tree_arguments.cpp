@@ -3,6 +3,8 @@
 #include "functions/arguments.h"
 #include "macro/assignment.h"
 #include "matrix/matrix.h"
+#include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 

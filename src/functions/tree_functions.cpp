@@ -9,6 +9,7 @@
 #include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {
@@ -16,7 +17,7 @@ namespace {
 int ancestor(const_tree_span tree, int node) { return tree[static_cast<std::size_t>(node)]; }
 
 double last_tree() { return store.ntrees - 1; }
-double last_vault_tree() { return store.vault_trees - 1; }
+double last_vault_tree() { return store.vault.ntrees - 1; }
 
 double ancestor_of() {
   const tree_and_node t = bracketed_tree_and_node();

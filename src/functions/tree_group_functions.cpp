@@ -14,6 +14,7 @@
 #include "macro/assignment.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {

@@ -13,6 +13,7 @@
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
 #include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {

@@ -21,6 +21,7 @@
 #include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tables.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
@@ -159,7 +160,7 @@ void show_homoplasy(const score_request& request, const plain_optimiser& optimis
   table.title = title;
   table.row_labels = rows;
   table.column_labels = columns;
-  printers.matrix(table);
+  print_table(table);
 }
 
 }  // namespace

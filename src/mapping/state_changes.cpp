@@ -8,6 +8,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "matrix/matrix.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {

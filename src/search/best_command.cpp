@@ -13,6 +13,7 @@
 #include "matrix/matrix.h"
 #include "search/commands.h"
 #include "search/search_settings.h"
+#include "trees/hooks.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_store.h"
 
@@ -27,7 +28,7 @@ int decimals_of_scores() {
 
 /// Keeps the trees that satisfy the constraints; all of them where none does. Returns the note.
 const char* keep_constrained(std::vector<std::uint8_t>& keep) {
-  const constraint_filter& filter = current_constraint_filter();
+  const constraint_filter& filter = tree_hooks.constraints;
   if (!filter.active || !filter.satisfies || !filter.active())
     error_end("There are no constraints in use");
   std::vector<std::uint8_t> good = keep;

@@ -11,6 +11,7 @@
 #include "console/output.h"
 #include "console/progress.h"
 #include "console/settings.h"
+#include "trees/notation/auto_save.h"
 #include "trees/notation/tree_file.h"
 
 namespace zeb {

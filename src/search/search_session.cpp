@@ -11,7 +11,7 @@
 #include "search/search_results.h"
 #include "search/store/stored_trees.h"
 #include "search/store/tree_identity.h"
-#include "trees/notation/tree_file.h"
+#include "trees/notation/auto_save.h"
 
 namespace zeb {
 namespace {
@@ -58,13 +58,13 @@ void search_session::take_trees_in() {
   }
   all_taken_in_ = true;
   if (&c.trees == &store) {
-    auto_save.search_view = [&c](int number, tree_span tree) { matrix_form(c, number, tree); };
+    set_auto_save_view([&c](int number, tree_span tree) { matrix_form(c, number, tree); });
   }
   for (int t = 0; t < count; ++t) adopt_tree(c, t);
 }
 
 void search_session::leave() {
-  auto_save.search_view = nullptr;
+  set_auto_save_view({});
   randomness.generator = context().random;
   keep_counters(context());
   clear_progress();

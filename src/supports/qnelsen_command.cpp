@@ -13,6 +13,8 @@
 #include "search/search_context.h"
 #include "supports/commands.h"
 #include "supports/quick_consensus.h"
+#include "trees/drawing/display.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {

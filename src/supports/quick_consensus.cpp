@@ -6,6 +6,7 @@
 #include "base/random.h"
 #include "console/progress.h"
 #include "search/search_session.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 

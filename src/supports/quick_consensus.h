@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "search/drivers/mult.h"
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

@@ -12,8 +12,10 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
+#include "trees/drawing/display.h"
 #include "trees/tree_lists.h"
 #include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 

@@ -4,8 +4,11 @@
 namespace zeb {
 
 struct option_table;
+extern const option_table addition_options;
 extern const option_table edit_options;
+extern const option_table figure_options;
 
+void absincl_command();
 void alltrees_command();
 void edit_command();
 void hold_command();
@@ -14,18 +17,34 @@ void keep_command();
 void pruntax_command();
 void randtrees_command();
 void reroot_command();
-void save_command();
-void shortread_command();
 void sort_command();
 void tchoose_command();
 void tequal_command();
+void tgroup_command();
 void tnodes_command();
-void tread_command();
-void tsave_command();
-void tshrink_command();
 void tsize_command();
 void tvault_command();
 void unique_command();
 void unshared_command();
+
+// notation
+void save_command();
+void shortread_command();
+void tread_command();
+void tsave_command();
+
+// drawing
+void lintrees_command();
+void naked_command();
+void tables_command();
+void tplot_command();
+void tshrink_command();
+void ttags_command();
+
+/// What `ttags &` does: draws the tag tree into a file, with "+" adds to the open drawing, or
+/// closes it.
+void graphic_tags();
+/// What `ttags &+` does: adds lines, rectangles and texts to the open drawing.
+void add_to_drawing();
 
 }  // namespace zeb

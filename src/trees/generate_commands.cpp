@@ -61,7 +61,7 @@ void randtrees_command() {
   reseed();
   poller progress;
   for (int i = 0; i < count; ++i) {
-    random_binary_tree(taxa, store_slot({}, false), matrix.ntax);
+    random_binary_tree(taxa, take_slot(), matrix.ntax);
     progress.poll("Random trees", i, count);
   }
   clear_progress();
@@ -85,7 +85,7 @@ void alltrees_command() {
       complete = false;
       break;
     }
-    std::ranges::copy(tree, store_slot({}, false).begin());
+    std::ranges::copy(tree, take_slot().begin());
     progress.poll("All trees", store.ntrees - first, total);
   }
   clear_progress();

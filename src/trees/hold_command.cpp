@@ -39,8 +39,8 @@ void hold_with_vault(std::int64_t capacity) {
   if (size < 0) error_end("Give size of vault");
   check_end();
   if (capacity < 1) error_end("Vault for trees must have two numbers > 0 ");
-  const bool clearing = size == 0 && store.vault_size > 0 && store.vault_trees == 0;
-  if (store.vault_size > 0 && !clearing) {
+  const bool clearing = size == 0 && store.vault.maxtrees > 0 && store.vault.ntrees == 0;
+  if (store.vault.maxtrees > 0 && !clearing) {
     error_end("Cannot increase tree-space when tree-vault is set");
   }
   if (size == 0 && !clearing) error_end("Size of vault must be > 0 ");

@@ -1,12 +1,28 @@
 #include "trees/registration.h"
 
+#include <cstdlib>
+
+#include "base/process.h"
 #include "matrix/hooks.h"
+#include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
+#include "trees/drawing/shrunken_tree.h"
+#include "trees/drawing/svg_file.h"
+#include "trees/drawing/tags.h"
+#include "trees/hooks.h"
+#include "trees/notation/auto_save.h"
+#include "trees/notation/tree_file.h"
+#include "trees/tree_groups.h"
+#include "trees/tree_lists.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
+
+trees_hooks tree_hooks;
+
 namespace {
 
-// The tree that `xread +` simulates data along.
+/// The tree that `xread +` simulates data along.
 std::vector<std::int32_t> copy_of_tree(int number) {
   require_trees();
   check_tree_number(number);
@@ -18,11 +34,24 @@ std::vector<std::int32_t> copy_of_tree(int number) {
 
 void register_trees() {
   hooks_of_matrix.stored_tree = copy_of_tree;
-  register_tree_store();
   register_tree_lists();
-  register_display();
-  register_tree_file();
-  register_auto_save();
+
+  add_new_matrix_hook(create_tree_buffer);
+  add_new_matrix_hook(name_tree_groups);
+  add_matrix_gone_hook(forget_tree_buffer);
+  add_matrix_gone_hook(forget_tree_groups);
+  add_matrix_gone_hook(clear_tags);
+  add_matrix_gone_hook(show_trees_in_full);
+  // A file for other data can't be gone on with.
+  add_matrix_gone_hook([] { close_tree_file(); });
+
+  add_command_over_hook(settle_tree_buffer);
+  add_command_over_hook(auto_save_if_due);
+
+  add_quit_hook(auto_save_now);
+  add_quit_hook(abandon_tree_file);
+  std::atexit(abandon_tree_file);
+  std::atexit([] { close_svg_file(); });
 }
 
 }  // namespace zeb

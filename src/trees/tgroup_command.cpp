@@ -16,6 +16,8 @@
 #include "language/toggles.h"
 #include "language/value_condition.h"
 #include "matrix/matrix.h"
+#include "trees/commands.h"
+#include "trees/hooks.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
@@ -25,13 +27,7 @@ namespace {
 // Memory for the membership of every tree in the buffer hangs on it.
 constexpr int most_tree_groups = 100'000;
 
-struct selector_sources {
-  tree_scorer scores = nullptr;
-  constraint_check satisfies_constraints = nullptr;
-};
-selector_sources sources;
-
-/// The condition behind "len", "nod" and "siz"; a bare number is the value itself.
+/// The condition after "len", "nod" and "siz"; a bare number is the value itself.
 value_condition read_value_or_condition(std::string_view word) {
   double value = 0;
   const int c = skip_blanks_peek();
@@ -44,18 +40,18 @@ value_condition read_value_or_condition(std::string_view word) {
 bool select_trees_by(std::string_view word, std::span<std::uint8_t> selected) {
   const int count = store.ntrees;
   if (word == "mono") {
-    if (!sources.satisfies_constraints) {
+    if (!tree_hooks.constraints.satisfies) {
       error_end("Trees can't be selected by constraints yet");
     }
-    for (int t = 0; t < count; ++t) selected[at(t)] = sources.satisfies_constraints(t);
+    for (int t = 0; t < count; ++t) selected[at(t)] = tree_hooks.constraints.satisfies(t);
     return true;
   }
   if (word != "len" && word != "nod" && word != "siz") return false;
   const value_condition wanted = read_value_or_condition(word);
   std::vector<double> values(at(count));
   if (word == "len") {
-    if (!sources.scores) error_end("Trees can't be selected by length yet");
-    sources.scores(values);
+    if (!tree_hooks.score_trees) error_end("Trees can't be selected by length yet");
+    tree_hooks.score_trees(values);
   }
   for (int t = 0; t < count; ++t) {
     const const_tree_span tree = stored_tree(t);
@@ -67,73 +63,57 @@ bool select_trees_by(std::string_view word, std::span<std::uint8_t> selected) {
 }
 
 int last_automatic_group() {
-  if (store.last_auto_group < 0) error_end("No tree group has been created automatically");
-  return store.last_auto_group;
-}
-
-void undefine_tree_group(int group) {
-  clear_tree_group(group);
-  store.defined_groups[at(group / 32)] &= ~(1U << (group % 32));
-  store.group_names[at(group)] = text_of("Group_%i", group);
+  if (tree_groups.last_automatic < 0) error_end("No tree group has been created automatically");
+  return tree_groups.last_automatic;
 }
 
 group_kind tree_groups_kind() {
   return {.element_kind = "tree",
           .command = "tgroup",
-          .limit = store.tgroup_limit,
+          .limit = tree_groups.limit,
           .elements = store.ntrees,
           .defined = tree_group_defined,
-          .name = [](int group) { return std::string_view(store.group_names[at(group)]); },
+          .name = [](int group) { return std::string_view(tree_groups.names[at(group)]); },
           .in_group = in_tree_group,
-          .define =
-              [](int group, std::string_view name) {
-                store.defined_groups[at(group / 32)] |= 1U << (group % 32);
-                if (!name.empty()) store.group_names[at(group)] = name;
-              },
+          .define = define_tree_group,
           .undefine = undefine_tree_group,
-          .set_member =
-              [](int tree, int group, bool in) {
-                std::uint32_t& word = store.tree_groups[at(tree)][group / 32];
-                const std::uint32_t mask = 1U << (group % 32);
-                word = in ? word | mask : word & ~mask;
-              },
+          .set_member = set_tree_group_member,
           .last_automatic = last_automatic_group,
           .selector = select_trees_by};
 }
 
-void set_tree_group_limit() {
+void place_automatically(bool on) {
+  set_automatic_groups(on);
+  show_toggle(on, "Automatic placing of trees in groups");
+}
+
+void change_limit() {
   const int limit = read_int();
   if (matrix.present) error_end("Number of tree-groups must be changed before reading data");
   if (limit < 1) error_end("Must give the number of tree-groups");
   if (limit > most_tree_groups)
     error_end("Can't define more than", most_tree_groups, "tree groups");
-  store.tgroup_limit = limit;
+  set_tree_group_limit(limit);
   report_line("Space for", limit, "tree-groups");
 }
 
 }  // namespace
 
-void set_tree_scorer(tree_scorer scorer) { sources.scores = scorer; }
-tree_scorer tree_scores() { return sources.scores; }
-void set_constraint_check(constraint_check check) { sources.satisfies_constraints = check; }
-
 void tgroup_command() {
   no_timing();
-  if (accept_char('+')) return set_tree_group_limit();
+  if (accept_char('+')) return change_limit();
   const int first = skip_blanks_peek();
   if (first == '/') {
     read_char();
     if (skip_blanks_peek() != ';') error_end("Must use =, > or <");
-    store.auto_group = !store.auto_group;
-    return show_toggle(store.auto_group, "Automatic placing of trees in groups");
+    return place_automatically(!tree_groups.automatic);
   }
   if ((first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z')) {
     read_word();
     constexpr std::string_view words[] = {"auto", "noauto"};
     const int word = find_keyword(token(), words, true);
     if (word < 0) error_end("Must use =, > or <");
-    store.auto_group = word == 0;
-    return show_toggle(store.auto_group, "Automatic placing of trees in groups");
+    return place_automatically(word == 0);
   }
   require_data("defining groups of trees");
   define_groups(tree_groups_kind());

@@ -5,17 +5,12 @@
 
 #include "base/indices.h"
 #include "matrix/matrix.h"
+#include "trees/hooks.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
 namespace {
-
-/// What others plugged in. Written at start-up only.
-struct equality_sources {
-  collapser_source collapser = nullptr;
-  constraint_filter filter;
-};
-equality_sources sources;
 
 /// The tree as it is compared.
 std::vector<tree_node> compared_form(int number, const tree_collapser& collapse) {
@@ -37,13 +32,9 @@ std::uint64_t hash_of(const std::vector<tree_node>& form) {
 
 }  // namespace
 
-void set_collapser_source(collapser_source source) { sources.collapser = source; }
-void set_constraint_filter(const constraint_filter& filter) { sources.filter = filter; }
-const constraint_filter& current_constraint_filter() { return sources.filter; }
-
 std::vector<int> first_equal_trees(std::span<const std::uint8_t> chosen) {
   std::vector<int> first(chosen.size(), -1);
-  const tree_collapser collapse = sources.collapser ? sources.collapser() : tree_collapser();
+  const tree_collapser collapse = tree_hooks.collapser ? tree_hooks.collapser() : tree_collapser();
   std::unordered_multimap<std::uint64_t, int> known;  // hash: a tree with no equal before it
   for (int t = 0; t < static_cast<int>(chosen.size()); ++t) {
     if (!chosen[at(t)]) continue;

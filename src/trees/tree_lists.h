@@ -1,4 +1,4 @@
-// Lists of trees as the commands on trees take them.
+// Trees as commands name them: lists of trees, and the group that trees to be read go to.
 #pragma once
 
 #include <cstdint>
@@ -11,5 +11,19 @@ namespace zeb {
 std::vector<std::uint8_t> read_tree_list();
 /// The same, where "/" alone stands for the last tree.
 std::vector<std::uint8_t> read_tree_list_or_last();
+
+/// The group that trees read by one command are placed in.
+struct target_group {
+  int number = -1;       // -1: none
+  bool replace = false;  // "=N": the group is emptied first
+  void start() const;
+  void add(int tree) const;
+};
+
+/// Reads "=N" or ">N" where one comes next. Error for a group out of range.
+target_group read_target_group();
+
+/// Trees in memory and trees of the vault become kinds of lists, and "@T N" a list of taxa.
+void register_tree_lists();
 
 }  // namespace zeb

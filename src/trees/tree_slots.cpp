@@ -9,11 +9,11 @@ namespace zeb {
 
 namespace {
 
-bool has_groups(const tree_slots& slots) { return !slots.tree_groups.empty(); }
+bool has_groups(const tree_slots& slots) { return !slots.group_rows.empty(); }
 
 std::span<std::uint32_t> group_row(const tree_slots& slots, int number) {
   if (!has_groups(slots)) return {};
-  return {slots.tree_groups[at(number)], at(slots.tgroup_words)};
+  return {slots.group_rows[at(number)], at(slots.group_words)};
 }
 
 void copy_slot(const tree_slots& slots, int from, int to) {
@@ -43,7 +43,7 @@ void reorder_trees(tree_slots& slots, std::span<const int> order) {
   // Each tree comes into its place once: circles of moves, with one tree put aside for each.
   std::vector<std::uint8_t> done(order.size(), 0);
   std::vector<tree_node> first_tree(at(slots.nnodes));
-  std::vector<std::uint32_t> first_groups(has_groups(slots) ? at(slots.tgroup_words) : 0);
+  std::vector<std::uint32_t> first_groups(has_groups(slots) ? at(slots.group_words) : 0);
   for (int start = 0; start < static_cast<int>(order.size()); ++start) {
     if (done[at(start)] || order[at(start)] == start) continue;
     std::ranges::copy(slot_of(slots, start), first_tree.begin());

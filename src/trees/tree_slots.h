@@ -17,8 +17,8 @@ struct tree_slots {
   int ntrees = 0;               // trees in use: the slots 0 to ntrees - 1
   int nnodes = 0;               // cells of a slot; 0 without data
 
-  std::span<std::uint32_t*> tree_groups;  // maxtrees rows of membership bits; empty: no groups
-  int tgroup_words = 0;                   // 32-bit words of a row
+  std::span<std::uint32_t*> group_rows;  // maxtrees rows of membership bits; empty: no groups
+  int group_words = 0;                   // 32-bit words of a row
 };
 
 /// Cells of slot `number`, which must be below `maxtrees`, to be read or written anew. The span is

@@ -1,8 +1,8 @@
-// The buffer of trees: its layout in the arena, its growth, and the trees' numbers and groups.
+// How the buffer lies in the arena, and how it grows.
 //
-// The records come first, the vault's before the trees', then the pointers to them, then the group
-// words. A change of capacity lays the buffer out again from the same address, so records stay
-// where they are and growing costs no copy.
+// The cells of the trees come first, the vault's before the buffer's, then the pointers to them,
+// then the group words. A change of capacity lays the buffer out again from the same address, so
+// trees stay where they are and growing costs no copy.
 #include "trees/tree_store.h"
 
 #include <algorithm>
@@ -15,36 +15,32 @@
 #include "base/message_text.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
-#include "matrix/matrix_layout.h"
-#include "trees/registration.h"
-#include "trees/shrunken_tree.h"
 
 namespace zeb {
 
 tree_store store;
-tag_store tags;
 
 namespace {
 
-std::size_t group_words() { return at(store.tgroup_words); }
+std::size_t group_words() { return at(store.group_words); }
 
 /// Group words of the trees there are, in a row; they are laid out anew and copied back.
 std::vector<std::uint32_t> saved_groups(int count) {
   std::vector<std::uint32_t> words;
   words.reserve(at(count) * group_words());
   for (int t = 0; t < count; ++t) {
-    const std::uint32_t* row = store.tree_groups[at(t)];
+    const std::uint32_t* row = store.group_rows[at(t)];
     words.insert(words.end(), row, row + group_words());
   }
   return words;
 }
 
 void restore_groups(const std::vector<std::uint32_t>& words) {
-  if (!words.empty()) std::memcpy(store.tree_groups[0], words.data(), words.size() * 4);
+  if (!words.empty()) std::memcpy(store.group_rows[0], words.data(), words.size() * 4);
 }
 
-/// Takes the arena for `capacity` trees and a vault, and locks it. `kept` trees that stood behind
-/// `old_vault` records at the same address move to their new place.
+/// Takes the arena for `capacity` trees and a vault, and locks it. `kept` trees that stood after
+/// the `old_vault` slots of the vault at the same address move to their new place.
 void lay_out(int capacity, int vault_size, int old_vault, int kept) {
   const std::size_t rows = at(capacity) + at(vault_size);
   const std::size_t cells = at(store.nnodes);
@@ -57,11 +53,13 @@ void lay_out(int capacity, int vault_size, int old_vault, int kept) {
   }
   const std::span<tree_node*> table = alloc_low<tree_node*>(rows);
   for (std::size_t r = 0; r < rows; ++r) table[r] = records.data() + r * cells;
-  store.tree_groups = calloc_table_low<std::uint32_t>(at(capacity), group_words());
-  store.vault = table.first(at(vault_size));
+  store.group_rows = calloc_table_low<std::uint32_t>(at(capacity), group_words());
+  store.vault = {};
+  store.vault.trees = table.first(at(vault_size));
+  store.vault.maxtrees = vault_size;
+  store.vault.nnodes = store.nnodes;
   store.trees = table.subspan(at(vault_size));
   store.maxtrees = capacity;
-  store.vault_size = vault_size;
   store.ntrees = kept;
   lock(&locks.tree_lock);
 }
@@ -79,25 +77,26 @@ std::size_t bytes_available() {
   return static_cast<std::size_t>(store.memory_high - store.memory_low);
 }
 
-/// The running command has temporary memory, which lies behind the buffer.
+/// The running command has temporary memory, which lies above the buffer.
 bool has_temporary_memory() {
   return arena.low != arena.low_mark || arena.high != arena.high_mark || arena.live_scopes > 0 ||
          !store.unsettled.empty();
 }
 
-/// Memory that the running command may still use lies behind the buffer: temporary memory, or what
+/// Memory that the running command may still use lies above the buffer: temporary memory, or what
 /// later locks protect.
 bool memory_is_shared() { return has_temporary_memory() || arena.lock_count != locks.tree_lock; }
 
 void move_into_arena(int capacity, int vault_size) {
   const int kept = std::min(store.ntrees, capacity);
-  const int old_vault = store.vault_size;
+  const int old_vault = store.vault.maxtrees;
   const std::vector<std::uint32_t> words = saved_groups(kept);
   unlock(&locks.tree_lock);
   // Consistent, though empty, should an allocation fail now.
-  store.trees = store.vault = {};
-  store.tree_groups = {};
-  store.ntrees = store.maxtrees = store.vault_size = 0;
+  store.vault = {};
+  store.trees = {};
+  store.group_rows = {};
+  store.ntrees = store.maxtrees = 0;
   lay_out(capacity, vault_size, old_vault, kept);
   restore_groups(words);
 }
@@ -114,7 +113,7 @@ void point_rows(int capacity, std::vector<std::uint32_t> words) {
     store.unsettled_group_rows[t] = store.unsettled_groups.data() + t * group_words();
   }
   store.trees = store.unsettled_rows;
-  store.tree_groups = store.unsettled_group_rows;
+  store.group_rows = store.unsettled_group_rows;
   store.maxtrees = capacity;
 }
 
@@ -136,8 +135,29 @@ void grow_outside_arena(int capacity) {
   point_rows(capacity, std::move(words));
 }
 
-/// Command-over hook: a buffer that grew outside goes into the arena.
-void settle_buffer() {
+bool fits(int capacity, int vault_size) {
+  return bytes_needed(capacity, vault_size, capacity > store.maxtrees) <= bytes_available();
+}
+
+}  // namespace
+
+void create_tree_buffer() {
+  ALWAYS_CHECK(locks.matrix_lock != 0, "trees need the matrix below them");
+  store.nnodes = matrix.nnodes;
+  lay_out(100, 0, 0, 0);
+}
+
+void forget_tree_buffer() {
+  const bool include_absent = store.include_absent;
+  const int words = store.group_words;
+  store = {};
+  store.include_absent = include_absent;
+  store.group_words = words;
+}
+
+void set_group_words(int words) { store.group_words = words; }
+
+void settle_tree_buffer() {
   if (store.unsettled.empty()) return;
   release_command_memory();
   const std::vector<tree_node> records = std::move(store.unsettled);
@@ -152,51 +172,10 @@ void settle_buffer() {
   store.unsettled_group_rows.clear();
 }
 
-bool fits(int capacity, int vault_size) {
-  return bytes_needed(capacity, vault_size, capacity > store.maxtrees) <= bytes_available();
-}
-
-void create_buffer() {
-  ALWAYS_CHECK(locks.matrix_lock != 0, "trees need the matrix below them");
-  store.nnodes = matrix.nnodes;
-  store.tgroup_words = (store.tgroup_limit + 31) / 32;
-  store.defined_groups.assign(group_words(), 0);
-  store.group_names.clear();
-  for (int g = 0; g < store.tgroup_limit; ++g) {
-    store.group_names.push_back(text_of("Group_%i", g));
-  }
-  store.next_auto_group = 0;
-  store.last_auto_group = -1;
-  tags.tags_present = false;
-  lay_out(100, 0, 0, 0);
-}
-
-void forget_buffer() {
-  const bool include_absent = store.include_absent;
-  const bool auto_group = store.auto_group;
-  const int tgroup_limit = store.tgroup_limit;
-  store = {};
-  store.include_absent = include_absent;
-  store.auto_group = auto_group;
-  store.tgroup_limit = tgroup_limit;
-  tags.tags_present = false;
-  tags.tag_tree.clear();
-  tags.tag_texts.clear();
-  shrinking.groups = 0;
-}
-
-}  // namespace
-
-void register_tree_store() {
-  add_new_matrix_hook(create_buffer);
-  add_matrix_gone_hook(forget_buffer);
-  add_command_over_hook(settle_buffer);
-}
-
 bool set_maxtrees(int n, bool report, bool silent_failure) {
   if (capacity_scopes() > 0) return false;
   if (n != store.maxtrees) {
-    if (store.vault_size > 0) {
+    if (store.vault.maxtrees > 0) {
       if (silent_failure) return false;
       error_end("Cannot increase tree-space when tree-vault is set");
     }
@@ -219,6 +198,18 @@ bool set_maxtrees(int n, bool report, bool silent_failure) {
   return true;
 }
 
+void make_room_for_trees(std::size_t count) {
+  const std::size_t needed = at(store.ntrees) + count;
+  const std::size_t capacity = at(store.maxtrees);
+  if (needed <= capacity) return;
+  if (store.vault.maxtrees > 0) error_end("Cannot increase tree-space when tree-vault is set");
+  drop_packed_data();
+  const std::size_t larger = capacity + (needed - capacity + 99) / 100 * 100;
+  if (larger > 1'000'000'000 || !set_maxtrees(static_cast<int>(larger), false, true)) {
+    error_end("Tree buffer is full");
+  }
+}
+
 void set_maxtrees_and_vault(int n, int vault_size) {
   if (n < store.ntrees) {
     warning("There are", store.ntrees, "trees in memory.", "\nResetting maxtrees to", n,
@@ -228,13 +219,12 @@ void set_maxtrees_and_vault(int n, int vault_size) {
     error_end("Cannot make tree space for", n, "trees");
   }
   move_into_arena(n, vault_size);
-  store.vault_trees = 0;
 }
 
-tree_span store_slot(std::string_view group_name, bool may_grow, std::string_view no_space) {
+tree_span take_slot(bool may_grow, std::string_view no_space) {
   if (store.ntrees >= store.maxtrees) {
     if (!may_grow) error_end(no_space);
-    if (store.vault_size > 0) {
+    if (store.vault.maxtrees > 0) {
       error_end("Cannot increase tree-space when tree-vault is set\n" + std::string(no_space));
     }
     const int capacity = store.maxtrees / 10 * 10 + 10;
@@ -243,7 +233,6 @@ tree_span store_slot(std::string_view group_name, bool may_grow, std::string_vie
   }
   const int slot = store.ntrees;
   set_tree_count(store, slot + 1);
-  if (!group_name.empty() && store.auto_group) tag_tree_group(slot, slot + 1, group_name);
   return stored_tree(slot);
 }
 
@@ -264,37 +253,6 @@ buffer_aside::~buffer_aside() {
   }
   set_tree_count(store, count_);
   restore_groups(groups_);
-}
-
-bool in_tree_group(int tree, int group) {
-  return ((store.tree_groups[at(tree)][group / 32] >> (group % 32)) & 1U) != 0;
-}
-
-bool tree_group_defined(int group) {
-  const std::size_t word = at(group / 32);
-  return word < store.defined_groups.size() &&
-         ((store.defined_groups[word] >> (group % 32)) & 1U) != 0;
-}
-
-void clear_tree_group(int group) {
-  for (std::uint32_t* row : store.tree_groups) row[group / 32] &= ~(1U << (group % 32));
-}
-
-void add_to_tree_group(int tree, int group) {
-  store.tree_groups[at(tree)][group / 32] |= 1U << (group % 32);
-  store.defined_groups[at(group / 32)] |= 1U << (group % 32);
-}
-
-void tag_tree_group(int first, int last, std::string_view name) {
-  if (store.tgroup_limit < 1) return;
-  if (store.next_auto_group >= store.tgroup_limit) store.next_auto_group = 0;
-  const int group = store.next_auto_group;
-  clear_tree_group(group);
-  for (int t = first; t < last; ++t) add_to_tree_group(t, group);
-  store.defined_groups[at(group / 32)] |= 1U << (group % 32);
-  store.group_names[at(group)] = name;
-  store.last_auto_group = group;
-  store.next_auto_group = group + 1 < store.tgroup_limit ? group + 1 : 0;
 }
 
 void require_trees() {

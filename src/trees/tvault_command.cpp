@@ -14,8 +14,9 @@
 #include "matrix/matrix.h"
 #include "trees/commands.h"
 #include "trees/drawing/command_text.h"
-#include "trees/drawing/tags.h"
-#include "trees/notation/tree_file.h"
+#include "trees/hooks.h"
+#include "trees/notation/parenthetical_writer.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -25,11 +26,11 @@ constexpr const char* not_set = "Tree-vault not set (set with \"hold N/V\")\n";
 
 void show_vault() {
   no_timing();
-  if (store.vault_size == 0) {
+  if (store.vault.maxtrees == 0) {
     emit(not_set);
   } else {
-    emit(text_of("Tree-vault with %i trees (max. storage %i)\n", store.vault_trees,
-                 store.vault_size));
+    emit(text_of("Tree-vault with %i trees (max. storage %i)\n", store.vault.ntrees,
+                 store.vault.maxtrees));
   }
 }
 
@@ -39,6 +40,11 @@ std::vector<std::uint8_t> read_trees(int count, const char* kind) {
   return chosen;
 }
 
+void put_in_vault(const_tree_span tree) {
+  std::ranges::copy(tree, vault_tree(store.vault.ntrees).begin());
+  set_tree_count(store.vault, store.vault.ntrees + 1);
+}
+
 void put_in() {
   require_trees();
   const std::vector<std::uint8_t> chosen = read_trees(store.ntrees, "tree");
@@ -46,27 +52,26 @@ void put_in() {
   bool full = false;
   for (int t = 0; t < store.ntrees && !full; ++t) {
     if (!chosen[at(t)]) continue;
-    full = store.vault_trees >= store.vault_size;
+    full = store.vault.ntrees >= store.vault.maxtrees;
     if (full) break;
-    std::ranges::copy(stored_tree(t), vault_tree(store.vault_trees).begin());
-    ++store.vault_trees;
+    put_in_vault(stored_tree(t));
     ++placed;
   }
   if (full) {
-    emit(text_of("Cannot store more trees in vault (reached max., %i)\n", store.vault_size));
+    emit(text_of("Cannot store more trees in vault (reached max., %i)\n", store.vault.maxtrees));
   }
-  emit(text_of("Placed %i trees in vault (vault now with %i trees)\n", placed, store.vault_trees));
+  emit(text_of("Placed %i trees in vault (vault now with %i trees)\n", placed, store.vault.ntrees));
 }
 
 void take_out() {
-  const std::vector<std::uint8_t> chosen = read_trees(store.vault_trees, "vault-tree");
+  const std::vector<std::uint8_t> chosen = read_trees(store.vault.ntrees, "vault-tree");
   int taken = 0;
   bool full = false;
-  for (int t = 0; t < store.vault_trees && !full; ++t) {
+  for (int t = 0; t < store.vault.ntrees && !full; ++t) {
     if (!chosen[at(t)]) continue;
     full = store.ntrees >= store.maxtrees;
     if (full) break;
-    std::ranges::copy(vault_tree(t), store_slot({}, false).begin());
+    std::ranges::copy(vault_tree(t), take_slot().begin());
     ++taken;
   }
   if (full) {
@@ -77,32 +82,33 @@ void take_out() {
 
 /// A tree whose ancestors stand in an array of the macro language.
 void put_array_in() {
-  if (!macros_on() || !user_arrays.read_name) {
+  if (!macros_on() || !tree_hooks.user_arrays.read_name) {
     error_end("This option is valid only when macros are enabled");
   }
-  const std::vector<double> values = user_arrays.values(user_arrays.read_name());
+  const std::vector<double> values =
+      tree_hooks.user_arrays.values(tree_hooks.user_arrays.read_name());
   std::vector<tree_node> tree(at(matrix.nnodes), 0);
   for (std::size_t i = 0; i < std::min(values.size(), tree.size()); ++i) {
     tree[i] = std::abs(values[i]) < 1e9 ? static_cast<tree_node>(values[i]) : -1;
   }
   const std::string fault = check_tree_record(tree, matrix.ntax);
   if (!fault.empty()) error_end("The array is not a tree:", fault);
-  if (store.vault_trees >= store.vault_size) {
-    emit(text_of("Cannot store more trees in vault (reached max., %i)\n", store.vault_size));
+  if (store.vault.ntrees >= store.vault.maxtrees) {
+    emit(text_of("Cannot store more trees in vault (reached max., %i)\n", store.vault.maxtrees));
     return;
   }
   normalise_tree(tree, matrix.ntax);
-  std::ranges::copy(tree, vault_tree(store.vault_trees++).begin());
-  emit(text_of("Placed %i trees in vault (vault now with %i trees)\n", 1, store.vault_trees));
+  put_in_vault(tree);
+  emit(text_of("Placed %i trees in vault (vault now with %i trees)\n", 1, store.vault.ntrees));
 }
 
 void write_vault() {
-  emit(text_of("tread '%i trees from vault'\n", store.vault_trees));
-  for (int t = 0; t < store.vault_trees; ++t) {
+  emit(text_of("tread '%i trees from vault'\n", store.vault.ntrees));
+  for (int t = 0; t < store.vault.ntrees; ++t) {
     emit_broken_at_blanks(stored_tree_text(vault_tree(t)) +
-                          (t + 1 < store.vault_trees ? "*" : ";"));
+                          (t + 1 < store.vault.ntrees ? "*" : ";"));
   }
-  if (store.vault_trees == 0) emit(";\n");
+  if (store.vault.ntrees == 0) emit(";\n");
 }
 
 }  // namespace
@@ -116,13 +122,13 @@ void tvault_command() {
     error_end("Cannot access tree-vault during recursive sectorial searches");
   }
   require_data("using the tree-vault");
-  if (store.vault_size == 0) error_end("Tree-vault not set (set with \"hold N/V\")");
+  if (store.vault.maxtrees == 0) error_end("Tree-vault not set (set with \"hold N/V\")");
   if (accept_char('>')) {
     put_in();
   } else if (accept_char('<')) {
     take_out();
   } else if (accept_char('-')) {
-    store.vault_trees = 0;
+    set_tree_count(store.vault, 0);
     emit("Cleared tree-vault\n");
   } else if (accept_char('*')) {
     write_vault();

@@ -8,8 +8,10 @@
 
 #include "../support/text_session.h"
 #include "base/command.h"
+#include "trees/notation/parenthetical_writer.h"
 #include "trees/notation/tread.h"
 #include "trees/notation/tree_file.h"
+#include "trees/notation/tree_text_reader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

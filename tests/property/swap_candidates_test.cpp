@@ -14,7 +14,6 @@
 #include "search/search_settings.h"
 #include "search/store/tree_identity.h"
 #include "support/program.h"
-#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {

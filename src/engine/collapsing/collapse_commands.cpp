@@ -19,6 +19,7 @@
 #include "language/options.h"
 #include "language/toggles.h"
 #include "matrix/matrix.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <span>
 
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

@@ -4,7 +4,7 @@
 
 #include "base/indices.h"
 #include "matrix/matrix.h"
-#include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {

@@ -8,6 +8,7 @@
 #include "base/indices.h"
 #include "matrix/matrix.h"
 #include "matrix/smallest_hitting_set.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {

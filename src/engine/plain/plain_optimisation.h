@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "engine/plain/range_optimisation.h"
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 

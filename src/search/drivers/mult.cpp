@@ -11,6 +11,7 @@
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
+#include "trees/tree_slots.h"
 
 namespace zeb {
 

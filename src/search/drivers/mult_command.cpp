@@ -14,6 +14,7 @@
 #include "search/search_results.h"
 #include "search/search_session.h"
 #include "search/store/filter.h"
+#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -133,8 +134,8 @@ void warn_of_memory() {
 void filter_trees(search_context& context, const mult_result& result, int trees_before) {
   if (!mult.keepall && result.best < unknown_score) filter_by_score(context, result.best);
   tell_equal_as_collapsed(drop_equal_by_full_rule(context));
-  if (store.auto_group && store.ntrees > 0) {
-    tag_tree_group(mult.keepall ? trees_before : 0, store.ntrees, "random_addseqs");
+  if (store.ntrees > 0) {
+    group_automatically(mult.keepall ? trees_before : 0, store.ntrees, "random_addseqs");
   }
 }
 

@@ -9,6 +9,7 @@
 #include "engine/collapsing/search_marks.h"
 #include "engine/passes/passes.h"
 #include "search/store/tree_identity.h"
+#include "trees/tree_slots.h"
 
 namespace zeb {
 namespace {

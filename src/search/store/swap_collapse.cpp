@@ -12,6 +12,7 @@
 #include "matrix/matrix_layout.h"
 #include "search/moves/swapper.h"
 #include "search/search_context.h"
+#include "trees/tree_slots.h"
 
 namespace zeb {
 namespace {

@@ -10,6 +10,8 @@
 #include <algorithm>
 
 #include "base/indices.h"
+#include "base/text_columns.h"
+#include "trees/drawing/command_text.h"
 #include "trees/drawing/node_order.h"
 
 namespace zeb {

@@ -6,9 +6,26 @@
 #include <string_view>
 #include <vector>
 
-#include "trees/drawing/text_diagram.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
+
+/// The eight characters of branches.
+struct line_characters {
+  char vertical, vertical_right, lower_corner, upper_corner;
+  char vertical_left, horizontal, horizontal_up, crossing;
+};
+/// How a diagram is to look.
+struct diagram_style {
+  line_characters lines{'|', '|', '`', ',', '|', '-', '-', '+'};
+  bool symmetric = false;  // branches leave midway between the descendants
+  bool roomy = false;      // an empty line between terminals
+  bool second_largest_first = false;
+  int outgroup = 0;
+  int columns = 79;    // width of a line, at least 20
+  char separator = 0;  // separates the lines of a text; 0: a text is one line
+  int text_width = 0;  // longest line of a text in several lines; 0 no limit
+};
 
 /// Something in a row of the diagram: a run of one character, or a text.
 struct diagram_mark {
@@ -18,7 +35,7 @@ struct diagram_mark {
   char character = 0;         // of a run; 0: text
   std::string_view words;     // of a text; points into the layout
   bool joined_left = false;   // the branch comes in from the column before
-  bool joined_right = false;  // the branch goes on in the column behind
+  bool joined_right = false;  // the branch goes on in the column after
 };
 
 struct diagram_layout {

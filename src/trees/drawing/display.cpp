@@ -1,16 +1,15 @@
 #include "trees/drawing/display.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <vector>
 
 #include "console/output.h"
 #include "console/screen.h"
 #include "matrix/matrix.h"
-#include "trees/drawing/svg_file.h"
+#include "trees/drawing/shrunken_tree.h"
 #include "trees/drawing/tags.h"
 #include "trees/drawing/text_diagram.h"
-#include "trees/registration.h"
-#include "trees/shrunken_tree.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -27,7 +26,7 @@ constexpr int widest_line = 2000;
 
 diagram_style current_style(bool lines_of_tags) {
   diagram_style style;
-  style.lines = current_line_characters();
+  style.lines = display.code_page_lines ? code_page_437 : plain_lines;
   style.symmetric = display.draw_symmetric;
   style.roomy = display.roomy;
   style.second_largest_first = display.second_largest_first;
@@ -46,10 +45,6 @@ std::vector<std::string> node_numbers(const_tree_span tree) {
 }
 
 }  // namespace
-
-line_characters current_line_characters() {
-  return display.code_page_lines ? code_page_437 : plain_lines;
-}
 
 std::string tree_heading(int number) {
   const std::string start = "Tree " + std::to_string(number);
@@ -84,9 +79,5 @@ void draw_tree(const_tree_span tree, std::string_view title,
 }
 
 void plot_stored_tree(int number) { draw_tree(stored_tree(number), tree_heading(number), {}); }
-
-void register_display() {
-  std::atexit([] { close_svg_file(); });
-}
 
 }  // namespace zeb

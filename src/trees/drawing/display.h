@@ -1,13 +1,11 @@
 // Settings of the tree diagrams, and the texts that go on their branches.
 #pragma once
 
-#include <array>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 
@@ -21,16 +19,12 @@ struct display_state {
 };
 extern display_state display;
 
-/// The eight characters of branches.
-struct line_characters {
-  char vertical, vertical_right, lower_corner, upper_corner;
-  char vertical_left, horizontal, horizontal_up, crossing;
-};
-/// Those that `lintrees` chose.
-line_characters current_line_characters();
-
 /// Heading of stored tree `number`: "Tree N:", with a note for the last one.
 std::string tree_heading(int number);
+/// Prints the diagram of a tree with `node_texts` (by node; may be empty) on the branches, and
+/// stores tags when `ttags =` is on. `title` is printed above, and becomes the tag title.
+void draw_tree(const_tree_span tree, std::string_view title,
+               std::span<const std::string> node_texts);
 /// Draws a stored tree as `tplot` does: with node numbers unless `naked`.
 void plot_stored_tree(int number);
 /// The diagram of a tree, without title and without storing tags. With `lines_of_tags`, a backslash

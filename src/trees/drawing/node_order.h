@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "base/indices.h"
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

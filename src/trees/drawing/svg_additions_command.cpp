@@ -10,9 +10,8 @@
 #include "language/input.h"
 #include "language/lexer.h"
 #include "language/options.h"
+#include "trees/commands.h"
 #include "trees/drawing/branch_style.h"
-#include "trees/drawing/display.h"
-#include "trees/drawing/svg_commands.h"
 #include "trees/drawing/svg_file.h"
 #include "trees/drawing/svg_text.h"
 

@@ -9,12 +9,12 @@
 #include "language/lexer.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
+#include "trees/commands.h"
 #include "trees/drawing/display.h"
-#include "trees/drawing/display_commands.h"
-#include "trees/drawing/svg_commands.h"
 #include "trees/drawing/svg_file.h"
 #include "trees/drawing/svg_tree.h"
 #include "trees/drawing/tags.h"
+#include "trees/hooks.h"
 
 namespace zeb {
 namespace {
@@ -28,9 +28,9 @@ struct drawing_request {
 };
 
 void read_coordinate_array(drawing_request& request) {
-  if (!macros_on() || !user_arrays.read_name)
+  if (!macros_on() || !tree_hooks.user_arrays.read_name)
     error_end("This option is valid only when macros are enabled");
-  request.coordinate_array = user_arrays.read_name();
+  request.coordinate_array = tree_hooks.user_arrays.read_name();
 }
 
 template <auto member>
@@ -104,8 +104,8 @@ void save_places(int array, const node_places& places) {
     values.push_back(std::round(x));
     values.push_back(std::round(y));
   }
-  user_arrays.store(array, values, 2);
-  svg_file.takes_additions = true;
+  tree_hooks.user_arrays.store(array, values, 2);
+  let_svg_file_take_additions();
 }
 
 void finish_drawing() {

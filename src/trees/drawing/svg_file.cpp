@@ -68,6 +68,8 @@ void grow_svg_page(double left, double top, double right, double bottom) {
   svg_file.bottom = std::max(svg_file.bottom, bottom);
 }
 
+void let_svg_file_take_additions() { svg_file.takes_additions = true; }
+
 bool close_svg_file() {
   if (!svg_file.stream) return true;
   write_svg("</g>\n</svg>\n");

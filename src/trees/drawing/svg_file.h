@@ -13,7 +13,7 @@ struct svg_file_state {
   std::FILE* stream = nullptr;  // null: none open
   std::string name;
   double left = 0, top = 0, right = 0, bottom = 0;  // what the page must show, pixels
-  bool takes_additions = false;                     // `ttags &+` may add: coordinates were saved
+  bool takes_additions = false;                     // `ttags &+` may add
 };
 extern svg_file_state svg_file;
 
@@ -23,6 +23,8 @@ void open_svg_file(const std::string& name, std::string_view title);
 void write_svg(std::string_view text);
 /// Makes sure that the page shows the rectangle.
 void grow_svg_page(double left, double top, double right, double bottom);
+/// From now on `ttags &+` may add to the open drawing: the places of its nodes were saved.
+void let_svg_file_take_additions();
 /// Ends the drawing, with the page as large as all that it holds. Nothing without an open file.
 /// False when something couldn't be written.
 bool close_svg_file();

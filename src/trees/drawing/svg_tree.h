@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

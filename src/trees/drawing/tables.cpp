@@ -4,14 +4,15 @@
 #include <cmath>
 
 #include "base/message_text.h"
+#include "base/text_columns.h"
 #include "console/output.h"
 #include "console/screen.h"
 #include "trees/drawing/text_diagram.h"
+#include "trees/hooks.h"
 
 namespace zeb {
 
 table_state tables;
-list_taker take_list = nullptr;
 
 namespace {
 
@@ -42,14 +43,10 @@ void emit_lines(std::string_view title, const std::vector<std::string>& lines) {
 
 int line_width() { return std::clamp(screen.columns - 1, 20, 2000); }
 
-void print_framed_list(const list_table& t) {
-  emit_lines(t.title, framed_list(t, tables.list_columns, line_width()));
+void print_list(const list_table& t) {
+  emit_lines(t.title, tables.dense ? dense_list(t, line_width())
+                                   : framed_list(t, tables.list_columns, line_width()));
 }
-void print_framed_matrix(const matrix_table& t) {
-  emit_lines(t.title, framed_matrix(t, line_width()));
-}
-void print_dense_list(const list_table& t) { emit_lines(t.title, dense_list(t, line_width())); }
-void print_dense_matrix(const matrix_table& t) { emit_lines(t.title, dense_matrix(t)); }
 
 /// Columns `first` to `end` - 1 of a framed matrix, under a head.
 void add_framed_columns(const matrix_table& table, std::size_t first, std::size_t end,
@@ -87,10 +84,6 @@ std::vector<std::string> fraction_texts(std::span<const double> values, int deci
 }
 
 }  // namespace
-
-const table_printers plain_printers{print_framed_list, print_framed_matrix};
-const table_printers dense_printers{print_dense_list, print_dense_matrix};
-table_printers printers = plain_printers;
 
 std::vector<std::string> framed_list(const list_table& table, int columns_per_row,
                                      int screen_columns) {
@@ -181,13 +174,13 @@ std::string fraction_text(double value, int decimals) {
 }
 
 void print_table(std::string_view title, std::span<const std::int64_t> values) {
-  if (take_list) {
+  if (tree_hooks.take_list) {
     std::vector<double> copy;
     for (const std::int64_t v : values)
       copy.push_back(v == no_value ? no_fraction : static_cast<double>(v));
-    if (take_list(copy)) return;
+    if (tree_hooks.take_list(copy)) return;
   }
-  printers.list({title, integer_texts(values)});
+  print_list({title, integer_texts(values)});
 }
 
 void print_table(std::string_view title, std::span<const double> values) {
@@ -195,20 +188,24 @@ void print_table(std::string_view title, std::span<const double> values) {
 }
 
 void print_table(std::string_view title, std::span<const double> values, int decimals) {
-  if (take_list && take_list(values)) return;
-  printers.list({title, fraction_texts(values, decimals)});
+  if (tree_hooks.take_list && tree_hooks.take_list(values)) return;
+  print_list({title, fraction_texts(values, decimals)});
+}
+
+void print_table(const matrix_table& table) {
+  emit_lines(table.title, tables.dense ? dense_matrix(table) : framed_matrix(table, line_width()));
 }
 
 void print_table(std::string_view title, std::span<const std::int64_t> cells,
                  std::span<const std::string> row_labels,
                  std::span<const std::string> column_labels) {
-  printers.matrix({title, row_labels, column_labels, integer_texts(cells)});
+  print_table(matrix_table{title, row_labels, column_labels, integer_texts(cells)});
 }
 
 void print_table(std::string_view title, std::span<const double> cells,
                  std::span<const std::string> row_labels,
                  std::span<const std::string> column_labels) {
-  printers.matrix({title, row_labels, column_labels, fraction_texts(cells, -1)});
+  print_table(matrix_table{title, row_labels, column_labels, fraction_texts(cells, -1)});
 }
 
 }  // namespace zeb

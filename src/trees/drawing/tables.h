@@ -1,7 +1,7 @@
 // Tables of numbers, as the commands show them: scores by tree, steps by character, matrices.
 //
 // A list is a table of one value for each element 0 to n-1, shown ten to a row under the units.
-// The printers behind these functions are replaceable, so that a script can take the values.
+// A script can have the values of lists instead (`trees_hooks::take_list`).
 #pragma once
 
 #include <cstdint>
@@ -39,19 +39,6 @@ struct matrix_table {
   std::span<const std::string> column_labels;  // may be empty
   std::vector<std::string> cells;              // row by row; empty: without a value
 };
-/// The printers in use. Replaced by `tables` and, for a while, by scripts.
-struct table_printers {
-  void (*list)(const list_table&);
-  void (*matrix)(const matrix_table&);
-};
-extern table_printers printers;
-/// Those of the plain, framed form and of the dense form.
-extern const table_printers plain_printers, dense_printers;
-
-/// Takes the values of a list instead of printing it; set by scripts that want them in an array.
-using list_taker = bool (*)(std::span<const double> values);  // false: print as well
-extern list_taker take_list;
-
 /// Prints values of elements 0 to n-1, in rows of `list_columns`.
 void print_table(std::string_view title, std::span<const std::int64_t> values);
 void print_table(std::string_view title, std::span<const double> values);
@@ -64,6 +51,8 @@ void print_table(std::string_view title, std::span<const std::int64_t> cells,
 void print_table(std::string_view title, std::span<const double> cells,
                  std::span<const std::string> row_labels,
                  std::span<const std::string> column_labels);
+/// Prints a matrix that is text already.
+void print_table(const matrix_table& table);
 /// A fraction with the precision of `tables /`; empty for no value.
 std::string fraction_text(double value, int decimals = -1);
 

@@ -5,7 +5,7 @@
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
-#include "trees/drawing/display_commands.h"
+#include "trees/commands.h"
 #include "trees/drawing/tables.h"
 
 namespace zeb {
@@ -29,7 +29,6 @@ void tables_command() {
     case '=':
     case '-':
       tables.dense = c == '=';
-      printers = tables.dense ? dense_printers : plain_printers;
       break;
     case '/': {
       const int decimals = read_int();

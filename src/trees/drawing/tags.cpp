@@ -1,5 +1,6 @@
 #include "trees/drawing/tags.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <map>
@@ -10,13 +11,14 @@
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
+#include "trees/drawing/command_text.h"
 #include "trees/drawing/node_order.h"
-#include "trees/drawing/text_diagram.h"
-#include "trees/notation/tree_file.h"
+#include "trees/notation/parenthetical_writer.h"
+#include "trees/notation/taxon_names.h"
 
 namespace zeb {
 
-user_array_access user_arrays;
+tag_store tags;
 
 namespace {
 
@@ -49,7 +51,7 @@ std::vector<terminal_set_key> terminal_set_keys(const_tree_span tree, int ntax) 
   return keys;
 }
 
-/// New numbers of the nodes under normalisation, -1 for slots that aren't in the tree.
+/// New numbers of the nodes under normalisation, -1 for numbers that aren't in the tree.
 std::vector<int> normal_numbers(const_tree_span tree, int ntax) {
   std::vector<int> number(tree.size(), -1);
   number[at(ntax)] = ntax;
@@ -84,7 +86,24 @@ void add_tags(const_tree_span tree, std::span<const std::string> texts) {
   if (too_long) report_line("Message too long (not copied)");
 }
 
+/// What ends a tag in a tree's text can't stand within one.
+std::string one_word(std::string text) {
+  const auto ends_tag = [](unsigned char c) { return c < 33 || c == '*' || c == ';'; };
+  std::replace_if(text.begin(), text.end(), ends_tag, '_');
+  return text;
+}
+
 }  // namespace
+
+void set_tag_storing(bool on) { tags.tags_on = on; }
+void set_tag_adding(bool on) { tags.tags_add = on; }
+
+void separate_tag_lines(int width, char position) {
+  tags.tag_separator = '\\';
+  tags.tag_width = width;
+  tags.tag_position = position;
+}
+void join_tag_lines() { tags.tag_separator = 0; }
 
 void clear_tags() {
   tags.tags_present = false;
@@ -129,6 +148,15 @@ bool has_any_tag() {
   return false;
 }
 
+void set_tag(int node, std::string_view text) { tags.tag_texts[at(node)] = text; }
+
+void erase_tags(bool of_terminals) {
+  for (int n = 0; n < static_cast<int>(tags.tag_texts.size()); ++n)
+    if ((n < matrix.ntax) == of_terminals) tags.tag_texts[at(n)].clear();
+}
+
+void set_tag_title(std::string_view title) { tags.tag_title = title.substr(0, longest_tag_title); }
+
 void eliminate_empty_tag_lines() {
   for (std::string& text : tags.tag_texts) {
     std::string kept;
@@ -139,6 +167,13 @@ void eliminate_empty_tag_lines() {
     }
     text = kept;
   }
+}
+
+std::string tag_tree_text() {
+  taxon_names names;
+  return parenthetical_text(
+      tags.tag_tree, matrix.ntax, [&](int t) { return tree_label(t, names); },
+      [](int node) { return one_word(tags.tag_texts[at(node)]); });
 }
 
 std::vector<std::string> readable_tags() {

@@ -6,11 +6,35 @@
 #include <string_view>
 #include <vector>
 
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 
 constexpr std::size_t longest_tag_title = 512;
+
+/// The tag tree. Written by the functions below.
+struct tag_store {
+  bool tags_on = false;  // `ttags =`: commands that print trees store their texts
+  bool tags_present = false;
+  std::vector<tree_node> tag_tree;     // nnodes
+  std::vector<std::string> tag_texts;  // nnodes, each under tag_size bytes
+  std::string tag_title;               // at most 512 characters
+  int tag_size = 128;
+
+  bool tags_add = false;    // `tread [`: texts that are read are added to those there are
+  char tag_separator = 0;   // '\\' with `ttags [`
+  int tag_width = 0;        // longest line of a tag, characters; 0 no limit
+  char tag_position = 'c';  // a, b, c, d
+};
+extern tag_store tags;
+
+/// Whether commands that print trees store their texts.
+void set_tag_storing(bool on);
+/// Whether texts that are read are added to those of the nodes with the same terminals.
+void set_tag_adding(bool on);
+/// Tags in lines, at the separator; `width` and `position` as in the struct.
+void separate_tag_lines(int width, char position);
+void join_tag_lines();
 
 /// Forgets the tag tree and its texts. `tags_on` stays.
 void clear_tags();
@@ -19,16 +43,24 @@ void clear_tags();
 void set_tag_tree(const_tree_span tree, std::span<const std::string> texts = {},
                   std::string_view title = {});
 /// What drawing a tree does while `ttags =` is on: the first tree becomes the tag tree; the texts
-/// of later ones are added to those of the nodes with the same terminals, behind "/" (or as a
+/// of later ones are added to those of the nodes with the same terminals, after "/" (or as a
 /// further line, with `ttags [`).
 void store_drawn_tags(const_tree_span tree, std::string_view title,
                       std::span<const std::string> texts);
 /// A node of the tag tree that can hold a text.
 bool is_tag_node(int node);
 bool has_any_tag();
+/// The text of one node of the tag tree, under tag_size bytes; empty removes it.
+void set_tag(int node, std::string_view text);
+/// Removes the texts of all terminals, or of all internal nodes.
+void erase_tags(bool of_terminals);
+/// At most `longest_tag_title` bytes.
+void set_tag_title(std::string_view title);
 
 /// Removes empty lines of tags with several lines.
 void eliminate_empty_tag_lines();
+/// The tag tree as nested parentheses, a tag after each node that has one.
+std::string tag_tree_text();
 /// The commands that read the tag tree and its tags back.
 std::vector<std::string> readable_tags();
 
@@ -37,13 +69,5 @@ std::vector<std::string> readable_tags();
 std::vector<double> tags_as_numbers(bool symbols, bool internal_only, int* bad_node);
 /// Sets tags from numbers by node; further nodes keep theirs.
 void tags_from_numbers(std::span<const double> values, bool symbols, bool internal_only);
-
-/// How tags and drawings reach the user's arrays; filled by the macro language at start-up.
-struct user_array_access {
-  int (*read_name)() = nullptr;                  // reads the name of an array from the input
-  std::vector<double> (*values)(int) = nullptr;  // its values
-  void (*store)(int array, std::span<const double> values, int columns) = nullptr;  // row by row
-};
-extern user_array_access user_arrays;
 
 }  // namespace zeb

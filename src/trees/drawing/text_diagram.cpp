@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "trees/drawing/diagram_layout.h"
+#include "base/indices.h"
+#include "base/text_columns.h"
 
 namespace zeb {
 namespace {
@@ -13,17 +14,10 @@ constexpr std::string_view cut_mark = ">>>";
 
 using marks_of_pass = std::vector<diagram_mark>;
 
-/// Bytes of the first `columns` columns of a text.
-std::size_t bytes_of(std::string_view words, int columns) {
-  std::size_t i = 0;
-  while (i < words.size() && text_columns(words.substr(0, i + 1)) <= columns) ++i;
-  return i;
-}
-
 /// Puts a mark into the windows that it touches, cut at their borders.
 void spread(diagram_mark mark, const diagram_windows& windows, std::vector<marks_of_pass>& passes) {
   for (bool more = true; more;) {
-    const auto window = static_cast<std::size_t>(windows.index(mark.column));
+    const auto window = at(windows.index(mark.column));
     if (passes.size() <= window) passes.resize(window + 1);
     const int room = windows.end(mark.column) - mark.column;
     more = mark.length > room;
@@ -31,7 +25,7 @@ void spread(diagram_mark mark, const diagram_windows& windows, std::vector<marks
     if (more) {
       part.length = room;
       part.joined_right = true;
-      if (mark.character == 0) part.words = mark.words.substr(0, bytes_of(mark.words, room));
+      if (mark.character == 0) part.words = text_in_columns(mark.words, 0, at(room));
       mark.words.remove_prefix(part.words.size());
       mark.column += room;
       mark.length -= room;
@@ -55,7 +49,7 @@ class pass_writer {
     int row = is_cut_ && !marks_.empty() ? marks_.front().row : 0;
     while (next_ < marks_.size()) {
       const int gap = marks_[next_].row - row;
-      out.insert(out.end(), static_cast<std::size_t>(is_cut_ && gap > longest_gap ? 1 : gap), "");
+      out.insert(out.end(), at(is_cut_ && gap > longest_gap ? 1 : gap), "");
       row = marks_[next_].row;
       out.push_back(line_of_row(row));
       ++row;
@@ -73,11 +67,11 @@ class pass_writer {
     bool goes_on = false;
     for (; next_ < marks_.size() && marks_[next_].row == row; ++next_) {
       const diagram_mark& mark = marks_[next_];
-      line.append(static_cast<std::size_t>(mark.column - column), ' ');
+      line.append(at(mark.column - column), ' ');
       if (mark.character == 0)
         line += mark.words;
       else
-        line.append(static_cast<std::size_t>(mark.length), mark.character);
+        line.append(at(mark.length), mark.character);
       column = mark.column + mark.length;
       goes_on = is_cut_ && column == end_ && mark.joined_right;
     }
@@ -91,16 +85,6 @@ class pass_writer {
   int start_, end_;
   bool is_cut_;
 };
-
-/// End of the piece of `line` that fits in `width` columns, behind a blank or comma if there is
-/// one.
-std::size_t break_point(std::string_view line, int width) {
-  const std::size_t most = std::max<std::size_t>(1, bytes_of(line, width));
-  if (most >= line.size()) return line.size();
-  const std::size_t blank = line.substr(0, most + 1).find_last_of(" ,");
-  if (blank == std::string_view::npos || blank == 0) return most;
-  return std::min(most, blank + (line[blank] == ',' ? 1 : 0));
-}
 
 }  // namespace
 
@@ -122,24 +106,6 @@ std::vector<std::string> diagram_lines(const_tree_span tree, int ntax,
     if (!out.empty()) out.emplace_back();
     const int start = windows.start(static_cast<int>(i));
     pass_writer(passes[i], start, windows.end(start), true).write(out);
-  }
-  return out;
-}
-
-std::vector<std::string> text_lines(std::string_view text, char separator, int width) {
-  std::vector<std::string> out;
-  for (bool more = true; more;) {
-    const std::size_t end = separator ? text.find(separator) : std::string_view::npos;
-    more = end != std::string_view::npos;
-    std::string_view line = text.substr(0, end);
-    if (more) text.remove_prefix(end + 1);
-    while (separator && width > 0 && text_columns(line) > width) {
-      const std::size_t cut = break_point(line, width);
-      out.emplace_back(line.substr(0, cut));
-      line.remove_prefix(cut);
-      while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
-    }
-    out.emplace_back(line);
   }
   return out;
 }

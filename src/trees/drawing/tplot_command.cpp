@@ -10,10 +10,11 @@
 #include "language/lists.h"
 #include "language/toggles.h"
 #include "matrix/matrix.h"
+#include "trees/commands.h"
 #include "trees/drawing/command_text.h"
 #include "trees/drawing/display.h"
-#include "trees/drawing/display_commands.h"
-#include "trees/notation/tree_file.h"
+#include "trees/notation/parenthetical_writer.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {

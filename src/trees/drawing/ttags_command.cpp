@@ -7,11 +7,12 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
+#include "trees/commands.h"
 #include "trees/drawing/command_text.h"
 #include "trees/drawing/display.h"
-#include "trees/drawing/display_commands.h"
-#include "trees/drawing/svg_commands.h"
 #include "trees/drawing/tags.h"
+#include "trees/hooks.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
@@ -43,23 +44,23 @@ void show_tags(bool lines_of_tags) {
 
 // ---- arrays of the user ----
 
-/// A form that begins with "<", ">" or "[" behind "=", from its first character on. Doubled, the
+/// A form that begins with "<", ">" or "[" after "=", from its first character on. Doubled, the
 /// numbers -1 to -5 stand for symbols.
 void exchange_with_array() {
   const int sign = next_nonblank();
-  if (!macros_on() || !user_arrays.read_name || !tags.tags_present)
+  if (!macros_on() || !tree_hooks.user_arrays.read_name || !tags.tags_present)
     error_end_f("Option \"=%c\" valid only when macros and tree-tags connected", sign);
   const bool internal_only = sign == '[';
   const bool symbols = accept_char(sign);
-  const int array = user_arrays.read_name();
+  const int array = tree_hooks.user_arrays.read_name();
   if (sign != '>') {
-    tags_from_numbers(user_arrays.values(array), symbols, internal_only);
+    tags_from_numbers(tree_hooks.user_arrays.values(array), symbols, internal_only);
     return;
   }
   int bad_node = -1;
   const std::vector<double> values = tags_as_numbers(symbols, internal_only, &bad_node);
   if (bad_node >= 0) error_end("Tag of node", bad_node, "is not a number");
-  user_arrays.store(array, values, 1);
+  tree_hooks.user_arrays.store(array, values, 1);
 }
 
 // ---- forms ----
@@ -69,7 +70,7 @@ void start_storing() {
   if (c == '<' || c == '>' || c == '[') return exchange_with_array();
   if (has_any_tag()) warning("Existing tree-tags will be erased");
   clear_tags();
-  tags.tags_on = true;
+  set_tag_storing(true);
 }
 
 void write_to_node() {
@@ -78,25 +79,21 @@ void write_to_node() {
   const std::string text = read_text_to_semicolon();
   if (text.size() >= static_cast<std::size_t>(tags.tag_size))
     error_end("Message too long (not copied)");
-  tags.tag_texts[static_cast<std::size_t>(node)] = text;
+  set_tag(node, text);
 }
 
 void change_title() {
   if (!tags.tags_present) error_end("Must save messages before changing title!");
   const std::string title = read_text_to_semicolon();
   if (title.size() > longest_tag_title) error_end("Title for tree-tags too long (max. 512 chars.)");
-  tags.tag_title = title;
+  set_tag_title(title);
 }
 
-void erase_tags() {
+void erase() {
   require_target();
-  const bool terminals = accept_char('<');
-  if (!terminals && !accept_char('>')) {
-    tags.tag_texts[static_cast<std::size_t>(read_tag_node())].clear();
-    return;
-  }
-  for (int n = 0; n < static_cast<int>(tags.tag_texts.size()); ++n)
-    if ((n < matrix.ntax) == terminals) tags.tag_texts[static_cast<std::size_t>(n)].clear();
+  if (accept_char('<')) return erase_tags(true);
+  if (accept_char('>')) return erase_tags(false);
+  set_tag(read_tag_node(), {});
 }
 
 void set_target() {
@@ -108,7 +105,7 @@ void set_target() {
     check_tree_number(tree);
   }
   const int next = skip_blanks_peek();
-  if (next == '<' && (!macros_on() || !user_arrays.read_name))
+  if (next == '<' && (!macros_on() || !tree_hooks.user_arrays.read_name))
     error_end("This option is valid only when macros are enabled");
   set_tag_tree(stored_tree(tree));
   if (next == '<') exchange_with_array();
@@ -129,9 +126,7 @@ void separate_lines() {
     if (letter < 'a' || letter > 'd') error_end_f("Wrong argument for ttags: %c", letter);
     position = static_cast<char>(letter);
   }
-  tags.tag_separator = '\\';
-  tags.tag_width = width;
-  tags.tag_position = position;
+  separate_tag_lines(width, position);
 }
 
 }  // namespace
@@ -148,17 +143,16 @@ void ttags_command() {
     case '(':
       return start_storing();
     case ')':
-      tags.tags_on = false;
-      return;
+      return set_tag_storing(false);
     case '-':
-      tags.tags_on = false;
+      set_tag_storing(false);
       return clear_tags();
     case '+':
       return write_to_node();
     case '>':
       return change_title();
     case '<':
-      return erase_tags();
+      return erase();
     case '*':
       return set_target();
     case '/':
@@ -166,8 +160,7 @@ void ttags_command() {
     case '[':
       return separate_lines();
     case ']':
-      tags.tag_separator = 0;
-      return;
+      return join_tag_lines();
     case '!':
       if (!has_any_tag()) error_end("No messages to show");
       eliminate_empty_tag_lines();

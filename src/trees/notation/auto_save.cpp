@@ -1,14 +1,16 @@
-// Saving of results every so many seconds. Each file is written beside and then renamed, so both
-// are whole at any moment.
+#include "trees/notation/auto_save.h"
+
 #include <cstdio>
+#include <utility>
+#include <vector>
 
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/process.h"
 #include "matrix/matrix.h"
 #include "trees/notation/compact_format.h"
-#include "trees/notation/tree_file.h"
-#include "trees/registration.h"
+#include "trees/notation/parenthetical_writer.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -19,7 +21,7 @@ namespace {
 std::vector<tree_node> tree_to_save(int number) {
   const const_tree_span stored = stored_tree(number);
   std::vector<tree_node> tree(stored.begin(), stored.end());
-  if (auto_save.search_view) auto_save.search_view(number, tree);
+  if (auto_save.view) auto_save.view(number, tree);
   return tree;
 }
 
@@ -44,16 +46,13 @@ bool write_results(std::FILE* file) {
   return good;
 }
 
-void save_at_end_of_command() { auto_save_if_due(); }
-
 }  // namespace
 
-void register_auto_save() { add_command_over_hook(save_at_end_of_command); }
-
 void set_auto_save(int seconds, const std::string& name, bool parenthetical) {
-  const auto search_view = auto_save.search_view;
-  auto_save = {seconds, name, parenthetical, 1, wall_clock(), search_view};
+  auto_save = {seconds, name, parenthetical, 1, wall_clock(), auto_save.view};
 }
+
+void set_auto_save_view(tree_view view) { auto_save.view = std::move(view); }
 
 void auto_save_if_due() {
   if (auto_save.seconds <= 0) return;

@@ -1,5 +1,6 @@
 #include "trees/notation/compact_format.h"
 #include "base/indices.h"
+#include "trees/tree_walks.h"
 
 #include <algorithm>
 #include <functional>

@@ -14,7 +14,7 @@
 #include <span>
 #include <vector>
 
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 

@@ -1,5 +1,9 @@
-// Trees as nested parentheses.
-#include "trees/tree_store.h"
+#include "trees/notation/parenthetical_writer.h"
+
+#include "base/indices.h"
+#include "matrix/matrix.h"
+#include "trees/notation/taxon_names.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 
@@ -7,7 +11,6 @@ std::string parenthetical_text(const_tree_span tree, int ntax,
                                const std::function<std::string(int)>& label,
                                const std::function<std::string(int)>& tag) {
   const descendant_lists lists = descendants_of(tree, ntax);
-  const auto at = [](int i) { return static_cast<std::size_t>(i); };
   const auto append_tag = [&](std::string& text, int node, bool blank) {
     const std::string tag_text = tag ? tag(node) : std::string();
     if (!tag_text.empty()) text.append("=").append(tag_text);
@@ -34,6 +37,11 @@ std::string parenthetical_text(const_tree_span tree, int ntax,
       v = lists.first[at(v)];
     }
   }
+}
+
+std::string stored_tree_text(const_tree_span tree) {
+  taxon_names names;
+  return parenthetical_text(tree, matrix.ntax, [&](int t) { return tree_label(t, names); });
 }
 
 }  // namespace zeb

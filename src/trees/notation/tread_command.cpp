@@ -13,8 +13,10 @@
 #include "macro/script_text.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
-#include "trees/notation/tread.h"
-#include "trees/target_group.h"
+#include "trees/drawing/tags.h"
+#include "trees/notation/tree_text_reader.h"
+#include "trees/tree_lists.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -36,9 +38,9 @@ bool read_tag_choice() {
   const int c = peek_form();
   if (c != '[' && c != ']') return false;
   if (accept_char('[')) {
-    tags.tags_add = true;
+    set_tag_adding(true);
   } else if (accept_char(']')) {
-    tags.tags_add = false;
+    set_tag_adding(false);
   }
   if (settings.report) {
     report_line("When reading tags from parenthetical trees,",
@@ -61,7 +63,7 @@ std::string read_title() {
   return title;
 }
 
-/// Trees go to the slots behind those in use; each counts once it is complete.
+/// Trees go to the slots after those in use; each counts once it is complete.
 class tread_run {
  public:
   tread_run() : reader_(matrix.ntax), group_(read_group_if_any()), title_(read_title()) {}
@@ -91,20 +93,10 @@ class tread_run {
       accept_tags();
       return;
     }
-    if (store.ntrees >= store.maxtrees) {
-      if (store.vault_size > 0) error_end("Cannot increase tree-space when tree-vault is set");
-      drop_packed_data();
-      if (!set_maxtrees(store.maxtrees + 100, false, true)) error_end("Tree buffer is full");
-    }
+    make_room_for_trees(1);
     reader_.tree().finish(stored_tree(store.ntrees), store.include_absent);
-    const int slot = store_slot_count();
-    group_.add(slot);
-  }
-
-  /// Takes the slot just filled.
-  static int store_slot_count() {
-    store_slot({}, false);
-    return store.ntrees - 1;
+    take_slot();
+    group_.add(store.ntrees - 1);
   }
 
   void accept_tags() {

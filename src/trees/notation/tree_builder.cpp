@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 

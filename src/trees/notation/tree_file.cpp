@@ -2,17 +2,16 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/process.h"
 #include "matrix/matrix.h"
-#include "matrix/matrix_layout.h"
+#include "trees/drawing/tags.h"
 #include "trees/notation/compact_format.h"
-#include "trees/notation/taxon_names.h"
-#include "trees/registration.h"
+#include "trees/notation/parenthetical_writer.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -146,23 +145,13 @@ void save_compact(std::span<const std::uint8_t> chosen) {
   }
 }
 
-/// However the process ends, a parenthetical file can be run. Nobody is left to hear of errors.
-void close_at_exit() {
+}  // namespace
+
+void abandon_tree_file() {
   if (!tree_file.stream) return;
   if (tree_file.parenthetical) std::fputs(";\nproc/;\n", tree_file.stream);
   std::fclose(tree_file.stream);
   tree_file.stream = nullptr;
-}
-/// A file for other data can't be gone on with.
-void close_with_matrix() { close_tree_file(); }
-
-}  // namespace
-
-void register_tree_file() {
-  add_quit_hook(auto_save_now);
-  add_quit_hook(close_at_exit);
-  std::atexit(close_at_exit);
-  add_matrix_gone_hook(close_with_matrix);
 }
 
 void open_tree_file(const std::string& name, bool parenthetical) {
@@ -206,29 +195,6 @@ void save_tags() {
   if (!tags.tags_present) error_end("No tags to save");
   put_parenthetical(tag_tree_text());
   if (std::fflush(tree_file.stream) != 0) not_writable();
-}
-
-std::string stored_tree_text(const_tree_span tree) {
-  taxon_names names;
-  return parenthetical_text(tree, matrix.ntax, [&](int t) { return tree_label(t, names); });
-}
-
-namespace {
-
-/// What ends a tag in a tree's text can't stand within one.
-std::string one_word(std::string text) {
-  const auto ends_tag = [](unsigned char c) { return c < 33 || c == '*' || c == ';'; };
-  std::replace_if(text.begin(), text.end(), ends_tag, '_');
-  return text;
-}
-
-}  // namespace
-
-std::string tag_tree_text() {
-  taxon_names names;
-  return parenthetical_text(
-      tags.tag_tree, matrix.ntax, [&](int t) { return tree_label(t, names); },
-      [](int node) { return one_word(tags.tag_texts[at(node)]); });
 }
 
 }  // namespace zeb

@@ -1,12 +1,10 @@
-// The tree file that stays open between commands, in compact or parenthetical form, and the
-// automatic saving of results.
+// The tree file that stays open between commands, in compact or parenthetical form.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <span>
 #include <string>
-
-#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -22,7 +20,7 @@ extern tree_file_state tree_file;
 /// Opens the file; a file that is open is closed first. Compact files are appended to where they
 /// are for as many taxa. Errors leave no file open.
 void open_tree_file(const std::string& name, bool parenthetical);
-/// Closes it with `closing` behind parenthetical trees; error where not everything could be
+/// Closes it with `closing` after parenthetical trees; error where not everything could be
 /// written. Nothing happens without a file.
 void close_tree_file(const char* closing = ";\nproc-;\n");
 
@@ -35,27 +33,8 @@ void save_trees(std::span<const std::uint8_t> chosen, tree_writing how);
 /// Writes the tag tree to the open file, which must be parenthetical.
 void save_tags();
 
-/// The tag tree as text, a tag behind each node that has one.
-std::string tag_tree_text();
-/// A stored tree as text with the labels that `tread` reads back.
-std::string stored_tree_text(const_tree_span tree);
-
-/// Automatic saving: whole files, beside first and then renamed, to "name-1" and "name-2" in turn.
-struct auto_save_state {
-  int seconds = 0;  // 0: off
-  std::string name;
-  bool parenthetical = false;
-  int next = 1;           // which of the two files is written next
-  double last_saved = 0;  // wall clock, seconds
-  // While a search keeps the buffer's trees in a form of its own: gives tree `number` as the buffer
-  // has it otherwise, in `nnodes` cells. Null: the trees are what they are.
-  std::function<void(int number, tree_span tree)> search_view;
-};
-extern auto_save_state auto_save;
-void set_auto_save(int seconds, const std::string& name, bool parenthetical);
-/// Saves if the time has come: cheap enough to be called between any two steps of a search.
-void auto_save_if_due();
-/// Saves now, if automatic saving is on and there are trees.
-void auto_save_now();
+/// Closes it when the process ends, however it ends: a parenthetical file can be run. Nobody is
+/// left to hear of errors.
+void abandon_tree_file();
 
 }  // namespace zeb

@@ -16,10 +16,11 @@
 #include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
+#include "trees/notation/auto_save.h"
 #include "trees/notation/compact_format.h"
 #include "trees/notation/tree_file.h"
-#include "trees/target_group.h"
 #include "trees/tree_lists.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -90,7 +91,7 @@ void set_auto_saving() {
   if (skip_blanks_peek() != ';') {
     const int seconds = read_seconds();
     const bool parenthetical = accept_char('*');
-    // A name behind "0" means nothing, but does no harm.
+    // A name after "0" means nothing, but does no harm.
     std::string name;
     if (seconds > 0 || skip_blanks_peek() != ';') name = read_file_name();
     check_end();
@@ -129,17 +130,6 @@ std::vector<std::span<const std::uint8_t>> find_trees(std::span<const std::uint8
     file = file.subspan(bytes);
   }
   return trees;
-}
-
-void make_room_for(std::size_t count) {
-  const std::size_t needed = at(store.ntrees) + count;
-  if (needed <= at(store.maxtrees)) return;
-  if (store.vault_size > 0) error_end("Cannot increase tree-space when tree-vault is set");
-  drop_packed_data();
-  const std::size_t capacity = at(store.maxtrees) + (needed - at(store.maxtrees) + 99) / 100 * 100;
-  if (capacity > 1000000000 || !set_maxtrees(static_cast<int>(capacity), false, true)) {
-    error_end("Tree buffer is full");
-  }
 }
 
 }  // namespace
@@ -200,7 +190,7 @@ void shortread_command() {
   check_end();
   const std::vector<std::uint8_t> file = read_file(name);
   const auto trees = find_trees(file, name);
-  make_room_for(trees.size());
+  make_room_for_trees(trees.size());
   compact_reader reader(matrix.ntax);
   const int first = store.ntrees;
   double last_poll = wall_clock();
@@ -219,7 +209,7 @@ void shortread_command() {
   // Only now do the trees count: a file that fails on the way leaves none of its own.
   group.start();
   for (std::size_t i = 0; i < trees.size(); ++i) {
-    store_slot({}, false);
+    take_slot();
     group.add(store.ntrees - 1);
   }
   if (!settings.report) return;

@@ -20,6 +20,7 @@
 #include "search/hooks.h"
 #include "search/store/stored_trees.h"
 #include "support/program.h"
+#include "trees/tree_slots.h"
 
 namespace zeb {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/random_trees.h"
-#include "trees/tree_store.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {

@@ -8,6 +8,7 @@
 #include "base/errors.h"
 #include "support/random_trees.h"
 #include "support/text_session.h"
+#include "trees/tree_groups.h"
 
 namespace zeb {
 namespace {
@@ -19,7 +20,7 @@ void fill(int count) {
   for (int t = 0; t < count; ++t) {
     zeb_test::record tree = zeb_test::random_tree(ntax, random, 0.2, 0);
     tree[1] = 1000 + t;  // a mark that tells the trees apart
-    std::ranges::copy(tree, store_slot({}, false).begin());
+    std::ranges::copy(tree, take_slot().begin());
     if (t % 3 == 0) add_to_tree_group(store.ntrees - 1, 5);
   }
 }
@@ -67,14 +68,13 @@ TEST(tree_store, growing_beside_memory_in_use_harms_neither) {
   }
   EXPECT_EQ(std::count(locked.begin(), locked.end(), 66), 1000);
   EXPECT_EQ(std::count(temporary.begin(), temporary.end(), 77), 1000);
-  std::ranges::copy(stored_tree(0), store_slot("grown", true).begin());
+  std::ranges::copy(stored_tree(0), take_slot(true).begin());
   stored_tree(100)[1] = 1100;
   command_is_over();
   EXPECT_EQ(later_lock, 0);
   EXPECT_TRUE(store.unsettled.empty());
   ASSERT_EQ(store.ntrees, 101);
   EXPECT_EQ(stored_tree(100)[1], 1100);
-  EXPECT_TRUE(in_tree_group(100, 0));
   std::vector<std::uint8_t> all_but_last(101, 1);
   all_but_last[100] = 0;
   select_trees(store, all_but_last);
@@ -109,8 +109,11 @@ TEST(tree_store, selection_moves_trees_and_group_bits_together) {
 
 TEST(tree_store, automatic_groups_go_round) {
   zeb_test::text_session session(ntax);
-  for (int t = 0; t < 34; ++t) store_slot("auto", false);
-  EXPECT_EQ(store.next_auto_group, 2);
+  for (int t = 0; t < 34; ++t) {
+    take_slot();
+    group_automatically(t, t + 1, "auto");
+  }
+  EXPECT_EQ(tree_groups.next_automatic, 2);
   EXPECT_TRUE(in_tree_group(33, 1));
   EXPECT_FALSE(in_tree_group(1, 1));
   EXPECT_TRUE(in_tree_group(2, 2));
@@ -145,7 +148,7 @@ TEST(tree_store, trees_put_aside_come_back_with_their_groups) {
     const buffer_aside aside;
     EXPECT_EQ(store.ntrees, 0);
     ASSERT_TRUE(set_maxtrees(200, false));
-    store_slot("another", false)[1] = -1;
+    take_slot()[1] = -1;
   }
   expect_trees(20);
 }

@@ -8,7 +8,9 @@
 #include <random>
 #include <set>
 
+#include "base/text_columns.h"
 #include "support/random_trees.h"
+#include "trees/drawing/command_text.h"
 
 namespace {
 

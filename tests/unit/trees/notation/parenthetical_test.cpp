@@ -6,8 +6,10 @@
 #include "matrix/matrix.h"
 #include "support/random_trees.h"
 #include "support/text_session.h"
-#include "trees/notation/tread.h"
-#include "trees/notation/tree_file.h"
+#include "trees/drawing/tags.h"
+#include "trees/notation/parenthetical_writer.h"
+#include "trees/notation/tree_text_reader.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
@@ -67,7 +69,7 @@ TEST(parenthetical, notations_of_one_tree) {
   EXPECT_TRUE(same_tree(tree_of("(T...);"), tree_of("(0 1 2 3 4 5);")));
 
   // Copies of a clade of tree 0.
-  std::ranges::copy(expected, store_slot({}, false).begin());
+  std::ranges::copy(expected, take_slot().begin());
   const int clade = expected[3];
   EXPECT_TRUE(same_tree(tree_of(("(0 1 2 +0 " + std::to_string(clade) + ");").c_str()),
                         tree_of("(0 1 2 (3 4 5));")));
@@ -86,11 +88,11 @@ TEST(parenthetical, tags_stay_on_their_nodes) {
   EXPECT_TRUE(same_tree(read_one(reader), tags.tag_tree));
   EXPECT_EQ(reader.tags_read().size(), 4U);
   // Added tags go to the nodes with the same terminals, also in another tree.
-  tags.tags_add = true;
+  set_tag_adding(true);
   session.type("(3 (4=y (2 (0 1 )=z )));");
   reader.read_tree();
   take_tag_tree(reader, "");
-  tags.tags_add = false;
+  set_tag_adding(false);
   EXPECT_EQ(tag_tree_text(), "(2 (0 1=1 )=long_text/z (3=x 4=y )=b/2\\y )");
 }
 

@@ -1,9 +1,10 @@
-#include "trees/shrunken_tree.h"
+#include "trees/drawing/shrunken_tree.h"
 
 #include <algorithm>
 
 #include "base/indices.h"
 #include "matrix/matrix.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 
@@ -58,6 +59,9 @@ std::vector<clade_group> groups_that_are_clades(const_tree_span tree) {
 }
 
 }  // namespace
+
+void show_groups_as_terminals(std::uint32_t groups) { shrinking.groups = groups; }
+void show_trees_in_full() { shrinking.groups = 0; }
 
 shrunken_tree shrink_tree(const_tree_span tree, std::vector<std::string> labels,
                           std::span<const std::string> node_texts) {

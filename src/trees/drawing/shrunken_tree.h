@@ -6,15 +6,18 @@
 #include <string>
 #include <vector>
 
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 
-/// Settings of `tshrink`. Written by its command.
+/// Settings of `tshrink`.
 struct shrinking_state {
   std::uint32_t groups = 0;  // taxon groups, a bit each, that are shown as one terminal
 };
 extern shrinking_state shrinking;
+
+void show_groups_as_terminals(std::uint32_t groups);
+void show_trees_in_full();
 
 /// A tree as it is shown.
 struct shrunken_tree {

@@ -1,4 +1,4 @@
-#include "trees/notation/tread.h"
+#include "trees/notation/tree_text_reader.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,6 +12,7 @@
 #include "language/taxon_reference.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tags.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 

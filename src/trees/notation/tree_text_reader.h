@@ -11,7 +11,7 @@
 
 namespace zeb {
 
-/// Texts met behind "=" while one tree was read, by node of the builder.
+/// Texts met after "=" while one tree was read, by node of the builder.
 using tree_tags = std::vector<std::pair<int, std::string>>;
 
 /// Reads single trees through `read_char`. Taxa are numbers, names, "abc...", "{group}", "@T N";
@@ -44,7 +44,7 @@ class tree_text_reader {
 };
 
 /// Makes the tree just read, with its tags, the tag tree; `title` goes with it. With `tags_add` its
-/// texts are put behind those of the nodes with the same terminals in the tag tree there is.
+/// texts are put after those of the nodes with the same terminals in the tag tree there is.
 void take_tag_tree(tree_text_reader& reader, std::string_view title);
 
 }  // namespace zeb

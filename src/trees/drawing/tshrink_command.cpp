@@ -8,7 +8,7 @@
 #include "language/lists.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
-#include "trees/shrunken_tree.h"
+#include "trees/drawing/shrunken_tree.h"
 
 namespace zeb {
 
@@ -33,16 +33,17 @@ void show_groups() {
 void tshrink_command() {
   no_timing();
   if (accept_char('-')) {
-    shrinking.groups = 0;
+    show_trees_in_full();
   } else if (accept_char('*')) {
     require_data("shrinking trees");
-    shrinking.groups = matrix.defined_taxon_groups;
+    show_groups_as_terminals(matrix.defined_taxon_groups);
   } else if (accept_char('{')) {
     require_data("shrinking trees");
     std::vector<std::uint8_t> chosen(matrix_state::group_count, 0);
     read_group_references(find_list_kind("taxon"), chosen);
-    shrinking.groups = 0;
-    for (std::size_t g = 0; g < chosen.size(); ++g) shrinking.groups |= (chosen[g] ? 1U : 0U) << g;
+    std::uint32_t groups = 0;
+    for (std::size_t g = 0; g < chosen.size(); ++g) groups |= (chosen[g] ? 1U : 0U) << g;
+    show_groups_as_terminals(groups);
   } else if (skip_blanks_peek() != ';') {
     error_end("Expected \"{groups}\", \"*\" or \"-\" after \"tshrink\"");
   }
