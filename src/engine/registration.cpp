@@ -15,8 +15,8 @@ namespace zeb {
 engine_hooks hooks_of_engine;
 
 void register_engine() {
-  tree_hooks.score_trees = score_stored_trees;
-  tree_hooks.collapser = []() -> tree_collapser {
+  hooks_of_trees.score_trees = score_stored_trees;
+  hooks_of_trees.collapser = []() -> tree_collapser {
     if (collapsing.rule == 0) return {};
     return [judge = std::make_shared<branch_judge>(collapsing.rule)](tree_span tree) {
       judge->condense(tree);

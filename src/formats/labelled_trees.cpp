@@ -29,7 +29,7 @@ labelled_tree_reader::labelled_tree_reader(label_lookup lookup, void (*repeated)
   dialect_.unread = plain_unread_char;
   dialect_.terminators = ";";
   dialect_.annotation = ':';
-  dialect_.labels_behind_nodes = true;
+  dialect_.labels_after_nodes = true;
   dialect_.bracket_comments = true;
   dialect_.read_item = [this, repeated](tree_builder& tree) {
     const int taxon = lookup_(read_label());

@@ -47,8 +47,8 @@ void register_functions() {
   hooks_of_macro.element_number = element_number;
   hooks_of_macro.fixed_string = fixed_string;
   hooks_of_language.print_expression_help = print_function_help;
-  tree_hooks.user_arrays = {read_user_array, user_array_values, store_user_array};
-  tree_hooks.take_list = store_printed_list;
+  hooks_of_trees.user_arrays = {read_user_array, user_array_values, store_user_array};
+  hooks_of_trees.take_list = store_printed_list;
 }
 
 }  // namespace zeb

@@ -41,7 +41,7 @@ tree_and_node bracketed_tree_and_node() {
 std::vector<int> terminals_of(const_tree_span tree, int node) {
   if (node < matrix.ntax) return {node};
   std::vector<std::uint8_t> marks(static_cast<std::size_t>(matrix.ntax), 0);
-  mark_terminals(tree, matrix.ntax, node, marks);
+  flag_terminals(tree, matrix.ntax, node, marks);
   std::vector<int> result;
   for (int t = 0; t < matrix.ntax; ++t) {
     if (marks[static_cast<std::size_t>(t)]) result.push_back(t);

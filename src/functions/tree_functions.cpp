@@ -149,7 +149,7 @@ double copies_of_tree() {
 double symmetry() {
   const const_tree_span tree = stored_tree(one_tree());
   const descendant_lists lists = descendants_of(tree, matrix.ntax);
-  std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
+  std::vector<int> order = internal_nodes_root_first(lists, matrix.ntax);
   std::vector<int> sizes(lists.nodes(), 1);
   double imbalance = 0;
   for (auto node = order.rbegin(); node != order.rend(); ++node) {
@@ -179,7 +179,7 @@ double internal_list(bool tips_first) {
   if (skip_blanks_peek() != ']') top = node_argument(number);
   close_brackets();
   std::vector<int> nodes;
-  for (const int node : nodes_rootward_first(descendants_of(tree, matrix.ntax), matrix.ntax)) {
+  for (const int node : internal_nodes_root_first(descendants_of(tree, matrix.ntax), matrix.ntax)) {
     if (descends_from(tree, matrix.ntax, node, top)) nodes.push_back(node);
   }
   if (tips_first) std::reverse(nodes.begin(), nodes.end());

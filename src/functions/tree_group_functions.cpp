@@ -25,7 +25,7 @@ std::vector<taxon_set> sets_of(const_tree_span tree) {
   for (int t = 0; t < matrix.ntax; ++t)
     if (!is_absent(tree, t)) sets[at(t)].insert(t);
   const descendant_lists lists = descendants_of(tree, matrix.ntax);
-  const std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
+  const std::vector<int> order = internal_nodes_root_first(lists, matrix.ntax);
   for (auto node = order.rbegin(); node != order.rend(); ++node)
     for (const int d : lists.children(*node)) sets[at(*node)] |= sets[at(d)];
   return sets;

@@ -54,7 +54,7 @@ class change_counter {
     const descendant_lists lists = descendants_of(tree, matrix.ntax);
     counts_.assign(lists.nodes() * states_.size(), {});
     for (int t = 0; t < matrix.ntax; ++t) fill_terminal(t);
-    const std::vector<int> order = nodes_rootward_first(lists, matrix.ntax);
+    const std::vector<int> order = internal_nodes_root_first(lists, matrix.ntax);
     for (auto node = order.rbegin(); node != order.rend(); ++node) {
       for (const int d : lists.children(*node)) add(*node, d);
     }

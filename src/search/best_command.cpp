@@ -28,7 +28,7 @@ int decimals_of_scores() {
 
 /// Keeps the trees that satisfy the constraints; all of them where none does. Returns the note.
 const char* keep_constrained(std::vector<std::uint8_t>& keep) {
-  const constraint_filter& filter = tree_hooks.constraints;
+  const constraint_filter& filter = hooks_of_trees.constraints;
   if (!filter.active || !filter.satisfies || !filter.active())
     error_end("There are no constraints in use");
   std::vector<std::uint8_t> good = keep;

@@ -50,7 +50,7 @@ int read_node(const edited_tree& edited) {
 
 void remove_clade(tree_span tree, int node) {
   std::vector<std::uint8_t> flags(at(matrix.ntax), 0);
-  mark_terminals(tree, matrix.ntax, node, flags);
+  flag_terminals(tree, matrix.ntax, node, flags);
   delete_taxa(tree, matrix.ntax, flags);
 }
 

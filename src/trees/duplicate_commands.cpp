@@ -23,7 +23,7 @@ namespace {
 
 /// With constraints on, trees that break them go, unless all do. Returns the note about it.
 std::string apply_constraints(std::vector<std::uint8_t>& keep) {
-  const constraint_filter& filter = tree_hooks.constraints;
+  const constraint_filter& filter = hooks_of_trees.constraints;
   if (!filter.active || !filter.satisfies || !filter.active()) return {};
   std::vector<std::uint8_t> good = keep;
   for (int t = 0; t < store.ntrees; ++t) good[at(t)] = keep[at(t)] && filter.satisfies(t);
@@ -35,15 +35,15 @@ std::string apply_constraints(std::vector<std::uint8_t>& keep) {
 std::vector<double> sort_keys() {
   std::vector<double> keys(at(store.ntrees));
   if (!accept_char('=')) {
-    if (!tree_hooks.score_trees) error_end("Trees can't be sorted by score yet");
-    tree_hooks.score_trees(keys);
+    if (!hooks_of_trees.score_trees) error_end("Trees can't be sorted by score yet");
+    hooks_of_trees.score_trees(keys);
     return keys;
   }
   read_word();
   constexpr std::string_view keys_by_name[] = {"mono"};
   if (find_keyword(token(), keys_by_name, true) < 0)
     error_end("Expected \"mono\" after \"sort =\"");
-  const constraint_filter& filter = tree_hooks.constraints;
+  const constraint_filter& filter = hooks_of_trees.constraints;
   if (!filter.broken) error_end("Trees can't be sorted by constraints yet");
   for (int t = 0; t < store.ntrees; ++t) keys[at(t)] = filter.broken(t);
   return keys;

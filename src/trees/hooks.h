@@ -37,6 +37,6 @@ struct trees_hooks {
   /// Takes the values of a list that would be printed. False: it is printed.
   bool (*take_list)(std::span<const double> values) = nullptr;
 };
-extern trees_hooks tree_hooks;
+extern trees_hooks hooks_of_trees;
 
 }  // namespace zeb

@@ -18,7 +18,7 @@
 
 namespace zeb {
 
-trees_hooks tree_hooks;
+trees_hooks hooks_of_trees;
 
 namespace {
 

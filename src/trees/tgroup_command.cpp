@@ -40,18 +40,18 @@ value_condition read_value_or_condition(std::string_view word) {
 bool select_trees_by(std::string_view word, std::span<std::uint8_t> selected) {
   const int count = store.ntrees;
   if (word == "mono") {
-    if (!tree_hooks.constraints.satisfies) {
+    if (!hooks_of_trees.constraints.satisfies) {
       error_end("Trees can't be selected by constraints yet");
     }
-    for (int t = 0; t < count; ++t) selected[at(t)] = tree_hooks.constraints.satisfies(t);
+    for (int t = 0; t < count; ++t) selected[at(t)] = hooks_of_trees.constraints.satisfies(t);
     return true;
   }
   if (word != "len" && word != "nod" && word != "siz") return false;
   const value_condition wanted = read_value_or_condition(word);
   std::vector<double> values(at(count));
   if (word == "len") {
-    if (!tree_hooks.score_trees) error_end("Trees can't be selected by length yet");
-    tree_hooks.score_trees(values);
+    if (!hooks_of_trees.score_trees) error_end("Trees can't be selected by length yet");
+    hooks_of_trees.score_trees(values);
   }
   for (int t = 0; t < count; ++t) {
     const const_tree_span tree = stored_tree(t);

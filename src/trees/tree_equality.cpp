@@ -34,7 +34,8 @@ std::uint64_t hash_of(const std::vector<tree_node>& form) {
 
 std::vector<int> first_equal_trees(std::span<const std::uint8_t> chosen) {
   std::vector<int> first(chosen.size(), -1);
-  const tree_collapser collapse = tree_hooks.collapser ? tree_hooks.collapser() : tree_collapser();
+  const tree_collapser collapse =
+      hooks_of_trees.collapser ? hooks_of_trees.collapser() : tree_collapser();
   std::unordered_multimap<std::uint64_t, int> known;  // hash: a tree with no equal before it
   for (int t = 0; t < static_cast<int>(chosen.size()); ++t) {
     if (!chosen[at(t)]) continue;

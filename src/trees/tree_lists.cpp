@@ -23,7 +23,7 @@ void mark_descendants(int tree, int node, std::span<std::uint8_t> flags) {
     return;
   }
   check_node_number(tree, node);
-  mark_terminals(stored_tree(tree), matrix.ntax, node, flags);
+  flag_terminals(stored_tree(tree), matrix.ntax, node, flags);
 }
 
 }  // namespace

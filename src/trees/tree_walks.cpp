@@ -17,7 +17,7 @@ descendant_lists descendants_of(const_tree_span tree, int ntax) {
   return lists;
 }
 
-std::vector<int> nodes_rootward_first(const descendant_lists& lists, int ntax) {
+std::vector<int> internal_nodes_root_first(const descendant_lists& lists, int ntax) {
   std::vector<int> order{ntax};
   for (std::size_t i = 0; i < order.size(); ++i) {
     for (const int d : lists.children(order[i])) {
@@ -27,9 +27,9 @@ std::vector<int> nodes_rootward_first(const descendant_lists& lists, int ntax) {
   return order;
 }
 
-void mark_terminals(const_tree_span tree, int ntax, int node, std::span<std::uint8_t> marks) {
+void flag_terminals(const_tree_span tree, int ntax, int node, std::span<std::uint8_t> flags) {
   if (node < ntax) {
-    if (tree[at(node)] != 0) marks[at(node)] = 1;
+    if (tree[at(node)] != 0) flags[at(node)] = 1;
     return;
   }
   const descendant_lists lists = descendants_of(tree, ntax);
@@ -37,7 +37,7 @@ void mark_terminals(const_tree_span tree, int ntax, int node, std::span<std::uin
   while (!waiting.empty()) {
     const int v = waiting.back();
     waiting.pop_back();
-    if (v < ntax) marks[at(v)] = 1;
+    if (v < ntax) flags[at(v)] = 1;
     for (const int d : lists.children(v)) waiting.push_back(d);
   }
 }

@@ -49,8 +49,8 @@ struct descendant_lists {
 };
 descendant_lists descendants_of(const_tree_span tree, int ntax);
 /// Internal nodes from the root outward, each after its ancestor.
-std::vector<int> nodes_rootward_first(const descendant_lists& lists, int ntax);
-/// Terminals of the clade of `node`, flagged in `marks` (other entries are left alone).
-void mark_terminals(const_tree_span tree, int ntax, int node, std::span<std::uint8_t> marks);
+std::vector<int> internal_nodes_root_first(const descendant_lists& lists, int ntax);
+/// Terminals of the clade of `node`, flagged (other entries are left alone).
+void flag_terminals(const_tree_span tree, int ntax, int node, std::span<std::uint8_t> flags);
 
 }  // namespace zeb

@@ -82,11 +82,11 @@ void take_out() {
 
 /// A tree whose ancestors stand in an array of the macro language.
 void put_array_in() {
-  if (!macros_on() || !tree_hooks.user_arrays.read_name) {
+  if (!macros_on() || !hooks_of_trees.user_arrays.read_name) {
     error_end("This option is valid only when macros are enabled");
   }
   const std::vector<double> values =
-      tree_hooks.user_arrays.values(tree_hooks.user_arrays.read_name());
+      hooks_of_trees.user_arrays.values(hooks_of_trees.user_arrays.read_name());
   std::vector<tree_node> tree(at(matrix.nnodes), 0);
   for (std::size_t i = 0; i < std::min(values.size(), tree.size()); ++i) {
     tree[i] = std::abs(values[i]) < 1e9 ? static_cast<tree_node>(values[i]) : -1;

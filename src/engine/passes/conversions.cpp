@@ -44,7 +44,7 @@ bool to_internal(const search_data& data, std::span<const std::int32_t> buffer_t
   number[at(ntax)] = data.n;
   int next = data.n + 1;
   std::vector<int> children;
-  for (const int v : nodes_rootward_first(below, ntax)) {
+  for (const int v : internal_nodes_root_first(below, ntax)) {
     children.clear();
     for (const int d : below.children(v)) {
       if (d >= ntax) number[at(d)] = next++;

@@ -178,7 +178,7 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
   std::fill(column_steps_.begin(), column_steps_.end(), 0);
   std::fill(steps_.begin(), steps_.end(), 0);
   const descendant_lists lists = descendants_of(tree, ntax);
-  const std::vector<int> order = nodes_rootward_first(lists, ntax);
+  const std::vector<int> order = internal_nodes_root_first(lists, ntax);
   if (has_continuous()) {
     ranges_.optimise(order, lists, polytomies, with_finals);
     for (std::size_t i = 0; i < ranges_.size(); ++i)

@@ -17,7 +17,7 @@
 namespace zeb {
 namespace {
 
-constexpr int cut_mark_columns = 3;  // ">>>"
+constexpr int cut_sign_columns = 3;  // ">>>"
 constexpr int usual_span = 3;        // columns of a branch without a text
 constexpr int narrow_span = 2;
 
@@ -106,7 +106,7 @@ class diagram_builder {
 
   // ---- columns ----
 
-  /// Where a text of that width starts that could start at `column`: in a diagram in passes, behind
+  /// Where a text of that width starts that could start at `column`: in a diagram in passes, after
   /// the border that it would lie across, unless it is wider than a window.
   int text_start(int column, int width) const {
     const int end = windows_.end(column);
@@ -145,18 +145,18 @@ class diagram_builder {
       if (is_terminal(node)) column_[at(node)] = column;
   }
 
-  // ---- marks ----
+  // ---- pieces ----
 
   void add_dashes(int row, int from, int to) {
     if (from < to)
-      layout_.marks.push_back({row, from, to - from, style_.lines.horizontal, {}, true, true});
+      layout_.pieces.push_back({row, from, to - from, style_.lines.horizontal, {}, true, true});
   }
   void add_text(int row, int column, std::string_view words, bool left, bool right) {
     const int length = text_columns(words);
-    if (length > 0) layout_.marks.push_back({row, column, length, 0, words, left, right});
+    if (length > 0) layout_.pieces.push_back({row, column, length, 0, words, left, right});
   }
   void add_corner(int row, int column, char character, bool left, bool right) {
-    layout_.marks.push_back({row, column, 1, character, {}, left, right});
+    layout_.pieces.push_back({row, column, 1, character, {}, left, right});
   }
 
   /// The horizontal line that leads to a node, its text, and the label of a terminal.
@@ -208,8 +208,8 @@ class diagram_builder {
 }  // namespace
 
 diagram_windows windows_for(int columns) {
-  const int first = std::max(columns, 20) - cut_mark_columns;
-  return {first, first - cut_mark_columns};
+  const int first = std::max(columns, 20) - cut_sign_columns;
+  return {first, first - cut_sign_columns};
 }
 
 diagram_layout lay_out_diagram(const_tree_span tree, int ntax, std::span<const std::string> labels,

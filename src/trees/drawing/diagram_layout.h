@@ -28,7 +28,7 @@ struct diagram_style {
 };
 
 /// Something in a row of the diagram: a run of one character, or a text.
-struct diagram_mark {
+struct diagram_piece {
   int row = 0;
   int column = 0;
   int length = 0;             // columns, at least 1
@@ -39,7 +39,7 @@ struct diagram_mark {
 };
 
 struct diagram_layout {
-  std::vector<diagram_mark> marks;  // in no order, none lies over another
+  std::vector<diagram_piece> pieces;  // in no order, none lies over another
   int rows = 0;
   int columns = 0;                              // width of the whole diagram
   bool one_pass = true;                         // it fits in the lines
@@ -49,7 +49,7 @@ struct diagram_layout {
 
 /// Columns of the windows that a wide diagram is cut into.
 struct diagram_windows {
-  int first = 76;   // columns of the first, which has a cut mark at its right only
+  int first = 76;   // columns of the first, which has a cut sign at its right only
   int others = 73;  // columns of the others
 
   int index(int column) const { return column < first ? 0 : (column - first) / others + 1; }

@@ -34,7 +34,7 @@ std::vector<int> count_below(const_tree_span tree, predicate wanted) {
   }
   // Ancestors last: the order of the nodes turned around.
   const std::vector<int> order =
-      nodes_rootward_first(descendants_of(tree, matrix.ntax), matrix.ntax);
+      internal_nodes_root_first(descendants_of(tree, matrix.ntax), matrix.ntax);
   for (std::size_t i = order.size(); i-- > 1;) count[at(tree[at(order[i])])] += count[at(order[i])];
   return count;
 }
@@ -74,7 +74,7 @@ shrunken_tree shrink_tree(const_tree_span tree, std::vector<std::string> labels,
         matrix.taxon_group_names[at(clade.group)] + " (" + std::to_string(clade.taxa) + ")";
     if (!node_texts.empty()) result.node_texts[at(clade.first)] = node_texts[at(clade.node)];
     std::vector<std::uint8_t> members(at(matrix.ntax), 0);
-    mark_terminals(tree, matrix.ntax, clade.node, members);
+    flag_terminals(tree, matrix.ntax, clade.node, members);
     for (int t = clade.first + 1; t < matrix.ntax; ++t) {
       if (members[at(t)]) result.record[at(t)] = 0;
     }

@@ -28,9 +28,9 @@ struct drawing_request {
 };
 
 void read_coordinate_array(drawing_request& request) {
-  if (!macros_on() || !tree_hooks.user_arrays.read_name)
+  if (!macros_on() || !hooks_of_trees.user_arrays.read_name)
     error_end("This option is valid only when macros are enabled");
-  request.coordinate_array = tree_hooks.user_arrays.read_name();
+  request.coordinate_array = hooks_of_trees.user_arrays.read_name();
 }
 
 template <auto member>
@@ -104,7 +104,7 @@ void save_places(int array, const node_places& places) {
     values.push_back(std::round(x));
     values.push_back(std::round(y));
   }
-  tree_hooks.user_arrays.store(array, values, 2);
+  hooks_of_trees.user_arrays.store(array, values, 2);
   let_svg_file_take_additions();
 }
 

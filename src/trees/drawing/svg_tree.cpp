@@ -22,7 +22,7 @@ namespace {
 constexpr double usual_length = 40;  // pixels of a branch, where the tree isn't too deep
 constexpr double least_length = 8;   // pixels
 constexpr double usual_width = 900;  // pixels of a deep tree's branches
-constexpr double label_gap = 6;      // pixels between a branch and the name behind it
+constexpr double label_gap = 6;      // pixels between a branch and the name after it
 constexpr double legend_gap = 4;     // pixels left and right of a legend
 constexpr double ascent = 0.76;      // of the font size: top of capitals over the base line
 constexpr double descent = 0.22;
@@ -124,12 +124,12 @@ class svg_tree_writer {
   }
 
   int depth() const {
-    std::vector<int> levels(order_.nodes(), 0);
+    std::vector<int> depths(order_.nodes(), 0);
     int deepest = 1;
     for (const int node : order_.preorder)
       if (node != ntax_) {
-        levels[at(node)] = levels[at(tree_[at(node)])] + 1;
-        deepest = std::max(deepest, levels[at(node)]);
+        depths[at(node)] = depths[at(tree_[at(node)])] + 1;
+        deepest = std::max(deepest, depths[at(node)]);
       }
     return deepest;
   }

@@ -10,7 +10,7 @@
 
 namespace zeb {
 
-/// What `ttags &` takes behind the file name. Sizes in pixels; -1 is a fitting size.
+/// What `ttags &` takes after the file name. Sizes in pixels; -1 is a fitting size.
 struct svg_options {
   int branch_length = -1;  // span of a branch
   int branch_height = -1;  // distance between terminals

@@ -16,6 +16,7 @@ table_state tables;
 
 namespace {
 
+constexpr int list_columns = 10;  // values in a row of a framed list
 constexpr std::string_view empty_cell = "--";
 
 std::string padded_left(std::string_view text, int width) {
@@ -45,7 +46,7 @@ int line_width() { return std::clamp(screen.columns - 1, 20, 2000); }
 
 void print_list(const list_table& t) {
   emit_lines(t.title, tables.dense ? dense_list(t, line_width())
-                                   : framed_list(t, tables.list_columns, line_width()));
+                                   : framed_list(t, list_columns, line_width()));
 }
 
 /// Columns `first` to `end` - 1 of a framed matrix, under a head.
@@ -174,11 +175,11 @@ std::string fraction_text(double value, int decimals) {
 }
 
 void print_table(std::string_view title, std::span<const std::int64_t> values) {
-  if (tree_hooks.take_list) {
+  if (hooks_of_trees.take_list) {
     std::vector<double> copy;
     for (const std::int64_t v : values)
       copy.push_back(v == no_value ? no_fraction : static_cast<double>(v));
-    if (tree_hooks.take_list(copy)) return;
+    if (hooks_of_trees.take_list(copy)) return;
   }
   print_list({title, integer_texts(values)});
 }
@@ -188,7 +189,7 @@ void print_table(std::string_view title, std::span<const double> values) {
 }
 
 void print_table(std::string_view title, std::span<const double> values, int decimals) {
-  if (tree_hooks.take_list && tree_hooks.take_list(values)) return;
+  if (hooks_of_trees.take_list && hooks_of_trees.take_list(values)) return;
   print_list({title, fraction_texts(values, decimals)});
 }
 

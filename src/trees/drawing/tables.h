@@ -21,9 +21,8 @@ constexpr double no_fraction = std::numeric_limits<double>::quiet_NaN();
 
 /// Settings of `tables`. Written by its command.
 struct table_state {
-  bool dense = false;     // `tables =`: dense form, without a frame
-  int precision = 5;      // decimals of fractions, `tables /N`
-  int list_columns = 10;  // values in a row of a list, at least 1
+  bool dense = false;  // `tables =`: dense form, without a frame
+  int precision = 5;   // decimals of fractions, `tables /N`
 };
 extern table_state tables;
 
@@ -39,7 +38,8 @@ struct matrix_table {
   std::span<const std::string> column_labels;  // may be empty
   std::vector<std::string> cells;              // row by row; empty: without a value
 };
-/// Prints values of elements 0 to n-1, in rows of `list_columns`.
+
+/// Prints values of elements 0 to n-1, ten in a row.
 void print_table(std::string_view title, std::span<const std::int64_t> values);
 void print_table(std::string_view title, std::span<const double> values);
 /// The same, with `decimals` in place of the precision of `tables /`.

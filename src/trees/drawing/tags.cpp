@@ -78,7 +78,7 @@ void add_tags(const_tree_span tree, std::span<const std::string> texts) {
     std::string& tag = tags.tag_texts[at(found->second)];
     const char separator = tags.tag_separator ? tags.tag_separator : '/';
     const std::string longer = tag.empty() ? texts[n] : tag + separator + texts[n];
-    if (longer.size() >= at(tags.tag_size))
+    if (longer.size() > longest_tag)
       too_long = true;
     else
       tag = longer;
@@ -119,7 +119,7 @@ void set_tag_tree(const_tree_span tree, std::span<const std::string> texts,
   normalise_tree(copy, matrix.ntax);
   std::vector<std::string> moved(copy.size());
   for (std::size_t n = 0; n < texts.size() && n < number.size(); ++n)
-    if (number[n] >= 0) moved[at(number[n])] = text_in_bytes(texts[n], at(tags.tag_size - 1));
+    if (number[n] >= 0) moved[at(number[n])] = text_in_bytes(texts[n], longest_tag);
   tags.tag_tree = std::move(copy);
   tags.tag_texts = std::move(moved);
   tags.tag_title = title.substr(0, longest_tag_title);

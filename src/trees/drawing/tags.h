@@ -10,16 +10,16 @@
 
 namespace zeb {
 
-constexpr std::size_t longest_tag_title = 512;
+constexpr std::size_t longest_tag = 127;        // bytes
+constexpr std::size_t longest_tag_title = 512;  // bytes
 
 /// The tag tree. Written by the functions below.
 struct tag_store {
   bool tags_on = false;  // `ttags =`: commands that print trees store their texts
   bool tags_present = false;
   std::vector<tree_node> tag_tree;     // nnodes
-  std::vector<std::string> tag_texts;  // nnodes, each under tag_size bytes
-  std::string tag_title;               // at most 512 characters
-  int tag_size = 128;
+  std::vector<std::string> tag_texts;  // nnodes, each at most longest_tag bytes
+  std::string tag_title;               // at most longest_tag_title bytes
 
   bool tags_add = false;    // `tread [`: texts that are read are added to those there are
   char tag_separator = 0;   // '\\' with `ttags [`
@@ -50,7 +50,7 @@ void store_drawn_tags(const_tree_span tree, std::string_view title,
 /// A node of the tag tree that can hold a text.
 bool is_tag_node(int node);
 bool has_any_tag();
-/// The text of one node of the tag tree, under tag_size bytes; empty removes it.
+/// The text of one node of the tag tree, at most longest_tag bytes; empty removes it.
 void set_tag(int node, std::string_view text);
 /// Removes the texts of all terminals, or of all internal nodes.
 void erase_tags(bool of_terminals);

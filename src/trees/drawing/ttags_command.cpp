@@ -48,19 +48,19 @@ void show_tags(bool lines_of_tags) {
 /// numbers -1 to -5 stand for symbols.
 void exchange_with_array() {
   const int sign = next_nonblank();
-  if (!macros_on() || !tree_hooks.user_arrays.read_name || !tags.tags_present)
+  if (!macros_on() || !hooks_of_trees.user_arrays.read_name || !tags.tags_present)
     error_end_f("Option \"=%c\" valid only when macros and tree-tags connected", sign);
   const bool internal_only = sign == '[';
   const bool symbols = accept_char(sign);
-  const int array = tree_hooks.user_arrays.read_name();
+  const int array = hooks_of_trees.user_arrays.read_name();
   if (sign != '>') {
-    tags_from_numbers(tree_hooks.user_arrays.values(array), symbols, internal_only);
+    tags_from_numbers(hooks_of_trees.user_arrays.values(array), symbols, internal_only);
     return;
   }
   int bad_node = -1;
   const std::vector<double> values = tags_as_numbers(symbols, internal_only, &bad_node);
   if (bad_node >= 0) error_end("Tag of node", bad_node, "is not a number");
-  tree_hooks.user_arrays.store(array, values, 1);
+  hooks_of_trees.user_arrays.store(array, values, 1);
 }
 
 // ---- forms ----
@@ -77,8 +77,7 @@ void write_to_node() {
   require_target();
   const int node = read_tag_node();
   const std::string text = read_text_to_semicolon();
-  if (text.size() >= static_cast<std::size_t>(tags.tag_size))
-    error_end("Message too long (not copied)");
+  if (text.size() > longest_tag) error_end("Message too long (not copied)");
   set_tag(node, text);
 }
 
@@ -105,7 +104,7 @@ void set_target() {
     check_tree_number(tree);
   }
   const int next = skip_blanks_peek();
-  if (next == '<' && (!macros_on() || !tree_hooks.user_arrays.read_name))
+  if (next == '<' && (!macros_on() || !hooks_of_trees.user_arrays.read_name))
     error_end("This option is valid only when macros are enabled");
   set_tag_tree(stored_tree(tree));
   if (next == '<') exchange_with_array();

@@ -48,7 +48,7 @@ class parenthetical_parser {
   static constexpr std::size_t c_none = std::string_view::npos;
 
   void read_item() {
-    if (just_closed_ && dialect_.labels_behind_nodes) {
+    if (just_closed_ && dialect_.labels_after_nodes) {
       just_closed_ = false;
       dialect_.read_label(tree_, tree_.last_node());
       return;

@@ -13,16 +13,16 @@ struct parenthetical_dialect {
   int (*read)() = nullptr;  // next character; must come to a terminator sooner or later
   void (*unread)() = nullptr;
   std::string_view terminators = ";";  // each ends a tree
-  char annotation = 0;                 // what stands before a text for the node just met; 0 none
-  bool labels_behind_nodes = false;    // what follows ")" at once is a label of the node
+  char annotation = 0;                 // the sign before a text for the node just met; 0 none
+  bool labels_after_nodes = false;     // what follows ")" at once is a label of the node
   bool bracket_comments = false;       // "[...]" is skipped
   bool comma_ends = false;             // a comma outside of all parentheses stands for ";"
   /// Reads what is neither parenthesis nor terminator, from its first character: terminals, copies
   /// of clades.
   std::function<void(tree_builder&)> read_item;
-  /// Reads the text behind the annotation mark, for `node` of the builder.
+  /// Reads the text after the annotation sign, for `node` of the builder.
   std::function<void(tree_builder&, int node)> read_annotation;
-  /// Reads a label behind a node's closing parenthesis, from its first character.
+  /// Reads a label after a node's closing parenthesis, from its first character.
   std::function<void(tree_builder&, int node)> read_label;
   /// A closing parenthesis too many, which will be ignored: once for a tree.
   std::function<void()> excess;

@@ -32,7 +32,7 @@ class tree_builder {
   /// The root was opened by a parenthesis of its own, as against standing there implied.
   bool root_opened() const { return root_opened_; }
   bool at_root() const { return current_ == ntax_; }
-  /// What was added or closed last: the node that a label or tag behind it belongs to.
+  /// What was added or closed last: the node that a label or tag after it belongs to.
   int last_node() const { return last_; }
   /// The terminal met first below the current node or, if it has none, the last one met; -1
   /// without terminals.

@@ -23,7 +23,7 @@ constexpr const char* must_balance =
 
 }  // namespace
 
-tree_text_reader::tree_text_reader(int ntax) : ntax_(ntax), tree_(ntax), marks_(at(ntax)) {
+tree_text_reader::tree_text_reader(int ntax) : ntax_(ntax), tree_(ntax), flags_(at(ntax)) {
   dialect_.read = read_char;
   dialect_.unread = unread_char;
   dialect_.terminators = "*;";
@@ -93,11 +93,11 @@ void tree_text_reader::read_taxon_reference() {
   const int c = read_char();
   unread_char();
   if (word_.empty() && (c == ':' || ends_taxon_name(c))) {
-    const int taxon = read_taxon(marks_);
+    const int taxon = read_taxon(flags_);
     if (taxon >= 0) {
       tree_.add_terminal(taxon);
     } else {
-      add_marked();
+      add_flagged();
     }
     return;
   }
@@ -109,19 +109,19 @@ void tree_text_reader::read_taxon_reference() {
   unread_char();
   int taxon = names_.find(word_);
   if (taxon < 0) {
-    std::fill(marks_.begin(), marks_.end(), std::uint8_t{0});
-    taxon = taxon_of_word(word_, marks_);
+    std::fill(flags_.begin(), flags_.end(), std::uint8_t{0});
+    taxon = taxon_of_word(word_, flags_);
   }
   if (taxon >= 0) {
     tree_.add_terminal(taxon);
   } else {
-    add_marked();
+    add_flagged();
   }
 }
 
-void tree_text_reader::add_marked() {
+void tree_text_reader::add_flagged() {
   for (int t = 0; t < ntax_; ++t) {
-    if (marks_[at(t)]) tree_.add_terminal(t);
+    if (flags_[at(t)]) tree_.add_terminal(t);
   }
 }
 
@@ -133,7 +133,7 @@ void tree_text_reader::read_tag(int node) {
     return next < 33 || next == '*' || next == ';' || (next == ',' && dialect_.comma_ends);
   };
   for (; !ends_tag(c); c = read_char()) {
-    if (static_cast<int>(text.size()) < tags.tag_size - 1) text += static_cast<char>(c);
+    if (text.size() < longest_tag) text += static_cast<char>(c);
   }
   unread_char();
   tags_.emplace_back(node, std::move(text));

@@ -31,14 +31,14 @@ class tree_text_reader {
   void read_item();
   void read_taxon_reference();
   void read_tag(int node);
-  void add_marked();
+  void add_flagged();
 
   int ntax_;
   tree_builder tree_;
   tree_tags tags_;
   taxon_names names_;
   std::string word_;
-  std::vector<std::uint8_t> marks_;
+  std::vector<std::uint8_t> flags_;
   bool mended_ = false;
   parenthetical_dialect dialect_;
 };

@@ -28,7 +28,7 @@ class score_commands : public ::testing::Test {
   void SetUp() override { zeb_test::run_program(three_trees); }
   void TearDown() override {
     engine.implied_on = false;
-    tree_hooks.constraints = {};
+    hooks_of_trees.constraints = {};
     wipe_matrix();
   }
 };
@@ -37,23 +37,23 @@ TEST_F(score_commands, best_among_the_trees_that_satisfy_constraints) {
   constraint_filter filter;
   filter.active = [] { return true; };
   filter.satisfies = [](int tree) { return tree > 0; };
-  tree_hooks.constraints = filter;
+  hooks_of_trees.constraints = filter;
   EXPECT_EQ(zeb_test::run_program("best [;"),
             "Best score: 3, 2 trees discarded, 1 trees retained (all fulfill constraints)\n");
   zeb_test::run_program(three_trees);
   filter.satisfies = [](int) { return false; };
-  tree_hooks.constraints = filter;
+  hooks_of_trees.constraints = filter;
   EXPECT_EQ(zeb_test::run_program("best [ 1;"),
             "Best score: 2, 1 trees discarded, 2 trees retained (none fulfills constraints)\n");
   zeb_test::run_program(three_trees);
   EXPECT_EQ(zeb_test::run_program("unique;"),
             "0 trees discarded, 3 trees retained (none fulfills constraints)\n");
   filter.satisfies = [](int tree) { return tree == 1; };
-  tree_hooks.constraints = filter;
+  hooks_of_trees.constraints = filter;
   EXPECT_EQ(zeb_test::run_program("unique;"),
             "2 trees discarded, 1 trees retained (all fulfill constraints)\n");
   filter.active = [] { return false; };
-  tree_hooks.constraints = filter;
+  hooks_of_trees.constraints = filter;
   EXPECT_TRUE(contains(zeb_test::run_program("best [;"), "There are no constraints in use"));
 }
 

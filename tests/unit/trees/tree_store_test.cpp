@@ -95,51 +95,6 @@ TEST(tree_store, the_vault_lies_apart_and_forbids_growth) {
   expect_trees(10);
 }
 
-TEST(tree_store, selection_moves_trees_and_group_bits_together) {
-  zeb_test::text_session session(ntax);
-  fill(9);
-  select_trees(store, std::vector<std::uint8_t>{0, 1, 0, 1, 1, 0, 1, 0, 0});
-  ASSERT_EQ(store.ntrees, 4);
-  const int kept[] = {1, 3, 4, 6};
-  for (int t = 0; t < 4; ++t) {
-    EXPECT_EQ(stored_tree(t)[1], 1000 + kept[t]);
-    EXPECT_EQ(in_tree_group(t, 5), kept[t] % 3 == 0);
-  }
-}
-
-TEST(tree_store, automatic_groups_go_round) {
-  zeb_test::text_session session(ntax);
-  for (int t = 0; t < 34; ++t) {
-    take_slot();
-    group_automatically(t, t + 1, "auto");
-  }
-  EXPECT_EQ(tree_groups.next_automatic, 2);
-  EXPECT_TRUE(in_tree_group(33, 1));
-  EXPECT_FALSE(in_tree_group(1, 1));
-  EXPECT_TRUE(in_tree_group(2, 2));
-}
-
-// What was in a slot before must not make the next tree there a member of a group.
-TEST(tree_slots, slots_that_come_into_use_are_in_no_group) {
-  zeb_test::text_session session(ntax);
-  fill(10);
-  set_tree_count(store, 2);
-  set_tree_count(store, 10);
-  EXPECT_TRUE(in_tree_group(0, 5));
-  for (int t = 2; t < 10; ++t) EXPECT_FALSE(in_tree_group(t, 5)) << t;
-}
-
-TEST(tree_slots, a_private_room_selects_and_reorders_without_groups) {
-  private_slots room(5, 3);
-  for (int t = 0; t < 5; ++t) std::ranges::fill(slot_of(room, t), t);
-  set_tree_count(room, 5);
-  select_trees(room, std::vector<std::uint8_t>{1, 0, 1, 1, 1});
-  reorder_trees(room, std::vector<int>{2, 0, 1, 3});
-  ASSERT_EQ(room.ntrees, 4);
-  const int expected[] = {3, 0, 2, 4};
-  for (int t = 0; t < 4; ++t) EXPECT_EQ(slot_of(room, t)[2], expected[t]);
-}
-
 TEST(tree_store, trees_put_aside_come_back_with_their_groups) {
   zeb_test::text_session session(ntax);
   const jump_context context;

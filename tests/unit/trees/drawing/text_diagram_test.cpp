@@ -8,9 +8,7 @@
 #include <random>
 #include <set>
 
-#include "base/text_columns.h"
 #include "support/random_trees.h"
-#include "trees/drawing/command_text.h"
 
 namespace {
 
@@ -142,20 +140,10 @@ TEST(text_diagram, draws_very_deep_trees) {
     const auto names = std::accumulate(
         lines.begin(), lines.end(), 0L,
         [](long sum, const std::string& line) { return sum + line.ends_with(" x"); });
-    // A name alone after a cut mark has no blank in front.
+    // A name alone after a cut sign has no blank in front.
     EXPECT_NEAR(static_cast<double>(names), ntax, ntax * 0.25);
     EXPECT_LT(lines.size(), 3U * ntax);
   }
-}
-
-TEST(text_lines, breaks_at_separators_and_blanks) {
-  using texts = std::vector<std::string>;
-  EXPECT_EQ(text_lines("a\\b", 0, 1), texts({"a\\b"}));
-  EXPECT_EQ(text_lines("a\\\\b\\", '\\', 0), texts({"a", "", "b", ""}));
-  EXPECT_EQ(text_lines("one two three", '\\', 7), texts({"one two", "three"}));
-  EXPECT_EQ(text_lines("1,2,3,4", '\\', 4), texts({"1,2,", "3,4"}));
-  EXPECT_EQ(text_lines("unbreakable", '\\', 5), texts({"unbre", "akabl", "e"}));
-  EXPECT_EQ(text_columns("\xc3\xa9t\xc3\xa9"), 3);
 }
 
 }  // namespace
