@@ -8,7 +8,6 @@
 #include "engine/packing/packed_matrix.h"
 #include "engine/plain/tree_scores.h"
 #include "trees/hooks.h"
-#include "trees/tree_equality.h"
 
 namespace zeb {
 

@@ -14,7 +14,6 @@
 #include "search/commands.h"
 #include "search/search_settings.h"
 #include "trees/hooks.h"
-#include "trees/tree_equality.h"
 #include "trees/tree_store.h"
 
 namespace zeb {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
@@ -25,7 +26,7 @@ namespace {
 std::vector<int> taxa_to_use() {
   std::vector<int> taxa;
   for (int t = 0; t < matrix.ntax; ++t) {
-    if (matrix.taxon_active[static_cast<std::size_t>(t)]) taxa.push_back(t);
+    if (matrix.taxon_active[at(t)]) taxa.push_back(t);
   }
   if (taxa.size() < 3) error_end("At least three taxa must be active");
   const auto outgroup = std::find(taxa.begin(), taxa.end(), matrix.outgroup);
@@ -77,7 +78,7 @@ void alltrees_command() {
   const double total = binary_tree_count(static_cast<int>(taxa.size()));
   const int first = store.ntrees;
   all_binary_trees trees(taxa, matrix.ntax);
-  std::vector<tree_node> tree(static_cast<std::size_t>(matrix.nnodes));
+  std::vector<tree_node> tree(at(matrix.nnodes));
   poller progress;
   bool complete = true;
   while (trees.next(tree)) {

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "base/indices.h"
 #include "trees/tree_record.h"
 
 namespace zeb {
@@ -24,7 +25,7 @@ struct tree_slots {
 /// Cells of slot `number`, which must be below `maxtrees`, to be read or written anew. The span is
 /// good until the capacity changes.
 inline tree_span slot_of(const tree_slots& slots, int number) {
-  return {slots.trees[static_cast<std::size_t>(number)], static_cast<std::size_t>(slots.nnodes)};
+  return {slots.trees[at(number)], at(slots.nnodes)};
 }
 
 /// The trees in slots 0 to `count` - 1 are those in use from now on. What is in slots that come

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "base/indices.h"
 #include "base/message_text.h"
 
 namespace zeb {
@@ -40,7 +41,7 @@ bool read_color(std::string_view colors, branch_style& style) {
 const char* color_of_digit(int digit) {
   constexpr std::array names = {"red",  "blue",   "green",  "cyan",    "brown",
                                 "pink", "orange", "purple", "magenta", "yellow"};
-  return names[static_cast<std::size_t>(digit)];
+  return names[at(digit)];
 }
 
 std::string color_code::rgb() const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/indices.h"
 #include "console/output.h"
 #include "console/screen.h"
 #include "matrix/matrix.h"
@@ -39,8 +40,8 @@ diagram_style current_style(bool lines_of_tags) {
 
 std::vector<std::string> node_numbers(const_tree_span tree) {
   const int limit = node_limit(tree, matrix.ntax);
-  std::vector<std::string> out(static_cast<std::size_t>(limit));
-  for (int n = matrix.ntax; n < limit; ++n) out[static_cast<std::size_t>(n)] = std::to_string(n);
+  std::vector<std::string> out(at(limit));
+  for (int n = matrix.ntax; n < limit; ++n) out[at(n)] = std::to_string(n);
   return out;
 }
 
@@ -53,9 +54,9 @@ std::string tree_heading(int number) {
 
 void print_diagram(const_tree_span tree, std::span<const std::string> node_texts,
                    bool lines_of_tags) {
-  std::vector<std::string> labels(static_cast<std::size_t>(matrix.ntax));
+  std::vector<std::string> labels(at(matrix.ntax));
   for (int t = 0; t < matrix.ntax; ++t)
-    if (!is_absent(tree, t)) labels[static_cast<std::size_t>(t)] = taxon_label(t);
+    if (!is_absent(tree, t)) labels[at(t)] = taxon_label(t);
   std::vector<std::string> numbers;
   if (node_texts.empty() && !display.naked) node_texts = numbers = node_numbers(tree);
   shrunken_tree shrunken;

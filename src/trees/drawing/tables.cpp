@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/indices.h"
 #include "base/message_text.h"
 #include "base/text_columns.h"
 #include "console/output.h"
@@ -54,7 +55,7 @@ void add_framed_columns(const matrix_table& table, std::size_t first, std::size_
                         int label_width, std::span<const int> widths,
                         std::vector<std::string>& out) {
   const std::size_t columns = widths.size();
-  std::string head(static_cast<std::size_t>(label_width) + 2, ' ');
+  std::string head(at(label_width) + 2, ' ');
   for (std::size_t c = first; c < end; ++c) {
     const std::string label =
         c < table.column_labels.size() ? table.column_labels[c] : std::to_string(c);
@@ -94,7 +95,7 @@ std::vector<std::string> framed_list(const list_table& table, int columns_per_ro
   const int cell_width = widest(table.cells, static_cast<int>(empty_cell.size()) + 1) + 1;
   const int most = std::max(1, (screen_columns - label_width - 3) / cell_width);
   const auto per_row = static_cast<std::size_t>(std::clamp(columns_per_row, 1, most));
-  std::string head(static_cast<std::size_t>(label_width) + 2, ' ');
+  std::string head(at(label_width) + 2, ' ');
   for (std::size_t c = 0; c < std::min(per_row, std::max<std::size_t>(n, 1)); ++c)
     head += padded_left(std::to_string(c), cell_width);
   const std::string line = rule(head.size() + 1);
@@ -141,7 +142,7 @@ std::vector<std::string> dense_list(const list_table& table, int screen_columns)
   for (std::size_t i = 0; i < table.cells.size(); ++i) {
     if (table.cells[i].empty()) continue;
     const std::string item = std::to_string(i) + ":" + table.cells[i];
-    const std::size_t room = static_cast<std::size_t>(screen_columns);
+    const std::size_t room = at(screen_columns);
     if (!out.back().empty() && out.back().size() + 1 + item.size() > room) out.emplace_back();
     out.back() += (out.back().empty() ? "" : " ") + item;
   }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
@@ -14,19 +15,14 @@
 #include "trees/drawing/command_text.h"
 #include "trees/drawing/display.h"
 #include "trees/notation/parenthetical_writer.h"
+#include "trees/tree_lists.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
 
-/// Reads a list of trees, or "/" for the last one; all trees where there is none.
 std::vector<std::uint8_t> read_trees_to_show() {
-  std::vector<std::uint8_t> chosen(static_cast<std::size_t>(store.ntrees), 0);
-  if (accept_char('/')) {
-    chosen.back() = 1;
-  } else if (!read_list(list_in_tree_buffer, 0, store.ntrees, "tree", chosen)) {
-    std::fill(chosen.begin(), chosen.end(), std::uint8_t{1});
-  }
+  std::vector<std::uint8_t> chosen = read_tree_list_or_last();
   check_end();
   return chosen;
 }
@@ -37,7 +33,7 @@ void show_parenthetical() {
   emit(text_of("Tread 'set of %i trees'", static_cast<int>(count)), "\n");
   auto left = count;
   for (int t = 0; t < store.ntrees; ++t) {
-    if (!chosen[static_cast<std::size_t>(t)]) continue;
+    if (!chosen[at(t)]) continue;
     emit_broken_at_blanks(stored_tree_text(stored_tree(t)) + (--left > 0 ? " *" : " ; "));
   }
   if (count == 0) emit(" ; \n");
@@ -67,7 +63,7 @@ void tplot_command() {
   if (accept_char('*')) return show_parenthetical();
   const std::vector<std::uint8_t> chosen = read_trees_to_show();
   for (int t = 0; t < store.ntrees; ++t)
-    if (chosen[static_cast<std::size_t>(t)]) plot_stored_tree(t);
+    if (chosen[at(t)]) plot_stored_tree(t);
 }
 
 void naked_command() {

@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/indices.h"
 #include "console/output.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -22,7 +23,7 @@ void show_groups() {
   emit("Groups shown as one terminal:");
   for (int g = 0; g < matrix_state::group_count; ++g) {
     if (((shrinking.groups >> g) & 1U) != 0) {
-      emit(" ", matrix.taxon_group_names[static_cast<std::size_t>(g)]);
+      emit(" ", matrix.taxon_group_names[at(g)]);
     }
   }
   emit("\n");

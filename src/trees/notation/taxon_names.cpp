@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "base/indices.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -20,7 +21,7 @@ std::string folded(std::string_view word) {
 int taxon_names::find(std::string_view word) {
   if (!filled_) {
     filled_ = true;
-    taxa_.reserve(static_cast<std::size_t>(matrix.ntax));
+    taxa_.reserve(at(matrix.ntax));
     for (int t = 0; t < matrix.ntax; ++t) taxa_.emplace(folded(taxon_name(t)), t);
   }
   const auto found = taxa_.find(folded(word));

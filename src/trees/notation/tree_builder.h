@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "base/indices.h"
 #include "trees/tree_record.h"
 
 namespace zeb {
@@ -26,7 +27,7 @@ class tree_builder {
   /// Adds a copy of a clade of another tree, as one node.
   void add_subtree(const_tree_span tree, int node);
 
-  bool holds(int taxon) const { return up_[static_cast<std::size_t>(taxon)] >= 0; }
+  bool holds(int taxon) const { return up_[at(taxon)] >= 0; }
   bool empty() const { return terminals_ == 0; }
   bool untouched() const { return terminals_ == 0 && opened_ == 0; }
   /// The root was opened by a parenthesis of its own, as against standing there implied.

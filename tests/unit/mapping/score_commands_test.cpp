@@ -8,7 +8,6 @@
 #include "matrix/matrix_layout.h"
 #include "support/program.h"
 #include "trees/hooks.h"
-#include "trees/tree_equality.h"
 
 namespace zeb {
 namespace {

@@ -44,6 +44,11 @@ TEST(tree_store, capacity_changes_keep_trees_groups_and_memory) {
     expect_trees(50);
   }
   EXPECT_EQ(arena_free(), before);
+  {
+    const fixed_capacity_scope fixed;
+    EXPECT_FALSE(set_maxtrees(200, false));
+    EXPECT_EQ(store.maxtrees, 100);
+  }
   EXPECT_FALSE(set_maxtrees(100'000'000, false, true));
   EXPECT_THROW(set_maxtrees(100'000'000, false), command_unwinding);
   expect_trees(50);
