@@ -102,8 +102,7 @@ struct evolved_data {
     tree = random_tree(ntax, g);
     for (int c = 0; c < nchar; ++c) evolve(c, g);
     finish_matrix();
-    packed_matrix(true);
-    tree[at(ntax)] = current_search_data->nodes;
+    tree[at(ntax)] = packed_matrix(true).nodes;
   }
 
   static std::vector<std::int32_t> random_tree(int n, std::mt19937& g) {

@@ -13,6 +13,7 @@
 
 #include "base/scores.h"
 #include "engine/kernels/kernels.h"
+#include "engine/wide/wide_kinds.h"
 
 namespace zeb {
 
@@ -45,6 +46,12 @@ struct field_record {
   std::int32_t character;  // matrix character; -1 padding
 };
 
+/// One of the two sides of a joining; see join_end. A node or, for a cluster, its number.
+struct join_side {
+  join_end end;
+  int number;
+};
+
 struct search_data {
   // -- taxa --
   int n = 0;                              // active taxa, at least 3
@@ -66,12 +73,12 @@ struct search_data {
   bool long_words = true;                // kernels of words wider than 32 bits may be used
   bool uniform_mode = true;
   bool per_char_mode = false;
-  bool implied_on = false;  // scores are fits; per_char_mode is on, base_steps and base_cont are 0
-  bool has_continuous = false;
-  bool has_wide_fields = false;  // any field that needs the wide slots: groups 5 and 6
-  bool has_asymmetric = false;
+  bool implied_on = false;      // scores are fits; per_char_mode is on, base_steps is 0
+  bool has_wide = false;        // some characters are in wide sets
+  bool has_continuous = false;  // some of those score in fractions of a unit
+  bool has_asymmetric = false;  // of some of those the length depends on the root
   std::int64_t base_steps = 0;  // constant steps removed while packing
-  double base_cont = 0;         // constant cost of continuous characters
+  wide_data wide;               // characters that the words don't hold
 
   // -- implied weights; empty without them --
   double concavity = 3.0;
@@ -86,9 +93,8 @@ struct search_data {
   std::span<word> coarse_planes;
 
   // -- the tree in work and its sets --
-  tree_arrays tree;                   // four arrays of `nodes` entries
-  std::span<node_sets> primary_sets;  // allocated once
-  std::span<node_sets> sets;          // working copy, which all kernels read
+  tree_arrays tree;           // four arrays of `nodes` entries
+  std::span<node_sets> sets;  // by node
   // Where the sets of a kind start: sets[v].branch == branch_base + v * set_stride. Passes, waves
   // and scans go by these, so sets change places by their words, not by their pointers.
   word* down_base = nullptr;
@@ -112,14 +118,5 @@ struct search_data {
   std::span<std::int32_t> node_list;   // nodes + 1
   std::span<std::int32_t> node_stack;  // 2 * nodes + 2
 };
-
-/// The data set in work; null before anything was packed.
-extern search_data* current_search_data;
-
-/// Equality of scores: exact for integers, within 1e-08 under fractional scoring.
-inline bool same_score(const search_data& data, double a, double b) {
-  if (data.implied_on || data.has_continuous) return a - b < 1e-08 && b - a < 1e-08;
-  return a == b;
-}
 
 }  // namespace zeb

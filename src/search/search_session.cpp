@@ -18,7 +18,7 @@ namespace {
 
 search_data& users_data() {
   search_data& data = packed_matrix(false);
-  if (swapping.use_inters > 0 && (data.has_wide_fields || data.has_continuous)) {
+  if (swapping.use_inters > 0 && data.has_wide) {
     error_end("Sorry, \"bbreak:inters\" is invalid for Sankoff/continuous characters");
   }
   return data;

@@ -198,40 +198,5 @@ TEST_F(special_search, forbidden_moves_are_never_made) {
   }
 }
 
-// ---- costs beside the kernels ----
-
-std::array<int, 3> calls{};  // by level
-
-double nothing_more(const search_data&, joining level, int, int, double) {
-  ++calls[static_cast<std::size_t>(level)];
-  return 0;
-}
-
-TEST_F(special_search, what_costs_nothing_changes_nothing) {
-  std::mt19937 g(35);
-  for (const bool fits : {false, true}) {
-    zeb_test::data_shape shape;
-    shape.ntax = 30;
-    shape.nchar = 40;
-    shape.states = 4;
-    fill_matrix(shape, g);
-    engine.implied_on = fits;
-    mult_settings options;
-    options.replications = 2;
-    options.hold = 5;
-    const double best = search(options, 3);
-    const int number = store.ntrees;
-    const std::string examined = rearrangements_text(last_search.rearrangements);
-    calls = {};
-    hooks_of_search.slot_binders = {
-        [](const search_data&, move_slots& slots) { slots.wide_cost = nothing_more; }};
-    EXPECT_EQ(search(options, 3), best);
-    EXPECT_EQ(store.ntrees, number);
-    EXPECT_EQ(rearrangements_text(last_search.rearrangements), examined);
-    for (const int count : calls) EXPECT_GT(count, 0);
-    hooks_of_search.slot_binders.clear();
-  }
-}
-
 }  // namespace
 }  // namespace zeb

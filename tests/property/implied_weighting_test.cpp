@@ -9,9 +9,12 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 
 #include "base/arena.h"
 #include "base/errors.h"
+#include "base/process.h"
+#include "engine/joining.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/kernels/kernel_choice.h"
 #include "engine/packing/packed_matrix.h"
@@ -21,6 +24,7 @@
 #include "engine/passes/waves.h"
 #include "engine/settings.h"
 #include "property/clipped_trees.h"
+#include "property/plain_wide_kind.h"
 #include "property/random_matrix.h"
 #include "support/program.h"
 
@@ -63,32 +67,19 @@ double oracle_fit(const zeb_test::oracle_matrix& oracle, const search_data& data
   return sum;
 }
 
-/// One place for a clip: its sets, and those of two branches that it may be joined to.
-struct operands {
-  const word* clip;
-  const word* branch;
-  const word* other;
-};
-
 /// All widths give the same bits, whatever the bound, and stop where they should.
-void check_bounds(const search_data& data, const operands& o) {
+void check_bounds(const search_data& data, const word* clip, const word* branch) {
   const kernel_slots reference = kernels_of_width(32, scoring_mode::implied);
   const kernel_layout& l = data.layout;
-  const double cost = reference.fit.cost_pair(o.clip, o.branch, l, unbounded);
-  const double both = reference.fit.cost_triple(o.clip, o.branch, o.other, l, unbounded);
-  ASSERT_LE(both, cost);
-  ASSERT_LE(both, reference.fit.cost_pair(o.clip, o.other, l, unbounded));
+  const double cost = reference.fit.cost_pair(clip, branch, l, unbounded);
   for (const int bits : {32, 64, 256, 512}) {
     if (bits > widest_kernels()) continue;
     SCOPED_TRACE(::testing::Message() << bits << " bits");
     const fit_slots k = kernels_of_width(bits, scoring_mode::implied).fit;
-    ASSERT_EQ(k.cost_pair(o.clip, o.branch, l, unbounded), cost);
-    ASSERT_EQ(k.cost_pair(o.clip, o.branch, l, std::nextafter(cost, unbounded)), cost);
-    ASSERT_GE(k.cost_pair(o.clip, o.branch, l, cost), cost);  // stopped: not below the bound
-    ASSERT_GE(k.cost_pair(o.clip, o.branch, l, cost / 2), cost / 2);
-    ASSERT_EQ(k.cost_triple(o.clip, o.branch, o.other, l, both), both);
-    const double below = std::nextafter(both, -1.0);
-    ASSERT_GT(k.cost_triple(o.clip, o.branch, o.other, l, below), below);
+    ASSERT_EQ(k.cost_pair(clip, branch, l, unbounded), cost);
+    ASSERT_EQ(k.cost_pair(clip, branch, l, std::nextafter(cost, unbounded)), cost);
+    ASSERT_GE(k.cost_pair(clip, branch, l, cost), cost);  // stopped: not below the bound
+    ASSERT_GE(k.cost_pair(clip, branch, l, cost / 2), cost / 2);
   }
 }
 
@@ -124,13 +115,12 @@ void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::m
   const double score = total_fit(data);
   const int joint = detach(data.tree, clip);
   repair_after_clip(data, sister, clip);
-  const node_sets& own = data.sets[at(clip)];
-  const word* const home = data.sets[at(sister)].branch;
-  const double home_cost = remove_home_steps(data, own.down, home);
+  const join_side own{join_end::root, clip};
+  const join_side home{join_end::branch, sister};
+  const double home_cost = remove_home_steps(data, own, home);
   const double apart = total_fit(data);
   ASSERT_NEAR(score, apart + home_cost, rounding);
-  ASSERT_NEAR(data.kernels.fit.cost_pair(own.down, home, data.layout, unbounded), home_cost,
-              rounding);
+  ASSERT_NEAR(join_cost(data, own, home, unbounded), home_cost, rounding);
 
   const std::vector<int> subtree = zeb_test::nodes_below(data, clip);
   std::vector<int> targets = zeb_test::nodes_below(data, data.n);
@@ -140,18 +130,18 @@ void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::m
   };
   const int target = pick(targets);
   const int root_at = pick(subtree);
-  const word* const clip_words = root_at == clip ? own.down : data.sets[at(root_at)].branch;
-  const word* const branch = data.sets[at(target)].branch;
-  ASSERT_NO_FATAL_FAILURE(
-      check_bounds(data, {clip_words, branch, data.sets[at(pick(targets))].branch}));
-  const double cost = data.kernels.fit.cost_pair(clip_words, branch, data.layout, unbounded);
+  const join_side from = root_at == clip ? own : join_side{join_end::branch, root_at};
+  const join_side to{join_end::branch, target};
+  const word* const clip_words = packed_words(data, from);
+  ASSERT_NO_FATAL_FAILURE(check_bounds(data, clip_words, packed_words(data, to)));
+  const double cost = join_cost(data, from, to, unbounded);
   ASSERT_NO_FATAL_FAILURE(check_scan(data, clip_words, targets, cost));
   ASSERT_NO_FATAL_FAILURE(check_scan(data, clip_words, targets, home_cost + rounding));
-  const double exact = exact_score(data, clip_words, branch);
+  const double exact = exact_score(data, from, to);
   ASSERT_EQ(total_fit(data), apart);
   ASSERT_NEAR(exact, apart + cost, rounding);
 
-  add_attachment_steps(data, clip_words, branch);
+  add_attachment_steps(data, from, to);
   ASSERT_EQ(total_fit(data), exact);
   const std::vector<double> step_cost(data.step_cost.begin(), data.step_cost.end());
   const std::vector<word> coarse(data.coarse_planes.begin(), data.coarse_planes.end());
@@ -170,7 +160,7 @@ void check_two_passes(search_data& data, std::mt19937& g) {
   const int sister = data.tree.sister[at(clip)];
   const int joint = detach(data.tree, clip);
   repair_after_clip(data, sister, clip);
-  remove_home_steps(data, data.sets[at(clip)].down, data.sets[at(sister)].branch);
+  remove_home_steps(data, {join_end::root, clip}, {join_end::branch, sister});
   const double apart = total_fit(data);
   full_pass(data);
   subtree_pass(data, clip);
@@ -197,6 +187,8 @@ zeb_test::oracle_matrix random_data(std::mt19937& g, int most_taxa, int most_cha
 
 void check_data(std::mt19937& g, int most_taxa, int most_characters, int trees) {
   const zeb_test::oracle_matrix oracle = random_data(g, most_taxa, most_characters);
+  std::optional<zeb_test::plain_wide_kind> wide;
+  if (chance(g, 0.3)) wide.emplace(0.25 * draw(g, 1, 4), g);
   search_data& data = packed_matrix(true);
   for (int i = 0; i < trees; ++i) {
     const naive::rooted_tree tree = naive::random_tree(data.n, g);

@@ -9,8 +9,11 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "engine/packing/packing.h"
 #include "property/clipped_trees.h"
+#include "property/plain_wide_kind.h"
 #include "property/random_matrix.h"
 #include "support/program.h"
 
@@ -58,6 +61,8 @@ TEST_F(relative_fit, is_that_of_the_two_trees) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 14, 40);
     shape.ntax = std::max(shape.ntax, 5);
     const zeb_test::oracle_matrix oracle = fill_matrix(shape, g);
+    std::optional<zeb_test::plain_wide_kind> wide;
+    if (round % 3 == 0) wide.emplace(0.5, g);
     search_data& data = packed_matrix(true);
     const naive::rooted_tree start = naive::random_tree(data.n, g);
     tree_length(data, start.parent);
@@ -72,11 +77,11 @@ TEST_F(relative_fit, is_that_of_the_two_trees) {
       targets.push_back(data.tree.first[at(targets[i])]);
       targets.push_back(data.tree.second[at(targets[i])]);
     }
-    const word* words =
-        clip < data.n ? data.sets[at(clip)].down : data.sets[at(data.tree.second[at(clip)])].branch;
+    const join_side own = clip < data.n ? join_side{join_end::root, clip}
+                                        : join_side{join_end::branch, data.tree.second[at(clip)]};
     for (const int target : targets) {
-      const double found = relative_fit_difference(data, {words, data.sets[at(sister)].branch},
-                                                   {words, data.sets[at(target)].branch});
+      const double found = relative_fit_difference(data, {own, {join_end::branch, sister}},
+                                                   {own, {join_end::branch, target}});
       attach(data.tree, clip, joint, target);
       const double expected = oracle_difference(oracle, data, home, tree_in_work(data));
       EXPECT_NEAR(found, expected, 1e-12) << "round " << round;

@@ -1,6 +1,7 @@
 #include "engine/collapsing/search_marks.h"
 
 #include "base/indices.h"
+#include "engine/wide/wide_sets.h"
 
 namespace zeb {
 namespace {
@@ -40,7 +41,10 @@ bool branch_stays(const search_data& data, int v, int level) {
 void search_marks(const search_data& data, int level, std::span<std::uint8_t> marks) {
   for (std::uint8_t& m : marks) m = 1;
   if (level == 0) return;
-  for (int v = data.n + 1; v < data.nodes; ++v) marks[at(v)] = branch_stays(data, v, level);
+  const int rule = level < 3 ? level : 3;
+  for (int v = data.n + 1; v < data.nodes; ++v)
+    marks[at(v)] =
+        branch_stays(data, v, level) || (data.has_wide && wide_branch_stays(data, v, rule));
 }
 
 }  // namespace zeb

@@ -5,6 +5,8 @@
 #include "base/arena.h"
 #include "base/indices.h"
 #include "engine/fit/step_costs.h"
+#include "engine/joining.h"
+#include "engine/wide/wide_costs.h"
 
 namespace zeb {
 namespace {
@@ -109,6 +111,7 @@ void weigh_counters(search_data& data) {
 void reset_counters(search_data& data) {
   for (std::size_t i = 0; i < data.entries.size(); ++i)
     data.counters[i].steps = uncounted_steps(data, data.entries[i]);
+  if (data.has_wide) reset_wide_steps(data);
 }
 
 void refresh_step_costs(search_data& data) {
@@ -122,21 +125,26 @@ void refresh_step_costs(search_data& data) {
 double total_fit(const search_data& data) {
   double sum = data.base_fit;
   for (const fit_counter& c : data.counters) sum += c.weight * data.fit[at(c.steps)];
+  if (data.has_wide) sum += total_wide_fit(data);
   return sum;
 }
 
-void add_attachment_steps(search_data& data, const word* clip, const word* branch) {
-  data.kernels.fit.add_steps(clip, branch, data.layout);
+void add_attachment_steps(search_data& data, join_side clip, join_side main) {
+  data.kernels.fit.add_steps(packed_words(data, clip), packed_words(data, main), data.layout);
+  if (data.has_wide) add_wide_steps(data, clip, main);
 }
 
-double remove_home_steps(search_data& data, const word* clip, const word* branch) {
-  return data.kernels.fit.remove_steps(clip, branch, data.layout);
+double remove_home_steps(search_data& data, join_side clip, join_side main) {
+  double cost = data.kernels.fit.remove_steps(packed_words(data, clip), packed_words(data, main),
+                                              data.layout);
+  if (data.has_wide) cost += remove_wide_steps(data, clip, main);
+  return cost;
 }
 
-double exact_score(search_data& data, const word* clip, const word* branch) {
-  add_attachment_steps(data, clip, branch);
+double exact_score(search_data& data, join_side clip, join_side main) {
+  add_attachment_steps(data, clip, main);
   const double score = total_fit(data);
-  remove_home_steps(data, clip, branch);
+  remove_home_steps(data, clip, main);
   return score;
 }
 

@@ -24,15 +24,13 @@ void refresh_step_costs(search_data& data);
 /// The score by the counters as they are.
 double total_fit(const search_data& data);
 
-/// Counts the steps of joining two trees: those of the fields where the sets don't meet. The words
-/// are the `branch` set of the branch joined, and of the clip the `down` set of its root, or the
-/// `branch` set of the branch that it is joined by.
-void add_attachment_steps(search_data& data, const word* clip, const word* branch);
+/// Counts the steps of joining two trees: those of the fields where the sets don't meet.
+void add_attachment_steps(search_data& data, join_side clip, join_side main);
 /// Takes them off again; returns what they cost. Afterwards the fit kernels give the cost of other
 /// places beside the score of the two trees.
-double remove_home_steps(search_data& data, const word* clip, const word* branch);
+double remove_home_steps(search_data& data, join_side clip, join_side main);
 /// Score of the tree if the clip, whose steps of joining aren't counted, were joined there. Summed
 /// over all characters, so that no rounding piles up in long swaps.
-double exact_score(search_data& data, const word* clip, const word* branch);
+double exact_score(search_data& data, join_side clip, join_side main);
 
 }  // namespace zeb

@@ -13,7 +13,8 @@ scoring_mode mode_of(const search_data& data);
 /// weights the counters are put to no steps: a full pass must follow.
 void bind_kernels(search_data& data);
 /// Picks the mode for new weights in the field records (`uniform_mode` when all are 1, else
-/// `per_char_mode`) and binds the kernels. For perturbed weights (ratchet, resampling).
+/// `per_char_mode`) and binds the kernels. For perturbed weights (ratchet, resampling). Weights of
+/// wide characters are read where they stand.
 void weights_changed(search_data& data);
 
 }  // namespace zeb

@@ -1,10 +1,6 @@
 // Passes over whole trees and the incremental waves, in the same manner as kernel_forms.h.
 //
-// A wave works vector by vector: it goes only as far in the tree as that vector's sets change, so
-// most of the tree is never touched (Gladstein 1997). Rootward, preliminary sets are
-// remade until they come out as stored. Then final sets are remade from the highest change down:
-// along the path just walked always, elsewhere only below nodes whose final sets changed.
-// What the wave leaves is what a full pass would make, word for word.
+// What a wave is and leaves, and why it may stop, is told in passes/waves.h.
 #pragma once
 
 #include "engine/kernels/kernel_forms.h"

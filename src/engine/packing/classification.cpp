@@ -1,5 +1,6 @@
 #include "engine/packing/classification.h"
 
+#include <algorithm>
 #include <bit>
 
 #include "base/errors.h"
@@ -66,6 +67,33 @@ pack_entry entry_of(int character, int weight, const informative_states& states,
   return e;
 }
 
+const wide_kind* kind_of(const packing_request& request, int character) {
+  for (const wide_kind* kind : request.wide_kinds)
+    if (kind->takes(character)) return kind;
+  return nullptr;
+}
+
+wide_character wide_character_of(int character, int weight, const step_range& steps) {
+  wide_character c{};
+  c.character = character;
+  c.weight = weight;
+  c.min_steps = steps.least;
+  c.internal_steps = matrix.characters[at(character)].internal_steps;
+  return c;
+}
+
+/// A character that no tree can do better on than another.
+void add_constant(packing_plan& plan, const packing_request& request, int character, int steps,
+                  const wide_kind* kind) {
+  const int weight = request.weights[at(character)];
+  const int internal = matrix.characters[at(character)].internal_steps;
+  plan.base_fit += weight * (internal / (request.concavity + internal));
+  if (kind)
+    plan.base_wide_cost += static_cast<double>(std::int64_t{weight} * steps) * kind->unit;
+  else
+    plan.base_steps += std::int64_t{weight} * steps;
+}
+
 }  // namespace
 
 packing_plan plan_packing(const packing_request& request) {
@@ -75,12 +103,19 @@ packing_plan plan_packing(const packing_request& request) {
   for (int c = 0; c < matrix.nchar; ++c) {
     const int weight = request.weights[at(c)];
     if (weight == 0) continue;
-    refuse_unavailable(c);
+    const wide_kind* const kind = kind_of(request, c);
+    if (!kind) refuse_unavailable(c);
     const step_range steps = ranges.of(c);
     if (steps.least >= steps.most) {
-      const int internal = matrix.characters[at(c)].internal_steps;
-      plan.base_steps += std::int64_t{weight} * steps.most;
-      plan.base_fit += weight * (internal / (request.concavity + internal));
+      add_constant(plan, request, c, steps.most, kind);
+      continue;
+    }
+    if (kind) {
+      const auto share = std::find_if(plan.wide.begin(), plan.wide.end(),
+                                      [kind](const auto& s) { return s.kind == kind; });
+      packing_plan::wide_share& own =
+          share == plan.wide.end() ? plan.wide.emplace_back(kind) : *share;
+      own.characters.push_back(wide_character_of(c, weight, steps));
       continue;
     }
     plan.states.push_back(trim_states(c, request.taxa));

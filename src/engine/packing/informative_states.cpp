@@ -41,8 +41,8 @@ informative_states trim_states(int character, std::span<const std::int32_t> taxa
   std::uint32_t observed = states_with(count, [](int n) { return n > 0; });
   if (!result.additive) {
     // A cell with every state there is can follow its neighbour for nothing, so it doesn't make
-    // states occur; without such cells fewer states may be left, and so on.
-    while (observed != result.full) {
+    // states occur; without such cells fewer states may be left, and so on, down to none.
+    while (observed != result.full && observed != 0) {
       result.full = observed;
       count = occurrences(character, taxa, result.full);
       observed = states_with(count, [](int n) { return n > 0; });

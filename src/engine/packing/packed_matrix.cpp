@@ -9,8 +9,6 @@
 
 namespace zeb {
 
-search_data* current_search_data = nullptr;
-
 namespace {
 
 /// Settings of characters that the words depend on besides weights. Changes of cells always drop
@@ -33,9 +31,7 @@ packed_state packed;
 }  // namespace
 
 void forget_packed_data(const int* tag) {
-  if (tag != &locks.optimisation_lock) return;
-  packed.valid = false;
-  if (current_search_data == &packed.data) current_search_data = nullptr;
+  if (tag == &locks.optimisation_lock) packed.valid = false;
 }
 
 // No progress is shown: packing takes less time than a line of it.
@@ -44,10 +40,8 @@ search_data& packed_matrix(bool silent) {
   if (active_taxa() < 3) error_end("Searches need at least 3 active taxa");
   packing_request wanted = request_of_settings();
   std::vector<std::int32_t> settings_now = character_settings();
-  if (packed.valid && packed.made_for == wanted && packed.settings == settings_now) {
-    current_search_data = &packed.data;
+  if (packed.valid && packed.made_for == wanted && packed.settings == settings_now)
     return packed.data;
-  }
   recheck_steps();
   drop_packed_data();
   prepare_search_data(packed.data, wanted);
@@ -55,7 +49,6 @@ search_data& packed_matrix(bool silent) {
   packed.made_for = std::move(wanted);
   packed.settings = std::move(settings_now);
   packed.valid = true;
-  current_search_data = &packed.data;
   if (!silent && memory.extra_for_searches && arena_free() < arena.size / 20)
     warning(
         "Free memory is low (below 5% of search memory).\nYou may run out of memory during the "

@@ -11,6 +11,7 @@
 #include "engine/packing/cell_encoding.h"
 #include "engine/packing/classification.h"
 #include "engine/packing/set_memory.h"
+#include "engine/wide/wide_sets.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -76,6 +77,18 @@ void encode_taxa(search_data& data, const packing_plan& plan) {
   }
 }
 
+void add_wide_characters(search_data& data, const packing_plan& plan) {
+  data.wide.parts = alloc_low<wide_part>(plan.wide.size());
+  for (std::size_t i = 0; i < plan.wide.size(); ++i) {
+    const packing_plan::wide_share& share = plan.wide[i];
+    const std::span<wide_character> own = alloc_low<wide_character>(share.characters.size());
+    std::copy(share.characters.begin(), share.characters.end(), own.begin());
+    data.wide.parts[i] = {share.kind, own};
+  }
+  allocate_wide_sets(data);
+  encode_wide_cells(data);
+}
+
 }  // namespace
 
 void prepare_search_data(search_data& data, const packing_request& request) {
@@ -89,6 +102,7 @@ void prepare_search_data(search_data& data, const packing_request& request) {
   data.per_char_mode = plan.per_char_mode;
   data.base_steps = plan.base_steps;
   data.base_fit = plan.base_fit;
+  data.wide.base_cost = plan.base_wide_cost;
   data.implied_on = plan.implied_on;
   data.concavity = request.concavity;
   lay_out_groups(data, plan);
@@ -98,8 +112,11 @@ void prepare_search_data(search_data& data, const packing_request& request) {
   std::copy(plan.word_weight.begin(), plan.word_weight.end(), data.word_weight.begin());
   fill_field_records(data, plan);
   encode_taxa(data, plan);
+  if (!plan.wide.empty()) add_wide_characters(data, plan);
+  allocate_undo(data);
   if (data.implied_on) {
     data.base_steps = 0;  // steps count by character
+    data.wide.base_cost = 0;
     prepare_fit_tables(data);
   }
   bind_kernels(data);

@@ -20,6 +20,14 @@ struct packing_plan {
   bool per_char_mode = false;
   std::vector<std::int32_t> word_weight;  // word-weight mode: a weight for each word
   std::array<int, packing_groups> field_count{};
+
+  /// The characters of one kind that the words don't hold; their places are still to be given.
+  struct wide_share {
+    const wide_kind* kind;
+    std::vector<wide_character> characters;
+  };
+  std::vector<wide_share> wide;
+  double base_wide_cost = 0;  // of those that are the same on all trees, in units of the score
 };
 
 }  // namespace zeb

@@ -17,6 +17,7 @@ packing_request request_of_settings() {
   request.implied_on = engine.implied_on;
   request.concavity = engine.concavity;
   request.long_words = engine.long_words;
+  request.wide_kinds = wide_kinds();
   return request;
 }
 

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "engine/wide/wide_kinds.h"
+
 namespace zeb {
 
 /// Taxa, characters and criterion of a data set. What else packing needs of a character (its cells,
@@ -14,6 +16,7 @@ struct packing_request {
   bool implied_on = false;            // scores are fits
   double concavity = 3.0;             // implied weights: the constant k
   bool long_words = true;             // words wider than 32 bits may be used
+  std::vector<const wide_kind*> wide_kinds;  // asked in order whether they take a character
   bool operator==(const packing_request&) const = default;
 };
 

@@ -17,19 +17,6 @@ std::span<word> alloc_sets(const search_data& data) {
   return alloc_low<word>(count, cache_line);
 }
 
-void allocate_undo(search_data& data) {
-  // Enough for every word of all sets, or a million words: a wave that changes more is better
-  // remade than put back.
-  constexpr std::size_t most = std::size_t{1} << 20;
-  const std::size_t words =
-      std::clamp<std::size_t>(4 * at(data.nodes) * at(data.nwords), words_per_block, most);
-  const std::size_t pieces = (words + 7) / 8;
-  data.undo.old_words = alloc_low<word>(words, 64).data();
-  data.undo.where = alloc_low<word*>(pieces).data();
-  data.undo.where_size = pieces;
-  data.undo.words_size = words;
-}
-
 }  // namespace
 
 void allocate_search_data(search_data& data) {
@@ -58,15 +45,26 @@ void allocate_search_data(search_data& data) {
   data.final_base = alloc_sets(data).data();
   data.unions_base = alloc_sets(data).data();
   data.branch_base = alloc_sets(data).data();
-  data.primary_sets = alloc_low<node_sets>(nodes);
   data.sets = alloc_low<node_sets>(nodes);
   for (std::size_t v = 0; v < nodes; ++v) {
     const std::size_t offset = v * data.set_stride;
-    data.primary_sets[v] = {data.down_base + offset, data.final_base + offset,
-                            data.unions_base + offset, data.branch_base + offset};
+    data.sets[v] = {data.down_base + offset, data.final_base + offset, data.unions_base + offset,
+                    data.branch_base + offset};
   }
-  std::copy(data.primary_sets.begin(), data.primary_sets.end(), data.sets.begin());
-  allocate_undo(data);
+}
+
+void allocate_undo(search_data& data) {
+  // Enough for every word of all sets, or a million words: a wave that changes more is better
+  // remade than put back.
+  constexpr std::size_t most = std::size_t{1} << 20;
+  const std::size_t of_node =
+      4 * at(data.nwords) + data.wide.down_words + data.wide.final_words + data.wide.branch_words;
+  const std::size_t words = std::clamp(at(data.nodes) * of_node, at(words_per_block), most);
+  const std::size_t pieces = (words + 7) / 8;
+  data.undo.old_words = alloc_low<word>(words, 64).data();
+  data.undo.where = alloc_low<word*>(pieces).data();
+  data.undo.where_size = pieces;
+  data.undo.words_size = words;
 }
 
 }  // namespace zeb

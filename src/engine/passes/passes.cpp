@@ -1,10 +1,12 @@
 #include "engine/passes/passes.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "base/indices.h"
 #include "engine/fit/implied_weighting.h"
 #include "engine/passes/links.h"
+#include "engine/wide/wide_sets.h"
 
 namespace zeb {
 
@@ -57,25 +59,35 @@ void widen_clusters(search_data& data) {
     word* const wide = data.clusters[at(data.cluster_of[at(v)])].union_now;
     const word* const branch = data.sets[at(v)].branch;
     for (int w = 0; w < data.nwords; ++w) wide[w] |= branch[w];
+    if (data.has_wide) widen_wide_cluster(data, data.cluster_of[at(v)], v);
   }
 }
 
-std::int64_t pass_from(search_data& data, int top) {
+/// Returns what the steps cost; under implied weights they are counted in place of that.
+double pass_from(search_data& data, int top) {
   const int count = list_internals(data, top);
-  if (count == 0 || data.nwords == 0) return 0;
-  const pass_context t = context_of(data);
-  const std::int64_t steps = data.kernels.down_pass(t, data.node_list.data(), count, data.layout);
-  data.kernels.final_pass(t, data.node_list.data(), count, data.layout);
-  return steps;
+  if (count == 0) return 0;
+  double cost = 0;
+  if (data.nwords > 0) {
+    const pass_context t = context_of(data);
+    cost =
+        static_cast<double>(data.kernels.down_pass(t, data.node_list.data(), count, data.layout));
+    data.kernels.final_pass(t, data.node_list.data(), count, data.layout);
+  }
+  if (data.has_wide) {
+    cost += wide_down_pass(data, count);
+    wide_final_pass(data, count);
+  }
+  return cost;
 }
 
 }  // namespace
 
 double full_pass(search_data& data) {
   if (data.implied_on) reset_counters(data);
-  const std::int64_t steps = pass_from(data, data.n);
+  const double cost = pass_from(data, data.n);
   if (data.in_swap && data.cluster_count > 0) widen_clusters(data);
-  if (!data.implied_on) return static_cast<double>(data.base_steps + steps);
+  if (!data.implied_on) return static_cast<double>(data.base_steps) + data.wide.base_cost + cost;
   refresh_step_costs(data);
   return total_fit(data);
 }
@@ -87,10 +99,16 @@ double tree_length(search_data& data, std::span<const std::int32_t> anc) {
   return full_pass(data);
 }
 
-std::int64_t subtree_pass(search_data& data, int node) {
-  const std::int64_t steps = pass_from(data, node);
+double subtree_pass(search_data& data, int node) {
+  const double cost = pass_from(data, node);
   if (data.implied_on) refresh_step_costs(data);
-  return steps;
+  return cost;
+}
+
+void exchange_terminals(search_data& data, int a, int b) {
+  std::swap_ranges(data.sets[at(a)].down, data.sets[at(a)].down + data.nwords,
+                   data.sets[at(b)].down);
+  if (data.has_wide) exchange_wide_terminals(data, a, b);
 }
 
 }  // namespace zeb

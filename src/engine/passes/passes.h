@@ -16,9 +16,12 @@ double tree_length(search_data& data, std::span<const std::int32_t> anc);
 /// The same over the tree in `data.tree`.
 double full_pass(search_data& data);
 /// Down and final pass over the subtree of `node` as a tree of its own (its ancestor isn't looked
-/// at); returns its steps, without `base_steps`. At a terminal nothing is done. Under implied
-/// weights the steps are added to the counters instead.
-std::int64_t subtree_pass(search_data& data, int node);
+/// at); returns its length, without what is the same on all trees. At a terminal nothing is done.
+/// Under implied weights the steps are added to the counters instead.
+double subtree_pass(search_data& data, int node);
+
+/// Gives two terminals each other's sets. The sets of the tree in work are wrong then.
+void exchange_terminals(search_data& data, int a, int b);
 
 /// What the kernels walk over: the tree in work with its sets, and the log and clusters if they are
 /// in force.

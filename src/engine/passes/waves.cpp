@@ -6,6 +6,7 @@
 #include "engine/passes/links.h"
 #include "engine/passes/passes.h"
 #include "engine/passes/undo.h"
+#include "engine/wide/wide_sets.h"
 
 namespace zeb {
 namespace {
@@ -21,6 +22,7 @@ void remake_turned(search_data& data, int v) {
                            data.sets[at(data.tree.second[at(v)])].down, s.down, s.unions,
                            data.layout);
   std::memset(s.final, 0, at(data.nwords) * sizeof(word));
+  if (data.has_wide) remake_turned_wide(data, v);
 }
 
 }  // namespace
@@ -31,10 +33,12 @@ void repair_after_clip(search_data& data, int start, int clip) {
     return;
   }
   data.kernels.clip_wave(context_of(data), start, clip, data.layout);
+  if (data.has_wide) wide_clip_wave(data, start, clip);
 }
 
 void repair_after_insert(search_data& data, int node) {
   data.kernels.insert_wave(context_of(data), node, data.layout);
+  if (data.has_wide) wide_insert_wave(data, node);
 }
 
 void reroot_subtree(search_data& data, int node, int clip) {

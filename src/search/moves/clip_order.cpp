@@ -4,16 +4,19 @@
 #include <vector>
 
 #include "base/indices.h"
+#include "engine/wide/wide_costs.h"
 
 namespace zeb {
 namespace {
 
 /// Fields where the node's set shares nothing with its ancestor's final set: a rough count of what
 /// clipping it would gain.
-std::int32_t changes_above(const search_data& data, int v) {
+double changes_above(const search_data& data, int v) {
   const node_sets& ancestor = data.sets[at(data.tree.anc[at(v)])];
   const word* own = v < data.n ? data.sets[at(v)].down : data.sets[at(v)].final;
-  return data.kernels.cost_pair(own, ancestor.final, data.layout, INT32_MAX / 2);
+  const std::int32_t changes =
+      data.kernels.cost_pair(own, ancestor.final, data.layout, INT32_MAX / 2);
+  return data.has_wide ? changes + wide_change_above(data, v) : changes;
 }
 
 void set_aside(const search_data& data, int v, std::span<std::uint8_t> aside) {
@@ -33,7 +36,7 @@ void set_aside(const search_data& data, int v, std::span<std::uint8_t> aside) {
 /// Nodes are picked from the highest count down. One pass of picking touches separate parts of the
 /// tree: a picked node's subtree and ancestor wait for a later pass.
 void promising_clips_first(const search_data& data, std::span<std::int32_t> order) {
-  std::vector<std::int32_t> gain(at(data.nodes), 0);
+  std::vector<double> gain(at(data.nodes), 0);
   std::vector<std::int32_t> waiting;
   std::vector<std::int32_t> last;
   for (int v = 1; v < data.nodes; ++v) {

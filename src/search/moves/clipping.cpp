@@ -7,6 +7,7 @@
 #include "base/interrupts.h"
 #include "console/output.h"
 #include "engine/fit/implied_weighting.h"
+#include "engine/joining.h"
 #include "engine/passes/links.h"
 #include "engine/passes/passes.h"
 #include "engine/passes/undo.h"
@@ -58,25 +59,16 @@ void detach_clip(swap_run& run) {
 /// Under implied weights the steps of joining are taken off the counters, so that all other places
 /// are costed by what the two halves have.
 void cost_home(swap_run& run) {
-  const word* const own = run.clip_words(run.home_root);
-  const word* const other = run.target_words(run.sister);
-  if (!run.fits) {
-    run.home_cost = run.data.kernels.cost_pair(own, other, run.data.layout, INT32_MAX / 2);
-  } else if (run.joint < 0) {
-    run.home_cost = run.data.kernels.fit.cost_pair(own, other, run.data.layout, no_bound);
-  } else {
-    run.home_cost = remove_home_steps(run.data, own, other);
-  }
-  if (run.slots.wide_cost) {
-    run.home_cost +=
-        run.slots.wide_cost(run.data, joining::nodes, run.home_root, run.sister, no_bound);
-  }
+  const join_side own = run.clip_side(run.home_root);
+  const join_side other = run.target_side(run.sister);
+  run.home_cost = run.fits && run.joint >= 0 ? remove_home_steps(run.data, own, other)
+                                             : join_cost(run.data, own, other, no_bound);
 }
 
 void put_clip_back(swap_run& run) {
   if (run.kind == swap_run::swap_kind::tbr) restore_cluster_lists(run);
   if (run.fits && run.joint >= 0) {
-    add_attachment_steps(run.data, run.clip_words(run.home_root), run.target_words(run.sister));
+    add_attachment_steps(run.data, run.clip_side(run.home_root), run.target_side(run.sister));
   }
   if (run.joint < 0) {
     full_pass(run.data);
@@ -108,12 +100,12 @@ void apply_move(swap_run& run) {
   end_undo(run.data);
   if (quick) {
     if (run.fits)
-      add_attachment_steps(run.data, run.clip_words(run.best_root),
-                           run.target_words(run.best_branch));
+      add_attachment_steps(run.data, run.clip_side(run.best_root),
+                           run.target_side(run.best_branch));
     if (run.best_root != run.home_root) reroot_subtree(run.data, run.best_root, run.clip);
     attach(run.data.tree, run.clip, run.joint, run.best_branch);
     repair_after_insert(run.data, run.clip);
-    if (run.fits && !run.slots.wide_cost) run.score = total_fit(run.data);
+    if (run.fits) run.score = total_fit(run.data);
   } else {
     if (run.best_root != run.home_root) reroot_links(run.data.tree, run.best_root, run.clip);
     if (run.joint >= 0) attach(run.data.tree, run.clip, run.joint, run.best_branch);

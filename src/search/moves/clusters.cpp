@@ -5,6 +5,7 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
+#include "engine/wide/wide_sets.h"
 
 namespace zeb {
 namespace {
@@ -49,6 +50,7 @@ cluster_cut allocate_clusters(search_data& data, int cluster_size) {
   for (std::size_t c = 0; c < most; ++c) {
     data.clusters[c].union_now = now.data() + c * data.set_stride;
   }
+  if (data.has_wide) allocate_wide_clusters(data, static_cast<int>(most));
   return cut;
 }
 
@@ -128,6 +130,10 @@ void unite_clusters(search_data& data, const cluster_cut& cut) {
       or_words(record.union_now,
                data.branch_base + static_cast<std::size_t>(cut.nodes_in[at(i)]) * data.set_stride,
                data.set_stride);
+    }
+    if (data.has_wide) {
+      empty_wide_cluster(data, c);
+      for (int i = first; i < end; ++i) widen_wide_cluster(data, c, cut.nodes_in[at(i)]);
     }
     record.main_nodes = cut.nodes_in.data() + first;
     record.n_main = end - first;

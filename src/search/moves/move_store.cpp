@@ -109,11 +109,11 @@ bool replace_in_store(swap_run& run, int u) {
 void cancel_worse_in_relation(swap_run& run, int u) {
   const double allowed = run.rules.relative_suboptimal;
   if (allowed <= 0) return;
-  const joined_words home{run.clip_words(run.home_root), run.target_words(run.sister)};
+  const clip_place home{run.clip_side(run.home_root), run.target_side(run.sister)};
   const double home_score = run.score_without + run.home_cost;
   for (swap_candidate& move : run.move_list.first(at(run.n_moves))) {
     if (move.score <= home_score + run.rounding) continue;
-    const joined_words there{run.clip_words(u), run.target_words(move.branch)};
+    const clip_place there{run.clip_side(u), run.target_side(move.branch)};
     if (relative_fit_difference(run.data, home, there) > allowed) move.branch = -1;
   }
 }
@@ -148,10 +148,7 @@ bool store_moves(swap_run& run, int u) {
 void make_scores_exact(swap_run& run, int u) {
   for (int i = 0; i < run.n_moves; ++i) {
     swap_candidate& move = run.move_list[static_cast<std::size_t>(i)];
-    const double wide = run.slots.wide_cost ? run.slots.wide_cost(run.data, joining::nodes, u,
-                                                                  move.branch, no_bound)
-                                            : 0.0;
-    move.score = exact_score(run.data, run.clip_words(u), run.target_words(move.branch)) + wide;
+    move.score = exact_score(run.data, run.clip_side(u), run.target_side(move.branch));
   }
   if (run.chosen >= 0) run.score = run.move_list[static_cast<std::size_t>(run.chosen)].score;
 }

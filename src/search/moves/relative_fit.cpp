@@ -1,5 +1,10 @@
 #include "search/moves/relative_fit.h"
 
+#include <vector>
+
+#include "engine/joining.h"
+#include "engine/wide/wide_costs.h"
+
 namespace zeb {
 namespace {
 
@@ -35,16 +40,33 @@ struct evidence {
   }
 };
 
+void add_wide_characters(const search_data& data, const clip_place& home, const clip_place& other,
+                         evidence& sum) {
+  std::vector<double> at_home;
+  std::vector<double> elsewhere;
+  wide_join_costs(data, home.clip, home.main, at_home);
+  wide_join_costs(data, other.clip, other.main, elsewhere);
+  for (std::size_t i = 0; i < at_home.size(); ++i) {
+    sum.settle();
+    sum.difference = elsewhere[i] - at_home[i];
+  }
+}
+
 }  // namespace
 
-double relative_fit_difference(const search_data& data, joined_words home, joined_words other) {
+double relative_fit_difference(const search_data& data, const clip_place& home,
+                               const clip_place& other) {
+  const word* const home_clip = packed_words(data, home.clip);
+  const word* const home_branch = packed_words(data, home.main);
+  const word* const other_clip = packed_words(data, other.clip);
+  const word* const other_branch = packed_words(data, other.main);
   evidence sum;
   std::size_t before = 0;  // fields of the groups before, as in `step_cost`
   for (int group = 0; group < packing_groups; ++group) {
     const auto g = static_cast<std::size_t>(group);
     for (int w = data.group_start[g]; w < data.group_start[g + 1]; ++w) {
-      const word at_home = failed_fields(group, home.clip[w] & home.branch[w]);
-      const word elsewhere = failed_fields(group, other.clip[w] & other.branch[w]);
+      const word at_home = failed_fields(group, home_clip[w] & home_branch[w]);
+      const word elsewhere = failed_fields(group, other_clip[w] & other_branch[w]);
       const auto first = static_cast<std::size_t>((w - data.group_start[g]) * fields_per_word[g]);
       for (word rest = at_home ^ elsewhere; rest; rest &= rest - 1) {
         const int bit = __builtin_ctz(rest);
@@ -56,6 +78,7 @@ double relative_fit_difference(const search_data& data, joined_words home, joine
     }
     before += data.fields[g].size();
   }
+  if (data.has_wide) add_wide_characters(data, home, other, sum);
   sum.settle();
   return sum.for_home > 0 ? (sum.for_home - sum.for_other) / sum.for_home : 0.0;
 }

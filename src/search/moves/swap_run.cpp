@@ -10,6 +10,7 @@
 #include "engine/fit/implied_weighting.h"
 #include "engine/passes/passes.h"
 #include "engine/passes/undo.h"
+#include "engine/wide/wide_costs.h"
 #include "search/moves/clip_order.h"
 
 namespace zeb {
@@ -41,7 +42,7 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
       fits(data.implied_on),
       rounding(tolerance_of(kind_of_scores(data))),
       slots(search.slots),
-      slots_are_bound(slots.any()) {
+      more_to_ask(data.has_wide || slots.forbids) {
   scratch = per_node<std::int32_t>(data, 2);
   scan_list = per_node<std::int32_t>(data, 2);
   marks = per_node<std::uint8_t>(data);
@@ -109,13 +110,13 @@ void swap_run::set_bound() {
   step_bound = static_cast<std::int32_t>(std::floor(std::min(bound, 1e9)));
 }
 
-bool swap_run::bound_slots_allow(joining level, int clip_side, int main_side, double* cost) const {
-  if (slots.wide_cost) {
-    *cost += slots.wide_cost(data, level, clip_side, main_side, bound - *cost);
+bool swap_run::all_others_allow(join_side from, join_side to, double* cost) const {
+  if (data.has_wide) {
+    *cost += wide_join_cost(data, from, to, bound - *cost);
     if (fits ? *cost >= bound : *cost > bound) return false;
   }
-  return level != joining::nodes || !slots.forbids ||
-         !slots.forbids(data, clip, clip_side, main_side);
+  const bool is_move = from.end != join_end::cluster && to.end != join_end::cluster;
+  return !is_move || !slots.forbids || !slots.forbids(data, clip, from.number, to.number);
 }
 
 bool swap_run::take_candidate(int u, int v, double cost) {

@@ -49,7 +49,7 @@ struct swap_run {
   const bool fits;          // implied weights: costs are fits, see the engine's counters
   const double rounding;    // scores closer than this are one
   const move_slots& slots;  // of the search
-  const bool slots_are_bound;
+  const bool more_to_ask;   // there are wide characters, or something may forbid moves
 
   // -- progress through the clips --
   std::span<std::int32_t> clip_order;  // by position; empty: position and node are the same
@@ -109,6 +109,11 @@ struct swap_run {
 
   word* branch(int v) const { return data.branch_base + at(v) * data.set_stride; }
   /// What the clip is joined by when its branch `u` is, and what it meets on the branch `v`.
+  join_side clip_side(int u) const {
+    return clip < data.n ? join_side{join_end::root, clip} : join_side{join_end::branch, u};
+  }
+  join_side target_side(int v) const { return {v == 0 ? join_end::root : join_end::branch, v}; }
+  /// The packed words of the same.
   const word* clip_words(int u) const {
     return clip < data.n ? data.sets[at(clip)].down : branch(u);
   }
@@ -126,10 +131,10 @@ struct swap_run {
     *cost = steps;
     return i;
   }
-  /// What is bound beside the kernels: adds its cost. False if the move is over the bound then, or
-  /// forbidden.
-  bool slots_allow(joining level, int clip_side, int main_side, double* cost) const {
-    return !slots_are_bound || bound_slots_allow(level, clip_side, main_side, cost);
+  /// What the packed words don't know: adds the cost of wide characters. False if the move is over
+  /// the bound then, or forbidden.
+  bool others_allow(join_side from, join_side to, double* cost) const {
+    return !more_to_ask || all_others_allow(from, to, cost);
   }
   /// The node above which the subtree's own root lies while its links are turned.
   int turned_home() const {
@@ -141,7 +146,7 @@ struct swap_run {
   void tree_changed();  // clusters, terminal counts, marks
 
  private:
-  bool bound_slots_allow(joining level, int clip_side, int main_side, double* cost) const;
+  bool all_others_allow(join_side from, join_side to, double* cost) const;
 };
 
 /// The clip of the whole ingroup: sets and counters of the subtree alone.

@@ -28,6 +28,7 @@ int list_branches(swap_run& run) {
 
 void regraft(swap_run& run) {
   const search_data& data = run.data;
+  const join_side own = run.clip_side(run.home_root);
   const word* clip_words = run.clip_words(run.home_root);
   const int count = list_branches(run);
   int i = 0;
@@ -36,7 +37,7 @@ void regraft(swap_run& run) {
     i = run.scan(clip_words, data.branch_base, run.scan_list.data(), i, count, &cost);
     if (i >= count) break;
     const int v = run.scan_list[at(i++)];
-    if (v == run.sister || !run.slots_allow(joining::nodes, run.home_root, v, &cost)) continue;
+    if (v == run.sister || !run.others_allow(own, run.target_side(v), &cost)) continue;
     if (run.take_candidate(run.home_root, v, cost)) return;
   }
   store_noted(run, run.home_root);
@@ -116,7 +117,7 @@ void try_near(swap_run& run) {
       double cost = 0;
       constexpr std::int32_t alone = 0;
       const bool within = run.scan(clip_words, run.target_words(v), &alone, 0, 1, &cost) == 0;
-      if (!within || !run.slots_allow(joining::nodes, u, v, &cost)) continue;
+      if (!within || !run.others_allow(run.clip_side(u), run.target_side(v), &cost)) continue;
       if (run.take_candidate(u, v, cost)) return;
     }
     if (store_noted(run, u)) return;
@@ -150,7 +151,7 @@ bool try_branches(swap_run& run, int u, const cluster_record& main, scanner&& sc
     if (i >= main.n_main) break;
     const int v = main.main_nodes[i++];
     if (v == run.sister && u == run.home_root) continue;
-    if (!run.slots_allow(joining::nodes, u, v, &cost)) continue;
+    if (!run.others_allow(run.clip_side(u), run.target_side(v), &cost)) continue;
     if (run.take_candidate(u, v, cost)) return true;
   }
   return store_noted(run, u);
@@ -163,10 +164,9 @@ bool try_branches(swap_run& run, int u, const word* clip_words, const cluster_re
 }
 
 /// Calls `compare(main)` with each main cluster within the bound of `words`, which are those of
-/// `clip_side`, until it says that the clip is done.
+/// `from`, until it says that the clip is done.
 template <class comparison>
-bool try_clusters(swap_run& run, joining level, int clip_side, const word* words,
-                  comparison&& compare) {
+bool try_clusters(swap_run& run, join_side from, const word* words, comparison&& compare) {
   int q = 0;
   for (;;) {
     double cost = 0;
@@ -174,7 +174,7 @@ bool try_clusters(swap_run& run, joining level, int clip_side, const word* words
                  &cost);
     if (q >= run.n_main_clusters) return false;
     const int cluster = run.main_clusters[at(q++)];
-    if (!run.slots_allow(level, clip_side, cluster, &cost)) continue;
+    if (!run.others_allow(from, {join_end::cluster, cluster}, &cost)) continue;
     if (compare(cluster)) return true;
   }
 }
@@ -182,7 +182,7 @@ bool try_clusters(swap_run& run, joining level, int clip_side, const word* words
 /// A clip of one or two terminals has one rooting: its root against the clusters, then their nodes.
 void one_rooting(swap_run& run) {
   const word* clip_words = run.clip_words(run.home_root);
-  try_clusters(run, joining::node_with_cluster, run.home_root, clip_words, [&](int main) {
+  try_clusters(run, run.clip_side(run.home_root), clip_words, [&](int main) {
     return try_branches(run, run.home_root, clip_words, run.data.clusters[at(main)]);
   });
 }
@@ -198,7 +198,7 @@ bool cluster_pair(swap_run& run, int subtree_cluster, int main_cluster) {
     i = run.scan(main.union_now, data.branch_base, subtree.clip_nodes, i, subtree.n_clip, &cost);
     if (i >= subtree.n_clip) return false;
     const int u = subtree.clip_nodes[i++];
-    if (!run.slots_allow(joining::node_with_cluster, u, main_cluster, &cost)) continue;
+    if (!run.others_allow(run.clip_side(u), {join_end::cluster, main_cluster}, &cost)) continue;
     if (try_branches(run, u, run.branch(u), main)) return true;
   }
 }
@@ -232,7 +232,7 @@ void all_rootings(swap_run& run) {
   for (int p = 0; p < run.n_clip_clusters; ++p) {
     const int subtree = run.clip_clusters[at(p)];
     const bool done =
-        try_clusters(run, joining::clusters, subtree, run.data.clusters[at(subtree)].union_now,
+        try_clusters(run, {join_end::cluster, subtree}, run.data.clusters[at(subtree)].union_now,
                      [&](int main) { return compare(run, subtree, main); });
     if (done) return;
   }
@@ -250,7 +250,8 @@ void outgroup_rootings(swap_run& run) {
                    &cost);
       if (i >= subtree.n_clip) break;
       const int u = subtree.clip_nodes[i++];
-      if (u == run.home_root || !run.slots_allow(joining::nodes, u, 0, &cost)) continue;
+      if (u == run.home_root || !run.others_allow(run.clip_side(u), run.target_side(0), &cost))
+        continue;
       if (run.take_candidate(u, 0, cost) || store_noted(run, u)) return;
     }
   }

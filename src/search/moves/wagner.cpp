@@ -8,6 +8,7 @@
 #include "base/interrupts.h"
 #include "base/random.h"
 #include "engine/fit/implied_weighting.h"
+#include "engine/passes/passes.h"
 #include "search/moves/wagner_build.h"
 #include "search/moves/wagner_choice.h"
 #include "search/moves/wagner_clusters.h"
@@ -54,8 +55,7 @@ class randomised_outgroup {
  private:
   void exchange() {
     if (stand_in_ == 0) return;
-    std::swap_ranges(data_.sets[0].down, data_.sets[0].down + data_.nwords,
-                     data_.sets[at(stand_in_)].down);
+    exchange_terminals(data_, 0, stand_in_);
   }
   search_data& data_;
   int stand_in_ = 0;

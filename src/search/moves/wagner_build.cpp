@@ -7,8 +7,11 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "engine/fit/implied_weighting.h"
+#include "engine/joining.h"
 #include "engine/passes/links.h"
+#include "engine/passes/passes.h"
 #include "engine/passes/waves.h"
+#include "engine/wide/wide_costs.h"
 #include "search/search_report.h"
 
 namespace zeb {
@@ -19,7 +22,7 @@ wagner_build::wagner_build(search_context& search, const addition_settings& how)
       additions(how),
       fits(data.implied_on),
       slots(search.slots),
-      slots_are_bound(slots.any()) {
+      more_to_ask(data.has_wide || slots.forbids) {
   const std::size_t nodes = at(data.nodes);
   order = alloc_low<std::int32_t>(nodes);
   candidates = alloc_low<std::int32_t>(nodes);
@@ -42,18 +45,7 @@ void wagner_build::first_tree(int a, int b, int c) {
   hang(root, a, top);
   hang(top, b, c);
   t.anc[at(root)] = root + 2;
-  if (fits) reset_counters(data);
-  const kernel_slots& k = data.kernels;
-  auto set = [this](int v) { return data.sets[at(v)]; };
-  k.node_down(set(b).down, set(c).down, set(top).down, set(top).unions, data.layout);
-  k.node_down(set(a).down, set(top).down, set(root).down, set(root).unions, data.layout);
-  if (fits) refresh_step_costs(data);
-  std::copy_n(set(root).down, data.set_stride, set(root).final);
-  k.node_final(set(root).final, set(top).down, set(top).unions, set(top).final, set(top).branch,
-               data.layout);
-  k.node_final_terminal(set(root).final, set(a).down, set(a).branch, data.layout);
-  k.node_final_terminal(set(top).final, set(b).down, set(b).branch, data.layout);
-  k.node_final_terminal(set(top).final, set(c).down, set(c).branch, data.layout);
+  full_pass(data);
 }
 
 int wagner_build::list_nodes() {
@@ -85,22 +77,15 @@ int wagner_build::list_candidates(walk way, int nodes, bool swapped) {
 }
 
 double wagner_build::cost_at(int taxon, int v, double bound) const {
-  const double cost =
-      fits ? data.kernels.fit.cost_pair(down(taxon), branch(v), data.layout, bound)
-           : data.kernels.cost_pair(down(taxon), branch(v), data.layout,
-                                    static_cast<std::int32_t>(std::min(bound, unbounded)));
-  if (!slots.wide_cost || cost > bound) return cost;
-  return cost + slots.wide_cost(data, joining::nodes, taxon, v, bound - cost);
+  return join_cost(data, {join_end::root, taxon}, {join_end::branch, v}, bound);
 }
 
-bool wagner_build::slots_allow(joining level, int taxon, int main_side, double below,
-                               double* cost) const {
-  if (!slots_are_bound) return true;
-  if (slots.wide_cost) {
-    *cost += slots.wide_cost(data, level, taxon, main_side, below - *cost);
+bool wagner_build::all_others_allow(int taxon, join_side to, double below, double* cost) const {
+  if (data.has_wide) {
+    *cost += wide_join_cost(data, {join_end::root, taxon}, to, below - *cost);
     if (*cost >= below) return false;
   }
-  return level != joining::nodes || !forbidden(taxon, main_side);
+  return to.end == join_end::cluster || !forbidden(taxon, to.number);
 }
 
 /// A place that is forbidden is kept for a taxon that may go nowhere, but any other beats it.
@@ -115,7 +100,7 @@ void wagner_build::try_candidates(int taxon, int count, double below) {
     double cost = 0;
     i = scan(words, data.branch_base, candidates, i, count, below, &cost);
     if (i >= count) return;
-    if (!slots_allow(joining::nodes, taxon, candidates[at(i)], below, &cost)) continue;
+    if (!others_allow(taxon, {join_end::branch, candidates[at(i)]}, below, &cost)) continue;
     best = below = cost;
     best_branch = candidates[at(i)];
     if (best == 0) return;
@@ -153,7 +138,7 @@ void wagner_build::attach_taxon(int taxon) {
   if (next_free == data.nodes - 1 && forbidden(taxon, best_branch)) {
     error_end("Sorry, cannot build a tree with specified constraints");
   }
-  if (fits) add_attachment_steps(data, down(taxon), branch(best_branch));
+  if (fits) add_attachment_steps(data, {join_end::root, taxon}, {join_end::branch, best_branch});
   attach(data.tree, taxon, next_free, best_branch);
   ++next_free;
   repair_after_insert(data, taxon);

@@ -23,7 +23,7 @@ struct wagner_build {
 
   const bool fits;          // implied weights: costs are fits
   const move_slots& slots;  // of the search
-  const bool slots_are_bound;
+  const bool more_to_ask;   // there are wide characters, or something may forbid places
 
   // The best place found for a taxon.
   double best = 0;
@@ -58,9 +58,12 @@ struct wagner_build {
     *cost = steps;
     return i;
   }
-  /// What is bound beside the kernels: adds its cost. False where that reaches `below`, or the
-  /// place is forbidden.
-  bool slots_allow(joining level, int taxon, int main_side, double below, double* cost) const;
+  /// What the packed words don't know: adds the cost of wide characters. False where that reaches
+  /// `below`, or the place is forbidden.
+  bool others_allow(int taxon, join_side to, double below, double* cost) const {
+    return !more_to_ask || all_others_allow(taxon, to, below, cost);
+  }
+  bool all_others_allow(int taxon, join_side to, double below, double* cost) const;
   /// May `taxon` go there, by what is bound?
   bool forbidden(int taxon, int v) const {
     return slots.forbids && slots.forbids(data, taxon, taxon, v);

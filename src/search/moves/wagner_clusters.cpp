@@ -39,7 +39,7 @@ void try_clusters(wagner_build& build, int taxon, bool backward, std::span<std::
     i = build.scan(words, data.union_base, list, i, count, build.best, &cost);
     if (i >= count) return;
     const int c = list[at(i)];
-    if (!build.slots_allow(joining::node_with_cluster, taxon, c, build.best, &cost)) continue;
+    if (!build.others_allow(taxon, {join_end::cluster, c}, build.best, &cost)) continue;
     const cluster_record& cluster = data.clusters[at(c)];
     std::copy_n(cluster.main_nodes, cluster.n_main, build.candidates.begin());
     build.try_candidates(taxon, cluster.n_main, build.best);

@@ -38,7 +38,7 @@ void unlink(search_context& context, int slot) {
 /// filter. `score` unknown: any.
 bool scores_allow(const search_context& context, double a, double b) {
   if (search_level(context) < 3) return true;
-  return same_score(context.data, a, b);
+  return is_same_score(a, b, kind_of_scores(context.data));
 }
 
 /// A stored tree other than that of `except` that is the same as `tree`, which is in normal form.
