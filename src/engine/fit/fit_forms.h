@@ -103,16 +103,6 @@ double fit_pair(const word* clip, const word* branch, const kernel_layout& layou
       [=](double cost) { return cost >= bound; });
 }
 
-template <class V>
-double fit_triple(const word* clip, const word* a, const word* b, const kernel_layout& layout,
-                  double bound) {
-  return bounded_fit<V>(
-      [=](std::int32_t w) {
-        return V::and_(V::load(clip + w), V::or_(V::load(a + w), V::load(b + w)));
-      },
-      layout, [=](double cost) { return cost > bound; });
-}
-
 /// Costs from below, in whole units.
 template <class V>
 struct coarse_cost {

@@ -1,7 +1,5 @@
 #include "engine/kernels/kernel_choice.h"
 
-#include "engine/kernels/kernel_tables.h"
-
 namespace zeb {
 
 int widest_kernels() {

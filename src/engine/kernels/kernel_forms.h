@@ -146,16 +146,6 @@ std::int32_t cost_pair(const word* clip, const word* branch, const kernel_layout
       bound);
 }
 
-template <class V, class C>
-std::int32_t cost_triple(const word* clip, const word* a, const word* b,
-                         const kernel_layout& layout, std::int32_t bound) {
-  return bounded_cost<V, C>(
-      [=](std::int32_t w) {
-        return V::and_(V::load(clip + w), V::or_(V::load(a + w), V::load(b + w)));
-      },
-      layout, bound);
-}
-
 /// Most candidates are over the bound on the most variable block of words alone. Those blocks of
 /// four candidates are summed up and compared at once, so that the usual four failures touch one
 /// cache line each and cost one branch, always taken the same way; only what passes is costed by

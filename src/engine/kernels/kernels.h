@@ -124,9 +124,6 @@ struct pass_context {
 /// "over".
 using pair_kernel = std::int32_t (*)(const word* clip, const word* branch,
                                      const kernel_layout& layout, std::int32_t bound);
-/// The same against the union of `a` and `b`: a lower bound for both.
-using triple_kernel = std::int32_t (*)(const word* clip, const word* a, const word* b,
-                                       const kernel_layout& layout, std::int32_t bound);
 /// The pair kernel over many candidates: operand i is `base + items[i] * stride`. Returns the first
 /// i in [from, count) whose cost against `clip` is at or below `bound`, with that cost in `*cost`;
 /// `count` when there is none. The searches spend their time here.
@@ -136,12 +133,6 @@ using scan_kernel = int (*)(const word* clip, const word* base, std::size_t stri
 /// Down-pass of one node: writes `down` and `unions` from the descendants' `down`; returns steps.
 using down_kernel = std::int64_t (*)(const word* left, const word* right, word* down, word* unions,
                                      const kernel_layout& layout);
-/// Final pass of an internal node: writes `final` and `branch` from the ancestor's `final`.
-using final_kernel = void (*)(const word* ancestor_final, const word* down, const word* unions,
-                              word* final, word* branch, const kernel_layout& layout);
-/// Final pass of a terminal: writes `branch`.
-using final_terminal_kernel = void (*)(const word* ancestor_final, const word* down, word* branch,
-                                       const kernel_layout& layout);
 /// Down-pass of `count` internal nodes, from the end of `order` to its start; returns steps.
 using down_pass_kernel = std::int64_t (*)(const pass_context& tree, const std::int32_t* order,
                                           std::int32_t count, const kernel_layout& layout);
@@ -162,10 +153,6 @@ using insert_wave_kernel = void (*)(const pass_context& tree, std::int32_t node,
 /// Cost of joining in fit. A result below `bound` is exact; the loop stops at sum >= bound.
 using fit_pair_kernel = double (*)(const word* clip, const word* branch,
                                    const kernel_layout& layout, double bound);
-/// The same against the union of `a` and `b`: a lower bound for both. A result at or below `bound`
-/// is exact; the loop stops at sum > bound.
-using fit_triple_kernel = double (*)(const word* clip, const word* a, const word* b,
-                                     const kernel_layout& layout, double bound);
 /// As scan_kernel: the first candidate whose cost is below `bound`.
 using fit_scan_kernel = int (*)(const word* clip, const word* base, std::size_t stride,
                                 const std::int32_t* items, int from, int count,
@@ -178,23 +165,17 @@ using fit_remove_kernel = double (*)(const word* clip, const word* branch,
 
 struct fit_slots {
   fit_pair_kernel cost_pair = nullptr;
-  fit_triple_kernel cost_triple = nullptr;
   fit_scan_kernel scan_pairs = nullptr;
   fit_add_kernel add_steps = nullptr;
   fit_remove_kernel remove_steps = nullptr;
 };
 
-/// One scoring mode in one width. Under implied weights `node_down` and `down_pass` count the
-/// steps of each character in its counter and return nothing; the integer costs are those of
-/// weighted steps.
+/// One scoring mode in one width. Under implied weights `down_pass` counts the steps of each
+/// character in its counter and returns nothing; the integer costs are those of weighted steps.
 struct kernel_slots {
   pair_kernel cost_pair = nullptr;
-  triple_kernel cost_triple = nullptr;
   scan_kernel scan_pairs = nullptr;
-  down_kernel node_down = nullptr;
-  down_kernel remake_down = nullptr;  // as node_down, for the sets alone: counts nothing
-  final_kernel node_final = nullptr;
-  final_terminal_kernel node_final_terminal = nullptr;
+  down_kernel remake_down = nullptr;  // for the sets alone: counts nothing
   down_pass_kernel down_pass = nullptr;
   final_pass_kernel final_pass = nullptr;
   clip_wave_kernel clip_wave = nullptr;

@@ -8,7 +8,7 @@
 #endif
 #include <immintrin.h>
 
-#include "engine/kernels/kernel_tables.h"
+#include "engine/kernels/kernel_choice.h"
 #include "engine/kernels/slot_tables.h"
 
 namespace zeb {

@@ -1,7 +1,7 @@
 // The 32-bit kernels, which are the reference for all others, and the 64-bit ones.
 #include <array>
 
-#include "engine/kernels/kernel_tables.h"
+#include "engine/kernels/kernel_choice.h"
 #include "engine/kernels/slot_tables.h"
 
 namespace zeb {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "engine/fit/fit_forms.h"
-#include "engine/kernels/kernel_tables.h"
+#include "engine/kernels/kernel_choice.h"
 #include "engine/kernels/wave_forms.h"
 
 namespace zeb {
@@ -13,12 +13,8 @@ template <class V, class C>
 kernel_slots slots_of(int bits) {
   kernel_slots k;
   k.cost_pair = cost_pair<V, C>;
-  k.cost_triple = cost_triple<V, C>;
   k.scan_pairs = scan_pairs<V, C>;
-  k.node_down = node_down<V, C>;
   k.remake_down = node_down<V, C>;
-  k.node_final = node_final<V>;
-  k.node_final_terminal = node_final_terminal<V>;
   k.down_pass = down_pass<V, C>;
   k.final_pass = final_pass<V>;
   k.clip_wave = clip_wave<V>;
@@ -31,9 +27,8 @@ kernel_slots slots_of(int bits) {
 template <class V, class C>
 kernel_slots implied_slots_of(int bits) {
   kernel_slots k = slots_of<V, C>(bits);
-  k.node_down = node_down<V, step_count<V>>;
   k.down_pass = down_pass<V, step_count<V>>;
-  k.fit = {fit_pair<V>, fit_triple<V>, fit_scan<V>, add_fit_steps<V>, remove_fit_steps<V>};
+  k.fit = {fit_pair<V>, fit_scan<V>, add_fit_steps<V>, remove_fit_steps<V>};
   return k;
 }
 
