@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "base/command.h"
 #include "base/process.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
