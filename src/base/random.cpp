@@ -13,6 +13,8 @@ void set_random_insertion(bool random) { randomness.random_insertion = random; }
 void set_random_outgroup(bool random) { randomness.random_outgroup = random; }
 void set_quick_shuffle(bool quick) { randomness.quick_shuffle = quick; }
 
+void go_on_from(const random_generator& generator) { randomness.generator = generator; }
+
 void seed_generator(random_generator& generator) {
   generator.seed(randomness.random_seed != 0 ? static_cast<unsigned>(randomness.random_seed)
                                              : static_cast<unsigned>(std::time(nullptr)));

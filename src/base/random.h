@@ -43,6 +43,9 @@ void set_random_insertion(bool random);
 void set_random_outgroup(bool random);
 void set_quick_shuffle(bool quick);
 
+/// The process's generator goes on from where another one has come to.
+void go_on_from(const random_generator& generator);
+
 /// Restarts the generator from the user's seed, or from the clock where that is 0.
 void seed_generator(random_generator& generator);
 

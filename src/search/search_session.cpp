@@ -65,7 +65,7 @@ void search_session::take_trees_in() {
 
 void search_session::leave() {
   set_auto_save_view({});
-  randomness.generator = context().random;
+  go_on_from(context().random);
   keep_counters(context());
   clear_progress();
   const tree_slots& trees = context().trees;

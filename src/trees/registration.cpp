@@ -4,6 +4,7 @@
 
 #include "base/command.h"
 #include "base/process.h"
+#include "language/hooks.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
@@ -35,6 +36,7 @@ std::vector<std::int32_t> copy_of_tree(int number) {
 
 void register_trees() {
   hooks_of_matrix.stored_tree = copy_of_tree;
+  hooks_of_language.mark_descendants = mark_descendants;
   register_tree_lists();
 
   add_new_matrix_hook(create_tree_buffer);

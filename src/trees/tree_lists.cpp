@@ -2,7 +2,6 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "language/hooks.h"
 #include "language/lexer.h"
 #include "language/lists.h"
 #include "matrix/matrix.h"
@@ -16,6 +15,8 @@ namespace {
 
 std::string_view name_of_group(int group) { return tree_groups.names[at(group)]; }
 
+}  // namespace
+
 void mark_descendants(int tree, int node, std::span<std::uint8_t> flags) {
   check_tree_number(tree);
   if (node >= 0 && node < matrix.ntax) {
@@ -25,8 +26,6 @@ void mark_descendants(int tree, int node, std::span<std::uint8_t> flags) {
   check_node_number(tree, node);
   flag_terminals(stored_tree(tree), matrix.ntax, node, flags);
 }
-
-}  // namespace
 
 std::vector<std::uint8_t> read_tree_list() {
   require_trees();
@@ -80,7 +79,6 @@ void register_tree_lists() {
   trees.count = [] { return store.vault.ntrees; };
   trees.in_group = [](int, int) { return false; };
   register_list_kind(trees);
-  hooks_of_language.mark_descendants = mark_descendants;
 }
 
 }  // namespace zeb

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace zeb {
@@ -23,7 +24,10 @@ struct target_group {
 /// Reads "=N" or ">N" where one comes next. Error for a group out of range.
 target_group read_target_group();
 
-/// Trees in memory and trees of the vault become kinds of lists, and "@T N" a list of taxa.
+/// "@T N" in lists of taxa: flags the terminals that descend from node N of a tree, or terminal N.
+/// Errors: no such tree or node.
+void mark_descendants(int tree, int node, std::span<std::uint8_t> flags);
+/// Trees in memory and trees of the vault become kinds of lists.
 void register_tree_lists();
 
 }  // namespace zeb

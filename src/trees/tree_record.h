@@ -51,6 +51,8 @@ int terminals_in(const_tree_span tree, int ntax);
 /// Joins absent taxa at a new root, with the tree as their sister.
 void include_absent_taxa(tree_span tree, int ntax);
 bool is_absent(const_tree_span tree, int terminal);
-inline int node_limit(const_tree_span tree, int ntax) { return tree[static_cast<std::size_t>(ntax)]; }
+inline int node_limit(const_tree_span tree, int ntax) {
+  return tree[static_cast<std::size_t>(ntax)];
+}
 
 }  // namespace zeb

@@ -42,7 +42,8 @@ identical_trees mark_identical(search_context& context, std::span<std::uint8_t> 
         }
         const tree_record& first = record_of(context, slots[i]);
         const tree_record& later = record_of(context, slots[j]);
-        const bool same_length = is_same_score(first.score, later.score, kind_of_scores(context.data));
+        const bool same_length =
+            is_same_score(first.score, later.score, kind_of_scores(context.data));
 #ifndef NDEBUG
         if (same_length && !first.taken_in && !later.taken_in) {
           emitf("OOps , two times the same tree!!!\n");
