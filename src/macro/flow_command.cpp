@@ -11,7 +11,7 @@
 #include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "macro/block_text.h"
+#include "macro/body_text.h"
 #include "macro/commands.h"
 #include "macro/loops.h"
 #include "macro/macro_language.h"
@@ -128,12 +128,12 @@ void if_command() {
   if (macros.report) emitf("IF %s ---> %s", echo.c_str(), holds ? "TRUE" : "FALSE!");
   if (holds) return;
   if (input.top == 0 && macros.level < 0) report_line("Condition not fullfilled");
-  skip_block();
+  skip_branch();
 }
 
 void else_command() {
   require_macros();
-  skip_block();
+  skip_branch();
 }
 
 void end_command() { require_macros(); }

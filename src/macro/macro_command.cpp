@@ -83,7 +83,7 @@ void set_memory() {
   }
   std::string text = "RAM for macros is " + std::to_string(macros.memory_bytes / 1000) + " KBytes";
   if (macros_on()) {
-    text += text_of(" (%zu%% is in use)", macro_memory_used() * 100 / macros.block_size);
+    text += text_of(" (%zu%% is in use)", macro_memory_used() * 100 / macros.memory_size);
   }
   report_line(text);
 }

@@ -13,7 +13,7 @@ macro_state macros;
 
 namespace {
 
-// Takes the tables in turn from the block, which holds zeros.
+// Takes the tables in turn from the memory, which holds zeros.
 template <class T>
 T* carve(char*& place, std::size_t n) {
   const std::size_t misfit = reinterpret_cast<std::uintptr_t>(place) % alignof(std::max_align_t);
@@ -44,19 +44,19 @@ void allocate_macro_tables() {
   const std::size_t tables = loops * sizeof(loop_record) +
                              vars * (1 + sizeof(int*) + 5 * sizeof(int) + sizeof(int) + 8 + 8) +
                              512;
-  macros.block_size = std::max(static_cast<std::size_t>(macros.memory_bytes), tables + 1000);
+  macros.memory_size = std::max(static_cast<std::size_t>(macros.memory_bytes), tables + 1000);
   // Memory of zeros: what isn't used is never touched.
-  macros.block = static_cast<std::byte*>(std::calloc(macros.block_size, 1));
-  if (!macros.block) error_end("Allocation failure: not enough RAM available");
-  char* place = reinterpret_cast<char*>(macros.block);
+  macros.memory = static_cast<std::byte*>(std::calloc(macros.memory_size, 1));
+  if (!macros.memory) error_end("Allocation failure: not enough RAM available");
+  char* place = reinterpret_cast<char*>(macros.memory);
   if (macros.protection) {
     macros.dimension_count = carve<std::int8_t>(place, vars);
     macros.dimension_sizes = carve<int*>(place, vars);
-    macros.size_blocks = carve<int>(place, vars * most_dimensions);
+    macros.size_tables = carve<int>(place, vars * most_dimensions);
   } else {
     macros.dimension_count = nullptr;
     macros.dimension_sizes = nullptr;
-    macros.size_blocks = nullptr;
+    macros.size_tables = nullptr;
   }
   macros.named = carve<int>(place, vars);
   macros.loops = carve<loop_record>(place, loops);
@@ -64,7 +64,7 @@ void allocate_macro_tables() {
   macros.real_values = macros.integer_only ? nullptr : carve<double>(place, vars);
   macros.names = carve<char*>(place, vars);
   macros.heap_bottom = macros.heap_top = place;
-  macros.heap_end = reinterpret_cast<char*>(macros.block) + macros.block_size - 16;
+  macros.heap_end = reinterpret_cast<char*>(macros.memory) + macros.memory_size - 16;
   macros.named_count = 0;
   macros.level = -1;
   macros.table_array = -1;
@@ -73,15 +73,15 @@ void allocate_macro_tables() {
 }
 
 void free_macro_tables() {
-  std::free(macros.block);
-  macros.block = nullptr;
+  std::free(macros.memory);
+  macros.memory = nullptr;
   macros.heap_bottom = macros.heap_top = macros.heap_end = nullptr;
   macros.named_count = 0;
   macros.frames.assign(1, macro_frame{});
 }
 
 std::size_t macro_memory_used() {
-  return static_cast<std::size_t>(macros.heap_top - reinterpret_cast<char*>(macros.block));
+  return static_cast<std::size_t>(macros.heap_top - reinterpret_cast<char*>(macros.memory));
 }
 
 std::string macro_memory_text() {

@@ -1,5 +1,5 @@
 // The store of the macro language: numbered variables, their names and dimensions, the loop table,
-// and the heap that holds names and the texts of loops, one after the other. All lie in one block
+// and the heap that holds names and the texts of loops, one after the other. All lie in one piece
 // of memory, which lives while the language is on.
 #pragma once
 
@@ -61,15 +61,15 @@ struct macro_state {
   double regr = 0, regalfa = 0, regbeta = 0;  // results of regressions
 
   // While the language is on.
-  std::byte* block = nullptr;
-  std::size_t block_size = 0;
+  std::byte* memory = nullptr;
+  std::size_t memory_size = 0;
   char* heap_bottom = nullptr;
   char* heap_top = nullptr;
-  char* heap_end = nullptr;  // 16 bytes before the end of the block
+  char* heap_end = nullptr;  // 16 bytes before the end of the memory
   std::int8_t* dimension_count =
       nullptr;                      // by variable, dimensions below this point; protection only
   int** dimension_sizes = nullptr;  // by variable: its sizes
-  int* size_blocks = nullptr;       // most_dimensions ints a variable
+  int* size_tables = nullptr;       // most_dimensions ints a variable
   int* named = nullptr;             // named variables, sorted by number
   int named_count = 0;
   loop_record* loops = nullptr;
@@ -85,7 +85,8 @@ struct macro_state {
 };
 extern macro_state macros;
 
-/// Takes and gives back the block with all tables; both leave the language without names and loops.
+/// Takes and gives back the memory with all tables; both leave the language without names and
+/// loops.
 void allocate_macro_tables();
 void free_macro_tables();
 /// "Macros: 1.2 Kb in use, 100.0 Kb free\n" without its newline.

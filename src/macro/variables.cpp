@@ -112,9 +112,9 @@ void lay_out_array(int number, std::span<const int> sizes) {
   const auto dims = static_cast<int>(sizes.size());
   auto note = [&](int cell, int from) {
     if (!macros.dimension_count) return;
-    int* block = macros.size_blocks + static_cast<std::ptrdiff_t>(cell) * most_dimensions;
-    for (int d = from; d < dims; ++d) block[d - from] = sizes[static_cast<std::size_t>(d)];
-    macros.dimension_sizes[cell] = block;
+    int* own = macros.size_tables + static_cast<std::ptrdiff_t>(cell) * most_dimensions;
+    for (int d = from; d < dims; ++d) own[d - from] = sizes[static_cast<std::size_t>(d)];
+    macros.dimension_sizes[cell] = own;
     macros.dimension_count[cell] = static_cast<std::int8_t>(dims - from);
   };
   const auto cells = static_cast<int>(array_cells(sizes));

@@ -1,4 +1,4 @@
-#include "macro/block_text.h"
+#include "macro/body_text.h"
 
 #include <cctype>
 #include <cstring>
@@ -26,7 +26,7 @@ bool ends_in(const std::string& text, std::string_view word) {
   return at == 0 || !std::isalpha(static_cast<unsigned char>(text[at - 1]));
 }
 
-bool opens_block(const std::string& text) {
+bool opens_body(const std::string& text) {
   for (const char* word : {"loop", "sprit", "tbrit", "forfiles", "bandb"}) {
     if (ends_in(text, word)) return true;
   }
@@ -41,8 +41,8 @@ constexpr std::size_t longest_word = 100;
 
 [[noreturn]] void no_end() { error_end("Found end-of-file:", "\"if\" not matched by \"end\""); }
 
-// Next character; a block doesn't go on after the end of its loop.
-int next_in_block() {
+// Next character; a branch doesn't go on after the end of its loop.
+int next_in_branch() {
   if (loop_text_ended()) no_end();
   return read_raw_char();
 }
@@ -56,7 +56,7 @@ void refuse_end_of_file() {
 std::string next_word(int* ended_by) {
   int c = 0;
   do {
-    c = next_in_block();
+    c = next_in_branch();
     if (c < 33 || c == ';') refuse_end_of_file();
   } while (c < 33);
   if (c == '(' || c == ';') {
@@ -64,7 +64,7 @@ std::string next_word(int* ended_by) {
     return "x";
   }
   std::string word;
-  for (; c > 32 && c != ';' && c != '('; c = next_in_block()) {
+  for (; c > 32 && c != ';' && c != '('; c = next_in_branch()) {
     if (word.size() < longest_word) word += static_cast<char>(std::tolower(c));
   }
   *ended_by = c;
@@ -106,7 +106,7 @@ void capture_loop_text(loop_record& loop) {
     const int lower = std::tolower(c);
     if (lower != 'p' && lower != 't' && lower != 's' && lower != 'b') continue;
     if (std::isalpha(peek_raw_char())) continue;
-    if (opens_block(text)) {
+    if (opens_body(text)) {
       ++depth;
       check_loop_depth(macros.level + depth);
     } else if (ends_in(text, "stop")) {
@@ -121,7 +121,7 @@ void capture_loop_text(loop_record& loop) {
   loop.text_end = copy + text.size();
 }
 
-void skip_block() {
+void skip_branch() {
   const reading_flag plain(&macro_reading::no_expansion);
   int depth = 1;
   for (;;) {
@@ -136,7 +136,7 @@ void skip_block() {
     } else if (word == "xend") {
       return;
     } else if (is_quote(word) && ended_by != ';') {
-      while (next_in_block() != ';') {
+      while (next_in_branch() != ';') {
       }
       refuse_end_of_file();
     }

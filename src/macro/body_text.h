@@ -11,6 +11,6 @@ namespace zeb {
 void capture_loop_text(loop_record& loop);
 
 /// Skips, without expansion, to the `else` or `end` that matches an `if`, or to an `xend`.
-void skip_block();
+void skip_branch();
 
 }  // namespace zeb
