@@ -11,7 +11,7 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
-#include "trees/drawing/command_text.h"
+#include "trees/drawing/text_lines.h"
 #include "trees/hooks.h"
 #include "trees/tree_equality.h"
 #include "trees/tree_lists.h"

@@ -8,8 +8,8 @@
 #include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
-#include "trees/drawing/command_text.h"
 #include "trees/drawing/tables.h"
+#include "trees/drawing/text_lines.h"
 #include "trees/tree_lists.h"
 #include "trees/tree_store.h"
 

@@ -236,25 +236,6 @@ tree_span take_slot(bool may_grow, std::string_view no_space) {
   return stored_tree(slot);
 }
 
-buffer_aside::buffer_aside() : groups_(saved_groups(store.ntrees)), count_(store.ntrees) {
-  for (int t = 0; t < count_; ++t) {
-    const const_tree_span tree = stored_tree(t);
-    trees_.insert(trees_.end(), tree.begin(), tree.end());
-  }
-  set_tree_count(store, 0);
-}
-
-buffer_aside::~buffer_aside() {
-  const std::size_t cells = at(store.nnodes);
-  set_tree_count(store, 0);
-  for (int t = 0; t < count_; ++t) {
-    std::copy_n(trees_.begin() + static_cast<std::ptrdiff_t>(at(t) * cells), cells,
-                stored_tree(t).begin());
-  }
-  set_tree_count(store, count_);
-  restore_groups(groups_);
-}
-
 void require_trees() {
   if (store.ntrees == 0) error_end("Tree(s) are required");
 }

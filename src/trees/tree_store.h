@@ -69,20 +69,6 @@ class fixed_capacity_scope {
 /// How many of them there are, one within the other.
 inline int capacity_scopes() { return store.capacity_scopes; }
 
-/// Empties the buffer for as long as it exists, and puts its trees and their groups back.
-class buffer_aside {
- public:
-  buffer_aside();
-  ~buffer_aside();
-  buffer_aside(const buffer_aside&) = delete;
-  buffer_aside& operator=(const buffer_aside&) = delete;
-
- private:
-  std::vector<tree_node> trees_;
-  std::vector<std::uint32_t> groups_;
-  int count_;
-};
-
 /// "Tree(s) are required" without trees; "Tree-buffer has" N "trees" for a number past the end.
 void require_trees();
 void check_tree_number(int tree);

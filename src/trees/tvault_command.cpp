@@ -13,7 +13,7 @@
 #include "language/lists.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
-#include "trees/drawing/command_text.h"
+#include "trees/drawing/text_lines.h"
 #include "trees/hooks.h"
 #include "trees/notation/parenthetical_writer.h"
 #include "trees/tree_store.h"

@@ -11,8 +11,8 @@
 
 #include "base/indices.h"
 #include "base/text_columns.h"
-#include "trees/drawing/command_text.h"
 #include "trees/drawing/node_order.h"
+#include "trees/drawing/text_lines.h"
 
 namespace zeb {
 namespace {

@@ -11,10 +11,10 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "trees/drawing/branch_style.h"
-#include "trees/drawing/command_text.h"
 #include "trees/drawing/node_order.h"
 #include "trees/drawing/svg_file.h"
 #include "trees/drawing/svg_text.h"
+#include "trees/drawing/text_lines.h"
 
 namespace zeb {
 namespace {

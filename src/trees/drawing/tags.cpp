@@ -11,8 +11,8 @@
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
-#include "trees/drawing/command_text.h"
 #include "trees/drawing/node_order.h"
+#include "trees/drawing/text_lines.h"
 #include "trees/notation/parenthetical_writer.h"
 #include "trees/notation/taxon_names.h"
 

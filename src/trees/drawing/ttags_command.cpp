@@ -8,9 +8,9 @@
 #include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
-#include "trees/drawing/command_text.h"
 #include "trees/drawing/display.h"
 #include "trees/drawing/tags.h"
+#include "trees/drawing/text_lines.h"
 #include "trees/hooks.h"
 #include "trees/tree_store.h"
 

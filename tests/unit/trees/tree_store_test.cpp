@@ -100,18 +100,5 @@ TEST(tree_store, the_vault_lies_apart_and_forbids_growth) {
   expect_trees(10);
 }
 
-TEST(tree_store, trees_put_aside_come_back_with_their_groups) {
-  zeb_test::text_session session(ntax);
-  const jump_context context;
-  fill(20);
-  {
-    const buffer_aside aside;
-    EXPECT_EQ(store.ntrees, 0);
-    ASSERT_TRUE(set_maxtrees(200, false));
-    take_slot()[1] = -1;
-  }
-  expect_trees(20);
-}
-
 }  // namespace
 }  // namespace zeb

@@ -1,4 +1,4 @@
-#include "trees/drawing/command_text.h"
+#include "trees/drawing/text_lines.h"
 
 #include <algorithm>
 
@@ -33,6 +33,7 @@ std::vector<std::string> text_lines(std::string_view text, char separator, int w
     if (more) text.remove_prefix(end + 1);
     while (separator && width > 0 && text_columns(line) > width) {
       const std::size_t cut = break_point(line, width);
+      if (cut == line.size()) break;  // one character wider than the line
       out.emplace_back(line.substr(0, cut));
       line.remove_prefix(cut);
       while (!line.empty() && line.front() == ' ') line.remove_prefix(1);

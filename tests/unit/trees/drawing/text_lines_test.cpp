@@ -1,4 +1,4 @@
-#include "trees/drawing/command_text.h"
+#include "trees/drawing/text_lines.h"
 
 #include <gtest/gtest.h>
 
