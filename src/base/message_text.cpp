@@ -27,6 +27,10 @@ std::string with_commas(std::string digits) {
   return digits;
 }
 
+std::string counted(long long number, std::string_view one, std::string_view many) {
+  return std::to_string(number) + " " + std::string(number == 1 ? one : many);
+}
+
 std::string joined_list(std::span<const std::string_view> items) {
   std::string text;
   for (std::size_t i = 0; i < items.size(); ++i) {

@@ -6,6 +6,7 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/interrupts.h"
+#include "base/message_text.h"
 #include "console/progress.h"
 #include "formats/foreign_matrix.h"
 #include "formats/text_lines.h"
@@ -136,9 +137,9 @@ void write_fasta(std::FILE* out, bool skip_gaps) {
     if (!line.empty()) std::fprintf(out, "%s\n", line.c_str());
   }
   if (unwritable > 0) {
-    warning("FASTA has no symbol for sets of states:", unwritable,
-            unwritable == 1 ? "cell is written as \"?\", that of taxon"
-                            : "cells are written as \"?\", the first that of taxon",
+    warning("FASTA has no symbol for sets of states:",
+            counted(unwritable, "cell is written as \"?\", that of taxon",
+                    "cells are written as \"?\", the first that of taxon"),
             first_place);
   }
 }

@@ -33,8 +33,7 @@ void read_newick_file(const std::string& file) {
   if (input.top == level) pop_frame();
   const int count = reader.trees_read();
   const bool tagged = reader.keep_tags("Tree-tags from " + file);
-  std::string text =
-      text_of("Read %i %s from Newick tree-file", count, count == 1 ? "tree" : "trees");
+  std::string text = "Read " + counted(count, "tree", "trees") + " from Newick tree-file";
   if (count > 0) {
     text += text_of(" (%s %i", count == 1 ? "tree" : "trees", first);
     text += count == 1 ? ")" : text_of("-%i)", store.ntrees - 1);

@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "language/list_text.h"
 #include "matrix/reading/continuous_reader.h"
 #include "matrix/reading/matrix_writer.h"
@@ -104,8 +105,7 @@ void warn_of_continuous() {
   }
   if (odd_cells == 0) return;
   warning("Other programs may not read ranges and inapplicable values of continuous characters:",
-          odd_cells, odd_cells == 1 ? "cell, that of taxon" : "cells, the first that of taxon",
-          first_place);
+          counted(odd_cells, "cell, that of taxon", "cells, the first that of taxon"), first_place);
 }
 
 int most_states(int types) {

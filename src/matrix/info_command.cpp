@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "base/message_text.h"
 #include "console/output.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -15,8 +16,8 @@ namespace {
 
 // "12 informative characters: 0 2 3", cut into lines.
 void show_characters(const std::vector<int>& characters, const std::string& what) {
-  std::string line = std::to_string(characters.size()) + " " + what +
-                     (characters.size() == 1 ? " character" : " characters");
+  std::string line =
+      counted(static_cast<long long>(characters.size()), what + " character", what + " characters");
   if (!characters.empty()) line += ":";
   for (const int c : characters) {
     const std::string label = " " + character_label(c);

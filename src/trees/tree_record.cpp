@@ -131,8 +131,7 @@ std::string check_tree_record(const_tree_span tree, int ntax) {
   }
   for (int v = ntax; v < limit; ++v) {
     if (descendants[at(v)] < 2) {
-      return text_of("node %i has %i descendant%s", v, descendants[at(v)],
-                     descendants[at(v)] == 1 ? "" : "s");
+      return text_of("node %i has ", v) + counted(descendants[at(v)], "descendant", "descendants");
     }
   }
   // Every node must reach the root: a circle of ancestors doesn't. 1 reaches it, 2 on the way.

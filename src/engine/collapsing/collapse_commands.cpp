@@ -7,6 +7,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "console/progress.h"
 #include "console/settings.h"
@@ -143,7 +144,7 @@ void condense_trees(int rule, const condense_request& request) {
     changed += node_limit(tree, matrix.ntax) != nodes;
   }
   clear_progress();
-  emit("Condensed ", changed, changed == 1 ? " tree\n" : " trees\n");
+  emit("Condensed ", counted(changed, "tree", "trees"), "\n");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "formats/labelled_trees.h"
 #include "formats/newick.h"
 #include "matrix/matrix.h"
@@ -40,7 +41,7 @@ class tag_texts {
   }
   void warn_of_lost() const {
     if (lost_ == 0) return;
-    warning(lost_, lost_ == 1 ? "tag" : "tags",
+    warning(counted(lost_, "tag", "tags"),
             use_ == tag_use::labels ? "of terminals can't be written as labels:"
                                     : "can't be written as branch lengths:",
             first_lost_);

@@ -306,8 +306,7 @@ void tell_what_was_read() {
     emit("Data were read as mixed types: ", type_names(matrix.data_type_in_use), "\n");
   }
   if (!settings.report) return;
-  emit("Read ", matrix.ntax, " taxa, ", matrix.nchar,
-       matrix.nchar == 1 ? " character" : " characters");
+  emit("Read ", matrix.ntax, " taxa, ", counted(matrix.nchar, "character", "characters"));
   if (matrix.nblocks > 1) emit(" in ", matrix.nblocks, " blocks");
   emit("\n");
 }

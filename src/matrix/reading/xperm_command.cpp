@@ -1,4 +1,5 @@
 // `xperm`: permutes the states of each character among the taxa.
+#include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "language/interpreter.h"
@@ -37,7 +38,7 @@ void xperm_command() {
   }
   drop_packed_data();
   if (settings.report) {
-    report_line("States of", permuted, permuted == 1 ? "character" : "characters", "permuted");
+    report_line("States of", counted(permuted, "character", "characters"), "permuted");
   }
 }
 

@@ -152,7 +152,7 @@ void edit_cells() {
     check_end();
     const int blanked = blank_cells_at_random(of_character, of_taxon);
     if (settings.report) {
-      report_line(blanked, blanked == 1 ? "cell is" : "cells are", "now missing");
+      report_line(counted(blanked, "cell is", "cells are"), "now missing");
     }
     return;
   }

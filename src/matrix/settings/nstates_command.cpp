@@ -3,6 +3,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "language/input.h"
@@ -143,7 +144,7 @@ void renumber_all(data_settings&) {
   require_data("renumbering states");
   const int changed = renumber_states();
   if (settings.report) {
-    report_line(changed, changed == 1 ? "character renumbered" : "characters renumbered");
+    report_line(counted(changed, "character", "characters"), "renumbered");
   }
 }
 
