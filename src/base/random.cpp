@@ -46,6 +46,8 @@ void random_sequence(random_generator& generator, int count, std::span<int> out,
   }
 }
 
+void go_on_from(const random_generator& generator) { randomness.generator = generator; }
+
 void reseed() {
   if (randomness.random_seed != -1) seed_generator(randomness.generator);
 }

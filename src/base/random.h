@@ -73,6 +73,8 @@ class seed_scope {
 
 /// Draws from the process's generator, 0 to 2147483647.
 inline int draw() { return randomness.generator.draw(); }
+/// The process's generator goes on from where `generator` stands.
+void go_on_from(const random_generator& generator);
 /// Seeds the process's generator; does nothing where the seed is -1.
 void reseed();
 /// Shuffles with the process's generator after `reseed`.

@@ -48,9 +48,9 @@ struct language_hooks {
   data_description (*describe_data)() = nullptr;
   /// Drops the data set, before the arena is created anew.
   void (*drop_data)() = nullptr;
-  /// "@T N" in lists of taxa: marks the terminals that descend from node N of tree T, or terminal
+  /// "@T N" in lists of taxa: flags the terminals that descend from node N of tree T, or terminal
   /// N. Raises the error for a tree or node that isn't there; a negative number is a missing one.
-  void (*mark_descendants)(int tree, int node, std::span<std::uint8_t> marks) = nullptr;
+  void (*flag_descendants)(int tree, int node, std::span<std::uint8_t> flags) = nullptr;
   /// Prints the entry of an expression function whose name begins with `word`; false for none.
   bool (*print_expression_help)(std::string_view word) = nullptr;
   /// Readers of foreign formats that `procedure` calls. NEXUS: the file is the top frame and

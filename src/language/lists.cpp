@@ -65,8 +65,8 @@ int number_of_word(std::string_view word, int count) {
 void read_descendants(std::span<std::uint8_t> marks) {
   const int tree = read_int();
   const int node = read_int();
-  if (!hooks_of_language.mark_descendants) error_end("Lists by node (\"@T N\") need trees");
-  hooks_of_language.mark_descendants(tree, node, marks);
+  if (!hooks_of_language.flag_descendants) error_end("Lists by node (\"@T N\") need trees");
+  hooks_of_language.flag_descendants(tree, node, marks);
 }
 
 int read_block_reference(const list_kind& kind) {

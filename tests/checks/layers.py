@@ -37,10 +37,6 @@ FOLDERS = {
     "base": 0,
 }
 
-# Single arrows that are allowed although they point upward or sideways: (file, header) -> reason.
-ALLOWED = {
-}
-
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')
 
 
@@ -64,7 +60,6 @@ def includes_of(root, name):
 
 
 def floor_faults(root, files):
-    used = set()
     for name in files:
         if folder(name) not in FOLDERS:
             yield f"{name}:1: its room has no floor; add it to the table in layers.py"
@@ -72,16 +67,12 @@ def floor_faults(root, files):
         for number, header in includes_of(root, name):
             if not (root / header).is_file():
                 yield f"{name}:{number}: no such header in src: {header}"
-            elif (name, header) in ALLOWED:
-                used.add((name, header))
             elif folder(header) not in FOLDERS:
                 yield f"{name}:{number}: {header} has no floor"
             elif floor(header) > floor(name):
                 yield f"{name}:{number}: floor {floor(name)} includes {header} of floor {floor(header)}"
             elif floor(header) == floor(name) and folder(name) not in ("", folder(header)):
                 yield f"{name}:{number}: sideways arrow to {header} on the same floor {floor(name)}"
-    for arrow in set(ALLOWED) - used:
-        yield f"layers.py:1: exception no longer needed: {arrow[0]} -> {arrow[1]}"
 
 
 def way_back(arrows, start):
