@@ -13,8 +13,6 @@ void set_random_insertion(bool random) { randomness.random_insertion = random; }
 void set_random_outgroup(bool random) { randomness.random_outgroup = random; }
 void set_quick_shuffle(bool quick) { randomness.quick_shuffle = quick; }
 
-void go_on_from(const random_generator& generator) { randomness.generator = generator; }
-
 void seed_generator(random_generator& generator) {
   generator.seed(randomness.random_seed != 0 ? static_cast<unsigned>(randomness.random_seed)
                                              : static_cast<unsigned>(std::time(nullptr)));
@@ -48,9 +46,7 @@ void random_sequence(random_generator& generator, int count, std::span<int> out,
 
 void go_on_from(const random_generator& generator) { randomness.generator = generator; }
 
-void reseed() {
-  if (randomness.random_seed != -1) seed_generator(randomness.generator);
-}
+void reseed() { seed_generator(randomness.generator); }
 
 void random_sequence(int count, std::span<int> out, int first, std::span<const std::uint8_t> mask) {
   reseed();

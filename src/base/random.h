@@ -29,7 +29,7 @@ class random_generator {
 /// The settings of `rseed`, and the generator of everything but searches, which have their own.
 struct random_state {
   random_generator generator;
-  int random_seed = 1;            // 0: each seeding takes the clock; -1: `reseed` does nothing
+  int random_seed = 1;            // 0: each seeding takes the clock
   unsigned seed_step = 0;         // not 0: consecutive replications take seed + step, unchecked
   bool quick_shuffle = false;     // `rseed !`: quick approximation
   bool random_insertion = false;  // `rseed [`
@@ -42,9 +42,6 @@ void set_seed_step(unsigned step);
 void set_random_insertion(bool random);
 void set_random_outgroup(bool random);
 void set_quick_shuffle(bool quick);
-
-/// The process's generator goes on from where another one has come to.
-void go_on_from(const random_generator& generator);
 
 /// Restarts the generator from the user's seed, or from the clock where that is 0.
 void seed_generator(random_generator& generator);
@@ -75,7 +72,7 @@ class seed_scope {
 inline int draw() { return randomness.generator.draw(); }
 /// The process's generator goes on from where `generator` stands.
 void go_on_from(const random_generator& generator);
-/// Seeds the process's generator; does nothing where the seed is -1.
+/// Seeds the process's generator from the user's seed.
 void reseed();
 /// Shuffles with the process's generator after `reseed`.
 void random_sequence(int count, std::span<int> out, int first, std::span<const std::uint8_t> mask);
