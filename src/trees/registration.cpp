@@ -36,7 +36,7 @@ std::vector<std::int32_t> copy_of_tree(int number) {
 
 void register_trees() {
   hooks_of_matrix.stored_tree = copy_of_tree;
-  hooks_of_language.mark_descendants = mark_descendants;
+  hooks_of_language.flag_descendants = flag_descendants;
   register_tree_lists();
 
   add_new_matrix_hook(create_tree_buffer);

@@ -17,7 +17,7 @@ std::string_view name_of_group(int group) { return tree_groups.names[at(group)];
 
 }  // namespace
 
-void mark_descendants(int tree, int node, std::span<std::uint8_t> flags) {
+void flag_descendants(int tree, int node, std::span<std::uint8_t> flags) {
   check_tree_number(tree);
   if (node >= 0 && node < matrix.ntax) {
     flags[at(node)] = 1;

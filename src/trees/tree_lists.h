@@ -26,7 +26,7 @@ target_group read_target_group();
 
 /// "@T N" in lists of taxa: flags the terminals that descend from node N of a tree, or terminal N.
 /// Errors: no such tree or node.
-void mark_descendants(int tree, int node, std::span<std::uint8_t> flags);
+void flag_descendants(int tree, int node, std::span<std::uint8_t> flags);
 /// Trees in memory and trees of the vault become kinds of lists.
 void register_tree_lists();
 
