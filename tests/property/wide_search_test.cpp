@@ -54,7 +54,6 @@ constexpr const char* searches[] = {
     "collapse 3; mult=replic 3 hold 5 tbr;",
     "collapse amb; mult=replic 2 hold 3 tbr wcluster 5;",
     "mult=replic 2 hold 2 tbr sas 4;",
-    "mult=replic 2 hold 2 tbr ias 6;",
     "collapse 4; mult=replic 2 hold 5 tbr; collapse 1; bbreak;",
     "collapse 1; mult=replic 1 hold 1 wagner; bbreak=nomulpars preproc; bbreak:mulpars nopreproc;",
     "mult=replic 1 hold 1 wagner; bbreak=limit 3; bbreak:nolimit;",

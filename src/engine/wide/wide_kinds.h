@@ -30,9 +30,9 @@
 // is. Then the costs of joining a clip by other branches than its own root differ also in what the
 // clip itself costs, so `branch` of a node in a clip must also have the vector of the clip rooted
 // there, with its least cost not taken off. `join` answers with the difference to the clip rooted
-// as it stands, which may be below 0. `is_rooted` says so: searches take full passes in place of
-// waves where a root moves, don't exchange the outgroup, and may not take a cost of 0 for the least
-// that there is. States that only the root may have are seen to in `top`.
+// as it stands. `is_rooted` says so: searches take full passes where a root moves, and keep the
+// outgroup. They take costs for at least 0, so such a kind has to find the rooting of a clip that
+// costs least, and count from there. States that only the root may have are seen to in `top`.
 //
 // Ranges of values (Farris 1970) need a word: the lowest value in one half, the highest in the
 // other. `down` is where the two ranges overlap, or what lies between them, which is the step;

@@ -8,7 +8,7 @@ namespace zeb {
 /// Puts the first three taxa and the one to follow in front of the sequence, by comparing all
 /// threes of the outgroup and two of the next `look` taxa.
 void choose_first_taxa(wagner_build& build, int look, int rule);
-/// Puts the sequence in order by the informative characters that each next taxon makes.
+/// Puts the sequence in order by the informative characters (packed) that each next taxon makes.
 void informative_sequence(wagner_build& build);
 /// Adds the taxa from position 3 on, each chosen among the next ones.
 void add_chosen_taxa(wagner_build& build);
