@@ -124,7 +124,6 @@ struct lock_tags {
   int constraints_lock = 0;
   int optimisation_lock = 0;  // packed data
   int search_lock = 0;        // search workspace
-  int matching_lock = 0;      // approximate name matching
 };
 extern lock_tags locks;
 

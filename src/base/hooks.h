@@ -14,8 +14,8 @@ struct base_hooks {
   void (*tell_error)(const std::string& message) = nullptr;
   /// Shows a warning. Throws `command_unwinding` where a user who was asked doesn't want to go on.
   void (*tell_warning)(const std::string& message) = nullptr;
-  /// Looks whether the user wants to stop; see `check_interrupt`.
-  void (*check_interrupt)(int mode) = nullptr;
+  /// Looks whether the user wants to stop, or waits for a key that tells.
+  void (*check_interrupt)(bool wait) = nullptr;
   /// Closes the log and gives the terminal back: the process ends.
   void (*close_outputs)() = nullptr;
 };

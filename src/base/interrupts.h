@@ -18,9 +18,12 @@ void stop_search(stop_reason reason);
 /// What was asked of the search that is over isn't asked of the next one.
 void forget_interrupt();
 
-/// 0 waits for a key, 1 polls, 2 interrupts now, 100 looks at the steering files now. Interrupts by
-/// throwing `command_unwinding`, or inside a search by setting `interrupts.reason`.
-void check_interrupt(int mode);
+/// Looks at the keyboard, or in the background at the steering files, whether the user wants to
+/// stop: interrupts by throwing `command_unwinding`, or inside a search by setting
+/// `interrupts.reason`.
+void check_interrupt();
+/// The same, but waits for a key first.
+void wait_for_go_ahead();
 
 /// A search runs as long as one lives: the wish to stop sets `interrupts.reason`, instead of ending
 /// the command at once.

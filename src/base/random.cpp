@@ -48,9 +48,4 @@ void go_on_from(const random_generator& generator) { randomness.generator = gene
 
 void reseed() { seed_generator(randomness.generator); }
 
-void random_sequence(int count, std::span<int> out, int first, std::span<const std::uint8_t> mask) {
-  reseed();
-  random_sequence(randomness.generator, count, out, first, mask);
-}
-
 }  // namespace zeb

@@ -52,29 +52,11 @@ void seed_generator(random_generator& generator);
 void random_sequence(random_generator& generator, int count, std::span<int> out, int first,
                      std::span<const std::uint8_t> mask);
 
-/// The user's seed comes back when this goes, however the command ends.
-class seed_scope {
- public:
-  seed_scope() = default;
-  explicit seed_scope(int seed) { set(seed); }
-  ~seed_scope() { randomness.random_seed = saved_; }
-  seed_scope(const seed_scope&) = delete;
-  seed_scope& operator=(const seed_scope&) = delete;
-  /// The seed until then.
-  void set(int seed) const { randomness.random_seed = seed; }
-  int saved() const { return saved_; }
-
- private:
-  int saved_ = randomness.random_seed;
-};
-
 /// Draws from the process's generator, 0 to 2147483647.
 inline int draw() { return randomness.generator.draw(); }
 /// The process's generator goes on from where `generator` stands.
 void go_on_from(const random_generator& generator);
-/// Seeds the process's generator from the user's seed.
+/// Seeds the process's generator.
 void reseed();
-/// Shuffles with the process's generator after `reseed`.
-void random_sequence(int count, std::span<int> out, int first, std::span<const std::uint8_t> mask);
 
 }  // namespace zeb

@@ -43,7 +43,7 @@ bool count_all_groups(const tree_selection& selection, branch_weights& weights,
 void poll_trees(std::string_view label, std::size_t tree, std::size_t trees) {
   if (tree % polling_interval != 0) return;
   show_progress(label, static_cast<double>(tree), static_cast<double>(trees));
-  check_interrupt(1);
+  check_interrupt();
 }
 
 std::size_t bytes_of_small_tally(int ntax) {

@@ -132,7 +132,7 @@ std::vector<int> group_tally::largest_conflicts(int n_trees,
     if (i % polling_interval == 0) {
       show_progress("Comparing groups", static_cast<double>(i),
                     static_cast<double>(of_records.size()));
-      check_interrupt(1);
+      check_interrupt();
     }
     const group_record& group = records_[at(of_records[i])];
     const int most = n_trees - group.count;

@@ -69,7 +69,7 @@ std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_m
     std::vector<int> chosen(at(size));
     for (int i = 0; i < size; ++i) chosen[at(i)] = i;
     do {
-      check_interrupt(1);
+      check_interrupt();
       show_progress("Pruning taxa", done++, total);
       pruned_set set{.taxa = taxon_set(ntax)};
       std::vector<std::uint8_t> cut(at(ntax), 0);

@@ -67,7 +67,7 @@ void poll_for_interrupt() {
     polling_scope() { output.polling = true; }
     ~polling_scope() { output.polling = false; }
   } const scope;
-  check_interrupt(1);
+  check_interrupt();
 }
 
 }  // namespace
@@ -96,17 +96,13 @@ void emitf(const char* format, ...) {
 
 void newline() { emit(" \n"); }
 
-void put_char(char c) { append(c); }
-
 void flush_line() {
   std::string text;
   text.swap(line_buffer.text);
   line_buffer = {};
-  if (output.output_diversion != 0) {
-    if (output.output_diversion == 2 && output.diversion_stream) {
-      std::fwrite(text.data(), 1, text.size(), output.diversion_stream);
-      std::fflush(output.diversion_stream);
-    }
+  if (output.diversion) {
+    std::fwrite(text.data(), 1, text.size(), output.diversion);
+    std::fflush(output.diversion);
     return;
   }
   if (log_file.stream && !(output.output_mask & no_log)) write_log(text);
@@ -119,7 +115,7 @@ void flush_line() {
 
 void reset_output() {
   line_buffer = {};
-  output.output_diversion = 0;
+  output.diversion = nullptr;
 }
 
 void close_places(unsigned places) { output.output_mask |= places; }

@@ -16,10 +16,9 @@ namespace zeb {
 enum output_place : unsigned { no_log = 1, no_console = 2, no_text_buffer = 4 };
 
 struct output_state {
-  unsigned output_mask = 0;  // bits of output_place: where nothing goes
-  int output_diversion = 0;  // 0 usual; 2 straight into `diversion_stream`; else text is dropped
-  std::FILE* diversion_stream = nullptr;
-  bool polling = false;  // output is looking at the keyboard
+  unsigned output_mask = 0;        // bits of output_place: where nothing goes
+  std::FILE* diversion = nullptr;  // a file that takes all text in place of the usual outputs
+  bool polling = false;            // output is looking at the keyboard
 };
 extern output_state output;
 
@@ -44,8 +43,6 @@ void emitf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void newline();
 /// Sends the line buffer to the outputs and empties it.
 void flush_line();
-/// Appends one character without sending.
-void put_char(char c);
 /// Empties the line buffer without sending: what an error or interrupt does first. Ends a
 /// diversion.
 void reset_output();
@@ -79,21 +76,13 @@ class silence_scope : public output_mask_scope {
 /// For its lifetime everything emitted goes straight into `file`, as text, and nowhere else.
 class output_to_file {
  public:
-  explicit output_to_file(std::FILE* file)
-      : stream_(output.diversion_stream), diversion_(output.output_diversion) {
-    output.diversion_stream = file;
-    output.output_diversion = 2;
-  }
-  ~output_to_file() {
-    output.diversion_stream = stream_;
-    output.output_diversion = diversion_;
-  }
+  explicit output_to_file(std::FILE* file) : former_(output.diversion) { output.diversion = file; }
+  ~output_to_file() { output.diversion = former_; }
   output_to_file(const output_to_file&) = delete;
   output_to_file& operator=(const output_to_file&) = delete;
 
  private:
-  std::FILE* stream_;
-  int diversion_;
+  std::FILE* former_;
 };
 
 }  // namespace zeb

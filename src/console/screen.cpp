@@ -28,7 +28,7 @@ void count_line() {
     ~cue() { write_terminal("\r" + std::string(page_cue.size(), ' ') + "\r"); }
   };
   const cue shown;
-  check_interrupt(0);
+  wait_for_go_ahead();
 }
 
 bool fits(int columns) {

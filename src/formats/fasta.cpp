@@ -104,7 +104,7 @@ void read_fasta_file(int /*option*/, const std::string& file) {
   const symbol_table symbols = make_symbols(dna_data, matrix.cell_bytes, matrix.gaps_are_states);
   foreign_taxa taxa(matrix.ntax);
   for (const fasta_sequence& sequence : sequences) {
-    check_interrupt(1);
+    check_interrupt();
     show_progress("Converting matrix", taxa.count(), matrix.ntax);
     store_sequence(sequence, taxa.add(sequence.name), symbols);
   }

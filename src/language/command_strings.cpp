@@ -102,7 +102,7 @@ void run_frame() {
   const int loops = loop_level();
   while (reach_command(level) && run_next(loops)) {
     release_command_memory();
-    check_interrupt(1);
+    check_interrupt();
     if (interrupts.reason == stop_reason::time) forget_interrupt();
     if (!interrupted()) continue;
     if (hooks_of_language.macros.command_failed) hooks_of_language.macros.command_failed();

@@ -56,13 +56,11 @@ void remove_execute_file(const std::string& file) {
 
 }  // namespace
 
-bool stop_asked_by_file(bool now) {
+bool stop_asked_by_file() {
   if (process.slave) return false;
   const double time = wall_clock();
-  if (!now) {
-    if (steering.last_look == 0) steering.last_look = time;
-    if (time - steering.last_look < seconds_between_looks) return false;
-  }
+  if (steering.last_look == 0) steering.last_look = time;
+  if (time - steering.last_look < seconds_between_looks) return false;
   steering.last_look = time;
   const std::string stop = steering_file("stop");
   if (can_be_opened(stop)) {

@@ -5,9 +5,9 @@
 
 namespace zeb {
 
-/// Looks at the stop and pause files, at most once in ten seconds unless `now`. Waits while the
-/// pause file exists. True if the run is to stop; the stop file is gone then.
-bool stop_asked_by_file(bool now);
+/// Looks at the stop and pause files, at most once in ten seconds. Waits while the pause file
+/// exists. True if the run is to stop; the stop file is gone then.
+bool stop_asked_by_file();
 
 /// New instructions for a background run: the file that the user left, and the copy to be run.
 struct execute_file {

@@ -102,14 +102,12 @@ void tell_warning(const std::string& message) {
   throw_to_jump_context();
 }
 
-void look_for_interrupt(int mode) {
-  if (mode == 2) return interrupt();
+void look_for_interrupt(bool wait) {
   if (process.background) {
-    if (stop_asked_by_file(mode == 100)) interrupt();
+    if (stop_asked_by_file()) interrupt();
     return;
   }
-  if (mode == 1) obey(poll_interrupt_keys());
-  if (mode == 0) obey(wait_interrupt_key());
+  obey(wait ? wait_interrupt_key() : poll_interrupt_keys());
 }
 
 }  // namespace zeb

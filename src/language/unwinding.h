@@ -11,7 +11,7 @@ namespace zeb {
 void tell_error(const std::string& message);
 /// Shows a warning; a user who was asked and doesn't want to go on interrupts the command.
 void tell_warning(const std::string& message);
-/// The look at keys and steering files; `mode` as in `check_interrupt`.
-void look_for_interrupt(int mode);
+/// The look at keys and steering files, or the wait for a key.
+void look_for_interrupt(bool wait);
 
 }  // namespace zeb

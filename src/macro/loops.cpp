@@ -68,7 +68,7 @@ void advance_loop() {
     read_on_at(loop.text);
     // Rounds that neither print nor search would leave the user without a way to stop them.
     if (++macros.rounds % 128 == 0 && (settings.break_polling || process.background))
-      check_interrupt(1);
+      check_interrupt();
     return;
   }
   read_on_at(loop.resume);

@@ -39,9 +39,9 @@ void chkbreak_command() {
   if (given && mode == 0) {
     if (!user_present()) return;
     write_console("\rPress key to continue ");
-    check_interrupt(0);
+    wait_for_go_ahead();
   }
-  check_interrupt(1);
+  check_interrupt();
 }
 
 void progress_command() {

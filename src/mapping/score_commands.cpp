@@ -83,7 +83,7 @@ void for_each_tree(const score_request& request, plain_optimiser& optimiser, fun
   for (int t = 0; t < store.ntrees; ++t) {
     if (!request.trees[at(t)]) continue;
     show_progress("Optimizing", t, store.ntrees);
-    check_interrupt(1);
+    check_interrupt();
     optimiser.optimise(stored_tree(t), request.polytomies, false);
     visit(t);
   }

@@ -75,7 +75,7 @@ void poll(report_clock& clock, double now) {
   if (now - clock.last_poll < seconds_between) return;
   clock.last_poll = now;
   auto_save_if_due();
-  if (!stop_by_time()) check_interrupt(1);
+  if (!stop_by_time()) check_interrupt();
 }
 
 bool is_a_score(double score) { return score >= 0 && score < unknown_score; }

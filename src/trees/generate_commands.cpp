@@ -41,7 +41,7 @@ class poller {
     const double now = wall_clock();
     if (now - last_ < 1.0) return;
     last_ = now;
-    check_interrupt(1);
+    check_interrupt();
     show_progress(label, done, total);
   }
 

@@ -137,7 +137,7 @@ void condense_trees(int rule, const condense_request& request) {
   for (int t = 0; t < store.ntrees; ++t) {
     if (!request.trees[at(t)]) continue;
     show_progress("Condensing", t, store.ntrees);
-    check_interrupt(1);
+    check_interrupt();
     const tree_span tree = stored_tree(t);
     const int nodes = node_limit(tree, matrix.ntax);
     judge.condense(tree);

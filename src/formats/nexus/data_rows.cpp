@@ -175,7 +175,7 @@ void nexus_matrix_reader::read_row(int taxon) {
 
 void nexus_matrix_reader::read_discrete() {
   for (int taxon = row_taxon(); taxon >= 0; taxon = row_taxon()) {
-    check_interrupt(1);
+    check_interrupt();
     read_row(taxon);
   }
   file_.in.expect(';', "after the matrix");

@@ -90,7 +90,7 @@ void read_nexus() {
     const nexus_token token = file.in.token();
     if (token.what == nexus_token::kind::end) break;
     if (token.is("begin") && !read_block(file)) return;
-    check_interrupt(1);
+    check_interrupt();
   }
   if (settings.report) report_line("Closing NEXUS file");
   if (input.top == level) pop_frame();

@@ -155,7 +155,7 @@ void matrix_reader::read_plain() {
   rows_.begin_block();
   set_types(0, matrix.nchar);
   while (read_item() > 0) {
-    check_interrupt(1);
+    check_interrupt();
     const int taxon = rows_.taxa_of_row(token(), false).front();
     read_cells({.taxon = taxon, .first = 0, .end = matrix.nchar});
   }
@@ -206,7 +206,7 @@ void matrix_reader::read_block_rows() {
   for (;;) {
     const int c = peek_past_blanks();
     if (c == ';' || c == '&' || c == block_sign) break;
-    check_interrupt(1);
+    check_interrupt();
     read_item();
     read_block_row(width);
   }

@@ -108,7 +108,7 @@ class tread_run {
     const double now = wall_clock();
     if (now - last_poll_ < 1.0) return;
     if (last_poll_ > 0) {
-      check_interrupt(1);
+      check_interrupt();
       show_progress("Reading trees", store.ntrees, store.maxtrees);
     }
     last_poll_ = now;

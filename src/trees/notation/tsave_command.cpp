@@ -200,7 +200,7 @@ void shortread_command() {
       error_end("Tree file", name, "is damaged: tree", i, "can't be read");
     }
     if (wall_clock() - last_poll > 1.0) {
-      check_interrupt(1);
+      check_interrupt();
       show_progress("Reading trees", static_cast<double>(i), static_cast<double>(trees.size()));
       last_poll = wall_clock();
     }
