@@ -31,6 +31,7 @@ labelled_tree_reader::labelled_tree_reader(label_lookup lookup, void (*repeated)
   dialect_.annotation = ':';
   dialect_.labels_after_nodes = true;
   dialect_.bracket_comments = true;
+  dialect_.ended = input_ended;
   dialect_.read_item = [this, repeated](tree_builder& tree) {
     const int taxon = lookup_(read_label());
     if (repeated && tree.holds(taxon)) repeated(taxon);

@@ -8,6 +8,7 @@
 #include "base/indices.h"
 #include "console/output.h"
 #include "console/settings.h"
+#include "formats/nexus/data_rows.h"
 #include "formats/nexus/element_lists.h"
 #include "formats/nexus/step_matrix_reader.h"
 #include "language/interpreter.h"
@@ -32,8 +33,19 @@ std::string flagged_words(const std::vector<std::uint8_t>& flags) {
   return wrapped_words(list_items(static_cast<int>(flags.size()), flagged), 60).substr(1);
 }
 
+std::vector<std::uint8_t> all_but(std::vector<std::uint8_t> flags) {
+  for (std::uint8_t& flag : flags) flag = !flag;
+  return flags;
+}
+
 void set_additive(const std::vector<std::uint8_t>& flags, bool additive) {
   change_characters(flags, {.additive = additive, .sankoff = false});
+}
+
+// A default type is for characters whose own type isn't told, wherever in the file it stands.
+void note_typed(nexus_file& file, const std::vector<std::uint8_t>& flags) {
+  file.typed_characters.resize(at(matrix.nchar), 0);
+  for (int c = 0; c < matrix.nchar; ++c) file.typed_characters[at(c)] |= flags[at(c)];
 }
 
 // "ord: 1-5, unord: 7": type by type, up to ";".
@@ -44,6 +56,7 @@ void read_types(nexus_file& file) {
     const std::string type = lower_case(word.text);
     file.in.expect(':', "after a type of characters");
     const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::characters);
+    note_typed(file, flags);
     if (type == "ord" || type == "unord") {
       set_additive(flags, type == "ord");
     } else if (const int number = find_step_matrix(word.text); number >= 0) {
@@ -77,20 +90,34 @@ void read_weights(nexus_file& file) {
   }
 }
 
+// "/ only" after a list: what isn't in it gets the opposite.
+bool read_only(nexus_file& file) {
+  if (!file.in.accept('/')) return false;
+  const std::string option = file.in.token().text;
+  if (lower_case(option) != "only") file.in.fail("unknown option after a list, " + option);
+  return true;
+}
+
 void set_activity(nexus_file& file, bool active) {
   const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::characters);
+  const bool only = read_only(file);
   file.in.expect(';', "after a list of characters");
   change_characters(flags, {.active = active});
+  if (only) change_characters(all_but(flags), {.active = !active});
 }
 
 void set_taxa(nexus_file& file, bool active) {
   const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::taxa);
+  const bool only = read_only(file);
   file.in.expect(';', "after a list of taxa");
   if (settings.report) emit(active ? "Undeleting:" : "Deleting:");
   const auto former = matrix.taxon_active.first(at(matrix.ntax));
   std::vector<std::uint8_t> wanted(former.begin(), former.end());
   for (int t = 0; t < matrix.ntax; ++t) {
-    if (!flags[at(t)]) continue;
+    if (!flags[at(t)]) {
+      if (only) wanted[at(t)] = !active;
+      continue;
+    }
     if (settings.report) emit(" ", t);
     wanted[at(t)] = active;
   }
@@ -116,7 +143,14 @@ set_head read_set_head(nexus_file& file) {
     const nexus_token word = file.in.token();
     if (word.is(';') || word.what == nexus_token::kind::end) file.in.fail("a set has no \"=\"");
     if (head.name.empty() && word.what == nexus_token::kind::word) head.name = word.text;
-    head.vector = head.vector || word.is("vector");
+    // "(vector)", "(characters = name)": which block is meant is of no matter to us.
+    for (bool inside = word.is('('); inside;) {
+      const nexus_token option = file.in.token();
+      if (option.what == nexus_token::kind::end || option.is(';'))
+        file.in.fail("a parenthesis isn't closed");
+      head.vector = head.vector || option.is("vector");
+      inside = !option.is(')');
+    }
   }
   return head;
 }
@@ -134,6 +168,8 @@ void read_setting_set(nexus_file& file, const nexus_token& word) {
   if (!head.in_force) {
     report_line("  ... Skipping", lower_case(word.text), head.name, "(not marked by \"*\") ...");
     file.in.skip_rest();
+  } else if (head.vector && word.is("exset")) {
+    file.in.fail("excluded characters must be given as lists");
   } else if (word.is("exset")) {
     set_activity(file, false);
   } else if (head.vector && word.is("typeset")) {
@@ -149,19 +185,25 @@ void read_setting_set(nexus_file& file, const nexus_token& word) {
 
 void read_named_set(nexus_file& file, nexus_list kind) {
   const set_head head = read_set_head(file);
+  if (head.vector) file.in.fail("sets must be given as lists");
   file.sets_of(kind)[lower_case(head.name)] = read_nexus_list(file, kind);
   file.in.expect(';', "after a set");
 }
 
-// "options deftype=ord ...;"
+// "options deftype=ord gapmode=newstate ...;", "pset gapmode=newstate;"
 void read_options(nexus_file& file) {
   for (nexus_token word = file.in.token(); !word.is(';'); word = file.in.token()) {
     if (word.what == nexus_token::kind::end) file.in.fail("the file ends within \"options\"");
-    if (!word.is("deftype") || !file.in.accept('=')) continue;
+    const bool gap_mode = word.is("gapmode");
+    if (!(gap_mode || word.is("deftype")) || !file.in.accept('=')) continue;
     const std::string type = lower_case(file.in.value());
-    if (type == "ord" || type == "unord") {
-      const std::vector<std::uint8_t> all(matrix.characters.size(), 1);
-      set_additive(all, type == "ord");
+    if (gap_mode) {
+      if (type == "newstate") make_gaps_states(file);
+    } else if (!matrix.present) {
+      continue;
+    } else if (type == "ord" || type == "unord") {
+      file.typed_characters.resize(at(matrix.nchar), 0);
+      set_additive(all_but(file.typed_characters), type == "ord");
     } else {
       warning("Character type", type, "is not available; characters stay as they are");
     }
@@ -185,8 +227,6 @@ bool read_command(nexus_file& file, const nexus_token& word) {
     set_taxa(file, word.is("undelete"));
   } else if (word.is("usertype")) {
     read_nexus_step_matrix(file);
-  } else if (word.is("options")) {
-    read_options(file);
   } else {
     return false;
   }
@@ -198,13 +238,17 @@ bool read_command(nexus_file& file, const nexus_token& word) {
 void read_assumptions_block(nexus_file& file) {
   for (;;) {
     const nexus_token word = file.in.token();
-    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within a block");
+    if (word.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
     if (word.ends_block()) {
       file.in.accept(';');
       break;
     }
     if (word.is(';')) continue;
     if (word.is("delete") || word.is("undelete")) require_data("deleting/undeleting taxa");
+    if (word.is("options") || word.is("pset")) {
+      read_options(file);
+      continue;
+    }
     if (word.what == nexus_token::kind::word && matrix.present && read_command(file, word))
       continue;
     file.in.skip_rest();

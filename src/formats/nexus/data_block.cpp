@@ -1,10 +1,15 @@
 #include "formats/nexus/data_block.h"
 
+#include <sys/stat.h>
+
+#include <cstdio>
 #include <map>
 
+#include "base/message_text.h"
 #include "formats/foreign_matrix.h"
 #include "formats/nexus/data_format.h"
 #include "formats/nexus/data_rows.h"
+#include "language/input.h"
 #include "matrix/reading/matrix_reader.h"
 
 namespace zeb {
@@ -24,13 +29,30 @@ void read_dimensions(nexus_file& file) {
   }
 }
 
+// A cell takes a byte of the file at least. Dimensions that are a little too large are cut to what
+// was read; those that the file can't hold by far mustn't take memory.
+void check_dimensions(nexus_file& file) {
+  struct stat status;
+  std::FILE* const stream = top_frame().stream;
+  if (!stream || fstat(fileno(stream), &status) != 0 || !S_ISREG(status.st_mode)) return;
+  const auto size = static_cast<double>(status.st_size);
+  const double cells = static_cast<double>(file.ntax) * file.nchar;
+  if (file.nchar > size || file.ntax > size || cells > 100 * size) {
+    file.in.fail(text_of("a file of %.0f bytes can't hold %i taxa with %i characters", size,
+                         file.ntax, file.nchar));
+  }
+}
+
 std::vector<std::string> read_labels(nexus_file& file) {
   std::vector<std::string> labels;
   for (;;) {
-    const nexus_token word = file.in.token();
-    if (word.is(';')) return labels;
-    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within a list of labels");
-    labels.push_back(word.text);
+    const int next = file.in.peek();
+    if (next < 0) file.in.fail("the file ends within a list of labels");
+    if (next == ';') {
+      file.in.next();
+      return labels;
+    }
+    labels.push_back(file.in.name(";"));
   }
 }
 
@@ -96,7 +118,7 @@ void set_character_names(const character_names& names) {
 void read_taxa_block(nexus_file& file) {
   for (;;) {
     const nexus_token word = file.in.token();
-    if (word.what == nexus_token::kind::end) return;
+    if (word.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
     if (word.ends_block()) {
       file.in.accept(';');
       return;
@@ -118,7 +140,7 @@ void read_data_block(nexus_file& file) {
   bool matrix_read = false;
   for (;;) {
     const nexus_token word = file.in.token();
-    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within the data block");
+    if (word.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
     if (word.ends_block()) {
       file.in.accept(';');
       break;
@@ -140,8 +162,10 @@ void read_data_block(nexus_file& file) {
       title = read_title(file);
     } else if (word.is("matrix")) {
       if (file.ntax == 0) file.ntax = static_cast<int>(file.taxon_labels.size());
+      check_dimensions(file);
       begin_foreign_matrix(file.name, file.ntax, file.nchar, title);
       read_nexus_matrix(file, format);
+      file.typed_characters.clear();
       matrix_read = true;
     } else if (!word.is(';')) {
       file.in.skip_rest();

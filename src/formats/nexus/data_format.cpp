@@ -168,6 +168,7 @@ symbol_table nexus_symbols(const nexus_format& format, data_type type, bool gaps
     table[static_cast<std::size_t>(std::tolower(static_cast<unsigned char>(symbol)))] = states;
     table[static_cast<std::size_t>(std::toupper(static_cast<unsigned char>(symbol)))] = states;
   };
+  if (type == dna_data) put('X', dna_bases);
   if (type == numeric_data && !format.symbols.empty()) {
     const std::uint32_t star = table['*'];
     table.fill(0);

@@ -18,6 +18,7 @@
 #include "matrix/matrix_layout.h"
 #include "matrix/reading/continuous_reader.h"
 #include "matrix/reading/matrix_reader.h"
+#include "matrix/settings/data_conversion.h"
 
 namespace zeb {
 
@@ -26,7 +27,9 @@ namespace {
 class nexus_matrix_reader {
  public:
   nexus_matrix_reader(nexus_file& file, const nexus_format& format)
-      : file_(file), format_(format), taxa_(matrix.ntax), position_(at(matrix.ntax), 0) {
+      : file_(file), format_(format), taxa_(matrix.ntax), position_(at(matrix.ntax), 0),
+        first_row_(at(matrix.nchar)) {
+    file.gap_cells.clear();
     for (const std::string& label : file.taxon_labels) taxa_.add(fitting(label));
   }
   void read();
@@ -36,12 +39,22 @@ class nexus_matrix_reader {
   void read_discrete();
   void read_row(int taxon);
   void read_with_continuous(int continuous);
-  std::uint32_t read_set(int taxon, int character, int close);
-  std::uint32_t lookup(int taxon, int character, int symbol);
+  // What a cell holds as gaps are understood so far, and what it would hold if they were states.
+  struct cell_states {
+    std::uint32_t now = 0;
+    std::uint32_t with_gaps = 0;
+  };
+  struct symbol_tables {
+    symbol_table now;
+    symbol_table with_gaps;
+  };
+  cell_states read_set(int taxon, int character, int close);
+  cell_states lookup(int taxon, int character, int symbol);
+  void store(int taxon, int character, const cell_states& states);
   bool repeats_first(int character, int symbol);
   std::string read_row_name();
   std::string fitting(const std::string& name);
-  const symbol_table& symbols_of(int character);
+  const symbol_tables& symbols_of(int character);
   void set_types();
   void finish();
 
@@ -49,7 +62,8 @@ class nexus_matrix_reader {
   const nexus_format& format_;
   foreign_taxa taxa_;
   std::vector<int> position_;  // by taxon: cells read
-  std::map<data_type, symbol_table> tables_;
+  std::map<data_type, symbol_tables> tables_;
+  std::vector<cell_states> first_row_;  // that other rows may repeat
   int rows_without_label_ = 0;
   bool told_truncation_ = false;
 };
@@ -68,22 +82,16 @@ std::string nexus_matrix_reader::fitting(const std::string& name) {
 
 // A name in quotes, or all up to a blank: many files have punctuation in names.
 std::string nexus_matrix_reader::read_row_name() {
-  if (file_.in.peek() == '\'') return fitting(file_.in.token().text);
-  std::string name;
-  for (int c = file_.in.next(); c > 32 && c != ';'; c = file_.in.next()) {
-    if (name.size() > 100'000) file_.in.fail("a taxon name doesn't end");
-    name += static_cast<char>(c);
-  }
-  file_.in.back();
-  return fitting(name);
+  return fitting(file_.in.name(";"));
 }
 
-const symbol_table& nexus_matrix_reader::symbols_of(int character) {
+const nexus_matrix_reader::symbol_tables& nexus_matrix_reader::symbols_of(int character) {
   const data_type type = format_.type_of(character);
   const auto found = tables_.find(type);
   if (found != tables_.end()) return found->second;
-  return tables_.emplace(type, nexus_symbols(format_, type, file_.gaps_are_new_states))
-      .first->second;
+  const symbol_tables made = {nexus_symbols(format_, type, file_.gaps_are_new_states),
+                              nexus_symbols(format_, type, true)};
+  return tables_.emplace(type, made).first->second;
 }
 
 // The taxon of the row that comes next; -1 where the matrix ends.
@@ -114,25 +122,37 @@ int nexus_matrix_reader::row_taxon() {
 bool nexus_matrix_reader::repeats_first(int character, int symbol) {
   if (format_.match) return symbol == format_.match;
   return symbol == '.' && format_.type_of(character) != numeric_data &&
-         symbols_of(character)[at(symbol)] == 0;
+         symbols_of(character).now[at(symbol)] == 0;
 }
 
-std::uint32_t nexus_matrix_reader::lookup(int taxon, int character, int symbol) {
-  const std::uint32_t states = symbols_of(character)[at(symbol & 255)];
-  if (states) return states;
+nexus_matrix_reader::cell_states nexus_matrix_reader::lookup(int taxon, int character,
+                                                             int symbol) {
+  const symbol_tables& tables = symbols_of(character);
+  const cell_states states = {tables.now[at(symbol & 255)], tables.with_gaps[at(symbol & 255)]};
+  if (states.now) return states;
   error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c'", taxon,
               std::string(taxon_name(taxon)).c_str(), character, symbol < 32 ? ' ' : symbol);
 }
 
-std::uint32_t nexus_matrix_reader::read_set(int taxon, int character, int close) {
-  std::uint32_t set = 0;
+nexus_matrix_reader::cell_states nexus_matrix_reader::read_set(int taxon, int character,
+                                                               int close) {
+  cell_states set;
   for (int c = file_.in.next(); c != close; c = file_.in.next()) {
     if (c < 0 || c == ';') file_.in.fail("a set of states isn't closed");
     if (c < 33 || c == ',') continue;
-    set |= lookup(taxon, character, c);
+    const cell_states one = lookup(taxon, character, c);
+    set.now |= one.now;
+    set.with_gaps |= one.with_gaps;
   }
-  if (!set) file_.in.fail("a set of states is empty");
+  if (!set.now) file_.in.fail("a set of states is empty");
   return set;
+}
+
+void nexus_matrix_reader::store(int taxon, int character, const cell_states& states) {
+  set_cell(taxon, character, states.now);
+  if (taxon == 0) first_row_[at(character)] = states;
+  if (states.now != states.with_gaps)
+    file_.gap_cells.push_back({taxon, character, states.with_gaps});
 }
 
 void nexus_matrix_reader::read_row(int taxon) {
@@ -163,12 +183,12 @@ void nexus_matrix_reader::read_row(int taxon) {
     }
     const int character = position++;
     if (c == '(' || c == '{') {
-      set_cell(taxon, character, read_set(taxon, character, c == '(' ? ')' : '}'));
+      store(taxon, character, read_set(taxon, character, c == '(' ? ')' : '}'));
     } else if (repeats_first(character, c)) {
       if (taxon == 0) error_end("Can't use \".\" for the first taxon");
-      set_cell(taxon, character, cell(0, character));
+      store(taxon, character, first_row_[at(character)]);
     } else {
-      set_cell(taxon, character, lookup(taxon, character, c));
+      store(taxon, character, lookup(taxon, character, c));
     }
   }
 }
@@ -263,7 +283,19 @@ void nexus_matrix_reader::read() {
 }  // namespace
 
 void read_nexus_matrix(nexus_file& file, const nexus_format& format) {
+  file.data_read = false;
   nexus_matrix_reader(file, format).read();
+  file.data_read = true;
+}
+
+void make_gaps_states(nexus_file& file) {
+  if (file.gaps_are_new_states) return;
+  file.gaps_are_new_states = true;
+  if (!file.data_read) return;
+  make_gaps_states_of_sequences();
+  for (const nexus_file::gap_cell& gap : file.gap_cells)
+    set_cell(gap.taxon, gap.character, gap.states);
+  file.gap_cells.clear();
 }
 
 }  // namespace zeb

@@ -6,6 +6,8 @@
 
 namespace zeb {
 
+/// From now on gaps are states, in the data that were read as well.
+void make_gaps_states(nexus_file& file);
 /// Reads the rows into the matrix that was laid out, up to the ";", and makes it current.
 void read_nexus_matrix(nexus_file& file, const nexus_format& format);
 

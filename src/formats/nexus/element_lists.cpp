@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "base/indices.h"
+#include "matrix/character_steps.h"
 
 namespace zeb {
 
@@ -30,6 +31,16 @@ int find_element(nexus_file& file, const std::string& text, bool quoted, nexus_l
   element = kind == nexus_list::taxa ? find_nexus_taxon(text) : find_nexus_character(text);
   if (element < 0) file.in.fail((kind == nexus_list::taxa ? "No taxon " : "No character ") + text);
   return element;
+}
+
+// Can all active taxa have the same state?
+bool is_constant(int character) {
+  const bool continuous = matrix.characters[at(character)].is_continuous;
+  std::uint32_t common = ~std::uint32_t{0};
+  for (int t = 0; t < matrix.ntax && !continuous; ++t) {
+    if (matrix.taxon_active[at(t)]) common &= cell(t, character);
+  }
+  return !continuous && common != 0;
 }
 
 // "3-7" may come as one word or as several: a "-" at the end or start joins words.
@@ -83,12 +94,19 @@ std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
   std::vector<std::uint8_t> flags(at(count), 0);
   for (;;) {
     const nexus_token& next = file.in.peek_token();
-    if (next.is(';') || next.is(',') || next.what == nexus_token::kind::end) return flags;
+    if (next.is(';') || next.is(',') || next.is('/') || next.what == nexus_token::kind::end) return flags;
     const nexus_token word = file.in.token();
     if (word.what != nexus_token::kind::word)
       file.in.fail("unexpected " + word.text + " in a list");
     if (word.is("all") && !word.quoted) {
       std::fill(flags.begin(), flags.end(), std::uint8_t{1});
+      continue;
+    }
+    if (kind == nexus_list::characters && !word.quoted &&
+        (word.is("uninf") || word.is("constant"))) {
+      for (int c = 0; c < count; ++c) {
+        if (!is_informative(c) && (word.is("uninf") || is_constant(c))) flags[at(c)] = 1;
+      }
       continue;
     }
     const nexus_sets& sets = file.sets_of(kind);

@@ -1,7 +1,5 @@
 #include "formats/nexus/file_reader.h"
 
-#include <cstdio>
-
 #include "base/errors.h"
 #include "base/interrupts.h"
 #include "console/output.h"
@@ -20,7 +18,7 @@ void skip_block(nexus_file& file, const std::string& name) {
   report_line("  ... Skipping", name, "block ...");
   for (;;) {
     const nexus_token token = file.in.token();
-    if (token.what == nexus_token::kind::end) return;
+    if (token.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
     if (token.ends_block()) {
       file.in.accept(';');
       return;
@@ -29,26 +27,8 @@ void skip_block(nexus_file& file, const std::string& name) {
   }
 }
 
-// How gaps are meant is told after the data: the file is looked through for it beforehand.
-bool mentions_new_state_gaps(const std::string& name) {
-  std::FILE* stream = std::fopen(name.c_str(), "rb");
-  if (!stream) return false;
-  static constexpr std::string_view sought = "gapmode=newstate";
-  std::size_t matched = 0;
-  for (int c = std::getc(stream); c != EOF && matched < sought.size(); c = std::getc(stream)) {
-    if (c < 33) continue;
-    const char lower = static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
-    if (lower == sought[matched]) {
-      ++matched;
-    } else {
-      matched = lower == sought[0] ? 1 : 0;
-    }
-  }
-  std::fclose(stream);
-  return matched == sought.size();
-}
-
 std::string read_block_name(nexus_file& file) {
+  file.in.begin_block();
   const nexus_token name = file.in.token();
   if (name.what != nexus_token::kind::word) file.in.fail("a block has no name");
   // Some programs write more after the name.
@@ -83,7 +63,7 @@ void read_nexus() {
   nexus_file file(top_frame().name);
   const int level = input.top;
   if (settings.report) report_line("Reading file", file.name, "as NEXUS");
-  file.gaps_are_new_states = matrix.gaps_are_states || mentions_new_state_gaps(file.name);
+  file.gaps_are_new_states = matrix.gaps_are_states;
   for (;;) {
     // Our own files end the block of assumptions before the types of characters.
     if (matrix.present && file.in.peek_token().is("ctype")) read_assumptions_block(file);

@@ -26,11 +26,22 @@ struct nexus_file {
   int ntax = 0;  // 0 not said
   int nchar = 0;
   std::vector<std::string> taxon_labels;
-  bool gaps_are_new_states = false;  // "gapmode=newstate" stands somewhere in the file
+  bool gaps_are_new_states = false;  // by our setting, or "gapmode=newstate" was met
+  bool data_read = false;            // the matrix in memory is of this file
+  // Cells with gaps, and their states if gaps are states: that may be told after the data.
+  struct gap_cell {
+    int taxon = 0;
+    int character = 0;
+    std::uint32_t states = 0;
+  };
+  std::vector<gap_cell> gap_cells;
 
   std::string symbols;  // of standard states, in their order; empty: the usual ones
 
   int trees_read = 0;
+
+  /// By character: whether the file gives its type.
+  std::vector<std::uint8_t> typed_characters;
 
   nexus_sets taxon_sets;
   nexus_sets character_sets;

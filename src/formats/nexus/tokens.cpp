@@ -32,6 +32,7 @@ int nexus_reader::next_raw() {
 int nexus_reader::next() {
   int c = next_raw();
   int open = 0;
+  const int first_line = line();
   while (c == '[' || open > 0) {
     if (c == '[') ++open;
     if (c == ']' && --open == 0) {
@@ -39,7 +40,7 @@ int nexus_reader::next() {
       return ' ';
     }
     c = next_raw();
-    if (c < 0) fail("a comment isn't closed");
+    if (c < 0) fail_in_line("a comment isn't closed", first_line);
   }
   return c;
 }
@@ -67,9 +68,10 @@ nexus_token nexus_reader::token() {
   if (c == '\'') {
     result.what = nexus_token::kind::word;
     result.quoted = true;
+    const int first_line = line();
     for (;;) {
       c = next_raw();
-      if (c < 0) fail("a quoted name isn't closed");
+      if (c < 0 || c == '\n') fail_in_line("a quoted name isn't closed", first_line);
       if (c == '\'') {
         if (next_raw() != '\'') {
           back();
@@ -133,10 +135,29 @@ std::string nexus_reader::value() {
   return found.text;
 }
 
-void nexus_reader::fail(std::string_view what) const {
-  const int line = input.top >= depth_ ? top_frame().line_number + 1 : 0;
+std::string nexus_reader::name(std::string_view ends) {
+  if (peek() == '\'') return token().text;
+  std::string result;
+  int c = next();
+  for (; c > 32 && ends.find(static_cast<char>(c)) == std::string_view::npos; c = next()) {
+    if (result.size() > longest_token) fail("a name doesn't end");
+    result += static_cast<char>(c);
+  }
+  if (c >= 0) back();
+  return result;
+}
+
+int nexus_reader::line() const { return input.top >= depth_ ? top_frame().line_number + 1 : 0; }
+
+void nexus_reader::fail(std::string_view what) const { fail_in_line(what, line()); }
+
+void nexus_reader::fail_in_line(std::string_view what, int line) const {
   if (line > 0) error_end("Error reading NEXUS file:", what, text_of("(line %i)", line));
   error_end("Error reading NEXUS file:", what);
+}
+
+void nexus_reader::fail_at_end_of_block() const {
+  fail_in_line("the file ends within the block that begins here", block_line_);
 }
 
 bool read_yes_no(nexus_reader& in) {

@@ -44,12 +44,25 @@ class nexus_reader {
   /// A word or number as it stands up to a blank or ";", for values after "=".
   std::string value();
 
+  /// A name in quotes, or all up to a blank or one of these: many files have punctuation in names.
+  /// Only where no token is peeked at.
+  std::string name(std::string_view ends);
+
   /// "Error reading NEXUS file:" with what is wrong and the line.
   [[noreturn]] void fail(std::string_view what) const;
+  /// The same for what began in an earlier line (from 1).
+  [[noreturn]] void fail_in_line(std::string_view what, int line) const;
+
+  /// Notes that a block begins here.
+  void begin_block() { block_line_ = line(); }
+  /// The error of a file that ends within the block that began last.
+  [[noreturn]] void fail_at_end_of_block() const;
 
  private:
+  int line() const;
   bool file_ended() const;
 
+  int block_line_ = 0;
   int depth_;  // level of the input stack that holds the file
   bool has_peeked_ = false;
   nexus_token peeked_;

@@ -39,11 +39,10 @@ void read_translation(nexus_file& file, tree_taxa& taxa) {
   while (!file.in.accept(';')) {
     if (file.in.accept(',')) continue;
     const nexus_token key = file.in.token();
-    const nexus_token name = file.in.token();
-    if (key.what != nexus_token::kind::word || name.what != nexus_token::kind::word) {
-      file.in.fail("\"translate\" must give pairs of a key and a name");
-    }
-    taxa.translated[key.text] = taxon_of(name.text, taxa);
+    const std::string name =
+        key.what == nexus_token::kind::word ? file.in.name(",;") : std::string();
+    if (name.empty()) file.in.fail("\"translate\" must give pairs of a key and a name");
+    taxa.translated[key.text] = taxon_of(name, taxa);
   }
 }
 
@@ -72,7 +71,7 @@ void read_trees_block(nexus_file& file) {
   const int first = store.ntrees;
   for (;;) {
     const nexus_token word = file.in.token();
-    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within the trees block");
+    if (word.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
     if (word.ends_block()) {
       file.in.accept(';');
       break;

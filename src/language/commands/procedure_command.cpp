@@ -1,6 +1,7 @@
 // Commands that read from files: `procedure`, `run`, run files by their word, `mxproc`.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "base/errors.h"
@@ -24,10 +25,12 @@ constexpr int most_input_files = 100'000;
 // Skips the mark of NEXUS files, which is nothing for the macro language to see.
 bool starts_as_nexus() {
   constexpr std::string_view mark = "#NEXUS";
-  const std::string_view text = input.read_position;
+  std::string_view text = input.read_position;
+  const std::size_t blanks = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+  text.remove_prefix(blanks);
   if (text.size() <= mark.size() || !is_prefix(mark, text)) return false;
   if (static_cast<unsigned char>(text[mark.size()]) >= 33) return false;
-  read_on_at(input.read_position + mark.size());
+  for (std::size_t i = 0; i < blanks + mark.size(); ++i) plain_read_char();  // counts the lines
   return true;
 }
 

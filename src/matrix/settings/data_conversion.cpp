@@ -79,6 +79,14 @@ bool renumber(int character) {
 
 }  // namespace
 
+void make_gaps_states_of_sequences() {
+  drop_packed_data();
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const auto type = static_cast<data_type>(matrix.characters[at(c)].type);
+    if (type == dna_data || type == protein_data) change_type(c, type, true);
+  }
+}
+
 void convert_to_numeric() {
   refuse_continuous();
   for (int c = 0; c < matrix.nchar; ++c) {

@@ -88,10 +88,10 @@ class parenthetical_parser {
   }
 
   void skip_comment() {
-    int c = 0;
-    while (c != ']') {
-      c = dialect_.read();
-      if (c == ';') error_end("Comment within a tree is not closed");
+    for (int open = 1; open > 0;) {
+      const int c = dialect_.read();
+      if (c == ';' && dialect_.ended()) error_end("Comment within a tree is not closed");
+      open += c == '[' ? 1 : c == ']' ? -1 : 0;
     }
   }
 

@@ -15,7 +15,8 @@ struct parenthetical_dialect {
   std::string_view terminators = ";";  // each ends a tree
   char annotation = 0;                 // the sign before a text for the node just met; 0 none
   bool labels_after_nodes = false;     // what follows ")" at once is a label of the node
-  bool bracket_comments = false;       // "[...]" is skipped
+  bool bracket_comments = false;       // "[...]" is skipped, with brackets and ";" in it
+  bool (*ended)() = nullptr;  // has the text of all trees run out? Wanted for comments
   bool comma_ends = false;             // a comma outside of all parentheses stands for ";"
   /// Reads what is neither parenthesis nor terminator, from its first character: terminals, copies
   /// of clades.
