@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "base/text_columns.h"
 #include "language/input.h"
 #include "matrix/matrix.h"
@@ -32,8 +33,13 @@ labelled_tree_reader::labelled_tree_reader(label_lookup lookup, void (*repeated)
   dialect_.labels_after_nodes = true;
   dialect_.bracket_comments = true;
   dialect_.ended = input_ended;
+  dialect_.odd_commas = [this](const char* what) {
+    if (told_commas_) return;
+    told_commas_ = true;
+    warning("A tree", what, place());
+  };
   dialect_.read_item = [this, repeated](tree_builder& tree) {
-    const int taxon = lookup_(read_label());
+    const int taxon = lookup_(read_label(), *this);
     if (repeated && tree.holds(taxon)) repeated(taxon);
     tree.add_terminal(taxon);
   };
@@ -49,8 +55,14 @@ labelled_tree_reader::labelled_tree_reader(label_lookup lookup, void (*repeated)
   dialect_.read_label = [this](tree_builder&, int node) {
     texts_.emplace_back(node, read_label());
   };
-  dialect_.excess = [] { error_end("Too many trailing parentheses in tread"); };
-  dialect_.missing = [](int) { error_end("Sorry, couldn't read tree (unbalanced parents.)"); };
+  dialect_.excess = [this] { error_end("Too many trailing parentheses in tread", place()); };
+  dialect_.missing = [this](int) {
+    error_end("Sorry, couldn't read tree (unbalanced parents.)", place());
+  };
+}
+
+std::string labelled_tree_reader::place() const {
+  return text_of("(tree %i of the file, line %i)", count_ + 1, top_frame().line_number + 1);
 }
 
 std::string labelled_tree_reader::read_label() {
@@ -63,7 +75,7 @@ std::string labelled_tree_reader::read_label() {
         if (plain_read_char() != '\'') break;
       }
       if (label.size() > longest_label || input_ended())
-        error_end("A quoted name isn't closed:", label.substr(0, 60));
+        error_end("A quoted name isn't closed:", label.substr(0, 60), place());
       label += static_cast<char>(c);
     }
     plain_unread_char();
@@ -71,7 +83,7 @@ std::string labelled_tree_reader::read_label() {
   }
   for (; !ends_label(c); c = plain_read_char()) {
     label += static_cast<char>(c);
-    if (label.size() > longest_label) error_end("Name too long");
+    if (label.size() > longest_label) error_end("Name too long", place());
   }
   plain_unread_char();
   return label;
@@ -107,7 +119,7 @@ bool labelled_tree_reader::read_tree(bool for_tags_only) {
   texts_.clear();
   read_parenthetical(tree_, dialect_);
   if (tree_.untouched()) return false;
-  if (tree_.empty()) error_end("Tree without taxa");
+  if (tree_.empty()) error_end("Tree without taxa", place());
   if (for_tags_only) {
     std::vector<int> numbers;
     std::vector<tree_node> tree(at(matrix.nnodes));

@@ -15,8 +15,11 @@ namespace zeb {
 /// Under this name the tree with the tags is written.
 constexpr std::string_view tag_tree_name = "tagged_tree";
 
-/// What a label in a tree stands for: the taxon's number. Must not return for unknown labels.
-using label_lookup = std::function<int(const std::string& label)>;
+class labelled_tree_reader;
+/// What a label in a tree stands for: the taxon's number. Must not return for unknown labels, whose
+/// place the reader tells.
+using label_lookup =
+    std::function<int(const std::string& label, const labelled_tree_reader& reader)>;
 
 /// Reads trees from the top frame of the input stack and stores them in the tree buffer, with
 /// labels and lengths kept for the tag tree.
@@ -31,6 +34,8 @@ class labelled_tree_reader {
   /// was nothing but the ";".
   bool read_tree(bool for_tags_only = false);
   int trees_read() const { return count_; }
+  /// "(tree 2 of the file, line 7)": where the reader stands, for messages.
+  std::string place() const;
   /// Makes the last tree read with labels or lengths the tag tree. Returns whether there was one.
   bool keep_tags(std::string_view title);
 
@@ -46,6 +51,7 @@ class labelled_tree_reader {
   std::vector<tree_node> tagged_;
   std::vector<std::string> tagged_texts_;
   int count_ = 0;
+  bool told_commas_ = false;
 };
 
 /// The taxon with this name, blanks and the signs that names can't have read as "_", case ignored;

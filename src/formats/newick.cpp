@@ -19,11 +19,12 @@ void read_newick_file(const std::string& file) {
   push_file(file, {});
   const int level = input.top;
   taxon_names names;
-  labelled_tree_reader reader([&names](const std::string& label) {
-    const int taxon = find_foreign_taxon(label, names);
-    if (taxon < 0) error_end("Unidentified taxon name:", label);
-    return taxon;
-  });
+  labelled_tree_reader reader(
+      [&names](const std::string& label, const labelled_tree_reader& trees) {
+        const int taxon = find_foreign_taxon(label, names);
+        if (taxon < 0) error_end("Unidentified taxon name:", label, trees.place());
+        return taxon;
+      });
   const int first = store.ntrees;
   while (input.top == level && !input_ended()) {
     if (!reader.read_tree() && input_ended()) break;

@@ -27,7 +27,10 @@ namespace {
 class nexus_matrix_reader {
  public:
   nexus_matrix_reader(nexus_file& file, const nexus_format& format)
-      : file_(file), format_(format), taxa_(matrix.ntax), position_(at(matrix.ntax), 0),
+      : file_(file),
+        format_(format),
+        taxa_(matrix.ntax),
+        position_(at(matrix.ntax), 0),
         first_row_(at(matrix.nchar)) {
     file.gap_cells.clear();
     for (const std::string& label : file.taxon_labels) taxa_.add(fitting(label));
@@ -81,9 +84,7 @@ std::string nexus_matrix_reader::fitting(const std::string& name) {
 }
 
 // A name in quotes, or all up to a blank: many files have punctuation in names.
-std::string nexus_matrix_reader::read_row_name() {
-  return fitting(file_.in.name(";"));
-}
+std::string nexus_matrix_reader::read_row_name() { return fitting(file_.in.name(";")); }
 
 const nexus_matrix_reader::symbol_tables& nexus_matrix_reader::symbols_of(int character) {
   const data_type type = format_.type_of(character);
@@ -125,8 +126,7 @@ bool nexus_matrix_reader::repeats_first(int character, int symbol) {
          symbols_of(character).now[at(symbol)] == 0;
 }
 
-nexus_matrix_reader::cell_states nexus_matrix_reader::lookup(int taxon, int character,
-                                                             int symbol) {
+nexus_matrix_reader::cell_states nexus_matrix_reader::lookup(int taxon, int character, int symbol) {
   const symbol_tables& tables = symbols_of(character);
   const cell_states states = {tables.now[at(symbol & 255)], tables.with_gaps[at(symbol & 255)]};
   if (states.now) return states;

@@ -94,7 +94,8 @@ std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
   std::vector<std::uint8_t> flags(at(count), 0);
   for (;;) {
     const nexus_token& next = file.in.peek_token();
-    if (next.is(';') || next.is(',') || next.is('/') || next.what == nexus_token::kind::end) return flags;
+    if (next.is(';') || next.is(',') || next.is('/') || next.what == nexus_token::kind::end)
+      return flags;
     const nexus_token word = file.in.token();
     if (word.what != nexus_token::kind::word)
       file.in.fail("unexpected " + word.text + " in a list");

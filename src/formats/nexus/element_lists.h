@@ -15,8 +15,8 @@ int find_nexus_taxon(const std::string& text);
 /// Character by name or number from 1; -1 none.
 int find_nexus_character(const std::string& text);
 
-/// A list such as "1-5 7 10-. 3-30\3 all name" up to ",", "/" or ";" (left unread): flags by element.
-/// Names are of elements or of sets; "uninf" and "constant" are sets of characters.
+/// A list such as "1-5 7 10-. 3-30\3 all name" up to ",", "/" or ";" (left unread): flags by
+/// element. Names are of elements or of sets; "uninf" and "constant" are sets of characters.
 std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind);
 
 }  // namespace zeb

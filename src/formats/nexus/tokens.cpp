@@ -138,8 +138,9 @@ std::string nexus_reader::value() {
 std::string nexus_reader::name(std::string_view ends) {
   if (peek() == '\'') return token().text;
   std::string result;
-  int c = next();
-  for (; c > 32 && ends.find(static_cast<char>(c)) == std::string_view::npos; c = next()) {
+  int c = next_raw();  // no blank, and no comment
+  for (; c > 32 && c != '[' && ends.find(static_cast<char>(c)) == std::string_view::npos;
+       c = next_raw()) {
     if (result.size() > longest_token) fail("a name doesn't end");
     result += static_cast<char>(c);
   }

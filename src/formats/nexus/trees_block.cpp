@@ -22,16 +22,12 @@ struct tree_taxa {
   taxon_names names;
 };
 
+// -1 for none.
 int taxon_of(const std::string& label, tree_taxa& taxa) {
   const int by_name = find_foreign_taxon(label, taxa.names);
-  if (by_name >= 0) return by_name;
   int number = 0;
-  if (whole_number(label, 0, 2'000'000'000, &number)) {
-    if (number < 1 || number > matrix.ntax)
-      error_end_f("Error reading NEXUS file: No taxon %i", number);
-    return number - 1;
-  }
-  error_end("Error reading NEXUS file: No taxon", label);
+  if (by_name >= 0 || !whole_number(label, 1, matrix.ntax, &number)) return by_name;
+  return number - 1;
 }
 
 // "1 name, 2 name;"
@@ -42,7 +38,9 @@ void read_translation(nexus_file& file, tree_taxa& taxa) {
     const std::string name =
         key.what == nexus_token::kind::word ? file.in.name(",;") : std::string();
     if (name.empty()) file.in.fail("\"translate\" must give pairs of a key and a name");
-    taxa.translated[key.text] = taxon_of(name, taxa);
+    const int taxon = taxon_of(name, taxa);
+    if (taxon < 0) file.in.fail("No taxon " + name);
+    taxa.translated[key.text] = taxon;
   }
 }
 
@@ -63,9 +61,12 @@ void read_trees_block(nexus_file& file) {
   require_data("reading trees");
   tree_taxa taxa;
   labelled_tree_reader reader(
-      [&taxa](const std::string& label) {
+      [&taxa](const std::string& label, const labelled_tree_reader& trees) {
         const auto found = taxa.translated.find(label);
-        return found != taxa.translated.end() ? found->second : taxon_of(label, taxa);
+        if (found != taxa.translated.end()) return found->second;
+        const int taxon = taxon_of(label, taxa);
+        if (taxon < 0) error_end("Error reading NEXUS file: No taxon", label, trees.place());
+        return taxon;
       },
       [](int taxon) { error_end("Error reading NEXUS file: Taxon", taxon, "repeated"); });
   const int first = store.ntrees;

@@ -19,16 +19,19 @@ class parenthetical_parser {
       const int c = dialect_.read();
       if (c < 33) continue;
       if (c == '(') {
+        check_commas(met::opening);
         reopen_root();
         tree_.open_node();
         just_closed_ = false;
       } else if (c == ')') {
+        check_commas(met::closing);
         close();
       } else if (c == ',') {
         if (dialect_.comma_ends && tree_.at_root() && (root_closed_ || !tree_.root_opened())) {
           finish();
           return ';';
         }
+        check_commas(met::comma);
         just_closed_ = false;
       } else if (c < 128 && dialect_.terminators.find(static_cast<char>(c)) != c_none) {
         finish();
@@ -53,9 +56,23 @@ class parenthetical_parser {
       dialect_.read_label(tree_, tree_.last_node());
       return;
     }
+    check_commas(met::item);
     reopen_root();
     just_closed_ = false;
     dialect_.read_item(tree_);
+  }
+
+  enum class met { nothing, opening, closing, comma, item };
+
+  void check_commas(met now) {
+    const met before = last_met_;
+    last_met_ = now;
+    if (!dialect_.odd_commas || before == met::nothing) return;
+    const bool place_ended = before == met::item || before == met::closing;
+    const bool place_begins = now == met::item || now == met::opening;
+    if (place_ended && place_begins) dialect_.odd_commas("has no comma between two groups or taxa");
+    if (!place_ended && !place_begins)
+      dialect_.odd_commas("has an empty place at a comma or \"()\"");
   }
 
   void close() {
@@ -97,6 +114,7 @@ class parenthetical_parser {
 
   tree_builder& tree_;
   const parenthetical_dialect& dialect_;
+  met last_met_ = met::nothing;
   bool root_closed_ = false;
   bool mended_ = false;
   bool just_closed_ = false;

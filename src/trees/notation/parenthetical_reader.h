@@ -16,7 +16,7 @@ struct parenthetical_dialect {
   char annotation = 0;                 // the sign before a text for the node just met; 0 none
   bool labels_after_nodes = false;     // what follows ")" at once is a label of the node
   bool bracket_comments = false;       // "[...]" is skipped, with brackets and ";" in it
-  bool (*ended)() = nullptr;  // has the text of all trees run out? Wanted for comments
+  bool (*ended)() = nullptr;           // has the text of all trees run out? Wanted for comments
   bool comma_ends = false;             // a comma outside of all parentheses stands for ";"
   /// Reads what is neither parenthesis nor terminator, from its first character: terminals, copies
   /// of clades.
@@ -25,6 +25,9 @@ struct parenthetical_dialect {
   std::function<void(tree_builder&, int node)> read_annotation;
   /// Reads a label after a node's closing parenthesis, from its first character.
   std::function<void(tree_builder&, int node)> read_label;
+  /// What should be told of commas: two places without one between them, or one next to no place.
+  /// Left out where commas are mere blanks.
+  std::function<void(const char* what)> odd_commas;
   /// A closing parenthesis too many, which will be ignored: once for a tree.
   std::function<void()> excess;
   /// The tree ends with parentheses open, near the given terminal (-1 without any): must not
