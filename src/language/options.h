@@ -297,6 +297,7 @@ template <class settings, std::size_t n>
 struct command_options {
   std::array<option_row, n> rows{};
 
+  // NOLINTNEXTLINE(google-explicit-constructor): a list of rows stands for the table
   template <std::same_as<option<settings>>... row>
   constexpr command_options(const row&... given) : rows{given.row...} {}
 

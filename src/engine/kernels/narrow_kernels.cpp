@@ -34,6 +34,7 @@ template <class T>
 struct narrow {
   using type = T;
   using count = std::int32_t;
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): T may be the word itself
   static constexpr std::int32_t words = sizeof(T) / sizeof(word);
   static constexpr std::int32_t chunk = 1;
   static constexpr bool has_within = false;
