@@ -1,5 +1,6 @@
 #include "formats/fasta.h"
 
+#include <array>
 #include <unordered_map>
 #include <vector>
 
@@ -13,7 +14,7 @@
 #include "formats/written_cells.h"
 #include "language/commands/memory_command.h"
 #include "matrix/matrix_memory.h"
-#include "matrix/symbols.h"
+#include "matrix/reading/block_format.h"
 
 namespace zeb {
 
@@ -23,6 +24,7 @@ struct fasta_sequence {
   std::string name;
   std::size_t name_line;  // from 1
   std::vector<std::string_view> pieces;
+  std::vector<std::size_t> piece_lines;
   std::size_t length = 0;
 };
 
@@ -32,12 +34,13 @@ std::vector<fasta_sequence> find_sequences(const text_lines& text) {
     const std::string_view line = trimmed(text.lines()[i]);
     if (line.empty()) continue;
     if (line[0] == '>') {
-      sequences.push_back({std::string(trimmed(line.substr(1))), i + 1, {}, 0});
+      sequences.push_back({std::string(trimmed(line.substr(1))), i + 1, {}, {}, 0});
       continue;
     }
     if (sequences.empty()) error_end("FASTA taxon names must start with '>'");
     fasta_sequence& sequence = sequences.back();
     sequence.pieces.push_back(line);
+    sequence.piece_lines.push_back(i + 1);
     for (const char c : line) sequence.length += static_cast<unsigned char>(c) > 32;
   }
   return sequences;
@@ -62,7 +65,8 @@ void check_lengths(const std::vector<fasta_sequence>& sequences) {
     if (sequence.length == length) continue;
     error_end("Sequences in FASTA file seem not to be aligned!\nCannot equalize to", length,
               "characters:", sequence.name,
-              sequence.length < length ? "has less than" : "has more than", length, "positions");
+              sequence.length < length ? "has less than" : "has more than", length, "positions",
+              "(line " + std::to_string(sequence.name_line) + ")");
   }
 }
 
@@ -74,42 +78,48 @@ void check_memory(const std::vector<fasta_sequence>& sequences) {
     error_end("Not enough memory to read FASTA sequences. Re-set RAM and re-try");
 }
 
-void store_sequence(const fasta_sequence& sequence, int taxon, const symbol_table& symbols) {
+data_type type_of(const std::vector<fasta_sequence>& sequences, const std::string& type_word) {
+  std::array<bool, 256> letters{};
+  for (const fasta_sequence& sequence : sequences) {
+    for (const std::string_view piece : sequence.pieces) {
+      for (const char c : piece) letters[static_cast<unsigned char>(c)] = true;
+    }
+  }
+  return type_of_sequences(type_word, letters);
+}
+
+void store_sequence(const fasta_sequence& sequence, int taxon, sequence_cells& cells) {
   int character = 0;
-  for (const std::string_view piece : sequence.pieces) {
-    for (const char c : piece) {
-      const auto symbol = static_cast<unsigned char>(c);
-      if (symbol < 33) continue;
-      const std::uint32_t states = symbols[symbol];
-      if (!states) {
-        error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c'", taxon,
-                    std::string(taxon_name(taxon)).c_str(), character, c);
-      }
-      set_cell(taxon, character++, states);
+  for (std::size_t i = 0; i < sequence.pieces.size(); ++i) {
+    for (const char c : sequence.pieces[i]) {
+      if (static_cast<unsigned char>(c) > 32)
+        cells.store(taxon, character++, c, sequence.piece_lines[i]);
     }
   }
 }
 
 }  // namespace
 
-void read_fasta_file(int /*option*/, const std::string& file) {
+void read_fasta_file(int /*option*/, const std::string& type_word, const std::string& file) {
   const text_lines text(file);
   const std::vector<fasta_sequence> sequences = find_sequences(text);
   if (sequences.size() < 4) error_end("Sorry, can't read less than 4 taxa");
   check_names(sequences);
   check_lengths(sequences);
   check_memory(sequences);
+  const data_type type = type_of(sequences, type_word);
+  check_type_fits(type);
   begin_foreign_matrix(file, static_cast<std::int64_t>(sequences.size()),
                        static_cast<std::int64_t>(sequences.front().length));
-  const symbol_table symbols = make_symbols(dna_data, matrix.cell_bytes, matrix.gaps_are_states);
+  sequence_cells cells(type);
   foreign_taxa taxa(matrix.ntax);
   for (const fasta_sequence& sequence : sequences) {
     check_interrupt();
     show_progress("Converting matrix", taxa.count(), matrix.ntax);
-    store_sequence(sequence, taxa.add(sequence.name), symbols);
+    store_sequence(sequence, taxa.add(sequence.name), cells);
   }
   clear_progress();
-  finish_sequences(dna_data);
+  finish_sequences(type);
 }
 
 void write_fasta(std::FILE* out, bool skip_gaps) {

@@ -6,8 +6,9 @@
 
 namespace zeb {
 
-/// Reads aligned sequences as DNA. The option is reserved.
-void read_fasta_file(int option, const std::string& file);
+/// Reads aligned sequences of the type named, or of the one that fits where the word is empty. The
+/// option is reserved.
+void read_fasta_file(int option, const std::string& type_word, const std::string& file);
 /// Writes the data in memory. `skip_gaps` leaves out "-". Warns of sets without a symbol.
 void write_fasta(std::FILE* out, bool skip_gaps);
 

@@ -1,9 +1,12 @@
 #include "formats/foreign_matrix.h"
 
 #include <algorithm>
+#include <cctype>
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "console/output.h"
+#include "console/settings.h"
 #include "language/list_text.h"
 #include "matrix/matrix_layout.h"
 #include "matrix/matrix_memory.h"
@@ -36,9 +39,55 @@ int foreign_taxa::add(const std::string& name) {
   return taxon;
 }
 
+data_type type_of_sequences(const std::string& type_word, const std::array<bool, 256>& letters) {
+  if (!type_word.empty()) {
+    return type_word.starts_with("d")   ? dna_data
+           : type_word.starts_with("p") ? protein_data
+                                        : numeric_data;
+  }
+  if (matrix.default_type != numeric_data) return static_cast<data_type>(matrix.default_type);
+  bool digits = false;
+  bool bases = true;
+  for (std::size_t c = 33; c < letters.size(); ++c) {
+    if (!letters[c]) continue;
+    const int letter = std::toupper(static_cast<int>(c));
+    digits = digits || std::isdigit(letter);
+    // Letters that aren't of bases, but of amino acids.
+    bases = bases &&
+            std::string_view("EFILPQZ").find(static_cast<char>(letter)) == std::string_view::npos;
+  }
+  return digits ? numeric_data : bases ? dna_data : protein_data;
+}
+
+sequence_cells::sequence_cells(data_type type)
+    : symbols_(make_symbols(type, matrix.cell_bytes, matrix.gaps_are_states)) {
+  if (type != dna_data) return;
+  symbols_['X'] = symbols_['x'] = dna_bases;
+  symbols_['O'] = symbols_['o'] = symbols_['-'];
+}
+
+void sequence_cells::store(int taxon, int character, char symbol, std::size_t line) {
+  std::uint32_t states = symbols_[static_cast<unsigned char>(symbol)];
+  if (!states && symbol == '.') {
+    if (taxon == 0) error_end("Can't use \".\" for the first taxon");
+    states = cell(taxon - 1, character);
+  }
+  if (!states) {
+    error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c' (line %i of %s)", taxon,
+                std::string(taxon_name(taxon)).c_str(), character, symbol, static_cast<int>(line),
+                matrix.file_name.c_str());
+  }
+  set_cell(taxon, character, states);
+}
+
 void finish_sequences(data_type type) {
   for (int c = 0; c < matrix.nchar; ++c) set_character_type(c, type, matrix.gaps_are_states);
   finish_matrix();
+  if (settings.report) {
+    report_line("Sequences taken as", type == dna_data       ? "DNA"
+                                      : type == protein_data ? "proteins"
+                                                             : "numbered states");
+  }
   tell_what_was_read();
 }
 

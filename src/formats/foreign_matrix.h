@@ -2,6 +2,7 @@
 // to what was read.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 
 #include "matrix/matrix.h"
 #include "matrix/reading/taxon_rows.h"
+#include "matrix/symbols.h"
 
 namespace zeb {
 
@@ -30,6 +32,22 @@ class foreign_taxa {
  private:
   taxon_rows rows_;
   std::unordered_map<std::string, int> by_name_;
+};
+
+/// The type that "dna", "proteins" or "numeric" names; empty: what `nstates` says, else what the
+/// symbols of the sequences look like, of which `letters` flags those that occur.
+data_type type_of_sequences(const std::string& type_word, const std::array<bool, 256>& letters);
+
+/// Turns the rows of symbols of a sequence format into cells. "." is the cell above; in DNA "X" is
+/// any base and "O" a gap.
+class sequence_cells {
+ public:
+  explicit sequence_cells(data_type type);
+  /// The next cell of the taxon. `line`: of the file, for the error of an unknown symbol.
+  void store(int taxon, int character, char symbol, std::size_t line);
+
+ private:
+  symbol_table symbols_;
 };
 
 /// Makes a matrix of characters of one type current, and tells of it.

@@ -9,6 +9,7 @@
 #include "base/text_columns.h"
 #include "language/input.h"
 #include "matrix/matrix.h"
+#include "matrix/reading/taxon_rows.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_store.h"
 
@@ -140,7 +141,7 @@ bool labelled_tree_reader::keep_tags(std::string_view title) {
 int find_foreign_taxon(const std::string& label, taxon_names& names) {
   std::string word = label;
   for (char& c : word) {
-    if (c == ' ' || c == '+' || c == '-' || c == '/') c = '_';
+    if (is_unfit_in_name(c, &c == word.data())) c = '_';
   }
   return names.find(text_in_bytes(word, at(matrix.name_length) - 1));
 }

@@ -1,7 +1,6 @@
 #include "formats/phylip.h"
 
-#include <algorithm>
-#include <cctype>
+#include <array>
 #include <charconv>
 #include <optional>
 #include <vector>
@@ -10,15 +9,26 @@
 #include "formats/foreign_matrix.h"
 #include "formats/text_lines.h"
 #include "matrix/reading/block_format.h"
-#include "matrix/symbols.h"
 
 namespace zeb {
 
 namespace {
 
+struct text_line {
+  std::string_view text;
+  std::size_t number;  // in the file, from 1
+};
+
 struct phylip_row {
+  struct piece {
+    std::size_t end;  // one past its last cell
+    std::size_t line;
+  };
   std::string name;
   std::string cells;
+  std::vector<piece> pieces;  // which line has which cells
+
+  void add(std::string_view text, std::size_t line);
 };
 
 std::string without_blanks(std::string_view text) {
@@ -27,6 +37,11 @@ std::string without_blanks(std::string_view text) {
     if (static_cast<unsigned char>(c) > 32) result += c;
   }
   return result;
+}
+
+void phylip_row::add(std::string_view text, std::size_t line) {
+  cells += without_blanks(text);
+  pieces.push_back({cells.size(), line});
 }
 
 std::int64_t read_number(std::string_view& text) {
@@ -54,57 +69,60 @@ std::optional<name_and_cells> split_row(std::string_view line, bool strict) {
   return name_and_cells{std::string(line.substr(0, end)), line.substr(end)};
 }
 
-// Tries one way of reading; empty where the rows don't come out at the length that the head says.
-std::vector<phylip_row> try_rows(const std::vector<std::string_view>& lines, std::size_t ntax,
-                                 std::size_t nchar, bool strict, bool interleaved) {
+// Tries one way of reading; empty where the rows don't come out at the length that the head says:
+// `fault` then tells which row doesn't.
+std::vector<phylip_row> try_rows(const std::vector<text_line>& lines, std::size_t ntax,
+                                 std::size_t nchar, bool strict, bool interleaved,
+                                 std::string& fault) {
   std::vector<phylip_row> rows;
   std::size_t next = 0;
-  for (const std::string_view line : lines) {
+  for (const auto& [line, number] : lines) {
     const bool names_follow = rows.size() < ntax;
     const bool row_is_open = !interleaved && !rows.empty() && rows.back().cells.size() < nchar;
     if (names_follow && !row_is_open) {
       const auto row = split_row(line, strict);
       if (!row || row->name.empty()) return {};
-      rows.push_back({row->name, without_blanks(row->cells)});
+      rows.push_back({row->name, {}, {}});
+      rows.back().add(row->cells, number);
     } else if (row_is_open) {
-      rows.back().cells += without_blanks(line);
+      rows.back().add(line, number);
     } else {
-      if (!interleaved) return {};
-      rows[next % ntax].cells += without_blanks(line);
+      if (!interleaved) {
+        fault = "line " + std::to_string(number) + " is one too many";
+        return {};
+      }
+      rows[next % ntax].add(line, number);
       ++next;
     }
   }
   if (rows.size() != ntax) return {};
   for (const phylip_row& row : rows) {
-    if (row.cells.size() != nchar) return {};
+    if (row.cells.size() == nchar) continue;
+    fault = "that of " + row.name + " (line " + std::to_string(row.pieces.front().line) + ") has " +
+            std::to_string(row.cells.size());
+    return {};
   }
   return rows;
 }
 
-data_type type_of(const std::vector<phylip_row>& rows) {
-  bool digits = true;
-  bool bases = true;
+data_type type_of(const std::vector<phylip_row>& rows, const std::string& type_word) {
+  std::array<bool, 256> letters{};
   for (const phylip_row& row : rows) {
-    for (const char c : row.cells) {
-      if (c == '?' || c == '-') continue;
-      digits = digits && std::isdigit(static_cast<unsigned char>(c));
-      bases = bases && std::string_view("ACGTURYMKSWBDHVNacgturymkswbdhvn").find(c) !=
-                           std::string_view::npos;
-    }
+    for (const char c : row.cells) letters[static_cast<unsigned char>(c)] = true;
   }
-  return digits ? numeric_data : bases ? dna_data : protein_data;
+  return type_of_sequences(type_word, letters);
 }
 
 }  // namespace
 
-void read_phylip_file(const std::string& file) {
+void read_phylip_file(const std::string& type_word, const std::string& file) {
   const text_lines text(file);
-  std::vector<std::string_view> lines;
-  for (const std::string_view line : text.lines()) {
-    if (!trimmed(line).empty()) lines.push_back(line);
+  std::vector<text_line> lines;
+  for (std::size_t i = 0; i < text.lines().size(); ++i) {
+    if (!trimmed(text.lines()[i]).empty()) lines.push_back({text.lines()[i], i + 1});
   }
   if (lines.empty()) error_end("PHYLIP file", file, "is empty");
-  std::string_view head = lines.front();
+  std::string_view head = lines.front().text;
   const std::int64_t ntax = read_number(head);
   const std::int64_t nchar = read_number(head);
   if (ntax < 1 || nchar < 1)
@@ -113,32 +131,33 @@ void read_phylip_file(const std::string& file) {
     error_end("PHYLIP file", file, "has fewer rows than taxa");
   lines.erase(lines.begin());
   std::vector<phylip_row> rows;
+  std::string fault;  // of names up to a blank, if those show any
+  std::string ignored;
   for (const bool strict : {false, true}) {
     for (const bool interleaved : {false, true}) {
       if (rows.empty()) {
         rows = try_rows(lines, static_cast<std::size_t>(ntax), static_cast<std::size_t>(nchar),
-                        strict, interleaved);
+                        strict, interleaved, strict && !fault.empty() ? ignored : fault);
       }
     }
   }
   if (rows.empty()) {
     error_end("PHYLIP file", file, "doesn't hold", std::to_string(ntax), "rows of",
-              std::to_string(nchar), "characters, neither sequential nor interleaved");
+              std::to_string(nchar),
+              std::string("characters, neither sequential nor interleaved") +
+                  (fault.empty() ? fault : ": " + fault));
   }
-  const data_type type = type_of(rows);
+  const data_type type = type_of(rows, type_word);
   check_type_fits(type);
   begin_foreign_matrix(file, ntax, nchar);
-  const symbol_table symbols = make_symbols(type, matrix.cell_bytes, matrix.gaps_are_states);
+  sequence_cells cells(type);
   foreign_taxa taxa(matrix.ntax);
   for (const phylip_row& row : rows) {
     const int taxon = taxa.add(row.name);
-    for (int c = 0; c < matrix.nchar; ++c) {
-      const auto symbol = static_cast<unsigned char>(row.cells[static_cast<std::size_t>(c)]);
-      if (!symbols[symbol]) {
-        error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c'", taxon, row.name.c_str(),
-                    c, symbol);
-      }
-      set_cell(taxon, c, symbols[symbol]);
+    std::size_t piece = 0;
+    for (std::size_t c = 0; c < row.cells.size(); ++c) {
+      while (c >= row.pieces[piece].end) ++piece;
+      cells.store(taxon, static_cast<int>(c), row.cells[c], row.pieces[piece].line);
     }
   }
   finish_sequences(type);

@@ -7,6 +7,7 @@
 namespace zeb {
 
 /// Reads a matrix; of the four forms, the first that gives rows of the length that the head says.
-void read_phylip_file(const std::string& file);
+/// Of the type named, or of the one that fits where the word is empty.
+void read_phylip_file(const std::string& type_word, const std::string& file);
 
 }  // namespace zeb

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "base/errors.h"
+#include "language/input.h"
 
 namespace zeb {
 
@@ -16,6 +17,7 @@ text_lines::text_lines(const std::string& file) {
   }
   std::fclose(stream);
   const std::string_view text = text_;
+  if (is_utf16(text)) error_end("Can't read", file + ": it is UTF-16 text. Save it as UTF-8");
   std::size_t start = text.starts_with("\xef\xbb\xbf") ? 3 : 0;
   while (start < text.size()) {
     std::size_t end = text.find_first_of("\r\n", start);

@@ -57,9 +57,9 @@ struct language_hooks {
   /// "#NEXUS" has been read; the frame is popped when it is done. FASTA: with the number given
   /// after "&", -1 for none.
   void (*read_nexus)() = nullptr;
-  void (*read_fasta)(int option, const std::string& file) = nullptr;
+  void (*read_fasta)(int option, const std::string& type_word, const std::string& file) = nullptr;
   void (*read_newick)(const std::string& file) = nullptr;
-  void (*read_phylip)(const std::string& file) = nullptr;
+  void (*read_phylip)(const std::string& type_word, const std::string& file) = nullptr;
   /// Changed by `set_macro_layer` only.
   macro_layer macros;
 };

@@ -217,6 +217,10 @@ void plain_unread_char() {
   if (*--input.read_position == '\n') --frame.line_number;
 }
 
+bool is_utf16(std::string_view text) {
+  return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff");
+}
+
 void push_file(const std::string& name, std::span<const std::string> arguments, bool may_recurse) {
   input_frame& frame = next_frame();
   if (!may_recurse) refuse_open_file(name);
@@ -230,6 +234,11 @@ void push_file(const std::string& name, std::span<const std::string> arguments, 
   frame.stream = stream;
   frame.is_terminal = isatty(fileno(stream)) != 0;
   if (!frame.is_terminal) begin_text(frame);
+  if (is_utf16(frame.buffer)) {
+    std::fclose(stream);
+    frame.stream = nullptr;
+    error_end("Can't read", name + ": it is UTF-16 text. Save it as UTF-8");
+  }
   std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
   frame.arguments.assign(arguments.begin(), arguments.end());
   frame.has_arguments = !arguments.empty();

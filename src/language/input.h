@@ -109,6 +109,8 @@ class reader_scope {
   const character_reader former_ = char_source;
 };
 
+/// Does the text begin with the byte order mark of UTF-16, which nothing here can read?
+bool is_utf16(std::string_view text);
 /// Opens the file and makes it the top frame. Errors: nested too deep, in use, can't open.
 void push_file(const std::string& name, std::span<const std::string> arguments,
                bool may_recurse = false);

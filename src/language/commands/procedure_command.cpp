@@ -41,13 +41,25 @@ void read_from_file(const std::string& name) {
   hooks_of_language.read_nexus();
 }
 
+// "dna", "proteins" or "numeric" before a file of sequences: what they are. Empty where the word is
+// the file itself, which then is the current token.
+std::string read_sequence_type(const char* no_file) {
+  if (read_item() == 0) error_end(no_file);
+  const std::string word(token());
+  const int next = skip_blanks_peek();
+  if (next == ';' || next == 0 || (word != "dna" && word != "proteins" && word != "numeric"))
+    return {};
+  if (read_item() == 0) error_end(no_file);
+  return word;
+}
+
 void read_fasta() {
   int option = -1;
   accept_char('=');
   read_optional_int(&option);
-  if (read_item() == 0) error_end("Must specify name of FASTA file");
+  const std::string type = read_sequence_type("Must specify name of FASTA file");
   if (!hooks_of_language.read_fasta) error_end("Reading of FASTA files is not available yet");
-  hooks_of_language.read_fasta(option, std::string(token()));
+  hooks_of_language.read_fasta(option, type, std::string(token()));
 }
 
 void read_newick() {
@@ -57,9 +69,9 @@ void read_newick() {
 }
 
 void read_phylip() {
-  if (read_item() == 0) error_end("Must specify name of PHYLIP file");
+  const std::string type = read_sequence_type("Must specify name of PHYLIP file");
   if (!hooks_of_language.read_phylip) error_end("Reading of PHYLIP files is not available yet");
-  hooks_of_language.read_phylip(std::string(token()));
+  hooks_of_language.read_phylip(type, std::string(token()));
 }
 
 // "/" and "-" end the file where nothing but a blank or ";" follows; else they begin a name.

@@ -12,6 +12,11 @@
 
 namespace zeb {
 
+bool is_unfit_in_name(char sign, bool is_first) {
+  return sign == '+' || sign == '-' || sign == '/' || sign == ';' ||
+         static_cast<unsigned char>(sign) < 33 || (sign == '&' && is_first);
+}
+
 std::string taxon_rows::clean_name(std::string_view word) {
   const std::size_t longest = static_cast<std::size_t>(matrix.name_length) - 1;
   if (word.size() > longest && !told_truncation_) {
@@ -20,10 +25,14 @@ std::string taxon_rows::clean_name(std::string_view word) {
   }
   std::string name(text_in_bytes(word, longest));
   for (char& c : name) {
-    if (c != '+' && c != '-' && c != '/') continue;
+    if (!is_unfit_in_name(c, &c == name.data())) continue;
     if (told_symbols_.find(c) == std::string::npos) {
       told_symbols_ += c;
-      warning_f("Symbol '%c' in taxon names will be changed to '_' (=underscore).", c);
+      if (static_cast<unsigned char>(c) > 32) {
+        warning_f("Symbol '%c' in taxon names will be changed to '_' (=underscore).", c);
+      } else {
+        warning("Tabs and the like in taxon names will be changed to '_' (=underscore).");
+      }
     }
     c = '_';
   }
@@ -36,7 +45,7 @@ std::vector<int> taxon_rows::taxa_with_prefix(std::string_view word) const {
   if (end == std::string_view::npos) return taxa;
   std::string prefix(word.substr(0, end));
   for (char& c : prefix) {
-    if (c == '+' || c == '-' || c == '/') c = '_';
+    if (is_unfit_in_name(c, &c == prefix.data())) c = '_';
   }
   for (int t = 0; t < count_; ++t) {
     if (taxon_name(t).substr(0, prefix.size()) == prefix) taxa.push_back(t);

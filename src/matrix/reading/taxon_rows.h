@@ -8,6 +8,10 @@
 
 namespace zeb {
 
+/// Signs that names can't have: they mean something in lists and at the starts of rows. They become
+/// "_".
+bool is_unfit_in_name(char sign, bool is_first);
+
 /// The taxa named so far, and which of them have had their row in the block being read.
 class taxon_rows {
  public:
