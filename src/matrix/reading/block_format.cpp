@@ -22,7 +22,11 @@ void read_landmark(block_format& format) {
 
 void read_match(block_format& format) {
   double threshold = 0;
-  if (read_optional_float(&threshold)) set_matching(matching.match_mode, threshold);
+  if (read_optional_float(&threshold)) {
+    if (!(threshold >= 0 && threshold <= 1))
+      error_end("Threshold for approximate matching must be 0 to 1");
+    set_matching(matching.match_mode, threshold);
+  }
   format.match_names = true;
 }
 

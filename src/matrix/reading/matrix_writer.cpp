@@ -7,6 +7,7 @@
 
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/text_columns.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/letter_check.h"
@@ -65,7 +66,8 @@ class matrix_writer {
     for (std::size_t i = 0; i < request.more_rows.size(); ++i) {
       taxa_.push_back(matrix.ntax + static_cast<int>(i));
     }
-    for (const int t : taxa_) longest_name_ = std::max(longest_name_, name_of_row(t).size());
+    for (const int t : taxa_)
+      longest_name_ = std::max(longest_name_, at(text_columns(name_of_row(t))));
   }
   void write() {
     write_head();
@@ -158,7 +160,7 @@ void matrix_writer::write_section(const section& s) {
   if (!is_plain()) out_.add(section_head(s));
   for (const int t : taxa_) {
     std::string row(name_of_row(t));
-    row.resize(longest_name_ + 1, ' ');
+    row.append(longest_name_ + 1 - at(text_columns(row)), ' ');
     for (const int c : s.characters) {
       if (s.type == continuous_data) row += ' ';
       row += written_cell(c, cell_of(t, c));
