@@ -14,8 +14,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 
 #include "base/process.h"
 #include "console/keys.h"
@@ -62,9 +64,26 @@ void read_history() {
   terminal.history.read_file_text(text);
 }
 
+// Written aside and renamed, so that a process that is killed meanwhile leaves the old file whole.
+// A link goes on to lead to the file.
 void write_history() {
-  std::ofstream file(history_file(), std::ios::binary);
+  std::error_code fault;
+  const std::string name = history_file();
+  std::filesystem::path target = std::filesystem::canonical(name, fault);
+  if (fault) target = name;
+  const std::string aside = target.string() + "." + std::to_string(getpid());
+  std::ofstream file(aside, std::ios::binary);
+  const std::filesystem::file_status former = std::filesystem::status(target, fault);
+  if (std::filesystem::exists(former)) {
+    std::filesystem::permissions(aside, former.permissions(), fault);
+  }
   file << terminal.history.file_text();
+  file.close();
+  if (file) {
+    std::filesystem::rename(aside, target, fault);
+    if (!fault) return;
+  }
+  std::filesystem::remove(aside, fault);
 }
 
 // Follows the terminal's size; a size set by `screen` holds until the terminal changes.

@@ -26,6 +26,7 @@ key_wish pause() {
   const stopped_clock_scope clock;
   while (poll_key() != no_key) {
   }
+  hide_progress();  // waiting would wipe the line, and the text with it
   write_terminal(pause_text);
   const int key = wait_for_key();
   for (std::size_t i = 1; i < pause_text.size(); ++i) write_terminal("\b \b");

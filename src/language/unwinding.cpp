@@ -107,6 +107,7 @@ void look_for_interrupt(bool wait) {
     if (stop_asked_by_file()) interrupt();
     return;
   }
+  if (!wait && !settings.break_polling) return;
   obey(wait ? wait_interrupt_key() : poll_interrupt_keys());
 }
 

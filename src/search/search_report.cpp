@@ -8,6 +8,7 @@
 #include "base/message_text.h"
 #include "base/process.h"
 #include "base/time_limit.h"
+#include "console/log.h"
 #include "console/output.h"
 #include "console/progress.h"
 #include "console/settings.h"
@@ -122,10 +123,9 @@ void report_status(search_context& context, double score, bool force) {
   note_score(context, score);
   report_clock& clock = *context.clock;
   const double now = wall_clock();
-  if (clock.report_on == 0 || process.slave || context.shown.silent) {
-    poll(clock, now);
-    return;
-  }
+  // By its own clock: lines that come faster than once a second must not put it off.
+  poll(clock, now);
+  if (clock.report_on == 0 || process.slave || context.shown.silent) return;
   if (clock.header_pending) {
     emit(header(context.shown.stage));
     clock.header_pending = false;
@@ -134,9 +134,7 @@ void report_status(search_context& context, double score, bool force) {
     force = true;
   }
   if (!force) {
-    if (now - clock.last_line < seconds_between) return;
-    poll(clock, now);
-    if (interrupted()) return;
+    if (now - clock.last_line < seconds_between || interrupted()) return;
   }
   if (is_a_score(score) && !context.own_data &&
       (context.best_score < 0 || score < context.best_score)) {
@@ -151,6 +149,7 @@ void report_status(search_context& context, double score, bool force) {
   clock.last_recorded = now;
   clear_progress();
   emit(line, "\n");
+  flush_log();
 }
 
 void report_status_best(search_context& context) { report_status(context, no_score, false); }

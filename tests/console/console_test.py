@@ -145,6 +145,7 @@ class History(ConsoleTest):
             s.type("quit;\r")
             self.assertEqual(s.end(), 0)
         self.assertEqual(self.read(".zeb_history"), b"2 good;\x01quit;\x01")
+        self.assertEqual(sorted(os.listdir(self.folder)), [".zeb_history"])
 
 
 class Questions(ConsoleTest):
@@ -326,6 +327,28 @@ class Interrupts(ConsoleTest):
         self.assertNotIn("Program is paused", s.screen.text())
         s.key("esc")
         s.wait_for_text("User interrupt...")
+        s.wait_for_prompt()
+
+    def test_searches_heed_keys_unless_break_is_off(self):
+        rows = "\n".join(f"t{i} {i * 2654435761 % 2**40:040b}" for i in range(200))
+        self.write("data", f"mxram 100; xread 40 200\n{rows}\n;\n")
+        s = self.start("proc data;", seconds=60)
+        s.command("report +1/0/1; hold 9000; timeout 0:0:4; break -;")
+        s.type("mult=replications 9000 hold 1;\r")
+        s.wait_for_text("Repl. Algor.")
+        s.key("esc")
+        s.wait_for_text("time is out")
+        s.wait_for_prompt()
+        s.command("report +; break =; timeout 0;")
+        s.type("mult=replications 9000 hold 1;\r")
+        s.wait_for(lambda: s.screen.line(s.screen.row).count(":") == 2, "the progress line")
+        s.type("p")
+        s.wait_for_text("Program is paused... press <enter> to continue...")
+        s.settle(0.3)
+        self.assertIn("Program is paused", s.screen.text())
+        s.type("\r")
+        s.wait_for(lambda: "Program is paused" not in s.screen.text(), "the search to go on")
+        s.key("esc")
         s.wait_for_prompt()
 
     def test_break_settings(self):

@@ -79,7 +79,7 @@ def stop_file_ends_a_search_and_the_arguments_go_on():
     rows = "\n".join(f"t{i} {i * 2654435761 % 2**40:040b}" for i in range(300))
     run = BackgroundRun("proc data; proc long; quote then this; quit;",
                         data=f"mxram 100; xread 40 300\n{rows}\n;\n",
-                        long="hold 9000; mult=replications 9000 hold 1; quote never;")
+                        long="report +1/0/1; hold 9000; mult=replications 9000 hold 1; quote never;")
     run.file("stop").write_text("")
     status, log = run.finish()
     expect(status == 0 and "then this" in log and "never" not in log,
