@@ -2,6 +2,7 @@
 // on every width of the kernels.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -22,6 +23,7 @@
 #include "search/hooks.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
+#include "search/search_results.h"
 #include "search/search_session.h"
 #include "search/store/filter.h"
 #include "search/store/tree_identity.h"
@@ -126,6 +128,27 @@ TEST_F(search_survival, time_and_room_may_run_out) {
   EXPECT_NE(late.find("Search was interrupted..."), std::string::npos) << late;
   EXPECT_GT(store.ntrees, 0);
   expect_all_well(cells, "time-out");
+}
+
+/// Trees of different length may be one as collapsed; of those the best must be the one that stays.
+TEST_F(search_survival, the_best_tree_found_is_in_memory_under_every_collapsing_rule) {
+  std::mt19937 g(7);
+  constexpr const char* searches[] = {"bbreak;", "bbreak=spr nomulpars;", "mult=replic 2 hold 3;",
+                                      "mult=replic 2 hold 3 keepall;", "bbreak=tbr mulpars;"};
+  for (int round = 0; round < 400; ++round) {
+    fill_matrix(zeb_test::random_shape(g, 8, 12), g);
+    collapsing.rule = round % 7;
+    search_settings.suboptimal = zeb_test::draw(g, 0, 3);
+    const std::string search = searches[round % 5];
+    const std::string said = zeb_test::run_program("hold 50; randtrees 4; " + search);
+    std::vector<double> scores(static_cast<std::size_t>(store.ntrees));
+    score_stored_trees(scores);
+    ASSERT_FALSE(scores.empty()) << said;
+    EXPECT_EQ(*std::min_element(scores.begin(), scores.end()), last_search.best)
+        << "round " << round << ", rule " << collapsing.rule << ", " << search << said;
+    mult = {};
+    swapping = {};
+  }
 }
 
 int calls_to_interrupt = 0;

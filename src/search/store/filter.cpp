@@ -1,5 +1,7 @@
 #include "search/store/filter.h"
 
+#include <algorithm>
+#include <numeric>
 #include <set>
 #include <vector>
 
@@ -22,13 +24,24 @@ struct identical_trees {
   int of_same_length = 0;
 };
 
-/// Marks the later of each pair that is one tree. The store keeps trees of one length apart by
-/// itself, so only those that the user had can be the same.
+/// The trees from the best to the worst; in the order of their slots where they are as good.
+std::vector<int> slots_from_best(search_context& context) {
+  std::vector<int> slots(at(context.trees.ntrees));
+  std::iota(slots.begin(), slots.end(), 0);
+  std::stable_sort(slots.begin(), slots.end(), [&](int a, int b) {
+    return record_of(context, a).score < record_of(context, b).score;
+  });
+  return slots;
+}
+
+/// Marks the worse of each pair that is one tree, the later where both are as good: the best tree
+/// always stays. The store keeps trees of one length apart by itself, so of those only trees that
+/// the user had can be the same.
 identical_trees mark_identical(search_context& context, std::span<std::uint8_t> keep) {
   identical_trees dropped;
   const bool collapsed = search_level(context) > 0;
   std::vector<std::vector<int>> by_bucket(bucket_count);
-  for (int t = 0; t < context.trees.ntrees; ++t) {
+  for (const int t : slots_from_best(context)) {
     if (keep[at(t)]) by_bucket[at(record_of(context, t).bucket)].push_back(t);
   }
   for (const std::vector<int>& slots : by_bucket) {
@@ -84,7 +97,7 @@ int drop_equal_by_full_rule(search_context& context) {
   std::set<std::vector<tree_node>> known;
   branch_judge judge(context.rules.collapse.rule);
   const bool ended_early = interrupted();
-  for (int t = 0; t < before; ++t) {
+  for (const int t : slots_from_best(context)) {
     report_status_best(context);
     if (interrupted() && !ended_early) break;
     std::vector<tree_node> tree(at(context.trees.nnodes));

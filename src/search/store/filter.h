@@ -6,11 +6,12 @@
 namespace zeb {
 
 /// Drops trees above `best` + suboptimal and, under a collapsing rule by which trees of different
-/// length can be one, the later of each pair that is the same once collapsed.
+/// length can be one, the worse (or later) of each pair that is the same once collapsed.
 void filter_by_score(search_context& context, double best);
 
-/// Under the rules that searches only approach (4 to 6), drops the later of any two trees that the
-/// full rule makes one. Returns how many went. After a search over the user's data in the buffer.
+/// Under the rules that searches only approach (4 to 6), drops the worse (or later) of any two
+/// trees that the full rule makes one. Returns how many went. After a search over the user's data
+/// in the buffer.
 int drop_equal_by_full_rule(search_context& context);
 
 /// The note about trees dropped since others are the same once collapsed; nothing for none.
