@@ -5,6 +5,8 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
+#include "console/output.h"
 #include "console/progress.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/conversions.h"
@@ -22,6 +24,13 @@ search_data& users_data() {
     error_end("Sorry, \"bbreak:inters\" is invalid for Sankoff/continuous characters");
   }
   return data;
+}
+
+bool has_inactive_taxa(const search_data& data, const_tree_span tree) {
+  for (int i = data.n; i < data.all_taxa; ++i) {
+    if (!is_absent(tree, data.pack_to_taxon[at(i)])) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -50,13 +59,18 @@ search_session::~search_session() { leave(); }
 void search_session::take_trees_in() {
   search_context& c = context();
   const int count = c.trees.ntrees;
+  int cut = 0;
   for (; taken_in_ < count; ++taken_in_) {
+    cut += has_inactive_taxa(c.data, slot_of(c.trees, taken_in_));
     if (!to_internal(c.data, slot_of(c.trees, taken_in_), c.working_tree, true)) {
       error_end("Tree", taken_in_, "lacks some active taxa: searches need trees with all of them");
     }
     std::copy(c.working_tree.begin(), c.working_tree.end(), slot_tree(c, taken_in_).begin());
   }
   all_taken_in_ = true;
+  if (cut > 0 && !c.shown.silent) {
+    emit("Note: inactive taxa are dropped from ", counted(cut, "tree", "trees"), " in memory.\n");
+  }
   if (&c.trees == &store) {
     set_auto_save_view([&c](int number, tree_span tree) { matrix_form(c, number, tree); });
   }

@@ -119,11 +119,11 @@ TEST_F(search_survival, time_and_room_may_run_out) {
   shape.nchar = 150;
   fill_matrix(shape, g);
   const std::vector<std::uint32_t> cells = all_cells();
-  const std::string full = zeb_test::run_program("hold 7; mult=replic 5 hold 3;");
+  const std::string full = zeb_test::run_program("hold 7; mult=replic 5 hold 3 keepall;");
   EXPECT_NE(full.find("(tree buffer full)"), std::string::npos) << full;
   expect_all_well(cells, "full buffer");
   set_time_limit(1);
-  const std::string late = zeb_test::run_program("hold 1000; mult=replic 100000 hold 1;");
+  const std::string late = zeb_test::run_program("hold 1000; mult=replic 100000 hold 1 nokeepall;");
   EXPECT_NE(late.find("time is out"), std::string::npos) << late;
   EXPECT_NE(late.find("Search was interrupted..."), std::string::npos) << late;
   EXPECT_GT(store.ntrees, 0);

@@ -12,14 +12,6 @@
 namespace zeb {
 namespace {
 
-double best_stored(search_context& context) {
-  double best = unknown_score;
-  for (int t = 0; t < context.trees.ntrees; ++t) {
-    best = std::min(best, record_of(context, t).score);
-  }
-  return best;
-}
-
 void take_best(search_context& context, double score) {
   context.best_score = score;
   context.score_limit = score + context.rules.suboptimal;
@@ -39,7 +31,7 @@ bbreak_result swap_stored_trees(search_context& context, bool full_rule) {
   const score_kind kind = kind_of_scores(context.data);
   int& current = context.shown.current_tree;  // follows the tree when others before it go
   bbreak_result result;
-  result.best = best_stored(context);
+  result.best = best_stored(context, 0);
   take_best(context, result.best);
   context.shown.stage = how.use_tbr ? stage_tbr : stage_spr;
   const int capacity = how.mulpars ? context.trees.maxtrees : 0;
@@ -56,6 +48,10 @@ bbreak_result swap_stored_trees(search_context& context, bool full_rule) {
         swap(context, context.working_tree,
              {.multi = capacity, .promising_first = !how.mulpars && how.promising_first});
     t = current;
+    if (was_left(context, t, score, capacity)) {
+      fetch_tree(context, slot_tree(context, t));
+      swap(context, context.working_tree, {.multi = capacity, .stay = true});
+    }
     if (!how.mulpars) keep_result(context, t, score);
     if (settings.status_trees > 0 && (t + 1) % settings.status_trees == 0) {
       report_status(context, score, true);
@@ -79,6 +75,8 @@ bbreak_result swap_stored_trees(search_context& context, bool full_rule) {
   }
   context.swapping_index = -1;
   result.interrupted = interrupted();
+  // An interrupt may come before a better tree that was stored has its turn.
+  result.best = std::min(result.best, best_stored(context, 0));
   report_status(context, result.best, true);
   filter_by_score(context, result.best);
   if (full_rule) result.equal_by_full_rule = drop_equal_by_full_rule(context);

@@ -67,6 +67,7 @@ class replicated_search {
   void swap_stored();
   void swap_single();
   void count_hit();
+  void drop_worse_trees();
   bool swaps() const { return options_.swapper != mult_settings::wagner_only; }
   swapper selected() const { return options_.swapper == mult_settings::spr ? spr_swap : tbr_swap; }
   int swap_stage() const { return options_.swapper == mult_settings::spr ? stage_spr : stage_tbr; }
@@ -108,12 +109,18 @@ void replicated_search::swap_stored() {
       purge_above(context_, context_.score_limit, first_slot_);
       i = first_slot_ - 1;
       current = first_slot_;
+    } else if (was_left(context_, i, found, context_.tree_limit)) {
+      fetch_tree(context_, slot_tree(context_, i));
+      selected()(context_, context_.working_tree,
+                 {.first_slot = first_slot_, .multi = context_.tree_limit, .stay = true});
     }
     if (settings.status_trees > 0 && (i - first_slot_ + 1) % settings.status_trees == 0) {
       report_status(context_, score_, true);
     }
   }
   context_.swapping_index = -1;
+  // An interrupt may come before a better tree that was stored has its turn.
+  score_ = std::min(score_, best_stored(context_, first_slot_));
   // Trees that another replication had stored already aren't here: then the score is theirs.
 }
 
@@ -176,6 +183,12 @@ void replicated_search::count_hit() {
   }
 }
 
+/// A full buffer of trees that the end would drop doesn't stop the search.
+void replicated_search::drop_worse_trees() {
+  if (options_.keepall || result_.best >= unknown_score) return;
+  purge_above(context_, result_.best + context_.rules.suboptimal, 0);
+}
+
 mult_result replicated_search::run() {
   int& replication = context_.shown.replication;
   result_.best = unknown_score;
@@ -186,6 +199,7 @@ mult_result replicated_search::run() {
   begin_reports(context_);
   report_status(context_, no_score, false);
   for (replication = 1; replication <= options_.replications; ++replication) {
+    if (context_.trees.ntrees >= context_.trees.maxtrees) drop_worse_trees();
     if (context_.trees.ntrees >= context_.trees.maxtrees) {
       --replication;
       report_status(context_, no_score, true);

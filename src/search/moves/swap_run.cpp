@@ -38,6 +38,7 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
       multi(std::max(task.multi, 0)),
       first_pass(task.multi < 0),
       trees_wanted(task.multi > 0 || task.enumeration),
+      stays(task.stay && task.multi > 0),
       enumeration(task.enumeration),
       fits(data.implied_on),
       rounding(tolerance_of(kind_of_scores(data))),
@@ -123,10 +124,10 @@ bool swap_run::take_candidate(int u, int v, double cost) {
   const bool better = best_here - cost > rounding;
   if (trees_wanted) {
     if (n_moves < static_cast<int>(move_list.size())) {
-      if (better) chosen = n_moves;
+      if (better && !stays) chosen = n_moves;
       move_list[static_cast<std::size_t>(n_moves++)] = {score_without + cost, v};
     }
-    if (enumeration) return false;
+    if (enumeration || stays) return false;
   }
   if (!better) return false;
   score = score_without + cost;

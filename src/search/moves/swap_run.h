@@ -45,6 +45,7 @@ struct swap_run {
   int multi;          // capacity of the slots for this search; 0: a single tree
   bool first_pass;    // quick: clips of 3 terminals and more, until the first improvement
   bool trees_wanted;  // candidates as good as the tree are stored or enumerated
+  const bool stays;   // better trees are stored, and the tree in work isn't left for them
   const move_enumeration* enumeration;  // null: none
   const bool fits;          // implied weights: costs are fits, see the engine's counters
   const double rounding;    // scores closer than this are one

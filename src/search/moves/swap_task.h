@@ -37,6 +37,9 @@ struct swap_task {
   // 0: only the tree improves. Above 0: trees within the limit fill the slots up to `multi` trees.
   // Below 0: one tree, a first pass that starts with clips of 3 terminals or more.
   int multi = 0;
+  // With `multi` above 0: trees are stored, better ones too, but no move is applied, so that all
+  // the neighbours of this very tree are met.
+  bool stay = false;
   bool promising_first = false;  // begin with the clips that promise most; single trees only
   // Not null: no move is applied; every reconnection with a score up to that of the tree + the
   // context's `suboptimal` is handed over.

@@ -182,6 +182,22 @@ void keep_trees(search_context& context, std::span<const std::uint8_t> keep) {
   }
 }
 
+double best_stored(search_context& context, int first_slot) {
+  double best = unknown_score;
+  for (int t = first_slot; t < context.trees.ntrees; ++t) {
+    best = std::min(best, record_of(context, t).score);
+  }
+  return best;
+}
+
+bool was_left(search_context& context, int slot, double score, int capacity) {
+  const double allowed = context.rules.suboptimal;
+  const double own = record_of(context, slot).score;
+  const score_kind kind = kind_of_scores(context.data);
+  return allowed > 0 && context.trees.ntrees < capacity && is_better_score(score, own, kind) &&
+         is_within_bound(own, std::min(context.score_limit, score + allowed), kind);
+}
+
 void purge_above(search_context& context, double limit, int first_slot) {
   const int count = context.trees.ntrees;
   const score_kind kind = kind_of_scores(context.data);

@@ -63,6 +63,11 @@ void mark_tree_in_work(const search_context& context, std::span<std::uint8_t> ma
 
 /// Drops the trees whose entry is 0. Slots move down; `swapping_index` and the tree shown follow.
 void keep_trees(search_context& context, std::span<const std::uint8_t> keep);
+/// A swap of the tree in `slot` ended with another one, of a better score: does the tree stay even
+/// so, with neighbours that the swap didn't come to and for which there is room below `capacity`?
+bool was_left(search_context& context, int slot, double score, int capacity);
+/// The lowest score from `first_slot` on; `unknown_score` for no trees.
+double best_stored(search_context& context, int first_slot);
 /// Drops trees from `first_slot` on with a score above `limit`, save those that still have to be
 /// swapped and the one being swapped. Slots move down, as in keep_trees.
 void purge_above(search_context& context, double limit, int first_slot);
