@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
@@ -29,9 +30,18 @@ int asked_match(std::string_view word, std::size_t count, const name_at& name) {
   return -1;
 }
 
+/// The number stands as it was typed, also where no int can hold it.
 [[noreturn]] void refuse(std::string_view text, double value) {
-  if (text.find('%') == text.npos) error_end(text);
-  error_end_f(std::string(text).c_str(), static_cast<int>(value));
+  const std::size_t place = text.find("%i");
+  if (place == text.npos) error_end(text);
+  error_end(std::string(text.substr(0, place)) + text_of("%.0f", value) +
+            std::string(text.substr(place + 2)));
+}
+
+[[noreturn]] void refuse_missing(const option_row& row) {
+  if (row.missing.find("%i") == row.missing.npos) error_end(row.missing);
+  error_end(text_of("Give number for \"%s\" (%.0f-%.0f)", std::string(row.keyword).c_str(),
+                    row.range.lowest, row.range.highest));
 }
 
 void check_range(const option_row& row, double value) {
@@ -40,14 +50,19 @@ void check_range(const option_row& row, double value) {
   if (row.tells_highest) {
     error_end(row.missing, "- at most", static_cast<int>(row.range.highest));
   }
+  if (row.too_high.empty() && row.range.highest >= any_integer.highest) {
+    error_end(text_of("Number too large: %.0f", value));
+  }
   refuse(row.too_high.empty() ? row.missing : row.too_high, value);
 }
 
 bool read_number(bool whole, double* value) {
   if (!whole) return read_optional_float(value);
-  int read = 0;
-  if (!read_optional_int(&read)) return false;
-  *value = read;
+  bool parenthesised = false;
+  if (!read_value(value, &parenthesised)) return false;
+  const double cut = std::trunc(*value);
+  if (!parenthesised && cut != *value) error_end("Expected integral number");
+  *value = cut;
   return true;
 }
 
@@ -76,7 +91,7 @@ void read_numbers(const option_row& row, void* settings) {
   if (read_number(whole, &value)) {
     check_range(row, value);
   } else if (needed) {
-    refuse(row.missing, value);
+    refuse_missing(row);
   } else if (row.keeps_without) {
     return;
   }

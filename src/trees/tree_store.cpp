@@ -6,6 +6,7 @@
 #include "trees/tree_store.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "base/arena.h"
@@ -139,6 +140,13 @@ bool fits(int capacity, int vault_size) {
   return bytes_needed(capacity, vault_size, capacity > store.maxtrees) <= bytes_available();
 }
 
+[[noreturn]] void refuse_capacity(int capacity, int vault_size) {
+  const std::size_t other = arena.size - std::min(arena.size, bytes_available());
+  const double bytes = static_cast<double>(other + bytes_needed(capacity, vault_size, true));
+  error_end("Cannot make tree space for", capacity, "trees",
+            text_of("(needs \"mxram %.0f\" or more)", std::ceil(bytes / 1e6)));
+}
+
 }  // namespace
 
 void create_tree_buffer() {
@@ -185,7 +193,7 @@ bool set_maxtrees(int n, bool report, bool silent_failure) {
     }
     if (!fits(n, 0)) {
       if (silent_failure) return false;
-      error_end("Cannot make tree space for", n, "trees");
+      refuse_capacity(n, 0);
     }
     if (memory_is_shared()) {
       grow_outside_arena(n);
@@ -215,7 +223,8 @@ void set_maxtrees_and_vault(int n, int vault_size) {
     warning("There are", store.ntrees, "trees in memory.", "\nResetting maxtrees to", n,
             "will discard", store.ntrees - n, "trees");
   }
-  if (!fits(n, vault_size) || has_temporary_memory()) {
+  if (!fits(n, vault_size)) refuse_capacity(n, vault_size);
+  if (has_temporary_memory()) {
     error_end("Cannot make tree space for", n, "trees");
   }
   move_into_arena(n, vault_size);

@@ -100,9 +100,12 @@ constexpr command_options rows = {
 };
 
 void read_number_sign_or_word(collapse_request& request) {
-  if (read_sign(request, collapse_options)) return;
+  // The number first: in "-1" the sign is no option of its own.
   int n = 0;
-  if (!read_optional_int(&n)) return read_option(request, collapse_options);
+  if (!read_optional_int(&n)) {
+    if (!read_sign(request, collapse_options)) read_option(request, collapse_options);
+    return;
+  }
   if (n < 0 || n > 6) error_end_f(collapse_options.errors.unknown, std::to_string(n).c_str());
   set_rule(request, n);
 }
