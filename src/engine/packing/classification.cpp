@@ -114,7 +114,8 @@ packing_plan plan_packing(const packing_request& request) {
       const auto share = std::find_if(plan.wide.begin(), plan.wide.end(),
                                       [kind](const auto& s) { return s.kind == kind; });
       packing_plan::wide_share& own =
-          share == plan.wide.end() ? plan.wide.emplace_back(kind) : *share;
+          share == plan.wide.end() ? plan.wide.emplace_back(packing_plan::wide_share{kind, {}})
+                                   : *share;
       own.characters.push_back(wide_character_of(c, weight, steps));
       continue;
     }
