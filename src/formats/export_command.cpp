@@ -109,10 +109,11 @@ void write_nexus(std::FILE* out, const export_choice& choice) {
   } else {
     std::fputs("#NEXUS\n", out);
   }
-  if ((choice.trees || choice.trees_only) && store.ntrees > 0) write_nexus_trees(out, choice.plain);
+  const bool with_tags = choice.trees_only && tags.tags_present;
+  if ((choice.trees && store.ntrees > 0) || choice.trees_only)
+    write_nexus_trees(out, choice.plain, with_tags);
   if (choice.tag_lengths) write_nexus_tag_tree(out, tag_use::lengths, choice.plain);
-  if (choice.tag_labels || (choice.trees_only && tags.tags_present))
-    write_nexus_tag_tree(out, tag_use::labels, choice.plain);
+  if (choice.tag_labels) write_nexus_tag_tree(out, tag_use::labels, choice.plain);
 }
 
 // What follows "+" after the name, up to ";", goes to the end of the file; ".," in it stands for a

@@ -27,23 +27,28 @@ bool is_number(const std::string& text) {
 // A tag as a label, a length, or both: "0.9/0.05" is what a label and a length are read into.
 class tag_texts {
  public:
-  explicit tag_texts(tag_use use) : use_(use) {}
+  explicit tag_texts(tag_use use) : use_(use) {
+    if (use_ != tag_use::both) return;
+    for (int t = 0; t < matrix.ntax; ++t)
+      terminals_have_numbers_ |= is_number(tags.tag_texts[at(t)]);
+  }
   std::string after_node(int node) {
     const std::string& tag = tags.tag_texts[at(node)];
     if (tag.empty()) return {};
     const bool terminal = node < matrix.ntax;
     if (use_ == tag_use::labels) return terminal ? lost(node, tag) : quoted_label(tag);
-    if (is_number(tag)) return ":" + tag;
+    const bool is_length = use_ == tag_use::lengths || terminals_have_numbers_;
+    if (is_length && is_number(tag)) return ":" + tag;
     const std::size_t slash = tag.rfind('/');
     if (terminal || slash == std::string::npos || !is_number(tag.substr(slash + 1)))
-      return lost(node, tag);
+      return use_ == tag_use::both && !terminal ? quoted_label(tag) : lost(node, tag);
     return quoted_label(tag.substr(0, slash)) + ":" + tag.substr(slash + 1);
   }
   void warn_of_lost() const {
     if (lost_ == 0) return;
     warning(counted(lost_, "tag", "tags"),
-            use_ == tag_use::labels ? "of terminals can't be written as labels:"
-                                    : "can't be written as branch lengths:",
+            use_ == tag_use::lengths ? "can't be written as branch lengths:"
+                                     : "of terminals can't be written as labels:",
             first_lost_);
   }
 
@@ -54,6 +59,7 @@ class tag_texts {
   }
 
   tag_use use_;
+  bool terminals_have_numbers_ = false;
   int lost_ = 0;
   std::string first_lost_;
 };
@@ -61,22 +67,29 @@ class tag_texts {
 const char* begin_trees(bool plain) { return plain ? "\nbegin trees;\n" : "\nbegin trees ; \n"; }
 const char* end_trees(bool plain) { return plain ? "end;\n" : "end ;\n"; }
 
+void write_tag_tree(std::FILE* out, tag_use use, bool plain) {
+  tag_texts texts(use);
+  const std::string tree =
+      newick_text(tags.tag_tree, [&texts](int node) { return texts.after_node(node); });
+  std::fprintf(out, "tree %s = [&R] %s%s;\n", tag_tree_name.data(), plain ? "" : "\n",
+               tree.c_str());
+  texts.warn_of_lost();
+}
+
 }  // namespace
 
-void write_nexus_trees(std::FILE* out, bool plain) {
+void write_nexus_trees(std::FILE* out, bool plain, bool with_tags) {
   std::fputs(begin_trees(plain), out);
   for (int i = 0; i < store.ntrees; ++i)
     std::fprintf(out, "tree zeb_%i = [&R] %s;\n", i, newick_text(stored_tree(i)).c_str());
+  if (with_tags) write_tag_tree(out, tag_use::both, plain);
   std::fputs(end_trees(plain), out);
 }
 
 void write_nexus_tag_tree(std::FILE* out, tag_use use, bool plain) {
-  tag_texts texts(use);
-  const std::string tree =
-      newick_text(tags.tag_tree, [&texts](int node) { return texts.after_node(node); });
-  std::fprintf(out, "%stree %s = [&R] %s%s;\n%s", begin_trees(plain), tag_tree_name.data(),
-               plain ? "" : "\n", tree.c_str(), end_trees(plain));
-  texts.warn_of_lost();
+  std::fputs(begin_trees(plain), out);
+  write_tag_tree(out, use, plain);
+  std::fputs(end_trees(plain), out);
 }
 
 }  // namespace zeb
