@@ -105,11 +105,13 @@ void maketable_command() {
   no_timing();
   if (macros.protection == 0) error_end("Scripting tables not allowed under macro protection 0");
   if (accept_char('-')) {
+    check_end();
     set_table_array(-1);
     return;
   }
   if (accept_char('+')) {
     const whole_array array = read_array_name();
+    check_end();
     check_one_dimension(array.sizes);
     set_table_array(array.number);
     if (settings.report)

@@ -24,7 +24,9 @@ namespace {
 
 void set_default_target() {
   if (read_item() == 0) error_end("Define default target file: Must give filename");
-  macros.goto_default_file = std::string(token()).substr(0, 160);
+  const std::string file(token());
+  check_end();
+  macros.goto_default_file = file.substr(0, 160);
   if (settings.report) report_line("Default target for goto is", macros.goto_default_file);
 }
 
@@ -35,6 +37,7 @@ void read_error_target() {
   const std::string file(token());
   if (read_item() == 0) error_end("Must give label to go to");
   const std::string label(token());
+  check_end();
   check_label(label);
   set_error_target(file, label);
   if (settings.report)
@@ -54,6 +57,7 @@ void goto_command() {
       return;
     case '-':
       next_nonblank();
+      check_end();
       macros.goto_default_file.clear();
       return;
     case '[':
@@ -62,6 +66,7 @@ void goto_command() {
       return;
     case ']':
       next_nonblank();
+      check_end();
       clear_error_target();
       if (settings.report) report_line("Undefined error/break target");
       return;
@@ -89,6 +94,7 @@ void label_command() {
   require_macros();
   no_timing();
   read_item();
+  check_end();
 }
 
 void return_command() {

@@ -42,6 +42,7 @@ void switch_macros(bool on) {
 
 void set_protection() {
   const int level = read_int();
+  check_end();
   if (level < 0) {
     report_line("Protection mode for macros is", macros.protection);
     return;
@@ -57,6 +58,7 @@ void set_protection() {
 void set_limits() {
   const int loops = read_int();
   const int vars = read_int();
+  check_end();
   if (macros_on()) {
     warning(
         "Numbers of loops/variables must be changed under \"macro-\"\nRequest to change numbers of "
@@ -76,6 +78,7 @@ void set_limits() {
 
 void set_memory() {
   const int kilobytes = read_int();
+  check_end();
   if (kilobytes >= 0) {
     if (macros_on()) warning("RAM can be reset only with macros OFF (request will be ignored)");
     macros.memory_bytes = static_cast<std::int64_t>(kilobytes) * 1000 + 16;
@@ -144,6 +147,7 @@ void macfloat_command() {
     next_nonblank();
     if (c == '-' && std::isdigit(peek_raw_char())) {
       read_int();  // a negative number of decimals says nothing
+      check_end();
       return;
     }
     check_end();
@@ -155,6 +159,7 @@ void macfloat_command() {
   }
   if (c == '*') {
     next_nonblank();
+    check_end();
     macros.number_format = "%f";
     macros.digits = 10;
     report_line("Floating point printing uses defaults");
@@ -162,6 +167,7 @@ void macfloat_command() {
   }
   if (c == 'e' || c == 'E') {
     next_nonblank();
+    check_end();
     macros.number_format = "%g";
     macros.digits = 6;
     report_line("Floating point printing uses exponential notation");
@@ -174,6 +180,7 @@ void macfloat_command() {
     return;
   }
   const int digits = read_int();
+  check_end();
   if (digits < 0) return;
   if (digits > 60) error_end("Floating point printing can use 60 digits at the most");
   macros.number_format = text_of("%%.%if", digits);
@@ -192,6 +199,7 @@ void safe_command() {
   const bool ram = what == 2;
   if (what < 0) error_end("Must specify either vars, loops, or ram");
   const std::int64_t wanted = read_int();
+  check_end();
   if (vars && var_shift() + wanted >= macros.max_variables) {
     error_end("Only", macros.max_variables - var_shift(), "vars. available");
   }
@@ -207,6 +215,7 @@ void private_command() {
   no_timing();
   int count = 0;
   if (!read_optional_int(&count)) count = macros.frames.back().private_count;
+  check_end();
   if (count < 0) error_end("Can't set private variables to less than 0");
   if (count > macros.max_variables) error_end("Only", macros.max_variables, "variables available");
   macros.frames.back().private_count = count;
@@ -225,6 +234,7 @@ void macseed_command() {
   require_macros();
   no_timing();
   const int seed = read_int();
+  check_end();
   if (seed < 0) {
     report_line("Current seed for Macros is", macros.seed);
     return;
@@ -241,6 +251,7 @@ void macseed_command() {
 void resettime_command() {
   require_macros();
   no_timing();
+  check_end();
   macros.clock_start = wall_clock();
   if (settings.report) report_line("Time reset");
 }

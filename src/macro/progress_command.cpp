@@ -35,6 +35,7 @@ void chkbreak_command() {
   no_timing();
   int mode = 1;
   const bool given = read_optional_int(&mode);
+  check_end();
   if (process.background) return;
   if (given && mode == 0) {
     if (!user_present()) return;
@@ -48,11 +49,13 @@ void progress_command() {
   require_macros();
   no_timing();
   if (accept_char('/')) {
+    check_end();
     clear_progress();
     shown = {};
     return;
   }
   if (accept_char('=')) {
+    check_end();
     if (shown.total > 0) show_script_progress(shown.label, shown.done, shown.total);
     return;
   }

@@ -150,6 +150,7 @@ bool read_operator(const variable_reference& target, assignment_operator* op) {
     const int next = peek_raw_char();
     if (next == c) {
       read_raw_char();
+      check_end();
       check_not_index_cell(target);
       store_variable(target.cell, variable_value(target.cell) + by);
       return false;

@@ -125,12 +125,17 @@ void show_variable(display how) {
   if (how == display::string && skip_blanks_peek() == ';') {
     error_end("Must specify number of variable to display as string");
   }
+  if (how == display::bits && skip_blanks_peek() == ';') {
+    error_end("Must specify number of variable to display as bits");
+  }
   const variable_reference reference = read_variable_reference(false);
   if (accept_char('*')) {
     if (how != display::value) error_end("Cannot save in matrix form using bits");
+    check_end();
     write_setarray(reference);
     return;
   }
+  check_end();
   if (how == display::string) {
     report_line(heading(reference) + " [string] " + variable_string(section_start(reference)));
     return;
@@ -238,6 +243,7 @@ void dename() {
     return;
   }
   const read_number read = macro_number();
+  check_end();
   const double number = read.named ? read.value : read.value + var_shift();
   if (!(number >= 0)) error_end("No variable number", value_text(number));
   // Variables above N go, N itself stays.

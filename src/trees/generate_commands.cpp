@@ -73,6 +73,7 @@ void randtrees_command() {
 }
 
 void alltrees_command() {
+  check_end();
   require_data("making trees");
   const std::vector<int> taxa = taxa_to_use();
   const double total = binary_tree_count(static_cast<int>(taxa.size()));

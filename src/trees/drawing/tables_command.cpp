@@ -28,11 +28,13 @@ void tables_command() {
   switch (c) {
     case '=':
     case '-':
+      check_end();
       tables.dense = c == '=';
       break;
     case '/': {
       const int decimals = read_int();
       if (decimals < 0) error_end("Give number of decimals for tables");
+      check_end();
       if (decimals > most_decimals) error_end("Tables can have at most", most_decimals, "decimals");
       tables.precision = decimals;
       break;

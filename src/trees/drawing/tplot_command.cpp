@@ -70,6 +70,7 @@ void naked_command() {
   const int c = skip_blanks_peek();
   if (c != '[' && c != ']') return toggle_command(display.naked, "Naked");
   next_nonblank();
+  check_end();
   display.roomy = c == '[';
   if (settings.report)
     report_line(display.roomy ? "Drawing trees with an empty line between terminals"
@@ -78,6 +79,7 @@ void naked_command() {
 
 void lintrees_command() {
   if (accept_char('*')) {  // recall by the arrow keys is always there
+    check_end();
     if (settings.report) report_line("Command recall is ON");
     return;
   }

@@ -34,14 +34,17 @@ void show_groups() {
 void tshrink_command() {
   no_timing();
   if (accept_char('-')) {
+    check_end();
     show_trees_in_full();
   } else if (accept_char('*')) {
+    check_end();
     require_data("shrinking trees");
     show_groups_as_terminals(matrix.defined_taxon_groups);
   } else if (accept_char('{')) {
     require_data("shrinking trees");
     std::vector<std::uint8_t> chosen(matrix_state::group_count, 0);
     read_group_references(find_list_kind("taxon"), chosen);
+    check_end();
     std::uint32_t groups = 0;
     for (std::size_t g = 0; g < chosen.size(); ++g) groups |= (chosen[g] ? 1U : 0U) << g;
     show_groups_as_terminals(groups);

@@ -53,6 +53,7 @@ void exchange_with_array() {
   const bool internal_only = sign == '[';
   const bool symbols = accept_char(sign);
   const int array = hooks_of_trees.user_arrays.read_name();
+  check_end();
   if (sign != '>') {
     tags_from_numbers(hooks_of_trees.user_arrays.values(array), symbols, internal_only);
     return;
@@ -68,6 +69,7 @@ void exchange_with_array() {
 void start_storing() {
   const int c = skip_blanks_peek();
   if (c == '<' || c == '>' || c == '[') return exchange_with_array();
+  check_end();
   if (has_any_tag()) warning("Existing tree-tags will be erased");
   clear_tags();
   set_tag_storing(true);
@@ -90,9 +92,15 @@ void change_title() {
 
 void erase() {
   require_target();
-  if (accept_char('<')) return erase_tags(true);
-  if (accept_char('>')) return erase_tags(false);
-  set_tag(read_tag_node(), {});
+  const int sign = skip_blanks_peek();
+  if (sign == '<' || sign == '>') {
+    next_nonblank();
+    check_end();
+    return erase_tags(sign == '<');
+  }
+  const int node = read_tag_node();
+  check_end();
+  set_tag(node, {});
 }
 
 void set_target() {
@@ -106,11 +114,13 @@ void set_target() {
   const int next = skip_blanks_peek();
   if (next == '<' && (!macros_on() || !hooks_of_trees.user_arrays.read_name))
     error_end("This option is valid only when macros are enabled");
+  if (next != '<') check_end();
   set_tag_tree(stored_tree(tree));
   if (next == '<') exchange_with_array();
 }
 
 void save_readable() {
+  check_end();
   if (!has_any_tag()) error_end("No messages to save!");
   for (const std::string& line : readable_tags()) emit_broken_at_blanks(line);
 }
@@ -137,13 +147,16 @@ void ttags_command() {
   if (c != '&') no_timing();
   switch (c) {
     case '|':
+      check_end();
       return show_tags(true);
     case '=':
     case '(':
       return start_storing();
     case ')':
+      check_end();
       return set_tag_storing(false);
     case '-':
+      check_end();
       set_tag_storing(false);
       return clear_tags();
     case '+':
@@ -159,8 +172,10 @@ void ttags_command() {
     case '[':
       return separate_lines();
     case ']':
+      check_end();
       return join_tag_lines();
     case '!':
+      check_end();
       if (!has_any_tag()) error_end("No messages to show");
       eliminate_empty_tag_lines();
       report_line("Eliminated empty lines in tags");
