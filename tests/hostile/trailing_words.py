@@ -17,7 +17,8 @@ from hostile_input import MATRIX, TREES, commands_of
 
 # These leave the program, wait, take all that follows as their text, or are followed by commands.
 LEFT_OUT = {"quit", "zzz", "system", "bground", "slaveproc", "pause", "view", "edit",
-            "if", "else", "end", "loop", "endloop", "continue", "xend"}
+            "if", "else", "end", "loop", "endloop", "continue", "xend",
+            "procedure"}  # `procedure/` leaves the file, with whatever follows
 FORMS = ["", "=", "-", "/", "*", "+", "!", "&", ":", ".", "[", "]", "(", ")", "0", "1", "1 2", "x",
          "x 1", "a", "$x", "=x", "-x", "=1", "-1", "+1", "*1", "*a", "+ a", "[1", "/ x", "x++", "x--",
          "x = 1", "* a + 1", "vars 1", "ram 1", "loops 1", "prot 1", "prot", "list", ": y", "= 900 y",
@@ -32,10 +33,10 @@ def lines_of(zeb, where, text):
 
 
 def forms_that_leak(zeb, command):
-    head = "timeout 1;\n" + MATRIX + TREES + "macro=; var: x a[3];\n"
+    head = "timeout 1;\n" + MATRIX + TREES
 
     def leaks(forms):
-        text = "".join(f"macro=;\n{command} {form} rseed {TAIL_SEED};\n;rseed;\n" for form in forms)
+        text = "".join(f"macro-;\nmacro=; var: x a[3];\n{command} {form} rseed {TAIL_SEED};\n;rseed;\n" for form in forms)
         with tempfile.TemporaryDirectory() as where:
             return f"seed is {TAIL_SEED}" in lines_of(zeb, where, head + text + "quit;\n")
 
