@@ -38,11 +38,15 @@ running_assignment::running_assignment(const variable_reference& target) {
   const std::span<const int> sizes = section_sizes(target);
   assignment.is_array = target.is_section();
   assignment.sizes = sizes;
-  assignment.is_scalar = macros.protection && target.named && !assignment.is_array;
+  assignment.is_array_cell = !assignment.is_array && target.dimensions > 0;
+  assignment.is_scalar = macros.protection && target.named && target.dimensions == 0;
   assignment.list_written = false;
   assignment.target = section_start(target);
   if (assignment.is_array) {
     assignment.room = static_cast<int>(data_cell_count(sizes));
+  } else if (assignment.is_array_cell) {
+    const auto last = static_cast<std::size_t>(target.dimensions) - 1;
+    assignment.room = variable_dimensions(target.base)[last] - target.subscript[last];
   } else {
     assignment.room = assignment.is_scalar ? 1 : macros.max_variables - target.cell;
   }
@@ -64,7 +68,7 @@ double write_rows(const char* name, std::span<const double> values, int columns)
   const auto count = static_cast<int>(values.size());
   check_target(name, count);
   int row_cells = columns;
-  if (macros.protection && assignment.is_array) {
+  if (macros.protection && (assignment.is_array || assignment.is_array_cell)) {
     if (assignment.sizes.size() != 2) error_end(name, "requires 2-dimensional arrays");
     row_cells = assignment.sizes[1];
     if (columns > row_cells || count / columns > assignment.sizes[0]) no_room(name, count);

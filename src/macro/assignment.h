@@ -14,14 +14,15 @@ struct assignment_state {
   int room = 0;     // cells it may fill
   bool is_array = false;
   std::span<const int> sizes;  // dimensions of that array; empty for a cell
+  bool is_array_cell = false;  // a cell of an array, under protection: its row is filled from there
   bool is_scalar = false;      // a cell with a name, under protection: no place for a list
   bool list_written = false;   // a list function has filled the target
   int list_size = 0;           // last index written by a list function; stays until the next one
 };
 extern assignment_state assignment;
 
-/// Opens the target for its lifetime: the cells of the array or row that the reference leads to, or
-/// all that follow an unnamed number.
+/// Opens the target for its lifetime: the cells of the array or row that the reference leads to,
+/// the rest of the row from a cell of an array on, or all that follow an unnamed number.
 class running_assignment {
  public:
   explicit running_assignment(const variable_reference& target);

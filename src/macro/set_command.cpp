@@ -111,7 +111,7 @@ double combined(assignment_operator op, double old, double value) {
 }
 
 void check_not_index_cell(const variable_reference& target) {
-  if (macros.protection == 2 && target.is_section() && !assignment.list_written) {
+  if (macros.protection == 2 && target.is_section()) {
     error_end("Cannot re-set array under protection mode 2\nVar.", target.base,
               variable_name(target.base), "has", target.dimensions, "dimensions, not",
               target.subscripts);
