@@ -27,12 +27,13 @@ double line_number() { return active_script_file().line; }
 
 double next_number() {
   script_file& file = active_script_file();
-  const std::string text = script_file_string(file);
+  const std::string text = script_file_number(file);
   char* end = nullptr;
   const double value = std::strtod(text.c_str(), &end);
   if (text.empty() || end == text.c_str()) {
+    const std::string found = text + script_file_string(file);
     error_end("Expected a number in file", file.name,
-              "found:", text.empty() ? "end of file" : text);
+              "found:", found.empty() ? "end of file" : found);
   }
   return value;
 }
@@ -94,7 +95,7 @@ text_end read_text_end() {
 }
 
 [[noreturn]] double string_from_file() {
-  error_end("Expression \"hifstring\" is not available yet");
+  error_end("\"hifstring\" is a string, not a number: use it as $hifstring");
 }
 
 double text_from_file() {

@@ -1,6 +1,7 @@
 // `hifile`: opening and moving through the input files of a script.
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -59,7 +60,9 @@ int read_bracketed_file() {
 std::int64_t read_count() {
   if (skip_blanks_peek() == ';') return 1;
   double value = 1;
-  if (!read_value(&value, nullptr)) return 1;
+  bool parenthesised = false;
+  if (!read_value(&value, &parenthesised)) return 1;
+  if (value != std::trunc(value) && !parenthesised) error_end("Expected integral number");
   return value < 0 ? 0 : value > 9e15 ? 9'000'000'000'000'000 : static_cast<std::int64_t>(value);
 }
 
@@ -174,10 +177,13 @@ void skip_lines(script_file& file) {
 }
 
 void set_most_files() {
-  if (macros_on()) error_end("Max. number of input files can't be set with macros ON");
-  const int most = read_int();
+  int most = 0;
+  const bool given = read_optional_int(&most);
+  check_end();
+  if (given && most < 1) error_end("Max. number of input files must be 1 or more");
   if (most > 200) error_end("Can't have more than", 200, "input files open");
-  if (most > 0) script_files.most_files = most;
+  if (given && macros_on()) error_end("Max. number of input files can't be set with macros ON");
+  if (given) script_files.most_files = most;
   report_line("Max. number of input files is", script_files.most_files);
 }
 

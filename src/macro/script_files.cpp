@@ -1,10 +1,16 @@
 #include "macro/script_files.h"
 
+#include <cctype>
+
 #include "base/errors.h"
 
 namespace zeb {
 
 script_file_state script_files;
+
+namespace {
+constexpr std::size_t longest = 8499;
+}
 
 script_file& active_script_file() {
   if (script_files.active < 0) error_end("No input file is active");
@@ -24,8 +30,40 @@ int script_file_peek(script_file& file) {
   return c;
 }
 
+std::string script_file_number(script_file& file) {
+  while (script_file_peek(file) >= 0 && script_file_peek(file) < 33) script_file_get(file);
+  std::string text;
+  const auto take = [&] { text += static_cast<char>(script_file_get(file)); };
+  const auto take_digits = [&] {
+    const std::size_t before = text.size();
+    while (std::isdigit(script_file_peek(file)) && text.size() < longest) take();
+    return text.size() > before;
+  };
+  const auto take_sign = [&] {
+    if (script_file_peek(file) == '-' || script_file_peek(file) == '+') take();
+  };
+  take_sign();
+  const int first = std::tolower(script_file_peek(file));
+  if (first == 'i' || first == 'n') {  // "inf", "nan"
+    for (int i = 0; i < 3 && std::isalpha(script_file_peek(file)); ++i) take();
+    return text;
+  }
+  bool digits = take_digits();
+  if (script_file_peek(file) == '.') {
+    take();
+    digits = take_digits() || digits;
+  }
+  if (!digits || std::tolower(script_file_peek(file)) != 'e') return text;
+  // An "e" without digits after it isn't of the number.
+  const long place = std::ftell(file.stream);
+  const std::string before = text;
+  take();
+  take_sign();
+  if (take_digits() || std::fseek(file.stream, place, SEEK_SET) != 0) return text;
+  return before;
+}
+
 std::string script_file_string(script_file& file) {
-  constexpr std::size_t longest = 8499;
   while (script_file_peek(file) >= 0 && script_file_peek(file) < 33) script_file_get(file);
   std::string text;
   while (script_file_peek(file) >= 33 && text.size() < longest)

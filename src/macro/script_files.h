@@ -25,6 +25,9 @@ script_file& active_script_file();
 /// Next character, -1 at the end; and the same left unread.
 int script_file_get(script_file& file);
 int script_file_peek(script_file& file);
+/// The characters of the next number, "inf" and "nan" too; what follows them stays unread. Empty
+/// or not a number where none comes.
+std::string script_file_number(script_file& file);
 /// Next blank-delimited string; its delimiter stays unread.
 std::string script_file_string(script_file& file);
 /// Only blanks are left.
