@@ -24,6 +24,19 @@ int checked_element(int count, const char* noun) {
   return number;
 }
 
+std::vector<double> values_in_brackets(std::size_t least, std::size_t most, double (*read)()) {
+  open_brackets();
+  std::vector<double> values;
+  while (skip_blanks_peek() != ']') {
+    if (values.size() == most || skip_blanks_peek() == ';') error_end("Need closing brackets");
+    if (accept_char(',')) continue;
+    values.push_back(read());
+  }
+  close_brackets();
+  if (values.size() < least) error_end("Give number");
+  return values;
+}
+
 }  // namespace
 
 void open_brackets() {
@@ -37,23 +50,18 @@ void close_brackets() {
 bool brackets_follow() { return peek_raw_char() == '['; }
 
 std::vector<double> bracketed_values(std::size_t least, std::size_t most) {
-  open_brackets();
-  std::vector<double> values;
-  while (skip_blanks_peek() != ']') {
-    if (values.size() == most || skip_blanks_peek() == ';') error_end("Need closing brackets");
-    if (accept_char(',')) continue;
-    values.push_back(macro_value());
-  }
-  close_brackets();
-  if (values.size() < least) error_end("Give number");
-  return values;
+  return values_in_brackets(least, most, macro_value);
+}
+
+std::vector<double> bracketed_whole_values(std::size_t least, std::size_t most) {
+  return values_in_brackets(least, most, macro_whole_value);
 }
 
 int whole_argument() {
   accept_char(',');
   const int next = skip_blanks_peek();
   if (next == ']' || next == ';') error_end("Give number");
-  const double value = std::trunc(macro_value());
+  const double value = macro_whole_value();
   if (!(value >= -2147483648.0 && value <= 2147483647.0)) error_end("Give number");
   return static_cast<int>(value);
 }

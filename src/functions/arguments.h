@@ -12,6 +12,8 @@ void close_brackets();
 bool brackets_follow();
 /// All values up to "]", at least `least` and at most `most`.
 std::vector<double> bracketed_values(std::size_t least, std::size_t most);
+/// The same for whole numbers.
+std::vector<double> bracketed_whole_values(std::size_t least, std::size_t most);
 
 /// One value as a whole number.
 int whole_argument();

@@ -17,25 +17,26 @@ namespace zeb {
 namespace {
 
 double combinations() {
-  const std::vector<double> v = bracketed_values(2, 2);
-  const double from = std::trunc(v[0]);
-  const double taken = std::trunc(v[1]);
+  const std::vector<double> v = bracketed_whole_values(2, 2);
+  const double from = v[0];
+  const double taken = v[1];
   if (from <= 0 || taken <= 0) error_end("Both numbers must be greater than 0");
   if (taken > from) {
     error_end_f("Combinatorial: %i taken from %i ?",
                 static_cast<int>(std::min(taken, 2147483647.0)),
                 static_cast<int>(std::min(from, 2147483647.0)));
   }
-  double result = 1;
+  // Exact as long as the products have at most 64 bits.
+  long double result = 1;
   const double smaller = std::min(taken, from - taken);
   for (double i = 1; i <= smaller && std::isfinite(result); ++i)
-    result = result * (from - smaller + i) / i;
-  return std::isfinite(result) && result < 9e15 ? std::round(result) : result;
+    result = result * static_cast<long double>(from - smaller + i) / static_cast<long double>(i);
+  return static_cast<double>(std::round(result));
 }
 
 // (2n - 3)!! rooted binary trees.
 double cladograms() {
-  const double n = std::trunc(bracketed_values(1, 1)[0]);
+  const double n = bracketed_whole_values(1, 1)[0];
   if (!(n >= 1)) error_end("Give number");
   if (n > 150) error_end("Cannot calculate number of cladograms for more than 150 taxa!");
   double result = 1;
@@ -71,7 +72,7 @@ std::uint32_t bits_of(double value) {
 double bits_set() { return std::popcount(bits_of(bracketed_values(1, 1)[0])); }
 
 double random_number() {
-  const std::vector<double> v = bracketed_values(2, 2);
+  const std::vector<double> v = bracketed_whole_values(2, 2);
   if (!(v[0] >= 0 && v[1] >= 0))
     error_end("Random numbers can be drawn only between positive numbers");
   std::int64_t low = static_cast<std::int64_t>(std::min(v[0], 2147483647.0));
@@ -81,8 +82,8 @@ double random_number() {
 }
 
 double random_list() {
-  const std::vector<double> v = bracketed_values(1, 2);
-  const double count = std::trunc(v[0]);
+  const std::vector<double> v = bracketed_whole_values(1, 2);
+  const double count = v[0];
   if (!(count >= 1) || count > 100'000'000) error_end("Give number");
   const auto n = static_cast<std::size_t>(count);
   std::vector<double> order(n);

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include "base/errors.h"
 #include "language/input.h"
@@ -153,6 +154,12 @@ bool read_operand(read_number* result, reading mode) {
     result->value *= sign;
     return true;
   }
+  // As the language writes them; elsewhere such words may be names.
+  if (mode == reading::strict && (token == "inf" || token == "nan")) {
+    result->value = token == "inf" ? sign * std::numeric_limits<double>::infinity()
+                                   : std::numeric_limits<double>::quiet_NaN();
+    return true;
+  }
   if (mode == reading::tolerant && sign > 0 && put_back(from, token.size())) return false;
   error_end("Unrecognized variable:", token);
 }
@@ -291,6 +298,13 @@ read_number macro_number() {
 }
 
 double macro_value() { return macro_number().value; }
+
+double macro_whole_value() {
+  const read_number number = macro_number();
+  const double whole = std::trunc(number.value);
+  if (whole != number.value && !number.parenthesised) error_end("Expected integral number");
+  return whole;
+}
 
 bool macro_list_word(std::string_view word, bool names_element, double* value) {
   const int variable = find_variable(word);

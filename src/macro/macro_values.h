@@ -31,6 +31,9 @@ bool macro_read_value(double* value, bool* parenthesised);
 /// before ";".
 double macro_value();
 read_number macro_number();
+/// The same for a whole number, as a double. The fraction of an expression in parentheses is
+/// dropped; any other is "Expected integral number".
+double macro_whole_value();
 
 /// The number that a word in a list of elements stands for: a variable's, or a function's value
 /// unless the word is an element's whole name.

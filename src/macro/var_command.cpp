@@ -148,7 +148,7 @@ void show_variable(display how) {
 }
 
 int read_dimension(int which, int number) {
-  const double size = std::trunc(macro_value());
+  const double size = macro_whole_value();
   if (!(size > 0)) error_end("Dimension", which, "of var.", number, "cannot be <= 0!");
   if (size > 2147483647) error_end("Dimension", which, "of var.", number, "is too large");
   return static_cast<int>(size);

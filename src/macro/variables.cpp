@@ -204,6 +204,9 @@ std::string value_text(double value) {
   if (std::fabs(value) < 9e15 && value == std::floor(value))
     return std::to_string(static_cast<std::int64_t>(value));
   if (std::isnan(value)) return "nan";
+  if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
+  // Whole numbers keep all their digits, which the format might round or give an exponent.
+  if (std::fabs(value) < 9.2e18 && value == std::floor(value)) return text_of("%.0f", value);
   // The format is one of those that `macfloat` builds.
   char buffer[512];
 #pragma GCC diagnostic push
