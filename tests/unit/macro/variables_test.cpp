@@ -106,6 +106,8 @@ TEST(variables, values_are_written_as_scripts_compare_them) {
   EXPECT_EQ(value_text(-0.0), "0");
   EXPECT_EQ(value_text(8e15), "8000000000000000");
   EXPECT_EQ(value_text(-3), "-3");
+  EXPECT_EQ(value_text(118264581564861424.0), "118264581564861424");
+  EXPECT_EQ(value_text(-INFINITY), "-inf");
   EXPECT_EQ(value_text(-NAN), "nan");
 }
 
