@@ -294,6 +294,7 @@ void pop_all() {
       hooks_of_language.macros.command_failed && hooks_of_language.macros.command_failed();
   input_frame& zero = top_frame();
   if (screen.up || zero.is_terminal || !input.from_arguments) {
+    input.argument_position = input.argument_text.size();  // also what isn't in the buffer yet
     if (!zero.at_end) *input.read_position = 0;
   } else if (!after_loop) {
     drop_rest_of_argument_command();

@@ -84,7 +84,10 @@ bool find_run_file() {
 }
 
 const command_row& look_up() {
-  if (read_word() == 0) error_end("No command!");
+  if (read_word() == 0) {
+    read_char();  // consumed, since what follows the error would begin with it again
+    error_end("No command!");
+  }
   set_command_is_argument(input.top == 0 && input.from_arguments);
   const command_row* row = find_command(token());
   if (!row) row = ask_for_command(token());

@@ -101,6 +101,7 @@ void svtxt_command() {
   int first = 1;
   int last = lines;
   if (read_optional_int(&first)) {
+    if (first < 0) error_end("Lines of the display buffer begin with 1, not", first);
     if (!read_optional_int(&last)) last = lines;
     check_end();
     first = std::max(first, 1);
@@ -109,6 +110,7 @@ void svtxt_command() {
   } else {
     check_end();
   }
+  if (lines == 0) return report_line("Display buffer is empty: nothing saved");
   for (int number = first; number <= last; ++number) {
     write_log(display_buffer.line(static_cast<std::size_t>(number - 1)) + "\n");
   }

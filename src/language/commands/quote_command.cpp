@@ -1,4 +1,5 @@
 // `quote` prints text as it stands, `lquote` tells how.
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <string>
@@ -57,12 +58,17 @@ void say_with_conversions(std::string_view text) {
       continue;
     }
     int code = 0;
-    while (i + 1 < text.size() && std::isdigit(static_cast<unsigned char>(text[i + 1])) &&
-           code < 1000) {
-      code = 10 * code + (text[++i] - '0');
+    std::size_t digits_end = i + 1;
+    while (digits_end < text.size() && std::isdigit(static_cast<unsigned char>(text[digits_end]))) {
+      code = std::min(10 * code + (text[digits_end++] - '0'), 1000);
     }
+    if (code > 255) {  // no character has it: the text stays
+      ready += text[i];
+      continue;
+    }
+    i = digits_end - 1;
     if (code > 1) {
-      ready += static_cast<char>(code & 255);
+      ready += static_cast<char>(code);
       continue;
     }
     say(ready);
