@@ -83,6 +83,7 @@ struct option_row {
     double value = 0;
   };
   std::array<fixed_value, 2> also{};  // set together with the member
+  std::size_t also_count = 0;
   // Errors. A text with "%i" gets the number.
   std::string_view missing = {};    // no number, or one that is too low; text: one too long
   std::string_view too_high = {};   // empty: `missing`
@@ -156,8 +157,8 @@ struct option {
   template <auto... path>
   constexpr option also(double value) const {
     option changed = *this;
-    auto& slot = changed.row.also[row.also[0].member.set ? 1 : 0];
-    slot = {option_parts::member<path...>(), value};
+    // Counted, since the sanitizers' compiler can't compare a function's address in a constant.
+    changed.row.also[changed.row.also_count++] = {option_parts::member<path...>(), value};
     return changed;
   }
   /// Another member takes the same number.
