@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Fails on words that don't belong in the tree: works cited that aren't in the list below, notes of things left
-to do, paths of somebody's machine, texts that this tree doesn't hold, and "behind" for what comes after in a
+to do, paths of somebody's machine, and "behind" for what comes after in a
 text or in time. Usage: words.py FOLDER..."""
 
 import pathlib

@@ -236,13 +236,8 @@ bool read_command(nexus_file& file, const nexus_token& word) {
 }  // namespace
 
 void read_assumptions_block(nexus_file& file) {
-  for (;;) {
-    const nexus_token word = file.in.token();
-    if (word.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
-    if (word.ends_block()) {
-      file.in.accept(';');
-      break;
-    }
+  nexus_token word;
+  while (file.in.command_follows(word)) {
     if (word.is(';')) continue;
     if (word.is("delete") || word.is("undelete")) require_data("deleting/undeleting taxa");
     if (word.is("options") || word.is("pset")) {

@@ -116,13 +116,8 @@ void set_character_names(const character_names& names) {
 }  // namespace
 
 void read_taxa_block(nexus_file& file) {
-  for (;;) {
-    const nexus_token word = file.in.token();
-    if (word.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
-    if (word.ends_block()) {
-      file.in.accept(';');
-      return;
-    }
+  nexus_token word;
+  while (file.in.command_follows(word)) {
     if (word.is("dimensions")) {
       read_dimensions(file);
     } else if (word.is("taxlabels")) {
@@ -138,13 +133,8 @@ void read_data_block(nexus_file& file) {
   character_names names;
   std::string title;
   bool matrix_read = false;
-  for (;;) {
-    const nexus_token word = file.in.token();
-    if (word.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
-    if (word.ends_block()) {
-      file.in.accept(';');
-      break;
-    }
+  nexus_token word;
+  while (file.in.command_follows(word)) {
     if (word.is("dimensions")) {
       read_dimensions(file);
     } else if (word.is("format")) {

@@ -16,13 +16,8 @@ namespace {
 
 void skip_block(nexus_file& file, const std::string& name) {
   report_line("  ... Skipping", name, "block ...");
-  for (;;) {
-    const nexus_token token = file.in.token();
-    if (token.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
-    if (token.ends_block()) {
-      file.in.accept(';');
-      return;
-    }
+  nexus_token token;
+  while (file.in.command_follows(token)) {
     if (!token.is(';')) file.in.skip_rest();
   }
 }

@@ -157,8 +157,14 @@ void nexus_reader::fail_in_line(std::string_view what, int line) const {
   error_end("Error reading NEXUS file:", what);
 }
 
-void nexus_reader::fail_at_end_of_block() const {
-  fail_in_line("the file ends within the block that begins here", block_line_);
+bool nexus_reader::command_follows(nexus_token& first) {
+  first = token();
+  if (first.what == nexus_token::kind::end) {
+    fail_in_line("the file ends within the block that begins here", block_line_);
+  }
+  if (!first.ends_block()) return true;
+  accept(';');
+  return false;
 }
 
 bool read_yes_no(nexus_reader& in) {

@@ -55,8 +55,9 @@ class nexus_reader {
 
   /// Notes that a block begins here.
   void begin_block() { block_line_ = line(); }
-  /// The error of a file that ends within the block that began last.
-  [[noreturn]] void fail_at_end_of_block() const;
+  /// Reads the first token of the next command of the block. False at the block's end, whose ";" is
+  /// consumed too. Error where the file ends first.
+  bool command_follows(nexus_token& first);
 
  private:
   int line() const;

@@ -70,13 +70,8 @@ void read_trees_block(nexus_file& file) {
       },
       [](int taxon) { error_end("Error reading NEXUS file: Taxon", taxon, "repeated"); });
   const int first = store.ntrees;
-  for (;;) {
-    const nexus_token word = file.in.token();
-    if (word.what == nexus_token::kind::end) file.in.fail_at_end_of_block();
-    if (word.ends_block()) {
-      file.in.accept(';');
-      break;
-    }
+  nexus_token word;
+  while (file.in.command_follows(word)) {
     if (word.is("translate")) {
       read_translation(file, taxa);
     } else if (word.is("tree") || word.is("utree")) {
