@@ -14,7 +14,7 @@ case "${1:-}" in
 esac
 need_packages python3
 want_packages clang-format
-[ $lint = no ] || want_packages clang-tidy g++ cmake ninja-build libgtest-dev libbenchmark-dev libncurses-dev
+[ $lint = no ] || want_packages clang-tidy g++ cmake ninja-build libgtest-dev libbenchmark-dev "${libraries[@]}"
 
 bad=0
 for check in layers homes ownership; do

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
-need_packages g++ cmake ninja-build libncurses-dev python3
+need_packages g++ cmake ninja-build "${libraries[@]}" python3
 
 cmake --preset release -DZEB_WERROR=OFF -DZEB_TESTS=OFF -DZEB_BENCH=OFF -B build/demo >/dev/null
 cmake --build build/demo --target zeb -- -j "$(nproc)"

@@ -2,6 +2,9 @@
 # On Debian, as root or with sudo, missing packages are installed; elsewhere the script says exactly
 # what is missing and stops.
 
+# What the program is linked with.
+libraries=(libncurses-dev zlib1g-dev libutf8proc-dev libmd-dev)
+
 need_packages() {
   local package missing=()
   if command -v dpkg-query >/dev/null 2>&1 && command -v apt-get >/dev/null 2>&1; then
@@ -34,7 +37,7 @@ need_packages() {
   done
   if [ ${#missing[@]} -ne 0 ]; then
     echo "These tools are missing: ${missing[*]}" >&2
-    echo "ZEB also needs the development files of ncurses, GoogleTest and Google Benchmark." >&2
+    echo "ZEB also needs the development files of ncurses, zlib, utf8proc, libmd, GoogleTest and Google Benchmark." >&2
     exit 1
   fi
 }
