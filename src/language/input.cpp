@@ -160,7 +160,6 @@ void refuse_open_file(const std::string& name) {
 
 // What is left of the command that failed goes, unless its ";" has been read already.
 void drop_rest_of_argument_command() {
-  if (input.argument_position == 0) return;  // start-up failed, not a command
   if (input.read_position > top_frame().text && input.read_position[-1] == ';') return;
   while (*input.read_position && *input.read_position != ';' && *input.read_position != ',') {
     ++input.read_position;
@@ -292,12 +291,13 @@ void pop_all() {
   }
   const bool after_loop =
       hooks_of_language.macros.command_failed && hooks_of_language.macros.command_failed();
-  input_frame& zero = top_frame();
-  if (screen.up || zero.is_terminal || !input.from_arguments) {
-    input.argument_position = input.argument_text.size();  // also what isn't in the buffer yet
-    if (!zero.at_end) *input.read_position = 0;
-  } else if (!after_loop) {
-    drop_rest_of_argument_command();
+  // A background run has nothing but its arguments, so those after the command go on; everywhere
+  // else what was meant to follow the command could do harm now.
+  if (process.background) {
+    if (!after_loop) drop_rest_of_argument_command();
+  } else if (!input.from_arguments || input.argument_position > 0) {  // else start-up failed
+    input.argument_position = input.argument_text.size();
+    if (!top_frame().at_end) *input.read_position = 0;
   }
 }
 

@@ -120,7 +120,7 @@ void pop_frame();
 /// Reads the top frame's file again from its start.
 void rewind_top_frame();
 /// Pops down to level 0. Keeps a jump to the error target pending, and drops what is left of the
-/// console line or of the failed command of the process arguments.
+/// console line or of all the process arguments; in the background, of the failed command only.
 void pop_all();
 /// Pops the frames above `level` whose text has run out. Returns true while `level` itself has
 /// text.

@@ -2,8 +2,8 @@
 """Runs random bytes as run files, shuffled commands as run files and as typed lines (where an error
 ends a line only), and random scripts of the macro language: no crash, no hang.
 
-Every run must end by itself within the time allowed, with exit status 0 (an error in a file leads
-back to the process arguments, whose last word is `quit`), and must not print an internal error. The
+Every run must end by itself within the time allowed, with exit status 0 (an error in a file drops
+the process arguments, and the typed lines end at once), and must not print an internal error. The
 seed stands in the message; a text that fails is shrunk by halves and kept in the directory given.
 """
 
