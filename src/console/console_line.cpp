@@ -4,11 +4,13 @@
 #include <string>
 
 #include "base/command.h"
+#include "base/message_text.h"
 #include "base/text_columns.h"
 #include "console/console.h"
 #include "console/keys.h"
 #include "console/line_editor.h"
 #include "console/log.h"
+#include "console/output.h"
 #include "console/screen.h"
 #include "console/settings.h"
 #include "console/viewer.h"
@@ -43,6 +45,7 @@ bool read_console_line(char* text, int size) {
   line_editor editor(entered_lines(), static_cast<std::size_t>(size - 2));
   write_console("\n");
   std::size_t first_column = 0;
+  bool told_full = false;
   draw_line(prompt, editor, first_column);
   for (;;) {
     const int key = wait_for_key();
@@ -56,12 +59,18 @@ bool read_console_line(char* text, int size) {
     const line_editor::outcome outcome = editor.take(key);
     if (outcome == line_editor::outcome::entered) break;
     if (outcome == line_editor::outcome::refused && settings.beep) ring_bell();
+    if (outcome == line_editor::outcome::full && !told_full) {
+      told_full = true;
+      write_console(text_of("\nThis line is full (%i bytes): what is typed now is lost\n",
+                            static_cast<int>(editor.text().size())));
+    }
     if (!editor.in_character()) draw_line(prompt, editor, first_column);
   }
   write_terminal("\n\r");
   begin_page();
   entered_lines().add(editor.text());
-  if (settings.echo_console_to_log) write_log("\n" + prompt + editor.text() + "\n");
+  if (settings.echo_console_to_log && !(output.output_mask & no_log))
+    write_log("\n" + prompt + editor.text() + "\n");
   const std::string line = editor.text() + "\n";
   line.copy(text, line.size());
   text[line.size()] = 0;

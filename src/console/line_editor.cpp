@@ -111,7 +111,7 @@ void line_editor::move(int key) {
 }
 
 line_editor::outcome line_editor::insert(std::string_view character) {
-  if (text_.size() + character.size() > longest_) return outcome::refused;
+  if (text_.size() + character.size() > longest_) return outcome::full;
   text_.insert(cursor_, character);
   cursor_ += character.size();
   return outcome::going_on;

@@ -31,7 +31,7 @@ class line_editor {
   /// `longest` is in bytes.
   line_editor(const console_history& history, std::size_t longest)
       : history_(history), longest_(longest), recalled_(history.size()) {}
-  enum class outcome { going_on, refused, entered };
+  enum class outcome { going_on, refused, full, entered };
   /// Takes one key (see console_key); bytes above 127 are collected to whole characters.
   outcome take(int key);
   const std::string& text() const { return text_; }

@@ -1,9 +1,12 @@
 #include "console/log.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 
 #include "console/console.h"
+#include "console/screen.h"
 
 namespace zeb {
 
@@ -14,9 +17,19 @@ namespace {
 constexpr std::size_t log_buffer_size = 2046;
 constexpr std::size_t longest_file_name = 159;
 
+// As the console needs its lines where the log is the same terminal.
+void end_lines_for_screen(std::string& text) {
+  if (log_file.stream != stdout || !screen.up || !isatty(STDOUT_FILENO)) return;
+  hide_progress();
+  for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1)) {
+    text.insert(++at, 1, '\r');
+  }
+}
+
 // A log that can't be written (disk full, file system gone) is closed and the user told, once.
 void write_out() {
   if (log_file.waiting.empty() || !log_file.stream) return;
+  end_lines_for_screen(log_file.waiting);
   const bool written = std::fwrite(log_file.waiting.data(), 1, log_file.waiting.size(),
                                    log_file.stream) == log_file.waiting.size() &&
                        std::fflush(log_file.stream) == 0;
@@ -57,6 +70,7 @@ void close_log() {
   if (!log_file.stream) return;
   std::FILE* const stream = log_file.stream;
   if (!log_file.waiting.empty()) {
+    end_lines_for_screen(log_file.waiting);
     std::fwrite(log_file.waiting.data(), 1, log_file.waiting.size(), stream);
     std::fflush(stream);
     log_file.waiting.clear();

@@ -29,16 +29,13 @@ bool text_buffer::allot(int kilobytes) {
       std::uint64_t{1000} * static_cast<std::uint64_t>(std::max(kilobytes, 0)), smallest_capacity);
   const std::uint64_t table = capacity / 10 + 2;
   if (capacity + table * sizeof(std::uint64_t) > physical_memory()) return false;
+  // Neither is filled, so that a large buffer takes memory only as it fills.
   std::unique_ptr<char[]> text(new (std::nothrow) char[capacity]);
-  if (!text) return false;
-  std::vector<std::uint64_t> starts;
-  try {
-    starts.resize(table);
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
+  std::unique_ptr<std::uint64_t[]> starts(new (std::nothrow) std::uint64_t[table]);
+  if (!text || !starts) return false;
   text_ = std::move(text);
   starts_ = std::move(starts);
+  table_size_ = table;
   capacity_ = capacity;
   kilobytes_ = static_cast<int>(capacity / 1000);
   forget();
@@ -103,7 +100,7 @@ bool text_buffer::make_room(std::uint64_t bytes) {
       forget();
       return false;
     }
-    oldest_ = (oldest_ + 1) % starts_.size();
+    oldest_ = (oldest_ + 1) % table_size_;
     --finished_;
     begin_ = finished_ > 0 ? starts_[oldest_] : last_;
   }
@@ -111,12 +108,12 @@ bool text_buffer::make_room(std::uint64_t bytes) {
 }
 
 void text_buffer::end_line() {
-  if (finished_ == starts_.size()) {
-    oldest_ = (oldest_ + 1) % starts_.size();
+  if (finished_ == table_size_) {
+    oldest_ = (oldest_ + 1) % table_size_;
     --finished_;
     begin_ = starts_[oldest_];
   }
-  starts_[(oldest_ + finished_) % starts_.size()] = last_;
+  starts_[(oldest_ + finished_) % table_size_] = last_;
   ++finished_;
   last_ = end_;
 }
@@ -124,7 +121,7 @@ void text_buffer::end_line() {
 std::size_t text_buffer::lines() const { return finished_ + (end_ > last_ ? 1 : 0); }
 
 std::uint64_t text_buffer::start_of(std::size_t number) const {
-  return number < finished_ ? starts_[(oldest_ + number) % starts_.size()] : last_;
+  return number < finished_ ? starts_[(oldest_ + number) % table_size_] : last_;
 }
 
 std::string text_buffer::line(std::size_t number) const {

@@ -6,7 +6,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace zeb {
 
@@ -45,12 +44,13 @@ class text_buffer {
   // Positions count every byte ever added; the byte at position p is text_[p % capacity_].
   std::unique_ptr<char[]> text_;
   std::uint64_t capacity_ = 0;
-  std::vector<std::uint64_t> starts_;  // the line table: a ring of starts of finished lines
-  std::size_t oldest_ = 0;             // place of the oldest line in the table
-  std::size_t finished_ = 0;           // finished lines
-  std::uint64_t begin_ = 0;            // position of the oldest line
-  std::uint64_t last_ = 0;             // position of the unfinished line
-  std::uint64_t end_ = 0;              // position after the last byte
+  std::unique_ptr<std::uint64_t[]> starts_;  // the line table: a ring of starts of finished lines
+  std::size_t table_size_ = 0;
+  std::size_t oldest_ = 0;    // place of the oldest line in the table
+  std::size_t finished_ = 0;  // finished lines
+  std::uint64_t begin_ = 0;   // position of the oldest line
+  std::uint64_t last_ = 0;    // position of the unfinished line
+  std::uint64_t end_ = 0;     // position after the last byte
   bool compression_ = true;
   int kilobytes_ = 0;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -32,6 +33,8 @@ constexpr std::string_view viewer_help =
     "    R  L    move right, left half a screen (also 9, 8)\n\r"
     "    ESC     leave (also q, z)\n\n\r"
     "Press a key...";
+
+constexpr std::size_t most_viewed = 1'000'000'000;  // bytes of a file
 
 // What is viewed: numbered lines, from 0.
 struct viewed_text {
@@ -276,16 +279,27 @@ void restore_screen() {
   begin_page();
 }
 
-std::optional<std::string> contents_of(const std::string& name) {
+// Text of the file, or what stands against it. Devices and pipes may go on for ever, or wait for
+// somebody who writes.
+std::optional<std::string> contents_of(const std::string& name, std::string& refusal) {
+  std::error_code fault;
+  const auto kind = std::filesystem::status(name, fault).type();
+  if (kind != std::filesystem::file_type::regular) {
+    if (kind != std::filesystem::file_type::not_found) refusal = "it isn't a regular file";
+    return std::nullopt;
+  }
   std::FILE* const file = std::fopen(name.c_str(), "rb");
   if (!file) return std::nullopt;
   std::string text;
   char piece[65536];
   std::size_t n = 0;
-  while ((n = std::fread(piece, 1, sizeof piece, file)) > 0) text.append(piece, n);
+  while (text.size() <= most_viewed && (n = std::fread(piece, 1, sizeof piece, file)) > 0) {
+    text.append(piece, n);
+  }
   const bool failed = std::ferror(file) != 0;
   std::fclose(file);
-  if (failed) return std::nullopt;
+  if (text.size() > most_viewed) refusal = "it is larger than " + megabytes_text(most_viewed);
+  if (failed || !refusal.empty()) return std::nullopt;
   return text;
 }
 
@@ -301,8 +315,8 @@ void show_buffer_in_viewer() {
   restore_screen();
 }
 
-bool show_file_in_viewer(const std::string& name) {
-  const std::optional<std::string> contents = contents_of(name);
+bool show_file_in_viewer(const std::string& name, std::string& refusal) {
+  const std::optional<std::string> contents = contents_of(name, refusal);
   if (!contents) return false;
   if (!user_present()) return true;
   std::vector<std::size_t> starts{0};

@@ -10,6 +10,7 @@
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/process.h"
+#include "console/console.h"
 #include "console/console_line.h"
 #include "console/log.h"
 #include "console/output.h"
@@ -24,6 +25,11 @@ input_state input;
 character_reader char_source = {plain_read_char, plain_unread_char};
 
 namespace {
+
+struct prompt_hint {
+  std::string told_for;  // the prompt of a command that went on over lines
+};
+prompt_hint hint;
 
 input_frame* frame_at(int level) { return input.frames[static_cast<std::size_t>(level)].get(); }
 
@@ -91,6 +97,15 @@ std::size_t read_plain_line(std::FILE* stream, char* text) {
   return n;
 }
 
+// A user who sees the prompt of a command where the next command was meant has left out its ";".
+void tell_what_ends_command() {
+  const bool goes_on = command.prompt != "zeb*>";
+  if (goes_on && command.prompt != hint.told_for && !macros_on()) {
+    write_console("\n(\"" + command.command_name + "\" goes on: \";\" ends it)");
+  }
+  hint.told_for = goes_on ? command.prompt : "";
+}
+
 void refill_level_zero(input_frame& frame) {
   // A typed line stands alone: errors show nothing of the lines before it.
   char* text = make_room(frame, input.from_arguments ? kept_behind : 0);
@@ -110,6 +125,7 @@ void refill_level_zero(input_frame& frame) {
     std::snprintf(frame.name, sizeof frame.name, "%s", "Standard Input");
   }
   frame.typed_line = text;
+  if (screen.up || frame.is_terminal) tell_what_ends_command();
   if (screen.up) {
     if (!read_console_line(text, refill_size)) supply_end(frame, text);
     return;

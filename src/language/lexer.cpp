@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <cctype>
 #include <climits>
+#include <cmath>
 #include <cstdlib>
 
 #include "base/command.h"
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "language/hooks.h"
 #include "language/input.h"
 
@@ -209,28 +211,32 @@ bool plain_read_value(double* value, bool* parenthesised) {
 
 namespace {
 
-int integer_of(double value, bool parenthesised) {
-  if (!(value >= INT_MIN && value <= INT_MAX)) return -1;
-  const int truncated = static_cast<int>(value);
-  if (!parenthesised && static_cast<double>(truncated) != value) {
-    error_end("Expected integral number");
-  }
-  return truncated;
+int integer_of(double value) {
+  if (value >= INT_MIN && value <= INT_MAX) return static_cast<int>(value);
+  error_end(text_of("Number too large: %.0f", value));
 }
 
 }  // namespace
 
-int read_int() {
-  double value = 0;
+bool read_optional_whole(double* value) {
   bool parenthesised = false;
-  return read_value(&value, &parenthesised) ? integer_of(value, parenthesised) : -1;
+  if (!read_value(value, &parenthesised)) return false;
+  const double cut = std::trunc(*value);
+  if (!parenthesised && cut != *value) error_end("Expected integral number");
+  *value = cut;
+  return true;
+}
+
+int read_int() {
+  int value = -1;
+  read_optional_int(&value);
+  return value;
 }
 
 bool read_optional_int(int* value) {
   double read = 0;
-  bool parenthesised = false;
-  if (!read_value(&read, &parenthesised)) return false;
-  *value = integer_of(read, parenthesised);
+  if (!read_optional_whole(&read)) return false;
+  *value = integer_of(read);
   return true;
 }
 

@@ -64,11 +64,13 @@ bool is_prefix(std::string_view word, std::string_view name);
 /// may be dropped.
 bool read_value(double* value, bool* parenthesised);
 bool plain_read_value(double* value, bool* parenthesised);
-/// Integer argument: a negative value if there is no number, also for what doesn't fit an int.
-/// A literal fraction is the error "Expected integral number".
-int read_int();
-/// True and the value when a (possibly signed) integer comes next; false and nothing consumed else.
+/// True and the value when a (possibly signed) whole number of any size comes next; false and
+/// nothing consumed else. A literal fraction is the error "Expected integral number".
+bool read_optional_whole(double* value);
+/// The same, and what doesn't fit an int is the error "Number too large".
 bool read_optional_int(int* value);
+/// Integer argument: -1 if there is no number.
+int read_int();
 /// Number argument; a negative value if there is none.
 double read_float();
 bool read_optional_float(double* value);

@@ -218,7 +218,9 @@ std::int64_t list_reader::read_number(std::string* word) {
     text.push_back(static_cast<char>(c));
   }
   unread_char();
-  if (word && kind_.name && (std::isalpha(c) || c == '_')) *word = text + read_rest_of_name();
+  const bool begins_name = word && kind_.name && (std::isalpha(c) || c == '_');
+  if (begins_name) *word = text + read_rest_of_name();
+  if (number == too_large && !begins_name) error_end("Number too large:", text);
   return number;
 }
 

@@ -56,16 +56,6 @@ void check_range(const option_row& row, double value) {
   refuse(row.too_high.empty() ? row.missing : row.too_high, value);
 }
 
-bool read_number(bool whole, double* value) {
-  if (!whole) return read_optional_float(value);
-  bool parenthesised = false;
-  if (!read_value(value, &parenthesised)) return false;
-  const double cut = std::trunc(*value);
-  if (!parenthesised && cut != *value) error_end("Expected integral number");
-  *value = cut;
-  return true;
-}
-
 void store(const option_row& row, void* settings, double value) {
   if (row.member.set) row.member.set(settings, value);
   if (row.twin.set) row.twin.set(settings, value);
@@ -76,7 +66,7 @@ void read_second(const option_row& row, void* settings) {
   if (second.separator == 0) return;
   const bool follows = second.separator == ' ' || accept_char(second.separator);
   double value = 0;
-  if (follows && read_number(true, &value)) {
+  if (follows && read_optional_whole(&value)) {
     if (value < second.range.lowest || value > second.range.highest) error_end(second.missing);
     second.member.set(settings, value);
   } else if (second.needed || (follows && second.separator != ' ')) {
@@ -88,7 +78,7 @@ void read_numbers(const option_row& row, void* settings) {
   const bool whole = row.kind == option_kind::number || row.kind == option_kind::optional_number;
   const bool needed = row.kind == option_kind::number || row.kind == option_kind::real;
   double value = row.without;
-  if (read_number(whole, &value)) {
+  if (whole ? read_optional_whole(&value) : read_optional_float(&value)) {
     check_range(row, value);
   } else if (needed) {
     refuse_missing(row);
@@ -130,7 +120,7 @@ void apply(const option_row& row, void* settings, bool negated) {
 void read_bare_number(void* settings, const option_table& table) {
   for (const option_row& row : table.rows) {
     double value = 0;
-    if (!row.bare || !read_number(true, &value)) continue;
+    if (!row.bare || !read_optional_whole(&value)) continue;
     check_range(row, value);
     store(row, settings, value);
     return;

@@ -1,5 +1,8 @@
 #include "language/unwinding.h"
 
+#include <algorithm>
+#include <cstdio>
+
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/interrupts.h"
@@ -36,6 +39,13 @@ void end_background_run() {
     report_line("... SOME ERROR OCCURED, QUITTING...");
     end_process(255);
   }
+}
+
+// A background run shows nothing and asks nobody: without a log its error would be lost.
+void tell_without_log(std::string message) {
+  if (!process.background || log_file.stream) return;
+  std::replace(message.begin(), message.end(), '\n', ' ');
+  std::fprintf(stderr, "zeb: %s\n", message.c_str());
 }
 
 void leave_command() {
@@ -78,6 +88,7 @@ void tell_error(const std::string& message) {
     }
     emit(message, "\n");
   }
+  tell_without_log(message);
   pop_all();
   end_background_run();
   leave_command();

@@ -94,6 +94,14 @@ class Editing(ConsoleTest):
         shown = next(n for n in range(24) if s.screen.line(n).startswith("w0 w1"))
         self.assertEqual(s.screen.line(shown), words[:29].rstrip())
 
+    def test_a_full_line_says_so_once(self):
+        s = self.start()
+        s.type("quote " + "x" * 5000)
+        s.wait_for_text("This line is full (4094 bytes)")
+        s.type(";\r")
+        s.wait_for(lambda: s.screen.line(s.screen.row) == "quote>", "the prompt of quote")
+        self.assertEqual(s.output.count(b"This line is full"), 1)
+
     def test_pasted_lines_all_run(self):
         s = self.start()
         s.type("quote one;\rquote two;\rquote three, and four;\r")
@@ -105,6 +113,7 @@ class Editing(ConsoleTest):
         s = self.start()
         s.type("quote first\r")
         s.wait_for(lambda: s.screen.line(s.screen.row) == "quote>", "the prompt of quote")
+        self.assertIn('("quote" goes on: ";" ends it)', s.screen.text())
         s.type("second;\r")
         s.wait_for_prompt()
         self.assertIn("first\nsecond\n", s.screen.text().replace(" \n", "\n"))
@@ -160,6 +169,23 @@ class Questions(ConsoleTest):
         lines = [line.strip() for line in self.read("all.log").decode().split("\n")]
         self.assertIn("zeb*>quote seen;", lines)
         self.assertNotIn("zeb*>quote unseen;", lines)
+
+    def test_typed_lines_stay_out_of_a_silenced_log(self):
+        s = self.start()
+        s.command("log all.log; echo [;")
+        s.command("silent =all;")
+        s.type("quote hidden;\rsilent -all; quote heard;\r")
+        s.wait_for_text("heard")
+        s.type("quit;\r")
+        s.end()
+        self.assertNotIn(b"quote hidden", self.read("all.log"))
+        self.assertIn(b"heard", self.read("all.log"))
+
+    def test_a_log_on_the_terminal_stands_straight(self):
+        s = self.start()
+        s.command("log stdout; silent =console;")
+        s.command("quote first; quote second;")
+        self.assertIn("\nfirst\nsecond\n", s.screen.text())
 
     def test_warnings_ask_first(self):
         s = self.start()

@@ -96,20 +96,20 @@ void txtsize_command() {
 }
 
 void svtxt_command() {
-  if (!log_file.stream) error_end("No log file open");
   const auto lines = static_cast<int>(std::min<std::size_t>(display_buffer.lines(), 2147483647));
   int first = 1;
   int last = lines;
-  if (read_optional_int(&first)) {
+  const bool given = read_optional_int(&first);
+  if (given) {
     if (first < 0) error_end("Lines of the display buffer begin with 1, not", first);
-    if (!read_optional_int(&last)) last = lines;
-    check_end();
+    if (read_optional_int(&last) && last < first) {
+      error_end("Line", last, "comes before line", first);
+    }
     first = std::max(first, 1);
-    if (first > lines || last > lines) error_end("Only", lines, "lines in display buffer");
-    if (last < first) error_end("Line", last, "comes before line", first);
-  } else {
-    check_end();
   }
+  check_end();
+  if (!log_file.stream) error_end("No log file open");
+  if (given && (first > lines || last > lines)) error_end("Only", lines, "lines in display buffer");
   if (lines == 0) return report_line("Display buffer is empty: nothing saved");
   for (int number = first; number <= last; ++number) {
     write_log(display_buffer.line(static_cast<std::size_t>(number - 1)) + "\n");
@@ -145,7 +145,10 @@ void view_command() {
   if (read_item() > 0) {
     const std::string name(token());
     check_end();
-    if (!show_file_in_viewer(name)) error_end("Can't open", name);
+    std::string refusal;
+    if (!show_file_in_viewer(name, refusal)) {
+      error_end("Can't open", refusal.empty() ? name : name + ": " + refusal);
+    }
   } else {
     show_buffer_in_viewer();
   }

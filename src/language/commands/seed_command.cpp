@@ -16,8 +16,8 @@ void chatter(std::string_view text) {
   if (settings.report) report_line(text);
 }
 
-void take_seed(long long seed) {
-  if (seed < 0 || seed > random_generator::largest) {
+void take_seed(double seed) {
+  if (!(seed >= 0 && seed <= random_generator::largest)) {
     error_end_f("Random seed must be 0-%i", random_generator::largest);
   }
   expect_end();
@@ -56,9 +56,9 @@ void set_quick(bool quick) {
 }
 
 void add_to_seed() {
-  int more = 1;
-  read_optional_int(&more);
-  take_seed(static_cast<long long>(randomness.random_seed) + more);
+  double more = 1;
+  read_optional_whole(&more);
+  take_seed(randomness.random_seed + more);
 }
 
 void draw_seed() {
@@ -72,7 +72,7 @@ void draw_seed() {
 void rseed_command() {
   no_timing();
   const int sign = next_nonblank();
-  int seed = 0;
+  double seed = 0;
   switch (sign) {
     case ';':
       return report_line("Random seed is", randomness.random_seed);
@@ -103,7 +103,7 @@ void rseed_command() {
       return set_quick(false);
     default:
       unread_char();
-      if (!read_optional_int(&seed)) {
+      if (!read_optional_whole(&seed)) {
         error_end("Wrong argument for rseed:", static_cast<char>(sign));
       }
       take_seed(seed);

@@ -13,6 +13,7 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t longest_break_text = 254;
+constexpr long long longest_time_limit = 1'000'000LL * 3600;  // seconds
 
 // "+T/R/N": each number may be left out, and counts as 0 then.
 void read_status_record() {
@@ -106,7 +107,10 @@ void timeout_command() {
   if (count > 0) {
     long long seconds = 0;
     for (int i = 0; i < std::min(count, 3); ++i) seconds = 60 * seconds + fields[i];
-    set_time_limit(static_cast<unsigned>(std::min(seconds, 4'000'000'000LL)));
+    if (seconds > longest_time_limit) {
+      error_end("Time-out can't be longer than", longest_time_limit / 3600, "hours");
+    }
+    set_time_limit(static_cast<unsigned>(seconds));
   }
   const unsigned s = time_limit.seconds;
   emit(text_of("Time-out for searches is %i:%02i:%02i", static_cast<int>(s / 3600),

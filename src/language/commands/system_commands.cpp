@@ -29,6 +29,7 @@ constexpr int largest_screen[2] = {10000, 10000};
 void show_current_directory() {
   std::error_code failure;
   const std::string path = std::filesystem::current_path(failure).string();
+  if (failure) error_end("Can't tell the current directory:", failure.message());
   emitf("Current directory is %s", path.c_str());
 }
 

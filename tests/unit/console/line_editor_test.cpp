@@ -37,10 +37,10 @@ TEST(line_editor, refuses_what_does_not_fit) {
   for (const char c : {'a', 'b', 'c', 'd'})
     EXPECT_EQ(editor.take(c), line_editor::outcome::going_on);
   EXPECT_EQ(editor.take(0xC3), line_editor::outcome::going_on);
-  EXPECT_EQ(editor.take(0xBC), line_editor::outcome::refused);
+  EXPECT_EQ(editor.take(0xBC), line_editor::outcome::full);
   EXPECT_EQ(editor.text(), "abcd");
   EXPECT_EQ(editor.take('e'), line_editor::outcome::going_on);
-  EXPECT_EQ(editor.take('f'), line_editor::outcome::refused);
+  EXPECT_EQ(editor.take('f'), line_editor::outcome::full);
   EXPECT_EQ(editor.take(key_delete), line_editor::outcome::refused);
   EXPECT_EQ(editor.take('\r'), line_editor::outcome::entered);
   EXPECT_EQ(editor.text(), "abcde");
