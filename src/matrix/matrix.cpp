@@ -22,6 +22,18 @@ data_type type_of(int character) {
   return static_cast<data_type>(matrix.characters[at(character)].type);
 }
 
+constexpr int word_bits = 64;
+
+std::uint64_t& word_of(int taxon, int character) {
+  return matrix.gap_bits[at(taxon) * matrix.gap_words_per_row + at(character / word_bits)];
+}
+
+std::uint64_t bit_of(int character) { return std::uint64_t{1} << (character % word_bits); }
+
+void forget_gap(int taxon, int character) {
+  if (!matrix.gap_bits.empty()) word_of(taxon, character) &= ~bit_of(character);
+}
+
 }  // namespace
 
 bool is_missing(int taxon, int character) {
@@ -44,6 +56,7 @@ bool says_nothing(int character, std::uint32_t states) {
 }
 
 void set_cell(int taxon, int character, std::uint32_t states) {
+  forget_gap(taxon, character);
   switch (matrix.cell_bytes) {
     case 1:
       matrix.rows8[at(taxon)][at(character)] = static_cast<std::uint8_t>(states);
@@ -54,6 +67,30 @@ void set_cell(int taxon, int character, std::uint32_t states) {
     default:
       matrix.rows32[at(taxon)][at(character)] = states;
   }
+}
+
+void note_gap(int taxon, int character) {
+  if (matrix.gap_bits.empty()) {
+    // Rows keep this width when fewer characters turn out to have been read.
+    matrix.gap_words_per_row = at((matrix.nchar - 1) / word_bits + 1);
+    matrix.gap_bits =
+        calloc_low<std::uint64_t>(checked_product(at(matrix.ntax), matrix.gap_words_per_row));
+  }
+  word_of(taxon, character) |= bit_of(character);
+}
+
+void copy_gaps(int from, int to, int first, int end) {
+  for (int c = first; c < end && !matrix.gap_bits.empty(); ++c) {
+    if (was_gap(from, c)) {
+      note_gap(to, c);
+    } else {
+      forget_gap(to, c);
+    }
+  }
+}
+
+bool was_gap(int taxon, int character) {
+  return !matrix.gap_bits.empty() && (word_of(taxon, character) & bit_of(character)) != 0;
 }
 
 continuous_cell read_continuous_cell(int taxon, int character) {

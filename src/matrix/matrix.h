@@ -57,8 +57,17 @@ constexpr std::int32_t forbidden_cost = 32700;  // of a change that can't happen
 struct continuous_scale {
   double factor = 1.0;
   double shift = 0.0;
-  double kept_factor = 1.0;
+  double kept_factor = 1.0;  // of before the logarithm was taken
   double kept_shift = 0.0;
+};
+
+/// A continuous character as it was before it was first rescaled. Each rescaling starts from here,
+/// so that its rounding doesn't add to that of the ones before.
+struct kept_values {
+  std::vector<std::uint32_t> cells;  // by taxon
+  double factor = 1.0;
+  double shift = 0.0;
+  bool logarithmic = false;
 };
 
 /// One matrix at a time; everything that grows with it lies in the arena under `matrix_lock`.
@@ -78,14 +87,18 @@ struct matrix_state {
   std::uint32_t state_mask = 65535;          // all usable bits; also the cell of "?"
   bool gaps_are_states = false;              // `nstates gaps`
   std::uint8_t default_type = numeric_data;  // type of plain matrices, `nstates dna|prot|num`
-  bool one_scale = false;  // `nstates num N` above 10: digits may follow letters in a character
-  int name_length = 32;    // bytes per taxon name, with the terminator (name_limit at reading)
+  bool type_given = false;  // `nstates` has said the type: readers of sequences don't guess it
+  bool one_scale = false;   // `nstates num N` above 10: digits may follow letters in a character
+  int name_length = 32;     // bytes per taxon name, with the terminator (name_limit at reading)
 
   // Rows, three views of the same addresses; use the one that agrees with cell_bytes, or cell().
   std::span<std::uint8_t*> rows8;  // nnodes entries; from ntax up null
   std::span<std::uint16_t*> rows16;
   std::span<std::uint32_t*> rows32;
   int data_type_in_use = 0;  // union of data_type bits
+  // A bit per cell, by taxon (see was_gap); empty: no gap was read as missing.
+  std::span<std::uint64_t> gap_bits;
+  std::size_t gap_words_per_row = 0;
 
   std::span<character_record> characters;       // nchar: current settings
   std::span<character_record> kept_characters;  // nchar: default of `ckeep`
@@ -122,8 +135,7 @@ struct matrix_state {
   bool exact_min_steps = true;       // `nstates xmin`
   bool show_original_scale = false;  // `nstates [`: continuous values in their original scale
   std::uint8_t state_entry_type = numeric_data;  // `nstates /`: how commands read states
-  // Continuous characters in log form: the cells of all taxa before, so that undoing is exact.
-  std::map<int, std::vector<std::uint32_t>> cells_before_log;
+  std::map<int, kept_values> values_as_read;     // of continuous characters rescaled since
 };
 extern matrix_state matrix;
 
@@ -144,6 +156,15 @@ inline std::uint32_t cell(int taxon, int character) {
 /// Is the cell missing ("?")? For continuous characters, minimum 0 and maximum 65,535.
 bool is_missing(int taxon, int character);
 void set_cell(int taxon, int character, std::uint32_t states);
+
+/// Was the cell a gap ("-") in what was read, although gaps are missing entries? The states of the
+/// cell don't tell. Readers note it after storing the cell, before `finish_matrix`; writers write
+/// "-" for it. `set_cell` takes the note away. Gaps that are read as a state aren't noted.
+bool was_gap(int taxon, int character);
+/// The first one takes memory, one bit for each cell of the matrix.
+void note_gap(int taxon, int character);
+/// The notes of the cells `first` to `end` - 1 of a row that holds the same cells as another one.
+void copy_gaps(int from, int to, int first, int end);
 
 struct continuous_cell {
   int low = 0;   // thousandths

@@ -28,6 +28,7 @@ void clear_state() {
   fresh.state_mask = mask_of_width(fresh.cell_bytes);
   fresh.gaps_are_states = matrix.gaps_are_states;
   fresh.default_type = matrix.default_type;
+  fresh.type_given = matrix.type_given;
   fresh.one_scale = matrix.one_scale;
   fresh.name_length = matrix.name_length;
   fresh.use_taxon_names = matrix.use_taxon_names;

@@ -43,6 +43,7 @@ void cell_reader::use_format(const block_format& format) {
   ready_ = true;
   type_ = format.type;
   gaps_ = format.gaps;
+  gaps_are_missing_ = !gaps_ || type_ == numeric_data;
   table_ = make_symbols(type_, matrix.cell_bytes, gaps_);
   // The first gap that is read as a state comes by the slow way, which tells the user.
   if (gaps_ && type_ != numeric_data && !told_gaps_) table_['-'] = 0;
@@ -98,7 +99,9 @@ int cell_reader::read_cells(const row_place& place, std::span<word*> rows) {
     const int symbol = next();
     const std::uint32_t states = table[static_cast<unsigned char>(symbol)];
     if (states) {
-      row[c++] = static_cast<word>(states);
+      row[c] = static_cast<word>(states);
+      if (symbol == '-' && gaps_are_missing_) note_gap(place.taxon, c);
+      ++c;
     } else if (symbol < 33) {
       if (place.ends_at_newline && is_newline(symbol)) return c;
     } else if (symbol == '[' || symbol == '(') {
@@ -109,6 +112,7 @@ int cell_reader::read_cells(const row_place& place, std::span<word*> rows) {
       return c;
     } else {
       row[c] = static_cast<word>(lookup(place, c, symbol));
+      if (symbol == '.') copy_gaps(0, place.taxon, c, c + 1);
       ++c;
     }
   }

@@ -36,6 +36,7 @@ class cell_reader {
   symbol_table table_{};
   data_type type_ = numeric_data;
   bool gaps_ = false;
+  bool gaps_are_missing_ = true;  // they are never states in alphanumeric data
   bool ready_ = false;
   bool told_gaps_ = false;
 };

@@ -139,6 +139,7 @@ void matrix_reader::copy_row(int from, int to, int first, int end) {
   const std::size_t width = at(matrix.cell_bytes);
   std::memcpy(matrix.rows8[at(to)] + at(first) * width, matrix.rows8[at(from)] + at(first) * width,
               at(end - first) * width);
+  copy_gaps(from, to, first, end);
 }
 
 void matrix_reader::set_types(int first, int end) {

@@ -94,6 +94,9 @@ class matrix_writer {
   void write_section(const section& s);
   std::string section_head(const section& s) const;
   std::uint32_t cell_of(int taxon, int character) const;
+  bool is_written_as_gap(int taxon, int character) const {
+    return taxon < matrix.ntax && request_.cells.empty() && was_gap(taxon, character);
+  }
   void write_scales();
   void write_codes();
   template <class predicate>
@@ -163,7 +166,7 @@ void matrix_writer::write_section(const section& s) {
     row.append(longest_name_ + 1 - at(text_columns(row)), ' ');
     for (const int c : s.characters) {
       if (s.type == continuous_data) row += ' ';
-      row += written_cell(c, cell_of(t, c));
+      row += is_written_as_gap(t, c) ? "-" : written_cell(c, cell_of(t, c));
     }
     out_.add(row + "\n");
   }

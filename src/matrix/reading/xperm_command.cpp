@@ -32,7 +32,7 @@ void xperm_command() {
     for (int t = 0; t < matrix.ntax; ++t) {
       set_cell(t, character, cells[static_cast<std::size_t>(t)]);
     }
-    matrix.cells_before_log.erase(character);
+    matrix.values_as_read.erase(character);
     record.needs_recheck = 1;
     ++permuted;
   }

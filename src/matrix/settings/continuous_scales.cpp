@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "base/errors.h"
@@ -21,17 +22,52 @@ struct value_pair {
 
 bool has_value(std::uint32_t states) { return (states >> 16) < 65534 || (states & 0xffffU) != 0; }
 
+value_pair logarithms(const value_pair& v) { return {std::log(v.low), std::log(v.high)}; }
+
+std::uint32_t stored_cell(const value_pair& value, double factor, double shift) {
+  const auto stored = [&](double v) {
+    const double scaled = std::round((v - shift) / factor * 1000.0);
+    return static_cast<std::uint32_t>(std::clamp(scaled, 0.0, largest_stored));
+  };
+  return stored(value.low) | (stored(value.high) << 16);
+}
+
+value_pair value_of(const kept_values& kept, int taxon) {
+  const std::uint32_t states = kept.cells[at(taxon)];
+  const auto original = [&kept](std::uint32_t stored) {
+    const double value = stored / 1000.0 * kept.factor + kept.shift;
+    return kept.logarithmic ? std::exp(value) : value;
+  };
+  return {original(states & 0xffffU), original(states >> 16)};
+}
+
+// The value of a cell in original units: that which was read, if the cell still holds what
+// rescaling made of it, else (it was edited) what it holds now.
+value_pair original_value_of(int taxon, int character) {
+  const auto kept = matrix.values_as_read.find(character);
+  if (kept != matrix.values_as_read.end() && has_value(kept->second.cells[at(taxon)])) {
+    const value_pair read = value_of(kept->second, taxon);
+    const continuous_scale& scale = matrix.scales[at(character)];
+    const bool logarithmic = matrix.characters[at(character)].log_scale;
+    if (stored_cell(logarithmic ? logarithms(read) : read, scale.factor, scale.shift) ==
+        cell(taxon, character)) {
+      return read;
+    }
+  }
+  const continuous_cell stored = read_continuous_cell(taxon, character);
+  return {original_value(character, stored.low), original_value(character, stored.high)};
+}
+
 // The values of all taxa in original units, logarithms of them if asked for; NaN without a value.
 std::vector<value_pair> original_values(int character, bool in_logarithm) {
   std::vector<value_pair> values(at(matrix.ntax), {NAN, NAN});
   for (int t = 0; t < matrix.ntax; ++t) {
     if (!has_value(cell(t, character))) continue;
-    const continuous_cell stored = read_continuous_cell(t, character);
-    value_pair& v = values[at(t)];
-    v = {original_value(character, stored.low), original_value(character, stored.high)};
-    if (!in_logarithm) continue;
-    if (v.low <= 0) error_end_f("Cannot convert 0 values into logarithms (char. %i)", character);
-    v = {std::log(v.low), std::log(v.high)};
+    const value_pair value = original_value_of(t, character);
+    if (in_logarithm && value.low <= 0) {
+      error_end_f("Cannot convert 0 values into logarithms (char. %i)", character);
+    }
+    values[at(t)] = in_logarithm ? logarithms(value) : value;
   }
   return values;
 }
@@ -57,14 +93,6 @@ value_pair range_of(const std::vector<value_pair>& values) {
     range.high = std::max(range.high, v.high);
   }
   return range;
-}
-
-std::uint32_t stored_cell(const value_pair& value, double factor, double shift) {
-  const auto stored = [&](double v) {
-    const double scaled = std::round((v - shift) / factor * 1000.0);
-    return static_cast<std::uint32_t>(std::clamp(scaled, 0.0, largest_stored));
-  };
-  return stored(value.low) | (stored(value.high) << 16);
 }
 
 void store_values(int character, const std::vector<value_pair>& values, double factor,
@@ -102,10 +130,15 @@ linear_scale scale_for(const std::vector<value_pair>& values, linear_scale wante
   return {std::max(1.0, (largest - least) / (largest_stored / 1000.0)), least};
 }
 
-std::vector<std::uint32_t> cells_of(int character) {
-  std::vector<std::uint32_t> cells(at(matrix.ntax));
-  for (int t = 0; t < matrix.ntax; ++t) cells[at(t)] = cell(t, character);
-  return cells;
+// Before the first rescaling.
+void keep_values(int character) {
+  if (matrix.values_as_read.contains(character)) return;
+  kept_values kept;
+  for (int t = 0; t < matrix.ntax; ++t) kept.cells.push_back(cell(t, character));
+  kept.factor = matrix.scales[at(character)].factor;
+  kept.shift = matrix.scales[at(character)].shift;
+  kept.logarithmic = matrix.characters[at(character)].log_scale;
+  matrix.values_as_read.emplace(character, std::move(kept));
 }
 
 }  // namespace
@@ -127,8 +160,8 @@ void standardise(int character, double steps, std::span<const std::uint8_t> taxa
                 character, steps);
   }
   continuous_scale& scale = matrix.scales[at(character)];
+  keep_values(character);
   if (in_logarithm && !record.log_scale) {
-    matrix.cells_before_log[character] = cells_of(character);
     scale.kept_factor = scale.factor;
     scale.kept_shift = scale.shift;
     record.log_scale = 1;
@@ -141,29 +174,11 @@ void standardise(int character, double steps, std::span<const std::uint8_t> taxa
 void undo_logarithm(int character) {
   character_record& record = matrix.characters[at(character)];
   if (!record.log_scale) return;
-  continuous_scale& scale = matrix.scales[at(character)];
+  const continuous_scale scale = matrix.scales[at(character)];
   const std::vector<value_pair> values = original_values(character, false);
-  const double log_factor = scale.factor;
-  const double log_shift = scale.shift;
-  const std::vector<std::uint32_t> logarithms = cells_of(character);
   record.log_scale = 0;
   const linear_scale linear = scale_for(values, {scale.kept_factor, scale.kept_shift});
   store_values(character, values, linear.factor, linear.shift);
-  // The exponential of a rounded logarithm isn't the value that it came from: cells that weren't
-  // edited since get their former value.
-  const auto kept = matrix.cells_before_log.find(character);
-  if (kept == matrix.cells_before_log.end()) return;
-  for (int t = 0; t < matrix.ntax; ++t) {
-    const std::uint32_t before = kept->second[at(t)];
-    if (!has_value(before)) continue;
-    const value_pair value = {
-        std::log(original_value(character, static_cast<int>(before & 0xffffU))),
-        std::log(original_value(character, static_cast<int>(before >> 16)))};
-    if (stored_cell(value, log_factor, log_shift) == logarithms[at(t)]) {
-      set_cell(t, character, before);
-    }
-  }
-  matrix.cells_before_log.erase(kept);
 }
 
 void shift_scale(int character, double by) {
@@ -173,6 +188,8 @@ void shift_scale(int character, double by) {
         "then shift");
   }
   matrix.scales[at(character)].shift += by;
+  const auto kept = matrix.values_as_read.find(character);
+  if (kept != matrix.values_as_read.end()) kept->second.shift += by;
   matrix.characters[at(character)].scale_changed = 1;
 }
 
@@ -180,13 +197,14 @@ void fix_scale(int character) {
   matrix.scales[at(character)] = continuous_scale{};
   matrix.characters[at(character)].scale_changed = 0;
   matrix.characters[at(character)].log_scale = 0;
-  matrix.cells_before_log.erase(character);
+  matrix.values_as_read.erase(character);
 }
 
 void set_scale(int character, double factor, double shift, bool logarithmic) {
   continuous_scale& scale = matrix.scales[at(character)];
   scale.factor = factor;
   scale.shift = shift;
+  matrix.values_as_read.erase(character);
   character_record& record = matrix.characters[at(character)];
   record.log_scale = logarithmic;
   record.scale_changed = logarithmic || factor != 1.0 || shift != 0.0;

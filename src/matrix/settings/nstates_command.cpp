@@ -34,7 +34,7 @@ int next_width() { return matrix.next_cell_bytes ? matrix.next_cell_bytes : matr
 
 /// How data are to be read and shown, as the words of one run ask for it: taken when all was read.
 struct data_settings {
-  int type = numeric_data;        // of plain matrices
+  int type = 0;                   // of plain matrices; 0: as it is
   int states = 0;                 // 0: as they are
   bool one_scale = false;         // digits may follow letters in a character
   bool gaps_are_states = false;   // in DNA and proteins
@@ -223,8 +223,7 @@ void show_settings() {
 }
 
 data_settings present_settings() {
-  return {.type = matrix.default_type,
-          .one_scale = matrix.one_scale,
+  return {.one_scale = matrix.one_scale,
           .gaps_are_states = matrix.gaps_are_states,
           .exact_min_steps = matrix.exact_min_steps,
           .original_scale = matrix.show_original_scale,
@@ -232,7 +231,10 @@ data_settings present_settings() {
 }
 
 void take_settings(const data_settings& wanted) {
-  matrix.default_type = static_cast<std::uint8_t>(wanted.type);
+  if (wanted.type != 0) {
+    matrix.default_type = static_cast<std::uint8_t>(wanted.type);
+    matrix.type_given = true;
+  }
   matrix.one_scale = wanted.one_scale;
   matrix.gaps_are_states = wanted.gaps_are_states;
   matrix.show_original_scale = wanted.original_scale;
