@@ -78,6 +78,11 @@ void sequence_cells::store(int taxon, int character, char symbol, std::size_t li
                 matrix.file_name.c_str());
   }
   set_cell(taxon, character, states);
+  if (symbol == '.') {
+    copy_gaps(taxon - 1, taxon, character, character + 1);
+  } else if (symbol == '-' && !matrix.gaps_are_states) {
+    note_gap(taxon, character);
+  }
 }
 
 void finish_sequences(data_type type) {

@@ -65,6 +65,7 @@ data_type written_type(int character, const writing_style& style) {
 std::string cell_symbols(int taxon, int character, const writing_style& style) {
   const std::uint32_t states = cell(taxon, character);
   const data_type type = written_type(character, style);
+  if (was_gap(taxon, character)) return "-";
   if (is_missing(taxon, character)) return "?";
   if (type == continuous_data) {
     return says_nothing(character, states)

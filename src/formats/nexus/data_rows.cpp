@@ -46,6 +46,7 @@ class nexus_matrix_reader {
   struct cell_states {
     std::uint32_t now = 0;
     std::uint32_t with_gaps = 0;
+    bool missing_gap = false;  // a gap, and read as missing
   };
   struct symbol_tables {
     symbol_table now;
@@ -128,7 +129,10 @@ bool nexus_matrix_reader::repeats_first(int character, int symbol) {
 
 nexus_matrix_reader::cell_states nexus_matrix_reader::lookup(int taxon, int character, int symbol) {
   const symbol_tables& tables = symbols_of(character);
-  const cell_states states = {tables.now[at(symbol & 255)], tables.with_gaps[at(symbol & 255)]};
+  const bool gap = symbol == '-' || (format_.gap && symbol == format_.gap);
+  const bool missing = !file_.gaps_are_new_states || format_.type_of(character) == numeric_data;
+  const cell_states states = {tables.now[at(symbol & 255)], tables.with_gaps[at(symbol & 255)],
+                              gap && missing};
   if (states.now) return states;
   error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c'", taxon,
               std::string(taxon_name(taxon)).c_str(), character, symbol < 32 ? ' ' : symbol);
@@ -150,6 +154,7 @@ nexus_matrix_reader::cell_states nexus_matrix_reader::read_set(int taxon, int ch
 
 void nexus_matrix_reader::store(int taxon, int character, const cell_states& states) {
   set_cell(taxon, character, states.now);
+  if (states.missing_gap) note_gap(taxon, character);
   if (taxon == 0) first_row_[at(character)] = states;
   if (states.now != states.with_gaps)
     file_.gap_cells.push_back({taxon, character, states.with_gaps});
