@@ -21,6 +21,8 @@ end_of_process at_quit;
 }  // namespace
 
 void go_to_background() { process.background = true; }
+void go_to_batch() { process.batch = true; }
+void note_failure() { process.failed = true; }
 
 double wall_clock() {
   return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();

@@ -6,11 +6,17 @@ namespace zeb {
 struct process_state {
   bool background = false;  // no console, no questions, errors are fatal
   bool slave = false;       // works for a parent; always with `background`
+  bool batch = false;       // runs a file: nobody to ask, errors end it, output is for a program
+  bool failed = false;      // a command of a batch run failed
 };
 extern process_state process;
 
 /// From here on there is nobody to ask, and nobody to read what the console would show.
 void go_to_background();
+
+void go_to_batch();
+/// A batch run that goes on after an error, at a label of its own, ends as a failed one.
+void note_failure();
 
 /// Seconds of the wall clock, with a fraction.
 double wall_clock();

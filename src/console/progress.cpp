@@ -23,7 +23,9 @@ struct progress_state {
 progress_state progress;
 
 void draw(std::string_view label, double done, double total) {
-  if (process.background || (output.output_mask & no_console) || screen.cursor_column != 0) return;
+  if (process.background || process.batch || (output.output_mask & no_console) ||
+      screen.cursor_column != 0)
+    return;
   const double now = wall_clock();
   if (now - progress.last_shown < seconds_between) return;
   if (!isatty(STDERR_FILENO)) return;

@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <string>
 
 #include "base/interrupts.h"
+#include "base/process.h"
 #include "base/text_columns.h"
 
 namespace zeb {
@@ -29,6 +31,13 @@ void count_line() {
   };
   const cue shown;
   wait_for_go_ahead();
+}
+
+// Who reads the output of a batch run must not take a part of it for all.
+[[noreturn]] void output_is_lost() {
+  std::perror("zeb: can't write the output");
+  screen.descriptor = STDERR_FILENO;
+  end_process(255);
 }
 
 bool fits(int columns) {
@@ -113,17 +122,28 @@ void begin_page() {
 
 void write_terminal(std::string_view text) {
   while (!text.empty()) {
-    const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+    const ssize_t written = write(screen.descriptor, text.data(), text.size());
     if (written > 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
     } else if (errno == EAGAIN) {
-      pollfd descriptor{STDERR_FILENO, POLLOUT, 0};
+      pollfd descriptor{screen.descriptor, POLLOUT, 0};
       poll(&descriptor, 1, -1);
     } else if (errno != EINTR) {  // a signal, as that of a new size, mustn't lose text
+      if (screen.descriptor == STDOUT_FILENO) output_is_lost();
       return;
     }
   }
 }
+
+void show_on_standard_output() {
+  screen.descriptor = STDOUT_FILENO;
+  screen.errors_apart = true;
+}
+
+errors_apart_scope::errors_apart_scope() : former_(screen.descriptor) {
+  if (screen.errors_apart) screen.descriptor = STDERR_FILENO;
+}
+errors_apart_scope::~errors_apart_scope() { screen.descriptor = former_; }
 
 void show_progress_text(std::string_view text) {
   const auto width = static_cast<std::size_t>(std::max(screen.columns - 1, 1));

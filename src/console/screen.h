@@ -16,8 +16,24 @@ struct screen_state {
   bool paging = false;     // `pause =`
   int page_lines = 0;      // lines since the last pause
   std::size_t progress_columns = 0;  // of the progress line; 0: nothing of it is on the screen
+  int descriptor = 2;                // where all of this goes
+  bool errors_apart = false;         // errors go to the standard error, the rest doesn't
 };
 extern screen_state screen;
+
+/// Output goes to the standard output from here on, without anything that is for the eye only.
+void show_on_standard_output();
+/// For its lifetime what is shown is an error or a warning.
+class errors_apart_scope {
+ public:
+  errors_apart_scope();
+  ~errors_apart_scope();
+  errors_apart_scope(const errors_apart_scope&) = delete;
+  errors_apart_scope& operator=(const errors_apart_scope&) = delete;
+
+ private:
+  int former_;
+};
 
 void start_screen(int rows, int columns);
 void end_screen();
@@ -29,9 +45,10 @@ void begin_page();
 /// The cursor stands at the beginning of a line.
 void begin_line();
 
-/// Text to the standard error as lines, and the cursor's place kept.
+/// Text to the standard error (or as said above) as lines, and the cursor's place kept.
 void show_lines(std::string_view text);
-/// Bytes to the standard error as they stand.
+/// Bytes to the same place as they stand. The process ends where they are the standard output and
+/// can't be written.
 void write_terminal(std::string_view text);
 
 /// Puts the text in place of the progress line, as far as the screen is wide.

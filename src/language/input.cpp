@@ -107,6 +107,7 @@ void tell_what_ends_command() {
 }
 
 void refill_level_zero(input_frame& frame) {
+  if (process.batch) return supply_end(frame, make_room(frame));
   // A typed line stands alone: errors show nothing of the lines before it.
   char* text = make_room(frame, input.from_arguments ? kept_behind : 0);
   if (input.from_arguments) {

@@ -3,11 +3,15 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "base/arena.h"
 #include "base/command.h"
 #include "base/process.h"
 #include "console/console.h"
+#include "console/screen.h"
+#include "language/batch.h"
+#include "language/commands/procedure_command.h"
 #include "language/help.h"
 #include "language/input.h"
 #include "language/interpreter.h"
@@ -15,6 +19,9 @@
 
 namespace zeb {
 namespace {
+
+constexpr int status_of_failure = 255;
+constexpr int status_of_wrong_call = 2;
 
 std::string file_name_of(const char* path) {
   const char* slash = std::strrchr(path, '/');
@@ -26,32 +33,73 @@ void greet(run_mode mode) {
   if (mode == run_mode::commands) write_console("\nLUMA (Lineage Utility MAchine)\n\n\r");
 }
 
+void prepare(std::string commands, const std::string& input_name) {
+  start_command_clock();
+  start_stopwatch();
+  set_signals();
+  start_input(10, std::move(commands), input_name);
+  run_in_jump_context([] { create_arena(arena.size); });
+}
+
+[[noreturn]] void run_to_the_end() {
+  while (interpreter.running) run_one_round();
+  pop_all();
+  leave_program();
+}
+
+// The standard input is nobody's here: level 0 is empty, and the file stands above it.
+int run_file_in_batch(const std::string& file) {
+  go_to_batch();
+  show_on_standard_output();
+  prepare({}, "Standard Input");
+  {
+    const jump_context around_opening;
+    try {
+      read_commands_from(file);
+    } catch (const command_unwinding&) {
+    }
+  }
+  run_to_the_end();
+}
+
+int say(const std::string& text, std::FILE* where, int status) {
+  return std::fputs(text.c_str(), where) < 0 || std::fflush(where) != 0 ? status_of_failure
+                                                                        : status;
+}
+
 }  // namespace
 
 void leave_program() {
   run_quit_hooks();
-  end_process(0);
+  end_process(process.failed ? status_of_failure : 0);
 }
 
 int run_process(int argc, char** argv) {
   const std::string program_name = argc > 0 ? file_name_of(argv[0]) : "zeb";
-  const run_mode mode = run_mode_of(argc, argv);
-  if (mode == run_mode::parallel) {
-    std::fprintf(stderr, "%s: running as \"%s\" is not available yet\n", program_name.c_str(),
-                 argv[1]);
-    return 255;
+  const program_call call = read_call(argc, argv);
+  switch (call.mode) {
+    case run_mode::help:
+      return say(usage_text(), stdout, 0);
+    case run_mode::version:
+      return say("zeb " ZEB_VERSION "\n", stdout, 0);
+    case run_mode::refused:
+      return say(program_name + ": " + call.refusal + " (see " + program_name + " --help)\n",
+                 stderr, status_of_wrong_call);
+    case run_mode::parallel:
+      return say(program_name + ": running as \"" + argv[1] + "\" is not available yet\n", stderr,
+                 status_of_failure);
+    case run_mode::batch:
+      return run_batch(call.files, run_file_in_batch);
+    case run_mode::background:
+      go_to_background();
+      break;
+    case run_mode::interactive:
+    case run_mode::commands:
+      start_console();
   }
-  if (mode == run_mode::background) go_to_background();
-  if (!process.background) start_console();
-  start_command_clock();
-  start_stopwatch();
-  set_signals();
-  start_input(10, joined_arguments(argc, argv), argc > 1 ? program_name : "Standard Input");
-  run_in_jump_context([] { create_arena(arena.size); });
-  greet(mode);
-  while (interpreter.running) run_one_round();
-  pop_all();
-  leave_program();
+  prepare(call.commands, call.commands.empty() ? "Standard Input" : program_name);
+  greet(call.mode);
+  run_to_the_end();
 }
 
 }  // namespace zeb

@@ -1,6 +1,6 @@
 // Run modes: what the first argument makes of the process.
 #include <csignal>
-#include <cstring>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -11,7 +11,7 @@ namespace zeb {
 namespace {
 
 struct run_mode_word {
-  const char* word;
+  std::string_view word;
   run_mode mode;
 };
 constexpr run_mode_word mode_words[] = {
@@ -23,6 +23,60 @@ constexpr run_mode_word mode_words[] = {
     {"slavesettingdata", run_mode::parallel},
     {"mpi_slavesettingdata", run_mode::parallel},
 };
+
+constexpr const char* usage =
+    "ZEB: phylogenetic analysis under parsimony.\n\n"
+    "  zeb                         commands from the console or the standard input\n"
+    "  zeb command, command,       runs the commands; a comma ends each\n"
+    "  zeb bground command,        the same without a console\n"
+    "  zeb --batch file [file...]  runs each file by itself and asks nothing\n"
+    "  zeb --help, zeb --version\n\n"
+    "A batch run writes its output to the standard output, errors and warnings to the\n"
+    "standard error. Its exit status is 0 where all files ran to their end or to \"quit\",\n"
+    "255 where a command of a file failed (the other files run all the same), 2 for a\n"
+    "call that can't be understood, and 128 + N when signal N ended it.\n\n"
+    "Examples:\n"
+    "  zeb proc data.zeb, mult, nelsen, quit,\n"
+    "  zeb --batch analysis.run > analysis.txt\n"
+    "  zeb help mult,\n";
+
+run_mode mode_of_word(std::string_view word) {
+  for (const run_mode_word& entry : mode_words) {
+    if (word == entry.word) return entry.mode;
+  }
+  return run_mode::commands;
+}
+
+void refuse(program_call& call, const std::string& why) {
+  call.mode = run_mode::refused;
+  call.refusal = why;
+}
+
+// False for a word that is no option: words that begin with "--" can't be commands.
+bool read_option_word(std::string_view word, program_call& call) {
+  if (call.mode == run_mode::refused) return false;
+  if (word == "--batch") {
+    call.mode = run_mode::batch;
+  } else if (word == "--help" || word == "-h") {
+    call.mode = run_mode::help;
+  } else if (word == "--version") {
+    call.mode = run_mode::version;
+  } else if (word.starts_with("--")) {
+    refuse(call, "there is no option " + std::string(word));
+  } else {
+    return false;
+  }
+  return true;
+}
+
+std::string joined(char** first, char** end) {
+  std::string text;
+  for (char** word = first; word != end; ++word) {
+    if (word != first) text += ' ';
+    text += *word;
+  }
+  return text;
+}
 
 // Whole numbers divided by 0 and the like; nothing can be trusted after one.
 extern "C" void end_at_math_error(int) {
@@ -36,23 +90,23 @@ extern "C" void end_at_math_error(int) {
 
 }  // namespace
 
-run_mode run_mode_of(int argc, char** argv) {
-  if (argc < 2) return run_mode::interactive;
-  for (const run_mode_word& entry : mode_words) {
-    if (std::strcmp(argv[1], entry.word) == 0) return entry.mode;
+program_call read_call(int argc, char** argv) {
+  program_call call;
+  int at = 1;
+  for (; at < argc && std::string_view(argv[at]).starts_with("-"); ++at) {
+    if (!read_option_word(argv[at], call)) break;
   }
-  return run_mode::commands;
+  if (call.mode == run_mode::batch) {
+    call.files.assign(argv + at, argv + argc);
+    if (call.files.empty()) refuse(call, "--batch needs the names of run files");
+  }
+  if (call.mode != run_mode::interactive || at == argc) return call;
+  call.mode = mode_of_word(argv[at]);
+  call.commands = joined(argv + at, argv + argc) + "\n";
+  return call;
 }
 
-std::string joined_arguments(int argc, char** argv) {
-  std::string text;
-  for (int i = 1; i < argc; ++i) {
-    if (i > 1) text += ' ';
-    text += argv[i];
-  }
-  if (argc > 1) text += '\n';
-  return text;
-}
+std::string usage_text() { return usage; }
 
 void set_signals() {
   std::signal(SIGFPE, end_at_math_error);

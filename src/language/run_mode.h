@@ -1,7 +1,8 @@
-// What the process arguments ask for.
+// What the words after the program's name ask for: all of them are read here, and nowhere else.
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zeb {
 
@@ -10,10 +11,21 @@ enum class run_mode {
   commands,     // the arguments are commands
   background,   // the same, without a console
   parallel,     // works for a parent process
+  batch,        // the arguments are run files
+  help,         // tells how to call the program
+  version,
+  refused,  // an option that there isn't
 };
-run_mode run_mode_of(int argc, char** argv);
-/// All arguments with a blank between them and a newline at the end; empty without any.
-std::string joined_arguments(int argc, char** argv);
+
+struct program_call {
+  run_mode mode = run_mode::interactive;
+  std::string refusal;             // why `mode` is `refused`
+  std::string commands;            // the words from the first that is no option, as one line
+  std::vector<std::string> files;  // the same words in a batch run
+};
+program_call read_call(int argc, char** argv);
+/// The answer to `--help`.
+std::string usage_text();
 /// What signals do: an arithmetic error ends the process with a clear message; a file that meets
 /// the limit of its size doesn't.
 void set_signals();

@@ -18,6 +18,7 @@
 #include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
+#include "language/main_loop.h"
 #include "language/steering.h"
 
 namespace zeb {
@@ -26,6 +27,7 @@ namespace {
 error_place place_of_input() {
   error_place place;
   const input_frame& frame = top_frame();
+  if (process.batch && input.top == 0) return place;  // nothing is read there
   if (frame.stream && !frame.is_terminal && !(input.top == 0 && input.from_arguments)) {
     place.lines.push_back(std::string("Error reading ") + frame.name);
   }
@@ -39,6 +41,9 @@ void end_background_run() {
     report_line("... SOME ERROR OCCURED, QUITTING...");
     end_process(255);
   }
+  if (!process.batch) return;
+  note_failure();
+  if (!input.jump_pending) leave_program();
 }
 
 // A background run shows nothing and asks nobody: without a log its error would be lost.
@@ -81,6 +86,7 @@ void tell_error(const std::string& message) {
   no_timing();
   {
     const output_mask_scope everywhere(0);
+    const errors_apart_scope apart;
     if (settings.beep) ring_bell();
     if (!input.frames.empty()) {
       const auto place_of_script = hooks_of_language.macros.place;
@@ -97,6 +103,7 @@ void tell_error(const std::string& message) {
 void tell_warning(const std::string& message) {
   if (!settings.warn || !user_present()) {
     const output_mask_scope shown(output.output_mask & ~static_cast<unsigned>(no_console));
+    const errors_apart_scope apart;
     emit(screen.up ? "\n\r" : "\n");
     emit("WARNING:\n");
     emit(message, "\n");

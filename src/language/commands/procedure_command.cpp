@@ -1,4 +1,6 @@
 // Commands that read from files: `procedure`, `run`, run files by their word, `mxproc`.
+#include "language/commands/procedure_command.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -32,13 +34,6 @@ bool starts_as_nexus() {
   if (static_cast<unsigned char>(text[mark.size()]) >= 33) return false;
   for (std::size_t i = 0; i < blanks + mark.size(); ++i) plain_read_char();  // counts the lines
   return true;
-}
-
-void read_from_file(const std::string& name) {
-  push_file(name, {});
-  if (!starts_as_nexus()) return;
-  if (!hooks_of_language.read_nexus) error_end("Reading of NEXUS files is not available yet");
-  hooks_of_language.read_nexus();
 }
 
 // "dna", "proteins" or "numeric" before a file of sequences: what they are. Empty where the word is
@@ -119,6 +114,13 @@ void run_with_arguments(std::string file) {
 
 }  // namespace
 
+void read_commands_from(const std::string& name) {
+  push_file(name, {});
+  if (!starts_as_nexus()) return;
+  if (!hooks_of_language.read_nexus) error_end("Reading of NEXUS files is not available yet");
+  hooks_of_language.read_nexus();
+}
+
 void procedure_command() {
   const int c = skip_blanks_peek();
   if (c == ';' || ends_file(c)) {
@@ -132,7 +134,7 @@ void procedure_command() {
     read_phylip();
   } else {
     read_item();
-    read_from_file(std::string(token()));
+    read_commands_from(std::string(token()));
   }
 }
 

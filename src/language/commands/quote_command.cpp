@@ -35,8 +35,9 @@ void emit_lines(std::string_view text) {
 
 void say(std::string_view text) {
   emit_lines(text);
-  const bool on_console = !process.background && !(output.output_mask & no_console);
-  if (quotes.to_stderr && !on_console) {
+  const bool shown_there =
+      !process.background && !process.batch && !(output.output_mask & no_console);
+  if (quotes.to_stderr && !shown_there) {
     std::fwrite(text.data(), 1, text.size(), stderr);
   }
 }
