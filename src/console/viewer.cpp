@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/input_file.h"
 #include "base/message_text.h"
 #include "base/text_columns.h"
 #include "console/console.h"
@@ -284,22 +285,22 @@ void restore_screen() {
 std::optional<std::string> contents_of(const std::string& name, std::string& refusal) {
   std::error_code fault;
   const auto kind = std::filesystem::status(name, fault).type();
-  if (kind != std::filesystem::file_type::regular) {
-    if (kind != std::filesystem::file_type::not_found) refusal = "it isn't a regular file";
+  if (kind != std::filesystem::file_type::regular &&
+      kind != std::filesystem::file_type::not_found) {
+    refusal = "it isn't a regular file";
     return std::nullopt;
   }
-  std::FILE* const file = std::fopen(name.c_str(), "rb");
-  if (!file) return std::nullopt;
+  input_file file;
   std::string text;
-  char piece[65536];
-  std::size_t n = 0;
-  while (text.size() <= most_viewed && (n = std::fread(piece, 1, sizeof piece, file)) > 0) {
-    text.append(piece, n);
+  if (file.open(name)) {
+    char piece[65536];
+    while (const std::size_t n = text.size() > most_viewed ? 0 : file.read(piece, sizeof piece)) {
+      text.append(piece, n);
+    }
   }
-  const bool failed = std::ferror(file) != 0;
-  std::fclose(file);
+  refusal = file.fault();
   if (text.size() > most_viewed) refusal = "it is larger than " + megabytes_text(most_viewed);
-  if (failed || !refusal.empty()) return std::nullopt;
+  if (!refusal.empty()) return std::nullopt;
   return text;
 }
 

@@ -1,10 +1,11 @@
 // `export`: the data and trees in memory as NEXUS, FASTA or Newick.
-#include <cstdio>
-#include <memory>
+#include <unistd.h>
+
 #include <string>
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/output_file.h"
 #include "console/output.h"
 #include "formats/commands.h"
 #include "formats/fasta.h"
@@ -84,22 +85,14 @@ void check_choice(const export_choice& choice) {
     error_end("Cannot save data as DNA (too many states!)");
 }
 
-struct file_closer {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using file_handle = std::unique_ptr<std::FILE, file_closer>;
-
-file_handle open_output(const std::string& name) {
-  if (std::FILE* there = std::fopen(name.c_str(), "rb")) {
-    std::fclose(there);
+void open_output(output_file& file, const std::string& name) {
+  if (access(name.c_str(), F_OK) == 0)
     warning_f("File \"%s\" already exists.  It will be overwritten.", name.c_str());
-  }
-  file_handle file(std::fopen(name.c_str(), "wb"));
-  if (!file) error_end_f("Can't open file \"%s\" for writing...", name.c_str());
-  return file;
+  if (file.create(name)) return;
+  error_end(text_of("Can't open file \"%s\" for writing...", name.c_str()) + file.cause());
 }
 
-void write_nexus(std::FILE* out, const export_choice& choice) {
+void write_nexus(output_file& out, const export_choice& choice) {
   if (choice.writes_data()) {
     const writing_style style = {choice.as_dna, choice.as_standard, choice.plain,
                                  choice.step_matrices};
@@ -107,7 +100,7 @@ void write_nexus(std::FILE* out, const export_choice& choice) {
     write_nexus_assumptions(out, style);
     warn_of_continuous();
   } else {
-    std::fputs("#NEXUS\n", out);
+    out.put("#NEXUS\n");
   }
   const bool with_tags = choice.trees_only && tags.tags_present;
   if ((choice.trees && store.ntrees > 0) || choice.trees_only)
@@ -118,7 +111,7 @@ void write_nexus(std::FILE* out, const export_choice& choice) {
 
 // What follows "+" after the name, up to ";", goes to the end of the file; ".," in it stands for a
 // semicolon, as in `quote`.
-void copy_text(std::FILE* out) {
+void copy_text(output_file& out) {
   const comma_reading commas;
   commas.set_literal(true);
   for (int c = read_char(); c != ';'; c = read_char()) {
@@ -129,9 +122,9 @@ void copy_text(std::FILE* out) {
         unread_char();
       }
     }
-    if (c != '\r') std::fputc(c, out);
+    if (c != '\r') out.put(std::string(1, static_cast<char>(c)));
   }
-  std::fputc('\n', out);
+  out.put("\n");
 }
 
 std::string what_was_saved(const export_choice& choice) {
@@ -155,19 +148,17 @@ void export_command() {
   const std::string name(token());
   const bool text_follows = accept_char('+');
   if (!text_follows) expect_end();
-  {
-    const file_handle file = open_output(name);
-    if (choice.fasta) {
-      write_fasta(file.get(), choice.skip_gaps);
-    } else if (choice.newick) {
-      write_newick_trees(file.get());
-    } else {
-      write_nexus(file.get(), choice);
-    }
-    if (text_follows) copy_text(file.get());
-    if (std::fflush(file.get()) != 0 || std::ferror(file.get()))
-      error_end("Cannot write file", name);
+  output_file file;
+  open_output(file, name);
+  if (choice.fasta) {
+    write_fasta(file, choice.skip_gaps);
+  } else if (choice.newick) {
+    write_newick_trees(file);
+  } else {
+    write_nexus(file, choice);
   }
+  if (text_follows) copy_text(file);
+  if (!file.close()) error_end("Cannot write file", name + file.cause());
   const char* format = choice.fasta ? "Fasta" : choice.newick ? "Newick" : "Nexus";
   report_line("Saved", what_was_saved(choice), text_of("(%s format) to file", format), name);
 }

@@ -122,12 +122,12 @@ void read_fasta_file(int /*option*/, const std::string& type_word, const std::st
   finish_sequences(type);
 }
 
-void write_fasta(std::FILE* out, bool skip_gaps) {
+void write_fasta(output_file& out, bool skip_gaps) {
   const writing_style style;
   std::int64_t unwritable = 0;
   std::string first_place;
   for (int t = 0; t < matrix.ntax; ++t) {
-    std::fprintf(out, ">%s\n", std::string(taxon_name(t)).c_str());
+    out.print(">%s\n", std::string(taxon_name(t)).c_str());
     std::string line;
     for (int c = 0; c < matrix.nchar; ++c) {
       std::string symbols = cell_symbols(t, c, style);
@@ -140,11 +140,11 @@ void write_fasta(std::FILE* out, bool skip_gaps) {
       }
       line += symbols;
       if (line.size() >= 70) {
-        std::fprintf(out, "%s\n", line.c_str());
+        out.print("%s\n", line.c_str());
         line.clear();
       }
     }
-    if (!line.empty()) std::fprintf(out, "%s\n", line.c_str());
+    if (!line.empty()) out.print("%s\n", line.c_str());
   }
   if (unwritable > 0) {
     warning("FASTA has no symbol for sets of states:",

@@ -1,8 +1,9 @@
 // FASTA files: ">name" lines, each followed by a sequence on any number of lines.
 #pragma once
 
-#include <cstdio>
 #include <string>
+
+#include "base/output_file.h"
 
 namespace zeb {
 
@@ -10,6 +11,6 @@ namespace zeb {
 /// option is reserved.
 void read_fasta_file(int option, const std::string& type_word, const std::string& file);
 /// Writes the data in memory. `skip_gaps` leaves out "-". Warns of sets without a symbol.
-void write_fasta(std::FILE* out, bool skip_gaps);
+void write_fasta(output_file& out, bool skip_gaps);
 
 }  // namespace zeb

@@ -70,9 +70,8 @@ std::string newick_text(const_tree_span tree, const node_text& after_node) {
   }
 }
 
-void write_newick_trees(std::FILE* out) {
-  for (int i = 0; i < store.ntrees; ++i)
-    std::fprintf(out, "%s;\n", newick_text(stored_tree(i)).c_str());
+void write_newick_trees(output_file& out) {
+  for (int i = 0; i < store.ntrees; ++i) out.print("%s;\n", newick_text(stored_tree(i)).c_str());
 }
 
 }  // namespace zeb

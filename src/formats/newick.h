@@ -1,10 +1,10 @@
 // Trees in Newick notation, a tree after the other.
 #pragma once
 
-#include <cstdio>
 #include <functional>
 #include <string>
 
+#include "base/output_file.h"
 #include "trees/tree_record.h"
 
 namespace zeb {
@@ -17,6 +17,6 @@ using node_text = std::function<std::string(int node)>;
 /// The tree in nested parentheses with the names of its taxa, without the closing ";".
 std::string newick_text(const_tree_span tree, const node_text& after_node = {});
 /// All trees in memory, one a line.
-void write_newick_trees(std::FILE* out);
+void write_newick_trees(output_file& out);
 
 }  // namespace zeb

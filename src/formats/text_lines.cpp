@@ -1,21 +1,15 @@
 #include "formats/text_lines.h"
 
-#include <cstdio>
-
 #include "base/errors.h"
-#include "language/input.h"
+#include "base/input_file.h"
 
 namespace zeb {
 
 text_lines::text_lines(const std::string& file) {
-  std::FILE* stream = std::fopen(file.c_str(), "rb");
-  if (!stream) error_end("Can't open", file);
-  char buffer[65536];
-  for (std::size_t n = std::fread(buffer, 1, sizeof buffer, stream); n > 0;
-       n = std::fread(buffer, 1, sizeof buffer, stream)) {
-    text_.append(buffer, n);
-  }
-  std::fclose(stream);
+  input_file stream;
+  if (!stream.open(file)) error_end("Can't open", file + stream.cause());
+  text_ = stream.rest();
+  if (!stream.fault().empty()) error_end("Can't read", file + stream.cause());
   const std::string_view text = text_;
   if (is_utf16(text)) error_end("Can't read", file + ": it is UTF-16 text. Save it as UTF-8");
   std::size_t start = text.starts_with("\xef\xbb\xbf") ? 3 : 0;

@@ -1,7 +1,6 @@
 #include "language/input.h"
 
 #include <strings.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -57,17 +56,24 @@ void supply_end(input_frame& frame, char* at) {
   frame.at_end = true;
 }
 
-void read_from_stream(input_frame& frame, char* text) {
-  const std::size_t n = std::fread(text, 1, refill_size, frame.stream);
+void read_from_file(input_frame& frame, char* text) {
+  const std::size_t n = frame.file.read(text, refill_size);
   finish_text(text, n);
   if (n < refill_size) supply_end(frame, text + n);
+}
+
+// What a file that can't be read to its end has brought isn't taken for all of it.
+[[noreturn]] void not_readable(input_frame& frame) {
+  const std::string cause = frame.file.cause();
+  frame.file.close();
+  error_end("Can't read", frame.name + cause);
 }
 
 // The first text of a file, which is read once, so that a pipe will do. Editors put a byte order
 // mark before UTF-8 text: it isn't part of it.
 void begin_text(input_frame& frame) {
   constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
-  read_from_stream(frame, frame.buffer);
+  read_from_file(frame, frame.buffer);
   frame.text = frame.buffer;
   if (std::string_view(frame.buffer).starts_with(byte_order_mark)) {
     frame.text += byte_order_mark.size();
@@ -131,7 +137,7 @@ void refill_level_zero(input_frame& frame) {
     if (!read_console_line(text, refill_size)) supply_end(frame, text);
     return;
   }
-  const std::size_t n = read_plain_line(frame.stream, text);
+  const std::size_t n = read_plain_line(stdin, text);
   finish_text(text, n);
   if (n == 0) supply_end(frame, text);
 }
@@ -139,8 +145,9 @@ void refill_level_zero(input_frame& frame) {
 void refill(input_frame& frame) {
   if (input.top == 0) return refill_level_zero(frame);
   char* text = make_room(frame);
-  if (!frame.stream) return supply_end(frame, text);
-  read_from_stream(frame, text);
+  if (!frame.file.is_open()) return supply_end(frame, text);
+  read_from_file(frame, text);
+  if (!frame.file.fault().empty()) not_readable(frame);
 }
 
 input_frame& next_frame() {
@@ -149,7 +156,6 @@ input_frame& next_frame() {
     input.frames.push_back(std::make_unique<input_frame>());
   }
   input_frame& frame = *frame_at(input.top + 1);
-  frame.stream = nullptr;
   frame.is_terminal = frame.at_end = frame.has_arguments = false;
   frame.arguments.clear();
   frame.line_number = 0;
@@ -169,7 +175,7 @@ void make_top(input_frame& frame) {
 
 void refuse_open_file(const std::string& name) {
   for (int level = 1; level <= input.top; ++level) {
-    if (frame_at(level)->stream && strcasecmp(frame_at(level)->name, name.c_str()) == 0) {
+    if (frame_at(level)->file.is_open() && strcasecmp(frame_at(level)->name, name.c_str()) == 0) {
       error_end("File", name, "already in use");
     }
   }
@@ -186,18 +192,12 @@ void drop_rest_of_argument_command() {
   input.argument_position = std::min(end, input.argument_text.size());
 }
 
-bool is_directory(std::FILE* stream) {
-  struct stat status;
-  return fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
 }  // namespace
 
 void start_input(int mxproc, std::string argument_text, const std::string& name) {
   input.mxproc = mxproc;
   input.frames.push_back(std::make_unique<input_frame>());
   input_frame& frame = *input.frames[0];
-  frame.stream = stdin;
   frame.is_terminal = isatty(STDIN_FILENO) != 0;
   std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
   input.top = 0;
@@ -233,29 +233,19 @@ void plain_unread_char() {
   if (*--input.read_position == '\n') --frame.line_number;
 }
 
-bool is_utf16(std::string_view text) {
-  return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff");
-}
-
 void push_file(const std::string& name, std::span<const std::string> arguments, bool may_recurse) {
   input_frame& frame = next_frame();
   if (!may_recurse) refuse_open_file(name);
   if (name.size() > 159) error_end("Can't open", name);
-  std::FILE* stream = std::fopen(name.c_str(), "rb");
-  if (stream && is_directory(stream)) {
-    std::fclose(stream);
-    stream = nullptr;
-  }
-  if (!stream) error_end("Can't open", name);
-  frame.stream = stream;
-  frame.is_terminal = isatty(fileno(stream)) != 0;
+  if (!frame.file.open(name)) error_end("Can't open", name + frame.file.cause());
+  std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
+  frame.is_terminal = frame.file.is_terminal();
   if (!frame.is_terminal) begin_text(frame);
+  if (!frame.file.fault().empty()) not_readable(frame);
   if (is_utf16(frame.buffer)) {
-    std::fclose(stream);
-    frame.stream = nullptr;
+    frame.file.close();
     error_end("Can't read", name + ": it is UTF-16 text. Save it as UTF-8");
   }
-  std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
   frame.arguments.assign(arguments.begin(), arguments.end());
   frame.has_arguments = !arguments.empty();
   make_top(frame);
@@ -276,20 +266,19 @@ void pop_frame() {
   input_frame& frame = top_frame();
   --input.top;
   if (input.error_target_level > input.top) input.error_target_level = -1;
-  if (frame.stream) std::fclose(frame.stream);
-  frame.stream = nullptr;
+  frame.file.close();
   frame.arguments.clear();
   input.read_position = frame.saved_position;
   if (hooks_of_language.macros.frame_popped) hooks_of_language.macros.frame_popped();
-  if (input.top > 0 && top_frame().stream && settings.report) {
+  if (input.top > 0 && top_frame().file.is_open() && settings.report) {
     report_line("Again reading from", top_frame().name);
   }
 }
 
 void rewind_top_frame() {
   input_frame& frame = top_frame();
-  if (!frame.stream) return;
-  std::rewind(frame.stream);
+  if (!frame.file.is_open()) return;
+  if (!frame.file.rewind()) error_end("Can't go back in", frame.name);
   frame.at_end = false;
   frame.line_number = 0;
   begin_text(frame);

@@ -1,12 +1,12 @@
 // The input stack and the character reader: all that the program reads comes through here.
 #pragma once
 
-#include <cstdio>
 #include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "base/input_file.h"
 #include "language/hooks.h"
 
 namespace zeb {
@@ -17,7 +17,7 @@ constexpr int kept_behind = 32;        // bytes kept before a refilled text, for
 
 /// One open input.
 struct input_frame {
-  std::FILE* stream = nullptr;  // null: only a string
+  input_file file;  // not open: only a string
   bool is_terminal = false;
   bool at_end = false;                 // the text has run out
   char* saved_position = nullptr;      // read position of the frame below, while this one is on top
@@ -109,15 +109,13 @@ class reader_scope {
   const character_reader former_ = char_source;
 };
 
-/// Does the text begin with the byte order mark of UTF-16, which nothing here can read?
-bool is_utf16(std::string_view text);
 /// Opens the file and makes it the top frame. Errors: nested too deep, in use, can't open.
 void push_file(const std::string& name, std::span<const std::string> arguments,
                bool may_recurse = false);
 /// Makes `text` (under 4,128 bytes) the top frame, under the given display name.
 void push_string(std::string_view text, const char* name);
 void pop_frame();
-/// Reads the top frame's file again from its start.
+/// Reads the top frame's file again from its start; an error for what can be read once only.
 void rewind_top_frame();
 /// Pops down to level 0. Keeps a jump to the error target pending, and drops what is left of the
 /// console line or of all the process arguments; in the background, of the failed command only.

@@ -24,11 +24,17 @@
 namespace zeb {
 namespace {
 
+// Text that isn't typed: a file, or a standard input that isn't a terminal.
+bool is_file_read(const input_frame& frame) {
+  if (frame.is_terminal) return false;
+  return input.top == 0 ? !input.from_arguments : frame.file.is_open();
+}
+
 error_place place_of_input() {
   error_place place;
   const input_frame& frame = top_frame();
   if (process.batch && input.top == 0) return place;  // nothing is read there
-  if (frame.stream && !frame.is_terminal && !(input.top == 0 && input.from_arguments)) {
+  if (is_file_read(frame)) {
     place.lines.push_back(std::string("Error reading ") + frame.name);
   }
   show_around(place, start_of_shown_text(frame), input.read_position);

@@ -2,9 +2,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <filesystem>
 #include <string>
-#include <system_error>
+#include <utility>
 
 #include "base/errors.h"
 #include "base/message_text.h"
@@ -72,11 +71,9 @@ void open_file() {
   if (script_files.files.size() >= static_cast<std::size_t>(script_files.most_files)) {
     error_end_f("Can't have more than %i files open simultaneously", script_files.most_files);
   }
-  std::error_code unreadable;
-  const bool directory = std::filesystem::is_directory(name, unreadable);
-  std::FILE* stream = directory ? nullptr : std::fopen(name.c_str(), "rb");
-  if (!stream) error_end_f("Can't open file %s", name.c_str());
-  script_files.files.push_back({name, stream, 0});
+  script_file opened{name, {}, 0};
+  if (!opened.file.open(name)) error_end("Can't open file", name + opened.file.cause());
+  script_files.files.push_back(std::move(opened));
   script_files.active = static_cast<int>(script_files.files.size()) - 1;
   if (settings.report) report_line("Opened file", name, "for input");
 }
@@ -87,7 +84,6 @@ void close_file() {
   if (index < 0) error_end("No input file is active");
   const auto at = script_files.files.begin() + index;
   const std::string name = at->name;
-  std::fclose(at->stream);
   script_files.files.erase(at);
   if (script_files.active == index) {
     script_files.active = static_cast<int>(script_files.files.size()) - 1;

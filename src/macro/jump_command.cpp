@@ -116,7 +116,7 @@ void return_command() {
 void recurse_command() {
   require_macros();
   no_timing();
-  if (input.top == 0 || !top_frame().stream) error_end("Only run files can be recursed");
+  if (input.top == 0 || !top_frame().file.is_open()) error_end("Only run files can be recursed");
   const std::string file = top_frame().name;
   const std::vector<std::string> arguments = read_file_arguments(file);
   accept_char(';');

@@ -94,7 +94,7 @@ std::vector<std::string> read_file_arguments(const std::string& file) {
 void jump_to_label(const std::string& file, const std::string& label,
                    const std::vector<std::string>& arguments) {
   check_label(label);
-  if (input.top > 0 && is_current_file(file) && top_frame().stream) {
+  if (input.top > 0 && is_current_file(file) && top_frame().file.is_open()) {
     close_expansion();
     leave_loops_above(macros.frames.back().loop_base);
     rewind_top_frame();

@@ -103,7 +103,7 @@ error_place script_place() {
   const std::string loop = loop_place();
   if (!loop.empty()) place.lines.push_back(loop);
   const input_frame& frame = top_frame();
-  if (frame.stream && !frame.is_terminal && input.top > 0) {
+  if (frame.file.is_open() && !frame.is_terminal && input.top > 0) {
     place.lines.push_back(
         text_of("Error reading line %i of %s", frame.line_number + 1, frame.name));
   }

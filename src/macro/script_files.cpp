@@ -17,16 +17,16 @@ script_file& active_script_file() {
   return script_files.files[static_cast<std::size_t>(script_files.active)];
 }
 
-int script_file_get(script_file& file) {
-  const int c = std::getc(file.stream);
-  if (c == '\n') ++file.line;
-  return c == EOF ? -1 : c;
+int script_file_peek(script_file& file, std::size_t ahead) {
+  const int c = file.file.peek(ahead);
+  if (c < 0 && !file.file.fault().empty()) error_end("Can't read", file.name + file.file.cause());
+  return c;
 }
 
-int script_file_peek(script_file& file) {
-  const int c = std::getc(file.stream);
-  if (c == EOF) return -1;
-  std::ungetc(c, file.stream);
+int script_file_get(script_file& file) {
+  const int c = script_file_peek(file);
+  if (c >= 0) file.file.get();
+  if (c == '\n') ++file.line;
   return c;
 }
 
@@ -55,12 +55,13 @@ std::string script_file_number(script_file& file) {
   }
   if (!digits || std::tolower(script_file_peek(file)) != 'e') return text;
   // An "e" without digits after it isn't of the number.
-  const long place = std::ftell(file.stream);
-  const std::string before = text;
+  const int sign = script_file_peek(file, 1);
+  const std::size_t digit_place = sign == '-' || sign == '+' ? 2 : 1;
+  if (!std::isdigit(script_file_peek(file, digit_place))) return text;
   take();
   take_sign();
-  if (take_digits() || std::fseek(file.stream, place, SEEK_SET) != 0) return text;
-  return before;
+  take_digits();
+  return text;
 }
 
 std::string script_file_string(script_file& file) {
@@ -72,18 +73,14 @@ std::string script_file_string(script_file& file) {
 }
 
 bool script_file_ended(script_file& file) {
-  // What is looked at stays to be read: the place is put back.
-  const long place = std::ftell(file.stream);
-  int c = std::getc(file.stream);
-  while (c != EOF && c < 33) c = std::getc(file.stream);
-  const bool ended = c == EOF;
-  std::clearerr(file.stream);
-  std::fseek(file.stream, place, SEEK_SET);
-  return ended;
+  // What is looked at stays to be read.
+  std::size_t place = 0;
+  int c = script_file_peek(file);
+  while (c >= 0 && c < 33) c = script_file_peek(file, ++place);
+  return c < 0;
 }
 
 void close_script_files() {
-  for (script_file& file : script_files.files) std::fclose(file.stream);
   script_files.files.clear();
   script_files.active = -1;
 }

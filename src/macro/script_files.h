@@ -1,15 +1,16 @@
 // The input files that a script reads item by item (`hifile`).
 #pragma once
 
-#include <cstdio>
 #include <string>
 #include <vector>
+
+#include "base/input_file.h"
 
 namespace zeb {
 
 struct script_file {
   std::string name;
-  std::FILE* stream = nullptr;
+  input_file file;
   int line = 0;  // newlines read
 };
 
@@ -22,9 +23,9 @@ extern script_file_state script_files;  // written by the functions of this file
 
 /// The active file: "No input file is active" without one.
 script_file& active_script_file();
-/// Next character, -1 at the end; and the same left unread.
+/// Next character, -1 at the end, and the same left unread. Error where the file can't be read.
 int script_file_get(script_file& file);
-int script_file_peek(script_file& file);
+int script_file_peek(script_file& file, std::size_t ahead = 0);
 /// The characters of the next number, "inf" and "nan" too; what follows them stays unread. Empty
 /// or not a number where none comes.
 std::string script_file_number(script_file& file);

@@ -11,6 +11,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/output_file.h"
 #include "console/output.h"
 #include "language/lexer.h"
 #include "macro/array_operations.h"
@@ -110,16 +111,15 @@ void plot_svg(const whole_array& x, const whole_array& y, const std::string& fil
   constexpr int width = 640;
   constexpr int height = 440;
   constexpr int margin = 60;
-  std::FILE* out = std::fopen(file.c_str(), "w");
-  if (!out) error_end("Cannot open file", file);
+  output_file out;
+  if (!out.create(file)) error_end("Cannot open file", file + out.cause());
   const std::vector<double> xs = values_of(x);
   const std::vector<double> ys = values_of(y);
   extent across;
   extent up;
   across.include(xs);
   up.include(ys);
-  std::fprintf(
-      out,
+  out.print(
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg width=\"%i\" height=\"%i\" "
       "xmlns=\"http://www.w3.org/2000/svg\">\n<rect width=\"%i\" height=\"%i\" fill=\"white\"/>\n"
       "<g stroke=\"black\" fill=\"none\">\n<path d=\"M%i %i V%i H%i\"/>\n</g>\n<g "
@@ -129,23 +129,21 @@ void plot_svg(const whole_array& x, const whole_array& y, const std::string& fil
     const int px = across.place(xs[i], width - margin * 3 / 2 - 20);
     const int py = up.place(ys[i], height - margin * 3 / 2 - 20);
     if (px < 0 || py < 0) continue;
-    std::fprintf(out, "<circle cx=\"%i\" cy=\"%i\" r=\"3\"/>\n", margin + 10 + px,
-                 height - margin - 10 - py);
+    out.print("<circle cx=\"%i\" cy=\"%i\" r=\"3\"/>\n", margin + 10 + px,
+              height - margin - 10 - py);
   }
-  std::fprintf(
-      out,
+  out.print(
       "</g>\n<g font-family=\"Verdana\" font-size=\"12\">\n<text x=\"%i\" y=\"%i\">%.5g</text>\n"
       "<text x=\"%i\" y=\"%i\" text-anchor=\"end\">%.5g</text>\n<text x=\"%i\" y=\"%i\" "
       "text-anchor=\"end\">%.5g</text>\n<text x=\"%i\" y=\"%i\" text-anchor=\"end\">%.5g</text>\n",
       margin, height - margin + 18, across.low, width - margin / 2, height - margin + 18,
       across.high, margin - 6, height - margin, up.low, margin - 6, margin / 2 + 12, up.high);
-  std::fprintf(out,
-               "<text x=\"%i\" y=\"%i\" text-anchor=\"middle\">%s</text>\n<text x=\"14\" y=\"%i\" "
-               "transform=\"rotate(-90 14 %i)\" text-anchor=\"middle\">%s</text>\n</g>\n</svg>\n",
-               width / 2, height - 15, svg_escaped(x.name).c_str(), height / 2, height / 2,
-               svg_escaped(y.name).c_str());
-  const bool failed = std::ferror(out) != 0;
-  if (std::fclose(out) != 0 || failed) error_end("Cannot write file", file);
+  out.print(
+      "<text x=\"%i\" y=\"%i\" text-anchor=\"middle\">%s</text>\n<text x=\"14\" y=\"%i\" "
+      "transform=\"rotate(-90 14 %i)\" text-anchor=\"middle\">%s</text>\n</g>\n</svg>\n",
+      width / 2, height - 15, svg_escaped(x.name).c_str(), height / 2, height / 2,
+      svg_escaped(y.name).c_str());
+  if (!out.close()) error_end("Cannot write file", file + out.cause());
   report_line("Saved graph to file", file);
 }
 

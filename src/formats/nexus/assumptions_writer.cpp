@@ -78,32 +78,32 @@ std::vector<matrix_use> step_matrices_in_use(const writing_style& style) {
   return uses;
 }
 
-void write_step_matrix(std::FILE* out, const matrix_use& use, bool plain) {
+void write_step_matrix(output_file& out, const matrix_use& use, bool plain) {
   const step_matrix& costs = matrix.step_matrices[at(use.number)];
-  std::fprintf(out, plain ? "\nusertype %s (stepmatrix) = %i\n" : "\nusertype %s = %i\n",
-               quoted_label(use.name).c_str(), costs.nstates);
+  out.print(plain ? "\nusertype %s (stepmatrix) = %i\n" : "\nusertype %s = %i\n",
+            quoted_label(use.name).c_str(), costs.nstates);
   for (int s = 0; s < costs.nstates; ++s) {
     const char symbol = symbol_of_state(use.type, s);
-    std::fprintf(out, symbol == '-' ? "   '%c'" : "     %c", symbol);
+    out.print(symbol == '-' ? "   '%c'" : "     %c", symbol);
   }
   for (int from = 0; from < costs.nstates; ++from) {
-    std::fputs("\n", out);
+    out.put("\n");
     for (int to = 0; to < costs.nstates; ++to) {
       const std::int32_t cost = costs.costs[at(from) * at(costs.nstates) + at(to)];
       const std::string text = from == to               ? "."
                                : cost == forbidden_cost ? "i"
                                                         : std::to_string(cost);
-      std::fprintf(out, " %5s", text.c_str());
+      out.print(" %5s", text.c_str());
     }
   }
 }
 
 // The types that aren't unordered, in one set.
-void write_plain_types(std::FILE* out, const std::vector<bool>& ordered,
+void write_plain_types(output_file& out, const std::vector<bool>& ordered,
                        const std::vector<matrix_use>& uses) {
   for (const matrix_use& use : uses) {
     write_step_matrix(out, use, true);
-    std::fputs("\n;", out);
+    out.put("\n;");
   }
   if (!any(ordered) && uses.empty()) return;
   std::string types;
@@ -112,27 +112,27 @@ void write_plain_types(std::FILE* out, const std::vector<bool>& ordered,
     types += (types.empty() ? " " : ",\n ") + quoted_label(use.name) + ": " +
              number_list(use.characters);
   }
-  std::fprintf(out, "\ntypeset * zeb =%s ;", types.c_str());
+  out.print("\ntypeset * zeb =%s ;", types.c_str());
 }
 
 // The block ends after the step matrices; the reader takes types of characters outside of one.
-void write_user_types(std::FILE* out, const std::vector<matrix_use>& uses) {
+void write_user_types(output_file& out, const std::vector<matrix_use>& uses) {
   for (std::size_t i = 0; i < uses.size(); ++i) {
     write_step_matrix(out, uses[i], false);
-    std::fputs(i + 1 < uses.size() ? "\n;" : "\n;end;", out);
+    out.put(i + 1 < uses.size() ? "\n;" : "\n;end;");
   }
   for (const matrix_use& use : uses) {
-    std::fprintf(out, "\nctype %s: %s ;", use.name.c_str(), number_list(use.characters).c_str());
+    out.print("\nctype %s: %s ;", use.name.c_str(), number_list(use.characters).c_str());
   }
 }
 
-void write_weights(std::FILE* out, const std::set<int>& weights, bool plain) {
+void write_weights(output_file& out, const std::set<int>& weights, bool plain) {
   std::string text;
   for (const int weight : weights) {
     text += (text.empty() ? "" : ",\n") + std::to_string(weight) + " : " +
             number_list(flags_where([weight](const auto& r) { return r.weight == weight; }));
   }
-  std::fprintf(out, "\n%s %s ;", plain ? "wtset * zeb =" : "weights", text.c_str());
+  out.print("\n%s %s ;", plain ? "wtset * zeb =" : "weights", text.c_str());
 }
 
 void warn_of_lost_settings(const writing_style& style) {
@@ -149,7 +149,7 @@ void warn_of_lost_settings(const writing_style& style) {
 
 }  // namespace
 
-void write_nexus_assumptions(std::FILE* out, const writing_style& style) {
+void write_nexus_assumptions(output_file& out, const writing_style& style) {
   const bool plain = style.plain;
   warn_of_lost_settings(style);
   const std::vector<bool> ordered =
@@ -166,21 +166,20 @@ void write_nexus_assumptions(std::FILE* out, const writing_style& style) {
   if (!any(ordered) && !any(inactive) && !any(gaps) && !any(deleted) && weights.empty() &&
       uses.empty())
     return;
-  std::fputs(plain ? "\nbegin assumptions;" : "\nbegin assumptions ; ", out);
+  out.put(plain ? "\nbegin assumptions;" : "\nbegin assumptions ; ");
   if (plain) {
     write_plain_types(out, ordered, uses);
   } else if (any(ordered)) {
-    std::fprintf(out, "\nctype ord: %s ;", number_list(ordered).c_str());
+    out.print("\nctype ord: %s ;", number_list(ordered).c_str());
   }
   if (any(inactive)) {
-    std::fprintf(out, "\n%s %s ;", plain ? "exset * zeb =" : "exclude",
-                 number_list(inactive).c_str());
+    out.print("\n%s %s ;", plain ? "exset * zeb =" : "exclude", number_list(inactive).c_str());
   }
-  if (any(deleted)) std::fprintf(out, "\ndelete %s ;", number_list(deleted).c_str());
+  if (any(deleted)) out.print("\ndelete %s ;", number_list(deleted).c_str());
   if (!weights.empty()) write_weights(out, weights, plain);
-  if (any(gaps)) std::fputs("\npset gapmode=newstate;\n", out);
+  if (any(gaps)) out.put("\npset gapmode=newstate;\n");
   if (!plain) write_user_types(out, uses);
-  std::fputs(plain ? "\nend;\n" : "\nend ; \n", out);
+  out.put(plain ? "\nend;\n" : "\nend ; \n");
 }
 
 }  // namespace zeb

@@ -1,8 +1,5 @@
 #include "formats/nexus/data_block.h"
 
-#include <sys/stat.h>
-
-#include <cstdio>
 #include <map>
 
 #include "base/message_text.h"
@@ -32,10 +29,8 @@ void read_dimensions(nexus_file& file) {
 // A cell takes a byte of the file at least. Dimensions that are a little too large are cut to what
 // was read; those that the file can't hold by far mustn't take memory.
 void check_dimensions(nexus_file& file) {
-  struct stat status;
-  std::FILE* const stream = top_frame().stream;
-  if (!stream || fstat(fileno(stream), &status) != 0 || !S_ISREG(status.st_mode)) return;
-  const auto size = static_cast<double>(status.st_size);
+  const auto size = static_cast<double>(top_frame().file.most_bytes());
+  if (size < 0) return;
   const double cells = static_cast<double>(file.ntax) * file.nchar;
   if (file.nchar > size || file.ntax > size || cells > 100 * size) {
     file.in.fail(text_of("a file of %.0f bytes can't hold %i taxa with %i characters", size,

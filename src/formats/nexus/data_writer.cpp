@@ -59,7 +59,7 @@ std::string datatype(const writing_style& style) {
   return types == dna_data ? "dna" : types == protein_data ? "protein" : "continuous";
 }
 
-void write_format(std::FILE* out, const writing_style& style) {
+void write_format(output_file& out, const writing_style& style) {
   const std::string type = datatype(style);
   std::string text = style.plain ? "" : " missing=?";
   if (!type.empty()) text += " datatype=" + type;
@@ -70,36 +70,35 @@ void write_format(std::FILE* out, const writing_style& style) {
   if (has_stars(style)) text += " equate=\"*=?\"";
   if (symbols_differ) text += " symbols=\"" + symbol_list(style) + "\"";
   if (type == "dna" && !style.plain) text += ' ';
-  std::fprintf(out, "format%s;\nmatrix\n", text.c_str());
+  out.print("format%s;\nmatrix\n", text.c_str());
 }
 
-void write_names(std::FILE* out) {
+void write_names(output_file& out) {
   if (matrix.char_names.empty()) return;
-  std::fputs("charstatelabels\n", out);
+  out.put("charstatelabels\n");
   bool first = true;
   for (int c = 0; c < matrix.nchar && at(c) < matrix.char_names.size(); ++c) {
     const auto& entry = matrix.char_names[at(c)];
     if (entry.name.empty() && entry.states.empty()) continue;
-    std::fprintf(out, "%s  %i %s", first ? "" : ",\n", c + 1,
-                 entry.name.empty() ? "" : quoted_label(entry.name).c_str());
-    if (!entry.states.empty()) std::fputs(" /", out);
-    for (const std::string& state : entry.states)
-      std::fprintf(out, " %s", quoted_label(state).c_str());
+    out.print("%s  %i %s", first ? "" : ",\n", c + 1,
+              entry.name.empty() ? "" : quoted_label(entry.name).c_str());
+    if (!entry.states.empty()) out.put(" /");
+    for (const std::string& state : entry.states) out.print(" %s", quoted_label(state).c_str());
     first = false;
   }
-  std::fputs(";\n", out);
+  out.put(";\n");
 }
 
 }  // namespace
 
-void write_nexus_data(std::FILE* out, const writing_style& style) {
-  std::fputs("#NEXUS\nbegin data;\n", out);
+void write_nexus_data(output_file& out, const writing_style& style) {
+  out.put("#NEXUS\nbegin data;\n");
   if (style.plain && !matrix.title.empty()) {
     std::string title = matrix.title.substr(1, matrix.title.size() - 2);
     std::replace(title.begin(), title.end(), '\n', ' ');
-    std::fprintf(out, "title %s;\n", quoted_label(title).c_str());
+    out.print("title %s;\n", quoted_label(title).c_str());
   }
-  std::fprintf(out, "dimensions ntax=%i nchar=%i;\n", matrix.ntax, matrix.nchar);
+  out.print("dimensions ntax=%i nchar=%i;\n", matrix.ntax, matrix.nchar);
   write_format(out, style);
   // Names that need it stand in quotes, so that nothing in them is taken for a cell.
   for (int t = 0; t < matrix.ntax; ++t) {
@@ -109,11 +108,11 @@ void write_nexus_data(std::FILE* out, const writing_style& style) {
       row += cell_symbols(t, c, style);
       if (matrix.characters[at(c)].is_continuous) row += ' ';
     }
-    std::fprintf(out, "%s\n", row.c_str());
+    out.print("%s\n", row.c_str());
   }
-  std::fputs(";\n", out);
+  out.put(";\n");
   write_names(out);
-  std::fputs("end;\n", out);
+  out.put("end;\n");
 }
 
 }  // namespace zeb

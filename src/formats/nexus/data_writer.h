@@ -1,13 +1,12 @@
 // The data block of what is written as NEXUS.
 #pragma once
 
-#include <cstdio>
-
+#include "base/output_file.h"
 #include "formats/written_cells.h"
 
 namespace zeb {
 
 /// "#NEXUS" and the data block. Continuous characters in their original scale.
-void write_nexus_data(std::FILE* out, const writing_style& style);
+void write_nexus_data(output_file& out, const writing_style& style);
 
 }  // namespace zeb

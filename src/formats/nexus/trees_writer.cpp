@@ -67,29 +67,28 @@ class tag_texts {
 const char* begin_trees(bool plain) { return plain ? "\nbegin trees;\n" : "\nbegin trees ; \n"; }
 const char* end_trees(bool plain) { return plain ? "end;\n" : "end ;\n"; }
 
-void write_tag_tree(std::FILE* out, tag_use use, bool plain) {
+void write_tag_tree(output_file& out, tag_use use, bool plain) {
   tag_texts texts(use);
   const std::string tree =
       newick_text(tags.tag_tree, [&texts](int node) { return texts.after_node(node); });
-  std::fprintf(out, "tree %s = [&R] %s%s;\n", tag_tree_name.data(), plain ? "" : "\n",
-               tree.c_str());
+  out.print("tree %s = [&R] %s%s;\n", tag_tree_name.data(), plain ? "" : "\n", tree.c_str());
   texts.warn_of_lost();
 }
 
 }  // namespace
 
-void write_nexus_trees(std::FILE* out, bool plain, bool with_tags) {
-  std::fputs(begin_trees(plain), out);
+void write_nexus_trees(output_file& out, bool plain, bool with_tags) {
+  out.put(begin_trees(plain));
   for (int i = 0; i < store.ntrees; ++i)
-    std::fprintf(out, "tree zeb_%i = [&R] %s;\n", i, newick_text(stored_tree(i)).c_str());
+    out.print("tree zeb_%i = [&R] %s;\n", i, newick_text(stored_tree(i)).c_str());
   if (with_tags) write_tag_tree(out, tag_use::both, plain);
-  std::fputs(end_trees(plain), out);
+  out.put(end_trees(plain));
 }
 
-void write_nexus_tag_tree(std::FILE* out, tag_use use, bool plain) {
-  std::fputs(begin_trees(plain), out);
+void write_nexus_tag_tree(output_file& out, tag_use use, bool plain) {
+  out.put(begin_trees(plain));
   write_tag_tree(out, use, plain);
-  std::fputs(end_trees(plain), out);
+  out.put(end_trees(plain));
 }
 
 }  // namespace zeb

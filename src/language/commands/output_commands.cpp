@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/open_files.h"
 #include "console/console.h"
 #include "console/line_editor.h"
 #include "console/log.h"
@@ -147,7 +148,7 @@ void view_command() {
     check_end();
     std::string refusal;
     if (!show_file_in_viewer(name, refusal)) {
-      error_end("Can't open", refusal.empty() ? name : name + ": " + refusal);
+      error_end("Can't open", name + cause_text(refusal));
     }
   } else {
     show_buffer_in_viewer();

@@ -30,7 +30,7 @@ void alien_symbol(const row_place& place, int character, int symbol) {
 
 std::string place_in_file() {
   const input_frame& frame = top_frame();
-  if (!frame.stream || frame.is_terminal || input.top == 0) return {};
+  if (!frame.file.is_open() || frame.is_terminal || input.top == 0) return {};
   return text_of("\n(line %i of %s)", frame.line_number + 1, frame.name);
 }
 

@@ -155,7 +155,7 @@ constexpr option_table addition_options =
     rows.table("ttags", {.unknown = expected_option, .no_word = expected_option});
 
 void add_to_drawing() {
-  if (!svg_file.stream || !svg_file.takes_additions)
+  if (!svg_file.file.is_open() || !svg_file.takes_additions)
     error_end(
         "To use \"ttag &+\" you must have saved coordinates\n(with xysave) in a previous call to "
         "\"ttag &\"");

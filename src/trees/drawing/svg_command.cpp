@@ -109,8 +109,8 @@ void save_places(int array, const node_places& places) {
 }
 
 void finish_drawing() {
-  const std::string name = svg_file.name;
-  if (!close_svg_file()) error_end("Cannot write to file", name);
+  const std::string name = svg_file.file.name();
+  if (!close_svg_file()) error_end("Cannot write to file", name + svg_file.file.cause());
 }
 
 void draw_tag_tree() {

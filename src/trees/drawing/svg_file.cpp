@@ -13,12 +13,9 @@ svg_file_state svg_file;
 
 namespace {
 
-constexpr double margin = 20;            // pixels around the drawing
-constexpr std::size_t head_width = 220;  // bytes of the element that gives the size, padded
+constexpr double margin = 20;  // pixels around the drawing
 constexpr std::size_t longest_name = 159;
 
-/// The size isn't known before the drawing is closed, so its element has a fixed width in bytes and
-/// is written again at the end. It stays a whole document's start at any moment.
 std::string svg_element() {
   const double left = std::floor(svg_file.left - margin);
   const double top = std::floor(svg_file.top - margin);
@@ -26,30 +23,32 @@ std::string svg_element() {
   const int height = std::max(1, static_cast<int>(std::ceil(svg_file.bottom + margin - top)));
   const int x = static_cast<int>(left);
   const int y = static_cast<int>(top);
-  std::string text = text_of(
+  return text_of(
       "<svg width=\"%i\" height=\"%i\" viewBox=\"%i %i %i %i\""
       " xmlns=\"http://www.w3.org/2000/svg\">"
-      "<rect x=\"%i\" y=\"%i\" width=\"%i\" height=\"%i\" fill=\"white\"/>",
+      "<rect x=\"%i\" y=\"%i\" width=\"%i\" height=\"%i\" fill=\"white\"/>\n",
       width, height, x, y, width, height, x, y, width, height);
-  text.resize(std::max(text.size(), head_width), ' ');
-  text += '\n';
-  return text;
 }
 
 constexpr std::string_view xml_declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
+// A drawing that additions were to come to is whole; one that an error ended isn't.
+void finish_former() {
+  if (!svg_file.takes_additions) return svg_file.file.discard();
+  const std::string name = svg_file.file.name();
+  if (!close_svg_file()) error_end("Cannot write to file", name + svg_file.file.cause());
+}
+
 }  // namespace
 
 void open_svg_file(const std::string& name, std::string_view title) {
-  close_svg_file();
-  svg_file.stream = name.size() > longest_name ? nullptr : std::fopen(name.c_str(), "wb");
-  if (!svg_file.stream) error_end("Cannot open file", name);
-  svg_file.name = name;
+  finish_former();
+  if (name.size() > longest_name) error_end("Cannot open file", name);
+  if (!svg_file.file.create(name)) error_end("Cannot open file", name + svg_file.file.cause());
+  svg_file.drawn.clear();
   svg_file.left = svg_file.top = 0;
   svg_file.right = svg_file.bottom = 0;
   svg_file.takes_additions = false;
-  write_svg(xml_declaration);
-  write_svg(svg_element());
   if (!title.empty()) write_svg("<title>" + xml_text(title) + "</title>\n");
   write_svg(
       "<defs><filter id=\"white_background\" x=\"-0.04\" y=\"0\" width=\"1.08\" height=\"1\" "
@@ -58,7 +57,7 @@ void open_svg_file(const std::string& name, std::string_view title) {
 }
 
 void write_svg(std::string_view text) {
-  if (svg_file.stream) std::fwrite(text.data(), 1, text.size(), svg_file.stream);
+  if (svg_file.file.is_open()) svg_file.drawn += text;
 }
 
 void grow_svg_page(double left, double top, double right, double bottom) {
@@ -71,17 +70,14 @@ void grow_svg_page(double left, double top, double right, double bottom) {
 void let_svg_file_take_additions() { svg_file.takes_additions = true; }
 
 bool close_svg_file() {
-  if (!svg_file.stream) return true;
-  write_svg("</g>\n</svg>\n");
-  // What can't be wound back, as a pipe, keeps the size it began with.
-  if (std::fseek(svg_file.stream, static_cast<long>(xml_declaration.size()), SEEK_SET) == 0) {
-    write_svg(svg_element());
-  }
-  const bool good = std::ferror(svg_file.stream) == 0;
-  const bool closed = std::fclose(svg_file.stream) == 0;
-  svg_file.stream = nullptr;
+  if (!svg_file.file.is_open()) return true;
+  svg_file.file.put(xml_declaration);
+  svg_file.file.put(svg_element());
+  svg_file.file.put(svg_file.drawn);
+  svg_file.file.put("</g>\n</svg>\n");
+  svg_file.drawn.clear();
   svg_file.takes_additions = false;
-  return good && closed;
+  return svg_file.file.close();
 }
 
 }  // namespace zeb

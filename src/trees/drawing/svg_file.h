@@ -2,16 +2,17 @@
 // drawings can be added to a tree.
 #pragma once
 
-#include <cstdio>
 #include <string>
 #include <string_view>
+
+#include "base/output_file.h"
 
 namespace zeb {
 
 /// Written by the functions of this file only.
 struct svg_file_state {
-  std::FILE* stream = nullptr;  // null: none open
-  std::string name;
+  output_file file;
+  std::string drawn;                                // what follows the head, which tells the size
   double left = 0, top = 0, right = 0, bottom = 0;  // what the page must show, pixels
   bool takes_additions = false;                     // `ttags &+` may add
 };
@@ -26,7 +27,7 @@ void grow_svg_page(double left, double top, double right, double bottom);
 /// From now on `ttags &+` may add to the open drawing: the places of its nodes were saved.
 void let_svg_file_take_additions();
 /// Ends the drawing, with the page as large as all that it holds. Nothing without an open file.
-/// False when something couldn't be written.
+/// False when something couldn't be written: then there is no new file.
 bool close_svg_file();
 
 }  // namespace zeb

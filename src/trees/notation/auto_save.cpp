@@ -1,11 +1,11 @@
 #include "trees/notation/auto_save.h"
 
-#include <cstdio>
 #include <utility>
 #include <vector>
 
 #include "base/command.h"
 #include "base/errors.h"
+#include "base/output_file.h"
 #include "base/process.h"
 #include "matrix/matrix.h"
 #include "trees/notation/compact_format.h"
@@ -25,25 +25,23 @@ std::vector<tree_node> tree_to_save(int number) {
   return tree;
 }
 
-bool write_results(std::FILE* file) {
-  bool good = true;
+void write_results(output_file& file) {
   if (auto_save.parenthetical) {
-    good = std::fputs("tread 'auto-saved results'\n", file) >= 0;
+    file.put("tread 'auto-saved results'\n");
     for (int t = 0; t < store.ntrees; ++t) {
-      if (t > 0) good = std::fputs("*\n", file) >= 0 && good;
-      good = std::fputs(stored_tree_text(tree_to_save(t)).c_str(), file) >= 0 && good;
+      if (t > 0) file.put("*\n");
+      file.put(stored_tree_text(tree_to_save(t)));
     }
-    return std::fputs(";\nproc-;\n", file) >= 0 && good;
+    return file.put(";\nproc-;\n");
   }
   std::vector<std::uint8_t> bytes = compact_head(matrix.ntax);
   for (int t = 0; t < store.ntrees; ++t) {
     std::vector<tree_node> complete = tree_to_save(t);
     include_absent_taxa(complete, matrix.ntax);
     append_compact_tree(complete, matrix.ntax, bytes);
-    good = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && good;
+    file.put({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     bytes.clear();
   }
-  return good;
 }
 
 }  // namespace
@@ -62,15 +60,12 @@ void auto_save_if_due() {
 void auto_save_now() {
   if (auto_save.seconds <= 0 || store.ntrees == 0) return;
   const std::string target = auto_save.name + (auto_save.next == 1 ? "-1" : "-2");
-  const std::string beside = target + ".tmp";
   auto_save.last_saved = wall_clock();
-  std::FILE* file = std::fopen(beside.c_str(), "wb");
-  bool good = file && write_results(file);
-  if (file) good = std::fclose(file) == 0 && good;
-  if (!good || std::rename(beside.c_str(), target.c_str()) != 0) {
-    std::remove(beside.c_str());
+  output_file file;
+  if (file.create(target)) write_results(file);
+  if (!file.is_open() || !file.close()) {
     auto_save.seconds = 0;
-    warning("Cannot auto-save to file", target, "\nAuto-save is off");
+    warning("Cannot auto-save to file", target + file.cause(), "\nAuto-save is off");
     return;
   }
   auto_save.next = 3 - auto_save.next;

@@ -1,11 +1,14 @@
 #include "trees/notation/tree_file.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/input_file.h"
 #include "base/process.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tags.h"
@@ -19,77 +22,63 @@ tree_file_state tree_file;
 
 namespace {
 
-[[noreturn]] void not_writable() { error_end("Cannot write to tree file", tree_file.name); }
-
-void put(std::span<const std::uint8_t> bytes) {
-  if (std::fwrite(bytes.data(), 1, bytes.size(), tree_file.stream) != bytes.size()) not_writable();
+[[noreturn]] void not_writable() {
+  error_end("Cannot write to tree file", tree_file.name + tree_file.file.cause());
 }
 
-void put(const std::string& text) {
-  if (std::fwrite(text.data(), 1, text.size(), tree_file.stream) != text.size()) not_writable();
+// What can't be written isn't there, and the trees of former commands stay; a new file that had
+// none yet is given up.
+void write_trees(const std::string& text, int count) {
+  tree_file.file.put(text);
+  if (!tree_file.file.publish()) {
+    if (!tree_file.file.goes_on()) tree_file.file.discard();
+    not_writable();
+  }
+  tree_file.saved += count;
 }
 
 [[noreturn]] void cannot_append(const std::string& name, const char* why) {
   error_end("Cannot append tree file.\nTree file", name, why);
 }
 
+std::string as_text(std::span<const std::uint8_t> bytes) { return {bytes.begin(), bytes.end()}; }
+
 /// The file's trees must be for as many taxa, and whole.
-void check_appendable(const std::string& name, std::FILE* file) {
-  std::uint8_t head[6] = {};
-  const std::size_t got = std::fread(head, 1, sizeof head, file);
-  const compact_head_fields fields = read_compact_head({head, got});
+void check_appendable(const std::string& name, const std::string& text) {
+  const std::vector<std::uint8_t> bytes(text.begin(), text.end());
+  const compact_head_fields fields = read_compact_head(bytes);
   if (fields.ntax < 0) cannot_append(name, "isn't a compact tree file");
   if (fields.ntax != matrix.ntax) {
     error_end("Cannot append tree file.\n\nTrees in", name, "are for", fields.ntax,
               "taxa; current data set has", matrix.ntax, "taxa");
   }
-  const std::size_t word = compact_head(matrix.ntax).size() == 2 ? 2 : 4;
-  std::fseek(file, 0, SEEK_END);
-  const long end = std::ftell(file);
-  auto place = static_cast<long>(fields.bytes);
-  while (place < end) {
-    std::uint8_t count[4] = {};
-    std::fseek(file, place, SEEK_SET);
-    if (std::fread(count, 1, word, file) != word) cannot_append(name, "ends early");
-    const std::uint64_t words = count[0] | std::uint64_t{count[1]} << 8 |
-                                std::uint64_t{count[2]} << 16 | std::uint64_t{count[3]} << 24;
-    place += static_cast<long>(word + words * word);
+  for (auto rest = std::span(bytes).subspan(fields.bytes); !rest.empty();) {
+    const std::size_t tree = compact_tree_bytes(rest, matrix.ntax);
+    if (tree == 0) cannot_append(name, "ends early");
+    rest = rest.subspan(tree);
   }
-  if (place != end) cannot_append(name, "ends early");
 }
 
-/// Closes the stream when the opening fails on the way.
-struct stream_guard {
-  std::FILE* stream;
-  ~stream_guard() {
-    if (stream) std::fclose(stream);
-  }
-  std::FILE* release() {
-    std::FILE* kept = stream;
-    stream = nullptr;
-    return kept;
-  }
-};
+/// What a file that trees are to be appended to holds; empty for a new one.
+std::string present_text(const std::string& name) {
+  std::error_code fault;
+  if (!std::filesystem::is_regular_file(name, fault)) return {};
+  input_file file;
+  if (!file.open(name)) error_end("Cannot open file", name + file.cause());
+  std::string text = file.rest();
+  if (!file.fault().empty()) error_end("Can't read", name + file.cause());
+  return text;
+}
 
-std::FILE* open_compact(const std::string& name) {
-  stream_guard file{std::fopen(name.c_str(), "r+b")};
-  bool is_new = false;
-  if (file.stream) {
-    std::fseek(file.stream, 0, SEEK_END);
-    is_new = std::ftell(file.stream) == 0;
-    std::rewind(file.stream);
-    if (!is_new) check_appendable(name, file.stream);
-    std::fseek(file.stream, 0, SEEK_END);
-  } else if (errno == ENOENT) {
-    file.stream = std::fopen(name.c_str(), "wb");
-    is_new = true;
+output_file open_compact(const std::string& name) {
+  output_file file;
+  const std::string present = present_text(name);
+  if (!present.empty()) check_appendable(name, present);
+  if (present.empty() ? !file.create(name) : !file.append(name)) {
+    error_end("Cannot open file", name + file.cause());
   }
-  if (!file.stream) error_end("Cannot open file", name);
-  if (is_new) {
-    const std::vector<std::uint8_t> head = compact_head(matrix.ntax);
-    std::fwrite(head.data(), 1, head.size(), file.stream);
-  }
-  return file.release();
+  if (present.empty()) file.put(as_text(compact_head(matrix.ntax)));
+  return file;
 }
 
 /// "tread" with its title, whose quote must end where it should.
@@ -97,6 +86,13 @@ std::string opening_text() {
   std::string data_file = matrix.file_name;
   std::replace(data_file.begin(), data_file.end(), '\'', '"');
   return "tread 'tree(s) from ZEB, for data in " + data_file + "'\n";
+}
+
+output_file open_parenthetical(const std::string& name) {
+  output_file file;
+  if (!file.create(name)) error_end("Cannot open file", name + file.cause());
+  file.put(opening_text());
+  return file;
 }
 
 /// A tree as text with active taxa only, numbered among themselves.
@@ -114,18 +110,19 @@ std::string active_tree_text(const_tree_span tree) {
                             [&](int t) { return std::to_string(number[at(t)]); });
 }
 
-void put_parenthetical(const std::string& text) {
-  if (tree_file.saved > 0) put("*\n");
-  put(text);
-  ++tree_file.saved;
+// Trees of one file stand between asterisks.
+void add_parenthetical(std::string& text, const std::string& tree) {
+  if (tree_file.saved > 0 || !text.empty()) text += "*\n";
+  text += tree;
 }
 
 void save_compact(std::span<const std::uint8_t> chosen) {
   bool warned = false;
+  int count = 0;
   std::vector<std::uint8_t> bytes;
   for (int t = 0; t < store.ntrees; ++t) {
     if (!chosen[at(t)]) continue;
-    bytes.clear();
+    ++count;
     const tree_span tree = stored_tree(t);
     if (terminals_in(tree, matrix.ntax) == matrix.ntax) {
       append_compact_tree(tree, matrix.ntax, bytes);
@@ -140,52 +137,46 @@ void save_compact(std::span<const std::uint8_t> chosen) {
       include_absent_taxa(complete, matrix.ntax);
       append_compact_tree(complete, matrix.ntax, bytes);
     }
-    put(bytes);
-    ++tree_file.saved;
   }
+  write_trees(as_text(bytes), count);
 }
 
 }  // namespace
 
 void abandon_tree_file() {
-  if (!tree_file.stream) return;
-  if (tree_file.parenthetical) std::fputs(";\nproc/;\n", tree_file.stream);
-  std::fclose(tree_file.stream);
-  tree_file.stream = nullptr;
+  if (!tree_file.file.is_open()) return;
+  if (tree_file.parenthetical) tree_file.file.put(";\nproc/;\n");
+  tree_file.file.close();
 }
 
 void open_tree_file(const std::string& name, bool parenthetical) {
   // The former file stays open if the new one can't be had; the same file must be closed first.
   if (name == tree_file.name) close_tree_file();
-  std::FILE* stream = parenthetical ? std::fopen(name.c_str(), "wb") : open_compact(name);
-  if (!stream) error_end("Cannot open file", name);
+  output_file file = parenthetical ? open_parenthetical(name) : open_compact(name);
   close_tree_file();
-  tree_file = {stream, name, parenthetical, 0};
-  if (parenthetical) put(opening_text());
+  tree_file = {std::move(file), name, parenthetical, 0};
 }
 
 void close_tree_file(const char* closing) {
-  if (!tree_file.stream) return;
-  std::FILE* stream = tree_file.stream;
-  bool good = !tree_file.parenthetical || std::fputs(closing, stream) >= 0;
-  good = std::ferror(stream) == 0 && good;
-  tree_file.stream = nullptr;
-  good = std::fclose(stream) == 0 && good;
-  if (!good) not_writable();
+  if (!tree_file.file.is_open()) return;
+  if (tree_file.parenthetical) tree_file.file.put(closing);
+  if (!tree_file.file.close()) not_writable();
 }
 
 void save_trees(std::span<const std::uint8_t> chosen, tree_writing how) {
   if (!tree_file.parenthetical) {
     if (how.active_only) error_end("Can't save trees for active taxa in compact mode");
-    save_compact(chosen);
-  } else {
-    for (int t = 0; t < store.ntrees; ++t) {
-      if (!chosen[at(t)]) continue;
-      const const_tree_span tree = stored_tree(t);
-      put_parenthetical(how.active_only ? active_tree_text(tree) : stored_tree_text(tree));
-    }
+    return save_compact(chosen);
   }
-  if (std::fflush(tree_file.stream) != 0) not_writable();
+  std::string text;
+  int count = 0;
+  for (int t = 0; t < store.ntrees; ++t) {
+    if (!chosen[at(t)]) continue;
+    const const_tree_span tree = stored_tree(t);
+    add_parenthetical(text, how.active_only ? active_tree_text(tree) : stored_tree_text(tree));
+    ++count;
+  }
+  write_trees(text, count);
 }
 
 void save_tags() {
@@ -193,8 +184,9 @@ void save_tags() {
     error_end("Tree-tags can be saved only in parenthetical notation");
   }
   if (!tags.tags_present) error_end("No tags to save");
-  put_parenthetical(tag_tree_text());
-  if (std::fflush(tree_file.stream) != 0) not_writable();
+  std::string text;
+  add_parenthetical(text, tag_tree_text());
+  write_trees(text, 1);
 }
 
 }  // namespace zeb

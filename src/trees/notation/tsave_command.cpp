@@ -1,10 +1,9 @@
 // `tsave`, `save` and `shortread`: tree files.
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <vector>
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/input_file.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
@@ -31,28 +30,29 @@ std::string read_file_name() {
   return std::string(token());
 }
 
-void report_closing(const tree_file_state& file) {
-  emit("Closing ", file.name, " (with ", file.saved, " trees saved)\n");
+void report_closing(const std::string& name, int saved) {
+  emit("Closing ", name, " (with ", saved, " trees saved)\n");
 }
 
 void close_by_user() {
-  if (!tree_file.stream) error_end("Must open treefile first!");
-  const tree_file_state file = tree_file;
+  if (!tree_file.file.is_open()) error_end("Must open treefile first!");
   close_tree_file();
-  report_closing(file);
+  report_closing(tree_file.name, tree_file.saved);
 }
 
 void open_by_user(const std::string& name, bool parenthetical) {
   check_end();
-  const tree_file_state former = tree_file;
+  const bool one_open = tree_file.file.is_open();
+  const std::string former = tree_file.name;
+  const int saved = tree_file.saved;
   open_tree_file(name, parenthetical);
-  if (former.stream) report_closing(former);
+  if (one_open) report_closing(former, saved);
 }
 
 void save_in_one_shot(bool parenthetical) {
   const std::string name = read_file_name();
   check_end();
-  if (tree_file.stream) {
+  if (tree_file.file.is_open()) {
     error_end("Can't open new file: Tree file", tree_file.name, "is open");
   }
   if (input.top >= input.mxproc) {
@@ -101,17 +101,11 @@ void set_auto_saving() {
 }
 
 std::vector<std::uint8_t> read_file(const std::string& name) {
-  std::ifstream file(name, std::ios::binary);
-  if (!file || std::filesystem::is_directory(name)) error_end("Cannot open file", name);
-  file.seekg(0, std::ios::end);
-  const std::streamoff size = file.tellg();
-  file.seekg(0);
-  if (size > 0) {
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
-    if (file.read(reinterpret_cast<char*>(bytes.data()), size)) return bytes;
-  }
-  file.clear();
-  return {std::istreambuf_iterator<char>(file), {}};
+  input_file file;
+  if (!file.open(name)) error_end("Cannot open file", name + file.cause());
+  const std::string text = file.rest();
+  if (!file.fault().empty()) error_end("Can't read", name + file.cause());
+  return {text.begin(), text.end()};
 }
 
 /// Where each tree of a compact file starts and ends. Errors for other data and files cut short.
@@ -141,7 +135,7 @@ void tsave_command() {
   }
   if (skip_blanks_peek() == ';') {
     no_timing();
-    if (tree_file.stream) {
+    if (tree_file.file.is_open()) {
       report_line("Tree file", tree_file.name, "is open, with", tree_file.saved, "trees saved");
     } else {
       report_line("No tree file is open");
@@ -168,7 +162,7 @@ void tsave_command() {
 }
 
 void save_command() {
-  if (!tree_file.stream) error_end("Must open treefile first!");
+  if (!tree_file.file.is_open()) error_end("Must open treefile first!");
   if (accept_char('*')) {
     check_end();
     save_tags();

@@ -1,0 +1,149 @@
+#include "base/output_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "base/input_file.h"
+#include "base/open_files.h"
+
+namespace zeb {
+namespace {
+
+class writing_files : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder_ = testing::TempDir() + "zeb_output_file_test";
+    std::filesystem::remove_all(folder_);
+    std::filesystem::create_directory(folder_);
+    name_ = folder_ + "/file";
+  }
+  void TearDown() override {
+    std::filesystem::remove_all(folder_);
+    EXPECT_TRUE(open_files.files.empty());
+  }
+  static void write(const std::string& name, const std::string& text) {
+    std::ofstream(name) << text;
+  }
+  std::string text() const { return text_of_file(name_); }
+  static std::string text_of_file(const std::string& name) {
+    std::ifstream file(name);
+    std::stringstream all;
+    all << file.rdbuf();
+    return all.str();
+  }
+  long files() const {
+    return std::distance(std::filesystem::directory_iterator(folder_),
+                         std::filesystem::directory_iterator());
+  }
+  std::string folder_, name_;
+};
+
+TEST_F(writing_files, the_old_file_stays_until_the_new_one_is_whole) {
+  write(name_, "old");
+  ASSERT_EQ(chmod(name_.c_str(), 0640), 0);
+  const std::string much(200'000, 'x');
+  {
+    output_file dropped;
+    ASSERT_TRUE(dropped.create(name_));
+    dropped.put(much);
+    EXPECT_EQ(text(), "old");
+    EXPECT_EQ(files(), 2);
+  }
+  EXPECT_EQ(files(), 1);
+  output_file file;
+  ASSERT_TRUE(file.create(name_));
+  file.put(much);
+  file.print("%s%i\n", much.c_str(), 7);
+  EXPECT_EQ(text(), "old");
+  ASSERT_TRUE(file.publish());
+  EXPECT_EQ(text(), much + much + "7\n");
+  file.put("more");
+  EXPECT_TRUE(file.close());
+  EXPECT_EQ(text(), much + much + "7\nmore");
+  EXPECT_EQ(files(), 1);
+  struct stat status;
+  ASSERT_EQ(stat(name_.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640U);
+}
+
+TEST_F(writing_files, links_lead_on_and_relative_names_stay_what_they_were) {
+  std::filesystem::create_directory(folder_ + "/below");
+  write(folder_ + "/below/real", "old");
+  std::filesystem::create_symlink("below/real", name_);
+  output_file file;
+  ASSERT_TRUE(file.create(name_));
+  file.put("new");
+  EXPECT_TRUE(file.close());
+  EXPECT_TRUE(std::filesystem::is_symlink(name_));
+  EXPECT_EQ(text_of_file(folder_ + "/below/real"), "new");
+  const std::filesystem::path here = std::filesystem::current_path();
+  std::filesystem::current_path(folder_);
+  ASSERT_TRUE(file.create("relative"));
+  std::filesystem::current_path(here);
+  file.put("there");
+  EXPECT_TRUE(file.close());
+  EXPECT_EQ(text_of_file(folder_ + "/relative"), "there");
+}
+
+TEST_F(writing_files, a_file_in_use_is_refused_under_any_name) {
+  write(name_, "old");
+  const std::string other_name = folder_ + "/./file";
+  output_file file;
+  {
+    input_file reader;
+    ASSERT_TRUE(reader.open(name_));
+    EXPECT_FALSE(file.create(other_name));
+    EXPECT_FALSE(file.append(other_name));
+    EXPECT_EQ(file.cause(), " (it is in use)");
+  }
+  output_file first;
+  ASSERT_TRUE(first.create(folder_ + "/new"));
+  EXPECT_FALSE(file.create(folder_ + "/./new"));
+  first.discard();
+  EXPECT_TRUE(file.create(folder_ + "/./new"));
+  file.discard();
+  ASSERT_TRUE(first.append(name_));
+  EXPECT_FALSE(file.append(other_name));
+  EXPECT_FALSE(file.create(other_name));
+  EXPECT_TRUE(first.close());
+}
+
+TEST_F(writing_files, what_was_left_by_a_process_that_died_goes) {
+  const std::string left = folder_ + "/.zeb-0123456789abcdef.part";
+  write(left, "half");
+  write(folder_ + "/.zeb-mine.part", "not ours");
+  output_file being_written;
+  ASSERT_TRUE(being_written.create(folder_ + "/other"));
+  EXPECT_FALSE(std::filesystem::exists(left));
+  output_file file;
+  ASSERT_TRUE(file.create(name_));
+  EXPECT_EQ(files(), 3);  // the one being written stays
+  EXPECT_TRUE(file.close());
+  EXPECT_TRUE(being_written.close());
+}
+
+TEST_F(writing_files, failures_are_told) {
+  output_file file;
+  EXPECT_FALSE(file.create(folder_));
+  EXPECT_EQ(file.fault(), "Is a directory");
+  EXPECT_FALSE(file.create(folder_ + "/none/file"));
+  EXPECT_FALSE(file.create(folder_ + "/" + std::string(256, 'x')));
+  std::filesystem::create_symlink("loop", folder_ + "/loop");
+  EXPECT_FALSE(file.create(folder_ + "/loop"));
+  ASSERT_TRUE(file.create("/dev/full"));
+  file.put("text");
+  EXPECT_FALSE(file.close());
+  EXPECT_EQ(file.cause(), " (No space left on device)");
+  ASSERT_TRUE(file.create("/dev/null"));
+  file.put("text");
+  EXPECT_TRUE(file.close());
+}
+
+}  // namespace
+}  // namespace zeb
