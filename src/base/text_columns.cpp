@@ -37,6 +37,10 @@ std::size_t length_told_by(char c) {
   return 1;
 }
 
+std::string blanks(int count) {
+  return std::string(static_cast<std::size_t>(std::max(0, count)), ' ');
+}
+
 }  // namespace
 
 std::size_t character_bytes(std::string_view text, std::size_t place) {
@@ -92,6 +96,14 @@ std::string_view text_in_columns(std::string_view text, std::size_t first, std::
     i += n;
   }
   return begin < end ? text.substr(begin, end - begin) : std::string_view();
+}
+
+std::string padded_left(std::string_view text, int width) {
+  return blanks(width - text_columns(text)).append(text);
+}
+
+std::string padded_right(std::string_view text, int width) {
+  return std::string(text) + blanks(width - text_columns(text));
 }
 
 std::string_view text_in_bytes(std::string_view text, std::size_t most) {

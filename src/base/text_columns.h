@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace zeb {
@@ -19,5 +20,8 @@ int text_columns(std::string_view text);
 std::string_view text_in_bytes(std::string_view text, std::size_t most);
 /// The part of `text` that stands in columns `first` to `first + width - 1`.
 std::string_view text_in_columns(std::string_view text, std::size_t first, std::size_t width);
+/// The text with blanks in front of it, or after it, up to `width` columns.
+std::string padded_left(std::string_view text, int width);
+std::string padded_right(std::string_view text, int width);
 
 }  // namespace zeb

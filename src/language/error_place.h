@@ -8,7 +8,7 @@ namespace zeb {
 
 struct error_place {
   std::vector<std::string> lines;  // "Error reading" file, loop and round
-  std::string text;                // at most 75 characters around the place; empty: none to show
+  std::string text;                // at most 75 bytes around the place; empty: none to show
   int caret = 0;                   // columns before the place
 };
 

@@ -1,5 +1,7 @@
 #include "language/list_text.h"
 
+#include "base/text_columns.h"
+
 namespace zeb {
 
 std::vector<std::string> list_items(int count, const std::function<bool(int)>& holds) {
@@ -23,12 +25,13 @@ std::string wrapped_words(const std::vector<std::string>& words, std::size_t col
   constexpr std::size_t indent = 3;  // and the blank in front of the word
   std::string text;
   for (const std::string& word : words) {
-    if (column > indent && column + 1 + word.size() > width) {
+    const auto columns = static_cast<std::size_t>(text_columns(word));
+    if (column > indent && column + 1 + columns > width) {
       text += "\n" + std::string(indent, ' ');
       column = indent;
     }
     text += " " + word;
-    column += 1 + word.size();
+    column += 1 + columns;
   }
   return text;
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "base/errors.h"
+#include "base/text_columns.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "macro/hooks.h"
@@ -132,13 +133,14 @@ void apply_suffixes(std::string& text) {
       if (!(size >= 0) || size > 8499)
         error_end("Cannot make string conversion so long ( max. 8500)");
       const auto n = static_cast<std::size_t>(size);
+      const auto columns = static_cast<std::size_t>(text_columns(text));
+      const std::size_t excess = columns > n ? columns - n : 0;
       if (sign == '+') {
-        text = text.size() > n ? text.substr(n) : std::string();
+        text = text_in_columns(text, n, columns);
       } else if (sign == '-') {
-        if (text.size() < n) text.insert(0, n - text.size(), ' ');
-        text.erase(0, text.size() - n);
+        text = padded_left(text_in_columns(text, excess, n), static_cast<int>(n));
       } else {
-        text.resize(n, ' ');
+        text = padded_right(text_in_columns(text, 0, n), static_cast<int>(n));
       }
     } else {
       return;

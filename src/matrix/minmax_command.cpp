@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/text_columns.h"
 #include "console/output.h"
 #include "language/input.h"
 #include "language/interpreter.h"
@@ -108,15 +109,15 @@ std::string title(const minmax_request& request, const std::string& least,
 
 // As many entries a line as fit, each "character: value".
 void show_table(const std::vector<std::string>& entries) {
-  std::size_t width = 0;
-  for (const std::string& entry : entries) width = std::max(width, entry.size() + 2);
+  int width = 0;
+  for (const std::string& entry : entries) width = std::max(width, text_columns(entry) + 2);
   std::string line;
   for (const std::string& entry : entries) {
-    if (line.size() + width > 79 && !line.empty()) {
+    if (text_columns(line) + width > 79 && !line.empty()) {
       emit(line, "\n");
       line.clear();
     }
-    line += std::string(width - entry.size(), ' ') + entry;
+    line += padded_left(entry, width);
   }
   if (!line.empty()) emit(line, "\n");
 }

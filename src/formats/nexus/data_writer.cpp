@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/indices.h"
+#include "base/text_columns.h"
 #include "formats/labelled_trees.h"
 #include "matrix/symbols.h"
 
@@ -102,8 +103,7 @@ void write_nexus_data(output_file& out, const writing_style& style) {
   write_format(out, style);
   // Names that need it stand in quotes, so that nothing in them is taken for a cell.
   for (int t = 0; t < matrix.ntax; ++t) {
-    std::string row = quoted_label(taxon_name(t));
-    row += std::string(row.size() < 24 ? 24 - row.size() : 1, ' ');
+    std::string row = padded_right(quoted_label(taxon_name(t)), 23) + ' ';
     for (int c = 0; c < matrix.nchar; ++c) {
       row += cell_symbols(t, c, style);
       if (matrix.characters[at(c)].is_continuous) row += ' ';

@@ -66,8 +66,7 @@ class matrix_writer {
     for (std::size_t i = 0; i < request.more_rows.size(); ++i) {
       taxa_.push_back(matrix.ntax + static_cast<int>(i));
     }
-    for (const int t : taxa_)
-      longest_name_ = std::max(longest_name_, at(text_columns(name_of_row(t))));
+    for (const int t : taxa_) longest_name_ = std::max(longest_name_, text_columns(name_of_row(t)));
   }
   void write() {
     write_head();
@@ -111,7 +110,7 @@ class matrix_writer {
   std::vector<int> new_number_;  // by character; -1 not written
   std::vector<section> sections_;
   int nchar_ = 0;
-  std::size_t longest_name_ = 0;
+  int longest_name_ = 0;
 };
 
 void matrix_writer::add_to_sections(int character) {
@@ -162,8 +161,7 @@ std::uint32_t matrix_writer::cell_of(int taxon, int character) const {
 void matrix_writer::write_section(const section& s) {
   if (!is_plain()) out_.add(section_head(s));
   for (const int t : taxa_) {
-    std::string row(name_of_row(t));
-    row.append(longest_name_ + 1 - at(text_columns(row)), ' ');
+    std::string row = padded_right(name_of_row(t), longest_name_ + 1);
     for (const int c : s.characters) {
       if (s.type == continuous_data) row += ' ';
       row += is_written_as_gap(t, c) ? "-" : written_cell(c, cell_of(t, c));
@@ -246,11 +244,7 @@ void matrix_writer::write_blocks() {
 void matrix_writer::write_character_names() {
   std::string text;
   for (std::size_t c = 0; c < matrix.char_names.size(); ++c) {
-    const matrix_state::character_name& name = matrix.char_names[c];
-    if (new_number_[c] < 0 || name.name.empty()) continue;
-    text += text_of("{%i ", new_number_[c]) + name.name;
-    for (const std::string& state : name.states) text += " " + state;
-    text += " ;\n";
+    if (new_number_[c] >= 0) text += written_names(new_number_[c], matrix.char_names[c]);
   }
   if (!text.empty()) out_.add("cnames\n" + text + ";\n");
 }
@@ -272,6 +266,14 @@ std::string exact_text(double value) {
   char text[400];
   const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
   return result.ec == std::errc{} ? std::string(text, result.ptr) : "0";
+}
+
+std::string written_names(int number, const matrix_state::character_name& names) {
+  if (names.name.empty() && names.states.empty()) return {};
+  const auto word = [](const std::string& name) { return " " + (name.empty() ? "-" : name); };
+  std::string text = "{" + std::to_string(number) + word(names.name);
+  for (const std::string& state : names.states) text += word(state);
+  return text + " ;\n";
 }
 
 std::string written_cell(int character, std::uint32_t states) {

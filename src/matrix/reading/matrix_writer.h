@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "matrix/hooks.h"
+#include "matrix/matrix.h"
 
 namespace zeb {
 
@@ -22,6 +23,10 @@ struct write_request {
 
 /// Sends complete commands to the output: reading them gives the same matrix.
 void write_matrix(const write_request& request);
+
+/// "{3 Eyes absent present ;", a line of a `cnames` command; empty for a character without any
+/// name.
+std::string written_names(int number, const matrix_state::character_name& names);
 
 /// A cell as it is written: "0", "[01]", "R", "?", "0.5-0.75".
 std::string written_cell(int character, std::uint32_t states);

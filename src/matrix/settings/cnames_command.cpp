@@ -16,6 +16,7 @@
 #include "matrix/blocks.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
+#include "matrix/reading/matrix_writer.h"
 
 namespace zeb {
 namespace {
@@ -69,6 +70,9 @@ character_reference read_character_reference() {
   return found;
 }
 
+/// "-" stands for no name, so that a character can have names of states only.
+std::string name_of_token() { return token() == "-" ? std::string() : std::string(token()); }
+
 /// "N name state0 state1 ... ;", after "{" or "+".
 void read_character_entry() {
   const character_reference reference = read_character_reference();
@@ -79,14 +83,14 @@ void read_character_entry() {
     error_end("Must give name for character", reference.number);
   }
   matrix_state::character_name entry;
-  entry.name = token();
+  entry.name = name_of_token();
   const character_record& record = matrix.characters[at(reference.character)];
   while (read_item() > 0) {
     if (record.is_continuous) error_end("Cannot name states for continuous characters");
     if (static_cast<int>(entry.states.size()) == most_states) {
       error_end("Character", reference.number, "has more names of states than", most_states);
     }
-    entry.states.emplace_back(token());
+    entry.states.push_back(name_of_token());
   }
   accept_char(';');
   set_character_name(reference.character, std::move(entry));
@@ -113,17 +117,18 @@ void read_block_entry() {
   matrix.block_names[at(block)] = name;
 }
 
-bool has_name(int character) {
-  return at(character) < matrix.char_names.size() && !matrix.char_names[at(character)].name.empty();
+// Of itself or of its states.
+bool has_names(int character) {
+  if (at(character) >= matrix.char_names.size()) return false;
+  const matrix_state::character_name& names = matrix.char_names[at(character)];
+  return !names.name.empty() || !names.states.empty();
 }
 
 void write_names(bool only_active) {
   emit("cnames\n");
   for (int c = 0; c < matrix.nchar; ++c) {
-    if (!has_name(c) || (only_active && !matrix.characters[at(c)].active)) continue;
-    std::string line = "{" + std::to_string(c) + " " + matrix.char_names[at(c)].name;
-    for (const std::string& state : matrix.char_names[at(c)].states) line += " " + state;
-    emit(line, " ;\n");
+    if (only_active && !matrix.characters[at(c)].active) continue;
+    if (has_names(c)) emit(written_names(c, matrix.char_names[at(c)]));
   }
   for (int block = 1; at(block) < matrix.block_names.size(); ++block) {
     if (matrix.block_names[at(block)].empty()) continue;
@@ -134,12 +139,14 @@ void write_names(bool only_active) {
 
 void show_names() {
   for (int c = 0; c < matrix.nchar; ++c) {
-    if (!has_name(c)) continue;
-    std::string line = text_of("%5i  ", c) + matrix.char_names[at(c)].name;
+    if (!has_names(c)) continue;
+    std::string line = text_of("%5i  ", c) + character_name(c);
     const std::vector<std::string>& states = matrix.char_names[at(c)].states;
+    const char* separator = ": ";
     for (std::size_t s = 0; s < states.size(); ++s) {
-      line += s ? ", " : ": ";
-      line += state_symbol(c, static_cast<int>(s)) + " " + states[s];
+      if (states[s].empty()) continue;
+      line += separator + state_symbol(c, static_cast<int>(s)) + " " + states[s];
+      separator = ", ";
     }
     emit(line, "\n");
   }

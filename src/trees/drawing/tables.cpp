@@ -20,14 +20,6 @@ namespace {
 constexpr int list_columns = 10;  // values in a row of a framed list
 constexpr std::string_view empty_cell = "--";
 
-std::string padded_left(std::string_view text, int width) {
-  const int missing = width - text_columns(text);
-  return std::string(static_cast<std::size_t>(std::max(0, missing)), ' ') + std::string(text);
-}
-std::string padded_right(std::string_view text, int width) {
-  const int missing = width - text_columns(text);
-  return std::string(text) + std::string(static_cast<std::size_t>(std::max(0, missing)), ' ');
-}
 std::string_view shown(const std::string& cell) { return cell.empty() ? empty_cell : cell; }
 
 int widest(std::span<const std::string> texts, int least) {
@@ -142,8 +134,8 @@ std::vector<std::string> dense_list(const list_table& table, int screen_columns)
   for (std::size_t i = 0; i < table.cells.size(); ++i) {
     if (table.cells[i].empty()) continue;
     const std::string item = std::to_string(i) + ":" + table.cells[i];
-    const std::size_t room = at(screen_columns);
-    if (!out.back().empty() && out.back().size() + 1 + item.size() > room) out.emplace_back();
+    if (!out.back().empty() && text_columns(out.back()) + 1 + text_columns(item) > screen_columns)
+      out.emplace_back();
     out.back() += (out.back().empty() ? "" : " ") + item;
   }
   if (out.back().empty()) out.back() = empty_cell;
