@@ -157,7 +157,15 @@ class generator {
   std::mt19937 engine_;
 };
 
-TEST(matrix_round_trip, written_matrices_read_back_the_same) {
+class matrix_round_trip : public ::testing::Test {
+ protected:
+  void TearDown() override {
+    zeb::wipe_matrix();
+    zeb_test::run_program("nstates nogaps num 16;");
+  }
+};
+
+TEST_F(matrix_round_trip, written_matrices_read_back_the_same) {
   zeb_test::start_program();
   for (unsigned seed = 1; seed <= 300; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -186,7 +194,7 @@ std::string replaced(std::string text, std::string_view what, std::string_view b
   return text;
 }
 
-TEST(matrix_round_trip, line_ends_and_blanks_make_no_difference) {
+TEST_F(matrix_round_trip, line_ends_and_blanks_make_no_difference) {
   const std::string plain =
       "xread 'two\nlines' 6 5\nout 0123?-\nant [01](23)4567\nbee 000000\ncat 1*1*1*\n"
       "dog ??????\n;\n";

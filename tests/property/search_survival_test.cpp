@@ -35,7 +35,7 @@ namespace {
 
 class search_survival : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { zeb_test::start_program(); }
+  static void SetUpTestSuite() { zeb_test::run_program("rseed 1;"); }
   void TearDown() override {
     arena.fail_countdown = -1;
     collapsing = {};

@@ -9,14 +9,14 @@
 #include <string_view>
 #include <vector>
 
-#include "base/arena.h"
 #include "base/command.h"
 #include "base/errors.h"
-#include "console/settings.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "language/list_kinds.h"
 #include "language/lists.h"
 #include "language/taxon_reference.h"
+#include "program.h"
 
 namespace zeb_test {
 
@@ -48,36 +48,47 @@ inline bool block_range(int block, int* first, int* end) {
   return true;
 }
 
-/// Registers the kinds "taxon", "character" and "tree" (no names) of that world, and opens the
-/// input. Once a process.
-inline void make_list_world() {
-  static bool made = false;
-  if (made) return;
-  made = true;
-  zeb::settings.beep = false;
-  zeb::create_arena(1'000'000);
-  zeb::start_input(3, "x", "tests");
-  zeb::list_kind kind{
-      .noun = "tree",
-      .count = [] { return elements; },
-      .group_count = [] { return groups; },
-      .group_name = [](int group) -> std::string_view {
-        return group_names()[static_cast<std::size_t>(group)];
-      },
-      .group_defined = [](int group) { return group < 3; },
-      .in_group = [](int element, int group) { return group < 3 && element % (group + 2) == 0; }};
-  zeb::register_list_kind(kind);
-  kind.name = [](int element) -> std::string_view {
-    return element_names()[static_cast<std::size_t>(element)];
-  };
-  kind.noun = "taxon";
-  zeb::register_list_kind(kind);
-  kind.noun = "character";
-  kind.block_range = block_range;
-  kind.block_count = [] { return blocks; };
-  kind.block_named = [](std::string_view word) { return zeb::is_prefix(word, "second") ? 2 : -1; };
-  zeb::register_list_kind(kind);
-}
+/// In the place of the program's kinds "taxon", "character" and "tree" (no names) those of that
+/// world, as long as the object lives.
+class list_world {
+ public:
+  list_world() {
+    start_program();
+    for (const std::string_view noun : {"tree", "taxon", "character"}) {
+      of_program_.push_back(zeb::find_list_kind(noun));
+    }
+    zeb::list_kind kind{
+        .noun = "tree",
+        .count = [] { return elements; },
+        .group_count = [] { return groups; },
+        .group_name = [](int group) -> std::string_view {
+          return group_names()[static_cast<std::size_t>(group)];
+        },
+        .group_defined = [](int group) { return group < 3; },
+        .in_group = [](int element, int group) { return group < 3 && element % (group + 2) == 0; }};
+    zeb::register_list_kind(kind);
+    kind.name = [](int element) -> std::string_view {
+      return element_names()[static_cast<std::size_t>(element)];
+    };
+    kind.noun = "taxon";
+    zeb::register_list_kind(kind);
+    kind.noun = "character";
+    kind.block_range = block_range;
+    kind.block_count = [] { return blocks; };
+    kind.block_named = [](std::string_view word) {
+      return zeb::is_prefix(word, "second") ? 2 : -1;
+    };
+    zeb::register_list_kind(kind);
+  }
+  ~list_world() {
+    for (const zeb::list_kind& kind : of_program_) zeb::register_list_kind(kind);
+  }
+  list_world(const list_world&) = delete;
+  list_world& operator=(const list_world&) = delete;
+
+ private:
+  std::vector<zeb::list_kind> of_program_;
+};
 
 /// Reads `text` as a list of `kind`. Nothing where it ended in an error. `rest`, if given, gets the
 /// character at which the list ended.
@@ -85,7 +96,7 @@ inline std::optional<std::vector<std::uint8_t>> read_list_of(std::string_view te
                                                              std::string_view kind,
                                                              unsigned flags = 0,
                                                              int* rest = nullptr) {
-  make_list_world();
+  const list_world world;
   std::vector<std::uint8_t> marks(elements, 7);
   const zeb::jump_context context;
   zeb::push_string(text, "list");
@@ -105,6 +116,7 @@ inline void check_marks(const std::vector<std::uint8_t>& marks) {
 }
 
 inline void probe_taxon(const std::string& text) {
+  const list_world world;
   std::vector<std::uint8_t> marks(elements);
   const zeb::jump_context context;
   zeb::push_string(text, "taxon");
@@ -121,7 +133,6 @@ inline void probe_taxon(const std::string& text) {
 /// The first byte chooses kind and flags.
 inline void probe_list_parser(std::string_view text) {
   static const char* const kinds[] = {"taxon", "character", "tree"};
-  make_list_world();
   if (text.empty()) return;
   const auto choice = static_cast<unsigned char>(text.front());
   // A zero byte ends a text of the input.

@@ -55,7 +55,7 @@ TEST(lists, what_is_not_there_is_an_error) {
 }
 
 TEST(lists, one_taxon_by_reference) {
-  make_list_world();
+  const list_world world;
   const auto read = [](std::string_view text, std::vector<std::uint8_t>& marks) {
     zeb::push_string(text, "taxon");
     const int taxon = zeb::read_taxon(marks);
