@@ -10,5 +10,3 @@ add_custom_command(
           ${CMAKE_CURRENT_SOURCE_DIR}/cmake/zeb.1.in
   VERBATIM)
 add_custom_target(zeb_manual ALL DEPENDS ${zeb_manual})
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zeb.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/commands.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
