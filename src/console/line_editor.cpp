@@ -1,8 +1,8 @@
 #include "console/line_editor.h"
 
 #include <algorithm>
-#include <charconv>
 
+#include "base/number_text.h"
 #include "base/text_columns.h"
 #include "console/keys.h"
 
@@ -40,10 +40,9 @@ std::string console_history::file_text() const {
 }
 
 void console_history::read_file_text(std::string_view text) {
-  std::size_t count = 0;
-  const auto [after, fault] = std::from_chars(text.data(), text.data() + text.size(), count);
-  if (fault != std::errc() || after == text.data() + text.size() || *after != ' ') return;
-  text.remove_prefix(static_cast<std::size_t>(after - text.data()) + 1);
+  std::size_t count = take_whole<std::size_t>(text).value_or(0);
+  if (!text.starts_with(' ')) return;
+  text.remove_prefix(1);
   for (; count > 0; --count) {
     const std::size_t end = text.find(line_mark);
     if (end == std::string_view::npos) return;

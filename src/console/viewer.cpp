@@ -1,7 +1,6 @@
 #include "console/viewer.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -10,6 +9,7 @@
 
 #include "base/input_file.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "base/text_columns.h"
 #include "console/console.h"
 #include "console/keys.h"
@@ -243,9 +243,8 @@ void viewer::go_to_line() {
   write_terminal(move_cursor_code(screen.rows - 2, 0));
   const std::optional<std::string> text = typed("\n\rGo to line: ");
   if (!text) return;
-  std::size_t number = 0;
-  const auto [end, fault] = std::from_chars(text->data(), text->data() + text->size(), number);
-  if (fault != std::errc() || number == 0 || number > text_.count) {
+  const std::size_t number = whole_of<std::size_t>(*text).value_or(0);
+  if (number == 0 || number > text_.count) {
     note_ = text_of("Lines go from 1 to %i", static_cast<int>(text_.count));
     return;
   }

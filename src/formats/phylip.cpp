@@ -1,11 +1,11 @@
 #include "formats/phylip.h"
 
 #include <array>
-#include <charconv>
 #include <optional>
 #include <vector>
 
 #include "base/errors.h"
+#include "base/number_text.h"
 #include "formats/foreign_matrix.h"
 #include "formats/text_lines.h"
 #include "matrix/reading/block_format.h"
@@ -46,11 +46,7 @@ void phylip_row::add(std::string_view text, std::size_t line) {
 
 std::int64_t read_number(std::string_view& text) {
   text = trimmed(text);
-  std::int64_t value = -1;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc()) return -1;
-  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-  return value;
+  return take_whole<std::int64_t>(text).value_or(-1);
 }
 
 struct name_and_cells {

@@ -86,7 +86,7 @@ double last_landmark_character() {
 // The error margin of landmark searches, which aren't there yet.
 double landmark_error() {
   if (brackets_follow()) {
-    const double which = bracketed_values(1, 1)[0];
+    const double which = bracketed_whole_values(1, 1)[0];
     if (!(which >= 0 && which < 5)) error_end("Landmark error margin is 0-4");
   }
   error_end("Expression \"lmerror\" is not available yet");

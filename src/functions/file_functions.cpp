@@ -2,11 +2,11 @@
 #include <sys/stat.h>
 
 #include <cctype>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "base/errors.h"
+#include "base/number_text.h"
 #include "functions/subjects.h"
 #include "language/input.h"
 #include "language/lexer.h"
@@ -28,14 +28,13 @@ double line_number() { return active_script_file().line; }
 double next_number() {
   script_file& file = active_script_file();
   const std::string text = script_file_number(file);
-  char* end = nullptr;
-  const double value = std::strtod(text.c_str(), &end);
-  if (text.empty() || end == text.c_str()) {
+  const std::optional<double> value = real_of(text);
+  if (!value) {
     const std::string found = text + script_file_string(file);
     error_end("Expected a number in file", file.name,
               "found:", found.empty() ? "end of file" : found);
   }
-  return value;
+  return *value;
 }
 
 // "isfile name" or "isfile[name]".
@@ -112,7 +111,7 @@ double text_from_file() {
     const int c = skip_blanks_peek();
     if (c == ':') {
       next_nonblank();
-      const double size = macro_value();
+      const double size = macro_whole_value();
       if (!(size >= 1)) error_end("Size of text to copy must be >= 1");
       if (size < static_cast<double>(room)) most = static_cast<std::size_t>(size);
     } else if (c == '/') {

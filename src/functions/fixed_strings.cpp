@@ -19,7 +19,7 @@ namespace zeb {
 namespace {
 
 int number_below(int count, const char* noun) {
-  const double value = macro_value();
+  const double value = macro_whole_value();
   if (!(value >= 0) || value >= count) error_end("No", noun, value_text(value));
   return static_cast<int>(value);
 }

@@ -69,7 +69,7 @@ std::uint32_t bits_of(double value) {
   return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
 }
 
-double bits_set() { return std::popcount(bits_of(bracketed_values(1, 1)[0])); }
+double bits_set() { return std::popcount(bits_of(bracketed_whole_values(1, 1)[0])); }
 
 double random_number() {
   const std::vector<double> v = bracketed_whole_values(2, 2);
@@ -103,7 +103,7 @@ double random_list() {
 
 // Change between two state sets: steps between ranges, or 0/1 for sets that meet or don't.
 double state_difference() {
-  const std::vector<double> v = bracketed_values(0, 3);
+  const std::vector<double> v = bracketed_whole_values(0, 3);
   if (v.size() < 3) error_end("Usage: statediff[S1 S2 0/1]");
   const auto a = bits_of(v[0]);
   const auto b = bits_of(v[1]);

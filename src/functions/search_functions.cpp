@@ -35,7 +35,7 @@ double taxa_of_big_tree() { error_end("Expression \"bigntax\" invalid in present
 
 // Ten values of an estimate of search effort, which isn't there yet.
 double search_effort() {
-  const std::vector<double> which = bracketed_values(1, 1);
+  const std::vector<double> which = bracketed_whole_values(1, 1);
   if (!(which[0] >= 0 && which[0] <= 9)) error_end("\"lastsibyl\" can take 10 values (0-9)");
   error_end("Expression \"lastsibyl\" is not available yet");
 }

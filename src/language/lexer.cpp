@@ -6,11 +6,11 @@
 #include <cctype>
 #include <climits>
 #include <cmath>
-#include <cstdlib>
 
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "language/hooks.h"
 #include "language/input.h"
 
@@ -193,7 +193,7 @@ bool plain_read_value(double* value, bool* parenthesised) {
     if (negative) unread_char();
     return false;
   }
-  char text[longest_number + 1];
+  char text[longest_number];
   int length = 0;
   bool point = false;
   while (is_digit(c) || (c == '.' && !point)) {
@@ -203,8 +203,7 @@ bool plain_read_value(double* value, bool* parenthesised) {
     c = read_char();
   }
   unread_char();
-  text[length] = 0;
-  *value = std::strtod(text, nullptr);
+  *value = real_of({text, static_cast<std::size_t>(length)}).value_or(0);
   if (negative) *value = -*value;
   return true;
 }

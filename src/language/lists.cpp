@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "base/errors.h"
+#include "base/number_text.h"
 #include "language/hooks.h"
 #include "language/input.h"
 #include "language/lexer.h"
@@ -306,8 +307,8 @@ bool list_reader::read_range_in(std::string_view word) {
   if (from == no_number) return false;
   int last = limit_ - 1;
   if (const std::string_view end = word.substr(point + 1); !end.empty()) {
-    const bool digits = end.size() < 10 && end.find_first_not_of("0123456789") == end.npos;
-    const std::int64_t to = digits ? std::stoi(std::string(end)) : number_of_word(end);
+    const std::optional<int> written = whole_of<int>(end);
+    const std::int64_t to = written.value_or(-1) >= 0 ? *written : number_of_word(end);
     if (to == no_number) return false;
     last = element_of(to);
   }

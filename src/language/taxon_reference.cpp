@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "base/errors.h"
+#include "base/number_text.h"
 #include "language/hooks.h"
 #include "language/input.h"
 #include "language/lexer.h"
@@ -119,7 +120,7 @@ int taxon_of_word(const std::string& word, std::span<std::uint8_t> marks) {
     error_end("Unidentified taxon name:", static_cast<char>(std::max(peek_char(), 32)));
   }
   if (std::all_of(word.begin(), word.end(), [](unsigned char c) { return std::isdigit(c); })) {
-    const int number = word.size() > 9 ? -1 : std::stoi(word);
+    const int number = whole_of<int>(word).value_or(-1);
     if (number < 0 || number >= count) error_end("Error: no taxon", word);
     return number;
   }

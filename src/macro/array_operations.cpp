@@ -163,7 +163,7 @@ void store_all(const whole_array& target, const operand& left, cell_operation op
 }
 
 void fill_at_random(const whole_array& target) {
-  const double largest = macro_value();
+  const double largest = macro_whole_value();
   if (largest > 32767) error_end("Maximum value for random numbers is 32767");
   if (largest < 0) error_end("Value or expression required");
   const int values = static_cast<int>(largest) + 1;

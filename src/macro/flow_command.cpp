@@ -28,7 +28,7 @@ constexpr const char* usage = "Usage: loop (from)[+increase] (to) ... action(s).
 std::int64_t loop_bound(const char* what) {
   double value = 0;
   if (skip_blanks_peek() == ';') error_end(usage + std::string("Loop needs two numbers"));
-  value = macro_value();
+  value = macro_whole_value();
   if (value < 0) error_end(usage + std::string("\"") + what + "\" is a negative number");
   if (value > 2147483647) error_end(usage + std::string("\"") + what + "\" is too large");
   return static_cast<std::int64_t>(value);
@@ -69,7 +69,7 @@ void loop_command() {
   if (sign == '+' || sign == '-') {
     read_raw_char();
     written = true;
-    const double value = macro_value();
+    const double value = macro_whole_value();
     if (value < 0) error_end(usage + std::string("Error reading value for increase"));
     step = static_cast<std::int64_t>(value > 2147483647 ? 2147483647 : value);
     if (sign == '-') step = -step;
@@ -112,7 +112,7 @@ void continue_command() {
 void setloop_command() {
   require_macros();
   require_loop();
-  const double value = macro_value();
+  const double value = macro_whole_value();
   if (value < 0) error_end("Loops can't be set to a negative number");
   macros.loops[macros.level].current =
       static_cast<std::int64_t>(value > 2147483647 ? 2147483647 : value);

@@ -114,7 +114,7 @@ int read_sought_character() {
   const int c = next_nonblank();
   if (c == ';') error_end("No string specified");
   if (c != '&' || !std::isdigit(skip_blanks_peek())) return c;
-  return static_cast<int>(macro_value()) & 255;
+  return static_cast<int>(macro_whole_value()) & 255;
 }
 
 void seek_character(script_file& file) {

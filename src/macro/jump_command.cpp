@@ -1,5 +1,4 @@
 // `goto`, `label`, `return`, `recurse`, `errmsg`: moving about in run files.
-#include <cctype>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -103,7 +102,7 @@ void return_command() {
   if (accept_char('=')) macros.frames.back().keep_names = true;
   double status = 0;
   if (skip_blanks_peek() != ';') {
-    status = macro_value();
+    status = macro_whole_value();
     macros.exit_status =
         status > 2147483647.0 || status < -2147483648.0 ? 0 : static_cast<int>(status);
     if (settings.report) emitf("Exit status = %i", macros.exit_status);

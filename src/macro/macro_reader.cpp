@@ -28,7 +28,7 @@ bool expand_loop_counter() {
   if (std::isdigit(next) || next == '(') {
     const int number = [&] {
       if (next == '(') {
-        const double value = macro_value();
+        const double value = macro_whole_value();
         return value >= 0 && value < 10000 ? static_cast<int>(value) : -1;
       }
       int value = 0;
@@ -68,7 +68,7 @@ void expand_argument() {
   double number = 0;
   if (next == '(') {
     unread_raw_char();
-    number = macro_value();
+    number = macro_whole_value();
   } else {
     number = next - '0';
   }

@@ -3,14 +3,13 @@
 
 #include <array>
 #include <cctype>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
 #include "base/errors.h"
+#include "base/number_text.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "macro/hooks.h"
@@ -73,7 +72,7 @@ double read_bit_set() {
     const int next = skip_blanks_peek();
     if (next == ';' || next == '{')
       error_end("Symbol", static_cast<char>(next), "found when expecting number or expression");
-    const double bit = macro_value();
+    const double bit = macro_whole_value();
     if (bit < 0) error_end("Cannot set negative bits: -" + value_text(-bit));
     if (bit > 29) error_end("Can't store more than 30 bits (0-29) in variables");
     const double value = std::ldexp(1.0, static_cast<int>(bit));
@@ -135,10 +134,7 @@ bool read_operand(read_number* result, reading mode) {
   const char* from = input.read_position;
   const std::string token = read_token();
   if (std::isdigit(static_cast<unsigned char>(token[0]))) {
-    double number = 0;
-    const auto read = std::from_chars(token.data(), token.data() + token.size(), number);
-    if (read.ec == std::errc::result_out_of_range) number = std::strtod(token.c_str(), nullptr);
-    result->value = sign * number;
+    result->value = sign * real_of(token).value_or(0);
     return true;
   }
   const int variable = find_variable(token);
@@ -299,12 +295,13 @@ read_number macro_number() {
 
 double macro_value() { return macro_number().value; }
 
-double macro_whole_value() {
-  const read_number number = macro_number();
+double whole_value(const read_number& number) {
   const double whole = std::trunc(number.value);
   if (whole != number.value && !number.parenthesised) error_end("Expected integral number");
   return whole;
 }
+
+double macro_whole_value() { return whole_value(macro_number()); }
 
 bool macro_list_word(std::string_view word, bool names_element, double* value) {
   const int variable = find_variable(word);
@@ -317,12 +314,14 @@ bool macro_list_word(std::string_view word, bool names_element, double* value) {
 }
 
 double macro_subscript(bool minus_opens_range) {
-  double value = macro_value();
+  read_number number = macro_number();
   for (;;) {
     const int c = skip_blanks_peek();
-    if (c != '+' && c != '*' && c != '/' && (c != '-' || minus_opens_range)) return value;
+    if (c != '+' && c != '*' && c != '/' && (c != '-' || minus_opens_range))
+      return whole_value(number);
     read_char();
-    value = apply(static_cast<char>(c), value, macro_value());
+    number.value = apply(static_cast<char>(c), number.value, macro_value());
+    number.parenthesised = true;
   }
 }
 

@@ -31,15 +31,18 @@ bool macro_read_value(double* value, bool* parenthesised);
 /// before ";".
 double macro_value();
 read_number macro_number();
-/// The same for a whole number, as a double. The fraction of an expression in parentheses is
+/// The whole number that was read, as a double. The fraction of an expression in parentheses is
 /// dropped; any other is "Expected integral number".
+double whole_value(const read_number& number);
+/// The same of the number that comes next.
 double macro_whole_value();
 
 /// The number that a word in a list of elements stands for: a variable's, or a function's value
 /// unless the word is an element's whole name.
 bool macro_list_word(std::string_view word, bool names_element, double* value);
 
-/// A subscript: values joined by + * / and, unless it opens a range, by -.
+/// A subscript: values joined by + * / and, unless it opens a range, by -. What is computed drops
+/// its fraction.
 double macro_subscript(bool minus_opens_range);
 
 /// How an expression ends.

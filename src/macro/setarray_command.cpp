@@ -24,7 +24,7 @@ std::vector<int> read_sizes() {
   for (;;) {
     const int c = skip_blanks_peek();
     if (!std::isdigit(c) && c != '(' && c != '\'') error_end("Must specify dimension");
-    const double size = std::trunc(macro_value());
+    const double size = macro_whole_value();
     if (!(size > 0) || size > 2147483647) error_end("Must specify dimension");
     if (sizes.size() == most_dimensions)
       error_end("Variables cannot have more than", most_dimensions, "dimensions");

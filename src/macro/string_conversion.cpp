@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "base/errors.h"
+#include "base/number_text.h"
 #include "base/text_columns.h"
 #include "language/input.h"
 #include "language/lexer.h"
@@ -53,11 +54,11 @@ std::string protein_text(double value) {
 
 bool own_fixed_string(std::string_view word, std::string* text) {
   if (word == "bitset") {
-    *text = bit_set_text(macro_value());
+    *text = bit_set_text(macro_whole_value());
   } else if (word == "dnabitset") {
-    *text = dna_text(macro_value());
+    *text = dna_text(macro_whole_value());
   } else if (word == "protbitset") {
-    *text = protein_text(macro_value());
+    *text = protein_text(macro_whole_value());
   } else if (word == "curwd") {
     char buffer[4096];
     *text = getcwd(buffer, sizeof buffer) ? buffer : "";
@@ -76,12 +77,10 @@ int simple_reference(const std::string& stored, std::size_t* at, char quote) {
   }
   const std::string text = stored.substr(*at + 1, close - *at - 1);
   *at = close;
-  if (!text.empty() &&
-      std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); }) &&
-      text.size() < 9) {
-    const int number = std::stoi(text) + var_shift();
+  if (const std::optional<int> written = whole_of<int>(text); written.value_or(-1) >= 0) {
+    const double number = static_cast<double>(*written) + var_shift();
     check_variable(number);
-    return number;
+    return static_cast<int>(number);
   }
   const int number = find_variable(text);
   if (number < 0)
@@ -129,7 +128,7 @@ void apply_suffixes(std::string& text) {
       read_raw_char();
       const int sign = peek_raw_char();
       if (sign == '-' || sign == '+') read_raw_char();
-      const double size = macro_value();
+      const double size = macro_whole_value();
       if (!(size >= 0) || size > 8499)
         error_end("Cannot make string conversion so long ( max. 8500)");
       const auto n = static_cast<std::size_t>(size);

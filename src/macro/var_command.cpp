@@ -219,7 +219,7 @@ void name_numbered() {
     if (accept_char('+')) {
       number = next_free_variable();
     } else if (std::isdigit(c) || c == '(') {
-      const double value = macro_value() + var_shift();
+      const double value = macro_whole_value() + var_shift();
       check_variable(value);
       number = static_cast<int>(value);
     } else if (next < 0) {
@@ -244,7 +244,7 @@ void dename() {
   }
   const read_number read = macro_number();
   check_end();
-  const double number = read.named ? read.value : read.value + var_shift();
+  const double number = whole_value(read) + (read.named ? 0 : var_shift());
   if (!(number >= 0)) error_end("No variable number", value_text(number));
   // Variables above N go, N itself stays.
   if (number < macros.max_variables) dename_from(static_cast<int>(number) + 1);

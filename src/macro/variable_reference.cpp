@@ -1,7 +1,6 @@
 #include "macro/variable_reference.h"
 
 #include <cmath>
-#include <cstdlib>
 
 #include "base/errors.h"
 #include "language/input.h"
@@ -32,7 +31,7 @@ void check_subscript(int base, std::span<const int> sizes, std::size_t which, do
 
 // The character of an ASCII code, between the values of a range.
 char read_separator() {
-  const double code = macro_value();
+  const double code = macro_whole_value();
   return code >= 1 && code < 256 ? static_cast<char>(static_cast<int>(code)) : ' ';
 }
 
@@ -61,6 +60,7 @@ int read_variable_number(bool* named) {
   if (named) *named = read.named;
   const double number = read.named ? read.value : read.value + var_shift();
   if (read.value < 0) error_end("No variable number", value_text(read.value));
+  whole_value(read);
   check_variable(number);
   return static_cast<int>(number);
 }
@@ -93,7 +93,7 @@ variable_reference read_subscripts(int base, bool named, bool ranges) {
       continue;
     }
     if (reference.range) error_end("Ranges are valid only for the last dimension");
-    const double subscript = std::trunc(macro_subscript(ranges));
+    const double subscript = macro_subscript(ranges);
     if (macros.protection)
       check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts), subscript);
     // Each subscript but the first starts from where the index cell points.
@@ -112,7 +112,7 @@ variable_reference read_subscripts(int base, bool named, bool ranges) {
     if (!ranges) continue;
     if (!macros.protection) error_end("Ranges valid only under macro protected mode");
     next_nonblank();
-    const double end = std::trunc(macro_subscript(false));
+    const double end = macro_subscript(false);
     check_subscript(base, sizes, static_cast<std::size_t>(reference.subscripts) - 1, end);
     if (reference.subscripts < reference.dimensions)
       error_end("Ranges are valid only for the last dimension");

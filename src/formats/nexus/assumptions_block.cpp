@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/number_text.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "formats/nexus/data_rows.h"
@@ -71,10 +71,8 @@ void read_types(nexus_file& file) {
 }
 
 int read_weight(nexus_file& file, const std::string& text) {
-  char* end = nullptr;
-  const double weight = std::strtod(text.c_str(), &end);
-  if (text.empty() || *end || !(weight >= 0) || weight > largest_weight)
-    file.in.fail("bad weight " + text);
+  const double weight = real_of(text).value_or(-1);
+  if (!(weight >= 0) || weight > largest_weight) file.in.fail("bad weight " + text);
   const int whole = static_cast<int>(std::lround(weight));
   if (weight != whole) warning("Weight", text, "is not a whole number: rounded to", whole);
   return whole;

@@ -1,10 +1,10 @@
 #include "formats/nexus/tokens.h"
 
 #include <cctype>
-#include <charconv>
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "language/input.h"
 
 namespace zeb {
@@ -179,9 +179,9 @@ std::string lower_case(std::string_view text) {
 }
 
 bool whole_number(std::string_view text, int lowest, int highest, int* value) {
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
-  return error == std::errc() && end == text.data() + text.size() && *value >= lowest &&
-         *value <= highest;
+  const std::optional<int> read = whole_of<int>(text);
+  if (read) *value = *read;
+  return read && *read >= lowest && *read <= highest;
 }
 
 }  // namespace zeb

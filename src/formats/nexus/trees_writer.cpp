@@ -1,12 +1,13 @@
 #include "formats/nexus/trees_writer.h"
 
 #include <cctype>
-#include <cstdlib>
+#include <cmath>
 #include <string>
 
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "formats/labelled_trees.h"
 #include "formats/newick.h"
 #include "matrix/matrix.h"
@@ -17,12 +18,7 @@ namespace zeb {
 
 namespace {
 
-bool is_number(const std::string& text) {
-  if (text.empty() || std::isspace(static_cast<unsigned char>(text[0]))) return false;
-  char* end = nullptr;
-  std::strtod(text.c_str(), &end);
-  return *end == '\0';
-}
+bool is_number(const std::string& text) { return std::isfinite(real_of(text).value_or(INFINITY)); }
 
 // A tag as a label, a length, or both: "0.9/0.05" is what a label and a length are read into.
 class tag_texts {

@@ -1,6 +1,5 @@
 #include "matrix/reading/cell_editing.h"
 
-#include <charconv>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -8,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/number_text.h"
 #include "base/random.h"
 #include "matrix/matrix.h"
 #include "matrix/symbols.h"
@@ -16,10 +16,8 @@ namespace zeb {
 namespace {
 
 std::uint32_t read_thousandths(int character, std::string_view text) {
-  double value = -1;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  if (result.ec != std::errc{} || result.ptr != end || !(value >= 0) || value > 65) {
+  const double value = real_of(text).value_or(-1);
+  if (!(value >= 0) || value > 65) {
     error_end("Continuous character", character, "takes values from 0 to 65; found", text);
   }
   return static_cast<std::uint32_t>(std::lround(value * 1000.0));

@@ -1,12 +1,12 @@
 #include "matrix/reading/continuous_reader.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/number_text.h"
 #include "language/input.h"
 
 namespace zeb {
@@ -36,28 +36,27 @@ continuous_value continuous_reader::parse(const row_place& place, int character,
                                           const std::string& text) {
   if (text == "?") return {};
   if (text == "*") return {value_inapplicable, value_inapplicable};
-  const char* p = text.data();
-  const char* const end = p + text.size();
+  std::string_view rest = text;
   double ends[2] = {0, 0};
   int found = 0;
   for (; found < 2; ++found) {
-    const bool starts_number = p < end && ((*p >= '0' && *p <= '9') || *p == '.');
-    const std::from_chars_result result =
-        starts_number ? std::from_chars(p, end, ends[found])
-                      : std::from_chars_result{p, std::errc::invalid_argument};
-    if (result.ec != std::errc{}) break;
-    p = result.ptr;
-    if (p == end) break;
-    if (found == 1 || *p != '-') {
+    if (rest.empty() || !(std::isdigit(static_cast<unsigned char>(rest[0])) || rest[0] == '.'))
+      break;
+    std::string_view after = rest;
+    ends[found] = take_real(after).value_or(INFINITY);
+    if (std::isinf(ends[found])) break;
+    rest = after;
+    if (rest.empty()) break;
+    if (found == 1 || rest[0] != '-') {
       found = 2;
       break;
     }
-    ++p;
+    rest.remove_prefix(1);
   }
-  if (found == 2 || p != end || text.back() == '-') {
+  if (found == 2 || !rest.empty() || text.back() == '-') {
     error_end_f("Taxon %i (%s), char. %i (block %i): expecting real number; found '%c'%s",
                 place.taxon, std::string(taxon_name(place.taxon)).c_str(), character, place.block,
-                p < end        ? *p
+                !rest.empty()  ? rest[0]
                 : text.empty() ? ';'
                                : text.back(),
                 place_in_file().c_str());

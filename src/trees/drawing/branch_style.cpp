@@ -8,6 +8,7 @@
 
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 
 namespace zeb {
 namespace {
@@ -52,18 +53,14 @@ std::string color_code::rgb() const {
 }
 
 color_code read_color_code(std::string_view text) {
-  const std::string copy(text);
   color_code code;
-  const char* p = copy.c_str();
-  while (*p && code.count < 5) {
-    char* end = nullptr;
-    code.value[code.count] = std::strtod(p, &end);
-    if (end == p || !std::isfinite(code.value[code.count])) break;
-    ++code.count;
-    p = end;
-    while (*p == ' ' || *p == ',' || *p == ':') ++p;
+  while (!text.empty() && code.count < 5) {
+    const std::optional<double> value = take_real(text);
+    if (!value || !std::isfinite(*value)) break;
+    code.value[code.count++] = *value;
+    text.remove_prefix(std::min(text.find_first_not_of(" ,:"), text.size()));
   }
-  if (*p) code.count = -1;
+  if (!text.empty()) code.count = -1;
   return code;
 }
 

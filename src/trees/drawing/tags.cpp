@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <map>
 #include <utility>
 
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
@@ -197,10 +197,9 @@ std::vector<double> tags_as_numbers(bool symbols, bool internal_only, int* bad_n
       values[at(n)] = -1.0 - static_cast<double>(symbol);
       continue;
     }
-    char* end = nullptr;
-    values[at(n)] = std::strtod(text.c_str(), &end);
-    const bool is_number = end != text.c_str() && *end == 0 && std::isfinite(values[at(n)]);
-    if (!is_number && *bad_node < 0) *bad_node = n;
+    const std::optional<double> value = real_of(text);
+    values[at(n)] = value.value_or(0);
+    if ((!value || !std::isfinite(*value)) && *bad_node < 0) *bad_node = n;
   }
   return values;
 }
