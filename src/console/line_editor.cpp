@@ -57,9 +57,7 @@ void console_history::read_file_text(std::string_view text) {
 line_editor::outcome line_editor::take(int key) {
   if (key >= 0x80 && key <= 0xFF) {
     partial_ += static_cast<char>(key);
-    const std::string whole = partial_ + "\x80\x80\x80";
-    // Complete once the bytes to come couldn't belong to it any more.
-    if (character_bytes(whole, 0) > partial_.size()) return outcome::going_on;
+    if (is_partial_character(partial_)) return outcome::going_on;
     std::string character;
     character.swap(partial_);
     return insert(character);

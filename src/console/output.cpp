@@ -5,6 +5,7 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
+#include "base/text_columns.h"
 #include "console/log.h"
 #include "console/screen.h"
 #include "console/settings.h"
@@ -26,8 +27,6 @@ struct line_buffer_state {
 };
 line_buffer_state line_buffer;
 
-bool continues_character(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
 void append(char c) {
   std::string& text = line_buffer.text;
   if (c == '\n') {
@@ -44,10 +43,9 @@ void append(char c) {
   }
   line_buffer.line_full = true;
   // Don't leave the first bytes of a character whose last ones are cut.
-  if (continues_character(c)) {
-    while (continues_character(text.back())) text.pop_back();
-    text.pop_back();
-  }
+  text += c;
+  const std::string_view line = std::string_view(text).substr(line_buffer.line_start);
+  text.resize(line_buffer.line_start + text_in_bytes(line, line_buffer_size).size());
 }
 
 void append(std::string_view text) {

@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/text_columns.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "language/list_text.h"
@@ -27,7 +28,7 @@ void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int
 }
 
 int foreign_taxa::find(const std::string& name) const {
-  const auto found = by_name_.find(name);
+  const auto found = by_name_.find(normal_form(name));
   return found == by_name_.end() ? -1 : found->second;
 }
 
@@ -35,7 +36,7 @@ int foreign_taxa::add(const std::string& name) {
   std::string word = name;
   std::replace(word.begin(), word.end(), ' ', '_');
   const int taxon = rows_.taxa_of_row(word, false).front();
-  by_name_.emplace(name, taxon);
+  by_name_.emplace(normal_form(name), taxon);
   return taxon;
 }
 

@@ -139,7 +139,7 @@ bool labelled_tree_reader::keep_tags(std::string_view title) {
 }
 
 int find_foreign_taxon(const std::string& label, taxon_names& names) {
-  std::string word = label;
+  std::string word = normal_form(label);
   for (char& c : word) {
     if (is_unfit_in_name(c, &c == word.data())) c = '_';
   }

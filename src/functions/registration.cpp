@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/text_columns.h"
 #include "functions/fixed_strings.h"
 #include "functions/function_table.h"
 #include "functions/user_arrays.h"
@@ -22,7 +23,7 @@ namespace {
 // Taxa come before characters.
 bool element_number(std::string_view token, double* value) {
   if (!matrix.present) return false;
-  const std::string word(token);
+  const std::string word = normal_form(token);
   for (int t = 0; t < matrix.ntax; ++t) {
     if (strcasecmp(std::string(taxon_name(t)).c_str(), word.c_str()) == 0) {
       *value = t;

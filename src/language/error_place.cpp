@@ -1,7 +1,6 @@
 #include "language/error_place.h"
 
-#include <algorithm>
-#include <cstring>
+#include <string_view>
 
 #include "base/text_columns.h"
 #include "console/output.h"
@@ -9,27 +8,25 @@
 namespace zeb {
 namespace {
 
-constexpr std::ptrdiff_t shown_before = 37;
-constexpr std::ptrdiff_t shown_width = 75;
-
-// A byte of UTF-8 that doesn't begin a character.
-bool is_inside_character(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
+// In bytes.
+constexpr std::size_t shown_before = 37;
+constexpr std::size_t shown_width = 75;
 
 }  // namespace
 
 void show_around(error_place& place, const char* text, const char* position) {
-  const char* end = text + std::strlen(text);
-  if (position < text || position > end || text == end) return;
-  const std::ptrdiff_t length = end - text;
-  const std::ptrdiff_t at_byte = position - text;
-  std::ptrdiff_t first = std::max<std::ptrdiff_t>(0, at_byte - shown_before);
-  if (length - first < shown_width) first = std::max<std::ptrdiff_t>(0, length - shown_width);
-  while (first < at_byte && is_inside_character(text[first])) ++first;
-  place.text = text_in_bytes({text + first, static_cast<std::size_t>(length - first)}, shown_width);
-  place.caret = text_columns(place.text.substr(0, static_cast<std::size_t>(at_byte - first)));
+  const std::string_view whole(text);
+  if (position < text || position > text + whole.size() || whole.empty()) return;
+  const auto at_byte = static_cast<std::size_t>(position - text);
+  std::size_t first = at_byte < shown_before ? 0 : at_byte - shown_before;
+  if (whole.size() - first < shown_width)
+    first = whole.size() < shown_width ? 0 : whole.size() - shown_width;
+  first = text_in_bytes(whole, first).size();
+  place.text = text_in_bytes(whole.substr(first), shown_width);
   for (char& c : place.text) {
     if (static_cast<unsigned char>(c) < 32) c = ' ';
   }
+  place.caret = text_columns(place.text.substr(0, at_byte - first));
 }
 
 void emit_place(const error_place& place) {

@@ -11,6 +11,7 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "base/number_text.h"
+#include "base/text_columns.h"
 #include "language/hooks.h"
 #include "language/input.h"
 
@@ -25,6 +26,7 @@ constexpr std::array<unsigned char, 256> make_name_chars() {
   for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = static_cast<unsigned char>(c);
   for (unsigned c = 'A'; c <= 'Z'; ++c) table[c] = static_cast<unsigned char>(c);
   for (const unsigned char c : {'_', '-', '.', '+'}) table[c] = c;
+  for (unsigned c = 0x80; c < 256; ++c) table[c] = static_cast<unsigned char>(c);
   return table;
 }
 
@@ -100,10 +102,12 @@ int read_word() {
 }
 
 int read_name() {
-  return read_token(lexer.name_limit, true, [](int c, int length) {
+  read_token(lexer.name_limit, true, [](int c, int length) {
     if (is_digit(c) && length > 0) return c;
     return static_cast<int>(name_chars[static_cast<std::size_t>(c) & 255]);
   });
+  set_token(normal_form(token()));
+  return lexer.token_length;
 }
 
 int read_item() {

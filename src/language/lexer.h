@@ -16,7 +16,8 @@ extern lexer_state lexer;
 /// What the last helper left in `token`.
 std::string_view token();
 
-/// The character itself where it may stand in a plain name (letters and "_-.+"), else 0.
+/// The character itself where it may stand in a plain name (letters, also those beyond
+/// ASCII, and "_-.+"), else 0.
 extern const std::array<unsigned char, 256> name_chars;
 
 /// Next non-blank character, left unread.
@@ -29,7 +30,7 @@ bool accept_char(int c);
 void skip_to(int c);
 /// Letters only, folded to lower case; returns the length. Over `name_limit`: "Name too long".
 int read_word();
-/// A name: characters of `name_chars`, and digits after the first. Same limit.
+/// A name in normal form: characters of `name_chars`, and digits after the first. Same limit.
 int read_name();
 /// Up to a blank or ";" (unread), at most 2,048 characters; returns the length, 0 before ";".
 int read_item();

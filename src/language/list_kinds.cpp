@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "base/errors.h"
+#include "base/text_columns.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
 
@@ -57,11 +58,12 @@ std::vector<int> elements_where(const list_kind& kind, int first, int end, predi
 
 }  // namespace
 
-std::vector<int> elements_named(const list_kind& kind, int first, int end, std::string_view word) {
+std::vector<int> elements_named(const list_kind& kind, int first, int end, std::string_view text) {
+  const std::string word = normal_form(text);
   const auto begins = [&word](std::string_view name) { return is_prefix(word, name); };
   std::vector<int> found = elements_where(kind, first, end, begins);
   if (!found.empty()) return found;
-  std::string stored(word);
+  std::string stored = word;
   std::replace_if(
       stored.begin(), stored.end(), [](char c) { return c == '+' || c == '-' || c == '/'; }, '_');
   if (stored != word) {
@@ -79,7 +81,7 @@ std::vector<int> elements_named(const list_kind& kind, int first, int end, std::
 
 std::vector<int> elements_containing(const list_kind& kind, int first, int end,
                                      std::string_view text) {
-  return elements_where(kind, first, end, [text](std::string_view name) {
+  return elements_where(kind, first, end, [text = normal_form(text)](std::string_view name) {
     return contains_ignoring_case(name, text);
   });
 }

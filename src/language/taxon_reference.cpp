@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/number_text.h"
+#include "base/text_columns.h"
 #include "language/hooks.h"
 #include "language/input.h"
 #include "language/lexer.h"
@@ -36,7 +37,7 @@ std::string read_reference_word() {
     }
   }
   unread_char();
-  return word;
+  return normal_form(word);
 }
 
 void mark_all(const std::vector<int>& elements, std::span<std::uint8_t> marks) {

@@ -127,7 +127,8 @@ bool read_operand(read_number* result, reading mode) {
     result->value = sign * read_bit_set();
     return true;
   }
-  if (!std::isalnum(c) && c != '_') {
+  const bool starts_word = std::isalnum(c) || c == '_' || (c >= 0x80 && macros.names_as_numbers);
+  if (!starts_word) {
     if (mode == reading::tolerant) return false;
     error_end("Symbol", static_cast<char>(c), "found when expecting number or expression");
   }

@@ -112,13 +112,16 @@ std::string taxon_label(int taxon) {
 }
 
 void set_taxon_name(int taxon, std::string_view name) {
-  const std::size_t n = text_in_bytes(name, at(matrix.name_length) - 1).size();
-  std::memcpy(matrix.taxon_names[at(taxon)], name.data(), n);
+  const std::string whole = normal_form(name);
+  const std::size_t n = text_in_bytes(whole, at(matrix.name_length) - 1).size();
+  std::memcpy(matrix.taxon_names[at(taxon)], whole.data(), n);
   matrix.taxon_names[at(taxon)][n] = '\0';
 }
 
 void set_character_name(int character, matrix_state::character_name name) {
   matrix.char_names.resize(at(matrix.nchar));
+  name.name = normal_form(name.name);
+  for (std::string& state : name.states) state = normal_form(state);
   matrix.char_names[at(character)] = std::move(name);
 }
 

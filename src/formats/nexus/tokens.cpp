@@ -5,6 +5,7 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "base/number_text.h"
+#include "base/text_columns.h"
 #include "language/input.h"
 
 namespace zeb {
@@ -61,6 +62,12 @@ nexus_token nexus_reader::token() {
     has_peeked_ = false;
     return peeked_;
   }
+  nexus_token result = read_token();
+  result.text = normal_form(result.text);
+  return result;
+}
+
+nexus_token nexus_reader::read_token() {
   nexus_token result;
   int c = next();
   while (c >= 0 && c < 33) c = next();
@@ -145,7 +152,7 @@ std::string nexus_reader::name(std::string_view ends) {
     result += static_cast<char>(c);
   }
   if (c >= 0) back();
-  return result;
+  return normal_form(result);
 }
 
 int nexus_reader::line() const { return input.top >= depth_ ? top_frame().line_number + 1 : 0; }

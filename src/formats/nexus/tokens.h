@@ -10,8 +10,8 @@ namespace zeb {
 /// A piece of a NEXUS file.
 struct nexus_token {
   enum class kind { word, punctuation, end } what = kind::end;
-  std::string
-      text;  // words without their quotes, blanks in them as "_"; one character of punctuation
+  // Words in normal form without their quotes, blanks in them as "_"; one character of punctuation.
+  std::string text;
   bool quoted = false;
   bool is(char c) const { return what == kind::punctuation && text[0] == c; }
   /// Is it this word, given in lower case? Case is ignored in the file; quoted words count too.
@@ -60,6 +60,7 @@ class nexus_reader {
   bool command_follows(nexus_token& first);
 
  private:
+  nexus_token read_token();
   int line() const;
   bool file_ended() const;
 

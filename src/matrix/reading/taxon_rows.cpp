@@ -19,11 +19,12 @@ bool is_unfit_in_name(char sign, bool is_first) {
 
 std::string taxon_rows::clean_name(std::string_view word) {
   const std::size_t longest = static_cast<std::size_t>(matrix.name_length) - 1;
-  if (word.size() > longest && !told_truncation_) {
+  const std::string whole = normal_form(word);
+  if (whole.size() > longest && !told_truncation_) {
     told_truncation_ = true;
     warning("Taxon names over", longest, "letters will be truncated");
   }
-  std::string name(text_in_bytes(word, longest));
+  std::string name(text_in_bytes(whole, longest));
   for (char& c : name) {
     if (!is_unfit_in_name(c, &c == name.data())) continue;
     if (told_symbols_.find(c) == std::string::npos) {
@@ -43,7 +44,7 @@ std::vector<int> taxon_rows::taxa_with_prefix(std::string_view word) const {
   const std::size_t end = std::min(word.find("..."), word.find("____"));
   std::vector<int> taxa;
   if (end == std::string_view::npos) return taxa;
-  std::string prefix(word.substr(0, end));
+  std::string prefix = normal_form(word.substr(0, end));
   for (char& c : prefix) {
     if (is_unfit_in_name(c, &c == prefix.data())) c = '_';
   }

@@ -7,6 +7,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/text_columns.h"
 #include "console/output.h"
 #include "language/input.h"
 #include "language/interpreter.h"
@@ -30,7 +31,8 @@ struct character_reference {
   int block = 0;   // 0: counted in the whole matrix
 };
 
-int character_named(std::string_view word, int first, int end) {
+int character_named(std::string_view text, int first, int end) {
+  const std::string word = normal_form(text);
   for (int exact = 1; exact >= 0; --exact) {
     for (int c = first; c < end; ++c) {
       if (at(c) >= matrix.char_names.size()) break;

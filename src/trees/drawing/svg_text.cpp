@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 
+#include "base/text_columns.h"
+
 namespace zeb {
 namespace {
 
@@ -18,55 +20,18 @@ constexpr double latin_width = 0.75;  // other characters below U+2000, of the f
 constexpr double wide_width = 1.05;   // all others
 constexpr double generosity = 1.06;
 
-constexpr std::uint32_t replacement = 0xfffd;
+constexpr std::int32_t replacement = 0xfffd;
 
-bool is_allowed_in_xml(std::uint32_t c) {
+bool is_allowed_in_xml(std::int32_t c) {
   if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
-  return !(c >= 0x7f && c < 0xa0) && !(c >= 0xd800 && c < 0xe000) && c != 0xfffe && c != 0xffff &&
-         c <= 0x10ffff;
+  return !(c >= 0x7f && c < 0xa0) && c != 0xfffe && c != 0xffff;
 }
 
-/// Takes one character off the front. Overlong forms and stray bytes stand for themselves.
-std::uint32_t take_character(std::string_view& text) {
-  const auto byte = [&](std::size_t i) -> std::uint32_t {
-    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
-  };
-  const std::uint32_t first = byte(0);
-  const std::size_t length = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : first >= 0xc0 ? 2 : 1;
-  constexpr std::array<std::uint32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000};
-  if (length > 1 && first < 0xf8) {
-    std::uint32_t c = first & (0xffU >> (length + 1));
-    bool is_sequence = true;
-    for (std::size_t i = 1; i < length; ++i) {
-      is_sequence = is_sequence && (byte(i) & 0xc0) == 0x80;
-      c = (c << 6) | (byte(i) & 0x3f);
-    }
-    if (is_sequence && c >= least[length]) {
-      text.remove_prefix(length);
-      return is_allowed_in_xml(c) ? c : replacement;
-    }
-  }
-  text.remove_prefix(1);
-  return is_allowed_in_xml(first) ? first : replacement;
-}
-
-void append_utf8(std::string& out, std::uint32_t c) {
-  const auto tail = [&](unsigned shift) { out += static_cast<char>(0x80 | ((c >> shift) & 0x3f)); };
-  if (c < 0x80) {
-    out += static_cast<char>(c);
-  } else if (c < 0x800) {
-    out += static_cast<char>(0xc0 | (c >> 6));
-    tail(0);
-  } else if (c < 0x10000) {
-    out += static_cast<char>(0xe0 | (c >> 12));
-    tail(6);
-    tail(0);
-  } else {
-    out += static_cast<char>(0xf0 | (c >> 18));
-    tail(12);
-    tail(6);
-    tail(0);
-  }
+/// Takes one character off the front. Bytes that are no UTF-8 stand for themselves.
+std::int32_t take_character(std::string_view& text) {
+  std::int32_t c = 0;
+  text.remove_prefix(character_bytes(text, 0, &c));
+  return is_allowed_in_xml(c) ? c : replacement;
 }
 
 }  // namespace
@@ -75,7 +40,7 @@ std::string xml_text(std::string_view text) {
   std::string out;
   out.reserve(text.size());
   while (!text.empty()) {
-    const std::uint32_t c = take_character(text);
+    const std::int32_t c = take_character(text);
     switch (c) {
       case '&':
         out += "&amp;";
@@ -93,7 +58,7 @@ std::string xml_text(std::string_view text) {
         out += "&apos;";
         break;
       default:
-        append_utf8(out, c);
+        append_character(out, c);
     }
   }
   return out;
@@ -102,9 +67,9 @@ std::string xml_text(std::string_view text) {
 double svg_text_width(std::string_view text, double font_size) {
   double width = 0;
   while (!text.empty()) {
-    const std::uint32_t c = take_character(text);
+    const std::int32_t c = take_character(text);
     if (c >= 32 && c < 127)
-      width += character_widths[c - 32] / 1000.0;
+      width += character_widths[static_cast<std::size_t>(c) - 32] / 1000.0;
     else
       width += c < 0x2000 ? latin_width : wide_width;
   }

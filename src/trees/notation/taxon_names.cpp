@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "base/indices.h"
+#include "base/text_columns.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -11,7 +12,7 @@ namespace zeb {
 namespace {
 
 std::string folded(std::string_view word) {
-  std::string result(word);
+  std::string result = normal_form(word);
   for (char& c : result) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return result;
 }

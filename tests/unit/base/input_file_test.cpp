@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <zlib.h>
 
 #include <cstdio>
@@ -16,7 +17,7 @@ class reading_files : public testing::Test {
  protected:
   void TearDown() override { std::remove(name_.c_str()); }
   void write(const std::string& bytes) { std::ofstream(name_, std::ios::binary) << bytes; }
-  std::string name_ = testing::TempDir() + "zeb_input_file_test";
+  std::string name_ = testing::TempDir() + "zeb_input_file_test_" + std::to_string(getpid());
 };
 
 // As gzip writes it; `level` 0 stores.

@@ -18,7 +18,7 @@ namespace {
 class writing_files : public testing::Test {
  protected:
   void SetUp() override {
-    folder_ = testing::TempDir() + "zeb_output_file_test";
+    folder_ = testing::TempDir() + "zeb_output_file_test_" + std::to_string(getpid());
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directory(folder_);
     name_ = folder_ + "/file";
