@@ -1,7 +1,6 @@
 // `hifile`: opening and moving through the input files of a script.
 #include <algorithm>
 #include <cctype>
-#include <cmath>
 #include <string>
 #include <utility>
 
@@ -59,9 +58,7 @@ int read_bracketed_file() {
 std::int64_t read_count() {
   if (skip_blanks_peek() == ';') return 1;
   double value = 1;
-  bool parenthesised = false;
-  if (!read_value(&value, &parenthesised)) return 1;
-  if (value != std::trunc(value) && !parenthesised) error_end("Expected integral number");
+  if (!read_optional_whole(&value)) return 1;
   return value < 0 ? 0 : value > 9e15 ? 9'000'000'000'000'000 : static_cast<std::int64_t>(value);
 }
 
