@@ -112,7 +112,7 @@ void read_fasta_file(int /*option*/, const std::string& type_word, const std::st
   begin_foreign_matrix(file, static_cast<std::int64_t>(sequences.size()),
                        static_cast<std::int64_t>(sequences.front().length));
   sequence_cells cells(type);
-  foreign_taxa taxa(matrix.ntax);
+  foreign_taxa taxa(matrix.ntax, warning_of_long_names());
   for (const fasta_sequence& sequence : sequences) {
     check_interrupt();
     show_progress("Converting matrix", taxa.count(), matrix.ntax);

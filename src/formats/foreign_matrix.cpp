@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "console/settings.h"
@@ -21,10 +23,35 @@ void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int
   if (nchar < 1 || nchar > most) error_end("Must specify number of characters");
   if (ntax < 4 || ntax > most) error_end("Must specify number of taxa (4 or more)");
   warn_of_replacement(source.c_str());
+  lay_out_foreign_matrix(source, static_cast<int>(ntax), static_cast<int>(nchar), title);
+}
+
+void lay_out_foreign_matrix(const std::string& source, int ntax, int nchar,
+                            const std::string& title) {
   wipe_matrix();
-  make_room_for_matrix(static_cast<int>(ntax), static_cast<int>(nchar));
-  begin_matrix(static_cast<int>(ntax), static_cast<int>(nchar), matrix_rows::unset);
+  make_room_for_matrix(ntax, nchar);
+  begin_matrix(ntax, nchar, matrix_rows::unset);
   set_matrix_source(title, source);
+}
+
+void widen_states_for(data_type type, std::size_t symbols) {
+  constexpr int most = 32;
+  int states = 0;
+  if (type == protein_data || type == continuous_data) states = most;
+  if (type == numeric_data) states = static_cast<int>(std::min<std::size_t>(symbols, most));
+  if (states <= 8 * next_cell_width()) return;
+  set_cell_width(states > 16 ? 4 : 2);
+  report_line("Number of states raised to", 8 * next_cell_width(), "for",
+              type == protein_data      ? "proteins"
+              : type == continuous_data ? "continuous characters"
+                                        : "the symbols of the file");
+}
+
+char printable(int symbol) { return symbol > 32 && symbol < 127 ? static_cast<char>(symbol) : '?'; }
+
+foreign_taxa::foreign_taxa(int ntax, std::string warning_of_length)
+    : rows_(ntax), warning_of_length_(std::move(warning_of_length)) {
+  rows_.begin_block();
 }
 
 int foreign_taxa::find(const std::string& name) const {
@@ -33,11 +60,33 @@ int foreign_taxa::find(const std::string& name) const {
 }
 
 int foreign_taxa::add(const std::string& name) {
-  std::string word = name;
-  std::replace(word.begin(), word.end(), ' ', '_');
-  const int taxon = rows_.taxa_of_row(word, false).front();
+  const std::size_t longest = at(matrix.name_length) - 1;
+  return adopt(name, distinct(fitter_.fit(name, longest, warning_of_length_), name));
+}
+
+int foreign_taxa::adopt(const std::string& name, const std::string& fit) {
+  const int taxon = rows_.taxa_of_row(fit, false).front();
   by_name_.emplace(normal_form(name), taxon);
+  used_.insert(fit);
+  names_.push_back(name);
   return taxon;
+}
+
+std::string foreign_taxa::distinct(const std::string& fit, const std::string& name) const {
+  std::string word = fit;
+  for (int number = 2; used_.contains(word); ++number) {
+    const std::string end = "_" + std::to_string(number);
+    word = std::string(text_in_bytes(fit, at(matrix.name_length) - 1 - end.size())) + end;
+  }
+  if (word != fit) {
+    warning("Taxon", without_controls(name), "would be called as another one: its name becomes",
+            word);
+  }
+  return word;
+}
+
+std::string warning_of_long_names() {
+  return text_of("Taxon names over %i letters will be truncated", matrix.name_length - 1);
 }
 
 data_type type_of_sequences(const std::string& type_word, const std::array<bool, 256>& letters) {

@@ -7,9 +7,9 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "base/text_columns.h"
+#include "language/fit_text.h"
 #include "language/input.h"
 #include "matrix/matrix.h"
-#include "matrix/reading/taxon_rows.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_store.h"
 
@@ -66,17 +66,27 @@ std::string labelled_tree_reader::place() const {
   return text_of("(tree %i of the file, line %i)", count_ + 1, top_frame().line_number + 1);
 }
 
+// The next character that is no blank and in no comment.
+int labelled_tree_reader::next_sign() const {
+  int open = 0;
+  for (int c = plain_read_char();; c = plain_read_char()) {
+    if (c == '[') ++open;
+    if (open == 0 && c > 32) return c;
+    if (c == ']') --open;
+    if (open > 0 && input_ended()) error_end("A comment isn't closed", place());
+  }
+}
+
 std::string labelled_tree_reader::read_label() {
   std::string label;
-  int c = plain_read_char();
-  while (c < 33) c = plain_read_char();
+  int c = next_sign();
   if (c == '\'') {
     for (c = plain_read_char();; c = plain_read_char()) {
       if (c == '\'') {
         if (plain_read_char() != '\'') break;
       }
-      if (label.size() > longest_label || input_ended())
-        error_end("A quoted name isn't closed:", label.substr(0, 60), place());
+      if (label.size() > longest_label || input_ended() || c == '\n')
+        error_end("A quoted name isn't closed:", without_controls(label.substr(0, 60)), place());
       label += static_cast<char>(c);
     }
     plain_unread_char();
@@ -139,11 +149,7 @@ bool labelled_tree_reader::keep_tags(std::string_view title) {
 }
 
 int find_foreign_taxon(const std::string& label, taxon_names& names) {
-  std::string word = normal_form(label);
-  for (char& c : word) {
-    if (is_unfit_in_name(c, &c == word.data())) c = '_';
-  }
-  return names.find(text_in_bytes(word, at(matrix.name_length) - 1));
+  return names.find(fit_name(text_in_bytes(normal_form(label), at(matrix.name_length) - 1)));
 }
 
 std::string quoted_label(std::string_view name) {

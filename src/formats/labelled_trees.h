@@ -40,6 +40,7 @@ class labelled_tree_reader {
   bool keep_tags(std::string_view title);
 
  private:
+  int next_sign() const;
   std::string read_label();
   void store();
   void note_tags(const_tree_span tree, const std::vector<int>& numbers);

@@ -147,7 +147,7 @@ void read_phylip_file(const std::string& type_word, const std::string& file) {
   check_type_fits(type);
   begin_foreign_matrix(file, ntax, nchar);
   sequence_cells cells(type);
-  foreign_taxa taxa(matrix.ntax);
+  foreign_taxa taxa(matrix.ntax, warning_of_long_names());
   for (const phylip_row& row : rows) {
     const int taxon = taxa.add(row.name);
     std::size_t piece = 0;

@@ -31,6 +31,8 @@ void set_blocks(const std::vector<int>& starts) {
   }
 }
 
+void set_block_names(std::vector<std::string> names) { matrix.block_names = std::move(names); }
+
 bool taxon_has_data(int taxon, int block) {
   int first = 0;
   int end = 0;

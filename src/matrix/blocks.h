@@ -16,6 +16,8 @@ void lay_out_blocks(const std::vector<int>& starts, std::vector<std::string> nam
 /// Makes blocks of the data in memory that start at the given characters (ascending, the first one
 /// 0); names go.
 void set_blocks(const std::vector<int>& starts);
+/// Names of all blocks, from that of block 0, "all".
+void set_block_names(std::vector<std::string> names);
 /// Has the taxon an entry that isn't missing among the characters of the block?
 bool taxon_has_data(int taxon, int block);
 

@@ -24,7 +24,7 @@ layout_hooks hooks;
 void clear_state() {
   matrix_state fresh;
   fresh.generation = matrix.generation + 1;
-  fresh.cell_bytes = matrix.next_cell_bytes ? matrix.next_cell_bytes : matrix.cell_bytes;
+  fresh.cell_bytes = next_cell_width();
   fresh.state_mask = mask_of_width(fresh.cell_bytes);
   fresh.gaps_are_states = matrix.gaps_are_states;
   fresh.default_type = matrix.default_type;
@@ -99,6 +99,19 @@ void wipe_matrix() {
   }
   unlock(&locks.matrix_lock);
   clear_state();
+}
+
+void set_cell_width(int cell_bytes) {
+  if (matrix.present) {
+    matrix.next_cell_bytes = cell_bytes;
+    return;
+  }
+  matrix.cell_bytes = cell_bytes;
+  matrix.state_mask = mask_of_width(cell_bytes);
+}
+
+int next_cell_width() {
+  return matrix.next_cell_bytes ? matrix.next_cell_bytes : matrix.cell_bytes;
 }
 
 void blank_row(int taxon) {

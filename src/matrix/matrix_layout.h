@@ -22,6 +22,10 @@ void add_matrix_gone_hook(matrix_hook hook);
 /// far too large costs nothing.
 enum class matrix_rows { blank, unset };
 void begin_matrix(int ntax, int nchar, matrix_rows rows = matrix_rows::blank);
+/// Bytes of a cell of the data that are read next. With data in memory their cells keep their width
+/// until they go.
+void set_cell_width(int cell_bytes);
+int next_cell_width();
 /// Makes every cell of the taxon missing.
 void blank_row(int taxon);
 /// Fewer taxa or characters than were laid out. Before `finish_matrix` only.

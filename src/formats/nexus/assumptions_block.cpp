@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <map>
 
 #include "base/errors.h"
 #include "base/indices.h"
@@ -10,7 +12,10 @@
 #include "console/settings.h"
 #include "formats/nexus/data_rows.h"
 #include "formats/nexus/element_lists.h"
+#include "formats/nexus/named_sets.h"
+#include "formats/nexus/set_heads.h"
 #include "formats/nexus/step_matrix_reader.h"
+#include "language/fit_text.h"
 #include "language/interpreter.h"
 #include "language/list_text.h"
 #include "matrix/matrix.h"
@@ -48,25 +53,28 @@ void note_typed(nexus_file& file, const std::vector<std::uint8_t>& flags) {
   for (int c = 0; c < matrix.nchar; ++c) file.typed_characters[at(c)] |= flags[at(c)];
 }
 
+void set_type(nexus_file& file, const std::string& name, const std::vector<std::uint8_t>& flags) {
+  const std::string type = lower_case(name);
+  note_typed(file, flags);
+  if (type == "ord" || type == "unord") {
+    set_additive(flags, type == "ord");
+  } else if (const int number = find_step_matrix(name); number >= 0) {
+    for (int c = 0; c < matrix.nchar; ++c) {
+      if (flags[at(c)]) use_step_matrix(c, number);
+    }
+  } else {
+    warning("Character type", name,
+            "is not available; these characters stay as they are:", flagged_words(flags));
+  }
+}
+
 // "ord: 1-5, unord: 7": type by type, up to ";".
-void read_types(nexus_file& file) {
+void read_types(nexus_file& file, const nexus_characters* block) {
   while (!file.in.accept(';')) {
     if (file.in.accept(',')) continue;
-    const nexus_token word = file.in.token();
-    const std::string type = lower_case(word.text);
+    const std::string type = file.in.token().text;
     file.in.expect(':', "after a type of characters");
-    const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::characters);
-    note_typed(file, flags);
-    if (type == "ord" || type == "unord") {
-      set_additive(flags, type == "ord");
-    } else if (const int number = find_step_matrix(word.text); number >= 0) {
-      for (int c = 0; c < matrix.nchar; ++c) {
-        if (flags[at(c)]) use_step_matrix(c, number);
-      }
-    } else {
-      warning("Character type", word.text,
-              "is not available; these characters stay as they are:", flagged_words(flags));
-    }
+    set_type(file, type, read_nexus_list(file, nexus_list::characters, block));
   }
 }
 
@@ -79,12 +87,12 @@ int read_weight(nexus_file& file, const std::string& text) {
 }
 
 // "2: 1-5 7, 3: 6;"
-void read_weights(nexus_file& file) {
+void read_weights(nexus_file& file, const nexus_characters* block) {
   while (!file.in.accept(';')) {
     if (file.in.accept(',')) continue;
     const int weight = read_weight(file, file.in.token().text);
     file.in.expect(':', "after a weight");
-    change_characters(read_nexus_list(file, nexus_list::characters), {.weight = weight});
+    change_characters(read_nexus_list(file, nexus_list::characters, block), {.weight = weight});
   }
 }
 
@@ -96,8 +104,8 @@ bool read_only(nexus_file& file) {
   return true;
 }
 
-void set_activity(nexus_file& file, bool active) {
-  const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::characters);
+void set_activity(nexus_file& file, bool active, const nexus_characters* block) {
+  const std::vector<std::uint8_t> flags = read_nexus_list(file, nexus_list::characters, block);
   const bool only = read_only(file);
   file.in.expect(';', "after a list of characters");
   change_characters(flags, {.active = active});
@@ -127,69 +135,81 @@ void set_taxa(nexus_file& file, bool active) {
   set_active_taxa(wanted);
 }
 
-// The head of "typeset * name (format) = ...".
-struct set_head {
-  std::string name;
-  bool in_force = false;  // "*": other sets are only defined
-  bool vector = false;    // one value a character, instead of lists
-};
-
-set_head read_set_head(nexus_file& file) {
-  set_head head;
-  head.in_force = file.in.accept('*');
-  while (!file.in.accept('=')) {
-    const nexus_token word = file.in.token();
-    if (word.is(';') || word.what == nexus_token::kind::end) file.in.fail("a set has no \"=\"");
-    if (head.name.empty() && word.what == nexus_token::kind::word) head.name = word.text;
-    // "(vector)", "(characters = name)": which block is meant is of no matter to us.
-    for (bool inside = word.is('('); inside;) {
-      const nexus_token option = file.in.token();
-      if (option.what == nexus_token::kind::end || option.is(';'))
-        file.in.fail("a parenthesis isn't closed");
-      head.vector = head.vector || option.is("vector");
-      inside = !option.is(')');
-    }
-  }
-  return head;
-}
-
-// "wtset * name (vector) = 1 2 1;"
-void read_weight_vector(nexus_file& file) {
-  for (int c = 0; c < matrix.nchar; ++c)
-    change_character(c, {.weight = read_weight(file, file.in.token().text)});
-  file.in.expect(';', "after the weights of all characters");
+void read_type_vector(nexus_file& file, const set_head& head) {
+  std::map<std::string, std::vector<std::uint8_t>> types;
+  read_value_vector(file, head, [&types](int character, const std::string& type) {
+    std::vector<std::uint8_t>& flags = types[type];
+    flags.resize(at(matrix.nchar), 0);
+    flags[at(character)] = 1;
+  });
+  for (const auto& [type, flags] : types) set_type(file, type, flags);
 }
 
 // Sets that are in force change the settings; others are told, and left alone.
 void read_setting_set(nexus_file& file, const nexus_token& word) {
   const set_head head = read_set_head(file);
   if (!head.in_force) {
-    report_line("  ... Skipping", lower_case(word.text), head.name, "(not marked by \"*\") ...");
+    report_line("  ... Skipping", lower_case(word.text), fit_name(head.name),
+                "(not marked by \"*\") ...");
     file.in.skip_rest();
-  } else if (head.vector && word.is("exset")) {
-    file.in.fail("excluded characters must be given as lists");
+  } else if (word.is("exset") && head.vector) {
+    change_characters(read_flag_vector(file, head, nexus_list::characters), {.active = false});
+    file.in.expect(';', "after a set");
   } else if (word.is("exset")) {
-    set_activity(file, false);
-  } else if (head.vector && word.is("typeset")) {
-    file.in.fail("types of characters must be given as lists");
+    set_activity(file, false, head.block);
   } else if (word.is("typeset")) {
-    read_types(file);
+    if (head.vector) {
+      read_type_vector(file, head);
+    } else {
+      read_types(file, head.block);
+    }
   } else if (head.vector) {
-    read_weight_vector(file);
+    read_value_vector(file, head, [&file](int character, const std::string& text) {
+      change_character(character, {.weight = read_weight(file, text)});
+    });
   } else {
-    read_weights(file);
+    read_weights(file, head.block);
   }
 }
 
-void read_named_set(nexus_file& file, nexus_list kind) {
-  const set_head head = read_set_head(file);
-  if (head.vector) file.in.fail("sets must be given as lists");
-  file.sets_of(kind)[lower_case(head.name)] = read_nexus_list(file, kind);
-  file.in.expect(';', "after a set");
+// "link characters = title": lists of the rest of the block count within that block.
+void read_link(nexus_file& file) {
+  for (nexus_token word = file.in.token(); !word.is(';'); word = file.in.token()) {
+    if (word.what == nexus_token::kind::end) file.in.fail("the file ends within \"link\"");
+    if (!file.in.accept('=')) continue;
+    const std::string title = file.in.value();
+    if (word.is("characters")) file.linked = find_nexus_block(file, title);
+  }
 }
 
-// "options deftype=ord gapmode=newstate ...;", "pset gapmode=newstate;"
-void read_options(nexus_file& file) {
+bool read_command(nexus_file& file, const nexus_token& word) {
+  if (word.is("ctype")) {
+    read_types(file, file.linked);
+  } else if (word.is("weights")) {
+    read_weights(file, file.linked);
+  } else if (word.is("typeset") || word.is("wtset") || word.is("exset")) {
+    read_setting_set(file, word);
+  } else if (word.is("charset")) {
+    read_named_set(file, nexus_list::characters);
+  } else if (word.is("taxset")) {
+    read_named_set(file, nexus_list::taxa);
+  } else if (word.is("exclude") || word.is("include")) {
+    set_activity(file, word.is("include"), file.linked);
+  } else if (word.is("delete") || word.is("undelete")) {
+    set_taxa(file, word.is("undelete"));
+  } else if (word.is("codonposset")) {
+    read_codon_positions(file);
+  } else if (word.is("usertype")) {
+    read_nexus_step_matrix(file);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void read_nexus_options(nexus_file& file) {
   for (nexus_token word = file.in.token(); !word.is(';'); word = file.in.token()) {
     if (word.what == nexus_token::kind::end) file.in.fail("the file ends within \"options\"");
     const bool gap_mode = word.is("gapmode");
@@ -208,44 +228,22 @@ void read_options(nexus_file& file) {
   }
 }
 
-bool read_command(nexus_file& file, const nexus_token& word) {
-  if (word.is("ctype")) {
-    read_types(file);
-  } else if (word.is("weights")) {
-    read_weights(file);
-  } else if (word.is("typeset") || word.is("wtset") || word.is("exset")) {
-    read_setting_set(file, word);
-  } else if (word.is("charset")) {
-    read_named_set(file, nexus_list::characters);
-  } else if (word.is("taxset")) {
-    read_named_set(file, nexus_list::taxa);
-  } else if (word.is("exclude") || word.is("include")) {
-    set_activity(file, word.is("include"));
-  } else if (word.is("delete") || word.is("undelete")) {
-    set_taxa(file, word.is("undelete"));
-  } else if (word.is("usertype")) {
-    read_nexus_step_matrix(file);
-  } else {
-    return false;
-  }
-  return true;
-}
-
-}  // namespace
-
 void read_assumptions_block(nexus_file& file) {
+  file.linked = nullptr;
   nexus_token word;
   while (file.in.command_follows(word)) {
     if (word.is(';')) continue;
     if (word.is("delete") || word.is("undelete")) require_data("deleting/undeleting taxa");
     if (word.is("options") || word.is("pset")) {
-      read_options(file);
-      continue;
+      read_nexus_options(file);
+    } else if (word.is("link") && matrix.present) {
+      read_link(file);
+    } else if (word.what != nexus_token::kind::word || !matrix.present ||
+               !read_command(file, word)) {
+      file.skip_command(word);
     }
-    if (word.what == nexus_token::kind::word && matrix.present && read_command(file, word))
-      continue;
-    file.in.skip_rest();
   }
+  tell_groups(file);
 }
 
 }  // namespace zeb

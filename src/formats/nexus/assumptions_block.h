@@ -8,5 +8,7 @@ namespace zeb {
 
 /// Reads from the ";" of "begin NAME;" on, up to the "end;" of the block.
 void read_assumptions_block(nexus_file& file);
+/// "options deftype=ord gapmode=newstate ...;", "pset gapmode=newstate;", after the word.
+void read_nexus_options(nexus_file& file);
 
 }  // namespace zeb

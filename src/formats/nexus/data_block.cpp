@@ -2,11 +2,14 @@
 
 #include <map>
 
+#include "base/indices.h"
 #include "base/message_text.h"
-#include "formats/foreign_matrix.h"
+#include "formats/nexus/assumptions_block.h"
 #include "formats/nexus/data_format.h"
 #include "formats/nexus/data_rows.h"
+#include "language/fit_text.h"
 #include "language/input.h"
+#include "matrix/blocks.h"
 #include "matrix/reading/matrix_reader.h"
 
 namespace zeb {
@@ -18,6 +21,7 @@ void read_dimensions(nexus_file& file) {
     const nexus_token word = file.in.token();
     if (word.is(';')) return;
     if (word.what == nexus_token::kind::end) file.in.fail("the file ends within \"dimensions\"");
+    if (word.is("newtaxa")) file.new_taxa = true;
     if (!file.in.accept('=')) continue;
     const std::string text = file.in.value();
     int* const target = word.is("ntax") ? &file.ntax : word.is("nchar") ? &file.nchar : nullptr;
@@ -66,7 +70,7 @@ std::string read_title(nexus_file& file) {
   }
   file.in.back();
   file.in.skip_rest();
-  return title.empty() ? title : "'" + title + "'";
+  return without_controls(title);
 }
 
 // Names of characters and states, kept until the matrix is there.
@@ -102,10 +106,30 @@ void read_state_labels(nexus_file& file, character_names& names) {
   }
 }
 
-void set_character_names(const character_names& names) {
+void set_character_names(const nexus_characters& block, const character_names& names) {
+  name_fitter fitter("character");
   for (const auto& [character, name] : names) {
-    if (character < matrix.nchar) set_character_name(character, name);
+    if (character >= block.count) continue;
+    matrix_state::character_name fit;
+    fit.name = fitter.fit(name.name);
+    for (const std::string& state : name.states) fit.states.push_back(fitter.fit(state));
+    set_character_name(block.first + character, fit);
   }
+}
+
+// Several blocks are called by their titles.
+void name_blocks(const nexus_file& file) {
+  const std::size_t count = file.character_blocks.size();
+  if (count < 2 || at(matrix.nblocks) != count) return;
+  std::vector<std::string> names(count + 1);
+  for (std::size_t b = 0; b <= count; ++b) names[b] = b == 0 ? "all" : text_of("Block_%zu", b);
+  bool any = false;
+  for (const nexus_characters& block : file.character_blocks) {
+    if (block.title.empty()) continue;
+    names[at(matrix.characters[at(block.first)].block)] = block.title;
+    any = true;
+  }
+  if (any) set_block_names(names);
 }
 
 }  // namespace
@@ -117,13 +141,14 @@ void read_taxa_block(nexus_file& file) {
       read_dimensions(file);
     } else if (word.is("taxlabels")) {
       file.taxon_labels = read_labels(file);
-    } else if (!word.is(';')) {
-      file.in.skip_rest();
+    } else {
+      file.skip_command(word);
     }
   }
 }
 
-void read_data_block(nexus_file& file) {
+void read_data_block(nexus_file& file, bool brings_taxa) {
+  file.new_taxa = brings_taxa;
   nexus_format format;
   character_names names;
   std::string title;
@@ -143,21 +168,22 @@ void read_data_block(nexus_file& file) {
       read_char_state_labels(file, names);
     } else if (word.is("statelabels")) {
       read_state_labels(file, names);
+    } else if (word.is("options")) {
+      read_nexus_options(file);
     } else if (word.is("title")) {
       title = read_title(file);
     } else if (word.is("matrix")) {
       if (file.ntax == 0) file.ntax = static_cast<int>(file.taxon_labels.size());
       check_dimensions(file);
-      begin_foreign_matrix(file.name, file.ntax, file.nchar, title);
-      read_nexus_matrix(file, format);
-      file.typed_characters.clear();
+      read_nexus_matrix(file, format, title);
       matrix_read = true;
-    } else if (!word.is(';')) {
-      file.in.skip_rest();
+    } else {
+      file.skip_command(word);
     }
   }
   if (!matrix_read) file.in.fail("the data block has no matrix");
-  set_character_names(names);
+  set_character_names(file.character_blocks.back(), names);
+  name_blocks(file);
   tell_what_was_read();
 }
 

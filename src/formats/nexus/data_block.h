@@ -7,6 +7,7 @@ namespace zeb {
 
 /// These read from the ";" of "begin NAME;" on, up to the "end;" of the block.
 void read_taxa_block(nexus_file& file);
-void read_data_block(nexus_file& file);
+/// `brings_taxa`: without being told, further blocks may have taxa that the first one hadn't.
+void read_data_block(nexus_file& file, bool brings_taxa);
 
 }  // namespace zeb

@@ -7,6 +7,8 @@
 #include <functional>
 
 #include "base/indices.h"
+#include "base/text_columns.h"
+#include "language/fit_text.h"
 #include "matrix/character_steps.h"
 
 namespace zeb {
@@ -22,14 +24,28 @@ bool same_name(std::string_view a, std::string_view b) {
   return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
 
-// One end of a range, from 0; "." is the last. Digits are a number, unless they stand in quotes.
-int find_element(nexus_file& file, const std::string& text, bool quoted, nexus_list kind) {
-  const int count = kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
-  if (text == "." && !quoted) return count - 1;
+// What a list can name.
+struct list_scope {
+  nexus_list kind;
+  const nexus_characters* block;  // null: all
+  int first() const { return block ? block->first : 0; }
+  int count() const {
+    return block ? block->count : kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
+  }
+  int find(const std::string& text) const {
+    return kind == nexus_list::taxa ? find_nexus_taxon(text) : find_nexus_character(text, block);
+  }
+};
+
+// One end of a range; "." is the last. Digits are a number, unless they stand in quotes.
+int find_element(nexus_file& file, const std::string& text, bool quoted, const list_scope& scope) {
+  if (text == "." && !quoted) return scope.first() + scope.count() - 1;
   int element = 0;
-  if (!quoted && whole_number(text, 1, count, &element)) return element - 1;
-  element = kind == nexus_list::taxa ? find_nexus_taxon(text) : find_nexus_character(text);
-  if (element < 0) file.in.fail((kind == nexus_list::taxa ? "No taxon " : "No character ") + text);
+  if (!quoted && whole_number(text, 1, scope.count(), &element)) return scope.first() + element - 1;
+  element = scope.find(text);
+  if (element < 0) {
+    file.in.fail((scope.kind == nexus_list::taxa ? "No taxon " : "No character ") + text);
+  }
   return element;
 }
 
@@ -49,13 +65,11 @@ struct range_words {
   std::string last;  // empty: one element
 };
 
-range_words split_range(nexus_file& file, std::string word, nexus_list kind) {
+range_words split_range(nexus_file& file, std::string word, const list_scope& scope) {
   range_words range;
   const std::size_t dash = word.find('-', 1);
   // A name may hold a dash of its own.
-  const bool whole_name =
-      !all_digits(word.substr(0, dash)) &&
-      (kind == nexus_list::taxa ? find_nexus_taxon(word) : find_nexus_character(word)) >= 0;
+  const bool whole_name = !all_digits(word.substr(0, dash)) && scope.find(word) >= 0;
   if (dash == std::string::npos || whole_name) {
     range.first = word;
     const nexus_token& next = file.in.peek_token();
@@ -74,22 +88,36 @@ range_words split_range(nexus_file& file, std::string word, nexus_list kind) {
 }  // namespace
 
 int find_nexus_taxon(const std::string& text) {
+  const std::string fit = fit_name(text_in_bytes(text, at(matrix.name_length) - 1));
   for (int t = 0; t < matrix.ntax; ++t) {
-    if (same_name(taxon_name(t), text)) return t;
+    if (same_name(taxon_name(t), fit)) return t;
   }
   int number = 0;
   return whole_number(text, 1, matrix.ntax, &number) ? number - 1 : -1;
 }
 
-int find_nexus_character(const std::string& text) {
-  for (std::size_t c = 0; c < matrix.char_names.size(); ++c) {
-    if (same_name(matrix.char_names[c].name, text)) return static_cast<int>(c);
+int find_nexus_character(const std::string& text, const nexus_characters* block) {
+  const int first = block ? block->first : 0;
+  const int count = block ? block->count : matrix.nchar;
+  const std::string fit = fit_name(text);
+  for (int c = first; c < first + count && at(c) < matrix.char_names.size(); ++c) {
+    if (same_name(matrix.char_names[at(c)].name, fit)) return c;
   }
   int number = 0;
-  return whole_number(text, 1, matrix.nchar, &number) ? number - 1 : -1;
+  return whole_number(text, 1, count, &number) ? first + number - 1 : -1;
 }
 
-std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
+const nexus_characters* find_nexus_block(nexus_file& file, const std::string& title) {
+  const std::string name = lower_case(fit_name(title));
+  for (const nexus_characters& block : file.character_blocks)
+    if (lower_case(block.title) == name) return &block;
+  if (file.character_blocks.size() > 1) file.in.fail("No block of characters named " + title);
+  return nullptr;
+}
+
+std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind,
+                                          const nexus_characters* block) {
+  const list_scope scope = {kind, block};
   const int count = kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
   std::vector<std::uint8_t> flags(at(count), 0);
   for (;;) {
@@ -100,12 +128,12 @@ std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
     if (word.what != nexus_token::kind::word)
       file.in.fail("unexpected " + word.text + " in a list");
     if (word.is("all") && !word.quoted) {
-      std::fill(flags.begin(), flags.end(), std::uint8_t{1});
+      std::fill_n(flags.begin() + scope.first(), scope.count(), std::uint8_t{1});
       continue;
     }
     if (kind == nexus_list::characters && !word.quoted &&
         (word.is("uninf") || word.is("constant"))) {
-      for (int c = 0; c < count; ++c) {
+      for (int c = scope.first(); c < scope.first() + scope.count(); ++c) {
         if (!is_informative(c) && (word.is("uninf") || is_constant(c))) flags[at(c)] = 1;
       }
       continue;
@@ -119,9 +147,9 @@ std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind) {
     }
     range_words range;
     range.first = word.text;
-    if (!word.quoted) range = split_range(file, word.text, kind);
-    const int first = find_element(file, range.first, word.quoted, kind);
-    const int last = range.last.empty() ? first : find_element(file, range.last, false, kind);
+    if (!word.quoted) range = split_range(file, word.text, scope);
+    const int first = find_element(file, range.first, word.quoted, scope);
+    const int last = range.last.empty() ? first : find_element(file, range.last, false, scope);
     int step = 1;
     if (file.in.accept('\\') && !whole_number(file.in.token().text, 1, count, &step)) {
       file.in.fail("a step of a range must be a number");

@@ -36,12 +36,12 @@ bool read_block(nexus_file& file) {
   const std::string name = read_block_name(file);
   const std::string known = lower_case(name);
   if (known == "data" || known == "characters") {
-    read_data_block(file);
+    read_data_block(file, known == "data");
   } else if (known == "taxa") {
     read_taxa_block(file);
   } else if (known == "trees") {
     read_trees_block(file);
-  } else if (known == "assumptions" || known == "paup" || known == "sets") {
+  } else if (known == "assumptions" || known == "paup" || known == "sets" || known == "codons") {
     read_assumptions_block(file);
   } else if (known == "zeb") {
     if (settings.report) report_line("Leaving NEXUS mode, parsing ZEB commands...");

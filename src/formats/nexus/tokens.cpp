@@ -157,6 +157,10 @@ std::string nexus_reader::name(std::string_view ends) {
 
 int nexus_reader::line() const { return input.top >= depth_ ? top_frame().line_number + 1 : 0; }
 
+std::string nexus_reader::place() const {
+  return line() > 0 ? text_of(" (line %i)", line()) : std::string();
+}
+
 void nexus_reader::fail(std::string_view what) const { fail_in_line(what, line()); }
 
 void nexus_reader::fail_in_line(std::string_view what, int line) const {

@@ -50,6 +50,8 @@ class nexus_reader {
 
   /// "Error reading NEXUS file:" with what is wrong and the line.
   [[noreturn]] void fail(std::string_view what) const;
+  /// " (line N)", for other messages.
+  std::string place() const;
   /// The same for what began in an earlier line (from 1).
   [[noreturn]] void fail_in_line(std::string_view what, int line) const;
 

@@ -1,6 +1,6 @@
 #include "formats/nexus/trees_block.h"
 
-#include <memory>
+#include <algorithm>
 #include <unordered_map>
 
 #include "base/errors.h"
@@ -18,12 +18,21 @@ namespace {
 
 // Taxa by what "translate" says, by name, and by number from 1.
 struct tree_taxa {
+  explicit tree_taxa(const nexus_file& file) {
+    for (std::size_t t = 0; t < file.taxon_labels.size() && file.data_read; ++t)
+      by_label.emplace(file.taxon_labels[t], static_cast<int>(t));
+  }
+  std::unordered_map<std::string, int> by_label;  // of the file's own data
   std::unordered_map<std::string, int> translated;
   taxon_names names;
 };
 
 // -1 for none.
 int taxon_of(const std::string& label, tree_taxa& taxa) {
+  std::string word = label;
+  std::replace(word.begin(), word.end(), ' ', '_');
+  const auto own = taxa.by_label.find(word);
+  if (own != taxa.by_label.end()) return own->second;
   const int by_name = find_foreign_taxon(label, taxa.names);
   int number = 0;
   if (by_name >= 0 || !whole_number(label, 1, matrix.ntax, &number)) return by_name;
@@ -59,7 +68,7 @@ std::string read_tree_head(nexus_file& file) {
 
 void read_trees_block(nexus_file& file) {
   require_data("reading trees");
-  tree_taxa taxa;
+  tree_taxa taxa(file);
   labelled_tree_reader reader(
       [&taxa](const std::string& label, const labelled_tree_reader& trees) {
         const auto found = taxa.translated.find(label);
@@ -80,8 +89,8 @@ void read_trees_block(nexus_file& file) {
       reader.read_tree(for_tags_only);
       file.trees_read += !for_tags_only;
       show_progress("Reading trees", reader.trees_read(), store.maxtrees);
-    } else if (!word.is(';')) {
-      file.in.skip_rest();
+    } else {
+      file.skip_command(word);
     }
   }
   clear_progress();

@@ -1,10 +1,7 @@
 #include "matrix/reading/taxon_rows.h"
 
-#include <algorithm>
-
 #include "base/errors.h"
 #include "base/message_text.h"
-#include "base/text_columns.h"
 #include "language/name_matching.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
@@ -12,42 +9,11 @@
 
 namespace zeb {
 
-bool is_unfit_in_name(char sign, bool is_first) {
-  return sign == '+' || sign == '-' || sign == '/' || sign == ';' ||
-         static_cast<unsigned char>(sign) < 33 || (sign == '&' && is_first);
-}
-
-std::string taxon_rows::clean_name(std::string_view word) {
-  const std::size_t longest = static_cast<std::size_t>(matrix.name_length) - 1;
-  const std::string whole = normal_form(word);
-  if (whole.size() > longest && !told_truncation_) {
-    told_truncation_ = true;
-    warning("Taxon names over", longest, "letters will be truncated");
-  }
-  std::string name(text_in_bytes(whole, longest));
-  for (char& c : name) {
-    if (!is_unfit_in_name(c, &c == name.data())) continue;
-    if (told_symbols_.find(c) == std::string::npos) {
-      told_symbols_ += c;
-      if (static_cast<unsigned char>(c) > 32) {
-        warning_f("Symbol '%c' in taxon names will be changed to '_' (=underscore).", c);
-      } else {
-        warning("Tabs and the like in taxon names will be changed to '_' (=underscore).");
-      }
-    }
-    c = '_';
-  }
-  return name;
-}
-
 std::vector<int> taxon_rows::taxa_with_prefix(std::string_view word) const {
   const std::size_t end = std::min(word.find("..."), word.find("____"));
   std::vector<int> taxa;
   if (end == std::string_view::npos) return taxa;
-  std::string prefix = normal_form(word.substr(0, end));
-  for (char& c : prefix) {
-    if (is_unfit_in_name(c, &c == prefix.data())) c = '_';
-  }
+  const std::string prefix = fit_name(word.substr(0, end));
   for (int t = 0; t < count_; ++t) {
     if (taxon_name(t).substr(0, prefix.size()) == prefix) taxa.push_back(t);
   }
@@ -99,7 +65,9 @@ void taxon_rows::note_row(int taxon, const std::string& name, bool by_prefix) {
 }
 
 std::vector<int> taxon_rows::taxa_of_row(std::string_view word, bool similar) {
-  const std::string name = clean_name(word);
+  const std::size_t longest = static_cast<std::size_t>(matrix.name_length) - 1;
+  const std::string name = fitter_.fit(
+      word, longest, text_of("Taxon names over %zu letters will be truncated", longest));
   const auto found = by_name_.find(name);
   if (found != by_name_.end()) {
     note_row(found->second, name, false);

@@ -6,11 +6,9 @@
 #include <unordered_map>
 #include <vector>
 
-namespace zeb {
+#include "language/fit_text.h"
 
-/// Signs that names can't have: they mean something in lists and at the starts of rows. They become
-/// "_".
-bool is_unfit_in_name(char sign, bool is_first);
+namespace zeb {
 
 /// The taxa named so far, and which of them have had their row in the block being read.
 class taxon_rows {
@@ -31,7 +29,6 @@ class taxon_rows {
   std::vector<int> taxa_of_row(std::string_view word, bool similar);
 
  private:
-  std::string clean_name(std::string_view word);
   std::vector<int> taxa_with_prefix(std::string_view word) const;
   int most_similar(const std::string& name) const;
   int add_taxon(const std::string& name);
@@ -42,8 +39,7 @@ class taxon_rows {
   int count_ = 0;
   int block_ = 0;  // number of the block being read, from 1
   int rows_in_block_ = 0;
-  bool told_truncation_ = false;
-  std::string told_symbols_;
+  name_fitter fitter_{"taxon"};
 };
 
 }  // namespace zeb

@@ -13,24 +13,13 @@
 #include "language/options.h"
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
+#include "matrix/matrix_layout.h"
 #include "matrix/settings/continuous_scales.h"
 #include "matrix/settings/data_conversion.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
 namespace {
-
-// With data in memory their cells keep their width until they go.
-void set_cell_width(int cell_bytes) {
-  if (matrix.present) {
-    matrix.next_cell_bytes = cell_bytes;
-    return;
-  }
-  matrix.cell_bytes = cell_bytes;
-  matrix.state_mask = mask_of_width(cell_bytes);
-}
-
-int next_width() { return matrix.next_cell_bytes ? matrix.next_cell_bytes : matrix.cell_bytes; }
 
 /// How data are to be read and shown, as the words of one run ask for it: taken when all was read.
 struct data_settings {
@@ -211,8 +200,8 @@ void show_settings() {
   if (matrix.present) {
     emit("Data in memory have at most ", 8 * matrix.cell_bytes, " states\n");
   }
-  emit("Data will be read as ", type_text(matrix.default_type), ", with at most ", 8 * next_width(),
-       " states\n");
+  emit("Data will be read as ", type_text(matrix.default_type), ", with at most ",
+       8 * next_cell_width(), " states\n");
   emit("Gaps are read as ", matrix.gaps_are_states ? "a state" : "missing entries",
        " (DNA and proteins)\n");
   emit("Minimum steps of polymorphic characters are ",
