@@ -14,7 +14,6 @@
 #include "formats/written_cells.h"
 #include "language/commands/memory_command.h"
 #include "matrix/matrix_memory.h"
-#include "matrix/reading/block_format.h"
 
 namespace zeb {
 
@@ -106,13 +105,13 @@ void read_fasta_file(int /*option*/, const std::string& type_word, const std::st
   if (sequences.size() < 4) error_end("Sorry, can't read less than 4 taxa");
   check_names(sequences);
   check_lengths(sequences);
-  check_memory(sequences);
   const data_type type = type_of(sequences, type_word);
-  check_type_fits(type);
+  widen_states_for(type);
+  check_memory(sequences);
   begin_foreign_matrix(file, static_cast<std::int64_t>(sequences.size()),
                        static_cast<std::int64_t>(sequences.front().length));
-  sequence_cells cells(type);
   foreign_taxa taxa(matrix.ntax, warning_of_long_names());
+  sequence_cells cells(type, taxa);
   for (const fasta_sequence& sequence : sequences) {
     check_interrupt();
     show_progress("Converting matrix", taxa.count(), matrix.ntax);

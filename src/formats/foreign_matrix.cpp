@@ -72,6 +72,10 @@ int foreign_taxa::adopt(const std::string& name, const std::string& fit) {
   return taxon;
 }
 
+std::string foreign_taxa::name_in_file(int taxon) const {
+  return without_controls(names_[at(taxon)]);
+}
+
 std::string foreign_taxa::distinct(const std::string& fit, const std::string& name) const {
   std::string word = fit;
   for (int number = 2; used_.contains(word); ++number) {
@@ -95,7 +99,7 @@ data_type type_of_sequences(const std::string& type_word, const std::array<bool,
            : type_word.starts_with("p") ? protein_data
                                         : numeric_data;
   }
-  if (matrix.default_type != numeric_data) return static_cast<data_type>(matrix.default_type);
+  if (matrix.type_given) return static_cast<data_type>(matrix.default_type);
   bool digits = false;
   bool bases = true;
   for (std::size_t c = 33; c < letters.size(); ++c) {
@@ -109,8 +113,8 @@ data_type type_of_sequences(const std::string& type_word, const std::array<bool,
   return digits ? numeric_data : bases ? dna_data : protein_data;
 }
 
-sequence_cells::sequence_cells(data_type type)
-    : symbols_(make_symbols(type, matrix.cell_bytes, matrix.gaps_are_states)) {
+sequence_cells::sequence_cells(data_type type, const foreign_taxa& taxa)
+    : symbols_(make_symbols(type, matrix.cell_bytes, matrix.gaps_are_states)), taxa_(taxa) {
   if (type != dna_data) return;
   symbols_['X'] = symbols_['x'] = dna_bases;
   symbols_['O'] = symbols_['o'] = symbols_['-'];
@@ -124,7 +128,8 @@ void sequence_cells::store(int taxon, int character, char symbol, std::size_t li
   }
   if (!states) {
     error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c' (line %i of %s)", taxon,
-                std::string(taxon_name(taxon)).c_str(), character, symbol, static_cast<int>(line),
+                taxa_.name_in_file(taxon).c_str(), character,
+                printable(static_cast<unsigned char>(symbol)), static_cast<int>(line),
                 matrix.file_name.c_str());
   }
   set_cell(taxon, character, states);

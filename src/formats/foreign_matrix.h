@@ -47,6 +47,8 @@ class foreign_taxa {
   int count() const { return rows_.count(); }
   /// As they stand in the file, by number.
   const std::vector<std::string>& names() const { return names_; }
+  /// The same for messages.
+  std::string name_in_file(int taxon) const;
 
  private:
   std::string distinct(const std::string& fit, const std::string& name) const;
@@ -70,12 +72,14 @@ data_type type_of_sequences(const std::string& type_word, const std::array<bool,
 /// any base and "O" a gap.
 class sequence_cells {
  public:
-  explicit sequence_cells(data_type type);
+  /// `taxa` are kept by the caller.
+  sequence_cells(data_type type, const foreign_taxa& taxa);
   /// The next cell of the taxon. `line`: of the file, for the error of an unknown symbol.
   void store(int taxon, int character, char symbol, std::size_t line);
 
  private:
   symbol_table symbols_;
+  const foreign_taxa& taxa_;
 };
 
 /// Makes a matrix of characters of one type current, and tells of it.

@@ -8,7 +8,6 @@
 #include "base/number_text.h"
 #include "formats/foreign_matrix.h"
 #include "formats/text_lines.h"
-#include "matrix/reading/block_format.h"
 
 namespace zeb {
 
@@ -144,10 +143,10 @@ void read_phylip_file(const std::string& type_word, const std::string& file) {
                   (fault.empty() ? fault : ": " + fault));
   }
   const data_type type = type_of(rows, type_word);
-  check_type_fits(type);
+  widen_states_for(type);
   begin_foreign_matrix(file, ntax, nchar);
-  sequence_cells cells(type);
   foreign_taxa taxa(matrix.ntax, warning_of_long_names());
+  sequence_cells cells(type, taxa);
   for (const phylip_row& row : rows) {
     const int taxon = taxa.add(row.name);
     std::size_t piece = 0;

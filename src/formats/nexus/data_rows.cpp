@@ -14,6 +14,7 @@
 #include "language/fit_text.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "language/list_text.h"
 #include "matrix/blocks.h"
 #include "matrix/matrix_growth.h"
 #include "matrix/matrix_layout.h"
@@ -72,8 +73,6 @@ class nexus_matrix_reader {
   void store(int taxon, int character, const cell_states& states);
   bool repeats_first(int character, int symbol);
   const symbol_tables& symbols_of(int character);
-  // As the file has it.
-  std::string name_of(int taxon) const { return without_controls(taxa_.names()[at(taxon)]); }
   void set_types();
   int finish();
 
@@ -136,7 +135,7 @@ nexus_matrix_reader::cell_states nexus_matrix_reader::lookup(int taxon, int char
                               gap && missing};
   if (states.now) return states;
   error_end_f("Found alien symbol for taxon %i (%s), char. %i: '%c'%s", taxon,
-              name_of(taxon).c_str(), first_ + character, printable(symbol),
+              taxa_.name_in_file(taxon).c_str(), first_ + character, printable(symbol),
               file_.in.place().c_str());
 }
 
@@ -186,7 +185,7 @@ void nexus_matrix_reader::read_row(int taxon) {
       error_end_f(
           "Error reading taxon %s: too many characters\n   char. %i (last ch.) should be followed "
           "by newline%s",
-          name_of(taxon).c_str(), first_ + file_.nchar - 1, file_.in.place().c_str());
+          taxa_.name_in_file(taxon).c_str(), first_ + file_.nchar - 1, file_.in.place().c_str());
     }
     const int character = position++;
     if (c == '(' || c == '{') {
@@ -263,17 +262,29 @@ void nexus_matrix_reader::set_types() {
   lay_out_blocks(starts);
 }
 
+void warn_of_missing_rows(const std::vector<std::string>& names) {
+  if (names.empty()) return;
+  if (names.size() == 1) {
+    warning("Taxon", names[0], "has no row in the matrix: all its cells are missing");
+  } else {
+    warning(names.size(), "taxa have no row in the matrix, and all their cells are missing:" +
+                              wrapped_words(names, 60));
+  }
+}
+
 int nexus_matrix_reader::finish() {
   const int longest = *std::max_element(position_.begin(), position_.begin() + taxa_.count());
+  std::vector<std::string> without_row;
   for (int t = 0; t < taxa_.count(); ++t) {
     if (position_[at(t)] == longest) continue;
     if (position_[at(t)] == 0) {
-      warning("Taxon", taxon_name(t), "has no row in the matrix: all its cells are missing");
+      without_row.emplace_back(taxon_name(t));
       continue;
     }
-    error_end_f("Taxon %i (%s) has %i characters, others have %i", t, name_of(t).c_str(),
+    error_end_f("Taxon %i (%s) has %i characters, others have %i", t, taxa_.name_in_file(t).c_str(),
                 position_[at(t)], longest);
   }
+  warn_of_missing_rows(without_row);
   if (longest < file_.nchar && first_ + file_.nchar < matrix.nchar)
     file_.in.fail(text_of("the block has %i characters instead of %i", longest, file_.nchar));
   if (former_) shrink_matrix(taxa_.count(), matrix.nchar);  // of the new taxa some may be known
