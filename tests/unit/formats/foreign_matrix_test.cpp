@@ -18,7 +18,7 @@ namespace {
 
 TEST(foreign_taxa, have_names_that_fit_and_are_found_by_their_own) {
   const zeb_test::text_session session(4);
-  foreign_taxa taxa(4);
+  foreign_taxa taxa(4, warning_of_long_names());
   const std::string long_name = std::string(30, 'x') + "\xc3\xa9\xc3\xa9";  // of 34 bytes
   EXPECT_EQ(taxa.add("Homo sapiens"), 0);
   EXPECT_EQ(taxa.add("a+b/c-d"), 1);
