@@ -54,7 +54,7 @@ class foreign_taxa {
   std::string distinct(const std::string& fit, const std::string& name) const;
 
   taxon_rows rows_;
-  name_fitter fitter_{"taxon"};
+  name_fitter fitter_{named::taxon};
   std::string warning_of_length_;
   std::vector<std::string> names_;
   std::unordered_map<std::string, int> by_name_;  // of the file

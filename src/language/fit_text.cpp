@@ -9,7 +9,8 @@ namespace zeb {
 
 namespace {
 
-constexpr std::string_view signs_of_commands = ";'\"$#%+-/";
+constexpr std::string_view signs_of_commands = ";'\"$#%";
+constexpr std::string_view signs_of_lists = "+-/";
 
 unsigned char byte(std::string_view text, std::size_t place) {
   return static_cast<unsigned char>(text[place]);
@@ -46,18 +47,19 @@ bool opens_expansion(char sign, char next) {
          ((sign == '\'' || sign == '"') && (word || next == '/'));
 }
 
-bool is_unfit(std::string_view character, char before) {
+bool is_unfit(named what, std::string_view character, char before) {
   const char c = character[0];
   return is_control(character) || c == ' ' || signs_of_commands.find(c) != std::string_view::npos ||
+         (what == named::taxon && signs_of_lists.find(c) != std::string_view::npos) ||
          (c == '&' && before == 0) || (c == ',' && before == '.');
 }
 
 }  // namespace
 
-std::string fit_name(std::string_view name) {
+std::string fit_name(std::string_view name, named what) {
   std::string result;
-  for_each_character(normal_form(name), [&result](std::string_view character, char before, char /*after*/) {
-    if (is_unfit(character, before)) {
+  for_each_character(normal_form(name), [&](std::string_view character, char before, char) {
+    if (is_unfit(what, character, before)) {
       result += '_';
     } else {
       result += character;
@@ -92,24 +94,25 @@ std::string without_controls(std::string_view text) {
 }
 
 void name_fitter::tell(std::string_view name) {
-  for_each_character(name, [this](std::string_view character, char before, char /*after*/) {
+  const char* const kind = what_ == named::taxon ? "taxon" : "character";
+  for_each_character(name, [this, kind](std::string_view character, char before, char) {
     const char c = character[0];
-    if (c == ' ' || !is_unfit(character, before)) return;
+    if (c == ' ' || !is_unfit(what_, character, before)) return;
     if (is_control(character)) {
       if (!told_controls_) {
-        warning("Tabs and the like in", kind_, "names will be changed to '_' (=underscore).");
+        warning("Tabs and the like in", kind, "names will be changed to '_' (=underscore).");
       }
       told_controls_ = true;
     } else if (told_signs_.find(c) == std::string::npos) {
       told_signs_ += c;
-      warning_f("Symbol '%c' in %s names will be changed to '_' (=underscore).", c, kind_.c_str());
+      warning_f("Symbol '%c' in %s names will be changed to '_' (=underscore).", c, kind);
     }
   });
 }
 
 std::string name_fitter::fit(std::string_view name) {
   tell(name);
-  return fit_name(name);
+  return fit_name(name, what_);
 }
 
 std::string name_fitter::fit(std::string_view name, std::size_t longest,

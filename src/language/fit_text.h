@@ -7,9 +7,13 @@
 
 namespace zeb {
 
+/// What has a name. Lists of taxa give meaning to "+", "-" and "/".
+enum class named { taxon, character };
+
 /// One word: blanks, control characters and all signs that mean something in commands, lists or
-/// expansions (; ' " $ # % + - /, "&" in front, "," after ".") become "_". In normal form.
-std::string fit_name(std::string_view name);
+/// expansions (; ' " $ # %, for taxa + - /, "&" in front, "," after ".") become "_". In normal
+/// form.
+std::string fit_name(std::string_view name, named what = named::taxon);
 /// Several words, in which nothing ends a command or opens an expansion: such quotes become "`",
 /// ";" a comma, "$", "#" and "%" that open an expansion "_", control characters blanks.
 std::string fit_text(std::string_view text);
@@ -19,8 +23,7 @@ std::string without_controls(std::string_view text);
 /// Fits names and warns of what it changes, once for each sign.
 class name_fitter {
  public:
-  /// `kind`: "taxon", for the warning.
-  explicit name_fitter(std::string_view kind) : kind_(kind) {}
+  explicit name_fitter(named what) : what_(what) {}
   std::string fit(std::string_view name);
   /// The same, cut to `longest` bytes; the first time this is told with `warning_of_length`.
   std::string fit(std::string_view name, std::size_t longest, std::string_view warning_of_length);
@@ -28,7 +31,7 @@ class name_fitter {
  private:
   void tell(std::string_view name);
 
-  std::string kind_;
+  named what_;
   std::string told_signs_;
   bool told_controls_ = false;
   bool told_length_ = false;

@@ -14,7 +14,7 @@ first_seed, count = (int(word) for word in (sys.argv[2:4] or ("1", "25")))
 
 NUMBERS = "0123456789ABCDEFGHIJKLMNOPQRSTUV"
 SYMBOLS = {"dna": "ACGTRYMKSWBDHVN-", "proteins": "ACDEFGHIKLMNPQRSTVWYUZBX-"}
-NAMES = ["A_b", "O'Brien", "x.y", "T(1)", "T,2", "Zed", "9", "12a", "e=mc", 'q"q', "A_B_c", "w:w", "k{1}", "per%cent"]
+NAMES = ["A_b", "O`Brien", "x.y", "T(1)", "T,2", "Zed", "9", "12a", "e=mc", 'q`q', "A_B_c", "w:w", "k{1}", "per=cent"]
 
 
 def random_row(rnd, kind, states, length):
@@ -75,7 +75,7 @@ def random_data(rnd):
                          ("/2", random_list(rnd, range(nchar), 0.2)), ("/7", random_list(rnd, range(nchar), 0.1))):
         lines += [f"ccode {sign} {chosen};"] if chosen else []
     lines.append("taxcode - 2;")
-    states_named = " it's_there (none)" if blocks[-1][0] != "continuous" else ""
+    states_named = " its_there (none)" if blocks[-1][0] != "continuous" else ""
     lines.append(f"cnames {{{nchar - 1} head-size{states_named}; ;")
     order = rnd.sample(range(len(taxa)), len(taxa))
     lines.append("tread (" + " ".join(map(str, order[:-2])) + f" ({order[-2]} {order[-1]}));")

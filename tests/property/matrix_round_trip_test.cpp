@@ -74,7 +74,7 @@ class generator {
  private:
   std::string name() {
     std::string text;
-    for (int n = 1 + below(20); n > 0; --n) text += "abcXYZ_.'19"[below(11)];
+    for (int n = 1 + below(20); n > 0; --n) text += "abcXYZ_.19"[below(10)];
     return text;
   }
 

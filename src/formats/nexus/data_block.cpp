@@ -107,7 +107,7 @@ void read_state_labels(nexus_file& file, character_names& names) {
 }
 
 void set_character_names(const nexus_characters& block, const character_names& names) {
-  name_fitter fitter("character");
+  name_fitter fitter(named::character);
   for (const auto& [character, name] : names) {
     if (character >= block.count) continue;
     matrix_state::character_name fit;

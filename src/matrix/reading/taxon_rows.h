@@ -39,7 +39,7 @@ class taxon_rows {
   int count_ = 0;
   int block_ = 0;  // number of the block being read, from 1
   int rows_in_block_ = 0;
-  name_fitter fitter_{"taxon"};
+  name_fitter fitter_{named::taxon};
 };
 
 }  // namespace zeb
