@@ -218,6 +218,12 @@ int poll_key() {
   return library_key(0);
 }
 
+bool more_keys_wait() {
+  if (!terminal.typed_ahead.empty()) return true;
+  pollfd descriptor{STDIN_FILENO, POLLIN, 0};
+  return user_present() && poll(&descriptor, 1, 0) > 0;
+}
+
 int ask_key(std::string_view question, std::string_view answers) {
   if (!user_present()) return escape_key;
   write_console(question);

@@ -25,6 +25,8 @@ bool user_present();
 int wait_for_key();
 /// The key pressed, if any; `no_key` for none.
 int poll_key();
+/// Are keys waiting that were typed or pasted faster than they were read?
+bool more_keys_wait();
 /// Shows the question and takes keys until one, folded to lower case, is among `answers`; returns
 /// it. Without a user nothing is shown and <esc> is returned: the caller takes the safe answer.
 int ask_key(std::string_view question, std::string_view answers);

@@ -60,9 +60,13 @@ line_editor::outcome line_editor::take(int key) {
     if (is_partial_character(partial_)) return outcome::going_on;
     std::string character;
     character.swap(partial_);
-    return insert(character);
+    return searching_ ? find(searched_ + character, recalled_) : insert(character);
   }
   partial_.clear();
+  return searching_ ? take_in_search(key) : take_in_line(key);
+}
+
+line_editor::outcome line_editor::take_in_line(int key) {
   switch (key) {
     case '\n':
     case '\r':
@@ -91,6 +95,8 @@ line_editor::outcome line_editor::take(int key) {
     case escape_key:
       erase(0, text_.size());
       return outcome::going_on;
+    case control('R'):
+      return search_on();
     case '\t':
       return insert(" ");
     default:
@@ -100,11 +106,66 @@ line_editor::outcome line_editor::take(int key) {
   }
 }
 
+// Other keys than those of the search end it, and act on the line that was found.
+line_editor::outcome line_editor::take_in_search(int key) {
+  switch (key) {
+    case control('R'):
+      return search_on();
+    case control('G'):
+    case escape_key:
+      searching_ = false;
+      return recall(history_.size());
+    case key_backspace:
+    case '\b':
+    case 127:
+      if (searched_.empty()) return outcome::refused;
+      searched_.resize(searched_.size() - character_bytes_before(searched_, searched_.size()));
+      return find(std::string(searched_), history_.size());
+    case key_resize:
+      return outcome::going_on;
+    default:
+      if (key >= ' ' && key < 127) return find(searched_ + static_cast<char>(key), recalled_);
+      searching_ = false;
+      return take_in_line(key);
+  }
+}
+
+line_editor::outcome line_editor::search_on() {
+  if (!searching_) {
+    if (history_.size() == 0) return outcome::refused;
+    recall(history_.size());
+    searched_.clear();
+    searching_ = true;
+    return outcome::going_on;
+  }
+  return recalled_ > 0 ? find(std::string(searched_), recalled_ - 1) : outcome::refused;
+}
+
+// The newest line up to number `newest` that holds the text; without one all stays as it was.
+line_editor::outcome line_editor::find(const std::string& wanted, std::size_t newest) {
+  for (std::size_t i = std::min(newest + 1, history_.size()); i-- > 0;) {
+    const std::size_t at = history_.line(i).find(wanted);
+    if (at == std::string::npos) continue;
+    searched_ = wanted;
+    recall(i);
+    cursor_ = at;
+    return outcome::going_on;
+  }
+  return outcome::refused;
+}
+
 void line_editor::move(int key) {
   if (key == key_left && cursor_ > 0) cursor_ -= character_bytes_before(text_, cursor_);
   if (key == key_right && cursor_ < text_.size()) cursor_ += character_bytes(text_, cursor_);
   if (key == key_home || key == control('A')) cursor_ = 0;
   if (key == key_end || key == control('E')) cursor_ = text_.size();
+}
+
+bool line_editor::replace_before_cursor(std::size_t begin, std::string_view text) {
+  if (begin > cursor_ || text_.size() - (cursor_ - begin) + text.size() > longest_) return false;
+  text_.replace(begin, cursor_ - begin, text);
+  cursor_ = begin + text.size();
+  return true;
 }
 
 line_editor::outcome line_editor::insert(std::string_view character) {

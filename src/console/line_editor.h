@@ -39,9 +39,19 @@ class line_editor {
   std::size_t cursor() const { return cursor_; }
   /// Between the bytes of a character.
   bool in_character() const { return !partial_.empty(); }
+  /// The keys are looked for in the history, from <ctrl-R> on: the line shown is the newest that
+  /// holds what was typed. `searched` is that text.
+  bool is_searching() const { return searching_; }
+  const std::string& searched() const { return searched_; }
+  /// What stands from byte `begin` to the cursor becomes `text`; false where it doesn't fit.
+  bool replace_before_cursor(std::size_t begin, std::string_view text);
 
  private:
+  outcome take_in_line(int key);
   outcome insert(std::string_view character);
+  outcome take_in_search(int key);
+  outcome search_on();
+  outcome find(const std::string& wanted, std::size_t newest);
   outcome recall(std::size_t number);
   void erase(std::size_t first, std::size_t end);
   void move(int key);
@@ -53,6 +63,8 @@ class line_editor {
   std::size_t recalled_;  // line of the history that is shown; its size: the line being typed
   std::string typed_;     // the line being typed, kept while another is shown
   std::string partial_;   // first bytes of a character
+  bool searching_ = false;
+  std::string searched_;
 };
 
 }  // namespace zeb

@@ -3,11 +3,15 @@
 #include "base/command.h"
 #include "base/hooks.h"
 #include "console/console.h"
+#include "console/hooks.h"
 #include "console/log.h"
 #include "console/progress.h"
 #include "console/text_buffer.h"
 
 namespace zeb {
+
+console_hooks hooks_of_console;
+
 namespace {
 
 constexpr int first_kilobytes = 200;

@@ -76,11 +76,18 @@ bool find_run_file() {
   return false;
 }
 
+// Words by which other programs are left.
+bool means_quit(std::string_view word) {
+  static constexpr std::string_view words[] = {"exit", "bye", "logout"};
+  return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
 [[noreturn]] void unknown_command() {
+  const char* hint = means_quit(token()) ? " (\"quit;\" ends the program)" : "";
   if (top_frame().is_terminal && !input.from_arguments) {
-    error_end_f("LUMA: command \"%s\" not recognized", lexer.token);
+    error_end_f("LUMA: command \"%s\" not recognized%s", lexer.token, hint);
   }
-  error_end("Unknown command:", token());
+  error_end("Unknown command:", std::string(token()) + hint);
 }
 
 const command_row& look_up() {

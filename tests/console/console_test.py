@@ -157,6 +157,62 @@ class History(ConsoleTest):
         self.assertEqual(sorted(os.listdir(self.folder)), [".zeb_history"])
 
 
+    def test_the_search_key_finds_lines(self):
+        self.write(".zeb_history", "3 quote old one;\x01mult;\x01quote old two;\x01")
+        s = self.start()
+        s.type("typed\x12old")
+        s.wait_for_text('(history: "old") quote old two;')
+        s.type("\x12")
+        s.wait_for_text('(history: "old") quote old one;')
+        bells = s.screen.bells
+        s.type("\x12z")  # nothing older, and nothing with a "z"
+        s.wait_for(lambda: s.screen.bells == bells + 2, "two bells")
+        s.key("esc")
+        s.wait_for(lambda: s.screen.line(s.screen.row) == "zeb*>typed", "the line typed before")
+        s.key("esc")
+        s.type("\x12one")
+        s.key("end", "backspace")
+        s.type(" more;\r")
+        s.wait_for_text("\nold one more\n")
+        s.wait_for_prompt()
+        s.type("\x12mul\r")
+        s.wait_for_text("Must read data")
+
+
+class Completion(ConsoleTest):
+    def complete(self, s, typed, expected):
+        s.type(typed + "\t")
+        s.wait_for(lambda: s.screen.line(s.screen.row) == "zeb*>" + expected, expected)
+
+    def test_commands_options_and_files(self):
+        for name in ("lines.run", "line two.run", "lined.txt"):
+            self.write(name, "")
+        os.mkdir(os.path.join(self.folder, "lineage"))
+        s = self.start()
+        for typed, expected in (("quote a;mul", "quote a;mult"), ("qn", "qnelsen"), ("MULT=repl", "MULT=replications"),
+                                ("mult=wag nokee", "mult=wag nokeepall"), ("silent =con", "silent =console"),
+                                ("proc lines", "proc lines.run"), ("log +lined", "log +lined.txt"),
+                                ("view linea", "view lineage/"), ("view ./lin", "view ./line")):
+            self.complete(s, typed, expected)
+            s.key("esc")
+        self.complete(s, "proc l", "proc line")
+        s.type("\t")
+        s.wait_for_text("\nlineage/   lined.txt  lines.run\n")
+        s.key("esc")
+        s.type("mxr;\t")  # nothing to go on with
+        s.wait_for(lambda: s.screen.bells > 0, "the bell")
+        s.wait_for_text("zeb*>mxr;")
+
+    def test_pasted_tabs_are_blanks(self):
+        s = self.start()
+        s.type("quote a\tl;\rquote\r")
+        s.wait_for_text("\na l\n")
+        s.wait_for(lambda: s.screen.line(s.screen.row) == "quote>", "the prompt of quote")
+        s.type("x\t")
+        s.type("y;\r")
+        s.wait_for_text("\nx y\n")
+
+
 class Questions(ConsoleTest):
     def test_typed_lines_go_to_the_log_when_asked_for(self):
         s = self.start()

@@ -30,8 +30,8 @@ LEFT_OUT = {"quit", "zzz", "system", "bground", "slaveproc", "pause", "view", "e
 
 def commands_of(zeb, where):
     listing = subprocess.run([zeb, "help;", "quit;"], cwd=where, capture_output=True, timeout=30)
-    lines = listing.stderr.decode().split("COMMANDS:\n", 1)[1].splitlines()
-    return [word for line in lines for word in line.split() if re.fullmatch("[a-z]+", word)]
+    listed = listing.stderr.decode().split("COMMANDS:\n", 1)[1].split("(* not available", 1)[0]
+    return [word for word in listed.replace("*", " ").split() if re.fullmatch("[a-z]+", word)]
 
 
 def random_bytes(source):

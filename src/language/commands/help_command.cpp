@@ -56,9 +56,11 @@ const topic_name* find_topic(std::string_view word) {
   return index < static_cast<int>(std::size(topics)) ? &topics[index] : &list_of_topics;
 }
 
-// Rows before the heading of the macro commands, those with all of the topics; true if any.
+// Rows before the heading of the macro commands, those with all of the topics; true if any. A star
+// stands before those that can't be run yet.
 bool list_commands(std::uint32_t wanted, bool with_macros) {
   int printed = 0;
+  bool any_to_come = false;
   std::string line;
   for (const command_row& row : command_table()) {
     if (row.name[0] == '\n') {
@@ -66,12 +68,15 @@ bool list_commands(std::uint32_t wanted, bool with_macros) {
       continue;
     }
     if ((row.topics & wanted) != wanted) continue;
-    line += text_of("%11s", row.name);
+    const bool to_come = row.handler == nullptr;
+    any_to_come |= to_come;
+    line += text_of("%11s", ((to_come ? "*" : "") + std::string(row.name)).c_str());
     if (++printed % commands_in_row != 0) continue;
     emit(line, "\n");
     line.clear();
   }
   if (!line.empty()) emit(line, "\n");
+  if (any_to_come) emit("(* not available yet)\n");
   return printed > 0;
 }
 

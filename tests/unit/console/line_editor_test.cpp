@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+
 #include "base/text_columns.h"
 #include "console/keys.h"
 
@@ -44,6 +46,37 @@ TEST(line_editor, refuses_what_does_not_fit) {
   EXPECT_EQ(editor.take(key_delete), line_editor::outcome::refused);
   EXPECT_EQ(editor.take('\r'), line_editor::outcome::entered);
   EXPECT_EQ(editor.text(), "abcde");
+}
+
+TEST(line_editor, searches_the_history) {
+  console_history history;
+  for (const char* line : {"mult;",
+                           "quote \xC3\xBC"
+                           "bel;",
+                           "mult=hold 2;"})
+    history.add(line);
+  line_editor editor(history, 100);
+  editor.take('x');
+  const auto keys = [&editor](std::initializer_list<int> list) {
+    line_editor::outcome last{};
+    for (const int key : list) last = editor.take(key);
+    return last;
+  };
+  constexpr int search = 'R' - '@';
+  EXPECT_EQ(keys({search, 'u'}), line_editor::outcome::going_on);
+  EXPECT_EQ(editor.text(), "mult=hold 2;");
+  EXPECT_EQ(keys({0xC3, 0xBC}), line_editor::outcome::refused);  // no line has both
+  EXPECT_EQ(keys({key_backspace, 0xC3, 0xBC}), line_editor::outcome::going_on);
+  EXPECT_EQ(editor.text(), history.line(1));
+  EXPECT_EQ(editor.cursor(), 6u);
+  EXPECT_EQ(keys({key_backspace, 'm', search}), line_editor::outcome::going_on);
+  EXPECT_EQ(editor.text(), "mult;");
+  EXPECT_EQ(keys({search}), line_editor::outcome::refused);
+  keys({escape_key});
+  EXPECT_FALSE(editor.is_searching());
+  EXPECT_EQ(editor.text(), "x");
+  EXPECT_EQ(keys({search, '=', key_end, '\r'}), line_editor::outcome::entered);
+  EXPECT_EQ(editor.text(), "mult=hold 2;");
 }
 
 TEST(text_columns, counts_what_the_screen_shows) {
