@@ -7,6 +7,9 @@
 #include <cstdio>
 #include <system_error>
 
+#include "base/interrupts.h"
+#include "base/signals.h"
+
 namespace zeb {
 namespace {
 
@@ -17,14 +20,23 @@ auto until_not_interrupted(call made) {
   return result;
 }
 
+// Pipes may make a call wait for ever: the user can stop it.
+template <class result_type>
+result_type heeding_signals(result_type result) {
+  if (result >= 0 || errno != EINTR || noted_signal() == 0) return result;
+  check_interrupt();
+  errno = EINTR;
+  return result;
+}
+
 }  // namespace
 
 int call_open(const std::string& name, int flags, mode_t mode) {
-  return until_not_interrupted([&] { return open(name.c_str(), flags, mode); });
+  return until_not_interrupted([&] { return heeding_signals(open(name.c_str(), flags, mode)); });
 }
 
 ssize_t call_read(int descriptor, void* to, std::size_t bytes) {
-  return until_not_interrupted([&] { return read(descriptor, to, bytes); });
+  return until_not_interrupted([&] { return heeding_signals(read(descriptor, to, bytes)); });
 }
 
 ssize_t call_write(int descriptor, const void* from, std::size_t bytes) {

@@ -23,6 +23,7 @@ end_of_process at_quit;
 void go_to_background() { process.background = true; }
 void go_to_batch() { process.batch = true; }
 void note_failure() { process.failed = true; }
+void end_by_signal(int signal) { process.ended_by = signal; }
 
 double wall_clock() {
   return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();

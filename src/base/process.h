@@ -8,6 +8,7 @@ struct process_state {
   bool slave = false;       // works for a parent; always with `background`
   bool batch = false;       // runs a file: nobody to ask, errors end it, output is for a program
   bool failed = false;      // a command of a batch run failed
+  int ended_by = 0;         // the signal that ends the process after the running command
 };
 extern process_state process;
 
@@ -17,6 +18,8 @@ void go_to_background();
 void go_to_batch();
 /// A batch run that goes on after an error, at a label of its own, ends as a failed one.
 void note_failure();
+
+void end_by_signal(int signal);
 
 /// Seconds of the wall clock, with a fraction.
 double wall_clock();

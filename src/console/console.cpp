@@ -19,6 +19,7 @@
 #include <system_error>
 
 #include "base/process.h"
+#include "base/signals.h"
 #include "console/keys.h"
 #include "console/line_editor.h"
 #include "console/screen.h"
@@ -139,6 +140,28 @@ bool input_is_gone() {
   return (descriptor.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
 }
 
+// As `wait_for_key`, but tells Ctrl-C from <esc>.
+int next_key() {
+  if (!user_present()) return escape_key;
+  hide_progress();
+  if (!terminal.typed_ahead.empty()) {
+    const int key = terminal.typed_ahead.front();
+    terminal.typed_ahead.pop_front();
+    return key;
+  }
+  // The library learns of a new size only when the signal interrupts its read, so the size is
+  // looked at here.
+  for (;;) {
+    if (take_interrupt_signal()) return key_interrupt;
+    if (noted_signal() != 0) terminal.gone = true;
+    if (terminal.gone) return escape_key;
+    if (follow_size()) return key_resize;
+    const int key = library_key(wait_milliseconds);
+    if (key != no_key && key != key_resize) return key;
+    if (key == no_key && input_is_gone()) terminal.gone = true;
+  }
+}
+
 // Without the pauses ("$<50>") that old terminals needed.
 std::string library_text(const char* text) {
   // Both mean that the terminal has no such text.
@@ -193,24 +216,8 @@ void end_console() {
 bool user_present() { return screen.up && !process.background && !terminal.gone; }
 
 int wait_for_key() {
-  if (!user_present()) return escape_key;
-  hide_progress();
-  if (!terminal.typed_ahead.empty()) {
-    const int key = terminal.typed_ahead.front();
-    terminal.typed_ahead.pop_front();
-    return key;
-  }
-  // The library learns of a new size only when the signal interrupts its read, so the size is
-  // looked at here.
-  for (;;) {
-    if (follow_size()) return key_resize;
-    const int key = library_key(wait_milliseconds);
-    if (key != no_key && key != key_resize) return key;
-    if (key == no_key && input_is_gone()) {
-      terminal.gone = true;
-      return escape_key;
-    }
-  }
+  const int key = next_key();
+  return key == key_interrupt ? escape_key : key;
 }
 
 int poll_key() {
@@ -228,7 +235,8 @@ int ask_key(std::string_view question, std::string_view answers) {
   if (!user_present()) return escape_key;
   write_console(question);
   for (;;) {
-    const int key = wait_for_key();
+    const int key = next_key();
+    if (key == key_interrupt) return escape_key;
     if (key < 0 || key > 127) continue;
     const int folded = std::tolower(key);
     if (answers.find(static_cast<char>(folded)) != std::string_view::npos) return folded;

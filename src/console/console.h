@@ -21,14 +21,16 @@ void end_console();
 
 /// Is there a user to answer a question?
 bool user_present();
-/// Waits for a key; <esc> where there is no user, and when the terminal is gone.
+/// Waits for a key, and takes Ctrl-C for <esc>; <esc> where there is no user, and when the terminal
+/// is gone.
 int wait_for_key();
 /// The key pressed, if any; `no_key` for none.
 int poll_key();
 /// Are keys waiting that were typed or pasted faster than they were read?
 bool more_keys_wait();
 /// Shows the question and takes keys until one, folded to lower case, is among `answers`; returns
-/// it. Without a user nothing is shown and <esc> is returned: the caller takes the safe answer.
+/// it. Without a user nothing is shown and <esc> is returned, as after Ctrl-C: the caller takes the
+/// safe answer.
 int ask_key(std::string_view question, std::string_view answers);
 
 /// The keys pressed since the last look, up to an <esc>; none where the last look was a moment ago.

@@ -16,7 +16,8 @@ enum console_key : int {
   key_page_down,
   key_delete,
   key_backspace,
-  key_resize,  // the screen has a new size, already kept in `screen`
+  key_resize,     // the screen has a new size, already kept in `screen`
+  key_interrupt,  // Ctrl-C, as the signal that it is
   key_other,
 };
 constexpr int escape_key = 27;

@@ -106,7 +106,7 @@ void flush_line() {
   if (log_file.stream && !(output.output_mask & no_log)) write_log(text);
   if (!(output.output_mask & no_text_buffer)) add_to_text_buffer(text);
   if ((output.output_mask & no_console) || process.background) return;
-  if (settings.break_polling || process.slave) poll_for_interrupt();
+  poll_for_interrupt();
   hide_progress();
   show_lines(text);
 }

@@ -4,8 +4,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+
+#include "base/signals.h"
 
 namespace zeb {
 namespace {
@@ -15,10 +18,12 @@ constexpr int failed_status = 255;
 
 bool ended_by_signal(int status) { return status > signal_status && status < failed_status; }
 
+// A signal for this process is meant for the run that it waits for.
 int status_of(pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
     if (errno != EINTR) return failed_status;
+    if (noted_signal() != 0) kill(child, noted_signal());
   }
   return WIFSIGNALED(status) ? signal_status + WTERMSIG(status) : WEXITSTATUS(status);
 }
@@ -36,7 +41,9 @@ int run_apart(const std::string& file, int (*run)(const std::string& file)) {
 int run_batch(std::span<const std::string> files, int (*run)(const std::string& file)) {
   if (files.size() == 1) return run(files[0]);
   int failed = 0;
+  note_signals();
   for (const std::string& file : files) {
+    if (noted_signal() != 0) return signal_status + noted_signal();
     const int status = run_apart(file, run);
     if (failed == 0) failed = status;
     if (ended_by_signal(status)) break;

@@ -13,6 +13,7 @@
 #include "console/console_line.h"
 #include "console/log.h"
 #include "console/output.h"
+#include "console/plain_line.h"
 #include "console/screen.h"
 #include "console/settings.h"
 #include "language/hooks.h"
@@ -89,20 +90,6 @@ bool next_argument_piece(char* text) {
   return true;
 }
 
-// Without the screen library: one line, with the prompt where the output goes.
-std::size_t read_plain_line(std::FILE* stream, char* text) {
-  std::fputc('\n', stderr);
-  std::fputs(command.prompt.c_str(), stderr);
-  std::fflush(stderr);
-  std::size_t n = 0;
-  int c = 0;
-  while (n < refill_size - 1 && (c = std::getc(stream)) != EOF) {
-    text[n++] = static_cast<char>(c);
-    if (c == '\n') break;
-  }
-  return n;
-}
-
 // A user who sees the prompt of a command where the next command was meant has left out its ";".
 void tell_what_ends_command() {
   const bool goes_on = command.prompt != "zeb*>";
@@ -137,7 +124,7 @@ void refill_level_zero(input_frame& frame) {
     if (!read_console_line(text, refill_size)) supply_end(frame, text);
     return;
   }
-  const std::size_t n = read_plain_line(stdin, text);
+  const std::size_t n = read_plain_line(text, refill_size - 1);
   finish_text(text, n);
   if (n == 0) supply_end(frame, text);
 }

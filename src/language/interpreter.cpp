@@ -17,6 +17,7 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
+#include "base/signals.h"
 #include "console/console.h"
 #include "console/log.h"
 #include "console/output.h"
@@ -220,6 +221,7 @@ void run_next() {
   begin_command("zeb*");
   const jump_context around_reading;
   try {
+    if (noted_signal() != 0) check_interrupt();
     if (!reach_command()) {
       no_timing();
       stop_main_loop();

@@ -1,5 +1,6 @@
 #include "language/main_loop.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -8,7 +9,9 @@
 #include "base/arena.h"
 #include "base/command.h"
 #include "base/process.h"
+#include "base/signals.h"
 #include "console/console.h"
+#include "console/output.h"
 #include "console/screen.h"
 #include "language/batch.h"
 #include "language/commands/procedure_command.h"
@@ -22,6 +25,7 @@ namespace {
 
 constexpr int status_of_failure = 255;
 constexpr int status_of_wrong_call = 2;
+constexpr int status_of_signal = 128;  // and the signal's number
 
 std::string file_name_of(const char* path) {
   const char* slash = std::strrchr(path, '/');
@@ -42,7 +46,7 @@ void prepare(std::string commands, const std::string& input_name) {
 }
 
 [[noreturn]] void run_to_the_end() {
-  while (interpreter.running) run_one_round();
+  while (interpreter.running && process.ended_by == 0) run_one_round();
   pop_all();
   leave_program();
 }
@@ -70,7 +74,15 @@ int say(const std::string& text, std::FILE* where, int status) {
 }  // namespace
 
 void leave_program() {
+  // The console ends its input where a signal comes that ends the program.
+  if (process.ended_by == 0 && noted_signal() != 0 && noted_signal() != SIGINT) {
+    end_by_signal(noted_signal());
+    forget_signal();
+  }
+  const int signal = process.ended_by;
+  if (signal != 0) emit("\nEnded by ", signal_name(signal), "\n");
   run_quit_hooks();
+  if (signal != 0) end_process(status_of_signal + signal);
   end_process(process.failed ? status_of_failure : 0);
 }
 

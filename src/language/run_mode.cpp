@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "base/command.h"
+#include "base/signals.h"
 #include "language/run_mode.h"
 
 namespace zeb {
@@ -110,6 +111,7 @@ program_call read_call(int argc, char** argv) {
 std::string usage_text() { return usage; }
 
 void set_signals() {
+  note_signals();
   std::signal(SIGFPE, end_at_math_error);
   std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no more is a write that fails
 }

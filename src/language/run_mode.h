@@ -26,8 +26,8 @@ struct program_call {
 program_call read_call(int argc, char** argv);
 /// The answer to `--help`.
 std::string usage_text();
-/// What signals do: an arithmetic error ends the process with a clear message; a file that meets
-/// the limit of its size doesn't.
+/// What signals do: those that stop the program are noted; an arithmetic error ends the process
+/// with a clear message; a file that meets the limit of its size doesn't.
 void set_signals();
 
 }  // namespace zeb

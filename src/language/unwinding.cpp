@@ -1,6 +1,7 @@
 #include "language/unwinding.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 
 #include "base/command.h"
@@ -8,6 +9,7 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
+#include "base/signals.h"
 #include "console/console.h"
 #include "console/interrupt_keys.h"
 #include "console/log.h"
@@ -43,6 +45,7 @@ error_place place_of_input() {
 
 void end_background_run() {
   flush_log();
+  if (process.ended_by != 0) return;  // soon, and with what was found saved
   if (process.background) {
     report_line("... SOME ERROR OCCURED, QUITTING...");
     end_process(255);
@@ -73,9 +76,24 @@ void interrupt() {
   if (!interrupts.in_search) emit("\nUser interrupt...\n");
   pop_all();
   if (interrupts.in_search) return stop_search(stop_reason::user);
-  if (!take_up_execute_file()) end_background_run();
+  if (process.ended_by != 0 || !take_up_execute_file()) end_background_run();
   leave_command();
   throw_to_jump_context();
+}
+
+// Ctrl-C at the console is another <esc>. All other signals, and that one where nobody would give
+// the next command, end the program after the command.
+void obey_signal() {
+  forget_typed_ahead();
+  const bool at_console =
+      user_present() || (input.frames[0]->is_terminal && !process.background && !process.batch);
+  if (!take_interrupt_signal()) {
+    end_by_signal(noted_signal());
+    forget_signal();
+  } else if (!at_console) {
+    end_by_signal(SIGINT);
+  }
+  interrupt();
 }
 
 void obey(key_wish wish) {
@@ -127,6 +145,7 @@ void tell_warning(const std::string& message) {
 }
 
 void look_for_interrupt(bool wait) {
+  if (noted_signal() != 0 && process.ended_by == 0 && in_jump_context()) return obey_signal();
   if (process.background) {
     if (stop_asked_by_file()) interrupt();
     return;

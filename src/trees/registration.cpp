@@ -13,6 +13,7 @@
 #include "trees/drawing/tags.h"
 #include "trees/hooks.h"
 #include "trees/notation/auto_save.h"
+#include "trees/notation/rescued_trees.h"
 #include "trees/notation/tree_file.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_lists.h"
@@ -52,6 +53,7 @@ void register_trees() {
   add_command_over_hook(auto_save_if_due);
 
   add_quit_hook(auto_save_now);
+  add_quit_hook(rescue_trees);
   add_quit_hook(abandon_tree_file);
   std::atexit(abandon_tree_file);
   std::atexit([] { close_svg_file(); });

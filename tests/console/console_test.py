@@ -470,6 +470,31 @@ class Interrupts(ConsoleTest):
         s.wait_for_prompt()
 
 
+    def test_ctrl_c_is_another_escape_and_never_ends_the_program(self):
+        s = self.start_long_run()
+        s.type("\x03")
+        s.wait_for_text("User interrupt...")
+        s.wait_for_prompt()
+        s.type("quote wrong")
+        s.wait_for_text("zeb*>quote wrong")
+        s.type("\x03")
+        s.wait_for(lambda: s.screen.line(s.screen.row) == "zeb*>", "the empty line")
+        s.command("break -; warn =;")
+        s.type("txtsize 100;\r")
+        s.wait_for_text("Continue?")
+        s.type("\x03")
+        s.wait_for(lambda: s.screen.text().count("User interrupt...") == 2, "the interrupt")
+        s.wait_for_prompt()
+        s.type("pause 60; quote never;\r")
+        s.settle(0.3)
+        s.type("\x03")
+        s.wait_for(lambda: s.screen.text().count("User interrupt...") == 3, "the interrupt")
+        s.wait_for_prompt()
+        s.command("quote still here;")
+        self.assertIn("\nstill here", s.screen.text())
+        self.assertNotIn("\nnever", s.screen.text())
+
+
 class Searches(ConsoleTest):
     def start_endless_search(self):
         matrix = pathlib.Path(__file__).parent.parent.parent / "examples" / "frogs.xread"
@@ -498,11 +523,19 @@ class Searches(ConsoleTest):
         s.type("y")
         self.check_moved_on(s)
 
-    def test_escape_ends_a_search(self):
+    def test_escape_and_ctrl_c_end_a_search(self):
+        for key in ("\x1b", "\x03"):
+            s = self.start_endless_search()
+            s.type(key)
+            s.wait_for_prompt()
+            self.assertRegex(s.screen.text(), r"\d trees? retained")
+
+    def test_a_closed_window_saves_the_trees(self):
         s = self.start_endless_search()
-        s.key("esc")
-        s.wait_for_prompt()
-        self.assertRegex(s.screen.text(), r"\d trees? retained")
+        os.kill(s.process, signal.SIGHUP)
+        self.assertEqual(s.end(), 128 + signal.SIGHUP)
+        saved = self.read("zeb_trees_%i.tre" % s.process)
+        self.assertTrue(saved.startswith(b"tread ") and saved.endswith(b"proc-;\n"))
 
 
 class Screens(ConsoleTest):
@@ -592,8 +625,10 @@ class Leaving(ConsoleTest):
 
     def test_a_killed_program_gives_the_terminal_back(self):
         s = self.start()
+        s.command("quote kept;")
         os.kill(s.process, signal.SIGTERM)
-        self.assertNotEqual(s.end(), 0)
+        self.assertEqual(s.end(), 128 + signal.SIGTERM)
+        self.assertIn(b"quote kept;", self.read(".zeb_history"))
         self.check_given_back(s)
 
 

@@ -127,6 +127,8 @@ class Session:
         self.process = os.fork()
         if self.process == 0:
             os.setsid()
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+                signal.signal(number, signal.SIG_DFL)  # whatever this process was started with
             fcntl.ioctl(slave, termios.TIOCSCTTY, 0)
             for descriptor in range(3):
                 os.dup2(slave, descriptor)

@@ -4,9 +4,11 @@ Usage: process_test.py ZEB [TEST...]"""
 
 import os
 import pathlib
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 ZEB = os.path.abspath(sys.argv.pop(1))
@@ -69,6 +71,95 @@ class Batch(ProcessTest):
                                   stderr=subprocess.PIPE, timeout=60)
         self.assertEqual(done.returncode, 255)
         self.assertIn(b"can't write the output", done.stderr)
+
+
+class Signals(ProcessTest):
+    """A signal ends a search, saves what it found, closes the log and tells by the exit status."""
+
+    def setUp(self):
+        super().setUp()
+        rows = "\n".join(f"t{i} {i * 2654435761 % 2**40:040b}" for i in range(150))
+        self.write(data=f"mxram 100; xread 40 150\n{rows}\n;\nhold 500; report +1/0/1;",
+                   endless="mult=replications 100000 hold 2; quote never; quit;",
+                   waiting="quote waits; pause 60; quote never;")
+
+    def start(self, *arguments, wait_for=None, ignored=()):
+        """The run, once its output, or the file `log`, has the text that is waited for."""
+        def set_signals():  # whatever this process was started with
+            for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGINT):
+                signal.signal(number, signal.SIG_IGN if number in ignored else signal.SIG_DFL)
+
+        run = subprocess.Popen([ZEB, *arguments], cwd=self.folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                               stderr=subprocess.STDOUT, preexec_fn=set_signals)
+        self.addCleanup(run.communicate)
+        self.addCleanup(run.kill)
+        os.set_blocking(run.stdout.fileno(), False)
+        self.said = b""
+        end = time.monotonic() + 40
+        while wait_for and wait_for not in self.said:
+            self.assertLess(time.monotonic(), end, f"{arguments} said {self.said!r}")
+            self.said += run.stdout.read() or b""
+            log = self.folder / "log"
+            if log.exists() and wait_for in log.read_bytes():
+                break
+            time.sleep(0.02)
+        return run
+
+    def finish(self, run, number):
+        run.send_signal(number)
+        status = run.wait(timeout=30)
+        self.said += run.stdout.read() or b""
+        self.assertEqual(status, 128 + number, self.said)
+
+    def test_searches_in_every_mode(self):
+        self.write(case="proc data.run; proc endless.run;", logged="log log; proc data.run; proc endless.run;")
+        search = b"TBR"
+        for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGINT):
+            for arguments in (["--batch", "case.run"], ["proc case.run;"], ["bground log log; proc case.run;"]):
+                run = self.start(*arguments, wait_for=search)
+                self.finish(run, number)
+                log = self.folder / "log"
+                said = self.said + (log.read_bytes() if log.exists() else b"")
+                self.assertIn(b"Ended by " + signal.Signals(number).name.encode(), said)
+                self.assertNotIn(b"never", said)
+                saved = f"zeb_trees_{run.pid}.tre"
+                self.assertIn(b"saved to " + saved.encode(), said)
+                text = (self.folder / saved).read_text()
+                self.assertTrue(text.startswith("tread ") and text.endswith(";\nproc-;\n"), text[-50:])
+                status, _, errors = self.run_zeb(input=f"proc data.run; proc {saved}; tsize; quit;")
+                self.assertEqual(status, 0)
+                self.assertNotIn("Error", errors)
+                log.unlink(missing_ok=True)
+
+    def test_trees_go_to_the_open_file_once(self):
+        self.write(case="proc data.run; tsave *found.tre; proc endless.run;",
+                   saved="proc data.run; randtrees 3; tsave *found.tre; save; proc waiting.run;",
+                   auto="proc data.run; tsave ! 3600 auto; proc endless.run;")
+        self.finish(self.start("--batch", "case.run", wait_for=b"TBR"), signal.SIGTERM)
+        text = (self.folder / "found.tre").read_text()
+        self.assertTrue(text.endswith(";\nproc/;\n") and text.count("(") > 100, text[-50:])
+        self.finish(self.start("--batch", "saved.run", wait_for=b"waits"), signal.SIGTERM)
+        self.assertEqual((self.folder / "found.tre").read_text().count("*"), 2)
+        self.finish(self.start("--batch", "auto.run", wait_for=b"TBR"), signal.SIGTERM)
+        self.assertTrue((self.folder / "auto-1").exists())
+        self.assertEqual([name for name in os.listdir(self.folder) if name.startswith("zeb_trees")], [])
+
+    def test_whatever_waits_ends_at_once(self):
+        os.mkfifo(self.folder / "fifo")
+        for arguments, text in ((["--batch", "waiting.run"], b"waits"), (["proc fifo;"], b"Lineage"), ([], b"zeb*>"),
+                                (["--batch", "waiting.run", "endless.run"], b"waits")):
+            for number in (signal.SIGTERM, signal.SIGINT):
+                run = self.start(*arguments, wait_for=text)
+                time.sleep(0.1)
+                self.finish(run, number)
+                self.assertNotIn(b"endless", self.said)
+
+    def test_ignored_signals_stay_ignored(self):
+        self.write(case="quote waits; pause 1; quote over;")
+        run = self.start("--batch", "case.run", wait_for=b"waits", ignored=[signal.SIGHUP])
+        run.send_signal(signal.SIGHUP)
+        self.assertEqual(run.wait(timeout=30), 0)
+        self.assertIn(b"over", run.stdout.read())
 
 
 class Calls(ProcessTest):

@@ -20,7 +20,7 @@ void sleep_seconds(double seconds) {
   const double end = wall_clock() + seconds;
   while (wall_clock() < end) {
     usleep(tenth_of_a_second);
-    if (settings.break_polling || process.background) check_interrupt();
+    check_interrupt();
   }
 }
 

@@ -10,6 +10,7 @@
 #include "matrix/matrix.h"
 #include "trees/notation/compact_format.h"
 #include "trees/notation/parenthetical_writer.h"
+#include "trees/notation/rescued_trees.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -69,6 +70,7 @@ void auto_save_now() {
     return;
   }
   auto_save.next = 3 - auto_save.next;
+  note_trees_saved();
 }
 
 }  // namespace zeb

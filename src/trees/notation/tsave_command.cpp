@@ -1,4 +1,5 @@
 // `tsave`, `save` and `shortread`: tree files.
+#include <algorithm>
 #include <vector>
 
 #include "base/errors.h"
@@ -17,6 +18,7 @@
 #include "trees/commands.h"
 #include "trees/notation/auto_save.h"
 #include "trees/notation/compact_format.h"
+#include "trees/notation/rescued_trees.h"
 #include "trees/notation/tree_file.h"
 #include "trees/tree_lists.h"
 #include "trees/tree_store.h"
@@ -62,6 +64,7 @@ void save_in_one_shot(bool parenthetical) {
   open_tree_file(name, parenthetical);
   save_trees(std::vector<std::uint8_t>(at(store.ntrees), 1), {});
   close_by_user();
+  note_trees_saved();
 }
 
 void show_auto_save() {
@@ -175,6 +178,7 @@ void save_command() {
   const std::vector<std::uint8_t> chosen = read_tree_list_or_last();
   check_end();
   save_trees(chosen, how);
+  if (!how.active_only && std::count(chosen.begin(), chosen.end(), 0) == 0) note_trees_saved();
 }
 
 void shortread_command() {
