@@ -15,9 +15,26 @@ namespace zeb {
 
 namespace {
 
+// Sets whose names are the same as names of groups are told apart by numbers.
+std::string distinct_group_name(nexus_file& file, const std::string& set) {
+  const std::size_t longest = at(matrix.name_length) - 1;
+  if (set.size() > longest && !file.told_long_set) {
+    file.told_long_set = true;
+    warning("Names of sets over", longest, "letters will be truncated");
+  }
+  const std::string fit = group_name_of(set);
+  std::string name = fit;
+  for (int number = 2;; ++number) {
+    const auto [owner, is_new] = file.set_of_group.emplace(name, lower_case(set));
+    if (is_new || owner->second == lower_case(set)) return name;
+    const std::string end = "_" + std::to_string(number);
+    name = fit.substr(0, longest - end.size()) + end;
+  }
+}
+
 void make_group(nexus_file& file, const std::string& set, nexus_list kind,
                 const std::vector<std::uint8_t>& flags) {
-  const std::string name = group_name_of(set);
+  const std::string name = distinct_group_name(file, set);
   const int group =
       kind == nexus_list::taxa ? make_taxon_group(name, flags) : make_character_group(name, flags);
   std::vector<std::string>& told = group < 0                  ? file.sets_without_group

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -63,6 +64,8 @@ struct nexus_file {
   bool codons_in_force = false;  // by "*": later sets without one don't count
   std::vector<std::string> character_groups, taxon_groups;  // made of sets, in this block
   std::vector<std::string> sets_without_group;
+  std::map<std::string, std::string> set_of_group;  // lower case, by the name of the group
+  bool told_long_set = false;
   std::set<std::string> skipped;  // commands that were told
   nexus_sets& sets_of(nexus_list kind) {
     return kind == nexus_list::taxa ? taxon_sets : character_sets;
