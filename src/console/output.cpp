@@ -52,6 +52,24 @@ void append(std::string_view text) {
   for (const char c : text) append(c);
 }
 
+// Texts of files end up here by many ways: nothing in them may steer a terminal. What moves the
+// cursor within the text stays.
+std::string without_terminal_codes(const std::string& text) {
+  constexpr std::string_view harmless = "\n\t\r\a\b";
+  std::string result;
+  result.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const bool is_c0 =
+        (byte < 32 && harmless.find(text[i]) == std::string_view::npos) || byte == 127;
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+    const bool is_c1 = byte == 0xc2 && next >= 0x80 && next < 0xa0;
+    if (is_c1) ++i;
+    result += is_c0 || is_c1 ? ' ' : text[i];
+  }
+  return result;
+}
+
 void add_to_text_buffer(std::string_view text) {
   if (display_buffer.add(text)) return;
   report_line("NOTE: wrapped lines before wrapping buffer contents!");
@@ -95,8 +113,7 @@ void emitf(const char* format, ...) {
 void newline() { emit(" \n"); }
 
 void flush_line() {
-  std::string text;
-  text.swap(line_buffer.text);
+  const std::string text = without_terminal_codes(line_buffer.text);
   line_buffer = {};
   if (output.diversion) {
     std::fwrite(text.data(), 1, text.size(), output.diversion);

@@ -6,6 +6,7 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "console/output.h"
+#include "language/fit_text.h"
 #include "language/interpreter.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
@@ -97,8 +98,13 @@ bool other_string(std::string_view word, std::string* text) {
 
 }  // namespace
 
+// What data bring is put into the script: it mustn't end a command there or open an expansion.
 bool fixed_string(std::string_view word, std::string* text) {
-  return data_string(word, text) || other_string(word, text);
+  if (!data_string(word, text) && !other_string(word, text)) return false;
+  // The quotes around a title stay.
+  const bool quoted = text->size() > 1 && text->front() == '\'' && text->back() == '\'';
+  *text = quoted ? "'" + fit_text(text->substr(1, text->size() - 2)) + "'" : fit_text(*text);
+  return true;
 }
 
 }  // namespace zeb

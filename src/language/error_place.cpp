@@ -1,9 +1,11 @@
 #include "language/error_place.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "base/text_columns.h"
 #include "console/output.h"
+#include "language/fit_text.h"
 
 namespace zeb {
 namespace {
@@ -23,9 +25,8 @@ void show_around(error_place& place, const char* text, const char* position) {
     first = whole.size() < shown_width ? 0 : whole.size() - shown_width;
   first = text_in_bytes(whole, first).size();
   place.text = text_in_bytes(whole.substr(first), shown_width);
-  for (char& c : place.text) {
-    if (static_cast<unsigned char>(c) < 32) c = ' ';
-  }
+  std::replace(place.text.begin(), place.text.end(), '\n', ' ');
+  place.text = without_controls(place.text);
   place.caret = text_columns(place.text.substr(0, at_byte - first));
 }
 

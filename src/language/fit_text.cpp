@@ -1,6 +1,7 @@
 #include "language/fit_text.h"
 
 #include <cctype>
+#include <cstdint>
 
 #include "base/errors.h"
 #include "base/text_columns.h"
@@ -12,20 +13,12 @@ namespace {
 constexpr std::string_view signs_of_commands = ";'\"$#%";
 constexpr std::string_view signs_of_lists = "+-/";
 
-unsigned char byte(std::string_view text, std::size_t place) {
-  return static_cast<unsigned char>(text[place]);
-}
-
-// Of one character: C0, C1 (as UTF-8 and as bytes of their own), and what parts or turns lines.
+// C0, C1 (as bytes of their own, too), and what parts or turns lines.
 bool is_control(std::string_view character) {
-  const unsigned char first = byte(character, 0);
-  if (character.size() == 1) return first < 32 || (first >= 127 && first < 160);
-  const unsigned char second = byte(character, 1);
-  if (first == 0xc2) return second < 0xa0;
-  if (first != 0xe2 || character.size() != 3) return false;
-  const unsigned char third = byte(character, 2);
-  return (second == 0x80 && third >= 0xa8 && third <= 0xae) ||
-         (second == 0x81 && third >= 0xa6 && third <= 0xa9);
+  std::int32_t code = 0;
+  character_bytes(character, 0, &code);
+  return code < 32 || (code >= 127 && code < 160) || (code >= 0x2028 && code <= 0x202e) ||
+         (code >= 0x2066 && code <= 0x2069);
 }
 
 // Calls `put` with each character of the text and the bytes before and after it (0 at the ends).
@@ -88,7 +81,7 @@ std::string fit_text(std::string_view text) {
 std::string without_controls(std::string_view text) {
   std::string result;
   for_each_character(text, [&result](std::string_view character, char /*before*/, char /*after*/) {
-    result += is_control(character) ? " " : character;
+    result += is_control(character) && character[0] != '\n' ? " " : character;
   });
   return result;
 }

@@ -17,7 +17,7 @@ std::string fit_name(std::string_view name, named what = named::taxon);
 /// Several words, in which nothing ends a command or opens an expansion: such quotes become "`",
 /// ";" a comma, "$", "#" and "%" that open an expansion "_", control characters blanks.
 std::string fit_text(std::string_view text);
-/// Control characters become blanks; the rest stays.
+/// Control characters but newlines become blanks; the rest stays.
 std::string without_controls(std::string_view text);
 
 /// Fits names and warns of what it changes, once for each sign.

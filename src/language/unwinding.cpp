@@ -17,6 +17,7 @@
 #include "console/progress.h"
 #include "console/screen.h"
 #include "console/settings.h"
+#include "language/fit_text.h"
 #include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
@@ -103,7 +104,8 @@ void obey(key_wish wish) {
 
 }  // namespace
 
-void tell_error(const std::string& message) {
+void tell_error(const std::string& text) {
+  const std::string message = without_controls(text);
   plain_reading_again();
   reset_output();
   command_is_over();
@@ -124,7 +126,8 @@ void tell_error(const std::string& message) {
   leave_command();
 }
 
-void tell_warning(const std::string& message) {
+void tell_warning(const std::string& text) {
+  const std::string message = without_controls(text);
   if (!settings.warn || !user_present()) {
     const output_mask_scope shown(output.output_mask & ~static_cast<unsigned>(no_console));
     const errors_apart_scope apart;

@@ -48,7 +48,7 @@ int read_raw_boundary() {
         continue;
       }
       read_on_at(input.read_position + 1);
-      return c == ',' && input.top == 0 && !input.literal_comma ? ';' : c;
+      return c;  // a comma that wasn't typed ends no command
     }
     if (in_loop_text()) {
       const auto c = static_cast<unsigned char>(*input.read_position);

@@ -1,4 +1,4 @@
-# Random bytes and shuffled commands, with a fixed seed; a longer run by hand (--runs, --seed).
+# Random bytes, shuffled commands, names made as commands: with a fixed seed; longer by hand (--runs, --seed).
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 add_test(NAME hostile_input
   COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/hostile_input.py
@@ -6,3 +6,5 @@ add_test(NAME hostile_input
 add_test(NAME trailing_words
   COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/trailing_words.py
           --zeb $<TARGET_FILE:zeb>)
+add_test(NAME hostile_names
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/hostile_names.py $<TARGET_FILE:zeb>)

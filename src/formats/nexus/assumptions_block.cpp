@@ -58,7 +58,7 @@ void set_type(nexus_file& file, const std::string& name, const std::vector<std::
   note_typed(file, flags);
   if (type == "ord" || type == "unord") {
     set_additive(flags, type == "ord");
-  } else if (const int number = find_step_matrix(name); number >= 0) {
+  } else if (const int number = find_step_matrix(fit_name(name, named::character)); number >= 0) {
     for (int c = 0; c < matrix.nchar; ++c) {
       if (flags[at(c)]) use_step_matrix(c, number);
     }

@@ -99,7 +99,7 @@ int find_nexus_taxon(const std::string& text) {
 int find_nexus_character(const std::string& text, const nexus_characters* block) {
   const int first = block ? block->first : 0;
   const int count = block ? block->count : matrix.nchar;
-  const std::string fit = fit_name(text);
+  const std::string fit = fit_name(text, named::character);
   for (int c = first; c < first + count && at(c) < matrix.char_names.size(); ++c) {
     if (same_name(matrix.char_names[at(c)].name, fit)) return c;
   }

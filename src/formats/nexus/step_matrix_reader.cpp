@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "language/fit_text.h"
 #include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 
@@ -80,7 +81,7 @@ std::int32_t cost_of(nexus_file& file, const std::string& word, bool on_diagonal
 // "name (stepmatrix) =", the "=" included. False for a tree of states.
 bool read_head(nexus_file& file, std::string& name) {
   file.in.accept('*');
-  name = file.in.token().text;
+  name = fit_name(file.in.token().text, named::character);
   bool is_matrix = true;
   while (!file.in.accept('=')) {
     const nexus_token word = file.in.token();

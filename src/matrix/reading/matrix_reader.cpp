@@ -10,6 +10,7 @@
 #include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
+#include "language/fit_text.h"
 #include "language/input.h"
 #include "language/lexer.h"
 #include "macro/script_text.h"
@@ -51,7 +52,7 @@ std::string read_title() {
     if (c == ';') check_input_goes_on();
     if (c == '\r') continue;
     title += static_cast<char>(c);
-    if (c == '\'') return title;
+    if (c == '\'') return without_controls(title);
     if (title.size() > longest_title) error_end("Title too long (possibly missing closing quote)");
   }
 }

@@ -10,6 +10,7 @@
 #include "base/number_text.h"
 #include "base/text_columns.h"
 #include "console/output.h"
+#include "language/fit_text.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/node_order.h"
 #include "trees/drawing/text_lines.h"
@@ -119,7 +120,7 @@ void set_tag_tree(const_tree_span tree, std::span<const std::string> texts,
   normalise_tree(copy, matrix.ntax);
   std::vector<std::string> moved(copy.size());
   for (std::size_t n = 0; n < texts.size() && n < number.size(); ++n)
-    if (number[n] >= 0) moved[at(number[n])] = text_in_bytes(texts[n], longest_tag);
+    if (number[n] >= 0) moved[at(number[n])] = text_in_bytes(fit_text(texts[n]), longest_tag);
   tags.tag_tree = std::move(copy);
   tags.tag_texts = std::move(moved);
   tags.tag_title = title.substr(0, longest_tag_title);
