@@ -73,7 +73,7 @@ void add_in_sequence(wagner_build& build) {
     if (build.stop_at(p)) return;
     const int taxon = build.order[at(p)];
     build.find_place(taxon);
-    build.attach_taxon(taxon);
+    build.place_taxon(taxon);
   }
 }
 

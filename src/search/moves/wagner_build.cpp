@@ -26,7 +26,7 @@ wagner_build::wagner_build(search_context& search, const addition_settings& how)
   const std::size_t nodes = at(data.nodes);
   order = alloc_low<std::int32_t>(nodes);
   candidates = alloc_low<std::int32_t>(nodes);
-  scan_list = alloc_low<std::int32_t>(nodes);
+  pairs = alloc_low<std::int32_t>(nodes);
   scan_order = alloc_low<std::int32_t>(nodes);
 }
 
@@ -46,32 +46,17 @@ void wagner_build::first_tree(int a, int b, int c) {
   hang(top, b, c);
   t.anc[at(root)] = root + 2;
   full_pass(data);
+  branches.begin(top, b, c);
 }
 
-int wagner_build::list_nodes() {
-  const int top = data.tree.sister[0];
-  int count = 0;
-  if (top >= data.n) scan_list[at(count++)] = top;
-  for (int i = 0; i < count; ++i) {
-    const int v = scan_list[at(i)];
-    for (const int d : {data.tree.first[at(v)], data.tree.second[at(v)]}) {
-      if (d >= data.n) scan_list[at(count++)] = d;
-    }
-  }
-  return count;
-}
-
-int wagner_build::list_candidates(walk way, int nodes, bool swapped) {
-  int count = 0;
+int wagner_build::list_candidates(walk way, bool swapped) {
+  if (way == walk::forward) return branches.list(candidates);
+  const int count = branches.list(pairs);
+  const int nodes = count / 2;
   for (int i = 0; i < nodes; ++i) {
-    const int entry = way == walk::forward    ? i
-                      : way == walk::backward ? nodes - 1 - i
-                                              : scan_order[at(i)];
-    const int v = scan_list[at(entry)];
-    const int a = data.tree.first[at(v)];
-    const int b = data.tree.second[at(v)];
-    candidates[at(count++)] = swapped ? b : a;
-    candidates[at(count++)] = swapped ? a : b;
+    const int pair = 2 * (way == walk::backward ? nodes - 1 - i : scan_order[at(i)]);
+    candidates[at(2 * i)] = pairs[at(pair + swapped)];
+    candidates[at(2 * i + 1)] = pairs[at(pair + 1 - swapped)];
   }
   return count;
 }
@@ -115,21 +100,20 @@ void wagner_build::find_place(int taxon) {
   if (best == 0) return;
   const int start = best_branch;
   const double start_cost = best;
-  const int nodes = list_nodes();
   const bool bit = (context.random.draw() & 1) != 0;
   if (context.rules.random_insertion && !slots.forbids) {
     // Shuffled here, not when a taxon has been placed: a place that costs nothing ends the search
     // for others.
-    shuffle_scan_order(nodes);
-    try_candidates(taxon, list_candidates(walk::random, nodes, bit), best);
+    shuffle_scan_order(data.tree.anc[at(data.n)] - data.n - 1);
+    try_candidates(taxon, list_candidates(walk::random, bit), best);
   } else if (bit) {
-    try_candidates(taxon, list_candidates(walk::backward, nodes, false), unbounded);
+    try_candidates(taxon, list_candidates(walk::backward, false), unbounded);
     if (best > start_cost) {
       best = start_cost;
       best_branch = start;
     }
   } else {
-    try_candidates(taxon, list_candidates(walk::forward, nodes, false), best);
+    try_candidates(taxon, list_candidates(walk::forward, false), best);
   }
 }
 
@@ -142,6 +126,11 @@ void wagner_build::attach_taxon(int taxon) {
   attach(data.tree, taxon, next_free, best_branch);
   ++next_free;
   repair_after_insert(data, taxon);
+}
+
+void wagner_build::place_taxon(int taxon) {
+  branches.insert(data, best_branch, data.tree.anc[at(data.n)], taxon);
+  attach_taxon(taxon);
 }
 
 void wagner_build::shuffle_scan_order(int count) {

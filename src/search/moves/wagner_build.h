@@ -5,6 +5,7 @@
 #include <span>
 
 #include "base/arena.h"
+#include "search/moves/branch_order.h"
 #include "search/search_context.h"
 
 namespace zeb {
@@ -18,8 +19,9 @@ struct wagner_build {
   const addition_settings& additions;
   std::span<std::int32_t> order;       // taxa in order of addition
   std::span<std::int32_t> candidates;  // branches in the order in which they are tried
-  std::span<std::int32_t> scan_list;   // internal nodes, breadth first
-  std::span<std::int32_t> scan_order;  // a random permutation of positions of scan_list
+  std::span<std::int32_t> pairs;       // as `branches` lists them
+  std::span<std::int32_t> scan_order;  // a random permutation of numbers of internal nodes
+  branch_order branches;               // but for additions by clusters
 
   const bool fits;          // implied weights: costs are fits
   const move_slots& slots;  // of the search
@@ -35,12 +37,11 @@ struct wagner_build {
   }
   /// The tree of three taxa, with all its sets.
   void first_tree(int a, int b, int c);
-  /// Lists the internal nodes of the tree, from the outgroup's sister on; returns their number.
-  int list_nodes();
-  /// Fills `candidates` with the descendants of the listed nodes: in list order, from the end, or
-  /// by scan_order. `swapped`: second descendants before first ones. Returns their number.
+  /// Fills `candidates` with the descendants of the internal nodes, which are taken in the order of
+  /// `branches`, from its end, or by scan_order. `swapped`: second descendants before first ones.
+  /// Returns their number.
   enum class walk { forward, backward, random };
-  int list_candidates(walk way, int nodes, bool swapped);
+  int list_candidates(walk way, bool swapped);
   /// Cost of adding `taxon` on the branch `v`: exact below `bound` (below or at it without
   /// implied weights).
   double cost_at(int taxon, int v, double bound) const;
@@ -74,7 +75,10 @@ struct wagner_build {
   /// far replace a place.
   void try_candidates(int taxon, int count, double below);
   void find_place(int taxon);
+  /// Puts the taxon there and repairs the sets.
   void attach_taxon(int taxon);
+  /// The same, and keeps `branches` up.
+  void place_taxon(int taxon);
   void shuffle_scan_order(int count);
   /// Reports; true when the search is to stop.
   bool stop_at(int position);

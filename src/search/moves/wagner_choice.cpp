@@ -79,9 +79,8 @@ void add_chosen_taxa(wagner_build& build) {
   const addition_settings& additions = build.additions;
   for (int p = 3; p < n; ++p) {
     if (build.stop_at(p)) return;
-    const int nodes = build.list_nodes();
-    const int count = build.list_candidates(wagner_build::walk::random, nodes,
-                                            (build.context.random.draw() & 1) != 0);
+    const int count =
+        build.list_candidates(wagner_build::walk::random, (build.context.random.draw() & 1) != 0);
     build.candidates[at(count)] = build.data.tree.sister[0];
     const int tried =
         static_cast<int>(std::min<std::int64_t>(n, static_cast<std::int64_t>(p) + additions.look));
@@ -117,8 +116,8 @@ void add_chosen_taxa(wagner_build& build) {
     }
     std::swap(build.order[at(p)], build.order[at(chosen)]);
     build.best_branch = chosen_branch;
-    build.attach_taxon(build.order[at(p)]);
-    build.shuffle_scan_order(nodes + 1);
+    build.place_taxon(build.order[at(p)]);
+    build.shuffle_scan_order(count / 2 + 1);
   }
 }
 
