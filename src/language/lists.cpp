@@ -262,6 +262,17 @@ bool list_reader::is_whole_name(std::string_view word) const {
   return false;
 }
 
+/// In "1-10" the sign takes 10 out, or whatever it means to the command.
+void list_reader::warn_of_sign_in_range(std::int64_t from) const {
+  if (peek_char() != '-') return;
+  read_char();
+  const bool number_follows = std::isdigit(peek_char());
+  unread_char();
+  if (!number_follows) return;
+  warning_f("\"-\" between numbers isn't a range: \"%i.N\" is from %s %i to N",
+            static_cast<int>(from), std::string(kind_.noun).c_str(), static_cast<int>(from));
+}
+
 /// N, N.M, N., .M and ".", with the step of a range; or a name that begins with digits, or with
 /// letters that might have been a variable's.
 void list_reader::read_numbers() {
@@ -270,6 +281,7 @@ void list_reader::read_numbers() {
   if (!word.empty()) return read_item_from(word);
   if (peek_char() != '.') {
     set(element_of(from));
+    warn_of_sign_in_range(from);
     return;
   }
   read_char();

@@ -72,6 +72,7 @@ class list_reader {
   bool read_range_in(std::string_view word);
   bool is_whole_name(std::string_view word) const;
   void read_numbers();
+  void warn_of_sign_in_range(std::int64_t from) const;
   int read_step();
   void read_named();
   void read_containing();

@@ -21,13 +21,6 @@ std::uint32_t match_cell(const row_place& place, int character) {
 
 }  // namespace
 
-void alien_symbol(const row_place& place, int character, int symbol) {
-  if (symbol == ';') check_input_goes_on();
-  error_end_f("Found alien symbol for taxon %i (%s), char. %i (block %i): '%c'%s", place.taxon,
-              std::string(taxon_name(place.taxon)).c_str(), character, place.block, symbol,
-              place_in_file().c_str());
-}
-
 std::string place_in_file() {
   const input_frame& frame = top_frame();
   if (!frame.file.is_open() || frame.is_terminal || input.top == 0) return {};
@@ -47,6 +40,21 @@ void cell_reader::use_format(const block_format& format) {
   table_ = make_symbols(type_, matrix.cell_bytes, gaps_);
   // The first gap that is read as a state comes by the slow way, which tells the user.
   if (gaps_ && type_ != numeric_data && !told_gaps_) table_['-'] = 0;
+}
+
+std::string cell_reader::cells_before_newline(const row_place& place) const {
+  if (newline_at_ == 0) return {};
+  return text_of("only %i of %i characters before the end of its line", newline_at_ - place.first,
+                 place.end - place.first);
+}
+
+void cell_reader::alien_symbol(const row_place& place, int character, int symbol) const {
+  if (symbol == ';') check_input_goes_on();
+  std::string story = cells_before_newline(place);
+  if (!story.empty()) story = "\nThe row has " + story;
+  error_end_f("Found alien symbol for taxon %i (%s), char. %i (block %i): '%c'%s%s", place.taxon,
+              std::string(taxon_name(place.taxon)).c_str(), character, place.block, symbol,
+              story.c_str(), place_in_file().c_str());
 }
 
 // The cell of a symbol that the table doesn't have outright.
@@ -104,6 +112,7 @@ int cell_reader::read_cells(const row_place& place, std::span<word*> rows) {
       ++c;
     } else if (symbol < 33) {
       if (place.ends_at_newline && is_newline(symbol)) return c;
+      if (newline_at_ == 0 && c > place.first && is_newline(symbol)) newline_at_ = c;
     } else if (symbol == '[' || symbol == '(') {
       row[c] = static_cast<word>(read_set(place, c));
       ++c;
@@ -120,6 +129,7 @@ int cell_reader::read_cells(const row_place& place, std::span<word*> rows) {
 }
 
 int cell_reader::read_row(const row_place& place) {
+  newline_at_ = 0;
   switch (matrix.cell_bytes) {
     case 1:
       return read_cells(place, matrix.rows8);

@@ -26,12 +26,16 @@ class cell_reader {
   /// Reads cells into the matrix; returns one past the last character read. The newline that ends a
   /// row of a block is consumed; a ";" that ends it isn't.
   int read_row(const row_place& place);
+  /// Of the last row read: how many of its cells stood in front of its first newline, for messages;
+  /// empty for a row on one line.
+  std::string cells_before_newline(const row_place& place) const;
 
  private:
   template <class word>
   int read_cells(const row_place& place, std::span<word*> rows);
   std::uint32_t read_set(const row_place& place, int character);
   std::uint32_t lookup(const row_place& place, int character, int symbol);
+  [[noreturn]] void alien_symbol(const row_place& place, int character, int symbol) const;
 
   symbol_table table_{};
   data_type type_ = numeric_data;
@@ -39,10 +43,9 @@ class cell_reader {
   bool gaps_are_missing_ = true;  // they are never states in alphanumeric data
   bool ready_ = false;
   bool told_gaps_ = false;
+  int newline_at_ = 0;  // character at which the row first went on in another line; 0: none
 };
 
-/// Ends the command with the place of a symbol that isn't one of the data.
-[[noreturn]] void alien_symbol(const row_place& place, int character, int symbol);
 /// "\n(line N of FILE)" for messages, while a file is read; empty otherwise.
 std::string place_in_file();
 /// Ends the command when the input ended instead of going on.

@@ -37,7 +37,7 @@ int taxon_rows::most_similar(const std::string& name) const {
 int taxon_rows::add_taxon(const std::string& name) {
   if (count_ == matrix.ntax) {
     error_end("Error reading block", block_, ": can't have more than", matrix.ntax,
-              "taxa in a block" + place_in_file());
+              "taxa in a block\nFound a row for " + name + place_in_file());
   }
   set_taxon_name(count_, name);
   blank_row(count_);
@@ -66,8 +66,12 @@ void taxon_rows::note_row(int taxon, const std::string& name, bool by_prefix) {
 
 std::vector<int> taxon_rows::taxa_of_row(std::string_view word, bool similar) {
   const std::size_t longest = static_cast<std::size_t>(matrix.name_length) - 1;
-  const std::string name = fitter_.fit(
-      word, longest, text_of("Taxon names over %zu letters will be truncated", longest));
+  std::string too_long = text_of("Taxon names over %zu letters will be truncated", longest);
+  if (word.size() > longest) {
+    too_long += "\n(the first one: " + fit_name(word) +
+                "; for longer names give \"taxname +N\" before reading data)";
+  }
+  const std::string name = fitter_.fit(word, longest, too_long);
   const auto found = by_name_.find(name);
   if (found != by_name_.end()) {
     note_row(found->second, name, false);
