@@ -42,17 +42,24 @@ bool is_missing(int taxon, int character) {
          (matrix.characters[at(character)].is_continuous ? missing_continuous : matrix.state_mask);
 }
 
-bool says_nothing(int character, std::uint32_t states) {
+silent_pattern silent_pattern_of(int character) {
   const character_record& record = matrix.characters[at(character)];
-  if (record.is_continuous) return states >= inapplicable_continuous && (states & 0xffffU) == 0;
-  if (states == matrix.state_mask) return true;
+  // Both have 0 as the low half, and differ in the lowest bit of the high one.
+  if (record.is_continuous) {
+    return {~(missing_continuous ^ inapplicable_continuous), inapplicable_continuous};
+  }
   std::uint32_t everything = star_mask(numeric_data, matrix.cell_bytes);
   if (record.type == dna_data) everything = dna_bases;
   if (record.type == protein_data) everything = all_amino_acids;
-  if (record.type == numeric_data && record.top_state_used) return false;
+  if (record.type == numeric_data && record.top_state_used) everything = matrix.state_mask;
   // Where gaps are a state, "any base" still says that there is no gap.
   if (record.gap_is_state) everything |= everything + 1;
-  return (states & everything) == everything;
+  return {everything, everything};
+}
+
+bool says_nothing(int character, std::uint32_t states) {
+  const silent_pattern pattern = silent_pattern_of(character);
+  return (states & pattern.mask) == pattern.silent;
 }
 
 void set_cell(int taxon, int character, std::uint32_t states) {

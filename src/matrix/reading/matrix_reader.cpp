@@ -15,6 +15,7 @@
 #include "language/lexer.h"
 #include "macro/script_text.h"
 #include "matrix/blocks.h"
+#include "matrix/data_summary.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 #include "matrix/matrix_memory.h"
@@ -89,6 +90,8 @@ class matrix_reader {
   void read_block_row(int& width);
   int read_cells(const row_place& place);
   void check_row_end(const row_place& place);
+  void check_plain_row_end(const row_place& place);
+  void warn_of_short_rows(int width);
   void trim_gaps(int taxon, int first, int end);
   void copy_row(int from, int to, int first, int end);
   void set_types(int first, int end);
@@ -107,6 +110,9 @@ class matrix_reader {
   int block_ = 0;           // number of the block being read
   int next_character_ = 0;  // first character of the block; once it is read, of the next one
   bool other_types_read_ = false;
+  bool told_row_end_ = false;  // of a plain matrix
+  int short_rows_ = 0;         // of the block
+  std::string first_short_row_;
 };
 
 int matrix_reader::read_cells(const row_place& place) {
@@ -150,6 +156,21 @@ void matrix_reader::set_types(int first, int end) {
   other_types_read_ = other_types_read_ || (end > first && format_.type != continuous_data);
 }
 
+// Nothing tells where a row of a plain matrix ends but the number of its cells: where that is
+// wrong, names become cells or cells names, and what is wrong shows only later.
+void matrix_reader::check_plain_row_end(const row_place& place) {
+  std::string found = cells_.cells_before_newline(place);
+  int c = read_char();
+  // A row that goes on in another line ends with a line, too.
+  while (!found.empty() && (c == ' ' || c == '\t')) c = read_char();
+  unread_char();
+  if (c < 33 || c == ';' || told_row_end_) return;
+  told_row_end_ = true;
+  if (found.empty()) found = text_of("more than %i characters in its row", place.end);
+  warning_f("Taxon %i (%s) has %s%s", place.taxon, std::string(taxon_name(place.taxon)).c_str(),
+            found.c_str(), place_in_file().c_str());
+}
+
 void matrix_reader::read_plain() {
   block_ = 1;
   check_type_fits(format_.type);
@@ -159,7 +180,9 @@ void matrix_reader::read_plain() {
   while (read_item() > 0) {
     check_interrupt();
     const int taxon = rows_.taxa_of_row(token(), false).front();
-    read_cells({.taxon = taxon, .first = 0, .end = matrix.nchar});
+    const row_place place = {.taxon = taxon, .first = 0, .end = matrix.nchar};
+    read_cells(place);
+    check_plain_row_end(place);
   }
   next_character_ = matrix.nchar;
   block_first_.push_back(0);
@@ -198,7 +221,17 @@ void matrix_reader::read_block_row(int& width) {
     width = end - first;
     set_types(first, end);
   }
+  if (end > first && end < first + width && short_rows_++ == 0) {
+    first_short_row_ = text_of("%s, with %i", name.c_str(), end - first) + place_in_file();
+  }
   for (std::size_t i = 1; i < taxa.size(); ++i) copy_row(taxa.front(), taxa[i], first, end);
+}
+
+void matrix_reader::warn_of_short_rows(int width) {
+  if (short_rows_ == 0) return;
+  warning_f("Block %i: %s fewer characters than %i, the others are missing; first taxon %s", block_,
+            counted(short_rows_, "row has", "rows have").c_str(), width, first_short_row_.c_str());
+  short_rows_ = 0;
 }
 
 void matrix_reader::read_block_rows() {
@@ -213,6 +246,7 @@ void matrix_reader::read_block_rows() {
     read_block_row(width);
   }
   next_character_ += width;
+  warn_of_short_rows(width);
   if (format_.verbose) {
     emitf("\nBlock %i: %i taxa (%i total), %i characters (%i total)", block_, rows_.rows_in_block(),
           rows_.count(), width, next_character_);
@@ -311,6 +345,7 @@ void tell_what_was_read() {
   emit("Read ", matrix.ntax, " taxa, ", counted(matrix.nchar, "character", "characters"));
   if (matrix.nblocks > 1) emit(" in ", matrix.nblocks, " blocks");
   emit("\n");
+  note_what_spoils_searches();
 }
 
 void read_matrix() {
