@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
 # Checks the source tree without building it: format, floors and circles, homes of functions, owners of
-# state, words, and what documents name. Usage: scripts/check.sh [--lint]
-# With --lint all sources go through clang-tidy as well; what passed is remembered in build/lint.json, so
-# that only files whose text, or whose headers' text, has changed are looked at again.
+# state, words, and what documents name. Usage: scripts/check.sh [--lint | --lint-all]
+# With --lint the sources changed since the branch left main go through clang-tidy as well; with --lint-all
+# all do, with more checks, and what passed is remembered in build/lint.json.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 lint=no
 case "${1:-}" in
-  --lint) lint=yes ;;
+  --lint) lint=changed ;;
+  --lint-all) lint=all ;;
   "") ;;
-  *) echo "usage: scripts/check.sh [--lint]" >&2; exit 2 ;;
+  *) echo "usage: scripts/check.sh [--lint | --lint-all]" >&2; exit 2 ;;
 esac
 need_packages python3
 want_packages clang-format
@@ -33,11 +34,11 @@ else
   echo "clang-format isn't installed: the format isn't checked"
 fi
 
-if [ $lint = yes ]; then
+if [ $lint != no ]; then
   echo "== lint"
   if command -v clang-tidy >/dev/null 2>&1; then
     cmake --preset release >/dev/null
-    python3 scripts/lint.py build/release build/lint.json || bad=1
+    python3 scripts/lint.py build/release build/lint.json $lint || bad=1
   else
     echo "clang-tidy isn't installed: nothing is linted"
   fi

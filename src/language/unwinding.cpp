@@ -148,7 +148,9 @@ void tell_warning(const std::string& text) {
 }
 
 void look_for_interrupt(bool wait) {
-  if (noted_signal() != 0 && process.ended_by == 0 && in_jump_context()) return obey_signal();
+  // Where nothing can be unwound, as in the greeting, keys and signals wait for the first command.
+  if (!in_jump_context()) return;
+  if (noted_signal() != 0 && process.ended_by == 0) return obey_signal();
   if (process.background) {
     if (stop_asked_by_file()) interrupt();
     return;

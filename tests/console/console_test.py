@@ -395,6 +395,11 @@ class Interrupts(ConsoleTest):
         s.command("quote still here;")
         self.assertIn("\nstill here", s.screen.text())
 
+    def test_escape_before_the_greeting_ends_nothing(self):
+        s = self.session()
+        s.key("esc")  # lies there when the program starts
+        s.wait_for_prompt()
+
     def test_p_pauses(self):
         s = self.start_long_run()
         s.type("p")
