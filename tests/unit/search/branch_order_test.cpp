@@ -37,7 +37,7 @@ TEST(branch_order, is_that_of_a_walk_whatever_is_inserted_where) {
     const auto hang = [&](int ancestor, int left, int right) {
       links[2][static_cast<std::size_t>(ancestor)] = left;
       links[3][static_cast<std::size_t>(ancestor)] = right;
-      for (const auto [node, sister] : {std::pair(left, right), std::pair(right, left)}) {
+      for (const auto& [node, sister] : {std::pair(left, right), std::pair(right, left)}) {
         links[0][static_cast<std::size_t>(node)] = ancestor;
         links[1][static_cast<std::size_t>(node)] = sister;
       }
