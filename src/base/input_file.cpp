@@ -6,6 +6,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <utility>
 
@@ -53,6 +54,7 @@ input_file& input_file::operator=(input_file&& other) noexcept {
   if (this == &other) return *this;
   close();
   descriptor_ = std::exchange(other.descriptor_, -1);
+  name_ = std::move(other.name_);
   number_ = std::exchange(other.number_, 0);
   terminal_ = other.terminal_;
   begun_ = other.begun_;
@@ -68,6 +70,11 @@ input_file& input_file::operator=(input_file&& other) noexcept {
 bool input_file::open(const std::string& name) {
   close();
   fault_.clear();
+  name_ = name;
+  if (name == "-" && !take_standard_input()) {
+    fault_ = "it has been read";
+    return false;
+  }
   const int descriptor =
       name == "-" ? STDIN_FILENO : call_open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY);
   struct stat status;
@@ -219,7 +226,19 @@ std::int64_t input_file::most_bytes() {
 }
 
 bool is_utf16(std::string_view text) {
-  return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff");
+  if (text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff")) return true;
+  // Without a mark: plain letters, each beside a byte of 0.
+  constexpr std::size_t looked_at = 16;
+  if (text.size() < looked_at) return false;
+  for (const std::size_t zero : {0U, 1U}) {
+    bool all = true;
+    for (std::size_t i = 0; i < looked_at; i += 2) {
+      const auto letter = static_cast<unsigned char>(text[i + 1 - zero]);
+      all = all && text[i + zero] == 0 && letter < 128 && (letter >= 32 || std::isspace(letter));
+    }
+    if (all) return true;
+  }
+  return false;
 }
 
 }  // namespace zeb

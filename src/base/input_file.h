@@ -24,6 +24,7 @@ class input_file {
   bool open(const std::string& name);
   void close();
   bool is_open() const { return descriptor_ >= 0; }
+  const std::string& name() const { return name_; }
   /// What went wrong at last, in words; empty: nothing.
   const std::string& fault() const { return fault_; }
   /// The same to stand after the name in a message: " (it is a directory)".
@@ -55,6 +56,7 @@ class input_file {
   void inflate_more();
 
   int descriptor_ = -1;
+  std::string name_;
   int number_ = 0;  // among the open files
   bool terminal_ = false;
   bool begun_ = false;      // the first bytes have been looked at
@@ -66,7 +68,7 @@ class input_file {
   std::string fault_;
 };
 
-/// Does the text begin with the byte order mark of UTF-16, which nothing here can read?
+/// Is the text, or the beginning of one, UTF-16, which nothing here can read?
 bool is_utf16(std::string_view text);
 
 }  // namespace zeb

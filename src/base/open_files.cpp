@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace zeb {
 
@@ -23,6 +24,8 @@ int note_coming_file(const std::string& name) {
 void forget_open_file(int number) {
   std::erase_if(open_files.files, [&](const open_file& file) { return file.number == number; });
 }
+
+bool take_standard_input() { return !std::exchange(open_files.standard_input_taken, true); }
 
 std::string cause_text(const std::string& fault) {
   if (fault.empty() || fault == std::generic_category().message(ENOENT)) return {};

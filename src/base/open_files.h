@@ -19,6 +19,7 @@ struct open_file {
 struct open_files_state {
   std::vector<open_file> files;
   int last_number = 0;
+  bool standard_input_taken = false;
 };
 extern open_files_state open_files;  // written by the functions of this file only
 
@@ -27,6 +28,9 @@ int note_open_file(const std::string& name, bool written, const struct stat& sta
 /// A file of the name that is to come.
 int note_coming_file(const std::string& name);
 void forget_open_file(int number);
+
+/// The standard input is read by one reader only. False: it has been taken.
+bool take_standard_input();
 
 /// " (Input/output error)"; nothing where there was no such file, as messages say enough then.
 std::string cause_text(const std::string& fault);

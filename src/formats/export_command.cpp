@@ -144,7 +144,7 @@ void export_command() {
   export_choice choice;
   while (read_sign(choice, export_options)) continue;
   check_choice(choice);
-  if (read_item() == 0) error_end("Must give name of file");
+  if (read_file_name() == 0) error_end("Must give name of file");
   const std::string name(token());
   const bool text_follows = accept_char('+');
   if (!text_follows) expect_end();

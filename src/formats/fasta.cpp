@@ -99,7 +99,7 @@ void store_sequence(const fasta_sequence& sequence, int taxon, sequence_cells& c
 
 }  // namespace
 
-void read_fasta_file(int /*option*/, const std::string& type_word, const std::string& file) {
+void read_fasta_file(int /*option*/, const std::string& type_word, input_file& file) {
   const text_lines text(file);
   const std::vector<fasta_sequence> sequences = find_sequences(text);
   if (sequences.size() < 4) error_end("Sorry, can't read less than 4 taxa");
@@ -108,7 +108,7 @@ void read_fasta_file(int /*option*/, const std::string& type_word, const std::st
   const data_type type = type_of(sequences, type_word);
   widen_states_for(type);
   check_memory(sequences);
-  begin_foreign_matrix(file, static_cast<std::int64_t>(sequences.size()),
+  begin_foreign_matrix(file.name(), static_cast<std::int64_t>(sequences.size()),
                        static_cast<std::int64_t>(sequences.front().length));
   foreign_taxa taxa(matrix.ntax, warning_of_long_names());
   sequence_cells cells(type, taxa);

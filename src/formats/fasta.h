@@ -3,13 +3,14 @@
 
 #include <string>
 
+#include "base/input_file.h"
 #include "base/output_file.h"
 
 namespace zeb {
 
 /// Reads aligned sequences of the type named, or of the one that fits where the word is empty. The
 /// option is reserved.
-void read_fasta_file(int option, const std::string& type_word, const std::string& file);
+void read_fasta_file(int option, const std::string& type_word, input_file& file);
 /// Writes the data in memory. `skip_gaps` leaves out "-". Warns of sets without a symbol.
 void write_fasta(output_file& out, bool skip_gaps);
 

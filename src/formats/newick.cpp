@@ -14,9 +14,10 @@
 
 namespace zeb {
 
-void read_newick_file(const std::string& file) {
+void read_newick_file(input_file& file) {
   require_data("reading Newick trees");
-  push_file(file, {});
+  const std::string name = file.name();
+  push_opened_file(std::move(file), {});
   const int level = input.top;
   taxon_names names;
   labelled_tree_reader reader(
@@ -33,7 +34,7 @@ void read_newick_file(const std::string& file) {
   clear_progress();
   if (input.top == level) pop_frame();
   const int count = reader.trees_read();
-  const bool tagged = reader.keep_tags("Tree-tags from " + file);
+  const bool tagged = reader.keep_tags("Tree-tags from " + name);
   std::string text = "Read " + counted(count, "tree", "trees") + " from Newick tree-file";
   if (count > 0) {
     text += text_of(" (%s %i", count == 1 ? "tree" : "trees", first);

@@ -4,13 +4,14 @@
 #include <functional>
 #include <string>
 
+#include "base/input_file.h"
 #include "base/output_file.h"
 #include "trees/tree_record.h"
 
 namespace zeb {
 
 /// Reads the trees of a file; labels and lengths of the last one that has any become the tags.
-void read_newick_file(const std::string& file);
+void read_newick_file(input_file& file);
 
 /// What follows a node: its label, or ":" and its length, or both.
 using node_text = std::function<std::string(int node)>;

@@ -110,8 +110,9 @@ data_type type_of(const std::vector<phylip_row>& rows, const std::string& type_w
 
 }  // namespace
 
-void read_phylip_file(const std::string& type_word, const std::string& file) {
-  const text_lines text(file);
+void read_phylip_file(const std::string& type_word, input_file& source) {
+  const text_lines text(source);
+  const std::string& file = source.name();
   std::vector<text_line> lines;
   for (std::size_t i = 0; i < text.lines().size(); ++i) {
     if (!trimmed(text.lines()[i]).empty()) lines.push_back({text.lines()[i], i + 1});

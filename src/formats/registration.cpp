@@ -1,6 +1,7 @@
 #include "formats/registration.h"
 
 #include "formats/fasta.h"
+#include "formats/file_kinds.h"
 #include "formats/newick.h"
 #include "formats/nexus/file_reader.h"
 #include "formats/phylip.h"
@@ -13,6 +14,7 @@ void register_formats() {
   hooks_of_language.read_fasta = read_fasta_file;
   hooks_of_language.read_newick = read_newick_file;
   hooks_of_language.read_phylip = read_phylip_file;
+  hooks_of_language.read_known_format = read_known_format;
 }
 
 }  // namespace zeb

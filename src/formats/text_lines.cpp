@@ -1,17 +1,15 @@
 #include "formats/text_lines.h"
 
 #include "base/errors.h"
-#include "base/input_file.h"
+#include "language/input.h"
 
 namespace zeb {
 
-text_lines::text_lines(const std::string& file) {
-  input_file stream;
-  if (!stream.open(file)) error_end("Can't open", file + stream.cause());
-  text_ = stream.rest();
-  if (!stream.fault().empty()) error_end("Can't read", file + stream.cause());
+text_lines::text_lines(input_file& file) {
+  check_encoding(file);
+  text_ = file.rest();
+  if (!file.fault().empty()) error_end("Can't read", file.name() + file.cause());
   const std::string_view text = text_;
-  if (is_utf16(text)) error_end("Can't read", file + ": it is UTF-16 text. Save it as UTF-8");
   std::size_t start = text.starts_with("\xef\xbb\xbf") ? 3 : 0;
   while (start < text.size()) {
     std::size_t end = text.find_first_of("\r\n", start);

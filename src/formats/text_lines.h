@@ -5,13 +5,15 @@
 #include <string_view>
 #include <vector>
 
+#include "base/input_file.h"
+
 namespace zeb {
 
 /// The lines of a file, without their ends (LF, CRLF or lone CR) and without a byte order mark.
-/// Errors: "Can't open". The file is held in memory until the object goes.
+/// Errors: "Can't read". What is left of the file is held in memory until the object goes.
 class text_lines {
  public:
-  explicit text_lines(const std::string& file);
+  explicit text_lines(input_file& file);
   const std::vector<std::string_view>& lines() const { return lines_; }
 
  private:

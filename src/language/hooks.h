@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/input_file.h"
 #include "language/error_place.h"
 
 namespace zeb {
@@ -55,11 +56,14 @@ struct language_hooks {
   bool (*print_expression_help)(std::string_view word) = nullptr;
   /// Readers of foreign formats that `procedure` calls. NEXUS: the file is the top frame and
   /// "#NEXUS" has been read; the frame is popped when it is done. FASTA: with the number given
-  /// after "&", -1 for none.
+  /// after "&", -1 for none. The others read a file that was opened.
   void (*read_nexus)() = nullptr;
-  void (*read_fasta)(int option, const std::string& type_word, const std::string& file) = nullptr;
-  void (*read_newick)(const std::string& file) = nullptr;
-  void (*read_phylip)(const std::string& type_word, const std::string& file) = nullptr;
+  void (*read_fasta)(int option, const std::string& type_word, input_file& file) = nullptr;
+  void (*read_newick)(input_file& file) = nullptr;
+  void (*read_phylip)(const std::string& type_word, input_file& file) = nullptr;
+  /// Reads a file whose first bytes show that it holds data or trees of some format; false where
+  /// it is to be read as commands.
+  bool (*read_known_format)(input_file& file) = nullptr;
   /// Changed by `set_macro_layer` only.
   macro_layer macros;
 };

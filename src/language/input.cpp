@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "base/command.h"
 #include "base/errors.h"
+#include "base/open_files.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/console_line.h"
@@ -64,7 +66,8 @@ void read_from_file(input_frame& frame, char* text) {
 }
 
 // What a file that can't be read to its end has brought isn't taken for all of it.
-[[noreturn]] void not_readable(input_frame& frame) {
+void check_reading(input_frame& frame) {
+  if (frame.file.fault().empty()) return;
   const std::string cause = frame.file.cause();
   frame.file.close();
   error_end("Can't read", frame.name + cause);
@@ -124,7 +127,8 @@ void refill_level_zero(input_frame& frame) {
     if (!read_console_line(text, refill_size)) supply_end(frame, text);
     return;
   }
-  const std::size_t n = read_plain_line(text, refill_size - 1);
+  const std::size_t n =
+      open_files.standard_input_taken ? 0 : read_plain_line(text, refill_size - 1);
   finish_text(text, n);
   if (n == 0) supply_end(frame, text);
 }
@@ -134,11 +138,15 @@ void refill(input_frame& frame) {
   char* text = make_room(frame);
   if (!frame.file.is_open()) return supply_end(frame, text);
   read_from_file(frame, text);
-  if (!frame.file.fault().empty()) not_readable(frame);
+  check_reading(frame);
+}
+
+void check_nesting() {
+  if (input.top >= input.mxproc) error_end("You can't nest", input.mxproc, "files");
 }
 
 input_frame& next_frame() {
-  if (input.top >= input.mxproc) error_end("You can't nest", input.mxproc, "files");
+  check_nesting();
   if (input.frames.size() == static_cast<std::size_t>(input.top) + 1) {
     input.frames.push_back(std::make_unique<input_frame>());
   }
@@ -220,23 +228,44 @@ void plain_unread_char() {
   if (*--input.read_position == '\n') --frame.line_number;
 }
 
-void push_file(const std::string& name, std::span<const std::string> arguments, bool may_recurse) {
-  input_frame& frame = next_frame();
+input_file opened_file(const std::string& name) {
+  input_file file;
+  if (name == "-" && !input.from_arguments && !process.batch) {
+    error_end("Can't open the standard input: the commands come from there");
+  }
+  if (!file.open(name)) error_end("Can't open", name + file.cause());
+  return file;
+}
+
+void check_encoding(input_file& file) {
+  constexpr std::size_t enough = 64;
+  if (!is_utf16(file.ahead(enough))) return;
+  error_end("Can't read", file.name() + ": it is UTF-16 text. Save it as UTF-8");
+}
+
+void check_pushing(const std::string& name, bool may_recurse) {
+  check_nesting();
   if (!may_recurse) refuse_open_file(name);
-  if (name.size() > 159) error_end("Can't open", name);
-  if (!frame.file.open(name)) error_end("Can't open", name + frame.file.cause());
-  std::snprintf(frame.name, sizeof frame.name, "%s", name.c_str());
+  if (name.size() >= sizeof input_frame::name) error_end("Can't open", name);
+}
+
+void push_file(const std::string& name, std::span<const std::string> arguments, bool may_recurse) {
+  check_pushing(name, may_recurse);
+  push_opened_file(opened_file(name), arguments);
+}
+
+void push_opened_file(input_file file, std::span<const std::string> arguments) {
+  if (!file.is_terminal()) check_encoding(file);
+  input_frame& frame = next_frame();
+  frame.file = std::move(file);
+  std::snprintf(frame.name, sizeof frame.name, "%s", frame.file.name().c_str());
   frame.is_terminal = frame.file.is_terminal();
   if (!frame.is_terminal) begin_text(frame);
-  if (!frame.file.fault().empty()) not_readable(frame);
-  if (is_utf16(frame.buffer)) {
-    frame.file.close();
-    error_end("Can't read", name + ": it is UTF-16 text. Save it as UTF-8");
-  }
+  check_reading(frame);
   frame.arguments.assign(arguments.begin(), arguments.end());
   frame.has_arguments = !arguments.empty();
   make_top(frame);
-  if (settings.report) report_line("Reading from", name);
+  if (settings.report) report_line("Reading from", frame.name);
 }
 
 void push_string(std::string_view text, const char* name) {

@@ -109,9 +109,18 @@ class reader_scope {
   const character_reader former_ = char_source;
 };
 
+/// Errors where a file of that name can't be made the top frame: nested too deep, in use.
+void check_pushing(const std::string& name, bool may_recurse = false);
+/// The file, open for reading; "-" is the standard input, unless that holds the commands. Errors:
+/// can't open.
+input_file opened_file(const std::string& name);
+/// Refuses text that nothing here can read.
+void check_encoding(input_file& file);
 /// Opens the file and makes it the top frame. Errors: nested too deep, in use, can't open.
 void push_file(const std::string& name, std::span<const std::string> arguments,
                bool may_recurse = false);
+/// The same for a file that is open.
+void push_opened_file(input_file file, std::span<const std::string> arguments);
 /// Makes `text` (under 4,128 bytes) the top frame, under the given display name.
 void push_string(std::string_view text, const char* name);
 void pop_frame();

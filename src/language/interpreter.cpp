@@ -91,7 +91,26 @@ bool means_quit(std::string_view word) {
   error_end("Unknown command:", std::string(token()) + hint);
 }
 
+// What stands at the place of a command is the name of a file: nothing that a command is made of,
+// or no command at all.
+bool is_file_name(std::string_view text) {
+  const bool quoted = text.starts_with('"');
+  if (quoted) text.remove_prefix(1);
+  const std::string path(text.substr(0, text.find_first_of(quoted ? "\"" : " \t\n;,")));
+  if (path.empty() || access(path.c_str(), R_OK) != 0) return false;
+  const bool one_word =
+      std::all_of(path.begin(), path.end(), [](unsigned char c) { return std::isalpha(c) != 0; });
+  if (!one_word) return true;
+  std::string word = path;
+  for (char& c : word) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return !find_command(word);
+}
+
 const command_row& look_up() {
+  if (input.top == 0 && input.from_arguments && is_file_name(input.read_position)) {
+    set_command_is_argument(true);
+    return *find_command("procedure");
+  }
   if (read_word() == 0) {
     read_char();  // consumed, since what follows the error would begin with it again
     error_end("No command!");

@@ -114,6 +114,18 @@ int read_item() {
   return read_token(longest_token, false, [](int c, int) { return c < 33 || c == ';' ? 0 : c; });
 }
 
+int read_file_name() {
+  if (!accept_char('"')) return read_item();
+  const comma_reading commas(true);
+  int length = 0;
+  for (int c = read_char(); c != '"'; c = read_char()) {
+    if (c == '\n') error_end("A name that begins with a double quote must end with one");
+    if (length == longest_token) error_end("Name too long");
+    lexer.token[length++] = static_cast<char>(c);
+  }
+  return finish_token(length);
+}
+
 std::string read_text_to_semicolon() {
   const comma_reading commas;
   std::string text;

@@ -34,6 +34,9 @@ int read_word();
 int read_name();
 /// Up to a blank or ";" (unread), at most 2,048 characters; returns the length, 0 before ";".
 int read_item();
+/// The name of a file: an item, or what stands between double quotes, where blanks, commas and
+/// semicolons are parts of it.
+int read_file_name();
 /// The text up to ";" (unread), without the blanks around it; line ends become blanks. A comma in
 /// parentheses, as in the code of a colour, belongs to the text wherever it was typed.
 std::string read_text_to_semicolon();

@@ -29,6 +29,7 @@ constexpr const char* usage =
     "ZEB: phylogenetic analysis under parsimony.\n\n"
     "  zeb                         commands from the console or the standard input\n"
     "  zeb command, command,       runs the commands; a comma ends each\n"
+    "  zeb file command,           reads the file first: data, trees or commands\n"
     "  zeb bground command,        the same without a console\n"
     "  zeb --batch file [file...]  runs each file by itself and asks nothing\n"
     "  zeb --help, zeb --version\n"
@@ -71,11 +72,26 @@ bool read_option_word(std::string_view word, program_call& call) {
   return true;
 }
 
+// A path with blanks and the like would fall apart among the other arguments.
+std::string quoted_path(std::string_view argument) {
+  std::string_view end;
+  if (argument.ends_with(',') || argument.ends_with(';')) {
+    end = argument.substr(argument.size() - 1);
+    argument.remove_suffix(1);
+  }
+  const std::string path(argument);
+  const bool falls_apart = path.find_first_of(" \t,;") != std::string::npos;
+  const bool can_be_quoted = path.find_first_of("\"\n") == std::string::npos;
+  if (!falls_apart || !can_be_quoted || access(path.c_str(), F_OK) != 0) return {};
+  return '"' + path + '"' + std::string(end);
+}
+
 std::string joined(char** first, char** end) {
   std::string text;
   for (char** word = first; word != end; ++word) {
     if (word != first) text += ' ';
-    text += *word;
+    const std::string quoted = quoted_path(*word);
+    text += quoted.empty() ? *word : quoted;
   }
   return text;
 }

@@ -35,8 +35,8 @@ int known_file(const std::string& name) {
   return index;
 }
 
-std::string read_file_name() {
-  if (read_item() == 0) error_end("Must give filename");
+std::string read_known_name() {
+  if (read_file_name() == 0) error_end("Must give filename");
   return std::string(token());
 }
 
@@ -45,6 +45,12 @@ int read_bracketed_file() {
   if (!accept_char('[')) {
     if (script_files.active < 0) error_end("No input file is active");
     return script_files.active;
+  }
+  if (skip_blanks_peek() == '"') {
+    read_file_name();
+    const std::string quoted(token());
+    if (!accept_char(']')) error_end("Need closing brackets");
+    return known_file(quoted);
   }
   std::string name;
   int c = next_nonblank();
@@ -63,7 +69,7 @@ std::int64_t read_count() {
 }
 
 void open_file() {
-  const std::string name = read_file_name();
+  const std::string name = read_known_name();
   if (find_file(name) >= 0) error_end_f("File \"%s\" is already open", name.c_str());
   if (script_files.files.size() >= static_cast<std::size_t>(script_files.most_files)) {
     error_end_f("Can't have more than %i files open simultaneously", script_files.most_files);
@@ -191,7 +197,7 @@ void read_open(input_files&) { open_file(); }
 void read_close(input_files&) { close_file(); }
 void read_list_files(input_files&) { list_files(); }
 void read_active(input_files&) {
-  const std::string name = read_file_name();
+  const std::string name = read_known_name();
   script_files.active = known_file(name);
   if (settings.report) emitf("Setting file \"%s\" as active (=default) input file", name.c_str());
 }

@@ -22,7 +22,7 @@ namespace zeb {
 namespace {
 
 void set_default_target() {
-  if (read_item() == 0) error_end("Define default target file: Must give filename");
+  if (read_file_name() == 0) error_end("Define default target file: Must give filename");
   const std::string file(token());
   check_end();
   macros.goto_default_file = file.substr(0, 160);
@@ -32,7 +32,7 @@ void set_default_target() {
 void read_error_target() {
   if (input.error_target_level >= 0)
     error_end("A target has been defined; undefine first, with 'goto ]'");
-  if (read_item() == 0) error_end("Define target file for error/break: Must give filename");
+  if (read_file_name() == 0) error_end("Define target file for error/break: Must give filename");
   const std::string file(token());
   if (read_item() == 0) error_end("Must give label to go to");
   const std::string label(token());
@@ -72,7 +72,7 @@ void goto_command() {
     default:
       break;
   }
-  if (read_item() == 0) error_end("Must give label to go to");
+  if (read_file_name() == 0) error_end("Must give label to go to");
   std::string file(token());
   std::string label;
   if (skip_blanks_peek() == ';') {

@@ -159,7 +159,7 @@ void plot_arrays(char symbol) {
     const whole_array x = read_one_dimensional_array();
     const whole_array y = read_one_dimensional_array();
     check_lengths(values_of(x), y);
-    if (read_item() == 0) error_end("Must give filename");
+    if (read_file_name() == 0) error_end("Must give filename");
     plot_svg(x, y, std::string(token()));
     return;
   }

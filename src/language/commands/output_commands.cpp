@@ -60,7 +60,9 @@ void set_buffer_compression(bool on) {
 
 void log_command() {
   no_timing();
-  if (read_item() == 0) {
+  const bool append = accept_char('+');
+  const bool quoted = skip_blanks_peek() == '"';
+  if (read_file_name() == 0 && !append) {
     if (log_file.stream) {
       report_line("Log file:", log_file.name);
     } else {
@@ -68,14 +70,9 @@ void log_command() {
     }
     return;
   }
-  std::string name(token());
-  const bool append = name[0] == '+';
-  if (append) {
-    name.erase(0, 1);
-    if (name.empty() && read_item() > 0) name = token();
-  }
+  const std::string name(token());
   check_end();
-  if (name == "/" && !append) return close_log();
+  if (name == "/" && !append && !quoted) return close_log();
   if (!open_log(name, append)) error_end("Cannot open file", name);
   if (settings.report) report_line("Log file:", log_file.name);
 }
@@ -143,7 +140,7 @@ void view_command() {
     show_toggle(settings.auto_view, "Auto-view");
     return;
   }
-  if (read_item() > 0) {
+  if (read_file_name() > 0) {
     const std::string name(token());
     check_end();
     std::string refusal;

@@ -39,12 +39,14 @@ bool starts_as_nexus() {
 // "dna", "proteins" or "numeric" before a file of sequences: what they are. Empty where the word is
 // the file itself, which then is the current token.
 std::string read_sequence_type(const char* no_file) {
-  if (read_item() == 0) error_end(no_file);
+  const bool quoted = skip_blanks_peek() == '"';
+  if (read_file_name() == 0) error_end(no_file);
+  if (quoted) return {};
   const std::string word(token());
   const int next = skip_blanks_peek();
   if (next == ';' || next == 0 || (word != "dna" && word != "proteins" && word != "numeric"))
     return {};
-  if (read_item() == 0) error_end(no_file);
+  if (read_file_name() == 0) error_end(no_file);
   return word;
 }
 
@@ -54,22 +56,26 @@ void read_fasta() {
   read_optional_int(&option);
   const std::string type = read_sequence_type("Must specify name of FASTA file");
   if (!hooks_of_language.read_fasta) error_end("Reading of FASTA files is not available yet");
-  hooks_of_language.read_fasta(option, type, std::string(token()));
+  input_file file = opened_file(std::string(token()));
+  hooks_of_language.read_fasta(option, type, file);
 }
 
 void read_newick() {
-  if (read_item() == 0) error_end("Must specify name of file with Newick trees");
+  if (read_file_name() == 0) error_end("Must specify name of file with Newick trees");
   if (!hooks_of_language.read_newick) error_end("Reading of Newick trees is not available yet");
-  hooks_of_language.read_newick(std::string(token()));
+  input_file file = opened_file(std::string(token()));
+  hooks_of_language.read_newick(file);
 }
 
 void read_phylip() {
   const std::string type = read_sequence_type("Must specify name of PHYLIP file");
   if (!hooks_of_language.read_phylip) error_end("Reading of PHYLIP files is not available yet");
-  hooks_of_language.read_phylip(type, std::string(token()));
+  input_file file = opened_file(std::string(token()));
+  hooks_of_language.read_phylip(type, file);
 }
 
-// "/" and "-" end the file where nothing but a blank or ";" follows; else they begin a name.
+// At the level of the process arguments there is no file to end: "-" is the standard input there.
+// In a file "/" and "-" end it where nothing but a blank or ";" follows; else they begin a name.
 bool ends_file(int c) {
   if (c != '/' && c != '-') return false;
   if (at_end_of_word(true)) return true;
@@ -114,8 +120,16 @@ void run_with_arguments(std::string file) {
 
 }  // namespace
 
+// The formats that are told by how they begin take no letter before the name.
 void read_commands_from(const std::string& name) {
-  push_file(name, {});
+  check_pushing(name);
+  input_file file = opened_file(name);
+  if (!file.is_terminal()) {
+    check_encoding(file);
+    const auto read_known_format = hooks_of_language.read_known_format;
+    if (read_known_format && read_known_format(file)) return;
+  }
+  push_opened_file(std::move(file), {});
   if (!starts_as_nexus()) return;
   if (!hooks_of_language.read_nexus) error_end("Reading of NEXUS files is not available yet");
   hooks_of_language.read_nexus();
@@ -123,7 +137,9 @@ void read_commands_from(const std::string& name) {
 
 void procedure_command() {
   const int c = skip_blanks_peek();
-  if (c == ';' || ends_file(c)) {
+  if (c == '-' && input.top == 0 && input.from_arguments && ends_file(c)) {
+    read_commands_from("-");
+  } else if (c == ';' || ends_file(c)) {
     no_timing();
     pop_frame();
   } else if (accept_char('&')) {
@@ -133,13 +149,13 @@ void procedure_command() {
   } else if (accept_char('!')) {
     read_phylip();
   } else {
-    read_item();
+    read_file_name();
     read_commands_from(std::string(token()));
   }
 }
 
 void run_command() {
-  if (read_item() == 0) return pop_frame();
+  if (read_file_name() == 0) return pop_frame();
   run_with_arguments(std::string(token()));
 }
 

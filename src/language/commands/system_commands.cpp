@@ -48,7 +48,7 @@ void system_command() {
 
 void cdir_command() {
   no_timing();
-  if (read_item() > 0) {
+  if (read_file_name() > 0) {
     const std::string path(token());
     expect_end();
     if (chdir(path.c_str()) != 0) {
@@ -60,7 +60,7 @@ void cdir_command() {
 
 void rdir_command() {
   no_timing();
-  if (read_item() == 0) error_end("No run-path given");
+  if (read_file_name() == 0) error_end("No run-path given");
   const std::string path(token());
   expect_end();
   set_run_directory(path);

@@ -115,7 +115,7 @@ void finish_drawing() {
 
 void draw_tag_tree() {
   if (!tags.tags_present) error_end("No tree-tags defined!");
-  read_item();
+  read_file_name();
   const std::string name(token());
   const drawing_request request = read_request();
   std::vector<std::string> labels(static_cast<std::size_t>(matrix.ntax));

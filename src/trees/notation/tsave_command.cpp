@@ -17,7 +17,7 @@
 #include "matrix/matrix.h"
 #include "trees/commands.h"
 #include "trees/notation/auto_save.h"
-#include "trees/notation/compact_format.h"
+#include "trees/notation/compact_file.h"
 #include "trees/notation/rescued_trees.h"
 #include "trees/notation/tree_file.h"
 #include "trees/tree_lists.h"
@@ -27,8 +27,8 @@ namespace zeb {
 
 namespace {
 
-std::string read_file_name() {
-  if (read_item() == 0) error_end("Must give", "name of", "tree file");
+std::string read_tree_file_name() {
+  if (read_file_name() == 0) error_end("Must give", "name of", "tree file");
   return std::string(token());
 }
 
@@ -52,7 +52,7 @@ void open_by_user(const std::string& name, bool parenthetical) {
 }
 
 void save_in_one_shot(bool parenthetical) {
-  const std::string name = read_file_name();
+  const std::string name = read_tree_file_name();
   check_end();
   if (tree_file.file.is_open()) {
     error_end("Can't open new file: Tree file", tree_file.name, "is open");
@@ -96,37 +96,11 @@ void set_auto_saving() {
     const bool parenthetical = accept_char('*');
     // A name after "0" means nothing, but does no harm.
     std::string name;
-    if (seconds > 0 || skip_blanks_peek() != ';') name = read_file_name();
+    if (seconds > 0 || skip_blanks_peek() != ';') name = read_tree_file_name();
     check_end();
     set_auto_save(seconds, seconds > 0 ? name : std::string(), parenthetical);
   }
   show_auto_save();
-}
-
-std::vector<std::uint8_t> read_file(const std::string& name) {
-  input_file file;
-  if (!file.open(name)) error_end("Cannot open file", name + file.cause());
-  const std::string text = file.rest();
-  if (!file.fault().empty()) error_end("Can't read", name + file.cause());
-  return {text.begin(), text.end()};
-}
-
-/// Where each tree of a compact file starts and ends. Errors for other data and files cut short.
-std::vector<std::span<const std::uint8_t>> find_trees(std::span<const std::uint8_t> file,
-                                                      const std::string& name) {
-  const compact_head_fields head = read_compact_head(file);
-  if (head.ntax < 0 && file.size() < 6) error_end("Unexpected end of file");
-  if (head.ntax != matrix.ntax) {
-    error_end("Tree file", name, "is not for", matrix.ntax, "taxa");
-  }
-  std::vector<std::span<const std::uint8_t>> trees;
-  for (file = file.subspan(head.bytes); !file.empty();) {
-    const std::size_t bytes = compact_tree_bytes(file, matrix.ntax);
-    if (bytes == 0) error_end("Unexpected end of file");
-    trees.push_back(file.first(bytes));
-    file = file.subspan(bytes);
-  }
-  return trees;
 }
 
 }  // namespace
@@ -152,7 +126,7 @@ void tsave_command() {
     return;
   }
   require_data("opening a tree file");
-  if (slash) return open_by_user("/" + read_file_name(), false);
+  if (slash) return open_by_user("/" + read_tree_file_name(), false);
   // "=" and "*" in either order.
   bool parenthetical = accept_char('*');
   const bool at_once = accept_char('=');
@@ -160,7 +134,7 @@ void tsave_command() {
   if (at_once) {
     save_in_one_shot(parenthetical);
   } else {
-    open_by_user(read_file_name(), parenthetical);
+    open_by_user(read_tree_file_name(), parenthetical);
   }
 }
 
@@ -184,36 +158,11 @@ void save_command() {
 void shortread_command() {
   require_data("reading trees");
   const target_group group = read_target_group();
-  const std::string name = read_file_name();
+  const std::string name = read_tree_file_name();
   check_end();
-  const std::vector<std::uint8_t> file = read_file(name);
-  const auto trees = find_trees(file, name);
-  make_room_for_trees(trees.size());
-  compact_reader reader(matrix.ntax);
-  const int first = store.ntrees;
-  double last_poll = wall_clock();
-  for (std::size_t i = 0; i < trees.size(); ++i) {
-    const int slot = first + static_cast<int>(i);
-    if (!reader.read(trees[i], stored_tree(slot))) {
-      error_end("Tree file", name, "is damaged: tree", i, "can't be read");
-    }
-    if (wall_clock() - last_poll > 1.0) {
-      check_interrupt();
-      show_progress("Reading trees", static_cast<double>(i), static_cast<double>(trees.size()));
-      last_poll = wall_clock();
-    }
-  }
-  clear_progress();
-  // Only now do the trees count: a file that fails on the way leaves none of its own.
-  group.start();
-  for (std::size_t i = 0; i < trees.size(); ++i) {
-    take_slot();
-    group.add(store.ntrees - 1);
-  }
-  if (!settings.report) return;
-  emit(trees.size(), " trees read");
-  if (!trees.empty()) emit(" (trees ", first, "-", store.ntrees - 1, ")");
-  emit("\n");
+  input_file file;
+  if (!file.open(name)) error_end("Cannot open file", name + file.cause());
+  read_compact_file(file, group);
 }
 
 }  // namespace zeb
