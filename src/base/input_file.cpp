@@ -70,7 +70,7 @@ input_file& input_file::operator=(input_file&& other) noexcept {
 bool input_file::open(const std::string& name) {
   close();
   fault_.clear();
-  name_ = name;
+  name_ = name == "-" ? "standard input" : name;
   if (name == "-" && !take_standard_input()) {
     fault_ = "it has been read";
     return false;

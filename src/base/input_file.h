@@ -24,6 +24,7 @@ class input_file {
   bool open(const std::string& name);
   void close();
   bool is_open() const { return descriptor_ >= 0; }
+  /// As it is to be shown.
   const std::string& name() const { return name_; }
   /// What went wrong at last, in words; empty: nothing.
   const std::string& fault() const { return fault_; }

@@ -71,12 +71,12 @@ void read_compact_file(input_file& file, const target_group& group) {
   if (!file.fault().empty()) error_end("Can't read", file.name() + file.cause());
   bool cut_off = false;
   const std::vector<byte_span> trees = find_trees(as_bytes(text), file.name(), cut_off);
+  const int first = store.ntrees;
+  read_into_free_slots(trees, file.name());
   if (cut_off) {
     warning("Unexpected end of file:", file.name(), "is cut off after",
             counted(static_cast<long long>(trees.size()), "whole tree", "whole trees"));
   }
-  const int first = store.ntrees;
-  read_into_free_slots(trees, file.name());
   group.start();
   for (std::size_t i = 0; i < trees.size(); ++i) {
     take_slot();
