@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/file_calls.h"
+#include "base/files_read.h"
 #include "base/open_files.h"
 
 namespace zeb {
@@ -67,7 +68,7 @@ input_file& input_file::operator=(input_file&& other) noexcept {
   return *this;
 }
 
-bool input_file::open(const std::string& name) {
+bool input_file::open(const std::string& name, bool is_data) {
   close();
   fault_.clear();
   name_ = name == "-" ? "standard input" : name;
@@ -85,6 +86,7 @@ bool input_file::open(const std::string& name) {
   } else {
     descriptor_ = descriptor;
     number_ = note_open_file(name, false, status);
+    if (is_data) note_file_read(name, descriptor, status);
     terminal_ = isatty(descriptor) != 0;
     size_ = S_ISREG(status.st_mode) ? status.st_size : -1;
     return true;

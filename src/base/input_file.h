@@ -21,7 +21,8 @@ class input_file {
   input_file& operator=(input_file&&) noexcept;
 
   /// Opens the file; "-" is the standard input, which can be had once. False: `fault` says why.
-  bool open(const std::string& name);
+  /// `is_data`: the file is noted among those that results may depend on.
+  bool open(const std::string& name, bool is_data = true);
   void close();
   bool is_open() const { return descriptor_ >= 0; }
   /// As it is to be shown.

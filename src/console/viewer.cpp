@@ -291,7 +291,7 @@ std::optional<std::string> contents_of(const std::string& name, std::string& ref
   }
   input_file file;
   std::string text;
-  if (file.open(name)) {
+  if (file.open(name, false)) {
     char piece[65536];
     while (const std::size_t n = text.size() > most_viewed ? 0 : file.read(piece, sizeof piece)) {
       text.append(piece, n);

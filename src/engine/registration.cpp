@@ -7,6 +7,7 @@
 #include "engine/hooks.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/plain/tree_scores.h"
+#include "language/methods.h"
 #include "trees/hooks.h"
 
 namespace zeb {
@@ -22,6 +23,10 @@ void register_engine() {
     };
   };
   add_unlock_hook(forget_packed_data);
+  add_methods(methods_part::choices, []() -> std::vector<std::string> {
+    if (collapsing.quick) return {};
+    return {"qcollapse -"};
+  });
 }
 
 }  // namespace zeb

@@ -17,10 +17,7 @@ double last_replication() { return last_search.replication; }
 double moves_accepted() { return static_cast<double>(last_search.moves_done); }
 double lowest_score() { return last_search.lowest_score; }
 
-double rearrangements_done() {
-  const rearrangement_counter& count = last_search.rearrangements;
-  return static_cast<double>(count.high) * 1e9 + static_cast<double>(count.low);
-}
+double rearrangements_done() { return last_search.rearrangements.total(); }
 
 double word_bits() { return (engine.long_words) ? widest_kernels() : 32; }
 

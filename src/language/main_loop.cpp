@@ -18,6 +18,7 @@
 #include "language/help.h"
 #include "language/input.h"
 #include "language/interpreter.h"
+#include "language/methods.h"
 #include "language/run_mode.h"
 
 namespace zeb {
@@ -88,6 +89,7 @@ void leave_program() {
 
 int run_process(int argc, char** argv) {
   const std::string program_name = argc > 0 ? file_name_of(argv[0]) : "zeb";
+  keep_command_line(argc, argv);
   const program_call call = read_call(argc, argv);
   switch (call.mode) {
     case run_mode::help:

@@ -1,5 +1,7 @@
 #include "language/options.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <utility>
 
@@ -116,6 +118,13 @@ void apply(const option_row& row, void* settings, bool negated) {
   }
 }
 
+/// Do the settings have what the keyword sets besides its own member?
+bool sets_the_rest(const option_row& row, const void* settings) {
+  return std::all_of(row.also.begin(), row.also.end(), [settings](const auto& fixed) {
+    return !fixed.member.get || fixed.member.get(settings) == fixed.value;
+  });
+}
+
 /// The number of "command N;".
 void read_bare_number(void* settings, const option_table& table) {
   for (const option_row& row : table.rows) {
@@ -139,9 +148,7 @@ std::string number_text(double value) {
 std::string default_text(const option_row& row, const void* defaults) {
   if (!row.member.get) return {};
   const double value = row.member.get(defaults);
-  for (const option_row::fixed_value& fixed : row.also) {
-    if (fixed.member.get && fixed.member.get(defaults) != fixed.value) return {};
-  }
+  if (!sets_the_rest(row, defaults)) return {};
   switch (row.kind) {
     case option_kind::toggle:
       return value != 0 ? " [on]" : " [off]";
@@ -158,6 +165,31 @@ std::string default_text(const option_row& row, const void* defaults) {
     text += row.second.separator + number_text(row.second.member.get(defaults));
   }
   return text + "]";
+}
+
+/// The words that give the row's member the value that it has.
+std::string words_of(const option_row& row, const void* settings) {
+  const std::string keyword(row.keyword);
+  const double value = row.member.get(settings);
+  if (row.kind == option_kind::toggle) return value == row.value ? keyword : "no" + keyword;
+  if (row.kind == option_kind::choice) return keyword;
+  if (row.negatable && value == row.off) return "no" + keyword;
+  if (row.kind == option_kind::optional_number && value == row.without) return keyword;
+  std::string text = keyword + " " + number_text(value);
+  if (row.second.member.get) {
+    text += row.second.separator + number_text(row.second.member.get(settings));
+  }
+  return text;
+}
+
+bool is_changed(const option_row& row, const void* settings, const void* defaults) {
+  const bool is_word = std::isalpha(static_cast<unsigned char>(row.keyword[0]));
+  if (!is_word || !row.member.get || !sets_the_rest(row, settings)) return false;
+  const double value = row.member.get(settings);
+  if (row.kind == option_kind::choice && value != row.value) return false;
+  const option_member& second = row.second.member;
+  return value != row.member.get(defaults) ||
+         (second.get && second.get(settings) != second.get(defaults));
 }
 
 std::string argument_text(const option_row& row) {
@@ -251,6 +283,16 @@ std::string option_help(const option_table& table, const option_row& row) {
   const void* defaults = table.defaults();
   return std::string(row.negatable ? "[no]" : "") + std::string(row.keyword) + argument_text(row) +
          " " + std::string(row.help_text) + default_text(row, defaults);
+}
+
+std::string changed_options_of(const void* settings, const option_table& table) {
+  std::string text;
+  for (const option_row& row : table.rows) {
+    if (!is_changed(row, settings, table.defaults())) continue;
+    if (!text.empty()) text += ' ';
+    text += words_of(row, settings);
+  }
+  return text;
 }
 
 }  // namespace zeb

@@ -291,6 +291,14 @@ struct option_table {
   const char* struct_tag;              // tells the struct of settings
   const void* (*defaults)();           // a default-constructed struct of settings
   const option_table* next = nullptr;  // a further table of the command
+  // The options by which settings that last differ from the defaults; null: no settings last.
+  std::string (*changed)() = nullptr;
+
+  constexpr option_table with_changes(std::string (*tell)()) const {
+    option_table table = *this;
+    table.changed = tell;
+    return table;
+  }
 };
 
 /// Holds the rows of a table; all are of one struct of settings.
@@ -312,7 +320,8 @@ struct command_options {
               static const settings standard;
               return &standard;
             },
-            next};
+            next,
+            nullptr};
   }
 };
 template <class settings, std::same_as<option<settings>>... row>
@@ -376,5 +385,14 @@ int find_keyword(std::string_view word, std::span<const std::string_view> keywor
 
 /// How an option is told in the help: its form, its sentence and its default in brackets.
 std::string option_help(const option_table& table, const option_row& row);
+
+/// The options that set what differs from the defaults, as a user would write them; empty: nothing
+/// does. Texts and what forms read are left out.
+std::string changed_options_of(const void* settings, const option_table& table);
+template <class settings>
+std::string changed_options(const settings& now, const option_table& table) {
+  if (table.struct_tag != &option_parts::struct_tag<settings>) refuse_struct(table);
+  return changed_options_of(&now, table);
+}
 
 }  // namespace zeb

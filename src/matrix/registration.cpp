@@ -6,7 +6,9 @@
 #include "language/hooks.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "language/methods.h"
 #include "matrix/blocks.h"
+#include "matrix/data_in_words.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
@@ -74,6 +76,7 @@ void register_matrix() {
   hooks_of_language.data_present = [] { return matrix.present; };
   hooks_of_language.drop_data = wipe_matrix;
   add_command_over_hook(drop_unfinished_matrix);
+  add_methods(methods_part::data, data_in_words);
 }
 
 }  // namespace zeb

@@ -122,6 +122,7 @@ struct rearrangement_counter {
       low %= 1'000'000'000;
     }
   }
+  double total() const { return static_cast<double>(high) * 1e9 + static_cast<double>(low); }
 };
 
 /// Made by a `context_scope`.

@@ -11,6 +11,7 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "search/search_context.h"
+#include "search/search_journal.h"
 #include "supports/commands.h"
 #include "supports/quick_consensus.h"
 #include "trees/drawing/display.h"
@@ -46,7 +47,8 @@ void list_settings() {
 
 constexpr option_table qnelsen_options =
     rows.table("qnelsen", {.unknown = "Unidentified string in qnelsen options: %s",
-                           .wrong_sign = "Wrong argument for qnelsen: %c"});
+                           .wrong_sign = "Wrong argument for qnelsen: %c"})
+        .with_changes([] { return changed_options(quick_consensus, qnelsen_options); });
 
 void qnelsen_command() {
   const option_outcome outcome = read_search_options(quick_consensus, qnelsen_options);
@@ -56,6 +58,8 @@ void qnelsen_command() {
   if (store.maxtrees < 1) error_end("No space to store new trees (increase maxtrees)");
   const std::vector<std::vector<tree_node>> trees = replicated_trees(quick_consensus);
   if (interrupted()) emit("Search was interrupted...\n");
+  note_search(qnelsen_options,
+              {.replications = static_cast<int>(trees.size()), .interrupted = interrupted()});
   if (trees.empty()) return;
   tree_selection selection;
   selection.ntax = matrix.ntax;

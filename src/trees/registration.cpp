@@ -5,6 +5,7 @@
 #include "base/command.h"
 #include "base/process.h"
 #include "language/hooks.h"
+#include "language/methods.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
@@ -48,6 +49,11 @@ void register_trees() {
   add_matrix_gone_hook(show_trees_in_full);
   // A file for other data can't be gone on with.
   add_matrix_gone_hook([] { close_tree_file(); });
+
+  add_methods(methods_part::choices, []() -> std::vector<std::string> {
+    if (!matrix.present || store.maxtrees == tree_store().maxtrees) return {};
+    return {"hold " + std::to_string(store.maxtrees)};
+  });
 
   add_command_over_hook(settle_tree_buffer);
   add_command_over_hook(auto_save_if_due);

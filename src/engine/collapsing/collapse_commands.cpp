@@ -153,7 +153,15 @@ void condense_trees(int rule, const condense_request& request) {
 }  // namespace
 
 constexpr option_table collapse_options =
-    rows.table("collapse", {.unknown = "Unidentified string in collapse options: %s"});
+    rows.table("collapse", {.unknown = "Unidentified string in collapse options: %s"})
+        .with_changes([] {
+          const collapsing_settings standard;
+          std::string text;
+          if (collapsing.rule != standard.rule) text += std::to_string(collapsing.rule) + " ";
+          if (collapsing.temporary != standard.temporary) text += "notempcollapse ";
+          if (collapsing.automatic != standard.automatic) text += "auto ";
+          return text.substr(0, text.size() - (text.empty() ? 0 : 1));
+        });
 
 void collapse_command() {
   no_timing();

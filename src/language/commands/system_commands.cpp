@@ -19,6 +19,8 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/main_loop.h"
+#include "language/methods.h"
+#include "language/options.h"
 
 namespace zeb {
 namespace {
@@ -94,8 +96,13 @@ void thanks_command() {
 
 void vversion_command() {
   no_timing();
+  constexpr std::string_view words[] = {"methods"};
+  const bool methods = read_word() > 0;
+  if (methods && find_keyword(token(), words) != 0) {
+    error_end("Wrong argument for vversion:", token());
+  }
   expect_end();
-  show_banner();
+  methods ? write_methods() : show_banner();
 }
 
 void quit_command() {

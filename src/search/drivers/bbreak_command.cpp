@@ -11,6 +11,7 @@
 #include "matrix/matrix.h"
 #include "search/commands.h"
 #include "search/drivers/bbreak.h"
+#include "search/search_journal.h"
 #include "search/search_report.h"
 #include "search/search_results.h"
 #include "search/search_session.h"
@@ -165,13 +166,21 @@ void swap_trees_in_memory() {
   keep_swapper(context.rules.swap.use_tbr);
   keep_best_score(result.best);
   summarise(context, result);
+  note_search(bbreak_options, {.best = result.best,
+                               .score = score_text(context.data, result.best),
+                               .trees = context.trees.ntrees,
+                               .rearrangements = context.rearrangements.total(),
+                               .interrupted = result.interrupted});
 }
 
 }  // namespace
 
 constexpr option_table bbreak_options =
     rows.table("bbreak", {.unknown = "Unidentified string in bbreak options: %s\n",
-                          .wrong_sign = "Wrong argument for bbreak: %c"});
+                          .wrong_sign = "Wrong argument for bbreak: %c"})
+        .with_changes([] {
+          return changed_options(bbreak_settings{swapping, engine.long_words}, bbreak_options);
+        });
 
 void bbreak_command() {
   const bbreak_settings before{swapping, engine.long_words};

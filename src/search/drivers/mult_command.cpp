@@ -10,6 +10,7 @@
 #include "language/options.h"
 #include "search/commands.h"
 #include "search/drivers/mult.h"
+#include "search/search_journal.h"
 #include "search/search_report.h"
 #include "search/search_results.h"
 #include "search/search_session.h"
@@ -182,13 +183,21 @@ void run_mult() {
   tell_hits(context, result);
   keep_hits(result.hits);
   keep_best_score(result.best);
+  note_search(mult_options, {.best = result.best,
+                             .score = score_text(context.data, result.best),
+                             .hits = result.hits,
+                             .replications = result.replications_done,
+                             .trees = context.trees.ntrees,
+                             .rearrangements = context.rearrangements.total(),
+                             .interrupted = interrupted()});
 }
 
 }  // namespace
 
 constexpr option_table mult_options =
     rows.table("mult", {.unknown = "Unidentified string in mult options: %s",
-                        .wrong_sign = "Wrong argument for mult: %c"});
+                        .wrong_sign = "Wrong argument for mult: %c"})
+        .with_changes([] { return changed_options(mult, mult_options); });
 
 void mult_command() {
   const option_outcome outcome = read_search_options(mult, mult_options, check_settings);

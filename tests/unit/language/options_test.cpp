@@ -173,6 +173,17 @@ TEST(search_options, errors_name_the_fault_and_change_nothing) {
   }
 }
 
+TEST(search_options, what_was_changed_is_told_in_the_words_that_change_it) {
+  EXPECT_EQ(changed_options(test_settings(), table), "");
+  EXPECT_EQ(changed_options(read("=keep fuse 8x2 limit 0.6;").settings, table),
+            "keepall limit 0.6 fuse 8x2");
+  for (const char* text : {"=keep nofirst replic 7 clip 3-7 depth 5;", "=cas;", "=cas 3 keep;",
+                           "=fast match 0.5 apply 4;", "12;"}) {
+    const std::string words = changed_options(read(text).settings, table);
+    EXPECT_EQ(changed_options(read(("=" + words + " ;").c_str()).settings, table), words) << text;
+  }
+}
+
 TEST(search_options, the_help_tells_the_form_and_the_default) {
   EXPECT_EQ(option_help(table, table.rows[0]), "replications N how often [10]");
   EXPECT_EQ(option_help(table, table.rows[7]), "[no]fuse N[xR] how often fused [off]");
