@@ -36,6 +36,7 @@ MASKS = [
     (re.compile(r"^zeb \d+(\.\d+)+"), "zeb <version>"),
     (re.compile(r"\bversion \d+(\.\d+)+"), "version <version>"),
     (re.compile(r"(zeb_|zebexec_)\d+"), r"\1<pid>"),
+    (re.compile(r"\brun as \S+"), "run as <zeb>"),
 ]
 
 

@@ -12,9 +12,9 @@ namespace zeb {
 struct file_read {
   std::string name;         // as it was opened
   std::int64_t bytes = -1;  // of the file itself, compressed or not; -1: a pipe or the like
-  std::string digest;       // SHA-256 as 64 hexadecimal digits; empty for what can be read once only
-  int versions = 1;         // that this name stood for at some reading; the last one is told
-  struct stat status {};    // when it was read
+  std::string digest;     // SHA-256 as 64 hexadecimal digits; empty for what can be read once only
+  int versions = 1;       // that this name stood for at some reading; the last one is told
+  struct stat status {};  // when it was read
 };
 struct files_read_state {
   std::vector<file_read> files;  // in the order of first reading
