@@ -22,7 +22,8 @@ constexpr line_characters plain_lines{'|', '|', '`', ',', '|', '-', '-', '+'};
 constexpr line_characters code_page_437{'\xb3', '\xc3', '\xc0', '\xda',
                                         '\xb4', '\xc4', '\xc1', '\xc5'};
 
-/// Widest line, so that it passes the line buffer whole.
+/// Widest line, so that it passes the line buffer whole: that of diagrams for no screen, which
+/// nobody has to read in parts.
 constexpr int widest_line = 2000;
 
 diagram_style current_style(bool lines_of_tags) {
@@ -32,7 +33,7 @@ diagram_style current_style(bool lines_of_tags) {
   style.roomy = display.roomy;
   style.second_largest_first = display.second_largest_first;
   style.outgroup = matrix.outgroup;
-  style.columns = std::clamp(screen.columns - 1, 20, widest_line);
+  style.columns = screen.cut_lines ? std::clamp(screen.columns - 1, 20, widest_line) : widest_line;
   style.separator = lines_of_tags ? '\\' : tags.tag_separator;
   style.text_width = tags.tag_width;
   return style;
