@@ -11,6 +11,7 @@
 
 #include "base/arena.h"
 #include "support/consensus_oracle.h"
+#include "support/program.h"
 #include "support/random_trees.h"
 
 namespace {
@@ -21,7 +22,16 @@ using zeb_test::oracle_trees;
 
 class consensus_test : public ::testing::Test {
  protected:
-  void SetUp() override { create_arena(64'000'000); }
+  void SetUp() override {
+    zeb_test::run_program("xwipe;");  // data of other tests lie in the arena
+    unlock_all();
+    old_size_ = arena.size;
+    create_arena(64'000'000);
+  }
+  void TearDown() override { create_arena(old_size_); }
+
+ private:
+  std::size_t old_size_ = 0;
 };
 
 /// Trees near one tree, so that groups are shared: a few terminals move in each.

@@ -44,7 +44,9 @@ TEST(text_lines, end_in_every_usual_way) {
   ASSERT_NE(file, nullptr);
   std::fputs("\xef\xbb\xbfone\r\ntwo\n\rthree\r\rfour", file);
   std::fclose(file);
-  const text_lines text(name);
+  input_file opened;
+  ASSERT_TRUE(opened.open(name));
+  const text_lines text(opened);
   const std::vector<std::string_view> wanted = {"one", "two", "", "three", "", "four"};
   EXPECT_EQ(text.lines(), wanted);
   std::remove(name.c_str());
