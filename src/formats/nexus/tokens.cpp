@@ -85,7 +85,7 @@ nexus_token nexus_reader::read_token() {
           break;
         }
       }
-      if (result.text.size() < longest_token) result.text += c < 33 ? '_' : static_cast<char>(c);
+      if (result.text.size() < longest_token) result.text += c == ' ' ? '_' : static_cast<char>(c);
     }
     return result;
   }
