@@ -1,6 +1,7 @@
 #include "console/viewer.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -50,13 +51,13 @@ std::string on_one_line(const std::string& text) {
   std::string shown;
   std::size_t column = 0;
   for (std::size_t i = 0; i < text.size();) {
-    const std::size_t n = character_bytes(text, i);
-    const auto byte = static_cast<unsigned char>(text[i]);
+    std::int32_t code = 0;
+    const std::size_t n = character_bytes(text, i, &code);
     if (text[i] == '\t') {
       const std::size_t blanks = 8 - column % 8;
       shown.append(blanks, ' ');
       column += blanks;
-    } else if (byte < 32 || byte == 127) {
+    } else if (code < 32 || (code >= 127 && code < 160)) {
       if (text[i] != '\r') shown += '.';
       column += text[i] != '\r';
     } else {

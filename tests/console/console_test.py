@@ -329,10 +329,11 @@ class Viewer(ConsoleTest):
         return found
 
     def test_moves_sideways(self):
-        self.write("wide.txt", "".join("%-9i|" % n for n in range(20)) + "\nshort\n")
+        self.write("wide.txt", "".join("%-9i|" % n for n in range(20)) + "\na\x1b[2Jb\u009b2Jc\n")
         s = self.start()
         s.type("view wide.txt;\r")
         s.wait_for_line(0, "** FILE: wide.txt **")
+        s.wait_for_line(2, "a.[2Jb.2Jc")  # nothing in a file steers the terminal
         for key, first in (("r", 1), ("R", 40), ("9", 79), ("8", 40), ("L", 1), ("l", 0), ("l", 0)):
             s.type(key)
             whole = "".join("%-9i|" % n for n in range(20))

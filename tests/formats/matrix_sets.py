@@ -20,7 +20,7 @@ IUPAC = {"A": "A", "C": "C", "G": "G", "T": "T", "R": "AG", "Y": "CT", "M": "AC"
          "D": "AGT", "H": "ACT", "V": "ACG", "N": "ACGT"}
 CODE = {frozenset(states): code for code, states in IUPAC.items()}
 AMINO = "ACDEFGHIKLMNPQRSTVWY"
-NAMES = ["A_b", "O'Brien", "x.y", "T(1)", "T,2", "Zed", "9", "12a", "e=mc", 'q"q', "A_B_c", "w:w", "k{1}", "per%cent", "a b c", "Éloi",
+NAMES = ["A_b", "O'Brien", "x.y", "T(1)", "T,2", "Zed", "9", "12a", "e=mc", 'q"q', "A_B_c", "w:w", "k{1}", "per%cent", "p q r", "Éloi",
          "n-1", "semi;colon", "&and", "a_name_that_is_longer_than_those_which_are_kept_1", "a_name_that_is_longer_than_those_which_are_kept_2",
          "[x]", "#5", "tab\tbed", "日本", "<z>", "a|b"]
 FAITHFUL = re.compile(r"[^\s;'\"$#%+/&-]{1,31}")  # no sign goes, and nothing is cut
@@ -175,55 +175,41 @@ def faults(seed, folder, elsewhere):
     for form in ("plain", "fasta", "phylip"):
         if (folder / form).exists():
             shutil.copy(folder / form, kept / form)
-    (kept / "wanted.json").write_text(json.dumps({"kind": kind, "rows": here, "sets": has_sets}))
+    (kept / "wanted.json").write_text(json.dumps({"kind": kind, "sets": has_sets, "rows": here}))
 
 
-# Each prints seed, form and what differs.
+# Each prints a line for each row that it reads: seed, form, name, and cells with a blank between them, parted by
+# tabs; or seed, form, "!", and a complaint.
 DENDROPY = """
-import dendropy, json, pathlib, sys
+import dendropy, json, pathlib
 for folder in sorted(pathlib.Path(".").iterdir()):
     wanted = json.loads((folder / "wanted.json").read_text())
-    cls = {"dna": dendropy.DnaCharacterMatrix, "protein": dendropy.ProteinCharacterMatrix, "standard": dendropy.StandardCharacterMatrix}[wanted["kind"]]
-    forms = {"plain": "nexus"}
-    if wanted["kind"] == "dna" or not wanted["sets"]:
-        forms.update({"fasta": "fasta"} if wanted["kind"] != "standard" else {})
-    for form, schema in forms.items():
-        more = {"preserve_underscores": True} if schema == "nexus" else {}
-        try:
-            m = cls.get(path=str(folder / form), schema=schema, **more)
-        except Exception as e:
-            print(folder.name, form, type(e).__name__, e)
+    kind = {"dna": dendropy.DnaCharacterMatrix, "protein": dendropy.ProteinCharacterMatrix,
+            "standard": dendropy.StandardCharacterMatrix}[wanted["kind"]]
+    for form in ("plain", "fasta"):
+        if form == "fasta" and (wanted["kind"] == "standard" or wanted["kind"] == "protein" and wanted["sets"]):
             continue
-        found = {}
-        for taxon in m.taxon_namespace:
-            cells = []
-            for s in m[taxon]:
-                if s.symbol in ("-", "?"):
-                    cells.append(s.symbol)
-                else:
-                    cells.append("".join(sorted(f.symbol for f in s.fundamental_states if f.symbol != "-")))
-            found[taxon.label] = cells
-        if found != wanted["rows"]:
-            print(folder.name, form, found, wanted["rows"])
+        more = {"schema": "fasta"} if form == "fasta" else {"schema": "nexus", "preserve_underscores": True}
+        try:
+            matrix = kind.get(path=str(folder / form), **more)
+        except Exception as complaint:
+            print(folder.name, form, "!", " ".join(str(complaint).split()), sep="\\t")
+            continue
+        for taxon in matrix.taxon_namespace:
+            cells = [s.symbol if s.symbol and s.symbol in "-?" else "".join(sorted(f.symbol for f in s.fundamental_states if f.symbol != "-"))
+                     for s in matrix[taxon]]
+            print(folder.name, form, taxon.label, " ".join(cells), sep="\\t")
 """
 APE = """
 suppressMessages(library(ape))
-bases <- c(r = "AG", y = "CT", m = "AC", k = "GT", s = "CG", w = "AT", b = "CGT", d = "AGT", h = "ACT", v = "ACG", n = "ACGT")
-for (folder in list.files()) {
-  wanted <- readLines(file.path(folder, "dna.txt"))
-  if (length(wanted) == 0) next
-  for (form in c("fasta", "phylip", "nexus")) {
-    file <- file.path(folder, if (form == "nexus") "plain" else form)
-    if (!file.exists(file)) next
-    if (form == "nexus") {
-      if (any(grepl("{", readLines(file), fixed = TRUE))) next
-      d <- tryCatch(read.nexus.data(file), error = function(e) { cat(folder, form, conditionMessage(e), "\n"); NULL })
-      if (is.null(d)) next
-    } else if (form == "fasta") d <- as.character(as.list(read.FASTA(file))) else d <- as.character(as.list(read.dna(file, "sequential")))
-    found <- sapply(names(d), function(n) paste(toupper(d[[n]]), collapse = ""))
-    lines <- paste(names(d), found)
-    if (!identical(lines, wanted)) cat(folder, form, lines, wanted, "\\n", sep = "\\n")
-  }
+for (folder in list.files()) for (form in c("fasta", "phylip", "plain")) {
+  file <- file.path(folder, form)
+  dna <- grepl("dna", readLines(file.path(folder, "wanted.json"), warn = FALSE)[1], fixed = TRUE)
+  if (!dna || !file.exists(file) || (form == "plain" && any(grepl("{", readLines(file), fixed = TRUE)))) next
+  d <- tryCatch(if (form == "plain") read.nexus.data(file) else if (form == "fasta") as.character(as.list(read.FASTA(file)))
+                else as.character(as.list(read.dna(file, "sequential"))), error = function(e) gsub("\\\\s+", " ", conditionMessage(e)))
+  if (!is.list(d)) cat(folder, "\\t", form, "\\t!\\t", d, "\\n", sep = "") else
+    for (name in names(d)) cat(folder, "\\t", form, "\\t", name, "\\t", paste(toupper(d[[name]]), collapse = " "), "\\n", sep = "")
 }
 """
 
@@ -235,6 +221,30 @@ def readers():
     r = shutil.which("Rscript")
     has_ape = r and subprocess.run([r, "-e", "library(ape)"], capture_output=True).returncode == 0
     yield "ape", [r, "-e", APE] if has_ape else None
+
+
+def may_become(name, read):
+    """Forms without quotes have "_" in place of signs, and tell so."""
+    return len(read) == len(name) and all(r in (n, "_") for n, r in zip(name, read))
+
+
+def complaints(read, elsewhere):
+    """What another program read differently."""
+    rows = {}
+    for line in read.splitlines():
+        if line.count("\t") != 3:
+            continue  # what the program said besides
+        seed, form, name, cells = line.split("\t")
+        rows.setdefault((seed, form), []).append((name, cells))
+    for (seed, form), found in rows.items():
+        wanted = json.loads((elsewhere / seed / "wanted.json").read_text())
+        ours = list(wanted["rows"].items())
+        spelt = [(name, [IUPAC.get(c, c) if wanted["kind"] == "dna" else c for c in cells.split(" ")]) for name, cells in found]
+        same = len(spelt) == len(ours) and all(
+            may_become(name, read_name) and [set(c) for c in cells] == [set(c) for c in row]
+            for (read_name, cells), (name, row) in zip(spelt, ours))
+        if not same:
+            yield f"seed {seed}, {form}: {found}\n{(elsewhere / seed / form).read_text()}"
 
 
 def main():
@@ -249,21 +259,18 @@ def main():
                 bad += 1
                 print(f"--- seed {seed}, {what}\n{text:.3000}")
             shutil.rmtree(folder)
-        for kept in elsewhere.iterdir():
-            wanted = json.loads((kept / "wanted.json").read_text())
-            lines = [f"{name} {''.join(CODE.get(frozenset(c), c) for c in row)}" for name, row in wanted["rows"].items()]
-            (kept / "dna.txt").write_text("".join(line + "\n" for line in lines) if wanted["kind"] == "dna" else "")
         for name, command in readers():
             if command is None:
                 print(f"{name} isn't installed: not asked")
                 continue
             done = subprocess.run(command, cwd=elsewhere, capture_output=True, text=True, timeout=900)
-            if done.returncode or done.stdout.strip():
-                bad += 1
-                print(f"--- {name} reads otherwise:\n{done.stdout:.4000}\n{done.stderr:.2000}")
-                seed, form = done.stdout.split()[:2] if done.stdout.strip() else ("", "")
-                if (elsewhere / seed / form).is_file():
-                    print((elsewhere / seed / form).read_text())
+            different = list(complaints(done.stdout, elsewhere))
+            bad += len(different) + (done.returncode != 0)
+            print(f"{name} reads {len({tuple(line.split(chr(9))[:2]) for line in done.stdout.splitlines() if chr(9) in line})} files")
+            for text in different:
+                print(f"--- {name}, {text:.3000}")
+            if done.returncode:
+                print(done.stderr[-3000:])
     print(f"{count} matrices, {bad} faults")
     return 1 if bad else 0
 
