@@ -5,6 +5,7 @@
 
 #include "base/command.h"
 #include "base/hooks.h"
+#include "base/message_place.h"
 #include "base/message_text.h"
 
 namespace zeb {
@@ -26,7 +27,9 @@ std::string joined(std::span<const message_part> parts) {
 }  // namespace
 
 void raise_error(std::span<const message_part> parts) {
-  if (hooks_of_base.tell_error) hooks_of_base.tell_error(joined(parts));
+  std::string text = joined(parts);
+  if (message_place.text) text += message_place.text() + " ";
+  if (hooks_of_base.tell_error) hooks_of_base.tell_error(text);
   throw_to_jump_context();
 }
 

@@ -15,8 +15,10 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
+#include "trees/branch_labels.h"
 #include "trees/drawing/display.h"
 #include "trees/drawing/tables.h"
+#include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
@@ -36,17 +38,40 @@ std::vector<std::string> value_texts(std::span<const int> values, int none, int 
   return texts;
 }
 
+/// What had no room may contradict the groups of a consensus.
+void tell_full_buffer() {
+  if (!store.cut_short) return;
+  emit(
+      "Note: the search filled the memory for trees (see \"hold\"): others as good may be "
+      "missing.\n");
+}
+
+/// Rounded, where the percentages that are shown are cut.
+std::vector<branch_label> values_as_labels(std::span<const int> values, int n_trees) {
+  std::vector<branch_label> labels(values.size());
+  for (std::size_t i = 0; i < values.size(); ++i)
+    if (values[i] >= 0)
+      labels[i].label = std::to_string((200LL * values[i] + n_trees) / (2 * n_trees));
+  return labels;
+}
+
 /// Shows the result, and stores it where that was asked for.
 void deliver(const consensus_request& request, const group_tree& result, const std::string& title,
              bool with_values, std::string_view group_name,
              std::string_view no_space = "No space to store new trees") {
   std::vector<std::string> texts;
   if (with_values) texts = value_texts(result.values, -1, request.n_trees);
+  const bool had_tags = has_any_tag() && tags.source == tag_source::hand;
   draw_tree(result.tree, title, texts);
+  tell_full_buffer();
   if (!request.store) return;
   const tree_span slot = take_slot(true, no_space);
   std::copy(result.tree.begin(), result.tree.end(), slot.begin());
   group_automatically(store.ntrees - 1, store.ntrees, group_name);
+  if (with_values) {
+    label_tree(store.ntrees - 1, values_as_labels(result.values, request.n_trees));
+    if (!had_tags) set_tag_tree_to_stored(store.ntrees - 1, tag_source::computed, title);
+  }
   if (settings.report) report_line("Consensus stored as tree", store.ntrees - 1);
 }
 
@@ -56,7 +81,7 @@ void show_values(const consensus_request& request, std::span<const int> values, 
   const std::string heading = text_of(title, request.reference, request.n_trees);
   if (!request.as_table) {
     draw_tree(stored_tree(request.reference), heading, value_texts(values, none, request.n_trees));
-    return;
+    return tell_full_buffer();
   }
   emit(heading, "\n");
   emit("Frequency list\n");
@@ -65,6 +90,7 @@ void show_values(const consensus_request& request, std::span<const int> values, 
   for (std::size_t n = 0; n < cells.size(); ++n)
     if (values[n] != none) cells[n] = per_cent(values[n], request.n_trees);
   print_table(text_of(table_title, request.reference), cells);
+  tell_full_buffer();
 }
 
 /// "=N". True if that was the form.

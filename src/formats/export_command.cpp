@@ -1,6 +1,7 @@
 // `export`: the data and trees in memory as NEXUS, FASTA or Newick.
 #include <unistd.h>
 
+#include <optional>
 #include <string>
 
 #include "base/errors.h"
@@ -13,6 +14,8 @@
 #include "formats/nexus/assumptions_writer.h"
 #include "formats/nexus/data_writer.h"
 #include "formats/nexus/trees_writer.h"
+#include "formats/phylip.h"
+#include "formats/written_words.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -36,6 +39,8 @@ struct export_choice {
   bool as_standard = false;    // "]"
   bool fasta = false;          // "!"
   bool skip_gaps = false;      // "!!"
+  bool phylip = false;         // ":"
+  bool strict_names = false;   // "::"
   bool newick = false;         // "="
   bool plain = false;          // "&"
   bool writes_data() const { return !trees_only && !tag_lengths && !tag_labels && !newick; }
@@ -47,6 +52,12 @@ void read_fasta(export_choice& choice) {
   choice.fasta = true;
 }
 
+/// ":", and "::" for names of ten columns.
+void read_phylip(export_choice& choice) {
+  choice.strict_names = choice.phylip;
+  choice.phylip = true;
+}
+
 constexpr command_options rows = {
     choice<&export_choice::trees>("*", 1).help("trees in memory as well"),
     choice<&export_choice::trees_only>("-", 1).help(
@@ -56,11 +67,12 @@ constexpr command_options rows = {
     choice<&export_choice::as_dna>("[", 1).help("all characters as DNA (at most four states)"),
     choice<&export_choice::as_standard>("]", 1).help("all characters as numbered states"),
     form<read_fasta>("!").help("FASTA rather than NEXUS; \"!!\" leaves out gaps"),
+    form<read_phylip>(":").help("PHYLIP; \"::\" gives names ten columns"),
     choice<&export_choice::newick>("=", 1).help("trees only, in Newick notation"),
     choice<&export_choice::plain>("&", 1).help(
         "NEXUS in its plainest form: symbols spelt out, sets of characters by their standard "
-        "commands, for programs that read little of NEXUS; with the title, and with "
-        "continuous characters"),
+        "commands, names without quotes, for programs that read little of NEXUS; with the title, "
+        "and with continuous characters. With \"=\" names without quotes"),
     choice<&export_choice::step_matrices>("+", 1).help(
         "the step-matrices in use as well, as user-defined types"),
 };
@@ -70,6 +82,9 @@ void check_choice(const export_choice& choice) {
       (choice.trees || choice.step_matrices || choice.trees_only || choice.newick)) {
     error_end("Saving trees as FASTA doesn't allow saving trees/costs");
   }
+  if (choice.phylip && (choice.trees || choice.step_matrices || !choice.writes_data()))
+    error_end("Saving data as PHYLIP doesn't allow saving trees/costs");
+  if (choice.phylip && choice.fasta) error_end("Cannot save as both Fasta and PHYLIP");
   if ((choice.trees || choice.trees_only || choice.newick) && store.ntrees == 0 &&
       !(choice.trees_only && tags.tags_present)) {
     error_end("No trees to save to NEXUS file!");
@@ -92,21 +107,42 @@ void open_output(output_file& file, const std::string& name) {
   error_end(text_of("Can't open file \"%s\" for writing...", name.c_str()) + file.cause());
 }
 
-void write_nexus(output_file& out, const export_choice& choice) {
+/// With "-", unless a tree in memory has what they say.
+bool tags_follow_trees(const export_choice& choice) {
+  return choice.trees_only && tags.tags_present &&
+         (tags.source == tag_source::hand || store.ntrees == 0);
+}
+
+/// How the tag tree is written, if it is.
+std::optional<tag_use> use_of_tags(const export_choice& choice) {
+  if (choice.tag_lengths && choice.tag_labels) return tag_use::both;
+  if (choice.tag_lengths) return tag_use::lengths;
+  if (choice.tag_labels) return tag_use::labels;
+  if (tags_follow_trees(choice)) return tag_use::both;
+  return std::nullopt;
+}
+
+word_form form_of_words(const export_choice& choice) {
+  if (choice.fasta) return word_form::line;
+  if (choice.strict_names) return word_form::ten_letters;
+  return choice.plain || choice.phylip ? word_form::plain : word_form::quoted;
+}
+
+void write_nexus(output_file& out, const export_choice& choice, word_writer& words) {
   if (choice.writes_data()) {
     const writing_style style = {choice.as_dna, choice.as_standard, choice.plain,
                                  choice.step_matrices};
-    write_nexus_data(out, style);
+    write_nexus_data(out, style, words);
     write_nexus_assumptions(out, style);
     warn_of_continuous();
   } else {
     out.put("#NEXUS\n");
   }
-  const bool with_tags = choice.trees_only && tags.tags_present;
-  if ((choice.trees && store.ntrees > 0) || choice.trees_only)
-    write_nexus_trees(out, choice.plain, with_tags);
-  if (choice.tag_lengths) write_nexus_tag_tree(out, tag_use::lengths, choice.plain);
-  if (choice.tag_labels) write_nexus_tag_tree(out, tag_use::labels, choice.plain);
+  written_trees what;
+  what.plain = choice.plain;
+  what.stored = (choice.trees || choice.trees_only) && store.ntrees > 0;
+  what.tags = use_of_tags(choice);
+  if (what.stored || what.tags) write_nexus_trees(out, what, words);
 }
 
 // What follows "+" after the name, up to ";", goes to the end of the file; ".," in it stands for a
@@ -128,7 +164,7 @@ void copy_text(output_file& out) {
 }
 
 std::string what_was_saved(const export_choice& choice) {
-  if (choice.newick) return "trees";
+  if (choice.newick && !choice.trees_only) return "trees";
   if (choice.tag_lengths || choice.tag_labels) return "tree-tags";
   if (choice.trees_only) return tags.tags_present ? "trees and tree-tags" : "trees";
   if (!choice.step_matrices) return choice.trees ? "data and trees" : "data";
@@ -150,16 +186,23 @@ void export_command() {
   if (!text_follows) expect_end();
   output_file file;
   open_output(file, name);
+  word_writer words(form_of_words(choice));
   if (choice.fasta) {
-    write_fasta(file, choice.skip_gaps);
+    write_fasta(file, choice.skip_gaps, words);
+  } else if (choice.phylip) {
+    write_phylip(file, choice.strict_names, words);
   } else if (choice.newick) {
-    write_newick_trees(file);
+    write_newick_trees(file, tags_follow_trees(choice), words);
   } else {
-    write_nexus(file, choice);
+    write_nexus(file, choice, words);
   }
+  words.tell_changes();
   if (text_follows) copy_text(file);
   if (!file.close()) error_end("Cannot write file", name + file.cause());
-  const char* format = choice.fasta ? "Fasta" : choice.newick ? "Newick" : "Nexus";
+  const char* format = choice.fasta    ? "Fasta"
+                       : choice.phylip ? "PHYLIP"
+                       : choice.newick ? "Newick"
+                                       : "Nexus";
   report_line("Saved", what_was_saved(choice), text_of("(%s format) to file", format), name);
 }
 

@@ -121,36 +121,17 @@ void read_fasta_file(int /*option*/, const std::string& type_word, input_file& f
   finish_sequences(type);
 }
 
-void write_fasta(output_file& out, bool skip_gaps) {
-  const writing_style style;
-  std::int64_t unwritable = 0;
-  std::string first_place;
+void write_fasta(output_file& out, bool skip_gaps, const word_writer& words) {
+  constexpr std::size_t line_length = 70;
+  symbol_rows rows("FASTA");
   for (int t = 0; t < matrix.ntax; ++t) {
-    out.print(">%s\n", std::string(taxon_name(t)).c_str());
-    std::string line;
-    for (int c = 0; c < matrix.nchar; ++c) {
-      std::string symbols = cell_symbols(t, c, style);
-      if (skip_gaps && symbols == "-") continue;
-      if (symbols.size() > 1) {
-        if (unwritable++ == 0) {
-          first_place = std::string(taxon_name(t)) + ", char. " + std::to_string(c);
-        }
-        symbols = "?";
-      }
-      line += symbols;
-      if (line.size() >= 70) {
-        out.print("%s\n", line.c_str());
-        line.clear();
-      }
-    }
-    if (!line.empty()) out.print("%s\n", line.c_str());
+    out.print(">%s\n", words.taxon(t).c_str());
+    std::string row = rows.row(t);
+    if (skip_gaps) std::erase(row, '-');
+    for (std::size_t i = 0; i < row.size(); i += line_length)
+      out.print("%s\n", row.substr(i, line_length).c_str());
   }
-  if (unwritable > 0) {
-    warning("FASTA has no symbol for sets of states:",
-            counted(unwritable, "cell is written as \"?\", that of taxon",
-                    "cells are written as \"?\", the first that of taxon"),
-            first_place);
-  }
+  rows.tell_lost();
 }
 
 }  // namespace zeb

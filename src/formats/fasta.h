@@ -5,6 +5,7 @@
 
 #include "base/input_file.h"
 #include "base/output_file.h"
+#include "formats/written_words.h"
 
 namespace zeb {
 
@@ -12,6 +13,6 @@ namespace zeb {
 /// option is reserved.
 void read_fasta_file(int option, const std::string& type_word, input_file& file);
 /// Writes the data in memory. `skip_gaps` leaves out "-". Warns of sets without a symbol.
-void write_fasta(output_file& out, bool skip_gaps);
+void write_fasta(output_file& out, bool skip_gaps, const word_writer& words);
 
 }  // namespace zeb

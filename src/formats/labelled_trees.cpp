@@ -7,6 +7,7 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "base/text_columns.h"
+#include "formats/written_words.h"
 #include "language/fit_text.h"
 #include "language/input.h"
 #include "matrix/matrix.h"
@@ -45,16 +46,11 @@ labelled_tree_reader::labelled_tree_reader(label_lookup lookup, void (*repeated)
     tree.add_terminal(taxon);
   };
   dialect_.read_annotation = [this](tree_builder&, int node) {
-    const std::string length = read_label();
-    // A label and a length of one node stand in one tag.
-    if (!texts_.empty() && texts_.back().first == node) {
-      texts_.back().second += "/" + length;
-    } else {
-      texts_.emplace_back(node, length);
-    }
+    if (read_.empty() || read_.back().first != node) read_.push_back({node, {}});
+    read_.back().second.length = read_label();
   };
   dialect_.read_label = [this](tree_builder&, int node) {
-    texts_.emplace_back(node, read_label());
+    read_.push_back({node, {read_label(), {}}});
   };
   dialect_.excess = [this] { error_end("Too many trailing parentheses in tread", place()); };
   dialect_.missing = [this](int) {
@@ -112,22 +108,25 @@ void labelled_tree_reader::store() {
   tree_.finish(slot, zeb::store.include_absent, &numbers);
   take_slot();
   ++count_;
-  note_tags(slot, numbers);
+  if (!note_labels(slot, numbers)) return;
+  label_tree(zeb::store.ntrees - 1, labels_);
+  tagged_is_stored_ = true;
 }
 
 // `numbers`: by node of the builder, that in the tree.
-void labelled_tree_reader::note_tags(const_tree_span tree, const std::vector<int>& numbers) {
-  if (texts_.empty()) return;
+bool labelled_tree_reader::note_labels(const_tree_span tree, const std::vector<int>& numbers) {
+  if (read_.empty()) return false;
   tagged_.assign(tree.begin(), tree.end());
-  tagged_texts_.assign(tree.size(), {});
-  for (const auto& [node, text] : texts_) {
+  labels_.assign(tree.size(), {});
+  for (const auto& [node, label] : read_) {
     const int number = numbers[at(node)];
-    if (number >= 0) tagged_texts_[at(number)] = text;
+    if (number >= 0) labels_[at(number)] = label;
   }
+  return true;
 }
 
 bool labelled_tree_reader::read_tree(bool for_tags_only) {
-  texts_.clear();
+  read_.clear();
   read_parenthetical(tree_, dialect_);
   if (tree_.untouched()) return false;
   if (tree_.empty()) error_end("Tree without taxa", place());
@@ -135,7 +134,7 @@ bool labelled_tree_reader::read_tree(bool for_tags_only) {
     std::vector<int> numbers;
     std::vector<tree_node> tree(at(matrix.nnodes));
     tree_.finish(tree, zeb::store.include_absent, &numbers);
-    note_tags(tree, numbers);
+    if (note_labels(tree, numbers)) tagged_is_stored_ = false;
   } else {
     store();
   }
@@ -144,25 +143,23 @@ bool labelled_tree_reader::read_tree(bool for_tags_only) {
 
 bool labelled_tree_reader::keep_tags(std::string_view title) {
   if (tagged_.empty()) return false;
-  set_tag_tree(tagged_, tagged_texts_, title);
+  std::vector<std::string> texts;
+  for (const branch_label& one : labels_) texts.push_back(one.text());
+  set_tag_tree(tagged_, texts, title);
+  if (tagged_is_stored_) note_source_of_tags(tag_source::file);
   return true;
 }
 
-int find_foreign_taxon(const std::string& label, taxon_names& names) {
-  return names.find(fit_name(text_in_bytes(normal_form(label), at(matrix.name_length) - 1)));
-}
-
-std::string quoted_label(std::string_view name) {
-  const bool plain = !name.empty() && std::all_of(name.begin(), name.end(), [](unsigned char c) {
-    return std::isalnum(c) || c == '_' || c == '.' || c > 127;
-  });
-  if (plain) return std::string(name);
-  std::string quoted = "'";
-  for (const char c : name) {
-    quoted += c;
-    if (c == '\'') quoted += '\'';
+int foreign_names::find(const std::string& label) {
+  const std::string word(text_in_bytes(normal_form(label), at(matrix.name_length) - 1));
+  const int taxon = names_.find(fit_name(word));
+  if (taxon >= 0) return taxon;
+  if (plain_.empty()) {
+    const word_writer words(word_form::plain);
+    for (int t = 0; t < matrix.ntax; ++t) plain_.emplace(words.taxon(t), t);
   }
-  return quoted + "'";
+  const auto found = plain_.find(word);
+  return found == plain_.end() ? -1 : found->second;
 }
 
 }  // namespace zeb

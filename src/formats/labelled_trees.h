@@ -5,8 +5,10 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
+#include "trees/branch_labels.h"
 #include "trees/notation/parenthetical_reader.h"
 #include "trees/notation/taxon_names.h"
 
@@ -15,14 +17,26 @@ namespace zeb {
 /// Under this name the tree with the tags is written.
 constexpr std::string_view tag_tree_name = "tagged_tree";
 
+/// Taxa by the names that files have.
+class foreign_names {
+ public:
+  /// The taxon with this name, blanks and the signs that names can't have read as "_", case
+  /// ignored; or the one whose name is written so in plain form. -1 none.
+  int find(const std::string& label);
+
+ private:
+  taxon_names names_;
+  std::unordered_map<std::string, int> plain_;  // filled when it is needed
+};
+
 class labelled_tree_reader;
 /// What a label in a tree stands for: the taxon's number. Must not return for unknown labels, whose
 /// place the reader tells.
 using label_lookup =
     std::function<int(const std::string& label, const labelled_tree_reader& reader)>;
 
-/// Reads trees from the top frame of the input stack and stores them in the tree buffer, with
-/// labels and lengths kept for the tag tree.
+/// Reads trees from the top frame of the input stack and stores them in the tree buffer, with their
+/// labels and lengths; those of the last tree that has any can become the tags as well.
 class labelled_tree_reader {
  public:
   /// `repeated`, where given, raises the error of a taxon that stands in a tree twice.
@@ -43,24 +57,18 @@ class labelled_tree_reader {
   int next_sign() const;
   std::string read_label();
   void store();
-  void note_tags(const_tree_span tree, const std::vector<int>& numbers);
+  /// False where the tree has none.
+  bool note_labels(const_tree_span tree, const std::vector<int>& numbers);
 
   label_lookup lookup_;
   tree_builder tree_;
   parenthetical_dialect dialect_;
-  std::vector<std::pair<int, std::string>> texts_;  // by node of the builder
-  std::vector<tree_node> tagged_;
-  std::vector<std::string> tagged_texts_;
+  std::vector<std::pair<int, branch_label>> read_;  // of this tree, by node of the builder
+  std::vector<tree_node> tagged_;                   // the last tree that had any
+  std::vector<branch_label> labels_;                // of that tree, by node
+  bool tagged_is_stored_ = false;
   int count_ = 0;
   bool told_commas_ = false;
 };
-
-/// The taxon with this name, blanks and the signs that names can't have read as "_", case ignored;
-/// -1 none. `names` is kept by the caller from label to label.
-int find_foreign_taxon(const std::string& label, taxon_names& names);
-
-/// A label as other programs read it back: in single quotes, doubled inside, where it holds
-/// anything but letters, digits, "_" and ".".
-std::string quoted_label(std::string_view name);
 
 }  // namespace zeb

@@ -1,13 +1,16 @@
 #include "formats/phylip.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <vector>
 
 #include "base/errors.h"
 #include "base/number_text.h"
+#include "base/text_columns.h"
 #include "formats/foreign_matrix.h"
 #include "formats/text_lines.h"
+#include "formats/written_cells.h"
 
 namespace zeb {
 
@@ -157,6 +160,18 @@ void read_phylip_file(const std::string& type_word, input_file& source) {
     }
   }
   finish_sequences(type);
+}
+
+void write_phylip(output_file& out, bool strict, const word_writer& words) {
+  int columns = 10;
+  for (int t = 0; t < matrix.ntax && !strict; ++t)
+    columns = std::max(columns, text_columns(words.taxon(t)) + 1);
+  symbol_rows rows("PHYLIP");
+  out.print("%i %i\n", matrix.ntax, matrix.nchar);
+  for (int t = 0; t < matrix.ntax; ++t) {
+    out.print("%s%s\n", padded_right(words.taxon(t), columns).c_str(), rows.row(t).c_str());
+  }
+  rows.tell_lost();
 }
 
 }  // namespace zeb

@@ -83,6 +83,25 @@ std::string cell_symbols(int taxon, int character, const writing_style& style) {
   return set + "}";
 }
 
+std::string symbol_rows::row(int taxon) {
+  std::string row;
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const std::string symbols = cell_symbols(taxon, c, {});
+    if (symbols.size() > 1 && lost_++ == 0)
+      first_place_ = std::string(taxon_name(taxon)) + ", char. " + std::to_string(c);
+    row += symbols.size() > 1 ? "?" : symbols;
+  }
+  return row;
+}
+
+void symbol_rows::tell_lost() const {
+  if (lost_ == 0) return;
+  warning(format_, "has no symbol for sets of states:",
+          counted(lost_, "cell is written as \"?\", that of taxon",
+                  "cells are written as \"?\", the first that of taxon"),
+          first_place_);
+}
+
 void warn_of_continuous() {
   const std::string rescaled = characters_reading_back(reading_back::with_other_scale);
   if (!rescaled.empty()) {

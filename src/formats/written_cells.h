@@ -19,6 +19,20 @@ struct writing_style {
 data_type written_type(int character, const writing_style& style);
 /// A cell as NEXUS has it: a symbol, a set in braces, a value or a range of values.
 std::string cell_symbols(int taxon, int character, const writing_style& style);
+/// Rows for formats with one symbol a cell: a set of states without a symbol of its own is "?".
+class symbol_rows {
+ public:
+  explicit symbol_rows(const char* format) : format_(format) {}
+  std::string row(int taxon);
+  /// Warns of such sets.
+  void tell_lost() const;
+
+ private:
+  const char* format_;
+  int lost_ = 0;
+  std::string first_place_;
+};
+
 /// Warns of continuous characters that NEXUS readers get differently.
 void warn_of_continuous();
 

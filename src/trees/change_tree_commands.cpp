@@ -11,6 +11,7 @@
 #include "language/lists.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
+#include "trees/branch_labels.h"
 #include "trees/commands.h"
 #include "trees/drawing/display.h"
 #include "trees/tree_lists.h"
@@ -142,7 +143,9 @@ void reroot_command() {
       ++without;
       continue;
     }
+    const labels_in_change labels(t);
     reroot_tree(stored_tree(t), matrix.ntax, matrix.outgroup);
+    labels.put_back();
     ++changed;
   }
   report_line(changed, "trees rooted on", taxon_label(matrix.outgroup));
@@ -161,7 +164,9 @@ void edit_command() {
   std::vector<tree_node> tree(stored_tree(number).begin(), stored_tree(number).end());
   edited_tree edited{tree, number};
   while (skip_blanks_peek() != ';') read_option(edited, edit_options);
+  const labels_in_change labels(number);
   std::ranges::copy(tree, stored_tree(number).begin());
+  labels.put_back();
   show_with_numbers(number);
 }
 

@@ -16,20 +16,30 @@ std::span<std::uint32_t> group_row(const tree_slots& slots, int number) {
   return {slots.group_rows[at(number)], at(slots.group_words)};
 }
 
-void copy_slot(const tree_slots& slots, int from, int to) {
+void copy_slot(tree_slots& slots, int from, int to) {
   std::ranges::copy(slot_of(slots, from), slot_of(slots, to).begin());
   std::ranges::copy(group_row(slots, from), group_row(slots, to).begin());
+  if (!slots.labels.empty()) slots.labels[at(to)] = slots.labels[at(from)];
+}
+
+/// Labels for exactly the trees there are, if there are any.
+void fit_labels(tree_slots& slots) {
+  if (!slots.labels.empty()) slots.labels.resize(at(slots.ntrees));
 }
 
 }  // namespace
 
 void set_tree_count(tree_slots& slots, int count) {
   ALWAYS_CHECK(count >= 0 && count <= slots.maxtrees, "more trees than slots");
+  fit_labels(slots);
+  if (slots.ntrees == 0) slots.cut_short = false;
   for (int t = slots.ntrees; t < count; ++t) std::ranges::fill(group_row(slots, t), 0U);
   slots.ntrees = count;
+  fit_labels(slots);
 }
 
 void select_trees(tree_slots& slots, std::span<const std::uint8_t> keep) {
+  fit_labels(slots);
   int kept = 0;
   for (int t = 0; t < slots.ntrees; ++t) {
     if (!keep[at(t)]) continue;
@@ -37,9 +47,11 @@ void select_trees(tree_slots& slots, std::span<const std::uint8_t> keep) {
     ++kept;
   }
   slots.ntrees = kept;
+  fit_labels(slots);
 }
 
 void reorder_trees(tree_slots& slots, std::span<const int> order) {
+  fit_labels(slots);
   // Each tree comes into its place once: circles of moves, with one tree put aside for each.
   std::vector<std::uint8_t> done(order.size(), 0);
   std::vector<tree_node> first_tree(at(slots.nnodes));
@@ -48,6 +60,7 @@ void reorder_trees(tree_slots& slots, std::span<const int> order) {
     if (done[at(start)] || order[at(start)] == start) continue;
     std::ranges::copy(slot_of(slots, start), first_tree.begin());
     std::ranges::copy(group_row(slots, start), first_groups.begin());
+    const auto first_labels = slots.labels.empty() ? nullptr : slots.labels[at(start)];
     int place = start;
     for (int from = order[at(place)]; from != start; from = order[at(place)]) {
       copy_slot(slots, from, place);
@@ -56,8 +69,15 @@ void reorder_trees(tree_slots& slots, std::span<const int> order) {
     }
     std::ranges::copy(first_tree, slot_of(slots, place).begin());
     std::ranges::copy(first_groups, group_row(slots, place).begin());
+    if (!slots.labels.empty()) slots.labels[at(place)] = first_labels;
     done[at(place)] = 1;
   }
+}
+
+void copy_labels(const tree_slots& from, int here, tree_slots& to, int there) {
+  if (at(here) >= from.labels.size()) return;
+  to.labels.resize(at(to.ntrees));
+  to.labels[at(there)] = from.labels[at(here)];
 }
 
 private_slots::private_slots(int capacity, int cells)

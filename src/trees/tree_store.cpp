@@ -62,6 +62,7 @@ void lay_out(int capacity, int vault_size, int old_vault, int kept) {
   store.trees = table.subspan(at(vault_size));
   store.maxtrees = capacity;
   store.ntrees = kept;
+  if (!store.labels.empty()) store.labels.resize(at(kept));
   lock(&locks.tree_lock);
 }
 
@@ -200,7 +201,7 @@ bool set_maxtrees(int n, bool report, bool silent_failure) {
     } else {
       move_into_arena(n, 0);
     }
-    store.ntrees = std::min(store.ntrees, n);
+    if (store.ntrees > n) set_tree_count(store, n);
   }
   if (report) report_line("Space for", store.maxtrees, "trees in memory");
   return true;
@@ -244,6 +245,8 @@ tree_span take_slot(bool may_grow, std::string_view no_space) {
   set_tree_count(store, slot + 1);
   return stored_tree(slot);
 }
+
+void note_full_buffer(bool full) { store.cut_short = full; }
 
 void require_trees() {
   if (store.ntrees == 0) error_end("Tree(s) are required");

@@ -45,6 +45,8 @@ inline tree_span vault_tree(int number) { return slot_of(store.vault, number); }
 /// moves the trees and releases packed data and search workspace.
 tree_span take_slot(bool may_grow = false,
                     std::string_view no_space = "No space to store new trees (increase maxtrees)");
+/// A search tells whether it ended with all slots of the buffer full.
+void note_full_buffer(bool full);
 /// As `hold N`. Returns false where it can't be done and `silent_failure` allows that, and within a
 /// `fixed_capacity_scope`. With `report` the capacity is printed.
 bool set_maxtrees(int n, bool report, bool silent_failure = false);

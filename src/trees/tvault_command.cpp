@@ -55,6 +55,7 @@ void put_in() {
     full = store.vault.ntrees >= store.vault.maxtrees;
     if (full) break;
     put_in_vault(stored_tree(t));
+    copy_labels(store, t, store.vault, store.vault.ntrees - 1);
     ++placed;
   }
   if (full) {
@@ -72,6 +73,7 @@ void take_out() {
     full = store.ntrees >= store.maxtrees;
     if (full) break;
     std::ranges::copy(vault_tree(t), take_slot().begin());
+    copy_labels(store.vault, t, store, store.ntrees - 1);
     ++taken;
   }
   if (full) {

@@ -11,7 +11,7 @@ import tempfile
 import xml.etree.ElementTree
 
 zeb, examples = (pathlib.Path(word).resolve() for word in sys.argv[1:3])
-MADE = re.compile(r"(?:\blog |ttags &|tsave \*|export [*=]?)([\w.]+);")
+MADE = re.compile(r"(?:\blog |ttags &|tsave \*|export [&*=-]*)([\w.]+);")
 
 
 def run(folder, *arguments):

@@ -2,19 +2,21 @@
 """Runs what a document shows and compares the output.
 Usage: sessions.py DOCUMENT ZEB EXAMPLES [--accept], which puts the real output in.
 
-Two kinds of indented blocks are run, in one copy of the examples. A block that begins with "$ zeb"
-is a call of the program. Lines after the prompt "zeb*>" are commands: all those of a document make one
-session, fed to the program line by line. Seconds and clocks may differ."""
+Three kinds of indented blocks are run, in one copy of the examples. A block that begins with "$ zeb"
+is a line for the shell. Lines after the prompt "zeb*>" are commands: all those of a document make one
+session, fed to the program line by line. Lines after "R>" make a session of R with its library ape;
+where these aren't installed, the document is run up to there only. Seconds and clocks may differ."""
 
+import os
 import pathlib
 import re
-import shlex
 import shutil
 import subprocess
 import sys
 import tempfile
 
 PROMPT = "zeb*>"
+R_PROMPT = "R>"
 TIMES = [(re.compile(r"\d+\.\d+ secs"), "<time> secs"), (re.compile(r"\b\d\d:\d\d:\d\d\b"), "<clock>")]
 
 
@@ -41,7 +43,7 @@ def shown_parts(text):
     for number, line in enumerate(text.split("\n")):
         if line.startswith("    ") or (inside and not line.strip()):
             body = line[4:].rstrip()
-            if body.startswith((PROMPT, "$ zeb ")):
+            if body.startswith((PROMPT, R_PROMPT, "$ zeb ")):
                 parts.append([number, body, [], 1])
                 inside = True
             elif inside:
@@ -52,24 +54,49 @@ def shown_parts(text):
     return parts
 
 
-def run(zeb, folder, arguments, typed=""):
-    done = subprocess.run([zeb, *arguments], cwd=folder, input=typed.encode(), stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT, timeout=120)
+def run(command, folder, typed="", **options):
+    done = subprocess.run(command, cwd=folder, input=typed.encode(), stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, timeout=120, **options)
     return done.stdout.decode()
 
 
+def typed_at(prompt, parts):
+    return [words[len(prompt):].strip() for _, words, _, _ in parts if words.startswith(prompt)]
+
+
+def session(zeb, folder, parts):
+    output = run([zeb], folder, "".join(line + "\n" for line in typed_at(PROMPT, parts)))
+    return iter(output.split(PROMPT)[1:])
+
+
+def r_session(folder, parts):
+    """Each answer after a line that says so."""
+    mark = "-- answer --"
+    typed = [f'cat("{mark}\\n")\n{line}\n' for line in typed_at(R_PROMPT, parts)]
+    output = run([shutil.which("Rscript"), "-"], folder, "".join(typed))
+    return iter(output.split(mark)[1:])
+
+
+def has_ape():
+    r = shutil.which("Rscript")
+    return r and subprocess.run([r, "-e", "library(ape)"], capture_output=True).returncode == 0
+
+
 def real_outputs(zeb, folder, parts):
-    """The output of each part."""
-    typed = [words[len(PROMPT):].strip() for _, words, _, _ in parts if words.startswith(PROMPT)]
-    answers = None
+    """The output of each part, up to the first that can't be run here."""
+    path = {**os.environ, "PATH": f"{zeb.parent}{os.pathsep}{os.environ['PATH']}"}
+    answers = {PROMPT: None, R_PROMPT: None}
     for _, words, _, _ in parts:
-        if not words.startswith(PROMPT):
-            yield lines(run(zeb, folder, shlex.split(words)[2:]))
+        if words.startswith("$"):
+            yield lines(run(words[2:], folder, shell=True, env=path))
             continue
-        if answers is None:
-            output = run(zeb, folder, [], "".join(line + "\n" for line in typed))
-            answers = iter(output.split(PROMPT)[1:])
-        yield lines(next(answers, "(no answer)"))
+        prompt = PROMPT if words.startswith(PROMPT) else R_PROMPT
+        if answers[prompt] is None:
+            if prompt == R_PROMPT and not has_ape():
+                print("R with ape isn't installed: what follows isn't run")
+                return
+            answers[prompt] = session(zeb, folder, parts) if prompt == PROMPT else r_session(folder, parts)
+        yield lines(next(answers[prompt], "(no answer)"))
 
 
 def main():

@@ -12,7 +12,7 @@ import tempfile
 zeb, examples = (pathlib.Path(word).resolve() for word in sys.argv[1:3])
 
 EXPORTS = """
-proc beetles.xread; ccode /2 3 ] 5; rseed 1; mult=replications 3; export &* beetles_all.nex; export = beetles.nwk;
+proc beetles.xread; ccode /2 3 ] 5; rseed 1; mult=replications 3; export &* beetles_all.nex; export &= beetles.nwk;
 ttags=; majority; ttags); export &< beetles_labels.nex; export &> beetles_lengths.nex; ttags-;
 proc frogs.xread; mult=replications 3; export * frogs_all.nex; export &* frogs_plain.nex; export ! frogs.fas;
 export &] frogs_numbers.nex;

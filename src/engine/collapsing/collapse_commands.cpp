@@ -20,6 +20,7 @@
 #include "language/options.h"
 #include "language/toggles.h"
 #include "matrix/matrix.h"
+#include "trees/branch_labels.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -143,7 +144,9 @@ void condense_trees(int rule, const condense_request& request) {
     check_interrupt();
     const tree_span tree = stored_tree(t);
     const int nodes = node_limit(tree, matrix.ntax);
+    const labels_in_change labels(t);
     judge.condense(tree);
+    labels.put_back();
     changed += node_limit(tree, matrix.ntax) != nodes;
   }
   clear_progress();

@@ -8,7 +8,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "formats/foreign_matrix.h"
-#include "formats/labelled_trees.h"
+#include "formats/written_words.h"
 #include "matrix/symbols.h"
 
 namespace zeb {

@@ -6,7 +6,6 @@
 
 #include "base/indices.h"
 #include "base/text_columns.h"
-#include "formats/labelled_trees.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
@@ -92,7 +91,7 @@ void write_names(output_file& out) {
 
 }  // namespace
 
-void write_nexus_data(output_file& out, const writing_style& style) {
+void write_nexus_data(output_file& out, const writing_style& style, const word_writer& words) {
   out.put("#NEXUS\nbegin data;\n");
   if (style.plain && !matrix.title.empty()) {
     std::string title = matrix.title.substr(1, matrix.title.size() - 2);
@@ -103,7 +102,7 @@ void write_nexus_data(output_file& out, const writing_style& style) {
   write_format(out, style);
   // Names that need it stand in quotes, so that nothing in them is taken for a cell.
   for (int t = 0; t < matrix.ntax; ++t) {
-    std::string row = padded_right(quoted_label(taxon_name(t)), 23) + ' ';
+    std::string row = padded_right(words.taxon(t), 23) + ' ';
     for (int c = 0; c < matrix.nchar; ++c) {
       row += cell_symbols(t, c, style);
       if (matrix.characters[at(c)].is_continuous) row += ' ';

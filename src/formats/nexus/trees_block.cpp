@@ -24,7 +24,7 @@ struct tree_taxa {
   }
   std::unordered_map<std::string, int> by_label;  // of the file's own data
   std::unordered_map<std::string, int> translated;
-  taxon_names names;
+  foreign_names names;
 };
 
 // -1 for none.
@@ -33,7 +33,7 @@ int taxon_of(const std::string& label, tree_taxa& taxa) {
   std::replace(word.begin(), word.end(), ' ', '_');
   const auto own = taxa.by_label.find(word);
   if (own != taxa.by_label.end()) return own->second;
-  const int by_name = find_foreign_taxon(label, taxa.names);
+  const int by_name = taxa.names.find(label);
   int number = 0;
   if (by_name >= 0 || !whole_number(label, 1, matrix.ntax, &number)) return by_name;
   return number - 1;

@@ -10,6 +10,7 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "search/commands.h"
+#include "search/distinct_trees.h"
 #include "search/drivers/bbreak.h"
 #include "search/search_journal.h"
 #include "search/search_report.h"
@@ -163,6 +164,7 @@ void swap_trees_in_memory() {
   tell_start(context);
   const bbreak_result result = swap_stored_trees(context, true);
   disarm_time_limit();
+  note_full_buffer(result.full_at >= 0);
   keep_swapper(context.rules.swap.use_tbr);
   keep_best_score(result.best);
   summarise(context, result);
@@ -196,6 +198,7 @@ void bbreak_command() {
   if (store.ntrees == 0) error_end("No trees to swap");
   swap_trees_in_memory();
   condense_if_automatic();
+  tell_distinct_trees();
 }
 
 }  // namespace zeb

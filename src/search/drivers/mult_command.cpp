@@ -9,6 +9,7 @@
 #include "console/output.h"
 #include "language/options.h"
 #include "search/commands.h"
+#include "search/distinct_trees.h"
 #include "search/drivers/mult.h"
 #include "search/search_journal.h"
 #include "search/search_report.h"
@@ -178,6 +179,8 @@ void run_mult() {
   seed_generator(context.random);
   const mult_result result = mult_search(context, mult);
   disarm_time_limit();
+  if (trees_before == 0 || result.buffer_full)
+    note_full_buffer(result.buffer_full || store.ntrees == store.maxtrees);
   summarise(context, result);
   filter_trees(context, result, trees_before);
   tell_hits(context, result);
@@ -206,6 +209,7 @@ void mult_command() {
   if (outcome != option_outcome::run) return;
   run_mult();
   condense_if_automatic();
+  tell_distinct_trees();
 }
 
 }  // namespace zeb

@@ -13,6 +13,7 @@
 #include "search/search_session.h"
 #include "search/store/stored_trees.h"
 #include "search/store/tree_identity.h"
+#include "trees/branch_labels.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -117,7 +118,11 @@ void tell_equal_as_collapsed(int dropped) {
 void condense_if_automatic() {
   if (!collapsing.automatic || collapsing.rule == 0) return;
   branch_judge judge(collapsing.rule);
-  for (int t = 0; t < store.ntrees; ++t) judge.condense(stored_tree(t));
+  for (int t = 0; t < store.ntrees; ++t) {
+    const labels_in_change labels(t);
+    judge.condense(stored_tree(t));
+    labels.put_back();
+  }
 }
 
 }  // namespace zeb

@@ -12,10 +12,12 @@
 #include "console/output.h"
 #include "language/fit_text.h"
 #include "matrix/matrix.h"
-#include "trees/drawing/node_order.h"
+#include "trees/branch_labels.h"
 #include "trees/drawing/text_lines.h"
 #include "trees/notation/parenthetical_writer.h"
 #include "trees/notation/taxon_names.h"
+#include "trees/terminal_sets.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -24,33 +26,6 @@ tag_store tags;
 namespace {
 
 constexpr std::string_view number_symbols = "-YN X";  // stand for -1 to -5
-
-/// Two sums of pseudo-random words, one for each terminal: equal for equal sets of terminals, and
-/// in practice for those only.
-using terminal_set_key = std::pair<std::uint64_t, std::uint64_t>;
-
-std::uint64_t scrambled(std::uint64_t z) {
-  z += 0x9e3779b97f4a7c15ULL;
-  z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
-  z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
-  return z ^ (z >> 31);
-}
-
-std::vector<terminal_set_key> terminal_set_keys(const_tree_span tree, int ntax) {
-  const drawing_order order = order_for_drawing(tree, ntax, 0, false);
-  std::vector<terminal_set_key> keys(order.nodes());
-  for (auto n = order.preorder.rbegin(); n != order.preorder.rend(); ++n) {
-    if (*n < ntax) {
-      const auto seed = static_cast<std::uint64_t>(*n);
-      keys[at(*n)] = {scrambled(2 * seed), scrambled(2 * seed + 1)};
-    }
-    if (*n == ntax) continue;
-    terminal_set_key& above = keys[at(tree[at(*n)])];
-    above.first += keys[at(*n)].first;
-    above.second += keys[at(*n)].second;
-  }
-  return keys;
-}
 
 /// New numbers of the nodes under normalisation, -1 for numbers that aren't in the tree.
 std::vector<int> normal_numbers(const_tree_span tree, int ntax) {
@@ -67,6 +42,7 @@ std::vector<int> normal_numbers(const_tree_span tree, int ntax) {
 
 void add_tags(const_tree_span tree, std::span<const std::string> texts) {
   const int ntax = matrix.ntax;
+  note_source_of_tags(tag_source::hand);
   std::map<terminal_set_key, int> target;
   const std::vector<terminal_set_key> own = terminal_set_keys(tags.tag_tree, ntax);
   for (int n = 0; n < static_cast<int>(own.size()); ++n)
@@ -106,7 +82,10 @@ void separate_tag_lines(int width, char position) {
 }
 void join_tag_lines() { tags.tag_separator = 0; }
 
+void note_source_of_tags(tag_source source) { tags.source = source; }
+
 void clear_tags() {
+  note_source_of_tags(tag_source::hand);
   tags.tags_present = false;
   tags.tag_tree.clear();
   tags.tag_texts.clear();
@@ -125,6 +104,14 @@ void set_tag_tree(const_tree_span tree, std::span<const std::string> texts,
   tags.tag_texts = std::move(moved);
   tags.tag_title = title.substr(0, longest_tag_title);
   tags.tags_present = true;
+  note_source_of_tags(tag_source::hand);
+}
+
+void set_tag_tree_to_stored(int number, tag_source source, std::string_view title) {
+  std::vector<std::string> texts;
+  for (const branch_label& one : labels_of_tree(number)) texts.push_back(one.text());
+  set_tag_tree(stored_tree(number), texts, title);
+  note_source_of_tags(source);
 }
 
 void store_drawn_tags(const_tree_span tree, std::string_view title,
@@ -149,9 +136,13 @@ bool has_any_tag() {
   return false;
 }
 
-void set_tag(int node, std::string_view text) { tags.tag_texts[at(node)] = text; }
+void set_tag(int node, std::string_view text) {
+  tags.tag_texts[at(node)] = text;
+  note_source_of_tags(tag_source::hand);
+}
 
 void erase_tags(bool of_terminals) {
+  note_source_of_tags(tag_source::hand);
   for (int n = 0; n < static_cast<int>(tags.tag_texts.size()); ++n)
     if ((n < matrix.ntax) == of_terminals) tags.tag_texts[at(n)].clear();
 }
@@ -159,6 +150,7 @@ void erase_tags(bool of_terminals) {
 void set_tag_title(std::string_view title) { tags.tag_title = title.substr(0, longest_tag_title); }
 
 void eliminate_empty_tag_lines() {
+  note_source_of_tags(tag_source::hand);
   for (std::string& text : tags.tag_texts) {
     std::string kept;
     for (const std::string& line : text_lines(text, '\\', 0)) {
@@ -206,6 +198,7 @@ std::vector<double> tags_as_numbers(bool symbols, bool internal_only, int* bad_n
 }
 
 void tags_from_numbers(std::span<const double> values, bool symbols, bool internal_only) {
+  note_source_of_tags(tag_source::hand);
   for (int n = internal_only ? matrix.ntax : 0; at(n) < values.size(); ++n) {
     if (!is_tag_node(n)) continue;
     const double value = values[at(n)];

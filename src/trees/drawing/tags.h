@@ -13,10 +13,15 @@ namespace zeb {
 constexpr std::size_t longest_tag = 127;        // bytes
 constexpr std::size_t longest_tag_title = 512;  // bytes
 
+/// Where the tags come from. From a file or computed: they are those of a tree that was stored
+/// with them, and nobody has written to them since.
+enum class tag_source { hand, file, computed };
+
 /// The tag tree. Written by the functions below.
 struct tag_store {
   bool tags_on = false;  // `ttags =`: commands that print trees store their texts
   bool tags_present = false;
+  tag_source source = tag_source::hand;
   std::vector<tree_node> tag_tree;     // nnodes
   std::vector<std::string> tag_texts;  // nnodes, each at most longest_tag bytes
   std::string tag_title;               // at most longest_tag_title bytes
@@ -36,12 +41,15 @@ void set_tag_adding(bool on);
 void separate_tag_lines(int width, char position);
 void join_tag_lines();
 
+void note_source_of_tags(tag_source source);
 /// Forgets the tag tree and its texts. `tags_on` stays.
 void clear_tags();
 /// Makes a normalised copy of `tree` the tag tree, with `texts` (by node of `tree`; may be empty),
 /// cut to the capacity of a tag. Used by `ttags`, by drawing and by readers of trees with tags.
 void set_tag_tree(const_tree_span tree, std::span<const std::string> texts = {},
                   std::string_view title = {});
+/// Makes a stored tree the tag tree, with the labels and lengths that it has.
+void set_tag_tree_to_stored(int number, tag_source source, std::string_view title = {});
 /// What drawing a tree does while `ttags =` is on: the first tree becomes the tag tree; the texts
 /// of later ones are added to those of the nodes with the same terminals, after "/" (or as a
 /// further line, with `ttags [`).

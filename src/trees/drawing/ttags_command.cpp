@@ -70,7 +70,9 @@ void start_storing() {
   const int c = skip_blanks_peek();
   if (c == '<' || c == '>' || c == '[') return exchange_with_array();
   check_end();
-  if (has_any_tag()) warning("Existing tree-tags will be erased");
+  // Those of a consensus stay with its tree.
+  if (has_any_tag() && tags.source != tag_source::computed)
+    warning("Existing tree-tags will be erased");
   clear_tags();
   set_tag_storing(true);
 }
@@ -115,7 +117,11 @@ void set_target() {
   if (next == '<' && (!macros_on() || !hooks_of_trees.user_arrays.read_name))
     error_end("This option is valid only when macros are enabled");
   if (next != '<') check_end();
-  set_tag_tree(stored_tree(tree));
+  if (next == '<') {
+    set_tag_tree(stored_tree(tree));
+  } else {
+    set_tag_tree_to_stored(tree, tag_source::file);
+  }
   if (next == '<') exchange_with_array();
 }
 

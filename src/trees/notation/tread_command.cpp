@@ -3,6 +3,8 @@
 
 #include "base/errors.h"
 #include "base/interrupts.h"
+#include "base/message_place.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"
 #include "console/progress.h"
@@ -74,6 +76,12 @@ class tread_run {
 
   void run() {
     const int first = store.ntrees;
+    const int level = input.top;
+    const message_place_scope place([&] {
+      if (level == 0 || input.top != level) return std::string();
+      return text_of("(tree %i, line %i of %s)", store.ntrees - first + 1,
+                     top_frame().line_number + 1, top_frame().name);
+    });
     group_.start();
     int terminator = 0;
     while (terminator != ';') {

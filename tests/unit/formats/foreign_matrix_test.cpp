@@ -31,11 +31,11 @@ TEST(foreign_taxa, have_names_that_fit_and_are_found_by_their_own) {
   EXPECT_EQ(taxa.find("Homo_sapiens"), -1);
   EXPECT_EQ(taxa.count(), 3);
   // Trees call the taxa as the file with the data did.
-  taxon_names names;
-  EXPECT_EQ(find_foreign_taxon("homo sapiens", names), 0);
-  EXPECT_EQ(find_foreign_taxon("a+b/c-d", names), 1);
-  EXPECT_EQ(find_foreign_taxon(long_name, names), 2);
-  EXPECT_EQ(find_foreign_taxon("Pan", names), -1);
+  foreign_names names;
+  EXPECT_EQ(names.find("homo sapiens"), 0);
+  EXPECT_EQ(names.find("a+b/c-d"), 1);
+  EXPECT_EQ(names.find(long_name), 2);
+  EXPECT_EQ(names.find("Pan"), -1);
 }
 
 TEST(text_lines, end_in_every_usual_way) {

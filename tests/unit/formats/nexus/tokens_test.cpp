@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/labelled_trees.h"
+#include "formats/written_words.h"
 #include "language/input.h"
 #include "support/program.h"
 
