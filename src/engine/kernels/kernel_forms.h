@@ -169,8 +169,15 @@ inline int scan_by_block(const word* clip, const word* base, std::size_t stride,
     *cost = cost_pair<V, C>(clip, branch_of(i), layout, bound);
     return *cost <= bound;
   };
+  // The blocks of so many candidates don't stay in the cache between two scans, and lie in no
+  // order: waiting for them took most of the time. Fewer are best left to the processor.
+  constexpr int many = 4096;
+  constexpr int ahead = 16;
+  const int asked_ahead = count > many ? count - ahead - 3 : 0;
   int i = from;
   for (; i + 4 <= count; i += 4) {
+    if (i < asked_ahead)
+      for (int k = i + ahead; k < i + ahead + 4; ++k) __builtin_prefetch(branch_of(k) + block);
     for (unsigned within =
              V::within(head_of(i), head_of(i + 1), head_of(i + 2), head_of(i + 3), bound);
          within != 0; within &= within - 1) {
