@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <utility>
 
 #include "base/arena.h"
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
@@ -94,11 +96,21 @@ void add_new_matrix_hook(matrix_hook hook) { hooks.new_matrix.push_back(hook); }
 void add_matrix_gone_hook(matrix_hook hook) { hooks.matrix_gone.push_back(hook); }
 
 void wipe_matrix() {
+  // A hook may fail, as where a tree file can't be closed for want of room on the disk. The data go
+  // all the same, since others have let go of them, and the error goes on from there.
+  std::exception_ptr failure;
   if (matrix.present) {
-    for (const matrix_hook hook : hooks.matrix_gone) hook();
+    for (const matrix_hook hook : hooks.matrix_gone) {
+      try {
+        hook();
+      } catch (const command_unwinding&) {
+        failure = std::current_exception();
+      }
+    }
   }
   unlock(&locks.matrix_lock);
   clear_state();
+  if (failure) std::rethrow_exception(failure);
 }
 
 void set_cell_width(int cell_bytes) {

@@ -18,6 +18,7 @@ COMPLETIONS = [  # what is typed, among what bash must offer, what it mustn't
     ("zeb proc mut.xread, mu", ["mult", "mut.xread"], []),
     ("zeb proc mut.xread,mu", ["mut.xread,mult"], ["mult"]),
     ("zeb mult=repl", ["replications"], ["replace.txt"]),
+    ("zeb --batch mu", ["mut.xread"], ["mult"]),
     ("zeb mul:nok", ["nokeepall"], []),
     ("zeb mult=replications 10 ", ["hold", "tbr"], ["mult"]),
     ("zeb mult=hold 5, a", ["a b.nex", "agroup"], []),
@@ -39,9 +40,12 @@ def offered(script, typed, folder):
     return done.stdout.splitlines(), done.stderr
 
 
-def completion_faults(script, scratch):
+def completion_faults(zeb, script, scratch):
     folder = scratch / "typing"
     folder.mkdir()
+    options = set(re.findall(r"--\w+", run(zeb, "--help").stdout))
+    if options != set(offered(script, "zeb --", folder)[0]):
+        yield f"bash doesn't offer {options}"
     for name in ("mut.xread", "a b.nex"):
         (folder / name).touch()
     for typed, wanted, unwanted in COMPLETIONS:
@@ -71,7 +75,7 @@ def faults(prefix, scratch):
         yield f"the example ends with {done.returncode}:\n{done.stdout}{done.stderr}"
     if "BBREAK" not in run(zeb, "bbreak?", "quit,").stderr.upper():
         yield "the installed program has no help"
-    yield from completion_faults(share / "bash-completion/completions/zeb", scratch)
+    yield from completion_faults(zeb, share / "bash-completion/completions/zeb", scratch)
 
 
 cmake, build = sys.argv[1:3]
