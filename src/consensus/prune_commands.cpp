@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "consensus/commands.h"
 #include "consensus/conflict_consensus.h"
@@ -96,10 +97,13 @@ void show(const prune_request& request, const std::vector<pruned_set>& found, in
 
 void prune(consensus_method consensus_of, const char* name) {
   const prune_request request = read_request();
+  const search_running running;
   const int groups = groups_of(consensus_of(request.selection), matrix.ntax);
-  show(request,
-       sets_worth_pruning(request.selection, consensus_of, request.candidates, request.largest),
-       groups, name);
+  const std::vector<pruned_set> found =
+      sets_worth_pruning(request.selection, consensus_of, request.candidates, request.largest);
+  if (interrupts.reason == stop_reason::time) emit("Interrupting search (time is out!)\n");
+  if (interrupted()) emit("Not all sets of taxa were tried\n");
+  show(request, found, groups, name);
 }
 
 }  // namespace

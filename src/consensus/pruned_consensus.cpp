@@ -5,6 +5,7 @@
 
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "base/time_limit.h"
 #include "console/progress.h"
 
 namespace zeb {
@@ -65,11 +66,13 @@ std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_m
   double done = 0;
   std::vector<pruned_set> found;
   gain_table gains;
-  for (int size = 1; size <= std::min(largest, n); ++size) {
+  for (int size = 1; size <= std::min(largest, n) && !interrupted(); ++size) {
     std::vector<int> chosen(at(size));
     for (int i = 0; i < size; ++i) chosen[at(i)] = i;
     do {
       check_interrupt();
+      if (time_is_out()) stop_search(stop_reason::time);
+      if (interrupted()) break;
       show_progress("Pruning taxa", done++, total);
       pruned_set set{.taxa = taxon_set(ntax)};
       std::vector<std::uint8_t> cut(at(ntax), 0);

@@ -31,7 +31,8 @@ std::int64_t number_of_sets(int candidates, int largest, std::int64_t limit);
 
 /// Tries all sets of 1 to `largest` of the candidates, and returns those that add groups, and more
 /// of them than any smaller set within them: by gain, the greatest first, then by size. Taxa that
-/// the selection excludes stay excluded. Ends early when interrupted.
+/// the selection excludes stay excluded. Ends early when the user or the time limit stops it: what
+/// was found until then is returned. To be called as a search (`search_running`).
 std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_method method,
                                            std::span<const int> candidates, int largest);
 
