@@ -13,6 +13,7 @@
 #include "base/file_calls.h"
 #include "base/files_read.h"
 #include "base/open_files.h"
+#include "base/safe_mode.h"
 
 namespace zeb {
 
@@ -70,7 +71,8 @@ input_file& input_file::operator=(input_file&& other) noexcept {
 
 bool input_file::open(const std::string& name, bool is_data) {
   close();
-  fault_.clear();
+  fault_ = refusal_of_reading(name);
+  if (!fault_.empty()) return false;
   name_ = name == "-" ? "standard input" : name;
   if (name == "-" && !take_standard_input()) {
     fault_ = "it has been read";

@@ -18,6 +18,7 @@
 
 #include "base/file_calls.h"
 #include "base/open_files.h"
+#include "base/safe_mode.h"
 
 namespace zeb {
 
@@ -148,20 +149,23 @@ bool output_file::fail() {
   return false;
 }
 
+bool output_file::may_be_written(const std::string& target) {
+  if (target.empty()) return fail();
+  fault_ = find_open_file(target, false) ? "it is in use" : refusal_of_writing(target);
+  return fault_.empty();
+}
+
 bool output_file::create(const std::string& name) {
   discard();
   fault_.clear();
   name_ = name;
-  if (const int standard = standard_descriptor(name); standard >= 0) {
+  const int standard = standard_descriptor(name);
+  if (standard >= 0 && (!safe_mode.on || standard <= STDERR_FILENO)) {
     descriptor_ = fcntl(standard, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     return is_open() || fail();
   }
   const std::string target = followed(name);
-  if (target.empty()) return fail();
-  if (find_open_file(target, false)) {
-    fault_ = "it is in use";
-    return false;
-  }
+  if (!may_be_written(target)) return false;
   struct stat former;
   const bool replaces = stat(target.c_str(), &former) == 0;
   if (!replaces && errno != ENOENT) return fail();
@@ -202,6 +206,7 @@ bool output_file::open_as_it_is(const std::string& name, int flags) {
   target_ = name;
   regular_ = S_ISREG(status.st_mode);
   whole_ = status.st_size;
+  note_written_file(name);
   number_ = note_open_file(name, true, status);
   return true;
 }
@@ -211,11 +216,7 @@ bool output_file::append(const std::string& name) {
   fault_.clear();
   name_ = name;
   const std::string target = followed(name);
-  if (target.empty()) return fail();
-  if (find_open_file(target, false)) {
-    fault_ = "it is in use";
-    return false;
-  }
+  if (!may_be_written(target)) return false;
   return open_as_it_is(target, O_APPEND | O_CREAT | O_NOFOLLOW);
 }
 
@@ -277,6 +278,7 @@ bool output_file::publish() {
   if (call_sync(descriptor_) != 0) return fail();
   if (call_rename(beside_, target_) != 0) return fail();
   beside_.clear();
+  note_written_file(target_);
   // The entry of the folder is to last, too. Where folders can't be synchronised nothing is lost.
   const int folder = call_open(directory_of(target_), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder >= 0) {

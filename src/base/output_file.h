@@ -47,6 +47,7 @@ class output_file {
   void discard();
 
  private:
+  bool may_be_written(const std::string& target);
   bool open_beside(const std::string& target, mode_t former_mode, bool replaces);
   bool open_as_it_is(const std::string& name, int flags);
   void write_out();

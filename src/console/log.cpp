@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "base/safe_mode.h"
 #include "console/console.h"
 #include "console/screen.h"
 
@@ -47,8 +48,9 @@ bool open_log(const std::string& name, bool append) {
   close_log();
   if (name == "stdout") {
     log_file.stream = stdout;
-  } else if (name.size() <= longest_file_name) {
+  } else if (name.size() <= longest_file_name && refusal_of_writing(name).empty()) {
     log_file.stream = std::fopen(name.c_str(), append ? "ab" : "wb");
+    if (log_file.stream) note_written_file(name);
   }
   if (log_file.stream) log_file.name = name;
   return log_file.stream != nullptr;

@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/number_text.h"
+#include "base/safe_mode.h"
 #include "functions/subjects.h"
 #include "language/input.h"
 #include "language/lexer.h"
@@ -51,7 +52,7 @@ double file_exists() {
     name += static_cast<char>(c);
   }
   struct stat status {};
-  return stat(name.c_str(), &status) == 0;
+  return stat(name.c_str(), &status) == 0 && refusal_of_reading(name).empty();
 }
 
 // The texts at which `hiftext` stops: one text, or any of the characters in parentheses.

@@ -17,6 +17,7 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
+#include "base/safe_mode.h"
 #include "base/signals.h"
 #include "console/console.h"
 #include "console/log.h"
@@ -282,8 +283,8 @@ void require_data(const char* what) {
 bool data_in_memory() { return hooks_of_language.data_present && hooks_of_language.data_present(); }
 
 int run_system_command(const std::string& text) {
-  const char* forbidden = std::getenv("ZEB_NO_SYSTEM");
-  if (forbidden && *forbidden)
+  if (safe_mode.on) error_end("Shell commands are forbidden in safe mode");
+  if (std::getenv("ZEB_NO_SYSTEM"))  // NOLINT(concurrency-mt-unsafe)
     error_end("Shell commands are forbidden here (ZEB_NO_SYSTEM is set)");
   const terminal_for_child terminal;
   return std::system(text.c_str());  // NOLINT(concurrency-mt-unsafe)

@@ -79,7 +79,8 @@ void no_timing();
 void require_data(const char* what);
 bool data_in_memory();
 
-/// A shell command may not run with ZEB_NO_SYSTEM set: error in that case. Returns the status.
+/// A shell command may not run in safe mode or with ZEB_NO_SYSTEM set: error in that case. Returns
+/// the status.
 int run_system_command(const std::string& text);
 
 }  // namespace zeb

@@ -1,14 +1,17 @@
 #include "language/main_loop.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "base/arena.h"
 #include "base/command.h"
 #include "base/process.h"
+#include "base/safe_mode.h"
 #include "base/signals.h"
 #include "console/console.h"
 #include "console/output.h"
@@ -91,6 +94,7 @@ int run_process(int argc, char** argv) {
   const std::string program_name = argc > 0 ? file_name_of(argv[0]) : "zeb";
   keep_command_line(argc, argv);
   const program_call call = read_call(argc, argv);
+  if (call.safe) start_safe_mode(std::vector<std::string>(argv + std::min(argc, 1), argv + argc));
   switch (call.mode) {
     case run_mode::help:
       return say(usage_text(), stdout, 0);

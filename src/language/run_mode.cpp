@@ -1,5 +1,6 @@
 // Run modes: what the first argument makes of the process.
 #include <csignal>
+#include <cstdlib>
 #include <string_view>
 
 #include <unistd.h>
@@ -32,12 +33,17 @@ constexpr const char* usage =
     "  zeb file command,           reads the file first: data, trees or commands\n"
     "  zeb bground command,        the same without a console\n"
     "  zeb --batch file [file...]  runs each file by itself and asks nothing\n"
+    "  zeb --safe ...              in front of any of these: for scripts of others (below)\n"
     "  zeb --help, zeb --version\n"
     "  zeb --completion            a script for bash that completes these arguments\n\n"
     "A batch run writes its output to the standard output, errors and warnings to the\n"
     "standard error. Its exit status is 0 where all files ran to their end or to \"quit\",\n"
     "255 where a command of a file failed (the other files run all the same), 2 for a\n"
     "call that can't be understood, and 128 + N when signal N ended it.\n\n"
+    "In safe mode commands start no shell, write only new files below the folder where\n"
+    "the program was started, and read only files there and those named in the call. The\n"
+    "environment variable ZEB_SAFE, set to anything, does the same; ZEB_NO_SYSTEM\n"
+    "forbids the shell alone.\n\n"
     "Examples:\n"
     "  zeb proc data.zeb, mult, nelsen, quit,\n"
     "  zeb --batch analysis.run > analysis.txt\n"
@@ -58,7 +64,9 @@ void refuse(program_call& call, const std::string& why) {
 // False for a word that is no option: words that begin with "--" can't be commands.
 bool read_option_word(std::string_view word, program_call& call) {
   if (call.mode == run_mode::refused) return false;
-  if (word == "--batch") {
+  if (word == "--safe") {
+    call.safe = true;
+  } else if (word == "--batch") {
     call.mode = run_mode::batch;
   } else if (word == "--help" || word == "-h") {
     call.mode = run_mode::help;
@@ -110,6 +118,7 @@ extern "C" void end_at_math_error(int) {
 
 program_call read_call(int argc, char** argv) {
   program_call call;
+  call.safe = std::getenv("ZEB_SAFE") != nullptr;  // NOLINT(concurrency-mt-unsafe)
   int at = 1;
   for (; at < argc && std::string_view(argv[at]).starts_with("-"); ++at) {
     if (!read_option_word(argv[at], call)) break;

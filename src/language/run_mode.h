@@ -19,6 +19,7 @@ enum class run_mode {
 
 struct program_call {
   run_mode mode = run_mode::interactive;
+  bool safe = false;               // scripts of others may do no harm
   std::string refusal;             // why `mode` is `refused`
   std::string commands;            // the words from the first that is no option, as one line
   std::vector<std::string> files;  // the same words in a batch run

@@ -2,14 +2,18 @@
 // content (but for instructions to execute) doesn't matter.
 #include "language/steering.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
 
 #include "base/command.h"
+#include "base/input_file.h"
 #include "base/message_text.h"
+#include "base/output_file.h"
 #include "base/process.h"
+#include "base/safe_mode.h"
+#include "base/signals.h"
 #include "console/output.h"
 
 namespace zeb {
@@ -28,20 +32,25 @@ std::string steering_file(const char* what) {
   return text_of("%s_zeb_%i", what, static_cast<int>(getpid()));
 }
 
-bool can_be_opened(const std::string& name) { return access(name.c_str(), R_OK) == 0; }
+// Where others may put files, only the user's own steer the run, and no links.
+bool is_there(const std::string& name) {
+  struct stat status;
+  return lstat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         status.st_uid == geteuid() && access(name.c_str(), R_OK) == 0;
+}
 
 bool copy_file(const std::string& from, const std::string& to) {
-  std::ifstream source(from, std::ios::binary);
-  std::ofstream copy(to, std::ios::binary);
-  if (!source || !copy) return false;
-  if (source.peek() != std::ifstream::traits_type::eof()) copy << source.rdbuf();
-  return copy.good();
+  input_file source;
+  output_file copy;
+  if (!source.open(from) || !copy.create(to)) return false;
+  copy.put(source.rest());
+  return source.fault().empty() && copy.close();
 }
 
 void wait_while_paused() {
   const std::string file = steering_file("pause");
   const stopped_clock_scope clock;
-  while (can_be_opened(file)) sleep(pause_poll_seconds);
+  while (is_there(file) && noted_signal() == 0) sleep(pause_poll_seconds);
 }
 
 void remove_execute_file(const std::string& file) {
@@ -63,7 +72,7 @@ bool stop_asked_by_file() {
   if (time - steering.last_look < seconds_between_looks) return false;
   steering.last_look = time;
   const std::string stop = steering_file("stop");
-  if (can_be_opened(stop)) {
+  if (is_there(stop)) {
     std::remove(stop.c_str());
     return true;
   }
@@ -72,9 +81,11 @@ bool stop_asked_by_file() {
 }
 
 execute_file take_execute_file() {
-  if (!process.background || process.slave || steering.execute_counter < 0) return {};
+  if (!process.background || process.slave || safe_mode.on || steering.execute_counter < 0) {
+    return {};
+  }
   const std::string file = steering_file("execute");
-  if (!can_be_opened(file)) return {};
+  if (!is_there(file)) return {};
   const std::string copy =
       text_of(".zebexec_%i_zeb_%i", steering.execute_counter, static_cast<int>(getpid()));
   if (!copy_file(file, copy)) return {};

@@ -162,6 +162,66 @@ class Signals(ProcessTest):
         self.assertIn(b"over", run.stdout.read())
 
 
+class SafeMode(ProcessTest):
+    """Scripts that try to get out: each names what must not happen."""
+
+    def setUp(self):
+        super().setUp()
+        self.outside = self.folder
+        self.folder = self.outside / "inside"
+        self.folder.mkdir()
+        (self.outside / "secret.run").write_text("quote the secret;")
+        (self.outside / "old").write_text("old")
+        (self.folder / "old").write_text("old")
+        (self.folder / "lead").symlink_to(self.outside / "secret.run")
+        (self.folder / "hang").symlink_to(self.outside / "planted")
+        (self.folder / "out").symlink_to(self.outside)
+        (self.folder / "sub").mkdir()
+        self.write(data="xread 4 4 a 0011 b 0101 c 1100 d 1010; randtrees 2;")
+
+    def state_outside(self):
+        return {name: (self.outside / name).read_bytes() for name in os.listdir(self.outside) if name != "inside"}
+
+    def test_scripts_that_try_to_leave(self):
+        before = self.state_outside()
+        reading = ["proc ../secret.run", f"proc {self.outside}/secret.run", "proc lead", "proc out/secret.run",
+                   "run ../secret.run", "rdir ..; secret", "cdir ..; proc secret.run", "cdir out; proc secret.run",
+                   "cdir sub; proc ../../secret.run", "view ../secret.run", "proc &../old", "proc [../old",
+                   "shortread ../old", "macro=; hifile ../old", "proc /etc/passwd", "proc out/../../secret.run",
+                   "macro=; goto ../secret.run x"]
+        writing = [f"{word}{name}" for name in ("../new", "../old", "old", "hang", "out/new", f"{self.outside}/new")
+                   for word in ("log ", "log +", "tsave *", "tsave =", "tsave ", "export ", "export =", "export >",
+                                "ttags=; tplot 0; ttags &", "tsave ! 1 ../", "export !")]
+        shell = ["system touch ../shell", "macro=; system touch shell", "mxproc 3; sys touch shell"]
+        for script in reading + writing + shell:
+            self.write(case=f"proc data.run; {script}; save; quote reached;")
+            status, said, errors = self.run_zeb("--safe", "--batch", "case.run")
+            self.assertNotIn("the secret", said + errors, script)
+            self.assertEqual(self.state_outside(), before, script)
+            self.assertEqual((self.folder / "old").read_text(), "old", script)
+            self.assertFalse((self.folder / "shell").exists(), script)
+            if script in shell or script in ("proc ../secret.run", "proc lead", "log old", "log ../new", "tsave *old"):
+                self.assertEqual(status, 255, script)
+                self.assertIn("safe mode", errors, script)
+
+    def test_what_is_allowed(self):
+        self.write(case="proc data.run; log log; quote kept; log /; log +log; log /; tsave *new.tre; save; tsave /; "
+                        "cdir sub; tsave *new.tre; save; tsave /; cdir ..; proc new.tre; quote done;")
+        status, said, errors = self.run_zeb("--safe", "--batch", "case.run")
+        self.assertEqual((status, "done" in said), (0, True), errors)
+        for call in (["--safe", "--batch", "../secret.run"], ["--safe", "proc", "../secret.run,", "quit,"],
+                     ["--safe", f"proc {self.outside}/secret.run; quit;"]):
+            status, said, errors = self.run_zeb(*call)
+            self.assertIn("the secret", said + errors, call)
+
+    def test_variables_of_the_environment(self):
+        for name, refusal in (("ZEB_SAFE", "safe mode"), ("ZEB_NO_SYSTEM", "ZEB_NO_SYSTEM")):
+            for value in ("", "1"):
+                _, _, errors = self.run_zeb("system touch shell; quit;", env=dict(os.environ, **{name: value}))
+                self.assertIn(refusal, errors)
+        self.assertFalse((self.folder / "shell").exists())
+
+
 class Calls(ProcessTest):
     def test_words_that_call_the_program(self):
         for arguments, expected, said in ((["--help"], 0, "--batch"), (["--version"], 0, "zeb "),

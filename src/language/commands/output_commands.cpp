@@ -6,6 +6,7 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "base/open_files.h"
+#include "base/safe_mode.h"
 #include "console/console.h"
 #include "console/line_editor.h"
 #include "console/log.h"
@@ -73,7 +74,9 @@ void log_command() {
   const std::string name(token());
   check_end();
   if (name == "/" && !append && !quoted) return close_log();
-  if (!open_log(name, append)) error_end("Cannot open file", name);
+  if (!open_log(name, append)) {
+    error_end("Cannot open file", name + cause_text(refusal_of_writing(name)));
+  }
   if (settings.report) report_line("Log file:", log_file.name);
 }
 

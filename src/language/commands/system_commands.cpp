@@ -8,7 +8,9 @@
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/open_files.h"
 #include "base/process.h"
+#include "base/safe_mode.h"
 #include "console/console.h"
 #include "console/output.h"
 #include "console/screen.h"
@@ -53,6 +55,9 @@ void cdir_command() {
   if (read_file_name() > 0) {
     const std::string path(token());
     expect_end();
+    if (const std::string why = refusal_of_reading(path); !why.empty()) {
+      error_end("Can't change to directory", path + cause_text(why));
+    }
     if (chdir(path.c_str()) != 0) {
       error_end(text_of("Can't change to directory %s (%s)", path.c_str(), std::strerror(errno)));
     }
