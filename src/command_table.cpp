@@ -48,7 +48,7 @@ constexpr command_row rows[] = {
     {"comcomp",     comcomp_command, true,  topic_consensus | topic_trees},
     {"condense",    condense_command, true,  topic_diagnosis | topic_compare | topic_various | topic_trees},
     {"constrain",   none, false, topic_searching | topic_various},
-    {"costs",       none, true,  topic_input | topic_searching | topic_settings | topic_memory | topic_characters | topic_weights},
+    {"costs",       costs_command, true,  topic_input | topic_searching | topic_settings | topic_memory | topic_characters | topic_weights},
     {"cscores",     cscores_command, true,  topic_diagnosis | topic_compare | topic_characters},
     {"cstree",      none, false, topic_input | topic_settings | topic_characters},
     {"dcomp",       none, true,  topic_input | topic_various},

@@ -7,6 +7,8 @@
 #include "engine/hooks.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/plain/tree_scores.h"
+#include "engine/wide/cost_vectors.h"
+#include "engine/wide/value_ranges.h"
 #include "language/methods.h"
 #include "trees/hooks.h"
 
@@ -27,6 +29,9 @@ void register_engine() {
     if (collapsing.quick) return {};
     return {"qcollapse -"};
   });
+  if (!wide_kinds().empty()) return;
+  for (const wide_kind* kind : {&small_cost_vectors, &large_cost_vectors, &value_ranges})
+    add_wide_kind(*kind);
 }
 
 }  // namespace zeb

@@ -23,7 +23,7 @@ std::vector<std::uint8_t> characters_with_sets() {
   std::vector<std::uint8_t> marks(at(matrix.nchar), 0);
   for (int c = 0; c < matrix.nchar; ++c) {
     const character_record& r = matrix.characters[at(c)];
-    marks[at(c)] = !r.is_continuous && !r.is_sankoff && r.type != landmark_data;
+    marks[at(c)] = !r.is_continuous && r.type != landmark_data;
   }
   return marks;
 }
@@ -60,6 +60,9 @@ void add_columns(const plain_optimiser& optimiser, int node, std::vector<std::ui
     cells[at(character)] = 0;
     for (int s = low; s <= high; ++s) cells[at(character)] |= 1U << s;
   }
+  const cost_optimiser& with_costs = optimiser.with_costs();
+  for (std::size_t i = 0; i < with_costs.size(); ++i)
+    cells[at(with_costs.character(i))] = with_costs.down(node)[i];
 }
 
 }  // namespace
@@ -72,8 +75,7 @@ std::vector<named_row> rows_of_tree(int number) {
   for (const std::uint8_t has_sets : with_sets) {
     if (has_sets) continue;
     warning(
-        "Only additive and non-additive characters have down-pass sets: the others will be "
-        "missing in nodes");
+        "Continuous and landmark characters have no down-pass sets: they will be missing in nodes");
     break;
   }
   plain_optimiser optimiser(with_sets);

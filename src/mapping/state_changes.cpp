@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "matrix/costs/character_costs.h"
 #include "matrix/matrix.h"
 #include "trees/tree_walks.h"
 
@@ -45,7 +46,11 @@ class change_counter {
         record_(matrix.characters[at(character)]),
         from_(from),
         to_(to),
-        states_(possible_states(character)) {}
+        states_(possible_states(character)) {
+    if (!record_.is_sankoff) return;
+    costs_ = costs_of_character(character);
+    states_ = costs_.states;
+  }
 
   // Dynamic programming from the tips: counts[node] by state, the best of each descendant's
   // states being chosen by steps first (Sankoff 1975).
@@ -59,6 +64,8 @@ class change_counter {
       for (const int d : lists.children(*node)) add(*node, d);
     }
     const auto root = row(matrix.ntax);
+    for (std::size_t s = 0; s < states_.size(); ++s)
+      if (costs_.root_states && !(costs_.root_states >> s & 1U)) root[s].steps += forbidden_cost;
     int steps = impossible;
     for (const subtree_count& c : root) steps = std::min(steps, c.steps);
     change_range range{impossible, 0};
@@ -78,7 +85,8 @@ class change_counter {
   // The cell of an additive character is the range of its states.
   void fill_terminal(int taxon) {
     std::uint32_t cell_states = cell(taxon, character_);
-    if (says_nothing(character_, cell_states)) return;
+    if (record_.is_sankoff) cell_states = costs_.in_matrix(costs_.cells[at(taxon)]);
+    if (cell_states == 0 || says_nothing(character_, cell_states)) return;
     if (record_.additive) {
       const int lowest = std::countr_zero(cell_states);
       const int highest = 31 - std::countl_zero(cell_states);
@@ -110,6 +118,7 @@ class change_counter {
 
   int cost(std::size_t from, std::size_t to) const {
     if (from == to) return 0;
+    if (record_.is_sankoff) return costs_.of(static_cast<int>(from), static_cast<int>(to));
     return record_.additive ? std::abs(states_[from] - states_[to]) : 1;
   }
   int counts(std::size_t from, std::size_t to) const {
@@ -121,6 +130,7 @@ class change_counter {
   std::uint32_t from_;
   std::uint32_t to_;
   std::vector<int> states_;
+  character_costs costs_;  // of a character that has some
   std::vector<subtree_count> counts_;
 };
 
@@ -130,8 +140,6 @@ change_range count_changes(const_tree_span tree, int character, std::uint32_t fr
                            std::uint32_t to) {
   const character_record& record = matrix.characters[at(character)];
   ALWAYS_CHECK(!record.is_continuous && record.type != landmark_data, "states of the character");
-  if (record.is_sankoff)
-    error_end("Step-matrix characters (as", character, ") can't be optimized yet");
   return change_counter(character, from, to).count(tree);
 }
 

@@ -15,7 +15,7 @@ struct change_range {
 
 /// Branches of the tree (hard polytomies, absent taxa allowed) on which the state goes from one of
 /// `from` to a different one of `to` (sets of states, as bits), at least and at most. Discrete
-/// characters without a cost table only.
+/// characters only.
 change_range count_changes(const_tree_span tree, int character, std::uint32_t from,
                            std::uint32_t to);
 

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "base/indices.h"
+#include "matrix/costs/cost_steps.h"
 #include "matrix/smallest_hitting_set.h"
-#include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 
 namespace zeb {

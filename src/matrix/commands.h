@@ -13,6 +13,7 @@ void blocks_command();
 void ccode_command();
 void ckeep_command();
 void cnames_command();
+void costs_command();
 void info_command();
 void minmax_command();
 void nstates_command();

@@ -2,8 +2,10 @@
 // The optimisation engine packs it into its own layout and never reads this form while searching.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -35,7 +37,9 @@ struct character_record {
   // Union of the states of the active taxa's cells, leaving out those that say nothing ("?", "*",
   // "N" in DNA, "X" in proteins). Those cells hold more bits than this: mask them with it.
   std::uint32_t observed = 0;
-  std::int8_t step_matrix = -1;  // number of the step matrix that it uses; -1 none
+  std::uint32_t root_states = 0;     // with costs: the states that the root may have; 0 any
+  std::int32_t user_min_steps = -1;  // with costs: what homoplasy counts from; -1 min_steps
+  std::int8_t user_max_state = -1;   // with costs: highest state that exists; -1 as observed
 };
 
 /// Least and largest number of steps that any tree can give to a character (unweighted; thousandths
@@ -45,11 +49,20 @@ struct step_range {
   int most = 0;
 };
 
-/// Costs of changes between states, under a name.
+/// Costs of changes between states, by the state before and the state after. A change that nobody
+/// gave a cost is 1.
+struct cost_table {
+  std::array<std::array<std::int32_t, 32>, 32> costs{};
+  std::uint32_t states = 0;  // these exist even if no cell has them
+  std::int32_t cut = 0;      // larger costs were made this; 0: none were
+  bool operator==(const cost_table&) const = default;
+};
+/// Shared by the characters that it was set for, and by what `ckeep` keeps.
+using shared_costs = std::shared_ptr<const cost_table>;
+/// Costs under a name; null costs: not defined.
 struct step_matrix {
   std::string name;
-  int nstates = 0;                  // 1 to 32
-  std::vector<std::int32_t> costs;  // nstates squared, by the state before and the state after
+  shared_costs costs;
 };
 constexpr std::int32_t forbidden_cost = 32700;  // of a change that can't happen
 
@@ -121,7 +134,17 @@ struct matrix_state {
   std::vector<character_name> char_names;  // empty: undefined
 
   std::vector<std::uint8_t> taxa_of_steps;  // active taxa that min_steps and max_steps are for
-  std::vector<step_matrix> step_matrices;   // at most 32, by number
+
+  std::vector<shared_costs> costs;         // by character, null without; empty: none has any
+  std::vector<shared_costs> kept_costs;    // the same of `ckeep`
+  std::vector<step_matrix> step_matrices;  // at most 32, by number
+
+  // Settings of characters with costs.
+  bool costs_allowed = true;          // `costs >`; data that were read without can't have any
+  bool older_cost_format = false;     // `costs ]`: how they are saved
+  bool exact_relative_fits = false;   // `costs &`: relative fits of asymmetric characters
+  bool fill_polymorphic = false;      // `fillsank =`: states between those of a cell join it
+  bool decompose_state_trees = true;  // `cstree +`: trees of states are optimised edge by edge
 
   // Groups: bit g of an element's word says whether it is in group g.
   static constexpr int group_count = 32;

@@ -38,6 +38,11 @@ void clear_state() {
   fresh.exact_min_steps = matrix.exact_min_steps;
   fresh.show_original_scale = matrix.show_original_scale;
   fresh.state_entry_type = matrix.state_entry_type;
+  fresh.costs_allowed = matrix.costs_allowed;
+  fresh.older_cost_format = matrix.older_cost_format;
+  fresh.exact_relative_fits = matrix.exact_relative_fits;
+  fresh.fill_polymorphic = matrix.fill_polymorphic;
+  fresh.decompose_state_trees = matrix.decompose_state_trees;
   matrix = std::move(fresh);
 }
 

@@ -91,7 +91,8 @@ void note_score(search_context& context, double score) {
 std::string score_text(const search_data& data, double score) {
   if (score < 0) return "------  ";
   if (score >= unknown_score) return "(none)";
-  if (data.has_continuous || data.implied_on) return text_of("%.5f", score);
+  if (data.implied_on) return text_of("%.5f", score);
+  if (data.has_continuous) return text_of("%.3f", score);
   return text_of("%lld", static_cast<long long>(score));
 }
 

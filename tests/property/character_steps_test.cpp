@@ -11,10 +11,10 @@
 
 #include "../support/program.h"
 #include "matrix/character_steps.h"
+#include "matrix/costs/step_matrices.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 #include "matrix/smallest_hitting_set.h"
-#include "matrix/step_matrices.h"
 #include "matrix/symbols.h"
 
 namespace {
@@ -171,9 +171,11 @@ TEST(character_steps, of_step_matrices_are_bounds_for_all_trees) {
       rows.push_back(row_of_cell(cell, rule));
     }
     zeb::finish_matrix();
-    zeb::step_matrix costs{"random", states, {}};
-    for (const auto& row : rule.cost) costs.costs.insert(costs.costs.end(), row, row + states);
-    zeb::use_step_matrix(0, zeb::add_step_matrix(costs));
+    zeb::cost_table table = zeb::costs_all_alike(1);
+    table.states = (1U << states) - 1;
+    for (std::size_t a = 0; a < states; ++a)
+      for (std::size_t b = 0; b < states; ++b) table.costs[a][b] = rule.cost[a][b];
+    zeb::set_costs(0, std::make_shared<const zeb::cost_table>(table));
     int shortest = INT_MAX;
     for_each_length(rows, rule, [&](int length) { shortest = std::min(shortest, length); });
     EXPECT_LE(zeb::minimum_steps(0), shortest) << "round " << round;

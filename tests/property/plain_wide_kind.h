@@ -72,11 +72,10 @@ class plain_wide_kind {
   }
 
   static bool takes(int c) { return in_force.taken[at(c)] != 0; }
-  static zeb::wide_room room(int c) {
-    const int fields = in_force.fields[at(c)];
-    return {2 * fields, fields, fields};
+  static zeb::wide_room room(const zeb::wide_character& c) {
+    return {2 * fields_of(c), fields_of(c), fields_of(c)};
   }
-  static bool is_rooted(int) { return false; }
+  static bool is_rooted(const zeb::wide_character&) { return false; }
 
   static int encode(const zeb::wide_character& c, int taxon, word* down) {
     const zeb::informative_states& states = in_force.states[at(c.character)];
@@ -161,8 +160,21 @@ class plain_wide_kind {
     return some;
   }
 
-  zeb::wide_kind kind_{"plain", 1,     1,      takes, room,  is_rooted, encode, down,
-                       top,     final, branch, empty, widen, join,      stays};
+  zeb::wide_kind kind_{.name = "plain",
+                       .takes = takes,
+                       .model = nullptr,
+                       .room = room,
+                       .is_rooted = is_rooted,
+                       .encode = encode,
+                       .down = down,
+                       .top = top,
+                       .final = final,
+                       .branch = branch,
+                       .empty = empty,
+                       .widen = widen,
+                       .join = join,
+                       .stays = stays,
+                       .rooting = nullptr};
 };
 
 }  // namespace zeb_test

@@ -46,6 +46,10 @@ bool branch_stays(const plain_optimiser& sets, int node, int ancestor, int rule)
   const auto own = rule == 1 ? sets.down(node) : sets.final(node);
   for (std::size_t i = 0; i < above.size(); ++i)
     if (set_tells(above[i], own[i], rule)) return true;
+  const auto costs_above = sets.with_costs().final(ancestor);
+  const auto own_costs = rule == 1 ? sets.with_costs().down(node) : sets.with_costs().final(node);
+  for (std::size_t i = 0; i < costs_above.size(); ++i)
+    if (set_tells(costs_above[i], own_costs[i], rule)) return true;
   const range_optimiser& ranges = sets.ranges();
   const auto range_above = ranges.final(ancestor);
   const auto own_range = rule == 1 ? ranges.down(node) : ranges.final(node);

@@ -61,11 +61,22 @@ int encode_additive(const search_data& data, const pack_entry& entry,
   return steps;
 }
 
+/// One field for each edge: bit 1 where the state is beyond it.
+int encode_by_edges(const search_data& data, const pack_entry& entry,
+                    const informative_states& states, std::uint32_t c, word* down) {
+  for (int f = 0; f < entry.fields; ++f) {
+    const std::uint32_t far = states.edges[static_cast<std::size_t>(f)];
+    write_field(data, entry, f, ((c & ~far) ? 1U : 0U) | ((c & far) ? 2U : 0U), down);
+  }
+  return 0;
+}
+
 }  // namespace
 
 int encode_cell(const search_data& data, const pack_entry& entry, const informative_states& states,
                 std::uint32_t cell, word* down) {
   if (says_nothing(entry.character, cell) || states.kept == 0) return 0;
+  if (!states.edges.empty()) return encode_by_edges(data, entry, states, cell, down);
   return states.additive ? encode_additive(data, entry, states, cell, down)
                          : encode_unordered(data, entry, states, cell, down);
 }

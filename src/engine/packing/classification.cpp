@@ -7,28 +7,23 @@
 #include "base/indices.h"
 #include "engine/packing/field_placement.h"
 #include "matrix/character_steps.h"
+#include "matrix/costs/character_costs.h"
 #include "matrix/matrix.h"
+#include "matrix/settings/character_settings.h"
 
 namespace zeb {
 namespace {
 
 /// Kinds that the passes can't score yet end the command rather than be left out.
 void refuse_unavailable(int character) {
-  const character_record& record = matrix.characters[at(character)];
-  if (record.is_continuous)
-    error_end("Searches with continuous characters are not available yet: deactivate character",
-              character);
-  if (record.type == landmark_data)
+  if (matrix.characters[at(character)].type == landmark_data)
     error_end("Searches with landmark characters are not available yet: deactivate character",
-              character);
-  if (record.is_sankoff)
-    error_end("Searches with step-matrix characters are not available yet: deactivate character",
               character);
 }
 
 int group_of(const informative_states& states) {
   const int count = std::popcount(states.kept);
-  if (states.additive || count <= 2) return 0;
+  if (states.additive || !states.edges.empty() || count <= 2) return 0;
   return count < 5 ? 1 : count < 9 ? 2 : 3;
 }
 
@@ -41,6 +36,7 @@ class step_ranges {
     for (int t = 0; t < matrix.ntax; ++t)
       if (taxa_[at(t)] != matrix.taxon_active[at(t)]) as_active_ = false;
   }
+  std::span<const std::uint8_t> taxa() const { return taxa_; }
   step_range of(int character) const {
     if (as_active_) return {minimum_steps(character), maximum_steps(character)};
     return steps_over_taxa(character, taxa_);
@@ -56,7 +52,8 @@ pack_entry entry_of(int character, int weight, const informative_states& states,
   pack_entry e{};
   e.character = character;
   e.group = group_of(states);
-  e.fields = !states.additive || states.kept == 0
+  e.fields = !states.edges.empty() ? static_cast<int>(states.edges.size())
+             : !states.additive || states.kept == 0
                  ? 1
                  : 31 - std::countl_zero(states.kept) - std::countr_zero(states.kept);
   e.repeat = 1;
@@ -82,6 +79,51 @@ wide_character wide_character_of(int character, int weight, const step_range& st
   return c;
 }
 
+/// How a character with costs is scored by packed words: as an unordered one of a larger weight, or
+/// by the edges of its tree of states. Neither: it needs its table.
+struct reduced_form {
+  int factor = 0;
+  std::vector<std::uint32_t> edges;  // by the states of the matrix on the far side
+  bool is_packed() const { return factor > 0 || !edges.empty(); }
+};
+
+reduced_form form_of(const packing_request& request, int character, int weight,
+                     std::span<const std::uint8_t> taxa) {
+  if (!matrix.characters[at(character)].is_sankoff) return {};
+  const character_costs costs = costs_of_character(character, taxa);
+  if (costs.root_states) return {};
+  const bool fits = std::int64_t{weight} * costs.common_cost <= largest_weight &&
+                    (costs.common_cost == 1 || !request.implied_on);
+  if (costs.common_cost > 0 && fits) return {costs.common_cost, {}};
+  reduced_form form;
+  if (!matrix.decompose_state_trees) return form;
+  for (const std::uint32_t far : costs.edges) form.edges.push_back(costs.in_matrix(far));
+  return form;
+}
+
+/// The edges that some trees need fewer changes on than others. One that sets a single taxon apart
+/// has a change on all trees: those are counted in `unique`.
+informative_states trim_edges(const packing_request& request, int character,
+                              const std::vector<std::uint32_t>& edges, int* unique) {
+  informative_states states;
+  *unique = 0;
+  for (const std::uint32_t far : edges) {
+    int before = 0;
+    int beyond = 0;
+    for (const std::int32_t t : request.taxa) {
+      const std::uint32_t c = cell(t, character);
+      if (says_nothing(character, c)) continue;
+      states.kept |= c;
+      before += (c & far) == 0;
+      beyond += (c & ~far) == 0;
+    }
+    const int less = std::min(before, beyond);
+    *unique += less == 1;
+    if (less > 1) states.edges.push_back(far);
+  }
+  return states;
+}
+
 /// A character that no tree can do better on than another.
 void add_constant(packing_plan& plan, const packing_request& request, int character, int steps,
                   const wide_kind* kind) {
@@ -94,6 +136,24 @@ void add_constant(packing_plan& plan, const packing_request& request, int charac
     plan.base_steps += std::int64_t{weight} * steps;
 }
 
+void add_packed(packing_plan& plan, const packing_request& request, int character,
+                const reduced_form& form, step_range steps) {
+  const int weight = request.weights[at(character)];
+  if (form.edges.empty()) {
+    plan.states.push_back(trim_states(character, request.taxa));
+    plan.entries.push_back(
+        entry_of(character, weight * std::max(1, form.factor), plan.states.back(), steps));
+    return;
+  }
+  int unique = 0;
+  informative_states states = trim_edges(request, character, form.edges, &unique);
+  plan.base_steps += std::int64_t{weight} * unique;
+  if (states.edges.empty()) return;
+  plan.states.push_back(std::move(states));
+  plan.entries.push_back(
+      entry_of(character, weight, plan.states.back(), {steps.least - unique, steps.most - unique}));
+}
+
 }  // namespace
 
 packing_plan plan_packing(const packing_request& request) {
@@ -103,7 +163,8 @@ packing_plan plan_packing(const packing_request& request) {
   for (int c = 0; c < matrix.nchar; ++c) {
     const int weight = request.weights[at(c)];
     if (weight == 0) continue;
-    const wide_kind* const kind = kind_of(request, c);
+    const reduced_form form = form_of(request, c, weight, ranges.taxa());
+    const wide_kind* const kind = form.is_packed() ? nullptr : kind_of(request, c);
     if (!kind) refuse_unavailable(c);
     const step_range steps = ranges.of(c);
     if (steps.least >= steps.most) {
@@ -119,8 +180,7 @@ packing_plan plan_packing(const packing_request& request) {
       own.characters.push_back(wide_character_of(c, weight, steps));
       continue;
     }
-    plan.states.push_back(trim_states(c, request.taxa));
-    plan.entries.push_back(entry_of(c, weight, plan.states.back(), steps));
+    add_packed(plan, request, c, form, steps);
   }
   place_fields(plan, !request.long_words);
   return plan;

@@ -36,7 +36,8 @@ std::uint32_t states_with(const std::array<int, 32>& count, auto&& wanted) {
 
 informative_states trim_states(int character, std::span<const std::int32_t> taxa) {
   informative_states result;
-  result.additive = matrix.characters[static_cast<std::size_t>(character)].additive != 0;
+  const character_record& record = matrix.characters[static_cast<std::size_t>(character)];
+  result.additive = record.additive && !record.is_sankoff;
   std::array<int, 32> count = occurrences(character, taxa, 0);
   std::uint32_t observed = states_with(count, [](int n) { return n > 0; });
   if (!result.additive) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace zeb {
 
@@ -11,6 +12,8 @@ struct informative_states {
   std::uint32_t unique = 0;  // states of a single taxon, whose steps no tree can save
   std::uint32_t full = 0;    // a cell with all of these says nothing
   bool additive = false;
+  std::vector<std::uint32_t>
+      edges;  // a tree of states: the far side of each edge that gets a field
 };
 
 /// States of a character that are worth bits, over the given taxa (matrix rows).

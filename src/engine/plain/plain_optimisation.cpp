@@ -96,8 +96,7 @@ void plain_optimiser::add_character(int character, std::span<const std::uint8_t>
   const character_record& record = matrix.characters[at(character)];
   if (record.type == landmark_data)
     error_end_f("Landmark characters (as %i) can't be optimized yet", character);
-  if (record.is_sankoff)
-    error_end_f("Step-matrix characters (as %i) can't be optimized yet", character);
+  if (record.is_sankoff) return with_costs_.add_character(character, ignored_taxa);
   std::vector<std::uint32_t> cells(at(matrix.ntax));
   std::uint32_t observed = 0;
   std::vector<value_range> ranges;
@@ -184,6 +183,9 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
     for (std::size_t i = 0; i < ranges_.size(); ++i)
       steps_[at(ranges_.character(i))] = ranges_.steps(i);
   }
+  with_costs_.optimise(order, lists, polytomies, with_finals);
+  for (std::size_t i = 0; i < with_costs_.size(); ++i)
+    steps_[at(with_costs_.character(i))] = with_costs_.steps(i);
   if (n == 0) return;
   const std::size_t size = at(std::max(node_limit(tree, ntax), ntax + 1)) * n;
   down_.resize(size);

@@ -2,14 +2,16 @@
 // characters on request. The reports, the collapsing rules and the scores of stored trees use it;
 // searches don't.
 //
-// Every character becomes one or more columns of plain sets: an additive character has one for each
-// threshold between its lowest and highest state, so that all columns obey the same rules.
+// Unordered and additive characters become columns of plain sets: an additive one has a column for
+// each threshold between its lowest and highest state, so that all columns obey the same rules.
+// Those with costs of changes and continuous ones are kept apart.
 #pragma once
 
 #include <cstdint>
 #include <span>
 #include <vector>
 
+#include "engine/plain/cost_optimisation.h"
 #include "engine/plain/range_optimisation.h"
 #include "trees/tree_record.h"
 
@@ -25,8 +27,7 @@ struct plain_column {
 class plain_optimiser {
  public:
   /// Takes the cells of the characters marked (one byte each) from the matrix. `ignored_taxa` (may
-  /// be empty) count as missing. Continuous characters are kept apart, as ranges. Error for
-  /// step-matrix and landmark characters among the marked ones.
+  /// be empty) count as missing. Error for landmark characters among the marked ones.
   explicit plain_optimiser(std::span<const std::uint8_t> characters,
                            std::span<const std::uint8_t> ignored_taxa = {});
 
@@ -46,6 +47,8 @@ class plain_optimiser {
   std::span<const std::uint32_t> final(int node) const { return row(final_, node); }
   /// The continuous characters among those taken, which have no columns.
   const range_optimiser& ranges() const { return ranges_; }
+  /// Likewise those with costs of changes.
+  const cost_optimiser& with_costs() const { return with_costs_; }
 
  private:
   std::span<const std::uint32_t> row(const std::vector<std::uint32_t>& sets, int node) const {
@@ -60,6 +63,7 @@ class plain_optimiser {
   std::vector<std::uint32_t> observed_;  // by column
   std::vector<std::uint32_t> cells_;     // terminal sets by column, a taxon after the other
   range_optimiser ranges_;
+  cost_optimiser with_costs_;
   std::vector<std::int64_t> steps_;         // by character
   std::vector<std::int32_t> column_steps_;  // by column
   std::vector<std::uint32_t> down_;

@@ -64,7 +64,7 @@ double wide_join_cost(const search_data& data, join_side clip, join_side main, d
       for (std::size_t k = 0; k < count; ++k)
         if (data.wide.steps[k] != 0)
           cost += cost_of_steps(data, part, piece[k], data.wide.steps[k]);
-      if (cost > bound && !data.has_asymmetric) return cost;
+      if (cost > bound) return cost;
     }
   }
   return cost;

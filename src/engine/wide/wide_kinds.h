@@ -19,28 +19,12 @@
 // them, so that comparing words tells whether anything changed. `down` depends on the subtree of a
 // node alone, `final` on the ancestor's `final` and the node's own sets, `branch` on these three.
 //
-// Characters with a matrix of costs (Sankoff and Rousseau 1975) fit in like this. `down` of a node
-// has the cost of each state in its subtree, less the least one, which goes to the steps, and
-// beside it what each state of the ancestor would pay for this node, the minimum over the node's
-// own states of change and cost; with that second vector at the descendant, `final` can take the
-// descendant's part off what its ancestor has and need not know which of two descendants it is.
-// `branch` has the cost of each state of a joint on the branch, with the whole rest of the tree; a
-// cluster has the elementwise minimum, which is a lower bound. Where going from one state to
-// another costs something else than going back, the length of a subtree depends on where its root
-// is. Then the costs of joining a clip by other branches than its own root differ also in what the
-// clip itself costs, so `branch` of a node in a clip must also have the vector of the clip rooted
-// there, with its least cost not taken off. `join` answers with the difference to the clip rooted
-// as it stands. `is_rooted` says so: searches take full passes where a root moves, and keep the
-// outgroup. They take costs for at least 0, so such a kind has to find the rooting of a clip that
-// costs least, and count from there. States that only the root may have are seen to in `top`.
-//
-// Ranges of values (Farris 1970) need a word: the lowest value in one half, the highest in the
-// other. `down` is where the two ranges overlap, or what lies between them, which is the step;
-// `final` is made from the ancestor's in the same way as for thresholds of an additive character,
-// with one word more in `down` for how far values are at most as costly as the descendants make
-// them; `branch` spans both ends. A cluster spans its branches. `unit` is a thousandth. Such
-// characters are cheap, so `together` is best at ten or so: a wave that compares one at a time
-// would spend its time on calls.
+// Characters with costs of changes (`cost_vectors.h`) and ranges of values (`value_ranges.h`) are
+// such kinds. The length of a tree may depend on where its root is (`is_rooted`): then searches
+// take full passes where a root moves, and keep the outgroup. Joining a clip by another branch than
+// its own root then also changes what the clip itself costs, up or down; since searches take costs
+// for at least 0, the driver finds the rooting of a clip that costs least (`rooting`), and `join`
+// counts from there.
 //
 // Tried first with one kernel slot for each function and kind, as the packed words have: then every
 // place that walks the tree was written once more for each kind.
@@ -54,6 +38,13 @@
 
 namespace zeb {
 
+/// Words that a character takes in each of a node's arrays. Clusters have those of `branch`.
+struct wide_room {
+  std::int32_t down = 0;
+  std::int32_t final = 0;
+  std::int32_t branch = 0;
+};
+
 /// A character in wide sets. The sets of a node are three arrays of words (`down`, `final`,
 /// `branch`); the character has its own part of each, from the word given here.
 struct wide_character {
@@ -64,16 +55,13 @@ struct wide_character {
   std::int32_t down_at;
   std::int32_t final_at;
   std::int32_t branch_at;
+  wide_room room;
+  const void* model;   // what the kind knows of it, in the arena
   std::int64_t steps;  // implied weights: on the tree in work, or its two halves
+  std::int64_t
+      least_rooting;  // what the clip costs by its best root, less what it costs by its own
 };
 using wide_characters = std::span<const wide_character>;
-
-/// Words that a character takes in each of a node's arrays. Clusters have those of `branch`.
-struct wide_room {
-  std::int32_t down = 0;
-  std::int32_t final = 0;
-  std::int32_t branch = 0;
-};
 
 /// What is joined to what: a whole tree by its root, whose `down` sets count (a terminal by itself
 /// is one); a branch; a cluster of branches. Or a node by its `final` sets, which is no joining but
@@ -93,9 +81,11 @@ struct wide_kind {
 
   // -- when data are packed --
   bool (*takes)(int character);
-  wide_room (*room)(int character);
+  /// Null: the kind needs no model.
+  const void* (*model)(int character);
+  wide_room (*room)(const wide_character& c);
   /// Does the length of a tree depend on where its root is?
-  bool (*is_rooted)(int character);
+  bool (*is_rooted)(const wide_character& c);
   /// Sets of a terminal, from the cell of a taxon (matrix row). Returns the unweighted steps that
   /// the cell adds on every tree, if they are to be left out of the sets.
   int (*encode)(const wide_character& c, int taxon, word* down);
@@ -125,6 +115,9 @@ struct wide_kind {
   /// reconstruction has a change there; 2: the final sets differ; 3: every reconstruction has one.
   bool (*stays)(wide_characters all, int rule, const word* above, const word* down,
                 const word* final);
+  /// Rooted characters: what a clip costs if the branch above one of its nodes has the root, less
+  /// what it costs as it stands. Null: the kind has none.
+  std::int64_t (*rooting)(const wide_character& c, const word* branch);
 };
 
 /// The characters of one kind in a data set.

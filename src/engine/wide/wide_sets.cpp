@@ -37,7 +37,7 @@ void for_each_piece(const wide_data& wide, function visit) {
       const std::size_t count = std::min(at(part.kind->together), part.characters.size() - i);
       const wide_character& first = part.characters[i];
       const wide_character& last = part.characters[i + count - 1];
-      const wide_room room = part.kind->room(last.character);
+      const wide_room room = last.room;
       visit(wide_piece{*part.kind, part.characters.subspan(i, count), at(first.down_at),
                        at(last.down_at + room.down - first.down_at), at(first.final_at),
                        at(last.final_at + room.final - first.final_at), at(first.branch_at),
@@ -170,6 +170,28 @@ class wide_wave {
   const wide_piece& piece_;
 };
 
+/// Finds the best root of a clip for each rooted character.
+void note_rootings(search_data& data, int clip) {
+  wide_data& wide = data.wide;
+  for (wide_part& part : wide.parts)
+    for (wide_character& c : part.characters) c.least_rooting = 0;
+  if (clip < data.n) return;
+  int depth = 0;
+  data.node_stack[at(depth++)] = clip;
+  while (depth > 0) {
+    const int v = data.node_stack[at(--depth)];
+    if (v >= data.n) {
+      data.node_stack[at(depth++)] = data.tree.first[at(v)];
+      data.node_stack[at(depth++)] = data.tree.second[at(v)];
+    }
+    if (v == clip) continue;
+    for (wide_part& part : wide.parts)
+      for (wide_character& c : part.characters)
+        if (part.kind->is_rooted(c))
+          c.least_rooting = std::min(c.least_rooting, part.kind->rooting(c, branch_of(wide, v)));
+  }
+}
+
 void all_are_fresh(wide_data& wide) { std::fill(wide.is_stale.begin(), wide.is_stale.end(), 0); }
 
 }  // namespace
@@ -183,8 +205,9 @@ void allocate_wide_sets(search_data& data) {
   for (wide_part& part : wide.parts) {
     if (part.kind->unit != 1) data.has_continuous = true;
     for (wide_character& c : part.characters) {
-      if (part.kind->is_rooted(c.character)) data.has_asymmetric = true;
-      const wide_room room = part.kind->room(c.character);
+      c.model = part.kind->model ? part.kind->model(c.character) : nullptr;
+      if (part.kind->is_rooted(c)) data.has_asymmetric = true;
+      const wide_room room = c.room = part.kind->room(c);
       c.down_at = static_cast<std::int32_t>(wide.down_words);
       c.final_at = static_cast<std::int32_t>(wide.final_words);
       c.branch_at = static_cast<std::int32_t>(wide.branch_words);
@@ -257,6 +280,8 @@ void wide_final_pass(search_data& data, int count) {
       }
     }
   all_are_fresh(data.wide);
+  if (data.has_asymmetric && count > 0 && data.node_list[0] != data.n)
+    note_rootings(data, data.node_list[0]);
 }
 
 // ---- waves ----
@@ -265,6 +290,7 @@ void wide_clip_wave(search_data& data, int start, int clip) {
   for_each_piece(data.wide,
                  [&](const wide_piece& piece) { wide_wave(data, piece).after_clip(start, clip); });
   all_are_fresh(data.wide);
+  if (data.has_asymmetric) note_rootings(data, clip);
 }
 
 void wide_insert_wave(search_data& data, int node) {

@@ -18,10 +18,10 @@
 #include "language/fit_text.h"
 #include "language/interpreter.h"
 #include "language/list_text.h"
+#include "matrix/costs/step_matrices.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/character_settings.h"
 #include "matrix/settings/taxon_settings.h"
-#include "matrix/step_matrices.h"
 
 namespace zeb {
 

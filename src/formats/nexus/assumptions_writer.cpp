@@ -1,14 +1,16 @@
 #include "formats/nexus/assumptions_writer.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 #include <vector>
 
 #include "base/errors.h"
 #include "base/indices.h"
 #include "formats/foreign_matrix.h"
+#include "formats/labelled_trees.h"
 #include "formats/written_words.h"
+#include "matrix/costs/character_costs.h"
+#include "matrix/costs/step_matrices.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
@@ -45,51 +47,62 @@ bool any(const std::vector<bool>& flags) {
   return std::find(flags.begin(), flags.end(), true) != flags.end();
 }
 
-// A step matrix as characters of one type use it: its rows are named by symbols of the type.
+// Costs as characters of one type use them: their rows are named by symbols of the type.
 struct matrix_use {
-  int number;
+  cost_table costs;
   data_type type;
   std::string name;
   std::vector<bool> characters;
 };
 
-std::vector<matrix_use> step_matrices_in_use(const writing_style& style) {
-  std::map<std::pair<int, data_type>, std::vector<bool>> found;
-  for (int c = 0; c < matrix.nchar && style.step_matrices; ++c) {
-    const character_record& record = matrix.characters[at(c)];
-    if (!record.is_sankoff || record.step_matrix < 0) continue;
-    std::vector<bool>& flags = found[{record.step_matrix, written_type(c, style)}];
-    flags.resize(at(matrix.nchar));
-    flags[at(c)] = true;
+// Costs that characters have in common, with the states that any of them has.
+void add_use(std::vector<matrix_use>& uses, int character, data_type type) {
+  const shared_costs set = costs_set_for(character);
+  const cost_table costs = set ? *set : costs_all_alike(1);
+  auto use = std::find_if(uses.begin(), uses.end(), [&](const matrix_use& u) {
+    return u.type == type && u.costs.costs == costs.costs;
+  });
+  if (use == uses.end()) {
+    const int number = find_step_matrix(set);
+    const std::string name =
+        number < 0 ? "costs_" + std::to_string(uses.size()) : matrix.step_matrices[at(number)].name;
+    uses.push_back({costs, type, name, std::vector<bool>(at(matrix.nchar))});
+    use = uses.end() - 1;
   }
+  use->costs.states |= states_in_cells(character);
+  use->characters[at(character)] = true;
+}
+
+std::vector<matrix_use> step_matrices_in_use(const writing_style& style) {
   std::vector<matrix_use> uses;
-  for (const auto& [key, flags] : found) {
-    const std::string& kept_name = matrix.step_matrices[at(key.first)].name;
-    std::string name = "ustyp" + std::to_string(uses.size());
-    if (style.plain) {
-      name = kept_name;
-      // Characters of another type need rows in another order.
-      if (!uses.empty() && uses.back().number == key.first) name += "_2";
-    } else if (name != kept_name) {
-      warning("Step-matrix", kept_name, "is saved under the name", name);
+  for (int c = 0; c < matrix.nchar && style.step_matrices; ++c)
+    if (matrix.characters[at(c)].is_sankoff) add_use(uses, c, written_type(c, style));
+  for (std::size_t i = 0; i < uses.size(); ++i) {
+    const auto same = [&](const matrix_use& u) { return u.name == uses[i].name; };
+    if (!style.plain) {
+      const std::string name = "ustyp" + std::to_string(i);
+      if (name != uses[i].name)
+        warning("Step-matrix", uses[i].name, "is saved under the name", name);
+      uses[i].name = name;
+    } else if (std::any_of(uses.begin(), uses.begin() + static_cast<std::ptrdiff_t>(i), same)) {
+      uses[i].name += "_" + std::to_string(i + 1);
     }
-    uses.push_back({key.first, key.second, name, flags});
   }
   return uses;
 }
 
 void write_step_matrix(output_file& out, const matrix_use& use, bool plain) {
-  const step_matrix& costs = matrix.step_matrices[at(use.number)];
+  const int nstates = states_of_table(use.costs);
   out.print(plain ? "\nusertype %s (stepmatrix) = %i\n" : "\nusertype %s = %i\n",
-            quoted_label(use.name).c_str(), costs.nstates);
-  for (int s = 0; s < costs.nstates; ++s) {
+            quoted_label(use.name).c_str(), nstates);
+  for (int s = 0; s < nstates; ++s) {
     const char symbol = symbol_of_state(use.type, s);
     out.print(symbol == '-' ? "   '%c'" : "     %c", symbol);
   }
-  for (int from = 0; from < costs.nstates; ++from) {
+  for (int from = 0; from < nstates; ++from) {
     out.put("\n");
-    for (int to = 0; to < costs.nstates; ++to) {
-      const std::int32_t cost = costs.costs[at(from) * at(costs.nstates) + at(to)];
+    for (int to = 0; to < nstates; ++to) {
+      const std::int32_t cost = use.costs.costs[at(from)][at(to)];
       const std::string text = from == to               ? "."
                                : cost == forbidden_cost ? "i"
                                                         : std::to_string(cost);

@@ -7,7 +7,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "language/fit_text.h"
-#include "matrix/step_matrices.h"
+#include "matrix/costs/step_matrices.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
@@ -105,16 +105,15 @@ std::vector<std::string> read_words(nexus_file& file) {
 // Changes that the words don't tell of cost 1.
 void fill_costs(nexus_file& file, const std::vector<int>& order,
                 const std::vector<std::string>& words, step_matrix& result) {
-  result.nstates = *std::max_element(order.begin(), order.end()) + 1;
-  const std::size_t width = at(result.nstates);
-  result.costs.assign(width * width, 1);
-  for (std::size_t s = 0; s < width; ++s) result.costs[s * width + s] = 0;
+  cost_table table = costs_all_alike(1);
   for (std::size_t row = 0; row < order.size(); ++row) {
+    table.states |= std::uint32_t{1} << order[row];
     for (std::size_t column = 0; column < order.size(); ++column) {
-      result.costs[at(order[row]) * width + at(order[column])] =
+      table.costs[at(order[row])][at(order[column])] =
           cost_of(file, words[row * order.size() + column], row == column);
     }
   }
+  result.costs = std::make_shared<const cost_table>(table);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "base/message_text.h"
 #include "base/text_columns.h"
 #include "console/output.h"
+#include "matrix/costs/cost_text.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/letter_check.h"
 #include "matrix/symbols.h"
@@ -194,14 +195,7 @@ void matrix_writer::write_code(const std::string& specifier, predicate has_code)
 
 void matrix_writer::write_codes() {
   write_code("+", [](const character_record& r) { return r.additive && !r.is_continuous; });
-  std::string with_costs;
-  for (int c = 0; c < matrix.nchar; ++c) {
-    if (new_number_[at(c)] >= 0 && matrix.characters[at(c)].is_sankoff)
-      with_costs += " " + std::to_string(new_number_[at(c)]);
-  }
-  if (!with_costs.empty()) {
-    out_.add("quote Step-matrices aren't written, those of characters" + with_costs + ";\n");
-  }
+  out_.add(costs_as_commands(new_number_));
   write_code("]", [](const character_record& r) { return !r.active; });
   std::vector<int> weights;
   std::vector<int> steps;

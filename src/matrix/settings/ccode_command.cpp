@@ -92,7 +92,7 @@ class ccode_reader {
   }
 
   static void require_cost_tables() {
-    if (matrix.step_matrices.empty()) {
+    if (!matrix.costs_allowed) {
       error_end("Sankoff characters have been disabled (use \"cost >;\" to enable)");
     }
   }

@@ -10,6 +10,7 @@
 #include "base/message_text.h"
 #include "console/output.h"
 #include "language/list_text.h"
+#include "matrix/costs/step_matrices.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -66,6 +67,7 @@ void weights_scope::set_activity(std::span<const std::uint8_t> active) const {
 
 void keep_settings() {
   std::copy(matrix.characters.begin(), matrix.characters.end(), matrix.kept_characters.begin());
+  keep_costs();
 }
 
 void restore_kept_settings() {
@@ -79,6 +81,7 @@ void restore_kept_settings() {
                          .weight = kept.weight,
                          .internal_steps = kept.internal_steps});
   }
+  restore_kept_costs();
 }
 
 namespace {

@@ -115,20 +115,14 @@ void take_settings(const bbreak_settings& before, const bbreak_settings& now) {
   emit(text_of("Clustersize: %i nodes\n", now.swap.cluster_size));
 }
 
-/// Here continuous characters show the digits that their data have.
-std::string start_score_text(const search_data& data, double score) {
-  const bool thousandths = data.has_continuous && !data.implied_on;
-  return thousandths ? text_of("%.3f", score) : score_text(data, score);
-}
-
 void tell_start(search_context& context) {
   const int trees = context.trees.ntrees;
   const double allowed = context.rules.suboptimal;
   double best = unknown_score;
   for (int t = 0; t < trees; ++t) best = std::min(best, record_of(context, t).score);
   emit(text_of("Start swapping from %i trees (score %s", trees,
-               start_score_text(context.data, best).c_str()));
-  if (allowed > 1e-9) emit("-", start_score_text(context.data, best + allowed));
+               score_text(context.data, best).c_str()));
+  if (allowed > 1e-9) emit("-", score_text(context.data, best + allowed));
   emit(")...\n");
 }
 

@@ -92,17 +92,19 @@ void swap_run::tree_changed() {
 }
 
 void swap_run::set_slack() {
+  // Sums of fractions that are the same differ by rounding; and less than a step may be gained.
+  const double least_slack = fits ? fit_slack : data.has_continuous ? rounding : 0;
   buffer_full = multi > 0 && context.trees.ntrees >= multi;
   const bool more_wanted = enumeration || (multi > 0 && !buffer_full);
   if (!more_wanted) {
-    swap_slack = fits ? fit_slack : -1.0;
+    swap_slack = least_slack > 0 ? least_slack : -1.0;
   } else if (rules.suboptimal > 0) {
     context.score_limit = std::min(context.score_limit, score + rules.suboptimal);
     swap_slack = std::max(context.score_limit - score, 0.0);
     if (enumeration) swap_slack = rules.suboptimal;
-    if (fits) swap_slack += fit_slack;
+    swap_slack += least_slack;
   } else {
-    swap_slack = fits ? fit_slack : 0;
+    swap_slack = least_slack;
   }
 }
 

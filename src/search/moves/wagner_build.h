@@ -1,6 +1,7 @@
 // The growing tree: what the builder's files share. Private to them.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <span>
 
@@ -53,9 +54,9 @@ struct wagner_build {
       return data.kernels.fit.scan_pairs(words, base, data.set_stride, items.data(), from, count,
                                          data.layout, below, cost);
     std::int32_t steps = 0;
-    const int i =
-        data.kernels.scan_pairs(words, base, data.set_stride, items.data(), from, count,
-                                data.layout, static_cast<std::int32_t>(below) - 1, &steps);
+    const int i = data.kernels.scan_pairs(words, base, data.set_stride, items.data(), from, count,
+                                          data.layout,
+                                          static_cast<std::int32_t>(std::ceil(below)) - 1, &steps);
     *cost = steps;
     return i;
   }

@@ -1,0 +1,44 @@
+// Tables of costs of changes between states: those of characters, and those that have names.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "matrix/matrix.h"
+
+namespace zeb {
+
+constexpr int most_step_matrices = 32;
+
+/// Every change costs `cost`.
+cost_table costs_all_alike(int cost);
+/// The number of states up to the highest one that the table knows.
+int states_of_table(const cost_table& costs);
+
+/// The costs of a character; null where none were set.
+shared_costs costs_set_for(int character);
+/// From now on the character's changes cost this. Error: it is continuous or of landmarks.
+void set_costs(int character, shared_costs costs);
+/// Makes them those of `ckeep`, and back.
+void keep_costs();
+void restore_kept_costs();
+
+/// Keeps a step matrix with the data under the first free number, or the one given; returns its
+/// number. Errors: too many of them.
+int add_step_matrix(step_matrix costs);
+void set_step_matrix(int number, step_matrix costs);
+/// Number of the last step matrix of that name (case ignored); -1 none.
+int find_step_matrix(std::string_view name);
+/// The same by the costs that a character has; -1 where they have no name.
+int find_step_matrix(const shared_costs& costs);
+
+/// Union of the states of all cells that say something.
+std::uint32_t states_in_cells(int character);
+/// Error: the character has states beyond those of the table.
+void check_costs_fit(int character, const cost_table& costs);
+/// Gives the character the costs of a step matrix. Continuous and landmark characters are left
+/// alone. Error: the character has states beyond those of the step matrix.
+void use_step_matrix(int character, int number);
+
+}  // namespace zeb
