@@ -26,7 +26,7 @@ _zeb_options() {
 _zeb() {
   local line=${COMP_LINE:0:COMP_POINT} words found
   line=${line#*[[:blank:]]}
-  [[ $line == *[[:blank:],]* ]] || words="bground --batch --completion --help --version "
+  [[ $line == *[[:blank:],]* ]] || words="bground --batch --completion --help --safe --version "
   line=${line##*,}
   line=${line#"${line%%[![:blank:]]*}"}
   line=${line#bground[[:blank:]]}

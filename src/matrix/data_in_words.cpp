@@ -53,7 +53,7 @@ std::string characters_in_words() {
        {count_of([](const character_record& c) { return c.is_continuous; }), " continuous"},
        {count_of([](const character_record& c) { return c.additive && !c.is_continuous; }),
         " additive"},
-       {count_of([](const character_record& c) { return c.is_sankoff || c.step_matrix >= 0; }),
+       {count_of([](const character_record& c) { return c.is_sankoff != 0; }),
         " under step matrices"},
        {count_of([](const character_record& c) { return !c.active; }), " inactive"},
        {count_of([](const character_record& c) { return c.active && c.weight != 1; }),
