@@ -50,7 +50,7 @@ double in_units(int character, std::int64_t steps) {
 double length(polytomy_kind polytomies) {
   const score_argument argument = read_argument();
   plain_optimiser optimiser(marks_of(argument));
-  optimiser.optimise(stored_tree(argument.tree), polytomies, false);
+  optimiser.optimise(stored_tree(argument.tree), polytomies, kept_sets::none);
   if (argument.character < 0) return optimiser.score();
   return in_units(argument.character, optimiser.steps(argument.character));
 }
@@ -60,7 +60,7 @@ double homoplasy(polytomy_kind polytomies, bool weighted) {
   const score_argument argument = read_argument();
   const std::vector<std::uint8_t> marks = marks_of(argument);
   plain_optimiser optimiser(marks);
-  optimiser.optimise(stored_tree(argument.tree), polytomies, false);
+  optimiser.optimise(stored_tree(argument.tree), polytomies, kept_sets::none);
   double sum = 0;
   for (int c = 0; c < matrix.nchar; ++c) {
     if (!marks[static_cast<std::size_t>(c)]) continue;
@@ -75,7 +75,7 @@ double fit(polytomy_kind polytomies) {
   const score_argument argument = read_argument();
   const std::vector<std::uint8_t> marks = marks_of(argument);
   plain_optimiser optimiser(marks);
-  optimiser.optimise(stored_tree(argument.tree), polytomies, false);
+  optimiser.optimise(stored_tree(argument.tree), polytomies, kept_sets::none);
   if (argument.character < 0) return tree_fit(optimiser, marks, fit_form::cost);
   return character_fit(optimiser, argument.character, fit_form::cost);
 }
@@ -88,7 +88,7 @@ double implied_weights() {
   close_brackets();
   const std::vector<std::uint8_t> marks = scored_characters();
   plain_optimiser optimiser(marks);
-  optimiser.optimise(stored_tree(tree), polytomy_kind::hard, false);
+  optimiser.optimise(stored_tree(tree), polytomy_kind::hard, kept_sets::none);
   std::vector<double> weights;
   for (int c = 0; c < matrix.nchar; ++c) {
     const bool counts = marks[static_cast<std::size_t>(c)];
@@ -199,7 +199,7 @@ double node_states() {
     marks[static_cast<std::size_t>(c)] =
         (all_characters || c == argument.character) && has_states(c);
   plain_optimiser optimiser(marks);
-  optimiser.optimise(tree, polytomy_kind::hard, true);
+  optimiser.optimise(tree, polytomy_kind::hard, kept_sets::final);
   std::vector<double> values;
   const int nodes = node_limit(tree, matrix.ntax);
   for (int c = 0; c < matrix.nchar; ++c) {

@@ -80,7 +80,7 @@ std::vector<named_row> rows_of_tree(int number) {
   }
   plain_optimiser optimiser(with_sets);
   const const_tree_span tree = stored_tree(number);
-  optimiser.optimise(tree, polytomy_kind::hard, false);
+  optimiser.optimise(tree, polytomy_kind::hard, kept_sets::down);
   std::vector<named_row> rows;
   for (const int node : internal_nodes_root_first(descendants_of(tree, matrix.ntax), matrix.ntax)) {
     rows.push_back({"node_" + std::to_string(node), constant_cells(with_sets)});

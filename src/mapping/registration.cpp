@@ -17,7 +17,7 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
   check_tree_number(tree);
   const std::vector<std::uint8_t> all(at(matrix.nchar), 1);
   plain_optimiser optimiser(all);
-  optimiser.optimise(stored_tree(tree), polytomy_kind::hard, false);
+  optimiser.optimise(stored_tree(tree), polytomy_kind::hard, kept_sets::none);
   for (int c = 0; c < matrix.nchar; ++c) {
     const character_record& record = matrix.characters[at(c)];
     double steps = static_cast<double>(optimiser.steps(c));

@@ -18,7 +18,7 @@ namespace {
 constexpr int strictest_rule = 3;  // "rule 1": what may have no length goes
 // Sets of states made by one count: about a second of work. A bound in seconds would make the
 // number depend on the machine.
-constexpr std::int64_t most_sets = 400'000'000;
+constexpr std::int64_t most_sets = 2'000'000'000;
 
 int trees_looked_at() {
   const std::int64_t sets_of_tree = std::int64_t{matrix.nnodes} * std::max(matrix.nchar, 1);
@@ -28,7 +28,7 @@ int trees_looked_at() {
 }  // namespace
 
 void tell_distinct_trees() {
-  if (interrupted() || store.ntrees < 2) return;
+  if (interrupts.reason == stop_reason::user || store.ntrees < 2) return;
   const int count = trees_looked_at();
   branch_judge judge(strictest_rule);
   std::set<std::vector<tree_node>> distinct;

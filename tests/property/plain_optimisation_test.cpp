@@ -84,7 +84,7 @@ TEST_F(plain_optimisation, hard_polytomies_and_final_sets_agree_with_the_oracle)
     plain_optimiser optimiser(std::vector<std::uint8_t>(at(shape.nchar), 1));
     const std::vector<tree_node> record = random_record(shape.ntax, 0.7, g);
     const naive::rooted_tree tree = as_naive(record, shape.ntax);
-    optimiser.optimise(record, polytomy_kind::hard, true);
+    optimiser.optimise(record, polytomy_kind::hard, kept_sets::final);
     for (int c = 0; c < shape.nchar; ++c) {
       const long steps = naive::least_steps(tree, oracle.cells[at(c)], oracle.additive[at(c)]);
       ASSERT_EQ(optimiser.steps(c), steps) << "seed " << seed << " character " << c;
@@ -114,7 +114,7 @@ TEST_F(plain_optimisation, soft_polytomies_are_as_short_as_the_best_resolution) 
     plain_optimiser optimiser(std::vector<std::uint8_t>(at(shape.nchar), 1));
     const std::vector<tree_node> record = random_record(shape.ntax, 0.4, g);
     const naive::rooted_tree tree = as_naive(record, shape.ntax);
-    optimiser.optimise(record, polytomy_kind::soft, false);
+    optimiser.optimise(record, polytomy_kind::soft, kept_sets::none);
     for (int c = 0; c < shape.nchar; ++c)
       ASSERT_EQ(optimiser.steps(c),
                 best_resolution(tree, oracle.cells[at(c)], oracle.additive[at(c)]))
@@ -151,7 +151,7 @@ TEST_F(plain_optimisation, continuous_characters_are_as_long_as_ordered_ones) {
     plain_optimiser optimiser(std::vector<std::uint8_t>(at(shape.nchar), 1));
     const std::vector<tree_node> record = random_record(shape.ntax, soft ? 0.4 : 0.7, g);
     const naive::rooted_tree tree = as_naive(record, shape.ntax);
-    optimiser.optimise(record, soft ? polytomy_kind::soft : polytomy_kind::hard, false);
+    optimiser.optimise(record, soft ? polytomy_kind::soft : polytomy_kind::hard, kept_sets::none);
     for (int c = 0; c < shape.nchar; ++c)
       ASSERT_EQ(optimiser.steps(c), soft ? best_resolution(tree, oracle.cells[at(c)], true)
                                          : naive::least_steps(tree, oracle.cells[at(c)], true))

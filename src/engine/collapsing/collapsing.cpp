@@ -61,7 +61,7 @@ bool branch_stays(const plain_optimiser& sets, int node, int ancestor, int rule)
 void mark_by_rule(plain_optimiser& sets, const_tree_span tree, int rule,
                   std::span<std::uint8_t> marks) {
   const int ntax = matrix.ntax;
-  sets.optimise(tree, polytomy_kind::hard, true);
+  sets.optimise(tree, polytomy_kind::hard, kept_sets::final);
   for (int v = ntax + 1; v < node_limit(tree, ntax); ++v)
     marks[at(v)] = branch_stays(sets, v, tree[at(v)], rule);
 }

@@ -65,6 +65,13 @@ hitting_states smallest_choices(std::vector<std::uint32_t> sets) {
   return {std::popcount(single) + size, single | states};
 }
 
+/// An additive character's states at the threshold: 1 some at or below it, 2 some above.
+std::uint32_t states_in_column(const plain_column& column, std::uint32_t states) {
+  if (column.threshold < 0) return states;
+  const std::uint32_t below = (std::uint32_t{2} << column.threshold) - 1;
+  return ((states & below) ? 1U : 0U) | ((states & ~below) ? 2U : 0U);
+}
+
 }  // namespace
 
 std::vector<std::uint8_t> scored_characters() {
@@ -79,16 +86,9 @@ std::vector<std::uint8_t> scored_characters() {
 plain_optimiser::plain_optimiser(std::span<const std::uint8_t> characters,
                                  std::span<const std::uint8_t> ignored_taxa)
     : steps_(at(matrix.nchar), 0) {
-  std::vector<std::uint32_t> by_column;
-  cells_.clear();
   for (int c = 0; c < matrix.nchar; ++c)
     if (characters[at(c)]) add_character(c, ignored_taxa);
-  // Cells were added column after column; passes go node by node.
-  by_column.swap(cells_);
-  cells_.resize(by_column.size());
-  for (std::size_t i = 0; i < columns_.size(); ++i)
-    for (std::size_t t = 0; t < at(matrix.ntax); ++t)
-      cells_[t * columns_.size() + i] = by_column[i * at(matrix.ntax) + t];
+  fill_cells(ignored_taxa);
   column_steps_.resize(columns_.size());
 }
 
@@ -97,7 +97,6 @@ void plain_optimiser::add_character(int character, std::span<const std::uint8_t>
   if (record.type == landmark_data)
     error_end_f("Landmark characters (as %i) can't be optimized yet", character);
   if (record.is_sankoff) return with_costs_.add_character(character, ignored_taxa);
-  std::vector<std::uint32_t> cells(at(matrix.ntax));
   std::uint32_t observed = 0;
   std::vector<value_range> ranges;
   for (int t = 0; t < matrix.ntax; ++t) {
@@ -105,10 +104,9 @@ void plain_optimiser::add_character(int character, std::span<const std::uint8_t>
     if (record.is_continuous) {
       const continuous_cell value = read_continuous_cell(t, character);
       ranges.push_back(silent ? value_range{} : value_range{value.low, value.high});
-      continue;
+    } else if (!silent) {
+      observed |= cell(t, character);
     }
-    cells[at(t)] = silent ? 0 : cell(t, character);
-    observed |= cells[at(t)];
   }
   if (record.is_continuous) {
     ranges_.add_character(character, ranges);
@@ -116,45 +114,58 @@ void plain_optimiser::add_character(int character, std::span<const std::uint8_t>
   }
   if (std::popcount(observed) < 2) return;  // no tree has steps in it
   if (!record.additive) {
-    add_column({character, -1, observed}, cells);
+    columns_.push_back({character, -1, observed});
     return;
   }
-  std::vector<std::uint32_t> sides(cells.size());
   const int lowest = std::countr_zero(observed);
   const int highest = 31 - std::countl_zero(observed);
-  for (int threshold = lowest; threshold < highest; ++threshold) {
-    const std::uint32_t below = (std::uint32_t{2} << threshold) - 1;
-    for (std::size_t t = 0; t < cells.size(); ++t)
-      sides[t] = ((cells[t] & below) ? 1U : 0U) | ((cells[t] & ~below) ? 2U : 0U);
-    add_column({character, threshold, 3}, sides);
+  for (int threshold = lowest; threshold < highest; ++threshold)
+    columns_.push_back({character, threshold, 3});
+}
+
+// A taxon after the other, as the passes go.
+void plain_optimiser::fill_cells(std::span<const std::uint8_t> ignored_taxa) {
+  observed_.reserve(columns_.size());
+  for (const plain_column& column : columns_) observed_.push_back(column.observed);
+  cells_.resize(at(matrix.ntax) * columns_.size());
+  auto place = cells_.begin();
+  for (int t = 0; t < matrix.ntax; ++t) {
+    for (const plain_column& column : columns_) {
+      const std::uint32_t states = cell(t, column.character);
+      const bool silent = is_ignored(ignored_taxa, t) || says_nothing(column.character, states);
+      *place++ = silent || states == 0 ? column.observed : states_in_column(column, states);
+    }
   }
 }
 
-void plain_optimiser::add_column(const plain_column& column, std::span<const std::uint32_t> cells) {
-  columns_.push_back(column);
-  observed_.push_back(column.observed);
-  for (const std::uint32_t c : cells) cells_.push_back(c ? c : column.observed);
+const std::uint32_t* plain_optimiser::down_sets(int node) const {
+  if (node < matrix.ntax) return &cells_[at(node) * columns_.size() + at_hand_.first];
+  return &down_[at(node - matrix.ntax) * at_hand_.width];
+}
+
+std::uint32_t* plain_optimiser::inner_row(std::vector<std::uint32_t>& sets, int node) const {
+  return &sets[at(node - matrix.ntax) * at_hand_.width];
 }
 
 void plain_optimiser::down_polytomy(int node, std::span<const int> below,
                                     polytomy_kind polytomies) {
-  const std::size_t n = columns_.size();
   std::vector<std::uint32_t> sets(below.size());
-  for (std::size_t i = 0; i < n; ++i) {
+  std::int32_t* const steps = &column_steps_[at_hand_.first];
+  for (std::size_t i = 0; i < at_hand_.width; ++i) {
     std::uint32_t either = 0;
     for (std::size_t k = 0; k < below.size(); ++k) {
-      sets[k] = down_[at(below[k]) * n + i];
+      sets[k] = down_sets(below[k])[i];
       either |= sets[k];
     }
-    std::uint32_t& d = down_[at(node) * n + i];
-    std::uint32_t& reach = reach_[at(node) * n + i];
+    std::uint32_t& d = inner_row(down_, node)[i];
+    std::uint32_t& reach = inner_row(reach_, node)[i];
     if (polytomies == polytomy_kind::soft) {
       const hitting_states choice = smallest_choices(sets);
       d = choice.states;
       if (choice.size == 1)
         for (const std::uint32_t s : sets) d &= s;
       reach = choice.size > 1 ? ~std::uint32_t{0} : either;
-      column_steps_[i] += choice.size - 1;
+      steps[i] += choice.size - 1;
       continue;
     }
     std::array<int, 32> count{};
@@ -167,11 +178,38 @@ void plain_optimiser::down_polytomy(int node, std::span<const int> below,
       if (count[at(s)] == most) d |= std::uint32_t{1} << s;
       if (count[at(s)] >= most - 1) reach |= std::uint32_t{1} << s;
     }
-    column_steps_[i] += static_cast<std::int32_t>(below.size()) - most;
+    steps[i] += static_cast<std::int32_t>(below.size()) - most;
   }
 }
 
-void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, bool with_finals) {
+void plain_optimiser::down_pass(const descendant_lists& lists, std::span<const int> root_first,
+                                polytomy_kind polytomies) {
+  std::vector<int> below;
+  for (auto v = root_first.rbegin(); v != root_first.rend(); ++v) {
+    below.clear();
+    for (const int d : lists.children(*v)) below.push_back(d);
+    if (below.size() == 2)
+      plain_down(down_sets(below[0]), down_sets(below[1]), inner_row(down_, *v),
+                 inner_row(reach_, *v), &column_steps_[at_hand_.first], at_hand_.width);
+    else if (!below.empty())
+      down_polytomy(*v, below, polytomies);
+  }
+}
+
+void plain_optimiser::final_pass(const descendant_lists& lists, std::span<const int> root_first) {
+  const std::size_t n = columns_.size();
+  final_.resize(lists.nodes() * n);
+  std::copy_n(down_sets(matrix.ntax), n, &final_[at(matrix.ntax) * n]);
+  for (const int v : root_first)
+    for (const int d : lists.children(v))
+      plain_final(&final_[at(v) * n], down_sets(d),
+                  d < matrix.ntax ? down_sets(d) : inner_row(reach_, d), observed_.data(),
+                  &final_[at(d) * n], n);
+}
+
+void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, kept_sets keep) {
+  // Slices that stay in the processor's cache.
+  constexpr std::size_t columns_of_slice = 1024;
   const int ntax = matrix.ntax;
   const std::size_t n = columns_.size();
   std::fill(column_steps_.begin(), column_steps_.end(), 0);
@@ -179,37 +217,25 @@ void plain_optimiser::optimise(const_tree_span tree, polytomy_kind polytomies, b
   const descendant_lists lists = descendants_of(tree, ntax);
   const std::vector<int> order = internal_nodes_root_first(lists, ntax);
   if (has_continuous()) {
-    ranges_.optimise(order, lists, polytomies, with_finals);
+    ranges_.optimise(order, lists, polytomies, keep == kept_sets::final);
     for (std::size_t i = 0; i < ranges_.size(); ++i)
       steps_[at(ranges_.character(i))] = ranges_.steps(i);
   }
-  with_costs_.optimise(order, lists, polytomies, with_finals);
+  with_costs_.optimise(order, lists, polytomies, keep == kept_sets::final);
   for (std::size_t i = 0; i < with_costs_.size(); ++i)
     steps_[at(with_costs_.character(i))] = with_costs_.steps(i);
   if (n == 0) return;
-  const std::size_t size = at(std::max(node_limit(tree, ntax), ntax + 1)) * n;
-  down_.resize(size);
-  reach_.resize(size);
-  std::copy(cells_.begin(), cells_.end(), down_.begin());
-  std::vector<int> below;
-  for (auto v = order.rbegin(); v != order.rend(); ++v) {
-    below.clear();
-    for (const int d : lists.children(*v)) below.push_back(d);
-    if (below.size() == 2)
-      plain_down(&down_[at(below[0]) * n], &down_[at(below[1]) * n], &down_[at(*v) * n],
-                 &reach_[at(*v) * n], column_steps_.data(), n);
-    else if (!below.empty())
-      down_polytomy(*v, below, polytomies);
+  const std::size_t widest = keep == kept_sets::none ? std::min(n, columns_of_slice) : n;
+  const std::size_t inner_nodes = at(std::max(node_limit(tree, ntax) - ntax, 1));
+  down_.resize(inner_nodes * widest);
+  reach_.resize(inner_nodes * widest);
+  for (at_hand_.first = 0; at_hand_.first < n; at_hand_.first += widest) {
+    at_hand_.width = std::min(widest, n - at_hand_.first);
+    down_pass(lists, order, polytomies);
   }
+  at_hand_.first = 0;
   for (std::size_t i = 0; i < n; ++i) steps_[at(columns_[i].character)] += column_steps_[i];
-  if (!with_finals) return;
-  final_.resize(size);
-  for (std::size_t i = 0; i < n; ++i) final_[at(ntax) * n + i] = down_[at(ntax) * n + i];
-  for (const int v : order)
-    for (const int d : lists.children(v))
-      plain_final(&final_[at(v) * n], &down_[at(d) * n],
-                  d < ntax ? &down_[at(d) * n] : &reach_[at(d) * n], observed_.data(),
-                  &final_[at(d) * n], n);
+  if (keep == kept_sets::final) final_pass(lists, order);
 }
 
 double plain_optimiser::score() const {

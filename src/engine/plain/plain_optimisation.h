@@ -17,12 +17,18 @@
 
 namespace zeb {
 
+struct descendant_lists;
+
 /// One character as a tree shows it.
 struct plain_column {
   int character;
   int threshold;           // additive: between this state and the next; -1 for other characters
   std::uint32_t observed;  // states that occur; an additive column has states 0 (at or below) and 1
 };
+
+/// What a pass over a tree leaves behind, beside the steps. Without sets it works in slices of the
+/// characters, in little memory.
+enum class kept_sets { none, down, final };
 
 class plain_optimiser {
  public:
@@ -31,9 +37,9 @@ class plain_optimiser {
   explicit plain_optimiser(std::span<const std::uint8_t> characters,
                            std::span<const std::uint8_t> ignored_taxa = {});
 
-  /// Down-pass over a tree; `with_finals` adds the final pass. The tree may be polytomous and lack
-  /// taxa.
-  void optimise(const_tree_span tree, polytomy_kind polytomies, bool with_finals);
+  /// Down-pass over a tree, and the final pass where its sets are to be kept. The tree may be
+  /// polytomous and lack taxa.
+  void optimise(const_tree_span tree, polytomy_kind polytomies, kept_sets keep);
 
   std::span<const plain_column> columns() const { return columns_; }
   /// Steps of a character on the last tree, unweighted; thousandths for continuous characters.
@@ -42,21 +48,31 @@ class plain_optimiser {
   double score() const;
   bool has_continuous() const { return ranges_.size() > 0; }
 
-  /// Sets of a node on the last tree, by column.
-  std::span<const std::uint32_t> down(int node) const { return row(down_, node); }
-  std::span<const std::uint32_t> final(int node) const { return row(final_, node); }
+  /// Sets of a node on the last tree, by column, where they were kept.
+  std::span<const std::uint32_t> down(int node) const { return {down_sets(node), columns_.size()}; }
+  std::span<const std::uint32_t> final(int node) const {
+    return std::span(final_).subspan(static_cast<std::size_t>(node) * columns_.size(),
+                                     columns_.size());
+  }
   /// The continuous characters among those taken, which have no columns.
   const range_optimiser& ranges() const { return ranges_; }
   /// Likewise those with costs of changes.
   const cost_optimiser& with_costs() const { return with_costs_; }
 
  private:
-  std::span<const std::uint32_t> row(const std::vector<std::uint32_t>& sets, int node) const {
-    return std::span(sets).subspan(static_cast<std::size_t>(node) * columns_.size(),
-                                   columns_.size());
-  }
+  /// Columns `first` to `first + width - 1`, for whose internal nodes there are sets.
+  struct slice {
+    std::size_t first = 0;
+    std::size_t width = 0;
+  };
+  /// The sets of a node in the slice at hand.
+  const std::uint32_t* down_sets(int node) const;
+  std::uint32_t* inner_row(std::vector<std::uint32_t>& sets, int node) const;
   void add_character(int character, std::span<const std::uint8_t> ignored_taxa);
-  void add_column(const plain_column& column, std::span<const std::uint32_t> cells);
+  void fill_cells(std::span<const std::uint8_t> ignored_taxa);
+  void down_pass(const descendant_lists& lists, std::span<const int> root_first,
+                 polytomy_kind polytomies);
+  void final_pass(const descendant_lists& lists, std::span<const int> root_first);
   void down_polytomy(int node, std::span<const int> below, polytomy_kind polytomies);
 
   std::vector<plain_column> columns_;
@@ -66,9 +82,10 @@ class plain_optimiser {
   cost_optimiser with_costs_;
   std::vector<std::int64_t> steps_;         // by character
   std::vector<std::int32_t> column_steps_;  // by column
-  std::vector<std::uint32_t> down_;
-  std::vector<std::uint32_t> reach_;  // states at most one step dearer than those of `down_`
-  std::vector<std::uint32_t> final_;
+  slice at_hand_;
+  std::vector<std::uint32_t> down_;   // by internal node, of the slice at hand
+  std::vector<std::uint32_t> reach_;  // the same: states at most one step dearer than those
+  std::vector<std::uint32_t> final_;  // by node
 };
 
 /// The characters that scores count: active and of non-zero weight.

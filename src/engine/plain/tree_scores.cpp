@@ -22,7 +22,7 @@ void score_stored_trees(std::span<double> scores) {
   const std::vector<std::uint8_t> characters = scored_characters();
   plain_optimiser optimiser(characters);
   for (std::size_t t = 0; t < scores.size(); ++t) {
-    optimiser.optimise(stored_tree(static_cast<int>(t)), polytomy_kind::hard, false);
+    optimiser.optimise(stored_tree(static_cast<int>(t)), polytomy_kind::hard, kept_sets::none);
     scores[t] = tree_score(optimiser, characters);
   }
 }
