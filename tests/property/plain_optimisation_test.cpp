@@ -122,6 +122,22 @@ TEST_F(plain_optimisation, soft_polytomies_are_as_short_as_the_best_resolution) 
   }
 }
 
+TEST_F(plain_optimisation, slices_of_many_characters_give_the_steps_of_all_at_once) {
+  std::mt19937 g(7);
+  zeb_test::data_shape shape = zeb_test::random_shape(g, 9, 6);
+  shape.nchar = 3000;
+  const zeb_test::oracle_matrix oracle = zeb_test::fill_matrix(shape, g);
+  plain_optimiser in_slices(std::vector<std::uint8_t>(at(shape.nchar), 1));
+  plain_optimiser at_once(std::vector<std::uint8_t>(at(shape.nchar), 1));
+  for (int tree = 0; tree < 5; ++tree) {
+    const std::vector<tree_node> record = random_record(shape.ntax, 0.7, g);
+    in_slices.optimise(record, polytomy_kind::hard, kept_sets::none);
+    at_once.optimise(record, polytomy_kind::hard, kept_sets::down);
+    for (int c = 0; c < shape.nchar; ++c)
+      ASSERT_EQ(in_slices.steps(c), at_once.steps(c)) << "character " << c;
+  }
+}
+
 /// The data with each character as a continuous one, its states as thousandths.
 void make_continuous(const zeb_test::oracle_matrix& oracle) {
   const auto nchar = static_cast<int>(oracle.cells.size());
