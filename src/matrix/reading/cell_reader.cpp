@@ -7,6 +7,8 @@
 namespace zeb {
 namespace {
 
+constexpr const char* unexpected_end = "Unexpected end of file (possibly missing \"procedure/;\")";
+
 bool is_newline(int c) { return c == '\n' || c == '\r'; }
 
 std::uint32_t match_cell(const row_place& place, int character) {
@@ -28,7 +30,7 @@ std::string place_in_file() {
 }
 
 void check_input_goes_on() {
-  if (input_ended()) error_end("Unexpected end of file (possibly missing \"procedure/;\")");
+  if (input_ended()) error_end(unexpected_end);
 }
 
 void cell_reader::use_format(const block_format& format) {
@@ -49,9 +51,17 @@ std::string cell_reader::cells_before_newline(const row_place& place) const {
 }
 
 void cell_reader::alien_symbol(const row_place& place, int character, int symbol) const {
-  if (symbol == ';') check_input_goes_on();
+  if (symbol == ';' && input_ended()) {
+    error_end_f("%s\nTaxon %i (%s) has %i of %i characters%s", unexpected_end, place.taxon,
+                std::string(taxon_name(place.taxon)).c_str(), character - place.first,
+                place.end - place.first, place_in_file().c_str());
+  }
   std::string story = cells_before_newline(place);
   if (!story.empty()) story = "\nThe row has " + story;
+  if (symbol == ';') {
+    story = text_of("\nThe row has %i of %i characters", character - place.first,
+                    place.end - place.first);
+  }
   error_end_f("Found alien symbol for taxon %i (%s), char. %i (block %i): '%c'%s%s", place.taxon,
               std::string(taxon_name(place.taxon)).c_str(), character, place.block, symbol,
               story.c_str(), place_in_file().c_str());
