@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/arena.h"
+#include "base/hooks.h"
 #include "base/interrupts.h"
 #include "base/random.h"
 #include "base/time_limit.h"
@@ -194,6 +195,18 @@ TEST_F(search_survival, a_wish_to_stop_may_come_with_any_candidate) {
       forget_interrupt();
     }
   }
+}
+
+TEST_F(search_survival, collapsing_for_a_consensus_looks_for_a_stop_at_each_tree) {
+  std::mt19937 g(8);
+  fill_matrix(noisy_shape(), g);
+  zeb_test::run_program("hold 50; randtrees 45;");
+  const auto usual = hooks_of_base.check_interrupt;
+  hooks_of_base.check_interrupt = [](bool) { ++calls_to_interrupt; };
+  calls_to_interrupt = 0;
+  zeb_test::run_program("collapse 6; collapse tempcollapse; majority;");
+  hooks_of_base.check_interrupt = usual;
+  EXPECT_GE(calls_to_interrupt, 45);
 }
 
 /// Blanks "hh:mm:ss": the only part of a report that two equal searches may differ in.

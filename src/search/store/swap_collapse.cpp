@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "base/interrupts.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/conversions.h"
 #include "matrix/matrix.h"
@@ -113,6 +114,7 @@ std::vector<std::uint8_t> nodes_left_alone(const search_data& data,
 
 void collapse_by_swapping(const_tree_span tree, bool use_tbr, std::span<std::uint8_t> marks,
                           std::span<const std::uint8_t> ignored_taxa) {
+  check_interrupt();  // a large tree takes seconds, and a consensus has many
   search_data& data = packed_matrix(true);
   std::vector<std::int32_t> anc(at(data.nodes));
   if (!to_internal(data, tree, anc, true)) {
