@@ -16,7 +16,7 @@ struct note_state {
 
 }  // namespace
 
-branch_weights::branch_weights(const tree_selection& selection) : selection_(selection) {
+branch_weights::branch_weights(const tree_selection& selection) {
   if (!selection.collapse) return;
   judge_.emplace(collapsing.rule, selection.excluded);
   flags_.resize(2 * static_cast<std::size_t>(selection.ntax), 1);

@@ -18,7 +18,6 @@ class branch_weights {
   std::span<const std::uint8_t> of(const_tree_span tree);
 
  private:
-  const tree_selection& selection_;
   std::optional<branch_judge> judge_;
   std::vector<std::uint8_t> flags_;
 };

@@ -306,8 +306,8 @@ template <class settings, std::size_t n>
 struct command_options {
   std::array<option_row, n> rows{};
 
-  // NOLINTNEXTLINE(google-explicit-constructor): a list of rows stands for the table
   template <std::same_as<option<settings>>... row>
+  // NOLINTNEXTLINE(google-explicit-constructor): a list of rows stands for the table
   constexpr command_options(const row&... given) : rows{given.row...} {}
 
   constexpr option_table table(std::string_view name, option_errors errors,
