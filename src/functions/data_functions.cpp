@@ -5,10 +5,13 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/indices.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
 #include "language/interpreter.h"
 #include "matrix/character_steps.h"
+#include "matrix/costs/character_costs.h"
+#include "matrix/costs/step_matrices.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -50,13 +53,17 @@ double is_active_taxon() { return matrix.taxon_active[static_cast<std::size_t>(o
 double is_additive() { return record(one_character()).additive; }
 double is_continuous() { return record(one_character()).is_continuous; }
 double is_landmark() { return record(one_character()).type == landmark_data; }
-// Costs aren't built: no character has a table, symmetric or not.
-double is_sankoff() { return record(one_character()).is_sankoff; }
+double is_sankoff() {
+  const int character = one_character();
+  if (!record(character).is_sankoff) return 0;
+  if (costs_of_character(character).asymmetric) return 2;
+  return record(character).root_states ? 3 : 1;
+}
 bool has_categories(int character) {
   return !record(character).is_continuous && record(character).type != landmark_data;
 }
 
-// Without a table of costs, a change costs a step, and in an additive character one for each state
+// Without costs, a change costs a step, and in an additive character one for each state
 // on the way.
 double cost_of_change() {
   open_brackets();
@@ -67,15 +74,13 @@ double cost_of_change() {
   if (!has_categories(character)) error_end("Costs are those of discrete characters");
   if (from < 0 || from > 31) error_end("No state", from);
   if (to < 0 || to > 31) error_end("No state", to);
-  if (record(character).is_sankoff)
-    error_end("Expression \"cost\" is not available yet for step-matrix characters");
+  if (record(character).is_sankoff) {
+    const shared_costs costs = costs_set_for(character);
+    return costs ? costs->costs[at(from)][at(to)] : from != to;
+  }
   return record(character).additive ? std::abs(from - to) : from != to;
 }
-// Allowed states of the root come with the costs: no character has them.
-double has_ancestral_states() {
-  one_character();
-  return 0;
-}
+double has_ancestral_states() { return record(one_character()).root_states != 0; }
 double is_categorical() { return has_categories(one_character()); }
 double last_landmark_character() {
   require_data("using data in expressions");

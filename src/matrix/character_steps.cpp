@@ -163,6 +163,11 @@ int maximum_steps(int character) {
   return matrix.characters[at(character)].max_steps;
 }
 
+int homoplasy_base(int character, int least) {
+  const character_record& record = matrix.characters[at(character)];
+  return record.is_sankoff && record.user_min_steps >= 0 ? record.user_min_steps : least;
+}
+
 bool is_informative(int character) { return maximum_steps(character) > minimum_steps(character); }
 
 }  // namespace zeb

@@ -13,6 +13,8 @@ step_range steps_over_taxa(int character, std::span<const std::uint8_t> taxa);
 /// The same over the active taxa, from the record, which is brought up to date where needed.
 int minimum_steps(int character);
 int maximum_steps(int character);
+/// What homoplasy counts from: the user's minimum of a character with costs, else `least`.
+int homoplasy_base(int character, int least);
 /// Computes min_steps, max_steps and `observed` of every character that needs it: those with
 /// `needs_recheck`, all of them after a change of the active taxa.
 void recheck_steps();

@@ -173,6 +173,7 @@ class plain_wide_kind {
                        .empty = empty,
                        .widen = widen,
                        .join = join,
+                       .join_sum = nullptr,
                        .stays = stays,
                        .rooting = nullptr};
 };

@@ -12,7 +12,8 @@ namespace zeb {
 double character_homoplasy(const plain_optimiser& optimiser, int character) {
   const character_record& record = matrix.characters[static_cast<std::size_t>(character)];
   const double unit = record.is_continuous ? 1000.0 : 1.0;
-  const auto extra = static_cast<double>(optimiser.steps(character) - minimum_steps(character));
+  const auto extra = static_cast<double>(optimiser.steps(character) -
+                                         homoplasy_base(character, minimum_steps(character)));
   return std::max(0.0, extra / unit) + record.internal_steps;
 }
 

@@ -129,7 +129,9 @@ void add_constant(packing_plan& plan, const packing_request& request, int charac
                   const wide_kind* kind) {
   const int weight = request.weights[at(character)];
   const int internal = matrix.characters[at(character)].internal_steps;
-  plan.base_fit += weight * (internal / (request.concavity + internal));
+  const double unit = kind ? kind->unit : 1;
+  const double homoplasy = internal + std::max(0, steps - homoplasy_base(character, steps)) * unit;
+  plan.base_fit += weight * (homoplasy / (request.concavity + homoplasy));
   if (kind)
     plan.base_wide_cost += static_cast<double>(std::int64_t{weight} * steps) * kind->unit;
   else
@@ -166,11 +168,12 @@ packing_plan plan_packing(const packing_request& request) {
     const reduced_form form = form_of(request, c, weight, ranges.taxa());
     const wide_kind* const kind = form.is_packed() ? nullptr : kind_of(request, c);
     if (!kind) refuse_unavailable(c);
-    const step_range steps = ranges.of(c);
+    step_range steps = ranges.of(c);
     if (steps.least >= steps.most) {
       add_constant(plan, request, c, steps.most, kind);
       continue;
     }
+    steps.least = homoplasy_base(c, steps.least);
     if (kind) {
       const auto share = std::find_if(plan.wide.begin(), plan.wide.end(),
                                       [kind](const auto& s) { return s.kind == kind; });

@@ -263,18 +263,28 @@ struct vectors {
       for (std::size_t i = 0; i < all.size(); ++i) steps[i] += change_between(all[i], clip, main);
       return;
     }
-    const bool by_root = clip.end == join_end::root;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-      const wide_character& c = all[i];
-      const model& m = model_of(c);
-      const lane* const own = at_word(clip.words, by_root ? c.down_at : c.branch_at) + m.width;
-      if (main.end == join_end::root) {
-        steps[i] += join_at_root(c, own, at_word(main.words, c.down_at) + m.width, by_root);
-        continue;
-      }
-      steps[i] += least_sum(m, own, at_word(main.words, c.branch_at));
-      if (has_roots) steps[i] += m.detour - (by_root ? 0 : c.least_rooting);
+    for (std::size_t i = 0; i < all.size(); ++i) steps[i] += steps_of_joining(all[i], clip, main);
+  }
+
+  static std::int64_t join_sum(wide_characters all, wide_operand clip, wide_operand main,
+                               std::int64_t bound) {
+    std::int64_t sum = 0;
+    for (const wide_character& c : all) {
+      sum += c.weight * steps_of_joining(c, clip, main);
+      if (sum > bound) return sum;
     }
+    return sum;
+  }
+
+  static std::int64_t steps_of_joining(const wide_character& c, wide_operand clip,
+                                       wide_operand main) {
+    const model& m = model_of(c);
+    const bool by_root = clip.end == join_end::root;
+    const lane* const own = at_word(clip.words, by_root ? c.down_at : c.branch_at) + m.width;
+    if (main.end == join_end::root)
+      return join_at_root(c, own, at_word(main.words, c.down_at) + m.width, by_root);
+    const std::int64_t least = least_sum(m, own, at_word(main.words, c.branch_at));
+    return has_roots ? least + m.detour - (by_root ? 0 : c.least_rooting) : least;
   }
 
   /// The joint is the root of the tree: the other side is a terminal that hangs on it.
@@ -317,6 +327,7 @@ struct vectors {
             .empty = empty,
             .widen = widen,
             .join = join,
+            .join_sum = join_sum,
             .stays = stays,
             .rooting = has_roots ? rooting : nullptr};
   }

@@ -90,6 +90,18 @@ void join(wide_characters all, wide_operand clip, wide_operand main, std::int64_
     steps[i] += gap_between(range_of_side(all[i], clip), range_of_side(all[i], main));
 }
 
+std::int64_t join_sum(wide_characters all, wide_operand clip, wide_operand main,
+                      std::int64_t bound) {
+  std::int64_t sum = 0;
+  for (const wide_character& c : all) {
+    const int gap = gap_between(range_of_side(c, clip), range_of_side(c, main));
+    if (gap == 0) continue;
+    sum += std::int64_t{c.weight} * gap;
+    if (sum > bound) return sum;
+  }
+  return sum;
+}
+
 bool stays(wide_characters all, int rule, const word* above, const word* down, const word* final) {
   return std::any_of(all.begin(), all.end(), [&](const wide_character& c) {
     const word from = above[c.final_at];
@@ -116,6 +128,7 @@ const wide_kind value_ranges = {.name = "ranges",
                                 .empty = empty,
                                 .widen = widen,
                                 .join = join,
+                                .join_sum = join_sum,
                                 .stays = stays,
                                 .rooting = nullptr};
 

@@ -55,6 +55,15 @@ double wide_join_cost(const search_data& data, join_side clip, join_side main, d
   const wide_operand b = operand_of(data.wide, main);
   double cost = 0;
   for (const wide_part& part : data.wide.parts) {
+    if (part.kind->join_sum && !data.implied_on) {
+      constexpr double most_steps = 1e15;
+      const double left = std::min(most_steps, (bound - cost) / part.kind->unit + 1e-3);
+      const std::int64_t steps =
+          part.kind->join_sum(part.characters, a, b, static_cast<std::int64_t>(left));
+      cost += static_cast<double>(steps) * part.kind->unit;
+      if (cost > bound) return cost;
+      continue;
+    }
     const std::size_t together = at(part.kind->together);
     for (std::size_t i = 0; i < part.characters.size(); i += together) {
       const std::size_t count = std::min(together, part.characters.size() - i);

@@ -111,6 +111,10 @@ struct wide_kind {
   /// Steps of joining a clip to the main tree: exact, or with a cluster on either side no more than
   /// with any of its branches. Added to `steps`.
   void (*join)(wide_characters all, wide_operand clip, wide_operand main, std::int64_t* steps);
+  /// The same for the sum over all characters, weighted; once it is above `bound` it need not be
+  /// exact. Null: made from `join`.
+  std::int64_t (*join_sum)(wide_characters all, wide_operand clip, wide_operand main,
+                           std::int64_t bound);
   /// Does a character keep the branch above a node under a quick collapsing rule? 1: some
   /// reconstruction has a change there; 2: the final sets differ; 3: every reconstruction has one.
   bool (*stays)(wide_characters all, int rule, const word* above, const word* down,

@@ -41,17 +41,17 @@ std::vector<table_group> groups_of_tables(const std::vector<int>& numbers) {
   return groups;
 }
 
-/// "command 0 2 = 5;" for each value that some characters have.
-std::string lines_by_value(const std::vector<int>& numbers, const std::string& command,
-                           const std::function<std::int64_t(const character_record&)>& value,
-                           const std::function<std::string(std::int64_t)>& written) {
+/// `command(value, characters)` for each value that some characters have; below 0: none.
+std::string lines_by_value(
+    const std::vector<int>& numbers,
+    const std::function<std::int64_t(const character_record&)>& value,
+    const std::function<std::string(std::int64_t, const std::string&)>& command) {
   std::map<std::int64_t, std::vector<int>> found;
   for (int c = 0; c < matrix.nchar; ++c)
     if (const std::int64_t v = value(matrix.characters[at(c)]); v >= 0 && numbers[at(c)] >= 0)
       found[v].push_back(numbers[at(c)]);
   std::string text;
-  for (const auto& [v, characters] : found)
-    text += command + numbers_text(characters) + " " + written(v) + ";\n";
+  for (const auto& [v, characters] : found) text += command(v, numbers_text(characters)) + ";\n";
   return text;
 }
 
@@ -116,17 +116,22 @@ std::string costs_as_commands(const std::vector<int>& numbers) {
     text +=
         "costs" + numbers_text(group.characters) + " =" + (items.empty() ? " * 1" : items) + ";\n";
   }
-  const auto number = [](std::int64_t v) { return "= " + std::to_string(v); };
   text += lines_by_value(
-      numbers, "ancstates",
+      numbers,
       [](const character_record& r) { return r.root_states ? std::int64_t{r.root_states} : -1; },
-      root_states_text);
+      [](std::int64_t states, const std::string& list) {
+        return "ancstates" + list + " " + root_states_text(states);
+      });
   text += lines_by_value(
-      numbers, "usminmax <",
-      [](const character_record& r) { return std::int64_t{r.user_min_steps}; }, number);
+      numbers, [](const character_record& r) { return std::int64_t{r.user_min_steps}; },
+      [](std::int64_t steps, const std::string& list) {
+        return "usminmax" + list + " = " + std::to_string(steps);
+      });
   text += lines_by_value(
-      numbers, "usminmax >",
-      [](const character_record& r) { return std::int64_t{r.user_max_state}; }, number);
+      numbers, [](const character_record& r) { return std::int64_t{r.user_max_state}; },
+      [](std::int64_t state, const std::string& list) {
+        return "usminmax > " + std::to_string(state) + list;
+      });
   return text;
 }
 
