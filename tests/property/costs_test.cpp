@@ -60,7 +60,7 @@ TEST_F(costs, of_stored_trees_and_their_sets_agree_with_the_oracle) {
     const zeb_test::mixed_matrix data = zeb_test::fill_mixed(shape, g);
     const naive::rooted_tree tree = with_polytomies(naive::random_tree(shape.ntax, g), g);
     plain_optimiser optimiser(std::vector<std::uint8_t>(data.cells.size(), 1));
-    optimiser.optimise(as_record(tree), polytomy_kind::hard, true);
+    optimiser.optimise(as_record(tree), polytomy_kind::hard, kept_sets::final);
     for (std::size_t c = 0; c < data.cells.size(); ++c)
       ASSERT_EQ(optimiser.steps(static_cast<int>(c)), data.steps(c, tree))
           << "seed " << seed << " character " << c;
@@ -110,7 +110,7 @@ TEST_F(costs, of_soft_polytomies_are_those_of_the_best_resolution) {
     const zeb_test::mixed_matrix data = zeb_test::fill_mixed(shape, g);
     const naive::rooted_tree tree = with_polytomies(naive::random_tree(shape.ntax, g), g);
     plain_optimiser optimiser(std::vector<std::uint8_t>(data.cells.size(), 1));
-    optimiser.optimise(as_record(tree), polytomy_kind::soft, false);
+    optimiser.optimise(as_record(tree), polytomy_kind::soft, kept_sets::none);
     for (std::size_t c = 0; c < data.cells.size(); ++c)
       if (!data.costs[c].cost.empty()) {
         ASSERT_EQ(optimiser.steps(static_cast<int>(c)),
