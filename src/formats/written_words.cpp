@@ -16,9 +16,10 @@ namespace {
 
 constexpr std::size_t longest_of_ten = 10;
 
-/// Signs that end a word, or begin a comment, where quotes aren't known.
+/// Signs that end a word or begin a comment where quotes aren't known, or that patterns have, in
+/// which names go into some readers.
 bool ends_plain_word(unsigned char c) {
-  constexpr std::string_view ends = "()[]{}<>,:;='\"`*\\";
+  constexpr std::string_view ends = "()[]{}<>,:;='\"`*\\|^?";
   return c < 33 || c == 127 || ends.find(static_cast<char>(c)) != std::string_view::npos;
 }
 
@@ -62,7 +63,9 @@ std::string word_writer::fitted(std::string_view text) {
   if (form_ == word_form::ten_letters) word = text_in_bytes(text, longest_of_ten);
   for (char& c : word) {
     const auto byte = static_cast<unsigned char>(c);
-    if (form_ == word_form::line ? byte < 32 || byte == 127 : ends_plain_word(byte)) c = '_';
+    const bool ends =
+        form_ == word_form::line ? byte < 32 || byte == 127 || c == '>' : ends_plain_word(byte);
+    if (ends) c = '_';
   }
   return word.empty() ? "_" : word;
 }

@@ -369,6 +369,7 @@ void read_nexus_matrix(nexus_file& file, const nexus_format& format, const std::
     file.nchar = nexus_matrix_reader(file, format, 0, nullptr).read();
   }
   file.character_blocks.push_back({fit_name(title), place, file.nchar});
+  file.ntax = matrix.ntax;
   file.data_read = true;
 }
 

@@ -117,7 +117,7 @@ const nexus_characters* find_nexus_block(nexus_file& file, const std::string& ti
 
 std::vector<std::uint8_t> read_nexus_list(nexus_file& file, nexus_list kind,
                                           const nexus_characters* block) {
-  const list_scope scope = {kind, block};
+  const list_scope scope = {kind, kind == nexus_list::characters ? block : nullptr};
   const int count = kind == nexus_list::taxa ? matrix.ntax : matrix.nchar;
   std::vector<std::uint8_t> flags(at(count), 0);
   for (;;) {

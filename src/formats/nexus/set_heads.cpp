@@ -37,7 +37,8 @@ set_head read_set_head(nexus_file& file) {
 }
 
 element_range range_of(const set_head& head, nexus_list kind) {
-  if (head.block) return {head.block->first, head.block->first + head.block->count};
+  if (head.block && kind == nexus_list::characters)
+    return {head.block->first, head.block->first + head.block->count};
   return {0, kind == nexus_list::taxa ? matrix.ntax : matrix.nchar};
 }
 
