@@ -13,7 +13,7 @@ import sys
 import tempfile
 
 zeb = pathlib.Path(sys.argv[1]).resolve()
-first_seed, count = (int(word) for word in (sys.argv[2:4] or ("1", "25")))
+first_seed, count = (int(word) for word in (sys.argv[2:4] or ("1", "20")))
 
 IUPAC = {"A": "A", "C": "C", "G": "G", "T": "T", "R": "AG", "Y": "CT", "M": "AC", "K": "GT", "S": "CG", "W": "AT", "B": "CGT",
          "D": "AGT", "H": "ACT", "V": "ACG", "N": "ACGT"}
