@@ -111,7 +111,8 @@ bool print_function_help(std::string_view word) {
   for (const expression_function* row : listed_functions()) {
     if (!row->name.starts_with(word)) continue;
     emit(help_text(*row));
-    if (!row->value && row->list != function_list::name_only) emit("      (not available yet)\n");
+    const bool missing = !row->value && row->list != function_list::name_only;
+    if (missing || row->to_come) emit("      (not available yet)\n");
     found = true;
   }
   return found;

@@ -45,11 +45,11 @@ constexpr expression_function rows[] = {
     {"grandscore", "", "lowest score that any search has seen since the data were read; -1 without one", lowest_score},
     {"rearrangs", "", "rearrangements examined by the last search", rearrangements_done},
     {"bittype", "", "bits of the words in use by searches: 32, or as many as this processor has", word_bits, function_list::general, "bigntax"},
-    {"biginsect", "", "list of nodes of the big tree in the sector", nodes_in_sector},
-    {"bignotsect", "", "list of nodes of the big tree outside the sector", nodes_outside_sector},
-    {"nodtosect", "[N]", "node of the sector for node N of the big tree", node_to_sector},
-    {"bigntax", "", "last taxon of the big tree", taxa_of_big_tree, function_list::general, "blockstart"},
-    {"lastsibyl", "[N]", "results of the last estimate of search effort", search_effort},
+    {"biginsect", "", "list of nodes of the big tree in the sector", nodes_in_sector, function_list::general, {}, true},
+    {"bignotsect", "", "list of nodes of the big tree outside the sector", nodes_outside_sector, function_list::general, {}, true},
+    {"nodtosect", "[N]", "node of the sector for node N of the big tree", node_to_sector, function_list::general, {}, true},
+    {"bigntax", "", "last taxon of the big tree", taxa_of_big_tree, function_list::general, "blockstart", true},
+    {"lastsibyl", "[N]", "results of the last estimate of search effort", search_effort, function_list::general, {}, true},
 };
 // clang-format on
 

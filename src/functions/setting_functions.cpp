@@ -113,10 +113,10 @@ constexpr expression_function rows[] = {
     {"plevel", "", "number of parents: 0 for the master", never, function_list::parallel},
     {"seclevel", "", "level of recursion of sectorial searches", sectorial_level},
     {"slavenum", "[N]", "task number of this process, or of its parent N (optional)", slave_number, function_list::parallel},
-    {"totcpus", "", "processors of all hosts", all_processors, function_list::parallel},
+    {"totcpus", "", "processors of all hosts", all_processors, function_list::parallel, {}, true},
     {"numhosts", "", "number of hosts", never, function_list::parallel},
     {"numjobs", "", "number of jobs", never, function_list::parallel},
-    {"taskvar", "", "a variable of the task", task_variable, function_list::unlisted},
+    {"taskvar", "", "a variable of the task", task_variable, function_list::unlisted, {}, true},
 };
 // clang-format on
 

@@ -22,8 +22,9 @@ struct expression_function {
   std::string_view help;       // what the value is
   double (*value)();           // reads the arguments from the input; null: not built yet
   function_list list = function_list::general;
-  std::string_view listed_after =
-      {};  // the row before it, where the list isn't in alphabetical order
+  // The row before it, where the list isn't in alphabetical order.
+  std::string_view listed_after = {};
+  bool to_come = false;  // there is a function, but it has nothing to tell yet
 };
 
 extern const std::span<const expression_function> array_functions;
