@@ -89,6 +89,7 @@ text_end read_text_end() {
     end.any_of = true;
     raw = raw.substr(1, raw.size() - 2);
   }
+  if (raw.empty()) error_end("Must give the text at which to stop");
   end.text.clear();
   for (std::size_t i = 0; i < raw.size(); ++i) end.text += code_or_character(raw, &i);
   return end;

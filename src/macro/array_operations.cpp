@@ -166,6 +166,7 @@ void fill_at_random(const whole_array& target) {
   const double largest = macro_whole_value();
   if (largest > 32767) error_end("Maximum value for random numbers is 32767");
   if (largest < 0) error_end("Value or expression required");
+  check_end();
   const int values = static_cast<int>(largest) + 1;
   for (int i = 0; i < target.cells; ++i)
     store_variable(target.first + i, macros.generator.draw() % values);
@@ -193,6 +194,7 @@ bool operate_in_place(const whole_array& target) {
   left.constant = false;
   left.array = target;
   const operand right = read_operand(target);
+  check_end();
   store_all(target, left, static_cast<cell_operation>(which), right);
   return true;
 }
@@ -234,6 +236,7 @@ void operate_on_arrays() {
   }
   const cell_operation op = read_cell_operator();
   const operand right = read_operand(target);
+  check_end();
   store_all(target, left, op, right);
 }
 
@@ -242,6 +245,7 @@ void sort_array() {
   const whole_array target = read_one_dimensional_array();
   if (skip_blanks_peek() == ';') error_end("A second (source) variable is required");
   const whole_array source = read_one_dimensional_array();
+  check_end();
   if (target.cells != source.cells) {
     error_end_f("Arrays \"%s\" and \"%s\" have different sizes (%s=%i and %s=%i)",
                 target.name.c_str(), source.name.c_str(), target.name.c_str(), target.cells,
@@ -296,6 +300,7 @@ void scale_distances() {
       }
     }
   }
+  check_end();
   const auto dims = static_cast<std::size_t>(target.sizes[0]);
   const scaling_result result = scale_by_smacof(distances, weights, count, dims);
   for (std::size_t i = 0; i < result.coordinates.size(); ++i) {
@@ -309,9 +314,10 @@ void rotate_points() {
   if (points.sizes.size() != 2 || points.sizes[0] != 3)
     error_end("Only x,y,z arrays can be rotated");
   const double tilt = macro_value();
-  if (tilt < 0) error_end("Change in tilt must be >= 0");
+  if (!(tilt >= 0)) error_end("Change in tilt must be >= 0");
   const double rotation = macro_value();
-  if (rotation < 0) error_end("Change in rotation must be >= 0");
+  if (!(rotation >= 0)) error_end("Change in rotation must be >= 0");
+  check_end();
   const int n = points.sizes[1];
   const double t = tilt * std::numbers::pi / 180;
   const double r = rotation * std::numbers::pi / 180;

@@ -28,6 +28,11 @@ struct script_progress {
 };
 script_progress shown;
 
+double read_amount() {
+  if (skip_blanks_peek() == ';') error_end("Progress needs how much is done, and of how much");
+  return macro_value();
+}
+
 }  // namespace
 
 void chkbreak_command() {
@@ -61,8 +66,9 @@ void progress_command() {
   }
   // The lines that commands report would tear the bar apart.
   if (settings.report) error_end("Cannot run progress with report ON");
-  shown.done = macro_value();
-  shown.total = macro_value();
+  const double done = read_amount();
+  shown.total = read_amount();
+  shown.done = done;
   const comma_reading commas(true);
   shown.label.clear();
   skip_blanks_peek();

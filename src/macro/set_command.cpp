@@ -125,6 +125,7 @@ void assign(const variable_reference& target, assignment_operator op) {
     const running_assignment running(target);
     value = evaluate(expression_end::semicolon, macros.report ? &echo : nullptr);
   }
+  check_end();
   if (assignment.list_written) return;
   check_not_index_cell(target);
   store_variable(target.cell, combined(op, variable_value(target.cell), value));

@@ -160,7 +160,9 @@ void plot_arrays(char symbol) {
     const whole_array y = read_one_dimensional_array();
     check_lengths(values_of(x), y);
     if (read_file_name() == 0) error_end("Must give filename");
-    plot_svg(x, y, std::string(token()));
+    const std::string file(token());
+    check_end();
+    plot_svg(x, y, file);
     return;
   }
   std::vector<double> x;
@@ -188,6 +190,7 @@ void regress_arrays() {
   const whole_array x_array = read_one_dimensional_array();
   const std::vector<double> x = values_of(x_array);
   const whole_array y_array = read_one_dimensional_array();
+  check_end();
   check_lengths(x, y_array);
   const std::vector<double> y = values_of(y_array);
   const auto n = static_cast<double>(x.size());
