@@ -57,7 +57,8 @@ double last_cell_of_string() {
   const int cell = section_start(reference);
   const auto size = static_cast<int>(variable_string(cell).size()) + 1;
   const int cell_size = variable_cell_size();
-  return cell + (size - 1) / cell_size;
+  const int cells_before = (size - 1) / cell_size;
+  return cell + cells_before;
 }
 
 double tree_group_exists() {

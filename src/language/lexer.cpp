@@ -25,7 +25,9 @@ constexpr std::array<unsigned char, 256> make_name_chars() {
   std::array<unsigned char, 256> table{};
   for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = static_cast<unsigned char>(c);
   for (unsigned c = 'A'; c <= 'Z'; ++c) table[c] = static_cast<unsigned char>(c);
-  for (const unsigned char c : {'_', '-', '.', '+'}) table[c] = c;
+  for (const char c : {'_', '-', '.', '+'}) {
+    table[static_cast<unsigned char>(c)] = static_cast<unsigned char>(c);
+  }
   for (unsigned c = 0x80; c < 256; ++c) table[c] = static_cast<unsigned char>(c);
   return table;
 }

@@ -169,7 +169,7 @@ std::string default_text(const option_row& row, const void* defaults) {
 
 /// The words that give the row's member the value that it has.
 std::string words_of(const option_row& row, const void* settings) {
-  const std::string keyword(row.keyword);
+  std::string keyword(row.keyword);
   const double value = row.member.get(settings);
   if (row.kind == option_kind::toggle) return value == row.value ? keyword : "no" + keyword;
   if (row.kind == option_kind::choice) return keyword;

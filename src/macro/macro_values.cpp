@@ -32,7 +32,7 @@ constexpr std::array<bool, 256> make_token_ends() {
   std::array<bool, 256> ends{};
   for (std::size_t c = 0; c < 33; ++c) ends[c] = true;
   for (const char c : std::string_view("|!&()*+-/@;<=>[]{}\"',:"))
-    ends[static_cast<std::size_t>(c)] = true;
+    ends[static_cast<unsigned char>(c)] = true;
   return ends;
 }
 constexpr std::array<bool, 256> token_ends = make_token_ends();

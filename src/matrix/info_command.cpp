@@ -86,7 +86,7 @@ void show_types() {
                                    {protein_data, "proteins"},
                                    {continuous_data, "continuous"},
                                    {landmark_data, "landmarks"}}) {
-    const auto of_type = [type](const character_record& r) { return r.type == type; };
+    const auto of_type = [wanted = type](const character_record& r) { return r.type == wanted; };
     const int count = characters_that(of_type);
     if (count == 0) continue;
     const auto that = [of_type](auto holds) {

@@ -65,7 +65,7 @@ struct range_words {
   std::string last;  // empty: one element
 };
 
-range_words split_range(nexus_file& file, std::string word, const list_scope& scope) {
+range_words split_range(nexus_file& file, const std::string& word, const list_scope& scope) {
   range_words range;
   const std::size_t dash = word.find('-', 1);
   // A name may hold a dash of its own.

@@ -93,7 +93,9 @@ void read_codon_positions(nexus_file& file) {
       {'1', "codon_1"}, {'2', "codon_2"}, {'3', "codon_3"}, {'n', "noncoding"}};
   for (const auto& [kind, name] : groups) {
     std::vector<std::uint8_t> flags;
-    for (const std::uint8_t position : file.codon_positions) flags.push_back(position == kind);
+    for (const std::uint8_t position : file.codon_positions) {
+      flags.push_back(position == static_cast<std::uint8_t>(kind));
+    }
     if (std::find(flags.begin(), flags.end(), 1) != flags.end())
       make_group(file, name, nexus_list::characters, flags);
   }

@@ -42,7 +42,7 @@ std::string read_sequence_type(const char* no_file) {
   const bool quoted = skip_blanks_peek() == '"';
   if (read_file_name() == 0) error_end(no_file);
   if (quoted) return {};
-  const std::string word(token());
+  std::string word(token());
   const int next = skip_blanks_peek();
   if (next == ';' || next == 0 || (word != "dna" && word != "proteins" && word != "numeric"))
     return {};

@@ -31,8 +31,8 @@ void change_character(int character, const character_change& change) {
   bool any = assign(changed.active, change.active);
   any |= assign(changed.weight, change.weight);
   if (!(record.type & (continuous_data | landmark_data))) {
-    const bool type_changed =
-        assign(changed.additive, change.additive) | assign(changed.is_sankoff, change.sankoff);
+    bool type_changed = assign(changed.additive, change.additive);
+    type_changed |= assign(changed.is_sankoff, change.sankoff);
     if (type_changed) changed.needs_recheck = 1;
     any |= type_changed;
   }

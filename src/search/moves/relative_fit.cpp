@@ -67,7 +67,8 @@ double relative_fit_difference(const search_data& data, const clip_place& home,
     for (int w = data.group_start[g]; w < data.group_start[g + 1]; ++w) {
       const word at_home = failed_fields(group, home_clip[w] & home_branch[w]);
       const word elsewhere = failed_fields(group, other_clip[w] & other_branch[w]);
-      const auto first = static_cast<std::size_t>((w - data.group_start[g]) * fields_per_word[g]);
+      const std::size_t first = static_cast<std::size_t>(w - data.group_start[g]) *
+                                static_cast<std::size_t>(fields_per_word[g]);
       for (word rest = at_home ^ elsewhere; rest; rest &= rest - 1) {
         const int bit = __builtin_ctz(rest);
         const std::size_t field = first + static_cast<std::size_t>(bit / field_bits[g]);

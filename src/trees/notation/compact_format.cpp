@@ -113,7 +113,7 @@ class insertion_order {
     add_sibling(root, 1);
     index_width width;
     for (int t = 2; t < ntax_; ++t) {
-      const int bits = width.for_size(placed_);
+      const int bits = width.for_size(at(placed_));
       const int joint = up_[at(t)];
       const int sister = sister_[at(t)];
       const bool polytomy = sister < 0;
