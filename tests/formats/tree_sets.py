@@ -18,7 +18,7 @@ zeb = pathlib.Path(sys.argv[1]).resolve()
 first_seed, count = (int(word) for word in (sys.argv[2:4] or ("1", "12")))
 
 NAMES = ["A_b", "O'Brien", "x.y", "T(1)", "T_1_", "Zed", "12a", "e=mc", 'q"q', "A_B_c", "w:w", "k{1}", "per%cent", "a|b",
-         "t,2", "at@x", "<x>", "c*d", "back`tick", "Éloi", "n-1", "t~l"]
+         "t,2", "at@x", "<x", "c*d", "back`tick", "Éloi", "n-1", "t~l"]
 LABELS = {"none": lambda r: "", "whole": lambda r: str(r.randint(0, 100)), "fraction": lambda r: f"{r.random():.3f}",
           "some": lambda r: r.choice(["", "", str(r.randint(50, 100))]), "two": lambda r: f"{r.random():.2f}/{r.randint(0, 100)}",
           "odd": lambda r: r.choice(["Clade A", "it's", "(x)", "a,b", "12 a", "[n]", "x:y"])}
