@@ -78,17 +78,31 @@ bool input_file::open(const std::string& name, bool is_data) {
     fault_ = "it has been read";
     return false;
   }
-  const int descriptor =
-      name == "-" ? STDIN_FILENO : call_open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY);
+  return take(name == "-" ? STDIN_FILENO : call_open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY),
+              is_data ? file_use::data : file_use::other);
+}
+
+bool input_file::open_own(const std::string& name) {
+  close();
+  fault_.clear();
+  name_ = name;
+  return take(call_open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK),
+              file_use::steering);
+}
+
+bool input_file::take(int descriptor, file_use use) {
   struct stat status;
   if (descriptor < 0 || fstat(descriptor, &status) != 0) {
     fault_ = last_cause();
   } else if (S_ISDIR(status.st_mode)) {
     fault_ = "it is a directory";
+  } else if (use == file_use::steering &&
+             (!S_ISREG(status.st_mode) || status.st_uid != geteuid())) {
+    fault_ = "it isn't a file of yours";
   } else {
     descriptor_ = descriptor;
-    number_ = note_open_file(name, false, status);
-    if (is_data) note_file_read(name, descriptor, status);
+    number_ = note_open_file(name_, false, status);
+    if (use == file_use::data) note_file_read(name_, descriptor, status);
     terminal_ = isatty(descriptor) != 0;
     size_ = S_ISREG(status.st_mode) ? status.st_size : -1;
     return true;

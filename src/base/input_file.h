@@ -23,6 +23,8 @@ class input_file {
   /// Opens the file; "-" is the standard input, which can be had once. False: `fault` says why.
   /// `is_data`: the file is noted among those that results may depend on.
   bool open(const std::string& name, bool is_data = true);
+  /// Opens a regular file of the user who runs the program: no link leads there.
+  bool open_own(const std::string& name);
   void close();
   bool is_open() const { return descriptor_ >= 0; }
   /// As it is to be shown.
@@ -52,6 +54,8 @@ class input_file {
 
  private:
   struct inflating;
+  enum class file_use { data, other, steering };
+  bool take(int descriptor, file_use use);
   bool fill();
   bool read_raw(std::string& text);
   void begin();

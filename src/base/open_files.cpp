@@ -21,6 +21,14 @@ int note_coming_file(const std::string& name) {
   return open_files.last_number;
 }
 
+void note_file_in_place(int number, const struct stat& status) {
+  for (open_file& file : open_files.files) {
+    if (file.number != number) continue;
+    file.device = status.st_dev;
+    file.node = status.st_ino;
+  }
+}
+
 void forget_open_file(int number) {
   std::erase_if(open_files.files, [&](const open_file& file) { return file.number == number; });
 }

@@ -27,6 +27,8 @@ extern open_files_state open_files;  // written by the functions of this file on
 int note_open_file(const std::string& name, bool written, const struct stat& status);
 /// A file of the name that is to come.
 int note_coming_file(const std::string& name);
+/// It is there now.
+void note_file_in_place(int number, const struct stat& status);
 void forget_open_file(int number);
 
 /// The standard input is read by one reader only. False: it has been taken.

@@ -137,6 +137,7 @@ output_file& output_file::operator=(output_file&& other) noexcept {
   waiting_ = std::move(other.waiting_);
   regular_ = other.regular_;
   failed_ = other.failed_;
+  length_ = other.length_;
   whole_ = other.whole_;
   fault_ = std::move(other.fault_);
   other.forget();
@@ -155,7 +156,7 @@ bool output_file::may_be_written(const std::string& target) {
   return fault_.empty();
 }
 
-bool output_file::create(const std::string& name) {
+bool output_file::create(const std::string& name, bool follow_links) {
   discard();
   fault_.clear();
   name_ = name;
@@ -164,11 +165,13 @@ bool output_file::create(const std::string& name) {
     descriptor_ = fcntl(standard, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     return is_open() || fail();
   }
-  const std::string target = followed(name);
+  const std::string target = follow_links ? followed(name) : absolute(name);
   if (!may_be_written(target)) return false;
   struct stat former;
-  const bool replaces = stat(target.c_str(), &former) == 0;
+  const bool replaces =
+      (follow_links ? stat(target.c_str(), &former) : lstat(target.c_str(), &former)) == 0;
   if (!replaces && errno != ENOENT) return fail();
+  if (replaces && S_ISLNK(former.st_mode)) return open_beside(target, 0, false);
   if (replaces && !S_ISREG(former.st_mode)) return open_as_it_is(target, 0);
   if (replaces && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return fail();
   return open_beside(target, replaces ? former.st_mode & 07777 : 0, replaces);
@@ -181,11 +184,13 @@ bool output_file::open_beside(const std::string& target, mode_t former_mode, boo
     return fail();
   }
   remove_left_files(directory);
-  const std::string beside = beside_name(directory);
-  descriptor_ = call_open(beside, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+  beside_ = beside_name(directory);
+  descriptor_ = call_open(beside_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                           replaces ? 0600 : 0666);
-  if (!is_open()) return fail();
-  beside_ = beside;
+  if (!is_open()) {
+    beside_.clear();
+    return fail();
+  }
   flock(descriptor_, LOCK_EX | LOCK_NB);
   if (replaces && fchmod(descriptor_, former_mode) != 0) {
     fail();
@@ -205,7 +210,7 @@ bool output_file::open_as_it_is(const std::string& name, int flags) {
   if (!is_open() || fstat(descriptor_, &status) != 0) return fail();
   target_ = name;
   regular_ = S_ISREG(status.st_mode);
-  whole_ = status.st_size;
+  length_ = whole_ = status.st_size;
   note_written_file(name);
   number_ = note_open_file(name, true, status);
   return true;
@@ -245,7 +250,9 @@ void output_file::write_out() {
   while (!text.empty() && !failed_) {
     const ssize_t n = call_write(descriptor_, text.data(), text.size());
     if (n < 0) fail();
-    if (n > 0) text.remove_prefix(static_cast<std::size_t>(n));
+    if (n <= 0) continue;
+    text.remove_prefix(static_cast<std::size_t>(n));
+    length_ += n;
   }
   waiting_.clear();
 }
@@ -255,9 +262,10 @@ void output_file::write_out() {
 void output_file::take_back() {
   struct stat status;
   if (!regular_ || !beside_.empty() || fstat(descriptor_, &status) != 0) return;
-  if (status.st_size != lseek(descriptor_, 0, SEEK_CUR)) return;
+  if (status.st_size != length_) return;
   if (call_truncate(descriptor_, whole_) != 0) return;
   lseek(descriptor_, whole_, SEEK_SET);
+  length_ = whole_;
   failed_ = false;
 }
 
@@ -268,7 +276,7 @@ bool output_file::flush() {
     take_back();
     return false;
   }
-  if (regular_) whole_ = lseek(descriptor_, 0, SEEK_CUR);
+  whole_ = length_;
   return true;
 }
 
@@ -279,6 +287,8 @@ bool output_file::publish() {
   if (call_rename(beside_, target_) != 0) return fail();
   beside_.clear();
   note_written_file(target_);
+  struct stat status;
+  if (fstat(descriptor_, &status) == 0) note_file_in_place(number_, status);
   // The entry of the folder is to last, too. Where folders can't be synchronised nothing is lost.
   const int folder = call_open(directory_of(target_), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder >= 0) {
@@ -309,7 +319,7 @@ void output_file::forget() {
   beside_.clear();
   waiting_.clear();
   regular_ = failed_ = false;
-  whole_ = 0;
+  length_ = whole_ = 0;
 }
 
 }  // namespace zeb

@@ -20,14 +20,17 @@ class output_file {
   output_file(output_file&&) noexcept;
   output_file& operator=(output_file&&) noexcept;
 
-  /// Begins a new file. False, and `fault` says why, also for files that are in use.
-  bool create(const std::string& name);
+  /// Begins a new file. False, and `fault` says why, also for files that are in use. A name that
+  /// is a link leads on, or else the new file takes its place.
+  bool create(const std::string& name, bool follow_links = true);
   /// Goes on at the end of a file, or begins it. What is written then stands in the file at once.
   bool append(const std::string& name);
   bool is_open() const { return descriptor_ >= 0; }
   /// Can it be written on? Not after a failure that left a part of the text.
   bool goes_on() const { return is_open() && !failed_; }
   const std::string& name() const { return name_; }
+  /// Where the name leads to, whatever the working directory is by now.
+  const std::string& target() const { return target_; }
   /// What went wrong, in words; empty: nothing.
   const std::string& fault() const { return fault_; }
   /// The same to stand after the name in a message: " (it is in use)".
@@ -63,7 +66,8 @@ class output_file {
   std::string waiting_;
   bool regular_ = false;
   bool failed_ = false;  // nothing more is written
-  off_t whole_ = 0;      // length up to the last success
+  off_t length_ = 0;     // with what was written last
+  off_t whole_ = 0;      // up to the last success
   std::string fault_;
 };
 

@@ -1,6 +1,7 @@
 #include "base/process.h"
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <vector>
 
@@ -15,6 +16,8 @@ namespace {
 
 struct end_of_process {
   std::vector<quit_hook> hooks;
+  std::vector<quit_hook> closing_hooks;
+  std::string losses;
 };
 end_of_process at_quit;
 
@@ -31,12 +34,23 @@ double wall_clock() {
 
 void add_quit_hook(quit_hook hook) { at_quit.hooks.push_back(hook); }
 
+void add_closing_hook(quit_hook hook) { at_quit.closing_hooks.push_back(hook); }
+
+void note_loss(const std::string& what) {
+  process.failed = true;
+  at_quit.losses += what + "\n";
+}
+
 void run_quit_hooks() {
   for (const quit_hook hook : at_quit.hooks) hook();
 }
 
 void end_process(int status) {
+  constexpr int status_of_failure = 255;
+  for (const quit_hook hook : at_quit.closing_hooks) hook();
   if (hooks_of_base.close_outputs) hooks_of_base.close_outputs();
+  std::fputs(at_quit.losses.c_str(), stderr);
+  if (process.failed && status == 0) status = status_of_failure;
   std::exit(status);  // NOLINT(concurrency-mt-unsafe)
 }
 

@@ -1,13 +1,15 @@
 // The process: how it runs, its clock and its end.
 #pragma once
 
+#include <string>
+
 namespace zeb {
 
 struct process_state {
   bool background = false;  // no console, no questions, errors are fatal
   bool slave = false;       // works for a parent; always with `background`
   bool batch = false;       // runs a file: nobody to ask, errors end it, output is for a program
-  bool failed = false;      // a command of a batch run failed
+  bool failed = false;      // a command of a batch run failed, or an output was lost
   int ended_by = 0;         // the signal that ends the process after the running command
 };
 extern process_state process;
@@ -24,12 +26,18 @@ void end_by_signal(int signal);
 /// Seconds of the wall clock, with a fraction.
 double wall_clock();
 
-/// What `quit` must close, in the order of registration: open drawings, tree files, slaves.
+/// What `quit` does first, in the order of registration: a last saving of trees, and the like.
 using quit_hook = void (*)();
 void add_quit_hook(quit_hook hook);
 void run_quit_hooks();
+/// What is closed whenever the process ends: open drawings, tree files.
+void add_closing_hook(quit_hook hook);
 
-/// Ends the process: closes files, the log and the console.
+/// Something that the user counts on couldn't be written, too late for an error: told on the
+/// standard error when the process ends, with a status of failure.
+void note_loss(const std::string& what);
+
+/// Ends the process: closes files, the console and the log.
 [[noreturn]] void end_process(int status);
 
 }  // namespace zeb

@@ -13,11 +13,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <system_error>
 
+#include "base/input_file.h"
+#include "base/output_file.h"
 #include "base/process.h"
 #include "base/signals.h"
 #include "console/keys.h"
@@ -55,33 +53,17 @@ std::string history_file() {
 }
 
 void read_history() {
-  std::ifstream file(history_file(), std::ios::binary);
-  if (!file) return;
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
-  terminal.history.read_file_text(text);
+  input_file file;
+  if (file.open(history_file(), false)) terminal.history.read_file_text(file.rest());
 }
 
-// Written aside and renamed, so that a process that is killed meanwhile leaves the old file whole.
-// A link goes on to lead to the file.
+// A process that is killed meanwhile leaves the old file whole; without a history work goes on.
 void write_history() {
-  std::error_code fault;
   const std::string name = history_file();
-  if (name.empty()) return;
-  std::filesystem::path target = std::filesystem::canonical(name, fault);
-  if (fault) target = name;
-  const std::string aside = target.string() + "." + std::to_string(getpid());
-  std::ofstream file(aside, std::ios::binary);
-  const std::filesystem::file_status former = std::filesystem::status(target, fault);
-  if (std::filesystem::exists(former)) {
-    std::filesystem::permissions(aside, former.permissions(), fault);
-  }
-  file << terminal.history.file_text();
+  output_file file;
+  if (name.empty() || !file.create(name)) return;
+  file.put(terminal.history.file_text());
   file.close();
-  if (file) {
-    std::filesystem::rename(aside, target, fault);
-    if (!fault) return;
-  }
-  std::filesystem::remove(aside, fault);
 }
 
 // Follows the terminal's size; a size set by `screen` holds until the terminal changes.

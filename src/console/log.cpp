@@ -2,10 +2,9 @@
 
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
+#include <cstdio>
 
-#include "base/safe_mode.h"
+#include "base/process.h"
 #include "console/console.h"
 #include "console/screen.h"
 
@@ -20,45 +19,55 @@ constexpr std::size_t longest_file_name = 159;
 
 // As the console needs its lines where the log is the same terminal.
 void end_lines_for_screen(std::string& text) {
-  if (log_file.stream != stdout || !screen.up || !isatty(STDOUT_FILENO)) return;
+  if (log_file.name != "stdout" || !screen.up || !isatty(STDOUT_FILENO)) return;
   hide_progress();
   for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1)) {
     text.insert(++at, 1, '\r');
   }
 }
 
-// A log that can't be written (disk full, file system gone) is closed and the user told, once.
-void write_out() {
-  if (log_file.waiting.empty() || !log_file.stream) return;
-  end_lines_for_screen(log_file.waiting);
-  const bool written = std::fwrite(log_file.waiting.data(), 1, log_file.waiting.size(),
-                                   log_file.stream) == log_file.waiting.size() &&
-                       std::fflush(log_file.stream) == 0;
+// A log that can't be written (disk full, file system gone) is closed and the user told, once. The
+// log is all that a run in the background has: it doesn't go on without.
+void lose_log() {
+  constexpr int status_of_failure = 255;
+  const std::string text =
+      "Cannot write to log file " + log_file.name + log_file.file.cause() + ": log closed\n";
+  log_file.file.discard();
   log_file.waiting.clear();
-  if (written) return;
-  const std::string reason = std::strerror(errno);  // NOLINT(concurrency-mt-unsafe)
-  const std::string name = log_file.name;
-  close_log();
-  write_console("Cannot write to log file " + name + " (" + reason + "): log closed\n");
+  log_file.name.clear();
+  note_failure();
+  if (!process.background) return write_console(text);
+  std::fputs(text.c_str(), stderr);
+  end_process(status_of_failure);
+}
+
+void hand_over() {
+  end_lines_for_screen(log_file.waiting);
+  log_file.file.put(log_file.waiting);
+  log_file.waiting.clear();
+}
+
+void write_out() {
+  hand_over();
+  if (!log_file.file.flush()) lose_log();
 }
 
 }  // namespace
 
 bool open_log(const std::string& name, bool append) {
   close_log();
-  if (name == "stdout") {
-    log_file.stream = stdout;
-  } else if (name.size() <= longest_file_name && refusal_of_writing(name).empty()) {
-    log_file.stream = std::fopen(name.c_str(), append ? "ab" : "wb");
-    if (log_file.stream) note_written_file(name);
-  }
-  if (log_file.stream) log_file.name = name;
-  return log_file.stream != nullptr;
+  if (name.size() > longest_file_name) return false;
+  const bool opened = name == "stdout" ? log_file.file.create("/dev/stdout")
+                      : append         ? log_file.file.append(name)
+                                       : log_file.file.create(name);
+  if (!opened) return false;
+  log_file.name = name;
+  log_file.fresh = true;
+  return true;
 }
 
 void write_log(std::string_view text) {
-  if (!log_file.stream) return;
-  while (!text.empty() && log_file.stream) {
+  while (!text.empty() && log_is_open()) {
     if (log_file.waiting.size() == log_buffer_size) write_out();
     const std::string_view piece = text.substr(0, log_buffer_size - log_file.waiting.size());
     log_file.waiting += piece;
@@ -66,19 +75,20 @@ void write_log(std::string_view text) {
   }
 }
 
-void flush_log() { write_out(); }
+void flush_log() {
+  if (!log_is_open()) return;
+  if (log_file.fresh) {
+    log_file.fresh = false;
+    return write_out();
+  }
+  hand_over();
+  if (!log_file.file.publish()) lose_log();
+}
 
 void close_log() {
-  if (!log_file.stream) return;
-  std::FILE* const stream = log_file.stream;
-  if (!log_file.waiting.empty()) {
-    end_lines_for_screen(log_file.waiting);
-    std::fwrite(log_file.waiting.data(), 1, log_file.waiting.size(), stream);
-    std::fflush(stream);
-    log_file.waiting.clear();
-  }
-  if (stream != stdout) std::fclose(stream);
-  log_file.stream = nullptr;
+  if (!log_is_open()) return;
+  hand_over();
+  if (!log_file.file.close()) return lose_log();
   log_file.name.clear();
 }
 

@@ -120,7 +120,7 @@ void flush_line() {
     std::fflush(output.diversion);
     return;
   }
-  if (log_file.stream && !(output.output_mask & no_log)) write_log(text);
+  if (log_is_open() && !(output.output_mask & no_log)) write_log(text);
   if (!(output.output_mask & no_text_buffer)) add_to_text_buffer(text);
   if ((output.output_mask & no_console) || process.background) return;
   poll_for_interrupt();

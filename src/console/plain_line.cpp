@@ -10,6 +10,7 @@
 #include "base/command.h"
 #include "base/file_calls.h"
 #include "base/interrupts.h"
+#include "base/process.h"
 #include "base/signals.h"
 
 namespace zeb {
@@ -40,6 +41,7 @@ void read_more() {
   if (n > 0) {
     plain.waiting.append(piece, static_cast<std::size_t>(n));
   } else {
+    if (n < 0) note_loss("Cannot read the standard input (" + last_cause() + ")");
     plain.ended = true;
   }
 }

@@ -17,8 +17,8 @@ namespace {
 constexpr int first_kilobytes = 200;
 
 void close_outputs() {
-  close_log();
   end_console();
+  close_log();
 }
 
 }  // namespace

@@ -174,6 +174,10 @@ void refuse_open_file(const std::string& name) {
       error_end("File", name, "already in use");
     }
   }
+  // What is read from the log would be written to its end again, and so on.
+  const open_file* const written = find_open_file(name, true);
+  if (written && log_is_open() && written->name == log_file.file.target())
+    error_end("File", name, "already in use");
 }
 
 // What is left of the command that failed goes, unless its ";" has been read already.
@@ -298,6 +302,7 @@ void rewind_top_frame() {
   frame.at_end = false;
   frame.line_number = 0;
   begin_text(frame);
+  check_reading(frame);
   input.read_position = frame.text;
 }
 
@@ -354,9 +359,10 @@ bool level_zero_ended() {
 bool is_current_file(std::string_view name) { return name == top_frame().name; }
 
 bool take_up_execute_file() {
-  const execute_file file = take_execute_file();
-  if (file.copy.empty()) return false;
-  push_file(file.copy, {}, true);
+  execute_file file = take_execute_file();
+  if (!file.instructions.is_open()) return false;
+  check_nesting();
+  push_opened_file(std::move(file.instructions), {});
   report_line("New instruction set taken up from", file.name);
   return true;
 }

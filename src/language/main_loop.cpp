@@ -23,6 +23,7 @@
 #include "language/interpreter.h"
 #include "language/methods.h"
 #include "language/run_mode.h"
+#include "language/steering.h"
 
 namespace zeb {
 namespace {
@@ -110,6 +111,7 @@ int run_process(int argc, char** argv) {
       return run_batch(call.files, run_file_in_batch);
     case run_mode::background:
       go_to_background();
+      remove_left_steering_files();
       break;
     case run_mode::interactive:
     case run_mode::commands:

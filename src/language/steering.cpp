@@ -5,10 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <ctime>
+#include <utility>
 
 #include "base/command.h"
-#include "base/input_file.h"
+#include "base/file_calls.h"
 #include "base/message_text.h"
 #include "base/output_file.h"
 #include "base/process.h"
@@ -32,19 +33,22 @@ std::string steering_file(const char* what) {
   return text_of("%s_zeb_%i", what, static_cast<int>(getpid()));
 }
 
-// Where others may put files, only the user's own steer the run, and no links.
+// Only what the user of this run left counts: the names can be guessed.
 bool is_there(const std::string& name) {
-  struct stat status;
-  return lstat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-         status.st_uid == geteuid() && access(name.c_str(), R_OK) == 0;
+  input_file file;
+  return file.open_own(name);
 }
 
-bool copy_file(const std::string& from, const std::string& to) {
-  input_file source;
+std::string copy_name(int number) {
+  return text_of(".zebexec_%i_zeb_%i", number, static_cast<int>(getpid()));
+}
+
+// The copy is made anew, whatever was planted under its name.
+bool copy_file(input_file& from, const std::string& to) {
   output_file copy;
-  if (!source.open(from) || !copy.create(to)) return false;
-  copy.put(source.rest());
-  return source.fault().empty() && copy.close();
+  if (!copy.create(to, false)) return false;
+  copy.put(from.rest());
+  return from.fault().empty() && copy.close();
 }
 
 void wait_while_paused() {
@@ -54,7 +58,7 @@ void wait_while_paused() {
 }
 
 void remove_execute_file(const std::string& file) {
-  if (std::remove(file.c_str()) == 0) return;
+  if (call_remove(file) == 0) return;
   steering.execute_counter = -1;
   emit("\n------------  N O T E  -----------------\n");
   emit("File \"", file, "\" cannot be removed!\n");
@@ -73,7 +77,7 @@ bool stop_asked_by_file() {
   steering.last_look = time;
   const std::string stop = steering_file("stop");
   if (is_there(stop)) {
-    std::remove(stop.c_str());
+    call_remove(stop);
     return true;
   }
   wait_while_paused();
@@ -84,14 +88,33 @@ execute_file take_execute_file() {
   if (!process.background || process.slave || safe_mode.on || steering.execute_counter < 0) {
     return {};
   }
-  const std::string file = steering_file("execute");
-  if (!is_there(file)) return {};
-  const std::string copy =
-      text_of(".zebexec_%i_zeb_%i", steering.execute_counter, static_cast<int>(getpid()));
-  if (!copy_file(file, copy)) return {};
+  const std::string name = steering_file("execute");
+  struct stat status;
+  if (lstat(name.c_str(), &status) != 0) return {};
+  const std::string copy = copy_name(steering.execute_counter);
+  execute_file file;
+  input_file left;
+  if (!left.open_own(name) || !copy_file(left, copy) || !file.instructions.open_own(copy)) {
+    report_line("Cannot take up instructions from", name + left.cause());
+    return {};
+  }
   ++steering.execute_counter;
-  remove_execute_file(file);
-  return {file, copy};
+  remove_execute_file(name);
+  file.name = name;
+  return file;
+}
+
+void remove_left_steering_files() {
+  // A file that is younger may have been left for this run.
+  constexpr double oldest_of_this_run = 60;  // seconds
+  const auto remove_if_old = [](const std::string& name) {
+    struct stat status;
+    if (lstat(name.c_str(), &status) != 0 || status.st_uid != geteuid()) return false;
+    if (wall_clock() - static_cast<double>(status.st_mtime) < oldest_of_this_run) return false;
+    return call_remove(name) == 0;
+  };
+  for (const char* what : {"stop", "pause", "execute"}) remove_if_old(steering_file(what));
+  for (int number = 1; remove_if_old(copy_name(number)); ++number) continue;
 }
 
 }  // namespace zeb

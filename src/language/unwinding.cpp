@@ -58,7 +58,7 @@ void end_background_run() {
 
 // A background run shows nothing and asks nobody: without a log its error would be lost.
 void tell_without_log(std::string message) {
-  if (!process.background || log_file.stream) return;
+  if (!process.background || log_is_open()) return;
   std::replace(message.begin(), message.end(), '\n', ' ');
   std::fprintf(stderr, "zeb: %s\n", message.c_str());
 }

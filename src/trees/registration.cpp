@@ -1,7 +1,5 @@
 #include "trees/registration.h"
 
-#include <cstdlib>
-
 #include "base/command.h"
 #include "base/process.h"
 #include "language/hooks.h"
@@ -58,11 +56,10 @@ void register_trees() {
   add_command_over_hook(settle_tree_buffer);
   add_command_over_hook(auto_save_if_due);
 
-  add_quit_hook(auto_save_now);
+  add_quit_hook(auto_save_at_end);
   add_quit_hook(rescue_trees);
-  add_quit_hook(abandon_tree_file);
-  std::atexit(abandon_tree_file);
-  std::atexit([] { close_svg_file(); });
+  add_closing_hook(abandon_svg_file);
+  add_closing_hook(abandon_tree_file);
 }
 
 }  // namespace zeb

@@ -96,13 +96,59 @@ def pause_file_holds_the_run():
     expect(status == 0 and "over" in log, f"pause file: {status} {log!r}")
 
 
+def links_and_files_of_others_are_not_obeyed():
+    run = BackgroundRun("pause 2;", victim="mine", orders="quote planted; quit;")
+    run.file("execute").symlink_to("orders")
+    status, log = run.finish()
+    expect(status == 1 and "planted" not in log and "Cannot take up" in log,
+           f"a linked execute file: {status} {log!r}")
+    run = BackgroundRun("pause 2;", victim="mine")
+    (run.where / f".zebexec_1_zeb_{run.process.pid}").symlink_to("victim")
+    run.file("execute").write_text("quote one more; quit;")
+    status, log = run.finish()
+    expect(status == 0 and "one more" in log and (run.where / "victim").read_text() == "mine",
+           f"a link under the name of the copy: {status} {log!r}")
+    if os.geteuid() == 0:
+        run = BackgroundRun("pause 2;")
+        run.file("execute").write_text("quote planted; quit;")
+        os.chown(run.file("execute"), 12345, 12345)
+        status, log = run.finish()
+        expect(status == 1 and "planted" not in log, f"an execute file of another user: {log!r}")
+
+
+def what_an_earlier_process_left_goes():
+    with tempfile.TemporaryDirectory(prefix="zeb_steering_") as name:
+        where = pathlib.Path(name)
+
+        def leave_files():
+            for file in (f"stop_zeb_{os.getpid()}", f"execute_zeb_{os.getpid()}", f".zebexec_1_zeb_{os.getpid()}"):
+                (where / file).write_text("quote old; quit;")
+                os.utime(where / file, (1, 1))
+
+        process = subprocess.run([ZEB, "bground", "log out.log; pause 1;"], cwd=where, preexec_fn=leave_files,
+                                 stdin=subprocess.DEVNULL, timeout=60)
+        left = sorted(file.name for file in where.iterdir())
+        expect(process.returncode == 1 and left == ["out.log"], f"left by an earlier process: {left}")
+
+
+def a_log_that_cannot_be_had_ends_the_run():
+    for log in ("none/out.log", "/dev/full"):
+        process = subprocess.run([ZEB, "bground", f"log {log}; quote never; quit;"], timeout=60,
+                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        expect(process.returncode == 255 and log.encode() in process.stderr,
+               f"log {log}: {process.returncode} {process.stderr!r}")
+
+
 def main():
     tests = [execute_file_is_taken_up_where_the_instructions_end,
              quit_takes_up_execute_files_one_after_the_other,
              stop_file_ends_the_run,
              after_a_stop_new_instructions_are_taken_up,
              stop_file_ends_a_search_and_the_arguments_go_on,
-             pause_file_holds_the_run]
+             pause_file_holds_the_run,
+             links_and_files_of_others_are_not_obeyed,
+             what_an_earlier_process_left_goes,
+             a_log_that_cannot_be_had_ends_the_run]
     threads = [threading.Thread(target=test) for test in tests]
     for thread in threads:
         thread.start()

@@ -8,12 +8,12 @@
 
 #include "base/arena.h"
 #include "base/command.h"
-#include "console/log.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "start_up.h"
+#include "support/captured_log.h"
 
 namespace zeb_test {
 
@@ -34,19 +34,11 @@ inline void start_program() {
 /// What `action` prints.
 template <class function>
 std::string printed_by(function&& action) {
-  char* printed = nullptr;
-  std::size_t size = 0;
-  std::FILE* log = open_memstream(&printed, &size);
-  zeb::log_file.stream = log;
+  captured_log log;
   zeb::output.output_mask = zeb::no_console;
   action();
-  zeb::flush_log();
-  zeb::log_file.stream = nullptr;
   zeb::output.output_mask = 0;
-  std::fclose(log);
-  std::string result(printed, size);
-  std::free(printed);
-  return result;
+  return log.text();
 }
 
 /// Runs the commands of `text` as a file of its own, or the first of them; returns what they print,

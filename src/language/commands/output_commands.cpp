@@ -64,7 +64,7 @@ void log_command() {
   const bool append = accept_char('+');
   const bool quoted = skip_blanks_peek() == '"';
   if (read_file_name() == 0 && !append) {
-    if (log_file.stream) {
+    if (log_is_open()) {
       report_line("Log file:", log_file.name);
     } else {
       report_line("No Log file open");
@@ -74,9 +74,7 @@ void log_command() {
   const std::string name(token());
   check_end();
   if (name == "/" && !append && !quoted) return close_log();
-  if (!open_log(name, append)) {
-    error_end("Cannot open file", name + cause_text(refusal_of_writing(name)));
-  }
+  if (!open_log(name, append)) error_end("Cannot open file", name + log_file.file.cause());
   if (settings.report) report_line("Log file:", log_file.name);
 }
 
@@ -109,12 +107,14 @@ void svtxt_command() {
     first = std::max(first, 1);
   }
   check_end();
-  if (!log_file.stream) error_end("No log file open");
+  if (!log_is_open()) error_end("No log file open");
   if (given && (first > lines || last > lines)) error_end("Only", lines, "lines in display buffer");
   if (lines == 0) return report_line("Display buffer is empty: nothing saved");
   for (int number = first; number <= last; ++number) {
     write_log(display_buffer.line(static_cast<std::size_t>(number - 1)) + "\n");
   }
+  flush_log();
+  if (!log_is_open()) error_end("Lines of the display buffer aren't saved: the log is closed");
   report_line("Buffer: lines", first, last, "saved to", log_file.name);
 }
 

@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/process.h"
 #include "trees/drawing/svg_text.h"
 
 namespace zeb {
@@ -68,6 +69,12 @@ void grow_svg_page(double left, double top, double right, double bottom) {
 }
 
 void let_svg_file_take_additions() { svg_file.takes_additions = true; }
+
+void abandon_svg_file() {
+  if (!svg_file.takes_additions) return svg_file.file.discard();
+  const std::string name = svg_file.file.name();
+  if (!close_svg_file()) note_loss("Cannot write to file " + name + svg_file.file.cause());
+}
 
 bool close_svg_file() {
   if (!svg_file.file.is_open()) return true;

@@ -29,5 +29,8 @@ void let_svg_file_take_additions();
 /// Ends the drawing, with the page as large as all that it holds. Nothing without an open file.
 /// False when something couldn't be written: then there is no new file.
 bool close_svg_file();
+/// The same when the process ends: what couldn't be written is noted as lost, and a drawing that
+/// an error ended is dropped.
+void abandon_svg_file();
 
 }  // namespace zeb

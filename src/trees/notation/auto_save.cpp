@@ -1,12 +1,18 @@
 #include "trees/notation/auto_save.h"
 
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "base/command.h"
 #include "base/errors.h"
+#include "base/file_calls.h"
 #include "base/output_file.h"
 #include "base/process.h"
+#include "console/output.h"
 #include "matrix/matrix.h"
 #include "trees/notation/compact_format.h"
 #include "trees/notation/parenthetical_writer.h"
@@ -45,10 +51,66 @@ void write_results(output_file& file) {
   }
 }
 
+std::string file_path(int number) { return auto_save.path + (number == 1 ? "-1" : "-2"); }
+
+saved_file& written_by_this_run(int number) { return auto_save.written[number == 1 ? 0 : 1]; }
+
+bool is_there(const std::string& path, struct stat& status) {
+  return lstat(path.c_str(), &status) == 0;
+}
+
+// A file that this run hasn't written holds the results of another one.
+void keep_results_of_others(int number) {
+  struct stat status;
+  const std::string path = file_path(number);
+  if (!is_there(path, status) || !S_ISREG(status.st_mode)) return;
+  const saved_file& own = written_by_this_run(number);
+  if (own.node == status.st_ino && own.device == status.st_dev) return;
+  std::string kept = path + ".kept";
+  struct stat other;
+  for (int n = 2; is_there(kept, other); ++n) kept = path + ".kept" + std::to_string(n);
+  if (call_rename(path, kept) == 0) {
+    emit("File ", path, " of another run is kept as ", kept, "\n");
+  } else {
+    warning("File", path, "of another run can't be kept under another name:", last_cause());
+    auto_save.seconds = 0;
+  }
+}
+
+// Returns why it failed; empty: it didn't.
+std::string save() {
+  const std::string path = file_path(auto_save.next);
+  auto_save.last_saved = wall_clock();
+  keep_results_of_others(auto_save.next);
+  if (auto_save.seconds <= 0) return {};
+  output_file file;
+  if (file.create(path)) write_results(file);
+  if (!file.is_open() || !file.close()) return "Cannot auto-save to file " + path + file.cause();
+  struct stat status;
+  if (is_there(path, status)) written_by_this_run(auto_save.next) = {status.st_dev, status.st_ino};
+  auto_save.next = 3 - auto_save.next;
+  note_trees_saved();
+  return {};
+}
+
+bool wanted() { return auto_save.seconds > 0 && store.ntrees > 0; }
+
 }  // namespace
 
 void set_auto_save(int seconds, const std::string& name, bool parenthetical) {
-  auto_save = {seconds, name, parenthetical, 1, wall_clock(), auto_save.view};
+  std::error_code fault;
+  const std::string path = name.empty() ? name : std::filesystem::absolute(name, fault).string();
+  const bool same_files = path == auto_save.path;
+  auto_save.seconds = seconds;
+  auto_save.name = name;
+  auto_save.parenthetical = parenthetical;
+  auto_save.next = 1;
+  auto_save.last_saved = wall_clock();
+  auto_save.path = path;
+  auto_save.failing = false;
+  if (!same_files) auto_save.written = {};
+  if (seconds <= 0) return;
+  for (const int number : {1, 2}) keep_results_of_others(number);
 }
 
 void set_auto_save_view(tree_view view) { auto_save.view = std::move(view); }
@@ -59,18 +121,17 @@ void auto_save_if_due() {
 }
 
 void auto_save_now() {
-  if (auto_save.seconds <= 0 || store.ntrees == 0) return;
-  const std::string target = auto_save.name + (auto_save.next == 1 ? "-1" : "-2");
-  auto_save.last_saved = wall_clock();
-  output_file file;
-  if (file.create(target)) write_results(file);
-  if (!file.is_open() || !file.close()) {
-    auto_save.seconds = 0;
-    warning("Cannot auto-save to file", target + file.cause(), "\nAuto-save is off");
-    return;
-  }
-  auto_save.next = 3 - auto_save.next;
-  note_trees_saved();
+  if (!wanted()) return;
+  const std::string failure = save();
+  const bool is_new = !failure.empty() && !auto_save.failing;
+  auto_save.failing = !failure.empty();
+  if (is_new) warning(failure + "\nAuto-saving will be tried again");
+}
+
+void auto_save_at_end() {
+  if (!wanted()) return;
+  const std::string failure = save();
+  if (!failure.empty()) note_loss(failure);
 }
 
 }  // namespace zeb

@@ -28,9 +28,9 @@ namespace {
 
 // What can't be written isn't there, and the trees of former commands stay; a new file that had
 // none yet is given up.
-void write_trees(const std::string& text, int count) {
+void write_trees(const std::string& text, int count, bool closing) {
   tree_file.file.put(text);
-  if (!tree_file.file.publish()) {
+  if (!closing && !tree_file.file.publish()) {
     if (!tree_file.file.goes_on()) tree_file.file.discard();
     not_writable();
   }
@@ -116,7 +116,7 @@ void add_parenthetical(std::string& text, const std::string& tree) {
   text += tree;
 }
 
-void save_compact(std::span<const std::uint8_t> chosen) {
+void save_compact(std::span<const std::uint8_t> chosen, bool closing) {
   bool warned = false;
   int count = 0;
   std::vector<std::uint8_t> bytes;
@@ -138,7 +138,7 @@ void save_compact(std::span<const std::uint8_t> chosen) {
       append_compact_tree(complete, matrix.ntax, bytes);
     }
   }
-  write_trees(as_text(bytes), count);
+  write_trees(as_text(bytes), count, closing);
 }
 
 }  // namespace
@@ -146,7 +146,8 @@ void save_compact(std::span<const std::uint8_t> chosen) {
 void abandon_tree_file() {
   if (!tree_file.file.is_open()) return;
   if (tree_file.parenthetical) tree_file.file.put(";\nproc/;\n");
-  tree_file.file.close();
+  if (!tree_file.file.close())
+    note_loss("Cannot write to tree file " + tree_file.name + tree_file.file.cause());
 }
 
 void open_tree_file(const std::string& name, bool parenthetical) {
@@ -166,7 +167,7 @@ void close_tree_file(const char* closing) {
 void save_trees(std::span<const std::uint8_t> chosen, tree_writing how) {
   if (!tree_file.parenthetical) {
     if (how.active_only) error_end("Can't save trees for active taxa in compact mode");
-    return save_compact(chosen);
+    return save_compact(chosen, how.closing);
   }
   std::string text;
   int count = 0;
@@ -176,7 +177,7 @@ void save_trees(std::span<const std::uint8_t> chosen, tree_writing how) {
     add_parenthetical(text, how.active_only ? active_tree_text(tree) : stored_tree_text(tree));
     ++count;
   }
-  write_trees(text, count);
+  write_trees(text, count, how.closing);
 }
 
 void save_tags() {
@@ -186,7 +187,7 @@ void save_tags() {
   if (!tags.tags_present) error_end("No tags to save");
   std::string text;
   add_parenthetical(text, tag_tree_text());
-  write_trees(text, 1);
+  write_trees(text, 1, false);
 }
 
 }  // namespace zeb

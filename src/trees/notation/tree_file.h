@@ -29,14 +29,15 @@ void close_tree_file(const char* closing = ";\nproc-;\n");
 /// Which taxa are written, and as what.
 struct tree_writing {
   bool active_only = false;  // inactive taxa are left out, active ones numbered from 0
+  bool closing = false;      // the file is closed next, and is new or old until then
 };
 /// Writes the flagged trees to the open file, all or none.
 void save_trees(std::span<const std::uint8_t> chosen, tree_writing how);
 /// Writes the tag tree to the open file, which must be parenthetical.
 void save_tags();
 
-/// Closes it when the process ends, however it ends: a parenthetical file can be run. Nobody is
-/// left to hear of errors.
+/// Closes it when the process ends, however it ends: a parenthetical file can be run. What couldn't
+/// be written is noted as lost.
 void abandon_tree_file();
 
 }  // namespace zeb

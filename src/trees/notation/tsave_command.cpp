@@ -62,7 +62,7 @@ void save_in_one_shot(bool parenthetical) {
   }
   require_trees();
   open_tree_file(name, parenthetical);
-  save_trees(std::vector<std::uint8_t>(at(store.ntrees), 1), {});
+  save_trees(std::vector<std::uint8_t>(at(store.ntrees), 1), {.closing = true});
   close_by_user();
   note_trees_saved();
 }

@@ -1,9 +1,11 @@
 #include "base/output_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -126,6 +128,67 @@ TEST_F(writing_files, what_was_left_by_a_process_that_died_goes) {
   EXPECT_EQ(files(), 3);  // the one being written stays
   EXPECT_TRUE(file.close());
   EXPECT_TRUE(being_written.close());
+}
+
+// The file may grow to so many bytes.
+void limit_files_to(rlim_t bytes) {
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = bytes;
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+TEST_F(writing_files, a_part_that_was_written_is_taken_back) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  const std::string piece(100, 'x');
+  write(name_, piece);
+  output_file appended;
+  ASSERT_TRUE(appended.append(name_));
+  output_file replaced;
+  ASSERT_TRUE(replaced.create(folder_ + "/other"));
+  replaced.put(piece);
+  ASSERT_TRUE(replaced.publish());
+  for (output_file* file : {&appended, &replaced}) {
+    limit_files_to(250);
+    file->put(piece);
+    EXPECT_TRUE(file->flush());
+    file->put(piece);
+    EXPECT_FALSE(file->flush());
+    EXPECT_EQ(file->cause(), " (File too large)");
+    EXPECT_EQ(text_of_file(file->target()), piece + piece);
+    limit_files_to(RLIM_INFINITY);
+    file->put("the end");
+    EXPECT_TRUE(file->close());
+  }
+  EXPECT_EQ(text(), piece + piece + "the end");
+  EXPECT_EQ(text_of_file(folder_ + "/other"), piece + piece + "the end");
+  output_file unpublished;
+  ASSERT_TRUE(unpublished.create(name_));
+  limit_files_to(50);
+  unpublished.put(piece);
+  EXPECT_FALSE(unpublished.publish());
+  EXPECT_FALSE(unpublished.goes_on());
+  EXPECT_FALSE(unpublished.close());
+  limit_files_to(RLIM_INFINITY);
+  EXPECT_EQ(text(), piece + piece + "the end");
+  EXPECT_EQ(files(), 2);
+}
+
+TEST_F(writing_files, without_following_links_a_new_file_takes_the_place_of_one) {
+  write(folder_ + "/victim", "mine");
+  std::filesystem::create_symlink("victim", name_);
+  output_file file;
+  ASSERT_TRUE(file.create(name_, false));
+  file.put("new");
+  EXPECT_TRUE(file.close());
+  EXPECT_EQ(text_of_file(folder_ + "/victim"), "mine");
+  EXPECT_FALSE(std::filesystem::is_symlink(name_));
+  EXPECT_EQ(text(), "new");
+  input_file own;
+  EXPECT_TRUE(own.open_own(name_));
+  std::filesystem::create_symlink("victim", folder_ + "/link");
+  EXPECT_FALSE(own.open_own(folder_ + "/link"));
+  EXPECT_FALSE(own.open_own("/dev/null"));
 }
 
 TEST_F(writing_files, failures_are_told) {

@@ -90,7 +90,7 @@ TEST_F(output_to_buffer, the_log_is_complete_when_it_is_closed) {
   text << file.rdbuf();
   EXPECT_EQ(text.str(), expected + "added \n");
   EXPECT_FALSE(open_log(testing::TempDir() + "no/such/folder/x.log", false));
-  EXPECT_EQ(log_file.stream, nullptr);
+  EXPECT_FALSE(log_is_open());
   EXPECT_FALSE(open_log(std::string(160, 'x'), false));
   std::remove(name.c_str());
 }

@@ -9,9 +9,9 @@
 #include "base/process.h"
 #include "base/random.h"
 #include "base/time_limit.h"
-#include "console/log.h"
 #include "console/output.h"
 #include "language/input.h"
+#include "support/captured_log.h"
 #include "support/program.h"
 
 namespace zeb {
@@ -30,24 +30,17 @@ run_of_string run_string(const std::string& text) {
   zeb_test::start_program();
   string_to_run = text;
   string_ended = false;
-  char* printed = nullptr;
-  std::size_t size = 0;
-  log_file.stream = open_memstream(&printed, &size);
+  zeb_test::captured_log log;
   output.output_mask = no_console;
   run_in_jump_context([] {
     run_command_string(string_to_run);
     string_ended = true;
   });
-  flush_log();
-  std::fclose(log_file.stream);
-  log_file.stream = nullptr;
   EXPECT_EQ(output.output_mask, no_console) << text;
   EXPECT_EQ(command_string_depth(), 0) << text;
   EXPECT_EQ(input.top, 0) << text;
   output.output_mask = 0;
-  run_of_string result{string_ended, std::string(printed, size)};
-  std::free(printed);
-  return result;
+  return {string_ended, log.text()};
 }
 
 TEST(command_strings, run_in_silence_and_keep_what_they_set) {

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "base/command.h"
-#include "console/log.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "support/captured_log.h"
 #include "support/program.h"
 
 namespace zeb {
@@ -75,9 +75,7 @@ outcome_of read(const std::string& text) {
   zeb_test::start_program();
   outcome_of result;
   output.output_mask = no_console;
-  char* printed = nullptr;
-  std::size_t size = 0;
-  log_file.stream = open_memstream(&printed, &size);
+  zeb_test::captured_log log;
   push_string(text, "test");
   const jump_context context;
   try {
@@ -86,15 +84,11 @@ outcome_of read(const std::string& text) {
                                            if (wanted.applied == 13) error_end("Not thirteen");
                                          });
   } catch (const command_unwinding&) {
-    std::fflush(log_file.stream);
-    const std::string all(printed, size);
+    const std::string all = log.text();
     const std::string lines = all.substr(0, all.find_last_not_of(" \n") + 1);
     result.error = lines.substr(lines.rfind('\n') + 1);
   }
-  std::fclose(log_file.stream);
-  log_file.stream = nullptr;
   output.output_mask = 0;
-  std::free(printed);
   pop_all();
   return result;
 }
