@@ -8,6 +8,7 @@
 #include "formats/nexus/data_block.h"
 #include "formats/nexus/nexus_file.h"
 #include "formats/nexus/trees_block.h"
+#include "language/fit_text.h"
 #include "language/input.h"
 
 namespace zeb {
@@ -15,7 +16,7 @@ namespace zeb {
 namespace {
 
 void skip_block(nexus_file& file, const std::string& name) {
-  report_line("  ... Skipping", name, "block ...");
+  report_line("  ... Skipping", without_controls(name), "block ...");
   nexus_token token;
   while (file.in.command_follows(token)) {
     if (!token.is(';')) file.in.skip_rest();
