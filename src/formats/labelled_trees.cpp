@@ -7,6 +7,7 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "base/text_columns.h"
+#include "formats/labels_from_tags.h"
 #include "formats/written_words.h"
 #include "language/fit_text.h"
 #include "language/input.h"
@@ -47,7 +48,10 @@ labelled_tree_reader::labelled_tree_reader(label_lookup lookup, void (*repeated)
   };
   dialect_.read_annotation = [this](tree_builder&, int node) {
     if (read_.empty() || read_.back().first != node) read_.push_back({node, {}});
-    read_.back().second.length = read_label();
+    std::string& length = read_.back().second.length = read_label();
+    if (is_number(length) || told_length_) return;
+    told_length_ = true;
+    warning("A branch length isn't a number, and won't be written again:", length, place());
   };
   dialect_.read_label = [this](tree_builder&, int node) {
     read_.push_back({node, {read_label(), {}}});

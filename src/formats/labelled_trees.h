@@ -69,6 +69,7 @@ class labelled_tree_reader {
   bool tagged_is_stored_ = false;
   int count_ = 0;
   bool told_commas_ = false;
+  bool told_length_ = false;
 };
 
 }  // namespace zeb
