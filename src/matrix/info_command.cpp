@@ -144,7 +144,7 @@ void show_missing(const data_summary& summary, int active_characters) {
     parts.push_back(std::string(taxon_name(worst[i])) + " " +
                     share(missing[at(worst[i])], active_characters));
   }
-  if (!parts.empty()) emit("    most in ", joined(parts), "\n");
+  if (!parts.empty()) show_wrapped("    most in", joined(parts));
 }
 
 // Settings that differ from those that new data have.
@@ -181,9 +181,9 @@ void show_summary(const sorted_characters& sorted) {
        " variable but uninformative, ", sorted.informative.size(), " informative\n");
   show_missing(summary, static_cast<int>(sorted.informative.size() + sorted.uninformative.size()));
   if (!summary.empty_taxa.empty())
-    emit("  Taxa without data: ", some_taxa(summary.empty_taxa), "\n");
+    show_wrapped("  Taxa without data:", some_taxa(summary.empty_taxa));
   if (!summary.same_rows.empty())
-    emit("  Taxa with the same data: ", some_same_rows(summary), "\n");
+    show_wrapped("  Taxa with the same data:", some_same_rows(summary));
   show_changed_settings();
 }
 
