@@ -2,6 +2,9 @@
 // each place of a clip costs, sets after waves, and what searches end with.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+
 #include "base/scores.h"
 #include "engine/joining.h"
 #include "engine/packing/packed_matrix.h"
@@ -9,6 +12,8 @@
 #include "engine/passes/passes.h"
 #include "engine/passes/undo.h"
 #include "engine/passes/waves.h"
+#include "engine/plain/plain_optimisation.h"
+#include "engine/plain/tree_scores.h"
 #include "engine/settings.h"
 #include "property/clipped_trees.h"
 #include "property/random_costs.h"
@@ -188,6 +193,39 @@ TEST_F(mixed_packing, searches_find_the_best_trees_and_tell_their_score) {
       tree.parent[at(shape.ntax)] = -1;
       EXPECT_NEAR(oracle.length(tree), best, 1e-6);
     }
+  }
+}
+
+/// Scores of all trees of the taxa, as reports tell them.
+double best_fit(int ntax) {
+  const std::vector<std::uint8_t> characters = scored_characters();
+  plain_optimiser optimiser(characters);
+  double best = no_bound;
+  naive::for_each_tree(ntax, [&](const naive::rooted_tree& tree) {
+    std::vector<tree_node> record(tree.parent.begin(), tree.parent.end());
+    record[at(ntax)] = 2 * ntax - 1;
+    optimiser.optimise(record, polytomy_kind::hard, kept_sets::none);
+    best = std::min(best, tree_score(optimiser, characters));
+  });
+  return best;
+}
+
+TEST_F(mixed_packing, searches_by_fit_end_with_the_score_that_reports_tell) {
+  for (unsigned seed = 1; seed <= 60; ++seed) {
+    std::mt19937 g(seed);
+    zeb_test::mixed_shape shape = random_shape(g, 6);
+    shape.ntax = 6;
+    zeb_test::fill_mixed(shape, g);
+    for (character_record& record : matrix.characters)
+      if (record.is_sankoff && chance(g, 0.3)) record.user_min_steps = draw(g, 0, 4);
+    engine.implied_on = true;
+    engine.concavity = draw(g, 1, 8);
+    SCOPED_TRACE(::testing::Message() << "seed " << seed);
+    const std::string said = zeb_test::run_program(
+        "keep 0; hold 500; rseed 5; collapse none; mult=replic 8 hold 40 tbr; bbreak;");
+    EXPECT_EQ(said.find("rror"), std::string::npos) << said;
+    EXPECT_EQ(said.find("OOpps"), std::string::npos) << said;
+    EXPECT_NEAR(last_search.best, best_fit(shape.ntax), 1e-6);
   }
 }
 

@@ -280,8 +280,12 @@ void wide_final_pass(search_data& data, int count) {
       }
     }
   all_are_fresh(data.wide);
-  if (data.has_asymmetric && count > 0 && data.node_list[0] != data.n)
-    note_rootings(data, data.node_list[0]);
+  if (!data.has_asymmetric || count == 0 || data.node_list[0] == data.n) return;
+  note_rootings(data, data.node_list[0]);
+  // Steps are those of the best root, from which those of joining count.
+  if (!data.implied_on) return;
+  for (wide_part& part : data.wide.parts)
+    for (wide_character& c : part.characters) c.steps += c.least_rooting;
 }
 
 // ---- waves ----
