@@ -65,7 +65,8 @@ void write_format(output_file& out, const writing_style& style) {
   if (!type.empty()) text += " datatype=" + type;
   if (style.plain) text += " missing=?";
   const bool symbols_differ = type != "dna" && type != "protein" && type != "continuous";
-  if (!type.empty() && type != "continuous") text += " gap=-";
+  const bool has_gaps = !type.empty() || !matrix.gap_bits.empty();
+  if (has_gaps && type != "continuous") text += " gap=-";
   // "*", any state but the last, is as good as missing for other programs.
   if (has_stars(style)) text += " equate=\"*=?\"";
   if (symbols_differ) text += " symbols=\"" + symbol_list(style) + "\"";
