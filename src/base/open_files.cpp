@@ -7,7 +7,8 @@
 
 namespace zeb {
 
-open_files_state open_files;
+// Never destroyed: files are closed at the very end, too.
+open_files_state& open_files = *new open_files_state;
 
 int note_open_file(const std::string& name, bool written, const struct stat& status) {
   if (!S_ISREG(status.st_mode)) return 0;

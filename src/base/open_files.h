@@ -21,7 +21,7 @@ struct open_files_state {
   int last_number = 0;
   bool standard_input_taken = false;
 };
-extern open_files_state open_files;  // written by the functions of this file only
+extern open_files_state& open_files;  // written by the functions of this file only
 
 /// Notes an opening; returns its number, 0 for what isn't a regular file.
 int note_open_file(const std::string& name, bool written, const struct stat& status);

@@ -139,12 +139,12 @@ void plain_optimiser::fill_cells(std::span<const std::uint8_t> ignored_taxa) {
 }
 
 const std::uint32_t* plain_optimiser::down_sets(int node) const {
-  if (node < matrix.ntax) return &cells_[at(node) * columns_.size() + at_hand_.first];
-  return &down_[at(node - matrix.ntax) * at_hand_.width];
+  if (node < matrix.ntax) return cells_.data() + at(node) * columns_.size() + at_hand_.first;
+  return down_.data() + at(node - matrix.ntax) * at_hand_.width;
 }
 
 std::uint32_t* plain_optimiser::inner_row(std::vector<std::uint32_t>& sets, int node) const {
-  return &sets[at(node - matrix.ntax) * at_hand_.width];
+  return sets.data() + at(node - matrix.ntax) * at_hand_.width;
 }
 
 void plain_optimiser::down_polytomy(int node, std::span<const int> below,
