@@ -12,6 +12,8 @@ import subprocess
 import sys
 import tempfile
 
+from installed_readers import installed_readers
+
 zeb = pathlib.Path(sys.argv[1]).resolve()
 first_seed, count = (int(word) for word in (sys.argv[2:4] or ("1", "20")))
 
@@ -215,15 +217,6 @@ for (folder in list.files()) for (form in c("fasta", "phylip", "plain")) {
 """
 
 
-def readers():
-    pythons = dict.fromkeys([sys.executable, shutil.which("python3", path="/usr/bin") or sys.executable])
-    found = [p for p in pythons if subprocess.run([p, "-c", "import dendropy"], capture_output=True).returncode == 0]
-    yield "DendroPy", [found[0], "-c", DENDROPY] if found else None
-    r = shutil.which("Rscript")
-    has_ape = r and subprocess.run([r, "-e", "library(ape)"], capture_output=True).returncode == 0
-    yield "ape", [r, "-e", APE] if has_ape else None
-
-
 def complaints(read, elsewhere):
     """What another program read differently."""
     rows = {}
@@ -255,7 +248,7 @@ def main():
                 bad += 1
                 print(f"--- seed {seed}, {what}\n{text:.3000}")
             shutil.rmtree(folder)
-        for name, command in readers():
+        for name, command in installed_readers(DENDROPY, APE):
             if command is None:
                 print(f"{name} isn't installed: not asked")
                 continue

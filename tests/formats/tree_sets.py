@@ -9,10 +9,11 @@ import os
 import pathlib
 import random
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
+
+from installed_readers import installed_readers
 
 zeb = pathlib.Path(sys.argv[1]).resolve()
 first_seed, count = (int(word) for word in (sys.argv[2:4] or ("1", "12")))
@@ -224,16 +225,6 @@ for (folder in commandArgs(TRUE)) for (name in c("plain.nex", "plain.nwk")) {
 """
 
 
-def others():
-    """Name, command and how the program reads names of each reader that is installed."""
-    pythons = dict.fromkeys([sys.executable, shutil.which("python3", path="/usr/bin") or sys.executable])
-    found = [p for p in pythons if subprocess.run([p, "-c", "import dendropy"], capture_output=True).returncode == 0]
-    yield "DendroPy", [found[0], "-c", DENDROPY] if found else None
-    r = shutil.which("Rscript")
-    has_ape = r and subprocess.run([r, "-e", "library(ape)"], capture_output=True).returncode == 0
-    yield "ape", [r, "-e", APE] if has_ape else None
-
-
 def other_faults(program, command, cases):
     folders = {str(case.folder): case for case in cases}
     done = subprocess.run([*command, *folders], capture_output=True, text=True, timeout=1800,
@@ -282,7 +273,7 @@ def main():
                 bad += 1
                 if bad < 5:
                     print(f"seed {case.seed}: {fault}\nfrom\n{(case.folder / 'in.nwk').read_text()}")
-        for program, command in others():
+        for program, command in installed_readers(DENDROPY, APE):
             if command is None:
                 print(f"{program} isn't installed: not asked")
                 continue
