@@ -6,6 +6,7 @@
 #include <random>
 
 #include "base/arena.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/kernels/kernel_choice.h"
 #include "engine/packing/packed_matrix.h"
@@ -15,7 +16,6 @@
 #include "engine/passes/waves.h"
 #include "engine/registration.h"
 #include "engine/search_data.h"
-#include "engine/settings.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 
@@ -147,7 +147,7 @@ evolved_data& evolved() {
 /// Data packed, with kernels of one width and the true tree in work.
 search_data& in_work(int bits, bool implied = false) {
   evolved_data& e = evolved();
-  engine.implied_on = implied;
+  weighting.on = implied;
   search_data& data = packed_matrix(true);
   bind_kernels(data);
   data.kernels = kernels_of_width(bits, mode_of(data));

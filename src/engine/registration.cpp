@@ -4,12 +4,14 @@
 
 #include "base/arena.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/hooks.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/plain/tree_scores.h"
 #include "engine/wide/cost_vectors.h"
 #include "engine/wide/value_ranges.h"
 #include "language/methods.h"
+#include "matrix/matrix_layout.h"
 #include "trees/hooks.h"
 
 namespace zeb {
@@ -25,6 +27,8 @@ void register_engine() {
     };
   };
   add_unlock_hook(forget_packed_data);
+  add_new_matrix_hook(forget_character_weighting);
+  add_matrix_gone_hook(forget_character_weighting);
   add_methods(methods_part::choices, []() -> std::vector<std::string> {
     if (collapsing.quick) return {};
     return {"qcollapse -"};

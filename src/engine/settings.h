@@ -4,9 +4,7 @@
 namespace zeb {
 
 struct engine_settings {
-  bool long_words = true;   // `xbits`: kernels of words wider than 32 bits may be used
-  bool implied_on = false;  // scores are fits
-  double concavity = 3.0;   // k, in steps of homoplasy: with k of them a character costs half
+  bool long_words = true;  // `xbits`: kernels of words wider than 32 bits may be used
 };
 extern engine_settings engine;
 

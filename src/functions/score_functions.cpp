@@ -4,9 +4,9 @@
 
 #include "base/errors.h"
 #include "engine/fit/fits.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/plain/plain_optimisation.h"
 #include "engine/search_data.h"
-#include "engine/settings.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
 #include "language/lexer.h"
@@ -76,8 +76,9 @@ double fit(polytomy_kind polytomies) {
   const std::vector<std::uint8_t> marks = marks_of(argument);
   plain_optimiser optimiser(marks);
   optimiser.optimise(stored_tree(argument.tree), polytomies, kept_sets::none);
-  if (argument.character < 0) return tree_fit(optimiser, marks, fit_form::cost);
-  return character_fit(optimiser, argument.character, fit_form::cost);
+  if (argument.character < 0)
+    return tree_fit(optimiser, current_fit_rules(), marks, fit_form::cost);
+  return character_fit(optimiser, current_fit_rules(), argument.character, fit_form::cost);
 }
 
 // "[T]": by character the weight k/(k+h) that its homoplasy on the tree implies; 0 for characters
@@ -89,17 +90,18 @@ double implied_weights() {
   const std::vector<std::uint8_t> marks = scored_characters();
   plain_optimiser optimiser(marks);
   optimiser.optimise(stored_tree(tree), polytomy_kind::hard, kept_sets::none);
+  const fit_rules rules = current_fit_rules();
   std::vector<double> weights;
   for (int c = 0; c < matrix.nchar; ++c) {
     const bool counts = marks[static_cast<std::size_t>(c)];
-    weights.push_back(counts ? character_fit(optimiser, c, fit_form::gain) : 0);
+    weights.push_back(counts ? character_fit(optimiser, rules, c, fit_form::gain) : 0);
   }
   return write_list("Impwtlist", weights);
 }
 
 // What searches minimise: the fit under implied weights, else the length.
 double score(polytomy_kind polytomies) {
-  return engine.implied_on ? fit(polytomies) : length(polytomies);
+  return weighting.on ? fit(polytomies) : length(polytomies);
 }
 
 template <double (*measure)(polytomy_kind)>

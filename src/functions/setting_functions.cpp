@@ -9,8 +9,8 @@
 #include "base/random.h"
 #include "console/settings.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/search_data.h"
-#include "engine/settings.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
 #include "language/input.h"
@@ -58,8 +58,8 @@ double peak_memory() {
 }
 double background() { return process.background; }
 // Implied weights have one form so far, the standard one.
-double implied_weighting() { return engine.implied_on; }
-double concavity() { return engine.concavity; }
+double implied_weighting() { return weighting.on; }
+double concavity() { return weighting.concavity; }
 double sectorial_level() { return capacity_scopes(); }
 double slave_number() {
   if (!brackets_follow()) return 0;

@@ -12,7 +12,6 @@
 #include "engine/plain/plain_optimisation.h"
 #include "engine/plain/tree_scores.h"
 #include "engine/search_data.h"
-#include "engine/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -102,9 +101,10 @@ void show_table(const score_request& request, const char* title, function score,
 
 /// Fits have five decimals, whole or not.
 void show_fits(const score_request& request, fit_form form) {
+  const fit_rules rules = current_fit_rules();
   show_table(
       request, form == fit_form::gain ? "Tree fits (to be maximised)" : "Tree fits",
-      [&](const plain_optimiser& o) { return tree_fit(o, request.characters, form); },
+      [&](const plain_optimiser& o) { return tree_fit(o, rules, request.characters, form); },
       decimals_of_fits);
 }
 
@@ -175,27 +175,30 @@ void length_command() {
 void scores_command() {
   const score_request request = read_request("showing tree scores", true);
   if (request.maximised) return show_fits(request, fit_form::gain);
+  const fit_rules rules = current_fit_rules();
   show_table(
       request, "Tree scores",
-      [&](const plain_optimiser& o) { return tree_score(o, request.characters); },
+      [&](const plain_optimiser& o) { return tree_score(o, rules, request.characters); },
       score_decimals(false));
 }
 
 void cscores_command() {
   const score_request request = read_request("showing character scores");
+  const fit_rules rules = current_fit_rules();
   plain_optimiser optimiser(request.characters);
   for_each_tree(request, optimiser, [&](int t) {
     const int decimals = score_decimals(optimiser.has_continuous());
-    std::vector<double> scores(at(matrix.nchar), no_fraction);
+    std::vector<double> scores(at(matrix.nchar), 0);
+    if (rules.on) scores = fit_by_character(optimiser, rules, request.characters);
     for (int c = 0; c < matrix.nchar; ++c) {
-      if (!request.characters[at(c)]) continue;
-      const double score = engine.implied_on ? character_fit(optimiser, c, fit_form::cost)
-                                             : static_cast<double>(optimiser.steps(c)) * unit_of(c);
-      scores[at(c)] = matrix.characters[at(c)].weight * score;
+      if (!request.characters[at(c)])
+        scores[at(c)] = no_fraction;
+      else if (!rules.on)
+        scores[at(c)] = homoplasy_of(optimiser, c, matrix.characters[at(c)].weight).steps;
     }
-    const double total = tree_score(optimiser, request.characters);
-    print_values(engine.implied_on ? text_of("Tree %i, total adjusted homoplasy %f", t, total)
-                                   : text_of("Tree %i, total length %.*f", t, decimals, total),
+    const double total = tree_score(optimiser, rules, request.characters);
+    print_values(rules.on ? text_of("Tree %i, total adjusted homoplasy %f", t, total)
+                          : text_of("Tree %i, total length %.*f", t, decimals, total),
                  scores, decimals);
   });
 }

@@ -8,9 +8,9 @@
 
 #include "base/random.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/packing/packing.h"
 #include "engine/passes/links.h"
-#include "engine/settings.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix_layout.h"
 #include "property/random_matrix.h"
@@ -38,7 +38,7 @@ class special_search : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { zeb_test::start_program(); }
   void TearDown() override {
-    engine = {};
+    weighting = {};
     swapping = {};
     collapsing = {};
     randomness.random_insertion = false;
@@ -104,8 +104,8 @@ TEST_F(special_search, implied_weights_lead_to_all_trees_of_best_fit) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 7, 20);
     shape.ntax = draw(g, 5, 7);
     const zeb_test::oracle_matrix oracle = fill_matrix(shape, g);
-    engine.implied_on = true;
-    engine.concavity = chance(g, 0.3) ? 3.0 : std::uniform_real_distribution<double>(0.3, 20)(g);
+    weighting.on = true;
+    weighting.concavity = chance(g, 0.3) ? 3.0 : std::uniform_real_distribution<double>(0.3, 20)(g);
     std::vector<long> least;
     for (int c = 0; c < matrix.nchar; ++c) least.push_back(minimum_steps(c));
     const auto [best, number] = best_of_all(shape.ntax, [&](const naive::rooted_tree& tree) {
@@ -113,7 +113,7 @@ TEST_F(special_search, implied_weights_lead_to_all_trees_of_best_fit) {
       for (std::size_t c = 0; c < oracle.cells.size(); ++c) {
         const auto h = static_cast<double>(
             naive::least_steps(tree, oracle.cells[c], oracle.additive[c]) - least[c]);
-        sum += oracle.weight[c] * h / (engine.concavity + h);
+        sum += oracle.weight[c] * h / (weighting.concavity + h);
       }
       return sum;
     });

@@ -14,6 +14,7 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/process.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/joining.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/kernels/kernel_choice.h"
@@ -45,6 +46,7 @@ class implied_weighting : public ::testing::Test {
   }
   static void TearDownTestSuite() {
     engine = {};
+    weighting = {};
     wipe_matrix();
   }
 };
@@ -62,7 +64,7 @@ double oracle_fit(const zeb_test::oracle_matrix& oracle, const search_data& data
     const long steps = naive::least_steps(tree, column, oracle.additive[c]);
     const double h =
         static_cast<double>(steps - minimum_steps(character) + matrix.characters[c].internal_steps);
-    sum += oracle.weight[c] * h / (engine.concavity + h);
+    sum += oracle.weight[c] * h / (weighting.concavity + h);
   }
   return sum;
 }
@@ -180,8 +182,8 @@ zeb_test::oracle_matrix random_data(std::mt19937& g, int most_taxa, int most_cha
       if (t != matrix.outgroup && active_taxa() > 4 && chance(g, 0.3))
         matrix.taxon_active[at(t)] = 0;
   engine.long_words = chance(g, 0.5);
-  engine.implied_on = true;
-  engine.concavity = std::uniform_real_distribution<double>(0.3, 20)(g);
+  weighting.on = true;
+  weighting.concavity = std::uniform_real_distribution<double>(0.3, 20)(g);
   return oracle;
 }
 
@@ -243,7 +245,7 @@ TEST_F(implied_weighting, follows_changed_weights_and_concavities) {
       if (data.entries[i].fields == 0)
         fieldless += data.counters[i].weight * data.fit[at(data.counters[i].steps)];
     ASSERT_NEAR(tree_length(data, anc), 2 * before - constant - fieldless, 1e-9);
-    engine.concavity *= 2;
+    weighting.concavity *= 2;
     packed_matrix(true);
     ASSERT_NEAR(tree_length(data, anc), oracle_fit(oracle, data, anc), 1e-9);
   }

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "base/scores.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/joining.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/links.h"
@@ -14,7 +15,6 @@
 #include "engine/passes/waves.h"
 #include "engine/plain/plain_optimisation.h"
 #include "engine/plain/tree_scores.h"
-#include "engine/settings.h"
 #include "property/clipped_trees.h"
 #include "property/random_costs.h"
 #include "search/search_results.h"
@@ -35,7 +35,7 @@ class mixed_packing : public ::testing::Test {
   static void SetUpTestSuite() { zeb_test::start_program(); }
   void TearDown() override {
     zeb_test::run_program("collapse none; subopt 0;");
-    engine = {};
+    weighting = {};
     matrix.decompose_state_trees = true;
     wipe_matrix();
   }
@@ -205,7 +205,7 @@ double best_fit(int ntax) {
     std::vector<tree_node> record(tree.parent.begin(), tree.parent.end());
     record[at(ntax)] = 2 * ntax - 1;
     optimiser.optimise(record, polytomy_kind::hard, kept_sets::none);
-    best = std::min(best, tree_score(optimiser, characters));
+    best = std::min(best, tree_score(optimiser, current_fit_rules(), characters));
   });
   return best;
 }
@@ -218,8 +218,8 @@ TEST_F(mixed_packing, searches_by_fit_end_with_the_score_that_reports_tell) {
     zeb_test::fill_mixed(shape, g);
     for (character_record& record : matrix.characters)
       if (record.is_sankoff && chance(g, 0.3)) record.user_min_steps = draw(g, 0, 4);
-    engine.implied_on = true;
-    engine.concavity = draw(g, 1, 8);
+    weighting.on = true;
+    weighting.concavity = draw(g, 1, 8);
     SCOPED_TRACE(::testing::Message() << "seed " << seed);
     const std::string said = zeb_test::run_program(
         "keep 0; hold 500; rseed 5; collapse none; mult=replic 8 hold 40 tbr; bbreak;");

@@ -13,6 +13,7 @@
 #include "base/time_limit.h"
 #include "console/settings.h"
 #include "engine/collapsing/collapsing.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/kernels/kernel_choice.h"
 #include "engine/plain/tree_scores.h"
@@ -43,6 +44,7 @@ class search_survival : public ::testing::Test {
     swapping = {};
     mult = {};
     engine = {};
+    weighting = {};
     search_settings = {};
     set_time_limit(0);
     forget_interrupt();
@@ -264,7 +266,7 @@ TEST_F(search_survival, every_width_makes_the_same_search) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 20, 60);
     fill_matrix(shape, g);
     collapsing.rule = round % 4;
-    engine.implied_on = round % 3 == 0;
+    weighting.on = round % 3 == 0;
     const search_result usual = whole_search({});
     EXPECT_GT(usual.trees.size(), 0U);
     EXPECT_NE(usual.printed.find("Repl. Algor."), std::string::npos) << usual.printed;

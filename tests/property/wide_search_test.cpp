@@ -5,7 +5,7 @@
 #include <string>
 
 #include "engine/collapsing/collapsing.h"
-#include "engine/settings.h"
+#include "engine/fit/weighting_settings.h"
 #include "property/plain_wide_kind.h"
 #include "property/random_matrix.h"
 #include "search/search_report.h"
@@ -21,7 +21,7 @@ class wide_search : public ::testing::Test {
   static void SetUpTestSuite() { zeb_test::start_program(); }
   void TearDown() override {
     zeb_test::run_program("collapse none; subopt 0; bbreak:nolimit nopreproc mulpars;");
-    engine = {};
+    weighting = {};
     wipe_matrix();
   }
 };
@@ -74,14 +74,14 @@ TEST_F(wide_search, is_the_same_as_packed) {
     zeb_test::data_shape shape = zeb_test::random_shape(g, 18, 40);
     shape.ntax = std::max(shape.ntax, 8);
     fill_matrix(shape, g);
-    engine.implied_on = seed % 4 == 0;
+    weighting.on = seed % 4 == 0;
     const std::string commands = searches[seed % std::size(searches)];
     SCOPED_TRACE(::testing::Message() << "seed " << seed << ", " << commands);
     const outcome packed = run(commands);
     for (const double share : {1.0, 0.5}) {
       const zeb_test::plain_wide_kind kind(share, g);
       const outcome wide = run(commands);
-      if (!engine.implied_on) {
+      if (!weighting.on) {
         expect_same(wide, packed);
         continue;
       }

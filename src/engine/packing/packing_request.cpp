@@ -1,6 +1,7 @@
 #include "engine/packing/packing_request.h"
 
 #include "base/indices.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/search_data.h"
 #include "engine/settings.h"
 #include "matrix/matrix.h"
@@ -14,8 +15,8 @@ packing_request request_of_settings() {
     if (t != matrix.outgroup && matrix.taxon_active[at(t)]) request.taxa.push_back(t);
   for (const character_record& c : matrix.characters)
     request.weights.push_back(c.active ? c.weight : 0);
-  request.implied_on = engine.implied_on;
-  request.concavity = engine.concavity;
+  request.implied_on = weighting.on;
+  request.concavity = weighting.concavity;
   request.long_words = engine.long_words;
   request.wide_kinds = wide_kinds();
   return request;

@@ -2,8 +2,8 @@
 // weights.
 #include <gtest/gtest.h>
 
+#include "engine/fit/weighting_settings.h"
 #include "engine/search_data.h"
-#include "engine/settings.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 #include "support/program.h"
@@ -26,7 +26,7 @@ class score_commands : public ::testing::Test {
   static void SetUpTestSuite() { zeb_test::start_program(); }
   void SetUp() override { zeb_test::run_program(three_trees); }
   void TearDown() override {
-    engine.implied_on = false;
+    weighting.on = false;
     hooks_of_trees.constraints = {};
     wipe_matrix();
   }
@@ -57,11 +57,11 @@ TEST_F(score_commands, best_among_the_trees_that_satisfy_constraints) {
 }
 
 TEST_F(score_commands, under_implied_weights_scores_are_fits_and_lengths_steps) {
-  engine.implied_on = true;
+  weighting.on = true;
   EXPECT_TRUE(contains(zeb_test::run_program("scores;"), "0.00000 0.25000 0.50000"));
   EXPECT_TRUE(contains(zeb_test::run_program("scores *;"), "2.00000 1.75000 1.50000"));
   EXPECT_TRUE(contains(zeb_test::run_program("length;"), " 2   3   4"));
-  EXPECT_TRUE(engine.implied_on);
+  EXPECT_TRUE(weighting.on);
   const std::string by_character = zeb_test::run_program("cscores 1;");
   EXPECT_TRUE(contains(by_character, "Tree 1, total adjusted homoplasy 0.250000"));
   EXPECT_TRUE(contains(by_character, "0.25000 0.00000"));

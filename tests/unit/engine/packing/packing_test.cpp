@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "base/arena.h"
+#include "engine/fit/weighting_settings.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/passes.h"
 #include "engine/registration.h"
@@ -30,7 +31,10 @@ class packing : public ::testing::Test {
     wipe_matrix();
     create_arena(16'000'000);
   }
-  void TearDown() override { engine = {}; }
+  void TearDown() override {
+    engine = {};
+    weighting = {};
+  }
 };
 
 std::vector<word> all_words(const search_data& data) {
@@ -85,7 +89,7 @@ TEST_F(packing, of_other_taxa_and_weights_leaves_the_first_set_alone) {
     std::mt19937 g(seed);
     const zeb_test::oracle_matrix oracle =
         zeb_test::fill_matrix(zeb_test::random_shape(g, 14, 20), g);
-    engine.implied_on = chance(g, 0.3);
+    weighting.on = chance(g, 0.3);
     search_data& first = packed_matrix(true);
     const packing_request of_first = request_of_settings();
     expect_score_of_oracle(first, oracle, of_first, g);

@@ -1,0 +1,167 @@
+#include "engine/fit/fit_rules.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/indices.h"
+#include "engine/fit/weighting_settings.h"
+#include "engine/plain/plain_optimisation.h"
+#include "matrix/matrix.h"
+
+namespace zeb {
+namespace {
+
+/// Between the entries of the user's table on a line; beyond its end as its last step.
+double value_of_table(const std::vector<double>& table, double homoplasy) {
+  const std::size_t last = table.size() - 1;
+  const auto below = std::min(static_cast<std::size_t>(homoplasy), last - 1);
+  const double step = table[below + 1] - table[below];
+  return table[below] + (homoplasy - static_cast<double>(below)) * step;
+}
+
+struct entry_count {
+  double observed = 0;
+  double all = 0;
+};
+
+entry_count count_entries(int character) {
+  entry_count count;
+  for (int t = 0; t < matrix.ntax; ++t) {
+    if (!matrix.taxon_active[at(t)]) continue;
+    count.observed += !says_nothing(character, cell(t, character));
+    ++count.all;
+  }
+  return count;
+}
+
+/// The general concavity lowered by the homoplasy that missing entries are taken to hide.
+double extrapolated_concavity(const entry_count& entries) {
+  const missing_entry_rule& rule = weighting.missing;
+  const double hidden = (entries.all - entries.observed) * rule.share;
+  const double share = entries.observed > 0 ? entries.observed / (entries.observed + hidden) : 0;
+  const double ratio = std::max(1 / rule.most_ratio, share);
+  if (rule.matches_costs && weighting.user_costs.empty())
+    return matched_concavity(weighting.concavity, 1 / ratio);
+  return ratio * weighting.concavity;
+}
+
+fit_function function_with(double k) {
+  if (weighting.user_costs.empty()) return {fit_function::form::hyperbola, k};
+  return {fit_function::form::table, weighting.concavity / k};
+}
+
+double own_concavity(int character) {
+  return weighting.own_concavity.empty() ? 0 : weighting.own_concavity[at(character)];
+}
+
+fit_function function_of(int character) {
+  const double own = own_concavity(character);
+  if (own > 0) return function_with(own);
+  if (!weighting.missing.on) return function_with(weighting.concavity);
+  return function_with(extrapolated_concavity(count_entries(character)));
+}
+
+/// All of a set have one function: by the concavity that the user gave it, or by the missing
+/// entries of all its characters that scores count.
+void add_sets(fit_rules& rules, std::span<const std::uint8_t> scored) {
+  const auto count = at(weighting_set_count());
+  rules.set_of = weighting.set_of;
+  rules.sets.resize(count);
+  std::vector<double> own(count, 0);
+  std::vector<entry_count> entries(count);
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (rules.set_of[at(c)] < 0 || !scored[at(c)]) continue;
+    const auto set = at(rules.set_of[at(c)]);
+    ++rules.sets[set].characters;
+    if (own[set] <= 0) own[set] = own_concavity(c);
+    if (!weighting.missing.on) continue;
+    const entry_count more = count_entries(c);
+    entries[set].observed += more.observed;
+    entries[set].all += more.all;
+  }
+  for (std::size_t s = 0; s < count; ++s) {
+    rules.sets[s].characters = std::max(1.0, rules.sets[s].characters);
+    double k = weighting.concavity;
+    if (own[s] > 0)
+      k = own[s];
+    else if (weighting.missing.on && entries[s].all > 0)
+      k = extrapolated_concavity(entries[s]);
+    rules.sets[s].function = function_with(k);
+  }
+  for (int c = 0; c < matrix.nchar; ++c)
+    if (rules.set_of[at(c)] >= 0)
+      rules.functions[at(c)] = rules.sets[at(rules.set_of[at(c)])].function;
+}
+
+void make_weights_constant(fit_rules& rules) {
+  const fit_function general = function_with(weighting.concavity);
+  const double steps = weighting.constant_steps;
+  const double step = rules.fit(general, steps + 1) - rules.fit(general, steps);
+  const fit_function line = {fit_function::form::line, weighting.constant_factor * step};
+  for (std::size_t c = 0; c < rules.functions.size(); ++c)
+    if (weighting.has_constant[c]) rules.functions[c] = line;
+}
+
+/// What the step after `steps` costs, against the first one.
+double relative_cost(double k, double steps) {
+  return (k * k + k) / ((steps + k) * (steps + k + 1));
+}
+
+}  // namespace
+
+double fit_rules::fit(const fit_function& function, double homoplasy) const {
+  switch (function.kind) {
+    case fit_function::form::line:
+      return homoplasy * function.parameter;
+    case fit_function::form::table:
+      return value_of_table(user, homoplasy * function.parameter);
+    case fit_function::form::hyperbola:
+      break;
+  }
+  return homoplasy / (function.parameter + homoplasy);
+}
+
+double fit_rules::set_fit(int set, double sum) const {
+  const fit_set& s = sets[at(set)];
+  return s.characters * fit(s.function, sum / s.characters);
+}
+
+bool fit_rules::is_plain() const {
+  const fit_function general = {fit_function::form::hyperbola, concavity};
+  return user.empty() && sets.empty() &&
+         std::all_of(functions.begin(), functions.end(),
+                     [&](const fit_function& f) { return f == general; });
+}
+
+fit_rules current_fit_rules() {
+  fit_rules rules;
+  rules.on = weighting.on;
+  rules.concavity = weighting.concavity;
+  if (!weighting.user_costs.empty()) rules.user.push_back(0);
+  for (const double cost : weighting.user_costs) rules.user.push_back(rules.user.back() + cost);
+  rules.functions.assign(at(matrix.nchar), function_with(weighting.concavity));
+  if (!weighting.extended) return rules;
+  if (has_own_concavities())
+    for (int c = 0; c < matrix.nchar; ++c) rules.functions[at(c)] = function_of(c);
+  if (weighting_set_count() > 0) add_sets(rules, scored_characters());
+  if (has_constant_weights()) make_weights_constant(rules);
+  return rules;
+}
+
+double matched_concavity(double k, double ratio) {
+  if (ratio < 1.00001) return k;
+  // The mean difference rises with the concavity, so halving an interval finds where it is none.
+  constexpr int most_steps = 14;
+  double low = 0;
+  double high = k;
+  for (int round = 0; round < 60; ++round) {
+    const double middle = (low + high) / 2;
+    double difference = 0;
+    for (int h = 1; h <= most_steps; ++h)
+      difference += relative_cost(middle, h) / relative_cost(k, ratio * h) - 1;
+    (difference > 0 ? high : low) = middle;
+  }
+  return (low + high) / 2;
+}
+
+}  // namespace zeb
