@@ -97,7 +97,7 @@ constexpr command_row rows[] = {
     {"pause",       pause_command, false, topic_various},
     {"pcrprune",    none, true,  topic_compare | topic_consensus | topic_trees},
     {"pfijo",       none, true,  topic_searching},
-    {"piwe",        none, false, topic_settings | topic_weights},
+    {"piwe",        piwe_command, false, topic_settings | topic_weights},
     {"pruncom",     pruncom_command, true,  topic_compare | topic_consensus | topic_trees},
     {"prunmajor",   prunmajor_command, true,  topic_compare | topic_consensus | topic_supports | topic_trees},
     {"prunnelsen",  prunnelsen_command, true,  topic_compare | topic_consensus | topic_supports | topic_trees},

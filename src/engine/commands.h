@@ -9,6 +9,7 @@ extern const option_table collapse_options;
 void collapse_command();
 void condense_command();
 void qcollapse_command();
+void piwe_command();
 void tzert_command();
 
 }  // namespace zeb

@@ -33,6 +33,7 @@ void register_engine() {
     if (collapsing.quick) return {};
     return {"qcollapse -"};
   });
+  add_methods(methods_part::choices, weighting_as_commands);
   if (!wide_kinds().empty()) return;
   for (const wide_kind* kind : {&small_cost_vectors, &large_cost_vectors, &value_ranges})
     add_wide_kind(*kind);

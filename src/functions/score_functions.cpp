@@ -91,6 +91,7 @@ double implied_weights() {
   plain_optimiser optimiser(marks);
   optimiser.optimise(stored_tree(tree), polytomy_kind::hard, kept_sets::none);
   const fit_rules rules = current_fit_rules();
+  if (!rules.user.empty()) error_end("With user weighting functions, cannot do fits");
   std::vector<double> weights;
   for (int c = 0; c < matrix.nchar; ++c) {
     const bool counts = marks[static_cast<std::size_t>(c)];

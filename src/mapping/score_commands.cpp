@@ -102,6 +102,7 @@ void show_table(const score_request& request, const char* title, function score,
 /// Fits have five decimals, whole or not.
 void show_fits(const score_request& request, fit_form form) {
   const fit_rules rules = current_fit_rules();
+  if (!rules.user.empty()) error_end("With user weighting functions, cannot do fits");
   show_table(
       request, form == fit_form::gain ? "Tree fits (to be maximised)" : "Tree fits",
       [&](const plain_optimiser& o) { return tree_fit(o, rules, request.characters, form); },

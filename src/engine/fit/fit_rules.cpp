@@ -6,6 +6,7 @@
 #include "base/indices.h"
 #include "engine/fit/weighting_settings.h"
 #include "engine/plain/plain_optimisation.h"
+#include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -45,9 +46,24 @@ double extrapolated_concavity(const entry_count& entries) {
   return ratio * weighting.concavity;
 }
 
+/// The general function, and the table that it may need.
+fit_rules general_rules() {
+  fit_rules rules;
+  rules.on = weighting.on;
+  rules.concavity = weighting.concavity;
+  if (!weighting.user_costs.empty()) rules.user.push_back(0);
+  for (const double cost : weighting.user_costs) rules.user.push_back(rules.user.back() + cost);
+  return rules;
+}
+
 fit_function function_with(double k) {
   if (weighting.user_costs.empty()) return {fit_function::form::hyperbola, k};
   return {fit_function::form::table, weighting.concavity / k};
+}
+
+double step_cost(const fit_rules& rules, double steps) {
+  const fit_function general = function_with(weighting.concavity);
+  return rules.fit(general, steps + 1) - rules.fit(general, steps);
 }
 
 double own_concavity(int character) {
@@ -94,9 +110,7 @@ void add_sets(fit_rules& rules, std::span<const std::uint8_t> scored) {
 }
 
 void make_weights_constant(fit_rules& rules) {
-  const fit_function general = function_with(weighting.concavity);
-  const double steps = weighting.constant_steps;
-  const double step = rules.fit(general, steps + 1) - rules.fit(general, steps);
+  const double step = step_cost(rules, weighting.constant_steps);
   const fit_function line = {fit_function::form::line, weighting.constant_factor * step};
   for (std::size_t c = 0; c < rules.functions.size(); ++c)
     if (weighting.has_constant[c]) rules.functions[c] = line;
@@ -134,11 +148,7 @@ bool fit_rules::is_plain() const {
 }
 
 fit_rules current_fit_rules() {
-  fit_rules rules;
-  rules.on = weighting.on;
-  rules.concavity = weighting.concavity;
-  if (!weighting.user_costs.empty()) rules.user.push_back(0);
-  for (const double cost : weighting.user_costs) rules.user.push_back(rules.user.back() + cost);
+  fit_rules rules = general_rules();
   rules.functions.assign(at(matrix.nchar), function_with(weighting.concavity));
   if (!weighting.extended) return rules;
   if (has_own_concavities())
@@ -146,6 +156,22 @@ fit_rules current_fit_rules() {
   if (weighting_set_count() > 0) add_sets(rules, scored_characters());
   if (has_constant_weights()) make_weights_constant(rules);
   return rules;
+}
+
+double general_step_cost(double steps) { return step_cost(general_rules(), steps); }
+
+double most_homoplasy(int character) {
+  const character_record& record = matrix.characters[at(character)];
+  const int least = homoplasy_base(character, minimum_steps(character));
+  const double extra = std::max(0, maximum_steps(character) - least);
+  return extra / (record.is_continuous ? 1000 : 1) + record.internal_steps;
+}
+
+int most_extra_steps() {
+  double most = 0;
+  for (int c = 0; c < matrix.nchar; ++c)
+    if (matrix.characters[at(c)].active) most = std::max(most, most_homoplasy(c));
+  return static_cast<int>(std::ceil(most));
 }
 
 double matched_concavity(double k, double ratio) {

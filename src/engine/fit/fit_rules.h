@@ -55,6 +55,14 @@ struct fit_rules {
 
 /// For the settings in force and the active taxa and characters of the matrix.
 fit_rules current_fit_rules();
+/// What the step after `steps` extra ones costs by the general function, the user's or the general
+/// concavity's.
+double general_step_cost(double steps);
+/// The most homoplasy that any tree gives to a character, in steps, fractions of them for
+/// continuous characters. The taxa are the active ones.
+double most_homoplasy(int character);
+/// The largest of all active characters, in whole steps.
+int most_extra_steps();
 /// The concavity of characters that resemble those of concavity `k` after `ratio` (1 or more) times
 /// the homoplasy: the one whose steps cost about the same, each against a first step.
 double matched_concavity(double k, double ratio);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -88,6 +89,16 @@ int weighting_set_count() {
 
 bool has_constant_weights() {
   return std::count(weighting.has_constant.begin(), weighting.has_constant.end(), 1) > 0;
+}
+
+std::vector<std::string> weighting_as_commands() {
+  std::vector<std::string> commands;
+  if (weighting.on) commands.push_back(text_of("piwe=%g", weighting.concavity));
+  if (!weighting.user_costs.empty()) {
+    commands.emplace_back("piwe[");
+    for (const double cost : weighting.user_costs) commands.back() += text_of(" %g", cost);
+  }
+  return commands;
 }
 
 void forget_character_weighting() {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace zeb {
@@ -57,6 +58,9 @@ bool has_own_concavities();
 /// Of weighting sets; characters of constant weight aren't one.
 int weighting_set_count();
 bool has_constant_weights();
+
+/// The commands that set what differs from the defaults, without their ";".
+std::vector<std::string> weighting_as_commands();
 
 /// For new data, and where data go: what belongs to characters goes with them.
 void forget_character_weighting();
