@@ -109,7 +109,7 @@ constexpr command_row rows[] = {
     {"quote",       quote_command, false, topic_output | topic_various},
     {"quit",        quit_command, false, topic_various},
     {"randtrees",   randtrees_command, true,  topic_various | topic_trees},
-    {"ratchet",     none, true,  topic_searching},
+    {"ratchet",     ratchet_command, true,  topic_searching, false, &ratchet_options},
     {"rcompl",      none, true,  topic_diagnosis},
     {"rdir",        rdir_command, false, topic_settings},
     {"rebuild",     none, true,  topic_searching},

@@ -11,8 +11,6 @@
 namespace zeb {
 namespace {
 
-constexpr std::int64_t largest_weight_sum = 1'000'000'000;
-
 /// The flag bit of field `f` of a word of this group: where the kernels mark a failed field.
 word flag_bit(int group, int f) {
   const int width = field_bits[at(group)];

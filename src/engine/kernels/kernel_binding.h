@@ -5,6 +5,9 @@
 
 namespace zeb {
 
+/// The weights of all fields together may not be above this.
+constexpr std::int64_t largest_weight_sum = 1'000'000'000;
+
 /// How the kernels add up the data of this set.
 scoring_mode mode_of(const search_data& data);
 /// Fills the kernel slots from the mode and the processor, and the kernels' weight tables from the

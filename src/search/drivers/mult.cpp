@@ -1,13 +1,13 @@
 #include "search/drivers/mult.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "engine/passes/passes.h"
+#include "search/drivers/seed_sequence.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
@@ -18,41 +18,6 @@ namespace zeb {
 mult_settings mult;
 
 namespace {
-
-/// Seeds of replications: with a step, the one before plus the step; else drawn, each only once.
-class seed_sequence {
- public:
-  seed_sequence(random_generator& random, unsigned step)
-      : random_(random), step_(step), seed_(std::max(random.draw(), 1)) {}
-  int current() const { return seed_; }
-  void advance() {
-    used_.insert(seed_);
-    if (step_ != 0) {
-      const auto next = static_cast<unsigned>(seed_) + step_;
-      seed_ = std::max(1, static_cast<int>(next & 0x7fffffffU));
-      return;
-    }
-    auto next = draw();
-    while (used_.contains(static_cast<int>(next)) || next == 0) {
-      unsigned divisor = 0;
-      while (divisor == 0) divisor = draw();
-      next = draw() * next / divisor;
-      if (next == 0) next = 1;
-      next &= 0x7fffffffU;
-      // A chain of collisions must not last: with few seeds left, take the nearest free one.
-      while (used_.contains(static_cast<int>(next))) next = next % 0x7fffffffU + 1;
-    }
-    seed_ = static_cast<int>(next);
-  }
-
- private:
-  unsigned draw() { return static_cast<unsigned>(random_.draw()); }
-
-  random_generator& random_;
-  unsigned step_;
-  int seed_;
-  std::unordered_set<int> used_;
-};
 
 /// One run of `mult`.
 class replicated_search {

@@ -131,7 +131,9 @@ bool next_clip(swap_run& run) {
       report_status(run.context, run.score, false);
     }
     if (interrupted()) return false;
+    if (run.perturbing && run.perturbing->is_over(run.data.nodes)) return false;
     if (run.clip == run.data.n) continue;
+    if (run.perturbing) ++run.perturbing->clips;
     count_rearrangements(run, run.clip);
     if (may_clip(run, run.clip)) return true;
   }
@@ -162,12 +164,13 @@ bool begin_clip(swap_run& run) {
 }
 
 void finish_clip(swap_run& run) {
-  const bool moved = run.best_branch != run.sister || run.best_root != run.home_root;
-  if (!moved) {
+  if (!run.has_moved()) {
     put_clip_back(run);
     return;
   }
+  const double score_before = run.score_without + run.home_cost;
   apply_move(run);
+  if (run.perturbing) run.perturbing->note_move(run.score - score_before);
   run.counter = run.multi == 0 ? 1 : 0;
   run.set_slack();
 }

@@ -40,6 +40,7 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
       trees_wanted(task.multi > 0 || task.enumeration),
       stays(task.stay && task.multi > 0),
       enumeration(task.enumeration),
+      perturbing(task.perturbing),
       fits(data.implied_on),
       rounding(tolerance_of(kind_of_scores(data))),
       slots(search.slots),
@@ -56,12 +57,13 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
   clip_clusters = calloc_low<std::int32_t>(most);
   touched = calloc_low<std::int32_t>(2 * most);
   const bool promising_first = task.promising_first && multi == 0;
-  if (rules.swap.random_clip || promising_first) clip_order = per_node<std::int32_t>(data);
+  const bool random_order = rules.swap.random_clip || perturbing;
+  if (random_order || promising_first) clip_order = per_node<std::int32_t>(data);
 
   score = tree_length(data, anc);
   stored_score = score;
   data.in_swap = true;
-  if (rules.swap.random_clip) {
+  if (random_order) {
     random_sequence(context.random, data.nodes, clip_order, 0, {});
   } else if (promising_first) {
     promising_clips_first(data, clip_order);
@@ -91,20 +93,31 @@ void swap_run::tree_changed() {
   }
 }
 
+/// Sums of fractions that are the same differ by rounding.
+double swap_run::least_slack() const {
+  return fits ? fit_slack : data.has_continuous ? rounding : 0;
+}
+
+/// Less than a step may be gained where scores are fractions.
+double swap_run::slack_of_better() const {
+  const double least = least_slack();
+  return least > 0 ? least : -1.0;
+}
+
 void swap_run::set_slack() {
-  // Sums of fractions that are the same differ by rounding; and less than a step may be gained.
-  const double least_slack = fits ? fit_slack : data.has_continuous ? rounding : 0;
   buffer_full = multi > 0 && context.trees.ntrees >= multi;
   const bool more_wanted = enumeration || (multi > 0 && !buffer_full);
-  if (!more_wanted) {
-    swap_slack = least_slack > 0 ? least_slack : -1.0;
+  if (perturbing) {
+    swap_slack = perturbing->slack() + rounding;
+  } else if (!more_wanted) {
+    swap_slack = slack_of_better();
   } else if (rules.suboptimal > 0) {
     context.score_limit = std::min(context.score_limit, score + rules.suboptimal);
     swap_slack = std::max(context.score_limit - score, 0.0);
     if (enumeration) swap_slack = rules.suboptimal;
-    swap_slack += least_slack;
+    swap_slack += least_slack();
   } else {
-    swap_slack = least_slack;
+    swap_slack = least_slack();
   }
 }
 
@@ -131,13 +144,34 @@ bool swap_run::take_candidate(int u, int v, double cost) {
     }
     if (enumeration || stays) return false;
   }
-  if (!better) return false;
+  if (!better) return perturbing && perturbs(u, v, cost);
+  if (perturbing) swap_slack = slack_of_better();
+  go_to(u, v, cost);
+  return cost == 0 && single_tree();
+}
+
+void swap_run::go_to(int u, int v, double cost) {
   score = score_without + cost;
   best_here = cost;
   best_branch = v;
   best_root = u;
   set_bound();
-  return cost == 0 && single_tree();
+}
+
+bool swap_run::perturbs(int u, int v, double cost) {
+  perturbing->met_other = true;
+  if (has_moved()) return false;
+  const double worse = cost - home_cost;
+  if (worse > rounding) {
+    const clip_place home{clip_side(home_root), target_side(sister)};
+    const clip_place other{clip_side(u), target_side(v)};
+    if (!perturbing->accept_worse || !accepts_worse(*perturbing, context.random, data, worse,
+                                                    score_without + cost, home, other)) {
+      return false;
+    }
+  }
+  go_to(u, v, cost);
+  return true;
 }
 
 void pass_ingroup_alone(swap_run& run) {

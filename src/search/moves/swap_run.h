@@ -14,6 +14,7 @@
 #include "search/moves/clusters.h"
 #include "search/moves/move_slots.h"
 #include "search/moves/narrow_clusters.h"
+#include "search/moves/perturbation.h"
 #include "search/moves/swap_task.h"
 #include "search/search_context.h"
 
@@ -47,6 +48,7 @@ struct swap_run {
   bool trees_wanted;  // candidates as good as the tree are stored or enumerated
   const bool stays;   // better trees are stored, and the tree in work isn't left for them
   const move_enumeration* enumeration;  // null: none
+  perturbation* const perturbing;       // null: only better trees are accepted
   const bool fits;          // implied weights: costs are fits, see the engine's counters
   const double rounding;    // scores closer than this are one
   const move_slots& slots;  // of the search
@@ -142,11 +144,18 @@ struct swap_run {
     return data.tree.anc[at(home_first)] == home_root ? home_first : home_root;
   }
   bool single_tree() const { return multi <= 0; }
+  /// Has a place other than home been chosen for the clip?
+  bool has_moved() const { return best_branch != sister || best_root != home_root; }
   void set_slack();
   void set_bound();
   void tree_changed();  // clusters, terminal counts, marks
 
  private:
+  double least_slack() const;
+  double slack_of_better() const;
+  void go_to(int u, int v, double cost);
+  /// Is a candidate that is no better taken by a perturbing swap? Then the clip is done.
+  bool perturbs(int u, int v, double cost);
   bool all_others_allow(join_side from, join_side to, double* cost) const;
 };
 

@@ -8,6 +8,8 @@
 
 namespace zeb {
 
+struct perturbation;
+
 /// A reconnection met in enumeration mode. The tree in `data.tree` is in its clipped state.
 struct met_move {
   const search_data* data;
@@ -44,6 +46,8 @@ struct swap_task {
   // Not null: no move is applied; every reconnection with a score up to that of the tree + the
   // context's `suboptimal` is handed over.
   const move_enumeration* enumeration = nullptr;
+  // Not null: a perturbing swap of a single tree, which may end above where it began.
+  perturbation* perturbing = nullptr;
 };
 
 }  // namespace zeb

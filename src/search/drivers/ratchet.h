@@ -1,0 +1,22 @@
+// The ratchet (Nixon 1999): swapping under weights changed at random, then under the true ones.
+#pragma once
+
+#include "search/drivers/cycles.h"
+
+namespace zeb {
+
+/// The settings of `ratchet`.
+struct ratchet_settings {
+  cycle_settings cycles;
+  int upfactor = 4;          // per cent of the characters that weigh double
+  int downfactor = 4;        // per cent that weigh nothing
+  bool traditional = false;  // perturbation is a whole TBR swap of the reweighted data
+};
+extern ratchet_settings ratchet;  // written by the command
+
+/// Runs the cycles from `tree` (internal numbering, not a slot), whose seeds are drawn from the
+/// context's generator, and leaves there the tree in hand, or, without slots, the best one.
+cycle_result ratchet_search(search_context& context, std::span<std::int32_t> tree,
+                            const ratchet_settings& options, const cycle_task& task);
+
+}  // namespace zeb
