@@ -53,7 +53,7 @@ constexpr command_row rows[] = {
     {"cstree",      cstree_command, false, topic_input | topic_settings | topic_characters},
     {"dcomp",       none, true,  topic_input | topic_various},
     {"dmerge",      none, true,  topic_input | topic_various},
-    {"drift",       none, true,  topic_searching},
+    {"drift",       drift_command, true,  topic_searching, false, &drift_options},
     {"edit",        edit_command, true,  topic_various | topic_trees, false, &edit_options},
     {"echo",        echo_command, false, topic_output | topic_various},
     {"export",      export_command, false, topic_output | topic_save | topic_various, false, &export_options},

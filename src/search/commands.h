@@ -5,11 +5,13 @@ namespace zeb {
 
 struct option_table;
 extern const option_table bbreak_options;
+extern const option_table drift_options;
 extern const option_table mult_options;
 extern const option_table ratchet_options;
 
 void bbreak_command();
 void best_command();
+void drift_command();
 void mult_command();
 void ratchet_command();
 void subopt_command();

@@ -33,7 +33,7 @@ void list_lines(std::string_view title, const std::vector<std::string>& lines) {
   emit("\n");
 }
 
-cycle_result run_cycles(
+cycle_result search_from_first_tree(
     search_context& context, std::string_view name,
     const std::function<cycle_result(search_context& context, const cycle_task& task)>& search) {
   seed_generator(context.random);

@@ -37,7 +37,7 @@ void list_lines(std::string_view title, const std::vector<std::string>& lines);
 
 /// Runs `search` from the first tree in memory, drops trees that aren't good enough in the end, and
 /// puts those that stay into a group of the name.
-cycle_result run_cycles(
+cycle_result search_from_first_tree(
     search_context& context, std::string_view name,
     const std::function<cycle_result(search_context& context, const cycle_task& task)>& search);
 /// The closing lines.

@@ -1,18 +1,49 @@
 #include "search/drivers/cycles.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "base/interrupts.h"
 #include "console/settings.h"
 #include "engine/passes/passes.h"
+#include "search/drivers/seed_sequence.h"
+#include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
 
 namespace zeb {
+namespace {
+
+/// Keeps what the cycles of one run find.
+class cycle_keeper {
+ public:
+  /// Scores the tree where the run begins.
+  cycle_keeper(search_context& context, std::span<std::int32_t> tree, const cycle_settings& wanted,
+               const cycle_task& task);
+
+  /// A cycle ended with the tree at this score, or was stopped there. True: the run is over.
+  bool end_cycle(double score);
+  /// The run ends.
+  const cycle_result& finish();
+  cycle_result& result() { return result_; }
+
+ private:
+  bool has_slots() const { return task_.first_slot >= 0; }
+  score_kind kind() const { return kind_of_scores(context_.data); }
+  void take_best(double score);
+  void store(double score);
+
+  search_context& context_;
+  std::span<std::int32_t> tree_;
+  const cycle_settings& wanted_;
+  const cycle_task task_;
+  cycle_result result_;
+  std::vector<std::int32_t> held_best_;  // without slots
+};
 
 cycle_keeper::cycle_keeper(search_context& context, std::span<std::int32_t> tree,
                            const cycle_settings& wanted, const cycle_task& task)
-    : context_(context), tree_(tree), settings_(wanted), task_(task) {
+    : context_(context), tree_(tree), wanted_(wanted), task_(task) {
   result_.best = tree_length(context.data, tree);
   if (!has_slots()) held_best_.assign(tree.begin(), tree.end());
   if (context.best_score < 0 || is_better_score(result_.best, context.best_score, kind())) {
@@ -21,32 +52,27 @@ cycle_keeper::cycle_keeper(search_context& context, std::span<std::int32_t> tree
   note_score(context, result_.best);
 }
 
-void cycle_keeper::begin_cycle(int number) {
-  if (task_.counts_cycles) context_.shown.replication = number + 1;
-}
-
 void cycle_keeper::take_best(double score) {
   result_.best = score;
   if (is_better_score(score, context_.best_score, kind())) context_.best_score = score;
   note_score(context_, score);
-  if (has_slots()) {
-    purge_above(context_, score + context_.rules.suboptimal, task_.first_slot);
-  } else {
-    std::copy(tree_.begin(), tree_.end(), held_best_.begin());
-  }
+  if (has_slots()) purge_above(context_, score + context_.rules.suboptimal, task_.first_slot);
 }
 
 /// A full buffer costs worse trees, never the best.
 void cycle_keeper::store(double score) {
-  if (!has_slots()) return;
+  if (!has_slots()) {
+    if (is_within_bound(score, result_.best, kind()))
+      std::copy(tree_.begin(), tree_.end(), held_best_.begin());
+    return;
+  }
   if (!is_within_bound(score, result_.best + context_.rules.suboptimal, kind())) return;
   const int limit = std::min(context_.tree_limit, context_.trees.maxtrees);
   if (context_.trees.ntrees >= limit &&
       is_better_score(score, best_stored(context_, task_.first_slot), kind())) {
     purge_above(context_, score, task_.first_slot);
   }
-  if (context_.trees.ntrees >= limit) return;
-  store_tree(context_, tree_, context_.trees.ntrees, score);
+  if (context_.trees.ntrees < limit) store_tree(context_, tree_, context_.trees.ntrees, score);
 }
 
 bool cycle_keeper::end_cycle(double score) {
@@ -60,16 +86,41 @@ bool cycle_keeper::end_cycle(double score) {
   }
   store(score);
   context_.shown.current_tree = std::max(context_.trees.ntrees - 1, 0);
-  const bool is_due =
-      settings.status_replications > 0 && result_.cycles % settings.status_replications == 0;
+  const bool is_due = settings.status_replications > 0 && task_.counts_cycles &&
+                      result_.cycles % settings.status_replications == 0;
   report_status(context_, score, is_due);
   return interrupted() ||
-         (settings_.findscore > 0 && is_within_bound(score, settings_.findscore, kind()));
+         (wanted_.findscore > 0 && is_within_bound(score, wanted_.findscore, kind()));
 }
 
 const cycle_result& cycle_keeper::finish() {
   if (!has_slots()) std::copy(held_best_.begin(), held_best_.end(), tree_.begin());
   return result_;
+}
+
+}  // namespace
+
+cycle_result run_cycles(search_context& context, std::span<std::int32_t> tree,
+                        const cycle_settings& wanted, const cycle_task& task,
+                        const std::function<perturbed(int cycle)>& perturb) {
+  cycle_keeper keeper(context, tree, wanted, task);
+  seed_sequence seeds(context.random, context.rules.seed_step);
+  double score = unknown_score;  // of the tree in hand, once a swap has ended there
+  for (int cycle = 0; cycle < wanted.iterations; ++cycle) {
+    if (task.counts_cycles) context.shown.replication = cycle + 1;
+    context.random.seed(static_cast<unsigned>(seeds.current()));
+    seeds.advance();
+    const perturbed done = perturb(cycle);
+    if (interrupted()) {
+      score = tree_length(context.data, tree);
+    } else if (done == perturbed::changed || score >= unknown_score) {
+      score = tbr_swap(context, tree, {});
+    }
+    const bool is_over = keeper.end_cycle(score);
+    keeper.result().single_tree = done == perturbed::cornered;
+    if (is_over || done == perturbed::cornered) break;
+  }
+  return keeper.finish();
 }
 
 }  // namespace zeb

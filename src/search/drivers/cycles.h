@@ -7,8 +7,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
-#include <vector>
 
 #include "search/search_context.h"
 
@@ -33,37 +33,22 @@ struct cycle_result {
   double best = unknown_score;
   int cycles = 0;            // done
   int hits = 0;              // cycles that ended with the best score
-  int first_hit = 0;         // the first of these, from 1; 0: the tree that was given
-  bool single_tree = false;  // unperturbed drift: the island has no other tree
+  int first_hit = 0;         // the first of these, from 1; 0: none, the tree given was better
+  bool single_tree = false;  // ended since no other tree can be reached without a worse one
 };
 
-/// Keeps what the cycles of one run find.
-class cycle_keeper {
- public:
-  /// Scores the tree (`tree` is in internal numbering, not a slot), where the run begins.
-  cycle_keeper(search_context& context, std::span<std::int32_t> tree,
-               const cycle_settings& settings, const cycle_task& task);
-
-  /// The cycle `number`, from 0, begins.
-  void begin_cycle(int number);
-  /// The cycle ended with the tree at this score, or was stopped there. True: the run is over.
-  bool end_cycle(double score);
-  /// The run ends; without slots the tree becomes the best one.
-  const cycle_result& finish();
-  cycle_result& result() { return result_; }
-
- private:
-  bool has_slots() const { return task_.first_slot >= 0; }
-  score_kind kind() const { return kind_of_scores(context_.data); }
-  void take_best(double score);
-  void store(double score);
-
-  search_context& context_;
-  std::span<std::int32_t> tree_;
-  const cycle_settings& settings_;
-  const cycle_task task_;
-  cycle_result result_;
-  std::vector<std::int32_t> held_best_;  // without slots
+/// What a perturbation did to the tree.
+enum class perturbed {
+  changed,
+  unchanged,
+  cornered,  // unchanged, and the run is to end
 };
+
+/// Runs cycles from `tree` (internal numbering, not a slot), which becomes the tree in hand at the
+/// end, or, without slots, the best one. `perturb(cycle)` changes the tree; the generator is
+/// seeded for it, with a seed of its own for each cycle, drawn from the generator as it stands.
+cycle_result run_cycles(search_context& context, std::span<std::int32_t> tree,
+                        const cycle_settings& wanted, const cycle_task& task,
+                        const std::function<perturbed(int cycle)>& perturb);
 
 }  // namespace zeb

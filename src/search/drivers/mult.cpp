@@ -22,18 +22,20 @@ namespace {
 /// One run of `mult`.
 class replicated_search {
  public:
-  replicated_search(search_context& context, const mult_settings& options)
-      : context_(context), how_(context.rules.swap), options_(options) {}
+  replicated_search(search_context& context, const mult_settings& options,
+                    const mult_stages& stages)
+      : context_(context), how_(context.rules.swap), options_(options), stages_(stages) {}
   mult_result run();
 
  private:
-  void replicate(int seed);
+  void replicate(int seed, int next_seed);
   void swap_first();
   void swap_stored();
   void swap_single();
+  void ratchet_and_drift(int seed);
   void count_hit();
   void drop_worse_trees();
-  bool swaps() const { return options_.swapper != mult_settings::wagner_only; }
+  bool has_stages() const { return options_.ratchet || options_.drift; }
   swapper selected() const { return options_.swapper == mult_settings::spr ? spr_swap : tbr_swap; }
   int swap_stage() const { return options_.swapper == mult_settings::spr ? stage_spr : stage_tbr; }
   score_kind kind() const { return kind_of_scores(context_.data); }
@@ -41,6 +43,7 @@ class replicated_search {
   search_context& context_;
   const swap_settings& how_;
   const mult_settings& options_;
+  const mult_stages& stages_;
   mult_result result_;
   int first_slot_ = 0;
   double score_ = unknown_score;
@@ -53,7 +56,9 @@ void replicated_search::swap_first() {
   const bool wanted =
       options_.hold > 1 || !how_.mulpars || spr_single || (tbr_single && !how_.skip_spr);
   // Under implied weights most trees of a replication differ in score, and the way down is short.
-  if (!swaps() || !(wanted && (!context_.data.implied_on || spr_single))) return;
+  if (options_.swapper == mult_settings::wagner_only ||
+      !(wanted && (!context_.data.implied_on || spr_single)))
+    return;
   context_.shown.stage = stage_spr;
   score_ = spr_swap(context_, context_.working_tree, {});
 }
@@ -100,7 +105,24 @@ void replicated_search::swap_single() {
   store_tree(context_, context_.working_tree, context_.trees.ntrees, score_);
 }
 
-void replicated_search::replicate(int seed) {
+/// Both stages start from where the one before ended.
+void replicated_search::ratchet_and_drift(int seed) {
+  context_.shown.stage = stage_tbr;
+  const std::span<std::int32_t> tree = context_.working_tree;
+  score_ = tbr_swap(context_, tree, {});
+  store_tree(context_, tree, first_slot_, score_);
+  const cycle_task task{.first_slot = first_slot_};
+  if (options_.ratchet && !interrupted()) {
+    context_.random.seed(static_cast<unsigned>(seed));
+    score_ = std::min(score_, ratchet_search(context_, tree, stages_.ratchet, task).best);
+  }
+  if (options_.drift && !interrupted()) {
+    context_.random.seed(static_cast<unsigned>(seed));
+    score_ = std::min(score_, drift_search(context_, tree, stages_.drift, task).best);
+  }
+}
+
+void replicated_search::replicate(int seed, int next_seed) {
   tree_slots& trees = context_.trees;
   score_ = unknown_score;
   first_slot_ = trees.ntrees;
@@ -117,7 +139,11 @@ void replicated_search::replicate(int seed) {
   const std::span<std::int32_t> tree = context_.working_tree;
   swap_first();
   if (score_ >= unknown_score) score_ = tree_length(context_.data, tree);
-  if (!swaps()) {
+  if (has_stages()) {
+    ratchet_and_drift(next_seed);
+    return;
+  }
+  if (!swaps(options_)) {
     report_status(context_, score_, false);
     store_tree(context_, tree, first_slot_, score_);
     return;
@@ -178,7 +204,7 @@ mult_result replicated_search::run() {
     const int seed = seeds.current();
     context_.random.seed(static_cast<unsigned>(seed));
     seeds.advance();
-    replicate(seed);
+    replicate(seed, seeds.current());
     context_.shown.current_tree = context_.trees.ntrees;
     if (score_ < unknown_score) {
       ++result_.replications_done;
@@ -199,8 +225,9 @@ mult_result replicated_search::run() {
 
 }  // namespace
 
-mult_result mult_search(search_context& context, const mult_settings& options) {
-  return replicated_search(context, options).run();
+mult_result mult_search(search_context& context, const mult_settings& options,
+                        const mult_stages& stages) {
+  return replicated_search(context, options, stages).run();
 }
 
 }  // namespace zeb

@@ -42,8 +42,9 @@ constexpr command_options rows = {
     choice<&mult_settings::swapper>("tbr", mult_settings::tbr).help("swap with TBR"),
     choice<&mult_settings::swapper>("wagner", mult_settings::wagner_only)
         .help("no swapping: Wagner trees only"),
-    toggle<&mult_settings::ratchet>("ratchet").help("ratchet after TBR; not built yet"),
-    toggle<&mult_settings::drift>("drift").help("drift after TBR; not built yet"),
+    toggle<&mult_settings::ratchet>("ratchet").help("the ratchet after TBR, as \"ratchet\" has it"),
+    toggle<&mult_settings::drift>("drift").help(
+        "drift after TBR (and the ratchet), as \"drift\" has it"),
     choice<&mult_settings::addition, informative>("ras", 0)
         .also<&mult_settings::addition, look>(0)
         .also<&mult_settings::addition, rule>(0)
@@ -80,9 +81,6 @@ constexpr command_options rows = {
 
 /// What the options say together.
 void check_settings(mult_settings& wanted, option_outcome outcome) {
-  if (wanted.ratchet || wanted.drift) {
-    error_end("The", wanted.ratchet ? "ratchet" : "drift", "stage of mult isn't built yet");
-  }
   for (int* n : {&wanted.addition.look, &wanted.addition.informative}) {
     if (*n < 0) *n = all_taxa;
   }
@@ -107,6 +105,12 @@ void list_settings() {
   emit("Multiple addition sequences:\n     * ", mult.replications, " replications\n");
   emit("     * Addition sequence: ", addition_text(mult.addition), "\n");
   emit("     * Branch swapping: ", swappers[mult.swapper], "\n");
+  if (mult.ratchet) {
+    emit("     * Ratchet after TBR: ", ratchet.cycles.iterations, " iterations\n");
+  }
+  if (mult.drift) {
+    emit("     * Drifting after TBR: ", drift.cycles.iterations, " iterations\n");
+  }
   emit("     * ", mult.hold, " trees saved per replication\n");
   emit(mult.keepall ? "     * Keeping trees of all replications\n"
                     : "     * Keeping best trees only\n");
@@ -120,7 +124,7 @@ void list_settings() {
 void warn_of_memory() {
   const std::int64_t room = store.maxtrees;
   const std::int64_t trees = store.ntrees;
-  if (mult.swapper == mult_settings::wagner_only) {
+  if (!swaps(mult)) {
     if (trees + mult.replications > room) {
       warning_f("Doing %i wagner trees may fill memory (available treespace is %i)",
                 mult.replications, static_cast<int>(room - trees));
@@ -142,13 +146,12 @@ void filter_trees(search_context& context, const mult_result& result, int trees_
 }
 
 void summarise(const search_context& context, const mult_result& result) {
-  const bool swaps = mult.swapper != mult_settings::wagner_only;
   if (interrupted()) {
     emit("Search was interrupted...\n");
   } else if (!result.buffer_full) {
     emit(text_of("Completed %i random addition sequences.\n", result.replications_done));
   }
-  if (swaps) {
+  if (swaps(mult)) {
     emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
     if (context.slots.forbids) emit("Constraints enforced during search.\n");
     const int move_limit = context.rules.swap.move_limit;
@@ -177,7 +180,7 @@ void run_mult() {
   warn_of_memory();
   const int trees_before = store.ntrees;
   seed_generator(context.random);
-  const mult_result result = mult_search(context, mult);
+  const mult_result result = mult_search(context, mult, {ratchet, drift});
   disarm_time_limit();
   if (trees_before == 0 || result.buffer_full)
     note_full_buffer(result.buffer_full || store.ntrees == store.maxtrees);

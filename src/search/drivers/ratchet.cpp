@@ -3,13 +3,9 @@
 #include <vector>
 
 #include "base/indices.h"
-#include "base/interrupts.h"
 #include "engine/kernels/reweighting.h"
-#include "engine/passes/passes.h"
-#include "search/drivers/seed_sequence.h"
 #include "search/moves/perturbation.h"
 #include "search/moves/swapper.h"
-#include "search/search_report.h"
 
 namespace zeb {
 
@@ -30,76 +26,50 @@ weight_change change_of_cycle(const ratchet_settings& options, int cycle) {
   return up && !(kind == 1 && down) ? weight_change::up : weight_change::down;
 }
 
-class ratchet_run {
- public:
-  ratchet_run(search_context& context, std::span<std::int32_t> tree,
-              const ratchet_settings& options, const cycle_task& task)
-      : context_(context),
-        tree_(tree),
-        options_(options),
-        keeper_(context, tree, options.cycles, task),
-        weights_(context.data),
-        characters_(searched_characters(context.data)) {}
-  cycle_result run();
-
- private:
-  void draw_weights(weight_change change);
-  void perturb();
-
-  search_context& context_;
-  std::span<std::int32_t> tree_;
-  const ratchet_settings& options_;
-  cycle_keeper keeper_;
-  reweighting weights_;
-  const std::vector<std::int32_t> characters_;
-};
-
-void ratchet_run::draw_weights(weight_change change) {
-  if (change == weight_change::none || characters_.empty()) return;
-  const bool up = change == weight_change::up;
-  const int percent = up ? options_.upfactor : options_.downfactor;
-  std::vector<std::uint8_t> factor(at(characters_.back() + 1), 1);
-  for (auto c = characters_.rbegin(); c != characters_.rend(); ++c) {
-    if (percent > context_.random.draw() % 100) factor[at(*c)] = up ? 2 : 0;
+/// A factor for each character of the matrix; the characters are gone through from the last one.
+std::vector<std::uint8_t> draw_factors(random_generator& random,
+                                       std::span<const std::int32_t> characters, int percent,
+                                       std::uint8_t factor) {
+  std::vector<std::uint8_t> factors(characters.empty() ? 0 : at(characters.back() + 1), 1);
+  for (auto c = characters.rbegin(); c != characters.rend(); ++c) {
+    if (percent > random.draw() % 100) factors[at(*c)] = factor;
   }
-  weights_.multiply(factor);
+  return factors;
 }
 
-void ratchet_run::perturb() {
-  context_.shown.hide_score = true;
-  if (options_.traditional) {
-    tbr_swap(context_, tree_, {});
-  } else {
-    perturbation how;
-    how.most_moves = options_.cycles.numsubs;
-    how.giveup = options_.cycles.giveup;
-    tbr_swap(context_, tree_, {.perturbing = &how});
+perturbed swap_reweighted(search_context& context, std::span<std::int32_t> tree,
+                          const ratchet_settings& options) {
+  if (options.traditional) {
+    tbr_swap(context, tree, {});
+    return perturbed::changed;
   }
-  context_.shown.hide_score = false;
-}
-
-cycle_result ratchet_run::run() {
-  context_.shown.stage = stage_ratchet;
-  seed_sequence seeds(context_.random, context_.rules.seed_step);
-  for (int cycle = 0; cycle < options_.cycles.iterations; ++cycle) {
-    keeper_.begin_cycle(cycle);
-    context_.random.seed(static_cast<unsigned>(seeds.current()));
-    seeds.advance();
-    draw_weights(change_of_cycle(options_, cycle));
-    perturb();
-    weights_.put_back();
-    const double score =
-        interrupted() ? tree_length(context_.data, tree_) : tbr_swap(context_, tree_, {});
-    if (keeper_.end_cycle(score)) break;
-  }
-  return keeper_.finish();
+  perturbation how;
+  how.most_moves = options.cycles.numsubs;
+  how.giveup = options.cycles.giveup;
+  tbr_swap(context, tree, {.perturbing = &how});
+  return how.moves > 0 ? perturbed::changed : perturbed::unchanged;
 }
 
 }  // namespace
 
 cycle_result ratchet_search(search_context& context, std::span<std::int32_t> tree,
                             const ratchet_settings& options, const cycle_task& task) {
-  return ratchet_run(context, tree, options, task).run();
+  context.shown.stage = stage_ratchet;
+  reweighting weights(context.data);
+  const std::vector<std::int32_t> characters = searched_characters(context.data);
+  return run_cycles(context, tree, options.cycles, task, [&](int cycle) {
+    const weight_change change = change_of_cycle(options, cycle);
+    if (change == weight_change::up) {
+      weights.multiply(draw_factors(context.random, characters, options.upfactor, 2));
+    } else if (change == weight_change::down) {
+      weights.multiply(draw_factors(context.random, characters, options.downfactor, 0));
+    }
+    context.shown.hide_score = true;
+    const perturbed done = swap_reweighted(context, tree, options);
+    context.shown.hide_score = false;
+    weights.put_back();
+    return done;
+  });
 }
 
 }  // namespace zeb

@@ -64,7 +64,7 @@ void list_settings() {
 void run_ratchet() {
   search_session session;
   const cycle_result result =
-      run_cycles(session.context(), "ratchet", [](auto& context, auto task) {
+      search_from_first_tree(session.context(), "ratchet", [](auto& context, auto task) {
         return ratchet_search(context, context.working_tree, ratchet, task);
       });
   tell_cycles(session.context(), result, "ratchet", ratchet_options);
