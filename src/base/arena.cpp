@@ -89,6 +89,7 @@ void create_arena(std::size_t size) {
   arena.high_mark = arena.high;
   POISON(arena.low, static_cast<std::size_t>(arena.high - arena.low));
   standing.table.clear();
+  standing.table.reserve(most_locks);
   arena.lock_count = 0;
   if (got < size) {
     error_end("Allocation failure: not enough RAM available,\nallocated only",

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "base/process.h"
 
@@ -31,7 +32,7 @@ double command_seconds();
 class command_scope {
  public:
   command_scope() = default;
-  ~command_scope() { command = saved_; }
+  ~command_scope() { command = std::move(saved_); }
   command_scope(const command_scope&) = delete;
   command_scope& operator=(const command_scope&) = delete;
 
@@ -72,8 +73,6 @@ class jump_context {
   jump_context& operator=(const jump_context&) = delete;
 };
 bool in_jump_context();
-/// Runs a task that may fail as a command does.
-void run_in_jump_context(void (*task)());
 
 /// The last step of errors and interrupts: throws to the innermost jump context.
 [[noreturn]] void throw_to_jump_context();

@@ -2,9 +2,12 @@
 
 #include <cstdarg>
 #include <cstring>
+#include <new>
+#include <stdexcept>
 
 #include "base/command.h"
 #include "base/hooks.h"
+#include "base/memory_reserve.h"
 #include "base/message_place.h"
 #include "base/message_text.h"
 
@@ -27,6 +30,7 @@ std::string joined(std::span<const message_part> parts) {
 }  // namespace
 
 void raise_error(std::span<const message_part> parts) {
+  const memory_reserve_scope reserve;
   std::string text = joined(parts);
   if (message_place.text) text += message_place.text() + " ";
   if (hooks_of_base.tell_error) hooks_of_base.tell_error(text);
@@ -39,6 +43,29 @@ void error_end_f(const char* format, ...) {
   const std::string text = formatted_text(format, arguments);
   va_end(arguments);
   error_end(text);
+}
+
+void raise_standard_error() {
+  const memory_reserve_scope reserve;
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    error_end("Not enough memory for", command.command_name);
+  } catch (const std::length_error&) {
+    error_end("Not enough memory for", command.command_name);
+  } catch (const std::exception& failure) {
+    error_end("Internal error:", failure.what());
+  }
+}
+
+void run_in_jump_context(void (*task)()) {
+  const jump_context context;
+  try {
+    task();
+  } catch (const command_unwinding&) {
+  } catch (const std::exception&) {
+    run_in_jump_context(raise_standard_error);
+  }
 }
 
 void raise_warning(std::span<const message_part> parts) {

@@ -39,6 +39,12 @@ template <class... part>
 /// The same from a printf format; the text is cut at 10,000 characters.
 [[noreturn]] void error_end_f(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+/// While an exception of the standard library is handled: ends the command with the error that it
+/// stands for.
+[[noreturn]] void raise_standard_error();
+/// Runs a task that may fail as a command does, in a jump context of its own.
+void run_in_jump_context(void (*task)());
+
 /// Shows a warning. With `warn` on and a user to ask, a "n" ends the command as an interrupt does.
 void raise_warning(std::span<const message_part> parts);
 template <class... part>

@@ -3,9 +3,11 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <vector>
 
 #include "base/hooks.h"
+#include "base/memory_reserve.h"
 
 namespace zeb {
 
@@ -20,6 +22,17 @@ struct end_of_process {
   std::string losses;
 };
 end_of_process at_quit;
+
+// One that fails doesn't keep the others from doing what they can.
+void run_safely(quit_hook hook) {
+  try {
+    hook();
+  } catch (const std::bad_alloc&) {
+    note_loss("Not enough memory to write out all that was to be saved");
+  } catch (...) {
+    process.failed = true;  // the error has been told
+  }
+}
 
 }  // namespace
 
@@ -42,13 +55,15 @@ void note_loss(const std::string& what) {
 }
 
 void run_quit_hooks() {
-  for (const quit_hook hook : at_quit.hooks) hook();
+  const memory_reserve_scope reserve;
+  for (const quit_hook hook : at_quit.hooks) run_safely(hook);
 }
 
 void end_process(int status) {
   constexpr int status_of_failure = 255;
-  for (const quit_hook hook : at_quit.closing_hooks) hook();
-  if (hooks_of_base.close_outputs) hooks_of_base.close_outputs();
+  const memory_reserve_scope reserve;
+  for (const quit_hook hook : at_quit.closing_hooks) run_safely(hook);
+  if (hooks_of_base.close_outputs) run_safely(hooks_of_base.close_outputs);
   std::fputs(at_quit.losses.c_str(), stderr);
   if (process.failed && status == 0) status = status_of_failure;
   std::exit(status);  // NOLINT(concurrency-mt-unsafe)

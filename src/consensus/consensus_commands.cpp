@@ -21,6 +21,7 @@
 #include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
+#include "trees/tree_undo.h"
 
 namespace zeb {
 
@@ -65,6 +66,7 @@ void deliver(const consensus_request& request, const group_tree& result, const s
   draw_tree(result.tree, title, texts);
   tell_full_buffer();
   if (!request.store) return;
+  tree_undo undo({});
   const tree_span slot = take_slot(true, no_space);
   std::copy(result.tree.begin(), result.tree.end(), slot.begin());
   group_automatically(store.ntrees - 1, store.ntrees, group_name);
@@ -72,6 +74,7 @@ void deliver(const consensus_request& request, const group_tree& result, const s
     label_tree(store.ntrees - 1, values_as_labels(result.values, request.n_trees));
     if (!had_tags) set_tag_tree_to_stored(store.ntrees - 1, tag_source::computed, title);
   }
+  undo.keep();
   if (settings.report) report_line("Consensus stored as tree", store.ntrees - 1);
 }
 

@@ -37,6 +37,7 @@ void wait_for_text() {
 void read_more() {
   wait_for_text();
   char piece[read_at_a_time];
+  plain.waiting.reserve(plain.waiting.size() + sizeof piece);  // what is read can't be lost
   const ssize_t n = call_read(STDIN_FILENO, piece, sizeof piece);
   if (n > 0) {
     plain.waiting.append(piece, static_cast<std::size_t>(n));

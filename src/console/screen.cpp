@@ -20,6 +20,15 @@ namespace {
 
 constexpr std::string_view page_cue = "-- more --";
 
+// Takes no memory: what hides a line may not fail.
+void blank_out(std::size_t columns) {
+  constexpr std::string_view blanks = "                                        ";
+  write_terminal("\r");
+  for (; columns > blanks.size(); columns -= blanks.size()) write_terminal(blanks);
+  write_terminal(blanks.substr(0, columns));
+  write_terminal("\r");
+}
+
 // With `pause =`: a full screen waits for a key.
 void count_line() {
   if (!screen.up || !screen.paging) return;
@@ -27,7 +36,7 @@ void count_line() {
   screen.page_lines = 0;
   struct cue {
     cue() { write_terminal(page_cue); }
-    ~cue() { write_terminal("\r" + std::string(page_cue.size(), ' ') + "\r"); }
+    ~cue() { blank_out(page_cue.size()); }
   };
   const cue shown;
   wait_for_go_ahead();
@@ -156,7 +165,7 @@ void show_progress_text(std::string_view text) {
 
 void hide_progress() {
   if (screen.progress_columns == 0) return;
-  write_terminal("\r" + std::string(screen.progress_columns, ' ') + "\r");
+  blank_out(screen.progress_columns);
   screen.progress_columns = 0;
 }
 

@@ -7,14 +7,14 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <new>
-#include <stdexcept>
+#include <exception>
 #include <vector>
 
 #include "base/arena.h"
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/interrupts.h"
+#include "base/memory_reserve.h"
 #include "base/message_text.h"
 #include "base/process.h"
 #include "base/safe_mode.h"
@@ -153,19 +153,6 @@ bool legal_without_macros(const command_row& row) {
   return std::find(std::begin(names), std::end(names), row.name) != std::end(names);
 }
 
-// What the standard library throws is an error like any other.
-void run_safely(command_handler handler) {
-  try {
-    handler();
-  } catch (const std::bad_alloc&) {
-    out_of_memory();
-  } catch (const std::length_error&) {
-    out_of_memory();
-  } catch (const std::exception& failure) {
-    error_end("Internal error:", failure.what());
-  }
-}
-
 // Skips empty commands. False where level 0 has ended.
 bool reach_command() {
   for (;;) {
@@ -187,12 +174,15 @@ void head_and_handler(const command_row& row) {
     print_command_help(row.name);
     return;
   }
-  const jump_context around_handler;
-  try {
-    start_command_clock();
-    call_handler(row);
-  } catch (const command_unwinding&) {
-  }
+  start_command_clock();
+  call_handler(row);
+}
+
+void read_and_run_command() {
+  if (noted_signal() != 0) check_interrupt();
+  if (reach_command()) return head_and_handler(look_up());
+  no_timing();
+  stop_main_loop();
 }
 
 void report_time() {
@@ -234,28 +224,23 @@ void call_handler(const command_row& row) {
     error_end(row.name, "legal only when macros are enabled");
   }
   if (!row.handler) error_end(text_of("Command \"%s\" is not available yet", row.name));
-  run_safely(row.handler);
+  try {
+    row.handler();
+  } catch (const std::exception&) {
+    raise_standard_error();
+  }
 }
 
 void run_next() {
   begin_command("zeb*");
-  const jump_context around_reading;
-  try {
-    if (noted_signal() != 0) check_interrupt();
-    if (!reach_command()) {
-      no_timing();
-      stop_main_loop();
-      return;
-    }
-    head_and_handler(look_up());
-  } catch (const command_unwinding&) {
-  }
-  command_is_over();
+  run_in_jump_context(read_and_run_command);
+  run_in_jump_context(command_is_over);
   release_command_memory();
 }
 
 void run_one_round() {
   forget_interrupt();
+  refill_memory_reserve();
   run_pending_jump();
   interpreter.timed = interpreter.watch;
   if (interpreter.timed) measure_peak_anew();

@@ -10,6 +10,8 @@
 
 #include "base/arena.h"
 #include "base/command.h"
+#include "base/errors.h"
+#include "base/memory_reserve.h"
 #include "base/process.h"
 #include "base/safe_mode.h"
 #include "base/signals.h"
@@ -43,6 +45,7 @@ void greet(run_mode mode) {
 }
 
 void prepare(std::string commands, const std::string& input_name) {
+  start_memory_reserve();
   start_command_clock();
   start_stopwatch();
   set_signals();
@@ -51,7 +54,7 @@ void prepare(std::string commands, const std::string& input_name) {
 }
 
 [[noreturn]] void run_to_the_end() {
-  while (interpreter.running && process.ended_by == 0) run_one_round();
+  while (interpreter.running && process.ended_by == 0) run_in_jump_context(run_one_round);
   pop_all();
   leave_program();
 }
@@ -85,6 +88,8 @@ void leave_program() {
     forget_signal();
   }
   const int signal = process.ended_by;
+  const memory_reserve_scope reserve;
+  const jump_context around_saving;
   if (signal != 0) emit("\nEnded by ", signal_name(signal), "\n");
   run_quit_hooks();
   if (signal != 0) end_process(status_of_signal + signal);

@@ -43,24 +43,38 @@ void matrix_form(const search_context& context, int number, tree_span tree) {
 }
 
 search_session::search_session(tree_slots& slots, silence silent)
-    : scope_(users_data(), slots, rules_in_force(), randomness.generator) {
+    : scope_(users_data(), slots, rules_in_force(), randomness.generator), room_(context().data) {
   context().shown.silent = silent == silence::on;
   context().lowest_score = last_search.lowest_score;
   try {
     take_trees_in();
   } catch (...) {
     leave();
+    for (const former_tree& former : former_)
+      std::copy(former.tree.begin(), former.tree.end(), slot_of(slots, former.number).begin());
     throw;
   }
+  former_ = {};
 }
 
 search_session::~search_session() { leave(); }
+
+/// Where the way there and back would change the tree.
+void search_session::keep_former(int number) {
+  const search_data& data = context().data;
+  const const_tree_span tree = slot_of(context().trees, number);
+  const int ntax = data.all_taxa;
+  const bool comes_back =
+      data.n == ntax && tree[at(ntax)] == 2 * ntax - 1 && tree[at(data.pack_to_taxon[0])] == ntax;
+  if (!comes_back) former_.push_back({number, {tree.begin(), tree.end()}});
+}
 
 void search_session::take_trees_in() {
   search_context& c = context();
   const int count = c.trees.ntrees;
   int cut = 0;
   for (; taken_in_ < count; ++taken_in_) {
+    keep_former(taken_in_);
     cut += has_inactive_taxa(c.data, slot_of(c.trees, taken_in_));
     if (!to_internal(c.data, slot_of(c.trees, taken_in_), c.working_tree, true)) {
       error_end("Tree", taken_in_, "lacks some active taxa: searches need trees with all of them");
@@ -84,7 +98,10 @@ void search_session::leave() {
   clear_progress();
   const tree_slots& trees = context().trees;
   const int count = all_taken_in_ ? trees.ntrees : taken_in_;
-  for (int t = 0; t < count; ++t) matrix_form(context(), t, slot_of(trees, t));
+  for (int t = 0; t < count; ++t) {
+    forget_collapsed(slot_tree(context(), t));
+    to_buffer(context().data, slot_tree(context(), t), slot_of(trees, t), room_);
+  }
 }
 
 }  // namespace zeb

@@ -1,8 +1,11 @@
 // The frame of every search command.
 #pragma once
 
+#include <vector>
+
 #include "base/interrupts.h"
 #include "base/time_limit.h"
+#include "engine/passes/conversions.h"
 #include "search/search_context.h"
 #include "trees/tree_store.h"
 
@@ -26,13 +29,20 @@ class search_session {
   search_context& context() { return scope_.context(); }
 
  private:
+  struct former_tree {
+    int number;
+    std::vector<tree_node> tree;
+  };
+  void keep_former(int number);
   void take_trees_in();
   void leave();
 
   timeout_scope time_limit_;
   context_scope scope_;
   search_running running_;
-  int taken_in_ = 0;  // trees that are in internal numbering, until all are
+  conversion_room room_;             // taken in time, since the end can't fail
+  std::vector<former_tree> former_;  // that come back where the beginning fails
+  int taken_in_ = 0;                 // trees that are in internal numbering, until all are
   bool all_taken_in_ = false;
 };
 

@@ -16,6 +16,7 @@
 #include "trees/drawing/display.h"
 #include "trees/tree_lists.h"
 #include "trees/tree_store.h"
+#include "trees/tree_undo.h"
 #include "trees/tree_walks.h"
 
 namespace zeb {
@@ -126,9 +127,11 @@ void pruntax_command() {
       error_end("Cannot delete all terminals from a tree");
     }
   }
+  tree_undo undo(chosen);
   for (int t = 0; t < store.ntrees; ++t) {
     if (chosen[at(t)]) delete_taxa(stored_tree(t), matrix.ntax, flags);
   }
+  undo.keep();
   report_line(count_chosen(flags), "taxa removed from", count_chosen(chosen), "trees");
 }
 
@@ -137,6 +140,7 @@ void reroot_command() {
   check_end();
   int changed = 0;
   int without = 0;
+  tree_undo undo(chosen);
   for (int t = 0; t < store.ntrees; ++t) {
     if (!chosen[at(t)]) continue;
     if (is_absent(stored_tree(t), matrix.outgroup)) {
@@ -148,6 +152,7 @@ void reroot_command() {
     labels.put_back();
     ++changed;
   }
+  undo.keep();
   report_line(changed, "trees rooted on", taxon_label(matrix.outgroup));
   if (without > 0) {
     report_line(without, "trees left as they were: they don't include",
@@ -164,9 +169,13 @@ void edit_command() {
   std::vector<tree_node> tree(stored_tree(number).begin(), stored_tree(number).end());
   edited_tree edited{tree, number};
   while (skip_blanks_peek() != ';') read_option(edited, edit_options);
+  std::vector<std::uint8_t> flags(at(store.ntrees), 0);
+  flags[at(number)] = 1;
+  tree_undo undo(flags);
   const labels_in_change labels(number);
   std::ranges::copy(tree, stored_tree(number).begin());
   labels.put_back();
+  undo.keep();
   show_with_numbers(number);
 }
 

@@ -60,9 +60,11 @@ void randtrees_command() {
   const int first = store.ntrees;
   const int count = std::min(wanted, store.maxtrees - first);
   reseed();
+  std::vector<tree_node> tree(at(matrix.nnodes));
   poller progress;
   for (int i = 0; i < count; ++i) {
-    random_binary_tree(taxa, take_slot(), matrix.ntax);
+    random_binary_tree(taxa, tree, matrix.ntax);
+    std::ranges::copy(tree, take_slot().begin());
     progress.poll("Random trees", i, count);
   }
   clear_progress();

@@ -46,8 +46,8 @@ bool tree_group_defined(int group) {
 }
 
 void define_tree_group(int group, std::string_view name) {
-  word_of(tree_groups.defined.data(), group) |= bit_of(group);
   if (!name.empty()) tree_groups.names[at(group)] = name;
+  word_of(tree_groups.defined.data(), group) |= bit_of(group);
 }
 
 void undefine_tree_group(int group) {

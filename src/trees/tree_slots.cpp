@@ -32,6 +32,8 @@ void fit_labels(tree_slots& slots) {
 void set_tree_count(tree_slots& slots, int count) {
   ALWAYS_CHECK(count >= 0 && count <= slots.maxtrees, "more trees than slots");
   fit_labels(slots);
+  if (!slots.labels.empty()) slots.labels.resize(at(std::max(count, slots.ntrees)));
+  // From here on nothing can fail.
   if (slots.ntrees == 0) slots.cut_short = false;
   for (int t = slots.ntrees; t < count; ++t) std::ranges::fill(group_row(slots, t), 0U);
   slots.ntrees = count;

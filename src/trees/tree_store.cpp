@@ -36,25 +36,28 @@ std::vector<std::uint32_t> saved_groups(int count) {
   return words;
 }
 
-void restore_groups(const std::vector<std::uint32_t>& words) {
-  if (!words.empty()) std::memcpy(store.group_rows[0], words.data(), words.size() * 4);
+void restore_groups(const std::vector<std::uint32_t>& words, int count) {
+  const std::size_t n = std::min(words.size(), at(count) * group_words());
+  if (n > 0) std::memcpy(store.group_rows[0], words.data(), n * 4);
 }
 
 /// Takes the arena for `capacity` trees and a vault, and locks it. `kept` trees that stood after
-/// the `old_vault` slots of the vault at the same address move to their new place.
+/// the `old_vault` slots of the vault at the same address move to their new place. Where memory is
+/// short nothing has moved.
 void lay_out(int capacity, int vault_size, int old_vault, int kept) {
   const std::size_t rows = at(capacity) + at(vault_size);
   const std::size_t cells = at(store.nnodes);
-  store.memory_low = arena.low;
-  store.memory_high = arena.high;
+  std::byte* const memory_low = arena.low;
   const std::span<tree_node> records = alloc_low<tree_node>(checked_product(rows, cells));
+  const std::span<tree_node*> table = alloc_low<tree_node*>(rows);
+  store.group_rows = calloc_table_low<std::uint32_t>(at(capacity), group_words());
+  store.memory_low = memory_low;
+  store.memory_high = arena.high;
   if (old_vault != vault_size && kept > 0) {
     std::memmove(records.data() + at(vault_size) * cells, records.data() + at(old_vault) * cells,
                  at(kept) * cells * sizeof(tree_node));
   }
-  const std::span<tree_node*> table = alloc_low<tree_node*>(rows);
   for (std::size_t r = 0; r < rows; ++r) table[r] = records.data() + r * cells;
-  store.group_rows = calloc_table_low<std::uint32_t>(at(capacity), group_words());
   store.vault = {};
   store.vault.trees = table.first(at(vault_size));
   store.vault.maxtrees = vault_size;
@@ -62,7 +65,7 @@ void lay_out(int capacity, int vault_size, int old_vault, int kept) {
   store.trees = table.subspan(at(vault_size));
   store.maxtrees = capacity;
   store.ntrees = kept;
-  if (!store.labels.empty()) store.labels.resize(at(kept));
+  if (store.labels.size() > at(kept)) store.labels.resize(at(kept));
   lock(&locks.tree_lock);
 }
 
@@ -92,24 +95,43 @@ bool memory_is_shared() { return has_temporary_memory() || arena.lock_count != l
 void move_into_arena(int capacity, int vault_size) {
   const int kept = std::min(store.ntrees, capacity);
   const int old_vault = store.vault.maxtrees;
-  const std::vector<std::uint32_t> words = saved_groups(kept);
+  const int old_capacity = store.maxtrees;
+  const int all = store.ntrees;
+  const std::vector<std::uint32_t> words = saved_groups(all);
   unlock(&locks.tree_lock);
-  // Consistent, though empty, should an allocation fail now.
-  store.vault = {};
-  store.trees = {};
-  store.group_rows = {};
-  store.ntrees = store.maxtrees = 0;
-  lay_out(capacity, vault_size, old_vault, kept);
-  restore_groups(words);
+  try {
+    lay_out(capacity, vault_size, old_vault, kept);
+  } catch (...) {
+    // All is where it was, but for the tables.
+    free_to_low(store.memory_low);
+    lay_out(old_capacity, old_vault, old_vault, all);
+    restore_groups(words, all);
+    throw;
+  }
+  restore_groups(words, kept);
 }
 
-/// Points the rows of the buffer into the system memory it has grown into.
-void point_rows(int capacity, std::vector<std::uint32_t> words) {
+/// Grows in system memory, for as long as the command runs.
+void grow_outside_arena(int capacity) {
   const std::size_t cells = at(store.nnodes);
-  words.resize(at(capacity) * group_words(), 0);
-  store.unsettled_groups.swap(words);
-  store.unsettled_rows.resize(at(capacity));
-  store.unsettled_group_rows.resize(at(capacity));
+  const int kept = std::min(store.ntrees, capacity);
+  const bool has_room = at(capacity) * cells <= store.unsettled.size();
+  // Half as much again, since a buffer that grows once mostly grows on.
+  std::vector<tree_node> records(has_room ? 0 : (at(capacity) + at(capacity) / 2) * cells);
+  std::vector<std::uint32_t> groups = saved_groups(kept);
+  groups.resize(at(capacity) * group_words(), 0);
+  std::vector<tree_node*> rows(at(capacity));
+  std::vector<std::uint32_t*> group_rows(at(capacity));
+  // All memory is there.
+  if (!has_room) {
+    for (int t = 0; t < kept; ++t) {
+      std::memcpy(records.data() + at(t) * cells, store.trees[at(t)], cells * sizeof(tree_node));
+    }
+    store.unsettled.swap(records);
+  }
+  store.unsettled_groups.swap(groups);
+  store.unsettled_rows.swap(rows);
+  store.unsettled_group_rows.swap(group_rows);
   for (std::size_t t = 0; t < at(capacity); ++t) {
     store.unsettled_rows[t] = store.unsettled.data() + t * cells;
     store.unsettled_group_rows[t] = store.unsettled_groups.data() + t * group_words();
@@ -117,24 +139,6 @@ void point_rows(int capacity, std::vector<std::uint32_t> words) {
   store.trees = store.unsettled_rows;
   store.group_rows = store.unsettled_group_rows;
   store.maxtrees = capacity;
-}
-
-/// Grows in system memory, for as long as the command runs.
-void grow_outside_arena(int capacity) {
-  const std::size_t cells = at(store.nnodes);
-  const int kept = std::min(store.ntrees, capacity);
-  std::vector<std::uint32_t> words = saved_groups(kept);
-  // Half as much again, since a buffer that grows once mostly grows on.
-  if (at(capacity) * cells <= store.unsettled.size()) {
-    point_rows(capacity, std::move(words));
-    return;
-  }
-  std::vector<tree_node> records((at(capacity) + at(capacity) / 2) * cells);
-  for (int t = 0; t < kept; ++t) {
-    std::memcpy(records.data() + at(t) * cells, store.trees[at(t)], cells * sizeof(tree_node));
-  }
-  store.unsettled.swap(records);
-  point_rows(capacity, std::move(words));
 }
 
 bool fits(int capacity, int vault_size) {
@@ -169,16 +173,23 @@ void set_group_words(int words) { store.group_words = words; }
 void settle_tree_buffer() {
   if (store.unsettled.empty()) return;
   release_command_memory();
-  const std::vector<tree_node> records = std::move(store.unsettled);
-  store.unsettled.clear();
-  const int kept = store.ntrees;
-  move_into_arena(store.maxtrees, 0);
-  if (kept > 0) {
-    std::memcpy(store.trees[0], records.data(), at(kept) * at(store.nnodes) * sizeof(tree_node));
+  const auto take_in = [] {
+    if (store.ntrees > 0) {
+      std::memcpy(store.trees[0], store.unsettled.data(),
+                  at(store.ntrees) * at(store.nnodes) * sizeof(tree_node));
+    }
+    store.unsettled = {};
+    store.unsettled_groups = {};
+    store.unsettled_rows = {};
+    store.unsettled_group_rows = {};
+  };
+  try {
+    move_into_arena(store.maxtrees, 0);
+  } catch (const command_unwinding&) {
+    take_in();  // the room is there, as it is after every failure
+    throw;
   }
-  store.unsettled_groups.clear();
-  store.unsettled_rows.clear();
-  store.unsettled_group_rows.clear();
+  take_in();
 }
 
 bool set_maxtrees(int n, bool report, bool silent_failure) {

@@ -8,6 +8,7 @@
 
 #include "base/arena.h"
 #include "base/command.h"
+#include "base/errors.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "language/input.h"

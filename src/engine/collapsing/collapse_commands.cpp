@@ -22,6 +22,7 @@
 #include "matrix/matrix.h"
 #include "trees/branch_labels.h"
 #include "trees/tree_store.h"
+#include "trees/tree_undo.h"
 
 namespace zeb {
 namespace {
@@ -138,6 +139,7 @@ condense_request read_trees_and_taxa() {
 void condense_trees(int rule, const condense_request& request) {
   branch_judge judge(rule, request.ignored_taxa);
   int changed = 0;
+  tree_undo undo(request.trees);
   for (int t = 0; t < store.ntrees; ++t) {
     if (!request.trees[at(t)]) continue;
     show_progress("Condensing", t, store.ntrees);
@@ -149,6 +151,7 @@ void condense_trees(int rule, const condense_request& request) {
     labels.put_back();
     changed += node_limit(tree, matrix.ntax) != nodes;
   }
+  undo.keep();
   clear_progress();
   emit("Condensed ", counted(changed, "tree", "trees"), "\n");
 }

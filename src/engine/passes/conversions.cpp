@@ -1,5 +1,6 @@
 #include "engine/passes/conversions.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "base/indices.h"
@@ -20,6 +21,9 @@ void hang(std::span<std::int32_t> anc, int node, std::span<const int> children, 
 }
 
 }  // namespace
+
+conversion_room::conversion_room(const search_data& data)
+    : ancestors(at(data.all_taxa - data.n + data.nodes)), numbers(ancestors.size()) {}
 
 bool to_internal(const search_data& data, std::span<const std::int32_t> buffer_tree,
                  std::span<std::int32_t> anc, bool resolve) {
@@ -64,15 +68,21 @@ bool to_internal(const search_data& data, std::span<const std::int32_t> buffer_t
 
 void to_buffer(const search_data& data, std::span<const std::int32_t> anc,
                std::span<std::int32_t> buffer_tree) {
+  conversion_room room(data);
+  to_buffer(data, anc, buffer_tree, room);
+}
+
+void to_buffer(const search_data& data, std::span<const std::int32_t> anc,
+               std::span<std::int32_t> buffer_tree, conversion_room& room) {
   const int ntax = data.all_taxa;
   const auto number = [&](int v) {
     return v < data.n ? data.pack_to_taxon[at(v)] : ntax + (v - data.n);
   };
-  for (std::int32_t& a : buffer_tree) a = 0;
+  std::fill(room.ancestors.begin(), room.ancestors.end(), -1);
   for (int v = 0; v < data.nodes; ++v)
-    if (v != data.n) buffer_tree[at(number(v))] = number(anc[at(v)]);
-  buffer_tree[at(ntax)] = number(data.nodes - 1) + 1;
-  normalise_tree(buffer_tree, ntax);
+    if (v != data.n) room.ancestors[at(number(v))] = number(anc[at(v)]);
+  std::fill(buffer_tree.begin(), buffer_tree.end(), 0);
+  normalise_ancestors(room.ancestors, buffer_tree, ntax, &room.numbers);
 }
 
 }  // namespace zeb

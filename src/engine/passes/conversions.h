@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "engine/search_data.h"
 
@@ -15,5 +16,15 @@ bool to_internal(const search_data& data, std::span<const std::int32_t> buffer_t
                  std::span<std::int32_t> anc, bool resolve);
 void to_buffer(const search_data& data, std::span<const std::int32_t> anc,
                std::span<std::int32_t> buffer_tree);
+
+/// Memory that `to_buffer` needs, for those who can't fail for want of it. `anc` and `buffer_tree`
+/// may be the same.
+struct conversion_room {
+  explicit conversion_room(const search_data& data);
+  std::vector<int> ancestors;
+  std::vector<int> numbers;
+};
+void to_buffer(const search_data& data, std::span<const std::int32_t> anc,
+               std::span<std::int32_t> buffer_tree, conversion_room& room);
 
 }  // namespace zeb

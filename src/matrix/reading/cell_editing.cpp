@@ -60,15 +60,15 @@ std::uint32_t cell_from_text(int character, std::string_view text) {
 void set_cells(std::span<const std::uint8_t> characters, std::span<const std::uint8_t> taxa,
                std::string_view states, bool recheck) {
   // All characters are looked at first: an edit that fails changes nothing.
+  std::vector<std::uint32_t> values(at(matrix.nchar));
   for (int c = 0; c < matrix.nchar; ++c) {
-    if (characters[at(c)]) cell_from_text(c, states);
+    if (characters[at(c)]) values[at(c)] = cell_from_text(c, states);
   }
   drop_packed_data();
   for (int c = 0; c < matrix.nchar; ++c) {
     if (!characters[at(c)]) continue;
-    const std::uint32_t value = cell_from_text(c, states);
     for (int t = 0; t < matrix.ntax; ++t) {
-      if (taxa[at(t)]) set_cell(t, c, value);
+      if (taxa[at(t)]) set_cell(t, c, values[at(c)]);
     }
     if (recheck) matrix.characters[at(c)].needs_recheck = 1;
   }
@@ -91,16 +91,16 @@ int blank_cells_at_random(double character_probability, double taxon_probability
 }
 
 void permute_cells(int character, std::span<std::uint32_t> cells,
-                   std::span<const std::uint8_t> taxa, bool with_missing) {
+                   std::span<const std::uint8_t> taxa, bool with_missing, std::span<int> scratch) {
   const bool continuous = matrix.characters[at(character)].is_continuous;
   const std::uint32_t missing = continuous ? missing_continuous : matrix.state_mask;
-  std::vector<std::size_t> places;
+  std::size_t movable = 0;
   for (std::size_t t = 0; t < cells.size(); ++t) {
-    if (taxa[t] && (with_missing || cells[t] != missing)) places.push_back(t);
+    if (taxa[t] && (with_missing || cells[t] != missing)) scratch[movable++] = static_cast<int>(t);
   }
-  for (std::size_t left = places.size(); left > 1; --left) {
+  for (std::size_t left = movable; left > 1; --left) {
     const auto other = static_cast<std::size_t>(draw()) % left;
-    std::swap(cells[places[left - 1]], cells[places[other]]);
+    std::swap(cells[at(scratch[left - 1])], cells[at(scratch[other])]);
   }
 }
 

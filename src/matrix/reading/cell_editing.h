@@ -21,8 +21,8 @@ void set_cells(std::span<const std::uint8_t> characters, std::span<const std::ui
 int blank_cells_at_random(double character_probability, double taxon_probability);
 
 /// Shuffles the cells of the flagged taxa by draws from the search generator. Missing cells stay
-/// where they are unless `with_missing`. `cells` has one entry per taxon.
+/// where they are unless `with_missing`. `cells` and `scratch` have one entry per taxon.
 void permute_cells(int character, std::span<std::uint32_t> cells,
-                   std::span<const std::uint8_t> taxa, bool with_missing);
+                   std::span<const std::uint8_t> taxa, bool with_missing, std::span<int> scratch);
 
 }  // namespace zeb

@@ -22,17 +22,16 @@ constexpr std::size_t piece = 1000;  // bytes sent at a time: fits the line buff
 // Collects text and sends it in pieces, whatever the length of a line.
 class line_writer {
  public:
-  ~line_writer() { send(); }
   void add(std::string_view text) {
     text_ += text;
     if (text_.size() >= piece) send();
   }
-
- private:
   void send() {
     for (std::size_t i = 0; i < text_.size(); i += piece) emit(text_.substr(i, piece));
     text_.clear();
   }
+
+ private:
   std::string text_;
 };
 
@@ -73,12 +72,8 @@ class matrix_writer {
     write_head();
     for (const section& s : sections_) write_section(s);
     out_.add(";\n");
-    if (!request_.settings) return;
-    write_scales();
-    write_codes();
-    write_blocks();
-    write_character_names();
-    write_taxon_settings();
+    if (request_.settings) write_settings();
+    out_.send();
   }
 
  private:
@@ -96,6 +91,13 @@ class matrix_writer {
   std::uint32_t cell_of(int taxon, int character) const;
   bool is_written_as_gap(int taxon, int character) const {
     return taxon < matrix.ntax && request_.cells.empty() && was_gap(taxon, character);
+  }
+  void write_settings() {
+    write_scales();
+    write_codes();
+    write_blocks();
+    write_character_names();
+    write_taxon_settings();
   }
   void write_scales();
   void write_codes();

@@ -21,6 +21,7 @@ void xperm_command() {
   expect_end();
   const auto taxa = matrix.taxon_active.first(ntax);
   std::vector<std::uint32_t> cells(ntax);
+  std::vector<int> scratch(ntax);
   int permuted = 0;
   for (std::size_t c = 0; c < nchar; ++c) {
     character_record& record = matrix.characters[c];
@@ -28,7 +29,7 @@ void xperm_command() {
     if (record.type == landmark_data) continue;
     const int character = static_cast<int>(c);
     for (int t = 0; t < matrix.ntax; ++t) cells[static_cast<std::size_t>(t)] = cell(t, character);
-    permute_cells(character, cells, taxa, with_missing);
+    permute_cells(character, cells, taxa, with_missing, scratch);
     for (int t = 0; t < matrix.ntax; ++t) {
       set_cell(t, character, cells[static_cast<std::size_t>(t)]);
     }

@@ -43,9 +43,10 @@ std::span<const std::uint32_t> shuffled_cells() {
   const auto cells = alloc_high<std::uint32_t>(checked_product(at(matrix.ntax), nchar));
   const flag_list all(at(matrix.ntax), 1);
   std::vector<std::uint32_t> column(at(matrix.ntax));
+  std::vector<int> scratch(at(matrix.ntax));
   for (int c = 0; c < matrix.nchar; ++c) {
     for (int t = 0; t < matrix.ntax; ++t) column[at(t)] = cell(t, c);
-    permute_cells(c, column, all, false);
+    permute_cells(c, column, all, false, scratch);
     for (int t = 0; t < matrix.ntax; ++t) cells[at(t) * nchar + at(c)] = column[at(t)];
   }
   return cells;

@@ -45,8 +45,8 @@ group_kind kind_of(std::string_view kind, std::string_view command, int elements
       .in_group = [](int e, int group) { return ((get().members[at(e)] >> group) & 1U) != 0; },
       .define =
           [](int group, std::string_view name) {
-            set_bit(*get().defined, group, true);
             if (!name.empty()) (*get().names)[at(group)] = name;
+            set_bit(*get().defined, group, true);
           },
       .undefine =
           [](int group) {

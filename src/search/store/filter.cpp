@@ -15,6 +15,7 @@
 #include "search/store/tree_identity.h"
 #include "trees/branch_labels.h"
 #include "trees/tree_store.h"
+#include "trees/tree_undo.h"
 
 namespace zeb {
 namespace {
@@ -118,11 +119,13 @@ void tell_equal_as_collapsed(int dropped) {
 void condense_if_automatic() {
   if (!collapsing.automatic || collapsing.rule == 0) return;
   branch_judge judge(collapsing.rule);
+  tree_undo undo(std::vector<std::uint8_t>(at(store.ntrees), 1));
   for (int t = 0; t < store.ntrees; ++t) {
     const labels_in_change labels(t);
     judge.condense(stored_tree(t));
     labels.put_back();
   }
+  undo.keep();
 }
 
 }  // namespace zeb

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/command.h"
+#include "base/errors.h"
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/output.h"

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "base/command.h"
+#include "base/errors.h"
 #include "base/interrupts.h"
 #include "base/process.h"
 #include "base/random.h"

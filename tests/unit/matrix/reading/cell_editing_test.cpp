@@ -77,10 +77,11 @@ TEST_F(cell_text, shuffled_among_taxa_keeps_what_it_must) {
   lay_out(numeric_data, 2, false);
   const std::vector<std::uint32_t> before = {1, 2, matrix.state_mask, 4, 8};
   const std::vector<std::uint8_t> taxa = {1, 1, 1, 0, 1};
+  std::vector<int> scratch(before.size());
   std::vector<std::vector<std::uint32_t>> seen;
   for (int round = 0; round < 200; ++round) {
     std::vector<std::uint32_t> cells = before;
-    permute_cells(0, cells, taxa, false);
+    permute_cells(0, cells, taxa, false, scratch);
     EXPECT_EQ(cells[2], matrix.state_mask);
     EXPECT_EQ(cells[3], 4U);
     EXPECT_TRUE(std::is_permutation(cells.begin(), cells.end(), before.begin()));
