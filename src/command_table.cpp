@@ -170,7 +170,7 @@ constexpr command_row rows[] = {
     {"xinact",      xinact_command, true,  topic_settings | topic_characters},
     {"xmult",       none, true,  topic_searching},
     {"xperm",       xperm_command, true,  topic_various | topic_characters},
-    {"xpiwe",       none, false, topic_settings | topic_weights},
+    {"xpiwe",       xpiwe_command, false, topic_settings | topic_weights},
     {"xread",       xread_command, true,  topic_input | topic_save, false, &block_options},
     {"xwipe",       xwipe_command, false, topic_various},
     {"unique",      unique_command, true,  topic_diagnosis | topic_compare},

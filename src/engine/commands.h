@@ -11,5 +11,6 @@ void condense_command();
 void qcollapse_command();
 void piwe_command();
 void tzert_command();
+void xpiwe_command();
 
 }  // namespace zeb

@@ -58,7 +58,11 @@ double peak_memory() {
 }
 double background() { return process.background; }
 // Implied weights have one form so far, the standard one.
-double implied_weighting() { return weighting.on; }
+double implied_weighting() {
+  if (!weighting.on || !weighting.extended) return weighting.on;
+  if (weighting_set_count() > 0 || has_constant_weights()) return 4;
+  return has_own_concavities() ? 3 : 1;
+}
 double concavity() { return weighting.concavity; }
 double sectorial_level() { return capacity_scopes(); }
 double slave_number() {

@@ -39,7 +39,8 @@ entry_count count_entries(int character) {
 double extrapolated_concavity(const entry_count& entries) {
   const missing_entry_rule& rule = weighting.missing;
   const double hidden = (entries.all - entries.observed) * rule.share;
-  const double share = entries.observed > 0 ? entries.observed / (entries.observed + hidden) : 0;
+  const double shown = entries.observed + hidden;
+  const double share = shown > 0 ? entries.observed / shown : 1;
   const double ratio = std::max(1 / rule.most_ratio, share);
   if (rule.matches_costs && weighting.user_costs.empty())
     return matched_concavity(weighting.concavity, 1 / ratio);

@@ -46,6 +46,12 @@ struct fit_rules {
   }
   /// Of a whole set, from the sum of weight * homoplasy over its characters.
   double set_fit(int set, double sum) const;
+  /// The concavity of a function that isn't a line; of one by the user's table, what it would be
+  /// without the table.
+  double concavity_of(const fit_function& function) const {
+    return function.kind == fit_function::form::table ? concavity / function.parameter
+                                                      : function.parameter;
+  }
   int set_of_character(int character) const {
     return set_of.empty() ? -1 : set_of[static_cast<std::size_t>(character)];
   }

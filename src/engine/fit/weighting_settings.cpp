@@ -1,10 +1,12 @@
 #include "engine/fit/weighting_settings.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "language/list_text.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -98,6 +100,33 @@ std::vector<std::string> weighting_as_commands() {
     commands.emplace_back("piwe[");
     for (const double cost : weighting.user_costs) commands.back() += text_of(" %g", cost);
   }
+  const std::vector<std::string> extended = extended_weighting_as_commands();
+  commands.insert(commands.end(), extended.begin(), extended.end());
+  return commands;
+}
+
+std::vector<std::string> extended_weighting_as_commands() {
+  std::vector<std::string> commands;
+  const auto add = [&](const std::string& head, const std::function<bool(int)>& holds) {
+    commands.push_back(head + wrapped_words(list_items(matrix.nchar, holds), head.size()));
+  };
+  if (has_constant_weights())
+    add(text_of("xpiwe/%ix%g", weighting.constant_steps, weighting.constant_factor),
+        [](int c) { return weighting.has_constant[at(c)] != 0; });
+  for (int set = 0; set < weighting_set_count(); ++set)
+    add("xpiwe[", [set](int c) { return weighting.set_of[at(c)] == set; });
+  if (weighting.missing.on)
+    commands.push_back(text_of("xpiwe(%c%g<%g", weighting.missing.matches_costs ? '=' : '*',
+                               weighting.missing.share, weighting.missing.most_ratio));
+  std::vector<double> values = weighting.own_concavity;
+  std::sort(values.begin(), values.end());
+  values.erase(std::unique(values.begin(), values.end()), values.end());
+  for (const double k : values) {
+    if (k <= 0) continue;
+    add("xpiwe(", [k](int c) { return weighting.own_concavity[at(c)] == k; });
+    commands.back() += text_of("/%g", k);
+  }
+  if (!commands.empty() && !weighting.extended) commands.emplace_back("xpiwe-");
   return commands;
 }
 

@@ -61,6 +61,8 @@ bool has_constant_weights();
 
 /// The commands that set what differs from the defaults, without their ";".
 std::vector<std::string> weighting_as_commands();
+/// Those of `xpiwe` among them.
+std::vector<std::string> extended_weighting_as_commands();
 
 /// For new data, and where data go: what belongs to characters goes with them.
 void forget_character_weighting();
