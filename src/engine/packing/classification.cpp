@@ -132,10 +132,12 @@ void add_constant(packing_plan& plan, const packing_request& request, int charac
   const double unit = kind ? kind->unit : 1;
   const double homoplasy = internal + std::max(0, steps - homoplasy_base(character, steps)) * unit;
   plan.base_fit += weight * (homoplasy / (request.concavity + homoplasy));
-  if (kind)
-    plan.base_wide_cost += static_cast<double>(std::int64_t{weight} * steps) * kind->unit;
-  else
+  if (!kind) {
     plan.base_steps += std::int64_t{weight} * steps;
+    return;
+  }
+  plan.base_wide_cost += static_cast<double>(std::int64_t{weight} * steps) * kind->unit;
+  plan.has_continuous = plan.has_continuous || kind->unit != 1;
 }
 
 void add_packed(packing_plan& plan, const packing_request& request, int character,

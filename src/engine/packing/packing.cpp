@@ -103,6 +103,7 @@ void prepare_search_data(search_data& data, const packing_request& request) {
   data.base_steps = plan.base_steps;
   data.base_fit = plan.base_fit;
   data.wide.base_cost = plan.base_wide_cost;
+  data.has_continuous = plan.has_continuous;
   data.implied_on = plan.implied_on;
   data.concavity = request.concavity;
   lay_out_groups(data, plan);

@@ -27,7 +27,8 @@ struct packing_plan {
     std::vector<wide_character> characters;
   };
   std::vector<wide_share> wide;
-  double base_wide_cost = 0;  // of those that are the same on all trees, in units of the score
+  double base_wide_cost = 0;    // of those that are the same on all trees, in units of the score
+  bool has_continuous = false;  // some of those score in fractions of a unit, whatever they cost
 };
 
 }  // namespace zeb

@@ -234,7 +234,8 @@ void encode_wide_cells(search_data& data) {
       for (int v = 0; v < data.n; ++v) {
         const int steps = part.kind->encode(c, data.pack_to_taxon[at(v)], down_of(data.wide, v));
         c.min_steps -= steps;
-        data.wide.base_cost += steps * c.weight * part.kind->unit;
+        data.wide.base_cost +=
+            static_cast<double>(std::int64_t{steps} * c.weight) * part.kind->unit;
       }
 }
 
