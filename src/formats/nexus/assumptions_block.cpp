@@ -130,9 +130,11 @@ void set_taxa(nexus_file& file, bool active) {
   if (settings.report) emit("\n");
   if (std::count(wanted.begin(), wanted.end(), 1) < fewest_active_taxa)
     error_end("Cannot have less than 4 active taxa");
-  if (!wanted[at(matrix.outgroup)])
-    error_end("Cannot deactivate", matrix.outgroup, "(it is current outgroup)");
   set_active_taxa(wanted);
+  if (wanted[at(matrix.outgroup)]) return;
+  // The file doesn't say what the outgroup is: the first taxon that is left.
+  set_outgroup(static_cast<int>(std::find(wanted.begin(), wanted.end(), 1) - wanted.begin()));
+  report_line("Outgroup is", taxon_name(matrix.outgroup));
 }
 
 void read_type_vector(nexus_file& file, const set_head& head) {

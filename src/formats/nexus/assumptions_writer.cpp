@@ -47,29 +47,33 @@ bool any(const std::vector<bool>& flags) {
   return std::find(flags.begin(), flags.end(), true) != flags.end();
 }
 
-// Costs as characters of one type use them: their rows are named by symbols of the type.
+// Costs as characters of one type and with the same states use them: rows are named by symbols of
+// the type.
 struct matrix_use {
   cost_table costs;
+  std::vector<int> states;
+  bool is_tree;
   data_type type;
   std::string name;
   std::vector<bool> characters;
 };
 
-// Costs that characters have in common, with the states that any of them has.
+// Costs that characters have in common.
 void add_use(std::vector<matrix_use>& uses, int character, data_type type) {
   const shared_costs set = costs_set_for(character);
   const cost_table costs = set ? *set : costs_all_alike(1);
+  const character_costs own = costs_of_character(character);
   auto use = std::find_if(uses.begin(), uses.end(), [&](const matrix_use& u) {
-    return u.type == type && u.costs.costs == costs.costs;
+    return u.type == type && u.states == own.states && u.costs.costs == costs.costs;
   });
   if (use == uses.end()) {
     const int number = find_step_matrix(set);
     const std::string name =
         number < 0 ? "costs_" + std::to_string(uses.size()) : matrix.step_matrices[at(number)].name;
-    uses.push_back({costs, type, name, std::vector<bool>(at(matrix.nchar))});
+    uses.push_back(
+        {costs, own.states, !own.edges.empty(), type, name, std::vector<bool>(at(matrix.nchar))});
     use = uses.end() - 1;
   }
-  use->costs.states |= states_in_cells(character);
   use->characters[at(character)] = true;
 }
 
@@ -91,17 +95,33 @@ std::vector<matrix_use> step_matrices_in_use(const writing_style& style) {
   return uses;
 }
 
+std::string symbol_of(const matrix_use& use, int state) {
+  const std::string symbol(1, symbol_of_state(use.type, state));
+  return symbol == "-" ? "'-'" : symbol;
+}
+
+// "((3)1,2)0", from the state on, which was come to from another one.
+std::string state_tree_text(const matrix_use& use, int state, int from) {
+  std::string below;
+  for (const int next : use.states)
+    if (next != from && use.costs.costs[at(state)][at(next)] == 1)
+      below += (below.empty() ? "(" : ",") + state_tree_text(use, next, state);
+  return (below.empty() ? "" : below + ")") + symbol_of(use, state);
+}
+
 void write_step_matrix(output_file& out, const matrix_use& use, bool plain) {
-  const int nstates = states_of_table(use.costs);
-  out.print(plain ? "\nusertype %s (stepmatrix) = %i\n" : "\nusertype %s = %i\n",
-            quoted_label(use.name).c_str(), nstates);
-  for (int s = 0; s < nstates; ++s) {
-    const char symbol = symbol_of_state(use.type, s);
-    out.print(symbol == '-' ? "   '%c'" : "     %c", symbol);
+  const std::string name = quoted_label(use.name);
+  if (plain && use.is_tree && use.states.size() > 2) {
+    out.print("\nusertype %s (cstree) = %s", name.c_str(),
+              state_tree_text(use, use.states.front(), -1).c_str());
+    return;
   }
-  for (int from = 0; from < nstates; ++from) {
+  out.print(plain ? "\nusertype %s (stepmatrix) = %i\n" : "\nusertype %s = %i\n", name.c_str(),
+            static_cast<int>(use.states.size()));
+  for (const int s : use.states) out.print(" %5s", symbol_of(use, s).c_str());
+  for (const int from : use.states) {
     out.put("\n");
-    for (int to = 0; to < nstates; ++to) {
+    for (const int to : use.states) {
       const std::int32_t cost = use.costs.costs[at(from)][at(to)];
       const std::string text = from == to               ? "."
                                : cost == forbidden_cost ? "i"

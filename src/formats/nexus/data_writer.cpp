@@ -6,6 +6,7 @@
 
 #include "base/indices.h"
 #include "base/text_columns.h"
+#include "matrix/costs/character_costs.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
@@ -42,7 +43,10 @@ bool has_stars(const writing_style& style) {
 
 // The symbols of standard states: "012" where spelt out, else "0~2".
 std::string symbol_list(const writing_style& style) {
-  const int states = most_states(style.as_standard ? all_data : numeric_data);
+  int states = most_states(style.as_standard ? all_data : numeric_data);
+  for (int c = 0; c < matrix.nchar && style.step_matrices; ++c)
+    if (matrix.characters[at(c)].is_sankoff && written_type(c, style) == numeric_data)
+      states = std::max(states, costs_of_character(c).states.back() + 1);
   if (!style.plain && states > 10) return "0~9ABCDEFGHIJKLMNOPQRSTUV";
   if (!style.plain) return "0~" + std::to_string(std::max(1, states - 1));
   std::string symbols;

@@ -14,8 +14,6 @@ namespace zeb {
 
 namespace {
 
-constexpr int largest_cost = 10'000;
-
 // State that a symbol of these data stands for; -1 for none.
 int state_of(const nexus_file& file, data_type type, char symbol) {
   const std::string& symbols = file.symbols;
@@ -69,27 +67,27 @@ std::int32_t cost_of(nexus_file& file, const std::string& word, bool on_diagonal
   int cost = 0;
   if (text == "i" || text == "inf") {
     cost = forbidden_cost;
-  } else if (text != "." && !whole_number(word, 0, largest_cost, &cost)) {
-    file.in.fail("bad cost " + word + ": whole numbers from 0 to " + std::to_string(largest_cost) +
-                 ", or i, are read");
+  } else if (text != "." && !whole_number(word, 0, forbidden_cost, &cost)) {
+    file.in.fail("bad cost " + word + ": whole numbers from 0 to " +
+                 std::to_string(forbidden_cost) + ", or i, are read");
   }
   if (on_diagonal && cost != 0) file.in.fail("a state has a cost to itself, " + word);
   if (!on_diagonal && text == ".") file.in.fail("no cost between two states of a step-matrix");
   return cost;
 }
 
-// "name (stepmatrix) =", the "=" included. False for a tree of states.
+// "name (stepmatrix) =", the "=" included. True for a tree of states.
 bool read_head(nexus_file& file, std::string& name) {
   file.in.accept('*');
   name = fit_name(file.in.token().text, named::character);
-  bool is_matrix = true;
+  bool is_tree = false;
   while (!file.in.accept('=')) {
     const nexus_token word = file.in.token();
     if (word.is(';') || word.what == nexus_token::kind::end)
       file.in.fail("\"usertype\" has no \"=\"");
-    is_matrix = is_matrix && !word.is("cstree");
+    is_tree = is_tree || word.is("cstree");
   }
-  return is_matrix;
+  return is_tree;
 }
 
 std::vector<std::string> read_words(nexus_file& file) {
@@ -116,16 +114,71 @@ void fill_costs(nexus_file& file, const std::vector<int>& order,
   result.costs = std::make_shared<const cost_table>(table);
 }
 
+// A node of a tree of states; without a symbol it stands for its only descendant.
+struct state_node {
+  std::string symbol;
+  std::vector<std::size_t> below;
+};
+
+// "((3)1,2)0": the nodes of a tree whose internal nodes are states too, the root last.
+std::vector<state_node> read_state_nodes(nexus_file& file) {
+  std::vector<state_node> nodes;
+  std::vector<std::vector<std::size_t>> open(1);
+  bool closed = false;
+  while (!file.in.accept(';')) {
+    const nexus_token piece = file.in.token();
+    if (piece.what == nexus_token::kind::end) file.in.fail("the file ends within \"usertype\"");
+    if (piece.is('(')) {
+      open.emplace_back();
+    } else if (piece.is(')') && open.size() > 1) {
+      nodes.push_back({{}, open.back()});
+      open.pop_back();
+      open.back().push_back(nodes.size() - 1);
+    } else if (closed && !piece.is(',') && !piece.is(')')) {
+      nodes.back().symbol = piece.text;
+    } else if (!piece.is(',')) {
+      nodes.push_back({piece.text, {}});
+      open.back().push_back(nodes.size() - 1);
+    }
+    closed = piece.is(')');
+  }
+  if (open.size() != 1 || open.back().size() != 1) file.in.fail("a tree of states isn't one tree");
+  return nodes;
+}
+
+// "name (cstree) = ((3)1,2)0;"
+void read_state_tree_type(nexus_file& file, const std::string& name) {
+  const std::vector<state_node> nodes = read_state_nodes(file);
+  std::vector<std::string> symbols;
+  for (const state_node& node : nodes) {
+    if (!node.symbol.empty()) symbols.push_back(node.symbol);
+    if (!node.symbol.empty() || node.below.size() == 1) continue;
+    return warning("Character type", name,
+                   "has branchings that are no states; its characters stay as they are");
+  }
+  const std::vector<int> order = order_of_symbols(file, symbols);
+  std::vector<int> state(nodes.size());  // nodes stand after those below them
+  std::uint32_t states = 0;
+  std::vector<std::pair<int, int>> links;
+  auto next = order.begin();
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    if (nodes[i].symbol.empty()) {
+      state[i] = state[nodes[i].below[0]];
+      continue;
+    }
+    state[i] = *next++;
+    states |= std::uint32_t{1} << state[i];
+    for (const std::size_t b : nodes[i].below) links.emplace_back(state[i], state[b]);
+  }
+  add_step_matrix({name, std::make_shared<const cost_table>(costs_along_links(states, links))});
+}
+
 }  // namespace
 
 // "name (stepmatrix) = 3  [0 1 2]  . 1 2  1 . 1  2 1 .;": states first, if they are named.
 void read_nexus_step_matrix(nexus_file& file) {
   step_matrix result;
-  if (!read_head(file, result.name)) {
-    warning("Character type", result.name,
-            "is a tree of states, which isn't available; its characters stay as they are");
-    return file.in.skip_rest();
-  }
+  if (read_head(file, result.name)) return read_state_tree_type(file, result.name);
   const std::string size = file.in.token().text;
   int count = 0;
   if (!whole_number(size, 1, 32, &count)) file.in.fail("bad number of states " + size);

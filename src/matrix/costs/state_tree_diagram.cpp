@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "matrix/costs/cost_items.h"
 #include "matrix/costs/step_matrices.h"
 #include "matrix/symbols.h"
 
@@ -15,8 +16,6 @@ namespace {
 
 constexpr std::size_t most_lines = 200;
 constexpr std::size_t most_columns = 500;
-
-data_type entry_type() { return static_cast<data_type>(matrix.state_entry_type); }
 
 int state_of(char symbol) {
   const std::uint32_t states =
@@ -142,9 +141,7 @@ class diagram {
 }  // namespace
 
 cost_table read_state_tree(const std::string& text, int highest) {
-  constexpr int apart = 1000;
   diagram drawn(text);
-  cost_table costs = costs_all_alike(apart);
   const int most = std::max(highest, 31 - std::countl_zero(drawn.states()));
   for (int s = 0; s <= most; ++s)
     if (!(drawn.states() >> s & 1U))
@@ -154,21 +151,15 @@ cost_table read_state_tree(const std::string& text, int highest) {
           s, most);
   if (most >= 8 * matrix.cell_bytes)
     error_end_f("Only states 0-%i allowed", 8 * matrix.cell_bytes - 1);
-  drawn.for_each_link([&](int a, int b) { costs.costs[at(a)][at(b)] = 1; });
-  for (std::size_t via = 0; via <= at(most); ++via)
-    for (std::size_t i = 0; i <= at(most); ++i)
-      for (std::size_t j = 0; j <= at(most); ++j)
-        costs.costs[i][j] = std::min(costs.costs[i][j], costs.costs[i][via] + costs.costs[via][j]);
+  std::vector<std::pair<int, int>> links;
+  drawn.for_each_link([&](int a, int b) { links.emplace_back(a, b); });
+  cost_table costs =
+      costs_along_links(static_cast<std::uint32_t>((std::uint64_t{2} << most) - 1), links);
   for (int i = 0; i <= most; ++i)
     for (int j = 0; j < i; ++j)
-      if (costs.costs[at(i)][at(j)] >= apart)
+      if (costs.costs[at(i)][at(j)] >= forbidden_cost)
         error_end_f("\nERROR: no cost defined between states %c-%c\n",
                     symbol_of_state(entry_type(), j), symbol_of_state(entry_type(), i));
-  costs.states = static_cast<std::uint32_t>((std::uint64_t{2} << most) - 1);
-  const auto known = [&](std::size_t s) { return s <= at(most); };
-  for (std::size_t i = 0; i < 32; ++i)
-    for (std::size_t j = 0; j < 32; ++j)
-      if (i != j && !(known(i) && known(j))) costs.costs[i][j] = 1;
   return costs;
 }
 

@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <bit>
 #include <utility>
 
@@ -15,6 +16,23 @@ cost_table costs_all_alike(int cost) {
   cost_table table;
   for (std::size_t from = 0; from < 32; ++from)
     for (std::size_t to = 0; to < 32; ++to) table.costs[from][to] = from == to ? 0 : cost;
+  return table;
+}
+
+cost_table costs_along_links(std::uint32_t states, std::span<const std::pair<int, int>> links) {
+  cost_table table = costs_all_alike(1);
+  table.states = states;
+  const auto has = [states](std::size_t s) { return (states >> s & 1U) != 0; };
+  for (std::size_t i = 0; i < 32; ++i)
+    for (std::size_t j = 0; j < 32; ++j)
+      if (i != j && has(i) && has(j)) table.costs[i][j] = forbidden_cost;
+  for (const auto& [a, b] : links) table.costs[at(a)][at(b)] = table.costs[at(b)][at(a)] = 1;
+  for (std::size_t via = 0; via < 32; ++via)
+    for (std::size_t i = 0; i < 32; ++i)
+      for (std::size_t j = 0; j < 32; ++j)
+        if (has(via) && has(i) && has(j))
+          table.costs[i][j] =
+              std::min(table.costs[i][j], table.costs[i][via] + table.costs[via][j]);
   return table;
 }
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "matrix/matrix.h"
 
@@ -13,6 +15,9 @@ constexpr int most_step_matrices = 32;
 
 /// Every change costs `cost`.
 cost_table costs_all_alike(int cost);
+/// The table over some states that are joined by links of cost 1: a change costs the shortest way,
+/// `forbidden_cost` where there is none.
+cost_table costs_along_links(std::uint32_t states, std::span<const std::pair<int, int>> links);
 /// The number of states up to the highest one that the table knows.
 int states_of_table(const cost_table& costs);
 
