@@ -8,6 +8,7 @@
 #include "language/lists.h"
 #include "language/methods.h"
 #include "matrix/blocks.h"
+#include "matrix/costs/cost_text.h"
 #include "matrix/data_in_words.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
@@ -77,6 +78,7 @@ void register_matrix() {
   hooks_of_language.drop_data = wipe_matrix;
   add_command_over_hook(drop_unfinished_matrix);
   add_methods(methods_part::data, data_in_words);
+  add_methods(methods_part::choices, costs_in_words);
 }
 
 }  // namespace zeb

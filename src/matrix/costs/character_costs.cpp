@@ -11,6 +11,7 @@ namespace {
 
 std::uint32_t bit(int state) { return std::uint32_t{1} << state; }
 
+/// States that a node of a tree may have, observed or not.
 std::uint32_t existing_states(int character, const cost_table& costs) {
   const character_record& record = matrix.characters[at(character)];
   std::uint32_t states = states_in_cells(character) | costs.states | record.root_states;
@@ -26,12 +27,12 @@ std::uint32_t renumbered(const std::vector<int>& states, std::uint32_t set) {
   return own;
 }
 
-/// States that lie between two of a cell cost the tree nothing if the two are both there.
+/// States that lie between two of a cell, on the way from either to the other, join it.
 std::uint32_t completed(const character_costs& costs, std::uint32_t cell) {
   std::uint32_t whole = cell;
   for (int s = 0; s < costs.count(); ++s)
-    for (int u = 0; u < s; ++u) {
-      if (!(cell & bit(s)) || !(cell & bit(u))) continue;
+    for (int u = 0; u < costs.count(); ++u) {
+      if (s == u || !(cell & bit(s)) || !(cell & bit(u))) continue;
       const int direct = std::min(costs.of(s, u), costs.of(u, s));
       for (int t = 0; t < costs.count(); ++t)
         if (costs.of(s, t) + costs.of(t, u) <= direct) whole |= bit(t);

@@ -1,5 +1,6 @@
 #include "matrix/costs/cost_items.h"
 
+#include <algorithm>
 #include <bit>
 #include <map>
 
@@ -15,8 +16,6 @@ namespace zeb {
 namespace {
 
 constexpr int largest_common_cost = 10'000;
-
-data_type entry_type() { return static_cast<data_type>(matrix.state_entry_type); }
 
 std::uint32_t states_of_symbol(int symbol) {
   if (symbol < 0 || symbol > 255) return 0;
@@ -45,8 +44,13 @@ int read_cost(int least, int most) {
 cost_item read_entry() {
   cost_item item;
   if (accept_char('*')) {
-    item.to_all = true;
+    item.changes = cost_item::scope::everything;
     item.cost = read_cost(1, largest_common_cost);
+    return item;
+  }
+  if (accept_char('<')) {
+    item.changes = cost_item::scope::larger;
+    item.cost = read_cost(1, forbidden_cost);
     return item;
   }
   item.from = read_side();
@@ -58,14 +62,25 @@ cost_item read_entry() {
   return item;
 }
 
-std::string states_text(std::uint32_t set) {
-  std::string text;
-  for (std::uint32_t rest = set; rest; rest &= rest - 1)
-    text += symbol_of_state(entry_type(), std::countr_zero(rest));
-  return std::has_single_bit(set) ? text : "[" + text + "]";
+/// What changes from and to states cost that nobody has named.
+std::int32_t cost_of_unnamed(const cost_table& costs, std::uint32_t named) {
+  const std::size_t unnamed = at(std::countr_one(named));
+  return unnamed == 32 ? 1 : costs.costs[unnamed][unnamed == 31 ? 0 : 31];
+}
+
+/// States with some change that costs something else.
+std::uint32_t states_unlike(const cost_table& costs, std::int32_t common) {
+  std::uint32_t states = 0;
+  for (std::size_t i = 0; i < 32; ++i)
+    for (std::size_t j = 0; j < 32; ++j)
+      if (i != j && costs.costs[i][j] != common)
+        states |= std::uint32_t{1} << i | std::uint32_t{1} << j;
+  return states;
 }
 
 }  // namespace
+
+data_type entry_type() { return static_cast<data_type>(matrix.state_entry_type); }
 
 int read_state() {
   const std::uint32_t states = states_of_symbol(skip_blanks_peek());
@@ -103,9 +118,15 @@ void apply_cost_items(const std::vector<cost_item>& items, std::uint32_t present
     if (item.to != cost_item::every) costs.states |= item.to;
   }
   present |= costs.states;
+  costs.cut = 0;
   for (const cost_item& item : items) {
-    if (item.to_all) {
+    if (item.changes == cost_item::scope::everything) {
       costs.costs = costs_all_alike(item.cost).costs;
+      continue;
+    }
+    if (item.changes == cost_item::scope::larger) {
+      cut_costs(costs, item.cost);
+      costs.cut = item.cost;  // also where they were cut before they were saved
       continue;
     }
     for (std::uint32_t from = item.from & present; from; from &= from - 1)
@@ -117,14 +138,30 @@ void apply_cost_items(const std::vector<cost_item>& items, std::uint32_t present
         if (item.both_ways) costs.costs[j][i] = item.cost;
       }
   }
-  costs.cut = 0;
 }
 
-std::string cost_items_text(const cost_table& costs, std::uint32_t present, bool older) {
-  present |= costs.states;
-  const std::size_t unused = at(std::countr_one(present));
-  const std::int32_t common = unused == 32 ? 1 : costs.costs[unused][unused == 31 ? 0 : 31];
+void cut_costs(cost_table& costs, std::int32_t largest) {
+  for (auto& row : costs.costs)
+    for (std::int32_t& cost : row) {
+      if (cost > largest) costs.cut = largest;
+      cost = std::min(cost, largest);
+    }
+}
+
+std::string states_text(data_type symbols, std::uint32_t states) {
+  std::string text;
+  for (std::uint32_t rest = states; rest; rest &= rest - 1)
+    text += symbol_of_state(symbols, std::countr_zero(rest));
+  return std::has_single_bit(states) ? text : "[" + text + "]";
+}
+
+std::string cost_items_text(const cost_table& costs, std::uint32_t in_cells, data_type symbols,
+                            bool older) {
+  const std::int32_t common = cost_of_unnamed(costs, costs.states | in_cells);
+  const std::uint32_t present = costs.states | (in_cells & states_unlike(costs, common));
   std::string text = common == 1 ? "" : " * " + std::to_string(common);
+  if (std::has_single_bit(present))
+    text += " " + states_text(symbols, present) + "/" + states_text(symbols, present) + " 0";
   for (std::uint32_t from = present; from; from &= from - 1) {
     const int i = std::countr_zero(from);
     std::map<std::pair<char, int>, std::uint32_t> ends;  // sign and cost: states
@@ -137,10 +174,11 @@ std::string cost_items_text(const cost_table& costs, std::uint32_t present, bool
     }
     if (!text.empty() && !ends.empty()) text += "\n   ";
     for (const auto& [how, states] : ends)
-      text += text_of(" %s%c%s %i", states_text(std::uint32_t{1} << i).c_str(), how.first,
-                      states_text(states).c_str(), how.second);
+      text += text_of(" %s%c%s %i", states_text(symbols, std::uint32_t{1} << i).c_str(), how.first,
+                      states_text(symbols, states).c_str(), how.second);
   }
-  return text;
+  if (costs.cut > 0) text += " <" + std::to_string(costs.cut);
+  return text.empty() ? " * 1" : text;
 }
 
 }  // namespace zeb

@@ -4,6 +4,8 @@
 #include <bit>
 #include <functional>
 #include <map>
+#include <numeric>
+#include <sstream>
 
 #include "base/indices.h"
 #include "base/message_text.h"
@@ -17,25 +19,22 @@
 namespace zeb {
 namespace {
 
-struct table_group {
-  cost_table costs;
-  std::uint32_t present = 0;
+/// Characters by the text of their costs, in the order of the first ones.
+struct same_costs {
+  std::string items;
   std::vector<int> characters;
 };
 
-std::vector<table_group> groups_of_tables(const std::vector<int>& numbers) {
-  std::vector<table_group> groups;
+std::vector<same_costs> groups_of_costs(const std::vector<int>& numbers) {
+  std::vector<same_costs> groups;
   for (int c = 0; c < matrix.nchar; ++c) {
-    if (numbers[at(c)] < 0 || !matrix.characters[at(c)].is_sankoff) continue;
     const shared_costs set = costs_set_for(c);
-    const cost_table costs = set ? *set : costs_all_alike(1);
+    if (numbers[at(c)] < 0 || !(set || matrix.characters[at(c)].is_sankoff)) continue;
+    const std::string items = cost_items_text(set ? *set : costs_all_alike(1), states_in_cells(c),
+                                              numeric_data, matrix.older_cost_format);
     auto group = std::find_if(groups.begin(), groups.end(),
-                              [&](const table_group& g) { return g.costs == costs; });
-    if (group == groups.end()) {
-      groups.push_back({costs, 0, {}});
-      group = groups.end() - 1;
-    }
-    group->present |= states_in_cells(c);
+                              [&](const same_costs& g) { return g.items == items; });
+    if (group == groups.end()) group = groups.insert(group, {items, {}});
     group->characters.push_back(numbers[at(c)]);
   }
   return groups;
@@ -43,24 +42,22 @@ std::vector<table_group> groups_of_tables(const std::vector<int>& numbers) {
 
 /// `command(value, characters)` for each value that some characters have; below 0: none.
 std::string lines_by_value(
-    const std::vector<int>& numbers,
-    const std::function<std::int64_t(const character_record&)>& value,
+    const std::vector<int>& numbers, const std::function<std::int64_t(int)>& value_of,
     const std::function<std::string(std::int64_t, const std::string&)>& command) {
   std::map<std::int64_t, std::vector<int>> found;
   for (int c = 0; c < matrix.nchar; ++c)
-    if (const std::int64_t v = value(matrix.characters[at(c)]); v >= 0 && numbers[at(c)] >= 0)
+    if (const std::int64_t v = value_of(c); v >= 0 && numbers[at(c)] >= 0)
       found[v].push_back(numbers[at(c)]);
   std::string text;
   for (const auto& [v, characters] : found) text += command(v, numbers_text(characters)) + ";\n";
   return text;
 }
 
-std::string root_states_text(std::int64_t states) {
-  std::string text = "[";
-  for (int s = 0; s < 32; ++s)
-    if (states >> s & 1)
-      text += symbol_of_state(static_cast<data_type>(matrix.state_entry_type), s);
-  return text + "]";
+/// Commands that set costs are written with the symbols of numbers, which every state has.
+std::string with_numeric_entry(const std::string& commands) {
+  if (commands.empty() || matrix.state_entry_type == numeric_data) return commands;
+  return "nstates / num;\n" + commands + "nstates / " +
+         (matrix.state_entry_type == dna_data ? "dna" : "prot") + ";\n";
 }
 
 }  // namespace
@@ -110,29 +107,63 @@ std::string costs_as_table(int character) {
 }
 
 std::string costs_as_commands(const std::vector<int>& numbers) {
+  using value = std::int64_t;
+  const auto record = [](int c) -> const character_record& { return matrix.characters[at(c)]; };
   std::string text;
-  for (const table_group& group : groups_of_tables(numbers)) {
-    const std::string items = cost_items_text(group.costs, group.present, matrix.older_cost_format);
-    text +=
-        "costs" + numbers_text(group.characters) + " =" + (items.empty() ? " * 1" : items) + ";\n";
-  }
+  for (const same_costs& group : groups_of_costs(numbers))
+    text += "costs" + numbers_text(group.characters) + " =" + group.items + ";\n";
   text += lines_by_value(
-      numbers,
-      [](const character_record& r) { return r.root_states ? std::int64_t{r.root_states} : -1; },
-      [](std::int64_t states, const std::string& list) {
-        return "ancstates" + list + " " + root_states_text(states);
+      numbers, [&](int c) { return value{costs_set_for(c) && !record(c).is_sankoff ? 0 : -1}; },
+      [](value, const std::string& list) { return "ccode )" + list; });
+  text += lines_by_value(
+      numbers, [&](int c) { return record(c).root_states ? value{record(c).root_states} : -1; },
+      [](value states, const std::string& list) {
+        const std::string symbols = states_text(numeric_data, static_cast<std::uint32_t>(states));
+        return "ancstates" + list + (symbols.size() > 1 ? " " + symbols : " [" + symbols + "]");
       });
   text += lines_by_value(
-      numbers, [](const character_record& r) { return std::int64_t{r.user_min_steps}; },
-      [](std::int64_t steps, const std::string& list) {
+      numbers, [&](int c) { return value{record(c).user_min_steps}; },
+      [](value steps, const std::string& list) {
         return "usminmax" + list + " = " + std::to_string(steps);
       });
   text += lines_by_value(
-      numbers, [](const character_record& r) { return std::int64_t{r.user_max_state}; },
-      [](std::int64_t state, const std::string& list) {
+      numbers, [&](int c) { return value{record(c).user_max_state}; },
+      [](value state, const std::string& list) {
         return "usminmax > " + std::to_string(state) + list;
       });
-  return text;
+  return with_numeric_entry(text);
+}
+
+std::string step_matrices_as_commands() {
+  std::string text;
+  for (std::size_t i = 0; i < matrix.step_matrices.size(); ++i) {
+    const step_matrix& m = matrix.step_matrices[i];
+    if (!m.costs) continue;
+    text += text_of("smatrix =%i (", static_cast<int>(i)) + m.name + ")" +
+            cost_items_text(*m.costs, 0, numeric_data, matrix.older_cost_format) + ";\n";
+  }
+  return with_numeric_entry(text);
+}
+
+std::vector<std::string> cost_settings() {
+  std::vector<std::string> commands;
+  if (matrix.fill_polymorphic) commands.emplace_back("fillsank =");
+  if (!matrix.decompose_state_trees) commands.emplace_back("cstree -");
+  if (matrix.exact_relative_fits) commands.emplace_back("costs &");
+  return commands;
+}
+
+std::vector<std::string> costs_in_words() {
+  std::vector<int> all(at(matrix.nchar));
+  std::iota(all.begin(), all.end(), 0);
+  std::vector<std::string> lines;
+  std::istringstream commands(costs_as_commands(all));
+  for (std::string line; std::getline(commands, line);) {
+    if (line.back() == ';') line.pop_back();
+    lines.push_back(line);
+  }
+  for (std::string& command : cost_settings()) lines.push_back(std::move(command));
+  return lines;
 }
 
 }  // namespace zeb

@@ -14,6 +14,7 @@
 #include "language/lists.h"
 #include "matrix/commands.h"
 #include "matrix/costs/character_costs.h"
+#include "matrix/costs/cost_items.h"
 #include "matrix/costs/cost_text.h"
 #include "matrix/costs/state_tree_diagram.h"
 #include "matrix/costs/step_matrices.h"
@@ -79,12 +80,7 @@ void define_state_trees() {
     highest = std::max(highest, 31 - std::countl_zero(states_in_cells(c) | 1U));
   }
   cost_table costs = read_state_tree(read_diagram(), highest);
-  for (auto& row : costs.costs)
-    for (std::int32_t& cost : row)
-      if (largest > 0 && cost > largest) {
-        cost = largest;
-        costs.cut = largest;
-      }
+  if (largest > 0) cut_costs(costs, largest);
   const auto shared = std::make_shared<const cost_table>(costs);
   for (const int c : characters) set_costs(c, shared);
   tell_state_trees(characters);

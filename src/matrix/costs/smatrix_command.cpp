@@ -40,8 +40,7 @@ std::uint32_t isolated_states(const cost_table& costs) {
 std::string symbols_of(std::uint32_t states) {
   std::string text;
   for (std::uint32_t rest = states; rest; rest &= rest - 1)
-    text += std::string(" ") + symbol_of_state(static_cast<data_type>(matrix.state_entry_type),
-                                               std::countr_zero(rest));
+    text += " " + states_text(entry_type(), rest & ~(rest - 1));
   return text;
 }
 
@@ -53,7 +52,7 @@ void show_step_matrices() {
     any = true;
     emitf("Step-matrix %i (%s), states%s", static_cast<int>(i), m.name.c_str(),
           symbols_of(m.costs->states).c_str());
-    emit_lines(" " + cost_items_text(*m.costs, 0, matrix.older_cost_format) + "\n");
+    emit_lines(" " + cost_items_text(*m.costs, 0, entry_type(), matrix.older_cost_format) + "\n");
     if (const std::uint32_t isolated = isolated_states(*m.costs))
       emit(" forbidding changes to/from state(s):\n ", symbols_of(isolated), "\n");
     for (int c = 0; c < matrix.nchar; ++c) {
@@ -63,17 +62,6 @@ void show_step_matrices() {
     }
   }
   if (!any) report_line("No step-matrices defined");
-}
-
-void save_step_matrices() {
-  check_end();
-  for (std::size_t i = 0; i < matrix.step_matrices.size(); ++i) {
-    const step_matrix& m = matrix.step_matrices[i];
-    if (!m.costs) continue;
-    std::string items = cost_items_text(*m.costs, 0, matrix.older_cost_format);
-    if (items.empty()) items = " * 1";
-    emit_lines(text_of("smatrix =%i (%s)", static_cast<int>(i), m.name.c_str()) + items + ";\n");
-  }
 }
 
 std::string read_matrix_name(int number) {
@@ -151,7 +139,8 @@ void smatrix_command() {
       return show_step_matrices();
     case '*':
       next_nonblank();
-      return save_step_matrices();
+      check_end();
+      return emit_lines(step_matrices_as_commands());
     case '=':
       next_nonblank();
       return define_step_matrix();

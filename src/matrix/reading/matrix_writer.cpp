@@ -101,6 +101,7 @@ class matrix_writer {
   }
   void write_scales();
   void write_codes();
+  void write_costs();
   template <class predicate>
   void write_code(const std::string& specifier, predicate has_code);
   void write_blocks();
@@ -195,9 +196,18 @@ void matrix_writer::write_code(const std::string& specifier, predicate has_code)
   if (!text.empty()) out_.add("ccode " + specifier + text + ";\n");
 }
 
+// Files with costs say whether cells are completed, whatever the setting where they are read.
+void matrix_writer::write_costs() {
+  const std::string costs = costs_as_commands(new_number_);
+  out_.add(step_matrices_as_commands() + costs);
+  if (costs.empty()) return;
+  if (!matrix.fill_polymorphic) out_.add("fillsank -;\n");
+  for (const std::string& command : cost_settings()) out_.add(command + ";\n");
+}
+
 void matrix_writer::write_codes() {
   write_code("+", [](const character_record& r) { return r.additive && !r.is_continuous; });
-  out_.add(costs_as_commands(new_number_));
+  write_costs();
   write_code("]", [](const character_record& r) { return !r.active; });
   std::vector<int> weights;
   std::vector<int> steps;
