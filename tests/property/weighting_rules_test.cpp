@@ -1,0 +1,131 @@
+// Implied weights in all forms that `piwe` and `xpiwe` give them, against the oracle: what reports
+// tell, and what searches end with.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "base/scores.h"
+#include "engine/fit/fit_rules.h"
+#include "engine/fit/fits.h"
+#include "engine/fit/weighting_settings.h"
+#include "engine/plain/plain_optimisation.h"
+#include "property/random_weighting.h"
+#include "search/search_results.h"
+#include "support/all_trees.h"
+#include "support/program.h"
+
+namespace zeb {
+namespace {
+
+using zeb_test::chance;
+using zeb_test::draw;
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+class weighting_rules : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { zeb_test::start_program(); }
+  void TearDown() override {
+    zeb_test::run_program("collapse none;");
+    weighting = {};
+    wipe_matrix();
+  }
+};
+
+/// Data with characters of all kinds under random weights, set by commands.
+struct weighted_data {
+  zeb_test::mixed_matrix oracle;
+  zeb_test::random_weights weights;
+};
+
+weighted_data draw_data(std::mt19937& g, int ntax) {
+  zeb_test::mixed_shape shape;
+  shape.ntax = ntax;
+  const bool plain_only = chance(g, 0.4);
+  shape.plain = draw(g, 1, 6);
+  shape.with_costs = plain_only ? 0 : draw(g, 0, 3);
+  shape.continuous = plain_only ? 0 : draw(g, 0, 2);
+  shape.states = draw(g, 2, 5);
+  shape.missing = 0.1 * draw(g, 0, 5);
+  weighting = {};
+  weighting.on = true;
+  weighted_data data{zeb_test::fill_mixed(shape, g), {}};
+  for (character_record& record : matrix.characters) {
+    record.active = chance(g, 0.9);
+    if (chance(g, 0.2)) record.internal_steps = draw(g, 1, 2);
+  }
+  matrix.characters[0].active = 1;
+  data.weights = zeb_test::draw_weights(data.oracle, plain_only, g);
+  const std::string said = zeb_test::run_program(data.weights.commands);
+  EXPECT_EQ(said.find("rror"), std::string::npos) << data.weights.commands << said;
+  return data;
+}
+
+std::vector<tree_node> record_of(const naive::rooted_tree& tree) {
+  std::vector<tree_node> record(tree.parent.begin(), tree.parent.end());
+  record[at(tree.terminals)] = static_cast<tree_node>(tree.parent.size());
+  return record;
+}
+
+TEST_F(weighting_rules, reports_agree_with_the_oracle) {
+  for (unsigned seed = 1; seed <= 300; ++seed) {
+    std::mt19937 g(seed);
+    const int ntax = draw(g, 4, 9);
+    const weighted_data data = draw_data(g, ntax);
+    SCOPED_TRACE(::testing::Message() << "seed " << seed << ": " << data.weights.commands);
+    const std::vector<std::uint8_t> characters = scored_characters();
+    const fit_rules rules = current_fit_rules();
+    plain_optimiser optimiser(characters);
+    for (int round = 0; round < 3; ++round) {
+      const naive::rooted_tree tree = naive::random_tree(ntax, g);
+      optimiser.optimise(record_of(tree), polytomy_kind::hard, kept_sets::none);
+      const double score =
+          naive::score(data.weights.how, zeb_test::homoplasy_on(data.oracle, tree));
+      ASSERT_NEAR(tree_fit(optimiser, rules, characters, fit_form::cost), score, 1e-9);
+      double sum = 0;
+      for (const double fit : fit_by_character(optimiser, rules, characters)) sum += fit;
+      ASSERT_NEAR(sum, score, 1e-9);
+    }
+  }
+}
+
+TEST_F(weighting_rules, searches_end_with_the_best_score_of_the_oracle) {
+  for (unsigned seed = 1; seed <= 80; ++seed) {
+    std::mt19937 g(seed);
+    const int ntax = draw(g, 5, 6);
+    const weighted_data data = draw_data(g, ntax);
+    SCOPED_TRACE(::testing::Message() << "seed " << seed << ": " << data.weights.commands);
+    if (!current_fit_rules().is_plain()) continue;  // searches don't go by these yet
+    const std::string said = zeb_test::run_program(
+        "keep 0; hold 500; rseed 5; collapse none; mult=replic 8 hold 40 tbr; bbreak;");
+    ASSERT_EQ(said.find("rror"), std::string::npos) << said;
+    double best = no_bound;
+    naive::for_each_tree(ntax, [&](const naive::rooted_tree& tree) {
+      best =
+          std::min(best, naive::score(data.weights.how, zeb_test::homoplasy_on(data.oracle, tree)));
+    });
+    ASSERT_NEAR(last_search.best, best, 1e-8);
+  }
+}
+
+/// The mean difference of what steps cost, each against a first one, over 14 of them.
+double mean_difference(double k, double ratio, double matched) {
+  const auto cost = [](double c, double h) { return (c * c + c) / ((h + c) * (h + c + 1)); };
+  double sum = 0;
+  for (int h = 1; h <= 14; ++h) sum += cost(matched, h) / cost(k, ratio * h) - 1;
+  return sum / 14;
+}
+
+TEST_F(weighting_rules, matched_concavities_make_steps_cost_the_same_on_the_average) {
+  for (const double k : {0.01, 0.5, 3.0, 20.0, 999.0}) {
+    EXPECT_EQ(matched_concavity(k, 1), k);
+    for (const double ratio : {1.1, 2.0, 5.0, 40.0}) {
+      const double matched = matched_concavity(k, ratio);
+      EXPECT_LT(matched, k);
+      EXPECT_NEAR(mean_difference(k, ratio, matched), 0, 1e-6) << k << " " << ratio;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zeb
