@@ -1,5 +1,6 @@
 // `minmax`: minimum and maximum possible steps of the active characters.
 #include <algorithm>
+#include <bit>
 #include <string>
 #include <vector>
 
@@ -87,6 +88,17 @@ std::vector<character_steps> collect(const minmax_request& request) {
   return steps;
 }
 
+bool any_polymorphic_costs(const std::vector<character_steps>& steps) {
+  return std::any_of(steps.begin(), steps.end(), [](const character_steps& s) {
+    if (!matrix.characters[static_cast<std::size_t>(s.character)].is_sankoff) return false;
+    for (int t = 0; t < matrix.ntax; ++t) {
+      const std::uint32_t states = cell(t, s.character);
+      if (std::popcount(states) > 1 && !says_nothing(s.character, states)) return true;
+    }
+    return false;
+  });
+}
+
 std::string number_text(double value, bool fractional) {
   return fractional ? text_of("%.3f", value) : text_of("%.0f", value);
 }
@@ -131,6 +143,8 @@ void minmax_command() {
   if (matrix.data_type_in_use & landmark_data) {
     emit("Please note: minima/maxima for landmark characters are approximate\n\n");
   }
+  if (request.minima && any_polymorphic_costs(steps))
+    emit("Minimum steps for sankoff polymorphic characters are approximate\n");
   bool fractional = false;
   double least = 0;
   double most = 0;
