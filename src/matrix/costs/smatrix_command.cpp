@@ -8,6 +8,7 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
+#include "console/settings.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
@@ -15,6 +16,7 @@
 #include "matrix/commands.h"
 #include "matrix/costs/cost_items.h"
 #include "matrix/costs/cost_text.h"
+#include "matrix/costs/feature_costs.h"
 #include "matrix/costs/step_matrices.h"
 #include "matrix/matrix.h"
 
@@ -127,6 +129,19 @@ void apply_step_matrix() {
     if (chosen[at(c)]) use_step_matrix(c, number);
 }
 
+void combine_characters() {
+  check_end();
+  const std::vector<combined_character> combined = combine_features();
+  if (combined.empty()) error_end("No active characters are named sup_name and sub_name");
+  for (const combined_character& one : combined) {
+    take_over(one);
+    if (settings.report)
+      emitf("Character %i stands for %i combinations of its states and those of%s, now inactive",
+            one.controller, static_cast<int>(one.state_names.size()),
+            numbers_text(one.controlled).c_str());
+  }
+}
+
 }  // namespace
 
 void smatrix_command() {
@@ -141,6 +156,9 @@ void smatrix_command() {
       next_nonblank();
       check_end();
       return emit_lines(step_matrices_as_commands());
+    case '&':
+      next_nonblank();
+      return combine_characters();
     case '=':
       next_nonblank();
       return define_step_matrix();
