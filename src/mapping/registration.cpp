@@ -1,6 +1,11 @@
 #include "mapping/registration.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "base/indices.h"
+#include "engine/fit/fit_rules.h"
+#include "engine/fit/fits.h"
 #include "engine/plain/plain_optimisation.h"
 #include "mapping/down_pass_rows.h"
 #include "matrix/character_steps.h"
@@ -18,6 +23,12 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
   const std::vector<std::uint8_t> all(at(matrix.nchar), 1);
   plain_optimiser optimiser(all);
   optimiser.optimise(stored_tree(tree), polytomy_kind::hard, kept_sets::none);
+  const fit_rules rules = current_fit_rules();
+  if (measure == tree_measure::score && rules.on) {
+    const std::vector<double> fits = fit_by_character(optimiser, rules, all);
+    std::copy(fits.begin(), fits.end(), values.begin());
+    return;
+  }
   for (int c = 0; c < matrix.nchar; ++c) {
     const character_record& record = matrix.characters[at(c)];
     double steps = static_cast<double>(optimiser.steps(c));
