@@ -12,18 +12,21 @@ void show_toggle(bool value, const char* subject, bool plural) {
   report_line(subject, plural ? "are" : "is", value ? "ON" : "OFF");
 }
 
-void toggle_command(bool& setting, const char* subject, bool plural) {
-  no_timing();
-  bool value = setting;
+bool read_toggle(bool setting) {
   if (accept_char('=')) {
-    value = true;
+    setting = true;
   } else if (accept_char('-')) {
-    value = false;
+    setting = false;
   } else if (accept_char('/')) {
-    value = !setting;
+    setting = !setting;
   }
   expect_end();
-  setting = value;
+  return setting;
+}
+
+void toggle_command(bool& setting, const char* subject, bool plural) {
+  no_timing();
+  setting = read_toggle(setting);
   show_toggle(setting, subject, plural);
 }
 

@@ -13,7 +13,7 @@
 #include "matrix/matrix.h"
 #include "search/commands.h"
 #include "search/search_settings.h"
-#include "trees/hooks.h"
+#include "trees/constraints/constraint_test.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -25,34 +25,29 @@ int decimals_of_scores() {
       [](const character_record& c) { return c.active && c.weight != 0 && c.is_continuous; }));
 }
 
-/// Keeps the trees that satisfy the constraints; all of them where none does. Returns the note.
-const char* keep_constrained(std::vector<std::uint8_t>& keep) {
-  const constraint_filter& filter = hooks_of_trees.constraints;
-  if (!filter.active || !filter.satisfies || !filter.active())
-    error_end("There are no constraints in use");
-  std::vector<std::uint8_t> good = keep;
-  for (int t = 0; t < store.ntrees; ++t) good[at(t)] = keep[at(t)] && filter.satisfies(t);
-  if (std::find(good.begin(), good.end(), 1) == good.end()) return " (none fulfills constraints)";
-  keep = good;
-  return " (all fulfill constraints)";
-}
-
 }  // namespace
 
 /// "best": keeps the trees that are no worse than the best one by more than the limit of `subopt`;
-/// "best N": by more than N. With "[", only those that satisfy the constraints.
+/// "best N": by more than N. From "[" on, only those that fulfil the constraints, until "]".
 void best_command() {
   require_data("comparing scores");
+  if (accept_char(']')) {
+    expect_end();
+    set_best_by_constraints(false);
+    return;
+  }
   require_trees();
-  const bool constrained = accept_char('[');
+  const bool constrained = accept_char('[') || search_settings.best_by_constraints;
   double allowed = search_settings.suboptimal;
   if (read_optional_float(&allowed) && allowed < 0)
     error_end("The difference to the best score can't be negative");
   check_end();
+  if (constrained) require_constraints();
+  set_best_by_constraints(constrained);
   const int decimals = decimals_of_scores();
   const score_kind kind = decimals > 0 ? score_kind::fractional : score_kind::whole;
   std::vector<std::uint8_t> keep(at(store.ntrees), 1);
-  const char* note = constrained ? keep_constrained(keep) : "";
+  const char* note = constrained ? keep_fulfilling(keep) : "";
   std::vector<double> scores(at(store.ntrees));
   score_stored_trees(scores);
   double best = -1;

@@ -28,6 +28,7 @@ search_context::search_context(search_data& packed, tree_slots& slots_for_trees,
   records.scratch = calloc_low<std::int32_t>(2 * at(data.nodes));
   records.of_slot = alloc_low<tree_record>(at(trees.maxtrees));
   for (tree_record& record : records.of_slot) record = {};
+  constraints_in_force = search_constraints::in_force(data);
   for (const slot_binder bind : hooks_of_search.slot_binders) bind(data, slots);
 }
 

@@ -28,6 +28,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <span>
 
 #include "base/arena.h"
@@ -38,6 +39,7 @@
 #include "engine/packing/packing_request.h"
 #include "engine/search_data.h"
 #include "search/moves/move_slots.h"
+#include "search/moves/search_constraints.h"
 #include "search/search_settings.h"
 #include "trees/tree_slots.h"
 
@@ -138,6 +140,7 @@ struct search_context {
   bool own_data = false;  // not those of the user: scores can't be compared with those of `outer`
   random_generator random;
   move_slots slots;  // what moves meet beyond the packed sets
+  std::unique_ptr<search_constraints> constraints_in_force;  // null: none are in force
 
   std::span<std::int32_t> working_tree;  // `nodes` entries; never a slot
   tree_records records;

@@ -10,6 +10,8 @@
 #include "console/progress.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/conversions.h"
+#include "engine/passes/links.h"
+#include "language/list_text.h"
 #include "search/search_results.h"
 #include "search/store/stored_trees.h"
 #include "search/store/tree_identity.h"
@@ -31,6 +33,23 @@ bool has_inactive_taxa(const search_data& data, const_tree_span tree) {
     if (!is_absent(tree, data.pack_to_taxon[at(i)])) return true;
   }
   return false;
+}
+
+/// A search that starts from such a tree moves only to trees that break none, if it can.
+void warn_of_breaking_trees(search_context& context) {
+  std::vector<std::uint8_t> breaking(at(context.trees.ntrees), 0);
+  for (int t = 0; t < context.trees.ntrees; ++t) {
+    fetch_tree(context, slot_tree(context, t));
+    std::copy(context.working_tree.begin(), context.working_tree.end(),
+              context.data.tree.anc.begin());
+    rebuild_links(context.data);
+    breaking[at(t)] = !context.constraints_in_force->obeyed(context.data);
+  }
+  const std::vector<std::string> numbers =
+      list_items(context.trees.ntrees, [&breaking](int t) { return breaking[at(t)] != 0; });
+  if (numbers.empty()) return;
+  const std::string title = "These trees in memory break the constraints:";
+  warning(title + wrapped_words(numbers, title.size()));
 }
 
 }  // namespace
@@ -89,6 +108,7 @@ void search_session::take_trees_in() {
     set_auto_save_view([&c](int number, tree_span tree) { matrix_form(c, number, tree); });
   }
   for (int t = 0; t < count; ++t) adopt_tree(c, t);
+  if (c.constraints_in_force && !c.shown.silent) warn_of_breaking_trees(c);
 }
 
 void search_session::leave() {

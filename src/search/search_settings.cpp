@@ -14,4 +14,6 @@ void set_suboptimal(double absolute, double relative) {
 
 void set_clips_between_reports(int clips) { search_settings.clips_between_reports = clips; }
 
+void set_best_by_constraints(bool on) { search_settings.best_by_constraints = on; }
+
 }  // namespace zeb

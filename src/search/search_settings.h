@@ -35,10 +35,12 @@ struct search_settings_state {
   double suboptimal = 0;  // trees up to this much above the best are kept; score units
   double relative_suboptimal =
       0;  // largest relative fit difference to the tree being swapped; 0 off
-  int clips_between_reports = 0;  // 0: by the size of the data
+  int clips_between_reports = 0;     // 0: by the size of the data
+  bool best_by_constraints = false;  // `best` drops trees that break constraints
 };
 extern search_settings_state search_settings;
 void set_suboptimal(double absolute, double relative);
 void set_clips_between_reports(int clips);
+void set_best_by_constraints(bool on);
 
 }  // namespace zeb

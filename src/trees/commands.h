@@ -27,6 +27,11 @@ void tvault_command();
 void unique_command();
 void unshared_command();
 
+// constraints
+void constrain_command();
+void force_command();
+void mono_command();
+
 // notation
 void save_command();
 void shortread_command();

@@ -11,6 +11,7 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
+#include "trees/constraints/constraint_test.h"
 #include "trees/drawing/text_lines.h"
 #include "trees/hooks.h"
 #include "trees/tree_equality.h"
@@ -20,17 +21,6 @@
 namespace zeb {
 
 namespace {
-
-/// With constraints on, trees that break them go, unless all do. Returns the note about it.
-std::string apply_constraints(std::vector<std::uint8_t>& keep) {
-  const constraint_filter& filter = hooks_of_trees.constraints;
-  if (!filter.active || !filter.satisfies || !filter.active()) return {};
-  std::vector<std::uint8_t> good = keep;
-  for (int t = 0; t < store.ntrees; ++t) good[at(t)] = keep[at(t)] && filter.satisfies(t);
-  if (std::count(good.begin(), good.end(), 1) == 0) return " (none fulfills constraints)";
-  keep = good;
-  return " (all fulfill constraints)";
-}
 
 std::vector<double> sort_keys() {
   std::vector<double> keys(at(store.ntrees));
@@ -43,9 +33,9 @@ std::vector<double> sort_keys() {
   constexpr std::string_view keys_by_name[] = {"mono"};
   if (find_keyword(token(), keys_by_name, true) < 0)
     error_end("Expected \"mono\" after \"sort =\"");
-  const constraint_filter& filter = hooks_of_trees.constraints;
-  if (!filter.broken) error_end("Trees can't be sorted by constraints yet");
-  for (int t = 0; t < store.ntrees; ++t) keys[at(t)] = filter.broken(t);
+  require_constraints();
+  constraint_test test;
+  for (int t = 0; t < store.ntrees; ++t) keys[at(t)] = test.judge(stored_tree(t)).violated;
   return keys;
 }
 
@@ -75,7 +65,7 @@ void unique_command() {
   const std::vector<int> first = first_equal_trees(chosen);
   std::vector<std::uint8_t> keep(chosen.size(), 1);
   for (int t = 0; t < store.ntrees; ++t) keep[at(t)] = first[at(t)] < 0 || first[at(t)] == t;
-  const std::string note = apply_constraints(keep);
+  const char* note = constraints.defined() ? keep_fulfilling(keep) : "";
   const int before = store.ntrees;
   select_trees(store, keep);
   emit(before - store.ntrees, " trees discarded, ", store.ntrees, " trees retained", note, "\n");

@@ -12,13 +12,6 @@ namespace zeb {
 /// Collapses the branches of a tree that are to be taken as absent, in place, and normalises it.
 using tree_collapser = std::function<void(tree_span tree)>;
 
-/// Constraints that trees may have to satisfy. Null where nobody knows of constraints.
-struct constraint_filter {
-  bool (*active)() = nullptr;             // constraints are defined and on
-  bool (*satisfies)(int tree) = nullptr;  // by stored tree
-  int (*broken)(int tree) = nullptr;      // constraints that the tree breaks
-};
-
 /// How tags, drawings and the vault reach the user's arrays.
 struct user_array_access {
   int (*read_name)() = nullptr;                  // reads the name of an array from the input
@@ -32,7 +25,6 @@ struct trees_hooks {
   tree_collapser (*collapser)() = nullptr;
   /// Fills the score of every tree of the buffer (`ntrees` values, score units).
   void (*score_trees)(std::span<double> scores) = nullptr;
-  constraint_filter constraints;
   user_array_access user_arrays;
   /// Takes the values of a list that would be printed. False: it is printed.
   bool (*take_list)(std::span<const double> values) = nullptr;

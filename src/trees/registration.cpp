@@ -7,6 +7,8 @@
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
+#include "trees/constraints/constraint_text.h"
+#include "trees/constraints/constraints.h"
 #include "trees/drawing/shrunken_tree.h"
 #include "trees/drawing/svg_file.h"
 #include "trees/drawing/tags.h"
@@ -48,6 +50,12 @@ void register_trees() {
   // A file for other data can't be gone on with.
   add_matrix_gone_hook([] { close_tree_file(); });
 
+  add_matrix_gone_hook(forget_constraints);
+  hooks_of_matrix.constraints_defined = [] { return constraints.defined(); };
+  add_methods(methods_part::choices, []() -> std::vector<std::string> {
+    if (!constraints.active) return {};
+    return {definitions_text(), "constrain ="};
+  });
   add_methods(methods_part::choices, []() -> std::vector<std::string> {
     if (!matrix.present || store.maxtrees == tree_store().maxtrees) return {};
     return {"hold " + std::to_string(store.maxtrees)};

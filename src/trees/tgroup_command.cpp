@@ -17,6 +17,7 @@
 #include "language/value_condition.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
+#include "trees/constraints/constraint_test.h"
 #include "trees/hooks.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
@@ -40,10 +41,9 @@ value_condition read_value_or_condition(std::string_view word) {
 bool select_trees_by(std::string_view word, std::span<std::uint8_t> selected) {
   const int count = store.ntrees;
   if (word == "mono") {
-    if (!hooks_of_trees.constraints.satisfies) {
-      error_end("Trees can't be selected by constraints yet");
-    }
-    for (int t = 0; t < count; ++t) selected[at(t)] = hooks_of_trees.constraints.satisfies(t);
+    require_constraints();
+    constraint_test test;
+    for (int t = 0; t < count; ++t) selected[at(t)] = test.judge(stored_tree(t)).violated == 0;
     return true;
   }
   if (word != "len" && word != "nod" && word != "siz") return false;

@@ -9,6 +9,7 @@
 #include "engine/hooks.h"
 #include "engine/plain/plain_optimisation.h"
 #include "matrix/matrix.h"
+#include "trees/constraints/constraint_test.h"
 
 namespace zeb {
 
@@ -140,11 +141,12 @@ struct branch_judge::state {
   int rule;
   std::vector<std::uint8_t> ignored;
   std::optional<plain_optimiser> sets;  // rules 1 to 4
-  std::vector<std::uint8_t> marks;      // scratch
+  constraint_test protected_groups;
+  std::vector<std::uint8_t> marks;  // scratch
 };
 
 branch_judge::branch_judge(int rule, std::span<const std::uint8_t> ignored_taxa)
-    : state_(new state{rule, {ignored_taxa.begin(), ignored_taxa.end()}, {}, {}}) {
+    : state_(new state{rule, {ignored_taxa.begin(), ignored_taxa.end()}, {}, {}, {}}) {
   if (rule >= 1 && rule <= 4) state_->sets.emplace(scored_characters(), ignored_taxa);
   if (rule > 4 && !hooks_of_engine.collapse_by_swapping)
     error_end("Internal error: called swap-collapsing without having assigned memory!");
@@ -155,6 +157,11 @@ branch_judge::~branch_judge() = default;
 void branch_judge::mark(const_tree_span tree, std::span<std::uint8_t> marks) {
   for (std::uint8_t& m : marks) m = 1;
   if (state_->rule == 0) return;
+  mark_by_rule_in_force(tree, marks);
+  if (constraints.active) state_->protected_groups.protect(tree, marks);
+}
+
+void branch_judge::mark_by_rule_in_force(const_tree_span tree, std::span<std::uint8_t> marks) {
   if (state_->rule > 4)
     hooks_of_engine.collapse_by_swapping(tree, state_->rule == 6, marks, state_->ignored);
   else if (state_->ignored.empty())

@@ -33,12 +33,14 @@ class branch_judge {
   branch_judge(const branch_judge&) = delete;
   branch_judge& operator=(const branch_judge&) = delete;
   /// `marks[v]` becomes 1 where the branch above internal node v stays, 0 where it is collapsed; 1
-  /// for the root, terminals and unused numbers. `nnodes` entries.
+  /// for the root, terminals and unused numbers. `nnodes` entries. While constraints are on, what
+  /// they force stays.
   void mark(const_tree_span tree, std::span<std::uint8_t> marks);
   /// Collapses the tree.
   void condense(tree_span tree);
 
  private:
+  void mark_by_rule_in_force(const_tree_span tree, std::span<std::uint8_t> marks);
   struct state;
   std::unique_ptr<state> state_;
 };

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
@@ -16,6 +15,7 @@
 #include "language/toggles.h"
 #include "matrix/blocks.h"
 #include "matrix/commands.h"
+#include "matrix/hooks.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/matrix_writer.h"
 
@@ -170,7 +170,7 @@ void read_entries() {
       read_block_entry();
       continue;
     }
-    if (!warned && locks.constraints_lock) {
+    if (!warned && hooks_of_matrix.constraints_defined && hooks_of_matrix.constraints_defined()) {
       warning("Constraints will have to be redefined if character names are modified");
       warned = true;
     }

@@ -16,6 +16,7 @@
 #include "search/search_results.h"
 #include "search/search_session.h"
 #include "search/store/filter.h"
+#include "trees/constraints/constraints.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
@@ -85,7 +86,7 @@ void check_settings(mult_settings& wanted, option_outcome outcome) {
     if (*n < 0) *n = all_taxa;
   }
   if (outcome == option_outcome::run) {
-    check_additions(wanted.addition, randomness.random_insertion, false);
+    check_additions(wanted.addition, randomness.random_insertion, constraints.active);
   }
 }
 
@@ -153,7 +154,7 @@ void summarise(const search_context& context, const mult_result& result) {
   }
   if (swaps(mult)) {
     emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
-    if (context.slots.forbids) emit("Constraints enforced during search.\n");
+    if (context.constraints_in_force) emit("Constraints enforced during search.\n");
     const int move_limit = context.rules.swap.move_limit;
     if (mult.swapper == mult_settings::tbr && move_limit > 0) {
       emit(text_of("Note: TBR limited to moves within %i nodes of original position.\n",

@@ -30,7 +30,7 @@ bool may_clip(const swap_run& run, int c) {
     if (run.data.tree.anc[at(above)] == run.data.n && run.data.tree.sister[at(c)] < run.data.n)
       return false;
   }
-  return c != 0;
+  return c != 0 && (!run.constraints_in_force || run.constraints_in_force->begin_clip(run.data, c));
 }
 
 void count_rearrangements(swap_run& run, int c) {

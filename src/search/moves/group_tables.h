@@ -39,6 +39,8 @@ class group_tables {
   /// all terminals breaks nothing. Takes a few operations on words.
   bool allows(int terminal, int branch) const;
 
+  /// What was read, each node after its ancestor.
+  const std::vector<int>& nodes_read() const { return order_; }
   /// Groups with members, with others among the terminals read.
   const words& all_members() const { return all_members_; }
   const words& all_others() const { return all_others_; }
@@ -55,6 +57,8 @@ class group_tables {
   /// Groups among whose members, or others, the branch lies; good where they aren't torn.
   const set_word* among_members(int v) const { return row(among_members_, v); }
   const set_word* among_others(int v) const { return row(among_others_, v); }
+  /// Groups among whose members' branches the node lies.
+  const set_word* node_among_members(int v) const { return row(node_members_, v); }
 
  private:
   const set_word* row(const words& table, int v) const { return table.data() + at(v) * words_; }

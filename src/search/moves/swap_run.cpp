@@ -44,7 +44,8 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
       fits(data.implied_on),
       rounding(tolerance_of(kind_of_scores(data))),
       slots(search.slots),
-      more_to_ask(data.has_wide || slots.forbids) {
+      constraints_in_force(search.constraints_in_force.get()),
+      more_to_ask(data.has_wide || slots.forbids || constraints_in_force) {
   scratch = per_node<std::int32_t>(data, 2);
   scan_list = per_node<std::int32_t>(data, 2);
   marks = per_node<std::uint8_t>(data);
@@ -91,6 +92,7 @@ void swap_run::tree_changed() {
   } else {
     count_terminals_below(data, cut.below);
   }
+  if (constraints_in_force) constraints_in_force->tree_changed(data);
 }
 
 /// Sums of fractions that are the same differ by rounding.
@@ -132,7 +134,10 @@ bool swap_run::all_others_allow(join_side from, join_side to, double* cost) cons
     if (fits ? *cost >= bound : *cost > bound) return false;
   }
   const bool is_move = from.end != join_end::cluster && to.end != join_end::cluster;
-  return !is_move || !slots.forbids || !slots.forbids(data, clip, from.number, to.number);
+  if (!is_move) return true;
+  if (constraints_in_force && constraints_in_force->forbids(data, from.number, to.number))
+    return false;
+  return !slots.forbids || !slots.forbids(data, clip, from.number, to.number);
 }
 
 bool swap_run::take_candidate(int u, int v, double cost) {

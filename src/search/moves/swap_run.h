@@ -52,7 +52,8 @@ struct swap_run {
   const bool fits;          // implied weights: costs are fits, see the engine's counters
   const double rounding;    // scores closer than this are one
   const move_slots& slots;  // of the search
-  const bool more_to_ask;   // there are wide characters, or something may forbid moves
+  search_constraints* const constraints_in_force;  // of the search; may be null
+  const bool more_to_ask;  // there are wide characters, or something may forbid moves
 
   // -- progress through the clips --
   std::span<std::int32_t> clip_order;  // by position; empty: position and node are the same

@@ -9,6 +9,27 @@ namespace {
 
 // ---- SPR: the clip keeps its root and is tried on the branches of the main tree ----
 
+/// The branches that are open to the clip: they are connected, with its old place among them.
+int list_open_branches(swap_run& run) {
+  const search_data& data = run.data;
+  const std::span<std::int32_t> list = run.scan_list;
+  int lowest = run.sister;
+  const int top = data.tree.sister[0];
+  while (lowest != top && lowest != 0 &&
+         !run.constraints_in_force->closes(data.tree.anc[at(lowest)]))
+    lowest = data.tree.anc[at(lowest)];
+  int count = 0;
+  list[at(count++)] = lowest;
+  for (int i = 0; i < count; ++i) {
+    const int v = list[at(i)];
+    if (v < data.n) continue;
+    for (const int above : {data.tree.first[at(v)], data.tree.second[at(v)]}) {
+      if (!run.constraints_in_force->closes(above)) list[at(count++)] = above;
+    }
+  }
+  return count;
+}
+
 /// Branches of the main tree below the outgroup's, breadth first. Two descendants at a time were
 /// tested against the union of their sets once; with the batch kernel that costs more than it
 /// saves.
@@ -16,6 +37,7 @@ int list_branches(swap_run& run) {
   const search_data& data = run.data;
   const std::span<std::int32_t> list = run.scan_list;
   int count = 0;
+  if (run.constraints_in_force) return list_open_branches(run);
   list[at(count++)] = data.tree.sister[0];
   for (int i = 0; i < count; ++i) {
     const int v = list[at(i)];

@@ -9,6 +9,7 @@
 #include "base/random.h"
 #include "engine/fit/implied_weighting.h"
 #include "engine/passes/passes.h"
+#include "search/moves/constrained_start.h"
 #include "search/moves/wagner_build.h"
 #include "search/moves/wagner_choice.h"
 #include "search/moves/wagner_clusters.h"
@@ -65,7 +66,7 @@ void add_in_sequence(wagner_build& build) {
   const int n = build.data.n;
   const addition_settings& additions = build.additions;
   const bool by_clusters = additions.cluster_from > 0 && additions.cluster_from < n;
-  for (int p = 3; p < n; ++p) {
+  for (int p = 3; p < n && !build.stuck; ++p) {
     if (by_clusters && p >= additions.cluster_from) {
       add_by_clusters(build, p);
       return;
@@ -75,6 +76,47 @@ void add_in_sequence(wagner_build& build) {
     build.find_place(taxon);
     build.place_taxon(taxon);
   }
+}
+
+void copy_tree_in_work(const search_data& data, std::span<std::int32_t> anc) {
+  std::copy_n(data.tree.anc.begin(), anc.size(), anc.begin());
+  anc[at(data.n)] = data.nodes;
+}
+
+/// One build, with the generator as it stands. False where constraints left a taxon no place.
+bool build_once(search_context& context, std::span<std::int32_t> anc,
+                const addition_settings& additions, bool constrained) {
+  wagner_build build(context, additions);
+  const int n = context.data.n;
+  random_sequence(context.random, n, build.order.first(at(n)), 0, {});
+  const randomised_outgroup outgroup(context, context.rules.random_outgroup && !constrained);
+  if (additions.informative > 0 && n >= 6) informative_sequence(build);
+  if (additions.look > 0) choose_first_taxa(build, additions.look, additions.rule);
+  build.first_tree(0, build.order[1], build.order[2]);
+  build.shuffle_scan_order(1);
+  if (additions.look > 0) {
+    add_chosen_taxa(build);
+  } else {
+    add_in_sequence(build);
+  }
+  context.shown.build_percent = -1;
+  copy_tree_in_work(context.data, anc);
+  if (!interrupted()) outgroup.restore_tree(anc);
+  return !build.stuck;
+}
+
+/// Taxa that float may be put where they leave others no place, and what negative groups need may
+/// come to hang on the last taxon alone: another sequence mostly helps. Where it doesn't, any tree
+/// must do.
+void build_under_constraints(search_context& context, std::span<std::int32_t> anc,
+                             const addition_settings& additions) {
+  constexpr int sequences_tried = 10;
+  for (int i = 0; i < sequences_tried; ++i) {
+    if (build_once(context, anc, additions, true) || interrupted()) return;
+  }
+  if (!find_constrained_tree(context) && !interrupted())
+    error_end("Sorry, cannot build a tree with specified constraints");
+  copy_tree_in_work(context.data, anc);
 }
 
 }  // namespace
@@ -93,26 +135,13 @@ void check_additions(const addition_settings& wanted, bool random_insertion, boo
 
 void wagner_tree(search_context& context, std::span<std::int32_t> anc,
                  const addition_settings& additions) {
-  const bool constrained = context.slots.forbids != nullptr;
+  const bool constrained = context.slots.forbids || context.constraints_in_force;
   check_additions(additions, context.rules.random_insertion, constrained);
-  const search_data& data = context.data;
-  wagner_build build(context, additions);
-  random_sequence(context.random, data.n, build.order.first(at(data.n)), 0, {});
-
-  const randomised_outgroup outgroup(context, context.rules.random_outgroup && !constrained);
-  if (additions.informative > 0 && data.n >= 6) informative_sequence(build);
-  if (additions.look > 0) choose_first_taxa(build, additions.look, additions.rule);
-  build.first_tree(0, build.order[1], build.order[2]);
-  build.shuffle_scan_order(1);
-  if (additions.look > 0) {
-    add_chosen_taxa(build);
+  if (context.constraints_in_force) {
+    build_under_constraints(context, anc, additions);
   } else {
-    add_in_sequence(build);
+    build_once(context, anc, additions, constrained);
   }
-  context.shown.build_percent = -1;
-  std::copy_n(data.tree.anc.begin(), anc.size(), anc.begin());
-  anc[at(data.n)] = data.nodes;
-  if (!interrupted()) outgroup.restore_tree(anc);
 }
 
 }  // namespace zeb

@@ -28,6 +28,7 @@ wagner_build::wagner_build(search_context& search, const addition_settings& how)
   candidates = alloc_low<std::int32_t>(nodes);
   pairs = alloc_low<std::int32_t>(nodes);
   scan_order = alloc_low<std::int32_t>(nodes);
+  if (search.constraints_in_force) groups.emplace(search.constraints_in_force->rows(), data.nodes);
 }
 
 void wagner_build::first_tree(int a, int b, int c) {
@@ -47,6 +48,7 @@ void wagner_build::first_tree(int a, int b, int c) {
   t.anc[at(root)] = root + 2;
   full_pass(data);
   branches.begin(top, b, c);
+  if (groups) groups->read_growing_tree(t);
 }
 
 int wagner_build::list_candidates(walk way, bool swapped) {
@@ -71,6 +73,13 @@ bool wagner_build::all_others_allow(int taxon, join_side to, double below, doubl
     if (*cost >= below) return false;
   }
   return to.end == join_end::cluster || !forbidden(taxon, to.number);
+}
+
+int wagner_build::leave_out_forbidden(int taxon, int count) {
+  if (!groups) return count;
+  const auto end = std::remove_if(candidates.begin(), candidates.begin() + count,
+                                  [&](std::int32_t v) { return !groups->allows(taxon, v); });
+  return static_cast<int>(end - candidates.begin());
 }
 
 /// A place that is forbidden is kept for a taxon that may go nowhere, but any other beats it.
@@ -101,19 +110,22 @@ void wagner_build::find_place(int taxon) {
   const int start = best_branch;
   const double start_cost = best;
   const bool bit = (context.random.draw() & 1) != 0;
-  if (context.rules.random_insertion && !slots.forbids) {
+  const auto candidates_by = [&](walk way, bool swapped) {
+    return leave_out_forbidden(taxon, list_candidates(way, swapped));
+  };
+  if (context.rules.random_insertion && !slots.forbids && !groups) {
     // Shuffled here, not when a taxon has been placed: a place that costs nothing ends the search
     // for others.
     shuffle_scan_order(data.tree.anc[at(data.n)] - data.n - 1);
-    try_candidates(taxon, list_candidates(walk::random, bit), best);
+    try_candidates(taxon, candidates_by(walk::random, bit), best);
   } else if (bit) {
-    try_candidates(taxon, list_candidates(walk::backward, false), unbounded);
+    try_candidates(taxon, candidates_by(walk::backward, false), unbounded);
     if (best > start_cost) {
       best = start_cost;
       best_branch = start;
     }
   } else {
-    try_candidates(taxon, list_candidates(walk::forward, false), best);
+    try_candidates(taxon, candidates_by(walk::forward, false), best);
   }
 }
 
@@ -126,9 +138,12 @@ void wagner_build::attach_taxon(int taxon) {
   attach(data.tree, taxon, next_free, best_branch);
   ++next_free;
   repair_after_insert(data, taxon);
+  if (groups) groups->read_growing_tree(data.tree);
 }
 
 void wagner_build::place_taxon(int taxon) {
+  stuck = groups && !groups->allows(taxon, best_branch);
+  if (stuck) return;
   branches.insert(data, best_branch, data.tree.anc[at(data.n)], taxon);
   attach_taxon(taxon);
 }

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "base/arena.h"
@@ -24,9 +25,11 @@ struct wagner_build {
   std::span<std::int32_t> scan_order;  // a random permutation of numbers of internal nodes
   branch_order branches;               // but for additions by clusters
 
-  const bool fits;          // implied weights: costs are fits
-  const move_slots& slots;  // of the search
-  const bool more_to_ask;   // there are wide characters, or something may forbid places
+  const bool fits;                     // implied weights: costs are fits
+  const move_slots& slots;             // of the search
+  std::optional<group_tables> groups;  // of the tree as it is, under constraints
+  bool stuck = false;                  // a taxon could go nowhere
+  const bool more_to_ask;              // there are wide characters, or something may forbid places
 
   // The best place found for a taxon.
   double best = 0;
@@ -68,8 +71,11 @@ struct wagner_build {
   bool all_others_allow(int taxon, join_side to, double below, double* cost) const;
   /// May `taxon` go there, by what is bound?
   bool forbidden(int taxon, int v) const {
-    return slots.forbids && slots.forbids(data, taxon, taxon, v);
+    return (groups && !groups->allows(taxon, v)) ||
+           (slots.forbids && slots.forbids(data, taxon, taxon, v));
   }
+  /// Takes out of the first `count` candidates what constraints forbid; returns how many are left.
+  int leave_out_forbidden(int taxon, int count);
   /// Makes the branch beside the outgroup the place to beat.
   void start_place(int taxon);
   /// Tries the candidates for `taxon` and keeps the best; only costs below `below` and the best so
@@ -78,7 +84,8 @@ struct wagner_build {
   void find_place(int taxon);
   /// Puts the taxon there and repairs the sets.
   void attach_taxon(int taxon);
-  /// The same, and keeps `branches` up.
+  /// The same, and keeps `branches` up. Where constraints forbid the best place, all are forbidden:
+  /// then the build is stuck.
   void place_taxon(int taxon);
   void shuffle_scan_order(int count);
   /// Reports; true when the search is to stop.

@@ -77,7 +77,7 @@ void choose_first_taxa(wagner_build& build, int look, int rule) {
 void add_chosen_taxa(wagner_build& build) {
   const int n = build.data.n;
   const addition_settings& additions = build.additions;
-  for (int p = 3; p < n; ++p) {
+  for (int p = 3; p < n && !build.stuck; ++p) {
     if (build.stop_at(p)) return;
     const int count =
         build.list_candidates(wagner_build::walk::random, (build.context.random.draw() & 1) != 0);

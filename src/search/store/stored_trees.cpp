@@ -76,6 +76,7 @@ tree_record& record_of(search_context& context, int slot) {
 
 void mark_tree_in_work(const search_context& context, std::span<std::uint8_t> marks) {
   search_marks(context.data, search_level(context), marks);
+  if (context.constraints_in_force) context.constraints_in_force->protect(context.data, marks);
 }
 
 bool store_marked(search_context& context, std::span<const std::int32_t> tree, int slot,

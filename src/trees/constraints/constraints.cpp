@@ -63,8 +63,7 @@ bool any_pair(const std::vector<division>& some, const std::vector<division>& ot
 
 }  // namespace
 
-void define_constraints(constraint_definitions definitions) {
-  const bool active = constraints.active && definitions.defined();
+void define_constraints(constraint_definitions definitions, bool active) {
   constraints = std::move(definitions);
   constraints.active = active;
 }
@@ -76,6 +75,10 @@ void activate_constraints(bool on) {
 }
 
 void forget_constraints() { constraints = {}; }
+
+void require_constraints() {
+  if (!constraints.defined()) error_end("No constraints defined");
+}
 
 std::vector<constraint_group> groups_of_tree(const_tree_span tree, int ntax) {
   taxon_set absent(ntax);

@@ -30,11 +30,12 @@ struct constraint_definitions {
 };
 extern constraint_definitions constraints;  // written in trees/ only
 
-/// Replaces all definitions; the switch stays, unless nothing is defined any more.
-void define_constraints(constraint_definitions definitions);
+void define_constraints(constraint_definitions definitions, bool active);
 /// Switches the constraints on or off. Error: none are defined.
 void activate_constraints(bool on);
 void forget_constraints();
+/// Error where none are defined.
+void require_constraints();
 
 /// The groups of a tree, from each internal node but the root; taxa that it lacks float.
 std::vector<constraint_group> groups_of_tree(const_tree_span tree, int ntax);

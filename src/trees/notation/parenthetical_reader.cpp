@@ -26,6 +26,7 @@ class parenthetical_parser {
       } else if (c == ')') {
         check_commas(met::closing);
         close();
+        if (dialect_.root_ends && root_closed_) return c;
       } else if (c == ',') {
         if (dialect_.comma_ends && tree_.at_root() && (root_closed_ || !tree_.root_opened())) {
           finish();

@@ -17,6 +17,7 @@ struct parenthetical_dialect {
   bool labels_after_nodes = false;     // what follows ")" at once is a label of the node
   bool bracket_comments = false;       // "[...]" is skipped, with brackets and ";" in it
   bool (*ended)() = nullptr;           // has the text of all trees run out? Wanted for comments
+  bool root_ends = false;              // the tree ends with the parenthesis that closes its root
   bool comma_ends = false;             // a comma outside of all parentheses stands for ";"
   /// Reads what is neither parenthesis nor terminator, from its first character: terminals, copies
   /// of clades.

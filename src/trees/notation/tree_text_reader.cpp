@@ -48,6 +48,17 @@ tree_text_reader::tree_text_reader(int ntax) : ntax_(ntax), tree_(ntax), flags_(
 }
 
 int tree_text_reader::read_tree() {
+  dialect_.root_ends = false;
+  return read_by_dialect();
+}
+
+void tree_text_reader::read_enclosed_tree() {
+  dialect_.root_ends = true;
+  read_by_dialect();
+  if (!tags_.empty()) error_end("Trees of constraints can't have tags");
+}
+
+int tree_text_reader::read_by_dialect() {
   tags_.clear();
   mended_ = false;
   // Typed commas end commands; within the parentheses of a tree they separate as in files.

@@ -24,10 +24,13 @@ class tree_text_reader {
 
   /// Reads one tree; returns its terminator, ";" or "*".
   int read_tree();
+  /// Reads one tree in parentheses, up to the one that closes its root.
+  void read_enclosed_tree();
   tree_builder& tree() { return tree_; }
   const tree_tags& tags_read() const { return tags_; }
 
  private:
+  int read_by_dialect();
   void read_item();
   void read_taxon_reference();
   void read_tag(int node);
