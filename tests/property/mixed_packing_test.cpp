@@ -169,7 +169,7 @@ TEST_F(mixed_packing, searches_find_the_best_trees_and_tell_their_score) {
   constexpr const char* searches[] = {
       "collapse none; mult=replic 6 hold 60 tbr;",
       "collapse none; mult=replic 8 hold 20 spr; bbreak;",
-      "collapse 1; mult=replic 6 hold 60 tbr wcluster 4; mult:nowcluster;",
+      "collapse 1; mult=replic 6 hold 60 tbr ras wcluster 4; mult:nowcluster;",
       "collapse 3; mult=replic 6 hold 60 sas 3 tbr; mult:ras; bbreak;",
       "collapse none; subopt 1; mult=replic 6 hold 200 tbr; bbreak; subopt 0; best;",
   };
