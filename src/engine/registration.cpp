@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "base/arena.h"
+#include "console/output.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/fit/weighting_settings.h"
 #include "engine/hooks.h"
@@ -28,7 +29,11 @@ void register_engine() {
   };
   add_unlock_hook(forget_packed_data);
   add_new_matrix_hook(forget_character_weighting);
-  add_matrix_gone_hook(forget_character_weighting);
+  add_matrix_gone_hook([] {
+    if (has_extended_weighting() || !weighting.user_costs.empty())
+      emit("Note: weighting function, sets and concavities go with the data.\n");
+    forget_character_weighting();
+  });
   add_methods(methods_part::choices, []() -> std::vector<std::string> {
     if (collapsing.quick) return {};
     return {"qcollapse -"};

@@ -130,6 +130,10 @@ std::vector<std::string> extended_weighting_as_commands() {
   return commands;
 }
 
+bool has_extended_weighting() {
+  return has_own_concavities() || has_constant_weights() || weighting_set_count() > 0;
+}
+
 void forget_character_weighting() {
   const bool on = weighting.on;
   const double k = weighting.concavity;

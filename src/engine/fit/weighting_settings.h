@@ -58,6 +58,8 @@ bool has_own_concavities();
 /// Of weighting sets; characters of constant weight aren't one.
 int weighting_set_count();
 bool has_constant_weights();
+/// Any of these.
+bool has_extended_weighting();
 
 /// The commands that set what differs from the defaults, without their ";".
 std::vector<std::string> weighting_as_commands();

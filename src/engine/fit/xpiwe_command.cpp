@@ -91,9 +91,7 @@ void switch_off() {
 
 /// After sets or concavities were taken away.
 void switch_off_if_moot() {
-  if (!weighting.extended || has_own_concavities() || has_constant_weights() ||
-      weighting_set_count() > 0)
-    return;
+  if (!weighting.extended || has_extended_weighting()) return;
   set_extended_weighting(false);
   if (settings.report) report_line("Turning extended implied weighting OFF (no longer needed)");
 }
