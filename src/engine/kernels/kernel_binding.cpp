@@ -78,8 +78,11 @@ scoring_mode mode_of(const search_data& data) {
 }
 
 void bind_kernels(search_data& data) {
+  bind_kernels(data, data.long_words ? widest_kernels() : 32);
+}
+
+void bind_kernels(search_data& data, int width) {
   const scoring_mode mode = mode_of(data);
-  const int width = data.long_words ? widest_kernels() : 32;
   if (gather_weights(data) > largest_weight_sum)
     error_end("The weights of all characters together may not be above 1,000,000,000");
   data.layout.field_weight = data.field_weight.data();
@@ -102,7 +105,7 @@ void weights_changed(search_data& data) {
       if (f.character >= 0 && f.weight != 1) data.uniform_mode = false;
   if (data.implied_on) data.uniform_mode = false;
   data.per_char_mode = !data.uniform_mode;
-  bind_kernels(data);
+  bind_kernels(data, data.kernels.width_bits);
 }
 
 }  // namespace zeb

@@ -15,8 +15,10 @@ scoring_mode mode_of(const search_data& data);
 /// Raises an error if the weights of all fields add up to more than 1,000,000,000. Under implied
 /// weights the counters are put to no steps: a full pass must follow.
 void bind_kernels(search_data& data);
+/// The same with kernels of a width that the processor has.
+void bind_kernels(search_data& data, int width);
 /// Picks the mode for new weights in the field records (`uniform_mode` when all are 1, else
-/// `per_char_mode`) and binds the kernels. For perturbed weights (ratchet, resampling). Weights of
+/// `per_char_mode`) and binds kernels of the width that they have. For perturbed weights (ratchet, resampling). Weights of
 /// wide characters are read where they stand.
 void weights_changed(search_data& data);
 

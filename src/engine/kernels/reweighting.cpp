@@ -50,7 +50,7 @@ void reweighting::put_back() {
   each_weight(data_, [&](std::int32_t, std::int32_t& weight) { weight = weights_[i++]; });
   data_.uniform_mode = uniform_;
   data_.per_char_mode = per_char_;
-  bind_kernels(data_);
+  bind_kernels(data_, data_.kernels.width_bits);
   changed_ = false;
 }
 
