@@ -102,23 +102,27 @@ const cycle_result& cycle_keeper::finish() {
 
 cycle_result run_cycles(search_context& context, std::span<std::int32_t> tree,
                         const cycle_settings& wanted, const cycle_task& task,
-                        const std::function<perturbed(int cycle)>& perturb) {
+                        const std::function<perturbed_tree(int cycle)>& perturb) {
   cycle_keeper keeper(context, tree, wanted, task);
   seed_sequence seeds(context.random, context.rules.seed_step);
-  double score = unknown_score;  // of the tree in hand, once a swap has ended there
+  bool is_swapped = false;  // the tree in hand is the end of a swap
+  double score = keeper.result().best;
   for (int cycle = 0; cycle < wanted.iterations; ++cycle) {
     if (task.counts_cycles) context.shown.replication = cycle + 1;
     context.random.seed(static_cast<unsigned>(seeds.current()));
     seeds.advance();
-    const perturbed done = perturb(cycle);
+    const perturbed_tree done = perturb(cycle);
     if (interrupted()) {
       score = tree_length(context.data, tree);
-    } else if (done == perturbed::changed || score >= unknown_score) {
-      score = tbr_swap(context, tree, {});
+    } else if (done.is_changed || !is_swapped) {
+      score = tbr_swap(context, tree, {.clips_first = done.moved});
+      is_swapped = true;
     }
-    const bool is_over = keeper.end_cycle(score);
-    keeper.result().single_tree = done == perturbed::cornered;
-    if (is_over || done == perturbed::cornered) break;
+    if (keeper.end_cycle(score)) break;
+    if (done.is_cornered) {
+      keeper.result().single_tree = true;
+      break;
+    }
   }
   return keeper.finish();
 }

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <vector>
 
 #include "search/search_context.h"
 
@@ -38,10 +39,10 @@ struct cycle_result {
 };
 
 /// What a perturbation did to the tree.
-enum class perturbed {
-  changed,
-  unchanged,
-  cornered,  // unchanged, and the run is to end
+struct perturbed_tree {
+  bool is_changed = true;
+  bool is_cornered = false;         // no other tree can be reached: the run is to end
+  std::vector<std::int32_t> moved;  // nodes where it was changed: the repair begins there
 };
 
 /// Runs cycles from `tree` (internal numbering, not a slot), which becomes the tree in hand at the
@@ -49,6 +50,6 @@ enum class perturbed {
 /// seeded for it, with a seed of its own for each cycle, drawn from the generator as it stands.
 cycle_result run_cycles(search_context& context, std::span<std::int32_t> tree,
                         const cycle_settings& wanted, const cycle_task& task,
-                        const std::function<perturbed(int cycle)>& perturb);
+                        const std::function<perturbed_tree(int cycle)>& perturb);
 
 }  // namespace zeb

@@ -1,6 +1,7 @@
 #include "search/drivers/drift.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "search/moves/perturbation.h"
 #include "search/moves/swapper.h"
@@ -41,12 +42,12 @@ perturbation perturbation_of_cycle(const search_context& context, const drift_se
 cycle_result drift_search(search_context& context, std::span<std::int32_t> tree,
                           const drift_settings& options, const cycle_task& task) {
   context.shown.stage = stage_drift;
-  return run_cycles(context, tree, options.cycles, task, [&](int cycle) {
+  return run_cycles(context, tree, options.cycles, task, [&](int cycle) -> perturbed_tree {
     perturbation how = perturbation_of_cycle(context, options, cycle);
     tbr_swap(context, tree, {.perturbing = &how});
-    if (how.moves > 0) return perturbed::changed;
-    const bool cornered = !options.pert && cycle > 0 && !how.met_other;
-    return cornered ? perturbed::cornered : perturbed::unchanged;
+    return {.is_changed = how.moves > 0,
+            .is_cornered = !options.pert && cycle > 0 && !how.met_other,
+            .moved = std::move(how.moved)};
   });
 }
 

@@ -1,5 +1,6 @@
 #include "search/drivers/ratchet.h"
 
+#include <utility>
 #include <vector>
 
 #include "base/indices.h"
@@ -37,17 +38,17 @@ std::vector<std::uint8_t> draw_factors(random_generator& random,
   return factors;
 }
 
-perturbed swap_reweighted(search_context& context, std::span<std::int32_t> tree,
-                          const ratchet_settings& options) {
+perturbed_tree swap_reweighted(search_context& context, std::span<std::int32_t> tree,
+                               const ratchet_settings& options) {
   if (options.traditional) {
     tbr_swap(context, tree, {});
-    return perturbed::changed;
+    return {};
   }
   perturbation how;
   how.most_moves = options.cycles.numsubs;
   how.giveup = options.cycles.giveup;
   tbr_swap(context, tree, {.perturbing = &how});
-  return how.moves > 0 ? perturbed::changed : perturbed::unchanged;
+  return {.is_changed = how.moves > 0, .moved = std::move(how.moved)};
 }
 
 }  // namespace
@@ -65,7 +66,7 @@ cycle_result ratchet_search(search_context& context, std::span<std::int32_t> tre
       weights.multiply(draw_factors(context.random, characters, options.downfactor, 0));
     }
     context.shown.hide_score = true;
-    const perturbed done = swap_reweighted(context, tree, options);
+    perturbed_tree done = swap_reweighted(context, tree, options);
     context.shown.hide_score = false;
     weights.put_back();
     return done;

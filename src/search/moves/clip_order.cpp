@@ -65,4 +65,16 @@ void promising_clips_first(const search_data& data, std::span<std::int32_t> orde
   for (const std::int32_t v : last) order[count++] = v;
 }
 
+void given_clips_first(std::span<const std::int32_t> given, std::span<std::int32_t> order) {
+  std::vector<std::uint8_t> listed(order.size(), 0);
+  std::size_t count = 0;
+  const auto list = [&](std::int32_t v) {
+    if (!listed[at(v)]) order[count++] = v;
+    listed[at(v)] = 1;
+  };
+  list(0);
+  for (const std::int32_t v : given) list(v);
+  for (std::int32_t v = 1; v < static_cast<std::int32_t>(order.size()); ++v) list(v);
+}
+
 }  // namespace zeb

@@ -170,7 +170,9 @@ void finish_clip(swap_run& run) {
   }
   const double score_before = run.score_without + run.home_cost;
   apply_move(run);
-  if (run.perturbing) run.perturbing->note_move(run.score - score_before);
+  if (run.perturbing) {
+    run.perturbing->note_move(run.score - score_before, {run.clip, run.sister, run.best_branch});
+  }
   run.counter = run.multi == 0 ? 1 : 0;
   run.set_slack();
 }

@@ -7,7 +7,9 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <vector>
 
 #include "base/random.h"
 #include "search/moves/relative_fit.h"
@@ -25,17 +27,19 @@ struct perturbation {
   double factor = 3.0;                   // the larger, the more is accepted
 
   // -- what was done --
-  int moves = 0;           // accepted
-  int clips = 0;           // tried
-  bool met_other = false;  // some reconnection was within the bounds
-  double drifted = 0;      // sum of the changes of score, never below 0
+  int moves = 0;                    // accepted
+  int clips = 0;                    // tried
+  bool met_other = false;           // some reconnection was within the bounds
+  std::vector<std::int32_t> moved;  // what was clipped, and the nodes beside its old and new place
+  double drifted = 0;               // sum of the changes of score, never below 0
 
   bool is_over(int nodes) const {
     if (moves >= most_moves) return true;
     return giveup > 0 && std::int64_t{clips} * 100 / nodes > giveup;
   }
-  void note_move(double change) {
+  void note_move(double change, const std::array<std::int32_t, 3>& nodes) {
     ++moves;
+    moved.insert(moved.end(), nodes.begin(), nodes.end());
     drifted = std::max(0.0, drifted + change);
   }
   /// The limit on the costs of candidates, above the cost at home.

@@ -59,7 +59,8 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
   touched = calloc_low<std::int32_t>(2 * most);
   const bool promising_first = task.promising_first && multi == 0;
   const bool random_order = rules.swap.random_clip || perturbing;
-  if (random_order || promising_first) clip_order = per_node<std::int32_t>(data);
+  if (random_order || promising_first || !task.clips_first.empty())
+    clip_order = per_node<std::int32_t>(data);
 
   score = tree_length(data, anc);
   stored_score = score;
@@ -68,6 +69,8 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
     random_sequence(context.random, data.nodes, clip_order, 0, {});
   } else if (promising_first) {
     promising_clips_first(data, clip_order);
+  } else if (!task.clips_first.empty()) {
+    given_clips_first(task.clips_first, clip_order);
   }
   report_every = rules.clips_between_reports;
   if (report_every == 0) report_every = data.n < 50 ? 2 : 10;

@@ -43,6 +43,8 @@ struct swap_task {
   // the neighbours of this very tree are met.
   bool stay = false;
   bool promising_first = false;  // begin with the clips that promise most; single trees only
+  // Nodes to begin with, where improvements are likely; the others come in order.
+  std::span<const std::int32_t> clips_first = {};
   // Not null: no move is applied; every reconnection with a score up to that of the tree + the
   // context's `suboptimal` is handed over.
   const move_enumeration* enumeration = nullptr;
