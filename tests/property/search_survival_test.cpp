@@ -104,8 +104,8 @@ TEST_F(search_survival, any_allocation_may_fail) {
        {"mult=replic 3 hold 4;", "mult=replic 2 hold 1 wcluster 4;",
         "mult=replic 2 ias nowcluster;", "mult=replic 2 ras spr; collapse 6; bbreak;",
         "bbreak:limit 2 preproc randclip; bbreak;", "bbreak:nolimit; bbreak;",
-        "collapse auto 3; bbreak=nomulpars;", "nelsen*;", "ratchet=iterations 4; drift=iterations 4;",
-        "mult=replic 2 tbr ratchet drift;"}) {
+        "collapse auto 3; bbreak=nomulpars;", "nelsen*;",
+        "ratchet=iterations 4; drift=iterations 4;", "mult=replic 2 tbr ratchet drift;"}) {
     bool failed = true;
     for (int n = 0; failed && n < 1000000; n += 1 + n / 40) {
       drop_packed_data();
@@ -140,9 +140,13 @@ TEST_F(search_survival, time_and_room_may_run_out) {
 /// Trees of different length may be one as collapsed; of those the best must be the one that stays.
 TEST_F(search_survival, the_best_tree_found_is_in_memory_under_every_collapsing_rule) {
   std::mt19937 g(7);
-  constexpr const char* searches[] = {"bbreak;", "bbreak=spr nomulpars;", "mult=replic 2 hold 3;",
-                                      "mult=replic 2 hold 3 keepall;", "bbreak=tbr mulpars;",
-                                      "ratchet=iterations 4;", "drift=iterations 4;",
+  constexpr const char* searches[] = {"bbreak;",
+                                      "bbreak=spr nomulpars;",
+                                      "mult=replic 2 hold 3;",
+                                      "mult=replic 2 hold 3 keepall;",
+                                      "bbreak=tbr mulpars;",
+                                      "ratchet=iterations 4;",
+                                      "drift=iterations 4;",
                                       "mult=replic 2 hold 2 ratchet drift;"};
   for (int round = 0; round < 400; ++round) {
     fill_matrix(zeb_test::random_shape(g, 8, 12), g);

@@ -18,8 +18,8 @@ void bind_kernels(search_data& data);
 /// The same with kernels of a width that the processor has.
 void bind_kernels(search_data& data, int width);
 /// Picks the mode for new weights in the field records (`uniform_mode` when all are 1, else
-/// `per_char_mode`) and binds kernels of the width that they have. For perturbed weights (ratchet, resampling). Weights of
-/// wide characters are read where they stand.
+/// `per_char_mode`) and binds kernels of the width that they have. For perturbed weights (ratchet,
+/// resampling). Weights of wide characters are read where they stand.
 void weights_changed(search_data& data);
 
 }  // namespace zeb
