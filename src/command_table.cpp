@@ -147,7 +147,7 @@ constexpr command_row rows[] = {
     {"tchoose",     tchoose_command, false, topic_various | topic_trees},
     {"tcomp",       none, true,  topic_compare | topic_consensus | topic_trees},
     {"tequal",      tequal_command, true,  topic_diagnosis | topic_compare | topic_trees},
-    {"tfuse",       none, true,  topic_searching},
+    {"tfuse",       tfuse_command, true,  topic_searching, false, &tfuse_options},
     {"tgroup",      tgroup_command, false, topic_settings | topic_various | topic_trees},
     {"thanks",      thanks_command, false, topic_various},
     {"timeout",     timeout_command, false, topic_settings | topic_various},

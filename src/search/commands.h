@@ -8,6 +8,7 @@ extern const option_table bbreak_options;
 extern const option_table drift_options;
 extern const option_table mult_options;
 extern const option_table ratchet_options;
+extern const option_table tfuse_options;
 
 void bbreak_command();
 void best_command();
@@ -15,5 +16,6 @@ void drift_command();
 void mult_command();
 void ratchet_command();
 void subopt_command();
+void tfuse_command();
 
 }  // namespace zeb

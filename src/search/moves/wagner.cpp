@@ -1,15 +1,15 @@
 #include "search/moves/wagner.h"
 
 #include <algorithm>
-#include <utility>
+#include <optional>
 
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/random.h"
 #include "engine/fit/implied_weighting.h"
-#include "engine/passes/passes.h"
 #include "search/moves/constrained_start.h"
+#include "search/moves/other_outgroup.h"
 #include "search/moves/wagner_build.h"
 #include "search/moves/wagner_choice.h"
 #include "search/moves/wagner_clusters.h"
@@ -17,50 +17,6 @@
 namespace zeb {
 
 namespace {
-
-/// Another taxon plays terminal 0 for the length of a build, by exchanging their states.
-class randomised_outgroup {
- public:
-  randomised_outgroup(search_context& context, bool wanted) : data_(context.data) {
-    if (!wanted || data_.has_asymmetric) return;
-    stand_in_ = context.random.draw() % data_.n;
-    exchange();
-  }
-  ~randomised_outgroup() { exchange(); }
-  randomised_outgroup(const randomised_outgroup&) = delete;
-  randomised_outgroup& operator=(const randomised_outgroup&) = delete;
-
-  /// Gives the tree its true terminal 0 back, as the root's first descendant.
-  void restore_tree(std::span<std::int32_t> anc) const {
-    if (stand_in_ == 0) return;
-    std::swap(anc[0], anc[at(stand_in_)]);
-    // From terminal 0 to the root, ancestors become descendants; the root stays the root.
-    const int root = data_.n;
-    int below = 0;
-    int v = anc[0];
-    const int top = v;
-    while (v != root) {
-      const int above = anc[at(v)];
-      anc[at(v)] = below;
-      below = v;
-      v = above;
-    }
-    // `below` hung on the root beside the stand-in, which now hangs where the root was.
-    anc[at(stand_in_)] = below;
-    if (top != root) {
-      anc[0] = root;
-      anc[at(top)] = root;
-    }
-  }
-
- private:
-  void exchange() {
-    if (stand_in_ == 0) return;
-    exchange_terminals(data_, 0, stand_in_);
-  }
-  search_data& data_;
-  int stand_in_ = 0;
-};
 
 void add_in_sequence(wagner_build& build) {
   const int n = build.data.n;
@@ -89,7 +45,8 @@ bool build_once(search_context& context, std::span<std::int32_t> anc,
   wagner_build build(context, additions);
   const int n = context.data.n;
   random_sequence(context.random, n, build.order.first(at(n)), 0, {});
-  const randomised_outgroup outgroup(context, context.rules.random_outgroup && !constrained);
+  std::optional<other_outgroup> outgroup;
+  if (context.rules.random_outgroup && !constrained) outgroup.emplace(context.data, context.random);
   if (additions.informative > 0 && n >= 6) informative_sequence(build);
   if (additions.look > 0) choose_first_taxa(build, additions.look, additions.rule);
   build.first_tree(0, build.order[1], build.order[2]);
@@ -101,7 +58,7 @@ bool build_once(search_context& context, std::span<std::int32_t> anc,
   }
   context.shown.build_percent = -1;
   copy_tree_in_work(context.data, anc);
-  if (!interrupted()) outgroup.restore_tree(anc);
+  if (!interrupted() && outgroup) outgroup->root_back(anc);
   return !build.stuck;
 }
 

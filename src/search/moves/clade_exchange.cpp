@@ -1,0 +1,185 @@
+#include "search/moves/clade_exchange.h"
+
+#include <algorithm>
+#include <array>
+
+#include "base/errors.h"
+#include "base/indices.h"
+#include "engine/joining.h"
+#include "engine/passes/links.h"
+#include "engine/passes/passes.h"
+#include "engine/passes/undo.h"
+#include "engine/passes/waves.h"
+
+namespace zeb {
+namespace {
+
+struct alignas(64) word_block {
+  std::array<word, words_per_block> words;
+};
+
+/// Two trees of which one takes clades over.
+class clade_exchange {
+ public:
+  clade_exchange(search_context& context, std::span<std::int32_t> target,
+                 std::span<const std::int32_t> source, const exchange_rules& rules, double score);
+  int run();
+  double score() const { return score_; }
+
+ private:
+  void keep_clades_of_source();
+  void read_target();
+  std::vector<double> clade_lengths() const;
+  double score_with(std::size_t i);
+  double score_by_joining(std::size_t i);
+  double score_of_whole_tree(const shared_clade& clade);
+  bool is_gain(double score) const;
+  void take_over(const shared_clade& clade);
+  bool sums_up() const { return !data_.implied_on && !data_.has_wide; }
+  const word* kept_words(std::size_t i) const { return kept_[i * blocks_].words.data(); }
+  score_kind kind() const { return kind_of_scores(data_); }
+
+  search_context& context_;
+  search_data& data_;
+  std::span<std::int32_t> target_;
+  std::span<const std::int32_t> source_;
+  const exchange_rules& rules_;
+  double score_;    // of the target
+  double to_beat_;  // of the target, or with the best exchange so far
+  std::vector<shared_clade> clades_;
+  std::vector<double> target_lengths_;  // by node
+  std::vector<double> source_lengths_;  // by entry of `clades_`
+  const std::size_t blocks_;            // of a set of words
+  std::vector<word_block> kept_;        // preliminary sets of the source's clades
+  std::vector<std::int32_t> whole_;     // scratch: a tree
+};
+
+clade_exchange::clade_exchange(search_context& context, std::span<std::int32_t> target,
+                               std::span<const std::int32_t> source, const exchange_rules& rules,
+                               double score)
+    : context_(context),
+      data_(context.data),
+      target_(target),
+      source_(source),
+      rules_(rules),
+      score_(score),
+      to_beat_(score),
+      clades_(shared_clades(target, source, data_.n)),
+      blocks_(at(data_.nwords) / words_per_block) {
+  std::erase_if(clades_, [&](const shared_clade& c) { return c.forks < rules.minfork; });
+  if (clades_.empty() || !sums_up()) return;
+  keep_clades_of_source();
+  read_target();
+}
+
+/// Of the tree in work: steps within the clade of each node.
+std::vector<double> clade_exchange::clade_lengths() const {
+  std::vector<double> lengths(at(data_.nodes), 0);
+  std::vector<std::int32_t> order = {data_.tree.sister[0]};
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    const std::size_t v = at(order[i]);
+    if (order[i] < data_.n) continue;
+    order.push_back(data_.tree.first[v]);
+    order.push_back(data_.tree.second[v]);
+  }
+  for (auto i = order.rbegin(); i != order.rend(); ++i) {
+    if (*i < data_.n) continue;
+    const int a = data_.tree.first[at(*i)];
+    const int b = data_.tree.second[at(*i)];
+    lengths[at(*i)] = lengths[at(a)] + lengths[at(b)] +
+                      join_cost(data_, {join_end::root, a}, {join_end::root, b}, no_bound);
+  }
+  return lengths;
+}
+
+void clade_exchange::keep_clades_of_source() {
+  tree_length(data_, source_);
+  const std::vector<double> lengths = clade_lengths();
+  kept_.resize(clades_.size() * blocks_);
+  for (std::size_t i = 0; i < clades_.size(); ++i) {
+    source_lengths_.push_back(lengths[at(clades_[i].source)]);
+    const word* const down = data_.sets[at(clades_[i].source)].down;
+    for (std::size_t b = 0; b < blocks_; ++b)
+      std::copy_n(down + b * words_per_block, words_per_block,
+                  kept_[i * blocks_ + b].words.begin());
+  }
+}
+
+void clade_exchange::read_target() {
+  tree_length(data_, target_);
+  target_lengths_ = clade_lengths();
+}
+
+double clade_exchange::score_by_joining(std::size_t i) {
+  const int clade = clades_[i].target;
+  const int sister = data_.tree.sister[at(clade)];
+  begin_undo(data_);
+  const int joint = detach(data_.tree, clade);
+  repair_after_clip(data_, sister, clade);
+  const word* const there = data_.branch_base + at(sister) * data_.set_stride;
+  const auto joined = [&](const word* words) {
+    return data_.kernels.cost_pair(words, there, data_.layout, static_cast<std::int32_t>(1e9));
+  };
+  const double old_cost = joined(data_.sets[at(clade)].down) + target_lengths_[at(clade)];
+  const double new_cost = joined(kept_words(i)) + source_lengths_[i];
+  attach(data_.tree, clade, joint, sister);
+  if (!undo_sets(data_)) full_pass(data_);
+  end_undo(data_);
+  return score_ - old_cost + new_cost;
+}
+
+double clade_exchange::score_of_whole_tree(const shared_clade& clade) {
+  whole_.assign(target_.begin(), target_.end());
+  copy_clade(whole_, clade.target, source_, clade.source, data_.n);
+  return tree_length(data_, whole_);
+}
+
+double clade_exchange::score_with(std::size_t i) {
+  context_.rearrangements.add(1);
+  return sums_up() ? score_by_joining(i) : score_of_whole_tree(clades_[i]);
+}
+
+bool clade_exchange::is_gain(double score) const {
+  return rules_.equals ? is_within_bound(score, to_beat_, kind())
+                       : is_better_score(score, to_beat_, kind());
+}
+
+void clade_exchange::take_over(const shared_clade& clade) {
+  copy_clade(target_, clade.target, source_, clade.source, data_.n);
+  score_ = to_beat_;
+}
+
+int clade_exchange::run() {
+  std::vector<std::uint8_t> closed(target_.size(), 0);  // holds a clade that was taken over
+  const shared_clade* best = nullptr;
+  int taken = 0;
+  for (std::size_t i = 0; i < clades_.size(); ++i) {
+    const shared_clade& clade = clades_[i];
+    if (closed[at(clade.target)]) continue;
+    const double score = score_with(i);
+    if (!is_gain(score)) continue;
+    to_beat_ = score;
+    best = &clade;
+    if (rules_.choose) continue;
+    ++taken;
+    take_over(clade);
+    for (int v = target_[at(clade.target)]; v != data_.n; v = target_[at(v)]) closed[at(v)] = 1;
+    if (sums_up()) read_target();
+  }
+  if (!rules_.choose || !best) return taken;
+  take_over(*best);
+  return 1;
+}
+
+}  // namespace
+
+int exchange_clades(search_context& context, std::span<std::int32_t> target,
+                    std::span<const std::int32_t> source, const exchange_rules& rules,
+                    double* score) {
+  clade_exchange exchange(context, target, source, rules, *score);
+  const int taken = exchange.run();
+  *score = exchange.score();
+  return taken;
+}
+
+}  // namespace zeb
