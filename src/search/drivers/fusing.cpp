@@ -76,8 +76,10 @@ int fuser::exchange() {
   }
 }
 
-/// Clades of other rootings are what these trees have outside of clades.
+/// Clades of other rootings are what these trees have outside of clades. Constraints know
+/// terminals by their numbers.
 void fuser::exchange_by_other_roots() {
+  if (context_.constraints_in_force) return;
   for (int i = 0; i < options_.xroot && !is_over(); ++i) {
     const other_outgroup outgroup(context_.data, context_.random);
     outgroup.root_there(tree_);

@@ -101,7 +101,7 @@ void fuse_pool(std::vector<int> pool) {
   if (interrupted()) emit("Search was interrupted...\n");
   emit(text_of("%i rounds of fusing completed.\n", result.rounds));
   emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
-  if (context.slots.forbids) emit("Constraints enforced during search.\n");
+  if (context.constraints_in_force) emit("Constraints enforced during search.\n");
   tell_equal_as_collapsed(equal);
   const std::string score = score_text(context.data, best);
   emit(text_of("%i trees retained, best score %s.\n", context.trees.ntrees, score.c_str()));

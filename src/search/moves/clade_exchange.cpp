@@ -35,7 +35,9 @@ class clade_exchange {
   double score_of_whole_tree(const shared_clade& clade);
   bool is_gain(double score) const;
   void take_over(const shared_clade& clade);
-  bool sums_up() const { return !data_.implied_on && !data_.has_wide; }
+  bool sums_up() const {
+    return !data_.implied_on && !data_.has_wide && !context_.constraints_in_force;
+  }
   const word* kept_words(std::size_t i) const { return kept_[i * blocks_].words.data(); }
   score_kind kind() const { return kind_of_scores(data_); }
 
@@ -106,7 +108,8 @@ void clade_exchange::keep_clades_of_source() {
 }
 
 void clade_exchange::read_target() {
-  tree_length(data_, target_);
+  const double length = tree_length(data_, target_);
+  ALWAYS_CHECK(is_same_score(length, score_, kind()), "score of an exchange of clades");
   target_lengths_ = clade_lengths();
 }
 
@@ -131,7 +134,9 @@ double clade_exchange::score_by_joining(std::size_t i) {
 double clade_exchange::score_of_whole_tree(const shared_clade& clade) {
   whole_.assign(target_.begin(), target_.end());
   copy_clade(whole_, clade.target, source_, clade.source, data_.n);
-  return tree_length(data_, whole_);
+  const double score = tree_length(data_, whole_);
+  const auto& constraints = context_.constraints_in_force;
+  return constraints && !constraints->obeyed(data_) ? unknown_score : score;
 }
 
 double clade_exchange::score_with(std::size_t i) {
