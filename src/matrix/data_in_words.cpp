@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "base/message_text.h"
+#include "matrix/costs/cost_text.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -72,6 +74,7 @@ std::vector<std::string> data_in_words() {
   if (!matrix.title.empty()) lines.push_back("title " + matrix.title);
   lines.push_back(taxa_in_words());
   lines.push_back(characters_in_words());
+  for (std::string& line : costs_in_words()) lines.push_back(std::move(line));
   return lines;
 }
 

@@ -78,7 +78,7 @@ void register_matrix() {
   hooks_of_language.drop_data = wipe_matrix;
   add_command_over_hook(drop_unfinished_matrix);
   add_methods(methods_part::data, data_in_words);
-  add_methods(methods_part::choices, costs_in_words);
+  add_methods(methods_part::choices, cost_settings);
 }
 
 }  // namespace zeb

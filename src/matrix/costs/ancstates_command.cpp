@@ -11,6 +11,7 @@
 #include "language/lists.h"
 #include "matrix/commands.h"
 #include "matrix/costs/cost_items.h"
+#include "matrix/costs/step_matrices.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -60,11 +61,7 @@ void ancstates_command() {
   const std::uint32_t states = given ? read_states() : 0;
   if (given && states == 0) error_end("Must specify ancestral state(s)");
   check_end();
-  for (int c = 0; c < matrix.nchar; ++c) {
-    if (!chosen[at(c)]) continue;
-    if (matrix.characters[at(c)].type & (continuous_data | landmark_data))
-      error_end("Character", c, "has no states");
-  }
+  require_states(chosen);
   for (int c = 0; c < matrix.nchar; ++c)
     if (chosen[at(c)]) set_root_states(c, clear ? 0 : given ? states : states_of_outgroup(c));
 }

@@ -94,6 +94,7 @@ void set_max_states() {
   std::vector<std::uint8_t> chosen(at(matrix.nchar), 0);
   const bool listed = read_list(list_plain, 0, matrix.nchar, "character", chosen);
   check_end();
+  require_states(chosen);
   std::vector<int> changed;
   for (int c = 0; c < matrix.nchar; ++c) {
     if (listed ? !chosen[at(c)] : !is_discrete(matrix.characters[at(c)])) continue;
@@ -117,6 +118,7 @@ void set_minima() {
     if (!read_list(list_plain, 0, matrix.nchar, "character", chosen))
       error_end("Must specify character(s) (or end with semicolon)");
     if (!accept_char('=')) error_end("Character list must be followed by \"=\"");
+    require_states(chosen);
     int steps = -1;
     if (!accept_char('-') && (!read_optional_int(&steps) || steps < 0))
       error_end("Must specify value of user minimum after \"=\"");

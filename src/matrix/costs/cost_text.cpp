@@ -162,7 +162,6 @@ std::vector<std::string> costs_in_words() {
     if (line.back() == ';') line.pop_back();
     lines.push_back(line);
   }
-  for (std::string& command : cost_settings()) lines.push_back(std::move(command));
   return lines;
 }
 

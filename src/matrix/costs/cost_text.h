@@ -17,7 +17,7 @@ std::string costs_as_commands(const std::vector<int>& numbers);
 std::string step_matrices_as_commands();
 /// Commands, without ";", of the settings for all costs that aren't the default ones.
 std::vector<std::string> cost_settings();
-/// All costs of the data and these settings, in the lines of the section on methods.
+/// All costs of the data, in lines for the section on methods.
 std::vector<std::string> costs_in_words();
 /// "0 2.5" in lines.
 std::string numbers_text(const std::vector<int>& numbers);

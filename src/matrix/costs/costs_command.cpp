@@ -74,6 +74,7 @@ void define_costs() {
     error_end("Error: found symbol", static_cast<char>(skip_blanks_peek()),
               "when reading transformation costs");
   if (!accept_char('=')) error_end("Scope must be followed by costs");
+  require_states(chosen);
   const std::vector<cost_item> items = read_cost_items();
   std::vector<std::pair<int, shared_costs>> made;
   for (int c = 0; c < matrix.nchar; ++c) {

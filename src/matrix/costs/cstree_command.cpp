@@ -65,6 +65,7 @@ void define_state_trees() {
     error_end("Sankoff costs have been disabled (use \"cost >;\" to enable)");
   std::vector<std::uint8_t> chosen(at(matrix.nchar), 0);
   read_list(list_plain, 0, matrix.nchar, "character", chosen);
+  require_states(chosen);
   const int sign = skip_blanks_peek();
   if (sign != '=' && sign != '<')
     error_end("Expected symbols '=' or '<' to finish list of characters");

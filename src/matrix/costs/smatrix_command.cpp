@@ -123,6 +123,7 @@ void apply_step_matrix() {
   if (!read_list(list_plain, 0, matrix.nchar, "character", chosen))
     error_end("Must specify character(s) to apply step-matrix");
   check_end();
+  require_states(chosen);
   for (int c = 0; c < matrix.nchar; ++c)
     if (chosen[at(c)]) check_costs_fit(c, *matrix.step_matrices[at(number)].costs);
   for (int c = 0; c < matrix.nchar; ++c)

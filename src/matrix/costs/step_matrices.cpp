@@ -42,10 +42,14 @@ shared_costs costs_set_for(int character) {
   return at(character) < matrix.costs.size() ? matrix.costs[at(character)] : nullptr;
 }
 
+void require_states(std::span<const std::uint8_t> flags) {
+  for (int c = 0; c < matrix.nchar; ++c)
+    if (flags[at(c)] && (matrix.characters[at(c)].type & (continuous_data | landmark_data)))
+      error_end("Can't apply costs!", "Character", c, "has no states");
+}
+
 void set_costs(int character, shared_costs costs) {
   character_record& record = matrix.characters[at(character)];
-  if (record.type & (continuous_data | landmark_data))
-    error_end("Can't apply costs!", "Character", character, "has no states");
   drop_packed_data();
   matrix.costs.resize(at(matrix.nchar));
   matrix.costs[at(character)] = std::move(costs);

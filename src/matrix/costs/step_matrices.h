@@ -23,7 +23,9 @@ int states_of_table(const cost_table& costs);
 
 /// The costs of a character; null where none were set.
 shared_costs costs_set_for(int character);
-/// From now on the character's changes cost this. Error: it is continuous or of landmarks.
+/// Error: a flagged character (a byte each) is continuous or of landmarks.
+void require_states(std::span<const std::uint8_t> flags);
+/// From now on the character's changes cost this. It must have states.
 void set_costs(int character, shared_costs costs);
 /// Makes them those of `ckeep`, and back.
 void keep_costs();
