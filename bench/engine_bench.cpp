@@ -76,7 +76,9 @@ void fit_pair_1400(benchmark::State& state) {
     o.b[w] = 0xffffffffU;
   }
   std::vector<double> step_cost(512 * 16, 0.25);
+  std::uint64_t joinings = 0;
   o.layout.fits.step_cost = step_cost.data();
+  o.layout.fits.joining = &joinings;
   for (auto _ : state) {
     benchmark::DoNotOptimize(o.a);
     benchmark::DoNotOptimize(k.fit.cost_pair(o.a, o.b, o.layout, 1e9));

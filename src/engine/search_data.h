@@ -32,16 +32,17 @@ struct pack_entry {
   std::int32_t repeat;       // repetitions of those fields
   std::int32_t weight;       // weight of the word or field
   std::int32_t first_field;  // position of its first field in its group
-  std::int32_t min_steps;    // least and most steps that any tree of these taxa can have
-  std::int32_t max_steps;
+  std::int32_t factor;       // implied weights: homoplasy of a step
+  std::int32_t set;          // implied weights: its weighting set; -1 none
+  std::int32_t min_steps;  // least that any tree of these taxa can have, less what cells have told
+  std::int32_t max_steps;  // most that any can have
   std::int32_t internal_steps;  // add to the homoplasy under implied weights
 };
 
 /// One per field of every group, padding included, in the order of the fields in the words.
 struct field_record {
   std::int32_t weight;
-  std::int32_t min_steps;       // after the constant part was removed
-  std::int32_t homoplasy_base;  // internal steps, which add to the homoplasy
+  std::int32_t min_steps;  // after the constant part was removed
   std::int32_t max_steps;
   std::int32_t character;  // matrix character; -1 padding
 };
@@ -81,16 +82,14 @@ struct search_data {
   wide_data wide;               // characters that the words don't hold
 
   // -- implied weights; empty without them --
-  double concavity = 3.0;
-  std::int32_t fit_offset = 0;         // largest `min_steps`: a counter's `steps` can't go below 0
-  std::int32_t fit_size = 0;           // entries of the tables: one more than the largest `steps`
-  std::span<double> fit;               // by `steps`: fit of that much homoplasy, 0 up to the offset
-  std::span<double> fit_step;          // fit[i + 1] - fit[i]
   double base_fit = 0;                 // weighted fit of characters that are the same on all trees
   std::span<fit_counter> counters;     // by entry
   std::span<std::int32_t> counter_of;  // by field, as `field_weight`
   std::span<double> step_cost;         // likewise
-  std::span<word> coarse_planes;
+  std::span<word> coarse_costs;
+  std::span<set_counter> fit_sets;      // characters that are weighted together
+  std::span<double> base_set_sums;      // by set: of characters that are the same on all trees
+  std::span<std::int32_t> set_members;  // counters of the sets, set by set
 
   // -- the tree in work and its sets --
   tree_arrays tree;           // four arrays of `nodes` entries

@@ -1,5 +1,5 @@
-// Implied weights in the packed engine: fits of trees and costs of joining against the oracle's
-// steps by character, bounds, and the same bits in every width.
+// Implied weights in the packed engine, of all kinds: fits of trees and costs of joining against
+// the oracle's steps by character, bounds, and the same bits in every width.
 #include "engine/fit/implied_weighting.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix_layout.h"
@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
+#include <string>
 
 #include "base/arena.h"
 #include "base/errors.h"
@@ -27,6 +28,7 @@
 #include "property/clipped_trees.h"
 #include "property/plain_wide_kind.h"
 #include "property/random_matrix.h"
+#include "property/random_weighting.h"
 #include "support/program.h"
 
 namespace zeb {
@@ -51,22 +53,27 @@ class implied_weighting : public ::testing::Test {
   }
 };
 
-/// Sum over the characters of weight * h / (k + h), from the oracle's steps.
-double oracle_fit(const zeb_test::oracle_matrix& oracle, const search_data& data,
+/// The oracle's data, and what its implied weights are.
+struct weighted_data {
+  zeb_test::oracle_matrix cells;
+  naive::implied_weights how;
+};
+
+/// The fit by the oracle's steps.
+double oracle_fit(const weighted_data& oracle, const search_data& data,
                   std::span<const std::int32_t> anc) {
   naive::rooted_tree tree{data.n, {anc.begin(), anc.end()}};
   tree.parent[at(data.n)] = -1;
-  double sum = 0;
+  std::vector<double> homoplasy;
   std::vector<std::uint32_t> column(at(data.n));
-  for (std::size_t c = 0; c < oracle.cells.size(); ++c) {
-    for (int t = 0; t < data.n; ++t) column[at(t)] = oracle.cells[c][at(data.pack_to_taxon[at(t)])];
-    const auto character = static_cast<int>(c);
-    const long steps = naive::least_steps(tree, column, oracle.additive[c]);
-    const double h =
-        static_cast<double>(steps - minimum_steps(character) + matrix.characters[c].internal_steps);
-    sum += oracle.weight[c] * h / (weighting.concavity + h);
+  for (std::size_t c = 0; c < oracle.cells.cells.size(); ++c) {
+    for (int t = 0; t < data.n; ++t)
+      column[at(t)] = oracle.cells.cells[c][at(data.pack_to_taxon[at(t)])];
+    const long steps = naive::least_steps(tree, column, oracle.cells.additive[c]);
+    homoplasy.push_back(static_cast<double>(steps - minimum_steps(static_cast<int>(c)) +
+                                            matrix.characters[c].internal_steps));
   }
-  return sum;
+  return naive::score(oracle.how, homoplasy);
 }
 
 /// All widths give the same bits, whatever the bound, and stop where they should.
@@ -97,6 +104,13 @@ void check_scan(const search_data& data, const word* clip, const std::vector<std
       if (wanted_cost < bound) break;
     }
     double cost = -1;
+    const int passed =
+        data.kernels.fit.scan_bounds(clip, data.branch_base, data.set_stride, items.data(), from,
+                                     count, data.layout, bound, &cost);
+    ASSERT_LE(passed, wanted);
+    if (passed == wanted && wanted < count) {
+      ASSERT_LE(cost, wanted_cost * (1 + 1e-9));
+    }
     const int found =
         data.kernels.fit.scan_pairs(clip, data.branch_base, data.set_stride, items.data(), from,
                                     count, data.layout, bound, &cost);
@@ -110,7 +124,7 @@ void check_scan(const search_data& data, const word* clip, const std::vector<std
 
 /// A clip put elsewhere, with another root: its cost there, and the exact score, are those of the
 /// tree that comes out; the counters follow.
-void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::mt19937& g) {
+void check_move(search_data& data, const weighted_data& oracle, std::mt19937& g) {
   constexpr double rounding = 1e-9;
   const int clip = zeb_test::draw_clip(data, g);
   const int sister = data.tree.sister[at(clip)];
@@ -146,13 +160,13 @@ void check_move(search_data& data, const zeb_test::oracle_matrix& oracle, std::m
   add_attachment_steps(data, from, to);
   ASSERT_EQ(total_fit(data), exact);
   const std::vector<double> step_cost(data.step_cost.begin(), data.step_cost.end());
-  const std::vector<word> coarse(data.coarse_planes.begin(), data.coarse_planes.end());
+  const std::vector<word> coarse(data.coarse_costs.begin(), data.coarse_costs.end());
   if (root_at != clip) reroot_subtree(data, root_at, clip);
   attach(data.tree, clip, joint, target);
   repair_after_insert(data, clip);
   ASSERT_EQ(full_pass(data), exact);
   ASSERT_TRUE(std::equal(step_cost.begin(), step_cost.end(), data.step_cost.begin()));
-  ASSERT_TRUE(std::equal(coarse.begin(), coarse.end(), data.coarse_planes.begin()));
+  ASSERT_TRUE(std::equal(coarse.begin(), coarse.end(), data.coarse_costs.begin()));
   ASSERT_NEAR(exact, oracle_fit(oracle, data, data.tree.anc), rounding);
 }
 
@@ -171,9 +185,11 @@ void check_two_passes(search_data& data, std::mt19937& g) {
   full_pass(data);
 }
 
-zeb_test::oracle_matrix random_data(std::mt19937& g, int most_taxa, int most_characters) {
+weighted_data random_data(std::mt19937& g, int most_taxa, int most_characters, bool plain) {
   const zeb_test::data_shape shape = zeb_test::random_shape(g, most_taxa, most_characters);
-  zeb_test::oracle_matrix oracle = zeb_test::fill_matrix(shape, g);
+  weighting = {};
+  weighting.on = weighting.data_allow = true;
+  weighted_data oracle{zeb_test::fill_matrix(shape, g), {}};
   for (character_record& record : matrix.characters)
     record.internal_steps = chance(g, 0.2) ? draw(g, 1, 5) : 0;
   if (chance(g, 0.2)) matrix.outgroup = draw(g, 0, shape.ntax - 1);
@@ -182,13 +198,21 @@ zeb_test::oracle_matrix random_data(std::mt19937& g, int most_taxa, int most_cha
       if (t != matrix.outgroup && active_taxa() > 4 && chance(g, 0.3))
         matrix.taxon_active[at(t)] = 0;
   engine.long_words = chance(g, 0.5);
-  weighting.on = true;
-  weighting.concavity = std::uniform_real_distribution<double>(0.3, 20)(g);
+  const zeb_test::random_weights weights = zeb_test::draw_weights(oracle.cells, true, g);
+  oracle.how = weights.how;
+  std::string commands = weights.commands;
+  if (plain) {
+    oracle.how.user_costs.clear();
+    oracle.how.extended = false;
+    commands = "piwe=" + std::to_string(oracle.how.k) + ";";
+  }
+  const std::string said = zeb_test::run_program(commands);
+  EXPECT_EQ(said.find("rror"), std::string::npos) << commands << said;
   return oracle;
 }
 
 void check_data(std::mt19937& g, int most_taxa, int most_characters, int trees) {
-  const zeb_test::oracle_matrix oracle = random_data(g, most_taxa, most_characters);
+  const weighted_data oracle = random_data(g, most_taxa, most_characters, false);
   std::optional<zeb_test::plain_wide_kind> wide;
   if (chance(g, 0.3)) wide.emplace(0.25 * draw(g, 1, 4), g);
   search_data& data = packed_matrix(true);
@@ -229,7 +253,7 @@ TEST_F(implied_weighting, fits_and_costs_agree_with_the_oracle) {
 TEST_F(implied_weighting, follows_changed_weights_and_concavities) {
   std::mt19937 g(3);
   for (int round = 0; round < 50; ++round) {
-    zeb_test::oracle_matrix oracle = random_data(g, 12, 12);
+    weighted_data oracle = random_data(g, 12, 12, true);
     search_data& data = packed_matrix(true);
     const naive::rooted_tree tree = naive::random_tree(data.n, g);
     std::vector<std::int32_t> anc(tree.parent.begin(), tree.parent.end());
@@ -243,9 +267,10 @@ TEST_F(implied_weighting, follows_changed_weights_and_concavities) {
     double fieldless = 0;
     for (std::size_t i = 0; i < data.entries.size(); ++i)
       if (data.entries[i].fields == 0)
-        fieldless += data.counters[i].weight * data.fit[at(data.counters[i].steps)];
+        fieldless += data.counters[i].weight * data.counters[i].fit[data.counters[i].steps];
     ASSERT_NEAR(tree_length(data, anc), 2 * before - constant - fieldless, 1e-9);
     weighting.concavity *= 2;
+    oracle.how.k *= 2;
     packed_matrix(true);
     ASSERT_NEAR(tree_length(data, anc), oracle_fit(oracle, data, anc), 1e-9);
   }

@@ -66,9 +66,10 @@ inline void add_own_concavities(random_weights& w, std::mt19937& g) {
   }
 }
 
-/// For the matrix as it is, which `data` tells the oracle.
-inline random_weights draw_weights(const mixed_matrix& data, bool user_costs_allowed,
-                                   std::mt19937& g) {
+/// For the matrix as it is, which `data` tells the oracle: cells by character, then taxon, 0 for
+/// missing; and weights.
+template <class data_matrix>
+random_weights draw_weights(const data_matrix& data, bool user_costs_allowed, std::mt19937& g) {
   random_weights w;
   w.how.k = draw(g, 1, 60) / 4.0;
   w.commands = "piwe=" + std::to_string(w.how.k) + ";";
@@ -76,9 +77,11 @@ inline random_weights draw_weights(const mixed_matrix& data, bool user_costs_all
     naive::implied_weights::character own;
     own.weight = data.weight[c];
     own.active = zeb::matrix.characters[c].active && own.weight > 0;
-    own.entries = static_cast<double>(data.cells[c].size());
-    own.observed = own.entries -
-                   static_cast<double>(std::count(data.cells[c].begin(), data.cells[c].end(), 0U));
+    own.entries = own.observed = 0;
+    for (std::size_t t = 0; t < data.cells[c].size(); ++t) {
+      own.entries += zeb::matrix.taxon_active[t];
+      own.observed += zeb::matrix.taxon_active[t] && data.cells[c][t] != 0;
+    }
     w.how.characters.push_back(own);
   }
   if (user_costs_allowed && chance(g, 0.4)) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <string>
 
 #include "base/scores.h"
 #include "engine/fit/fit_rules.h"
@@ -13,6 +15,7 @@
 #include "search/search_results.h"
 #include "support/all_trees.h"
 #include "support/program.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
@@ -89,22 +92,40 @@ TEST_F(weighting_rules, reports_agree_with_the_oracle) {
   }
 }
 
-TEST_F(weighting_rules, searches_end_with_the_best_score_of_the_oracle) {
-  for (unsigned seed = 1; seed <= 80; ++seed) {
+TEST_F(weighting_rules, searches_find_all_trees_of_the_best_score) {
+  constexpr const char* searches[] = {
+      "collapse none; mult=replic 12 hold 1000 tbr; bbreak;",
+      "collapse none; mult=replic 12 hold 1000 tbr wcluster 4; mult:nowcluster; bbreak;",
+      "collapse none; mult=replic 12 hold 1000 sas 3 spr; mult:ras; bbreak;",
+      "collapse none; mult=replic 12 hold 1000 tbr; subopt 0.2; bbreak; subopt 0; best;",
+      "collapse 3; mult=replic 30 hold 60 tbr;",
+  };
+  for (unsigned seed = 1; seed <= 200; ++seed) {
     std::mt19937 g(seed);
     const int ntax = draw(g, 5, 6);
     const weighted_data data = draw_data(g, ntax);
-    SCOPED_TRACE(::testing::Message() << "seed " << seed << ": " << data.weights.commands);
-    if (!current_fit_rules().is_plain()) continue;  // searches don't go by these yet
-    const std::string said = zeb_test::run_program(
-        "keep 0; hold 500; rseed 5; collapse none; mult=replic 8 hold 40 tbr; bbreak;");
+    for (character_record& record : matrix.characters)
+      if (record.is_sankoff && chance(g, 0.3)) record.user_min_steps = draw(g, 0, 4);
+    const char* const commands = searches[seed % std::size(searches)];
+    SCOPED_TRACE(::testing::Message()
+                 << "seed " << seed << ": " << data.weights.commands << commands);
+    const std::string said =
+        zeb_test::run_program("keep 0; hold 2000; rseed 5; " + std::string(commands));
     ASSERT_EQ(said.find("rror"), std::string::npos) << said;
+    ASSERT_EQ(said.find("OOpps"), std::string::npos) << said;
     double best = no_bound;
+    int number = 0;
     naive::for_each_tree(ntax, [&](const naive::rooted_tree& tree) {
-      best =
-          std::min(best, naive::score(data.weights.how, zeb_test::homoplasy_on(data.oracle, tree)));
+      const double score =
+          naive::score(data.weights.how, zeb_test::homoplasy_on(data.oracle, tree));
+      if (score > best + 1e-9) return;
+      number = score < best - 1e-9 ? 1 : number + 1;
+      best = std::min(best, score);
     });
-    ASSERT_NEAR(last_search.best, best, 1e-8);
+    ASSERT_NEAR(last_search.best, best, 1e-9 * (1 + best));
+    if (seed % std::size(searches) < std::size(searches) - 1) {
+      ASSERT_EQ(store.ntrees, number);
+    }
   }
 }
 

@@ -141,13 +141,6 @@ double fit_rules::set_fit(int set, double sum) const {
   return s.characters * fit(s.function, sum / s.characters);
 }
 
-bool fit_rules::is_plain() const {
-  const fit_function general = {fit_function::form::hyperbola, concavity};
-  return user.empty() && sets.empty() &&
-         std::all_of(functions.begin(), functions.end(),
-                     [&](const fit_function& f) { return f == general; });
-}
-
 fit_rules current_fit_rules() {
   fit_rules rules = general_rules();
   rules.functions.assign(at(matrix.nchar), function_with(weighting.concavity));

@@ -55,8 +55,6 @@ struct fit_rules {
   int set_of_character(int character) const {
     return set_of.empty() ? -1 : set_of[static_cast<std::size_t>(character)];
   }
-  /// One function for all characters, with the general concavity, and no sets.
-  bool is_plain() const;
 };
 
 /// For the settings in force and the active taxa and characters of the matrix.

@@ -1,9 +1,16 @@
 #include "engine/fit/implied_weighting.h"
+#include <cstdlib>
 
 #include <algorithm>
+#include <compare>
+#include <limits>
+#include <map>
+#include <numeric>
+#include <vector>
 
 #include "base/arena.h"
 #include "base/indices.h"
+#include "engine/fit/fit_curves.h"
 #include "engine/fit/step_costs.h"
 #include "engine/joining.h"
 #include "engine/wide/wide_costs.h"
@@ -32,100 +39,196 @@ flag_places flags_of_group(int group) {
   return {group == 0 ? 0 : width - 1, width};
 }
 
-/// Homoplasy before any step is counted, with the offset. A character without fields never gets
-/// more than its internal steps.
-std::int32_t uncounted_steps(const search_data& data, const pack_entry& e) {
-  if (e.fields == 0) return data.fit_offset + e.internal_steps;
-  const field_record& record = first_record(data, e);
-  return record.homoplasy_base + data.fit_offset - record.min_steps;
+// ---- tables ----
+
+/// What the fit of a character depends on besides its steps. Characters alike in this have one
+/// table.
+struct table_key {
+  bool in_set;
+  fit_function::form kind;
+  double parameter;
+  std::int32_t factor;
+  std::int32_t min_steps;
+  std::int32_t internal_steps;
+  auto operator<=>(const table_key&) const = default;
+};
+
+table_key key_of(const fit_rules& rules, const pack_entry& e) {
+  if (e.set >= 0) return {true, {}, 0, e.factor, e.min_steps, e.internal_steps};
+  const fit_function& f = rules.functions[at(e.character)];
+  return {false, f.kind, f.parameter, e.factor, e.min_steps, e.internal_steps};
 }
 
-/// Offset and size of the tables. No character has more steps on a tree than one for each taxon in
-/// each of its fields.
-void measure_tables(search_data& data) {
-  data.fit_offset = 0;
-  for (const pack_entry& e : data.entries)
-    if (e.fields > 0) data.fit_offset = std::max(data.fit_offset, first_record(data, e).min_steps);
-  int most = 0;
-  for (const pack_entry& e : data.entries)
-    most = std::max(most, uncounted_steps(data, e) + e.fields * data.n);
-  data.fit_size = most + 2;
+/// No character has more steps on a tree than one for each internal node in each of its fields; and
+/// joinings are costed that would add one for each field.
+std::size_t entries_needed(const search_data& data, const pack_entry& e) {
+  return checked_product(at(std::max(1, e.fields)), at(data.n)) + 2;
+}
+
+void fill_table(std::span<double> table, const table_key& key, const fit_rules& rules) {
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const double steps = static_cast<double>(key.factor) * static_cast<double>(i);
+    const double homoplasy = std::max(0.0, steps - key.min_steps) + key.internal_steps;
+    table[i] =
+        key.in_set ? parts_of_a_step * homoplasy : rules.fit({key.kind, key.parameter}, homoplasy);
+  }
+}
+
+std::map<table_key, std::span<double>> make_tables(const search_data& data,
+                                                   const fit_rules& rules) {
+  std::map<table_key, std::size_t> sizes;
+  for (const pack_entry& e : data.entries) {
+    std::size_t& size = sizes[key_of(rules, e)];
+    size = std::max(size, entries_needed(data, e));
+  }
+  std::map<table_key, std::span<double>> tables;
+  for (const auto& [key, size] : sizes) {
+    const std::span<double> table = alloc_low<double>(size);
+    fill_table(table, key, rules);
+    tables[key] = table;
+  }
+  return tables;
+}
+
+/// From so many steps on, no step costs more than the one before.
+std::int32_t concave_from(const table_key& key) {
+  if (!key.in_set && key.kind == fit_function::form::table)
+    return std::numeric_limits<std::int32_t>::max();
+  return (std::max(0, key.min_steps) + key.factor - 1) / key.factor;
+}
+
+/// What a step would cost, from below.
+double least_cost_of(const fit_layout& fits, const fit_counter& c) {
+  const double slope = c.set < 0 ? 1 : least_slope(fits.sets[c.set]);
+  return c.weight * least_step(c) * slope;
+}
+
+/// Each set gets its curve and the counters that are in it.
+void make_sets(search_data& data, const fit_rules& rules) {
+  data.fit_sets = calloc_low<set_counter>(rules.sets.size());
+  data.set_members = alloc_low<std::int32_t>(data.counters.size());
+  std::iota(data.set_members.begin(), data.set_members.end(), 0);
+  const auto set_of = [&](std::int32_t counter) { return data.counters[at(counter)].set; };
+  std::stable_sort(data.set_members.begin(), data.set_members.end(),
+                   [&](std::int32_t a, std::int32_t b) { return set_of(a) < set_of(b); });
+  for (std::size_t s = 0; s < data.fit_sets.size(); ++s)
+    data.fit_sets[s].curve = curve_of_set(rules, static_cast<int>(s));
+  for (const std::int32_t& counter : data.set_members) {
+    if (set_of(counter) < 0) continue;
+    set_counter& set = data.fit_sets[at(set_of(counter))];
+    if (set.count++ == 0) set.first = &counter;
+  }
 }
 
 }  // namespace
 
-void prepare_fit_tables(search_data& data) {
-  measure_tables(data);
-  data.fit = alloc_low<double>(at(data.fit_size));
-  data.fit_step = alloc_low<double>(at(data.fit_size));
-  for (int i = 0; i < data.fit_size; ++i) {
-    const double h = std::max(0, i - data.fit_offset);
-    data.fit[at(i)] = h / (data.concavity + h);
-    if (i > 0) data.fit_step[at(i - 1)] = data.fit[at(i)] - data.fit[at(i - 1)];
-  }
-  data.fit_step[at(data.fit_size - 1)] = 0;  // beyond all trees
-  data.counters = alloc_low<fit_counter>(data.entries.size());
+void prepare_fit_tables(search_data& data, const fit_rules& rules) {
+  const std::map<table_key, std::span<double>> tables = make_tables(data, rules);
+  data.counters = calloc_low<fit_counter>(data.entries.size());
   data.counter_of = alloc_low<std::int32_t>(data.field_weight.size());
   data.step_cost = calloc_low<double>(data.field_weight.size());
   constexpr std::size_t cache_line = 64;
-  data.coarse_planes = alloc_low<word>(coarse_digits * at(data.layout.end3), cache_line);
+  data.coarse_costs = alloc_low<word>(coarse_slices * at(data.layout.end3), cache_line);
   std::fill(data.counter_of.begin(), data.counter_of.end(), -1);
-  std::int32_t shared_end = 0;
+  data.layout.fits = {};
   for (std::size_t i = 0; i < data.entries.size(); ++i) {
     const pack_entry& e = data.entries[i];
-    const int first = first_field_number(data, e.group) + e.first_field;
+    const table_key key = key_of(rules, e);
     const flag_places flags = flags_of_group(e.group);
     fit_counter& c = data.counters[i];
-    c = {};
-    c.first_field = first;
+    c.fit = tables.at(key).data();
+    c.set = e.set;
+    c.concave_from = concave_from(key);
+    c.first_field = first_field_number(data, e.group) + e.first_field;
     c.fields = e.fields;
     c.first_flag = 32 * data.group_start[at(e.group)] + flags.first + e.first_field * flags.width;
     c.flag_width = flags.width;
-    std::fill_n(data.counter_of.begin() + first, e.fields, static_cast<std::int32_t>(i));
-    if (e.fields > 1) shared_end = std::max(shared_end, (e.first_field + e.fields - 1) / 16 + 1);
+    std::fill_n(data.counter_of.begin() + c.first_field, e.fields, static_cast<std::int32_t>(i));
+    if (e.fields == 0 || (e.fields == 1 && c.set < 0)) continue;
+    std::int32_t& shared_end = data.layout.fits.shared_end[at(e.group)];
+    const int last_word = (e.first_field + e.fields - 1) / fields_per_word[at(e.group)];
+    shared_end = std::max(shared_end, data.group_start[at(e.group)] + last_word + 1);
   }
-  data.layout.fits = {data.counters.data(),
-                      data.counter_of.data(),
-                      data.step_cost.data(),
-                      data.fit_step.data(),
-                      shared_end,
-                      data.coarse_planes.data(),
-                      1};
+  make_sets(data, rules);
+  data.layout.fits.counters = data.counters.data();
+  data.layout.fits.counter_of = data.counter_of.data();
+  data.layout.fits.step_cost = data.step_cost.data();
+  data.layout.fits.sets = data.fit_sets.data();
+  data.layout.fits.joining = calloc_low<std::uint64_t>(1).data();
+  data.layout.fits.coarse_costs = data.coarse_costs.data();
 }
 
 void weigh_counters(search_data& data) {
-  double dearest = 0;
+  for (set_counter& set : data.fit_sets) set.most_gain = 0;
   for (std::size_t i = 0; i < data.entries.size(); ++i) {
     const pack_entry& e = data.entries[i];
-    data.counters[i].weight = e.fields > 0 ? first_record(data, e).weight : e.weight;
-    dearest = std::max(dearest, data.counters[i].weight);
+    fit_counter& c = data.counters[i];
+    c.weight = e.fields > 0 ? first_record(data, e).weight : e.weight;
+    if (c.set >= 0)
+      data.fit_sets[at(c.set)].most_gain += parts_of_a_step * c.weight * e.fields * e.factor;
   }
-  // No step costs more than the dearest character's dearest: as many units as the digits hold.
-  dearest *= *std::max_element(data.fit_step.begin(), data.fit_step.end());
-  constexpr double most_units = (1 << coarse_digits) - 0.5;
-  data.layout.fits.coarse_scale = dearest > 0 ? most_units / dearest : 1;
   reset_counters(data);
-  refresh_step_costs(data);
+  choose_cost_units(data);
 }
 
 void reset_counters(search_data& data) {
-  for (std::size_t i = 0; i < data.entries.size(); ++i)
-    data.counters[i].steps = uncounted_steps(data, data.entries[i]);
+  for (fit_counter& c : data.counters) c.steps = 0;
   if (data.has_wide) reset_wide_steps(data);
 }
 
+namespace {
+
+/// Sums up the sets by their characters.
+void sum_sets(search_data& data) {
+  for (std::size_t s = 0; s < data.fit_sets.size(); ++s)
+    data.fit_sets[s].sum = data.base_set_sums[s];
+  for (const fit_counter& c : data.counters)
+    if (c.set >= 0) data.fit_sets[at(c.set)].sum += c.weight * c.fit[c.steps];
+  if (data.has_wide) add_wide_to_sets(data);
+  for (set_counter& set : data.fit_sets) set.here = fit_at(set.curve, set.sum);
+}
+
+}  // namespace
+
 void refresh_step_costs(search_data& data) {
-  std::fill(data.coarse_planes.begin(), data.coarse_planes.end(), word{0});
+  std::fill(data.coarse_costs.begin(), data.coarse_costs.end(), word{0});
+  sum_sets(data);
+  if (data.has_wide) refresh_wide_fits(data);
   for (fit_counter& c : data.counters) {
     c.coarse = 0;
-    refresh_step_cost(data.layout, c);
+    if (c.set < 0) refresh_step_cost(data.layout, c);
   }
+  for (set_counter& set : data.fit_sets) refresh_set(data.layout, set);
+}
+
+void choose_cost_units(search_data& data) {
+  sum_sets(data);
+  // A step of the mean cost gets so many units: with fewer, rounding loses more, with more, more
+  // steps cost above the most that is kept.
+  constexpr double units_of_mean = 14;
+  std::vector<double> gains(at(data.layout.end3 / words_per_block) + 1, 0);
+  double costs = 0;
+  double steps = 0;
+  for (const fit_counter& c : data.counters) {
+    // A character that changed often will do so again.
+    const double own_steps = 1 + c.steps;
+    const double gain = own_steps * least_cost_of(data.layout.fits, c);
+    if (c.fields > 0) gains[at(c.first_flag / 32 / words_per_block)] += gain;
+    costs += gain;
+    steps += own_steps;
+  }
+  data.layout.fits.coarse_scale = costs > 0 ? units_of_mean * steps / costs : 1;
+  const auto best = std::max_element(gains.begin(), gains.end()) - gains.begin();
+  data.layout.head = words_per_block * static_cast<std::int32_t>(best);
+  refresh_step_costs(data);
 }
 
 double total_fit(const search_data& data) {
   double sum = data.base_fit;
-  for (const fit_counter& c : data.counters) sum += c.weight * data.fit[at(c.steps)];
+  for (const fit_counter& c : data.counters)
+    if (c.set < 0) sum += c.weight * c.fit[c.steps];
   if (data.has_wide) sum += total_wide_fit(data);
+  for (const set_counter& set : data.fit_sets) sum += set.here;
   return sum;
 }
 

@@ -15,6 +15,9 @@
 //   chunk          vectors between two looks at the bound
 //   has_digits, count_digits(e, end, step, digits)  as sum_of_digits, if
 //                  there is a faster way
+//   add_bytes<G>(c, e, costs, step)  c with the byte of each flag added, from slices of bytes
+//   `step`
+//                  words apart; see fit_layout::coarse_costs
 //   nonzero(e)     a bit for each 32-bit word of `e` that has bits
 //   has_within, within(c0, c1, c2, c3, bound)  a bit for each total at or below the bound
 #pragma once
@@ -60,6 +63,14 @@ struct field_numbers {
   std::int32_t first[4];
   std::int32_t begin[4];
 };
+
+/// Bytes with several flags, and how far the first of them is from the top of its byte.
+template <int G>
+constexpr int flags_in_byte = G < 2 ? 8 / field_width<G> : 1;
+template <int G>
+constexpr int below_top = G == 0   ? 7
+                          : G == 1 ? 4
+                                   : 0;
 
 // ---- how flagged fields are added up ----
 

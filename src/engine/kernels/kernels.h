@@ -32,31 +32,65 @@ struct node_sets {
   word* branch;  // final of this node or final of its ancestor: what an attachment meets
 };
 
+/// What homoplasy costs: scale * h / (half + h), or by a table between whose entries it runs
+/// straight, and beyond them on as at the end.
+struct fit_curve {
+  double scale = 1;
+  double half = 1;
+  const double* table = nullptr;  // null: none
+  double entries_per_unit = 1;    // of h
+  std::int32_t last = 1;          // entry of the table
+};
+
 /// Under implied weights: one character on the tree in work.
 struct fit_counter {
   double weight;
-  std::int32_t steps;        // index into the fit tables: steps with an offset, see search_data
-  std::int32_t coarse;       // what is in `coarse_planes` for its fields
+  const double* fit;    // unweighted, by `steps`; of a character of a set, what goes into its sum
+  std::int32_t steps;   // that the fields have cost so far
+  std::int32_t set;     // -1: weighted by itself
+  std::int32_t coarse;  // what is in `coarse_costs` for its fields
   std::int32_t first_field;  // its fields, in the order of `field_weight`, side by side
   std::int32_t fields;
-  std::int32_t first_flag;  // bit by which the kernels flag the first field: 32 * word + bit
-  std::int32_t flag_width;  // bits from one flag to the next
+  std::int32_t first_flag;    // bit by which the kernels flag the first field: 32 * word + bit
+  std::int32_t flag_width;    // bits from one flag to the next
+  std::int32_t concave_from;  // from so many steps on, none costs more than the one before
 };
 
-constexpr int coarse_digits = 4;
+/// Characters that are weighted together: the curve is that of their weighted homoplasy, which is
+/// summed in thousandths, so that sums are whole numbers and exact in any order.
+struct set_counter {
+  fit_curve curve;
+  double sum;   // on the tree in work
+  double here;  // the curve at `sum`
+  // The joining that was costed last, and what it has made of the sum and the curve so far.
+  std::uint64_t joining;
+  double joined_sum;
+  double joined;
+  double most_gain;           // most that packed fields can add to the sum in one joining
+  const std::int32_t* first;  // its counters
+  std::int32_t count;
+  set_counter* next;  // while counters move: another one that did
+};
+
+constexpr int coarse_slices = 4;
+constexpr int most_coarse = 255;
 
 /// What the fit kernels add up; fields in the order of `kernel_layout::field_weight`. All null
 /// without implied weights.
 struct fit_layout {
   fit_counter* counters = nullptr;
   const std::int32_t* counter_of = nullptr;  // by field: its character's counter
-  double* step_cost = nullptr;               // by field: what one more step of its character costs
-  const double* fit_step = nullptr;          // unweighted cost of one more step, by `steps`
-  std::int32_t shared_end = 0;  // characters of several fields lie in words before this one
-  // The same costs from below, as whole multiples of 1 / coarse_scale, digit by digit like
-  // `kernel_layout::weight_planes`: scans throw most candidates out by them. `coarse_digits`
-  // planes.
-  word* coarse_planes = nullptr;
+  // By field: what one more step of its character costs. Not kept for characters of sets.
+  double* step_cost = nullptr;
+  // By group: characters of several fields or in sets, whose costs depend on what else fails, lie
+  // in words before this one.
+  std::int32_t shared_end[4] = {};
+  set_counter* sets = nullptr;
+  std::uint64_t* joining = nullptr;  // joinings costed so far
+  // The same costs from below, as whole multiples of 1 / coarse_scale up to `most_coarse`: scans
+  // throw most candidates out by them. Each is the byte in which the kernels flag the field; where
+  // several flags are in a byte, those of the next one are in the next slice of `end3` words.
+  word* coarse_costs = nullptr;
   double coarse_scale = 1;
 };
 
@@ -147,16 +181,21 @@ using insert_wave_kernel = void (*)(const pass_context& tree, std::int32_t node,
                                     const kernel_layout& layout);
 
 // Under implied weights a failed field costs what one more step of its character does: the first
-// one `step_cost`, further ones of the same character less. Sums are made in the order of the
-// fields, so that every width gives the same bits.
+// one `step_cost`, further ones of the same character or set less. Sums are made in the order of
+// the fields, so that every width gives the same bits.
 
-/// Cost of joining in fit. A result below `bound` is exact; the loop stops at sum >= bound.
+/// Cost of joining in fit. A result below `bound` is exact; the loop stops at sum >= bound. Leaves
+/// in the sets what the joining has made of them, for wide characters of the same sets to go on
+/// from.
 using fit_pair_kernel = double (*)(const word* clip, const word* branch,
                                    const kernel_layout& layout, double bound);
 /// As scan_kernel: the first candidate whose cost is below `bound`.
 using fit_scan_kernel = int (*)(const word* clip, const word* base, std::size_t stride,
                                 const std::int32_t* items, int from, int count,
                                 const kernel_layout& layout, double bound, double* cost);
+/// The same by costs from below alone, of which `*cost` gets the sum: passes all that
+/// fit_scan_kernel would, and a few more, for a fraction of the time.
+using fit_bound_scan_kernel = fit_scan_kernel;
 /// Counts the steps of joining in the characters (`add`) or takes them off again; keeps
 /// `step_cost`. Taking off returns what they cost.
 using fit_add_kernel = void (*)(const word* clip, const word* branch, const kernel_layout& layout);
@@ -166,6 +205,7 @@ using fit_remove_kernel = double (*)(const word* clip, const word* branch,
 struct fit_slots {
   fit_pair_kernel cost_pair = nullptr;
   fit_scan_kernel scan_pairs = nullptr;
+  fit_bound_scan_kernel scan_bounds = nullptr;
   fit_add_kernel add_steps = nullptr;
   fit_remove_kernel remove_steps = nullptr;
 };

@@ -93,6 +93,16 @@ struct wide256 {
     }
     return s;
   }
+  template <int G>
+  static count add_bytes(count c, type e, const word* costs, std::size_t step) {
+    for (int i = 0; i < flags_in_byte<G>; ++i, costs += step) {
+      const type flagged = _mm256_cmpgt_epi8(
+          _mm256_setzero_si256(), _mm256_slli_epi32(e, below_top<G> - i * field_width<G>));
+      c = _mm256_add_epi64(
+          c, _mm256_sad_epu8(_mm256_and_si256(flagged, load(costs)), _mm256_setzero_si256()));
+    }
+    return c;
+  }
   static count twice(count c) { return _mm256_add_epi64(c, c); }
   static count sum(count a, count b) { return _mm256_add_epi64(a, b); }
   static std::int32_t total(count c) {

@@ -58,6 +58,16 @@ struct wide512 {
 
   static count count_zero() { return _mm512_setzero_si512(); }
   static count add_count(count c, type e) { return _mm512_add_epi64(c, _mm512_popcnt_epi64(e)); }
+  template <int G>
+  static count add_bytes(count c, type e, const word* costs, std::size_t step) {
+    for (int i = 0; i < flags_in_byte<G>; ++i, costs += step) {
+      const __mmask64 flagged = _mm512_movepi8_mask(
+          _mm512_slli_epi32(e, static_cast<unsigned>(below_top<G> - i * field_width<G>)));
+      c = _mm512_add_epi64(
+          c, _mm512_sad_epu8(_mm512_maskz_loadu_epi8(flagged, costs), _mm512_setzero_si512()));
+    }
+    return c;
+  }
   static count twice(count c) { return _mm512_add_epi64(c, c); }
   static count sum(count a, count b) { return _mm512_add_epi64(a, b); }
   static std::int32_t total(count c) {

@@ -1,5 +1,6 @@
 // The 32-bit kernels, which are the reference for all others, and the 64-bit ones.
 #include <array>
+#include <bit>
 
 #include "engine/kernels/kernel_choice.h"
 #include "engine/kernels/slot_tables.h"
@@ -68,6 +69,17 @@ struct narrow {
   static T spread(T e) {
     if constexpr (G == 0) return e | (e << 1);
     return e | (e - (e >> (field_width<G> - 1)));
+  }
+
+  template <int G>
+  static count add_bytes(count c, T e, const word* costs, std::size_t step) {
+    for (; e; e &= e - 1) {
+      const int flag = std::countr_zero(e);
+      const int slice = flags_in_byte<G> > 1 ? flag % 8 / field_width<G> : 0;
+      c += reinterpret_cast<const unsigned char*>(costs +
+                                                  static_cast<std::size_t>(slice) * step)[flag / 8];
+    }
+    return c;
   }
 
   static count count_zero() { return 0; }

@@ -28,7 +28,7 @@ template <class V, class C>
 kernel_slots implied_slots_of(int bits) {
   kernel_slots k = slots_of<V, C>(bits);
   k.down_pass = down_pass<V, step_count<V>>;
-  k.fit = {fit_pair<V>, fit_scan<V>, add_fit_steps<V>, remove_fit_steps<V>};
+  k.fit = {fit_pair<V>, fit_scan<V>, fit_bound_scan<V>, add_fit_steps<V>, remove_fit_steps<V>};
   return k;
 }
 

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
+#include <utility>
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "engine/fit/fit_curves.h"
 #include "engine/packing/field_placement.h"
 #include "matrix/character_steps.h"
 #include "matrix/costs/character_costs.h"
@@ -58,6 +61,8 @@ pack_entry entry_of(int character, int weight, const informative_states& states,
                  : 31 - std::countl_zero(states.kept) - std::countr_zero(states.kept);
   e.repeat = 1;
   e.weight = weight;
+  e.factor = 1;
+  e.set = -1;
   e.internal_steps = matrix.characters[at(character)].internal_steps;
   e.min_steps = steps.least;
   e.max_steps = steps.most;
@@ -92,8 +97,7 @@ reduced_form form_of(const packing_request& request, int character, int weight,
   if (!matrix.characters[at(character)].is_sankoff) return {};
   const character_costs costs = costs_of_character(character, taxa);
   if (costs.root_states) return {};
-  const bool fits = std::int64_t{weight} * costs.common_cost <= largest_weight &&
-                    (costs.common_cost == 1 || !request.implied_on);
+  const bool fits = request.rules.on || std::int64_t{weight} * costs.common_cost <= largest_weight;
   if (costs.common_cost > 0 && fits) return {costs.common_cost, {}};
   reduced_form form;
   if (!matrix.decompose_state_trees) return form;
@@ -124,6 +128,18 @@ informative_states trim_edges(const packing_request& request, int character,
   return states;
 }
 
+/// Implied weights: what the homoplasy of a character that is the same on all trees makes of the
+/// fit.
+void add_constant_fit(packing_plan& plan, const packing_request& request, int character,
+                      double homoplasy) {
+  const int weight = request.weights[at(character)];
+  const int set = request.rules.set_of_character(character);
+  if (set < 0)
+    plan.base_fit += weight * request.rules.character_fit(character, homoplasy);
+  else
+    plan.base_set_sums[at(set)] += weight * std::round(parts_of_a_step * homoplasy);
+}
+
 /// A character that no tree can do better on than another.
 void add_constant(packing_plan& plan, const packing_request& request, int character, int steps,
                   const wide_kind* kind) {
@@ -131,7 +147,7 @@ void add_constant(packing_plan& plan, const packing_request& request, int charac
   const int internal = matrix.characters[at(character)].internal_steps;
   const double unit = kind ? kind->unit : 1;
   const double homoplasy = internal + std::max(0, steps - homoplasy_base(character, steps)) * unit;
-  plan.base_fit += weight * (homoplasy / (request.concavity + homoplasy));
+  if (request.rules.on) add_constant_fit(plan, request, character, homoplasy);
   if (!kind) {
     plan.base_steps += std::int64_t{weight} * steps;
     return;
@@ -140,29 +156,39 @@ void add_constant(packing_plan& plan, const packing_request& request, int charac
   plan.has_continuous = plan.has_continuous || kind->unit != 1;
 }
 
+void add_entry(packing_plan& plan, const packing_request& request, int character, int factor,
+               informative_states states, const step_range& steps) {
+  pack_entry e = entry_of(character, request.weights[at(character)], states, steps);
+  (request.rules.on ? e.factor : e.weight) *= factor;
+  if (request.rules.on) e.set = request.rules.set_of_character(character);
+  plan.entries.push_back(e);
+  plan.states.push_back(std::move(states));
+}
+
 void add_packed(packing_plan& plan, const packing_request& request, int character,
                 const reduced_form& form, step_range steps) {
-  const int weight = request.weights[at(character)];
   if (form.edges.empty()) {
-    plan.states.push_back(trim_states(character, request.taxa));
-    plan.entries.push_back(
-        entry_of(character, weight * std::max(1, form.factor), plan.states.back(), steps));
+    add_entry(plan, request, character, std::max(1, form.factor),
+              trim_states(character, request.taxa), steps);
     return;
   }
   int unique = 0;
   informative_states states = trim_edges(request, character, form.edges, &unique);
-  plan.base_steps += std::int64_t{weight} * unique;
-  if (states.edges.empty()) return;
-  plan.states.push_back(std::move(states));
-  plan.entries.push_back(
-      entry_of(character, weight, plan.states.back(), {steps.least - unique, steps.most - unique}));
+  if (states.edges.empty()) {
+    add_constant(plan, request, character, unique, nullptr);
+    return;
+  }
+  plan.base_steps += std::int64_t{request.weights[at(character)]} * unique;
+  add_entry(plan, request, character, 1, std::move(states),
+            {steps.least - unique, steps.most - unique});
 }
 
 }  // namespace
 
 packing_plan plan_packing(const packing_request& request) {
   packing_plan plan;
-  plan.implied_on = request.implied_on;
+  plan.implied_on = request.rules.on;
+  plan.base_set_sums.resize(request.rules.sets.size(), 0);
   const step_ranges ranges(request);
   for (int c = 0; c < matrix.nchar; ++c) {
     const int weight = request.weights[at(c)];

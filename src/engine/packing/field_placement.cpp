@@ -151,6 +151,9 @@ void fill_block(packing_plan& plan, std::array<int, packing_groups>& count, int 
   }
 }
 
+/// Implied weights: does what a field of it costs depend on what else fails?
+bool shares_costs(const pack_entry& e) { return e.fields > 1 || e.set >= 0; }
+
 void place_in_order(packing_plan& plan) {
   std::array<int, packing_groups> count{};
   for (const pack_entry& e : plan.entries) count[at(e.group)] += e.fields;
@@ -158,13 +161,14 @@ void place_in_order(packing_plan& plan) {
   fill_block(plan, count, 1, 2);
   fill_block(plan, count, 0, 2);
   // The most variable characters first: what fails at all fails early then. Under implied weights
-  // the kernels watch for characters of several fields, and do so in the first words only.
+  // the kernels watch for characters of several fields or of sets, and do so in the first words
+  // only.
   std::vector<std::size_t> order(plan.entries.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
     const pack_entry& x = plan.entries[a];
     const pack_entry& y = plan.entries[b];
-    if (plan.implied_on && (x.fields > 1) != (y.fields > 1)) return x.fields > 1;
+    if (plan.implied_on && shares_costs(x) != shares_costs(y)) return shares_costs(x);
     return x.max_steps - x.min_steps > y.max_steps - y.min_steps;
   });
   for (const std::size_t i : order) {

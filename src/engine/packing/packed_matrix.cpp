@@ -2,8 +2,6 @@
 
 #include "base/arena.h"
 #include "base/errors.h"
-#include "engine/fit/fit_rules.h"
-#include "engine/fit/weighting_settings.h"
 #include "engine/packing/packing.h"
 #include "language/commands/memory_command.h"
 #include "matrix/character_steps.h"
@@ -40,8 +38,6 @@ void forget_packed_data(const int* tag) {
 search_data& packed_matrix(bool silent) {
   if (!matrix.present) error_end("Must read data before searching");
   if (active_taxa() < 3) error_end("Searches need at least 3 active taxa");
-  if (weighting.on && !current_fit_rules().is_plain())
-    error_end("Searches can't go by a weighting function, sets or several concavities yet");
   packing_request wanted = request_of_settings();
   std::vector<std::int32_t> settings_now = character_settings();
   if (packed.valid && packed.made_for == wanted && packed.settings == settings_now)

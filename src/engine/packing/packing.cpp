@@ -6,6 +6,7 @@
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
+#include "engine/fit/fit_curves.h"
 #include "engine/fit/implied_weighting.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/packing/cell_encoding.h"
@@ -57,8 +58,8 @@ void fill_field_records(search_data& data, const packing_plan& plan) {
     }
   for (const pack_entry& e : plan.entries)
     for (int f = 0; f < e.fields * e.repeat; ++f)
-      data.fields[at(e.group)][at(e.first_field + f)] = {e.weight, e.min_steps, e.internal_steps,
-                                                         e.max_steps, e.character};
+      data.fields[at(e.group)][at(e.first_field + f)] = {e.weight, e.min_steps, e.max_steps,
+                                                         e.character};
 }
 
 void encode_taxa(search_data& data, const packing_plan& plan) {
@@ -73,11 +74,12 @@ void encode_taxa(search_data& data, const packing_plan& plan) {
       data.base_steps += std::int64_t{steps} * e.weight * e.repeat;
       for (int f = 0; f < e.fields * e.repeat; ++f)
         data.fields[at(e.group)][at(e.first_field + f)].min_steps -= steps;
+      data.entries[i].min_steps -= steps * e.factor;
     }
   }
 }
 
-void add_wide_characters(search_data& data, const packing_plan& plan) {
+void add_wide_characters(search_data& data, const packing_plan& plan, const fit_rules& rules) {
   data.wide.parts = alloc_low<wide_part>(plan.wide.size());
   for (std::size_t i = 0; i < plan.wide.size(); ++i) {
     const packing_plan::wide_share& share = plan.wide[i];
@@ -85,6 +87,12 @@ void add_wide_characters(search_data& data, const packing_plan& plan) {
     std::copy(share.characters.begin(), share.characters.end(), own.begin());
     data.wide.parts[i] = {share.kind, own};
   }
+  for (const wide_part& part : data.wide.parts)
+    for (wide_character& c : part.characters) {
+      if (!data.implied_on) continue;
+      c.set = rules.set_of_character(c.character);
+      c.curve = curve_of(rules, rules.functions[at(c.character)]);
+    }
   allocate_wide_sets(data);
   encode_wide_cells(data);
 }
@@ -102,10 +110,11 @@ void prepare_search_data(search_data& data, const packing_request& request) {
   data.per_char_mode = plan.per_char_mode;
   data.base_steps = plan.base_steps;
   data.base_fit = plan.base_fit;
+  data.base_set_sums = alloc_low<double>(plan.base_set_sums.size());
+  std::copy(plan.base_set_sums.begin(), plan.base_set_sums.end(), data.base_set_sums.begin());
   data.wide.base_cost = plan.base_wide_cost;
   data.has_continuous = plan.has_continuous;
   data.implied_on = plan.implied_on;
-  data.concavity = request.concavity;
   lay_out_groups(data, plan);
   data.entries = alloc_low<pack_entry>(plan.entries.size());
   std::copy(plan.entries.begin(), plan.entries.end(), data.entries.begin());
@@ -113,12 +122,12 @@ void prepare_search_data(search_data& data, const packing_request& request) {
   std::copy(plan.word_weight.begin(), plan.word_weight.end(), data.word_weight.begin());
   fill_field_records(data, plan);
   encode_taxa(data, plan);
-  if (!plan.wide.empty()) add_wide_characters(data, plan);
+  if (!plan.wide.empty()) add_wide_characters(data, plan, request.rules);
   allocate_undo(data);
   if (data.implied_on) {
     data.base_steps = 0;  // steps count by character
     data.wide.base_cost = 0;
-    prepare_fit_tables(data);
+    prepare_fit_tables(data, request.rules);
   }
   bind_kernels(data);
 }

@@ -15,6 +15,7 @@ struct packing_plan {
   std::vector<informative_states> states;  // by entry
   std::int64_t base_steps = 0;             // weighted steps of characters dropped as constant
   double base_fit = 0;                     // implied weights: weighted fit of those characters
+  std::vector<double> base_set_sums;       // by set: what they add to its sum
   bool implied_on = false;
   bool uniform_mode = true;
   bool per_char_mode = false;

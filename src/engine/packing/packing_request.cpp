@@ -15,8 +15,7 @@ packing_request request_of_settings() {
     if (t != matrix.outgroup && matrix.taxon_active[at(t)]) request.taxa.push_back(t);
   for (const character_record& c : matrix.characters)
     request.weights.push_back(c.active ? c.weight : 0);
-  request.implied_on = weighting.on;
-  request.concavity = weighting.concavity;
+  if (weighting.on) request.rules = current_fit_rules();
   request.long_words = engine.long_words;
   request.wide_kinds = wide_kinds();
   return request;

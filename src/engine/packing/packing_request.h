@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "engine/fit/fit_rules.h"
 #include "engine/wide/wide_kinds.h"
 
 namespace zeb {
@@ -13,8 +14,7 @@ namespace zeb {
 struct packing_request {
   std::vector<std::int32_t> taxa;     // rows of the matrix, at least 3: the outgroup comes first
   std::vector<std::int32_t> weights;  // by character; one of weight 0 is left out
-  bool implied_on = false;            // scores are fits
-  double concavity = 3.0;             // implied weights: the constant k
+  fit_rules rules;                    // whether and how scores are fits
   bool long_words = true;             // words wider than 32 bits may be used
   std::vector<const wide_kind*> wide_kinds;  // asked in order whether they take a character
   bool operator==(const packing_request&) const = default;

@@ -56,8 +56,12 @@ struct wide_character {
   std::int32_t final_at;
   std::int32_t branch_at;
   wide_room room;
-  const void* model;   // what the kind knows of it, in the arena
-  std::int64_t steps;  // implied weights: on the tree in work, or its two halves
+  const void* model;  // what the kind knows of it, in the arena
+  // Implied weights: steps on the tree in work, or its two halves, and their fit, unweighted.
+  std::int64_t steps;
+  double here;
+  fit_curve curve;   // by homoplasy
+  std::int32_t set;  // -1: weighted by itself
   std::int64_t
       least_rooting;  // what the clip costs by its best root, less what it costs by its own
 };

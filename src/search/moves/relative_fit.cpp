@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "engine/fit/step_costs.h"
 #include "engine/joining.h"
 #include "engine/wide/wide_costs.h"
 
@@ -22,35 +23,83 @@ word failed_fields(int group, word x) {
   }
 }
 
-/// Adds up what each character gains or loses; the fields of a character lie side by side.
-struct evidence {
-  double for_home = 0;
-  double for_other = 0;
-  std::int32_t character = -1;
-  double difference = 0;  // of that character so far
-
-  void add(std::int32_t of_character, double cost) {
-    if (of_character != character) settle();
-    character = of_character;
-    difference += cost;
-  }
-  void settle() {
-    (difference > 0 ? for_home : for_other) += difference > 0 ? difference : -difference;
-    difference = 0;
-  }
+/// Steps of one character in two joinings, or what they add to the sum of one set.
+template <class number>
+struct gains {
+  number at_home{};
+  number elsewhere{};
 };
 
-void add_wide_characters(const search_data& data, const clip_place& home, const clip_place& other,
-                         evidence& sum) {
-  std::vector<double> at_home;
-  std::vector<double> elsewhere;
-  wide_join_costs(data, home.clip, home.main, at_home);
-  wide_join_costs(data, other.clip, other.main, elsewhere);
-  for (std::size_t i = 0; i < at_home.size(); ++i) {
-    sum.settle();
-    sum.difference = elsewhere[i] - at_home[i];
+/// Adds up what each character gains or loses, and each set of them; the fields of a character lie
+/// side by side.
+class evidence {
+ public:
+  explicit evidence(const search_data& data) : data_(data), sets_(data.fit_sets.size()) {}
+
+  /// A field that costs a step at home or elsewhere; `number` is its place in arrays by field.
+  void add_field(const field_record& record, std::size_t number, bool at_home, bool elsewhere) {
+    if (record.character != character_) settle_character();
+    character_ = record.character;
+    weight_ = record.weight;
+    if (data_.implied_on) counter_ = data_.counter_of[number];
+    steps_.at_home += at_home;
+    steps_.elsewhere += elsewhere;
   }
-}
+  void add_wide_characters(const clip_place& home, const clip_place& other) {
+    std::vector<std::int64_t> at_home;
+    std::vector<std::int64_t> elsewhere;
+    wide_join_steps(data_, home.clip, home.main, at_home);
+    wide_join_steps(data_, other.clip, other.main, elsewhere);
+    std::size_t i = 0;
+    for (const wide_part& part : data_.wide.parts)
+      for (const wide_character& c : part.characters) {
+        add(data_.implied_on ? c.set : -1, cost_of_wide_steps(data_, part, c, at_home[i]),
+            cost_of_wide_steps(data_, part, c, elsewhere[i]));
+        ++i;
+      }
+  }
+  double difference() {
+    settle_character();
+    for (std::size_t s = 0; s < sets_.size(); ++s) {
+      const set_counter& set = data_.fit_sets[s];
+      add(-1, fit_at(set.curve, set.sum + sets_[s].at_home),
+          fit_at(set.curve, set.sum + sets_[s].elsewhere));
+    }
+    return for_home_ > 0 ? (for_home_ - for_other_) / for_home_ : 0.0;
+  }
+
+ private:
+  void settle_character() {
+    if (counter_ >= 0) {
+      const fit_counter& c = data_.counters[static_cast<std::size_t>(counter_)];
+      const auto cost = [&c](int steps) {
+        return c.weight * (c.fit[c.steps + steps] - c.fit[c.steps]);
+      };
+      add(c.set, cost(steps_.at_home), cost(steps_.elsewhere));
+    } else {
+      add(-1, weight_ * steps_.at_home, weight_ * steps_.elsewhere);
+    }
+    steps_ = {};
+  }
+  void add(std::int32_t set, double at_home, double elsewhere) {
+    if (set >= 0) {
+      sets_[static_cast<std::size_t>(set)].at_home += at_home;
+      sets_[static_cast<std::size_t>(set)].elsewhere += elsewhere;
+      return;
+    }
+    const double more = elsewhere - at_home;
+    (more > 0 ? for_home_ : for_other_) += more > 0 ? more : -more;
+  }
+
+  const search_data& data_;
+  std::int32_t character_ = -1;  // met last, with its steps so far
+  std::int32_t weight_ = 0;
+  std::int32_t counter_ = -1;
+  gains<int> steps_;
+  std::vector<gains<double>> sets_;
+  double for_home_ = 0;
+  double for_other_ = 0;
+};
 
 }  // namespace
 
@@ -60,8 +109,8 @@ double relative_fit_difference(const search_data& data, const clip_place& home,
   const word* const home_branch = packed_words(data, home.main);
   const word* const other_clip = packed_words(data, other.clip);
   const word* const other_branch = packed_words(data, other.main);
-  evidence sum;
-  std::size_t before = 0;  // fields of the groups before, as in `step_cost`
+  evidence sum(data);
+  std::size_t before = 0;  // fields of the groups before
   for (int group = 0; group < packing_groups; ++group) {
     const auto g = static_cast<std::size_t>(group);
     for (int w = data.group_start[g]; w < data.group_start[g + 1]; ++w) {
@@ -69,19 +118,17 @@ double relative_fit_difference(const search_data& data, const clip_place& home,
       const word elsewhere = failed_fields(group, other_clip[w] & other_branch[w]);
       const std::size_t first = static_cast<std::size_t>(w - data.group_start[g]) *
                                 static_cast<std::size_t>(fields_per_word[g]);
-      for (word rest = at_home ^ elsewhere; rest; rest &= rest - 1) {
+      for (word rest = at_home | elsewhere; rest; rest &= rest - 1) {
         const int bit = __builtin_ctz(rest);
         const std::size_t field = first + static_cast<std::size_t>(bit / field_bits[g]);
-        const field_record& record = data.fields[g][field];
-        const double cost = data.implied_on ? data.step_cost[before + field] : record.weight;
-        sum.add(record.character, elsewhere >> bit & 1U ? cost : -cost);
+        sum.add_field(data.fields[g][field], before + field, at_home >> bit & 1U,
+                      elsewhere >> bit & 1U);
       }
     }
     before += data.fields[g].size();
   }
-  if (data.has_wide) add_wide_characters(data, home, other, sum);
-  sum.settle();
-  return sum.for_home > 0 ? (sum.for_home - sum.for_other) / sum.for_home : 0.0;
+  if (data.has_wide) sum.add_wide_characters(home, other);
+  return sum.difference();
 }
 
 }  // namespace zeb

@@ -18,7 +18,6 @@ namespace zeb {
 namespace {
 
 constexpr int moves_between_cuts = 8;
-constexpr double fit_slack = 0.001;  // the fit kernels finish below their bound only
 
 template <class T>
 std::span<T> per_node(const search_data& data, std::size_t times = 1) {
@@ -63,6 +62,7 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
     clip_order = per_node<std::int32_t>(data);
 
   score = tree_length(data, anc);
+  if (fits) choose_cost_units(data);
   stored_score = score;
   data.in_swap = true;
   if (random_order) {
@@ -99,15 +99,10 @@ void swap_run::tree_changed() {
 }
 
 /// Sums of fractions that are the same differ by rounding.
-double swap_run::least_slack() const {
-  return fits ? fit_slack : data.has_continuous ? rounding : 0;
-}
+double swap_run::least_slack() const { return 2 * rounding; }
 
 /// Less than a step may be gained where scores are fractions.
-double swap_run::slack_of_better() const {
-  const double least = least_slack();
-  return least > 0 ? least : -1.0;
-}
+double swap_run::slack_of_better() const { return rounding > 0 ? -rounding : -1.0; }
 
 void swap_run::set_slack() {
   buffer_full = multi > 0 && context.trees.ntrees >= multi;

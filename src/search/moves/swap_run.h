@@ -135,6 +135,15 @@ struct swap_run {
     *cost = steps;
     return i;
   }
+  /// The same for clusters: `cost` is one from below.
+  int scan_clusters(const word* words, const word* base, const std::int32_t* items, int from,
+                    int count, double* cost) const {
+    // Wide characters go on from what the packed ones of their sets cost.
+    const bool need_costs = !fits || (data.has_wide && !data.fit_sets.empty());
+    if (need_costs) return scan(words, base, items, from, count, cost);
+    return data.kernels.fit.scan_bounds(words, base, data.set_stride, items, from, count,
+                                        data.layout, bound, cost);
+  }
   /// What the packed words don't know: adds the cost of wide characters. False if the move is over
   /// the bound then, or forbidden.
   bool others_allow(join_side from, join_side to, double* cost) const {

@@ -192,8 +192,8 @@ bool try_clusters(swap_run& run, join_side from, const word* words, comparison&&
   int q = 0;
   for (;;) {
     double cost = 0;
-    q = run.scan(words, run.data.union_base, run.main_clusters.data(), q, run.n_main_clusters,
-                 &cost);
+    q = run.scan_clusters(words, run.data.union_base, run.main_clusters.data(), q,
+                          run.n_main_clusters, &cost);
     if (q >= run.n_main_clusters) return false;
     const int cluster = run.main_clusters[at(q++)];
     if (!run.others_allow(from, {join_end::cluster, cluster}, &cost)) continue;
@@ -217,7 +217,8 @@ bool cluster_pair(swap_run& run, int subtree_cluster, int main_cluster) {
   int i = 0;
   for (;;) {
     double cost = 0;
-    i = run.scan(main.union_now, data.branch_base, subtree.clip_nodes, i, subtree.n_clip, &cost);
+    i = run.scan_clusters(main.union_now, data.branch_base, subtree.clip_nodes, i, subtree.n_clip,
+                          &cost);
     if (i >= subtree.n_clip) return false;
     const int u = subtree.clip_nodes[i++];
     if (!run.others_allow(run.clip_side(u), {join_end::cluster, main_cluster}, &cost)) continue;

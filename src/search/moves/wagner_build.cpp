@@ -1,6 +1,7 @@
 #include "search/moves/wagner_build.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "base/errors.h"
@@ -47,6 +48,7 @@ void wagner_build::first_tree(int a, int b, int c) {
   hang(top, b, c);
   t.anc[at(root)] = root + 2;
   full_pass(data);
+  if (fits) choose_cost_units(data);
   branches.begin(top, b, c);
   if (groups) groups->read_growing_tree(t);
 }
@@ -139,6 +141,9 @@ void wagner_build::attach_taxon(int taxon) {
   ++next_free;
   repair_after_insert(data, taxon);
   if (groups) groups->read_growing_tree(data.tree);
+  // Steps get cheaper as homoplasy grows with the tree.
+  if (fits && std::has_single_bit(static_cast<unsigned>(next_free - data.n)))
+    choose_cost_units(data);
 }
 
 void wagner_build::place_taxon(int taxon) {

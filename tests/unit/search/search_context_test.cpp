@@ -14,6 +14,7 @@
 #include "base/errors.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/registration.h"
+#include "matrix/matrix.h"
 #include "property/random_matrix.h"
 #include "search/drivers/bbreak.h"
 #include "search/drivers/mult.h"
@@ -109,7 +110,8 @@ packing_request reduced_request(int depth) {
   std::shuffle(request.taxa.begin(), request.taxa.end(), g);
   request.taxa.resize(at(22 - 3 * depth));
   for (std::int32_t& weight : request.weights) weight = draw(g, 0, 3);
-  request.implied_on = depth % 2 == 0;
+  request.rules.on = depth % 2 == 0;
+  request.rules.functions.resize(at(matrix.nchar));
   return request;
 }
 

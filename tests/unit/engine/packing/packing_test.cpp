@@ -51,8 +51,10 @@ packing_request random_request(int ntax, int nchar, std::mt19937& g) {
   std::shuffle(request.taxa.begin(), request.taxa.end(), g);
   request.taxa.resize(at(draw(g, 3, ntax)));
   for (int c = 0; c < nchar; ++c) request.weights.push_back(chance(g, 0.2) ? 0 : draw(g, 1, 5));
-  request.implied_on = chance(g, 0.4);
-  request.concavity = draw(g, 1, 12);
+  request.rules.on = chance(g, 0.4);
+  request.rules.concavity = draw(g, 1, 12);
+  const fit_function function{fit_function::form::hyperbola, request.rules.concavity};
+  request.rules.functions.assign(at(nchar), function);
   request.long_words = chance(g, 0.7);
   return request;
 }
@@ -69,8 +71,8 @@ double oracle_score(const zeb_test::oracle_matrix& oracle, const packing_request
     const auto steps =
         static_cast<double>(naive::least_steps(tree, column, oracle.additive[at(c)]));
     const double extra = steps - steps_over_taxa(c, taken).least;
-    sum +=
-        request.weights[at(c)] * (request.implied_on ? extra / (request.concavity + extra) : steps);
+    const fit_rules& rules = request.rules;
+    sum += request.weights[at(c)] * (rules.on ? extra / (rules.concavity + extra) : steps);
   }
   return sum;
 }
