@@ -64,7 +64,7 @@ constexpr command_row rows[] = {
     {"help",        help_command, false, 0},
     {"hold",        hold_command, false, topic_searching | topic_settings},
     {"hybrid",      none, true,  topic_searching | topic_various},
-    {"ienum",       none, true,  topic_searching},
+    {"ienum",       ienum_command, true,  topic_searching, false, &ienum_options},
     {"incltax",     incltax_command, false, topic_various},
     {"info",        info_command, false, topic_diagnosis | topic_various},
     {"lintrees",    lintrees_command, false, topic_output | topic_save | topic_settings},

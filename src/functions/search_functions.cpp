@@ -15,6 +15,7 @@ namespace {
 double hits_of_last_search() { return last_search.hits; }
 double last_replication() { return last_search.replication; }
 double moves_accepted() { return static_cast<double>(last_search.moves_done); }
+double has_exact_solution() { return last_search.exact_solution ? 1 : 0; }
 double lowest_score() { return last_search.lowest_score; }
 
 double rearrangements_done() { return last_search.rearrangements.total(); }
@@ -42,6 +43,7 @@ constexpr expression_function rows[] = {
     {"numhits", "", "hits to best score of the last search", hits_of_last_search},
     {"getarep", "", "replication that the last search was at; -1 without replications", last_replication},
     {"accepted", "", "rearrangements that the last search accepted or stored", moves_accepted},
+    {"exact_solution", "", "1 if the last search was exact and complete (ienum), else 0", has_exact_solution},
     {"grandscore", "", "lowest score that any search has seen since the data were read; -1 without one", lowest_score},
     {"rearrangs", "", "rearrangements examined by the last search", rearrangements_done},
     {"bittype", "", "bits of the words in use by searches: 32, or as many as this processor has", word_bits, function_list::general, "bigntax"},

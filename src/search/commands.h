@@ -6,6 +6,7 @@ namespace zeb {
 struct option_table;
 extern const option_table bbreak_options;
 extern const option_table drift_options;
+extern const option_table ienum_options;
 extern const option_table mult_options;
 extern const option_table ratchet_options;
 extern const option_table tfuse_options;
@@ -13,6 +14,7 @@ extern const option_table tfuse_options;
 void bbreak_command();
 void best_command();
 void drift_command();
+void ienum_command();
 void mult_command();
 void ratchet_command();
 void subopt_command();

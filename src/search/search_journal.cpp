@@ -19,7 +19,7 @@ namespace {
 /// The command with its options, then the other settings in force.
 std::string words_of_command(const option_table& table) {
   const std::string name(table.command);
-  std::string text = table.changed();
+  std::string text = table.changed ? table.changed() : std::string();
   text = text.empty() ? name : name + "=" + text;
   std::string others;
   for (const std::string& line : changed_settings()) {

@@ -153,6 +153,8 @@ void report_status(search_context& context, double score, bool force) {
   flush_log();
 }
 
+void poll_search(search_context& context) { poll(*context.clock, wall_clock()); }
+
 void report_status_best(search_context& context) { report_status(context, no_score, false); }
 
 }  // namespace zeb

@@ -22,6 +22,9 @@ std::string time_text(double seconds);
 void report_status(search_context& context, double score, bool force);
 /// The same without a new score.
 void report_status_best(search_context& context);
+/// Looks at the time-out and for a wish to stop, and saves trees if that is due, at most once a
+/// second.
+void poll_search(search_context& context);
 /// The search begins to report, as the settings want it: the header comes before its next line. A
 /// search inside another goes on with the lines of that one.
 void begin_reports(search_context& context);

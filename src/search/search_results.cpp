@@ -5,6 +5,7 @@ namespace zeb {
 search_results last_search;
 
 void keep_counters(const search_context& context) {
+  last_search.exact_solution = false;
   last_search.lowest_score = context.lowest_score;
   last_search.replication = context.shown.replication;
   last_search.moves_done = context.moves_done;
@@ -13,6 +14,8 @@ void keep_counters(const search_context& context) {
 
 void keep_best_score(double best) { last_search.best = best; }
 void keep_hits(int hits) { last_search.hits = hits; }
+
+void keep_exactness(bool exact) { last_search.exact_solution = exact; }
 
 void keep_swapper(bool is_tbr) {
   last_search.swapped_by_tbr = is_tbr;

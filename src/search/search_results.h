@@ -16,6 +16,7 @@ struct search_results {
   int replication = -1;                  // the last one begun; -1 none
   std::int64_t moves_done = 0;           // moves applied, trees stored
   rearrangement_counter rearrangements;  // examined
+  bool exact_solution = false;           // it proved that no tree is better
   bool swapped_by_tbr = false;           // what the last `bbreak` did
   bool swapped_by_spr = false;
 };
@@ -25,6 +26,8 @@ extern search_results last_search;
 void keep_counters(const search_context& context);
 void keep_best_score(double best);
 void keep_hits(int hits);
+/// Did the search prove that no tree is better, and that it has them all?
+void keep_exactness(bool exact);
 void keep_swapper(bool is_tbr);
 /// Scores of other data can't be compared.
 void forget_lowest_score();

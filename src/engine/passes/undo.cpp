@@ -9,8 +9,8 @@ namespace zeb {
 namespace {
 
 template <int words>
-void put_back(const undo_log& log) {
-  for (int i = log.count - 1; i >= 0; --i)
+void put_back(const undo_log& log, int from) {
+  for (int i = log.count - 1; i >= from; --i)
     std::memcpy(log.where[i], log.old_words + at(i) * words, words * sizeof(word));
 }
 
@@ -21,26 +21,32 @@ void begin_undo(search_data& data) {
   data.undo.recording = data.undo.capacity > 0;
 }
 
-bool undo_sets(search_data& data) {
+bool undo_back_to(search_data& data, int count) {
   undo_log& log = data.undo;
-  const bool whole = log.recording && log.count <= log.capacity;
-  if (whole) {
-    switch (log.piece_words) {
-      case 1:
-        put_back<1>(log);
-        break;
-      case 2:
-        put_back<2>(log);
-        break;
-      case 8:
-        put_back<8>(log);
-        break;
-      default:
-        ALWAYS_CHECK(log.piece_words == 16, "width of the undo log");
-        put_back<16>(log);
-    }
+  if (!log.recording || log.count > log.capacity) return false;
+  switch (log.piece_words) {
+    case 1:
+      put_back<1>(log, count);
+      break;
+    case 2:
+      put_back<2>(log, count);
+      break;
+    case 8:
+      put_back<8>(log, count);
+      break;
+    default:
+      ALWAYS_CHECK(log.piece_words == 16, "width of the undo log");
+      put_back<16>(log, count);
   }
-  log.count = 0;
+  log.count = count;
+  return true;
+}
+
+void forget_notes(search_data& data, int count) { data.undo.count = count; }
+
+bool undo_sets(search_data& data) {
+  const bool whole = undo_back_to(data, 0);
+  forget_notes(data, 0);
   return whole;
 }
 

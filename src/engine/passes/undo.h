@@ -12,6 +12,10 @@ void begin_undo(search_data& data);
 /// (recording goes on). Links are the caller's: they must be put back too. False if the log had
 /// overflowed: nothing was put back; attach and repair with a wave instead.
 bool undo_sets(search_data& data);
+/// As undo_sets, but only what was changed since the log had `count` pieces; they stay in it.
+bool undo_back_to(search_data& data, int count);
+/// Drops the notes made since the log had `count` pieces.
+void forget_notes(search_data& data, int count);
 void end_undo(search_data& data);
 
 /// Notes `count` words at `p` if a log is kept. A piece is a fixed number of words: the last one

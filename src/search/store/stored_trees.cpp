@@ -92,6 +92,13 @@ bool store_marked(search_context& context, std::span<const std::int32_t> tree, i
   return true;
 }
 
+bool is_stored(search_context& context, std::span<const std::int32_t> tree, double score,
+               std::span<const std::uint8_t> marks) {
+  std::vector<std::int32_t> form(tree.begin(), tree.begin() + context.data.nodes);
+  const int bucket = canonical_form(form, context.data.n, marks, context.records.scratch);
+  return find_same(context, form, bucket, score, -1) != nullptr;
+}
+
 bool replace_stored(search_context& context, std::span<const std::int32_t> tree, int slot,
                     double score, std::span<const std::uint8_t> marks) {
   std::vector<std::int32_t> fresh(tree.begin(), tree.begin() + context.data.nodes);

@@ -45,6 +45,9 @@ bool tree_is_new(search_context& context, std::span<const std::int32_t> tree, in
 /// As store_tree, for a tree whose staying branches are known.
 bool store_marked(search_context& context, std::span<const std::int32_t> tree, int slot,
                   double score, std::span<const std::uint8_t> marks);
+/// Is a copy of the tree there?
+bool is_stored(search_context& context, std::span<const std::int32_t> tree, double score,
+               std::span<const std::uint8_t> marks);
 /// Puts a tree into the place of the one in `slot`. False, and nothing is changed, if the slots
 /// hold it already.
 bool replace_stored(search_context& context, std::span<const std::int32_t> tree, int slot,
