@@ -24,6 +24,12 @@ constexpr std::string_view gzip_mark = "\x1f\x8b";
 constexpr int any_gzip_window = 15 + 16;
 constexpr std::int64_t most_expansion = 1032;  // bytes that a compressed byte can stand for
 
+// Nobody else can have written it, or given it a second name.
+bool is_private(const struct stat& status) {
+  return S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_nlink == 1 &&
+         (status.st_mode & S_IWOTH) == 0;
+}
+
 }  // namespace
 
 /// The state of decompression. Its address must not change.
@@ -96,9 +102,8 @@ bool input_file::take(int descriptor, file_use use) {
     fault_ = last_cause();
   } else if (S_ISDIR(status.st_mode)) {
     fault_ = "it is a directory";
-  } else if (use == file_use::steering &&
-             (!S_ISREG(status.st_mode) || status.st_uid != geteuid())) {
-    fault_ = "it isn't a file of yours";
+  } else if (use == file_use::steering && !is_private(status)) {
+    fault_ = "it isn't a file of yours alone";
   } else {
     descriptor_ = descriptor;
     number_ = note_open_file(name_, false, status);

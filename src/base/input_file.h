@@ -23,7 +23,8 @@ class input_file {
   /// Opens the file; "-" is the standard input, which can be had once. False: `fault` says why.
   /// `is_data`: the file is noted among those that results may depend on.
   bool open(const std::string& name, bool is_data = true);
-  /// Opens a regular file of the user who runs the program: no link leads there.
+  /// Opens a regular file of the user who runs the program, which nobody else can have put there:
+  /// no link leads there, and not everybody may write it.
   bool open_own(const std::string& name);
   void close();
   bool is_open() const { return descriptor_ >= 0; }

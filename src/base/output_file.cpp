@@ -12,6 +12,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <random>
 #include <system_error>
 #include <utility>
@@ -133,6 +134,7 @@ output_file& output_file::operator=(output_file&& other) noexcept {
   number_ = std::exchange(other.number_, 0);
   name_ = std::move(other.name_);
   target_ = std::move(other.target_);
+  folder_ = std::move(other.folder_);
   beside_ = std::move(other.beside_);
   waiting_ = std::move(other.waiting_);
   regular_ = other.regular_;
@@ -156,48 +158,76 @@ bool output_file::may_be_written(const std::string& target) {
   return fault_.empty();
 }
 
-bool output_file::create(const std::string& name, bool follow_links) {
+void output_file::begin(const std::string& name) {
   discard();
   fault_.clear();
   name_ = name;
+  waiting_.reserve(most_waiting);
+}
+
+bool output_file::create(const std::string& name, bool is_private) {
+  begin(name);
+  try {
+    return create_under(name, is_private);
+  } catch (...) {
+    discard();
+    throw;
+  }
+}
+
+bool output_file::create_under(const std::string& name, bool is_private) {
   const int standard = standard_descriptor(name);
   if (standard >= 0 && (!safe_mode.on || standard <= STDERR_FILENO)) {
     descriptor_ = fcntl(standard, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     return is_open() || fail();
   }
-  const std::string target = follow_links ? followed(name) : absolute(name);
+  const std::string target = is_private ? absolute(name) : followed(name);
   if (!may_be_written(target)) return false;
+  // Whatever was put there goes, with the rights that others had on it.
+  if (is_private) return open_beside(target, S_IRUSR | S_IWUSR);
   struct stat former;
-  const bool replaces =
-      (follow_links ? stat(target.c_str(), &former) : lstat(target.c_str(), &former)) == 0;
+  const bool replaces = stat(target.c_str(), &former) == 0;
   if (!replaces && errno != ENOENT) return fail();
-  if (replaces && S_ISLNK(former.st_mode)) return open_beside(target, 0, false);
   if (replaces && !S_ISREG(former.st_mode)) return open_as_it_is(target, 0);
   if (replaces && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return fail();
-  return open_beside(target, replaces ? former.st_mode & 07777 : 0, replaces);
+  return open_beside(target, replaces ? std::optional(former.st_mode & 07777) : std::nullopt);
 }
 
-bool output_file::open_beside(const std::string& target, mode_t former_mode, bool replaces) {
+// A new file with a name that nobody knew, locked; false where it can't be had.
+bool output_file::make_beside(const std::string& directory, mode_t mode) {
+  constexpr int most_tries = 5;
+  for (int i = 1;; ++i) {
+    beside_ = beside_name(directory);
+    descriptor_ = call_open(beside_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+    if (!is_open()) {
+      beside_.clear();
+      return fail();
+    }
+    // Who clears up may have come first: it holds the lock then, or has removed the file.
+    struct stat status;
+    const bool is_ours = flock(descriptor_, LOCK_EX | LOCK_NB) == 0 &&
+                         fstat(descriptor_, &status) == 0 && status.st_nlink > 0;
+    if (is_ours || i == most_tries) return true;  // where files can't be locked nobody removes them
+    unlink(beside_.c_str());
+    ::close(std::exchange(descriptor_, -1));
+  }
+}
+
+bool output_file::open_beside(const std::string& target, std::optional<mode_t> mode) {
   const std::string directory = directory_of(target);
   if (target.size() == directory.size() || target.substr(directory.size()).size() > NAME_MAX) {
     errno = target.size() == directory.size() ? EISDIR : ENAMETOOLONG;
     return fail();
   }
   remove_left_files(directory);
-  beside_ = beside_name(directory);
-  descriptor_ = call_open(beside_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                          replaces ? 0600 : 0666);
-  if (!is_open()) {
-    beside_.clear();
-    return fail();
-  }
-  flock(descriptor_, LOCK_EX | LOCK_NB);
-  if (replaces && fchmod(descriptor_, former_mode) != 0) {
+  if (!make_beside(directory, mode ? S_IRUSR | S_IWUSR : 0666)) return false;
+  if (mode && fchmod(descriptor_, *mode) != 0) {
     fail();
     discard();
     return false;
   }
   target_ = target;
+  folder_ = directory;
   regular_ = true;
   number_ = note_coming_file(target);
   return true;
@@ -217,18 +247,37 @@ bool output_file::open_as_it_is(const std::string& name, int flags) {
 }
 
 bool output_file::append(const std::string& name) {
-  discard();
-  fault_.clear();
-  name_ = name;
+  begin(name);
   const std::string target = followed(name);
   if (!may_be_written(target)) return false;
-  return open_as_it_is(target, O_APPEND | O_CREAT | O_NOFOLLOW);
+  try {
+    return open_as_it_is(target, O_APPEND | O_CREAT | O_NOFOLLOW);
+  } catch (...) {
+    discard();
+    throw;
+  }
 }
 
 void output_file::put(std::string_view text) {
-  if (!is_open() || failed_) return;
+  if (!is_open()) return;
+  if (waiting_.size() + text.size() > most_waiting) write_out();
+  if (text.size() > most_waiting) return write_all(text);
   waiting_ += text;
-  if (waiting_.size() >= most_waiting) write_out();
+}
+
+off_t output_file::position() const { return length_ + static_cast<off_t>(waiting_.size()); }
+
+void output_file::go_back(off_t to) {
+  if (!is_open() || failed_ || to >= position()) return;
+  if (to >= length_) return waiting_.resize(static_cast<std::size_t>(to - length_));
+  waiting_.clear();
+  if (!regular_) return;
+  if (call_truncate(descriptor_, to) != 0) {
+    failed_ = true;
+    return;
+  }
+  lseek(descriptor_, to, SEEK_SET);
+  length_ = to;
 }
 
 void output_file::print(const char* format, ...) {
@@ -246,7 +295,11 @@ void output_file::print(const char* format, ...) {
 }
 
 void output_file::write_out() {
-  std::string_view text = waiting_;
+  write_all(waiting_);
+  waiting_.clear();
+}
+
+void output_file::write_all(std::string_view text) {
   while (!text.empty() && !failed_) {
     const ssize_t n = call_write(descriptor_, text.data(), text.size());
     if (n < 0) fail();
@@ -254,7 +307,6 @@ void output_file::write_out() {
     text.remove_prefix(static_cast<std::size_t>(n));
     length_ += n;
   }
-  waiting_.clear();
 }
 
 // What a failed call left of the text doesn't stay at the end of a file that has its name. Where
@@ -290,7 +342,7 @@ bool output_file::publish() {
   struct stat status;
   if (fstat(descriptor_, &status) == 0) note_file_in_place(number_, status);
   // The entry of the folder is to last, too. Where folders can't be synchronised nothing is lost.
-  const int folder = call_open(directory_of(target_), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int folder = call_open(folder_, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder >= 0) {
     fsync(folder);
     ::close(folder);

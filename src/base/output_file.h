@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,8 +22,9 @@ class output_file {
   output_file& operator=(output_file&&) noexcept;
 
   /// Begins a new file. False, and `fault` says why, also for files that are in use. A name that
-  /// is a link leads on, or else the new file takes its place.
-  bool create(const std::string& name, bool follow_links = true);
+  /// is a link leads on. A private file is the user's alone, and takes the place of whatever was
+  /// put under its name.
+  bool create(const std::string& name, bool is_private = false);
   /// Goes on at the end of a file, or begins it. What is written then stands in the file at once.
   bool append(const std::string& name);
   bool is_open() const { return descriptor_ >= 0; }
@@ -36,8 +38,12 @@ class output_file {
   /// The same to stand after the name in a message: " (it is in use)".
   std::string cause() const { return cause_text(fault_); }
 
-  /// Adds the text; failures show at the next of the calls below.
+  /// Adds the text, for which no memory is needed; failures show at the next of the calls below.
   void put(std::string_view text);
+  /// How long the file is with all that was put; what was put since then is taken back, where the
+  /// file isn't a pipe that has taken it.
+  off_t position() const;
+  void go_back(off_t to);
   void print(const char* format, ...) __attribute__((format(printf, 2, 3)));
   /// Writes out all that was put. Where that fails in a file that has its name already, what was
   /// put since the last success is cut off again, and the file can be written on.
@@ -50,10 +56,14 @@ class output_file {
   void discard();
 
  private:
+  void begin(const std::string& name);
+  bool create_under(const std::string& name, bool is_private);
   bool may_be_written(const std::string& target);
-  bool open_beside(const std::string& target, mode_t former_mode, bool replaces);
+  bool make_beside(const std::string& directory, mode_t mode);
+  bool open_beside(const std::string& target, std::optional<mode_t> mode);
   bool open_as_it_is(const std::string& name, int flags);
   void write_out();
+  void write_all(std::string_view text);
   void take_back();
   bool fail();
   void forget();
@@ -62,6 +72,7 @@ class output_file {
   int number_ = 0;  // among the open files
   std::string name_;
   std::string target_;  // the name after links
+  std::string folder_;  // of the target
   std::string beside_;  // where it grows; empty: it has its name
   std::string waiting_;
   bool regular_ = false;

@@ -43,10 +43,20 @@ std::string copy_name(int number) {
   return text_of(".zebexec_%i_zeb_%i", number, static_cast<int>(getpid()));
 }
 
-// The copy is made anew, whatever was planted under its name.
+bool stands(const std::string& name) {
+  struct stat status;
+  return lstat(name.c_str(), &status) == 0;
+}
+
+// What others put under the names of copies doesn't keep a run from its instructions.
+std::string free_copy_name() {
+  while (stands(copy_name(steering.execute_counter))) ++steering.execute_counter;
+  return copy_name(steering.execute_counter);
+}
+
 bool copy_file(input_file& from, const std::string& to) {
   output_file copy;
-  if (!copy.create(to, false)) return false;
+  if (!copy.create(to, true)) return false;
   copy.put(from.rest());
   return from.fault().empty() && copy.close();
 }
@@ -89,9 +99,8 @@ execute_file take_execute_file() {
     return {};
   }
   const std::string name = steering_file("execute");
-  struct stat status;
-  if (lstat(name.c_str(), &status) != 0) return {};
-  const std::string copy = copy_name(steering.execute_counter);
+  if (!stands(name)) return {};
+  const std::string copy = free_copy_name();
   execute_file file;
   input_file left;
   if (!left.open_own(name) || !copy_file(left, copy) || !file.instructions.open_own(copy)) {
@@ -109,12 +118,12 @@ void remove_left_steering_files() {
   constexpr double oldest_of_this_run = 60;  // seconds
   const auto remove_if_old = [](const std::string& name) {
     struct stat status;
-    if (lstat(name.c_str(), &status) != 0 || status.st_uid != geteuid()) return false;
-    if (wall_clock() - static_cast<double>(status.st_mtime) < oldest_of_this_run) return false;
-    return call_remove(name) == 0;
+    if (lstat(name.c_str(), &status) != 0 || status.st_uid != geteuid()) return;
+    if (wall_clock() - static_cast<double>(status.st_mtime) >= oldest_of_this_run)
+      call_remove(name);
   };
   for (const char* what : {"stop", "pause", "execute"}) remove_if_old(steering_file(what));
-  for (int number = 1; remove_if_old(copy_name(number)); ++number) continue;
+  for (int number = 1; stands(copy_name(number)); ++number) remove_if_old(copy_name(number));
 }
 
 }  // namespace zeb

@@ -21,13 +21,18 @@ def expect(condition, what):
 class BackgroundRun:
     """One run in a directory of its own; `finish` gives its status and log."""
 
-    def __init__(self, *commands, **files):
+    def __init__(self, *commands, user=None, **files):
         self.directory = tempfile.TemporaryDirectory(prefix="zeb_steering_")
         self.where = pathlib.Path(self.directory.name)
         for name, text in files.items():
             (self.where / name).write_text(text)
-        self.process = subprocess.Popen([ZEB, "bground", "log out.log;", *commands], cwd=self.where,
-                                        stdin=subprocess.DEVNULL)
+        program = ZEB
+        if user is not None:  # in a directory where everybody may leave files
+            self.where.chmod(0o1777)
+            program = self.where / "zeb"
+            subprocess.run(["cp", ZEB, program], check=True)
+        self.process = subprocess.Popen([program, "bground", "log out.log;", *commands], cwd=self.where,
+                                        stdin=subprocess.DEVNULL, user=user)
 
     def file(self, word):
         return self.where / f"{word}_zeb_{self.process.pid}"
@@ -116,6 +121,34 @@ def links_and_files_of_others_are_not_obeyed():
         expect(status == 1 and "planted" not in log, f"an execute file of another user: {log!r}")
 
 
+def two_users_share_a_directory():
+    """Neither orders nor obstacles of another user count; those of the own user do."""
+    if os.geteuid() != 0:
+        return
+    user, other = 12345, 23456
+
+    def leave(run, word, text, owner):
+        run.file(word).write_text(text)
+        os.chown(run.file(word), owner, owner)
+
+    run = BackgroundRun("pause 12; quote over;", user=user)
+    for word in ("stop", "pause"):
+        leave(run, word, "", other)
+    copy = run.where / f".zebexec_1_zeb_{run.process.pid}"
+    copy.write_text("quote planted; quit;")
+    copy.chmod(0o666)
+    os.chown(copy, other, other)
+    leave(run, "execute", "quote one more; quit;", user)
+    status, log = run.finish()
+    expect(status == 0 and "over" in log and "one more" in log and "planted" not in log,
+           f"files of two users: {status} {log!r}")
+    run = BackgroundRun("pause 2;", user=user)
+    leave(run, "execute", "quote planted; quit;", user)
+    os.link(run.file("execute"), run.where / "second name")
+    status, log = run.finish()
+    expect(status == 1 and "planted" not in log, f"a second name of a file of the user: {status} {log!r}")
+
+
 def what_an_earlier_process_left_goes():
     with tempfile.TemporaryDirectory(prefix="zeb_steering_") as name:
         where = pathlib.Path(name)
@@ -147,6 +180,7 @@ def main():
              stop_file_ends_a_search_and_the_arguments_go_on,
              pause_file_holds_the_run,
              links_and_files_of_others_are_not_obeyed,
+             two_users_share_a_directory,
              what_an_earlier_process_left_goes,
              a_log_that_cannot_be_had_ends_the_run]
     threads = [threading.Thread(target=test) for test in tests]

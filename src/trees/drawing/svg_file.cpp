@@ -72,8 +72,8 @@ void let_svg_file_take_additions() { svg_file.takes_additions = true; }
 
 void abandon_svg_file() {
   if (!svg_file.takes_additions) return svg_file.file.discard();
-  const std::string name = svg_file.file.name();
-  if (!close_svg_file()) note_loss("Cannot write to file " + name + svg_file.file.cause());
+  if (!close_svg_file())
+    note_loss("Cannot write to file " + svg_file.file.name() + svg_file.file.cause());
 }
 
 bool close_svg_file() {

@@ -26,16 +26,37 @@ namespace {
   error_end("Cannot write to tree file", tree_file.name + tree_file.file.cause());
 }
 
-// What can't be written isn't there, and the trees of former commands stay; a new file that had
-// none yet is given up.
-void write_trees(const std::string& text, int count, bool closing) {
-  tree_file.file.put(text);
-  if (!closing && !tree_file.file.publish()) {
-    if (!tree_file.file.goes_on()) tree_file.file.discard();
-    not_writable();
+// Trees that are being written, one after the other. What can't be written isn't there, and the
+// trees of former commands stay; a new file that had none yet is given up.
+class trees_on_their_way {
+ public:
+  trees_on_their_way() = default;
+  ~trees_on_their_way() {
+    if (!written_) tree_file.file.go_back(start_);
   }
-  tree_file.saved += count;
-}
+  trees_on_their_way(const trees_on_their_way&) = delete;
+  trees_on_their_way& operator=(const trees_on_their_way&) = delete;
+
+  void add(std::string_view tree) {
+    // In parentheses, the trees of a file stand between asterisks.
+    if (tree_file.parenthetical && tree_file.saved + count_ > 0) tree_file.file.put("*\n");
+    tree_file.file.put(tree);
+    ++count_;
+  }
+  void finish(bool closing) {
+    written_ = true;
+    if (!closing && !tree_file.file.publish()) {
+      if (!tree_file.file.goes_on()) tree_file.file.discard();
+      not_writable();
+    }
+    tree_file.saved += count_;
+  }
+
+ private:
+  off_t start_ = tree_file.file.position();
+  int count_ = 0;
+  bool written_ = false;
+};
 
 [[noreturn]] void cannot_append(const std::string& name, const char* why) {
   error_end("Cannot append tree file.\nTree file", name, why);
@@ -110,19 +131,12 @@ std::string active_tree_text(const_tree_span tree) {
                             [&](int t) { return std::to_string(number[at(t)]); });
 }
 
-// Trees of one file stand between asterisks.
-void add_parenthetical(std::string& text, const std::string& tree) {
-  if (tree_file.saved > 0 || !text.empty()) text += "*\n";
-  text += tree;
-}
-
 void save_compact(std::span<const std::uint8_t> chosen, bool closing) {
   bool warned = false;
-  int count = 0;
+  trees_on_their_way trees;
   std::vector<std::uint8_t> bytes;
   for (int t = 0; t < store.ntrees; ++t) {
     if (!chosen[at(t)]) continue;
-    ++count;
     const tree_span tree = stored_tree(t);
     if (terminals_in(tree, matrix.ntax) == matrix.ntax) {
       append_compact_tree(tree, matrix.ntax, bytes);
@@ -137,8 +151,10 @@ void save_compact(std::span<const std::uint8_t> chosen, bool closing) {
       include_absent_taxa(complete, matrix.ntax);
       append_compact_tree(complete, matrix.ntax, bytes);
     }
+    trees.add(as_text(bytes));
+    bytes.clear();
   }
-  write_trees(as_text(bytes), count, closing);
+  trees.finish(closing);
 }
 
 }  // namespace
@@ -169,15 +185,13 @@ void save_trees(std::span<const std::uint8_t> chosen, tree_writing how) {
     if (how.active_only) error_end("Can't save trees for active taxa in compact mode");
     return save_compact(chosen, how.closing);
   }
-  std::string text;
-  int count = 0;
+  trees_on_their_way trees;
   for (int t = 0; t < store.ntrees; ++t) {
     if (!chosen[at(t)]) continue;
     const const_tree_span tree = stored_tree(t);
-    add_parenthetical(text, how.active_only ? active_tree_text(tree) : stored_tree_text(tree));
-    ++count;
+    trees.add(how.active_only ? active_tree_text(tree) : stored_tree_text(tree));
   }
-  write_trees(text, count, how.closing);
+  trees.finish(how.closing);
 }
 
 void save_tags() {
@@ -185,9 +199,9 @@ void save_tags() {
     error_end("Tree-tags can be saved only in parenthetical notation");
   }
   if (!tags.tags_present) error_end("No tags to save");
-  std::string text;
-  add_parenthetical(text, tag_tree_text());
-  write_trees(text, 1, false);
+  trees_on_their_way trees;
+  trees.add(tag_tree_text());
+  trees.finish(false);
 }
 
 }  // namespace zeb

@@ -174,11 +174,11 @@ TEST_F(writing_files, a_part_that_was_written_is_taken_back) {
   EXPECT_EQ(files(), 2);
 }
 
-TEST_F(writing_files, without_following_links_a_new_file_takes_the_place_of_one) {
+TEST_F(writing_files, a_private_file_takes_the_place_of_whatever_others_put_there) {
   write(folder_ + "/victim", "mine");
   std::filesystem::create_symlink("victim", name_);
   output_file file;
-  ASSERT_TRUE(file.create(name_, false));
+  ASSERT_TRUE(file.create(name_, true));
   file.put("new");
   EXPECT_TRUE(file.close());
   EXPECT_EQ(text_of_file(folder_ + "/victim"), "mine");
@@ -189,6 +189,38 @@ TEST_F(writing_files, without_following_links_a_new_file_takes_the_place_of_one)
   std::filesystem::create_symlink("victim", folder_ + "/link");
   EXPECT_FALSE(own.open_own(folder_ + "/link"));
   EXPECT_FALSE(own.open_own("/dev/null"));
+  std::filesystem::create_hard_link(name_, folder_ + "/second name");
+  EXPECT_FALSE(own.open_own(folder_ + "/second name"));
+  std::filesystem::remove(folder_ + "/second name");
+  ASSERT_EQ(chmod(name_.c_str(), 0666), 0);
+  EXPECT_FALSE(own.open_own(name_));
+  ASSERT_TRUE(file.create(name_, true));
+  EXPECT_TRUE(file.close());
+  EXPECT_TRUE(own.open_own(name_));
+  std::filesystem::remove(name_);
+  ASSERT_EQ(mkfifo(name_.c_str(), 0666), 0);
+  ASSERT_TRUE(file.create(name_, true));
+  EXPECT_TRUE(file.close());
+  EXPECT_TRUE(own.open_own(name_));
+}
+
+// Trees that couldn't all be made are taken back from the file that holds others.
+TEST_F(writing_files, what_was_put_is_taken_back) {
+  const std::string piece(70000, 'x');
+  output_file file;
+  ASSERT_TRUE(file.create(name_));
+  file.put("first");
+  off_t start = file.position();
+  file.put("second");
+  file.go_back(start);
+  EXPECT_TRUE(file.publish());
+  start = file.position();
+  file.put(piece + piece);
+  file.put("third");
+  file.go_back(start);
+  file.put("last");
+  EXPECT_TRUE(file.close());
+  EXPECT_EQ(text(), "firstlast");
 }
 
 TEST_F(writing_files, failures_are_told) {
