@@ -1,5 +1,6 @@
 #include "language/batch.h"
 
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,12 +19,17 @@ constexpr int failed_status = 255;
 
 bool ended_by_signal(int status) { return status > signal_status && status < failed_status; }
 
-// A signal for this process is meant for the run that it waits for.
+// A signal for this process is meant for the run that it waits for, which gets it again as long as
+// it goes on: it may have begun too shortly before.
 int status_of(pid_t child) {
+  constexpr int milliseconds = 10;
+  constexpr int looks_between_signals = 50;
   int status = 0;
-  while (waitpid(child, &status, 0) < 0) {
-    if (errno != EINTR) return failed_status;
-    if (noted_signal() != 0) kill(child, noted_signal());
+  int looks = 0;
+  for (pid_t ended = 0; ended != child; ended = waitpid(child, &status, WNOHANG)) {
+    if (ended < 0 && errno != EINTR) return failed_status;
+    if (noted_signal() != 0 && looks++ % looks_between_signals == 0) kill(child, noted_signal());
+    poll(nullptr, 0, milliseconds);
   }
   return WIFSIGNALED(status) ? signal_status + WTERMSIG(status) : WEXITSTATUS(status);
 }
