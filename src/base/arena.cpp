@@ -7,6 +7,7 @@
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/process.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
@@ -124,6 +125,7 @@ std::size_t checked_product(std::size_t a, std::size_t b) {
 }
 
 void out_of_memory() {
+  note_memory_refused();
   error_end(command.command_name + " - out of ram (change \"hold\" and/or \"mxram\")");
 }
 

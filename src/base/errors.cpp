@@ -10,6 +10,7 @@
 #include "base/memory_reserve.h"
 #include "base/message_place.h"
 #include "base/message_text.h"
+#include "base/process.h"
 
 namespace zeb {
 namespace {
@@ -25,6 +26,11 @@ std::string joined(std::span<const message_part> parts) {
     text += ' ';
   }
   return text;
+}
+
+[[noreturn]] void refuse_for_memory() {
+  note_memory_refused();
+  error_end("Not enough memory for", command.command_name);
 }
 
 }  // namespace
@@ -50,9 +56,9 @@ void raise_standard_error() {
   try {
     throw;
   } catch (const std::bad_alloc&) {
-    error_end("Not enough memory for", command.command_name);
+    refuse_for_memory();
   } catch (const std::length_error&) {
-    error_end("Not enough memory for", command.command_name);
+    refuse_for_memory();
   } catch (const std::exception& failure) {
     error_end("Internal error:", failure.what());
   }

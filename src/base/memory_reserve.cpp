@@ -10,7 +10,7 @@ namespace {
 // More than messages, their places and the waiting texts of all open files take together. Large
 // enough for the allocator to give it back to the system, and never touched, so that it costs
 // addresses only.
-constexpr std::size_t reserve_bytes = 1 << 20;
+constexpr std::size_t reserve_bytes = 4 << 20;
 
 struct reserve_state {
   std::unique_ptr<char[]> block;

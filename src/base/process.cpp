@@ -54,6 +54,13 @@ void note_loss(const std::string& what) {
   at_quit.losses += what + "\n";
 }
 
+void note_memory_refused() { process.memory_refused = true; }
+
+void give_up_process(const std::string& why) {
+  process.gave_up = true;
+  note_loss(why);
+}
+
 void run_quit_hooks() {
   const memory_reserve_scope reserve;
   for (const quit_hook hook : at_quit.hooks) run_safely(hook);

@@ -10,7 +10,9 @@ struct process_state {
   bool slave = false;       // works for a parent; always with `background`
   bool batch = false;       // runs a file: nobody to ask, errors end it, output is for a program
   bool failed = false;      // a command of a batch run failed, or an output was lost
-  int ended_by = 0;         // the signal that ends the process after the running command
+  bool memory_refused = false;  // the last error was for want of memory
+  bool gave_up = false;         // ends before its commands do, since it can't go on
+  int ended_by = 0;             // the signal that ends the process after the running command
 };
 extern process_state process;
 
@@ -36,6 +38,10 @@ void add_closing_hook(quit_hook hook);
 /// Something that the user counts on couldn't be written, too late for an error: told on the
 /// standard error when the process ends, with a status of failure.
 void note_loss(const std::string& what);
+
+void note_memory_refused();
+/// The process can't go on, and says why when it ends.
+void give_up_process(const std::string& why);
 
 /// Ends the process: closes files, the console and the log.
 [[noreturn]] void end_process(int status);

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <vector>
 
 #include "base/arena.h"
@@ -154,7 +155,7 @@ bool legal_without_macros(const command_row& row) {
 }
 
 // Skips empty commands. False where level 0 has ended.
-bool reach_command() {
+bool skip_to_command() {
   for (;;) {
     if (level_zero_ended()) return false;
     const int c = read_char();
@@ -162,6 +163,17 @@ bool reach_command() {
     if (c < 33 || c == ';') continue;
     unread_char();
     return true;
+  }
+}
+
+// The next command can be read whatever was refused to the one before; else nothing can be done.
+bool reach_command() {
+  const memory_reserve_scope reserve;
+  try {
+    return skip_to_command();
+  } catch (const std::bad_alloc&) {
+    give_up_process("Not enough memory to read commands");
+    return false;
   }
 }
 

@@ -46,14 +46,17 @@ error_place place_of_input() {
 
 void end_background_run() {
   flush_log();
-  if (process.ended_by != 0) return;  // soon, and with what was found saved
+  if (process.ended_by != 0 || process.gave_up) return;  // soon, and with what was found saved
   if (process.background) {
     report_line("... SOME ERROR OCCURED, QUITTING...");
+    if (process.memory_refused) return give_up_process("Not enough memory to go on");
     end_process(255);
   }
   if (!process.batch) return;
   note_failure();
-  if (!input.jump_pending) leave_program();
+  if (input.jump_pending) return;
+  if (process.memory_refused) return give_up_process("Not enough memory to go on");
+  leave_program();
 }
 
 // A background run shows nothing and asks nobody: without a log its error would be lost.

@@ -7,3 +7,5 @@ add_executable(zeb_faulty ${PROJECT_SOURCE_DIR}/src/main.cpp
 target_link_libraries(zeb_faulty PRIVATE zeb_core)
 add_test(NAME file_faults
   COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/file_faults.py $<TARGET_FILE:zeb_faulty>)
+add_test(NAME allocation_faults
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/allocation_faults.py $<TARGET_FILE:zeb_faulty>)

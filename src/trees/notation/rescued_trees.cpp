@@ -1,5 +1,6 @@
 #include "trees/notation/rescued_trees.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -32,11 +33,19 @@ std::uint64_t check_word_of_trees() {
   return word;
 }
 
+// What an earlier process of the same number saved stays, and nobody's link is followed.
+std::string free_name() {
+  const std::string begin = text_of("zeb_trees_%i", static_cast<int>(getpid()));
+  std::string name = begin + ".tre";
+  struct stat status;
+  for (int n = 2; lstat(name.c_str(), &status) == 0; ++n)
+    name = text_of("%s-%i.tre", begin.c_str(), n);
+  return name;
+}
+
 void save_all() {
   const bool own_file = !tree_file.file.is_open();
-  if (own_file) {
-    open_tree_file(text_of("zeb_trees_%i.tre", static_cast<int>(getpid())), true);
-  }
+  if (own_file) open_tree_file(free_name(), true);
   save_trees(std::vector<std::uint8_t>(at(store.ntrees), 1), {});
   if (own_file) close_tree_file();
   emit(counted(store.ntrees, "tree", "trees"), " in memory saved to ", tree_file.name, "\n");
@@ -47,7 +56,8 @@ void save_all() {
 void note_trees_saved() { saved.check_word = check_word_of_trees(); }
 
 void rescue_trees() {
-  if (process.ended_by == 0 || store.ntrees == 0) return;
+  const bool unexpected = process.ended_by != 0 || process.gave_up;
+  if (!unexpected || store.ntrees == 0) return;
   if (saved.check_word == check_word_of_trees()) return;
   run_in_jump_context(save_all);
 }
