@@ -54,7 +54,8 @@ void prepare(std::string commands, const std::string& input_name) {
 }
 
 [[noreturn]] void run_to_the_end() {
-  while (interpreter.running && process.ended_by == 0 && !process.gave_up) run_in_jump_context(run_one_round);
+  while (interpreter.running && process.ended_by == 0 && !process.gave_up)
+    run_in_jump_context(run_one_round);
   pop_all();
   leave_program();
 }
