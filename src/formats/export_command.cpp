@@ -13,6 +13,7 @@
 #include "formats/newick.h"
 #include "formats/nexus/assumptions_writer.h"
 #include "formats/nexus/data_writer.h"
+#include "formats/nexus/nexus_constraints.h"
 #include "formats/nexus/trees_writer.h"
 #include "formats/phylip.h"
 #include "formats/written_words.h"
@@ -134,6 +135,7 @@ void write_nexus(output_file& out, const export_choice& choice, word_writer& wor
                                  choice.step_matrices};
     write_nexus_data(out, style, words);
     write_nexus_assumptions(out, style);
+    write_nexus_constraints(out, choice.plain, words);
     warn_of_continuous();
   } else {
     out.put("#NEXUS\n");

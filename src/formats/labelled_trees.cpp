@@ -145,6 +145,13 @@ bool labelled_tree_reader::read_tree(bool for_tags_only) {
   return true;
 }
 
+bool labelled_tree_reader::read_plain_tree(tree_span tree) {
+  read_parenthetical(tree_, dialect_);
+  if (tree_.empty()) return false;
+  tree_.finish(tree, false);
+  return true;
+}
+
 bool labelled_tree_reader::keep_tags(std::string_view title) {
   if (tagged_.empty()) return false;
   std::vector<std::string> texts;

@@ -47,6 +47,9 @@ class labelled_tree_reader {
   /// Reads one tree up to its ";" and stores it, or keeps it for its tags only. False where there
   /// was nothing but the ";".
   bool read_tree(bool for_tags_only = false);
+  /// Reads one tree up to its ";" into `tree`, and nothing of its labels. Taxa that it lacks are
+  /// absent. False where there was nothing.
+  bool read_plain_tree(tree_span tree);
   int trees_read() const { return count_; }
   /// "(tree 2 of the file, line 7)": where the reader stands, for messages.
   std::string place() const;

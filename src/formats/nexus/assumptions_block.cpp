@@ -13,6 +13,7 @@
 #include "formats/nexus/data_rows.h"
 #include "formats/nexus/element_lists.h"
 #include "formats/nexus/named_sets.h"
+#include "formats/nexus/nexus_constraints.h"
 #include "formats/nexus/set_heads.h"
 #include "formats/nexus/step_matrix_reader.h"
 #include "language/fit_text.h"
@@ -201,6 +202,8 @@ bool read_command(nexus_file& file, const nexus_token& word) {
     set_taxa(file, word.is("undelete"));
   } else if (word.is("codonposset")) {
     read_codon_positions(file);
+  } else if (word.is("constraints")) {
+    read_nexus_constraints(file);
   } else if (word.is("usertype")) {
     read_nexus_step_matrix(file);
   } else {

@@ -6,6 +6,7 @@
 #include "console/settings.h"
 #include "formats/nexus/assumptions_block.h"
 #include "formats/nexus/data_block.h"
+#include "formats/nexus/nexus_constraints.h"
 #include "formats/nexus/nexus_file.h"
 #include "formats/nexus/trees_block.h"
 #include "language/fit_text.h"
@@ -61,10 +62,12 @@ void read_nexus() {
   if (settings.report) report_line("Reading file", file.name, "as NEXUS");
   file.gaps_are_new_states = matrix.gaps_are_states;
   for (;;) {
-    // Our own files end the block of assumptions before the types of characters.
+    // Our own files end the block of assumptions before the types of characters, and have
+    // constraints between blocks.
     if (matrix.present && file.in.peek_token().is("ctype")) read_assumptions_block(file);
     const nexus_token token = file.in.token();
     if (token.what == nexus_token::kind::end) break;
+    if (matrix.present && token.is("constraints")) read_nexus_constraints(file);
     if (token.is("begin") && !read_block(file)) return;
     check_interrupt();
   }
