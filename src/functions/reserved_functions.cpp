@@ -29,7 +29,6 @@ constexpr expression_function rows[] = {
     {"matchtax", "[T1 T2]", "list of matching taxa", nullptr},
     {"mklik", "[T C]", "likelihood of a character", nullptr},
     {"mplik", "[T C]", "likelihood of the most parsimonious states", nullptr},
-    {"mono", "[T]", "constraints fulfilled by tree T", nullptr, function_list::general, "mplik"},
     {"numcategs", "", "number of categories", nullptr, function_list::general, "numclads"},
     {"percswap", "", "percentage of swapping done", nullptr},
     {"recsteps", "", "steps of the current reconstruction", nullptr},

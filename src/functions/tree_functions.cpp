@@ -8,6 +8,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
+#include "trees/constraints/constraint_test.h"
 #include "trees/tree_store.h"
 #include "trees/tree_walks.h"
 
@@ -114,6 +115,12 @@ int tree_size(const_tree_span tree) {
   int count = 0;
   for (int t = 0; t < matrix.ntax; ++t) count += !is_absent(tree, t);
   return count;
+}
+
+double constraints_fulfilled() {
+  const const_tree_span tree = stored_tree(one_tree());
+  require_constraints();
+  return constraint_test().judge(tree).fulfilled;
 }
 
 double taxa_of_tree() { return tree_size(stored_tree(one_tree())); }
@@ -234,6 +241,7 @@ constexpr expression_function rows[] = {
     {"vtrees", "", "number of the last tree in the vault; -1 with none", last_vault_tree},
     {"anc", "[T N]", "ancestor of node N of tree T", ancestor_of, function_list::general, "argnumber"},
     {"sister", "[T N]", "sister of node N of tree T, the first of several", sister_of},
+    {"mono", "[T]", "constraints fulfilled by tree T", constraints_fulfilled, function_list::general, "mplik"},
     {"firstdes", "[T N]", "first descendant of node N of tree T", first_descendant, function_list::general, "fit"},
     {"nodfork", "[T N]", "number of immediate descendants of node N of tree T", fork_size},
     {"numdes", "[T N]", "terminals below node N of tree T", terminals_below},
