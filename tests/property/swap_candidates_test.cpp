@@ -2,8 +2,11 @@
 // the tree in work after the swap, which must be as before.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
 #include <set>
 
+#include "base/indices.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/conversions.h"
@@ -13,14 +16,14 @@
 #include "search/search_session.h"
 #include "search/search_settings.h"
 #include "search/store/tree_identity.h"
+#include "support/macro_session.h"
 #include "support/program.h"
+#include "trees/constraints/constraints.h"
 
 namespace zeb {
 namespace {
 
 using zeb_test::draw;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// Makes the tree of a move from the links of the clipped state, by plain edits of neighbour lists.
 std::vector<std::int32_t> tree_of_move(const met_move& move) {
@@ -188,6 +191,103 @@ TEST_F(swap_candidates, scores_are_those_of_the_trees) {
           << "round " << round;
     }
   }
+}
+
+/// A random group that may be refused or not; members and others are bits.
+struct random_group {
+  std::uint64_t members = 0;
+  std::uint64_t others = 0;
+  bool positive = true;
+};
+
+/// Constraints of which this tree fulfils the most: groups of it (positive) and of others, with
+/// floating taxa. A tree that breaks some comes out now and then.
+std::vector<random_group> random_constraints(std::span<const std::int32_t> anc, int n,
+                                             std::mt19937& g) {
+  const std::set<std::uint64_t> own = groups_of(anc, n);
+  const std::vector<std::uint64_t> groups(own.begin(), own.end());
+  std::vector<random_group> result;
+  constraint_definitions definitions;
+  const int count = draw(g, 1, 6);
+  for (int i = 0; i < count; ++i) {
+    random_group group;
+    group.positive = zeb_test::chance(g, 0.6);
+    const bool from_tree = group.positive != zeb_test::chance(g, 0.1);
+    const std::uint64_t drawn = g() & ((std::uint64_t{1} << n) - 1);
+    const std::uint64_t base =
+        from_tree ? groups[at(draw(g, 0, static_cast<int>(groups.size()) - 1))] : drawn;
+    const std::uint64_t floating =
+        zeb_test::chance(g, 0.5) ? g() & g() & ((std::uint64_t{1} << n) - 1) : 0;
+    group.members = base & ~floating;
+    group.others = ~base & ~floating & ((std::uint64_t{1} << n) - 1);
+    constraint_group defined{taxon_set(matrix.ntax), taxon_set(matrix.ntax)};
+    const search_data& data = packed_matrix(true);
+    for (int t = 0; t < n; ++t) {
+      if (group.members >> t & 1) defined.members.insert(data.pack_to_taxon[at(t)]);
+      if (floating >> t & 1) defined.floating.insert(data.pack_to_taxon[at(t)]);
+    }
+    (group.positive ? definitions.positive : definitions.negative).push_back(defined);
+    result.push_back(group);
+  }
+  define_constraints(definitions, true);
+  return result;
+}
+
+bool fulfils(std::span<const std::int32_t> anc, int n, const std::vector<random_group>& wanted) {
+  const std::set<std::uint64_t> groups = groups_of(anc, n);
+  return std::all_of(wanted.begin(), wanted.end(), [&](const random_group& c) {
+    if (std::popcount(c.members) < 2 || std::popcount(c.others) < 2) return true;
+    const bool there = std::any_of(groups.begin(), groups.end(), [&](std::uint64_t group) {
+      return ((group & c.others) == 0 && (c.members & ~group) == 0) ||
+             ((group & c.members) == 0 && (c.others & ~group) == 0);
+    });
+    return there == c.positive;
+  });
+}
+
+TEST_F(swap_candidates, under_constraints_all_and_only_trees_that_fulfil_them_are_met) {
+  std::mt19937 g(9);
+  int clipped = 0;
+  for (int round = 0; round < 160; ++round) {
+    zeb_test::data_shape shape = zeb_test::random_shape(g, 12, 6);
+    shape.ntax = round % 40 == 0 ? 18 : draw(g, 5, 12);  // larger ones are searched by clusters
+    const zeb_test::oracle_matrix oracle = fill_matrix(shape, g);
+    swapping = {};
+    swapping.cluster_size = draw(g, 3, 15);
+    if (round % 5 == 0) swapping.move_limit = 100;
+    std::vector<std::int32_t> tree = internal_form(naive::random_tree(shape.ntax, g));
+    const auto constraints_of_round = random_constraints(tree, shape.ntax, g);
+    std::set<std::vector<std::int32_t>> met[2];
+    for (const swapper swap : {tbr_swap, spr_swap}) {
+      for (const bool constrained : {false, true}) {
+        activate_constraints(constrained);
+        search_data& data = packed_matrix(true);
+        met[constrained].clear();
+        const std::string refusal = zeb_test::error_of([&] {
+          tree_slots nowhere;
+          context_scope scope(data, nowhere, rules_in_force(), random_generator());
+          scope.context().rules.suboptimal = 1e6;
+          met_moves moves{&oracle, {}};
+          const move_enumeration enumeration{check_move, &moves, {}};
+          swap(scope.context(), tree, {.enumeration = &enumeration});
+          met[constrained] = moves.trees;
+        });
+        if (!refusal.empty()) met[false].clear();  // groups that contradict each other
+      }
+      std::erase_if(met[false], [&](const std::vector<std::int32_t>& other) {
+        return !fulfils(other, shape.ntax, constraints_of_round);
+      });
+      clipped += static_cast<int>(met[false].size());
+      std::vector<std::int32_t> scratch(tree.size() * 2);
+      std::vector<std::int32_t> own = tree;
+      canonical_form(own, shape.ntax, {}, scratch);
+      met[false].erase(own);
+      met[true].erase(own);
+      EXPECT_EQ(met[true], met[false]) << "round " << round;
+    }
+  }
+  EXPECT_GT(clipped, 1000);
+  forget_constraints();
 }
 
 }  // namespace

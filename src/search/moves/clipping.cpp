@@ -40,6 +40,23 @@ void count_rearrangements(swap_run& run, int c) {
   run.context.rearrangements.add(static_cast<std::uint64_t>(moves));
 }
 
+/// Under constraints, where little is open to the clip: lists it. Clusters aren't needed then.
+bool list_few_open(swap_run& run) {
+  constexpr int most_pairs = 400;
+  run.n_open_main = run.n_open_subtree = 0;
+  if (!run.constraints_in_force || run.joint < 0) return false;
+  const search_constraints& obeyed = *run.constraints_in_force;
+  const int main = obeyed.list_open_main(run.data, run.sister, run.scan_list, most_pairs / 8);
+  if (main > most_pairs / 8) return false;
+  const int most = most_pairs / main;
+  const int subtree =
+      obeyed.list_open_subtree(run.data, run.scan_list.subspan(at(run.data.nodes)), most);
+  if (subtree > most) return false;
+  run.n_open_main = main;
+  run.n_open_subtree = subtree;
+  return true;
+}
+
 void detach_clip(swap_run& run) {
   tree_arrays& tree = run.data.tree;
   run.sister = tree.sister[at(run.clip)];
@@ -113,6 +130,7 @@ void apply_move(swap_run& run) {
   }
   if (!is_same_score(run.score, expected, kind_of_scores(run.data)))
     tell_wrong_score(run, run.score - expected);
+  if (run.constraints_in_force) run.constraints_in_force->tree_changed();
   run.tree_changed();
   begin_undo(run.data);
   run.first_pass = false;
@@ -144,12 +162,12 @@ bool begin_clip(swap_run& run) {
   run.n_moves = 0;
   run.chosen = -1;
   run.restart = false;
-  if (run.kind == swap_run::swap_kind::tbr) make_cluster_lists(run);
   if (run.trees_wanted && !run.enumeration && !run.marks_known && search_level(run.context) > 0) {
     mark_tree_in_work(run.context, run.marks);
     run.marks_known = true;
   }
   detach_clip(run);
+  if (run.kind == swap_run::swap_kind::tbr && !list_few_open(run)) make_cluster_lists(run);
   cost_home(run);
   run.best_here = run.home_cost;
   run.score_without = run.score - run.home_cost;

@@ -3,8 +3,6 @@
 // clip took longer than costing its candidates on large trees.
 #include "search/moves/cluster_lists.h"
 
-#include <algorithm>
-
 #include "base/indices.h"
 
 namespace zeb {
@@ -73,26 +71,6 @@ void split_touched(swap_run& run, int joint) {
   mark(0);
 }
 
-/// Drops what is closed to the clip. Of the main tree's clusters only those that are closed as a
-/// whole: their lists are kept from clip to clip, so single branches are sorted out later.
-void leave_out_closed(swap_run& run) {
-  const search_constraints& obeyed = *run.constraints_in_force;
-  int clusters = 0;
-  for (const int c : run.main_clusters.first(at(run.n_main_clusters))) {
-    if (!obeyed.closes_cluster(c)) run.main_clusters[at(clusters++)] = c;
-  }
-  run.n_main_clusters = clusters;
-  clusters = 0;
-  for (const int c : run.clip_clusters.first(at(run.n_clip_clusters))) {
-    cluster_record& record = run.data.clusters[at(c)];
-    std::int32_t* const end = std::remove_if(record.clip_nodes, record.clip_nodes + record.n_clip,
-                                             [&](std::int32_t v) { return obeyed.closes(v); });
-    record.n_clip = static_cast<int>(end - record.clip_nodes);
-    if (record.n_clip > 0) run.clip_clusters[at(clusters++)] = c;
-  }
-  run.n_clip_clusters = clusters;
-}
-
 }  // namespace
 
 void make_cluster_lists(swap_run& run) {
@@ -106,7 +84,6 @@ void make_cluster_lists(swap_run& run) {
   for (int c = 0; c < run.cut.count; ++c) {
     if (data.clusters[at(c)].n_main > 0) run.main_clusters[at(run.n_main_clusters++)] = c;
   }
-  if (run.constraints_in_force) leave_out_closed(run);
 }
 
 void restore_cluster_lists(swap_run& run) {

@@ -14,6 +14,8 @@ std::unique_ptr<search_constraints> search_constraints::in_force(const search_da
 
 search_constraints::search_constraints(const search_data& data)
     : rows_(rows_of_constraints(data.pack_to_taxon.first(at(data.n)))),
+      any_negative_(std::any_of(rows_.negative.begin(), rows_.negative.end(),
+                                [](set_word w) { return w != 0; })),
       whole_(rows_, data.nodes),
       other_(rows_, data.nodes),
       wrong_among_members_(rows_.words),
@@ -23,6 +25,7 @@ search_constraints::search_constraints(const search_data& data)
 
 bool search_constraints::obeyed(const search_data& data) {
   other_.read_tree(data.tree);
+  other_.find_torn();
   return other_.broken() == 0;
 }
 
@@ -43,32 +46,31 @@ void search_constraints::protect(const search_data& data, std::span<std::uint8_t
       if (marks[at(v)]) unseen &= ~parts(v);
     }
     for (int v = data.n + 1; v < data.nodes && unseen; ++v) {
-      if (marks[at(v)]) continue;
       const int below = data.tree.anc[at(v)];
-      const set_word next_to_members =
-          tree.node_among_members(v)[w] ^ tree.node_among_members(below)[w];
+      if (marks[at(v)] || below == data.n) continue;
+      const set_word next_to_members = tree.members_meet(v, w) ^ tree.members_meet(below, w);
       if (parts(v) & next_to_members & unseen) marks[at(v)] = 1;
     }
   }
 }
 
-void search_constraints::tree_changed(const search_data& data) {
+void search_constraints::begin_swap(const search_data& data) {
   whole_.read_tree(data.tree);
+  find_faults();
+}
+
+void search_constraints::find_faults() {
+  whole_.find_torn();
   astray_ = whole_.broken() > 0;
   may_come_up_ = false;
-  for (std::size_t w = 0; w < rows_.words; ++w) {
+  for (std::size_t w = 0; w < rows_.words; ++w)
     may_come_up_ |= (whole_.fragile()[w] & rows_.negative[w]) != 0;
-  }
-  const std::size_t words = rows_.words;
-  cluster_members_.assign(at(data.cluster_count) * words, ~set_word{0});
-  cluster_others_ = cluster_members_;
-  for (const int v : whole_.nodes_read()) {
-    const std::size_t cluster = at(data.cluster_of[at(v)]) * words;
-    for (std::size_t w = 0; w < words; ++w) {
-      cluster_members_[cluster + w] &= whole_.among_members(v)[w];
-      cluster_others_[cluster + w] &= whole_.among_others(v)[w];
-    }
-  }
+}
+
+/// Moves keep what positive groups there are.
+void search_constraints::tree_changed() {
+  whole_.update();
+  if (astray_ || any_negative_) find_faults();
 }
 
 bool search_constraints::begin_clip(const search_data& data, int clip) {
@@ -89,7 +91,6 @@ bool search_constraints::begin_clip(const search_data& data, int clip) {
   return !closes_any_ || is_open_nearby(data);
 }
 
-/// The open branches of either side are connected, with the place of the clip among them.
 bool search_constraints::is_open_nearby(const search_data& data) const {
   const tree_arrays& tree = data.tree;
   const auto descendant_is_open = [&](int v) {
@@ -108,24 +109,49 @@ bool search_constraints::is_open_nearby(const search_data& data) const {
 
 bool search_constraints::closes(int branch) const {
   if (!closes_any_) return false;
-  const set_word* const members = whole_.among_members(branch);
-  const set_word* const others = whole_.among_others(branch);
   for (std::size_t w = 0; w < rows_.words; ++w) {
-    if ((members[w] & wrong_among_members_[w]) | (others[w] & wrong_among_others_[w])) return true;
+    if (whole_.among(branch, w, wrong_among_members_[w], wrong_among_others_[w])) return true;
   }
   return false;
 }
 
-bool search_constraints::closes_cluster(int cluster) const {
-  if (!closes_any_) return false;
-  const std::size_t first = at(cluster) * rows_.words;
-  for (std::size_t w = 0; w < rows_.words; ++w) {
-    if ((cluster_members_[first + w] & wrong_among_members_[w]) |
-        (cluster_others_[first + w] & wrong_among_others_[w])) {
-      return true;
+int search_constraints::list_open_main(const search_data& data, int sister,
+                                       std::span<std::int32_t> list, int most) const {
+  const tree_arrays& tree = data.tree;
+  int lowest = sister;
+  while (tree.anc[at(lowest)] != data.n && !closes(tree.anc[at(lowest)]))
+    lowest = tree.anc[at(lowest)];
+  int count = 0;
+  list[at(count++)] = lowest;
+  for (int i = 0; i < count && count <= most; ++i) {
+    const int v = list[at(i)];
+    if (v < data.n) continue;
+    for (const int above : {tree.first[at(v)], tree.second[at(v)]}) {
+      if (!closes(above)) list[at(count++)] = above;
     }
   }
-  return false;
+  return std::min(count, most + 1);
+}
+
+int search_constraints::list_open_subtree(const search_data& data, std::span<std::int32_t> list,
+                                          int most) const {
+  if (clip_ < data.n) {
+    list[0] = clip_;
+    return 1;
+  }
+  const tree_arrays& tree = data.tree;
+  const int first = tree.first[at(clip_)];
+  int count = 0;
+  list[at(count++)] = tree.second[at(clip_)];
+  const auto put_descendants = [&](int v) {
+    if (v < data.n) return;
+    for (const int above : {tree.first[at(v)], tree.second[at(v)]}) {
+      if (!closes(above)) list[at(count++)] = above;
+    }
+  };
+  put_descendants(first);
+  for (int i = 0; i < count && count <= most; ++i) put_descendants(list[at(i)]);
+  return std::min(count, most + 1);
 }
 
 bool search_constraints::forbids(const search_data& data, int root, int target) {
@@ -142,6 +168,8 @@ void search_constraints::read_halves(const search_data& data) {
   } else {
     main_half_.read_tree(data.tree);
   }
+  clip_half_.find_torn();
+  main_half_.find_torn();
   halves_known_ = true;
 }
 
@@ -154,11 +182,9 @@ bool search_constraints::breaks_by_halves(int root, int target) const {
     const set_word clip_mixed = members & others;
     const set_word main_mixed = main_members & main_others;
     const set_word torn =
-        (clip_mixed &
-         (main_mixed | clip_half_.torn()[w] | (main_members & clip_half_.among_others(root)[w]) |
-          (main_others & clip_half_.among_members(root)[w]))) |
-        (main_mixed & (main_half_.torn()[w] | (members & main_half_.among_others(target)[w]) |
-                       (others & main_half_.among_members(target)[w])));
+        (clip_mixed & (main_mixed | clip_half_.torn()[w] |
+                       clip_half_.among(root, w, main_others, main_members))) |
+        (main_mixed & (main_half_.torn()[w] | main_half_.among(target, w, others, members)));
     if ((torn & rows_.positive[w]) | (~torn & rows_.negative[w])) return true;
   }
   return false;

@@ -4,10 +4,11 @@
 // tree only where it joins the one side's part of the group to the wrong branch of the other side.
 // Of the two sides at most one holds members and others both: only there a branch must be chosen
 // with care, and which ones are wrong, the tables of the whole tree say before the clip is made. So
-// a group closes branches of the main tree or of the subtree, but never pairs of them, and branches
-// that are closed aren't costed. Groups that must not be there, and trees that break constraints
-// from the start, need tables of both halves; they are made only if a move within the bound might
-// matter to them.
+// a group closes branches of the main tree or of the subtree, but never pairs of them. What is open
+// is connected, with the old place in it: where little is, its branches are listed from there, and
+// nothing else is costed. Groups that must not be there, and trees that break constraints from the
+// start, need tables of both halves; they are made only if a move within the bound might matter to
+// them.
 #pragma once
 
 #include <cstdint>
@@ -34,25 +35,33 @@ class search_constraints {
   void protect(const search_data& data, std::span<std::uint8_t> marks);
 
   // -- a swap --
-  /// The tree in work, unclipped, is another one, or its clusters are.
-  void tree_changed(const search_data& data);
+  /// The tree in work, unclipped, is another one.
+  void begin_swap(const search_data& data);
+  /// It has been changed by a move.
+  void tree_changed();
   /// May any other place be open to this clip? To be asked before it is made, and then about moves.
   bool begin_clip(const search_data& data, int clip);
   /// Is the branch, of the main tree or the subtree, closed to the clip?
   bool closes(int branch) const;
-  /// Are all branches of the cluster?
-  bool closes_cluster(int cluster) const;
+  /// Lists the open branches of the main tree, the clip detached, from its old place `sister`
+  /// on. Returns their number, or one more than `most` where there are more.
+  int list_open_main(const search_data& data, int sister, std::span<std::int32_t> list,
+                     int most) const;
+  /// The same for the subtree; its two branches at the root are one, named by the second.
+  int list_open_subtree(const search_data& data, std::span<std::int32_t> list, int most) const;
   /// Would the tree break constraints if the clip was joined by its branch `root` to `target`? The
   /// tree in work is clipped.
   bool forbids(const search_data& data, int root, int target);
 
  private:
   explicit search_constraints(const search_data& data);
+  void find_faults();
   bool is_open_nearby(const search_data& data) const;
   void read_halves(const search_data& data);
   bool breaks_by_halves(int root, int target) const;
 
   constraint_rows rows_;
+  bool any_negative_ = false;
   group_tables whole_;        // of the tree in work, unclipped
   group_tables other_;        // of another tree
   bool astray_ = false;       // the tree breaks constraints
@@ -62,8 +71,6 @@ class search_constraints {
   bool closes_any_ = false;
   std::vector<set_word> wrong_among_members_;  // groups whose members' branches are closed
   std::vector<set_word> wrong_among_others_;
-  std::vector<set_word> cluster_members_;  // by cluster: groups among whose members all of it lies
-  std::vector<set_word> cluster_others_;
   group_tables clip_half_;
   group_tables main_half_;
   bool halves_known_ = false;

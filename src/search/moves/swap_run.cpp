@@ -75,6 +75,7 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
   report_every = rules.clips_between_reports;
   if (report_every == 0) report_every = data.n < 50 ? 2 : 10;
   clips_to_report = report_every;
+  if (constraints_in_force) constraints_in_force->begin_swap(data);
   tree_changed();
   begin_undo(data);
   set_slack();
@@ -95,7 +96,6 @@ void swap_run::tree_changed() {
   } else {
     count_terminals_below(data, cut.below);
   }
-  if (constraints_in_force) constraints_in_force->tree_changed(data);
 }
 
 /// Sums of fractions that are the same differ by rounding.

@@ -94,8 +94,10 @@ struct swap_run {
   int n_clip_clusters = 0;
   std::span<std::int32_t> touched;  // clusters whose lists differ from the base lists
   int n_touched = 0;
-  std::span<std::int32_t> scan_list;  // SPR, limited: candidate branches
-  std::span<std::int32_t> depth;      // by node; made for each stored tree
+  std::span<std::int32_t> scan_list;  // SPR, limited, few open: candidate branches
+  int n_open_main = 0;     // TBR: branches that constraints leave to the clip, where they are few
+  int n_open_subtree = 0;  // the same of the subtree
+  std::span<std::int32_t> depth;  // by node; made for each stored tree
   std::span<swap_candidate> move_list;
   int n_moves = 0;
   int chosen = -1;                    // entry of move_list that is better than the tree

@@ -9,35 +9,15 @@ namespace {
 
 // ---- SPR: the clip keeps its root and is tried on the branches of the main tree ----
 
-/// The branches that are open to the clip: they are connected, with its old place among them.
-int list_open_branches(swap_run& run) {
-  const search_data& data = run.data;
-  const std::span<std::int32_t> list = run.scan_list;
-  int lowest = run.sister;
-  const int top = data.tree.sister[0];
-  while (lowest != top && lowest != 0 &&
-         !run.constraints_in_force->closes(data.tree.anc[at(lowest)]))
-    lowest = data.tree.anc[at(lowest)];
-  int count = 0;
-  list[at(count++)] = lowest;
-  for (int i = 0; i < count; ++i) {
-    const int v = list[at(i)];
-    if (v < data.n) continue;
-    for (const int above : {data.tree.first[at(v)], data.tree.second[at(v)]}) {
-      if (!run.constraints_in_force->closes(above)) list[at(count++)] = above;
-    }
-  }
-  return count;
-}
-
 /// Branches of the main tree below the outgroup's, breadth first. Two descendants at a time were
 /// tested against the union of their sets once; with the batch kernel that costs more than it
 /// saves.
 int list_branches(swap_run& run) {
   const search_data& data = run.data;
   const std::span<std::int32_t> list = run.scan_list;
+  if (run.constraints_in_force)
+    return run.constraints_in_force->list_open_main(data, run.sister, list, data.nodes);
   int count = 0;
-  if (run.constraints_in_force) return list_open_branches(run);
   list[at(count++)] = data.tree.sister[0];
   for (int i = 0; i < count; ++i) {
     const int v = list[at(i)];
@@ -185,6 +165,25 @@ bool try_branches(swap_run& run, int u, const word* clip_words, const cluster_re
   });
 }
 
+/// All branches that are open to the clip, where they are few.
+void try_open(swap_run& run) {
+  const auto main = run.scan_list.first(at(run.n_open_main));
+  const auto subtree = run.scan_list.subspan(at(run.data.nodes), at(run.n_open_subtree));
+  for (const int u : subtree) {
+    const word* clip_words = run.clip_words(u);
+    for (int i = 0;;) {
+      double cost = 0;
+      i = run.scan(clip_words, run.data.branch_base, main.data(), i, run.n_open_main, &cost);
+      if (i >= run.n_open_main) break;
+      const int v = main[at(i++)];
+      if (v == run.sister && u == run.home_root) continue;
+      if (!run.others_allow(run.clip_side(u), run.target_side(v), &cost)) continue;
+      if (run.take_candidate(u, v, cost)) return;
+    }
+    if (store_noted(run, u)) return;
+  }
+}
+
 /// Calls `compare(main)` with each main cluster within the bound of `words`, which are those of
 /// `from`, until it says that the clip is done.
 template <class comparison>
@@ -299,6 +298,8 @@ double tbr_swap(search_context& context, std::span<std::int32_t> anc, const swap
     if (!begin_clip(run)) continue;
     if (run.sister == 0) {
       outgroup_rootings(run);
+    } else if (run.n_open_main > 0) {
+      try_open(run);
     } else if (run.cut.below[at(run.clip)] < 3) {
       one_rooting(run);
     } else {

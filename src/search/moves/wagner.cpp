@@ -41,8 +41,10 @@ void copy_tree_in_work(const search_data& data, std::span<std::int32_t> anc) {
 
 /// One build, with the generator as it stands. False where constraints left a taxon no place.
 bool build_once(search_context& context, std::span<std::int32_t> anc,
-                const addition_settings& additions, bool constrained) {
+                const addition_settings& additions, bool constrained,
+                group_tables::closing closing = group_tables::closing::early) {
   wagner_build build(context, additions);
+  build.closing = closing;
   const int n = context.data.n;
   random_sequence(context.random, n, build.order.first(at(n)), 0, {});
   std::optional<other_outgroup> outgroup;
@@ -69,7 +71,9 @@ void build_under_constraints(search_context& context, std::span<std::int32_t> an
                              const addition_settings& additions) {
   constexpr int sequences_tried = 10;
   for (int i = 0; i < sequences_tried; ++i) {
-    if (build_once(context, anc, additions, true) || interrupted()) return;
+    const auto closing =
+        i < sequences_tried / 2 ? group_tables::closing::early : group_tables::closing::surely;
+    if (build_once(context, anc, additions, true, closing) || interrupted()) return;
   }
   if (!find_constrained_tree(context) && !interrupted())
     error_end("Sorry, cannot build a tree with specified constraints");

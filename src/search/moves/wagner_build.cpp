@@ -79,8 +79,9 @@ bool wagner_build::all_others_allow(int taxon, join_side to, double below, doubl
 
 int wagner_build::leave_out_forbidden(int taxon, int count) {
   if (!groups) return count;
-  const auto end = std::remove_if(candidates.begin(), candidates.begin() + count,
-                                  [&](std::int32_t v) { return !groups->allows(taxon, v); });
+  const auto end =
+      std::remove_if(candidates.begin(), candidates.begin() + count,
+                     [&](std::int32_t v) { return !groups->allows(taxon, v, closing); });
   return static_cast<int>(end - candidates.begin());
 }
 
@@ -140,14 +141,14 @@ void wagner_build::attach_taxon(int taxon) {
   attach(data.tree, taxon, next_free, best_branch);
   ++next_free;
   repair_after_insert(data, taxon);
-  if (groups) groups->read_growing_tree(data.tree);
+  if (groups) groups->note_added(taxon);
   // Steps get cheaper as homoplasy grows with the tree.
   if (fits && std::has_single_bit(static_cast<unsigned>(next_free - data.n)))
     choose_cost_units(data);
 }
 
 void wagner_build::place_taxon(int taxon) {
-  stuck = groups && !groups->allows(taxon, best_branch);
+  stuck = groups && !groups->allows(taxon, best_branch, closing);
   if (stuck) return;
   branches.insert(data, best_branch, data.tree.anc[at(data.n)], taxon);
   attach_taxon(taxon);

@@ -28,8 +28,9 @@ struct wagner_build {
   const bool fits;                     // implied weights: costs are fits
   const move_slots& slots;             // of the search
   std::optional<group_tables> groups;  // of the tree as it is, under constraints
-  bool stuck = false;                  // a taxon could go nowhere
-  const bool more_to_ask;              // there are wide characters, or something may forbid places
+  group_tables::closing closing = group_tables::closing::early;
+  bool stuck = false;      // a taxon could go nowhere
+  const bool more_to_ask;  // there are wide characters, or something may forbid places
 
   // The best place found for a taxon.
   double best = 0;
@@ -71,7 +72,7 @@ struct wagner_build {
   bool all_others_allow(int taxon, join_side to, double below, double* cost) const;
   /// May `taxon` go there, by what is bound?
   bool forbidden(int taxon, int v) const {
-    return (groups && !groups->allows(taxon, v)) ||
+    return (groups && !groups->allows(taxon, v, closing)) ||
            (slots.forbids && slots.forbids(data, taxon, taxon, v));
   }
   /// Takes out of the first `count` candidates what constraints forbid; returns how many are left.
