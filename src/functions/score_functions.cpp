@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/arena.h"
 #include "base/errors.h"
+#include "base/indices.h"
 #include "engine/fit/fits.h"
 #include "engine/fit/weighting_settings.h"
 #include "engine/plain/plain_optimisation.h"
@@ -50,7 +52,7 @@ double in_units(int character, std::int64_t steps) {
 double length(polytomy_kind polytomies) {
   const score_argument argument = read_argument();
   plain_optimiser optimiser(marks_of(argument));
-  optimiser.optimise(stored_tree(argument.tree), polytomies, kept_sets::none);
+  optimiser.optimise(stored_tree(argument.tree), polytomies);
   if (argument.character < 0) return optimiser.score();
   return in_units(argument.character, optimiser.steps(argument.character));
 }
@@ -60,7 +62,7 @@ double homoplasy(polytomy_kind polytomies, bool weighted) {
   const score_argument argument = read_argument();
   const std::vector<std::uint8_t> marks = marks_of(argument);
   plain_optimiser optimiser(marks);
-  optimiser.optimise(stored_tree(argument.tree), polytomies, kept_sets::none);
+  optimiser.optimise(stored_tree(argument.tree), polytomies);
   double sum = 0;
   for (int c = 0; c < matrix.nchar; ++c) {
     if (!marks[static_cast<std::size_t>(c)]) continue;
@@ -75,7 +77,7 @@ double fit(polytomy_kind polytomies) {
   const score_argument argument = read_argument();
   const std::vector<std::uint8_t> marks = marks_of(argument);
   plain_optimiser optimiser(marks);
-  optimiser.optimise(stored_tree(argument.tree), polytomies, kept_sets::none);
+  optimiser.optimise(stored_tree(argument.tree), polytomies);
   if (argument.character < 0)
     return tree_fit(optimiser, current_fit_rules(), marks, fit_form::cost);
   return character_fit(optimiser, current_fit_rules(), argument.character, fit_form::cost);
@@ -89,7 +91,7 @@ double implied_weights() {
   close_brackets();
   const std::vector<std::uint8_t> marks = scored_characters();
   plain_optimiser optimiser(marks);
-  optimiser.optimise(stored_tree(tree), polytomy_kind::hard, kept_sets::none);
+  optimiser.optimise(stored_tree(tree), polytomy_kind::hard);
   const fit_rules rules = current_fit_rules();
   if (!rules.user.empty()) error_end("With user weighting functions, cannot do fits");
   std::vector<double> weights;
@@ -147,7 +149,6 @@ states_argument read_states_argument() {
 // What every node of the tree has of a character that no tree has steps in: the one state that
 // occurs, or all where none does.
 std::uint32_t constant_states(int character) {
-  recheck_steps();
   const std::uint32_t observed = matrix.characters[static_cast<std::size_t>(character)].observed;
   return observed ? observed : matrix.state_mask;
 }
@@ -168,19 +169,21 @@ std::uint32_t ordered_states(std::span<const plain_column> columns,
   return states;
 }
 
-std::uint32_t states_at(const plain_optimiser& optimiser, int character, int node, bool down) {
-  const std::span<const plain_column> columns = optimiser.columns();
-  const auto first = std::find_if(columns.begin(), columns.end(), [character](const auto& column) {
-    return column.character == character;
-  });
-  if (first == columns.end()) return constant_states(character);
-  const auto last = std::find_if(first, columns.end(), [character](const auto& column) {
-    return column.character != character;
-  });
-  const auto from = static_cast<std::size_t>(first - columns.begin());
-  const auto count = static_cast<std::size_t>(last - first);
-  const auto sets = (down ? optimiser.down(node) : optimiser.final(node)).subspan(from, count);
-  return first->threshold < 0 ? sets[0] : ordered_states(columns.subspan(from, count), sets);
+// Calls `visit(character, states)` for the characters of the slice that a tree has steps in.
+template <class function>
+void for_each_character(const plain_slice& slice, int node, bool down, function visit) {
+  const std::span<const plain_column> columns = slice.columns();
+  const std::span<const std::uint32_t> sets = down ? slice.down(node) : slice.final(node);
+  for (std::size_t i = 0, end = 0; i < columns.size(); i = end) {
+    while (end < columns.size() && columns[end].character == columns[i].character) ++end;
+    const bool ordered = columns[i].threshold >= 0;
+    visit(
+        columns[i].character,
+        ordered ? ordered_states(columns.subspan(i, end - i), sets.subspan(i, end - i)) : sets[i]);
+  }
+  const cost_optimiser& with_costs = slice.with_costs();
+  for (std::size_t i = 0; i < with_costs.size(); ++i)
+    visit(with_costs.character(i), (down ? with_costs.down(node) : with_costs.final(node))[i]);
 }
 
 bool has_states(int character) {
@@ -201,19 +204,26 @@ double node_states() {
   for (int c = 0; c < matrix.nchar; ++c)
     marks[static_cast<std::size_t>(c)] =
         (all_characters || c == argument.character) && has_states(c);
-  plain_optimiser optimiser(marks);
-  optimiser.optimise(tree, polytomy_kind::hard, kept_sets::final);
-  std::vector<double> values;
-  const int nodes = node_limit(tree, matrix.ntax);
-  for (int c = 0; c < matrix.nchar; ++c) {
-    if (!all_characters && c != argument.character) continue;
-    for (int node = 0; node < nodes; ++node) {
-      if (!all_nodes && node != argument.node) continue;
-      const bool absent = node < matrix.ntax && is_absent(tree, node);
-      const bool stated = marks[static_cast<std::size_t>(c)] && !absent;
-      values.push_back(stated ? states_at(optimiser, c, node, argument.down) : 0);
-    }
-  }
+  const int first_node = all_nodes ? 0 : argument.node;
+  const int nodes = all_nodes ? node_limit(tree, matrix.ntax) : 1;
+  const int first_character = all_characters ? 0 : argument.character;
+  const int characters = all_characters ? matrix.nchar : 1;
+  const arena_scope scratch;
+  const auto values = calloc_high<double>(checked_product(at(characters), at(nodes)));
+  const auto value_of = [&](int character, int node) -> double& {
+    return values[at(character - first_character) * at(nodes) + at(node - first_node)];
+  };
+  const auto is_there = [&](int node) { return node >= matrix.ntax || !is_absent(tree, node); };
+  recheck_steps();
+  for (int c = first_character; c < first_character + characters; ++c)
+    for (int node = first_node; node < first_node + nodes; ++node)
+      if (marks[at(c)] && is_there(node)) value_of(c, node) = constant_states(c);
+  plain_optimiser(marks).optimise(tree, [&](const plain_slice& slice) {
+    for (int node = first_node; node < first_node + nodes; ++node)
+      if (is_there(node))
+        for_each_character(slice, node, argument.down,
+                           [&](int c, std::uint32_t states) { value_of(c, node) = states; });
+  });
   if (all_characters && all_nodes) return write_rows("States", values, nodes);
   return all_characters || all_nodes ? write_list("States", values) : values[0];
 }

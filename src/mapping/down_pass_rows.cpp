@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
 #include "engine/plain/plain_optimisation.h"
@@ -30,21 +31,21 @@ std::vector<std::uint8_t> characters_with_sets() {
 
 // Cells of a node before the columns are looked at: what a character without columns has
 // everywhere.
-std::vector<std::uint32_t> constant_cells(const std::vector<std::uint8_t>& with_sets) {
-  std::vector<std::uint32_t> cells(at(matrix.nchar), matrix.state_mask);
+void fill_constant_cells(const std::vector<std::uint8_t>& with_sets,
+                         std::span<std::uint32_t> cells) {
   for (int c = 0; c < matrix.nchar; ++c) {
+    cells[at(c)] = matrix.state_mask;
     const character_record& r = matrix.characters[at(c)];
     if (r.is_continuous) cells[at(c)] = missing_continuous;
     if (with_sets[at(c)] && std::has_single_bit(r.observed)) cells[at(c)] = r.observed;
   }
-  return cells;
 }
 
 // An additive character has one column per threshold: the node's range begins after those that it
 // is surely above, and ends after those that it may be above.
-void add_columns(const plain_optimiser& optimiser, int node, std::vector<std::uint32_t>& cells) {
-  const std::span<const plain_column> columns = optimiser.columns();
-  const std::span<const std::uint32_t> sets = optimiser.down(node);
+void add_columns(const plain_slice& slice, int node, std::span<std::uint32_t> cells) {
+  const std::span<const plain_column> columns = slice.columns();
+  const std::span<const std::uint32_t> sets = slice.down(node);
   for (std::size_t i = 0; i < columns.size();) {
     const int character = columns[i].character;
     if (columns[i].threshold < 0) {
@@ -60,7 +61,7 @@ void add_columns(const plain_optimiser& optimiser, int node, std::vector<std::ui
     cells[at(character)] = 0;
     for (int s = low; s <= high; ++s) cells[at(character)] |= 1U << s;
   }
-  const cost_optimiser& with_costs = optimiser.with_costs();
+  const cost_optimiser& with_costs = slice.with_costs();
   for (std::size_t i = 0; i < with_costs.size(); ++i)
     cells[at(with_costs.character(i))] = with_costs.down(node)[i];
 }
@@ -78,14 +79,17 @@ std::vector<named_row> rows_of_tree(int number) {
         "Continuous and landmark characters have no down-pass sets: they will be missing in nodes");
     break;
   }
-  plain_optimiser optimiser(with_sets);
   const const_tree_span tree = stored_tree(number);
-  optimiser.optimise(tree, polytomy_kind::hard, kept_sets::down);
+  const std::vector<int> nodes =
+      internal_nodes_root_first(descendants_of(tree, matrix.ntax), matrix.ntax);
   std::vector<named_row> rows;
-  for (const int node : internal_nodes_root_first(descendants_of(tree, matrix.ntax), matrix.ntax)) {
-    rows.push_back({"node_" + std::to_string(node), constant_cells(with_sets)});
-    add_columns(optimiser, node, rows.back().cells);
+  for (const int node : nodes) {
+    rows.push_back({"node_" + std::to_string(node), alloc_high<std::uint32_t>(at(matrix.nchar))});
+    fill_constant_cells(with_sets, rows.back().cells);
   }
+  plain_optimiser(with_sets).optimise(tree, [&](const plain_slice& slice) {
+    for (std::size_t i = 0; i < nodes.size(); ++i) add_columns(slice, nodes[i], rows[i].cells);
+  });
   return rows;
 }
 

@@ -22,7 +22,7 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
   check_tree_number(tree);
   const std::vector<std::uint8_t> all(at(matrix.nchar), 1);
   plain_optimiser optimiser(all);
-  optimiser.optimise(stored_tree(tree), polytomy_kind::hard, kept_sets::none);
+  optimiser.optimise(stored_tree(tree), polytomy_kind::hard);
   const fit_rules rules = current_fit_rules();
   if (measure == tree_measure::score && rules.on) {
     const std::vector<double> fits = fit_by_character(optimiser, rules, all);

@@ -83,7 +83,7 @@ void for_each_tree(const score_request& request, plain_optimiser& optimiser, fun
     if (!request.trees[at(t)]) continue;
     show_progress("Optimizing", t, store.ntrees);
     check_interrupt();
-    optimiser.optimise(stored_tree(t), request.polytomies, kept_sets::none);
+    optimiser.optimise(stored_tree(t), request.polytomies);
     visit(t);
   }
   clear_progress();

@@ -8,10 +8,10 @@
 
 namespace zeb {
 
-/// A row that isn't a taxon's: nchar cells.
+/// A row that isn't a taxon's: nchar cells, in the arena until the command ends.
 struct named_row {
   std::string name;
-  std::vector<std::uint32_t> cells;
+  std::span<std::uint32_t> cells;
 };
 
 /// What characters can be selected by: a value of each on a tree.

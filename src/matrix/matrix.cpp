@@ -58,8 +58,7 @@ silent_pattern silent_pattern_of(int character) {
 }
 
 bool says_nothing(int character, std::uint32_t states) {
-  const silent_pattern pattern = silent_pattern_of(character);
-  return (states & pattern.mask) == pattern.silent;
+  return silent_pattern_of(character).matches(states);
 }
 
 void set_cell(int taxon, int character, std::uint32_t states) {

@@ -216,10 +216,11 @@ int active_taxa();
 /// Does a cell with these states say nothing about the character: "?", "*", "N" in DNA, "X" in
 /// proteins, missing or inapplicable continuous values.
 bool says_nothing(int character, std::uint32_t states);
-/// The same for many cells of a character: those with (states & mask) == silent say nothing.
+/// The same for many cells of a character: those that match say nothing.
 struct silent_pattern {
   std::uint32_t mask = 0;
   std::uint32_t silent = 0;
+  bool matches(std::uint32_t states) const { return (states & mask) == silent; }
 };
 silent_pattern silent_pattern_of(int character);
 

@@ -204,7 +204,7 @@ double best_fit(int ntax) {
   naive::for_each_tree(ntax, [&](const naive::rooted_tree& tree) {
     std::vector<tree_node> record(tree.parent.begin(), tree.parent.end());
     record[at(ntax)] = 2 * ntax - 1;
-    optimiser.optimise(record, polytomy_kind::hard, kept_sets::none);
+    optimiser.optimise(record, polytomy_kind::hard);
     best = std::min(best, tree_score(optimiser, current_fit_rules(), characters));
   });
   return best;

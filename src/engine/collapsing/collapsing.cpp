@@ -42,7 +42,7 @@ bool set_tells(std::uint32_t above, std::uint32_t own, int rule) {
 
 /// Does some character tell the node from its ancestor under this rule? Rule 1 looks at what costs
 /// the node's subtree least, the others at both ends in the whole tree.
-bool branch_stays(const plain_optimiser& sets, int node, int ancestor, int rule) {
+bool branch_stays(const plain_slice& sets, int node, int ancestor, int rule) {
   const auto above = sets.final(ancestor);
   const auto own = rule == 1 ? sets.down(node) : sets.final(node);
   for (std::size_t i = 0; i < above.size(); ++i)
@@ -62,9 +62,12 @@ bool branch_stays(const plain_optimiser& sets, int node, int ancestor, int rule)
 void mark_by_rule(plain_optimiser& sets, const_tree_span tree, int rule,
                   std::span<std::uint8_t> marks) {
   const int ntax = matrix.ntax;
-  sets.optimise(tree, polytomy_kind::hard, kept_sets::final);
-  for (int v = ntax + 1; v < node_limit(tree, ntax); ++v)
-    marks[at(v)] = branch_stays(sets, v, tree[at(v)], rule);
+  const int limit = node_limit(tree, ntax);
+  for (int v = ntax + 1; v < limit; ++v) marks[at(v)] = 0;
+  sets.optimise(tree, [&](const plain_slice& slice) {
+    for (int v = ntax + 1; v < limit; ++v)
+      if (!marks[at(v)]) marks[at(v)] = branch_stays(slice, v, tree[at(v)], rule);
+  });
 }
 
 /// Removes the nodes marked 0; `numbers` (may be null) gets the new number of each kept node.

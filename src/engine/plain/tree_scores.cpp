@@ -24,7 +24,7 @@ void score_stored_trees(std::span<double> scores) {
   const fit_rules rules = current_fit_rules();
   plain_optimiser optimiser(characters);
   for (std::size_t t = 0; t < scores.size(); ++t) {
-    optimiser.optimise(stored_tree(static_cast<int>(t)), polytomy_kind::hard, kept_sets::none);
+    optimiser.optimise(stored_tree(static_cast<int>(t)), polytomy_kind::hard);
     scores[t] = tree_score(optimiser, rules, characters);
   }
 }
