@@ -14,6 +14,7 @@
 #include "matrix/matrix.h"
 #include "matrix/registration.h"
 #include "search/registration.h"
+#include "trees/branch_labels.h"
 #include "trees/registration.h"
 #include "trees/tree_store.h"
 
@@ -22,7 +23,8 @@ namespace zeb {
 namespace {
 
 data_description describe_data() {
-  return {matrix.ntax, matrix.nchar, 8 * matrix.cell_bytes, store.maxtrees, store.vault.maxtrees};
+  return {matrix.ntax,    matrix.nchar,         8 * matrix.cell_bytes,
+          store.maxtrees, store.vault.maxtrees, label_memory.bytes};
 }
 
 }  // namespace

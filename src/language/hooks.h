@@ -2,6 +2,7 @@
 // while that is on.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -16,7 +17,8 @@ namespace zeb {
 struct data_description {
   int ntax = 0, nchar = 0, nstates = 0;
   int maxtrees = 0;
-  int vault_trees = 0;  // that the vault has room for
+  int vault_trees = 0;          // that the vault has room for
+  std::size_t label_bytes = 0;  // of labels and lengths of trees, which lie beside the arena
 };
 
 /// What the macro language does in place of the plain language. All null while it is off.

@@ -139,9 +139,11 @@ homoplasy homoplasy_of(const plain_optimiser& optimiser, int character, double w
 std::string index_text(double value) { return value == value ? text_of("%.3f", value) : "-"; }
 
 void show_homoplasy(const score_request& request, const plain_optimiser& optimiser, int tree) {
+  const std::vector<std::string> columns = {"Steps", "Min", "Max", "Extra", "CI", "RI"};
   homoplasy total;
   std::vector<std::string> rows;
   matrix_table table;
+  table.cells.reserve(columns.size() * at(matrix.nchar));
   for (int c = 0; c < matrix.nchar; ++c) {
     if (!request.characters[at(c)]) continue;
     const homoplasy one = homoplasy_of(optimiser, c, 1);
@@ -153,7 +155,6 @@ void show_homoplasy(const score_request& request, const plain_optimiser& optimis
     table.cells.push_back(index_text(one.consistency()));
     table.cells.push_back(index_text(one.retention()));
   }
-  const std::vector<std::string> columns = {"Steps", "Min", "Max", "Extra", "CI", "RI"};
   const int decimals = optimiser.has_continuous() ? decimals_of_continuous : 0;
   const std::string title =
       text_of("Tree %i, total length ", tree) + score_text(total.steps, decimals) +

@@ -4,6 +4,8 @@
 #include <map>
 #include <memory>
 
+#include "base/arena.h"
+#include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "base/number_text.h"
@@ -14,6 +16,8 @@
 
 namespace zeb {
 
+label_memory_state label_memory;
+
 namespace {
 
 std::uint64_t hash_of(const_tree_span tree) {
@@ -23,6 +27,39 @@ std::uint64_t hash_of(const_tree_span tree) {
     hash ^= hash >> 31;
   }
   return hash;
+}
+
+/// As much of `mxram` as stays free for what isn't in it.
+std::size_t most_label_bytes() {
+  constexpr std::size_t least = 4'000'000;
+  return std::max(least, arena.size / 8);
+}
+
+/// Labels and lengths one after the other, each ended by a zero byte.
+std::string texts_of(std::span<const branch_label> labels) {
+  std::string texts;
+  for (const branch_label& one : labels) {
+    texts.append(one.label).push_back('\0');
+    texts.append(one.length).push_back('\0');
+  }
+  texts.shrink_to_fit();
+  return texts;
+}
+
+/// Null, with a warning for the first one, where there is no memory for them.
+std::shared_ptr<const tree_labels> kept_labels(int number, std::span<const branch_label> labels) {
+  std::string texts = texts_of(labels);
+  if (label_memory.bytes + texts.capacity() > most_label_bytes()) {
+    if (!label_memory.full)
+      warning_f(
+          "Labels and lengths of trees fill the memory that \"mxram\" leaves for them (%s): from "
+          "tree %i on they aren't kept",
+          megabytes_text(static_cast<double>(most_label_bytes())).c_str(), number);
+    label_memory.full = true;
+    return nullptr;
+  }
+  label_memory.full = false;
+  return std::make_shared<const tree_labels>(hash_of(stored_tree(number)), std::move(texts));
 }
 
 /// The sum of two lengths; one of them where the other is none.
@@ -53,16 +90,16 @@ int larger_side_of_root(const_tree_span tree, int ntax) {
 
 }  // namespace
 
+tree_labels::tree_labels(std::uint64_t tree, std::string all_texts)
+    : tree_hash(tree), texts(std::move(all_texts)) {
+  label_memory.bytes += texts.capacity();
+}
+
+tree_labels::~tree_labels() { label_memory.bytes -= texts.capacity(); }
+
 void label_tree(int number, std::span<const branch_label> labels) {
-  std::shared_ptr<tree_labels> kept;
-  if (!std::ranges::all_of(labels, &branch_label::empty)) {
-    kept = std::make_shared<tree_labels>();
-    kept->tree_hash = hash_of(stored_tree(number));
-    for (const branch_label& one : labels) {
-      kept->texts.append(one.label).push_back('\0');
-      kept->texts.append(one.length).push_back('\0');
-    }
-  }
+  std::shared_ptr<const tree_labels> kept;
+  if (!std::ranges::all_of(labels, &branch_label::empty)) kept = kept_labels(number, labels);
   if (!kept && at(number) >= store.labels.size()) return;
   if (at(number) >= store.labels.size()) store.labels.resize(at(number) + 1);
   store.labels[at(number)] = std::move(kept);

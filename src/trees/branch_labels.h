@@ -2,6 +2,7 @@
 // labels, and lengths. They come with trees from files and from consensus commands.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -23,14 +24,26 @@ struct branch_label {
   }
 };
 
+/// Labels lie beside the arena, in a small part of what `mxram` gives.
+struct label_memory_state {
+  std::size_t bytes = 0;  // of all labels that somebody holds
+  bool full = false;      // labels had to be dropped, and a warning said so
+};
+extern label_memory_state label_memory;
+
 /// The labels of one tree, in few bytes.
 struct tree_labels {
-  std::uint64_t tree_hash = 0;  // of the tree that they belong to
-  std::string texts;            // label and length of each node, each ended by a zero byte
+  tree_labels(std::uint64_t tree, std::string all_texts);
+  ~tree_labels();
+  tree_labels(const tree_labels&) = delete;
+  tree_labels& operator=(const tree_labels&) = delete;
+
+  const std::uint64_t tree_hash;  // of the tree that they belong to
+  const std::string texts;        // label and length of each node, each ended by a zero byte
 };
 
 /// Gives stored tree `number` labels, by node, or takes away those it has where `labels` says
-/// nothing.
+/// nothing. Labels that there is no memory for are dropped with a warning.
 void label_tree(int number, std::span<const branch_label> labels);
 /// By node of the stored tree, `nnodes` of them; none at all where the tree has no labels, or has
 /// changed since it got them.

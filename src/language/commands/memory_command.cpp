@@ -39,6 +39,9 @@ void show_breakdown() {
   show_part(&locks.search_lock, " for tree searches");
   show_part(&locks.constraints_lock, " for constraint definitions");
   show_part(&locks.character_names_lock, " for character names");
+  if (data.label_bytes > 0)
+    emit("   ", megabytes_text(static_cast<double>(data.label_bytes)),
+         " more for labels and lengths of trees\n");
 }
 
 void show_memory() {

@@ -20,6 +20,12 @@ namespace {
 constexpr int list_columns = 10;  // values in a row of a framed list
 constexpr std::string_view empty_cell = "--";
 
+/// A list as text; texts of cells without a value are empty.
+struct list_table {
+  std::string_view title;
+  std::vector<std::string> cells;  // by element
+};
+
 std::string_view shown(const std::string& cell) { return cell.empty() ? empty_cell : cell; }
 
 int widest(std::span<const std::string> texts, int least) {
@@ -29,23 +35,11 @@ int widest(std::span<const std::string> texts, int least) {
 
 std::string rule(std::size_t width) { return std::string(width, '-'); }
 
-void emit_lines(std::string_view title, const std::vector<std::string>& lines) {
-  if (!title.empty()) emit(title, "\n");
-  for (const std::string& line : lines) emit(line, "\n");
-  newline();
-}
-
 int line_width() { return std::clamp(screen.columns - 1, 20, 2000); }
 
-void print_list(const list_table& t) {
-  emit_lines(t.title, tables.dense ? dense_list(t, line_width())
-                                   : framed_list(t, list_columns, line_width()));
-}
-
 /// Columns `first` to `end` - 1 of a framed matrix, under a head.
-void add_framed_columns(const matrix_table& table, std::size_t first, std::size_t end,
-                        int label_width, std::span<const int> widths,
-                        std::vector<std::string>& out) {
+void emit_framed_columns(const matrix_table& table, std::size_t first, std::size_t end,
+                         int label_width, std::span<const int> widths) {
   const std::size_t columns = widths.size();
   std::string head(at(label_width) + 2, ' ');
   for (std::size_t c = first; c < end; ++c) {
@@ -54,44 +48,28 @@ void add_framed_columns(const matrix_table& table, std::size_t first, std::size_
     head += "  " + padded_left(label, widths[c]);
   }
   const std::string line = rule(static_cast<std::size_t>(text_columns(head)) + 1);
-  out.insert(out.end(), {line, head, line});
+  emit(line, "\n", head, "\n", line, "\n");
   for (std::size_t r = 0; r < table.row_labels.size(); ++r) {
     std::string row = padded_right(table.row_labels[r], label_width) + " |";
     for (std::size_t c = first; c < end; ++c)
       row += "  " + padded_left(shown(table.cells[r * columns + c]), widths[c]);
-    out.push_back(row);
+    emit(row, "\n");
   }
-  out.push_back(line);
+  emit(line, "\n");
 }
 
-std::vector<std::string> integer_texts(std::span<const std::int64_t> values) {
-  std::vector<std::string> out;
-  out.reserve(values.size());
-  for (const std::int64_t v : values) out.push_back(v == no_value ? "" : std::to_string(v));
-  return out;
-}
-std::vector<std::string> fraction_texts(std::span<const double> values, int decimals) {
-  std::vector<std::string> out;
-  out.reserve(values.size());
-  for (const double v : values) out.push_back(fraction_text(v, decimals));
-  return out;
-}
-
-}  // namespace
-
-std::vector<std::string> framed_list(const list_table& table, int columns_per_row,
-                                     int screen_columns) {
+void emit_framed_list(const list_table& table, int screen_columns) {
   const std::size_t n = table.cells.size();
   const int label_width =
       std::max(3, static_cast<int>(std::to_string(n > 0 ? n - 1 : 0).size()) + 1);
   const int cell_width = widest(table.cells, static_cast<int>(empty_cell.size()) + 1) + 1;
   const int most = std::max(1, (screen_columns - label_width - 3) / cell_width);
-  const auto per_row = static_cast<std::size_t>(std::clamp(columns_per_row, 1, most));
+  const auto per_row = static_cast<std::size_t>(std::clamp(list_columns, 1, most));
   std::string head(at(label_width) + 2, ' ');
   for (std::size_t c = 0; c < std::min(per_row, std::max<std::size_t>(n, 1)); ++c)
     head += padded_left(std::to_string(c), cell_width);
   const std::string line = rule(head.size() + 1);
-  std::vector<std::string> out{line, head, line};
+  emit(line, "\n", head, "\n", line, "\n");
   for (std::size_t first = 0; first < n; first += per_row) {
     const std::span<const std::string> row(table.cells.data() + first,
                                            std::min(per_row, n - first));
@@ -99,14 +77,12 @@ std::vector<std::string> framed_list(const list_table& table, int columns_per_ro
       continue;
     std::string text = padded_left(std::to_string(first), label_width) + " |";
     for (const std::string& cell : row) text += padded_left(shown(cell), cell_width);
-    out.push_back(text);
+    emit(text, "\n");
   }
-  out.push_back(line);
-  return out;
+  emit(line, "\n");
 }
 
-std::vector<std::string> framed_matrix(const matrix_table& table, int screen_columns) {
-  std::vector<std::string> out;
+void emit_framed_matrix(const matrix_table& table, int screen_columns) {
   const std::size_t rows = table.row_labels.size();
   const std::size_t columns = rows ? table.cells.size() / rows : 0;
   const int label_width = widest(table.row_labels, 3);
@@ -123,33 +99,32 @@ std::vector<std::string> framed_matrix(const matrix_table& table, int screen_col
     int width = label_width + 3;
     while (end < columns && (end == first || width + widths[end] + 2 <= screen_columns))
       width += widths[end++] + 2;
-    add_framed_columns(table, first, end, label_width, widths, out);
+    emit_framed_columns(table, first, end, label_width, widths);
     first = end;
   }
-  return out;
 }
 
-std::vector<std::string> dense_list(const list_table& table, int screen_columns) {
-  std::vector<std::string> out(1);
+void emit_dense_list(const list_table& table, int screen_columns) {
+  std::string line;
   for (std::size_t i = 0; i < table.cells.size(); ++i) {
     if (table.cells[i].empty()) continue;
     const std::string item = std::to_string(i) + ":" + table.cells[i];
-    if (!out.back().empty() && text_columns(out.back()) + 1 + text_columns(item) > screen_columns)
-      out.emplace_back();
-    out.back() += (out.back().empty() ? "" : " ") + item;
+    if (!line.empty() && text_columns(line) + 1 + text_columns(item) > screen_columns) {
+      emit(line, "\n");
+      line.clear();
+    }
+    line += (line.empty() ? "" : " ") + item;
   }
-  if (out.back().empty()) out.back() = empty_cell;
-  return out;
+  emit(line.empty() ? empty_cell : line, "\n");
 }
 
-std::vector<std::string> dense_matrix(const matrix_table& table) {
-  std::vector<std::string> out;
+void emit_dense_matrix(const matrix_table& table) {
   const std::size_t rows = table.row_labels.size();
   const std::size_t columns = rows ? table.cells.size() / rows : 0;
   if (!table.column_labels.empty()) {
     std::string head = "-";
     for (const std::string& label : table.column_labels) head += " " + label;
-    out.push_back(head);
+    emit(head, "\n");
   }
   for (std::size_t r = 0; r < rows; ++r) {
     std::string text = table.row_labels[r];
@@ -157,10 +132,37 @@ std::vector<std::string> dense_matrix(const matrix_table& table) {
       text += ' ';
       text += shown(table.cells[r * columns + c]);
     }
-    out.push_back(text);
+    emit(text, "\n");
   }
+}
+
+void emit_title(std::string_view title) {
+  if (!title.empty()) emit(title, "\n");
+}
+
+void print_list(const list_table& table) {
+  emit_title(table.title);
+  if (tables.dense)
+    emit_dense_list(table, line_width());
+  else
+    emit_framed_list(table, line_width());
+  newline();
+}
+
+std::vector<std::string> integer_texts(std::span<const std::int64_t> values) {
+  std::vector<std::string> out;
+  out.reserve(values.size());
+  for (const std::int64_t v : values) out.push_back(v == no_value ? "" : std::to_string(v));
   return out;
 }
+std::vector<std::string> fraction_texts(std::span<const double> values, int decimals) {
+  std::vector<std::string> out;
+  out.reserve(values.size());
+  for (const double v : values) out.push_back(fraction_text(v, decimals));
+  return out;
+}
+
+}  // namespace
 
 std::string fraction_text(double value, int decimals) {
   if (std::isnan(value)) return "";
@@ -187,7 +189,12 @@ void print_table(std::string_view title, std::span<const double> values, int dec
 }
 
 void print_table(const matrix_table& table) {
-  emit_lines(table.title, tables.dense ? dense_matrix(table) : framed_matrix(table, line_width()));
+  emit_title(table.title);
+  if (tables.dense)
+    emit_dense_matrix(table);
+  else
+    emit_framed_matrix(table, line_width());
+  newline();
 }
 
 void print_table(std::string_view title, std::span<const std::int64_t> cells,

@@ -26,11 +26,6 @@ struct table_state {
 };
 extern table_state tables;
 
-/// A list as text; texts of cells without a value are empty.
-struct list_table {
-  std::string_view title;
-  std::vector<std::string> cells;  // by element
-};
 /// A matrix as text.
 struct matrix_table {
   std::string_view title;
@@ -55,12 +50,5 @@ void print_table(std::string_view title, std::span<const double> cells,
 void print_table(const matrix_table& table);
 /// A fraction with the precision of `tables /`; empty for no value.
 std::string fraction_text(double value, int decimals = -1);
-
-/// The lines of a list or a matrix in each form, for tests and for other outputs.
-std::vector<std::string> framed_list(const list_table& table, int columns_per_row,
-                                     int screen_columns);
-std::vector<std::string> framed_matrix(const matrix_table& table, int screen_columns);
-std::vector<std::string> dense_list(const list_table& table, int screen_columns);
-std::vector<std::string> dense_matrix(const matrix_table& table);
 
 }  // namespace zeb

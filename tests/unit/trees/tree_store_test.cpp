@@ -8,6 +8,7 @@
 #include "base/errors.h"
 #include "support/random_trees.h"
 #include "support/text_session.h"
+#include "trees/branch_labels.h"
 #include "trees/tree_groups.h"
 
 namespace zeb {
@@ -54,6 +55,23 @@ TEST(tree_store, capacity_changes_keep_trees_groups_and_memory) {
   expect_trees(50);
   ASSERT_TRUE(set_maxtrees(20, false));
   expect_trees(20);
+}
+
+TEST(tree_store, labels_take_a_bounded_part_of_memory) {
+  zeb_test::text_session session(ntax);
+  const jump_context context;
+  fill(3);
+  std::vector<branch_label> labels(static_cast<std::size_t>(store.nnodes));
+  labels[0].label.assign(arena.size / 2, 'x');
+  label_tree(0, labels);
+  EXPECT_TRUE(labels_of_tree(0).empty());
+  EXPECT_TRUE(label_memory.full);
+  labels[0].label = "a clade";
+  label_tree(1, labels);
+  EXPECT_EQ(labels_of_tree(1)[0].label, "a clade");
+  EXPECT_GT(label_memory.bytes, 0);
+  label_tree(1, {});
+  EXPECT_EQ(label_memory.bytes, 0);
 }
 
 TEST(tree_store, growing_beside_memory_in_use_harms_neither) {
