@@ -81,7 +81,7 @@ TEST_F(weighting_rules, reports_agree_with_the_oracle) {
     plain_optimiser optimiser(characters);
     for (int round = 0; round < 3; ++round) {
       const naive::rooted_tree tree = naive::random_tree(ntax, g);
-      optimiser.optimise(record_of(tree), polytomy_kind::hard, kept_sets::none);
+      optimiser.optimise(record_of(tree), polytomy_kind::hard);
       const double score =
           naive::score(data.weights.how, zeb_test::homoplasy_on(data.oracle, tree));
       ASSERT_NEAR(tree_fit(optimiser, rules, characters, fit_form::cost), score, 1e-9);

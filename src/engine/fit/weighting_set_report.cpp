@@ -107,7 +107,7 @@ void report_weighting_sets() {
   plain_optimiser optimiser(characters);
   for (int t = 0; t < store.ntrees; ++t) {
     if (!trees[at(t)]) continue;
-    optimiser.optimise(stored_tree(t), polytomy_kind::hard, kept_sets::none);
+    optimiser.optimise(stored_tree(t), polytomy_kind::hard);
     emitf("For tree %i", t);
     show(what, rules, sums_on_tree(optimiser, rules, characters));
   }

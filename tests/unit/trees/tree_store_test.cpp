@@ -69,9 +69,9 @@ TEST(tree_store, labels_take_a_bounded_part_of_memory) {
   labels[0].label = "a clade";
   label_tree(1, labels);
   EXPECT_EQ(labels_of_tree(1)[0].label, "a clade");
-  EXPECT_GT(label_memory.bytes, 0);
+  EXPECT_GT(label_memory.bytes, 0U);
   label_tree(1, {});
-  EXPECT_EQ(label_memory.bytes, 0);
+  EXPECT_EQ(label_memory.bytes, 0U);
 }
 
 TEST(tree_store, growing_beside_memory_in_use_harms_neither) {
