@@ -13,8 +13,8 @@ from verdict import verdict
 # What may be cited, by authors and year. Of phylogenetics these only; works of computing and statistics are
 # added as they are used. Where no work fits, a comment describes the method in words.
 WORKS = """
-Alachiotis and Stamatakis 2011; Amenta, Clarke and St. John 2003; Baum 1992; Bordewich and Semple 2005;
-Bremer 1988; Bremer 1990; Bremer 1994; Chen and others 2003; Day 1985;
+Aho and others 1981; Alachiotis and Stamatakis 2011; Amenta, Clarke and St. John 2003; Baum 1992;
+Bordewich and Semple 2005; Bremer 1988; Bremer 1990; Bremer 1994; Chen and others 2003; Day 1985;
 Dreyfus and Wagner 1971; Farris 1970; Farris 1989;
 Farris and others 1996; Felsenstein 1981; Felsenstein 1985; Fitch 1971; Gladstein 1997; Gower 1975;
 Hartigan 1973; Hendy and Penny 1982; Kluge and Farris 1969; Lewis 1998; Lewis 2001; Maddison 1989;

@@ -41,10 +41,9 @@ void copy_tree_in_work(const search_data& data, std::span<std::int32_t> anc) {
 
 /// One build, with the generator as it stands. False where constraints left a taxon no place.
 bool build_once(search_context& context, std::span<std::int32_t> anc,
-                const addition_settings& additions, bool constrained,
-                group_tables::closing closing = group_tables::closing::early) {
-  wagner_build build(context, additions);
-  build.closing = closing;
+                const addition_settings& additions, const build_constraints& obeyed) {
+  wagner_build build(context, additions, obeyed);
+  const bool constrained = obeyed.rows || context.slots.forbids;
   const int n = context.data.n;
   random_sequence(context.random, n, build.order.first(at(n)), 0, {});
   std::optional<other_outgroup> outgroup;
@@ -65,15 +64,22 @@ bool build_once(search_context& context, std::span<std::int32_t> anc,
 }
 
 /// Taxa that float may be put where they leave others no place, and what negative groups need may
-/// come to hang on the last taxon alone: another sequence mostly helps. Where it doesn't, any tree
-/// must do.
+/// come to hang on the last taxon alone: another sequence mostly helps. Then a tree is taken that
+/// has all positive groups, and taxa are added so as to get it; where that doesn't help either, any
+/// tree must do.
 void build_under_constraints(search_context& context, std::span<std::int32_t> anc,
                              const addition_settings& additions) {
-  constexpr int sequences_tried = 10;
+  const constraint_rows& rows = context.constraints_in_force->rows();
+  constexpr int sequences_tried = 5;
+  using closing = group_tables::closing;
   for (int i = 0; i < sequences_tried; ++i) {
-    const auto closing =
-        i < sequences_tried / 2 ? group_tables::closing::early : group_tables::closing::surely;
-    if (build_once(context, anc, additions, true, closing) || interrupted()) return;
+    if (build_once(context, anc, additions, {&rows, closing::early}) || interrupted()) return;
+  }
+  const std::optional<constraint_rows> closed = without_floating(rows);
+  for (int i = 0; i < sequences_tried; ++i) {
+    const build_constraints obeyed{closed ? &*closed : &rows,
+                                   i % 2 ? closing::early : closing::surely};
+    if (build_once(context, anc, additions, obeyed) || interrupted()) return;
   }
   if (!find_constrained_tree(context) && !interrupted())
     error_end("Sorry, cannot build a tree with specified constraints");
@@ -101,7 +107,7 @@ void wagner_tree(search_context& context, std::span<std::int32_t> anc,
   if (context.constraints_in_force) {
     build_under_constraints(context, anc, additions);
   } else {
-    build_once(context, anc, additions, constrained);
+    build_once(context, anc, additions, {});
   }
 }
 

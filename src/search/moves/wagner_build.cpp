@@ -17,19 +17,21 @@
 
 namespace zeb {
 
-wagner_build::wagner_build(search_context& search, const addition_settings& how)
+wagner_build::wagner_build(search_context& search, const addition_settings& how,
+                           const build_constraints& obeyed)
     : context(search),
       data(search.data),
       additions(how),
       fits(data.implied_on),
       slots(search.slots),
+      closing(obeyed.closing),
       more_to_ask(data.has_wide || slots.forbids) {
   const std::size_t nodes = at(data.nodes);
   order = alloc_low<std::int32_t>(nodes);
   candidates = alloc_low<std::int32_t>(nodes);
   pairs = alloc_low<std::int32_t>(nodes);
   scan_order = alloc_low<std::int32_t>(nodes);
-  if (search.constraints_in_force) groups.emplace(search.constraints_in_force->rows(), data.nodes);
+  if (obeyed.rows) groups.emplace(*obeyed.rows, data.nodes);
 }
 
 void wagner_build::first_tree(int a, int b, int c) {

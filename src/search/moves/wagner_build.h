@@ -12,8 +12,15 @@
 
 namespace zeb {
 
+/// The constraints that a build obeys; null: none.
+struct build_constraints {
+  const constraint_rows* rows = nullptr;
+  group_tables::closing closing = group_tables::closing::early;
+};
+
 struct wagner_build {
-  wagner_build(search_context& search, const addition_settings& how);
+  wagner_build(search_context& search, const addition_settings& how,
+               const build_constraints& obeyed);
 
   arena_scope memory;  // the spans below
   search_context& context;
@@ -28,7 +35,7 @@ struct wagner_build {
   const bool fits;                     // implied weights: costs are fits
   const move_slots& slots;             // of the search
   std::optional<group_tables> groups;  // of the tree as it is, under constraints
-  group_tables::closing closing = group_tables::closing::early;
+  const group_tables::closing closing;
   bool stuck = false;      // a taxon could go nowhere
   const bool more_to_ask;  // there are wide characters, or something may forbid places
 
