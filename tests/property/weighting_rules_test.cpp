@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <vector>
 
 #include "base/scores.h"
 #include "engine/fit/fit_rules.h"
@@ -109,8 +110,8 @@ TEST_F(weighting_rules, searches_find_all_trees_of_the_best_score) {
     const char* const commands = searches[seed % std::size(searches)];
     SCOPED_TRACE(::testing::Message()
                  << "seed " << seed << ": " << data.weights.commands << commands);
-    const std::string said =
-        zeb_test::run_program("keep 0; hold 2000; rseed 5; " + std::string(commands));
+    const std::string said = zeb_test::run_program(
+        "keep 0; hold 2000; rseed 5; mult:ras nowcluster; " + std::string(commands));
     ASSERT_EQ(said.find("rror"), std::string::npos) << said;
     ASSERT_EQ(said.find("OOpps"), std::string::npos) << said;
     double best = no_bound;
@@ -125,6 +126,41 @@ TEST_F(weighting_rules, searches_find_all_trees_of_the_best_score) {
     ASSERT_NEAR(last_search.best, best, 1e-9 * (1 + best));
     if (seed % std::size(searches) < std::size(searches) - 1) {
       ASSERT_EQ(store.ntrees, number);
+    }
+  }
+}
+
+// Each accepted move is checked by the swapper itself, which tells of a score that is wrong.
+TEST_F(weighting_rules, scores_of_searches_in_more_taxa_are_those_of_the_oracle) {
+  constexpr const char* searches[] = {
+      "mult=replic 1 hold 1 tbr;",
+      "mult=replic 2 hold 5 spr; bbreak=safe; bbreak:nosafe;",
+      "mult=replic 1 hold 5 tbr wcluster 6; mult:nowcluster;",
+      "mult=replic 1 hold 1 wagner; bbreak=limit 4; bbreak:nolimit;",
+      "mult=replic 1 hold 1 wagner cas 3; mult:ras; bbreak=nomulpars preproc; bbreak:mulpars "
+      "nopreproc;",
+      "mult=replic 1 hold 3 tbr; subopt 0.3x0.6; bbreak; subopt 0; best;",
+  };
+  for (unsigned seed = 1; seed <= 90; ++seed) {
+    std::mt19937 g(seed);
+    const int ntax = draw(g, 7, 24);
+    const weighted_data data = draw_data(g, ntax);
+    const std::string commands = std::string("collapse ") + std::to_string(seed % 5) + ";" +
+                                 searches[seed % std::size(searches)];
+    SCOPED_TRACE(::testing::Message()
+                 << "seed " << seed << ": " << data.weights.commands << commands);
+    const std::string said =
+        zeb_test::run_program("keep 0; hold 40; rseed 5; mult:ras nowcluster; " + commands);
+    ASSERT_EQ(said.find("rror"), std::string::npos) << said;
+    ASSERT_EQ(said.find("OOpps"), std::string::npos) << said;
+    ASSERT_GT(store.ntrees, 0);
+    for (int t = 0; t < store.ntrees; ++t) {
+      const tree_span record = stored_tree(t);
+      naive::rooted_tree tree{ntax, std::vector<int>(record.begin(), record.end())};
+      tree.parent[at(ntax)] = -1;
+      const double score =
+          naive::score(data.weights.how, zeb_test::homoplasy_on(data.oracle, tree));
+      ASSERT_NEAR(last_search.best, score, 1e-9 * (1 + score));
     }
   }
 }
