@@ -217,12 +217,16 @@ struct vectors {
     }
   }
 
-  static void branch(wide_characters all, const word* above, const word*, const word* down,
+  static void branch(wide_characters all, const word* above, const word* final, const word* down,
                      word* own) {
     for (const wide_character& c : all) {
       const model& m = model_of(c);
       lane* const costs = at_word(own, c.branch_at);
-      rest_of_tree(m, c, above, down, costs);
+      // The rest of the tree is in the node's `final` already.
+      if (final)
+        difference_of(m, at_word(final, c.final_at), at_word(down, c.down_at), costs);
+      else
+        rest_of_tree(m, c, above, down, costs);
       sum_of(m, costs, at_word(down, c.down_at) + m.width, costs);
       cheapest_ways(m, m.to, costs, costs + m.width);
     }
