@@ -216,8 +216,10 @@ TEST_F(mixed_packing, searches_by_fit_end_with_the_score_that_reports_tell) {
     zeb_test::mixed_shape shape = random_shape(g, 6);
     shape.ntax = 6;
     zeb_test::fill_mixed(shape, g);
-    for (character_record& record : matrix.characters)
+    for (character_record& record : matrix.characters) {
       if (record.is_sankoff && chance(g, 0.3)) record.user_min_steps = draw(g, 0, 4);
+      if (chance(g, 0.2)) record.internal_steps = draw(g, 1, 2);
+    }
     weighting.on = true;
     weighting.concavity = draw(g, 1, 8);
     SCOPED_TRACE(::testing::Message() << "seed " << seed);
