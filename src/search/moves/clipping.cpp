@@ -46,6 +46,7 @@ bool list_few_open(swap_run& run) {
   run.n_open_main = run.n_open_subtree = 0;
   if (!run.constraints_in_force || run.joint < 0) return false;
   const search_constraints& obeyed = *run.constraints_in_force;
+  if (!obeyed.closes_any()) return false;
   const int main = obeyed.list_open_main(run.data, run.sister, run.scan_list, most_pairs / 8);
   if (main > most_pairs / 8) return false;
   const int most = most_pairs / main;

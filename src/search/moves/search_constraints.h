@@ -41,6 +41,8 @@ class search_constraints {
   void tree_changed();
   /// May any other place be open to this clip? To be asked before it is made, and then about moves.
   bool begin_clip(const search_data& data, int clip);
+  /// Is any branch known to be closed to it?
+  bool closes_any() const { return closes_any_; }
   /// Is the branch, of the main tree or the subtree, closed to the clip?
   bool closes(int branch) const;
   /// Lists the open branches of the main tree, the clip detached, from its old place `sister`
