@@ -54,7 +54,7 @@ void register_trees() {
   hooks_of_matrix.constraints_defined = [] { return constraints.defined(); };
   add_methods(methods_part::choices, []() -> std::vector<std::string> {
     if (!constraints.active) return {};
-    return {definitions_text(), "constrain ="};
+    return {definitions_line(), "constrain ="};
   });
   add_methods(methods_part::choices, []() -> std::vector<std::string> {
     if (!matrix.present || store.maxtrees == tree_store().maxtrees) return {};

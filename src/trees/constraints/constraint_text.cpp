@@ -1,5 +1,6 @@
 #include "trees/constraints/constraint_text.h"
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -59,6 +60,15 @@ std::string definitions_text() {
   for (const constraint_group& group : constraints.positive) text += group_as_item(group, '+');
   for (const constraint_group& group : constraints.negative) text += group_as_item(group, '-');
   return text;
+}
+
+std::string definitions_line() {
+  std::string line = definitions_text();
+  std::replace(line.begin(), line.end(), '\n', ' ');
+  line.erase(
+      std::unique(line.begin(), line.end(), [](char a, char b) { return a == ' ' && b == ' '; }),
+      line.end());
+  return line;
 }
 
 std::string definitions_list() {
