@@ -37,6 +37,7 @@ struct level {
   std::span<word> charged;  // fields that the bound from conflicts charges
   std::span<word> added;    // the taxon added last, its new states taken as missing
   std::vector<character_conflicts::bits> unspoilt;  // characters without homoplasy
+  double conflicts = 0;                             // the bound that these give
 
   std::int32_t* places_of(std::size_t which) { return places.data() + which * room; }
 };
@@ -62,7 +63,9 @@ class enumeration {
 
   void expand(int taxa, double length);
   int choose_taxon(level& now, double allowed);
-  int filter_places(level& now, std::size_t which, double allowed, double* least);
+  double drop_dear_places(level& now, std::size_t which, double allowed);
+  void drop_forbidden_places(level& now, std::size_t which) const;
+  double filter_places(level& now, std::size_t which, double allowed);
   void list_candidates(level& now, std::size_t which, double length, std::vector<candidate>& out);
   void descend(int taxa, std::size_t which, const candidate& to);
   void hand_places_down(level& now, std::size_t which, std::int32_t branch, level& next);
@@ -183,17 +186,15 @@ double enumeration::limit() const {
   return kind_of_scores(data_) == score_kind::whole ? best_ - 1 : best_ - 2 * rounding_;
 }
 
-/// Drops the places of a taxon where it costs more than is allowed; returns how many stay, and the
-/// least cost there. Prices leave out what the bound has charged already.
-int enumeration::filter_places(level& now, std::size_t which, double allowed, double* least) {
+/// Drops the places of a taxon, its sets in `costed_`, where it costs more than is allowed. Returns
+/// the least cost at those that stay.
+double enumeration::drop_dear_places(level& now, std::size_t which, double allowed) {
   constexpr double most_steps = 1e9;
   const int taxon = now.rest[which];
-  ahead_.without_new_states(data_, taxon, now.present.data(), costed_.data());
-  for (std::size_t w = 0; w < ahead_.words(); ++w) costed_[w] |= now.charged[w];
   std::int32_t* const items = now.places_of(which);
   const int count = now.place_count[which];
   int kept = 0;
-  *least = no_bound;
+  double least = no_bound;
   for (int i = 0; i < count; ++i) {
     double cost = 0;
     if (data_.implied_on) {
@@ -207,13 +208,39 @@ int enumeration::filter_places(level& now, std::size_t which, double allowed, do
       cost = steps;
     }
     if (i >= count) break;
-    if (!wide_allow(taxon, items[i], allowed, &cost) || is_forbidden(taxon, items[i])) continue;
-    *least = std::min(*least, cost);
+    if (!wide_allow(taxon, items[i], allowed, &cost)) continue;
+    least = std::min(least, cost);
     items[kept++] = items[i];
   }
   context_.rearrangements.add(static_cast<std::uint64_t>(count));
   now.place_count[which] = kept;
-  return kept;
+  return least;
+}
+
+void enumeration::drop_forbidden_places(level& now, std::size_t which) const {
+  if (!groups_ && !context_.slots.forbids) return;
+  std::int32_t* const items = now.places_of(which);
+  std::int32_t* const end =
+      std::remove_if(items, items + now.place_count[which],
+                     [&](std::int32_t v) { return is_forbidden(now.rest[which], v); });
+  now.place_count[which] = static_cast<int>(end - items);
+}
+
+/// Drops the places of a taxon that lead to no tree within the limit; returns the least cost at the
+/// others. Once with the characters that conflicts are charged for taken as missing, on top of that
+/// bound, and once with all, on top of the length alone: each drops places that the other leaves.
+double enumeration::filter_places(level& now, std::size_t which, double allowed) {
+  const word* const present = now.present.data();
+  double least = 0;
+  if (now.conflicts > 0) {
+    ahead_.without_new_states(data_, now.rest[which], present, costed_.data());
+    for (std::size_t w = 0; w < ahead_.words(); ++w) costed_[w] |= now.charged[w];
+    least = now.conflicts + drop_dear_places(now, which, allowed - now.conflicts);
+  }
+  ahead_.without_new_states(data_, now.rest[which], present, costed_.data());
+  least = std::max(least, drop_dear_places(now, which, allowed));
+  drop_forbidden_places(now, which);
+  return least;
 }
 
 // ---- the start ----
@@ -306,8 +333,8 @@ int enumeration::choose_taxon(level& now, double allowed) {
   int fewest = 0;
   double dearest = 0;
   for (std::size_t i = 0; i < now.rest.size(); ++i) {
-    double least = 0;
-    const int places = filter_places(now, i, allowed, &least);
+    const double least = filter_places(now, i, allowed);
+    const int places = now.place_count[i];
     if (places == 0) return -1;
     if (chosen >= 0 && (places > fewest || (places == fewest && least <= dearest))) continue;
     chosen = static_cast<int>(i);
@@ -329,7 +356,7 @@ void enumeration::list_candidates(level& now, std::size_t which, double length,
     const double cost = cost_at(taxon, costed_.data(), branch, allowed);
     if (cost > allowed) continue;
     candidate c{branch, length + cost, length + cost};
-    if (!last) {
+    if (!last && now.conflicts > 0) {
       std::copy(now.unspoilt.begin(), now.unspoilt.end(), unspoilt_then_.begin());
       conflicts_.drop_failing(costed_.data(), branch_sets(branch), unspoilt_then_.data());
       c.bound += conflicts_.bound(unspoilt_then_.data());
@@ -388,8 +415,8 @@ void enumeration::expand(int taxa, double length) {
   level& now = level_of(taxa);
   if (groups_) groups_->read_growing_tree(data_.tree);
   const std::size_t all_places = now.room;
-  const double conflicts = conflicts_.bound(now.unspoilt.data(), now.charged.data());
-  const int chosen = choose_taxon(now, limit() - length - conflicts);
+  now.conflicts = conflicts_.bound(now.unspoilt.data(), now.charged.data());
+  const int chosen = choose_taxon(now, limit() - length);
   if (chosen < 0) return;
   const auto which = at(chosen);
   std::vector<candidate>& list = candidates_[at(taxa)];
