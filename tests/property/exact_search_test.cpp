@@ -1,15 +1,13 @@
 // `ienum` finds all trees within the limit: best score and number against all trees there are.
 #include <gtest/gtest.h>
 
-#include <numeric>
+#include <algorithm>
 #include <vector>
 
-#include "engine/collapsing/collapsing.h"
 #include "engine/fit/weighting_settings.h"
-#include "matrix/character_steps.h"
 #include "matrix/matrix_layout.h"
 #include "matrix/settings/taxon_settings.h"
-#include "property/random_costs.h"
+#include "property/random_weighting.h"
 #include "search/exact/implicit_enumeration.h"
 #include "search/search_session.h"
 #include "search/search_settings.h"
@@ -28,7 +26,6 @@ class exact_search : public ::testing::Test {
   static void SetUpTestSuite() { zeb_test::start_program(); }
   void TearDown() override {
     weighting = {};
-    collapsing = {};
     set_suboptimal(0, 0);
     wipe_matrix();
   }
@@ -71,39 +68,53 @@ zeb_test::mixed_shape random_mixture(std::mt19937& g) {
   return shape;
 }
 
-double fit_of(const zeb_test::mixed_matrix& data, const naive::rooted_tree& tree) {
-  double sum = 0;
-  for (std::size_t c = 0; c < data.cells.size(); ++c) {
-    const double unit = data.ranges[c].empty() ? 1.0 : 0.001;
-    const double least = unit * static_cast<double>(minimum_steps(static_cast<int>(c)));
-    const double h = unit * static_cast<double>(data.steps(c, tree)) - least;
-    sum += data.weight[c] * h / (weighting.concavity + h);
+/// Data of all kinds, as a user can set them up.
+struct random_problem {
+  int ntax = 0;  // active
+  bool fits = false;
+  double suboptimal = 0;
+  zeb_test::mixed_matrix data;
+  zeb_test::random_weights weights;
+
+  double score(const naive::rooted_tree& tree) const {
+    return fits ? naive::score(weights.how, zeb_test::homoplasy_on(data, tree)) : data.length(tree);
   }
-  return sum;
+};
+
+random_problem draw_problem(std::mt19937& g) {
+  const zeb_test::mixed_shape shape = random_mixture(g);
+  random_problem p;
+  weighting = {};
+  p.fits = weighting.on = chance(g, 0.4);
+  p.data = fill_mixed(shape, g);
+  p.ntax = shape.ntax > 4 && chance(g, 0.3) ? shape.ntax - 1 : shape.ntax;
+  std::vector<std::uint8_t> active(static_cast<std::size_t>(shape.ntax), 1);
+  if (p.ntax < shape.ntax) active.back() = 0;
+  set_active_taxa(active);
+  if (shape.with_costs == 0) set_outgroup(draw(g, 0, p.ntax - 1));
+  if (p.fits) {
+    p.weights = zeb_test::draw_weights(p.data, shape.with_costs + shape.continuous == 0, g);
+    const std::string said = zeb_test::run_program(p.weights.commands);
+    EXPECT_EQ(said.find("rror"), std::string::npos) << said;
+  }
+  const bool fractional = p.fits || shape.continuous > 0;
+  if (chance(g, 0.4)) p.suboptimal = fractional ? 0.01 * draw(g, 1, 100) : draw(g, 1, 4);
+  set_suboptimal(p.suboptimal, 0);
+  return p;
 }
 
 TEST_F(exact_search, finds_all_trees_of_mixed_data) {
   for (unsigned seed = 1; seed <= 40; ++seed) {
     std::mt19937 g(seed);
-    const zeb_test::mixed_shape shape = random_mixture(g);
-    const zeb_test::mixed_matrix data = fill_mixed(shape, g);
-    weighting = {};
-    weighting.on = shape.with_costs == 0 && chance(g, 0.3);
-    weighting.concavity = std::uniform_real_distribution<double>(0.3, 20)(g);
-    const bool fractional = weighting.on || shape.continuous > 0;
-    const double suboptimal = chance(g, 0.6) ? 0
-                              : fractional   ? 0.01 * draw(g, 1, 100)
-                                             : draw(g, 1, 4);
-    set_suboptimal(suboptimal, 0);
+    const random_problem p = draw_problem(g);
     set_maxtrees(11000, false);
-    const found_trees all = best_of_all(shape.ntax, suboptimal, [&](const auto& tree) {
-      return weighting.on ? fit_of(data, tree) : data.length(tree);
-    });
+    const found_trees all =
+        best_of_all(p.ntax, p.suboptimal, [&](const auto& tree) { return p.score(tree); });
     for (const exact_settings& how : {exact_settings{}, exact_settings{.look_ahead = false},
                                       exact_settings{.keep_places = false}}) {
       SCOPED_TRACE(::testing::Message()
-                   << "seed " << seed << ", " << shape.ntax << " taxa, fits " << weighting.on
-                   << ", look " << how.look_ahead << ", keep " << how.keep_places);
+                   << "seed " << seed << ", " << p.ntax << " taxa, " << p.weights.commands
+                   << " look " << how.look_ahead << ", keep " << how.keep_places);
       const found_trees found = search(how, seed);
       EXPECT_NEAR(found.best, all.best, 1e-9 * (1 + all.best));
       EXPECT_EQ(found.number, all.number);

@@ -1,5 +1,5 @@
-// `mult` followed by `bbreak` finds all shortest trees of few taxa, under every quick collapsing
-// rule: score and number against all trees there are.
+// `mult` followed by `bbreak`, and `ienum`, find all shortest trees of few taxa, under every
+// collapsing rule: score and number against all trees there are.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -11,8 +11,10 @@
 #include "property/random_matrix.h"
 #include "search/drivers/bbreak.h"
 #include "search/drivers/mult.h"
+#include "search/exact/implicit_enumeration.h"
 #include "search/moves/swapper.h"
 #include "search/search_session.h"
+#include "search/store/filter.h"
 #include "search/store/stored_trees.h"
 #include "support/all_trees.h"
 #include "support/program.h"
@@ -92,6 +94,34 @@ std::pair<double, int> search(int seed) {
   return {result.best, store.ntrees};
 }
 
+/// The same for the exact search, with what a command does at its end.
+std::pair<double, int> exact_search() {
+  set_tree_count(store, 0);
+  search_session session;
+  const exact_result result = find_all_best_trees(session.context(), {});
+  filter_by_score(session.context(), result.best);
+  drop_equal_by_full_rule(session.context());
+  return {result.best, store.ntrees};
+}
+
+std::vector<tree_node> record_of(const naive::rooted_tree& tree) {
+  std::vector<tree_node> record(tree.parent.begin(), tree.parent.end());
+  record[static_cast<std::size_t>(tree.terminals)] = static_cast<tree_node>(tree.parent.size());
+  return record;
+}
+
+/// How many trees the best ones are when the full rule collapses them.
+int number_as_collapsed(const optimal_trees& best, int rule) {
+  branch_judge judge(rule);
+  std::set<std::vector<tree_node>> distinct;
+  for (const naive::rooted_tree& tree : best.trees) {
+    std::vector<tree_node> record = record_of(tree);
+    judge.condense(record);
+    distinct.insert(record);
+  }
+  return static_cast<int>(distinct.size());
+}
+
 std::vector<naive::rooted_tree> trees_in_memory(int ntax) {
   std::vector<naive::rooted_tree> trees;
   for (int t = 0; t < store.ntrees; ++t) {
@@ -103,6 +133,14 @@ std::vector<naive::rooted_tree> trees_in_memory(int ntax) {
 }
 
 using groups = std::set<std::uint32_t>;
+
+std::set<groups> all_as_collapsed(const optimal_trees& best,
+                                  const std::vector<std::vector<std::uint32_t>>& cells,
+                                  naive::support rule) {
+  std::set<groups> all;
+  for (const naive::rooted_tree& tree : best.trees) all.insert(supported_groups(tree, cells, rule));
+  return all;
+}
 
 /// What swapping promises under a collapsing rule: shortest trees, each once as collapsed, and none
 /// missing that a swap of a binary tree in memory reaches.
@@ -144,6 +182,12 @@ TEST_F(exhaustive_search, all_shortest_trees_are_found) {
     const auto [score, number] = search(round + 1);
     EXPECT_EQ(static_cast<long>(score), best.score) << "round " << round;
     EXPECT_EQ(number, static_cast<int>(best.trees.size())) << "round " << round;
+    EXPECT_EQ(exact_search(), std::pair(score, number)) << "round " << round;
+    if (best.trees.size() < 60) {
+      collapsing.rule = 4 + round % 3;
+      EXPECT_EQ(exact_search().second, number_as_collapsed(best, collapsing.rule))
+          << "round " << round << " rule " << collapsing.rule;
+    }
     if (!unordered) continue;
     const auto cells = informative_cells(oracle, best.varies);
     constexpr naive::support rules[] = {naive::support::always, naive::support::possible,
@@ -154,6 +198,9 @@ TEST_F(exhaustive_search, all_shortest_trees_are_found) {
       search(round + 1);
       expect_closed(best, cells, rules[rule], shape.ntax,
                     "round " + std::to_string(round) + " rule " + std::to_string(rule));
+      EXPECT_EQ(exact_search().second,
+                static_cast<int>(all_as_collapsed(best, cells, rules[rule]).size()))
+          << "round " << round << " rule " << rule;
     }
   }
 }

@@ -76,6 +76,12 @@ class enumeration {
   void note_progress(int taxa, std::size_t done);
   bool stop();
 
+  /// Trees that a search can only approach the collapsing of are all kept, for the full rule to
+  /// judge at the end: those that it leaves apart needn't be apart by the quick one.
+  bool collapses_as_found() const {
+    constexpr int last_quick_rule = 3;
+    return search_level(context_) > 0 && search_level(context_) <= last_quick_rule;
+  }
   level& level_of(int taxa) { return levels_[at(taxa)]; }
   const word* branch_sets(int v) const { return data_.branch_base + at(v) * data_.set_stride; }
   /// Cost of a taxon, whose packed sets are `words`, at a branch; exact up to `allowed`.
@@ -442,7 +448,7 @@ void enumeration::complete(int taxon, const candidate& last) {
     score = total_fit(data_);
     uncount_steps(taxon, costed_.data(), last.branch);
   }
-  if (search_level(context_) > 0) {
+  if (collapses_as_found()) {
     tree_.add(taxon, last.branch);
     mark_tree_in_work(context_, marks_);
     keep(score);
@@ -541,7 +547,7 @@ exact_result enumeration::run() {
     if (context_.trees.ntrees == 0 && !start_tree_.empty())
       store_tree(context_, start_tree_, 0, start_score_);
   }
-  result_.best = context_.trees.ntrees > 0 ? best_stored(context_, 0) : best_;
+  result_.best = best_;
   return result_;
 }
 
