@@ -237,14 +237,13 @@ void enumeration::drop_forbidden_places(level& now, std::size_t which) const {
 /// bound, and once with all, on top of the length alone: each drops places that the other leaves.
 double enumeration::filter_places(level& now, std::size_t which, double allowed) {
   const word* const present = now.present.data();
-  double least = 0;
   if (now.conflicts > 0) {
     ahead_.without_new_states(data_, now.rest[which], present, costed_.data());
     for (std::size_t w = 0; w < ahead_.words(); ++w) costed_[w] |= now.charged[w];
-    least = now.conflicts + drop_dear_places(now, which, allowed - now.conflicts);
+    drop_dear_places(now, which, allowed - now.conflicts);
   }
   ahead_.without_new_states(data_, now.rest[which], present, costed_.data());
-  least = std::max(least, drop_dear_places(now, which, allowed));
+  const double least = drop_dear_places(now, which, allowed);
   drop_forbidden_places(now, which);
   return least;
 }
