@@ -126,7 +126,7 @@ constexpr command_row rows[] = {
     {"save",        save_command, true,  topic_save | topic_trees},
     {"screen",      screen_command, false, topic_output},
     {"scores",      scores_command, true,  topic_diagnosis | topic_trees},
-    {"sectsch",     none, true,  topic_searching},
+    {"sectsch",     sectsch_command, true,  topic_searching, false, &sectsch_options},
     {"shortread",   shortread_command, true,  topic_input | topic_trees},
     {"shpcomp",     none, true,  topic_diagnosis | topic_various},
     {"silent",      silent_command, false, topic_output | topic_settings, false, &silent_options},

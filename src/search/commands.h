@@ -9,6 +9,7 @@ extern const option_table drift_options;
 extern const option_table ienum_options;
 extern const option_table mult_options;
 extern const option_table ratchet_options;
+extern const option_table sectsch_options;
 extern const option_table tfuse_options;
 
 void bbreak_command();
@@ -17,6 +18,7 @@ void drift_command();
 void ienum_command();
 void mult_command();
 void ratchet_command();
+void sectsch_command();
 void subopt_command();
 void tfuse_command();
 

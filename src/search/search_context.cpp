@@ -28,7 +28,6 @@ search_context::search_context(search_data& packed, tree_slots& slots_for_trees,
   records.scratch = calloc_low<std::int32_t>(2 * at(data.nodes));
   records.of_slot = alloc_low<tree_record>(at(trees.maxtrees));
   for (tree_record& record : records.of_slot) record = {};
-  constraints_in_force = search_constraints::in_force(data);
   for (const slot_binder bind : hooks_of_search.slot_binders) bind(data, slots);
 }
 
@@ -37,6 +36,12 @@ namespace {
 search_data packed(const packing_request& request) {
   search_data data;
   prepare_search_data(data, request);
+  return data;
+}
+
+search_data reduced(const search_data& outer, const tree_sector& sector, double score) {
+  search_data data;
+  prepare_reduced_data(data, outer, sector, score);
   return data;
 }
 
@@ -56,16 +61,32 @@ context_scope::context_scope(const packing_request& request, int capacity,
       own_slots_(slots_in_arena(capacity, own_data_.nodes)),
       context_(own_data_, own_slots_, rules) {
   context_.own_data = true;
+  context_.constraints_in_force = search_constraints::in_force(own_data_);
   context_.random.seed(seed);
-  if (!outer) return;
-  context_.outer = outer;
-  context_.shown = outer->shown;
-  context_.clock = outer->clock;
+  if (outer) begin_within(*outer);
+}
+
+context_scope::context_scope(search_context& outer, const tree_sector& sector, double score,
+                             int capacity, const search_rules& rules)
+    : own_data_(reduced(outer.data, sector, score)),
+      own_slots_(slots_in_arena(capacity, own_data_.nodes)),
+      context_(own_data_, own_slots_, rules) {
+  context_.own_data = true;
+  if (outer.constraints_in_force)
+    context_.constraints_in_force = outer.constraints_in_force->of_sector(outer.data, sector);
+  begin_within(outer);
+}
+
+void context_scope::begin_within(search_context& outer) {
+  context_.outer = &outer;
+  context_.shown = outer.shown;
+  context_.clock = outer.clock;
 }
 
 context_scope::context_scope(search_data& data, tree_slots& trees, const search_rules& rules,
                              const random_generator& random)
     : context_(data, trees, rules) {
+  context_.constraints_in_force = search_constraints::in_force(data);
   context_.random = random;
 }
 

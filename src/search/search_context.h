@@ -18,12 +18,10 @@
 // the midst of a swap. What the inner search found must be read before the scope ends; who wants
 // its work to count adds its counters to those of the outer context.
 //
-// Sectors of a tree will stand on this: the branches that leave a sector become terminals, whose
-// states are the sets that the passes made for them, so they are encoded into the words of the
-// inner data set instead of rows of the matrix; characters that are the same on all trees of the
-// sector fall out of its packing into `base_steps`, so that the inner score and the outer one
-// differ by a constant and a gain in the sector is a gain of the whole tree. A sector's search may
-// cut sectors of its own: contexts nest as deep as the arena allows.
+// Sectors of a tree stand on this, too: what leaves a sector becomes terminals, whose sets are
+// copied from those of the outer data (`engine/packing/reduced_data.h`), and the inner score is
+// that of the whole tree. A sector's search may cut sectors of its own: contexts nest as deep as
+// the arena allows.
 #pragma once
 
 #include <array>
@@ -37,6 +35,7 @@
 #include "base/scores.h"
 #include "engine/collapsing/collapsing.h"
 #include "engine/packing/packing_request.h"
+#include "engine/packing/reduced_data.h"
 #include "engine/search_data.h"
 #include "search/moves/move_slots.h"
 #include "search/moves/search_constraints.h"
@@ -124,6 +123,10 @@ struct rearrangement_counter {
       low %= 1'000'000'000;
     }
   }
+  void add(const rearrangement_counter& other) {
+    high += other.high;
+    add(other.low);
+  }
   double total() const { return static_cast<double>(high) * 1e9 + static_cast<double>(low); }
 };
 
@@ -170,12 +173,18 @@ class context_scope {
   /// starts at `seed`. It runs in the midst of `outer`, or by itself. Errors: those of packing.
   context_scope(const packing_request& request, int capacity, const search_rules& rules,
                 unsigned seed, search_context* outer = nullptr);
+  /// A search over a sector of the tree in work of `outer`, whose score is `score`; see
+  /// reduced_data.h. Scores of the inner search are those of the whole tree.
+  context_scope(search_context& outer, const tree_sector& sector, double score, int capacity,
+                const search_rules& rules);
   context_scope(const context_scope&) = delete;
   context_scope& operator=(const context_scope&) = delete;
 
   search_context& context() { return context_; }
 
  private:
+  void begin_within(search_context& outer);
+
   arena_scope memory_;
   search_data own_data_;  // these two are empty where others are used
   tree_slots own_slots_;

@@ -1,5 +1,4 @@
 #include "engine/fit/implied_weighting.h"
-#include <cstdlib>
 
 #include <algorithm>
 #include <compare>
@@ -103,16 +102,13 @@ double least_cost_of(const fit_layout& fits, const fit_counter& c) {
   return c.weight * least_step(c) * slope;
 }
 
-/// Each set gets its curve and the counters that are in it.
-void make_sets(search_data& data, const fit_rules& rules) {
-  data.fit_sets = calloc_low<set_counter>(rules.sets.size());
+/// Each set gets the counters that are in it.
+void fill_sets(search_data& data) {
   data.set_members = alloc_low<std::int32_t>(data.counters.size());
   std::iota(data.set_members.begin(), data.set_members.end(), 0);
   const auto set_of = [&](std::int32_t counter) { return data.counters[at(counter)].set; };
   std::stable_sort(data.set_members.begin(), data.set_members.end(),
                    [&](std::int32_t a, std::int32_t b) { return set_of(a) < set_of(b); });
-  for (std::size_t s = 0; s < data.fit_sets.size(); ++s)
-    data.fit_sets[s].curve = curve_of_set(rules, static_cast<int>(s));
   for (const std::int32_t& counter : data.set_members) {
     if (set_of(counter) < 0) continue;
     set_counter& set = data.fit_sets[at(set_of(counter))];
@@ -122,8 +118,25 @@ void make_sets(search_data& data, const fit_rules& rules) {
 
 }  // namespace
 
-void prepare_fit_tables(search_data& data, const fit_rules& rules) {
-  const std::map<table_key, std::span<double>> tables = make_tables(data, rules);
+namespace {
+
+/// Where a counter's fields stand, once their places are final.
+void locate_counter(search_data& data, std::size_t i) {
+  const pack_entry& e = data.entries[i];
+  const flag_places flags = flags_of_group(e.group);
+  fit_counter& c = data.counters[i];
+  c.first_field = first_field_number(data, e.group) + e.first_field;
+  c.fields = e.fields;
+  c.first_flag = 32 * data.group_start[at(e.group)] + flags.first + e.first_field * flags.width;
+  c.flag_width = flags.width;
+  std::fill_n(data.counter_of.begin() + c.first_field, e.fields, static_cast<std::int32_t>(i));
+  if (e.fields == 0 || (e.fields == 1 && c.set < 0)) return;
+  std::int32_t& shared_end = data.layout.fits.shared_end[at(e.group)];
+  const int last_word = (e.first_field + e.fields - 1) / fields_per_word[at(e.group)];
+  shared_end = std::max(shared_end, data.group_start[at(e.group)] + last_word + 1);
+}
+
+void allocate_counters(search_data& data) {
   data.counters = calloc_low<fit_counter>(data.entries.size());
   data.counter_of = alloc_low<std::int32_t>(data.field_weight.size());
   data.step_cost = calloc_low<double>(data.field_weight.size());
@@ -131,31 +144,53 @@ void prepare_fit_tables(search_data& data, const fit_rules& rules) {
   data.coarse_costs = alloc_low<word>(coarse_slices * at(data.layout.end3), cache_line);
   std::fill(data.counter_of.begin(), data.counter_of.end(), -1);
   data.layout.fits = {};
-  for (std::size_t i = 0; i < data.entries.size(); ++i) {
-    const pack_entry& e = data.entries[i];
-    const table_key key = key_of(rules, e);
-    const flag_places flags = flags_of_group(e.group);
-    fit_counter& c = data.counters[i];
-    c.fit = tables.at(key).data();
-    c.set = e.set;
-    c.concave_from = concave_from(key);
-    c.first_field = first_field_number(data, e.group) + e.first_field;
-    c.fields = e.fields;
-    c.first_flag = 32 * data.group_start[at(e.group)] + flags.first + e.first_field * flags.width;
-    c.flag_width = flags.width;
-    std::fill_n(data.counter_of.begin() + c.first_field, e.fields, static_cast<std::int32_t>(i));
-    if (e.fields == 0 || (e.fields == 1 && c.set < 0)) continue;
-    std::int32_t& shared_end = data.layout.fits.shared_end[at(e.group)];
-    const int last_word = (e.first_field + e.fields - 1) / fields_per_word[at(e.group)];
-    shared_end = std::max(shared_end, data.group_start[at(e.group)] + last_word + 1);
-  }
-  make_sets(data, rules);
+}
+
+void hand_to_kernels(search_data& data) {
   data.layout.fits.counters = data.counters.data();
   data.layout.fits.counter_of = data.counter_of.data();
   data.layout.fits.step_cost = data.step_cost.data();
   data.layout.fits.sets = data.fit_sets.data();
   data.layout.fits.joining = calloc_low<std::uint64_t>(1).data();
   data.layout.fits.coarse_costs = data.coarse_costs.data();
+}
+
+}  // namespace
+
+void prepare_fit_tables(search_data& data, const fit_rules& rules) {
+  const std::map<table_key, std::span<double>> tables = make_tables(data, rules);
+  allocate_counters(data);
+  for (std::size_t i = 0; i < data.entries.size(); ++i) {
+    const table_key key = key_of(rules, data.entries[i]);
+    fit_counter& c = data.counters[i];
+    c.fit = tables.at(key).data();
+    c.set = data.entries[i].set;
+    c.concave_from = concave_from(key);
+    locate_counter(data, i);
+  }
+  data.fit_sets = calloc_low<set_counter>(rules.sets.size());
+  for (std::size_t s = 0; s < data.fit_sets.size(); ++s)
+    data.fit_sets[s].curve = curve_of_set(rules, static_cast<int>(s));
+  fill_sets(data);
+  hand_to_kernels(data);
+}
+
+void share_fit_tables(search_data& data, const search_data& outer,
+                      std::span<const std::int32_t> outer_entries) {
+  allocate_counters(data);
+  for (std::size_t i = 0; i < data.entries.size(); ++i) {
+    const fit_counter& theirs = outer.counters[at(outer_entries[i])];
+    fit_counter& c = data.counters[i];
+    c.fit = theirs.fit;
+    c.set = theirs.set;
+    c.concave_from = theirs.concave_from;
+    locate_counter(data, i);
+  }
+  data.fit_sets = calloc_low<set_counter>(outer.fit_sets.size());
+  for (std::size_t s = 0; s < data.fit_sets.size(); ++s)
+    data.fit_sets[s].curve = outer.fit_sets[s].curve;
+  fill_sets(data);
+  hand_to_kernels(data);
 }
 
 void weigh_counters(search_data& data) {

@@ -15,6 +15,10 @@ namespace zeb {
 /// Makes the fit tables and a counter for each packed character. The last step of packing, once
 /// `min_steps` of the entries are final; bind_kernels follows.
 void prepare_fit_tables(search_data& data, const fit_rules& rules);
+/// The same for data whose entries are some of those of `outer`, by number, at other places: the
+/// tables are those of the outer data.
+void share_fit_tables(search_data& data, const search_data& outer,
+                      std::span<const std::int32_t> outer_entries);
 /// Takes over the weights of the field records. Part of bind_kernels.
 void weigh_counters(search_data& data);
 

@@ -1,6 +1,7 @@
 #include "search/moves/search_constraints.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/indices.h"
 
@@ -9,19 +10,76 @@ namespace zeb {
 std::unique_ptr<search_constraints> search_constraints::in_force(const search_data& data) {
   if (!constraints.active) return nullptr;
   check_consistency(data.pack_to_taxon.first(at(data.n)));
-  return std::unique_ptr<search_constraints>(new search_constraints(data));
+  constraint_rows rows = rows_of_constraints(data.pack_to_taxon.first(at(data.n)));
+  return std::unique_ptr<search_constraints>(new search_constraints(std::move(rows), data.nodes));
 }
 
-search_constraints::search_constraints(const search_data& data)
-    : rows_(rows_of_constraints(data.pack_to_taxon.first(at(data.n)))),
+namespace {
+
+/// Groups that no arrangement of the terminals can change: a terminal stands for members and
+/// others, or all members (others) are in one terminal.
+std::vector<set_word> settled_groups(const constraint_rows& rows) {
+  std::vector<set_word> settled(rows.words, 0);
+  for (std::size_t w = 0; w < rows.words; ++w) {
+    set_word members = 0;
+    set_word others = 0;
+    set_word members_twice = 0;
+    set_word others_twice = 0;
+    for (int t = 0; t < rows.terminals; ++t) {
+      const set_word m = rows.members_of(t)[w];
+      const set_word o = rows.others_of(t)[w];
+      settled[w] |= m & o;
+      members_twice |= members & m;
+      others_twice |= others & o;
+      members |= m;
+      others |= o;
+    }
+    settled[w] |= ~(members_twice & others_twice);
+  }
+  return settled;
+}
+
+}  // namespace
+
+std::unique_ptr<search_constraints> search_constraints::of_sector(const search_data& outer,
+                                                                  const tree_sector& sector) {
+  other_.read_tree(outer.tree);
+  constraint_rows rows = rows_;
+  rows.terminals = static_cast<int>(sector.terminals.size()) + 1;
+  rows.members.clear();
+  rows.others.clear();
+  const auto add = [&](const set_word* members, const set_word* others) {
+    rows.members.insert(rows.members.end(), members, members + rows.words);
+    rows.others.insert(rows.others.end(), others, others + rows.words);
+  };
+  add(other_.members_beyond(sector.top), other_.others_beyond(sector.top));
+  for (const std::int32_t v : sector.terminals)
+    add(other_.members_below(v), other_.others_below(v));
+  const std::vector<set_word> settled = settled_groups(rows);
+  for (std::size_t w = 0; w < rows.words; ++w) {
+    for (std::vector<set_word>* kind : {&rows.positive, &rows.negative, &rows.of_tree})
+      (*kind)[w] &= ~settled[w];
+    for (int t = 0; t < rows.terminals; ++t) {
+      rows.members[at(t) * rows.words + w] &= ~settled[w];
+      rows.others[at(t) * rows.words + w] &= ~settled[w];
+      rows.any_floating |=
+          ((rows.members_of(t)[w] | rows.others_of(t)[w]) != (rows.positive[w] | rows.negative[w]));
+    }
+  }
+  const int nodes = 2 * rows.terminals - 1;
+  return std::unique_ptr<search_constraints>(new search_constraints(std::move(rows), nodes));
+}
+
+search_constraints::search_constraints(constraint_rows rows, int nodes)
+    : rows_(std::move(rows)),
       any_negative_(std::any_of(rows_.negative.begin(), rows_.negative.end(),
                                 [](set_word w) { return w != 0; })),
-      whole_(rows_, data.nodes),
-      other_(rows_, data.nodes),
+      whole_(rows_, nodes),
+      other_(rows_, nodes),
       wrong_among_members_(rows_.words),
       wrong_among_others_(rows_.words),
-      clip_half_(rows_, data.nodes),
-      main_half_(rows_, data.nodes) {}
+      clip_half_(rows_, nodes),
+      main_half_(rows_, nodes) {}
 
 bool search_constraints::obeyed(const search_data& data) {
   other_.read_tree(data.tree);

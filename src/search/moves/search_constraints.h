@@ -16,6 +16,7 @@
 #include <span>
 #include <vector>
 
+#include "engine/packing/reduced_data.h"
 #include "engine/search_data.h"
 #include "search/moves/group_tables.h"
 
@@ -25,6 +26,11 @@ class search_constraints {
  public:
   /// Null while constraints are off. Errors: groups that contradict each other.
   static std::unique_ptr<search_constraints> in_force(const search_data& data);
+
+  /// The same for reduced data: what is left of the groups in a sector of the tree in work of
+  /// `outer`, whose constraints these are.
+  std::unique_ptr<search_constraints> of_sector(const search_data& outer,
+                                                const tree_sector& sector);
 
   /// By terminal of the engine.
   const constraint_rows& rows() const { return rows_; }
@@ -56,7 +62,7 @@ class search_constraints {
   bool forbids(const search_data& data, int root, int target);
 
  private:
-  explicit search_constraints(const search_data& data);
+  search_constraints(constraint_rows rows, int nodes);
   void find_faults();
   bool is_open_nearby(const search_data& data) const;
   void read_halves(const search_data& data);

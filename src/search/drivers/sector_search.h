@@ -1,0 +1,32 @@
+// The search of one sector: a part of a tree, with all that leaves it as terminals of a reduced
+// data set. What is found better there is better in the whole tree, and by as much.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "engine/packing/reduced_data.h"
+#include "search/search_context.h"
+
+namespace zeb {
+
+/// How a sector is searched, by its number of terminals.
+struct sector_search_settings {
+  int starts = 3;       // of small ones: replications of building and swapping; then as many again
+                        // where their scores differ
+  int fuse = 0;         // rounds in which those are fused; 0 none
+  int godrift = 75;     // from this size on the sector's tree is drifted instead
+  int drift = 6;        // cycles of that
+  int gocomb = 0;       // from this size on both: starts that are drifted and fused; 0 never
+  int combstarts = 4;   // of these
+  bool equals = false;  // a tree that is as good as the sector's takes its place, too
+};
+
+/// Searches a sector of `tree` (internal numbering), which is the tree in work of `outer` with all
+/// its sets, and whose score is `*score`. True if another arrangement took the sector's place: then
+/// `tree` and `*score` are changed, and the sets of `outer` made for the new tree. The seeds are
+/// drawn from the generator of `outer`. A search that is stopped has found what it has found.
+bool search_sector(search_context& outer, std::span<std::int32_t> tree, const tree_sector& sector,
+                   const sector_search_settings& how, double* score);
+
+}  // namespace zeb

@@ -1,0 +1,326 @@
+// `sectsch`: options, run and summary.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/interrupts.h"
+#include "base/message_text.h"
+#include "base/time_limit.h"
+#include "console/output.h"
+#include "console/settings.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/options.h"
+#include "matrix/matrix.h"
+#include "search/commands.h"
+#include "search/distinct_trees.h"
+#include "search/drivers/cycle_options.h"
+#include "search/drivers/sectors.h"
+#include "search/search_journal.h"
+#include "search/search_report.h"
+#include "search/search_results.h"
+#include "search/search_session.h"
+#include "search/store/filter.h"
+#include "search/store/stored_trees.h"
+#include "trees/tree_groups.h"
+
+namespace zeb {
+namespace {
+
+constexpr int most_divisions = 64;
+constexpr auto each = &sector_settings::each;
+
+/// "xss N", "N-M", "+R", "-G".
+void read_exclusive(sector_settings& settings) {
+  settings.selection = sector_settings::exclusive;
+  const std::string refusal = text_of("Number of divisions must be 2-%i", most_divisions);
+  const auto in_range = [](double n) { return n >= 2 && n <= most_divisions; };
+  double number = 0;
+  if (read_optional_whole(&number)) {
+    if (!in_range(number)) error_end(refusal);
+    settings.divisions = settings.divisions_last = static_cast<int>(number);
+    if (accept_char('-')) {
+      if (!read_optional_whole(&number) || !in_range(number)) error_end(refusal);
+      settings.divisions_last = static_cast<int>(number);
+    }
+  }
+  if (accept_char('+')) {
+    if (!read_optional_whole(&number) || number < 1 || number > 10000)
+      error_end("Number of rounds for xss must be 1-10000");
+    settings.xss_rounds = static_cast<int>(number);
+  }
+  if (accept_char('-')) {
+    if (!read_optional_whole(&number) || number < 1)
+      error_end("Global TBR frequency must be 1 or more");
+    settings.xss_global = static_cast<int>(number);
+  }
+}
+
+/// "dss N D".
+void read_around(sector_settings& settings) {
+  double number = 0;
+  if (!read_optional_whole(&number) || number < 0) error_end("Must specify center for DSS");
+  settings.center = static_cast<int>(number);
+  if (!read_optional_whole(&number) || number < 1)
+    error_end("Must specify diameter to use for DSS");
+  settings.diameter = static_cast<int>(number);
+  settings.selection = sector_settings::around;
+}
+
+/// "selfactor N", "selfactor = X Y Z".
+void read_selections(sector_settings& settings) {
+  double number = 0;
+  if (!accept_char('=')) {
+    if (!read_optional_whole(&number) || number < 0 || number > 99)
+      error_end("Factor for number of selections must be 0 - 99");
+    settings.selfactor = static_cast<int>(number);
+    settings.selection_count = 0;
+    return;
+  }
+  settings.selection_count = 0;
+  const int most = static_cast<int>(settings.selections.size());
+  while (read_optional_whole(&number)) {
+    if (number < 0) error_end("Factor for number of selections must be 0 - 99");
+    if (settings.selection_count == most)
+      error_end(
+          text_of("Can't define more than %i numbers of selections\n"
+                  "(values above %i will be identical to last one)",
+                  most, most));
+    settings.selections[at(settings.selection_count++)] = static_cast<int>(number);
+  }
+}
+
+void switch_globals_off(sector_settings& settings) { settings.global = settings.dglobal = 0; }
+
+constexpr command_options rows = {
+    choice<&sector_settings::selection>("rss", sector_settings::random)
+        .help("sectors drawn at random"),
+    form<read_exclusive>("xss").help(
+        "N (or N to M) sectors that have nothing in common, in R rounds; TBR on the whole tree "
+        "every G rounds"),
+    form<read_around>("dss").help("nodes within D branches around node N of a single tree"),
+    toggle<&sector_settings::xeven>("xeven").help("sectors of xss are as even as possible"),
+    toggle<&sector_settings::chkroot>("chkroot").help(
+        "xss searches what holds the base of the tree, however small"),
+    number<&sector_settings::minsize>("minsize", {5, 1'000'000},
+                                      "Give min. size of random sectors (5 or more)")
+        .help("terminals of the smallest sectors of rss"),
+    number<&sector_settings::maxsize>("maxsize", {5, 1'000'000}, "Give max. size of random sectors")
+        .help("terminals of the largest"),
+    number<&sector_settings::increase>("increase", {0, 100},
+                                       "Give factor to increase random sector size (0-100)")
+        .help("per cent by which the size grows"),
+    form<read_selections>("selfactor")
+        .help("sectors of size S drawn for T taxa are T*100/(S*N); \"= X Y ...\": as many as told, "
+              "size by size"),
+    number<&sector_settings::moveon>("moveon", {0, 1'000'000},
+                                     "Give max. number of failures to move on")
+        .no()
+        .help("go to the next size after N sectors that brought nothing"),
+    number<&sector_settings::global>("global", {1, 1'000'000}, "Give frequency of global TBR")
+        .help("TBR on the whole tree after N changes by sectors smaller than godrift"),
+    number<&sector_settings::dglobal>("dglobal", {1, 1'000'000}, "Give frequency of global TBR")
+        .help("likewise by larger ones"),
+    form<switch_globals_off>("noglobal").help("neither"),
+    toggle<each, &sector_search_settings::equals>("equals").help(
+        "equally good arrangements take the place of what is there"),
+    optional_number<each, &sector_search_settings::fuse>(
+        "fuse", 1, {0, 99}, "Number of fuses for starts must be 0 - 99")
+        .no()
+        .help("fuse the starts of small sectors, N rounds"),
+    number<each, &sector_search_settings::godrift>("godrift", {3, 1'000'000},
+                                                   "Give size of sectors to analyze with "
+                                                   "tree-drifting")
+        .help("sectors of so many terminals are drifted"),
+    number<each, &sector_search_settings::drift>("drift", {0, 100'000},
+                                                 "Give number of drift iterations to do")
+        .help("cycles of drifting for those"),
+    number<each, &sector_search_settings::gocomb>("gocomb", {3, 1'000'000},
+                                                  "Give size of sectors to analyze with combined "
+                                                  "algorithms")
+        .no()
+        .help("sectors of so many terminals get several starts that are drifted and fused"),
+    number<each, &sector_search_settings::starts>("starts", {1, 1000},
+                                                  "Give num. of starts for small sectors")
+        .help("replications of building and TBR for small sectors"),
+    number<each, &sector_search_settings::combstarts>("combstarts", {1, 1000},
+                                                      "Give num. of starts for large sectors")
+        .help("starts for those of gocomb"),
+    real<&sector_settings::findscore>("findscore", {0, 4294967295.0}, "Give score to stop at")
+        .no()
+        .help("stop when a score of X or better is found"),
+    toggle<&sector_settings::keepall>("keepall").help("keep all trees, not only the best"),
+    number<&sector_settings::tree>("tree", {0, 1'000'000}, "Give number of the tree")
+        .help("search tree N only"),
+};
+
+std::string divisions_text() {
+  std::string text = std::to_string(sectors.divisions);
+  if (sectors.divisions_last != sectors.divisions)
+    text += "-" + std::to_string(sectors.divisions_last);
+  return text + (sectors.xeven ? "" : " (approximm.)");
+}
+
+void add_lines_of_selection(std::vector<std::string>& lines) {
+  switch (sectors.selection) {
+    case sector_settings::exclusive:
+      lines.push_back(text_of("Exclusive sectors: %s divisions, %i rounds, global TBR every %i",
+                              divisions_text().c_str(), sectors.xss_rounds, sectors.xss_global));
+      return;
+    case sector_settings::around:
+      lines.push_back(text_of("Sector around node %i, up to %i branches away", sectors.center,
+                              sectors.diameter));
+      return;
+    default:
+      break;
+  }
+  std::string selections =
+      text_of("Max. selections for size S is M = ( T/S * 100 ) / ( 100 - %i )\n        - ",
+              100 - sectors.selfactor);
+  if (sectors.selection_count > 0) {
+    selections = "Max. selections, size by size:";
+    for (int i = 0; i < sectors.selection_count; ++i)
+      selections += " " + std::to_string(sectors.selections[at(i)]);
+    selections += "\n        - ";
+  }
+  std::string text =
+      text_of("Min. size %i, max. size %i\n        - ", sectors.minsize, sectors.maxsize) +
+      selections;
+  text += sectors.moveon > 0
+              ? text_of("Increasing size in %i%% when M selections made,\n          or %i failed",
+                        sectors.increase, sectors.moveon)
+              : text_of("Increasing size in %i%% when M selections made", sectors.increase);
+  lines.push_back("Random sectors:\n        - " + text);
+}
+
+void add_lines_of_analysis(std::vector<std::string>& lines) {
+  const sector_search_settings& how = sectors.each;
+  lines.push_back(
+      text_of("Sectors of size below %i analyzed with %i RAS+TBR\n       "
+              "(and extra %i starts if the first %i produce score differences).",
+              how.godrift, how.starts, how.starts, how.starts));
+  if (how.fuse > 0) lines.back() += text_of("\n       Starts are fused (%i rounds)", how.fuse);
+  if (how.gocomb == 0 || how.gocomb > how.godrift) {
+    lines.push_back(text_of("Sectors of size above %i analyzed with %i cycles of drift",
+                            how.godrift, how.drift));
+  }
+  if (how.gocomb > 0) {
+    lines.push_back(
+        text_of("Sectors of size above %i analyzed with %i RAS,\n       "
+                "drift (%i cycles), and fusing (%i rounds)",
+                how.gocomb, how.combstarts, how.drift, how.fuse > 0 ? how.fuse : 3));
+  }
+  if (how.equals) lines.emplace_back("Accepting equally good subtrees");
+}
+
+void list_settings() {
+  std::vector<std::string> lines;
+  add_lines_of_selection(lines);
+  add_lines_of_analysis(lines);
+  if (sectors.global > 0 || sectors.dglobal > 0) {
+    lines.push_back(
+        text_of("Doing global TBR every %i substitutions in small sectors,\n       "
+                "and every %i substitutions in large sectors.",
+                sectors.global, sectors.dglobal));
+  } else {
+    lines.emplace_back("No global TBR");
+  }
+  if (sectors.findscore > 0)
+    lines.push_back(text_of("Stopping when score %g found", sectors.findscore));
+  lines.emplace_back(sectors.keepall ? "Keeping all trees" : "Keeping the best trees only");
+  list_lines("Sectorial search settings: ", lines);
+}
+
+void check_settings(sector_settings& wanted, option_outcome outcome) {
+  if (outcome != option_outcome::run) return;
+  if (wanted.selection == sector_settings::random && wanted.minsize > wanted.maxsize)
+    error_end(
+        text_of("Min. size (set as %i) must be greater than or equal to max. size (set as %i)",
+                wanted.minsize, wanted.maxsize));
+  if (wanted.selection == sector_settings::around && wanted.tree < 0 && store.ntrees != 1)
+    error_end("DSS requires specification of a single tree");
+  if (wanted.selection == sector_settings::exclusive && matrix.present &&
+      active_taxa() / wanted.divisions < 10)
+    error_end("Can't divide tree in chunks of less than 10 nodes");
+}
+
+/// Trees that become the same as another one go.
+void search_stored_trees(search_context& context) {
+  const int count = context.trees.ntrees;
+  std::vector<std::uint8_t> keep(at(count), 1);
+  for (int t = 0; t < count && !interrupted(); ++t) {
+    if (sectors.tree >= 0 && t != sectors.tree) continue;
+    context.shown.current_tree = t;
+    fetch_tree(context, slot_tree(context, t));
+    const double before = record_of(context, t).score;
+    const double score = search_sectors(context, context.working_tree, sectors);
+    if (score < before || sectors.each.equals)
+      keep[at(t)] = replace_tree(context, context.working_tree, t, score) || score >= before;
+    if (settings.status_trees > 0 && (t + 1) % settings.status_trees == 0)
+      report_status(context, score, true);
+  }
+  keep_trees(context, keep);
+}
+
+char letter_of_selection() {
+  switch (sectors.selection) {
+    case sector_settings::exclusive:
+      return 'X';
+    case sector_settings::around:
+      return 'D';
+    default:
+      return 'R';
+  }
+}
+
+void run_sectors() {
+  search_session session;
+  search_context& context = session.context();
+  if (!can_be_reduced(context.data))
+    error_end("Sectors of trees whose length depends on the root are not available yet");
+  seed_generator(context.random);
+  begin_reports(context);
+  search_stored_trees(context);
+  disarm_time_limit();
+  const double best = best_stored(context, 0);
+  report_status(context, best, true);
+  if (!sectors.keepall) {
+    filter_by_score(context, best);
+    tell_equal_as_collapsed(drop_equal_by_full_rule(context));
+  }
+  group_automatically(0, context.trees.ntrees, "sect_sch");
+  if (interrupted()) emit("Search was interrupted...\n");
+  const std::string score = score_text(context.data, best);
+  emit(text_of("Sectorial search (%cSS), best score: %s.\n", letter_of_selection(), score.c_str()));
+  emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
+  if (context.constraints_in_force) emit("Constraints enforced during search.\n");
+  keep_best_score(best);
+  note_search(sectsch_options, {.best = best,
+                                .score = score,
+                                .trees = context.trees.ntrees,
+                                .rearrangements = context.rearrangements.total(),
+                                .interrupted = interrupted()});
+}
+
+}  // namespace
+
+constexpr option_table sectsch_options =
+    rows.table("sectsch", {.unknown = "Unidentified string in sectorial search options: %s",
+                           .wrong_sign = "Wrong argument for sectorial search: %c"})
+        .with_changes([] { return changed_options(sectors, sectsch_options); });
+
+void sectsch_command() {
+  const option_outcome outcome = read_search_options(sectors, sectsch_options, check_settings);
+  if (outcome == option_outcome::list) list_settings();
+  if (outcome != option_outcome::run) return;
+  require_data("sectorial searches");
+  if (store.ntrees == 0) error_end("No trees for sectorial searches");
+  if (sectors.tree >= store.ntrees) error_end("There is no tree", sectors.tree);
+  run_sectors();
+  condense_if_automatic();
+  tell_distinct_trees();
+}
+
+}  // namespace zeb
