@@ -38,8 +38,9 @@ inline double least_slope(const set_counter& set) {
   if (!set.curve.table) return least;
   // Between two entries of a table the slope from here has no minimum.
   const double unit = 1 / set.curve.entries_per_unit;
-  const auto next = static_cast<std::int32_t>(set.sum * set.curve.entries_per_unit) + 1;
-  for (std::int32_t entry = next; entry <= set.curve.last; ++entry) {
+  const double here = set.sum * set.curve.entries_per_unit;
+  if (here >= set.curve.last) return least;
+  for (auto entry = static_cast<std::int32_t>(here) + 1; entry <= set.curve.last; ++entry) {
     const double gain = entry * unit - set.sum;
     if (gain >= most) break;
     const double slope = gain > 0 ? (fit_at(set.curve, entry * unit) - set.here) / gain : least;
