@@ -25,6 +25,7 @@ struct matrix_hooks {
   /// Fills the values of every character (`nchar`) on a stored tree; raises the error for a tree
   /// that isn't there. Steps and homoplasy are unweighted, in units of the data.
   void (*measure_characters)(tree_measure measure, int tree, std::span<double> values) = nullptr;
+  /// Are constraints on trees defined?
   bool (*constraints_defined)() = nullptr;
 };
 extern matrix_hooks hooks_of_matrix;
