@@ -1,5 +1,7 @@
 #include "search/drivers/ratchet.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -53,11 +55,24 @@ perturbed_tree swap_reweighted(search_context& context, std::span<std::int32_t> 
 
 }  // namespace
 
+ratchet_settings fitted_to(const ratchet_settings& options, int taxa, int characters) {
+  ratchet_settings fitted = options;
+  const double percent = 110.0 / std::sqrt(std::max(characters, 1));
+  fitted.upfactor = fitted.downfactor = std::clamp(static_cast<int>(std::lround(percent)), 1, 25);
+  fitted.cycles.numsubs = std::max(options.cycles.numsubs, taxa / 8);
+  fitted.automatic = false;
+  return fitted;
+}
+
 cycle_result ratchet_search(search_context& context, std::span<std::int32_t> tree,
                             const ratchet_settings& options, const cycle_task& task) {
+  const std::vector<std::int32_t> characters = searched_characters(context.data);
+  if (options.automatic) {
+    const int count = static_cast<int>(characters.size());
+    return ratchet_search(context, tree, fitted_to(options, context.data.n, count), task);
+  }
   context.shown.stage = stage_ratchet;
   reweighting weights(context.data);
-  const std::vector<std::int32_t> characters = searched_characters(context.data);
   return run_cycles(context, tree, options.cycles, task, [&](int cycle) {
     const weight_change change = change_of_cycle(options, cycle);
     if (change == weight_change::up) {

@@ -32,6 +32,8 @@ constexpr command_options rows = {
         .help("per cent of the characters whose weight is doubled"),
     number<&ratchet_settings::downfactor>("downfactor", {0, 100}, "Give ratchet down factor")
         .help("per cent of the characters whose weight becomes 0"),
+    toggle<&ratchet_settings::automatic>("auto").help(
+        "both by the number of informative characters, and moves by that of taxa"),
     equals_option<cycles>().help("one cycle in two or three keeps the weights, and takes moves to "
                                  "trees that are as good"),
     giveup_option<cycles>().help("a perturbation clips N per cent of the nodes at most"),
@@ -41,9 +43,10 @@ constexpr command_options rows = {
 };
 
 void check_settings(ratchet_settings& wanted, option_outcome outcome) {
-  if (wanted.traditional && !ratchet.traditional) wanted.cycles.equals = false;
+  if (wanted.traditional) wanted.cycles.equals = false;
   if (outcome != option_outcome::run) return;
-  if (wanted.upfactor == 0 && wanted.downfactor == 0 && !wanted.cycles.equals) {
+  if (!wanted.automatic && wanted.upfactor == 0 && wanted.downfactor == 0 &&
+      !wanted.cycles.equals) {
     error_end("Ratchet must do at least one of equals, up, or down --all three are off!");
   }
 }
@@ -55,8 +58,12 @@ void list_settings() {
   } else {
     lines.push_back(text_of("%i substitutions in each", ratchet.cycles.numsubs));
   }
-  lines.push_back(text_of("Probability of up-weighting: %i", ratchet.upfactor));
-  lines.push_back(text_of("Probability of down-weighting: %i", ratchet.downfactor));
+  if (ratchet.automatic) {
+    lines.push_back("Probabilities of up- and down-weighting by the number of characters");
+  } else {
+    lines.push_back(text_of("Probability of up-weighting: %i", ratchet.upfactor));
+    lines.push_back(text_of("Probability of down-weighting: %i", ratchet.downfactor));
+  }
   add_lines_of_cycles(ratchet.cycles, "rounds", lines);
   list_lines("Ratchet settings:", lines);
 }
