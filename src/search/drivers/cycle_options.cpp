@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/errors.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/time_limit.h"
@@ -15,10 +16,24 @@
 
 namespace zeb {
 
-void add_lines_of_cycles(const cycle_settings& settings, std::string_view,
+void check_cycles(const cycle_settings& wanted) {
+  constexpr int fewest = 3;
+  if (wanted.fusefreq > 0 && wanted.fusefreq < fewest) error_end(wrong_fusefreq);
+}
+
+void add_lines_of_cycles(const cycle_settings& settings, std::string_view rounds,
                          std::vector<std::string>& lines) {
   lines.push_back(settings.equals ? "Alternating with unperturbed cycles"
                                   : "All cycles are perturbed");
+  if (settings.autoconst > 0) {
+    lines.push_back(text_of("Constraining all cycles but every %i", settings.autoconst));
+  }
+  if (settings.fusefreq > 0) {
+    lines.push_back(text_of("Doing %i %s of fusing, every %i iterations", settings.fuse_rounds,
+                            std::string(rounds).c_str(), settings.fusefreq));
+    lines.push_back(settings.dumpfuse ? "Discarding suboptimal trees after fusing"
+                                      : "Keeping suboptimal trees after fusing");
+  }
   if (settings.giveup > 0) {
     lines.push_back(text_of("Stopping when %i%% of perturbation phase completed", settings.giveup));
   }
@@ -39,7 +54,7 @@ cycle_result search_from_first_tree(
   seed_generator(context.random);
   begin_reports(context);
   fetch_tree(context, slot_tree(context, 0));
-  cycle_result result = search(context, {.first_slot = 0, .counts_cycles = true});
+  cycle_result result = search(context, {.first_slot = 0, .counts_cycles = true, .fuse = fusing});
   disarm_time_limit();
   result.best = std::min(result.best, best_stored(context, 0));
   report_status(context, result.best, true);
@@ -62,9 +77,10 @@ double worst_stored(const search_context& context) {
 }  // namespace
 
 void tell_cycles(const search_context& context, const cycle_result& result, const char* name,
-                 const option_table& table) {
+                 const option_table& table, const cycle_settings& wanted) {
   if (interrupted()) emit("Search was interrupted...\n");
-  emit(text_of("%i %s iterations completed", result.cycles, name), ".\n");
+  emit(text_of("%i %s iterations completed", result.cycles, name),
+       wanted.autoconst > 0 ? " (autoconstrained)" : "", ".\n");
   emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
   if (context.constraints_in_force) emit("Constraints enforced during search.\n");
   const std::string best = score_text(context.data, result.best);

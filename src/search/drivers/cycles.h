@@ -11,16 +11,22 @@
 #include <span>
 #include <vector>
 
+#include "search/drivers/fusing.h"
 #include "search/search_context.h"
 
 namespace zeb {
 
 /// The settings that ratchet and drift have in common.
 struct cycle_settings {
-  int iterations = 50;   // cycles
-  int numsubs = 40;      // moves accepted in one perturbation
-  bool equals = true;    // some cycles run without perturbation
-  int giveup = 99;       // per cent of the nodes that a perturbation clips at most; 0 no limit
+  int iterations = 50;  // cycles
+  int numsubs = 40;     // moves accepted in one perturbation
+  bool equals = true;   // some cycles run without perturbation
+  int giveup = 99;      // per cent of the nodes that a perturbation clips at most; 0 no limit
+  int autoconst =
+      0;             // all cycles but every Nth and the last are repaired under constraints; 0 none
+  int fusefreq = 0;  // cycles between fusings of the trees found; 0 none
+  int fuse_rounds = 3;
+  bool dumpfuse = true;  // after fusing, drop trees that aren't good enough
   double findscore = 0;  // stop when this score or a better one is found; 0 never
 };
 
@@ -28,6 +34,7 @@ struct cycle_settings {
 struct cycle_task {
   int first_slot = -1;         // trees are stored from this slot on; negative: nothing is stored
   bool counts_cycles = false;  // the progress line shows the cycle as its replication
+  fuse_settings fuse;          // how trees are fused; the rounds are those of the cycles
 };
 
 struct cycle_result {

@@ -51,6 +51,9 @@ constexpr command_options rows = {
                                  "good; not under implied weights"),
     toggle<&drift_settings::pert>("pert").help(
         "accept worse moves; without, drift wanders among equally good trees"),
+    autoconst_option<cycles>("Give number of constrained drift cycles"),
+    fusefreq_option<cycles>().help("fuse the trees found every N cycles (3 to 100), in R rounds"),
+    dumpfuse_option<cycles>(),
     findscore_option<cycles>().help("stop when a score of X or better is found"),
 };
 
@@ -84,7 +87,7 @@ void run_drift() {
   if (result.single_tree) {
     emit("NOTE: Island has a single tree (no need to continue unperturbated drift)\n");
   }
-  tell_cycles(session.context(), result, "drift", drift_options);
+  tell_cycles(session.context(), result, "drift", drift_options, drift.cycles);
 }
 
 }  // namespace
@@ -95,7 +98,9 @@ constexpr option_table drift_options =
         .with_changes([] { return changed_options(drift, drift_options); });
 
 void drift_command() {
-  const option_outcome outcome = read_search_options(drift, drift_options);
+  const option_outcome outcome = read_search_options(
+      drift, drift_options,
+      [](const drift_settings& wanted, option_outcome) { check_cycles(wanted.cycles); });
   if (outcome == option_outcome::list) list_settings();
   if (outcome != option_outcome::run) return;
   require_data("drifting");

@@ -111,7 +111,7 @@ void replicated_search::ratchet_and_drift(int seed) {
   const std::span<std::int32_t> tree = context_.working_tree;
   score_ = tbr_swap(context_, tree, {});
   store_tree(context_, tree, first_slot_, score_);
-  const cycle_task task{.first_slot = first_slot_};
+  const cycle_task task{.first_slot = first_slot_, .fuse = stages_.fuse};
   if (options_.ratchet && !interrupted()) {
     context_.random.seed(static_cast<unsigned>(seed));
     score_ = std::min(score_, ratchet_search(context_, tree, stages_.ratchet, task).best);

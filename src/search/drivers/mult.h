@@ -25,6 +25,7 @@ extern mult_settings mult;  // written by the command
 struct mult_stages {
   ratchet_settings ratchet;
   drift_settings drift;
+  fuse_settings fuse;
 };
 
 /// What a run did, for its summary.

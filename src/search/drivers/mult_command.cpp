@@ -181,7 +181,7 @@ void run_mult() {
   warn_of_memory();
   const int trees_before = store.ntrees;
   seed_generator(context.random);
-  const mult_result result = mult_search(context, mult, {ratchet, drift});
+  const mult_result result = mult_search(context, mult, {ratchet, drift, fusing});
   disarm_time_limit();
   if (trees_before == 0 || result.buffer_full)
     note_full_buffer(result.buffer_full || store.ntrees == store.maxtrees);

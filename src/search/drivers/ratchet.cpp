@@ -71,9 +71,12 @@ cycle_result ratchet_search(search_context& context, std::span<std::int32_t> tre
     const int count = static_cast<int>(characters.size());
     return ratchet_search(context, tree, fitted_to(options, context.data.n, count), task);
   }
+  // Here the count begins with the second cycle.
+  cycle_settings cycles = options.cycles;
+  if (cycles.fusefreq > 0) --cycles.fusefreq;
   context.shown.stage = stage_ratchet;
   reweighting weights(context.data);
-  return run_cycles(context, tree, options.cycles, task, [&](int cycle) {
+  return run_cycles(context, tree, cycles, task, [&](int cycle) {
     const weight_change change = change_of_cycle(options, cycle);
     if (change == weight_change::up) {
       weights.multiply(draw_factors(context.random, characters, options.upfactor, 2));

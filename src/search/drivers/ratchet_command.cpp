@@ -37,12 +37,17 @@ constexpr command_options rows = {
     equals_option<cycles>().help("one cycle in two or three keeps the weights, and takes moves to "
                                  "trees that are as good"),
     giveup_option<cycles>().help("a perturbation clips N per cent of the nodes at most"),
+    autoconst_option<cycles>("Give number of constrained ratchet cycles"),
+    fusefreq_option<cycles>().help(
+        "fuse the trees found every N - 1 cycles (3 to 100), in R rounds"),
+    dumpfuse_option<cycles>(),
     findscore_option<cycles>().help("stop when a score of X or better is found"),
     toggle<&ratchet_settings::traditional>("tradrat").help(
         "perturb by swapping the reweighted data to the end; sets noequals"),
 };
 
 void check_settings(ratchet_settings& wanted, option_outcome outcome) {
+  check_cycles(wanted.cycles);
   if (wanted.traditional) wanted.cycles.equals = false;
   if (outcome != option_outcome::run) return;
   if (!wanted.automatic && wanted.upfactor == 0 && wanted.downfactor == 0 &&
@@ -74,7 +79,7 @@ void run_ratchet() {
       search_from_first_tree(session.context(), "ratchet", [](auto& context, auto task) {
         return ratchet_search(context, context.working_tree, ratchet, task);
       });
-  tell_cycles(session.context(), result, "ratchet", ratchet_options);
+  tell_cycles(session.context(), result, "ratchet", ratchet_options, ratchet.cycles);
 }
 
 }  // namespace

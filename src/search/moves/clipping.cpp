@@ -129,8 +129,7 @@ void apply_move(swap_run& run) {
     if (run.joint >= 0) attach(run.data.tree, run.clip, run.joint, run.best_branch);
     run.score = full_pass(run.data);
   }
-  if (!is_same_score(run.score, expected, kind_of_scores(run.data)))
-    tell_wrong_score(run, run.score - expected);
+  if (!run.agree(run.score, expected)) tell_wrong_score(run, run.score - expected);
   if (run.constraints_in_force) run.constraints_in_force->tree_changed();
   run.tree_changed();
   begin_undo(run.data);

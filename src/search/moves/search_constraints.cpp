@@ -10,7 +10,11 @@ namespace zeb {
 std::unique_ptr<search_constraints> search_constraints::in_force(const search_data& data) {
   if (!constraints.active) return nullptr;
   check_consistency(data.pack_to_taxon.first(at(data.n)));
-  constraint_rows rows = rows_of_constraints(data.pack_to_taxon.first(at(data.n)));
+  return of_rows(data, rows_of_constraints(data.pack_to_taxon.first(at(data.n))));
+}
+
+std::unique_ptr<search_constraints> search_constraints::of_rows(const search_data& data,
+                                                                constraint_rows rows) {
   return std::unique_ptr<search_constraints>(new search_constraints(std::move(rows), data.nodes));
 }
 

@@ -26,6 +26,8 @@ class search_constraints {
  public:
   /// Null while constraints are off. Errors: groups that contradict each other.
   static std::unique_ptr<search_constraints> in_force(const search_data& data);
+  /// Others than the user's.
+  static std::unique_ptr<search_constraints> of_rows(const search_data& data, constraint_rows rows);
 
   /// The same for reduced data: what is left of the groups in a sector of the tree in work of
   /// `outer`, whose constraints these are.

@@ -110,6 +110,8 @@ struct swap_run {
   /// Tells what a candidate within the bound is good for: notes it for the store, or makes it the
   /// best. True when nothing can do better.
   bool take_candidate(int u, int v, double cost);
+  /// Are two scores of one tree the same, but for what rounding piles up in sums?
+  bool agree(double a, double b) const;
   /// The end: final score and check; `anc` gets the tree.
   double finish();
 
