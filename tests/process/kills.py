@@ -35,24 +35,33 @@ OLD = "#NEXUS\n[what was there before]\nend;\n"
 SIGNALS = (signal.SIGTERM, signal.SIGHUP, signal.SIGINT, signal.SIGKILL)
 
 
+def heed_signals():
+    """Whatever this process was started with."""
+    for number in SIGNALS[:3]:
+        signal.signal(number, signal.SIG_DFL)
+
+
 def start(zeb, mode, folder):
     """The process, and the descriptor of its console, if any."""
+    def run(*arguments, **files):
+        streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, **files}
+        return subprocess.Popen([zeb, *arguments], cwd=folder, preexec_fn=heed_signals, start_new_session=True,
+                                env={**os.environ, "TERM": "xterm"}, **streams)
+
     commands = "log log; proc data.run; proc work.run;"
     if mode == "background":
-        return subprocess.Popen([zeb, "bground", commands], cwd=folder, stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL), None
+        return run("bground", commands), None
     if mode == "batch":
-        return subprocess.Popen([zeb, "--batch", "case.run", "never.run"], cwd=folder, stdin=subprocess.DEVNULL,
-                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL), None
+        return run("--batch", "case.run", "never.run"), None
     if mode == "pipe":
-        run = subprocess.Popen([zeb], cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        run.stdin.write((commands + "\n").encode())
-        run.stdin.flush()
-        return run, None
+        process = run(stdin=subprocess.PIPE)
+        process.stdin.write((commands + "\n").encode())
+        process.stdin.flush()
+        return process, None
     master, slave = pty.openpty()
-    run = subprocess.Popen([zeb, commands], cwd=folder, stdin=slave, stdout=slave, stderr=slave, start_new_session=True,
-                           env={**os.environ, "TERM": "xterm"})
+    process = run(commands, stdin=slave, stdout=slave, stderr=slave)
     os.close(slave)
-    return run, master
+    return process, master
 
 
 def wait_for(run, console, done, seconds):
