@@ -108,7 +108,7 @@ void wipe_matrix() {
     for (const matrix_hook hook : hooks.matrix_gone) {
       try {
         hook();
-      } catch (const command_unwinding&) {
+      } catch (...) {
         failure = std::current_exception();
       }
     }

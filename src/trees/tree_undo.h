@@ -11,9 +11,9 @@
 
 namespace zeb {
 
-/// Unless `keep` is called, with the end the flagged trees of the buffer and all labels are again
-/// what they were, names of tree groups too, and trees that were added are gone. No tree may go
-/// meanwhile.
+/// Unless `keep` is called, with the end the flagged trees of the buffer with their groups and all
+/// labels are again what they were, names of tree groups too, and trees that were added are gone.
+/// Trees that aren't flagged may not go meanwhile.
 class tree_undo {
  public:
   explicit tree_undo(std::span<const std::uint8_t> flagged);
@@ -25,7 +25,8 @@ class tree_undo {
 
  private:
   std::vector<int> numbers_;
-  std::vector<tree_node> trees_;  // one after the other
+  std::vector<tree_node> trees_;            // one after the other
+  std::vector<std::uint32_t> memberships_;  // rows of words, one after the other
   std::vector<std::shared_ptr<const tree_labels>> labels_;
   tree_group_state groups_;
   int count_;

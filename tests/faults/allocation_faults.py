@@ -48,7 +48,7 @@ begin trees; tree one = ((1:1,2:2)90:1,(3,(4,5)),(6,(7,(8,9)))); end;
                   "set 1 $dataset; quote $1 'numbers[2 1] 'one; proc/;\n",
 }
 OLD = "what was there before\n"
-SHOWN = "info; xread*; ccode; cnames*; taxcode|; agroup*; xgroup*; blocks*; outgroup; rseed; hold; collapse; ttags/; quote TREES; tplot*;"
+SHOWN = "info; xread*; ccode; cnames*; taxcode|; agroup*; xgroup*; blocks*; outgroup; rseed; hold; collapse; ttags/; quote TREES; tplot*; quote NEXT; mult=replications 1; length;"
 TOLD = re.compile(r"Can't|Cannot|ot enough memory|out of ram|Auto-saving")
 ALL, NEW_DATA, TREES = "all or nothing", "or without data", "trees may be more"
 # name: commands, what may have changed, a file that is written
@@ -71,6 +71,9 @@ COMMANDS = {
     "random trees": ("randtrees 5;", TREES, None),
     "search": ("mult=replications 2;", TREES, None),
     "swap": ("bbreak;", TREES, None),
+    "ratchet and drift": ("mult=replications 1 ratchet drift;", TREES, None),
+    "fusing": ("tfuse;", TREES, None),
+    "exact search": ("ienum;", TREES, None),
     "consensus": ("majority*;", ALL, None),
     "values": ("scores; length; cscores; chomo;", ALL, None),
     "tree file": ("tsave *out; save; tsave/;", ALL, "out"),
@@ -101,7 +104,8 @@ class Outcome:
             self.status = run.returncode
             self.text = re.sub(r"\d+\.\d+ secs?", "", run.stdout.decode("utf-8", "replace")).replace(name, "")
             self.said, _, memory = self.text.partition("MEMORY")
-            self.memory, _, self.trees = memory.partition("TREES")
+            self.memory, _, trees = memory.partition("TREES")
+            self.trees = trees.partition("NEXT")[0]
             self.told = bool(TOLD.search(self.text))
             self.happened = mark.exists()
             self.files = {f.name: f.read_bytes() for f in folder.iterdir() if f != mark}

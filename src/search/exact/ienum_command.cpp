@@ -1,5 +1,8 @@
 // `ienum`: options, run and summary of the exact search.
+#include <vector>
+
 #include "base/errors.h"
+#include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/time_limit.h"
@@ -17,6 +20,7 @@
 #include "search/store/filter.h"
 #include "search/store/stored_trees.h"
 #include "trees/tree_store.h"
+#include "trees/tree_undo.h"
 
 namespace zeb {
 namespace {
@@ -71,8 +75,7 @@ void summarise(const search_context& context, const exact_settings& how,
 }
 
 /// Returns whether the result is complete.
-bool enumerate_trees(const exact_settings& how) {
-  set_tree_count(store, 0);
+bool search_all(const exact_settings& how) {
   search_session session;
   search_context& context = session.context();
   seed_generator(context.random);
@@ -89,6 +92,20 @@ bool enumerate_trees(const exact_settings& how) {
                               .trees = context.trees.ntrees,
                               .interrupted = interrupted()});
   return !interrupted() && !result.overflowed && !sampled;
+}
+
+/// The trees of before go when others have been found, or none can be.
+bool enumerate_trees(const exact_settings& how) {
+  tree_undo former(std::vector<std::uint8_t>(at(store.ntrees), 1));
+  set_tree_count(store, 0);
+  try {
+    const bool complete = search_all(how);
+    former.keep();
+    return complete;
+  } catch (...) {
+    if (store.ntrees > 0) former.keep();
+    throw;
+  }
 }
 
 }  // namespace

@@ -30,6 +30,7 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
                    const swap_task& task)
     : context(search),
       data(search.data),
+      at_end(data),
       rules(search.rules),
       kind(kind_of_swap),
       anc(tree),
@@ -81,7 +82,7 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
   set_slack();
 }
 
-swap_run::~swap_run() {
+end_of_swap::~end_of_swap() {
   end_undo(data);
   data.in_swap = false;
   release_clusters(data);

@@ -26,12 +26,20 @@ struct swap_candidate {
   std::int32_t branch;  // target; -1 cancelled
 };
 
+/// However a swap ends, also where it fails while it begins, the data aren't in one any more.
+struct end_of_swap {
+  explicit end_of_swap(search_data& its_data) : data(its_data) {}
+  ~end_of_swap();
+  end_of_swap(const end_of_swap&) = delete;
+  end_of_swap& operator=(const end_of_swap&) = delete;
+  search_data& data;
+};
+
 struct swap_run {
   enum class swap_kind { tbr, spr, limited };
 
   swap_run(search_context& search, swap_kind kind_of_swap, std::span<std::int32_t> tree,
            const swap_task& task);
-  ~swap_run();
   swap_run(const swap_run&) = delete;
   swap_run& operator=(const swap_run&) = delete;
 
@@ -39,6 +47,7 @@ struct swap_run {
   arena_scope memory;  // all spans below
   search_context& context;
   search_data& data;
+  const end_of_swap at_end;
   const search_rules& rules;
   swap_kind kind;
   std::span<std::int32_t> anc;  // the caller's tree, written when the swap ends
