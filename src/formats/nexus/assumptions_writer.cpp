@@ -176,6 +176,11 @@ void warn_of_lost_settings(const writing_style& style) {
       characters_where([](const character_record& r) { return r.is_sankoff != 0; });
   if (!costs.empty() && !style.step_matrices)
     warning("Step-matrices are left out (\"export +\" saves them), those of characters" + costs);
+  const std::string bound = characters_where([](const character_record& r) {
+    return r.is_sankoff && (r.root_states != 0 || r.user_min_steps >= 0);
+  });
+  if (!bound.empty())
+    warning("NEXUS has no place for ancestral states and user minima, those of characters" + bound);
   if (matrix.outgroup != 0)
     warning("NEXUS has no place for the outgroup, taxon", taxon_name(matrix.outgroup));
 }
