@@ -10,18 +10,21 @@
 
 namespace zeb {
 
-/// The log of swaps has room for one clip; here the notes of all additions stay in it.
+/// The log of swaps has room for one clip; here the notes of all additions stay in it, up to a
+/// million words. What doesn't fit is taken back by waves.
 growing_tree::growing_tree(search_data& data) : data_(data), log_of_swaps_(data.undo) {
-  constexpr std::size_t most = std::size_t{1} << 24;
+  constexpr std::size_t most = std::size_t{1} << 20;
   constexpr std::size_t cache_line = 64;
+  added_.reserve(at(data.n));
   undo_log& log = data_.undo;
-  const std::size_t room = std::min(log.words_size * at(data.n), most);
-  log.words_size = std::max(log.words_size, room);
-  log.where_size = log.words_size / at(log.piece_words) + 1;
-  log.capacity = static_cast<std::int32_t>(log.words_size / at(log.piece_words));
+  const std::size_t words = std::min(log.words_size * at(data.n), most);
+  if (words <= log.words_size) return;
+  log.words_size = words;
+  log.where_size = (words + 7) / 8;
   log.old_words = alloc_low<word>(log.words_size, cache_line).data();
   log.where = alloc_low<word*>(log.where_size).data();
-  added_.reserve(at(data.n));
+  log.capacity =
+      static_cast<std::int32_t>(std::min(log.where_size, log.words_size / at(log.piece_words)));
 }
 
 growing_tree::~growing_tree() {
