@@ -92,11 +92,16 @@ void read_selections(sector_settings& settings) {
   }
 }
 
+void refuse_css(sector_settings&) {
+  error_end("Sectors by the groups of a constraint tree (css) are not available yet");
+}
+
 void switch_globals_off(sector_settings& settings) { settings.global = settings.dglobal = 0; }
 
 constexpr command_options rows = {
     choice<&sector_settings::selection>("rss", sector_settings::random)
         .help("sectors drawn at random"),
+    form<refuse_css>("css").help("sectors by the groups of a constraint tree (not available yet)"),
     form<read_exclusive>("xss").help(
         "N (or N to M) sectors that have nothing in common, in R rounds; TBR on the whole tree "
         "every G rounds"),
