@@ -100,7 +100,7 @@ class Outcome:
             text = f"{command}\nproc end.faults;\nquote MEMORY;\n" + SHOWN.replace("; ", ";\n") + "\nquit;\n"
             environment = {"HOME": name, "LC_ALL": "C", "ZEB_FAULT_MARK": str(mark), **({"ZEB_FAULT": plan} if plan else {})}
             run = subprocess.run([ZEB, "report-; proc before.zeb; proc begin.faults;"], cwd=folder, env=environment,
-                                 input=text.encode(), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
+                                 input=text.encode(), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300)
             self.status = run.returncode
             self.text = re.sub(r"\d+\.\d+ secs?", "", run.stdout.decode("utf-8", "replace")).replace(name, "")
             self.said, _, memory = self.text.partition("MEMORY")
@@ -161,7 +161,7 @@ def background_faults():
                 (folder / file).write_text(content)
             commands = "log log; proc before.zeb; randtrees 20; proc begin.faults; mult=replications 3; quote never; quit;"
             run = subprocess.run([ZEB, "bground", commands], cwd=folder, env={"ZEB_FAULT": plan}, stdin=subprocess.DEVNULL,
-                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
+                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300)
             saved = "".join(f.read_text() for f in folder.glob("zeb_trees_*.tre"))
             log = (folder / "log").read_text()
             if run.returncode != 255 or b"Not enough memory" not in run.stdout or "\nnever" in log or not saved.endswith(";\nproc-;\n"):

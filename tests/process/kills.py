@@ -26,7 +26,7 @@ import time
 ROWS = "\n".join(f"taxon_{i} {i * 2654435761 % 2**40:040b}" for i in range(40))
 FILES = {
     "data.run": f"mxram 40; xread 40 40\n{ROWS}\n;\nhold 100; report-; rseed 3; proc/;\n",
-    "work.run": "macro=; tsave *found.tre; tsave !1 *auto; loop 1 9000 mult=replications 2 hold 3; save; set 1 ntrees; quote SAVED '1'; "
+    "work.run": "macro=; tsave *found.tre; tsave !1 *auto; loop 1 900000 mult=replications 2 hold 3; save; set 1 ntrees; quote SAVED '1'; "
                 "export whole.nex; stop; quit;",
     "case.run": "log log; proc data.run; proc work.run;",
     "never.run": "log never; quote never;",
