@@ -6,6 +6,7 @@
 #include <random>
 
 #include "base/arena.h"
+#include "engine/fit/implied_weighting.h"
 #include "engine/fit/weighting_settings.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/kernels/kernel_choice.h"
@@ -157,6 +158,7 @@ search_data& in_work(int bits, bool implied = false) {
   data.undo.capacity = static_cast<std::int32_t>(
       std::min(data.undo.where_size, data.undo.words_size / at(bits / 32)));
   tree_length(data, e.tree);
+  if (implied) choose_cost_units(data);
   return data;
 }
 
