@@ -3,7 +3,6 @@
 #include <sha2.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 
 namespace zeb {
@@ -39,16 +38,11 @@ std::string digest_of(int descriptor, std::int64_t size) {
 }  // namespace
 
 void note_file_read(const std::string& name, int descriptor, const struct stat& status) {
-  std::vector<file_read>& files = files_read.files;
-  auto file = std::find_if(files.begin(), files.end(),
-                           [&name](const file_read& known) { return known.name == name; });
-  if (file == files.end()) {
-    files.emplace_back();
-    file = files.end() - 1;
-    file->name = name;
-  } else if (same_file(file->status, status)) {
-    return;
-  } else {
+  const auto [place, is_new] = files_read.number_of.try_emplace(name, files_read.files.size());
+  if (is_new) files_read.files.emplace_back().name = name;
+  file_read* const file = &files_read.files[place->second];
+  if (!is_new) {
+    if (same_file(file->status, status)) return;
     ++file->versions;
   }
   file->status = status;

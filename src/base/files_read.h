@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace zeb {
@@ -17,7 +18,8 @@ struct file_read {
   struct stat status {};  // when it was read
 };
 struct files_read_state {
-  std::vector<file_read> files;  // in the order of first reading
+  std::vector<file_read> files;                            // in the order of first reading
+  std::unordered_map<std::string, std::size_t> number_of;  // by name: which of them
 };
 extern files_read_state files_read;  // written by the function of this file only
 

@@ -115,11 +115,6 @@ void newline() { emit(" \n"); }
 void flush_line() {
   const std::string text = without_terminal_codes(line_buffer.text);
   line_buffer = {};
-  if (output.diversion) {
-    std::fwrite(text.data(), 1, text.size(), output.diversion);
-    std::fflush(output.diversion);
-    return;
-  }
   if (log_is_open() && !(output.output_mask & no_log)) write_log(text);
   if (!(output.output_mask & no_text_buffer)) add_to_text_buffer(text);
   if ((output.output_mask & no_console) || process.background) return;
@@ -128,10 +123,7 @@ void flush_line() {
   show_lines(text);
 }
 
-void reset_output() {
-  line_buffer = {};
-  output.diversion = nullptr;
-}
+void reset_output() { line_buffer = {}; }
 
 void close_places(unsigned places) { output.output_mask |= places; }
 void open_places(unsigned places) { output.output_mask &= ~places; }

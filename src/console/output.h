@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdarg>
-#include <cstdio>
 #include <initializer_list>
 #include <span>
 #include <string>
@@ -16,9 +15,8 @@ namespace zeb {
 enum output_place : unsigned { no_log = 1, no_console = 2, no_text_buffer = 4 };
 
 struct output_state {
-  unsigned output_mask = 0;        // bits of output_place: where nothing goes
-  std::FILE* diversion = nullptr;  // a file that takes all text in place of the usual outputs
-  bool polling = false;            // output is looking at the keyboard
+  unsigned output_mask = 0;  // bits of output_place: where nothing goes
+  bool polling = false;      // output is looking at the keyboard
 };
 extern output_state output;
 
@@ -43,8 +41,7 @@ void emitf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void newline();
 /// Sends the line buffer to the outputs and empties it.
 void flush_line();
-/// Empties the line buffer without sending: what an error or interrupt does first. Ends a
-/// diversion.
+/// Empties the line buffer without sending: what an error or interrupt does first.
 void reset_output();
 /// Brings the view of the text buffer to its end.
 void view_to_end();
@@ -71,18 +68,6 @@ class silence_scope : public output_mask_scope {
  public:
   explicit silence_scope(unsigned places = no_log | no_console | no_text_buffer)
       : output_mask_scope(output.output_mask | places) {}
-};
-
-/// For its lifetime everything emitted goes straight into `file`, as text, and nowhere else.
-class output_to_file {
- public:
-  explicit output_to_file(std::FILE* file) : former_(output.diversion) { output.diversion = file; }
-  ~output_to_file() { output.diversion = former_; }
-  output_to_file(const output_to_file&) = delete;
-  output_to_file& operator=(const output_to_file&) = delete;
-
- private:
-  std::FILE* former_;
 };
 
 }  // namespace zeb

@@ -84,6 +84,14 @@ class change_drawing {
   std::vector<int> changes_;  // of the present character; empty where each branch decides anew
 };
 
+/// The state after so many changes, each to one of the other states.
+int changed_state(int state, int changes, int nstates) {
+  for (int k = changes; k > 0 && nstates > 1; --k) {
+    state = (state + 1 + draw() % (nstates - 1)) % nstates;
+  }
+  return state;
+}
+
 }  // namespace
 
 void make_random_matrix(int nchar, int ntax, int nstates) {
@@ -124,15 +132,9 @@ void make_matrix_from_tree(const std::vector<std::int32_t>& ancestors, const evo
     changes.begin_character();
     for (std::size_t i = 0; i < changes.order().size(); ++i) {
       const int n = changes.order()[i];
-      if (i == 0) {
-        state[at(n)] = draw() % nstates;
-      } else {
-        int s = state[at(ancestors[at(n)])];
-        for (int k = changes.on_branch(i); k > 0 && nstates > 1; --k) {
-          s = (s + 1 + draw() % (nstates - 1)) % nstates;
-        }
-        state[at(n)] = s;
-      }
+      state[at(n)] =
+          i == 0 ? draw() % nstates
+                 : changed_state(state[at(ancestors[at(n)])], changes.on_branch(i), nstates);
       if (n < ntax) set_cell(n, c, 1U << state[at(n)]);
     }
   }

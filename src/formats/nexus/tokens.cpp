@@ -67,28 +67,29 @@ nexus_token nexus_reader::token() {
   return result;
 }
 
+// After the opening quote. A quote within the name is written twice.
+nexus_token nexus_reader::read_quoted() {
+  nexus_token result;
+  result.what = nexus_token::kind::word;
+  result.quoted = true;
+  const int first_line = line();
+  for (;;) {
+    const int c = next_raw();
+    if (c < 0 || c == '\n') fail_in_line("a quoted name isn't closed", first_line);
+    if (c == '\'' && next_raw() != '\'') {
+      back();
+      return result;
+    }
+    if (result.text.size() < longest_token) result.text += c == ' ' ? '_' : static_cast<char>(c);
+  }
+}
+
 nexus_token nexus_reader::read_token() {
   nexus_token result;
   int c = next();
   while (c >= 0 && c < 33) c = next();
   if (c < 0) return result;
-  if (c == '\'') {
-    result.what = nexus_token::kind::word;
-    result.quoted = true;
-    const int first_line = line();
-    for (;;) {
-      c = next_raw();
-      if (c < 0 || c == '\n') fail_in_line("a quoted name isn't closed", first_line);
-      if (c == '\'') {
-        if (next_raw() != '\'') {
-          back();
-          break;
-        }
-      }
-      if (result.text.size() < longest_token) result.text += c == ' ' ? '_' : static_cast<char>(c);
-    }
-    return result;
-  }
+  if (c == '\'') return read_quoted();
   if (punctuation.find(static_cast<char>(c)) != std::string_view::npos) {
     result.what = nexus_token::kind::punctuation;
     result.text.assign(1, static_cast<char>(c));

@@ -62,6 +62,7 @@ class nexus_reader {
   bool command_follows(nexus_token& first);
 
  private:
+  nexus_token read_quoted();
   nexus_token read_token();
   int line() const;
   bool file_ended() const;

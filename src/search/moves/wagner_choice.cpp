@@ -28,45 +28,74 @@ void bring_forward(std::span<std::int32_t> order, int from, int to) {
   std::rotate(order.begin() + to, order.begin() + from, order.begin() + from + 1);
 }
 
+/// The places in the order of the three taxa that are best to begin with.
+struct first_choice {
+  bool any = false;
+  double merit = 0;
+  int places[3] = {1, 2, 3};
+};
+
+/// Looks for a third taxon beside those at places `i` and `j`.
+void try_third_taxa(wagner_build& build, int i, int j, int look, int rule, first_choice& best) {
+  const int n = build.data.n;
+  build.first_tree(0, build.order[at(i)], build.order[at(j)]);
+  const int branches[] = {n + 1, build.order[at(i)], build.order[at(j)]};
+  int looked_at = 0;
+  for (int k = 1; k < n && looked_at < look; ++k) {
+    if (k == i || k == j) continue;
+    ++looked_at;
+    double lowest = unbounded;
+    double highest = 0;
+    for (const int v : branches) {
+      const double cost = build.cost_at(build.order[at(k)], v, unbounded);
+      lowest = std::min(lowest, cost);
+      highest = std::max(highest, cost);
+    }
+    const double value = merit(rule, lowest, highest);
+    if (!best.any || value > best.merit) best = {true, value, {i, j, k}};
+  }
+}
+
+/// What one taxon costs on the branches that were listed.
+struct taxon_costs {
+  double lowest = unbounded;
+  double highest = 0;
+  int branch = -1;  // of the lowest; -1: it may go nowhere
+};
+
+/// `count` candidates and one more.
+taxon_costs costs_of_taxon(wagner_build& build, int taxon, int count) {
+  // Only `cas` may stop early: the other rules need the worst cost too.
+  const bool may_stop = build.additions.rule == closest;
+  taxon_costs costs;
+  for (int i = 0; i <= count; ++i) {
+    const int v = build.candidates[at(i)];
+    if (build.forbidden(taxon, v)) continue;
+    const double cost = build.cost_at(taxon, v, may_stop ? costs.lowest : unbounded);
+    if (cost < costs.lowest) {
+      costs.lowest = cost;
+      costs.branch = v;
+    }
+    costs.highest = std::max(costs.highest, cost);
+    if (costs.lowest == 0 && may_stop) break;
+  }
+  return costs;
+}
+
 }  // namespace
 
 void choose_first_taxa(wagner_build& build, int look, int rule) {
   const int n = build.data.n;
   const int last = std::min(n - 1, std::max(look, 2));
-  bool any = false;
-  double best = 0;
-  int best_i = 1;
-  int best_j = 2;
-  int best_k = 3;
+  first_choice best;
   if (n < 4) return;
-  for (int i = 1; i <= last; ++i) {
+  for (int i = 1; i <= last; ++i)
     for (int j = i + 1; j <= last; ++j) {
       if (build.stop_between_trials()) return;
-      build.first_tree(0, build.order[at(i)], build.order[at(j)]);
-      const int branches[] = {build.data.n + 1, build.order[at(i)], build.order[at(j)]};
-      int looked_at = 0;
-      for (int k = 1; k < n && looked_at < look; ++k) {
-        if (k == i || k == j) continue;
-        ++looked_at;
-        double lowest = unbounded;
-        double highest = 0;
-        for (const int v : branches) {
-          const double cost = build.cost_at(build.order[at(k)], v, unbounded);
-          lowest = std::min(lowest, cost);
-          highest = std::max(highest, cost);
-        }
-        const double value = merit(rule, lowest, highest);
-        if (any && value <= best) continue;
-        any = true;
-        best = value;
-        best_i = i;
-        best_j = j;
-        best_k = k;
-      }
+      try_third_taxa(build, i, j, look, rule, best);
     }
-  }
-  const std::int32_t chosen[] = {build.order[at(best_i)], build.order[at(best_j)],
-                                 build.order[at(best_k)]};
+  const std::int32_t chosen[] = {build.order[at(best.places[0])], build.order[at(best.places[1])],
+                                 build.order[at(best.places[2])]};
   for (int place = 1; place <= 3; ++place) {
     const auto found =
         std::find(build.order.begin() + place, build.order.begin() + n, chosen[place - 1]);
@@ -89,30 +118,13 @@ void add_chosen_taxa(wagner_build& build) {
     int chosen_branch = -1;
     for (int q = p; q < tried; ++q) {
       if (build.stop_between_trials()) return;
-      const int taxon = build.order[at(q)];
-      double lowest = unbounded;
-      double highest = 0;
-      int branch = -1;
-      for (int i = 0; i <= count; ++i) {
-        const int v = build.candidates[at(i)];
-        // Only `cas` may stop early: the other rules need the worst cost too.
-        const double bound = additions.rule == closest ? lowest : unbounded;
-        if (build.forbidden(taxon, v)) continue;
-        const double cost = build.cost_at(taxon, v, bound);
-        if (cost < lowest) {
-          lowest = cost;
-          branch = v;
-        }
-        highest = std::max(highest, cost);
-        if (lowest == 0 && additions.rule == closest) break;
-      }
-      const double value = merit(additions.rule, lowest, highest);
-      if (branch < 0) branch = build.data.tree.sister[0];  // all forbidden
+      const taxon_costs costs = costs_of_taxon(build, build.order[at(q)], count);
+      const double value = merit(additions.rule, costs.lowest, costs.highest);
       if (chosen_branch >= 0 && value <= best_value) continue;
       best_value = value;
       chosen = q;
-      chosen_branch = branch;
-      if (additions.rule == closest && lowest == 0) break;
+      chosen_branch = costs.branch < 0 ? build.data.tree.sister[0] : costs.branch;
+      if (additions.rule == closest && costs.lowest == 0) break;
     }
     std::swap(build.order[at(p)], build.order[at(chosen)]);
     build.best_branch = chosen_branch;

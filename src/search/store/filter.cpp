@@ -46,30 +46,25 @@ identical_trees mark_identical(search_context& context, std::span<std::uint8_t> 
   for (const int t : slots_from_best(context)) {
     if (keep[at(t)]) by_bucket[at(record_of(context, t).bucket)].push_back(t);
   }
-  for (const std::vector<int>& slots : by_bucket) {
-    for (std::size_t i = 0; i < slots.size(); ++i) {
-      if (!keep[at(slots[i])]) continue;
-      const std::span<const std::int32_t> tree = slot_tree(context, slots[i]);
-      for (std::size_t j = i + 1; j < slots.size(); ++j) {
-        if (!keep[at(slots[j])] ||
-            !same_collapsed_tree(tree, slot_tree(context, slots[j]), context.data.n, collapsed)) {
-          continue;
-        }
-        const tree_record& first = record_of(context, slots[i]);
-        const tree_record& later = record_of(context, slots[j]);
-        const bool same_length =
-            is_same_score(first.score, later.score, kind_of_scores(context.data));
+  const auto drop_if_same = [&](int better, int other) {
+    if (!same_collapsed_tree(slot_tree(context, better), slot_tree(context, other), context.data.n,
+                             collapsed))
+      return;
+    const tree_record& first = record_of(context, better);
+    const tree_record& later = record_of(context, other);
+    const bool same_length = is_same_score(first.score, later.score, kind_of_scores(context.data));
 #ifndef NDEBUG
-        if (same_length && !first.taken_in && !later.taken_in) {
-          emitf("OOps , two times the same tree!!!\n");
-        }
+    if (same_length && !first.taken_in && !later.taken_in)
+      emitf("OOps , two times the same tree!!!\n");
 #endif
-        keep[at(slots[j])] = 0;
-        dropped.of_different_length |= !same_length;
-        dropped.of_same_length += same_length;
-      }
-    }
-  }
+    keep[at(other)] = 0;
+    dropped.of_different_length |= !same_length;
+    dropped.of_same_length += same_length;
+  };
+  for (const std::vector<int>& slots : by_bucket)
+    for (std::size_t i = 0; i < slots.size(); ++i)
+      for (std::size_t j = i + 1; j < slots.size(); ++j)
+        if (keep[at(slots[i])] && keep[at(slots[j])]) drop_if_same(slots[i], slots[j]);
   return dropped;
 }
 

@@ -49,27 +49,6 @@ TEST_F(output_to_buffer, the_forms_differ_in_blanks_and_line_ends) {
   EXPECT_EQ(shown(), "a1cx 2 y \nz-3 \n \n");
 }
 
-TEST_F(output_to_buffer, a_diversion_goes_into_its_file_only) {
-  std::FILE* const file = std::tmpfile();
-  ASSERT_NE(file, nullptr);
-  {
-    const output_to_file diverted(file);
-    report_line("to the file");
-  }
-  report_line("to the buffer");
-  {
-    const output_to_file diverted(file);
-    reset_output();  // as an error does
-    report_line("an error");
-  }
-  char text[100] = {};
-  std::rewind(file);
-  EXPECT_STREQ(std::fgets(text, sizeof text, file), "to the file \n");
-  EXPECT_EQ(std::fgets(text, sizeof text, file), nullptr);
-  EXPECT_EQ(shown(), "to the buffer \nan error \n");
-  std::fclose(file);
-}
-
 TEST_F(output_to_buffer, the_log_is_complete_when_it_is_closed) {
   const std::string name = testing::TempDir() + "zeb_output_test.log";
   std::string expected;
