@@ -9,6 +9,12 @@
 #include "base/message_text.h"
 #include "base/process.h"
 
+#if !defined(__SANITIZE_ADDRESS__) && defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define __SANITIZE_ADDRESS__  // as GCC says it
+#endif
+#endif
+
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
 #define POISON(p, n) __asan_poison_memory_region(p, n)
@@ -27,6 +33,12 @@ namespace {
 
 constexpr int most_locks = 50;
 constexpr std::size_t grain = 8;
+// Left poisoned after each block, so that what runs over its end is seen.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr std::size_t gap = 16;
+#else
+constexpr std::size_t gap = 0;
+#endif
 
 // A lock remembers where both stacks stood, and which marks were in force before it.
 struct lock_entry {
@@ -134,7 +146,8 @@ void* alloc_low_bytes(std::size_t bytes, std::size_t alignment) {
   if (must_fail() || start > arena.high || bytes > static_cast<std::size_t>(arena.high - start)) {
     out_of_memory();
   }
-  std::byte* end = round_up(start + bytes, grain);
+  const std::size_t room = static_cast<std::size_t>(arena.high - start);
+  std::byte* end = round_up(start + bytes + std::min(gap, room - bytes), grain);
   if (end > arena.high) end = arena.high;
   UNPOISON(start, bytes);
   arena.low = end;
@@ -144,7 +157,8 @@ void* alloc_low_bytes(std::size_t bytes, std::size_t alignment) {
 
 void* alloc_high_bytes(std::size_t bytes, std::size_t alignment) {
   if (must_fail() || bytes > arena_free()) out_of_memory();
-  std::byte* start = round_down(arena.high - bytes, alignment < grain ? grain : alignment);
+  const std::size_t with_gap = bytes + std::min(gap, arena_free() - bytes);
+  std::byte* start = round_down(arena.high - with_gap, alignment < grain ? grain : alignment);
   if (start < arena.low) out_of_memory();
   UNPOISON(start, bytes);
   arena.high = start;
@@ -162,6 +176,12 @@ void free_to_high(void* p) {
   auto* to = static_cast<std::byte*>(p);
   if (to > arena.high_mark || to < arena.high) error_end("Heap deallocation error");
   set_high(to);
+}
+
+arena_scope::~arena_scope() {
+  --arena.live_scopes;
+  set_low(low_);
+  set_high(high_);
 }
 
 void lock(int* tag) {

@@ -155,11 +155,7 @@ class arena_marks_scope {
 class arena_scope {
  public:
   arena_scope() : low_(arena.low), high_(arena.high) { ++arena.live_scopes; }
-  ~arena_scope() {
-    --arena.live_scopes;
-    arena.low = low_;
-    arena.high = high_;
-  }
+  ~arena_scope();
   arena_scope(const arena_scope&) = delete;
   arena_scope& operator=(const arena_scope&) = delete;
 
