@@ -1,9 +1,14 @@
 #include "console/log.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
 
+#include "base/files_read.h"
+#include "base/open_files.h"
 #include "base/process.h"
 #include "console/console.h"
 #include "console/screen.h"
@@ -52,7 +57,22 @@ void write_out() {
   if (!log_file.file.flush()) lose_log();
 }
 
+// The same for each way to write it.
+std::string path_of(const std::string& name) {
+  std::error_code ignored;
+  return std::filesystem::weakly_canonical(name, ignored).string();
+}
+
 }  // namespace
+
+bool was_input_file(const std::string& name) {
+  struct stat status;
+  if (stat(name.c_str(), &status) != 0 || find_open_file(name, false)) return false;
+  if (log_file.former.contains(path_of(name))) return false;
+  return std::ranges::any_of(files_read.files, [&](const file_read& file) {
+    return file.status.st_dev == status.st_dev && file.status.st_ino == status.st_ino;
+  });
+}
 
 bool open_log(const std::string& name, bool append) {
   close_log();
@@ -61,6 +81,7 @@ bool open_log(const std::string& name, bool append) {
                       : append         ? log_file.file.append(name)
                                        : log_file.file.create(name);
   if (!opened) return false;
+  log_file.former.insert(path_of(name));
   log_file.name = name;
   log_file.fresh = true;
   return true;

@@ -23,13 +23,13 @@ void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int
   if (nchar < 1 || nchar > most) error_end("Must specify number of characters");
   if (ntax < 4 || ntax > most) error_end("Must specify number of taxa (4 or more)");
   warn_of_replacement(source.c_str());
-  lay_out_foreign_matrix(source, static_cast<int>(ntax), static_cast<int>(nchar), title);
+  lay_out_foreign_matrix(source, static_cast<int>(ntax), static_cast<int>(nchar), title, true);
 }
 
 void lay_out_foreign_matrix(const std::string& source, int ntax, int nchar,
-                            const std::string& title) {
+                            const std::string& title, bool tell) {
   wipe_matrix();
-  make_room_for_matrix(ntax, nchar);
+  make_room_for_matrix(ntax, nchar, tell);
   begin_matrix(ntax, nchar, matrix_rows::unset);
   set_matrix_source(title, source);
 }

@@ -23,9 +23,9 @@ void begin_foreign_matrix(const std::string& source, std::int64_t ntax, std::int
                           const std::string& title = {});
 
 /// What stands between `begin_foreign_matrix` and the former data, for data that replace parts of
-/// themselves: drops them, makes room and lays out a matrix.
+/// themselves: drops them, makes room and lays out a matrix. Its size is told on wish only.
 void lay_out_foreign_matrix(const std::string& source, int ntax, int nchar,
-                            const std::string& title);
+                            const std::string& title, bool tell);
 /// Raises the number of states of the next data, with a note, where it is too low for characters of
 /// this type and, if they are standard ones, `symbols` states.
 void widen_states_for(data_type type, std::size_t symbols = 0);

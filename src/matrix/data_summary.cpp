@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "console/output.h"
+#include "language/list_text.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix.h"
 
@@ -166,7 +168,12 @@ void note_what_spoils_searches() {
   bool informative = false;
   for (int c = 0; c < matrix.nchar && !informative; ++c) informative = is_informative(c);
   if (!informative) add("no character is informative");
-  if (!text.empty()) emit("Note: ", text, "\n");
+  if (text.empty()) return;
+  std::istringstream in(text);
+  std::vector<std::string> words;
+  for (std::string word; in >> word;) words.push_back(word);
+  constexpr std::string_view head = "Note:";
+  emit(head, wrapped_words(words, head.size()), "\n");
 }
 
 }  // namespace zeb

@@ -34,9 +34,9 @@ double matrix_memory_estimate(int ntax, int nchar) {
   return 1.25 * (rows + nodes);
 }
 
-void make_room_for_matrix(int ntax, int nchar) {
+void make_room_for_matrix(int ntax, int nchar, bool tell) {
   const double estimate = matrix_memory_estimate(ntax, nchar) * memory.data_proportion;
-  if (settings.report) {
+  if (settings.report && tell) {
     emit("Matrix (", ntax, " taxa, ", nchar, " chars., ", 8 * matrix.cell_bytes,
          " states). Memory required for data: ", megabytes_text(estimate), "\n");
     if (memory.data_proportion != 1) {

@@ -347,7 +347,7 @@ int read_further_block(nexus_file& file, const nexus_format& format) {
   const int place = place_of_block(file, format);
   const data_aside former(place, file.nchar);
   const int ntax = former.taxa() + (file.new_taxa ? file.ntax : 0);
-  lay_out_foreign_matrix(file.name, ntax, matrix.nchar + file.nchar, {});
+  lay_out_foreign_matrix(file.name, ntax, matrix.nchar + file.nchar, {}, false);
   move_notes(file, place, file.nchar);
   file.nchar = nexus_matrix_reader(file, format, place, &former).read();
   return place;

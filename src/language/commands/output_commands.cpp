@@ -74,6 +74,8 @@ void log_command() {
   const std::string name(token());
   check_end();
   if (name == "/" && !append && !quoted) return close_log();
+  if (!append && was_input_file(name))
+    error_end("File", name, "was read in this run: a log would take its place");
   if (!open_log(name, append)) error_end("Cannot open file", name + log_file.file.cause());
   if (settings.report) report_line("Log file:", log_file.name);
 }
