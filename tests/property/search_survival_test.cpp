@@ -194,7 +194,8 @@ TEST_F(search_survival, a_wish_to_stop_may_come_with_any_candidate) {
        {"mult=replic 3 hold 4 tbr;", "mult=replic 3 hold 1;", "mult=replic 3 spr;",
         "mult=wagner replic 5 cas 3;", "mult=replic 2 tbr ras hold 2 ratchet drift;", "bbreak;",
         "ratchet=iterations 6;", "ratchet=tradrat iterations 6;", "drift=iterations 6;",
-        "drift=noequals;", "bbreak:safe; bbreak;", "bbreak=nomulpars;"}) {
+        "drift=noequals;", "ratchet=notradrat fusefreq 3 autoconst 2 iterations 8;",
+        "bbreak:safe; bbreak;", "bbreak=nomulpars;"}) {
     bool stopped = true;
     for (int n = 1; stopped; n += 1 + n / 7) {
       set_tree_count(store, 0);
