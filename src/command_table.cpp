@@ -168,7 +168,7 @@ constexpr command_row rows[] = {
     {"xcomp",       none, true,  topic_diagnosis | topic_compare | topic_various | topic_characters},
     {"xgroup",      xgroup_command, false, topic_settings | topic_various | topic_characters},
     {"xinact",      xinact_command, true,  topic_settings | topic_characters},
-    {"xmult",       none, true,  topic_searching},
+    {"xmult",       xmult_command, true,  topic_searching, false, &xmult_options},
     {"xperm",       xperm_command, true,  topic_various | topic_characters},
     {"xpiwe",       xpiwe_command, false, topic_settings | topic_weights},
     {"xread",       xread_command, true,  topic_input | topic_save, false, &block_options},

@@ -11,6 +11,7 @@ extern const option_table mult_options;
 extern const option_table ratchet_options;
 extern const option_table sectsch_options;
 extern const option_table tfuse_options;
+extern const option_table xmult_options;
 
 void bbreak_command();
 void best_command();
@@ -21,5 +22,6 @@ void ratchet_command();
 void sectsch_command();
 void subopt_command();
 void tfuse_command();
+void xmult_command();
 
 }  // namespace zeb
