@@ -247,6 +247,19 @@ void count_from_outside(search_data& inner, const search_data& outer,
 
 }  // namespace
 
+/// As if no character was left out.
+int largest_sector(const search_data& data, int slots) {
+  const std::size_t packed = at(std::max(data.nwords, words_per_block));
+  const std::size_t wide = data.wide.down_words + data.wide.final_words + data.wide.branch_words;
+  // Sets, what the undo log may take of them, and the unions of the swapper's clusters.
+  const std::size_t of_sets = (4 * packed + wide) * sizeof(word) * 9 / 4 + 2 * packed;
+  const std::size_t of_node = of_sets + at(slots) * sizeof(std::int32_t) + 800;
+  const std::size_t fixed = 400 * packed + sizeof(fit_counter) * data.entries.size() + 200'000;
+  const std::size_t free = arena_free();
+  if (free <= fixed) return 0;
+  return static_cast<int>(std::min<std::size_t>((free - fixed) / of_node / 2, at(data.n)));
+}
+
 void prepare_reduced_data(search_data& inner, const search_data& outer, const tree_sector& sector,
                           double score) {
   ALWAYS_CHECK(sector.terminals.size() >= 3 && can_be_reduced(outer), "sector of a tree");

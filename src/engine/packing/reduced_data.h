@@ -26,6 +26,10 @@ struct tree_sector {
 /// Can parts of these trees be looked at by themselves? Not where lengths depend on the root.
 inline bool can_be_reduced(const search_data& data) { return !data.has_asymmetric; }
 
+/// Terminals that a sector may have for a search of it, with room for `slots` trees, to fit in the
+/// memory that is free.
+int largest_sector(const search_data& data, int slots);
+
 /// Prepares `inner` for the sector of the tree in work of `outer`, whose sets must be right, and
 /// whose score is `score`. Terminal i + 1 of `inner` is the sector's terminal i, terminal 0 all
 /// that is outside. The inner data use tables of the outer. Memory: the arena's low stack.

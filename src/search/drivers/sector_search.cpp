@@ -136,9 +136,14 @@ int slots_needed(const sector_search_settings& how) {
 
 }  // namespace
 
+int largest_sector(const search_data& data, const sector_search_settings& how) {
+  return largest_sector(data, slots_needed(how));
+}
+
 bool search_sector(search_context& outer, std::span<std::int32_t> tree, const tree_sector& sector,
                    const sector_search_settings& how, double* score) {
   if (sector.terminals.size() < 3) return false;
+  if (sector.terminals.size() > at(largest_sector(outer.data, how))) return false;
   tree_array found;
   double found_score = *score;
   {

@@ -22,10 +22,14 @@ struct sector_search_settings {
   bool equals = false;  // a tree that is as good as the sector's takes its place, too
 };
 
+/// Terminals that sectors of these data may have, by the memory that is free.
+int largest_sector(const search_data& data, const sector_search_settings& how);
+
 /// Searches a sector of `tree` (internal numbering), which is the tree in work of `outer` with all
 /// its sets, and whose score is `*score`. True if another arrangement took the sector's place: then
 /// `tree` and `*score` are changed, and the sets of `outer` made for the new tree. The seeds are
 /// drawn from the generator of `outer`. A search that is stopped has found what it has found.
+/// Sectors that are too large for the memory are left as they are.
 bool search_sector(search_context& outer, std::span<std::int32_t> tree, const tree_sector& sector,
                    const sector_search_settings& how, double* score);
 

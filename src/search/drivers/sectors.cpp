@@ -7,6 +7,8 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "base/message_text.h"
+#include "console/output.h"
 #include "engine/passes/passes.h"
 #include "search/drivers/sector_choice.h"
 #include "search/moves/swapper.h"
@@ -101,8 +103,9 @@ bool sector_round::search_size(int size, int selections) {
 }
 
 void sector_round::search_random() {
-  const int half = taxa() / 2;
+  const int half = std::min(taxa() / 2, largest_sector(context_.data, options_.each));
   int size = std::min(options_.minsize, half);
+  if (size < 4) return;
   const int largest = std::max(size, std::min(options_.maxsize, half));
   for (int step = 0;; ++step) {
     const int listed = std::min(step, options_.selection_count - 1);
@@ -162,6 +165,16 @@ double sector_round::run() {
 double search_sectors(search_context& context, std::span<std::int32_t> tree,
                       const sector_settings& options) {
   return sector_round(context, tree, options).run();
+}
+
+void tell_limit_of_sectors(const search_context& context, const sector_settings& options) {
+  const int largest = largest_sector(context.data, options.each);
+  int wanted = options.maxsize;
+  if (options.selection == sector_settings::exclusive)
+    wanted = context.data.n / std::max(1, std::min(options.divisions, options.divisions_last));
+  if (std::min(wanted, context.data.n / 2) <= largest) return;
+  emit(text_of("Note: memory allows sectors of up to %i terminals only (see \"mxram\").\n",
+               largest));
 }
 
 }  // namespace zeb

@@ -49,4 +49,7 @@ extern sector_settings sectors;  // written by the command
 double search_sectors(search_context& context, std::span<std::int32_t> tree,
                       const sector_settings& options);
 
+/// Tells where memory allows only smaller sectors than are wanted.
+void tell_limit_of_sectors(const search_context& context, const sector_settings& options);
+
 }  // namespace zeb

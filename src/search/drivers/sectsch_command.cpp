@@ -285,6 +285,7 @@ void run_sectors() {
   search_context& context = session.context();
   if (!can_be_reduced(context.data))
     error_end("Sectors of trees whose length depends on the root are not available yet");
+  tell_limit_of_sectors(context, sectors);
   seed_generator(context.random);
   begin_reports(context);
   search_stored_trees(context);

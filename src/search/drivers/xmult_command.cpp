@@ -164,6 +164,7 @@ void run_combined() {
   search_context& context = session.context();
   if (context.trees.ntrees >= context.trees.maxtrees)
     error_end("No space to store more trees! Increase max.trees and retry.");
+  if (combined.rss) tell_limit_of_sectors(context, sectors);
   seed_generator(context.random);
   const combined_result result =
       combined_search(context, combined, {sectors, ratchet, drift, fusing});
