@@ -252,12 +252,12 @@ void plain_slice::down_pass(const descendant_lists& lists, std::span<const int> 
 void plain_slice::final_pass(const descendant_lists& lists, std::span<const int> order) {
   const std::size_t n = columns_.size();
   final_.resize(lists.nodes() * n);
-  std::copy_n(down_sets(matrix.ntax), n, &final_[at(matrix.ntax) * n]);
+  std::copy_n(down_sets(matrix.ntax), n, final_.data() + at(matrix.ntax) * n);
   for (const int v : order)
     for (const int d : lists.children(v))
-      plain_final(&final_[at(v) * n], down_sets(d),
+      plain_final(final_.data() + at(v) * n, down_sets(d),
                   d < matrix.ntax ? down_sets(d) : inner_row(reach_, d), observed_.data(),
-                  &final_[at(d) * n], n);
+                  final_.data() + at(d) * n, n);
 }
 
 void plain_slice::optimise(std::span<const int> order, const descendant_lists& lists,

@@ -135,7 +135,8 @@ std::optional<constraint_rows> without_floating(const constraint_rows& rows) {
     set_word* const others = closed.others.data() + at(t) * closed.words;
     for (std::size_t c = 0; c < clades.size(); ++c) {
       const set_word bit = set_word{1} << (c % taxa_per_word);
-      (clades[c].contains(t) ? members : others)[c / taxa_per_word] |= bit;
+      set_word* const side = clades[c].contains(t) ? members : others;
+      side[c / taxa_per_word] |= bit;
       closed.positive[c / taxa_per_word] |= bit;
     }
     for (std::size_t w = 0; w < rows.words; ++w) {

@@ -83,10 +83,13 @@ TEST_F(arena_test, releasing_a_lock_releases_the_later_ones_and_all_they_hold) {
     alloc_high<int>(50);
     lock(&tags[i]);
   }
-  EXPECT_EQ(locked_bytes(&tags[1]), 600u);
+  // Builds that look for overruns leave gaps between blocks.
+  const std::size_t of_each = free_at[0] - free_at[1];
+  EXPECT_GE(of_each, 600U);
+  EXPECT_EQ(locked_bytes(&tags[1]), of_each);
   alloc_low<int>(10);
   release_command_memory();
-  EXPECT_EQ(arena_free(), free_before - 3 * 600);
+  EXPECT_EQ(arena_free(), free_before - 3 * of_each);
   unlock(&tags[1]);
   EXPECT_EQ(tags[0], 1);
   EXPECT_EQ(tags[1], 0);
@@ -135,12 +138,13 @@ TEST_F(arena_test, wrong_locks_are_errors) {
 TEST_F(arena_test, commands_run_by_a_command_leave_its_memory_alone) {
   const std::span<int> mine = alloc_low<int>(10);
   mine[0] = 7;
+  std::byte* const low = arena.low;
   {
     const arena_marks_scope scope;
     alloc_low<int>(10)[0] = 8;
     release_command_memory();
     EXPECT_EQ(mine[0], 7);
-    EXPECT_EQ(arena.low, reinterpret_cast<std::byte*>(mine.data() + 10));
+    EXPECT_EQ(arena.low, low);
   }
   release_command_memory();
   EXPECT_EQ(arena_in_use(), static_cast<std::size_t>(arena.low_mark - arena.base));
