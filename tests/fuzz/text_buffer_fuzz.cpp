@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size < 2) return 0;
   const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
   static text_buffer buffer;
-  if (buffer.kilobytes() == 0) buffer.resize(50);
+  if (buffer.kilobytes() == 0 && !buffer.allot(50)) std::abort();
   if (data[0] & 1) buffer.set_compression((data[0] & 2) != 0);
   for (int times = 1 + (data[0] >> 2); times > 0; --times) buffer.add(text);
   std::uint64_t bytes = 0;

@@ -9,7 +9,6 @@
 #include "../support/text_session.h"
 #include "base/command.h"
 #include "trees/notation/parenthetical_writer.h"
-#include "trees/notation/tread.h"
 #include "trees/notation/tree_file.h"
 #include "trees/notation/tree_text_reader.h"
 
