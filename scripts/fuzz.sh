@@ -24,14 +24,15 @@ targets=("$@")
 
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}" -- -j "$(nproc)"
-mkdir -p build/fuzz/failed
+here=$PWD/build/fuzz # targets go to a folder of their own
+mkdir -p "$here/failed"
 failed=()
 for target in "${targets[@]}"; do
   echo "== $target, $seconds seconds"
-  mkdir -p "build/fuzz/corpus/$target"
-  log=build/fuzz/$target.log
-  if build/fuzz/tests/fuzz/fuzz_"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 \
-    -artifact_prefix="build/fuzz/failed/$target-" "build/fuzz/corpus/$target" >"$log" 2>&1; then
+  mkdir -p "$here/corpus/$target"
+  log=$here/$target.log
+  if "$here/tests/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 \
+    -artifact_prefix="$here/failed/$target-" "$here/corpus/$target" >"$log" 2>&1; then
     tail -1 "$log"
   else
     failed+=("$target")
