@@ -36,26 +36,8 @@ void number_taxa(search_data& data, const packing_request& request) {
     if (data.taxon_to_pack[at(t)] < 0) take(t);
 }
 
-void lay_out_groups(search_data& data, const packing_plan& plan) {
-  int start = 0;
-  for (int g = 0; g < packing_groups; ++g) {
-    const int block_fields = fields_per_word[at(g)] * words_per_block;
-    const int blocks = (plan.field_count[at(g)] + block_fields - 1) / block_fields;
-    data.field_count[at(g)] = blocks * block_fields;
-    data.group_words[at(g)] = blocks * words_per_block;
-    data.group_start[at(g)] = start;
-    start += data.group_words[at(g)];
-  }
-  data.group_start[packing_groups] = start;
-  data.nwords = start;
-}
-
 void fill_field_records(search_data& data, const packing_plan& plan) {
-  for (std::span<field_record>& group : data.fields)
-    for (field_record& f : group) {
-      f = {};
-      f.character = -1;
-    }
+  empty_field_records(data);
   for (const pack_entry& e : plan.entries)
     for (int f = 0; f < e.fields * e.repeat; ++f)
       data.fields[at(e.group)][at(e.first_field + f)] = {e.weight, e.min_steps, e.max_steps,
@@ -115,7 +97,7 @@ void prepare_search_data(search_data& data, const packing_request& request) {
   data.wide.base_cost = plan.base_wide_cost;
   data.has_continuous = plan.has_continuous;
   data.implied_on = plan.implied_on;
-  lay_out_groups(data, plan);
+  lay_out_groups(data, plan.field_count);
   data.entries = alloc_low<pack_entry>(plan.entries.size());
   std::copy(plan.entries.begin(), plan.entries.end(), data.entries.begin());
   allocate_search_data(data);

@@ -31,12 +31,7 @@ word* room_for(std::size_t words) {
   return calloc_low<word>(words + words_per_block, cache_line).data();
 }
 
-/// Preliminary sets of all that lies outside of the clade of `top`.
-struct outside_sets {
-  const word* packed = nullptr;
-  const word* wide = nullptr;
-};
-
+/// Preliminary sets of all that lies outside of the clade where the path ends.
 const word* packed_outside(const search_data& data, std::span<const std::int32_t> path) {
   word* now = room_for(at(data.nwords));
   word* next = room_for(at(data.nwords));
@@ -145,16 +140,7 @@ void place_entries(search_data& inner, const search_data& outer,
     count[at(e.group)] += e.fields * e.repeat;
     inner.entries[next++] = e;
   }
-  int start = 0;
-  for (std::size_t g = 0; g < packing_groups; ++g) {
-    const int block_fields = fields_per_word[g] * words_per_block;
-    const int blocks = (count[g] + block_fields - 1) / block_fields;
-    inner.field_count[g] = blocks * block_fields;
-    inner.group_words[g] = blocks * words_per_block;
-    inner.group_start[g] = start;
-    start += inner.group_words[g];
-  }
-  inner.group_start[packing_groups] = inner.nwords = start;
+  lay_out_groups(inner, count);
 }
 
 /// Copies the fields of one entry from word to word, for all terminals.
@@ -182,11 +168,7 @@ void copy_fields(const search_data& inner, const search_data& outer, const pack_
 void copy_packed_characters(search_data& inner, const search_data& outer,
                             const std::vector<std::uint8_t>& kept,
                             std::span<const word* const> terminals) {
-  for (const std::span<field_record> group : inner.fields)
-    for (field_record& f : group) {
-      f = {};
-      f.character = -1;
-    }
+  empty_field_records(inner);
   for (std::size_t t = 0; t < terminals.size(); ++t)
     std::memset(inner.sets[t].down, 0xff, at(inner.nwords) * sizeof(word));
   std::size_t next = 0;

@@ -19,6 +19,27 @@ std::span<word> alloc_sets(const search_data& data) {
 
 }  // namespace
 
+void lay_out_groups(search_data& data, const std::array<int, packing_groups>& fields) {
+  int start = 0;
+  for (std::size_t g = 0; g < packing_groups; ++g) {
+    const int block_fields = fields_per_word[g] * words_per_block;
+    const int blocks = (fields[g] + block_fields - 1) / block_fields;
+    data.field_count[g] = blocks * block_fields;
+    data.group_words[g] = blocks * words_per_block;
+    data.group_start[g] = start;
+    start += data.group_words[g];
+  }
+  data.group_start[packing_groups] = data.nwords = start;
+}
+
+void empty_field_records(search_data& data) {
+  for (const std::span<field_record> group : data.fields)
+    for (field_record& f : group) {
+      f = {};
+      f.character = -1;
+    }
+}
+
 void allocate_search_data(search_data& data) {
   constexpr std::size_t cache_line = 64;
   data.layout.end0 = data.group_start[1];

@@ -116,7 +116,6 @@ double combined_run::replicate() {
   const std::span<std::int32_t> tree = context_.working_tree;
   wagner_tree(context_, tree, options_.addition);
   if (interrupted()) return unknown_score;
-  // A tree that was stopped on its way is a tree: it is kept.
   const bool spr_first = !context_.rules.swap.mulpars && !context_.data.implied_on;
   double score = unknown_score;
   if (spr_first) {
@@ -128,6 +127,7 @@ double combined_run::replicate() {
   take_best(score);
   score = improve_by_sectors(tree, score);
   score = improve_by_cycles(tree, score);
+  // Also a tree that was stopped on its way is kept.
   store_tree(context_, tree, slot, score);
   report_status(context_, score,
                 settings.status_trees > 0 && result_.replications % settings.status_trees == 0);

@@ -245,7 +245,7 @@ void check_settings(sector_settings& wanted, option_outcome outcome) {
         text_of("Min. size (set as %i) must be greater than or equal to max. size (set as %i)",
                 wanted.minsize, wanted.maxsize));
   if (wanted.selection == sector_settings::around && wanted.tree < 0 && store.ntrees != 1)
-    error_end("DSS requires specification of a single tree");
+    error_end("DSS requires that a single tree be named");
   if (wanted.selection == sector_settings::exclusive && matrix.present &&
       active_taxa() / wanted.divisions < 10)
     error_end("Can't divide tree in chunks of less than 10 nodes");
