@@ -71,6 +71,7 @@ void add_wide_characters(search_data& data, const packing_plan& plan, const fit_
   }
   for (const wide_part& part : data.wide.parts)
     for (wide_character& c : part.characters) {
+      c.model = nullptr;
       if (!data.implied_on) continue;
       c.set = rules.set_of_character(c.character);
       c.curve = curve_of(rules, rules.functions[at(c.character)]);

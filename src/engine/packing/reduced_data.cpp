@@ -176,6 +176,16 @@ void copy_packed_characters(search_data& inner, const search_data& outer,
     if (kept[i]) copy_fields(inner, outer, inner.entries[next++], outer.entries[i], terminals);
 }
 
+/// The sets of what is outside, as of a clade, would be wrong for rooted characters.
+void root_at_part(search_data& inner, const search_data& outer, int top) {
+  const std::size_t above = at(outer.tree.anc[at(top)]);
+  for (const wide_part& part : inner.wide.parts)
+    for (wide_character& c : part.characters)
+      if (part.kind->is_rooted(c))
+        c.model = part.kind->model_of_part(c, outer.wide.final + above * outer.wide.final_words,
+                                           wide_sets_of(outer, top), inner.wide.down);
+}
+
 void copy_wide_characters(search_data& inner, const search_data& outer, const tree_sector& sector,
                           const word* outside) {
   inner.wide.parts = alloc_low<wide_part>(outer.wide.parts.size());
@@ -189,6 +199,7 @@ void copy_wide_characters(search_data& inner, const search_data& outer, const tr
   const std::size_t words = inner.wide.down_words;
   ALWAYS_CHECK(words == outer.wide.down_words, "wide sets of a sector");
   std::copy_n(outside, words, inner.wide.down);
+  if (outer.has_asymmetric) root_at_part(inner, outer, sector.top);
   for (std::size_t t = 0; t < sector.terminals.size(); ++t)
     std::copy_n(wide_sets_of(outer, sector.terminals[t]), words, inner.wide.down + (t + 1) * words);
 }
@@ -244,7 +255,7 @@ int largest_sector(const search_data& data, int slots) {
 
 void prepare_reduced_data(search_data& inner, const search_data& outer, const tree_sector& sector,
                           double score) {
-  ALWAYS_CHECK(sector.terminals.size() >= 3 && can_be_reduced(outer), "sector of a tree");
+  ALWAYS_CHECK(sector.terminals.size() >= 3, "sector of a tree");
   const std::vector<std::int32_t> path = path_to(outer, sector.top);
   const std::vector<const word*> terminals =
       terminal_words(outer, sector, packed_outside(outer, path));

@@ -3,9 +3,10 @@
 // What leaves the part becomes terminals, whose sets are those that the passes made: of a clade cut
 // off its preliminary sets, and of all that lies outside, as terminal 0, the preliminary sets that
 // it would have if the tree was rooted at the part. Fields are copied from words to words; the
-// matrix isn't looked at. Characters that any arrangement of the part gives the same steps are left
-// out. The steps outside count: what the part's arrangement scores is the score of the whole tree
-// with it, whatever the criterion.
+// matrix isn't looked at. Where lengths depend on the root, a character's costs outside are what
+// the root of the reduced data pays, and terminal 0 says nothing. Characters that any arrangement
+// of the part gives the same steps are left out. The steps outside count: what the part's
+// arrangement scores is the score of the whole tree with it, whatever the criterion.
 #pragma once
 
 #include <cstdint>
@@ -22,9 +23,6 @@ struct tree_sector {
   std::vector<std::int32_t>
       terminals;  // nodes where it ends, at least 3: terminals or whole clades
 };
-
-/// Can parts of these trees be looked at by themselves? Not where lengths depend on the root.
-inline bool can_be_reduced(const search_data& data) { return !data.has_asymmetric; }
 
 /// Terminals that a sector may have for a search of it, with room for `slots` trees, to fit in the
 /// memory that is free.

@@ -142,21 +142,39 @@ struct vectors {
     return &m;
   }
 
+  static const void* model_of_part(const wide_character& c, const word* above, const word* down,
+                                   word* outside) {
+    const model& whole = model_of(c);
+    model& m = alloc_low<model>(1)[0];
+    m = whole;
+    m.root = calloc_low<number>(at(m.width), 64).data();
+    const lane* const final = at_word(above, c.final_at);
+    const lane* const part = at_word(down, c.down_at) + m.width;
+    for (int s = 0; s < m.states; ++s) m.root[s] = static_cast<number>(final[s] - part[s]);
+    const number least = *std::min_element(m.root, m.root + m.states);
+    for (int s = 0; s < m.states; ++s) m.root[s] = static_cast<number>(m.root[s] - least);
+    write_terminal(m, 0, at_word(outside, c.down_at));
+    return &m;
+  }
+
   static wide_room room(const wide_character& c) {
     const int own = words(model_of(c));
     return {2 * own, own + (has_roots ? 1 : 0), 2 * own};
   }
   static bool is_rooted(const wide_character& c) { return has_roots && model_of(c).rooted; }
 
-  static int encode(const wide_character& c, int taxon, word* down) {
-    const model& m = model_of(c);
-    lane* const own = at_word(down, c.down_at);
-    const std::uint32_t states = m.cells[at(taxon)];
+  /// `states` 0: says nothing.
+  static void write_terminal(const model& m, std::uint32_t states, lane* own) {
     for (int x = 0; x < m.width; ++x) {
       const bool has = x < m.states && (states == 0 || (states >> x & 1U) != 0);
       own[x] = has ? number{0} : limits<number>::absent;
     }
     cheapest_ways(m, m.to, own, own + m.width);
+  }
+
+  static int encode(const wide_character& c, int taxon, word* down) {
+    const model& m = model_of(c);
+    write_terminal(m, m.cells[at(taxon)], at_word(down, c.down_at));
     return -m.detour;
   }
 
@@ -321,6 +339,7 @@ struct vectors {
     return {.name = name,
             .takes = takes,
             .model = make_model,
+            .model_of_part = has_roots ? model_of_part : nullptr,
             .room = room,
             .is_rooted = is_rooted,
             .encode = encode,

@@ -87,6 +87,12 @@ struct wide_kind {
   bool (*takes)(int character);
   /// Null: the kind needs no model.
   const void* (*model)(int character);
+  /// Rooted characters: the model for a part of the tree by itself. Its root stands for the node
+  /// next to the part, and pays what the whole tree outside costs by the state of that node
+  /// (`above`: its `final`, `down`: that of the part's top). Terminal 0 says nothing then: its sets
+  /// are written to `outside`. Null: the kind has none.
+  const void* (*model_of_part)(const wide_character& c, const word* above, const word* down,
+                               word* outside) = nullptr;
   wide_room (*room)(const wide_character& c);
   /// Does the length of a tree depend on where its root is?
   bool (*is_rooted)(const wide_character& c);

@@ -205,7 +205,7 @@ void allocate_wide_sets(search_data& data) {
   for (wide_part& part : wide.parts) {
     if (part.kind->unit != 1) data.has_continuous = true;
     for (wide_character& c : part.characters) {
-      c.model = part.kind->model ? part.kind->model(c.character) : nullptr;
+      if (!c.model && part.kind->model) c.model = part.kind->model(c.character);
       if (part.kind->is_rooted(c)) data.has_asymmetric = true;
       const wide_room room = c.room = part.kind->room(c);
       c.down_at = static_cast<std::int32_t>(wide.down_words);

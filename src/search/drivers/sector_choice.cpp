@@ -1,7 +1,7 @@
 #include "search/drivers/sector_choice.h"
 
 #include <algorithm>
-#include <numeric>
+#include <utility>
 
 #include "base/indices.h"
 
@@ -124,18 +124,44 @@ std::vector<tree_sector> exclusive_sectors(std::span<const std::int32_t> tree, i
   return sectors;
 }
 
+std::vector<tree_sector> sectors_of_groups(std::span<const std::int32_t> tree, int n,
+                                           std::span<const std::uint8_t> is_group, int least,
+                                           int most) {
+  const sized_tree sized(tree, n);
+  std::vector<tree_sector> sectors;
+  for (const std::int32_t v : sized.order) {
+    if (sized.is_terminal(v) || (v != sized.top() && !is_group[at(v)])) continue;
+    tree_sector sector{v, ends_of(sized, v, is_group)};
+    const int fork = static_cast<int>(sector.terminals.size());
+    if (fork >= least && fork <= most) sectors.push_back(std::move(sector));
+  }
+  return sectors;
+}
+
+int node_between(std::span<const std::int32_t> tree, int n, int a, int b, int c) {
+  std::vector<int> met(tree.size(), 0);  // paths to the root that pass
+  for (const int terminal : {a, b, c})
+    for (int v = terminal; v != n; v = tree[at(v)]) ++met[at(v)];
+  // Two of the paths meet outward of the third, or with it, at the node.
+  for (const int terminal : {a, b})
+    for (int v = terminal; v != n; v = tree[at(v)])
+      if (met[at(v)] == 2) return v;
+  return a;
+}
+
 tree_sector sector_around(std::span<const std::int32_t> tree, int n, int node, int distance) {
   const sized_tree sized(tree, n);
-  int top = node;
-  int climbed = 0;
+  // The outgroup's branch ends at the ingroup's node.
+  int top = node == 0 ? sized.top() : node;
+  int climbed = node == 0 ? 1 : 0;
   while ((climbed < distance || sized.is_terminal(top)) && top != sized.top()) {
     top = tree[at(top)];
     ++climbed;
   }
   // Branches from the node; those of its ancestors are counted on the way.
   std::vector<int> away(tree.size(), -1);
-  int steps = 0;
-  for (int v = node;; v = tree[at(v)]) {
+  int steps = node == 0 ? 1 : 0;
+  for (int v = node == 0 ? top : node;; v = tree[at(v)]) {
     away[at(v)] = steps++;
     if (v == top) break;
   }

@@ -22,6 +22,16 @@ tree_sector random_sector(std::span<const std::int32_t> tree, int n, int size,
 std::vector<tree_sector> exclusive_sectors(std::span<const std::int32_t> tree, int n, int count,
                                            bool even, random_generator& random);
 
+/// The forks of a tree with these groups only (`is_group`, a byte for each branch), from the base
+/// outward: all that branches off a group's node there is a terminal. Those of `least` to `most`
+/// branches.
+std::vector<tree_sector> sectors_of_groups(std::span<const std::int32_t> tree, int n,
+                                           std::span<const std::uint8_t> is_group, int least,
+                                           int most);
+
+/// The node at which the paths between three terminals meet.
+int node_between(std::span<const std::int32_t> tree, int n, int a, int b, int c);
+
 /// The part of a tree within `distance` branches of a node.
 tree_sector sector_around(std::span<const std::int32_t> tree, int n, int node, int distance);
 

@@ -37,11 +37,14 @@ class sector_round {
   /// Sectors of one size. False: the search is over.
   bool search_size(int size, int selections);
   void search_exclusive();
+  void search_constrained();
+  std::vector<tree_sector> forks() const;
   void search_around();
   /// True if the tree changed.
   bool search(const tree_sector& sector);
   void swap_whole_tree();
-  void swap_if_due(int size);
+  /// True if the whole tree was swapped.
+  bool swap_if_due(int size);
   void note(double score);
   int taxa() const { return context_.data.n; }
   bool is_over() const {
@@ -83,9 +86,11 @@ void sector_round::swap_whole_tree() {
   note(score_);
 }
 
-void sector_round::swap_if_due(int size) {
+bool sector_round::swap_if_due(int size) {
   const int often = size > options_.each.godrift ? options_.dglobal : options_.global;
-  if (often > 0 && changes_ >= often) swap_whole_tree();
+  if (often == 0 || changes_ < often) return false;
+  swap_whole_tree();
+  return true;
 }
 
 bool sector_round::search_size(int size, int selections) {
@@ -125,7 +130,7 @@ void sector_round::search_random() {
 /// The numbers of divisions of the rounds go evenly from the first to the last.
 void sector_round::search_exclusive() {
   const int rounds = options_.xss_rounds;
-  const int most = std::max(2, taxa() / 10);
+  const int most = std::max(2, (2 * taxa() - 1) / 10);
   for (int round = 0; round < rounds && !is_over(); ++round) {
     const int span = options_.divisions_last - options_.divisions;
     const int count = options_.divisions + (rounds > 1 ? span * round / (rounds - 1) : 0);
@@ -140,16 +145,40 @@ void sector_round::search_exclusive() {
   }
 }
 
+std::vector<tree_sector> sector_round::forks() const {
+  std::vector<std::uint8_t> is_group(tree_.size(), 0);
+  if (context_.constraints_in_force)
+    context_.constraints_in_force->protect(context_.data, is_group);
+  return sectors_of_groups(tree_, taxa(), is_group, std::max(3, options_.minfork),
+                           options_.maxfork);
+}
+
+/// A sector that changes leaves the other forks as they are; a swap of the whole tree may not.
+void sector_round::search_constrained() {
+  for (int round = 0; round < options_.css_rounds; ++round) {
+    std::vector<tree_sector> sectors = forks();
+    for (std::size_t i = 0; i < sectors.size(); ++i) {
+      if (is_over()) return;
+      const int fork = static_cast<int>(sectors[i].terminals.size());
+      if (search(sectors[i]) && swap_if_due(fork)) sectors = forks();
+    }
+  }
+  if (changes_ > 0 && (options_.global > 0 || options_.dglobal > 0)) swap_whole_tree();
+}
+
 void sector_round::search_around() {
   search(sector_around(tree_, taxa(), options_.center, options_.diameter));
 }
 
 double sector_round::run() {
-  if (taxa() < fewest_taxa || !can_be_reduced(context_.data)) return score_;
+  if (taxa() < fewest_taxa) return score_;
   context_.shown.stage = stage_sector;
   switch (options_.selection) {
     case sector_settings::exclusive:
       search_exclusive();
+      break;
+    case sector_settings::constrained:
+      search_constrained();
       break;
     case sector_settings::around:
       search_around();

@@ -30,10 +30,16 @@ struct sector_settings {
   // -- exclusive sectors --
   int divisions = 8;  // in the first round
   int divisions_last = 12;
+  bool divisions_given = false;  // else they are lowered where chunks would be too small
   int xss_rounds = 2;
   int xss_global = 4;  // TBR on the whole tree every so many rounds, and after the last
   bool xeven = false;
   bool chkroot = false;
+
+  // -- by the groups of the constraints in force --
+  int minfork = 10;  // branches of the smallest and the largest fork
+  int maxfork = 1000;
+  int css_rounds = 3;
 
   // -- around a node --
   int center = -1;
@@ -45,7 +51,9 @@ struct sector_settings {
 };
 extern sector_settings sectors;  // written by the command
 
-/// Improves `tree` (internal numbering, not a slot) by sectors; returns its score.
+/// Improves `tree` (internal numbering, not a slot) by sectors; returns its score. With
+/// `constrained`, those are the forks of the tree of all groups that the constraints in force ask
+/// for, the user's or an `auto_constraint`; without any, all of the tree is one.
 double search_sectors(search_context& context, std::span<std::int32_t> tree,
                       const sector_settings& options);
 

@@ -17,6 +17,7 @@
 #include "search/commands.h"
 #include "search/distinct_trees.h"
 #include "search/drivers/cycle_options.h"
+#include "search/drivers/sector_choice.h"
 #include "search/drivers/sectors.h"
 #include "search/search_journal.h"
 #include "search/search_report.h"
@@ -24,7 +25,9 @@
 #include "search/search_session.h"
 #include "search/store/filter.h"
 #include "search/store/stored_trees.h"
+#include "trees/constraints/constraints.h"
 #include "trees/tree_groups.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {
@@ -41,6 +44,7 @@ void read_exclusive(sector_settings& settings) {
   if (read_optional_whole(&number)) {
     if (!in_range(number)) error_end(refusal);
     settings.divisions = settings.divisions_last = static_cast<int>(number);
+    settings.divisions_given = true;
     if (accept_char('-')) {
       if (!read_optional_whole(&number) || !in_range(number)) error_end(refusal);
       settings.divisions_last = static_cast<int>(number);
@@ -92,16 +96,13 @@ void read_selections(sector_settings& settings) {
   }
 }
 
-void refuse_css(sector_settings&) {
-  error_end("Sectors by the groups of a constraint tree (css) are not available yet");
-}
-
 void switch_globals_off(sector_settings& settings) { settings.global = settings.dglobal = 0; }
 
 constexpr command_options rows = {
     choice<&sector_settings::selection>("rss", sector_settings::random)
         .help("sectors drawn at random"),
-    form<refuse_css>("css").help("sectors by the groups of a constraint tree (not available yet)"),
+    choice<&sector_settings::selection>("css", sector_settings::constrained)
+        .help("sectors by the groups of the constraint tree in force"),
     form<read_exclusive>("xss").help(
         "N (or N to M) sectors that have nothing in common, in R rounds; TBR on the whole tree "
         "every G rounds"),
@@ -114,6 +115,15 @@ constexpr command_options rows = {
         .help("terminals of the smallest sectors of rss"),
     number<&sector_settings::maxsize>("maxsize", {5, 1'000'000}, "Give max. size of random sectors")
         .help("terminals of the largest"),
+    number<&sector_settings::minfork>("minfork", {2, 1'000'000},
+                                      "Give min. fork of constraint sectors (min.=2)")
+        .help("branches of the smallest fork that css searches"),
+    number<&sector_settings::maxfork>("maxfork", {5, 1'000'000},
+                                      "Give max. size of constraint sectors (min.=5)")
+        .help("branches of the largest"),
+    number<&sector_settings::css_rounds>(
+        "rounds", {0, 10'000}, "Give number of rounds to do (for constraint based selections)")
+        .help("times that css goes through the groups"),
     number<&sector_settings::increase>("increase", {0, 100},
                                        "Give factor to increase random sector size (0-100)")
         .help("per cent by which the size grows"),
@@ -158,7 +168,8 @@ constexpr command_options rows = {
         .help("stop when a score of X or better is found"),
     toggle<&sector_settings::keepall>("keepall").help("keep all trees, not only the best"),
     number<&sector_settings::tree>("tree", {0, 1'000'000}, "Give number of the tree")
-        .help("search tree N only"),
+        .no(-1)
+        .help("search tree N only; notree: all"),
 };
 
 std::string divisions_text() {
@@ -173,6 +184,12 @@ void add_lines_of_selection(std::vector<std::string>& lines) {
     case sector_settings::exclusive:
       lines.push_back(text_of("Exclusive sectors: %s divisions, %i rounds, global TBR every %i",
                               divisions_text().c_str(), sectors.xss_rounds, sectors.xss_global));
+      return;
+    case sector_settings::constrained:
+      lines.push_back(
+          text_of("Sectors by the groups of the constraint tree:\n        - "
+                  "Min. fork %i, max. fork %i\n        - %i rounds",
+                  sectors.minfork, sectors.maxfork, sectors.css_rounds));
       return;
     case sector_settings::around:
       lines.push_back(text_of("Sector around node %i, up to %i branches away", sectors.center,
@@ -238,6 +255,25 @@ void list_settings() {
   list_lines("Sectorial search settings: ", lines);
 }
 
+constexpr int fewest_nodes_of_chunk = 10;
+
+void check_divisions(const sector_settings& wanted) {
+  if (!wanted.divisions_given || !matrix.present) return;
+  const int most = (2 * active_taxa() - 1) / fewest_nodes_of_chunk;
+  if (most < 2) error_end("Tree must be divided in at least 2 chunks");
+  if (std::max(wanted.divisions, wanted.divisions_last) <= most) return;
+  error_end(
+      text_of("Can't divide tree in chunks of less than %i nodes\n"
+              "Can't divide in more than %i parts",
+              fewest_nodes_of_chunk, most));
+}
+
+void check_constraints() {
+  if (!constraints.active) error_end("Constraint-based sectorial searches require constraints ON");
+  if (constraints.tree.empty())
+    error_end("Can't run constrained sectorial searches without tree constraints");
+}
+
 void check_settings(sector_settings& wanted, option_outcome outcome) {
   if (outcome != option_outcome::run) return;
   if (wanted.selection == sector_settings::random && wanted.minsize > wanted.maxsize)
@@ -245,14 +281,50 @@ void check_settings(sector_settings& wanted, option_outcome outcome) {
         text_of("Min. size (set as %i) must be greater than or equal to max. size (set as %i)",
                 wanted.minsize, wanted.maxsize));
   if (wanted.selection == sector_settings::around && wanted.tree < 0 && store.ntrees != 1)
-    error_end("DSS requires that a single tree be named");
-  if (wanted.selection == sector_settings::exclusive && matrix.present &&
-      active_taxa() / wanted.divisions < 10)
-    error_end("Can't divide tree in chunks of less than 10 nodes");
+    error_end("DSS requires specification of a single tree");
+  if (wanted.selection == sector_settings::exclusive) check_divisions(wanted);
+  if (wanted.selection == sector_settings::constrained) check_constraints();
+}
+
+int active_taxon_above(const descendant_lists& lists, int node) {
+  if (node < matrix.ntax) return matrix.taxon_active[at(node)] ? node : -1;
+  for (const int v : lists.children(node))
+    if (const int taxon = active_taxon_above(lists, v); taxon >= 0) return taxon;
+  return -1;
+}
+
+/// A taxon in each of three directions from a node of a stored tree, which tell the node however
+/// the tree is numbered; fewer at a terminal, or where active taxa are in fewer directions.
+std::vector<int> taxa_around(const_tree_span tree, int node) {
+  const descendant_lists lists = descendants_of(tree, matrix.ntax);
+  // The root is on a branch between its two descendants.
+  if (node == matrix.ntax && lists.count[at(node)] == 2)
+    for (const int v : lists.children(matrix.ntax)) node = std::max(node, v);
+  std::vector<int> taxa;
+  if (node < matrix.ntax) return {node};
+  for (const int v : lists.children(node))
+    if (const int taxon = active_taxon_above(lists, v); taxon >= 0) taxa.push_back(taxon);
+  std::vector<std::uint8_t> above(at(matrix.ntax), 0);
+  flag_terminals(tree, matrix.ntax, node, above);
+  for (int t = 0; t < matrix.ntax; ++t)
+    if (!above[at(t)] && matrix.taxon_active[at(t)] && !is_absent(tree, t)) taxa.push_back(t);
+  return taxa;
+}
+
+/// The settings with the center of dss as the search numbers it.
+sector_settings settings_for(const search_context& context, const std::vector<int>& around) {
+  sector_settings how = sectors;
+  const auto number = [&](std::size_t i) { return context.data.taxon_to_pack[at(around[i])]; };
+  if (around.size() >= 3)
+    how.center =
+        node_between(context.working_tree, context.data.n, number(0), number(1), number(2));
+  else if (!around.empty())
+    how.center = number(0);
+  return how;
 }
 
 /// Trees that become the same as another one go.
-void search_stored_trees(search_context& context) {
+void search_stored_trees(search_context& context, const std::vector<int>& around) {
   const int count = context.trees.ntrees;
   std::vector<std::uint8_t> keep(at(count), 1);
   for (int t = 0; t < count && !interrupted(); ++t) {
@@ -260,7 +332,8 @@ void search_stored_trees(search_context& context) {
     context.shown.current_tree = t;
     fetch_tree(context, slot_tree(context, t));
     const double before = record_of(context, t).score;
-    const double score = search_sectors(context, context.working_tree, sectors);
+    const double score =
+        search_sectors(context, context.working_tree, settings_for(context, around));
     if (score < before || sectors.each.equals)
       keep[at(t)] = replace_tree(context, context.working_tree, t, score) || score >= before;
     if (settings.status_trees > 0 && (t + 1) % settings.status_trees == 0)
@@ -273,6 +346,8 @@ char letter_of_selection() {
   switch (sectors.selection) {
     case sector_settings::exclusive:
       return 'X';
+    case sector_settings::constrained:
+      return 'C';
     case sector_settings::around:
       return 'D';
     default:
@@ -280,15 +355,22 @@ char letter_of_selection() {
   }
 }
 
+/// What dss goes around; else nothing.
+std::vector<int> center_of_search() {
+  if (sectors.selection != sector_settings::around) return {};
+  const int tree = std::max(0, sectors.tree);
+  check_node_number(tree, sectors.center);
+  return taxa_around(stored_tree(tree), sectors.center);
+}
+
 void run_sectors() {
+  const std::vector<int> around = center_of_search();
   search_session session;
   search_context& context = session.context();
-  if (!can_be_reduced(context.data))
-    error_end("Sectors of trees whose length depends on the root are not available yet");
   tell_limit_of_sectors(context, sectors);
   seed_generator(context.random);
   begin_reports(context);
-  search_stored_trees(context);
+  search_stored_trees(context, around);
   disarm_time_limit();
   const double best = best_stored(context, 0);
   report_status(context, best, true);
