@@ -281,15 +281,17 @@ void check_settings(sector_settings& wanted, option_outcome outcome) {
         text_of("Min. size (set as %i) must be greater than or equal to max. size (set as %i)",
                 wanted.minsize, wanted.maxsize));
   if (wanted.selection == sector_settings::around && wanted.tree < 0 && store.ntrees != 1)
-    error_end("DSS requires specification of a single tree");
+    error_end("DSS requires that a single tree be named");
   if (wanted.selection == sector_settings::exclusive) check_divisions(wanted);
   if (wanted.selection == sector_settings::constrained) check_constraints();
 }
 
-int active_taxon_above(const descendant_lists& lists, int node) {
-  if (node < matrix.ntax) return matrix.taxon_active[at(node)] ? node : -1;
-  for (const int v : lists.children(node))
-    if (const int taxon = active_taxon_above(lists, v); taxon >= 0) return taxon;
+/// The first active terminal outward of a node, or the node itself; -1 none.
+int active_taxon_above(const_tree_span tree, int node) {
+  std::vector<std::uint8_t> above(at(matrix.ntax), 0);
+  flag_terminals(tree, matrix.ntax, node, above);
+  for (int t = 0; t < matrix.ntax; ++t)
+    if (above[at(t)] && matrix.taxon_active[at(t)]) return t;
   return -1;
 }
 
@@ -303,7 +305,7 @@ std::vector<int> taxa_around(const_tree_span tree, int node) {
   std::vector<int> taxa;
   if (node < matrix.ntax) return {node};
   for (const int v : lists.children(node))
-    if (const int taxon = active_taxon_above(lists, v); taxon >= 0) taxa.push_back(taxon);
+    if (const int taxon = active_taxon_above(tree, v); taxon >= 0) taxa.push_back(taxon);
   std::vector<std::uint8_t> above(at(matrix.ntax), 0);
   flag_terminals(tree, matrix.ntax, node, above);
   for (int t = 0; t < matrix.ntax; ++t)
