@@ -6,11 +6,12 @@
 
 #include <vector>
 
+#include "search/drivers/hybrid.h"
 #include "search/search_context.h"
 
 namespace zeb {
 
-/// The settings of `tfuse`.
+/// The settings of `tfuse`, and of `hybrid`.
 struct fuse_settings {
   bool equals = false;    // also exchanges that leave the score as it is
   bool beststart = true;  // the first target is the best tree
@@ -21,6 +22,11 @@ struct fuse_settings {
   int rounds = 5;
   bool keepall = true;  // all trees made are kept, not only better ones
   int xroot = 0;        // random rootings by which each pair is compared again
+
+  // -- of the command --
+  bool hybridize = false;  // in place of fusing
+  hybrid_settings hybrid;
+  double picktype = 0;  // below this exchange score trees are hybridised, else fused; 0: no choice
 };
 extern fuse_settings fusing;  // written by the command
 

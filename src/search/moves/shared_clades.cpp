@@ -3,36 +3,10 @@
 #include <algorithm>
 
 #include "base/indices.h"
+#include "search/moves/walked_tree.h"
 
 namespace zeb {
 namespace {
-
-/// A tree with its nodes in order: each node before its descendants, and those of one clade
-/// together.
-struct walked_tree {
-  walked_tree(std::span<const std::int32_t> tree, int n);
-
-  std::vector<std::int32_t> first, second;  // descendants by node, -1 at terminals
-  std::vector<std::int32_t> preorder;       // without root and terminal 0
-};
-
-walked_tree::walked_tree(std::span<const std::int32_t> tree, int n)
-    : first(tree.size(), -1), second(tree.size(), -1) {
-  for (int v = 1; v < static_cast<int>(tree.size()); ++v) {
-    if (v == n) continue;
-    const std::size_t up = at(tree[at(v)]);
-    (first[up] < 0 ? first[up] : second[up]) = v;
-  }
-  std::vector<std::int32_t> stack = {first[at(n)]};
-  while (!stack.empty()) {
-    const std::int32_t v = stack.back();
-    stack.pop_back();
-    preorder.push_back(v);
-    if (v < n) continue;
-    stack.push_back(second[at(v)]);
-    stack.push_back(first[at(v)]);
-  }
-}
 
 /// The clades of a tree as intervals of its terminals in the order of the walk.
 class clade_intervals {
