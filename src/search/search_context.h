@@ -100,7 +100,10 @@ struct search_display {
   int build_percent = -1;   // done of the build that runs; -1 unknown
   bool hide_score = false;  // the score in hand is that of perturbed data
   bool hide_total = false;  // the line goes without the count of trees
-  bool silent = false;      // a search inside another: no lines, no notes, no tree groups
+  int hits = -1;            // to the best score, of a search that counts them; -1 it doesn't
+  int hits_wanted = 0;
+  double last_gain = 0;  // when such a search found its best score; wall clock, seconds
+  bool silent = false;   // a search inside another: no lines, no notes, no tree groups
 };
 
 /// When the next progress line is due. Times are wall clock, in seconds.

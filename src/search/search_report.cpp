@@ -37,6 +37,13 @@ const search_context& search_of_user_data(const search_context& context) {
   return *c;
 }
 
+/// At the end, where a narrow screen cuts it off.
+std::string hits_text(const search_display& shown) {
+  if (shown.hits < 0) return {};
+  return text_of("  Hits %i/%i, last gain %s ago", shown.hits, shown.hits_wanted,
+                 time_text(wall_clock() - shown.last_gain).c_str());
+}
+
 std::string status_line(const search_context& context, double score) {
   const search_display& shown = context.shown;
   const std::string replication = shown.replication < 0 ? "---" : std::to_string(shown.replication);
@@ -59,7 +66,7 @@ std::string status_line(const search_context& context, double score) {
     line += text_of(" %-12s %-10s %-13s", best.c_str(), time.c_str(),
                     rearrangements_text(context.rearrangements).c_str());
   }
-  return line;
+  return line + hits_text(shown);
 }
 
 /// Ends the search when its time is over. True if it has just done so.
@@ -103,6 +110,15 @@ std::string rearrangements_text(const rearrangement_counter& count) {
              std::string(9 - std::min<std::size_t>(digits.size(), 9), '0') + digits;
   }
   return with_commas(digits);
+}
+
+void tell_rearrangements(const search_context& context, bool by_tbr) {
+  emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
+  if (context.constraints_in_force) emit("Constraints enforced during search.\n");
+  const int move_limit = context.rules.swap.move_limit;
+  if (by_tbr && move_limit > 0) {
+    emit(text_of("Note: TBR limited to moves within %i nodes of original position.\n", move_limit));
+  }
 }
 
 std::string time_text(double seconds) {

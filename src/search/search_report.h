@@ -13,6 +13,8 @@ namespace zeb {
 std::string score_text(const search_data& data, double score);
 /// With commas.
 std::string rearrangements_text(const rearrangement_counter& count);
+/// The closing lines on what a search did, and under which limits. `by_tbr`: it swapped by TBR.
+void tell_rearrangements(const search_context& context, bool by_tbr);
 /// Seconds as "h:mm:ss".
 std::string time_text(double seconds);
 

@@ -81,8 +81,7 @@ void tell_cycles(const search_context& context, const cycle_result& result, cons
   if (interrupted()) emit("Search was interrupted...\n");
   emit(text_of("%i %s iterations completed", result.cycles, name),
        wanted.autoconst > 0 ? " (autoconstrained)" : "", ".\n");
-  emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
-  if (context.constraints_in_force) emit("Constraints enforced during search.\n");
+  tell_rearrangements(context, false);
   const std::string best = score_text(context.data, result.best);
   const std::string worst = score_text(context.data, worst_stored(context));
   emit(text_of("Saved %i trees of score %s", context.trees.ntrees, best.c_str()));

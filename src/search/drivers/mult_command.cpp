@@ -10,6 +10,7 @@
 #include "language/options.h"
 #include "search/commands.h"
 #include "search/distinct_trees.h"
+#include "search/drivers/addition_options.h"
 #include "search/drivers/mult.h"
 #include "search/search_journal.h"
 #include "search/search_report.h"
@@ -23,15 +24,7 @@
 namespace zeb {
 namespace {
 
-/// A row of an addition sequence that looks ahead: "key", "key N".
-template <int addition_settings::*member>
-constexpr option<mult_settings> look_ahead(std::string_view keyword) {
-  return optional_number<&mult_settings::addition, member>(keyword, all_taxa, any_integer);
-}
-
-constexpr auto informative = &addition_settings::informative;
-constexpr auto look = &addition_settings::look;
-constexpr auto rule = &addition_settings::rule;
+constexpr auto addition = &mult_settings::addition;
 
 constexpr command_options rows = {
     number<&mult_settings::replications>("replications", {0, 100000},
@@ -46,30 +39,15 @@ constexpr command_options rows = {
     toggle<&mult_settings::ratchet>("ratchet").help("the ratchet after TBR, as \"ratchet\" has it"),
     toggle<&mult_settings::drift>("drift").help(
         "drift after TBR (and the ratchet), as \"drift\" has it"),
-    choice<&mult_settings::addition, informative>("ras", 0)
-        .also<&mult_settings::addition, look>(0)
-        .also<&mult_settings::addition, rule>(0)
-        .help("taxa are added in random order"),
-    look_ahead<look>("cas")
-        .also<&mult_settings::addition, informative>(0)
-        .also<&mult_settings::addition, rule>(1)
-        .help("closest taxon first, looking at the next N, or at all"),
-    look_ahead<look>("fas")
-        .also<&mult_settings::addition, informative>(0)
-        .also<&mult_settings::addition, rule>(2)
-        .help("furthest taxon first, looking at the next N, or at all"),
-    look_ahead<informative>("ias")
-        .also<&mult_settings::addition, look>(0)
-        .also<&mult_settings::addition, rule>(0)
-        .help("taxon that makes the most characters informative first"),
-    look_ahead<look>("sas")
-        .also<&mult_settings::addition, informative>(0)
-        .also<&mult_settings::addition, rule>(0)
-        .help("taxon with the greatest difference between its best and worst place first"),
+    ras_option<addition>(),
+    cas_option<addition>(),
+    fas_option<addition>(),
+    ias_option<addition>(),
+    sas_option<addition>(),
     number<&mult_settings::outfreq>("outfreq", {0, 1'000'000'000},
                                     "Give number of clips between reports")
         .help("clips between two looks at the clock and the keyboard; 0: by the size of the data"),
-    number<&mult_settings::addition, &addition_settings::cluster_from>(
+    number<addition, &addition_settings::cluster_from>(
         "wcluster", {}, "Expected number of taxa above which wagner trees use node-clusters")
         .no()
         .help("Wagner trees use node clusters after N taxa"),
@@ -82,23 +60,10 @@ constexpr command_options rows = {
 
 /// What the options say together.
 void check_settings(mult_settings& wanted, option_outcome outcome) {
-  for (int* n : {&wanted.addition.look, &wanted.addition.informative}) {
-    if (*n < 0) *n = all_taxa;
-  }
+  settle_additions(wanted.addition);
   if (outcome == option_outcome::run) {
     check_additions(wanted.addition, randomness.random_insertion, constraints.active);
   }
-}
-
-std::string look_text(int n) { return n >= all_taxa ? "all taxa" : text_of("%i taxa", n); }
-
-std::string addition_text(const addition_settings& a) {
-  if (a.informative > 0) {
-    return "by number of informative characters, looking at " + look_text(a.informative);
-  }
-  if (a.look == 0) return "random";
-  const char* names[] = {"greatest difference of best and worst place", "closest", "furthest"};
-  return std::string(names[a.rule]) + " first, looking at " + look_text(a.look);
 }
 
 void list_settings() {
@@ -152,15 +117,7 @@ void summarise(const search_context& context, const mult_result& result) {
   } else if (!result.buffer_full) {
     emit(text_of("Completed %i random addition sequences.\n", result.replications_done));
   }
-  if (swaps(mult)) {
-    emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
-    if (context.constraints_in_force) emit("Constraints enforced during search.\n");
-    const int move_limit = context.rules.swap.move_limit;
-    if (mult.swapper == mult_settings::tbr && move_limit > 0) {
-      emit(text_of("Note: TBR limited to moves within %i nodes of original position.\n",
-                   move_limit));
-    }
-  }
+  if (swaps(mult)) tell_rearrangements(context, mult.swapper == mult_settings::tbr);
 }
 
 void tell_hits(const search_context& context, const mult_result& result) {

@@ -1,0 +1,111 @@
+#include "search/combined/replicator.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/interrupts.h"
+#include "search/moves/swapper.h"
+#include "search/moves/wagner.h"
+#include "search/store/stored_trees.h"
+
+namespace zeb {
+
+replicator::replicator(search_context& context, const combined_settings& options,
+                       const combined_stages& stages, replication_watch watch)
+    : context_(context),
+      options_(options),
+      stages_(stages),
+      watch_(std::move(watch)),
+      seeds_(context.random, context.rules.seed_step) {}
+
+void replicator::follow(std::span<const std::int32_t> tree) {
+  previous_.assign(tree.begin(), tree.end());
+}
+
+double replicator::note(double score) {
+  watch_.found(score);
+  return score;
+}
+
+void replicator::constrain_after(int step) {
+  if (options_.autoconst != step || previous_.empty() || interrupted()) return;
+  constraint_.emplace(context_, previous_, context_.working_tree);
+}
+
+void replicator::build() {
+  context_.random.seed(static_cast<unsigned>(seeds_.current()));
+  seeds_.advance();
+  context_.shown.replication = ++made_;
+  context_.shown.current_tree = context_.trees.ntrees;
+  context_.shown.stage = stage_wagner;
+  wagner_tree(context_, context_.working_tree, options_.addition);
+}
+
+/// Down from the tree as built; under the constraint, and then without.
+double replicator::swap_first() {
+  const std::span<std::int32_t> tree = context_.working_tree;
+  constrain_after(1);
+  const bool is_quick_start = !context_.rules.swap.mulpars && !context_.data.implied_on;
+  double score = unknown_score;
+  if (is_quick_start || options_.autoconst == 2) {
+    context_.shown.stage = stage_spr;
+    score = spr_swap(context_, tree, {});
+  }
+  constrain_after(2);
+  context_.shown.stage = stage_tbr;
+  if (!interrupted()) score = tbr_swap(context_, tree, {.multi = is_quick_start ? -1 : 0});
+  constrain_after(3);
+  return note(score);
+}
+
+double replicator::improve_by_sectors(double score) {
+  sector_settings how = stages_.sectors;
+  how.findscore = options_.giveupscore;
+  for (const auto& [wanted, selection] : {std::pair{options_.rss, sector_settings::random},
+                                          std::pair{options_.xss, sector_settings::exclusive}}) {
+    if (!wanted || watch_.is_over()) continue;
+    how.selection = selection;
+    score = note(search_sectors(context_, context_.working_tree, how));
+  }
+  return score;
+}
+
+template <class settings, class search>
+double replicator::run_cycles_of(settings how, int cycles, const search& run, double score) {
+  if (cycles <= 0 || watch_.is_over()) return score;
+  how.cycles.iterations = cycles;
+  how.cycles.findscore = options_.giveupscore;
+  cycle_task task{.fuse = stages_.fuse};
+  if (options_.hold > 1) task.first_slot = first_slot_;
+  return note(run(context_, context_.working_tree, how, task).best);
+}
+
+double replicator::improve_and_store(double score) {
+  first_slot_ = context_.trees.ntrees;
+  context_.tree_limit = static_cast<int>(std::min<std::int64_t>(
+      context_.trees.maxtrees, std::int64_t{first_slot_} + std::max(options_.hold, 1)));
+  score = improve_by_sectors(score);
+  score = run_cycles_of(stages_.ratchet, options_.ratchet, ratchet_search, score);
+  score = run_cycles_of(stages_.drift, options_.drift, drift_search, score);
+  // Also a tree that was stopped on its way is kept.
+  if (context_.trees.ntrees < context_.tree_limit)
+    store_tree(context_, context_.working_tree, context_.trees.ntrees);
+  context_.tree_limit = context_.trees.maxtrees;
+  return std::min(score, best_stored(context_, first_slot_));
+}
+
+double replicator::make_next() {
+  build();
+  if (interrupted()) return unknown_score;
+  double score = swap_first();
+  if (constraint_) {
+    constraint_.reset();
+    context_.shown.stage = stage_tbr;
+    if (!watch_.is_over()) score = note(tbr_swap(context_, context_.working_tree, {}));
+  }
+  score = improve_and_store(score);
+  follow(context_.working_tree);
+  return score;
+}
+
+}  // namespace zeb
