@@ -80,7 +80,7 @@ constexpr command_row rows[] = {
     {"lset",        none, false, topic_settings | topic_various},
     {"majority",    majority_command, true,  topic_consensus | topic_supports},
     {"matchtax",    none, true,  topic_diagnosis | topic_various},
-    {"map",         none, true,  topic_mapping | topic_diagnosis | topic_characters},
+    {"map",         map_command, true,  topic_mapping | topic_diagnosis | topic_characters},
     {"minmax",      minmax_command, false, topic_diagnosis | topic_various | topic_characters},
     {"mixtrees",    none, true,  topic_consensus | topic_trees},
     {"mkmap",       none, true,  topic_diagnosis},

@@ -7,6 +7,7 @@ void chomo_command();
 void cscores_command();
 void fit_command();
 void length_command();
+void map_command();
 void scores_command();
 
 }  // namespace zeb

@@ -41,6 +41,8 @@ class range_optimiser {
   /// reconstructions of the tree.
   std::span<const value_range> down(int node) const { return row(down_, node); }
   std::span<const value_range> final(int node) const { return row(final_, node); }
+  /// Values whose cost for the subtree grows by no more than one for each unit away from `down`.
+  std::span<const value_range> reach(int node) const { return row(reach_, node); }
 
  private:
   std::span<const value_range> row(const std::vector<value_range>& sets, int node) const {
@@ -51,8 +53,8 @@ class range_optimiser {
   std::vector<int> characters_;
   std::vector<std::vector<value_range>> cells_;  // by character, then taxon
   std::vector<std::int64_t> steps_;
-  std::vector<value_range> down_;   // by node, then character
-  std::vector<value_range> reach_;  // values whose cost grows by no more than one for each unit
+  std::vector<value_range> down_;  // by node, then character
+  std::vector<value_range> reach_;
   std::vector<value_range> final_;
 };
 

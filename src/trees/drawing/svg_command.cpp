@@ -1,144 +1,43 @@
 // ttags &: the tag tree as an SVG figure.
-#include <cmath>
+#include <string>
+#include <vector>
 
 #include "base/errors.h"
-#include "console/output.h"
-#include "console/settings.h"
-#include "language/hooks.h"
+#include "base/indices.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/commands.h"
 #include "trees/drawing/display.h"
+#include "trees/drawing/figure_request.h"
 #include "trees/drawing/svg_file.h"
 #include "trees/drawing/svg_tree.h"
 #include "trees/drawing/tags.h"
-#include "trees/hooks.h"
 
 namespace zeb {
 namespace {
 
-constexpr std::size_t longest_caption = 1000;
-constexpr int largest_size = 10000;  // pixels, of any option
-
-struct drawing_request {
-  svg_options options;
-  int coordinate_array = -1;  // the user's array for the places of the nodes; -1 none
-};
-
-void read_coordinate_array(drawing_request& request) {
-  if (!macros_on() || !hooks_of_trees.user_arrays.read_name)
-    error_end("This option is valid only when macros are enabled");
-  request.coordinate_array = hooks_of_trees.user_arrays.read_name();
-}
-
-template <auto member>
-constexpr auto size(std::string_view keyword, int lowest, std::string_view missing) {
-  return number<&drawing_request::options, member>(
-             keyword, {static_cast<double>(lowest), largest_size}, missing)
-      .tells_highest();
-}
-template <auto member>
-constexpr auto flag(std::string_view keyword) {
-  return choice<&drawing_request::options, member>(keyword, 1);
-}
-
-constexpr command_options rows = {
-    size<&svg_options::branch_length>(
-        "blength", 0, "String \"blength\" must be followed by branch length (in pixels)")
-        .help("span of a branch"),
-    size<&svg_options::branch_height>(
-        "bheight", 0, "String \"bheight\" must be followed by branch height (in pixels)")
-        .help("distance of terminals"),
-    size<&svg_options::thickness>(
-        "thickness", 0, "String \"thickness\" must be followed by branch thickness (in pixels)")
-        .help("of the branches"),
-    flag<&svg_options::colors>("colors").help("colour the branches"),
-    size<&svg_options::terminal_font>("fontsize", 1,
-                                      "String \"fontsize\" must be followed by font size")
-        .with<&drawing_request::options, &svg_options::branch_font>()
-        .help("of all texts"),
-    size<&svg_options::terminal_font>("tfontsize", 1,
-                                      "String \"tfontsize\" must be followed by font size")
-        .help("of taxon names"),
-    size<&svg_options::branch_font>("bfontsize", 1,
-                                    "String \"bfontsize\" must be followed by font size")
-        .help("of branch legends"),
-    flag<&svg_options::italics>("italics").help("taxon names in italics"),
-    flag<&svg_options::branch_italics>("bitalics").help("legends in italics"),
-    size<&svg_options::pen_width>("penwidth", 0,
-                                  "String \"penwidth\" must be followed by font thickness")
-        .help("stroke of the letters"),
-    size<&svg_options::text_separation>("txtsep", 0,
-                                        "String \"txtsep\" must be followed by text separation")
-        .help("distance of the lines of a tag"),
-    size<&svg_options::legend_up>("legup", -largest_size,
-                                  "String \"legup\" must be followed by legend up-shift")
-        .help("raise the legends"),
-    size<&svg_options::legend_shift>("legshift", -largest_size,
-                                     "String \"legshift\" must be followed by pixel value")
-        .help("shift the legends sideways"),
-    size<&svg_options::shift>("shift", -largest_size,
-                              "String \"shift\" must be followed by pixel value")
-        .help("move the tree right"),
-    form<read_coordinate_array>("xysave").argument("array").help(
-        "save the places of the nodes, leave the file open"),
-    text<&drawing_request::options, &svg_options::caption>("caption", longest_caption,
-                                                           "Legend too long (max.=1000 characters)")
-        .help("text below the tree; must be the last option"),
-};
-
-drawing_request read_request() {
-  drawing_request request;
-  request.options.position = tags.tag_position;
-  request.options.separator = tags.tag_separator;
-  request.options.text_width = tags.tag_width;
-  while (skip_blanks_peek() != ';') read_option(request, figure_options);
-  return request;
-}
-
-void save_places(int array, const node_places& places) {
-  std::vector<double> values;
-  for (const auto& [x, y] : places) {
-    values.push_back(std::round(x));
-    values.push_back(std::round(y));
-  }
-  hooks_of_trees.user_arrays.store(array, values, 2);
-  let_svg_file_take_additions();
-}
-
-void finish_drawing() {
-  const std::string name = svg_file.file.name();
-  if (!close_svg_file()) error_end("Cannot write to file", name + svg_file.file.cause());
-}
-
 void draw_tag_tree() {
   if (!tags.tags_present) error_end("No tree-tags defined!");
-  read_file_name();
-  const std::string name(token());
-  const drawing_request request = read_request();
-  std::vector<std::string> labels(static_cast<std::size_t>(matrix.ntax));
-  for (int t = 0; t < matrix.ntax; ++t) labels[static_cast<std::size_t>(t)] = taxon_label(t);
-  open_svg_file(name, tags.tag_title);
+  svg_options defaults;
+  defaults.position = tags.tag_position;
+  defaults.separator = tags.tag_separator;
+  defaults.text_width = tags.tag_width;
+  const figure_request request = read_figure_request(defaults);
+  std::vector<std::string> labels(at(matrix.ntax));
+  for (int t = 0; t < matrix.ntax; ++t) labels[at(t)] = taxon_label(t);
+  open_svg_file(request.file_name, tags.tag_title);
   const node_places places =
       draw_svg_tree(tags.tag_tree, matrix.ntax, matrix.outgroup, display.second_largest_first,
                     labels, tags.tag_texts, request.options);
-  if (request.coordinate_array >= 0)
-    save_places(request.coordinate_array, places);
-  else
-    finish_drawing();
-  if (settings.report) report_line("Tree saved to file", name);
+  end_figure(request, places);
 }
 
 }  // namespace
 
-constexpr option_table figure_options =
-    rows.table("ttags", {.unknown = "Unrecognized option for \"ttag\": %s"}, &addition_options);
-
 void graphic_tags() {
   const int c = skip_blanks_peek();
-  if (c == ';') return finish_drawing();
+  if (c == ';') return end_figure();
   if (accept_char('+')) return add_to_drawing();
   draw_tag_tree();
 }

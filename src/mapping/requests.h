@@ -1,0 +1,28 @@
+// What the commands that show characters on trees read: trees, characters, a figure.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "engine/plain/range_optimisation.h"
+#include "trees/drawing/figure_request.h"
+
+namespace zeb {
+
+/// "trees / characters": all trees, and the active characters, where no list comes.
+struct mapping_request {
+  std::vector<int> trees;
+  std::vector<int> characters;
+  bool characters_listed = false;
+};
+/// Errors without data and trees: `doing` is what the command does. Characters that are listed
+/// count even if they are inactive.
+void require_data_and_trees(const char* doing);
+mapping_request read_trees_and_characters();
+/// "& file options", on top of `defaults`, up to the semicolon, which is consumed in any case.
+std::optional<figure_request> read_figure_or_end(const svg_options& defaults);
+
+/// Soft polytomies have a limit, and larger ones are taken as hard, with a warning.
+void warn_of_large_polytomies(const std::vector<int>& trees, polytomy_kind polytomies);
+
+}  // namespace zeb
