@@ -116,7 +116,7 @@ constexpr command_row rows[] = {
     {"recons",      none, true,  topic_mapping | topic_diagnosis | topic_characters},
     {"report",      report_command, false, topic_settings},
     {"reroot",      reroot_command, true,  topic_various | topic_trees},
-    {"resample",    none, false, topic_searching | topic_diagnosis | topic_supports},
+    {"resample",    resample_command, false, topic_searching | topic_diagnosis | topic_supports, false, &resample_options},
     {"resols",      none, true,  topic_diagnosis | topic_compare | topic_consensus | topic_trees},
     {"rfreqs",      none, true,  topic_diagnosis | topic_compare | topic_consensus | topic_supports | topic_trees},
     {"riddup",      none, true,  topic_various},

@@ -16,7 +16,6 @@ constexpr expression_function rows[] = {
     {"discoeff", "[T1 T2]", "distortion coefficient of the trees", nullptr, function_list::general, "deslist"},
     {"fixlik", "[T]", "likelihood of tree T with fixed branch lengths", nullptr},
     {"implik", "[T]", "implied likelihood of tree T", nullptr},
-    {"lastsupp", "[N]", "support of node N in the last analysis of supports", nullptr},
     {"lik", "[T]", "likelihood of tree T", nullptr},
     {"lmdims", "[C]", "dimensions of landmark character C", nullptr},
     {"lmfactor", "[C]", "factor of landmark character C", nullptr},

@@ -31,13 +31,6 @@ double nodes_outside_sector() { only_in_sectors("bignotsect"); }
 double node_to_sector() { only_in_sectors("nodtosect"); }
 double taxa_of_big_tree() { error_end("Expression \"bigntax\" invalid in present context"); }
 
-// Ten values of an estimate of search effort, which isn't there yet.
-double search_effort() {
-  const std::vector<double> which = bracketed_whole_values(1, 1);
-  if (!(which[0] >= 0 && which[0] <= 9)) error_end("\"lastsibyl\" can take 10 values (0-9)");
-  error_end("Expression \"lastsibyl\" is not available yet");
-}
-
 // clang-format off
 constexpr expression_function rows[] = {
     {"numhits", "", "hits to best score of the last search", hits_of_last_search},
@@ -51,7 +44,6 @@ constexpr expression_function rows[] = {
     {"bignotsect", "", "list of nodes of the big tree outside the sector", nodes_outside_sector, function_list::general, {}, true},
     {"nodtosect", "[N]", "node of the sector for node N of the big tree", node_to_sector, function_list::general, {}, true},
     {"bigntax", "", "last taxon of the big tree", taxa_of_big_tree, function_list::general, "blockstart", true},
-    {"lastsibyl", "[N]", "results of the last estimate of search effort", search_effort, function_list::general, {}, true},
 };
 // clang-format on
 

@@ -38,6 +38,7 @@ extern const std::span<const expression_function> score_functions;
 extern const std::span<const expression_function> search_functions;
 extern const std::span<const expression_function> setting_functions;
 extern const std::span<const expression_function> string_functions;
+extern const std::span<const expression_function> support_functions;
 extern const std::span<const expression_function> tree_functions;
 extern const std::span<const expression_function> tree_group_functions;
 /// Those whose subject isn't built yet.

@@ -38,15 +38,11 @@ class nested_run {
   command_scope command_;
 };
 
-void check_room(const std::string& text) {
+void check_room() {
   if (input.top >= input.mxproc || strings.depth >= most_nested) {
     error_end_f(
         "Can't run this command with %i open files\nYou may increase \"mxproc\" and try again",
         input.mxproc);
-  }
-  if (text.size() >= frame_text_size) {
-    error_end_f("Sorry, instructions are too long (%i bytes; max. is %i)",
-                static_cast<int>(text.size()), frame_text_size);
   }
 }
 
@@ -79,12 +75,13 @@ int loop_level() {
 }
 
 // False where a "continue" of the calling loop ends the string.
-bool run_next(int level_at_entry) {
+bool run_next(int level_at_entry, command_check check) {
   if (read_word() == 0) {
     error_end_f("Found '%c' when expecting a command", skip_blanks_peek());
   }
   const command_row& row = row_of_word();
   if (std::strcmp(row.name, "continue") == 0 && loop_level() == level_at_entry) return false;
+  if (check) check(row);
   rename_command(row.name);
   call_handler(row);
   return true;
@@ -96,11 +93,11 @@ void look_at_timeout() {
   stop_search(stop_reason::user);
 }
 
-void run_frame() {
+void run_frame(command_check check) {
   const silence_scope silent;
   const int level = input.top;
   const int loops = loop_level();
-  while (reach_command(level) && run_next(loops)) {
+  while (reach_command(level) && run_next(loops, check)) {
     release_command_memory();
     check_interrupt();
     if (interrupts.reason == stop_reason::time) forget_interrupt();
@@ -115,13 +112,20 @@ void run_frame() {
 
 int command_string_depth() { return strings.depth; }
 
-void run_command_string(const std::string& text) {
-  check_room(text);
+void check_command_string(const std::string& text) {
+  if (text.size() < frame_text_size) return;
+  error_end_f("Sorry, instructions are too long (%i bytes; max. is %i)",
+              static_cast<int>(text.size()), frame_text_size);
+}
+
+void run_command_string(const std::string& text, command_check check) {
+  check_room();
+  check_command_string(text);
   {
     const nested_run nested;
     push_string(text, "search commands");
     forget_interrupt();
-    run_frame();
+    run_frame(check);
   }
   look_at_timeout();
 }

@@ -154,6 +154,7 @@ bool list_reader::read() {
   while (true) {
     const int c = skip_blanks_peek();
     if (is_one_of(c, "&/;<=>\\]")) return any;
+    if ((flags_ & list_bracket_ends) && c == '[') return any;
     if ((flags_ & list_ends_at_signs) && is_one_of(c, "+-()[*@")) return any;
     if ((flags_ & list_ends_at_plus_minus) && is_one_of(c, "+-")) return any;
     read_item_at(c);

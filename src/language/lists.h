@@ -22,6 +22,7 @@ enum list_flags : unsigned {
   list_slash_ends = 2,           // "/" always ends the list, so ranges have no step
   list_in_tree_buffer = 8,       // a tree past the end is the error "Tree-buffer has" N "trees"
   list_ends_at_plus_minus = 16,  // only "+" and "-" end the list among the signs
+  list_bracket_ends = 64,        // "[" ends the list
   list_one_tree = 32,            // with list_in_tree_buffer: a single one is called a "tree"
 };
 

@@ -5,7 +5,9 @@ namespace zeb {
 
 struct option_table;
 extern const option_table qnelsen_options;
+extern const option_table resample_options;
 
 void qnelsen_command();
+void resample_command();
 
 }  // namespace zeb

@@ -1,7 +1,14 @@
 #include "engine/packing/packed_matrix.h"
 
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <utility>
+
 #include "base/arena.h"
 #include "base/errors.h"
+#include "base/indices.h"
+#include "engine/kernels/reweighting.h"
 #include "engine/packing/packing.h"
 #include "language/commands/memory_command.h"
 #include "matrix/character_steps.h"
@@ -25,13 +32,56 @@ struct packed_state {
   packing_request made_for;
   std::vector<std::int32_t> settings;
   bool valid = false;
+  int reweighting_scopes = 0;
+  std::optional<reweighting> other_weights;  // while the characters weigh others than `made_for`
 };
 packed_state packed;
 
+/// What each character weighs in units of what it was packed with; empty where that isn't a whole
+/// number for some.
+std::vector<std::uint8_t> factors_to(const packing_request& wanted) {
+  packing_request same_weights = wanted;
+  same_weights.weights = packed.made_for.weights;
+  if (same_weights != packed.made_for) return {};
+  std::vector<std::uint8_t> factors(wanted.weights.size(), 0);
+  for (std::size_t c = 0; c < factors.size(); ++c) {
+    const std::int32_t as_packed = packed.made_for.weights[c];
+    if (wanted.weights[c] == 0) continue;
+    if (as_packed == 0 || wanted.weights[c] % as_packed != 0) return {};
+    const std::int32_t factor = wanted.weights[c] / as_packed;
+    if (factor > std::numeric_limits<std::uint8_t>::max()) return {};
+    factors[c] = static_cast<std::uint8_t>(factor);
+  }
+  return factors;
+}
+
+/// The packed data stay, and their characters weigh what is wanted. False where that can't be.
+bool reweight_packed(const packing_request& wanted) {
+  if (packed.reweighting_scopes == 0) return false;
+  const std::vector<std::uint8_t> factors = factors_to(wanted);
+  if (factors.empty()) return false;
+  if (!packed.other_weights) packed.other_weights.emplace(packed.data);
+  packed.other_weights->multiply(factors);
+  return true;
+}
+
+void use_packed_weights() {
+  if (!packed.valid && packed.other_weights) packed.other_weights->forget();
+  packed.other_weights.reset();
+}
+
 }  // namespace
 
+packed_reweighting_scope::packed_reweighting_scope() { ++packed.reweighting_scopes; }
+
+packed_reweighting_scope::~packed_reweighting_scope() {
+  if (--packed.reweighting_scopes == 0) use_packed_weights();
+}
+
 void forget_packed_data(const int* tag) {
-  if (tag == &locks.optimisation_lock) packed.valid = false;
+  if (tag != &locks.optimisation_lock) return;
+  packed.valid = false;
+  use_packed_weights();
 }
 
 // No progress is shown: packing takes less time than a line of it.
@@ -40,8 +90,13 @@ search_data& packed_matrix(bool silent) {
   if (active_taxa() < 3) error_end("Searches need at least 3 active taxa");
   packing_request wanted = request_of_settings();
   std::vector<std::int32_t> settings_now = character_settings();
-  if (packed.valid && packed.made_for == wanted && packed.settings == settings_now)
-    return packed.data;
+  if (packed.valid && packed.settings == settings_now) {
+    if (packed.made_for == wanted) {
+      use_packed_weights();
+      return packed.data;
+    }
+    if (reweight_packed(wanted)) return packed.data;
+  }
   recheck_steps();
   drop_packed_data();
   prepare_search_data(packed.data, wanted);

@@ -11,6 +11,17 @@ namespace zeb {
 /// than 3 active taxa, and those of packing.
 search_data& packed_matrix(bool silent);
 
+/// While one lives, characters may weigh a multiple of what the data were packed with, or nothing:
+/// they stay packed as they are, and only the weights change that the kernels read. Steps that all
+/// trees share keep the weight of packing, so scores are right up to a constant.
+class packed_reweighting_scope {
+ public:
+  packed_reweighting_scope();
+  ~packed_reweighting_scope();
+  packed_reweighting_scope(const packed_reweighting_scope&) = delete;
+  packed_reweighting_scope& operator=(const packed_reweighting_scope&) = delete;
+};
+
 /// Lets go of it when its lock is released. An unlock hook.
 void forget_packed_data(const int* tag);
 

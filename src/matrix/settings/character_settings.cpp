@@ -57,7 +57,7 @@ weights_scope::~weights_scope() {
 
 void weights_scope::set_weights(std::span<const std::int32_t> weights) const {
   ALWAYS_CHECK(weights.size() == at(matrix.nchar), "weights aren't by character");
-  for (int c = 0; c < matrix.nchar; ++c) change_character(c, {.weight = weights[at(c)]});
+  for (int c = 0; c < matrix.nchar; ++c) matrix.characters[at(c)].weight = weights[at(c)];
 }
 
 void weights_scope::set_activity(std::span<const std::uint8_t> active) const {

@@ -25,8 +25,8 @@ struct character_change {
 void change_character(int character, const character_change& change);
 
 /// Gives the characters other weights for a while, and makes others of them active. Put back on any
-/// path, unless the data have gone; packed data are dropped with every change, and what lies above
-/// them in the arena with them.
+/// path, unless the data have gone. Packed data are dropped when activity changes, and what lies
+/// above them in the arena with them; who takes packed data next sees other weights by itself.
 class weights_scope {
  public:
   weights_scope();
