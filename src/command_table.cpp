@@ -34,7 +34,7 @@ constexpr command_row rows[] = {
     {"blength",     none, true,  topic_diagnosis | topic_compare | topic_trees},
     {"blocks",      blocks_command, false, topic_input | topic_settings},
     {"break",       break_command, false, topic_settings},
-    {"bsupport",    none, true,  topic_searching | topic_diagnosis | topic_supports},
+    {"bsupport",    bsupport_command, true,  topic_searching | topic_diagnosis | topic_supports, false, &bsupport_options},
     {"ccode",       ccode_command, false, topic_settings | topic_characters | topic_weights},
     {"cdir",        cdir_command, false, topic_various},
     {"change",      none, true,  topic_mapping | topic_diagnosis | topic_characters},

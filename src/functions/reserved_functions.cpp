@@ -9,7 +9,6 @@ namespace {
 constexpr expression_function rows[] = {
     {"bbfull", "", "1 if the last bandb enumeration was complete", nullptr},
     {"bbtax", "", "taxon being added within bandb", nullptr},
-    {"bremlist", " <options>", "list of Bremer supports, options as for bsupport", nullptr},
     {"curisdir", "", "within forfiles, 1 if the current file is a directory", nullptr},
     {"cutswap", "[T N1 N2]", "cutoff of swapping", nullptr},
     {"dcomp", "[type]", "last result of dcomp", nullptr},

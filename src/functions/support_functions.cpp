@@ -5,20 +5,13 @@
 #include "base/indices.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
+#include "macro/assignment.h"
+#include "supports/bremer_requests.h"
 #include "supports/last_supports.h"
 #include "supports/resampling/sibyl.h"
 
 namespace zeb {
 namespace {
-
-double support_of_node() {
-  const double node = bracketed_whole_values(1, 1)[0];
-  const std::vector<double>& supports = last_supports.of_node;
-  if (supports.empty()) error_end("There are no supports yet: see \"resample\"");
-  if (node < 0 || node >= static_cast<double>(supports.size()))
-    error_end("No node", static_cast<std::int64_t>(node), "in the last analysis of supports");
-  return supports[static_cast<std::size_t>(node)];
-}
 
 double sibyl_value() {
   const double which = bracketed_whole_values(1, 1)[0];
@@ -28,9 +21,22 @@ double sibyl_value() {
   return values[static_cast<std::size_t>(which)];
 }
 
+double bremer_list() {
+  return write_list("Bremlist", values_by_node(requested_supports(read_bremer_request())));
+}
+
+double last_support() {
+  const int node = static_cast<int>(bracketed_whole_values(1, 1)[0]);
+  const std::vector<double>& values = last_supports.values;
+  if (values.empty()) error_end("No supports have been calculated yet");
+  if (node < 0 || node >= static_cast<int>(values.size())) error_end("Tree doesn't have such node");
+  return values[at(node)];
+}
+
 // clang-format off
 constexpr expression_function rows[] = {
-    {"lastsupp", "[N]", "support of node N in the last analysis of supports", support_of_node},
+    {"bremlist", " <options>", "list of Bremer supports, options as for bsupport up to \";\": by node of the tree that bsupport would show; 0 where a node has no support", bremer_list},
+    {"lastsupp", "[N]", "support of node N of the tree shown by the last bsupport or resample; 0 where it has none", last_support},
     {"lastsibyl", "[N]", "value N of the last \"resample sibyl\": 0 supported, 2 compatible, 4 wrong, 6 missed groups, as shares; after each the share of the groups that a tree can have; 8 groups of a replicate, 9 replicates", sibyl_value},
 };
 // clang-format on

@@ -6,6 +6,6 @@ namespace zeb {
 
 last_supports_state last_supports;
 
-void keep_supports(std::vector<double> of_node) { last_supports.of_node = std::move(of_node); }
+void keep_supports(std::vector<double> values) { last_supports.values = std::move(values); }
 
 }  // namespace zeb

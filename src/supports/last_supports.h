@@ -1,16 +1,17 @@
-// What the last analysis of supports found, for scripts.
+// The supports that were measured last, for scripts.
 #pragma once
 
 #include <vector>
 
 namespace zeb {
 
+/// By node of the tree that was shown; 0 where a node has no support. Written by the commands that
+/// measure support.
 struct last_supports_state {
-  // By node of the tree that it showed last, up to the last node; terminals, the root and groups
-  // that any tree has by its rooting have the highest value there is.
-  std::vector<double> of_node;
+  std::vector<double> values;
 };
 extern last_supports_state last_supports;
-void keep_supports(std::vector<double> of_node);
+
+void keep_supports(std::vector<double> values);
 
 }  // namespace zeb

@@ -148,6 +148,8 @@ bool next_clip(swap_run& run) {
       run.clips_to_report = run.report_every;
       report_status(run.context, run.score, false);
     }
+    if (run.enumeration && run.enumeration->progress)
+      run.enumeration->progress(run.enumeration->receiver, run.counter - 1);
     if (interrupted()) return false;
     if (run.perturbing && run.perturbing->is_over(run.data.nodes)) return false;
     if (run.clip == run.data.n) continue;

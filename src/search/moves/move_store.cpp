@@ -187,8 +187,16 @@ bool store_noted(swap_run& run, int u) {
       const swap_candidate& move = run.move_list[static_cast<std::size_t>(i)];
       if (move.score > limit) continue;
       run.enumeration->meet(run.enumeration->receiver,
-                            {&run.data, run.clip, run.sister, move.branch, run.home_root, u,
-                             move.score, run.stored_score});
+                            {&run.data,
+                             run.clip,
+                             run.sister,
+                             move.branch,
+                             run.home_root,
+                             u,
+                             move.score,
+                             run.stored_score,
+                             {run.clip_side(run.home_root), run.target_side(run.sister)},
+                             {run.clip_side(u), run.target_side(move.branch)}});
     }
   } else if (!run.single_tree()) {
     store_trees(run, u);

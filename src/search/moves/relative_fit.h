@@ -2,14 +2,9 @@
 #pragma once
 
 #include "engine/search_data.h"
+#include "search/moves/swap_task.h"
 
 namespace zeb {
-
-/// A place of a clip: what it is joined by, and what it goes to.
-struct clip_place {
-  join_side clip;
-  join_side main;
-};
 
 /// Relative fit difference of two places of one clip. Some characters fit `home` better, and lose F
 /// together when the clip goes to `other`; the rest lose nothing or gain, C together. The

@@ -10,6 +10,12 @@ namespace zeb {
 
 struct perturbation;
 
+/// A place of a clip: what it is joined by, and what it goes to.
+struct clip_place {
+  join_side clip;
+  join_side main;
+};
+
 /// A reconnection met in enumeration mode. The tree in `data.tree` is in its clipped state.
 struct met_move {
   const search_data* data;
@@ -20,6 +26,8 @@ struct met_move {
   int root;       // branch on which it would be rooted
   double score;   // of the tree that the move makes
   double tree_score;
+  clip_place home;  // where the clip was, and where it goes, for relative_fit_difference
+  clip_place there;
 };
 
 /// Who is handed the reconnections of a swap that applies none.
@@ -27,6 +35,9 @@ struct move_enumeration {
   void (*meet)(void* receiver, const met_move& move);
   void* receiver;
   std::span<const std::uint8_t> leave_alone;  // by node, may be empty: 2 and more aren't clipped
+  // Called before each clip, if not null: `done` of the tree's nodes have been clipped. May ask the
+  // swap to stop, as any look for an interrupt does.
+  void (*progress)(void* receiver, int done) = nullptr;
 
   bool may_clip(int node) const {
     return leave_alone.empty() || leave_alone[static_cast<std::size_t>(node)] < 2;
