@@ -8,6 +8,7 @@
 #include "macro/assignment.h"
 #include "supports/bremer_requests.h"
 #include "supports/last_supports.h"
+#include "supports/requested_supports.h"
 #include "supports/resampling/sibyl.h"
 
 namespace zeb {

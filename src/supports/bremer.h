@@ -1,5 +1,5 @@
 // Bremer support (Bremer 1988): how much score must be given up before a group is lost; relative
-// support (Goloboff and Farris 2001): how little of the evidence for a group is left when the
+// support: how little of the evidence for a group is left when the
 // evidence against it is taken off; and combinations of both.
 //
 // What is measured is always the same, a pair of numbers for each group of a reference tree. Where

@@ -9,8 +9,6 @@
 #include "language/lists.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
-#include "supports/bremer_swap.h"
-#include "supports/bremer_trees.h"
 #include "supports/commands.h"
 #include "trees/tree_store.h"
 
@@ -127,11 +125,6 @@ bremer_request read_bremer_request() {
   if (request.how.cut < 0 && request.how.source == bremer_settings::from_trees)
     error_end("Cutoff for Bremer cannot be negative (unless TBR is used)");
   return request;
-}
-
-bremer_result requested_supports(const bremer_request& request) {
-  if (request.how.source == bremer_settings::by_swapping) return supports_by_swapping(request);
-  return supports_from_trees(request);
 }
 
 }  // namespace zeb

@@ -19,8 +19,5 @@ struct bremer_request {
 
 /// Reads the arguments up to ";", which stays unread. Errors where they can't go together.
 bremer_request read_bremer_request();
-/// The supports that it asks for. What it prints on the way are warnings. Errors: where there is
-/// nothing to calculate them from.
-bremer_result requested_supports(const bremer_request& request);
 
 }  // namespace zeb

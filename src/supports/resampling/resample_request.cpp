@@ -123,6 +123,7 @@ std::string read_bracketed_search() {
   next_nonblank();
   std::string text;
   for (int open = 1;;) {
+    if (input_ended()) error_end("Expected ']' after the search of the replicates");
     const int c = read_char();
     if (c == '[') ++open;
     if (c == ']' && --open == 0) break;
