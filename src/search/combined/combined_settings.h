@@ -18,7 +18,8 @@ struct combined_settings {
   double giveupscore = 0;  // a hit ends as soon as this score or a better one is found; 0 never
 
   // -- replications --
-  bool rss = true;      // random sectors
+  bool rss = true;  // random sectors
+  bool css = true;  // sectors by the groups of the constraints, those of the user or of `autoconst`
   bool xss = false;     // exclusive sectors
   int ratchet = 0;      // cycles
   int drift = 5;        // cycles

@@ -58,16 +58,12 @@ double replicator::swap_first() {
   return note(score);
 }
 
-double replicator::improve_by_sectors(double score) {
+double replicator::search_sectors_of(sector_settings::selection_kind selection, double score) {
+  if (watch_.is_over()) return score;
   sector_settings how = stages_.sectors;
+  how.selection = selection;
   how.findscore = options_.giveupscore;
-  for (const auto& [wanted, selection] : {std::pair{options_.rss, sector_settings::random},
-                                          std::pair{options_.xss, sector_settings::exclusive}}) {
-    if (!wanted || watch_.is_over()) continue;
-    how.selection = selection;
-    score = note(search_sectors(context_, context_.working_tree, how));
-  }
-  return score;
+  return note(search_sectors(context_, context_.working_tree, how));
 }
 
 template <class settings, class search>
@@ -84,7 +80,8 @@ double replicator::improve_and_store(double score) {
   first_slot_ = context_.trees.ntrees;
   context_.tree_limit = static_cast<int>(std::min<std::int64_t>(
       context_.trees.maxtrees, std::int64_t{first_slot_} + std::max(options_.hold, 1)));
-  score = improve_by_sectors(score);
+  if (options_.rss) score = search_sectors_of(sector_settings::random, score);
+  if (options_.xss) score = search_sectors_of(sector_settings::exclusive, score);
   score = run_cycles_of(stages_.ratchet, options_.ratchet, ratchet_search, score);
   score = run_cycles_of(stages_.drift, options_.drift, drift_search, score);
   // Also a tree that was stopped on its way is kept.
@@ -98,6 +95,8 @@ double replicator::make_next() {
   build();
   if (interrupted()) return unknown_score;
   double score = swap_first();
+  if (options_.css && context_.constraints_in_force)
+    score = search_sectors_of(sector_settings::constrained, score);
   if (constraint_) {
     constraint_.reset();
     context_.shown.stage = stage_tbr;

@@ -45,7 +45,7 @@ class replicator {
   void build();
   double swap_first();
   void constrain_after(int step);
-  double improve_by_sectors(double score);
+  double search_sectors_of(sector_settings::selection_kind selection, double score);
   template <class settings, class search>
   double run_cycles_of(settings how, int cycles, const search& run, double score);
   double note(double score);

@@ -10,7 +10,9 @@ namespace {
 
 std::string sector_text(const combined_settings& settings) {
   std::string text;
-  for (const auto& [is_on, name] : {std::pair{settings.rss, "random"}, {settings.xss, "exclusive"}})
+  for (const auto& [is_on, name] : {std::pair{settings.rss, "random"},
+                                    {settings.css, "constraint"},
+                                    {settings.xss, "exclusive"}})
     if (is_on) text += (text.empty() ? "" : ", ") + std::string(name);
   return (text.empty() ? "no" : text) + " sectorial searches";
 }

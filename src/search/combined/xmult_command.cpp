@@ -74,7 +74,6 @@ template <const char* const& name>
 void refuse_stage(xmult_settings&) {
   error_end(text_of("\"%s\" in the combined search is not available yet", name));
 }
-constexpr const char* css = "css";
 constexpr const char* hfuse = "hfuse";
 constexpr const char* rebuild = "rebuild";
 constexpr const char* hybrid = "hybrid";
@@ -104,7 +103,8 @@ constexpr command_options rows = {
         .no()
         .help("a hit ends as soon as score X is found"),
     toggle<search, &c::rss>("rss").help("random sectors in each replication"),
-    unbuilt<css>(),
+    toggle<search, &c::css>("css").help(
+        "sectors by the groups of the constraints, yours or those of autoconst"),
     toggle<search, &c::xss>("xss").help("exclusive sectors in each replication"),
     number<search, &c::fuse>("fuse", {1, 100}, "Give number of fuses to do (1-100)")
         .no()
@@ -174,8 +174,10 @@ void check_settings(xmult_settings& wanted, option_outcome outcome) {
   settle_additions(wanted.search.addition);
   if (wanted.search.targetscore > 0 && wanted.search.fuse == 0)
     error_end("To search for a target score, must use fusing or hybridization");
-  if (outcome == option_outcome::run || wanted.runs)
-    check_additions(wanted.search.addition, randomness.random_insertion, constraints.active);
+  if (outcome != option_outcome::run && !wanted.runs) return;
+  if (wanted.search.css && wanted.search.autoconst == 0 && !constraints.active)
+    error_end("Constraint-based sectorial searches require tree constraints");
+  check_additions(wanted.search.addition, randomness.random_insertion, constraints.active);
 }
 
 void check_data(const search_context& context) {
