@@ -68,7 +68,7 @@ constexpr command_options rows = {
         "by TBR moves within the value of subopt; with \"!!\" no group is collapsed, with \"+\" "
         "trees that cost more than the best count with that"),
     real<how, &bremer_settings::cut>("=", {-1e9, 1e9}, "Must give a cutoff for Bremer supports")
-        .help("collapse groups with less than N"),
+        .help("collapse groups with less than X"),
     choice<how, &bremer_settings::measure>("[", bremer_settings::relative)
         .help("relative supports"),
     choice<how, &bremer_settings::measure>("]", bremer_settings::relative_within)
