@@ -12,6 +12,7 @@
 #include "console/settings.h"
 #include "search/combined/consensus_watch.h"
 #include "search/combined/replicator.h"
+#include "search/combined/set_pool.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
 
@@ -25,43 +26,39 @@ class combined_run {
         options_(options),
         stages_(stages),
         start_(wall_clock()),
-        makes_(context, options, stages,
-               {[this](double score) { take_best(score); }, [this] { return is_over(); }}),
-        watch_(context, options) {}
+        watch_{[this](double score) { take_best(score); }, [this] { return is_over(); }},
+        makes_(context, options, stages, watch_),
+        pool_(context, options, stages, watch_),
+        consensus_(context, options) {}
   combined_result run();
 
  private:
-  /// Trees of one hit; returns their best score.
-  double search_set();
-  double replicate_some(int count);
-  double go_on_from_failure(int failures, double score);
-  double retouch();
-  double fuse_from(int first, double target, fuse_settings how);
-  void fuse_all();
-  void count_hit(double score);
+  void begin();
+  /// Makes the trees of one hit, if it is one.
+  void search_set();
+  void replicate_some(int count);
+  void choose_crossing();
+  bool cross_until_reached();
+  void go_on_from_failure(int failures);
+  void retouch();
+  void end_set();
+  void count_hit();
+  void cross_all();
   void adjust_after_hit();
   void adjust(int failures, int period, bool also_replications);
-  void tell_hit(double score) const;
+  void tell_hit() const;
   void tell_consensus() const;
-  void begin();
-  void end_set(double score);
   void drop_worse_trees();
-  void keep_first_trees(int count);
-  bool is_mixed();
-  double multiply();
   void take_best(double score);
   void take_target(double score);
 
   bool has_target() const { return target_ < unknown_score; }
-  bool is_reached(double score) const {
-    return is_within_bound(score, target_, kind()) || is_given_up(score);
-  }
-  bool is_given_up(double score) const {
-    return options_.giveupscore > 0 && is_within_bound(score, options_.giveupscore, kind());
-  }
+  double target_or_none() const { return has_target() ? target_ : 0; }
+  /// Has the set a score to hit, or to give up at?
+  bool is_reached() const { return is_within_bound(set_best_, target_, kind()) || gave_up_; }
   bool is_over() const { return interrupted() || gave_up_ || result_.buffer_full; }
   bool is_enough() const {
-    return result_.hits >= options_.hits && watch_.stable() >= options_.consense;
+    return result_.hits >= options_.hits && consensus_.stable() >= options_.consense;
   }
   bool speaks() const { return options_.verbose && !context_.shown.silent; }
   int free_slots() const { return context_.trees.maxtrees - context_.trees.ntrees; }
@@ -72,17 +69,22 @@ class combined_run {
   combined_stages& stages_;
   const double start_;
   combined_result result_;
+  const replication_watch watch_;
   replicator makes_;
-  consensus_watch watch_;
+  set_pool pool_;
+  consensus_watch consensus_;
   double target_ = unknown_score;
-  int first_of_set_ = 0;      // slot
+  double set_best_ = unknown_score;
   bool gave_up_ = false;      // the set has a score to give up at
+  bool hybridizes_ = false;   // the set's trees are crossed
+  bool fuses_ = false;        // ... and fused
   int hits_since_check_ = 0;  // of the effort
-  int failures_ = 0;          // since then: fusing that didn't reach the target
+  int failures_ = 0;          // since then: crossings that didn't reach the target
 };
 
 void combined_run::take_best(double score) {
-  gave_up_ |= is_given_up(score);
+  set_best_ = std::min(set_best_, score);
+  gave_up_ |= options_.giveupscore > 0 && is_within_bound(score, options_.giveupscore, kind());
   if (!is_better_score(score, result_.best, kind())) return;
   result_.best = score;
   result_.seconds_to_best = wall_clock() - start_;
@@ -93,8 +95,7 @@ void combined_run::take_best(double score) {
   note_score(context_, score);
 }
 
-double combined_run::replicate_some(int count) {
-  double best = unknown_score;
+void combined_run::replicate_some(int count) {
   for (int i = 0; i < count && !is_over(); ++i) {
     if (free_slots() <= 0) drop_worse_trees();
     if (free_slots() <= 0) {
@@ -102,86 +103,71 @@ double combined_run::replicate_some(int count) {
       break;
     }
     const double score = makes_.make_next();
-    best = std::min(best, score);
     if (score >= unknown_score) break;
     report_status(context_, score,
                   settings.status_trees > 0 && makes_.made() % settings.status_trees == 0);
   }
-  return best;
 }
 
-/// Fuses the trees from slot `first` on; returns the best score of all of them.
-double combined_run::fuse_from(int first, double target, fuse_settings how) {
-  how.rounds = std::min(options_.fuse, free_slots());
-  fuse_task task;
-  for (int t = first; t < context_.trees.ntrees; ++t) task.slots.push_back(t);
-  task.target_score = options_.giveupscore > 0 ? options_.giveupscore : target;
-  task.reseeds = task.shows_rounds = false;
-  if (task.slots.size() < 2 || how.rounds <= 0 || is_over()) return best_stored(context_, first);
-  const double score = fuse_trees(context_, how, task).best;
-  take_best(score);
-  return std::min(score, best_stored(context_, first));
+/// Hybrids need more trees to begin with.
+void combined_run::choose_crossing() {
+  hybridizes_ = options_.hybrid;
+  fuses_ = options_.fuse > 0;
+  if (is_over()) return;
+  if (options_.picktype > 0 && context_.trees.ntrees - pool_.first() > 1) {
+    hybridizes_ = pool_.prefers_hybrids();
+    fuses_ = !hybridizes_;
+  }
+  const int count = static_cast<int>(options_.replications * options_.hybrid_factor);
+  const int more = count - options_.replications;
+  if (!hybridizes_ || more <= 0) return;
+  if (!context_.shown.silent) {
+    emit(text_of("  Will complete %i builds to input to hybridization (%i more needed) \n", count,
+                 more));
+  }
+  replicate_some(more);
+}
+
+/// False: the trees of the set were crossed and fused, and stay above the target.
+bool combined_run::cross_until_reached() {
+  const int before = context_.trees.ntrees;
+  const double best_before = result_.best;
+  if (hybridizes_) pool_.hybridize(target_or_none());
+  if (fuses_ && !(hybridizes_ && is_reached())) pool_.fuse(target_or_none());
+  if (!has_target() || is_reached() || is_over()) return true;
+  if (options_.dumpfuse && !is_better_score(result_.best, best_before, kind()))
+    pool_.keep_first(before);
+  return false;
 }
 
 /// Sectors and cycles once more on the best tree of the set; it comes beside the others.
-double combined_run::retouch() {
-  int best = first_of_set_;
-  for (int t = best; t < context_.trees.ntrees; ++t)
-    if (record_of(context_, t).score < record_of(context_, best).score) best = t;
-  if (free_slots() <= 0) return record_of(context_, best).score;
+void combined_run::retouch() {
+  if (free_slots() <= 0 || pool_.first() >= context_.trees.ntrees) return;
+  const int best = pool_.best_slot();
   fetch_tree(context_, slot_tree(context_, best));
-  return makes_.improve_and_store(record_of(context_, best).score);
+  makes_.improve_and_store(record_of(context_, best).score);
 }
 
-/// The trees of the set were fused and stay above the target.
-double combined_run::go_on_from_failure(int failures, double score) {
+void combined_run::go_on_from_failure(int failures) {
   constexpr int often = 2;  // fewer failures happen to every search
   if (failures > often && ++failures_ % std::max(1, options_.chklevel) == 0 &&
       options_.chklevel > 0)
     adjust(3, 1, false);
-  if (failures <= options_.retouch) return std::min(score, retouch());
+  if (failures <= options_.retouch) return retouch();
   if (!options_.xmix) makes_.follow({});
-  return std::min(score, replicate_some(std::max(1, options_.replications / 2)));
+  replicate_some(hybridizes_ ? options_.replications : std::max(1, options_.replications / 2));
 }
 
 /// With a target that the user gave this goes on until it is reached, or the search is stopped.
-double combined_run::search_set() {
-  first_of_set_ = context_.trees.ntrees;
+void combined_run::search_set() {
+  pool_.begin(context_.trees.ntrees);
   gave_up_ = false;
-  double score = replicate_some(options_.replications);
-  if (options_.fuse <= 0) return score;
-  for (int failures = 0;; ++failures) {
-    if (failures > 0) score = go_on_from_failure(failures, score);
-    const int before = context_.trees.ntrees;
-    const double best_before = result_.best;
-    score = std::min(score, fuse_from(first_of_set_, has_target() ? target_ : 0, stages_.fuse));
-    if (!has_target() || is_reached(score) || is_over()) break;
-    if (options_.dumpfuse && !is_better_score(result_.best, best_before, kind()))
-      keep_first_trees(before);
-  }
-  return options_.multiply ? std::min(score, multiply()) : score;
-}
-
-void combined_run::keep_first_trees(int count) {
-  std::vector<std::uint8_t> keep(at(context_.trees.ntrees), 1);
-  std::fill(keep.begin() + count, keep.end(), std::uint8_t{0});
-  keep_trees(context_, keep);
-}
-
-bool combined_run::is_mixed() {
-  const double best = best_stored(context_, first_of_set_);
-  for (int t = first_of_set_; t < context_.trees.ntrees; ++t)
-    if (!is_same_score(record_of(context_, t).score, best, kind())) return true;
-  return false;
-}
-
-/// Trees that are as good come of others that take over what the best have better.
-double combined_run::multiply() {
-  if (is_over() || !is_mixed()) return unknown_score;
-  fuse_settings how = stages_.fuse;
-  how.beststart = false;
-  how.equals = true;
-  return fuse_from(first_of_set_, 0, how);
+  set_best_ = unknown_score;
+  replicate_some(options_.replications);
+  choose_crossing();
+  if (!hybridizes_ && !fuses_) return;
+  for (int failures = 1; !cross_until_reached(); ++failures) go_on_from_failure(failures);
+  if (options_.multiply && options_.fuse > 0 && !is_over()) pool_.multiply();
 }
 
 void combined_run::take_target(double score) {
@@ -189,18 +175,26 @@ void combined_run::take_target(double score) {
   result_.hits = 0;
 }
 
-void combined_run::count_hit(double score) {
+void combined_run::count_hit() {
   ++result_.sets;
-  if (score >= unknown_score) return;
-  const bool is_better = options_.update && is_better_score(score, target_, kind());
-  if (!has_target() || (is_better && options_.giveupscore <= 0)) take_target(score);
-  if (is_reached(score)) ++result_.hits;
+  if (set_best_ >= unknown_score) return;
+  const bool is_better = options_.update && is_better_score(set_best_, target_, kind());
+  if (!has_target() || (is_better && options_.giveupscore <= 0)) take_target(set_best_);
+  if (is_reached()) ++result_.hits;
 }
 
-void combined_run::fuse_all() {
-  const double score = fuse_from(0, 0, stages_.fuse);
-  if (!options_.update || !is_better_score(score, target_, kind())) return;
-  take_target(score);
+/// The trees of all sets together.
+void combined_run::cross_all() {
+  const auto is_due = [this](int often) {
+    return often > 0 && result_.hits > 0 && result_.hits % often == 0;
+  };
+  if (!is_due(options_.gfuse) && !is_due(options_.hfuse)) return;
+  pool_.begin(0);
+  if (is_due(options_.gfuse)) pool_.fuse(0);
+  if (is_due(options_.hfuse)) pool_.hybridize(0);
+  consensus_.slots_changed();
+  if (!options_.update || !is_better_score(set_best_, target_, kind())) return;
+  take_target(set_best_);
   result_.hits = 1;
 }
 
@@ -222,45 +216,53 @@ void combined_run::adjust_after_hit() {
   failures_ = hits_since_check_ = 0;
 }
 
-void combined_run::tell_hit(double score) const {
+void combined_run::tell_hit() const {
   if (!speaks()) return;
   emit(text_of("   Set %i: score %s; best score %s hit %i times\n", result_.sets,
-               score_text(context_.data, score).c_str(), score_text(context_.data, target_).c_str(),
-               result_.hits));
+               score_text(context_.data, set_best_).c_str(),
+               score_text(context_.data, target_).c_str(), result_.hits));
 }
 
 void combined_run::tell_consensus() const {
   if (!speaks()) return;
-  emit(text_of("   Calculated consensus (%i nodes) (%s)\n", watch_.groups() + 1,
+  emit(text_of("   Calculated consensus (%i nodes) (%s)\n", consensus_.groups() + 1,
                time_text(wall_clock() - start_).c_str()));
-  if (watch_.stable() == 0) {
+  if (consensus_.stable() == 0) {
     emit("   Consensus not yet stabilized");
   } else {
-    emit(text_of("   Consensus stabilized %i times", watch_.stable()),
-         watch_.stable() < options_.consense ? " (current is not yet stable)" : "");
+    emit(text_of("   Consensus stabilized %i times", consensus_.stable()),
+         consensus_.stable() < options_.consense ? " (current is not yet stable)" : "");
   }
   if (is_enough()) {
     emit("\n   No need to continue searching...\n");
   } else {
-    emit(text_of("\n   Next consensus calculation: %i more hits\n", watch_.hits_to_next()));
+    emit(text_of("\n   Next consensus calculation: %i more hits\n", consensus_.hits_to_next()));
   }
 }
 
+/// Trees before those of the set may go, too.
 void combined_run::drop_worse_trees() {
-  if (!options_.keepall && result_.best < unknown_score) purge_above(context_, result_.best, 0);
+  if (options_.keepall || result_.best >= unknown_score) return;
+  int first = 0;
+  for (int t = 0; t < pool_.first(); ++t)
+    first += is_within_bound(record_of(context_, t).score, result_.best, kind());
+  purge_above(context_, result_.best, 0);
+  if (first == pool_.first()) return;
+  pool_.begin(first);
+  consensus_.slots_changed();
 }
 
-void combined_run::end_set(double score) {
-  count_hit(score);
-  tell_hit(score);
-  if (options_.gfuse > 0 && result_.hits > 0 && result_.hits % options_.gfuse == 0) fuse_all();
-  drop_worse_trees();
+void combined_run::end_set() {
+  count_hit();
+  tell_hit();
   if (options_.keepall && !options_.update && options_.hits > 1)
-    purge_above(context_, score, first_of_set_);
-  if (is_reached(score) && watch_.note_hit(result_.best) && options_.consense > 0) tell_consensus();
+    purge_above(context_, set_best_, pool_.first());
+  cross_all();
+  drop_worse_trees();
+  if (is_reached() && consensus_.note_hit(result_.best) && options_.consense > 0) tell_consensus();
   adjust_after_hit();
   if (settings.status_replications > 0 && result_.sets % settings.status_replications == 0)
-    report_status(context_, score, true);
+    report_status(context_, set_best_, true);
 }
 
 void combined_run::begin() {
@@ -286,17 +288,17 @@ combined_result combined_run::run() {
   while (!is_enough() && !interrupted() && !result_.buffer_full) {
     if (result_.sets > 0) makes_.follow({});  // sets are independent
     context_.shown.hits = result_.hits;
-    const double score = search_set();
+    search_set();
     if (interrupted()) break;
-    end_set(score);
+    end_set();
   }
   context_.shown.hits = result_.hits;
   drop_worse_trees();
-  if (options_.consense > 0 && watch_.tree().empty()) watch_.look();
+  if (options_.consense > 0 && consensus_.tree().empty()) consensus_.look();
   result_.replications = makes_.made();
-  result_.consensus = watch_.tree();
-  result_.consensus_groups = watch_.groups();
-  result_.hits_unchanged = watch_.hits_unchanged();
+  result_.consensus = consensus_.tree();
+  result_.consensus_groups = consensus_.groups();
+  result_.hits_unchanged = consensus_.hits_unchanged();
   return result_;
 }
 

@@ -4,6 +4,7 @@
 #include "search/drivers/drift.h"
 #include "search/drivers/fusing.h"
 #include "search/drivers/ratchet.h"
+#include "search/drivers/rebuild.h"
 #include "search/drivers/sectors.h"
 
 namespace zeb {
@@ -20,9 +21,10 @@ struct combined_settings {
   // -- replications --
   bool rss = true;  // random sectors
   bool css = true;  // sectors by the groups of the constraints, those of the user or of `autoconst`
-  bool xss = false;     // exclusive sectors
-  int ratchet = 0;      // cycles
-  int drift = 5;        // cycles
+  bool xss = false;  // exclusive sectors
+  int rebuild = 0;   // cycles of each, in this order
+  int ratchet = 0;
+  int drift = 5;
   int hold = 1;         // trees that ratchet and drift may save in one replication
   int autoconst = 1;    // begin with the clades shared with the tree before: 0 not, after 1 Wagner,
                         // 2 SPR, 3 TBR
@@ -31,12 +33,16 @@ struct combined_settings {
   addition_settings addition;
 
   // -- trees of a hit --
-  int fuse = 1;          // rounds of fusing; 0 none
-  int gfuse = 0;         // every so many hits all trees are fused; 0 never
-  bool dumpfuse = true;  // after fusing that brought nothing, drop what it produced
-  int retouch = 0;       // after that, improve the best tree so many times before making others
-  bool multiply = true;  // when the score is hit, fuse the others with the best for more trees
-  bool keepall = false;  // keep the trees of all replications
+  int fuse = 1;              // rounds of fusing; 0 none
+  int gfuse = 0;             // every so many hits all trees are fused; 0 never
+  int hfuse = 0;             // ... are hybridised
+  bool hybrid = false;       // hybridise them, before fusing
+  double hybrid_factor = 5;  // by which there are more replications for that
+  double picktype = 0;       // below this exchange score hybridise, else fuse; 0: no choice
+  bool dumpfuse = true;      // after fusing that brought nothing, drop what it produced
+  int retouch = 0;           // after that, improve the best tree so many times before making others
+  bool multiply = true;      // when the score is hit, fuse the others with the best for more trees
+  bool keepall = false;      // keep the trees of all replications
 
   // -- when it is enough, besides the hits --
   int consense = 0;    // go on until the consensus was found the same so many times; 0 don't look
@@ -59,6 +65,7 @@ struct combined_stages {
   ratchet_settings ratchet;
   drift_settings drift;
   fuse_settings fuse;
+  rebuild_settings rebuild;
 };
 
 constexpr double highest_level = 10;

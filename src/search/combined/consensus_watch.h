@@ -23,6 +23,9 @@ class consensus_watch {
   /// Takes in what came since the last look.
   void look();
 
+  /// Trees of this score moved to other slots, or were dropped: all are taken in again.
+  void slots_changed() { seen_ = 0; }
+
   /// Looks in turn that found the same.
   int stable() const { return stable_; }
   int hits_to_next() const { return hits_to_next_; }

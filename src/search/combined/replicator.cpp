@@ -1,7 +1,6 @@
 #include "search/combined/replicator.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "base/interrupts.h"
 #include "search/moves/swapper.h"
@@ -11,11 +10,11 @@
 namespace zeb {
 
 replicator::replicator(search_context& context, const combined_settings& options,
-                       const combined_stages& stages, replication_watch watch)
+                       const combined_stages& stages, const replication_watch& watch)
     : context_(context),
       options_(options),
       stages_(stages),
-      watch_(std::move(watch)),
+      watch_(watch),
       seeds_(context.random, context.rules.seed_step) {}
 
 void replicator::follow(std::span<const std::int32_t> tree) {
@@ -66,6 +65,14 @@ double replicator::search_sectors_of(sector_settings::selection_kind selection, 
   return note(search_sectors(context_, context_.working_tree, how));
 }
 
+double replicator::rebuild(double score) {
+  if (options_.rebuild <= 0 || watch_.is_over()) return score;
+  rebuild_settings how = stages_.rebuild;
+  how.cycles = options_.rebuild;
+  how.findscore = options_.giveupscore;
+  return note(rebuild_search(context_, context_.working_tree, how, {}).best);
+}
+
 template <class settings, class search>
 double replicator::run_cycles_of(settings how, int cycles, const search& run, double score) {
   if (cycles <= 0 || watch_.is_over()) return score;
@@ -82,6 +89,7 @@ double replicator::improve_and_store(double score) {
       context_.trees.maxtrees, std::int64_t{first_slot_} + std::max(options_.hold, 1)));
   if (options_.rss) score = search_sectors_of(sector_settings::random, score);
   if (options_.xss) score = search_sectors_of(sector_settings::exclusive, score);
+  score = rebuild(score);
   score = run_cycles_of(stages_.ratchet, options_.ratchet, ratchet_search, score);
   score = run_cycles_of(stages_.drift, options_.drift, drift_search, score);
   // Also a tree that was stopped on its way is kept.

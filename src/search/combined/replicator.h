@@ -26,9 +26,10 @@ struct replication_watch {
 
 class replicator {
  public:
-  /// Settings may change between replications. The seeds are drawn from the context's generator.
+  /// All given outlives it; settings may change between replications. The seeds are drawn from the
+  /// context's generator.
   replicator(search_context& context, const combined_settings& options,
-             const combined_stages& stages, replication_watch watch);
+             const combined_stages& stages, const replication_watch& watch);
 
   /// The next replication has this tree (internal numbering) as the one before; empty: none.
   void follow(std::span<const std::int32_t> tree);
@@ -46,6 +47,7 @@ class replicator {
   double swap_first();
   void constrain_after(int step);
   double search_sectors_of(sector_settings::selection_kind selection, double score);
+  double rebuild(double score);
   template <class settings, class search>
   double run_cycles_of(settings how, int cycles, const search& run, double score);
   double note(double score);
@@ -53,7 +55,7 @@ class replicator {
   search_context& context_;
   const combined_settings& options_;
   const combined_stages& stages_;
-  const replication_watch watch_;
+  const replication_watch& watch_;
   seed_sequence seeds_;
   std::vector<std::int32_t> previous_;
   std::optional<auto_constraint> constraint_;

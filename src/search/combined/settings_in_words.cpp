@@ -19,11 +19,32 @@ std::string sector_text(const combined_settings& settings) {
 
 std::string stages_text(const combined_settings& settings) {
   std::string text = "Each replication with " + sector_text(settings);
-  if (settings.ratchet > 0 || settings.drift > 0) text += ",\n       with ";
-  if (settings.ratchet > 0) text += text_of("ratchet (%i iters.)", settings.ratchet);
-  if (settings.ratchet > 0 && settings.drift > 0) text += " and ";
-  if (settings.drift > 0) text += text_of("drifting (%i iters.)", settings.drift);
+  const char* joint = ",\n       with ";
+  for (const auto& [cycles, name] : {std::pair{settings.rebuild, "rebuilding"},
+                                     {settings.ratchet, "ratchet"},
+                                     {settings.drift, "drifting"}}) {
+    if (cycles <= 0) continue;
+    text += joint + text_of("%s (%i iters.)", name, cycles);
+    joint = " and ";
+  }
   return text;
+}
+
+void add_lines_of_crossing(const combined_settings& settings, std::vector<std::string>& lines) {
+  if (settings.hybrid) {
+    lines.push_back(
+        text_of("Hybridizing trees, with %.2f times as many replications", settings.hybrid_factor));
+  }
+  lines.push_back(settings.fuse > 0 ? text_of("Fusing trees (%i rounds)", settings.fuse)
+                                    : "Not fusing trees");
+  if (settings.picktype > 0) {
+    lines.push_back(text_of("Selecting either tree fusing or hybridization automatically (%.3f)",
+                            settings.picktype));
+  }
+  if (settings.gfuse > 0)
+    lines.push_back(text_of("Fusing all trees every %i hits", settings.gfuse));
+  if (settings.hfuse > 0)
+    lines.push_back(text_of("Hybridizing all trees every %i hits", settings.hfuse));
 }
 
 void add_lines_of_hits(const combined_settings& settings, std::vector<std::string>& lines) {
@@ -67,10 +88,7 @@ std::vector<std::string> lines_of_settings(const combined_settings& settings) {
   lines.push_back(stages_text(settings));
   if (settings.hold > 1)
     lines.push_back(text_of("Saving up to %i trees per replication", settings.hold));
-  lines.push_back(settings.fuse > 0 ? text_of("Fusing trees (%i rounds)", settings.fuse)
-                                    : "Not fusing trees");
-  if (settings.gfuse > 0)
-    lines.push_back(text_of("Fusing all trees every %i hits", settings.gfuse));
+  add_lines_of_crossing(settings, lines);
   if (settings.retouch > 0)
     lines.push_back(text_of("Retouching trees %i times before new replications", settings.retouch));
   add_lines_of_hits(settings, lines);

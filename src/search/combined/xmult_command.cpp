@@ -69,19 +69,24 @@ void read_check(xmult_settings& settings) {
   wanted.chklevel = static_cast<int>(hits);
 }
 
-/// Stages that aren't built.
-template <const char* const& name>
-void refuse_stage(xmult_settings&) {
-  error_end(text_of("\"%s\" in the combined search is not available yet", name));
+/// "[xF]"
+void read_hybrid(xmult_settings& settings) {
+  settings.search.hybrid = true;
+  if (!accept_char('x')) return;
+  double factor = 0;
+  constexpr double most = 1000;
+  if (!read_optional_float(&factor) || factor < 1 || factor > most)
+    error_end("Factor for extra initial builds under hybridization must be 1 or more");
+  settings.search.hybrid_factor = factor;
 }
-constexpr const char* hfuse = "hfuse";
-constexpr const char* rebuild = "rebuild";
-constexpr const char* hybrid = "hybrid";
-constexpr const char* picktype = "picktype";
 
-template <const char* const& name>
-constexpr auto unbuilt() {
-  return form<refuse_stage<name>>(name).help("(not available yet)");
+constexpr auto picktype_option() {
+  constexpr double standard_threshold = 1.5;
+  auto option = optional_real<search, &combined_settings::picktype>(
+      "picktype", {0, 100}, "Give threshold to pick fusing or hybridization (0-100)");
+  option.row.keeps_without = false;
+  option.row.without = standard_threshold;
+  return option.no();
 }
 
 constexpr option_range scores = {0, 4294967295.0};
@@ -112,10 +117,15 @@ constexpr command_options rows = {
     number<search, &c::gfuse>("gfuse", {2, 100}, "Give number of hits to do global fusing (2-100)")
         .no()
         .help("every N hits fuse all trees"),
-    unbuilt<hfuse>(),
+    number<search, &c::hfuse>("hfuse", {5, 100},
+                              "Give number of hits to do global hybridization (5-100)")
+        .no()
+        .help("every N hits hybridise all trees"),
     toggle<search, &c::dumpfuse>("dumpfuse")
         .help("where fusing fails to reach the score to hit, drop what it produced"),
-    unbuilt<rebuild>(),
+    number<search, &c::rebuild>("rebuild", counts, "Give number of rebuild cycles to do")
+        .no()
+        .help("cycles of rebuilding in each replication"),
     number<search, &c::drift>("drift", counts, "Give number of drift iterations to do")
         .no()
         .help("cycles of drifting in each replication"),
@@ -160,8 +170,12 @@ constexpr command_options rows = {
     toggle<search, &c::multiply>("multiply")
         .help("when the score is hit, look for more trees by fusing"),
     toggle<search, &c::verbose>("verbose").help("tell what each set found"),
-    unbuilt<hybrid>(),
-    unbuilt<picktype>(),
+    form<read_hybrid>("hybrid").argument("[xF]").help(
+        "hybridise the trees of a hit, F times as many (5), before fusing them"),
+    choice<search, &c::hybrid>("nohybrid", 0).help("don't hybridise them"),
+    picktype_option().help(
+        "hybridise where trees could exchange less than X per cent of their groups, 1.5 without a "
+        "number; else fuse"),
     ras_option<search, &c::addition>(),
     cas_option<search, &c::addition>(),
     fas_option<search, &c::addition>(),
@@ -172,9 +186,12 @@ constexpr command_options rows = {
 
 void check_settings(xmult_settings& wanted, option_outcome outcome) {
   settle_additions(wanted.search.addition);
-  if (wanted.search.targetscore > 0 && wanted.search.fuse == 0)
+  const bool crosses = wanted.search.fuse > 0 || wanted.search.hybrid || wanted.search.picktype > 0;
+  if (wanted.search.targetscore > 0 && !crosses)
     error_end("To search for a target score, must use fusing or hybridization");
   if (outcome != option_outcome::run && !wanted.runs) return;
+  if (wanted.search.rebuild > 0 && constraints.active)
+    error_end("Sorry, cannot rebuild trees with constraints");
   if (wanted.search.css && wanted.search.autoconst == 0 && !constraints.active)
     error_end("Constraint-based sectorial searches require tree constraints");
   check_additions(wanted.search.addition, randomness.random_insertion, constraints.active);
@@ -257,7 +274,7 @@ combined_result run_combined() {
   if (combined.consense > 0) collapse_by_swapping(context);
   seed_generator(context.random);
   combined_settings options = combined;
-  combined_stages stages{sectors, ratchet, drift, fusing};
+  combined_stages stages{sectors, ratchet, drift, fusing, rebuilding};
   const combined_result result = combined_search(context, options, stages);
   if (combined.chklevel > 0) {  // the effort stays as it became
     combined = options;

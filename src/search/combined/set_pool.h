@@ -1,0 +1,50 @@
+// What makes of the trees of one set better ones: they are fused, or crossed, with each other.
+#pragma once
+
+#include <vector>
+
+#include "search/combined/combined_settings.h"
+#include "search/combined/replicator.h"
+#include "search/search_context.h"
+
+namespace zeb {
+
+/// The trees in the slots from `first` on. What is found is told to the watch.
+class set_pool {
+ public:
+  set_pool(search_context& context, const combined_settings& options, const combined_stages& stages,
+           const replication_watch& watch)
+      : context_(context), options_(options), stages_(stages), watch_(watch) {}
+
+  void begin(int first) { first_ = first; }
+  int first() const { return first_; }
+
+  /// Ends at the target, 0 for none.
+  void fuse(double target) { fuse_in_manner(target, stages_.fuse); }
+  void hybridize(double target);
+  /// Trees that are as good come of others that take over what the best have better.
+  void multiply();
+  /// By what the trees could exchange: is it better to cross them than to fuse them? Tells which.
+  bool prefers_hybrids() const;
+
+  /// The slot of the first of the best trees; there must be one.
+  int best_slot() const;
+  /// Drops the trees after the first `count` of all slots.
+  void keep_first(int count);
+
+ private:
+  void fuse_in_manner(double target, fuse_settings how);
+  std::vector<int> slots() const;
+  int free_slots() const { return context_.trees.maxtrees - context_.trees.ntrees; }
+  double score_to_stop_at(double target) const {
+    return options_.giveupscore > 0 ? options_.giveupscore : target;
+  }
+
+  search_context& context_;
+  const combined_settings& options_;
+  const combined_stages& stages_;
+  const replication_watch& watch_;
+  int first_ = 0;
+};
+
+}  // namespace zeb
