@@ -182,12 +182,14 @@ void replicated_search::drop_worse_trees() {
 
 mult_result replicated_search::run() {
   int& replication = context_.shown.replication;
-  result_.best = unknown_score;
+  // Trees that were in memory before may be better than all that replications find.
+  result_.best = best_stored(context_, 0);
   seed_sequence seeds(context_.random, context_.rules.seed_step);
   context_.shown.stage = stage_wagner;
   context_.shown.current_tree = 0;
   replication = 0;
   begin_reports(context_);
+  if (result_.best < unknown_score) context_.best_score = result_.best;
   report_status(context_, no_score, false);
   for (replication = 1; replication <= options_.replications; ++replication) {
     if (context_.trees.ntrees >= context_.trees.maxtrees) drop_worse_trees();
@@ -220,6 +222,7 @@ mult_result replicated_search::run() {
   if (!result_.buffer_full) {
     report_status(context_, score_ < unknown_score ? score_ : no_score, true);
   }
+  if (result_.replications_done == 0) result_.best = unknown_score;
   return result_;
 }
 
