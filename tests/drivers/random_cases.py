@@ -182,6 +182,7 @@ def sectsch(rnd):
 
 def tfuse(rnd):
     words = f"rounds {rnd.randint(1, 6)} minfork {rnd.choice((0, 3, 4))}"
+    words += f" hybridize {rnd.randint(1, 6)}*{rnd.randint(1, 2)}/3" if rnd.random() < 0.1 else ""
     for word in ("equals", "nobeststart", "choose", "repeat", "noswap", "nokeepall", f"xroot {rnd.randint(1, 3)}"):
         words += " " + word if rnd.random() < 0.25 else ""
     return words
@@ -196,9 +197,26 @@ def mult(rnd):
 
 def xmult(rnd):
     words = f"hits {rnd.randint(1, 3)} replications {rnd.randint(1, 4)}" if rnd.random() < 0.7 else f"level {rnd.choice((0, 1.5, 3, 4))}"
-    for word in ("norss", "xss", "nofuse", "fuse 3", "gfuse 2", "nodrift", "drift 2", "ratchet 3", "keepall", "nomultiply", "noupdate"):
+    for word in ("norss", "xss", "nofuse", "fuse 3", "gfuse 2", "nodrift", "drift 2", "ratchet 3", "keepall", "nomultiply", "noupdate", "hold 3",
+                 "autoconst 3", "noautoconst", "noxmix", "prvmix", "retouch 1", "consense 2 conbase 1", "chklevel +0.5 2", "hfuse 5",
+                 "rebuild 3", "hybrid x1.5", "picktype 1", "css", "nocss"):
         words += " " + word if rnd.random() < 0.2 else ""
     return words
 
 
-DRIVERS = {"mult": mult, "ratchet": ratchet, "drift": drift, "sectsch": sectsch, "tfuse": tfuse, "xmult": xmult}
+def hybrid(rnd):
+    words = f"hybridize {rnd.randint(1, 9)}*{rnd.randint(1, 3)}/{rnd.choice((0, 2, 5))}"
+    for word in ("noautostop", "autostop 1", "noreplace", "clog 1", "noclog"):
+        words += " " + word if rnd.random() < 0.2 else ""
+    return words
+
+
+def rebuild(rnd):
+    clips = rnd.choice(("", "clip 1-4", "clip 2", f"pclip {rnd.choice((1, 20, 50))}"))
+    words = f"cycles {rnd.randint(0, 6)} {clips} {rnd.choice(('size 1', 'size 3', 'size 0 psize 30', 'size 9'))} sample {rnd.randint(2, 5)}"
+    for word in (f"reset {rnd.randint(1, 3)}+1", "nohybrid", "hybrid 1", "noancfirst", "keepall", "nodump"):
+        words += " " + word if rnd.random() < 0.3 else ""
+    return words
+
+
+DRIVERS = {"hybrid": hybrid, "rebuild": rebuild, "mult": mult, "ratchet": ratchet, "drift": drift, "sectsch": sectsch, "tfuse": tfuse, "xmult": xmult}

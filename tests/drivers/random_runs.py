@@ -23,8 +23,10 @@ from random_cases import DRIVERS, Case
 
 LISTINGS = ("xread*; costs*; piwe; xpiwe*; force; constrain; ccode; taxcode; rseed; subopt; collapse; hold; bbreak:; outgroup; timeout;"
             + " ".join(f"{name}:;" for name in DRIVERS))
-SHOWN = 'quote =trees; tsave *trees; save; tsave/; length; scores; minmax; quote =end;'
-NOTHING_DONE = re.compile(r"need at least|Fusing a tree with itself|No trees|requires? max.trees|Can't divide|depends on the root")
+SHOWN = 'quote =trees; tsave *trees; save; tsave/; length; scores; minmax -; quote =end;'
+# Refusals that such options may meet with; nothing was done then.
+REFUSALS = re.compile("Fusing a tree with itself|requires? max.trees|Can't divide|depends on the root|with constraints|TWO trees"
+                      "|Can't hybridize|Increase max|not available yet|No space|can't run exclusive|require tree constraints|css.*constraints")
 TOLD = re.compile(r"(?:Best score(?: \(\w+\))?:|best score:?|[Ss]aved \d+ trees? of score|trees? of score|score range)\s*"
                   r"([\d.]*\d)(?:-([\d.]*\d))?")
 
@@ -117,19 +119,23 @@ class Run:
 def complaints(run, text, trees_file):
     case = run.case
     parts = text.split("=trees")
-    if len(parts) == 2 and run.stop == "file" and NOTHING_DONE.search(text):
+    if len(parts) == 2 and run.stop == "file" and REFUSALS.search(text):
         return  # an error ends a run in the background
     if len(parts) != 3 or "=done" not in parts[2]:
         yield "doesn't come to the end"
         return
     shown = parts[1].partition("=search")[0], parts[2]
-    if shown[0].partition("=settings")[2].partition("=done")[0] != shown[1].partition("=settings")[2].partition("=done")[0]:
+    if shown[0].partition("=settings")[2].partition("=done")[0] != shown[1].partition("=settings")[2].partition("=done")[0] \
+            and "chklevel" not in run.options:
         yield "settings or data aren't as before"
     said = parts[1].partition("=search")[2]
     if re.search("[Ii]nternal error|ALWAYS_CHECK|OOpps", text):
         yield "internal error"
+    refused = re.search(r"Error reading data.run.*?\n\s*\^\s*\n(.*)", text)
+    if refused and not REFUSALS.search(refused[1]):
+        yield f"error: {refused[1]}"
     failed = re.search(r"Error reading search.run.*?\n\s*\^\s*\n(.*)", said, re.S)
-    if failed and not NOTHING_DONE.search(failed[1]):
+    if failed and not REFUSALS.search(failed[1]):
         yield f"error: {failed[1].strip()[:200]}"
     scores, lengths = ([numbers_of(part, title) for part in shown] for title in ("Tree scores", "Tree lengths"))
     if not scores[1]:
