@@ -34,7 +34,7 @@ change_range changes() {
   const character_record& record = matrix.characters[static_cast<std::size_t>(character)];
   if (record.is_continuous || record.type == landmark_data)
     error_end("Changes between states can be counted only for discrete characters");
-  return count_changes(stored_tree(tree), character, 1U << from, 1U << to);
+  return count_changes(tree_shape(stored_tree(tree)), character, 1U << from, 1U << to);
 }
 
 double least_changes() { return changes().least; }

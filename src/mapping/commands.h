@@ -3,11 +3,15 @@
 
 namespace zeb {
 
+void apo_command();
+void blength_command();
+void change_command();
 void chomo_command();
 void cscores_command();
 void fit_command();
 void length_command();
 void map_command();
+void recons_command();
 void scores_command();
 
 }  // namespace zeb

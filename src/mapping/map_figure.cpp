@@ -119,8 +119,9 @@ std::string numbered_file_name(const std::string& name, int tree, int character)
   const bool has_extension =
       dot != std::string::npos && (slash == std::string::npos || dot > slash);
   const std::size_t end = has_extension ? dot : name.size();
-  const std::string numbers =
-      tree < 0 ? text_of("_%i", character) : text_of("_%i_%i", tree, character);
+  std::string numbers;
+  for (const int number : {tree, character})
+    if (number >= 0) numbers += "_" + std::to_string(number);
   return name.substr(0, end) + numbers + name.substr(end);
 }
 

@@ -14,7 +14,7 @@ svg_options map_figure_defaults();
 void draw_map_figure(const figure_request& request, const std::string& file_name,
                      const_tree_span tree, const mapped_character& mapped,
                      const std::string& title);
-/// "name_T_C.svg" of "name.svg".
-std::string numbered_file_name(const std::string& name, int tree, int character);
+/// "name_T_C.svg" of "name.svg", with the numbers that aren't below 0.
+std::string numbered_file_name(const std::string& name, int tree, int character = -1);
 
 }  // namespace zeb

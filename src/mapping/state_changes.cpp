@@ -2,145 +2,161 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstdlib>
 #include <vector>
 
 #include "base/errors.h"
 #include "base/indices.h"
-#include "matrix/costs/character_costs.h"
+#include "mapping/state_model.h"
+#include "mapping/state_optimisation.h"
 #include "matrix/matrix.h"
-#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {
 
-constexpr int impossible = 1'000'000'000;
-
-// Of the reconstructions of a subtree with a given state at its root: the steps of the shortest,
-// and among those the least and the most changes asked for.
+/// Of the reconstructions of a subtree with a given state at its root: the steps of the shortest,
+/// and among those the least and the most changes asked for.
 struct subtree_count {
-  int steps = 0;
+  std::int64_t steps = 0;
   int least = 0;
   int most = 0;
-};
 
-// The states that matter: those that occur, and between the extremes of an additive character.
-std::vector<int> possible_states(int character) {
-  std::uint32_t observed = 0;
-  for (int t = 0; t < matrix.ntax; ++t) {
-    const std::uint32_t states = cell(t, character);
-    if (!says_nothing(character, states)) observed |= states;
+  void add(const subtree_count& other) {
+    steps = std::min(impossible_cost, steps + other.steps);
+    least += other.least;
+    most += other.most;
   }
-  std::vector<int> states;
-  if (!observed) return states;
-  const bool additive = matrix.characters[at(character)].additive;
-  for (int s = std::countr_zero(observed); s <= 31 - std::countl_zero(observed); ++s)
-    if (additive || (observed >> s & 1U)) states.push_back(s);
-  return states;
-}
+  /// Becomes what is shorter; of equals what either allows.
+  void join(const subtree_count& other) {
+    if (other.steps > steps) return;
+    if (other.steps < steps) {
+      *this = other;
+      return;
+    }
+    least = std::min(least, other.least);
+    most = std::max(most, other.most);
+  }
+};
+constexpr subtree_count none_yet = {impossible_cost, 0, 0};
 
+bool holds(std::uint32_t states, int state) { return (states >> state & 1U) != 0; }
+
+/// Dynamic programming from the tips: by node and state, the best of each descendant's states being
+/// chosen by steps first (Sankoff and Rousseau 1975).
 class change_counter {
  public:
-  change_counter(int character, std::uint32_t from, std::uint32_t to)
-      : character_(character),
-        record_(matrix.characters[at(character)]),
+  change_counter(const tree_shape& shape, int character, std::uint32_t from, std::uint32_t to,
+                 polytomy_kind polytomies)
+      : shape_(shape),
+        model_(character),
         from_(from),
         to_(to),
-        states_(possible_states(character)) {
-    if (!record_.is_sankoff) return;
-    costs_ = costs_of_character(character);
-    states_ = costs_.states;
-  }
+        polytomies_(polytomies),
+        n_(model_.size()),
+        own_(shape.nodes() * n_),
+        above_(own_) {}
 
-  // Dynamic programming from the tips: counts[node] by state, the best of each descendant's
-  // states being chosen by steps first (Sankoff 1975).
-  change_range count(const_tree_span tree) {
-    if (states_.empty()) return {};
-    const descendant_lists lists = descendants_of(tree, matrix.ntax);
-    counts_.assign(lists.nodes() * states_.size(), {});
-    for (int t = 0; t < matrix.ntax; ++t) fill_terminal(t);
-    const std::vector<int> order = internal_nodes_root_first(lists, matrix.ntax);
-    for (auto node = order.rbegin(); node != order.rend(); ++node) {
-      for (const int d : lists.children(*node)) add(*node, d);
+  change_range count() {
+    if (n_ == 0) return {};
+    for (int t = 0; t < matrix.ntax; ++t)
+      for (std::size_t s = 0; s < n_; ++s)
+        if (!model_.may_have(t, s)) row(own_, t)[s] = none_yet;
+    for (auto node = shape_.inner.rbegin(); node != shape_.inner.rend(); ++node) down_node(*node);
+    subtree_count best = none_yet;
+    for (std::size_t s = 0; s < n_; ++s) {
+      subtree_count whole = row(own_, shape_.root())[s];
+      whole.steps += model_.cost_at_root(s);
+      best.join(whole);
     }
-    const auto root = row(matrix.ntax);
-    for (std::size_t s = 0; s < states_.size(); ++s)
-      if (costs_.root_states && !(costs_.root_states >> s & 1U)) root[s].steps += forbidden_cost;
-    int steps = impossible;
-    for (const subtree_count& c : root) steps = std::min(steps, c.steps);
-    change_range range{impossible, 0};
-    for (const subtree_count& c : root) {
-      if (c.steps != steps) continue;
-      range.least = std::min(range.least, c.least);
-      range.most = std::max(range.most, c.most);
-    }
-    return range;
+    return {best.least, best.most};
   }
 
  private:
-  std::span<subtree_count> row(int node) {
-    return std::span(counts_).subspan(at(node) * states_.size(), states_.size());
+  using counts = std::vector<subtree_count>;
+  std::span<subtree_count> row(counts& table, int node) const {
+    return std::span(table).subspan(at(node) * n_, n_);
   }
 
-  // The cell of an additive character is the range of its states.
-  void fill_terminal(int taxon) {
-    std::uint32_t cell_states = cell(taxon, character_);
-    if (record_.is_sankoff) cell_states = costs_.in_matrix(costs_.cells[at(taxon)]);
-    if (cell_states == 0 || says_nothing(character_, cell_states)) return;
-    if (record_.additive) {
-      const int lowest = std::countr_zero(cell_states);
-      const int highest = 31 - std::countl_zero(cell_states);
-      cell_states = ((2U << highest) - 1) & ~((1U << lowest) - 1);
+  void down_node(int node) {
+    std::vector<std::span<const subtree_count>> below;
+    for (const int d : shape_.lists.children(node)) {
+      look_from_above(row(own_, d), row(above_, d));
+      below.push_back(row(above_, d));
     }
-    for (std::size_t s = 0; s < states_.size(); ++s)
-      if (!(cell_states >> states_[s] & 1U)) row(taxon)[s].steps = impossible;
+    const bool soft = polytomies_ == polytomy_kind::soft && below.size() > 2 &&
+                      below.size() <= state_optimiser::most_resolved;
+    if (soft) return resolve(node, below);
+    for (const auto& counts_below : below)
+      for (std::size_t s = 0; s < n_; ++s) row(own_, node)[s].add(counts_below[s]);
   }
 
-  void add(int node, int descendant) {
-    for (std::size_t s = 0; s < states_.size(); ++s) {
-      subtree_count best{impossible, 0, 0};
-      for (std::size_t d = 0; d < states_.size(); ++d) {
-        const subtree_count& below = row(descendant)[d];
-        const int steps = below.steps + cost(s, d);
-        if (steps > best.steps || below.steps >= impossible) continue;
-        const int change = counts(s, d);
-        const subtree_count here{steps, below.least + change, below.most + change};
-        best = steps < best.steps ? here
-                                  : subtree_count{steps, std::min(best.least, here.least),
-                                                  std::max(best.most, here.most)};
+  void look_from_above(std::span<const subtree_count> own, std::span<subtree_count> above) const {
+    for (std::size_t s = 0; s < n_; ++s) {
+      above[s] = none_yet;
+      for (std::size_t d = 0; d < n_; ++d) {
+        const int change = counts_as_change(s, d);
+        subtree_count along = {model_.cost(s, d), change, change};
+        along.add(own[d]);
+        above[s].join(along);
       }
-      subtree_count& sum = row(node)[s];
-      sum.steps = std::min(impossible, sum.steps + best.steps);
-      sum.least += best.least;
-      sum.most += best.most;
     }
   }
 
-  int cost(std::size_t from, std::size_t to) const {
-    if (from == to) return 0;
-    if (record_.is_sankoff) return costs_.of(static_cast<int>(from), static_cast<int>(to));
-    return record_.additive ? std::abs(states_[from] - states_[to]) : 1;
-  }
-  int counts(std::size_t from, std::size_t to) const {
-    return from != to && (from_ >> states_[from] & 1U) && (to_ >> states_[to] & 1U);
+  /// Binary trees of the descendants: of each set of them, put together from those of two parts.
+  void resolve(int node, std::span<const std::span<const subtree_count>> below) {
+    const std::size_t sets = std::size_t{1} << below.size();
+    counts own(sets * n_, none_yet);
+    counts above(own);
+    for (std::size_t set = 1; set < sets; ++set) {
+      if (std::has_single_bit(set)) {
+        const auto& only = below[static_cast<std::size_t>(std::countr_zero(set))];
+        std::copy(only.begin(), only.end(), &above[set * n_]);
+        continue;
+      }
+      for (std::size_t part = (set - 1) & set; part > (set ^ part); part = (part - 1) & set)
+        for (std::size_t s = 0; s < n_; ++s) {
+          subtree_count both = above[part * n_ + s];
+          both.add(above[(set ^ part) * n_ + s]);
+          own[set * n_ + s].join(both);
+        }
+      look_from_above(std::span(own).subspan(set * n_, n_), std::span(above).subspan(set * n_, n_));
+    }
+    std::copy(own.end() - static_cast<std::ptrdiff_t>(n_), own.end(), row(own_, node).begin());
   }
 
-  int character_;
-  const character_record& record_;
+  int counts_as_change(std::size_t from, std::size_t to) const {
+    return from != to && holds(from_, model_.value(from)) && holds(to_, model_.value(to));
+  }
+
+  const tree_shape& shape_;
+  state_model model_;
   std::uint32_t from_;
   std::uint32_t to_;
-  std::vector<int> states_;
-  character_costs costs_;  // of a character that has some
-  std::vector<subtree_count> counts_;
+  polytomy_kind polytomies_;
+  std::size_t n_;
+  counts own_;    // by node, then state of the node
+  counts above_;  // with the branch below the node, by state of its ancestor
 };
+
+bool is_discrete(int character) {
+  const character_record& record = matrix.characters[at(character)];
+  return !record.is_continuous && record.type != landmark_data;
+}
 
 }  // namespace
 
-change_range count_changes(const_tree_span tree, int character, std::uint32_t from,
-                           std::uint32_t to) {
-  const character_record& record = matrix.characters[at(character)];
-  ALWAYS_CHECK(!record.is_continuous && record.type != landmark_data, "states of the character");
-  return change_counter(character, from, to).count(tree);
+change_range count_changes(const tree_shape& shape, int character, std::uint32_t from,
+                           std::uint32_t to, polytomy_kind polytomies) {
+  ALWAYS_CHECK(is_discrete(character), "states of the character");
+  return change_counter(shape, character, from, to, polytomies).count();
+}
+
+bool change_is_possible(int character, std::uint32_t from, std::uint32_t to) {
+  const state_model model(character);
+  std::uint32_t states = 0;
+  for (std::size_t i = 0; i < model.size(); ++i) states |= std::uint32_t{1} << model.value(i);
+  from &= states;
+  to &= states;
+  return from != 0 && to != 0 && (from != to || !std::has_single_bit(from));
 }
 
 }  // namespace zeb

@@ -4,7 +4,8 @@
 
 #include <cstdint>
 
-#include "trees/tree_record.h"
+#include "engine/plain/range_optimisation.h"
+#include "mapping/tree_shape.h"
 
 namespace zeb {
 
@@ -13,10 +14,13 @@ struct change_range {
   int most = 0;
 };
 
-/// Branches of the tree (hard polytomies, absent taxa allowed) on which the state goes from one of
-/// `from` to a different one of `to` (sets of states, as bits), at least and at most. Discrete
-/// characters only.
-change_range count_changes(const_tree_span tree, int character, std::uint32_t from,
-                           std::uint32_t to);
+/// Branches of the tree (absent taxa allowed) on which the state goes from one of `from` to a
+/// different one of `to` (sets of states, as bits), at least and at most. Discrete characters only.
+/// Soft polytomies are resolved as suits the character best, up to
+/// `state_optimiser::most_resolved` descendants; larger ones are taken as hard.
+change_range count_changes(const tree_shape& shape, int character, std::uint32_t from,
+                           std::uint32_t to, polytomy_kind polytomies = polytomy_kind::hard);
+/// Has the character states for such a change?
+bool change_is_possible(int character, std::uint32_t from, std::uint32_t to);
 
 }  // namespace zeb

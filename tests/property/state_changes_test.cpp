@@ -115,7 +115,7 @@ TEST(state_changes, least_and_most_are_those_of_all_reconstructions) {
       const tried expected = every_reconstruction(record, shape.ntax, oracle.cells[at(c)],
                                                   oracle.additive[at(c)], from, to)
                                  .best();
-      const change_range found = count_changes(record, c, 1U << from, 1U << to);
+      const change_range found = count_changes(tree_shape(record), c, 1U << from, 1U << to);
       EXPECT_EQ(found.least, expected.least) << "seed " << seed << " character " << c;
       EXPECT_EQ(found.most, expected.most) << "seed " << seed << " character " << c;
     }

@@ -137,6 +137,7 @@ class svg_tree_writer {
   double branch_length(int node, double usual) const {
     if (styles_[at(node)].length >= 0) return styles_[at(node)].length;
     if (options_.branch_length >= 0) return options_.branch_length;
+    if (!options_.least_lengths.empty()) usual = std::max(usual, options_.least_lengths[at(node)]);
     const double legend = legend_width(node);
     return legend > 0 ? std::max(usual, std::ceil(legend + 2 * legend_gap + 4)) : usual;
   }

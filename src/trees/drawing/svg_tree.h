@@ -29,6 +29,7 @@ struct svg_options {
   char separator = 0;   // of the lines of a legend
   int text_width = 0;   // longest line of a legend, characters; 0 no limit
   std::string caption;
+  std::vector<double> least_lengths;  // by node (may be empty): what else is drawn on its branch
 };
 
 /// Where each node stands: a terminal at the end of its branch, an internal node at its fork.

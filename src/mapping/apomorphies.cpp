@@ -1,0 +1,54 @@
+#include "mapping/apomorphies.h"
+
+#include <algorithm>
+
+#include "base/indices.h"
+#include "base/interrupts.h"
+#include "matrix/character_steps.h"
+#include "matrix/costs/character_costs.h"
+#include "matrix/matrix.h"
+
+namespace zeb {
+namespace {
+
+bool tells_direction(int character) {
+  return matrix.characters[at(character)].is_sankoff && costs_of_character(character).is_rooted();
+}
+
+void add_changes(const tree_shape& shape, int character, std::vector<apomorphy>& changes) {
+  const mapped_character mapped = map_character(shape, character);
+  if (mapped.steps == 0) return;
+  const bool homoplastic = mapped.steps > minimum_steps(character);
+  const bool directed = tells_direction(character);
+  for (const int node : shape.inner)
+    for (const int d : shape.lists.children(node)) {
+      const node_values& from = mapped.at_nodes[at(node)];
+      const node_values& to = mapped.at_nodes[at(d)];
+      if (!from.known() || !to.known() || from.meets(to)) continue;
+      if (node == shape.root() && d == matrix.outgroup && !directed) continue;
+      changes.push_back({d, character, from, to, homoplastic});
+    }
+}
+
+}  // namespace
+
+std::vector<apomorphy> find_apomorphies(const tree_shape& shape,
+                                        const std::vector<int>& characters) {
+  std::vector<apomorphy> changes;
+  for (const int c : characters) {
+    check_interrupt();
+    add_changes(shape, c, changes);
+  }
+  std::stable_sort(changes.begin(), changes.end(),
+                   [](const apomorphy& a, const apomorphy& b) { return a.node < b.node; });
+  return changes;
+}
+
+std::string change_text(const apomorphy& change, const char* arrow) {
+  const auto side = [&](const node_values& values) {
+    return values_text(change.character, values) + (values.ambiguous() ? "?" : "");
+  };
+  return side(change.from) + arrow + side(change.to);
+}
+
+}  // namespace zeb
