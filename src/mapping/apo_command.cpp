@@ -40,7 +40,7 @@ struct apo_request {
   if (character < 0) error_end("Must give", "character", "number");
   if (character >= matrix.nchar) error_end("Character", character, "is not in the matrix");
   if (!is_landmark(character))
-    error_end("Option \"apo!\" is applicable only to landmark characters (not", character, ")");
+    error_end_f("Option \"apo!\" is applicable only to landmark characters (not %i)", character);
   if (read_trees_and_characters().trees.size() > 1)
     error_end("Cannot use multiple trees for individual landmarks");
   error_end_f("Landmark characters (as %i) can't be optimized yet", character);

@@ -1,5 +1,6 @@
 #include "mapping/apo_lists.h"
 
+#include <algorithm>
 #include <map>
 
 #include "base/indices.h"
