@@ -78,10 +78,9 @@ void add_lines_of_hybrids(const hybrid_settings& settings, std::vector<std::stri
 }
 
 void check_room_for_hybrids(const hybrid_settings& settings, const std::vector<int>& pool) {
-  constexpr int made_at_once = 2;
-  const std::int64_t made = std::int64_t{made_at_once} * settings.pairings;
+  const std::int64_t made = settings.pairings;
   const std::int64_t allowed = static_cast<std::int64_t>(pool.size()) * settings.clog;
-  if (store.ntrees + made_at_once > store.maxtrees) {
+  if (store.ntrees >= store.maxtrees) {
     error_end(
         text_of("Can't run hybridization on %i trees with max.trees=%i.\n"
                 "Increase max. trees and retry...",
@@ -94,7 +93,7 @@ void check_room_for_hybrids(const hybrid_settings& settings, const std::vector<i
                 settings.rounds, settings.pairings, store.ntrees,
                 std::to_string(store.ntrees + made).c_str()));
   }
-  if (settings.clog > 0 && store.ntrees + std::min(made, allowed + made_at_once) > store.maxtrees) {
+  if (settings.clog > 0 && store.ntrees + std::min(made, allowed + 1) > store.maxtrees) {
     warning(
         text_of("%i rounds of %i hybridizations with %i trees (max. %i) may overflow "
                 "tree-buffer",
