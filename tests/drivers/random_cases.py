@@ -198,8 +198,8 @@ def mult(rnd):
 def xmult(rnd):
     words = f"hits {rnd.randint(1, 3)} replications {rnd.randint(1, 4)}" if rnd.random() < 0.7 else f"level {rnd.choice((0, 1.5, 3, 4))}"
     for word in ("norss", "xss", "nofuse", "fuse 3", "gfuse 2", "nodrift", "drift 2", "ratchet 3", "keepall", "nomultiply", "noupdate", "hold 3",
-                 "autoconst 3", "noautoconst", "noxmix", "prvmix", "retouch 1", "consense 2 conbase 1", "chklevel +0.5 2", "hfuse 5",
-                 "rebuild 3", "hybrid x1.5", "picktype 1", "css", "nocss"):
+                 "autoconst 3", "noautoconst", "noxmix", "prvmix", "retouch 1", "consense 2 conbase 1",
+                 "chklevel +0.5 2"):
         words += " " + word if rnd.random() < 0.2 else ""
     return words
 

@@ -25,7 +25,7 @@ LISTINGS = ("xread*; costs*; piwe; xpiwe*; force; constrain; ccode; taxcode; rse
             + " ".join(f"{name}:;" for name in DRIVERS))
 SHOWN = 'quote =trees; tsave *trees; save; tsave/; length; scores; minmax -; quote =end;'
 # Refusals that such options may meet with; nothing was done then.
-REFUSALS = re.compile("Fusing a tree with itself|requires? max.trees|Can't divide|depends on the root|with constraints|TWO trees"
+REFUSALS = re.compile("Fusing a tree with itself|requires? max.trees|[Tt]ree (must be divided|in chunks)|depends on the root|with constraints|TWO trees"
                       "|Can't hybridize|Increase max|not available yet|No space|can't run exclusive|require tree constraints|css.*constraints")
 TOLD = re.compile(r"(?:Best score(?: \(\w+\))?:|best score:?|[Ss]aved \d+ trees? of score|trees? of score|score range)\s*"
                   r"([\d.]*\d)(?:-([\d.]*\d))?")
@@ -92,24 +92,24 @@ class Run:
         process = subprocess.Popen([zeb, commands], cwd=folder, stdin=slave, stdout=slave, stderr=slave, start_new_session=True,
                                    env={**os.environ, "TERM": "xterm"})
         os.close(slave)
-        stop_at, end, type_at = None, time.monotonic() + 60, 0
+        said, stop_at, end, type_at = b"", None, time.monotonic() + 60, 0
         try:
             while process.poll() is None and time.monotonic() < end:
                 if select.select([master], [], [], 0.01)[0]:
                     try:
-                        os.read(master, 65536)
+                        said += os.read(master, 65536)
                     except OSError:
                         break
-                said = (folder / "log").read_text() if (folder / "log").exists() else ""
-                if stop_at is None and "=search" in said:
-                    stop_at = time.monotonic() + self.rnd.random() * 0.2
-                after = said.partition("=search")[2]
-                if stop_at and stop_at < time.monotonic() and "=over" not in after:
-                    process.send_signal(signal.SIGINT)
-                    stop_at = end
-                if ("interrupt" in after or "=over" in after) and "=trees" not in after and time.monotonic() > type_at:
+                after = said.partition(b"=search\n")[2]
+                now = time.monotonic()
+                if b"zeb*>" in after and now > type_at:
                     os.write(master, b"\rproc show.run; quit;\r")
-                    type_at = time.monotonic() + 1  # what is typed too early is lost
+                    type_at = now + 5  # what is typed too early is lost
+                elif stop_at is None and b"=search\n" in said:
+                    stop_at = now + self.rnd.random() * 0.2
+                elif stop_at and stop_at < now and not type_at:
+                    process.send_signal(signal.SIGINT)
+                    stop_at = now + 2  # one that comes before the search begins stops nothing
         finally:
             process.kill()
             self.status = process.wait()
