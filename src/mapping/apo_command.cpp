@@ -75,8 +75,7 @@ apo_request read_apo_request() {
   }
   request.chosen = read_trees_and_characters();
   request.figure = read_figure_or_end(apo_figure_defaults());
-  for (const int c : request.chosen.characters)
-    if (is_landmark(c)) error_end_f("Landmark characters (as %i) can't be optimized yet", c);
+  refuse_landmarks(request.chosen.characters, polytomy_kind::hard);
   if (request.figure && request.figure->coordinate_array >= 0 && !request.common &&
       request.chosen.trees.size() > 1)
     error_end("Places of nodes can be saved only for a figure of one tree");

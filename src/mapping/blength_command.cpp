@@ -14,7 +14,6 @@
 #include "language/lexer.h"
 #include "mapping/branch_lengths.h"
 #include "mapping/commands.h"
-#include "mapping/node_states.h"
 #include "mapping/requests.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/display.h"
@@ -76,8 +75,7 @@ length_request read_length_request() {
   check(request);
   request.chosen = read_trees_and_characters();
   expect_end();
-  for (const int c : request.chosen.characters)
-    if (is_landmark(c)) error_end_f("Landmark characters (as %i) can't be optimized yet", c);
+  refuse_landmarks(request.chosen.characters, request.polytomies);
   if (request.of != length_request::kind::changes_in_size) return request;
   std::erase_if(request.chosen.characters,
                 [](int c) { return !matrix.characters[at(c)].is_continuous; });

@@ -9,6 +9,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/lists.h"
+#include "mapping/node_states.h"
 #include "mapping/state_optimisation.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
@@ -53,6 +54,16 @@ std::optional<figure_request> read_figure_or_end(const svg_options& defaults) {
   if (accept_char('&')) figure = read_figure_request(defaults);
   expect_end();
   return figure;
+}
+
+void refuse_landmarks(const std::vector<int>& characters, polytomy_kind polytomies) {
+  for (const int c : characters) {
+    if (!is_landmark(c)) continue;
+    if (polytomies == polytomy_kind::soft)
+      error_end_f(
+          "Polytomies for landmark characters (e.g. char. %i) cannot be optimized as \"soft\"", c);
+    error_end_f("Landmark characters (as %i) can't be optimized yet", c);
+  }
 }
 
 void warn_of_large_polytomies(const std::vector<int>& trees, polytomy_kind polytomies) {

@@ -21,6 +21,8 @@ void require_data_and_trees(const char* doing);
 mapping_request read_trees_and_characters();
 /// "& file options", on top of `defaults`, up to the semicolon, which is consumed in any case.
 std::optional<figure_request> read_figure_or_end(const svg_options& defaults);
+/// Error for a landmark character among them.
+void refuse_landmarks(const std::vector<int>& characters, polytomy_kind polytomies);
 
 /// Soft polytomies have a limit, and larger ones are taken as hard, with a warning.
 void warn_of_large_polytomies(const std::vector<int>& trees, polytomy_kind polytomies);
