@@ -14,6 +14,7 @@
 #include "search/commands.h"
 #include "supports/commands.h"
 #include "trees/commands.h"
+#include "walking/commands.h"
 
 namespace zeb {
 namespace {
@@ -178,25 +179,25 @@ constexpr command_row rows[] = {
     {"usminmax",    usminmax_command, false, topic_settings},
     {"zzz",         quit_command, false, topic_various},
     {"\nMACROS:",   none, false, 0},
-    {"bandb",       none, false, topic_scripts},
+    {"bandb",       bandb_command, false, topic_scripts},
     {"barplot",     none, false, topic_scripts},
-    {"combine",     none, false, topic_scripts},
+    {"combine",     combine_command, false, topic_scripts},
     {"continue",    continue_command, false, topic_scripts},
-    {"copytree",    none, false, topic_scripts},
+    {"copytree",    copytree_command, false, topic_scripts},
     {"chkbreak",    chkbreak_command, false, topic_scripts},
-    {"cutbranch",   none, false, topic_scripts},
+    {"cutbranch",   cutbranch_command, false, topic_scripts},
     {"else",        else_command, false, topic_scripts},
     {"end",         end_command, false, topic_scripts},
-    {"endbranch",   none, false, topic_scripts},
+    {"endbranch",   endbranch_command, false, topic_scripts},
     {"endloop",     endloop_command, false, topic_scripts},
-    {"endswap",     none, false, topic_scripts},
+    {"endswap",     endswap_command, false, topic_scripts},
     {"errmsg",      errmsg_command, false, topic_scripts},
-    {"forfiles",    none, false, topic_scripts},
+    {"forfiles",    forfiles_command, false, topic_scripts},
     {"goto",        goto_command, false, topic_scripts},
     {"hifile",      hifile_command, false, topic_scripts, false, &hifile_options},
     {"if",          if_command, false, topic_scripts},
-    {"iterrecs",    none, true,  topic_scripts},
-    {"killfiles",   none, false, topic_scripts},
+    {"iterrecs",    iterrecs_command, true,  topic_scripts},
+    {"killfiles",   killfiles_command, false, topic_scripts},
     {"label",       label_command, false, topic_scripts},
     {"loop",        loop_command, false, topic_scripts},
     {"macfloat",    macfloat_command, false, topic_scripts},
@@ -207,7 +208,7 @@ constexpr command_row rows[] = {
     {"private",     private_command, false, topic_scripts},
     {"progress",    progress_command, false, topic_scripts},
     {"recurse",     recurse_command, false, topic_scripts},
-    {"resetswap",   none, false, topic_scripts},
+    {"resetswap",   resetswap_command, false, topic_scripts},
     {"resettime",   resettime_command, false, topic_scripts},
     {"return",      return_command, false, topic_scripts},
     {"safe",        safe_command, false, topic_scripts},
@@ -216,11 +217,17 @@ constexpr command_row rows[] = {
     {"setloop",     setloop_command, false, topic_scripts},
     {"slaveget",    none, false, topic_scripts},
     {"slaveset",    none, false, topic_scripts},
-    {"sprit",       none, false, topic_scripts},
-    {"tbrit",       none, false, topic_scripts},
-    {"travtree",    none, true,  topic_scripts},
+    {"sprit",       sprit_command, false, topic_scripts},
+    {"tbrit",       tbrit_command, false, topic_scripts},
+    {"travtree",    travtree_command, true,  topic_scripts},
     {"var",         var_command, false, topic_scripts},
     {"xend",        xend_command, false, topic_scripts},
+    {"endtrav",     endtrav_command, false, topic_scripts},
+    {"endrecs",     endrecs_command, false, topic_scripts},
+    {"endcomb",     endcomb_command, false, topic_scripts},
+    {"killtrav",    killtrav_command, false, topic_scripts},
+    {"skipdes",     skipdes_command, false, topic_scripts},
+    {"killrecs",    killrecs_command, false, topic_scripts},
 };
 // clang-format on
 

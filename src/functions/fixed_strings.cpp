@@ -12,6 +12,7 @@
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
 #include "macro/variables.h"
+#include "macro/walk_results.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"
@@ -88,7 +89,9 @@ bool other_string(std::string_view word, std::string* text) {
     *text = tags.tag_texts[static_cast<std::size_t>(node)];
   } else if (word == "hifstring") {
     *text = script_file_string(active_script_file());
-  } else if (word == "taxonomy" || word == "host" || word == "hgroup" || word == "curfile") {
+  } else if (word == "curfile") {
+    *text = walked.file;
+  } else if (word == "taxonomy" || word == "host" || word == "hgroup") {
     error_end_f("Expression \"$%s\" is not available yet", std::string(word).c_str());
   } else {
     return false;

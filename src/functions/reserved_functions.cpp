@@ -7,9 +7,6 @@ namespace {
 
 // clang-format off
 constexpr expression_function rows[] = {
-    {"bbfull", "", "1 if the last bandb enumeration was complete", nullptr},
-    {"bbtax", "", "taxon being added within bandb", nullptr},
-    {"curisdir", "", "within forfiles, 1 if the current file is a directory", nullptr},
     {"cutswap", "[T N1 N2]", "cutoff of swapping", nullptr},
     {"dcomp", "[type]", "last result of dcomp", nullptr},
     {"discoeff", "[T1 T2]", "distortion coefficient of the trees", nullptr, function_list::general, "deslist"},
@@ -28,8 +25,6 @@ constexpr expression_function rows[] = {
     {"mklik", "[T C]", "likelihood of a character", nullptr},
     {"mplik", "[T C]", "likelihood of the most parsimonious states", nullptr},
     {"numcategs", "", "number of categories", nullptr, function_list::general, "numclads"},
-    {"percswap", "", "percentage of swapping done", nullptr},
-    {"recsteps", "", "steps of the current reconstruction", nullptr},
     {"simplik", "[T]", "simple likelihood of tree T", nullptr},
     {"slerrmarg", "", "error margin of the approximate search", nullptr},
     {"smplik", "[T]", "sampled likelihood of tree T", nullptr},

@@ -41,6 +41,7 @@ extern const std::span<const expression_function> string_functions;
 extern const std::span<const expression_function> support_functions;
 extern const std::span<const expression_function> tree_functions;
 extern const std::span<const expression_function> tree_group_functions;
+extern const std::span<const expression_function> walk_functions;
 /// Those whose subject isn't built yet.
 extern const std::span<const expression_function> reserved_functions;
 

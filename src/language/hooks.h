@@ -39,6 +39,8 @@ struct macro_layer {
   bool (*command_failed)() = nullptr;
   /// Where the script stands.
   error_place (*place)() = nullptr;
+  /// The commands of the current file of `forfiles` end; false outside of that.
+  bool (*end_item)() = nullptr;
   /// Nesting of loops.
   int (*loop_level)() = nullptr;
   /// Goes to the target of `goto [`.

@@ -2,8 +2,8 @@
 // And branches, `if`, `else`, `end`, `xend`: they skip text and don't parse it.
 #include <cctype>
 #include <cmath>
-#include <cstring>
 #include <string>
+#include <utility>
 
 #include "base/command.h"
 #include "base/errors.h"
@@ -11,9 +11,9 @@
 #include "console/output.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "macro/bodies.h"
 #include "macro/body_text.h"
 #include "macro/commands.h"
-#include "macro/loops.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
@@ -34,7 +34,7 @@ std::int64_t loop_bound(const char* what) {
   return static_cast<std::int64_t>(value);
 }
 
-const char* read_loop_name() {
+std::string read_loop_name() {
   std::string name;
   skip_blanks_peek();
   for (int c = read_raw_char(); c > 32; c = read_raw_char()) {
@@ -42,26 +42,16 @@ const char* read_loop_name() {
     if (name.size() < longest_loop_name) name += static_cast<char>(c);
   }
   if (name.empty()) error_end(usage + std::string("A loop name is missing"));
-  char* copy = take_heap(name.size() + 1);
-  std::memcpy(copy, name.c_str(), name.size() + 1);
-  return copy;
-}
-
-// A loop of the calling file can't be left from here.
-void require_loop() {
-  if (macros.level <= macros.frames.back().loop_base)
-    error_end(command.command_name, "valid only within loops");
+  return name;
 }
 
 }  // namespace
 
 void loop_command() {
   require_macros();
-  check_loop_depth(macros.level + 1);
-  char* const heap_at_entry = macros.heap_top;
-  loop_record loop{};
-  loop.saved_top = heap_at_entry;
-  if (accept_char('=')) loop.name = read_loop_name();
+  check_loop_depth(0);
+  std::string name;
+  if (accept_char('=')) name = read_loop_name();
   const std::int64_t from = loop_bound("from");
   std::int64_t step = 1;
   bool written = false;
@@ -80,43 +70,35 @@ void loop_command() {
     step = -step;
     empty = written;
   }
+  body_record loop = capture_body(body_kind::loop, name);
+  if (empty) return release_heap(loop.saved_top);
   loop.current = from;
   loop.step = step;
   loop.end = to;
-  // The text belongs to this level while it is read: nested words count from here.
-  capture_loop_text(loop);
-  if (empty) {
-    release_heap(heap_at_entry);
-    return;
-  }
-  close_expansion();
-  loop.resume = input.read_position;
-  macros.loops[++macros.level] = loop;
-  read_on_at(loop.text);
+  enter_body(std::move(loop));
 }
 
 void endloop_command() {
   require_macros();
-  require_loop();
-  loop_record& loop = macros.loops[macros.level];
+  body_record& loop = reach_body(body_kind::loop, "loops");
   loop.current = loop.end;
-  skip_to_loop_end();
+  skip_to_body_end();
 }
 
 void continue_command() {
   require_macros();
-  require_loop();
-  skip_to_loop_end();
+  innermost_body();
+  skip_to_body_end();
 }
 
 void setloop_command() {
   require_macros();
-  require_loop();
+  innermost_body();
   const double value = macro_whole_value();
   if (value < 0) error_end("Loops can't be set to a negative number");
-  macros.loops[macros.level].current =
+  reach_body(body_kind::loop, "loops").current =
       static_cast<std::int64_t>(value > 2147483647 ? 2147483647 : value);
-  skip_to_loop_end();
+  skip_to_body_end();
 }
 
 void if_command() {
@@ -127,13 +109,13 @@ void if_command() {
   const bool holds = std::trunc(value) != 0;
   if (macros.report) emitf("IF %s ---> %s", echo.c_str(), holds ? "TRUE" : "FALSE!");
   if (holds) return;
-  if (input.top == 0 && macros.level < 0) report_line("Condition not fullfilled");
-  skip_branch();
+  if (input.top == 0 && open_bodies() == 0) report_line("Condition not fullfilled");
+  skip_branch(branch::after_if);
 }
 
 void else_command() {
   require_macros();
-  skip_branch();
+  skip_branch(branch::after_else);
 }
 
 void end_command() { require_macros(); }

@@ -8,7 +8,7 @@
 #include "console/settings.h"
 #include "language/input.h"
 #include "language/lexer.h"
-#include "macro/loops.h"
+#include "macro/bodies.h"
 #include "macro/macro_state.h"
 #include "macro/script_text.h"
 
@@ -96,7 +96,7 @@ void jump_to_label(const std::string& file, const std::string& label,
   check_label(label);
   if (input.top > 0 && is_current_file(file) && top_frame().file.is_open()) {
     close_expansion();
-    leave_loops_above(macros.frames.back().loop_base);
+    leave_bodies(macros.frames.back().bodies_at_entry);
     rewind_top_frame();
     if (!arguments.empty()) top_frame().arguments = arguments;
   } else {

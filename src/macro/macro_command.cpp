@@ -14,6 +14,7 @@
 #include "language/lexer.h"
 #include "language/options.h"
 #include "language/toggles.h"
+#include "macro/bodies.h"
 #include "macro/commands.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
@@ -203,8 +204,9 @@ void safe_command() {
   if (vars && var_shift() + wanted >= macros.max_variables) {
     error_end("Only", macros.max_variables - var_shift(), "vars. available");
   }
-  if (loops && macros.level + wanted >= macros.max_loops) {
-    error_end("Only", macros.max_loops - macros.level - 1, "loops available");
+  const int open = open_bodies(body_kind::loop);
+  if (loops && open + wanted > macros.max_loops) {
+    error_end("Only", macros.max_loops - open, "loops available");
   }
   const std::int64_t free = macros.heap_end - macros.heap_top;
   if (ram && wanted > free) error_end("Only", free, "bytes available");

@@ -10,8 +10,8 @@
 #include "language/hooks.h"
 #include "language/input.h"
 #include "language/lexer.h"
+#include "macro/bodies.h"
 #include "macro/jumps.h"
-#include "macro/loops.h"
 #include "macro/macro_reader.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
@@ -29,7 +29,7 @@ void frame_pushed() {
   const macro_frame& caller = macros.frames.back();
   frame.shift = std::max(caller.shift, next_free_variable()) + caller.private_count;
   if (frame.shift > macros.max_variables) frame.shift = macros.max_variables;
-  frame.loop_base = macros.level;
+  frame.bodies_at_entry = open_bodies();
   frame.named_count = macros.named_count;
   frame.heap_top = macros.heap_top;
   macros.frames.push_back(frame);
@@ -43,8 +43,8 @@ void frame_popped() {
   if (macros.frames.size() < 2) return;
   const macro_frame frame = macros.frames.back();
   macros.frames.pop_back();
-  // Loops of the file end with it, then its names, unless `return =` keeps them.
-  leave_loops_above(frame.loop_base);
+  // Bodies of the file end with it, then its names, unless `return =` keeps them.
+  leave_bodies(frame.bodies_at_entry);
   if (!frame.keep_names) {
     remove_names(frame.shift);
     if (macros.named_count <= frame.named_count)
@@ -68,48 +68,45 @@ bool reset_macro_flow() {
   if (!macros_on()) return false;
   reset_script_text();
   close_script_files();
-  const bool after_loop = macros.level > macros.frames.back().loop_base;
+  const bool after_loop = open_bodies() > macros.frames.back().bodies_at_entry;
   for (std::size_t f = 0; f < macros.frames.size(); ++f) {
     macro_frame& frame = macros.frames[f];
     frame.pending_text.clear();
     const bool top = f + 1 == macros.frames.size();
-    const int innermost = top ? macros.level : macros.frames[f + 1].loop_base;
-    if (innermost > frame.loop_base)
-      read_on_at(macros.loops[frame.loop_base + 1].resume, static_cast<int>(f));
+    const int open = top ? open_bodies() : macros.frames[f + 1].bodies_at_entry;
+    if (open > frame.bodies_at_entry)
+      read_on_at(macros.bodies[static_cast<std::size_t>(frame.bodies_at_entry)].resume,
+                 static_cast<int>(f));
   }
-  leave_loops_above(-1);
+  leave_bodies(0);
   for (macro_frame& frame : macros.frames) {
-    frame.loop_base = -1;
+    frame.bodies_at_entry = 0;
     frame.heap_top = std::min(frame.heap_top, macros.heap_top);
   }
   return after_loop;
-}
-
-// "At line 3 of loop 1 (value: 7)", or empty outside loops.
-std::string loop_place() {
-  if (macros.level < 0) return {};
-  const loop_record& loop = macros.loops[macros.level];
-  const char* position = outer_position();
-  if (position < loop.text || position > loop.text_end) return {};
-  const auto line = std::count(loop.text, position, '\n') + 1;
-  return text_of("At line %i of loop %i (value: %i)", static_cast<int>(line),
-                 macros.level - macros.frames.back().loop_base, static_cast<int>(loop.current));
 }
 
 // Where the script stood when an error ended it: the line of the loop or of the file, and the text
 // there.
 error_place script_place() {
   error_place place;
-  const std::string loop = loop_place();
-  if (!loop.empty()) place.lines.push_back(loop);
+  const std::string body = place_in_body(outer_position());
+  if (!body.empty()) place.lines.push_back(body);
   const input_frame& frame = top_frame();
   if (frame.file.is_open() && !frame.is_terminal && input.top > 0) {
     place.lines.push_back(
         text_of("Error reading line %i of %s", frame.line_number + 1, frame.name));
   }
-  show_around(place, loop.empty() ? start_of_shown_text(frame) : macros.loops[macros.level].text,
+  show_around(place, body.empty() ? start_of_shown_text(frame) : macros.bodies.back().text,
               outer_position());
   return place;
+}
+
+// "proc/;" among the commands for a file of `forfiles`.
+bool end_file_item() {
+  if (!reach_if_open(body_kind::files)) return false;
+  skip_to_body_end();
+  return true;
 }
 
 void connect() {
@@ -122,7 +119,8 @@ void connect() {
                    .frame_popped = frame_popped,
                    .command_failed = reset_macro_flow,
                    .place = script_place,
-                   .loop_level = [] { return macros.level + 1; },
+                   .end_item = end_file_item,
+                   .loop_level = [] { return open_bodies(); },
                    .run_pending_jump = run_error_target});
   reset_script_text();
 }
@@ -140,7 +138,7 @@ void start_macros() {
 }
 
 void stop_macros() {
-  if (macros.level >= 0) error_end("Can't disconnect macros from within a loop!");
+  if (open_bodies() > 0) error_end("Can't disconnect macros from within a loop!");
   disconnect();
   close_script_files();
   free_macro_tables();

@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "language/input.h"
+#include "macro/bodies.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
 #include "macro/script_text.h"
@@ -38,13 +39,9 @@ bool expand_loop_counter() {
       unread_raw_char();
       return value;
     }();
-    const int level = macros.frames.back().loop_base + number;
-    if (number < 1 || level > macros.level) {
-      insert_text("#" + std::to_string(number));
-      return false;
-    }
-    insert_text(std::to_string(macros.loops[level].current));
-    return true;
+    const std::int64_t* counter = number < 1 ? nullptr : loop_counter(number);
+    insert_text(counter ? std::to_string(*counter) : "#" + std::to_string(number));
+    return counter != nullptr;
   }
   std::string name;
   int c = read_raw_char();
@@ -52,14 +49,9 @@ bool expand_loop_counter() {
     if (name.size() < longest_loop_name) name += static_cast<char>(c);
   }
   unread_raw_char();
-  for (int level = macros.level; level >= 0; --level) {
-    if (macros.loops[level].name && name == macros.loops[level].name) {
-      insert_text(std::to_string(macros.loops[level].current));
-      return true;
-    }
-  }
-  insert_text("#" + name);
-  return false;
+  const std::int64_t* counter = loop_counter(name);
+  insert_text(counter ? std::to_string(*counter) : "#" + name);
+  return counter != nullptr;
 }
 
 // `%N` and `%(expression)`: an argument of the run file.

@@ -13,6 +13,9 @@ macro_state macros;
 
 namespace {
 
+// Loops are paid for from the memory that a script is given, though their records lie beside it.
+constexpr std::size_t bytes_of_loop = 64;
+
 // Takes the tables in turn from the memory, which holds zeros.
 template <class T>
 T* carve(char*& place, std::size_t n) {
@@ -41,7 +44,7 @@ void allocate_macro_tables() {
   const auto vars = static_cast<std::size_t>(macros.max_variables);
   const auto loops = static_cast<std::size_t>(macros.max_loops);
   // The configured size is what scripts may use; alignment between the tables comes on top.
-  const std::size_t tables = loops * sizeof(loop_record) +
+  const std::size_t tables = loops * bytes_of_loop +
                              vars * (1 + sizeof(int*) + 5 * sizeof(int) + sizeof(int) + 8 + 8) +
                              512;
   macros.memory_size = std::max(static_cast<std::size_t>(macros.memory_bytes), tables + 1000);
@@ -59,14 +62,14 @@ void allocate_macro_tables() {
     macros.size_tables = nullptr;
   }
   macros.named = carve<int>(place, vars);
-  macros.loops = carve<loop_record>(place, loops);
+  carve<std::byte>(place, loops * bytes_of_loop);
   macros.int_values = macros.integer_only ? carve<std::int32_t>(place, vars) : nullptr;
   macros.real_values = macros.integer_only ? nullptr : carve<double>(place, vars);
   macros.names = carve<char*>(place, vars);
   macros.heap_bottom = macros.heap_top = place;
   macros.heap_end = reinterpret_cast<char*>(macros.memory) + macros.memory_size - 16;
   macros.named_count = 0;
-  macros.level = -1;
+  macros.bodies.clear();
   macros.table_array = -1;
   macros.frames.assign(static_cast<std::size_t>(input.top) + 1, macro_frame{});
   for (macro_frame& frame : macros.frames) frame.heap_top = macros.heap_top;

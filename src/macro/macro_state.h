@@ -1,6 +1,6 @@
-// The store of the macro language: numbered variables, their names and dimensions, the loop table,
-// and the heap that holds names and the texts of loops, one after the other. All lie in one piece
-// of memory, which lives while the language is on.
+// The store of the macro language: numbered variables, their names and dimensions, and the heap
+// that holds names and the texts of bodies, one after the other. These lie in one piece of memory,
+// which lives while the language is on; what is known of open bodies stands beside it.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/random.h"
+#include "macro/body_record.h"
 
 namespace zeb {
 
@@ -18,26 +19,15 @@ constexpr int most_dimensions = 5;
 constexpr int longest_variable_name = 50;
 constexpr int longest_loop_name = 80;
 
-/// One level of nested loops.
-struct loop_record {
-  const char* name;      // in the heap, or null
-  char* saved_top;       // heap top at entry
-  std::int64_t current;  // the counter; never negative while the body runs
-  std::int64_t step;
-  std::int64_t end;
-  const char* text;      // the body, in the heap, with a NUL at its end
-  const char* text_end;  // its NUL
-  const char* resume;    // where the outer text goes on
-};
-
 /// What belongs to one open input and ends with it.
 struct macro_frame {
-  int shift = 0;          // var shift of the file
-  int private_count = 0;  // `private N`
-  int loop_base = -1;     // loop level at which the file was entered
-  int named_count = 0;    // names that existed at entry
+  int shift = 0;            // var shift of the file
+  int private_count = 0;    // `private N`
+  int bodies_at_entry = 0;  // bodies that were open when the file was entered
+  int named_count = 0;      // names that existed at entry
   char* heap_top = nullptr;
-  bool keep_names = false;   // `return =`
+  bool keep_names = false;  // `return =`
+  else_style style = else_style::unknown;
   std::string pending_text;  // expansion that was being read when the file was called
 };
 
@@ -72,9 +62,8 @@ struct macro_state {
   int* size_tables = nullptr;       // most_dimensions ints a variable
   int* named = nullptr;             // named variables, sorted by number
   int named_count = 0;
-  loop_record* loops = nullptr;
-  int level = -1;                      // innermost loop; -1 none
-  unsigned rounds = 0;                 // of all loops
+  std::vector<body_record> bodies;     // that are open, one within the other
+  unsigned rounds = 0;                 // of all bodies
   std::int32_t* int_values = nullptr;  // one of the two
   double* real_values = nullptr;
   char** names = nullptr;  // by variable; null unnamed

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "macro/loops.h"
+#include "macro/bodies.h"
 #include "macro/macro_state.h"
 
 namespace zeb {
@@ -30,10 +30,10 @@ bool in_expansion() {
          input.read_position <= expansion.text + expansion_size;
 }
 
-bool in_loop_text() {
-  if (macros.level < 0) return false;
-  const loop_record& loop = macros.loops[macros.level];
-  return input.read_position >= loop.text && input.read_position <= loop.text_end;
+bool in_body_text() {
+  if (macros.bodies.empty()) return false;
+  const body_record& body = macros.bodies.back();
+  return input.read_position >= body.text && input.read_position <= body.text_end;
 }
 
 }  // namespace
@@ -50,10 +50,10 @@ int read_raw_boundary() {
       read_on_at(input.read_position + 1);
       return c;  // a comma that wasn't typed ends no command
     }
-    if (in_loop_text()) {
+    if (in_body_text()) {
       const auto c = static_cast<unsigned char>(*input.read_position);
       if (!c) {
-        advance_loop();
+        advance_body();
         continue;
       }
       read_on_at(input.read_position + 1);
@@ -72,8 +72,8 @@ int peek_raw_char() {
 void unread_raw_char() {
   if (in_expansion()) {
     if (input.read_position > expansion.text) read_on_at(input.read_position - 1);
-  } else if (in_loop_text()) {
-    if (input.read_position > macros.loops[macros.level].text) read_on_at(input.read_position - 1);
+  } else if (in_body_text()) {
+    if (input.read_position > macros.bodies.back().text) read_on_at(input.read_position - 1);
   } else {
     plain_unread_char();
   }
@@ -126,11 +126,11 @@ void reset_script_text() {
 
 const char* outer_position() { return in_expansion() ? expansion.resume : input.read_position; }
 
-bool loop_text_ended() { return in_loop_text() && *input.read_position == 0; }
+bool body_text_ended() { return in_body_text() && *input.read_position == 0; }
 
-void skip_to_loop_end() {
+void skip_to_body_end() {
   forget_expansion();
-  read_on_at(macros.loops[macros.level].text_end);
+  read_on_at(macros.bodies.back().text_end);
 }
 
 }  // namespace zeb

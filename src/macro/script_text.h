@@ -1,5 +1,5 @@
 // The text that the language reads, character by character, before anything in it is expanded. What
-// was put in by an expansion comes first, then the body of the innermost loop, then the input
+// was put in by an expansion comes first, then the innermost body, then the input
 // itself.
 #pragma once
 
@@ -65,9 +65,9 @@ void reset_script_text();
 
 /// Where the reader stands in the text that holds the expansion being read, or the text itself.
 const char* outer_position();
-/// The text of the innermost loop is being read, and nothing of it is left.
-bool loop_text_ended();
-/// Moves the reading to the end of the text of the innermost loop, so that its next round begins.
-void skip_to_loop_end();
+/// The text of the innermost body is being read, and nothing of it is left.
+bool body_text_ended();
+/// Moves the reading to the end of the text of the innermost body, so that its next round begins.
+void skip_to_body_end();
 
 }  // namespace zeb

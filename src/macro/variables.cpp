@@ -187,7 +187,7 @@ void remove_names(int number) {
 }
 
 void dename_from(int number) {
-  if (macros.level >= 0) error_end("Can't dename variables from within a loop");
+  if (!macros.bodies.empty()) error_end("Can't dename variables from within a loop");
   if (number < var_shift()) error_end("Cannot dename a variable from a previous file");
   remove_names(number);
   // Outside of loops the heap holds names only, in the order of naming, not of numbers: what lies

@@ -22,18 +22,6 @@ namespace zeb {
 
 namespace {
 
-/// Active taxa, the one to root on first: the outgroup if it is active.
-std::vector<int> taxa_to_use() {
-  std::vector<int> taxa;
-  for (int t = 0; t < matrix.ntax; ++t) {
-    if (matrix.taxon_active[at(t)]) taxa.push_back(t);
-  }
-  if (taxa.size() < 3) error_end("At least three taxa must be active");
-  const auto outgroup = std::find(taxa.begin(), taxa.end(), matrix.outgroup);
-  if (outgroup != taxa.end()) std::rotate(taxa.begin(), outgroup, outgroup + 1);
-  return taxa;
-}
-
 /// Polls for an interrupt about once a second.
 class poller {
  public:
@@ -56,7 +44,7 @@ void randtrees_command() {
   const int wanted = read_int();
   if (wanted < 0) error_end("Must give", "number", "of trees");
   check_end();
-  const std::vector<int> taxa = taxa_to_use();
+  const std::vector<int> taxa = taxa_of_generated_trees();
   const int first = store.ntrees;
   const int count = std::min(wanted, store.maxtrees - first);
   reseed();
@@ -77,7 +65,7 @@ void randtrees_command() {
 void alltrees_command() {
   check_end();
   require_data("making trees");
-  const std::vector<int> taxa = taxa_to_use();
+  const std::vector<int> taxa = taxa_of_generated_trees();
   const double total = binary_tree_count(static_cast<int>(taxa.size()));
   const int first = store.ntrees;
   all_binary_trees trees(taxa, matrix.ntax);

@@ -1,15 +1,16 @@
 #include "trees/generated_trees.h"
 
+#include <algorithm>
+
+#include "base/errors.h"
 #include "base/indices.h"
 #include "base/random.h"
+#include "matrix/matrix.h"
 
 namespace zeb {
 
 namespace {
 
-/// Builds the tree in which taxon i of the sequence (from the third) joins branch `branch(i)`, a
-/// number below 2i - 3: the branch below an earlier taxon, or below the node that one came with.
-/// The first taxon hangs on the root, and nothing joins its own branch: the root is on it.
 template <class choice>
 void build(std::span<const int> taxa, tree_span tree, int ntax, choice branch) {
   const int count = static_cast<int>(taxa.size());
@@ -31,6 +32,22 @@ void build(std::span<const int> taxa, tree_span tree, int ntax, choice branch) {
 }
 
 }  // namespace
+
+std::vector<int> taxa_of_generated_trees() {
+  std::vector<int> taxa;
+  for (int t = 0; t < matrix.ntax; ++t) {
+    if (matrix.taxon_active[at(t)]) taxa.push_back(t);
+  }
+  if (taxa.size() < 3) error_end("At least three taxa must be active");
+  const auto outgroup = std::find(taxa.begin(), taxa.end(), matrix.outgroup);
+  if (outgroup != taxa.end()) std::rotate(taxa.begin(), outgroup, outgroup + 1);
+  return taxa;
+}
+
+void tree_of_choices(std::span<const int> taxa, std::span<const int> branches, tree_span tree,
+                     int ntax) {
+  build(taxa, tree, ntax, [branches](int i) { return branches[at(i)]; });
+}
 
 void random_binary_tree(std::span<const int> taxa, tree_span tree, int ntax) {
   build(taxa, tree, ntax, [](int i) { return draw() % (2 * i - 3); });

@@ -9,6 +9,16 @@
 
 namespace zeb {
 
+/// The active taxa, the one to root on first: the outgroup if it is active. Error for fewer than
+/// three.
+std::vector<int> taxa_of_generated_trees();
+
+/// Builds the tree in which taxon i of the sequence (from the third) joins branch `branches[i]`, a
+/// number below 2i - 3: the branch below an earlier taxon, or below the node that one came with.
+/// The first taxon hangs on the root, and nothing joins its own branch: the root is on it.
+void tree_of_choices(std::span<const int> taxa, std::span<const int> branches, tree_span tree,
+                     int ntax);
+
 /// Draws one of the binary trees of these taxa, each with the same chance, rooted so that the first
 /// taxon is sister of all others. Takes its draws from the search generator.
 void random_binary_tree(std::span<const int> taxa, tree_span tree, int ntax);

@@ -141,7 +141,8 @@ void procedure_command() {
     read_commands_from("-");
   } else if (c == ';' || ends_file(c)) {
     no_timing();
-    pop_frame();
+    const auto end_item = hooks_of_language.macros.end_item;
+    if (!end_item || !end_item()) pop_frame();
   } else if (accept_char('&')) {
     read_fasta();
   } else if (accept_char('[')) {

@@ -77,8 +77,7 @@ TEST(script_text, taking_an_expansion_leads_back_to_the_outer_text) {
 // A loop of two rounds over "ab" with the text after it.
 void begin_loop(int from, int step, int end) {
   static const char body[] = "ab";
-  loop_record& loop = macros.loops[++macros.level];
-  loop = {};
+  body_record& loop = macros.bodies.emplace_back();
   loop.saved_top = macros.heap_top;
   loop.current = from;
   loop.step = step;
@@ -97,7 +96,7 @@ TEST(script_text, bodies_of_loops_are_read_as_often_as_they_count) {
   macro.read("Z");
   begin_loop(1, 1, 3);
   EXPECT_EQ(read_raw(7), "abababZ");
-  EXPECT_EQ(macros.level, -1);
+  EXPECT_TRUE(macros.bodies.empty());
   EXPECT_EQ(macro_memory_used(), used);
   macro.read("Z");
   begin_loop(4, -3, 0);  // 4, 1; below 0 it ends
