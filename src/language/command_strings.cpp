@@ -51,6 +51,11 @@ bool reach_command(int level) {
   while (has_text_at(level)) {
     const int c = read_char();
     if (c < 33 || c == ';') continue;
+    if (c == '/' && peek_char() == '*') {
+      read_char();
+      skip_rest_of_comment();
+      continue;
+    }
     unread_char();
     return true;
   }

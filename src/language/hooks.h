@@ -25,6 +25,8 @@ struct data_description {
 struct macro_layer {
   int (*read_char)() = nullptr;
   void (*unread_char)() = nullptr;
+  /// The next character with nothing put in its place.
+  int (*read_unexpanded)() = nullptr;
   /// A number or an expression; see `read_value`.
   bool (*read_value)(double* value, bool* parenthesised) = nullptr;
   /// True and the value for a variable or function of exactly this name, false for other words. A

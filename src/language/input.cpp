@@ -384,6 +384,20 @@ bool accept_question_mark() {
   return false;
 }
 
+void skip_rest_of_comment() {
+  const auto read = hooks_of_language.macros.read_unexpanded
+                        ? hooks_of_language.macros.read_unexpanded
+                        : plain_read_char;
+  const int line = top_frame().line_number + 1;
+  for (int before = 0, c = read(); before != '*' || c != '/'; c = read()) {
+    before = c;
+    if (!input_ended()) continue;
+    const std::string place =
+        input.top > 0 ? " (comment begins in line " + std::to_string(line) + ")" : "";
+    error_end("Found end-of-file:", "expecting \"*/\"" + place);
+  }
+}
+
 int peek_char() {
   const int c = read_char();
   unread_char();

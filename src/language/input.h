@@ -92,6 +92,9 @@ inline void read_on_at(const char* position) { input.read_position = const_cast<
 /// The same in the frame at `level`: at once, or when the frames above it have ended.
 void read_on_at(const char* position, int level);
 
+/// Reads what is left of a comment, of which "/*" has been read. Error where it has no end.
+void skip_rest_of_comment();
+
 /// The plain reader.
 int plain_read_char();
 void plain_unread_char();

@@ -154,13 +154,21 @@ bool legal_without_macros(const command_row& row) {
   return std::find(std::begin(names), std::end(names), row.name) != std::end(names);
 }
 
-// Skips empty commands. False where level 0 has ended.
+// On the command line "/" begins the name of a file.
+bool is_argument_text() { return input.top == 0 && input.from_arguments; }
+
+// Skips empty commands and comments. False where level 0 has ended.
 bool skip_to_command() {
   for (;;) {
     if (level_zero_ended()) return false;
     const int c = read_char();
     if (!interpreter.running) return false;
     if (c < 33 || c == ';') continue;
+    if (c == '/' && peek_char() == '*' && !is_argument_text()) {
+      read_char();
+      skip_rest_of_comment();
+      continue;
+    }
     unread_char();
     return true;
   }

@@ -112,6 +112,7 @@ bool end_file_item() {
 void connect() {
   set_macro_layer({.read_char = macro_read_char,
                    .unread_char = unread_raw_char,
+                   .read_unexpanded = read_raw_char,
                    .read_value = macro_read_value,
                    .number_of_word = macro_list_word,
                    .frame_about_to_be_pushed = frame_about_to_be_pushed,

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "base/errors.h"
 #include "base/number_text.h"
@@ -14,6 +15,7 @@
 #include "language/lexer.h"
 #include "macro/hooks.h"
 #include "macro/macro_state.h"
+#include "macro/operand_text.h"
 #include "macro/script_text.h"
 
 namespace zeb {
@@ -92,6 +94,7 @@ bool put_back(const char* from, std::size_t length) {
 // The value reader. Returns false only in tolerant reading, with nothing but blanks consumed.
 bool read_operand(read_number* result, reading mode) {
   const nesting_guard guard;
+  const reading_flag exact(&macro_reading::exact_numbers);
   *result = {};
   int c = skip_blanks_peek();
   double sign = 1;
@@ -246,6 +249,7 @@ const char* symbol_of(logical op) {
 }
 
 double read_evaluated_operand(std::string* echo) {
+  skip_comments();
   if (accept_char('(')) {
     if (echo) *echo += "(";
     const double value = evaluate(expression_end::parenthesis, echo);
@@ -267,6 +271,86 @@ double read_evaluated_operand(std::string* echo) {
   if (echo) *echo += value_text(value);
   return value;
 }
+
+// An expression, evaluated as it is read.
+class expression_reader {
+ public:
+  expression_reader(expression_end end, std::string* echo) : end_(end), echo_(echo) {}
+
+  double run() {
+    begin();
+    do {
+      take_operand();
+    } while (take_operator());
+    return accumulator_;
+  }
+
+ private:
+  void begin() {
+    skip_comments();
+    if (peek_raw_char() == '$') return;
+    if (accept_char('[')) end_ = expression_end::bracket;
+    const int c = skip_blanks_peek();
+    if (std::strchr("=+&*/^|", c) && c)
+      error_end("Cannot start expression with", static_cast<char>(c));
+  }
+
+  void take_operand() {
+    const logical asked = std::exchange(pending_, logical::none);
+    if ((asked == logical::both && left_ == 0) || (asked == logical::either && left_ != 0)) {
+      skip_operand();
+      if (echo_) *echo_ += "...";
+      accumulator_ = asked == logical::either;
+      return;
+    }
+    const bool whole_side =
+        std::exchange(first_, false) || asked == logical::both || asked == logical::either;
+    double operand = 0;
+    if (whole_side && read_string_comparison(&operand)) {
+      if (echo_) *echo_ += value_text(operand);
+    } else {
+      operand = read_evaluated_operand(echo_);
+    }
+    accumulator_ = compare(asked, left_, apply(op_, accumulator_, operand));
+  }
+
+  // False at the end of the expression.
+  bool take_operator() {
+    skip_comments();
+    const int c = next_nonblank();
+    if (c == ';') {
+      if (end_ != expression_end::semicolon) error_end("Unbalanced '(' in expression");
+      unread_char();
+      return false;
+    }
+    if (c == ')' || ((c == ']' || c == ',') && end_ == expression_end::bracket)) {
+      if (c == ')' && end_ == expression_end::semicolon) error_end("Unbalanced ')' in expression");
+      if (c == ',') unread_char();
+      return false;
+    }
+    if (std::strchr("+-*/^", c) ||
+        ((c == '&' || c == '|') && is_bit_operand_start(peek_raw_char()))) {
+      op_ = static_cast<char>(c);
+      if (echo_) (*echo_ += ' ').append(1, op_) += ' ';
+      return true;
+    }
+    if (!std::strchr("&|=!<>", c))
+      error_end("Found illegal character in expression:", static_cast<char>(c));
+    pending_ = read_logical(c);
+    if (echo_) ((*echo_ += ' ') += symbol_of(pending_)) += ' ';
+    left_ = std::exchange(accumulator_, 0.0);
+    op_ = '+';
+    return true;
+  }
+
+  expression_end end_;
+  std::string* echo_;
+  bool first_ = true;
+  double accumulator_ = 0;
+  double left_ = 0;
+  char op_ = '+';
+  logical pending_ = logical::none;
+};
 
 }  // namespace
 
@@ -328,50 +412,8 @@ double macro_subscript(bool minus_opens_range) {
 
 double evaluate(expression_end end, std::string* echo) {
   const nesting_guard guard;
-  int c = skip_blanks_peek();
-  if (c == '[') {
-    read_char();
-    end = expression_end::bracket;
-    c = skip_blanks_peek();
-  }
-  if (std::strchr("=+&*/^|", c) && c)
-    error_end("Cannot start expression with", static_cast<char>(c));
-  double accumulator = 0;
-  double left = 0;
-  char op = '+';
-  logical pending = logical::none;
-  for (;;) {
-    accumulator = apply(op, accumulator, read_evaluated_operand(echo));
-    if (pending != logical::none) {
-      accumulator = compare(pending, left, accumulator);
-      pending = logical::none;
-    }
-    c = next_nonblank();
-    if (c == ';') {
-      if (end != expression_end::semicolon) error_end("Unbalanced '(' in expression");
-      unread_char();
-      break;
-    }
-    if (c == ')' || ((c == ']' || c == ',') && end == expression_end::bracket)) {
-      if (c == ')' && end == expression_end::semicolon) error_end("Unbalanced ')' in expression");
-      if (c == ',') unread_char();
-      break;
-    }
-    if (std::strchr("+-*/^", c) ||
-        ((c == '&' || c == '|') && is_bit_operand_start(peek_raw_char()))) {
-      op = static_cast<char>(c);
-      if (echo) (*echo += ' ').append(1, op) += ' ';
-      continue;
-    }
-    if (!std::strchr("&|=!<>", c))
-      error_end("Found illegal character in expression:", static_cast<char>(c));
-    pending = read_logical(c);
-    if (echo) ((*echo += ' ') += symbol_of(pending)) += ' ';
-    left = accumulator;
-    accumulator = 0;
-    op = '+';
-  }
-  return accumulator;
+  const reading_flag exact(&macro_reading::exact_numbers);
+  return expression_reader(end, echo).run();
 }
 
 }  // namespace zeb

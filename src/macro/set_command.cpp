@@ -69,6 +69,7 @@ void store_string(const variable_reference& target) {
                 target.subscripts);
     }
   }
+  const reading_flag as_shown(&macro_reading::exact_numbers, false);
   const std::string text = read_stored_text();
   const std::span<char> bytes = string_bytes(cell);
   if (text.size() + 1 > bytes.size())
@@ -228,6 +229,7 @@ void set_command() {
   variable_reference target;
   {
     const reading_flag strings(&macro_reading::no_strings);
+    const reading_flag exact(&macro_reading::exact_numbers);
     target = read_variable_reference(false);
     if (skip_blanks_peek() == '$') {
       next_nonblank();
@@ -235,6 +237,7 @@ void set_command() {
       return;
     }
   }
+  const reading_flag exact(&macro_reading::exact_numbers);
   assignment_operator op = assignment_operator::plain;
   if (read_operator(target, &op)) assign(target, op);
 }

@@ -11,6 +11,7 @@
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
 #include "macro/variable_reference.h"
 #include "macro/variables.h"
 
@@ -87,6 +88,7 @@ void setarray_command() {
   }
   const std::int64_t count = data_cell_count(sizes);
   std::vector<double> values;
+  const reading_flag exact(&macro_reading::exact_numbers);
   values.reserve(static_cast<std::size_t>(count));
   for (std::int64_t i = 0; i < count; ++i) {
     if (skip_blanks_peek() == ';') {

@@ -61,7 +61,8 @@ local_format read_local_format() {
 }
 
 std::string formatted(double value, const local_format& format) {
-  if (!format.given) return value_text(value);
+  if (!format.given)
+    return macro_reading_flags.exact_numbers ? all_digits(value) : value_text(value);
   const int width = format.width;
   if (format.decimals >= 0) {
     return format.sign ? text_of("%+*.*f", width, format.decimals, value)
@@ -98,7 +99,7 @@ std::string range_text(const variable_reference& reference, std::size_t* tail) {
       *tail = rest.size();
       return text + rest;
     }
-    text += value_text(variable_value(cell));
+    text += formatted(variable_value(cell), {});
   }
   return text;
 }

@@ -1,6 +1,7 @@
 #include "macro/variables.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -198,6 +199,14 @@ void dename_from(int number) {
     top = std::max(top, name + std::strlen(name) + 1);
   }
   release_heap(top);
+}
+
+std::string all_digits(double value) {
+  if (!std::isfinite(value)) return value_text(value);
+  char buffer[512];
+  const auto [end, fault] =
+      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
+  return fault == std::errc() ? std::string(buffer, end) : value_text(value);
 }
 
 std::string value_text(double value) {

@@ -53,6 +53,8 @@ void remove_names(int number);
 void dename_from(int number);
 int var_shift();
 
+/// The shortest text without an exponent that reads back as the same value.
+std::string all_digits(double value);
 /// "%i" for integral values, "nan" for no number, else the current format.
 std::string value_text(double value);
 
