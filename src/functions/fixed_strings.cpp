@@ -12,7 +12,6 @@
 #include "macro/macro_values.h"
 #include "macro/script_files.h"
 #include "macro/variables.h"
-#include "macro/walk_results.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"

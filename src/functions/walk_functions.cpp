@@ -1,6 +1,6 @@
 // Where the walks over trees, reconstructions and files are.
 #include "functions/subjects.h"
-#include "macro/walk_results.h"
+#include "macro/macro_state.h"
 
 namespace zeb {
 namespace {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "base/errors.h"
 #include "base/message_text.h"
@@ -10,6 +11,7 @@
 namespace zeb {
 
 macro_state macros;
+walk_results walked;
 
 namespace {
 
@@ -109,5 +111,19 @@ void release_heap(char* to) {
 }
 
 void set_table_array(int number) { macros.table_array = number; }
+
+void tell_percent_swapped(double percent) { walked.percent_swapped = percent; }
+
+void tell_growing_tree(bool complete, int taxon_added) {
+  walked.tree_complete = complete;
+  walked.taxon_added = taxon_added;
+}
+
+void tell_reconstruction_steps(double steps) { walked.steps = steps; }
+
+void tell_file(std::string name, bool is_directory) noexcept {
+  walked.file = std::move(name);
+  walked.is_directory = is_directory;
+}
 
 }  // namespace zeb

@@ -14,8 +14,8 @@
 #include "macro/bodies.h"
 #include "macro/body_text.h"
 #include "macro/macro_language.h"
+#include "macro/macro_state.h"
 #include "macro/script_text.h"
-#include "macro/walk_results.h"
 #include "walking/commands.h"
 #include "walking/file_names.h"
 

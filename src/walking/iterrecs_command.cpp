@@ -22,7 +22,6 @@
 #include "macro/macro_state.h"
 #include "macro/variable_reference.h"
 #include "macro/variables.h"
-#include "macro/walk_results.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 #include "walking/commands.h"

@@ -17,7 +17,6 @@
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/script_text.h"
-#include "macro/walk_results.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 #include "walking/commands.h"

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "macro/loops.h"
+#include "macro/bodies.h"
 #include "support/macro_session.h"
 
 namespace zeb {
