@@ -25,7 +25,7 @@ body_record& body_at(int index) { return macros.bodies[static_cast<std::size_t>(
 int first_of_file() { return macros.frames.back().bodies_at_entry; }
 
 bool ends_in_stop(body_kind kind) {
-  return kind == body_kind::loop || kind == body_kind::swapping || kind == body_kind::files;
+  return kind == body_kind::loop || kind == body_kind::moves || kind == body_kind::files;
 }
 
 // The heap above `top` holds the text of the innermost body and, above it, names only.

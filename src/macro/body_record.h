@@ -9,7 +9,7 @@
 namespace zeb {
 
 /// Commands with a body.
-enum class body_kind { loop, swapping, files, travtree, iterrecs, combine };
+enum class body_kind { loop, moves, files, travtree, iterrecs, combine };
 
 /// What the body of a walk is run for. Lives as long as the body is open; errors, jumps and ends of
 /// files destroy it as they leave the body.

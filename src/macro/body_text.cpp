@@ -73,7 +73,7 @@ body_words words_of(body_kind kind) {
   switch (kind) {
     case body_kind::loop:
       return {"loop", "stop", ending_in_stop};
-    case body_kind::swapping:
+    case body_kind::moves:
       return {"enumeration", "stop", ending_in_stop};
     case body_kind::files:
       return {"forfiles", "stop", ending_in_stop};
@@ -92,7 +92,7 @@ bool is_swap(std::string_view word) {
 }
 
 void check_opening(body_kind kind, std::string_view word, int depth) {
-  if (kind == body_kind::swapping && is_swap(word))
+  if (kind == body_kind::moves && is_swap(word))
     error_end("Can't nest \"sprit\", \"tbrit\", or \"bandb\" commands");
   if (words_of(kind).closing == std::string_view("stop")) check_loop_depth(depth);
 }

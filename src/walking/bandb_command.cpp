@@ -71,7 +71,7 @@ class growing_items : public body_items {
 growing_items& growing_in_work() {
   require_macros();
   check_end();
-  body_record& body = reach_body(body_kind::swapping, "bandb");
+  body_record& body = reach_body(body_kind::moves, "bandb");
   auto* items = dynamic_cast<growing_items*>(body.items.get());
   if (!items) error_end(command.command_name, "valid only within bandb");
   return *items;
@@ -86,7 +86,7 @@ void bandb_command() {
   const std::vector<int> taxa = taxa_of_generated_trees();
   if (store.ntrees >= store.maxtrees)
     error_end("Increase maxtrees to branch-and-bound on tree", store.ntrees);
-  body_record body = capture_body(body_kind::swapping);
+  body_record body = capture_body(body_kind::moves);
   body.items = std::make_unique<growing_items>(taxa);
   enter_body(std::move(body));
 }

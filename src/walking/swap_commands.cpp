@@ -96,7 +96,7 @@ void swap(move_kind kind) {
   if (tree < 0) error_end("Must give tree number");
   if (tree >= store.ntrees) error_end("No tree number", tree);
   moves_outgroup = accept_char('+') || moves_outgroup;
-  body_record body = capture_body(body_kind::swapping);
+  body_record body = capture_body(body_kind::moves);
   body.items = std::make_unique<swap_items>(tree, kind, moves_outgroup);
   enter_body(std::move(body));
 }
@@ -104,7 +104,7 @@ void swap(move_kind kind) {
 swap_items& swap_in_work() {
   require_macros();
   check_end();
-  body_record& body = reach_body(body_kind::swapping, "sprit or tbrit");
+  body_record& body = reach_body(body_kind::moves, "sprit or tbrit");
   auto* items = dynamic_cast<swap_items*>(body.items.get());
   if (!items) error_end(command.command_name, "valid only within sprit or tbrit");
   return *items;

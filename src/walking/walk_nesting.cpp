@@ -63,7 +63,7 @@ void check_walk_nesting(body_kind kind) {
 }
 
 void check_enumeration_nesting() {
-  if (open_bodies(body_kind::swapping) > 0)
+  if (open_bodies(body_kind::moves) > 0)
     error_end("Can't nest \"sprit\", \"tbrit\", or \"bandb\" commands");
   check_loop_depth(0);
 }
