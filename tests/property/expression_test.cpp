@@ -146,6 +146,13 @@ answer applied(const std::string& op, double a, double b) {
 answer value_of(const chain& c) {
   answer sum = value_of(c.operands[0]);
   for (std::size_t i = 0; i < c.operators.size() && sum.what == trouble::none; ++i) {
+    // What can't change the answer isn't looked at.
+    const bool decided = (c.operators[i] == "&&" && sum.value == 0) ||
+                         (c.operators[i] == "||" && sum.value != 0);
+    if (decided) {
+      sum.value = sum.value != 0;
+      continue;
+    }
     const answer next = value_of(c.operands[i + 1]);
     if (next.what != trouble::none) return next;
     sum = applied(c.operators[i], sum.value, next.value);
