@@ -27,8 +27,6 @@ class reweighting {
   void multiply(std::span<const std::uint8_t> factor);
   /// Back to the weights of packing. A full pass must follow.
   void put_back();
-  /// The data are gone: nothing is put back any more.
-  void forget() { changed_ = false; }
 
  private:
   search_data& data_;

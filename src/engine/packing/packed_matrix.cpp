@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 #include <utility>
 
 #include "base/arena.h"
 #include "base/errors.h"
 #include "base/indices.h"
-#include "engine/kernels/reweighting.h"
 #include "engine/packing/packing.h"
+#include "engine/packing/sampled_data.h"
 #include "language/commands/memory_command.h"
 #include "matrix/character_steps.h"
 #include "matrix/matrix.h"
@@ -32,8 +31,10 @@ struct packed_state {
   packing_request made_for;
   std::vector<std::int32_t> settings;
   bool valid = false;
-  int reweighting_scopes = 0;
-  std::optional<reweighting> other_weights;  // while the characters weigh others than `made_for`
+  int sampling_scopes = 0;
+  search_data sample;  // of `data`, under a lock of its own
+  int sample_lock = 0;
+  std::vector<std::int32_t> sample_weights;  // that it was made for
 };
 packed_state packed;
 
@@ -55,33 +56,29 @@ std::vector<std::uint8_t> factors_to(const packing_request& wanted) {
   return factors;
 }
 
-/// The packed data stay, and their characters weigh what is wanted. False where that can't be.
-bool reweight_packed(const packing_request& wanted) {
-  if (packed.reweighting_scopes == 0) return false;
+/// A sample of the packed data, where that is what is wanted; null elsewhere.
+search_data* sample_for(const packing_request& wanted) {
+  if (packed.sampling_scopes == 0) return nullptr;
+  if (packed.sample_lock != 0 && packed.sample_weights == wanted.weights) return &packed.sample;
   const std::vector<std::uint8_t> factors = factors_to(wanted);
-  if (factors.empty()) return false;
-  if (!packed.other_weights) packed.other_weights.emplace(packed.data);
-  packed.other_weights->multiply(factors);
-  return true;
-}
-
-void use_packed_weights() {
-  if (!packed.valid && packed.other_weights) packed.other_weights->forget();
-  packed.other_weights.reset();
+  if (factors.empty()) return nullptr;
+  unlock(&packed.sample_lock);
+  prepare_sampled_data(packed.sample, packed.data, factors);
+  lock(&packed.sample_lock);
+  packed.sample_weights = wanted.weights;
+  return &packed.sample;
 }
 
 }  // namespace
 
-packed_reweighting_scope::packed_reweighting_scope() { ++packed.reweighting_scopes; }
+packed_sampling_scope::packed_sampling_scope() { ++packed.sampling_scopes; }
 
-packed_reweighting_scope::~packed_reweighting_scope() {
-  if (--packed.reweighting_scopes == 0) use_packed_weights();
+packed_sampling_scope::~packed_sampling_scope() {
+  if (--packed.sampling_scopes == 0) unlock(&packed.sample_lock);
 }
 
 void forget_packed_data(const int* tag) {
-  if (tag != &locks.optimisation_lock) return;
-  packed.valid = false;
-  use_packed_weights();
+  if (tag == &locks.optimisation_lock) packed.valid = false;
 }
 
 // No progress is shown: packing takes less time than a line of it.
@@ -91,11 +88,8 @@ search_data& packed_matrix(bool silent) {
   packing_request wanted = request_of_settings();
   std::vector<std::int32_t> settings_now = character_settings();
   if (packed.valid && packed.settings == settings_now) {
-    if (packed.made_for == wanted) {
-      use_packed_weights();
-      return packed.data;
-    }
-    if (reweight_packed(wanted)) return packed.data;
+    if (packed.made_for == wanted) return packed.data;
+    if (search_data* const sample = sample_for(wanted)) return *sample;
   }
   recheck_steps();
   drop_packed_data();

@@ -12,14 +12,13 @@ namespace zeb {
 search_data& packed_matrix(bool silent);
 
 /// While one lives, characters may weigh a multiple of what the data were packed with, or nothing:
-/// they stay packed as they are, and only the weights change that the kernels read. Steps that all
-/// trees share keep the weight of packing, so scores are right up to a constant.
-class packed_reweighting_scope {
+/// the packed data stay, and searches get a sample of them (`sampled_data.h`).
+class packed_sampling_scope {
  public:
-  packed_reweighting_scope();
-  ~packed_reweighting_scope();
-  packed_reweighting_scope(const packed_reweighting_scope&) = delete;
-  packed_reweighting_scope& operator=(const packed_reweighting_scope&) = delete;
+  packed_sampling_scope();
+  ~packed_sampling_scope();
+  packed_sampling_scope(const packed_sampling_scope&) = delete;
+  packed_sampling_scope& operator=(const packed_sampling_scope&) = delete;
 };
 
 /// Lets go of it when its lock is released. An unlock hook.

@@ -10,6 +10,7 @@
 #include "base/indices.h"
 #include "engine/fit/implied_weighting.h"
 #include "engine/kernels/kernel_binding.h"
+#include "engine/packing/copied_fields.h"
 #include "engine/packing/set_memory.h"
 #include "engine/passes/passes.h"
 #include "engine/wide/wide_sets.h"
@@ -120,62 +121,6 @@ void number_terminals(search_data& data, int terminals) {
   for (int t = 0; t < terminals; ++t) data.pack_to_taxon[at(t)] = data.taxon_to_pack[at(t)] = t;
 }
 
-std::vector<std::int32_t> numbers_of(const std::vector<std::uint8_t>& kept) {
-  std::vector<std::int32_t> numbers;
-  for (std::size_t i = 0; i < kept.size(); ++i)
-    if (kept[i]) numbers.push_back(static_cast<std::int32_t>(i));
-  return numbers;
-}
-
-/// Entries that stay, in their order, at new places.
-void place_entries(search_data& inner, const search_data& outer,
-                   const std::vector<std::uint8_t>& kept) {
-  inner.entries = alloc_low<pack_entry>(numbers_of(kept).size());
-  std::array<int, packing_groups> count{};  // fields
-  std::size_t next = 0;
-  for (std::size_t i = 0; i < kept.size(); ++i) {
-    if (!kept[i]) continue;
-    pack_entry e = outer.entries[i];
-    e.first_field = count[at(e.group)];
-    count[at(e.group)] += e.fields * e.repeat;
-    inner.entries[next++] = e;
-  }
-  lay_out_groups(inner, count);
-}
-
-/// Copies the fields of one entry from word to word, for all terminals.
-void copy_fields(const search_data& inner, const search_data& outer, const pack_entry& to,
-                 const pack_entry& from, std::span<const word* const> terminals) {
-  const std::size_t g = at(from.group);
-  const int in_word = fields_per_word[g];
-  const int width = field_bits[g];
-  const word mask = field_mask[g];
-  for (int f = 0; f < from.fields * from.repeat; ++f) {
-    const int source = from.first_field + f;
-    const int place = to.first_field + f;
-    inner.fields[g][at(place)] = outer.fields[g][at(source)];
-    const std::size_t source_word = at(outer.group_start[g] + source / in_word);
-    const std::size_t word_here = at(inner.group_start[g] + place / in_word);
-    const int source_shift = source % in_word * width;
-    const int shift = place % in_word * width;
-    for (std::size_t t = 0; t < terminals.size(); ++t) {
-      word& w = inner.sets[t].down[word_here];
-      w = (w & ~(mask << shift)) | ((terminals[t][source_word] >> source_shift & mask) << shift);
-    }
-  }
-}
-
-void copy_packed_characters(search_data& inner, const search_data& outer,
-                            const std::vector<std::uint8_t>& kept,
-                            std::span<const word* const> terminals) {
-  empty_field_records(inner);
-  for (std::size_t t = 0; t < terminals.size(); ++t)
-    std::memset(inner.sets[t].down, 0xff, at(inner.nwords) * sizeof(word));
-  std::size_t next = 0;
-  for (std::size_t i = 0; i < kept.size(); ++i)
-    if (kept[i]) copy_fields(inner, outer, inner.entries[next++], outer.entries[i], terminals);
-}
-
 /// The sets of what is outside, as of a clade, would be wrong for rooted characters.
 void root_at_part(search_data& inner, const search_data& outer, int top) {
   const std::size_t above = at(outer.tree.anc[at(top)]);
@@ -188,14 +133,7 @@ void root_at_part(search_data& inner, const search_data& outer, int top) {
 
 void copy_wide_characters(search_data& inner, const search_data& outer, const tree_sector& sector,
                           const word* outside) {
-  inner.wide.parts = alloc_low<wide_part>(outer.wide.parts.size());
-  for (std::size_t i = 0; i < outer.wide.parts.size(); ++i) {
-    const wide_part& part = outer.wide.parts[i];
-    const std::span<wide_character> own = alloc_low<wide_character>(part.characters.size());
-    std::copy(part.characters.begin(), part.characters.end(), own.begin());
-    inner.wide.parts[i] = {part.kind, own};
-  }
-  allocate_wide_sets(inner);
+  copy_wide_parts(inner, outer);
   const std::size_t words = inner.wide.down_words;
   ALWAYS_CHECK(words == outer.wide.down_words, "wide sets of a sector");
   std::copy_n(outside, words, inner.wide.down);

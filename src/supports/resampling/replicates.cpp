@@ -30,7 +30,7 @@ class sampled_weights {
 
  private:
   weights_scope weights_;
-  packed_reweighting_scope packed_;
+  packed_sampling_scope packed_;
   std::vector<int> characters_;  // those that a search looks at
   std::vector<std::int32_t> own_;
 };
@@ -59,6 +59,7 @@ bool sampled_weights::set(const sample& drawn) {
     all_fit = all_fit && wanted <= most;
   }
   weights_.set_weights(weights);
+  packed_matrix(true);
   return all_fit;
 }
 
