@@ -143,7 +143,7 @@ bool swap_run::take_candidate(int u, int v, double cost) {
   const bool better = best_here - cost > rounding;
   if (trees_wanted) {
     if (n_moves < static_cast<int>(move_list.size())) {
-      if (better && !stays) chosen = n_moves;
+      if (better && !stays && !enumeration) chosen = n_moves;
       move_list[static_cast<std::size_t>(n_moves++)] = {score_without + cost, v};
     }
     if (enumeration || stays) return false;
