@@ -16,11 +16,6 @@
 namespace zeb {
 namespace {
 
-/// Of a group of all taxa but one.
-bool lacks(const group_record& group, int taxon) {
-  return (group.words[taxon / taxa_per_word] >> (taxon % taxa_per_word) & 1U) == 0;
-}
-
 /// A step of a character without homoplasy is the unit of absolute supports that are combined.
 double unit_of_steps() { return weighting.on ? general_step_cost(0) : 1; }
 
@@ -44,14 +39,14 @@ bool is_bounded(const bremer_settings& wanted, const group_measure& group) {
          no_bound;
 }
 
-std::string title_of(const bremer_settings& wanted, const std::string& trees,
+std::string title_of(const bremer_settings& wanted, const std::string& source,
                      const reference_groups& groups) {
   const char* kind = "Bremer supports";
   if (wanted.combination != bremer_settings::none)
     kind = "Combined Bremer supports";
   else if (wanted.measure != bremer_settings::absolute)
     kind = "Relative Bremer supports";
-  std::string title = std::string(kind) + " (from " + trees + " trees, ";
+  std::string title = std::string(kind) + " (from " + source + ", ";
   title += wanted.collapse_none ? "no cut)" : text_of("cut %g)", wanted.cut);
   const auto excluded = matrix.ntax - groups.tally.taxa_in_play();
   if (excluded > 0) title += text_of(" (%i taxa excluded)", excluded);
@@ -81,6 +76,10 @@ void take_loss(group_measure& group, const bremer_settings& wanted, double exces
   if (cheaper) group.absolute = excess;
 }
 
+bool has_taxon(const group_record& group, int taxon) {
+  return (group.words[taxon / taxa_per_word] >> (taxon % taxa_per_word) & 1U) != 0;
+}
+
 reference_groups::reference_groups(const_tree_span tree, std::span<const std::uint8_t> cut_off,
                                    std::span<const std::uint8_t> weights)
     : tally(matrix.ntax, cut_off), absent(cut_off.begin(), cut_off.end()) {
@@ -92,8 +91,8 @@ reference_groups::reference_groups(const_tree_span tree, std::span<const std::ui
   for (std::size_t r = 0; r < measures.size(); ++r) {
     group_record& group = tally.groups()[r];
     if (group.count == 0) group.size = 0;
-    const bool all_others =
-        group.size == tally.taxa_in_play() - 1 && has_outgroup && lacks(group, matrix.outgroup);
+    const bool all_others = group.size == tally.taxa_in_play() - 1 && has_outgroup &&
+                            !has_taxon(group, matrix.outgroup);
     measures[r].has_value = group.size > 0 && !all_others;
   }
 }
@@ -105,7 +104,7 @@ int support_decimals() {
 }
 
 bremer_result shown_supports(const reference_groups& groups, const bremer_settings& wanted,
-                             const group_measure& bound, const std::string& trees) {
+                             const group_measure& bound, const std::string& source) {
   const std::size_t count = groups.measures.size();
   std::vector<double> values(count, no_fraction);
   std::vector<std::uint8_t> is_bound(count, 0);
@@ -130,7 +129,7 @@ bremer_result shown_supports(const reference_groups& groups, const bremer_settin
     result.values[n] = values[at(built.values[n] - 1)];
     result.is_bound[n] = is_bound[at(built.values[n] - 1)];
   }
-  result.title = title_of(wanted, trees, groups);
+  result.title = title_of(wanted, source, groups);
   result.decimals = support_decimals();
   if (wanted.combination == bremer_settings::product)
     result.decimals = std::max(result.decimals, 3);

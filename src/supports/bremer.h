@@ -64,6 +64,8 @@ struct reference_groups {
   std::vector<std::uint8_t> absent;     // by taxon
 };
 
+bool has_taxon(const group_record& group, int taxon);
+
 /// Supports as they are shown.
 struct bremer_result {
   std::vector<tree_node> tree;
@@ -76,9 +78,9 @@ struct bremer_result {
 };
 
 /// What the settings make of what was measured. A group that was never lost has `bound` at least.
-/// `trees` is the number of trees as the title tells it.
+/// `source` is where the supports are from, as the title tells it.
 bremer_result shown_supports(const reference_groups& groups, const bremer_settings& wanted,
-                             const group_measure& bound, const std::string& trees);
+                             const group_measure& bound, const std::string& source);
 
 /// The text of a node's support on a diagram, and the same as a label in files, where brackets
 /// would be a comment. Empty: none.

@@ -10,6 +10,7 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "supports/commands.h"
+#include "supports/search_text.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -24,6 +25,8 @@ constexpr auto how = &bremer_request::how;
 /// "!", "!+", "!!", and both.
 void read_swapping(bremer_request& request) {
   if (request.how.source == bremer_settings::by_swapping) specified_twice();
+  if (request.how.source == bremer_settings::by_searching)
+    error_end("Bremer supports are calculated either by TBR or by searches");
   request.how.source = bremer_settings::by_swapping;
   for (int c = skip_blanks_peek(); c == '!' || c == '+'; c = skip_blanks_peek()) {
     next_nonblank();
@@ -52,6 +55,15 @@ void read_product(bremer_request& request) {
   if (!accept_char('x')) accept_char('X');
 }
 
+/// "<[commands]", the commands optional.
+void read_searching(bremer_request& request) {
+  if (request.how.source == bremer_settings::by_swapping)
+    error_end("Bremer supports are calculated either by TBR or by searches");
+  request.how.source = bremer_settings::by_searching;
+  if (skip_blanks_peek() == '[')
+    request.how.search = read_bracketed_search("Expected ']' after the search for other trees");
+}
+
 /// ":T/P".
 void read_approximation(bremer_request& request) {
   int tree = -1;
@@ -67,6 +79,11 @@ constexpr command_options rows = {
     form<read_swapping>("!").argument("[!][+]").help(
         "by TBR moves within the value of subopt; with \"!!\" no group is collapsed, with \"+\" "
         "trees that cost more than the best count with that"),
+    form<read_searching>("<")
+        .argument("[commands]")
+        .help("by searches: for each group one that is not to find it, by the commands in "
+              "brackets, or "
+              "else by five replications of mult"),
     real<how, &bremer_settings::cut>("=", {-1e9, 1e9}, "Must give a cutoff for Bremer supports")
         .help("collapse groups with less than X"),
     choice<how, &bremer_settings::measure>("[", bremer_settings::relative)

@@ -1,8 +1,6 @@
 #include "supports/bremer_swap.h"
 
 #include <algorithm>
-#include <cmath>
-#include <unordered_map>
 
 #include "base/arena.h"
 #include "base/errors.h"
@@ -20,6 +18,7 @@
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
 #include "supports/bremer_trees.h"
+#include "supports/unrooted_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -118,40 +117,6 @@ void check_limits(const bremer_settings& wanted, const search_rules& rules) {
       "suboptimal value was specified.\nCurrent settings will only identify unsupported groups");
 }
 
-/// Taxa that no group counts: those to be cut off, those that the tree lacks, and those that scores
-/// don't count.
-std::vector<std::uint8_t> taxa_without_part(const search_data& data, const bremer_request& request,
-                                            const_tree_span tree) {
-  std::vector<std::uint8_t> absent = request.excluded;
-  for (int t = 0; t < matrix.ntax; ++t)
-    if (is_absent(tree, t) || data.taxon_to_pack[at(t)] >= data.n) absent[at(t)] = 1;
-  return absent;
-}
-
-/// Groups are told by the side of a branch where it isn't.
-void require_outgroup(const search_data& data, std::span<const std::uint8_t> excluded) {
-  const int outgroup = data.pack_to_taxon[0];
-  if (excluded[at(outgroup)])
-    error_end_f("Cannot exclude outgroup taxon (%i = %s) for TBR bremer calculations", outgroup,
-                std::string(taxon_name(outgroup)).c_str());
-}
-
-/// Records of groups by the sum of their taxa. That of all but one taxon is in every tree.
-std::unordered_map<std::uint64_t, int> records_by_sum(reference_groups& groups,
-                                                      const group_sums& sums,
-                                                      const_tree_span tree) {
-  const std::vector<std::uint64_t> by_node = sums.of_stored(tree);
-  std::unordered_map<std::uint64_t, int> records;
-  for (std::size_t v = 0; v < by_node.size(); ++v) {
-    const int r = groups.record_of_node[v];
-    if (r < 0) continue;
-    if (groups.tally.groups()[at(r)].size == groups.tally.taxa_in_play() - 1)
-      groups.measures[at(r)].has_value = false;
-    if (groups.measures[at(r)].has_value) records.emplace(by_node[v], r);
-  }
-  return records;
-}
-
 /// The swaps of one command.
 class swapped_supports {
  public:
@@ -170,19 +135,20 @@ class swapped_supports {
     const compared_trees compared =
         compare_with_best(trees_, request_.how.needs_relative() && trees_.size() > 1);
     const const_tree_span best = trees_[at(compared.best)];
-    const std::vector<std::uint8_t> absent = taxa_without_part(data_, request_, best);
+    const std::vector<std::uint8_t> absent = taxa_without_part(data_, request_.excluded, best);
     reference_groups groups(best, absent);
     const group_sums sums(data_, absent);
-    const auto records = records_by_sum(groups, sums, best);
+    const divisions known(groups, sums, best);
     const search_running running;
     for (std::size_t i = 0; i < trees_.size() && !interrupted(); ++i) {
-      const double relative = compared.relative.empty() ? no_bound : compared.relative[i];
-      swap(trees_[i], groups, records, sums, compared.excess[i], relative);
+      swap(trees_[i], groups, known, sums, compared.differences[i]);
     }
     clear_progress();
+    known.share(groups.measures);
     const group_measure bound{rules().suboptimal, rules().relative_suboptimal};
-    bremer_result result = shown_supports(groups, request_.how, bound,
-                                          text_of("%.0f", scope_.context().rearrangements.total()));
+    bremer_result result =
+        shown_supports(groups, request_.how, bound,
+                       text_of("%.0f trees", scope_.context().rearrangements.total()));
     add_notes(result);
     return result;
   }
@@ -204,25 +170,15 @@ class swapped_supports {
     emit("\nUse \"cost &;\" command to calculate exactly (more memory/time)\n");
   }
 
-  void swap(const_tree_span tree, reference_groups& groups,
-            const std::unordered_map<std::uint64_t, int>& records, const group_sums& sums,
-            double excess, double relative) {
+  void swap(const_tree_span tree, reference_groups& groups, const divisions& known,
+            const group_sums& sums, const tree_comparer::difference& own) {
     std::vector<std::int32_t> anc(at(data_.nodes));
     if (!to_internal(data_, tree, anc, true))
       error_end("TBR-checking for bremer supports needs trees with all active taxa");
-    const std::vector<std::uint64_t> sum_of_node = sums.of_internal(anc);
-    std::vector<int> record_of_node(at(data_.nodes), -1);
-    std::vector<std::uint8_t> has_group(groups.measures.size(), 0);
-    for (int v = 0; v < data_.nodes; ++v) {
-      const auto found = records.find(sum_of_node[at(v)]);
-      if (found == records.end()) continue;
-      record_of_node[at(v)] = found->second;
-      has_group[at(found->second)] = 1;
-    }
-    for (std::size_t r = 0; r < has_group.size(); ++r)
-      if (!has_group[r]) take_loss(groups.measures[r], request_.how, excess, relative);
+    std::vector<int> record_of_node = known.records_in(sums.of_internal(anc));
+    take_tree(groups.measures, record_of_node, request_.how, own);
     loss_recorder recorder(scope_.context(), request_.how, groups.measures,
-                           std::move(record_of_node), request_.how.add_excess ? excess : 0);
+                           std::move(record_of_node), request_.how.add_excess ? own.excess : 0);
     const std::vector<std::uint8_t> left_out = clips_left_out(data_, anc, groups.absent);
     const move_enumeration enumeration = handed_to(recorder, left_out);
     tbr_swap(scope_.context(), anc, {.enumeration = &enumeration});

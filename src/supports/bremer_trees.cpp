@@ -20,40 +20,6 @@
 namespace zeb {
 namespace {
 
-/// What a tree costs by character, and by set of characters that are weighted together: they are
-/// evidence as a whole.
-class evidence_of_trees {
- public:
-  evidence_of_trees(const fit_rules& rules, std::span<const std::uint8_t> characters)
-      : rules_(rules), characters_(characters) {}
-
-  std::vector<double> of(const plain_optimiser& optimiser) const {
-    if (!rules_.on) return steps_of(optimiser);
-    const std::vector<double> fits = fit_by_character(optimiser, rules_, characters_);
-    std::vector<double> costs(at(matrix.nchar) + rules_.sets.size(), 0);
-    for (int c = 0; c < matrix.nchar; ++c) {
-      const int set = rules_.set_of_character(c);
-      costs[at(set < 0 ? c : matrix.nchar + set)] += fits[at(c)];
-    }
-    return costs;
-  }
-
- private:
-  std::vector<double> steps_of(const plain_optimiser& optimiser) const {
-    std::vector<double> costs(at(matrix.nchar), 0);
-    for (int c = 0; c < matrix.nchar; ++c) {
-      if (!characters_[at(c)]) continue;
-      const double unit = matrix.characters[at(c)].is_continuous ? 0.001 : 1;
-      costs[at(c)] =
-          static_cast<double>(optimiser.steps(c)) * unit * matrix.characters[at(c)].weight;
-    }
-    return costs;
-  }
-
-  const fit_rules& rules_;
-  std::span<const std::uint8_t> characters_;
-};
-
 /// (F - C) / F: F is what the other tree costs more in characters that fit the first one better, C
 /// what it costs less in the rest.
 double relative_difference(std::span<const double> first, std::span<const double> other) {
@@ -91,8 +57,8 @@ void take_trees(const tree_selection& selection, const compared_trees& compared,
     for (std::size_t r = 0; r < counts.size(); ++r) {
       const int count = groups.tally.groups()[r].count;
       if (count == counts[r])
-        take_loss(groups.measures[r], wanted, compared.excess[i],
-                  compared.relative.empty() ? no_bound : compared.relative[i]);
+        take_loss(groups.measures[r], wanted, compared.differences[i].excess,
+                  compared.differences[i].relative);
       counts[r] = count;
     }
   }
@@ -101,29 +67,62 @@ void take_trees(const tree_selection& selection, const compared_trees& compared,
 
 }  // namespace
 
+tree_comparer::tree_comparer()
+    : characters_(scored_characters()), rules_(current_fit_rules()), optimiser_(characters_) {}
+
+double tree_comparer::score(const_tree_span tree) {
+  optimiser_.optimise(tree, polytomy_kind::hard);
+  return tree_score(optimiser_, rules_, characters_);
+}
+
+void tree_comparer::set_reference(const_tree_span tree, bool with_evidence) {
+  reference_score_ = score(tree);
+  if (with_evidence) reference_evidence_ = evidence();
+}
+
+tree_comparer::difference tree_comparer::compare(const_tree_span tree) {
+  difference found;
+  found.excess = score(tree) - reference_score_;
+  if (!reference_evidence_.empty())
+    found.relative = relative_difference(reference_evidence_, evidence());
+  return found;
+}
+
+/// What the last tree costs by character, and by set of characters that are weighted together: they
+/// are evidence as a whole.
+std::vector<double> tree_comparer::evidence() const {
+  std::vector<double> costs(at(matrix.nchar) + rules_.sets.size(), 0);
+  std::vector<double> fits;
+  if (rules_.on) fits = fit_by_character(optimiser_, rules_, characters_);
+  for (int c = 0; c < matrix.nchar; ++c) {
+    if (!characters_[at(c)]) continue;
+    const character_record& record = matrix.characters[at(c)];
+    const int set = rules_.on ? rules_.set_of_character(c) : -1;
+    const double unit = record.is_continuous ? 0.001 : 1;
+    costs[at(set < 0 ? c : matrix.nchar + set)] +=
+        rules_.on ? fits[at(c)] : static_cast<double>(optimiser_.steps(c)) * unit * record.weight;
+  }
+  return costs;
+}
+
 compared_trees compare_with_best(std::span<const const_tree_span> trees, bool with_relative) {
   require_same_taxa(trees);
-  const std::vector<std::uint8_t> characters = scored_characters();
-  const fit_rules rules = current_fit_rules();
-  plain_optimiser optimiser(characters);
+  tree_comparer comparer;
   compared_trees out;
+  std::vector<double> scores;
   for (std::size_t i = 0; i < trees.size(); ++i) {
     show_tree("Optimizing", i, trees.size());
-    optimiser.optimise(trees[i], polytomy_kind::hard);
-    out.excess.push_back(tree_score(optimiser, rules, characters));
-    if (out.excess[i] < out.excess[at(out.best)] - score_tolerance) out.best = static_cast<int>(i);
+    scores.push_back(comparer.score(trees[i]));
+    if (scores[i] < scores[at(out.best)] - score_tolerance) out.best = static_cast<int>(i);
   }
-  out.best_score = out.excess[at(out.best)];
-  for (double& score : out.excess) score = std::max(score - out.best_score, 0.0);
-  clear_progress();
-  if (!with_relative) return out;
-  const evidence_of_trees evidence(rules, characters);
-  optimiser.optimise(trees[at(out.best)], polytomy_kind::hard);
-  const std::vector<double> best = evidence.of(optimiser);
+  if (with_relative) comparer.set_reference(trees[at(out.best)], true);
   for (std::size_t i = 0; i < trees.size(); ++i) {
-    show_tree("Calculating RFD's", i, trees.size());
-    optimiser.optimise(trees[i], polytomy_kind::hard);
-    out.relative.push_back(relative_difference(best, evidence.of(optimiser)));
+    tree_comparer::difference& one = out.differences.emplace_back();
+    if (with_relative) {
+      show_tree("Calculating RFD's", i, trees.size());
+      one = comparer.compare(trees[i]);
+    }
+    one.excess = std::max(scores[i] - scores[at(out.best)], 0.0);
   }
   clear_progress();
   return out;
@@ -142,11 +141,13 @@ bremer_result supports_from_trees(const bremer_request& request) {
   const const_tree_span best = selection.trees[at(compared.best)];
   reference_groups groups(best, taxa_left_out(selection), weights.of(best));
   take_trees(selection, compared, wanted, weights, groups);
-  group_measure bound;
-  bound.absolute = std::ranges::max(compared.excess);
-  if (!compared.relative.empty()) bound.relative = std::ranges::max(compared.relative);
-  bremer_result result =
-      shown_supports(groups, wanted, bound, std::to_string(selection.trees.size()));
+  group_measure bound{0, 0};
+  for (const tree_comparer::difference& one : compared.differences) {
+    bound.absolute = std::max(bound.absolute, one.excess);
+    bound.relative = std::max(bound.relative, one.relative);
+  }
+  bremer_result result = shown_supports(
+      groups, wanted, bound, text_of("%i trees", static_cast<int>(selection.trees.size())));
   if (store.cut_short)
     result.notes.emplace_back(
         "the search filled the memory for trees (see \"hold\"): supports are upper bounds");

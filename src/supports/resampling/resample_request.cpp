@@ -15,6 +15,7 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "supports/commands.h"
+#include "supports/search_text.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -118,25 +119,6 @@ std::string changed_settings_of_resample() {
   return text;
 }
 
-/// What stands up to the bracket that closes this one; brackets within belong to it.
-std::string read_bracketed_search() {
-  next_nonblank();
-  std::string text;
-  for (int open = 1;;) {
-    if (input_ended()) error_end("Expected ']' after the search of the replicates");
-    const int c = read_char();
-    if (c == '[') ++open;
-    if (c == ']' && --open == 0) break;
-    text += static_cast<char>(c < 32 ? ' ' : c);
-  }
-  const std::size_t first = text.find_first_not_of(" ;");
-  if (first == text.npos) return {};
-  text = text.substr(first, text.find_last_not_of(' ') + 1 - first);
-  if (text.back() != ';') text += ';';
-  check_command_string(text);
-  return text;
-}
-
 void read_excluded(resample_request& request) {
   next_nonblank();
   request.excluded.assign(at(matrix.ntax), 0);
@@ -148,7 +130,8 @@ void read_parts(resample_request& request) {
     if (c == '/') {
       read_excluded(request);
     } else if (c == '[') {
-      request.settings.search = read_bracketed_search();
+      request.settings.search =
+          read_bracketed_search("Expected ']' after the search of the replicates");
     } else if (std::isalpha(c)) {
       ++request.words;
       read_option(request, request.sibyl ? sibyl_options : resample_options);

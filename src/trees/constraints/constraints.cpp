@@ -127,6 +127,14 @@ constraint_rows rows_of_constraints(std::span<const std::int32_t> taxa) {
   return rows;
 }
 
+bool demand_group(const constraint_group& group, std::span<const std::int32_t> taxa) {
+  taxon_set present(matrix.ntax);
+  for (const int taxon : taxa) present.insert(taxon);
+  const std::vector<division> wanted = {division_of(group, present)};
+  return any_pair(wanted, divisions_of(groups_of_constraint_tree(), present), are_identical) ||
+         any_pair(wanted, divisions_of(constraints.positive, present), are_identical);
+}
+
 void check_consistency(std::span<const std::int32_t> taxa) {
   taxon_set present(matrix.ntax);
   for (const int taxon : taxa) present.insert(taxon);

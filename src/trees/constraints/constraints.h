@@ -59,6 +59,9 @@ struct constraint_rows {
 };
 /// Rows for terminals that stand for these taxa of the matrix.
 constraint_rows rows_of_constraints(std::span<const std::int32_t> taxa);
+/// Do the constraint tree or a positive group, whether they are active or not, demand this very
+/// group on these taxa?
+bool demand_group(const constraint_group& group, std::span<const std::int32_t> taxa);
 /// Error where groups contradict each other on these taxa. What floating taxa make impossible isn't
 /// seen here.
 void check_consistency(std::span<const std::int32_t> taxa);
