@@ -1,6 +1,8 @@
 #include "mapping/apomorphies.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <span>
 
 #include "base/indices.h"
 #include "base/interrupts.h"
@@ -15,10 +17,24 @@ bool tells_direction(int character) {
   return matrix.characters[at(character)].is_sankoff && costs_of_character(character).is_rooted();
 }
 
-void add_changes(const tree_shape& shape, int character, std::vector<apomorphy>& changes) {
+std::vector<std::uint8_t> taxa_of(const tree_shape& shape) {
+  std::vector<std::uint8_t> taxa(at(matrix.ntax), 0);
+  for (int t = 0; t < matrix.ntax; ++t) taxa[at(t)] = shape.has(t);
+  return taxa;
+}
+
+/// The fewest steps that a tree of these taxa needs. They are often the active ones, for which that
+/// is known.
+std::int64_t fewest_steps(int character, std::span<const std::uint8_t> taxa) {
+  const bool all_active = std::equal(taxa.begin(), taxa.end(), matrix.taxon_active.begin());
+  return all_active ? minimum_steps(character) : steps_over_taxa(character, taxa).least;
+}
+
+void add_changes(const tree_shape& shape, std::span<const std::uint8_t> taxa, int character,
+                 std::vector<apomorphy>& changes) {
   const mapped_character mapped = map_character(shape, character);
   if (mapped.steps == 0) return;
-  const bool homoplastic = mapped.steps > minimum_steps(character);
+  const bool homoplastic = mapped.steps > fewest_steps(character, taxa);
   const bool directed = tells_direction(character);
   for (const int node : shape.inner)
     for (const int d : shape.lists.children(node)) {
@@ -35,9 +51,10 @@ void add_changes(const tree_shape& shape, int character, std::vector<apomorphy>&
 std::vector<apomorphy> find_apomorphies(const tree_shape& shape,
                                         const std::vector<int>& characters) {
   std::vector<apomorphy> changes;
+  const std::vector<std::uint8_t> taxa = taxa_of(shape);
   for (const int c : characters) {
     check_interrupt();
-    add_changes(shape, c, changes);
+    add_changes(shape, taxa, c, changes);
   }
   std::stable_sort(changes.begin(), changes.end(),
                    [](const apomorphy& a, const apomorphy& b) { return a.node < b.node; });

@@ -65,12 +65,12 @@ struct shown_tree {
   const_tree_span tree;
 };
 
-std::string title_of(const map_request& request, const shown_tree& shown,
-                     const mapped_character& mapped) {
-  std::string title = shown.name + ", " + character_heading(mapped.character);
-  if (shown.number < 0) return title + ", states in any of the trees";
-  title += " (" + steps_text(mapped.character, mapped.steps) + ")";
-  return request.down_pass ? title + ", down-pass states" : title;
+std::string heading_of(const map_request& request, const shown_tree& shown,
+                       const mapped_character& mapped) {
+  const std::string heading = character_heading(mapped.character);
+  if (shown.number < 0) return heading + ", states in any of the trees";
+  const std::string steps = " (" + steps_text(mapped.character, mapped.steps) + ")";
+  return heading + steps + (request.down_pass ? ", down-pass states" : "");
 }
 
 void list_states(const shown_tree& shown, const mapped_character& mapped) {
@@ -85,14 +85,15 @@ void list_states(const shown_tree& shown, const mapped_character& mapped) {
 }
 
 void show_map(const map_request& request, const shown_tree& shown, const mapped_character& mapped) {
-  const std::string title = title_of(request, shown, mapped);
+  const std::string heading = heading_of(request, shown, mapped);
+  const std::string title = shown.name + ", " + heading;
   if (request.figure) {
     const bool several =
         request.chosen.characters.size() * (shown.number < 0 ? 1 : request.chosen.trees.size()) > 1;
     const std::string& name = request.figure->file_name;
-    return draw_map_figure(
-        *request.figure, several ? numbered_file_name(name, shown.number, mapped.character) : name,
-        shown.tree, mapped, title);
+    const std::string file =
+        several ? numbered_file_name(name, shown.number, mapped.character) : name;
+    return draw_map_figure(*request.figure, file, shown.tree, mapped, {title, heading});
   }
   if (request.form == map_request::form::list) {
     emit(title, "\n");

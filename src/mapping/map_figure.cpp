@@ -97,19 +97,17 @@ svg_options map_figure_defaults() {
 
 void draw_map_figure(const figure_request& request, const std::string& file_name,
                      const_tree_span tree, const mapped_character& mapped,
-                     const std::string& title) {
+                     const figure_titles& titles) {
   map_painter painter(tree, mapped);
   svg_options options = request.options;
   options.colors = true;
   std::vector<std::string> labels(at(matrix.ntax));
   for (int t = 0; t < matrix.ntax; ++t) labels[at(t)] = taxon_label(t);
-  open_svg_file(file_name, title);
+  open_svg_file(file_name, titles.title);
   const node_places places =
       draw_svg_tree(tree, matrix.ntax, matrix.outgroup, display.second_largest_first, labels,
                     painter.tags(), options);
-  write_legend(
-      character_heading(mapped.character) + ", " + steps_text(mapped.character, mapped.steps),
-      painter.legend(), options);
+  write_legend(titles.heading, painter.legend(), options);
   end_figure(request, places);
 }
 

@@ -10,10 +10,14 @@ namespace zeb {
 
 /// How it looks without options: branches broad enough to tell their colours.
 svg_options map_figure_defaults();
+struct figure_titles {
+  std::string title;    // of the document, which viewers show
+  std::string heading;  // of the legend
+};
 /// Writes the figure under `file_name` (that of the request, or one of several made from it).
 void draw_map_figure(const figure_request& request, const std::string& file_name,
                      const_tree_span tree, const mapped_character& mapped,
-                     const std::string& title);
+                     const figure_titles& titles);
 /// "name_T_C.svg" of "name.svg", with the numbers that aren't below 0.
 std::string numbered_file_name(const std::string& name, int tree, int character = -1);
 

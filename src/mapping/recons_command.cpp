@@ -16,6 +16,7 @@
 #include "mapping/requests.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/display.h"
+#include "trees/drawing/tables.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -54,16 +55,28 @@ void show_reconstructions(const tree_shape& shape, int tree, int character) {
   }
 }
 
+void show_numbers(const tree_shape& shape, int tree, const std::vector<int>& characters) {
+  std::vector<double> numbers(at(matrix.nchar), no_fraction);
+  for (const int c : characters) {
+    check_interrupt();
+    numbers[at(c)] = reconstruction_list(shape, c).count();
+  }
+  print_table(text_of("Tree %i, numbers of reconstructions", tree), numbers, 0);
+}
+
 }  // namespace
 
 void recons_command() {
   require_data_and_trees("showing reconstructions");
+  const bool only_numbers = accept_char('=');
   mapping_request request = read_trees_and_characters();
   expect_end();
   keep_discrete(request.characters);
   for (const int t : request.trees) {
     const tree_shape shape(stored_tree(t));
-    for (const int c : request.characters) show_reconstructions(shape, t, c);
+    if (only_numbers) show_numbers(shape, t, request.characters);
+    for (const int c : request.characters)
+      if (!only_numbers) show_reconstructions(shape, t, c);
   }
 }
 
