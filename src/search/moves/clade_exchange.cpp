@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 
 #include "base/errors.h"
 #include "base/indices.h"
@@ -33,8 +34,9 @@ class clade_exchange {
   double score_with(std::size_t i);
   double score_by_joining(std::size_t i);
   double score_of_whole_tree(const shared_clade& clade);
+  std::vector<std::int32_t> holders() const;
+  std::vector<std::size_t> best_set();
   bool is_gain(double score) const;
-  void take_over(const shared_clade& clade);
   bool sums_up() const {
     return !data_.implied_on && !data_.has_wide && !context_.constraints_in_force;
   }
@@ -46,8 +48,7 @@ class clade_exchange {
   std::span<std::int32_t> target_;
   std::span<const std::int32_t> source_;
   const exchange_rules& rules_;
-  double score_;    // of the target
-  double to_beat_;  // of the target, or with the best exchange so far
+  double score_;  // of the target
   std::vector<shared_clade> clades_;
   std::vector<double> target_lengths_;  // by node
   std::vector<double> source_lengths_;  // by entry of `clades_`
@@ -65,7 +66,6 @@ clade_exchange::clade_exchange(search_context& context, std::span<std::int32_t> 
       source_(source),
       rules_(rules),
       score_(score),
-      to_beat_(score),
       clades_(shared_clades(target, source, data_.n)),
       blocks_(at(data_.nwords) / words_per_block) {
   std::erase_if(clades_, [&](const shared_clade& c) { return c.forks < rules.minfork; });
@@ -145,35 +145,65 @@ double clade_exchange::score_with(std::size_t i) {
 }
 
 bool clade_exchange::is_gain(double score) const {
-  return rules_.equals ? is_within_bound(score, to_beat_, kind())
-                       : is_better_score(score, to_beat_, kind());
+  return rules_.equals ? is_within_bound(score, score_, kind())
+                       : is_better_score(score, score_, kind());
 }
 
-void clade_exchange::take_over(const shared_clade& clade) {
-  copy_clade(target_, clade.target, source_, clade.source, data_.n);
-  score_ = to_beat_;
+/// The smallest clade that holds each, by entry; -1: none.
+std::vector<std::int32_t> clade_exchange::holders() const {
+  constexpr std::int32_t not_known = -2;
+  std::vector<std::int32_t> holder(clades_.size());
+  std::vector<std::int32_t> nearest(target_.size(), not_known);  // by node: itself, or above it
+  nearest[at(data_.n)] = -1;
+  for (std::size_t i = 0; i < clades_.size(); ++i)
+    nearest[at(clades_[i].target)] = static_cast<std::int32_t>(i);
+  for (std::size_t i = 0; i < clades_.size(); ++i) {
+    const std::int32_t start = target_[at(clades_[i].target)];
+    std::int32_t v = start;
+    while (nearest[at(v)] == not_known) v = target_[at(v)];
+    holder[i] = nearest[at(v)];
+    for (v = start; nearest[at(v)] == not_known; v = target_[at(v)]) nearest[at(v)] = holder[i];
+  }
+  return holder;
+}
+
+/// Exchanges that gain most together, from the greatest gain to the least: of each clade either the
+/// whole, or what is best for those within it. Gains of clades apart from each other add up, but
+/// for what they do to the states between them.
+std::vector<std::size_t> clade_exchange::best_set() {
+  std::vector<double> gains(clades_.size());
+  for (std::size_t i = 0; i < clades_.size(); ++i) gains[i] = score_ - score_with(i);
+  const std::vector<std::int32_t> holder = holders();
+  std::vector<double> within(clades_.size(), 0);  // best gain of those within
+  std::vector<std::uint8_t> is_whole(clades_.size(), 0);
+  for (std::size_t i = 0; i < clades_.size(); ++i) {
+    const double apart = gains[i] - within[i];
+    is_whole[i] = rules_.equals ? apart >= -tolerance_of(kind()) : apart > tolerance_of(kind());
+    const double best = is_whole[i] ? gains[i] : within[i];
+    if (holder[i] >= 0) within[at(holder[i])] += std::max(best, 0.0);
+  }
+  std::vector<std::size_t> chosen;
+  std::vector<std::uint8_t> is_settled(clades_.size(), 0);  // with a clade that holds it
+  for (std::size_t i = clades_.size(); i-- > 0;) {
+    is_settled[i] = is_whole[i] || (holder[i] >= 0 && is_settled[at(holder[i])]);
+    if (is_whole[i] && !(holder[i] >= 0 && is_settled[at(holder[i])])) chosen.push_back(i);
+  }
+  std::ranges::stable_sort(chosen, std::ranges::greater{}, [&](std::size_t i) { return gains[i]; });
+  if (rules_.choose && chosen.size() > 1) chosen.resize(1);
+  return chosen;
 }
 
 int clade_exchange::run() {
-  std::vector<std::uint8_t> closed(target_.size(), 0);  // holds a clade that was taken over
-  const shared_clade* best = nullptr;
   int taken = 0;
-  for (std::size_t i = 0; i < clades_.size(); ++i) {
-    const shared_clade& clade = clades_[i];
-    if (closed[at(clade.target)]) continue;
+  for (const std::size_t i : best_set()) {
     const double score = score_with(i);
     if (!is_gain(score)) continue;
-    to_beat_ = score;
-    best = &clade;
-    if (rules_.choose) continue;
     ++taken;
-    take_over(clade);
-    for (int v = target_[at(clade.target)]; v != data_.n; v = target_[at(v)]) closed[at(v)] = 1;
+    score_ = score;
+    copy_clade(target_, clades_[i].target, source_, clades_[i].source, data_.n);
     if (sums_up()) read_target();
   }
-  if (!rules_.choose || !best) return taken;
-  take_over(*best);
-  return 1;
+  return taken;
 }
 
 }  // namespace

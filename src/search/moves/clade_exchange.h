@@ -18,12 +18,12 @@ namespace zeb {
 
 struct exchange_rules {
   bool equals = false;  // also exchanges that leave the score as it is
-  bool choose = false;  // only the one that gains most
+  bool choose = false;  // only the one of these that gains most
   int minfork = 3;      // clades whose consensus node has fewer branches are left out
 };
 
 /// Takes clades over from `source` into `target` (trees of the context in internal numbering, not
-/// slots): the smallest first, and none that holds another one taken over. `score` is that of the
+/// slots): those that gain most together, none of which holds another. `score` is that of the
 /// target, before and after. Returns how many were taken.
 int exchange_clades(search_context& context, std::span<std::int32_t> target,
                     std::span<const std::int32_t> source, const exchange_rules& rules,
