@@ -200,6 +200,8 @@ void unlock(int* tag) {
   const auto index = static_cast<std::size_t>(*tag) - 1;
   if (*tag < 0 || index >= standing.table.size() || standing.table[index].tag != tag)
     error_end("Unlock error");
+  if (arena.live_scopes > 0)
+    error_end("Data and settings that a running search stands on can't be changed");
   for (std::size_t i = standing.table.size(); i-- > index;) {
     for (const unlock_hook hook : standing.hooks) hook(standing.table[i].tag);
   }

@@ -7,6 +7,8 @@
 #include "engine/settings.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
+#include "macro/assignment.h"
+#include "search/part_search.h"
 #include "search/search_results.h"
 
 namespace zeb {
@@ -26,10 +28,33 @@ double word_bits() { return (engine.long_words) ? widest_kernels() : 32; }
   error_end_f("Expression \"%s\" recognized only from first-level tracked sectorial searches",
               name);
 }
-double nodes_in_sector() { only_in_sectors("biginsect"); }
-double nodes_outside_sector() { only_in_sectors("bignotsect"); }
-double node_to_sector() { only_in_sectors("nodtosect"); }
-double taxa_of_big_tree() { error_end("Expression \"bigntax\" invalid in present context"); }
+const tracked_nodes& tracked(const char* name) {
+  if (!part_search.tracked) only_in_sectors(name);
+  return *part_search.tracked;
+}
+
+double list_tracked(const char* name, const char* list_name, bool in_sector) {
+  const std::vector<int>& nodes = tracked(name).in_sector;
+  std::vector<double> list;
+  for (std::size_t v = 0; v < nodes.size(); ++v)
+    if ((nodes[v] >= 0) == in_sector) list.push_back(static_cast<double>(v));
+  return write_list(list_name, list);
+}
+double nodes_in_sector() { return list_tracked("biginsect", "Biginsect", true); }
+double nodes_outside_sector() { return list_tracked("bignotsect", "Bignotsect", false); }
+
+double node_to_sector() {
+  const std::vector<int>& nodes = tracked("nodtosect").in_sector;
+  const double node = bracketed_whole_values(1, 1)[0];
+  if (!(node >= 0 && node < static_cast<double>(nodes.size())))
+    error_end("No node", static_cast<int>(node));
+  return nodes[static_cast<std::size_t>(node)];
+}
+
+double taxa_of_big_tree() {
+  if (!part_search.tracked) error_end("Expression \"bigntax\" invalid in present context");
+  return part_search.tracked->taxa - 1;
+}
 
 // clang-format off
 constexpr expression_function rows[] = {
@@ -40,10 +65,10 @@ constexpr expression_function rows[] = {
     {"grandscore", "", "lowest score that any search has seen since the data were read; -1 without one", lowest_score},
     {"rearrangs", "", "rearrangements examined by the last search", rearrangements_done},
     {"bittype", "", "bits of the words in use by searches: 32, or as many as this processor has", word_bits, function_list::general, "bigntax"},
-    {"biginsect", "", "list of nodes of the big tree in the sector", nodes_in_sector, function_list::general, {}, true},
-    {"bignotsect", "", "list of nodes of the big tree outside the sector", nodes_outside_sector, function_list::general, {}, true},
-    {"nodtosect", "[N]", "node of the sector for node N of the big tree", node_to_sector, function_list::general, {}, true},
-    {"bigntax", "", "last taxon of the big tree", taxa_of_big_tree, function_list::general, "blockstart", true},
+    {"biginsect", "", "list of nodes of the big tree in the sector", nodes_in_sector},
+    {"bignotsect", "", "list of nodes of the big tree outside the sector", nodes_outside_sector},
+    {"nodtosect", "[N]", "node of the sector for node N of the big tree", node_to_sector},
+    {"bigntax", "", "last taxon of the big tree", taxa_of_big_tree, function_list::general, "blockstart"},
 };
 // clang-format on
 

@@ -273,7 +273,8 @@ option_outcome read_search_options_into(void* settings, const option_table& tabl
     no_timing();
     return option_outcome::list;
   }
-  while (!accept_char(';')) read_option_into(settings, table);
+  while (!accept_char(';'))
+    if (!read_sign_into(settings, table)) read_option_into(settings, table);
   if (sign == '=') return option_outcome::run;
   no_timing();
   return option_outcome::set;

@@ -10,6 +10,7 @@
 #include "console/output.h"
 #include "engine/collapsing/collapsing.h"
 #include "matrix/matrix.h"
+#include "search/part_search.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -28,7 +29,7 @@ int trees_looked_at() {
 }  // namespace
 
 void tell_distinct_trees() {
-  if (interrupts.reason == stop_reason::user || store.ntrees < 2) return;
+  if (interrupts.reason == stop_reason::user || store.ntrees < 2 || part_search.sector) return;
   const int count = trees_looked_at();
   branch_judge judge(strictest_rule);
   std::set<std::vector<tree_node>> distinct;

@@ -4,6 +4,9 @@
 #include "engine/hooks.h"
 #include "language/methods.h"
 #include "matrix/matrix_layout.h"
+#include "search/drivers/combined.h"
+#include "search/drivers/mult.h"
+#include "search/part_search.h"
 #include "search/search_journal.h"
 #include "search/search_results.h"
 #include "search/search_settings.h"
@@ -11,7 +14,29 @@
 
 namespace zeb {
 
+namespace {
+
+template <auto& state>
+settings_restorer note() {
+  return [former = state] { state = former; };
+}
+
+void register_settings() {
+  add_settings_of_searches(note<swapping>);
+  add_settings_of_searches(note<search_settings>);
+  add_settings_of_searches(note<mult>);
+  add_settings_of_searches(note<ratchet>);
+  add_settings_of_searches(note<drift>);
+  add_settings_of_searches(note<fusing>);
+  add_settings_of_searches(note<sectors>);
+  add_settings_of_searches(note<combined>);
+  add_settings_of_searches(note<last_search>);
+}
+
+}  // namespace
+
 void register_search() {
+  register_settings();
   hooks_of_engine.collapse_by_swapping = collapse_by_swapping;
   add_new_matrix_hook(forget_lowest_score);
   add_new_matrix_hook(note_new_data);

@@ -9,6 +9,7 @@
 #include "engine/settings.h"
 #include "language/methods.h"
 #include "language/options.h"
+#include "search/part_search.h"
 
 namespace zeb {
 
@@ -63,6 +64,7 @@ std::string in_words(const search_record& record) {
 }  // namespace
 
 void note_search(const option_table& table, const search_outcome& outcome) {
+  if (part_search.sector) return;
   const std::string words = words_of_command(table);
   std::vector<search_record>& all = searches_done.searches;
   auto record = std::find_if(all.begin(), all.end(), [&](const search_record& r) {

@@ -12,6 +12,7 @@
 #include "engine/passes/conversions.h"
 #include "engine/passes/links.h"
 #include "language/list_text.h"
+#include "search/part_search.h"
 #include "search/search_results.h"
 #include "search/store/stored_trees.h"
 #include "search/store/tree_identity.h"
@@ -63,7 +64,10 @@ void matrix_form(const search_context& context, int number, tree_span tree) {
 
 search_session::search_session(tree_slots& slots, silence silent)
     : scope_(users_data(), slots, rules_in_force(), randomness.generator), room_(context().data) {
-  context().shown.silent = silent == silence::on;
+  context().shown.silent = silent == silence::on || part_search.sector;
+  if (const search_context* sector = part_search.sector; sector && sector->constraints_in_force)
+    context().constraints_in_force =
+        search_constraints::of_rows(sector->data, sector->constraints_in_force->rows());
   context().lowest_score = last_search.lowest_score;
   try {
     take_trees_in();
@@ -104,7 +108,7 @@ void search_session::take_trees_in() {
   if (cut > 0 && !c.shown.silent) {
     emit("Note: inactive taxa are dropped from ", counted(cut, "tree", "trees"), " in memory.\n");
   }
-  if (&c.trees == &store) {
+  if (&c.trees == &store && !part_search.sector) {
     set_auto_save_view([&c](int number, tree_span tree) { matrix_form(c, number, tree); });
   }
   for (int t = 0; t < count; ++t) adopt_tree(c, t);
@@ -112,7 +116,12 @@ void search_session::take_trees_in() {
 }
 
 void search_session::leave() {
-  set_auto_save_view({});
+  if (part_search.sector) {
+    part_search.sector->rearrangements.add(context().rearrangements);
+    part_search.sector->moves_done += context().moves_done;
+  } else {
+    set_auto_save_view({});
+  }
   go_on_from(context().random);
   keep_counters(context());
   clear_progress();

@@ -28,6 +28,9 @@ std::vector<std::int32_t> character_settings() {
 
 struct packed_state {
   search_data data;
+  search_data* part = nullptr;  // these stand in its place
+  packing_request part_made_for;
+  std::vector<std::int32_t> part_settings;
   packing_request made_for;
   std::vector<std::int32_t> settings;
   bool valid = false;
@@ -77,6 +80,19 @@ packed_sampling_scope::~packed_sampling_scope() {
   if (--packed.sampling_scopes == 0) unlock(&packed.sample_lock);
 }
 
+part_data_scope::part_data_scope(search_data& part)
+    : outer_part_(packed.part), made_for_(packed.part_made_for), settings_(packed.part_settings) {
+  packed.part_made_for = request_of_settings();
+  packed.part_settings = character_settings();
+  packed.part = &part;
+}
+
+part_data_scope::~part_data_scope() {
+  packed.part = outer_part_;
+  packed.part_made_for = std::move(made_for_);
+  packed.part_settings = std::move(settings_);
+}
+
 void forget_packed_data(const int* tag) {
   if (tag == &locks.optimisation_lock) packed.valid = false;
 }
@@ -87,6 +103,10 @@ search_data& packed_matrix(bool silent) {
   if (active_taxa() < 3) error_end("Searches need at least 3 active taxa");
   packing_request wanted = request_of_settings();
   std::vector<std::int32_t> settings_now = character_settings();
+  if (packed.part) {
+    if (packed.part_made_for == wanted && packed.part_settings == settings_now) return *packed.part;
+    error_end("Data and settings that a running search stands on can't be changed");
+  }
   if (packed.valid && packed.settings == settings_now) {
     if (packed.made_for == wanted) return packed.data;
     if (search_data* const sample = sample_for(wanted)) return *sample;

@@ -1,6 +1,9 @@
 // The packed data of the user's settings, kept until data or settings change.
 #pragma once
 
+#include <vector>
+
+#include "engine/packing/packing_request.h"
 #include "engine/search_data.h"
 
 namespace zeb {
@@ -19,6 +22,21 @@ class packed_sampling_scope {
   ~packed_sampling_scope();
   packed_sampling_scope(const packed_sampling_scope&) = delete;
   packed_sampling_scope& operator=(const packed_sampling_scope&) = delete;
+};
+
+/// As long as one lives, reduced data are the packed data of `matrix`, whose taxa are their
+/// terminals, in order. Settings that the words depend on can't change meanwhile: an error.
+class part_data_scope {
+ public:
+  explicit part_data_scope(search_data& part);
+  ~part_data_scope();
+  part_data_scope(const part_data_scope&) = delete;
+  part_data_scope& operator=(const part_data_scope&) = delete;
+
+ private:
+  search_data* outer_part_;
+  packing_request made_for_;
+  std::vector<std::int32_t> settings_;
 };
 
 /// Lets go of it when its lock is released. An unlock hook.

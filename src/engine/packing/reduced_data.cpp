@@ -179,7 +179,7 @@ void count_from_outside(search_data& inner, const search_data& outer,
 }  // namespace
 
 /// As if no character was left out.
-int largest_sector(const search_data& data, int slots) {
+int largest_sector(const search_data& data, int slots, int slack) {
   const std::size_t packed = at(std::max(data.nwords, words_per_block));
   const std::size_t wide = data.wide.down_words + data.wide.final_words + data.wide.branch_words;
   // Sets, what the undo log may take of them, and the unions of the swapper's clusters.
@@ -188,7 +188,8 @@ int largest_sector(const search_data& data, int slots) {
   const std::size_t fixed = 400 * packed + sizeof(fit_counter) * data.entries.size() + 200'000;
   const std::size_t free = arena_free();
   if (free <= fixed) return 0;
-  return static_cast<int>(std::min<std::size_t>((free - fixed) / of_node / 2, at(data.n)));
+  const std::size_t usable = (free - fixed) / at(100 + slack) * 100;
+  return static_cast<int>(std::min<std::size_t>(usable / of_node / 2, at(data.n)));
 }
 
 void prepare_reduced_data(search_data& inner, const search_data& outer, const tree_sector& sector,
@@ -251,17 +252,26 @@ std::vector<std::int32_t> tree_of_sector(std::span<const std::int32_t> outer_tre
   return tree;
 }
 
-void arrange_sector(std::span<std::int32_t> outer_tree, int n, const tree_sector& sector,
-                    std::span<const std::int32_t> inner_tree) {
+std::vector<std::int32_t> outer_nodes_of_sector(std::span<const std::int32_t> outer_tree,
+                                                const tree_sector& sector,
+                                                std::span<const std::int32_t> inner_tree) {
   const int inner_n = static_cast<int>(sector.terminals.size()) + 1;
-  const std::vector<std::int32_t> old = tree_of_sector(outer_tree, n, sector);
-  // Outer numbers of the sector's internal nodes, by the numbers that they have in `old`.
   std::vector<std::int32_t> outer_of(inner_tree.size(), -1);
   for (std::size_t t = 0; t < sector.terminals.size(); ++t) {
     int v = sector.terminals[t];
-    for (std::int32_t own = old[t + 1]; own != inner_n && outer_of[at(own)] < 0; own = old[at(own)])
+    outer_of[t + 1] = v;
+    for (std::int32_t own = inner_tree[t + 1]; own != inner_n && outer_of[at(own)] < 0;
+         own = inner_tree[at(own)])
       outer_of[at(own)] = v = outer_tree[at(v)];
   }
+  return outer_of;
+}
+
+void arrange_sector(std::span<std::int32_t> outer_tree, int n, const tree_sector& sector,
+                    std::span<const std::int32_t> inner_tree) {
+  const int inner_n = static_cast<int>(sector.terminals.size()) + 1;
+  std::vector<std::int32_t> outer_of =
+      outer_nodes_of_sector(outer_tree, sector, tree_of_sector(outer_tree, n, sector));
   // The top keeps its place on the outer tree.
   const int old_top =
       static_cast<int>(std::find(outer_of.begin(), outer_of.end(), sector.top) - outer_of.begin());

@@ -24,9 +24,9 @@ struct tree_sector {
       terminals;  // nodes where it ends, at least 3: terminals or whole clades
 };
 
-/// Terminals that a sector may have for a search of it, with room for `slots` trees, to fit in the
-/// memory that is free.
-int largest_sector(const search_data& data, int slots);
+/// Terminals that a sector may have for a search of it, with room for `slots` trees and `slack` per
+/// cent more than needed, to fit in the memory that is free.
+int largest_sector(const search_data& data, int slots, int slack);
 
 /// Prepares `inner` for the sector of the tree in work of `outer`, whose sets must be right, and
 /// whose score is `score`. Terminal i + 1 of `inner` is the sector's terminal i, terminal 0 all
@@ -38,6 +38,10 @@ void prepare_reduced_data(search_data& inner, const search_data& outer, const tr
 /// reduced data.
 std::vector<std::int32_t> tree_of_sector(std::span<const std::int32_t> outer_tree, int n,
                                          const tree_sector& sector);
+/// The node of the outer tree for each node of that tree; -1 for what stands for all outside.
+std::vector<std::int32_t> outer_nodes_of_sector(std::span<const std::int32_t> outer_tree,
+                                                const tree_sector& sector,
+                                                std::span<const std::int32_t> inner_tree);
 /// Arranges the sector in `outer_tree` as `inner_tree` has it.
 void arrange_sector(std::span<std::int32_t> outer_tree, int n, const tree_sector& sector,
                     std::span<const std::int32_t> inner_tree);

@@ -9,9 +9,11 @@
 #include "engine/passes/passes.h"
 #include "search/drivers/drift.h"
 #include "search/drivers/fusing.h"
+#include "search/drivers/sector_script.h"
 #include "search/moves/shared_clades.h"
 #include "search/moves/swapper.h"
 #include "search/moves/wagner.h"
+#include "search/part_search.h"
 #include "search/store/stored_trees.h"
 
 namespace zeb {
@@ -24,8 +26,10 @@ class sector_run {
   sector_run(search_context& context, tree_array present, double score,
              const sector_search_settings& how)
       : context_(context), how_(how), best_(std::move(present)), best_score_(score) {}
+  void run();
+  void run_commands(search_context& outer, const tree_sector& sector, const std::string& commands);
   /// Is there another tree to take?
-  bool run();
+  bool has_changed() const { return changed_; }
   const tree_array& best() const { return best_; }
   double score() const { return best_score_; }
 
@@ -115,7 +119,7 @@ void sector_run::drift_present() {
   take(tree, drift_search(context_, tree, cycles_of_drift(), {}).best);
 }
 
-bool sector_run::run() {
+void sector_run::run() {
   const int size = context_.data.n;
   constexpr int standard_rounds = 3;
   if (how_.gocomb > 0 && size >= how_.gocomb) {
@@ -125,7 +129,20 @@ bool sector_run::run() {
   } else {
     search_from_starts(how_.starts, how_.fuse, false);
   }
-  return changed_;
+}
+
+void sector_run::run_commands(search_context& outer, const tree_sector& sector,
+                              const std::string& commands) {
+  const script_result found = run_sector_script(outer, context_, sector, commands, how_.track);
+  if (!found.tree.empty()) take(found.tree, found.score);
+}
+
+/// The user's for sectors of this level; empty: none.
+std::string instructions_for(const search_context& outer, const sector_search_settings& how) {
+  const std::size_t level = at(part_search.level);
+  if (level >= how.instructions.size() || how.instructions[level].empty()) return {};
+  if (outer.own_data) error_end("Data are permuted: can't run user-defined routines");
+  return how.instructions[level];
 }
 
 /// Slots for the starts and what their fusing brings.
@@ -137,7 +154,7 @@ int slots_needed(const sector_search_settings& how) {
 }  // namespace
 
 int largest_sector(const search_data& data, const sector_search_settings& how) {
-  return largest_sector(data, slots_needed(how));
+  return largest_sector(data, slots_needed(how), how.slack);
 }
 
 bool search_sector(search_context& outer, std::span<std::int32_t> tree, const tree_sector& sector,
@@ -155,17 +172,23 @@ bool search_sector(search_context& outer, std::span<std::int32_t> tree, const tr
     inner.shown.silent = true;
     inner.shown.hide_score = true;
     sector_run run(inner, tree_of_sector(tree, outer.data.n, sector), *score, how);
-    const bool changed = run.run();
+    const std::string commands = instructions_for(outer, how);
+    if (commands.empty())
+      run.run();
+    else
+      run.run_commands(outer, sector, commands);
     outer.rearrangements.add(inner.rearrangements);
     outer.moves_done += inner.moves_done;
-    if (!changed) return false;
-    found = run.best();
-    found_score = run.score();
+    if (run.has_changed()) {
+      found = run.best();
+      found_score = run.score();
+    }
   }
-  arrange_sector(tree, outer.data.n, sector, found);
+  if (found.empty() && how.xbuffer) return false;
+  if (!found.empty()) arrange_sector(tree, outer.data.n, sector, found);
   *score = tree_length(outer.data, tree);
   ALWAYS_CHECK(is_same_score(*score, found_score, kind_of_scores(outer.data)), "score of a sector");
-  return true;
+  return !found.empty();
 }
 
 }  // namespace zeb

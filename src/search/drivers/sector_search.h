@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "engine/packing/reduced_data.h"
 #include "search/search_context.h"
@@ -20,6 +22,15 @@ struct sector_search_settings {
   int gocomb = 0;       // from this size on both: starts that are drifted and fused; 0 never
   int combstarts = 4;   // of these
   bool equals = false;  // a tree that is as good as the sector's takes its place, too
+
+  // -- commands of the user, in place of all that --
+  std::vector<std::string> instructions;  // by level of recursion; empty: none at that level
+  int recurse = 3;                        // levels that there may be
+  bool track = false;                     // commands may ask for nodes of the whole tree
+
+  // -- memory --
+  int slack = 0;        // per cent of memory that a sector is given beyond what it needs
+  bool xbuffer = true;  // off: all sets of the whole tree are made anew after every sector
 };
 
 /// Terminals that sectors of these data may have, by the memory that is free.

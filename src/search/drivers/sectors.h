@@ -48,6 +48,10 @@ struct sector_settings {
   double findscore = 0;  // stop at this score or a better one; 0 never
   bool keepall = true;
   int tree = -1;  // this one only; -1: all
+
+  // What the options that are being read say; forgotten before the settings are taken.
+  int brackets = 0;               // pairs of brackets
+  const char* fixed_by_run = "";  // an option that can't be set by a command that runs
 };
 extern sector_settings sectors;  // written by the command
 

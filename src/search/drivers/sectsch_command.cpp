@@ -1,6 +1,7 @@
 // `sectsch`: options, run and summary.
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/errors.h"
@@ -18,7 +19,10 @@
 #include "search/distinct_trees.h"
 #include "search/drivers/cycle_options.h"
 #include "search/drivers/sector_choice.h"
+#include "search/drivers/sector_listing.h"
+#include "search/drivers/sector_option_forms.h"
 #include "search/drivers/sectors.h"
+#include "search/part_search.h"
 #include "search/search_journal.h"
 #include "search/search_report.h"
 #include "search/search_results.h"
@@ -32,69 +36,7 @@
 namespace zeb {
 namespace {
 
-constexpr int most_divisions = 64;
 constexpr auto each = &sector_settings::each;
-
-/// "xss N", "N-M", "+R", "-G".
-void read_exclusive(sector_settings& settings) {
-  settings.selection = sector_settings::exclusive;
-  const std::string refusal = text_of("Number of divisions must be 2-%i", most_divisions);
-  const auto in_range = [](double n) { return n >= 2 && n <= most_divisions; };
-  double number = 0;
-  if (read_optional_whole(&number)) {
-    if (!in_range(number)) error_end(refusal);
-    settings.divisions = settings.divisions_last = static_cast<int>(number);
-    settings.divisions_given = true;
-    if (accept_char('-')) {
-      if (!read_optional_whole(&number) || !in_range(number)) error_end(refusal);
-      settings.divisions_last = static_cast<int>(number);
-    }
-  }
-  if (accept_char('+')) {
-    if (!read_optional_whole(&number) || number < 1 || number > 10000)
-      error_end("Number of rounds for xss must be 1-10000");
-    settings.xss_rounds = static_cast<int>(number);
-  }
-  if (accept_char('-')) {
-    if (!read_optional_whole(&number) || number < 1)
-      error_end("Global TBR frequency must be 1 or more");
-    settings.xss_global = static_cast<int>(number);
-  }
-}
-
-/// "dss N D".
-void read_around(sector_settings& settings) {
-  double number = 0;
-  if (!read_optional_whole(&number) || number < 0) error_end("Must specify center for DSS");
-  settings.center = static_cast<int>(number);
-  if (!read_optional_whole(&number) || number < 1)
-    error_end("Must specify diameter to use for DSS");
-  settings.diameter = static_cast<int>(number);
-  settings.selection = sector_settings::around;
-}
-
-/// "selfactor N", "selfactor = X Y Z".
-void read_selections(sector_settings& settings) {
-  double number = 0;
-  if (!accept_char('=')) {
-    if (!read_optional_whole(&number) || number < 0 || number > 99)
-      error_end("Factor for number of selections must be 0 - 99");
-    settings.selfactor = static_cast<int>(number);
-    settings.selection_count = 0;
-    return;
-  }
-  settings.selection_count = 0;
-  const int most = static_cast<int>(settings.selections.size());
-  while (read_optional_whole(&number)) {
-    if (number < 0) error_end("Factor for number of selections must be 0 - 99");
-    if (settings.selection_count == most)
-      error_end(
-          text_of("Can't define more than %i numbers of selections\n"
-                  "(values above %i will be identical to last one)",
-                  most, most));
-    settings.selections[at(settings.selection_count++)] = static_cast<int>(number);
-  }
-}
 
 void switch_globals_off(sector_settings& settings) { settings.global = settings.dglobal = 0; }
 
@@ -166,93 +108,27 @@ constexpr command_options rows = {
     real<&sector_settings::findscore>("findscore", {0, 4294967295.0}, "Give score to stop at")
         .no()
         .help("stop when a score of X or better is found"),
+    form<read_instructions>("[").help("commands run on each sector"),
+    toggle<each, &sector_search_settings::track>("track").help(
+        "instructions can ask for nodes of the whole tree (biginsect, nodtosect); for one tree"),
+    form<read_recursion>("recurse").help(
+        "levels of sectors within sectors; set with \":\", increased before data are read"),
+    form<read_slack>("slack").help("per cent of extra memory for each sector; set with \":\""),
+    form<use_private_buffer>("xbuffer").help(
+        "sectors are searched beside the whole tree, which stays as it is; set with \":\""),
+    form<use_no_private_buffer>("noxbuffer")
+        .help("the whole tree is optimised anew after each sector; set with \":\""),
     toggle<&sector_settings::keepall>("keepall").help("keep all trees, not only the best"),
     number<&sector_settings::tree>("tree", {0, 1'000'000}, "Give number of the tree")
         .no(-1)
         .help("search tree N only; notree: all"),
 };
 
-std::string divisions_text() {
-  std::string text = std::to_string(sectors.divisions);
-  if (sectors.divisions_last != sectors.divisions)
-    text += "-" + std::to_string(sectors.divisions_last);
-  return text + (sectors.xeven ? "" : " (approximm.)");
-}
-
-void add_lines_of_selection(std::vector<std::string>& lines) {
-  switch (sectors.selection) {
-    case sector_settings::exclusive:
-      lines.push_back(text_of("Exclusive sectors: %s divisions, %i rounds, global TBR every %i",
-                              divisions_text().c_str(), sectors.xss_rounds, sectors.xss_global));
-      return;
-    case sector_settings::constrained:
-      lines.push_back(
-          text_of("Sectors by the groups of the constraint tree:\n        - "
-                  "Min. fork %i, max. fork %i\n        - %i rounds",
-                  sectors.minfork, sectors.maxfork, sectors.css_rounds));
-      return;
-    case sector_settings::around:
-      lines.push_back(text_of("Sector around node %i, up to %i branches away", sectors.center,
-                              sectors.diameter));
-      return;
-    default:
-      break;
-  }
-  std::string selections =
-      text_of("Max. selections for size S is M = ( T/S * 100 ) / ( 100 - %i )\n        - ",
-              100 - sectors.selfactor);
-  if (sectors.selection_count > 0) {
-    selections = "Max. selections, size by size:";
-    for (int i = 0; i < sectors.selection_count; ++i)
-      selections += " " + std::to_string(sectors.selections[at(i)]);
-    selections += "\n        - ";
-  }
-  std::string text =
-      text_of("Min. size %i, max. size %i\n        - ", sectors.minsize, sectors.maxsize) +
-      selections;
-  text += sectors.moveon > 0
-              ? text_of("Increasing size in %i%% when M selections made,\n          or %i failed",
-                        sectors.increase, sectors.moveon)
-              : text_of("Increasing size in %i%% when M selections made", sectors.increase);
-  lines.push_back("Random sectors:\n        - " + text);
-}
-
-void add_lines_of_analysis(std::vector<std::string>& lines) {
-  const sector_search_settings& how = sectors.each;
-  lines.push_back(
-      text_of("Sectors of size below %i analyzed with %i RAS+TBR\n       "
-              "(and extra %i starts if the first %i produce score differences).",
-              how.godrift, how.starts, how.starts, how.starts));
-  if (how.fuse > 0) lines.back() += text_of("\n       Starts are fused (%i rounds)", how.fuse);
-  if (how.gocomb == 0 || how.gocomb > how.godrift) {
-    lines.push_back(text_of("Sectors of size above %i analyzed with %i cycles of drift",
-                            how.godrift, how.drift));
-  }
-  if (how.gocomb > 0) {
-    lines.push_back(
-        text_of("Sectors of size above %i analyzed with %i RAS,\n       "
-                "drift (%i cycles), and fusing (%i rounds)",
-                how.gocomb, how.combstarts, how.drift, how.fuse > 0 ? how.fuse : 3));
-  }
-  if (how.equals) lines.emplace_back("Accepting equally good subtrees");
-}
-
-void list_settings() {
-  std::vector<std::string> lines;
-  add_lines_of_selection(lines);
-  add_lines_of_analysis(lines);
-  if (sectors.global > 0 || sectors.dglobal > 0) {
-    lines.push_back(
-        text_of("Doing global TBR every %i substitutions in small sectors,\n       "
-                "and every %i substitutions in large sectors.",
-                sectors.global, sectors.dglobal));
-  } else {
-    lines.emplace_back("No global TBR");
-  }
-  if (sectors.findscore > 0)
-    lines.push_back(text_of("Stopping when score %g found", sectors.findscore));
-  lines.emplace_back(sectors.keepall ? "Keeping all trees" : "Keeping the best trees only");
-  list_lines("Sectorial search settings: ", lines);
+[[noreturn]] void refuse_level(int most) {
+  error_end(
+      text_of("Can't recurse sectorial searches more than %i levels\n"
+              "Maximum level of recursion must be set BEFORE reading data",
+              most));
 }
 
 constexpr int fewest_nodes_of_chunk = 10;
@@ -268,14 +144,42 @@ void check_divisions(const sector_settings& wanted) {
               fewest_nodes_of_chunk, most));
 }
 
+/// Within a sector what is left of the user's constraints is in force.
 void check_constraints() {
+  if (part_search.sector) return;
   if (!constraints.active) error_end("Constraint-based sectorial searches require constraints ON");
   if (constraints.tree.empty())
     error_end("Can't run constrained sectorial searches without tree constraints");
 }
 
+void check_recursion(const sector_settings& wanted) {
+  if (matrix.present && wanted.each.recurse > sectors.each.recurse)
+    error_end(
+        "The level of recursion for sectorial searches\n"
+        "cannot be increased after reading data...");
+  if (static_cast<int>(wanted.each.instructions.size()) > wanted.each.recurse)
+    refuse_level(wanted.each.recurse);
+}
+
+/// "track" is for one run.
+void check_tracking(const sector_settings& wanted) {
+  if (!wanted.each.track) return;
+  if (part_search.level > 0)
+    error_end("The \"tracking\" option can only be set at the first level of recursion");
+  const std::vector<std::string>& instructions = wanted.each.instructions;
+  if (instructions.empty() || instructions.front().empty())
+    error_end("The \"track\" option requires user-instructions for each sector...");
+  if (wanted.tree < 0 && store.ntrees > 1)
+    error_end("The \"track\" option works only for a single tree: \"sectsch = track tree...\"");
+}
+
 void check_settings(sector_settings& wanted, option_outcome outcome) {
+  check_recursion(wanted);
+  const std::string fixed_by_run = std::exchange(wanted.fixed_by_run, "");
+  wanted.brackets = 0;
   if (outcome != option_outcome::run) return;
+  if (!fixed_by_run.empty()) error_end(fixed_by_run);
+  check_tracking(wanted);
   if (wanted.selection == sector_settings::random && wanted.minsize > wanted.maxsize)
     error_end(
         text_of("Min. size (set as %i) must be greater than or equal to max. size (set as %i)",
@@ -403,9 +307,11 @@ constexpr option_table sectsch_options =
 
 void sectsch_command() {
   const option_outcome outcome = read_search_options(sectors, sectsch_options, check_settings);
-  if (outcome == option_outcome::list) list_settings();
+  if (outcome == option_outcome::list) list_sector_settings();
   if (outcome != option_outcome::run) return;
   require_data("sectorial searches");
+  if (part_search.level >= sectors.each.recurse && part_search.level > 0)
+    refuse_level(sectors.each.recurse);
   if (store.ntrees == 0) error_end("No trees for sectorial searches");
   if (sectors.tree >= store.ntrees) error_end("There is no tree", sectors.tree);
   run_sectors();
