@@ -4,8 +4,13 @@
 #include "engine/hooks.h"
 #include "language/methods.h"
 #include "matrix/matrix_layout.h"
-#include "search/drivers/combined.h"
+#include "search/combined/combined_settings.h"
+#include "search/drivers/drift.h"
+#include "search/drivers/fusing.h"
 #include "search/drivers/mult.h"
+#include "search/drivers/ratchet.h"
+#include "search/drivers/rebuild.h"
+#include "search/drivers/sectors.h"
 #include "search/part_search.h"
 #include "search/search_journal.h"
 #include "search/search_results.h"
@@ -30,6 +35,7 @@ void register_settings() {
   add_settings_of_searches(note<fusing>);
   add_settings_of_searches(note<sectors>);
   add_settings_of_searches(note<combined>);
+  add_settings_of_searches(note<rebuilding>);
   add_settings_of_searches(note<last_search>);
 }
 
