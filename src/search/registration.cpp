@@ -10,11 +10,11 @@
 #include "search/drivers/mult.h"
 #include "search/drivers/ratchet.h"
 #include "search/drivers/rebuild.h"
-#include "search/drivers/sectors.h"
 #include "search/part_search.h"
 #include "search/search_journal.h"
 #include "search/search_results.h"
 #include "search/search_settings.h"
+#include "search/sectors/sectors.h"
 #include "search/store/swap_collapse.h"
 
 namespace zeb {

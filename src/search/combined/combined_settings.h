@@ -5,7 +5,7 @@
 #include "search/drivers/fusing.h"
 #include "search/drivers/ratchet.h"
 #include "search/drivers/rebuild.h"
-#include "search/drivers/sectors.h"
+#include "search/sectors/sectors.h"
 
 namespace zeb {
 

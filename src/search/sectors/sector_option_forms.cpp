@@ -1,4 +1,4 @@
-#include "search/drivers/sector_option_forms.h"
+#include "search/sectors/sector_option_forms.h"
 
 #include <string>
 #include <vector>

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-#include "search/drivers/sector_search.h"
+#include "search/sectors/sector_search.h"
 
 namespace zeb {
 

@@ -1,4 +1,4 @@
-#include "search/drivers/sectors.h"
+#include "search/sectors/sectors.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,9 +10,9 @@
 #include "base/message_text.h"
 #include "console/output.h"
 #include "engine/passes/passes.h"
-#include "search/drivers/sector_choice.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
+#include "search/sectors/sector_choice.h"
 
 namespace zeb {
 

@@ -1,4 +1,4 @@
-#include "search/drivers/sector_search.h"
+#include "search/sectors/sector_search.h"
 
 #include <algorithm>
 #include <vector>
@@ -9,11 +9,11 @@
 #include "engine/passes/passes.h"
 #include "search/drivers/drift.h"
 #include "search/drivers/fusing.h"
-#include "search/drivers/sector_script.h"
 #include "search/moves/shared_clades.h"
 #include "search/moves/swapper.h"
 #include "search/moves/wagner.h"
 #include "search/part_search.h"
+#include "search/sectors/sector_script.h"
 #include "search/store/stored_trees.h"
 
 namespace zeb {

@@ -1,4 +1,4 @@
-#include "search/drivers/sector_script.h"
+#include "search/sectors/sector_script.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,8 +13,8 @@
 #include "engine/passes/passes.h"
 #include "engine/settings_scope.h"
 #include "language/command_strings.h"
-#include "search/drivers/sector_cells.h"
 #include "search/part_search.h"
+#include "search/sectors/sector_cells.h"
 #include "trees/part_trees.h"
 
 namespace zeb {

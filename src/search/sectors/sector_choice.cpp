@@ -1,4 +1,4 @@
-#include "search/drivers/sector_choice.h"
+#include "search/sectors/sector_choice.h"
 
 #include <algorithm>
 #include <utility>

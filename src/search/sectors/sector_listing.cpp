@@ -1,4 +1,4 @@
-#include "search/drivers/sector_listing.h"
+#include "search/sectors/sector_listing.h"
 
 #include <string>
 #include <vector>
@@ -8,8 +8,8 @@
 #include "engine/packing/packed_matrix.h"
 #include "matrix/matrix.h"
 #include "search/drivers/cycle_options.h"
-#include "search/drivers/sectors.h"
 #include "search/part_search.h"
+#include "search/sectors/sectors.h"
 
 namespace zeb {
 namespace {

@@ -1,7 +1,7 @@
 // Options of `sectsch` that are more than a keyword and a number: what follows the keyword is read.
 #pragma once
 
-#include "search/drivers/sectors.h"
+#include "search/sectors/sectors.h"
 
 namespace zeb {
 

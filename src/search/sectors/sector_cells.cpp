@@ -1,4 +1,4 @@
-#include "search/drivers/sector_cells.h"
+#include "search/sectors/sector_cells.h"
 
 #include <algorithm>
 #include <bit>
