@@ -11,6 +11,7 @@
 #include "macro/commands.h"
 #include "mapping/commands.h"
 #include "matrix/commands.h"
+#include "parallel/commands.h"
 #include "search/commands.h"
 #include "supports/commands.h"
 #include "trees/commands.h"
@@ -104,7 +105,7 @@ constexpr command_row rows[] = {
     {"prunnelsen",  prunnelsen_command, true,  topic_compare | topic_consensus | topic_supports | topic_trees},
     {"pruntax",     pruntax_command, true,  topic_various | topic_trees},
     {"prupdn",      none, true,  topic_compare | topic_consensus | topic_supports | topic_trees},
-    {"pzeb",        none, true,  topic_various | topic_scripts},
+    {"pzeb",        pzeb_command, true,  topic_various | topic_scripts},
     {"qcollapse",   qcollapse_command, false, topic_searching | topic_settings},
     {"qnelsen",     qnelsen_command, true,  topic_searching | topic_consensus, false, &qnelsen_options},
     {"quote",       quote_command, false, topic_output | topic_various},
@@ -140,7 +141,7 @@ constexpr command_row rows[] = {
     {"svtxt",       svtxt_command, true,  topic_output | topic_save},
     {"system",      system_command, true,  topic_various},
     {"tables",      tables_command, false, topic_output | topic_settings},
-    {"tagset",      none, false, topic_scripts},
+    {"tagset",      tagset_command, false, topic_scripts},
     {"taxcode",     taxcode_command, false, topic_settings},
     {"taxlabels",   taxlabels_command, false, topic_various},
     {"taxonomy",    none, true,  topic_diagnosis | topic_compare | topic_trees},
@@ -215,8 +216,8 @@ constexpr command_row rows[] = {
     {"set",         set_command, false, topic_scripts},
     {"setarray",    setarray_command, false, topic_scripts},
     {"setloop",     setloop_command, false, topic_scripts},
-    {"slaveget",    none, false, topic_scripts},
-    {"slaveset",    none, false, topic_scripts},
+    {"slaveget",    slaveget_command, false, topic_scripts},
+    {"slaveset",    slaveset_command, false, topic_scripts},
     {"sprit",       sprit_command, false, topic_scripts},
     {"tbrit",       tbrit_command, false, topic_scripts},
     {"travtree",    travtree_command, true,  topic_scripts},

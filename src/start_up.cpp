@@ -13,6 +13,7 @@
 #include "mapping/registration.h"
 #include "matrix/matrix.h"
 #include "matrix/registration.h"
+#include "parallel/registration.h"
 #include "search/registration.h"
 #include "trees/branch_labels.h"
 #include "trees/registration.h"
@@ -42,6 +43,7 @@ void register_everything() {
   register_search();
   hooks_of_language.describe_data = describe_data;
   register_mapping();
+  register_parallel();
 }
 
 }  // namespace zeb

@@ -37,6 +37,8 @@ void run_safely(quit_hook hook) {
 }  // namespace
 
 void go_to_background() { process.background = true; }
+
+void become_task() { process.background = process.slave = true; }
 void go_to_batch() { process.batch = true; }
 void note_failure() { process.failed = true; }
 void end_by_signal(int signal) { process.ended_by = signal; }

@@ -18,6 +18,8 @@ extern process_state process;
 
 /// From here on there is nobody to ask, and nobody to read what the console would show.
 void go_to_background();
+/// The same for a process that works for a parent.
+void become_task();
 
 void go_to_batch();
 /// A batch run that goes on after an error, at a label of its own, ends as a failed one.

@@ -7,10 +7,12 @@ namespace zeb {
 time_limit_state time_limit;
 
 void set_time_limit(unsigned seconds) { time_limit.seconds = seconds; }
+void expire_time_limit() { time_limit.expired = true; }
 void disarm_time_limit() { time_limit.armed = false; }
 
 bool time_is_out() {
-  return time_limit.armed && time_limit.seconds > 0 && command_seconds() >= time_limit.seconds;
+  if (!time_limit.armed) return false;
+  return time_limit.expired || (time_limit.seconds > 0 && command_seconds() >= time_limit.seconds);
 }
 
 }  // namespace zeb

@@ -27,6 +27,11 @@ struct line_buffer_state {
 };
 line_buffer_state line_buffer;
 
+struct capture_state {
+  output_capture* innermost = nullptr;
+};
+capture_state capture;
+
 void append(char c) {
   std::string& text = line_buffer.text;
   if (c == '\n') {
@@ -115,6 +120,10 @@ void newline() { emit(" \n"); }
 void flush_line() {
   const std::string text = without_terminal_codes(line_buffer.text);
   line_buffer = {};
+  if (capture.innermost) {
+    capture.innermost->text_ += text;
+    return;
+  }
   if (log_is_open() && !(output.output_mask & no_log)) write_log(text);
   if (!(output.output_mask & no_text_buffer)) add_to_text_buffer(text);
   if ((output.output_mask & no_console) || process.background) return;
@@ -122,6 +131,9 @@ void flush_line() {
   hide_progress();
   show_lines(text);
 }
+
+output_capture::output_capture() : outer_(capture.innermost) { capture.innermost = this; }
+output_capture::~output_capture() { capture.innermost = outer_; }
 
 void reset_output() { line_buffer = {}; }
 

@@ -63,6 +63,21 @@ class output_mask_scope {
   unsigned saved_;
 };
 
+/// For its lifetime all that is said is kept as a text, and goes nowhere else.
+class output_capture {
+ public:
+  output_capture();
+  ~output_capture();
+  output_capture(const output_capture&) = delete;
+  output_capture& operator=(const output_capture&) = delete;
+  const std::string& text() const { return text_; }
+
+ private:
+  friend void flush_line();
+  std::string text_;
+  output_capture* outer_;
+};
+
 /// For its lifetime nothing goes to these places either; by default to none.
 class silence_scope : public output_mask_scope {
  public:

@@ -65,17 +65,6 @@ double implied_weighting() {
 }
 double concavity() { return weighting.concavity; }
 double sectorial_level() { return capacity_scopes(); }
-double slave_number() {
-  if (!brackets_follow()) return 0;
-  open_brackets();
-  const int parent = whole_argument();
-  if (!accept_char(']')) error_end("Expected closing bracket for \"slavenum\"");
-  error_end("No parent", parent);
-}
-double all_processors() {
-  if (process.slave) error_end("Sorry, cannot access \"totcpus\" in slaves");
-  error_end("Expression \"totcpus\" is not available yet");
-}
 double task_variable() { error_end("TASKVAR not yet implemented"); }
 
 // clang-format off
@@ -113,13 +102,7 @@ constexpr expression_function rows[] = {
     {"bground", "", "1 in the background", background, function_list::parallel},
     {"piwe", "", "0 off, 1 standard, 2 auto-weighted, 3 extended for missing entries, 4 extended with weighting groups", implied_weighting},
     {"kval", "", "concavity k of implied weighting", concavity, function_list::general, "linux"},
-    {"pmode", "", "0 not parallel, 1 PVM, 2 MPI", never, function_list::parallel},
-    {"plevel", "", "number of parents: 0 for the master", never, function_list::parallel},
     {"seclevel", "", "level of recursion of sectorial searches", sectorial_level},
-    {"slavenum", "[N]", "task number of this process, or of its parent N (optional)", slave_number, function_list::parallel},
-    {"totcpus", "", "processors of all hosts", all_processors, function_list::parallel, {}, true},
-    {"numhosts", "", "number of hosts", never, function_list::parallel},
-    {"numjobs", "", "number of jobs", never, function_list::parallel},
     {"taskvar", "", "a variable of the task", task_variable, function_list::unlisted, {}, true},
 };
 // clang-format on

@@ -70,6 +70,12 @@ struct language_hooks {
   /// Reads a file whose first bytes show that it holds data or trees of some format; false where
   /// it is to be read as commands.
   bool (*read_known_format)(input_file& file) = nullptr;
+  /// The life of a process that works for a parent, with the words of its call.
+  int (*run_task)(int argc, char** argv) = nullptr;
+  /// Such a process looks at what its parent says. True: the running command is to stop.
+  bool (*stop_asked_by_parent)() = nullptr;
+  /// A command of its instructions failed: the rest of them is void.
+  void (*task_failed)() = nullptr;
   /// Changed by `set_macro_layer` only.
   macro_layer macros;
 };

@@ -108,6 +108,7 @@ void refill_level_zero(input_frame& frame) {
   char* text = make_room(frame, input.from_arguments ? kept_behind : 0);
   if (input.from_arguments) {
     if (next_argument_piece(text)) return;
+    if (process.slave) return supply_end(frame, text);
     if (process.background) {
       if (!input.arguments_closed) {
         input.arguments_closed = true;
@@ -206,13 +207,29 @@ void start_input(int mxproc, std::string argument_text, const std::string& name)
   input.argument_position = 0;
 }
 
+void restart_level_zero(std::string text) {
+  {
+    const quiet_scope quiet;
+    while (input.top > 0) pop_frame();
+  }
+  input_frame& frame = top_frame();
+  frame.at_end = false;
+  frame.line_number = 0;
+  frame.text = frame.buffer;
+  frame.buffer[0] = 0;
+  input.read_position = frame.buffer;
+  input.from_arguments = input.plain_commas = true;
+  input.argument_text = std::move(text);
+  input.argument_position = 0;
+}
+
 void set_input_depth(int mxproc) { input.mxproc = mxproc; }
 
 // Called for every character of every matrix: a byte test, and the rare cases elsewhere.
 int plain_read_char() {
   for (;;) {
     const char c = *input.read_position;
-    if (c == ',' && input.top == 0 && !input.literal_comma) {
+    if (c == ',' && commas_end_commands()) {
       *input.read_position++ = ';';
       return ';';
     }

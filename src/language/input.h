@@ -47,6 +47,7 @@ struct input_state {
   std::string argument_text;
   std::size_t argument_position = 0;
   bool arguments_closed = false;  // the ";" after them has been supplied
+  bool plain_commas = false;      // level 0 is a text in which commas don't end commands
 };
 extern input_state input;
 
@@ -64,11 +65,17 @@ class comma_reading {
   const bool former_ = input.literal_comma;
 };
 
+inline bool commas_end_commands() {
+  return input.top == 0 && !input.literal_comma && !input.plain_commas;
+}
+
 /// The frame being read.
 inline input_frame& top_frame() { return *input.frames[static_cast<std::size_t>(input.top)]; }
 /// Makes level 0: the text of the process arguments, or the standard input where there are none.
 /// `name` is shown for it.
 void start_input(int mxproc, std::string argument_text, const std::string& name);
+/// Level 0 is `text` from now on, read like a file; all other inputs are closed.
+void restart_level_zero(std::string text);
 /// Sets how many files may be open at a time; not below the number that are.
 void set_input_depth(int mxproc);
 

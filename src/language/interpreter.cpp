@@ -270,6 +270,7 @@ void run_one_round() {
 }
 
 void stop_main_loop() { interpreter.running = false; }
+void go_on_with_main_loop() { interpreter.running = true; }
 
 void no_timing() { interpreter.timed = false; }
 

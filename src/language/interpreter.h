@@ -64,8 +64,9 @@ extern interpreter_state interpreter;
 void run_next();
 /// The same as a round of the main loop: with the jump that is pending, and the command's time.
 void run_one_round();
-/// The main loop ends with this command.
+/// The main loop ends with this command, or goes on after all.
 void stop_main_loop();
+void go_on_with_main_loop();
 /// What `watch` sets; the command that switches it on isn't timed itself.
 void watch_commands(bool on);
 void watch_ram(bool on);

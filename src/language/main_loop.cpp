@@ -21,6 +21,7 @@
 #include "language/batch.h"
 #include "language/commands/procedure_command.h"
 #include "language/help.h"
+#include "language/hooks.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/methods.h"
@@ -44,15 +45,6 @@ void greet(run_mode mode) {
   if (mode == run_mode::commands) write_console("\nLUMA (Lineage Utility MAchine)\n\n\r");
 }
 
-void prepare(std::string commands, const std::string& input_name) {
-  start_memory_reserve();
-  start_command_clock();
-  start_stopwatch();
-  set_signals();
-  start_input(10, std::move(commands), input_name);
-  run_in_jump_context([] { create_arena(arena.size); });
-}
-
 [[noreturn]] void run_to_the_end() {
   while (interpreter.running && process.ended_by == 0 && !process.gave_up)
     run_in_jump_context(run_one_round);
@@ -64,7 +56,7 @@ void prepare(std::string commands, const std::string& input_name) {
 int run_file_in_batch(const std::string& file) {
   go_to_batch();
   show_on_standard_output();
-  prepare({}, "Standard Input");
+  begin_process({}, "Standard Input");
   {
     const jump_context around_opening;
     try {
@@ -81,6 +73,15 @@ int say(const std::string& text, std::FILE* where, int status) {
 }
 
 }  // namespace
+
+void begin_process(std::string commands, const std::string& input_name) {
+  start_memory_reserve();
+  start_command_clock();
+  start_stopwatch();
+  set_signals();
+  start_input(10, std::move(commands), input_name);
+  run_in_jump_context([] { create_arena(arena.size); });
+}
 
 void leave_program() {
   // The console ends its input where a signal comes that ends the program.
@@ -111,8 +112,7 @@ int run_process(int argc, char** argv) {
       return say(program_name + ": " + call.refusal + " (see " + program_name + " --help)\n",
                  stderr, status_of_wrong_call);
     case run_mode::parallel:
-      return say(program_name + ": running as \"" + argv[1] + "\" is not available yet\n", stderr,
-                 status_of_failure);
+      return hooks_of_language.run_task(argc, argv);
     case run_mode::batch:
       return run_batch(call.files, run_file_in_batch);
     case run_mode::background:
@@ -123,7 +123,7 @@ int run_process(int argc, char** argv) {
     case run_mode::commands:
       start_console();
   }
-  prepare(call.commands, call.commands.empty() ? "Standard Input" : program_name);
+  begin_process(call.commands, call.commands.empty() ? "Standard Input" : program_name);
   greet(call.mode);
   run_to_the_end();
 }

@@ -47,6 +47,7 @@ error_place place_of_input() {
 void end_background_run() {
   flush_log();
   if (process.ended_by != 0 || process.gave_up) return;  // soon, and with what was found saved
+  if (process.slave) return hooks_of_language.task_failed();
   if (process.background) {
     report_line("... SOME ERROR OCCURED, QUITTING...");
     if (process.memory_refused) return give_up_process("Not enough memory to go on");
@@ -155,7 +156,9 @@ void look_for_interrupt(bool wait) {
   if (!in_jump_context()) return;
   if (noted_signal() != 0 && process.ended_by == 0) return obey_signal();
   if (process.background) {
-    if (stop_asked_by_file()) interrupt();
+    const auto stop_asked =
+        process.slave ? hooks_of_language.stop_asked_by_parent : stop_asked_by_file;
+    if (stop_asked()) interrupt();
     return;
   }
   if (!wait && !settings.break_polling) return;

@@ -17,6 +17,8 @@ struct macro_hooks {
   /// "$taxon N", "$dataset" and the like: true and the text for a word that stands for one, which
   /// reads its own arguments.
   bool (*fixed_string)(std::string_view word, std::string* text) = nullptr;
+  /// `return` among the instructions of a task: reads its own arguments.
+  void (*return_of_task)() = nullptr;
 };
 extern struct macro_hooks hooks_of_macro;
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/process.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "language/commands/commands.h"
@@ -11,6 +12,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/commands.h"
+#include "macro/hooks.h"
 #include "macro/jumps.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
@@ -99,6 +101,7 @@ void label_command() {
 void return_command() {
   require_macros();
   no_timing();
+  if (process.slave && input.top == 0) return hooks_of_macro.return_of_task();
   if (accept_char('=')) macros.frames.back().keep_names = true;
   double status = 0;
   if (skip_blanks_peek() != ';') {

@@ -81,6 +81,7 @@ int macro_read_char() {
     // Everything that can start an expansion lies in this range; letters and digits leave at once.
     if (c > '\'' || c < '"' || macro_reading_flags.no_expansion) return c;
     if (last_char_was_plain()) return c;
+    if (macro_reading_flags.single_quotes_only && c != '\'' && c != '%') return c;
     switch (c) {
       case '\'':
       case '"': {

@@ -57,7 +57,7 @@ int read_raw_boundary() {
         continue;
       }
       read_on_at(input.read_position + 1);
-      return c == ',' && input.top == 0 && !input.literal_comma ? ';' : c;
+      return c == ',' && commas_end_commands() ? ';' : c;
     }
     return plain_read_char();
   }

@@ -21,6 +21,11 @@
 namespace zeb {
 namespace {
 
+struct session_state {
+  const search_context* running = nullptr;
+};
+session_state session;
+
 search_data& users_data() {
   search_data& data = packed_matrix(false);
   if (swapping.use_inters > 0 && data.has_wide) {
@@ -54,6 +59,8 @@ void warn_of_breaking_trees(search_context& context) {
 }
 
 }  // namespace
+
+const search_context* running_search() { return session.running; }
 
 void matrix_form(const search_context& context, int number, tree_span tree) {
   const std::span<const std::int32_t> slot = slot_tree(context, number);
@@ -110,6 +117,7 @@ void search_session::take_trees_in() {
   }
   if (&c.trees == &store && !part_search.sector) {
     set_auto_save_view([&c](int number, tree_span tree) { matrix_form(c, number, tree); });
+    session.running = &c;
   }
   for (int t = 0; t < count; ++t) adopt_tree(c, t);
   if (c.constraints_in_force && !c.shown.silent) warn_of_breaking_trees(c);
@@ -121,6 +129,7 @@ void search_session::leave() {
     part_search.sector->moves_done += context().moves_done;
   } else {
     set_auto_save_view({});
+    session.running = nullptr;
   }
   go_on_from(context().random);
   keep_counters(context());

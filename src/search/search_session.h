@@ -46,6 +46,9 @@ class search_session {
   bool all_taken_in_ = false;
 };
 
+/// The search over the trees in memory that runs, for who wants to tell how far it is; null: none.
+const search_context* running_search();
+
 /// A tree of a running search in matrix numbering, without marks of collapsed branches.
 void matrix_form(const search_context& context, int number, tree_span tree);
 

@@ -25,25 +25,18 @@ auto_save_state auto_save;
 
 namespace {
 
-std::vector<tree_node> tree_to_save(int number) {
-  const const_tree_span stored = stored_tree(number);
-  std::vector<tree_node> tree(stored.begin(), stored.end());
-  if (auto_save.view) auto_save.view(number, tree);
-  return tree;
-}
-
 void write_results(output_file& file) {
   if (auto_save.parenthetical) {
     file.put("tread 'auto-saved results'\n");
     for (int t = 0; t < store.ntrees; ++t) {
       if (t > 0) file.put("*\n");
-      file.put(stored_tree_text(tree_to_save(t)));
+      file.put(stored_tree_text(viewed_tree(t)));
     }
     return file.put(";\nproc-;\n");
   }
   std::vector<std::uint8_t> bytes = compact_head(matrix.ntax);
   for (int t = 0; t < store.ntrees; ++t) {
-    std::vector<tree_node> complete = tree_to_save(t);
+    std::vector<tree_node> complete = viewed_tree(t);
     include_absent_taxa(complete, matrix.ntax);
     append_compact_tree(complete, matrix.ntax, bytes);
     file.put({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
@@ -111,6 +104,13 @@ void set_auto_save(int seconds, const std::string& name, bool parenthetical) {
   if (!same_files) auto_save.written = {};
   if (seconds <= 0) return;
   for (const int number : {1, 2}) keep_results_of_others(number);
+}
+
+std::vector<tree_node> viewed_tree(int number) {
+  const const_tree_span stored = stored_tree(number);
+  std::vector<tree_node> tree(stored.begin(), stored.end());
+  if (auto_save.view) auto_save.view(number, tree);
+  return tree;
 }
 
 void set_auto_save_view(tree_view view) { auto_save.view = std::move(view); }

@@ -1,0 +1,15 @@
+// Results of jobs, and trees and texts of tasks that go on.
+#pragma once
+
+#include <vector>
+
+namespace zeb {
+
+/// Waits for the tasks of these jobs and takes what they return; the jobs are over then. With
+/// `stop_first` they are told to stop.
+void collect_jobs(const std::vector<int>& slots, bool stop_first);
+
+/// Reads "0 2-3" as tasks of a job.
+std::vector<int> read_task_list(int slot);
+
+}  // namespace zeb

@@ -1,0 +1,80 @@
+// `pzeb setdata`: the data in a file of each host, for tasks that read them from there.
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "base/errors.h"
+#include "base/interrupts.h"
+#include "console/output.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "matrix/matrix.h"
+#include "parallel/jobs/host_lists.h"
+#include "parallel/jobs/keywords.h"
+#include "parallel/messages/packet.h"
+#include "parallel/messages/tags.h"
+#include "parallel/settings.h"
+#include "parallel/tasks/disk_data.h"
+#include "parallel/tasks/session_text.h"
+#include "parallel/transport/connection.h"
+
+namespace zeb {
+namespace {
+
+/// The helper of one host writes the file. False: it couldn't.
+bool write_on_host(int host, const std::string& directory, const std::string& text) {
+  constexpr useconds_t between = 20'000;  // microseconds
+  transport& link = connection();
+  const std::vector<task_id> helper =
+      link.spawn({.count = 1, .host = host, .argument = disk_helper_argument()});
+  if (helper.empty()) return false;
+  packet_writer message;
+  message.put_text(directory);
+  message.put_text(text);
+  bool written = false;
+  if (link.send(helper[0], tag_disk_data, message.bytes())) {
+    std::optional<arrived_message> reply;
+    while (!(reply = link.receive(helper[0], tag_disk_reply)) && link.is_alive(helper[0])) {
+      check_interrupt();
+      usleep(between);
+    }
+    if (!reply) reply = link.receive(helper[0], tag_disk_reply);
+    try {
+      written = reply && packet_reader(reply->body).whole() != 0;
+    } catch (const damaged_message&) {
+    }
+    packet_writer over;
+    over.put(signal_collect);
+    link.send(helper[0], tag_signal, over.bytes());
+  }
+  link.forget(helper);
+  return written;
+}
+
+}  // namespace
+
+void setdata_keyword() {
+  if (accept_char('=')) {
+    const bool given = read_file_name() > 0;
+    set_disk_directory(given ? std::string(token()) : std::string());
+    expect_end();
+    if (given)
+      return emitf("P-ZEB: setting disk data directory as %s", parallel.disk_directory.c_str());
+    return report_line("P-ZEB: setting disk data directory as default");
+  }
+  require_data("setting disk data");
+  connection();
+  const std::vector<host_share> hosts = read_host_list();
+  if (hosts.empty()) error_end("P-ZEB: no hosts in list for disk data setting");
+  const std::string directory(read_file_name() > 0 ? token() : std::string_view());
+  expect_end();
+  const std::string text =
+      disk_data_text(matrix.nchar, matrix.ntax, matrix.cell_bytes, data_as_commands());
+  bool all = true;
+  for (const host_share& host : hosts) all = write_on_host(host.host, directory, text) && all;
+  report_line(all ? "P-ZEB: disk data in hosts set"
+                  : "P-ZEB: can't set disk data in some slave(s)");
+}
+
+}  // namespace zeb

@@ -1,0 +1,276 @@
+// `pzeb wait`: looks at tasks until they are done, or until a condition is fulfilled.
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "base/command.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/interrupts.h"
+#include "base/message_text.h"
+#include "base/process.h"
+#include "console/output.h"
+#include "console/progress.h"
+#include "console/settings.h"
+#include "language/input.h"
+#include "language/lexer.h"
+#include "macro/macro_values.h"
+#include "macro/script_text.h"
+#include "parallel/jobs/collecting.h"
+#include "parallel/jobs/job_table.h"
+#include "parallel/jobs/keywords.h"
+#include "parallel/jobs/monitoring.h"
+#include "parallel/settings.h"
+#include "parallel/tasks/task.h"
+#include "parallel/transport/connection.h"
+
+namespace zeb {
+namespace {
+
+constexpr std::size_t longest_condition = 8000;
+
+struct wait_state {
+  bool succeeded = true;
+  std::vector<int> monitored;  // jobs whose status is kept up
+};
+wait_state last_wait;
+
+struct wait_request {
+  double timeout = 0;  // seconds; 0 none
+  std::string condition;
+  std::vector<int> jobs;
+};
+
+double read_timeout() {
+  double seconds = 0;
+  if (!read_optional_float(&seconds) || !(seconds > 0))
+    error_end("P-ZEB: timeout for \"wait\" must be > 0");
+  if (!accept_char(']')) error_end("Expected ']' after time-out for \"wait\"");
+  return seconds;
+}
+
+/// From after its "(" to its ")", unexpanded.
+std::string read_condition() {
+  const reading_flag plain(&macro_reading::no_expansion);
+  std::string text;
+  for (int depth = 1; depth > 0;) {
+    if (input_ended()) error_end("Found end-of-file:", "expecting \")\"");
+    const int c = read_char();
+    if (c == '(') ++depth;
+    if (c == ')' && --depth == 0) break;
+    text += static_cast<char>(c);
+    if (text.size() > longest_condition) error_end("P-ZEB: condition for \"wait\" is too long");
+  }
+  return text;
+}
+
+wait_request read_wait_request() {
+  wait_request request;
+  bool jobs_given = false;
+  for (int next = skip_blanks_peek(); next != ';'; next = skip_blanks_peek()) {
+    if (accept_char('[')) {
+      request.timeout = read_timeout();
+    } else if (accept_char('(')) {
+      request.condition = read_condition();
+    } else {
+      if (jobs_given) expect_end();
+      request.jobs = read_jobs();
+      jobs_given = true;
+    }
+  }
+  read_char();
+  if (!jobs_given) {
+    if (active_jobs() == 0) error_end("P-ZEB: no parallel job is running");
+    request.jobs = jobs_in_order();
+  }
+  if (request.jobs.empty()) error_end("P-ZEB: no jobs to monitor!");
+  return request;
+}
+
+bool is_fulfilled(const std::string& condition) {
+  push_string("(" + condition + ");", "condition of wait");
+  const int level = input.top;
+  const double value = macro_value();
+  while (input.top >= level) pop_frame();
+  return value != 0;
+}
+
+void begin_monitoring(const std::vector<int>& slots) {
+  for (const int slot : slots) {
+    job_record& job = job_at(slot);
+    for (task_record& t : job.tasks) t.status = task_status();
+    send_signal(job, signal_monitor);
+  }
+  last_wait.monitored = slots;
+}
+
+void end_monitoring() {
+  for (const int slot : last_wait.monitored)
+    if (job_at(slot).active) send_signal(job_at(slot), signal_no_monitor);
+  last_wait.monitored.clear();
+  if (parallel.mnemonic) return;
+  for (int slot = 0; slot < most_jobs; ++slot)
+    for (task_record& t : job_at(slot).tasks) t.status.reset();
+}
+
+std::string score_text(double score) { return score < 0 ? "------" : text_of("%.6g", score); }
+
+std::string rearrangements_text(const task_status& s) {
+  std::string digits = std::to_string(s.rearrangements_low);
+  if (s.rearrangements_high > 0)
+    digits = std::to_string(s.rearrangements_high) +
+             std::string(9 - std::min<std::size_t>(digits.size(), 9), '0') + digits;
+  return with_commas(digits);
+}
+
+std::string status_word(const task_record& t) {
+  if (t.gone) return "dead";
+  if (t.status->command == "ERROR") return "ERROR";
+  if (t.status->finished) return "done";
+  return t.status->paused ? "pause" : "run";
+}
+
+/// Counts and the best score; a job's line without a task.
+void add_to_totals(const task_status& s, task_status& totals) {
+  constexpr std::uint64_t unit = 1'000'000'000;
+  totals.replications += s.replications;
+  totals.rearrangements_low += s.rearrangements_low;
+  totals.rearrangements_high += s.rearrangements_high + totals.rearrangements_low / unit;
+  totals.rearrangements_low %= unit;
+  totals.trees += s.trees;
+  if (s.score >= 0 && (totals.score < 0 || s.score < totals.score)) totals.score = s.score;
+}
+
+std::string line_of(const std::string& job, const std::string& task_text, const task_status& s,
+                    const std::string& state) {
+  return text_of("%-7.7s %-9.9s %-7.7s %5i %6i %18s %13s  %s\n", job.c_str(), task_text.c_str(),
+                 s.command.c_str(), s.trees, s.replications, rearrangements_text(s).c_str(),
+                 score_text(s.score).c_str(), state.c_str());
+}
+
+bool all_done(const std::vector<int>& slots, bool test_life) {
+  bool done = true;
+  for (const int slot : slots) {
+    job_record& job = job_at(slot);
+    take_status_messages(job);
+    for (task_record& t : job.tasks) {
+      if (test_life) is_alive(t);
+      done = done && (t.gone || (t.status && t.status->finished));
+    }
+  }
+  return done;
+}
+
+/// One line on the screen, for users who wait.
+void show_state(const std::vector<int>& slots) {
+  task_status totals;
+  int finished = 0;
+  int tasks = 0;
+  for (const int slot : slots) {
+    for (const task_record& t : job_at(slot).tasks) {
+      ++tasks;
+      if (!t.status) continue;
+      add_to_totals(*t.status, totals);
+      finished += t.status->finished || t.gone;
+    }
+  }
+  show_progress(text_of("%i of %i tasks done, best score %s, %s rearrangements", finished, tasks,
+                        score_text(totals.score).c_str(), rearrangements_text(totals).c_str()),
+                0, 0);
+}
+
+enum class wait_end { finished, fulfilled, timed_out, interrupted };
+
+wait_end watch(const wait_request& request) {
+  constexpr useconds_t between = 50'000;  // microseconds
+  constexpr double seconds_between_tests = 1;
+  const double since = wall_clock();
+  const search_running patient;  // a key ends the waiting, not the command
+  double last_look = since;
+  double last_test = since;
+  for (;;) {
+    const double now = wall_clock();
+    const bool test = now - last_test > seconds_between_tests;
+    if (test) last_test = now;
+    if (all_done(request.jobs, test)) return wait_end::finished;
+    if (!request.condition.empty() && now - last_look >= 0.5 * parallel.communication_time) {
+      last_look = now;
+      if (is_fulfilled(request.condition)) return wait_end::fulfilled;
+    }
+    if (request.timeout > 0 && now - since >= request.timeout) return wait_end::timed_out;
+    if (test) show_state(request.jobs);
+    check_interrupt();
+    if (interrupted()) return wait_end::interrupted;
+    if (process.slave && task.no_waits) return wait_end::interrupted;
+    usleep(between);
+  }
+}
+
+std::vector<int> wait_for_jobs() {
+  const wait_request request = read_wait_request();
+  last_wait.succeeded = true;
+  begin_monitoring(request.jobs);
+  const wait_end end = watch(request);
+  clear_progress();
+  if (settings.report) show_status_table(request.jobs);
+  end_monitoring();
+  forget_interrupt();
+  switch (end) {
+    case wait_end::finished:
+      report_line("P-ZEB: wait: all jobs monitored finished running");
+      break;
+    case wait_end::fulfilled:
+      report_line("P-ZEB: wait: condition is fulfilled");
+      break;
+    case wait_end::timed_out:
+      last_wait.succeeded = false;
+      report_line("P-ZEB: wait: time is out");
+      break;
+    case wait_end::interrupted:
+      last_wait.succeeded = false;
+      report_line("P-ZEB: wait: user interrupt");
+  }
+  return request.jobs;
+}
+
+}  // namespace
+
+bool last_wait_succeeded() { return last_wait.succeeded; }
+
+void stop_monitoring_after_error() {
+  if (!last_wait.monitored.empty()) end_monitoring();
+}
+
+void show_status_table(const std::vector<int>& slots) {
+  emit("Job     Task/Host Command Trees Repls.         Rearrangs.         Score  Stat\n");
+  const std::vector<host_record>& hosts = hosts_in_use();
+  for (const int slot : slots) {
+    job_record& job = job_at(slot);
+    task_status totals;
+    totals.command = "";
+    for (std::size_t i = 0; i < job.tasks.size(); ++i) {
+      task_record& t = job.tasks[i];
+      if (!t.status) t.status = task_status();
+      add_to_totals(*t.status, totals);
+      const std::string host = !t.host_name.empty()        ? t.host_name
+                               : at(t.host) < hosts.size() ? hosts[at(t.host)].name
+                                                           : "";
+      emit(line_of(job.name, std::to_string(i) + "/" + host, *t.status, status_word(t)));
+    }
+    emit(line_of(job.name, "(all)", totals, job.paused ? "pause" : ""));
+  }
+}
+
+void wait_keyword() { wait_for_jobs(); }
+
+void gwait_keyword() {
+  const std::vector<int> jobs = wait_for_jobs();
+  for (const int slot : jobs) {
+    send_signal(job_at(slot), signal_stop);
+    collect_jobs({slot}, false);
+  }
+}
+
+}  // namespace zeb

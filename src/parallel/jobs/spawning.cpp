@@ -1,0 +1,179 @@
+#include "parallel/jobs/spawning.h"
+
+#include <algorithm>
+
+#include "base/arena.h"
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/message_text.h"
+#include "base/process.h"
+#include "base/random.h"
+#include "console/output.h"
+#include "matrix/matrix.h"
+#include "parallel/settings.h"
+#include "parallel/tasks/session_text.h"
+#include "parallel/tasks/task.h"
+#include "parallel/tasks/tree_loads.h"
+#include "parallel/transport/connection.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+struct spawn_state {
+  bool succeeded = true;
+};
+spawn_state last_spawn;
+
+constexpr double megabyte = 1'000'000;
+
+/// A number from 1 to the largest seed.
+int drawn_seed() { return std::max(draw(), 1); }
+
+/// Each host gets the quotient, and the first ones one more each for the remainder.
+std::vector<host_share> shares_of(const job_request& request) {
+  if (request.hosts.empty()) return {{-1, request.tasks}};
+  std::vector<host_share> shares = request.hosts;
+  const bool told =
+      std::all_of(shares.begin(), shares.end(), [](const host_share& s) { return s.tasks > 0; });
+  if (told) return shares;
+  const int hosts = static_cast<int>(shares.size());
+  for (int i = 0; i < hosts; ++i)
+    shares[at(i)].tasks = request.tasks / hosts + (i < request.tasks % hosts ? 1 : 0);
+  return shares;
+}
+
+std::vector<task_record> start_tasks(const job_request& request) {
+  transport& link = connection();
+  std::vector<task_record> tasks;
+  for (const host_share& share : shares_of(request)) {
+    if (share.tasks == 0) continue;
+    const std::vector<task_id> ids = link.spawn({.count = share.tasks,
+                                                 .host = share.host,
+                                                 .argument = task_argument(),
+                                                 .keep_errors = parallel.catch_output});
+    for (const task_id id : ids) {
+      task_record started;
+      started.id = id;
+      started.host = std::max(share.host, 0);
+      tasks.push_back(std::move(started));
+    }
+  }
+  return tasks;
+}
+
+void tell_missing_tasks(const job_request& request, std::size_t started) {
+  last_spawn.succeeded = started == at(request.tasks);
+  if (last_spawn.succeeded) return;
+  const std::string why = connection().fault();
+  if (started == 0)
+    error_end(
+        "P-ZEB: couldn't spawn any jobs!\nMake sure that \"zeb\" is copied onto the right "
+        "directories" +
+        (why.empty() ? why : " (" + why + ")"));
+  report_line("spawned only", started, "of", request.tasks, "tasks", why);
+}
+
+void tell_spawn(const job_request& request, std::size_t tasks) {
+  const int count = static_cast<int>(tasks);
+  if (parallel.mode == back_end::pvm) {
+    emit(text_of("P-ZEB: Spawned job %s (%i tasks)\n", request.name.c_str(), count));
+  } else {
+    emit(text_of("P-ZEB: Spawned job \"%s\" (%i %s)\n", request.name.c_str(), count,
+                 count == 1 ? "task" : "tasks"));
+  }
+}
+
+std::uint64_t bytes_of(double megabytes) {
+  return megabytes > 0 ? static_cast<std::uint64_t>(megabytes * megabyte) : arena.size;
+}
+
+std::vector<std::int32_t> ids_of(const std::vector<task_record>& tasks) {
+  std::vector<std::int32_t> ids;
+  for (const task_record& t : tasks) ids.push_back(t.id);
+  return ids;
+}
+
+void send(task_record& to, int tag, const packet_writer& message) {
+  if (!to.gone && !connection().send(to.id, tag, message.bytes())) to.gone = true;
+}
+
+}  // namespace
+
+bool last_spawn_succeeded() { return last_spawn.succeeded; }
+
+task_orders orders_of_session() {
+  task_orders orders;
+  orders.communication_time = parallel.communication_time;
+  orders.raw_encoding = parallel.raw_encoding;
+  const std::vector<host_record>& hosts = hosts_in_use();
+  if (!hosts.empty()) orders.host = hosts[0].name;
+  orders.taxa = matrix.ntax;
+  orders.characters = matrix.nchar;
+  orders.cell_bytes = matrix.cell_bytes;
+  orders.data = data_as_commands();
+  orders.settings = settings_as_commands();
+  return orders;
+}
+
+task_packet packet_of_task(int number, const std::vector<int>& trees, bool with_groups) {
+  task_packet packet;
+  packet.seed = drawn_seed();
+  packet.macro_seed = drawn_seed();
+  packet.number = number;
+  packet.level = task.level + 1;
+  if (process.slave) {
+    packet.parents = task.parents;
+    packet.parents.insert(packet.parents.begin(), task.number);
+  }
+  packet.load = selected_trees(trees, with_groups);
+  return packet;
+}
+
+int spawn_job(job_request request) {
+  connection();
+  const int slot = free_job_slot();
+  std::vector<task_record> tasks = start_tasks(request);
+  tell_missing_tasks(request, tasks.size());
+  job_record& job = job_at(slot);
+  job.name = request.name;
+  job.taxa = request.sectors.empty() ? matrix.ntax : request.sectors[0].taxa;
+  job.hosts = static_cast<int>(hosts_in_use().size());
+  job.started = wall_clock();
+  job.kind = request.kind;
+  job.parts = request.parts;
+  job.partial = request.partial;
+  job.sectors = std::move(request.sectors);
+  job.tasks = std::move(tasks);
+  job.active = true;
+
+  const double ram = request.ram > 0 ? request.ram : parallel.task_ram;
+  task_orders orders;
+  if (request.sector_orders.empty()) {
+    orders = orders_of_session();
+    orders.from_disk = request.from_disk;
+    orders.directory = parallel.disk_directory;
+    if (request.from_disk) orders.data.clear();
+    orders.swap_mode = request.swap_mode;
+    orders.swap_tree = request.swap_tree;
+  }
+  const int count = static_cast<int>(job.tasks.size());
+  const std::vector<std::vector<int>> trees = request.sector_orders.empty()
+                                                  ? trees_of_tasks(request.trees, count, false)
+                                                  : std::vector<std::vector<int>>(at(count));
+  for (int i = 0; i < count; ++i) {
+    task_orders own = request.sector_orders.empty() ? orders : request.sector_orders[at(i)];
+    own.ram = bytes_of(ram);
+    own.instructions = request.instructions;
+    own.tasks = ids_of(job.tasks);
+    send(job.tasks[at(i)], tag_data, own.packed());
+    task_packet packet = packet_of_task(i, trees[at(i)], request.trees.groups_go_along);
+    if (!request.sector_orders.empty()) packet.load.trees = {job.sectors[at(i)].reduced_tree};
+    send(job.tasks[at(i)], tag_packet, packet.packed());
+  }
+  if (request.kind == job_kind::whole_trees) tell_tree_choice(request.trees, trees);
+  tell_spawn(request, job.tasks.size());
+  return slot;
+}
+
+}  // namespace zeb

@@ -1,0 +1,42 @@
+// A job begins: tasks are started, and get data, trees and instructions.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "parallel/jobs/host_lists.h"
+#include "parallel/jobs/job_table.h"
+#include "parallel/jobs/tree_selections.h"
+
+namespace zeb {
+
+/// What `begin` asks for.
+struct job_request {
+  std::string name;
+  int tasks = 0;                  // 0: not told
+  std::vector<host_share> hosts;  // empty: not told
+  double ram = 0;                 // MB; 0 as the parent has
+  tree_choice trees;
+  bool from_disk = false;
+  job_kind kind = job_kind::whole_trees;
+  std::vector<sector_place> sectors;       // by task
+  std::vector<task_orders> sector_orders;  // data of each
+  int parts = 0;
+  bool partial = false;
+  int swap_tree = -1;
+  int swap_mode = 0;  // 1 sorted, 2 unsorted, 3 with a controller
+  std::string instructions;
+};
+
+/// Starts the job and tells so. Returns its slot. Errors: no task could be started.
+int spawn_job(job_request request);
+
+/// Orders for a job of whole data.
+task_orders orders_of_session();
+/// Seeds, number and trees of one task.
+task_packet packet_of_task(int number, const std::vector<int>& trees, bool with_groups);
+
+/// 1 if all tasks of the last spawn started.
+bool last_spawn_succeeded();
+
+}  // namespace zeb

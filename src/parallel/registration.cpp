@@ -1,0 +1,25 @@
+#include "parallel/registration.h"
+
+#include "base/command.h"
+#include "base/process.h"
+#include "language/hooks.h"
+#include "macro/hooks.h"
+#include "parallel/jobs/job_table.h"
+#include "parallel/jobs/monitoring.h"
+#include "parallel/tasks/parent_signals.h"
+#include "parallel/tasks/task.h"
+#include "parallel/transport/connection.h"
+
+namespace zeb {
+
+void register_parallel() {
+  hooks_of_language.run_task = run_task;
+  hooks_of_language.stop_asked_by_parent = stop_asked_by_parent;
+  hooks_of_language.task_failed = note_failed_task;
+  hooks_of_macro.return_of_task = read_return;
+  register_job_lists();
+  add_command_over_hook(stop_monitoring_after_error);
+  add_closing_hook(leave_parallel_mode);
+}
+
+}  // namespace zeb

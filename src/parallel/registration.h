@@ -1,0 +1,7 @@
+#pragma once
+
+namespace zeb {
+
+void register_parallel();
+
+}  // namespace zeb

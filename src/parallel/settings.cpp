@@ -1,0 +1,15 @@
+#include "parallel/settings.h"
+
+namespace zeb {
+
+parallel_settings parallel;
+
+void set_back_end(back_end which) { parallel.mode = which; }
+void set_disk_directory(const std::string& directory) { parallel.disk_directory = directory; }
+
+const char* back_end_name(back_end which) {
+  if (which == back_end::pvm) return "PVM";
+  return which == back_end::mpi ? "MPI" : "local";
+}
+
+}  // namespace zeb

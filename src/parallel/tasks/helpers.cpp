@@ -1,0 +1,70 @@
+#include "parallel/tasks/helpers.h"
+
+#include <unistd.h>
+
+#include <optional>
+#include <thread>
+
+#include "base/file_calls.h"
+#include "base/output_file.h"
+#include "parallel/messages/packet.h"
+#include "parallel/messages/tags.h"
+#include "parallel/tasks/disk_data.h"
+#include "parallel/tasks/parent_signals.h"
+#include "parallel/tasks/task.h"
+
+namespace zeb {
+namespace {
+
+arrived_message wait_for_data() {
+  constexpr useconds_t between = 100'000;  // microseconds
+  for (;;) {
+    if (std::optional<arrived_message> message = task.link->receive(parent_task, tag_disk_data))
+      return *std::move(message);
+    test_parent();
+    usleep(between);
+  }
+}
+
+/// The parent takes the answer before the process goes.
+void reply_and_wait(int tag, int value) {
+  packet_writer reply;
+  reply.put(value);
+  task.link->send(parent_task, tag, reply.bytes());
+  constexpr useconds_t between = 100'000;
+  constexpr int rounds = 100;
+  for (int i = 0; i < rounds && !task.link->receive(parent_task, tag_signal); ++i) {
+    test_parent();
+    usleep(between);
+  }
+}
+
+bool write_file(const std::string& directory, const std::string& text) {
+  const std::string name = (directory.empty() ? "" : directory + "/") + disk_data_file;
+  output_file file;
+  if (!file.create(name)) return false;
+  file.put(text);
+  return file.close();
+}
+
+}  // namespace
+
+int write_disk_data() {
+  const arrived_message message = wait_for_data();
+  packet_reader from(message.body);
+  bool written = false;
+  try {
+    const std::string directory = from.text();
+    written = write_file(directory, from.text());
+  } catch (const damaged_message&) {
+  }
+  reply_and_wait(tag_disk_reply, written);
+  return 0;
+}
+
+int tell_processors() {
+  reply_and_wait(tag_processors, static_cast<int>(std::thread::hardware_concurrency()));
+  return 0;
+}
+
+}  // namespace zeb

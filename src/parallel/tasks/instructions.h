@@ -1,0 +1,15 @@
+// The instructions of a task: where they begin, where they are to go on, how they end.
+#pragma once
+
+#include <string>
+
+namespace zeb {
+
+void begin_instructions(const std::string& text);
+/// Where the parent wants to have the task at a `tagset`, skips the commands before it. False: the
+/// instructions end before.
+bool skip_to_wanted_tag();
+/// Instructions that end before their time end with their last `return`.
+void run_last_return();
+
+}  // namespace zeb

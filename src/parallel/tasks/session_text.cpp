@@ -1,0 +1,57 @@
+#include "parallel/tasks/session_text.h"
+
+#include "base/indices.h"
+#include "base/message_text.h"
+#include "console/output.h"
+#include "console/settings.h"
+#include "language/command_strings.h"
+#include "language/methods.h"
+#include "macro/macro_state.h"
+#include "matrix/matrix.h"
+#include "trees/constraints/constraint_text.h"
+#include "trees/constraints/constraints.h"
+#include "trees/tree_groups.h"
+
+namespace zeb {
+namespace {
+
+std::string output_of_command(const std::string& command) {
+  const output_capture said;
+  run_command_string(command);
+  return said.text();
+}
+
+std::string macro_settings() {
+  std::string text = text_of("macro -;macro *%i %i;macro [%i;", macros.max_loops,
+                             macros.max_variables, static_cast<int>(macros.memory_bytes / 1000));
+  text += text_of("macro protection %i;", macros.protection);
+  if (macros.integer_only) text += "macfloat -;";
+  if (macros.names_as_numbers) text += "macro +;";
+  return text + "macro =;\n";
+}
+
+}  // namespace
+
+std::string data_as_commands() {
+  std::string text = output_of_command("xread *;");
+  if (matrix.defined_taxon_groups != 0) text += output_of_command("agroup *;");
+  if (matrix.defined_character_groups != 0) text += output_of_command("xgroup *;");
+  if (matrix.use_taxon_names) text += "taxname =;\n";
+  if (matrix.use_char_names) text += "cnames =;\n";
+  return text;
+}
+
+std::string data_as_commands(const write_request& request) {
+  const output_capture said;
+  write_matrix(request);
+  return said.text();
+}
+
+std::string settings_as_commands() {
+  std::string text = macro_settings();
+  if (constraints.defined() && !constraints.active) text += definitions_text() + ";\n";
+  for (const std::string& command : changed_settings()) text += command + ";\n";
+  return text;
+}
+
+}  // namespace zeb

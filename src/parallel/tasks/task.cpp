@@ -1,0 +1,311 @@
+#include "parallel/tasks/task.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <optional>
+#include <string_view>
+
+#include "base/arena.h"
+#include "base/command.h"
+#include "base/errors.h"
+#include "base/interrupts.h"
+#include "base/message_text.h"
+#include "base/process.h"
+#include "base/random.h"
+#include "base/time_limit.h"
+#include "console/output.h"
+#include "console/settings.h"
+#include "console/text_buffer.h"
+#include "language/input.h"
+#include "language/interpreter.h"
+#include "language/lexer.h"
+#include "language/main_loop.h"
+#include "language/options.h"
+#include "macro/macro_values.h"
+#include "matrix/matrix.h"
+#include "parallel/messages/tags.h"
+#include "parallel/settings.h"
+#include "parallel/tasks/disk_data.h"
+#include "parallel/tasks/helpers.h"
+#include "parallel/tasks/instructions.h"
+#include "parallel/tasks/parent_signals.h"
+#include "parallel/tasks/tree_loads.h"
+#include "parallel/transport/connection.h"
+#include "search/search_session.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+
+task_state task;
+
+namespace {
+
+constexpr int status_of_orphan = 255;
+
+void say_hello() {
+  std::array<char, 256> host{};
+  gethostname(host.data(), host.size() - 1);
+  packet_writer hello;
+  hello.put_text(host.data());
+  hello.put(static_cast<std::int32_t>(getpid()));
+  task.link->send(parent_task, tag_hello, hello.bytes());
+}
+
+arrived_message wait_for(int tag) {
+  constexpr useconds_t between = 20'000;  // microseconds
+  for (;;) {
+    if (std::optional<arrived_message> message = task.link->receive(parent_task, tag))
+      return *std::move(message);
+    obey_parent();
+    usleep(between);
+  }
+}
+
+/// All that a task does begins and ends in a jump context.
+void run_text(const std::string& text) {
+  restart_level_zero(text);
+  go_on_with_main_loop();
+  while (!level_zero_ended() && !task.failed && process.ended_by == 0) run_one_round();
+}
+
+void prepare(const task_orders& orders) {
+  begin_process({}, "Instructions");
+  settle_for_background();
+  open_places(no_log | no_text_buffer);
+  close_places(no_console);
+  parallel.communication_time = orders.communication_time;
+  parallel.raw_encoding = orders.raw_encoding;
+  task.siblings = orders.tasks;
+  task.score_offset = orders.is_sector ? orders.score_offset : 0;
+  task.instructions = orders.instructions;
+  arena.size = std::max<std::size_t>(orders.ram, arena.size);
+  run_in_jump_context([] { create_arena(arena.size); });
+}
+
+void take_data(const task_orders& orders) {
+  {
+    const silence_scope silent;
+    const std::string data = orders.from_disk ? data_of_disk(orders) : orders.data;
+    run_text(data + orders.settings);
+  }
+  if (task.failed || matrix.ntax != orders.taxa || matrix.nchar != orders.characters) {
+    note_failed_task();
+    emit("\nError receiving data from master: not enough RAM allocated\n");
+    return;
+  }
+  emit(text_of("Received data (%i chars x %i taxa) from parent\n", matrix.nchar, matrix.ntax));
+}
+
+void take_packet(const task_packet& packet) {
+  task.number = packet.number;
+  task.level = packet.level;
+  task.parents = packet.parents;
+  run_text(
+      text_of("rseed %i;macseed %i;", std::max(packet.seed, 1), std::max(packet.macro_seed, 1)));
+  const int before = store.ntrees;
+  const int sent = static_cast<int>(packet.load.trees.size());
+  if (sent == 0) return emit("Received no trees from parent\n");
+  const int stored = store_trees(packet.load, true, nullptr);
+  std::string text = text_of("Received %i trees from parent", stored);
+  if (stored < sent) text += text_of(" (out of %i sent)", sent);
+  if (before > 0) text += text_of("; %i trees already in buffer", before);
+  emit(text, "\n");
+}
+
+void follow_instructions() {
+  task.at_return = false;
+  begin_instructions(task.instructions);
+  while (!task.at_return && interpreter.running && process.ended_by == 0) {
+    if (!skip_to_wanted_tag()) break;
+    run_one_round();
+    run_sets_of_parent();
+    if (obey_parent() || task.failed) break;
+  }
+  if (process.ended_by != 0) end_process(status_of_orphan);
+  if (!task.at_return) run_last_return();
+  task.at_return = true;
+}
+
+void send_result() {
+  task.link->send(parent_task, tag_result, result_of_task().packed().bytes());
+  task.result_sent = true;
+}
+
+void wait_a_while(int round) {
+  constexpr useconds_t millisecond = 1000;
+  constexpr int quick_rounds = 20;
+  constexpr int slower_rounds = 80;
+  const int wait = round < quick_rounds ? 100 : round < slower_rounds ? 300 : 1000;
+  usleep(static_cast<useconds_t>(wait) * millisecond);
+}
+
+/// The parent has the result, or sends new instructions.
+void wait_at_return() {
+  for (int round = 0; !task.again; ++round) {
+    if (task.dismissed && !task.result_sent) send_result();
+    obey_parent();
+    run_sets_of_parent();
+    if (task.wanted_tag >= 0 && task.wanted_back) return;
+    if (!task.again && !(task.dismissed && !task.result_sent)) wait_a_while(round);
+  }
+}
+
+void take_new_instructions() {
+  task.again = false;
+  task.failed = task.dismissed = task.result_sent = task.no_loops = task.no_waits = false;
+  const arrived_message orders = wait_for(tag_data);
+  const arrived_message packet = wait_for(tag_packet);
+  packet_reader from(orders.body);
+  const bool drop_trees = from.whole() != 0;
+  const std::string text = from.text();
+  if (text.empty()) {
+    emit("Previous instructions will be repeated...\n");
+  } else {
+    emit("Receiving new set of instructions from master...\n");
+    task.instructions = text;
+  }
+  if (drop_trees) set_tree_count(store, 0);
+  take_packet(task_packet::unpacked(packet_reader(packet.body)));
+}
+
+[[noreturn]] void live() {
+  const task_orders orders = task_orders::unpacked(packet_reader(wait_for(tag_data).body));
+  prepare(orders);
+  take_data(orders);
+  const task_packet packet = task_packet::unpacked(packet_reader(wait_for(tag_packet).body));
+  if (!task.failed) take_packet(packet);
+  for (;;) {
+    if (!task.failed) {
+      follow_instructions();
+    } else {
+      task.at_return = true;
+    }
+    wait_at_return();
+    if (task.again) take_new_instructions();
+  }
+}
+
+int stage_of_search() {
+  constexpr int finished = 9;
+  if (task.at_return) return finished;
+  const search_context* const search = running_search();
+  return search ? std::min(search->shown.stage + 1, finished - 1) : 0;
+}
+
+}  // namespace
+
+int run_task(int argc, char** argv) {
+  become_task();
+  task.link = connect_task(argc, argv);
+  if (!task.link) {
+    std::fputs("No parent communicator! \n", stderr);
+    return 1;
+  }
+  const std::string_view mode = argv[1];
+  if (mode.ends_with("slavesettingdata")) return write_disk_data();
+  if (mode.ends_with("just_numprocs")) return tell_processors();
+  say_hello();
+  task.level = 1;
+  try {
+    live();
+  } catch (const damaged_message&) {
+    std::fputs("zeb: a message of the parent is damaged\n", stderr);
+    return status_of_orphan;
+  }
+}
+
+void read_return() {
+  constexpr std::string_view words[] = {"trees",   "text",   "value",   "tgroups",   "polytree",
+                                        "notrees", "notext", "novalue", "notgroups", "nopolytree"};
+  constexpr int kinds = 5;
+  return_options wanted;
+  bool any = false;
+  while (skip_blanks_peek() != ';') {
+    if (read_word() == 0) {
+      read_char();
+      continue;
+    }
+    const int found = find_keyword(token(), words);
+    const bool on = found < kinds;
+    if (found >= 0 && !any) wanted.trees = false;
+    any = any || found >= 0;
+    switch (found % kinds) {
+      case 0:
+        wanted.trees = on;
+        break;
+      case 1:
+        wanted.text = on;
+        break;
+      case 2:
+        wanted.value_given = on;
+        if (on) wanted.value = macro_value();
+        break;
+      case 3:
+        wanted.groups = on;
+        break;
+      case 4:
+        wanted.polytree = on;
+        break;
+      default:
+        emit("Unrecognized keyword in return command: ", token(), " (ignored)\n");
+    }
+  }
+  read_char();
+  task.to_return = wanted;
+  task.at_return = true;
+}
+
+void set_task_tag(int tag) { task.tag = tag; }
+void show_command_as(const std::string& text) { task.shown_command = text; }
+
+void note_failed_task() {
+  task.failed = true;
+  stop_main_loop();
+}
+
+task_status status_of_task() {
+  task_status now;
+  const search_context* const search = task.at_return ? nullptr : running_search();
+  rearrangement_counter done = task.rearrangements;
+  now.replications = task.replications;
+  now.score = task.best_score;
+  if (search) {
+    done.add(search->rearrangements);
+    now.replications += std::max(search->shown.replication, 0);
+    now.score = search->best_score;
+  }
+  if (now.score >= 0) now.score += task.score_offset;
+  now.rearrangements_high = done.high;
+  now.rearrangements_low = done.low;
+  now.trees = matrix.present ? store.ntrees : 0;
+  now.finished = task.at_return && !task.again;
+  now.stage = stage_of_search();
+  now.paused = task.paused;
+  now.tag = task.tag;
+  now.command = task.failed                  ? "ERROR"
+                : task.shown_command.empty() ? command.command_name
+                                             : task.shown_command;
+  return now;
+}
+
+task_result result_of_task() {
+  const return_options& wanted = task.to_return;
+  task_result result;
+  result.taxa = matrix.ntax;
+  result.with_trees = wanted.trees;
+  result.with_text = wanted.text;
+  result.with_groups = wanted.groups;
+  result.with_value = wanted.value_given;
+  result.value = wanted.value;
+  result.failed = task.failed;
+  if (wanted.trees && matrix.present) result.load = trees_in_memory(wanted.groups);
+  if (wanted.text)
+    for (std::size_t i = 0; i < display_buffer.lines(); ++i)
+      result.text.push_back(display_buffer.line(i));
+  return result;
+}
+
+}  // namespace zeb

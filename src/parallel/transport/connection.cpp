@@ -1,0 +1,145 @@
+#include "parallel/transport/connection.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <string>
+
+#include "base/errors.h"
+#include "base/message_text.h"
+#include "base/process.h"
+#include "parallel/settings.h"
+#include "parallel/transport/local_transport.h"
+
+namespace zeb {
+namespace {
+
+struct connection_state {
+  std::unique_ptr<transport> in_use;
+  std::vector<host_record> hosts;
+  bool entered = false;
+};
+connection_state state;
+
+// Where the program stands, with "/" at its end.
+std::string folder_of_program() {
+  std::array<char, 4096> path{};
+  const ssize_t length = readlink("/proc/self/exe", path.data(), path.size() - 1);
+  const std::string all(path.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+  return all.substr(0, all.rfind('/') + 1);
+}
+
+// Modules are shared objects beside the program or where it was installed. They stay loaded.
+std::unique_ptr<transport> transport_of_module(const std::string& name, std::string* fault) {
+  using maker = transport* (*)();
+  const std::string folder = folder_of_program();
+  for (const std::string& path : {folder + name + ".so", folder + "../lib/zeb/" + name + ".so"}) {
+    if (access(path.c_str(), R_OK) != 0) continue;
+    void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
+    if (!module) {
+      *fault = dlerror();  // NOLINT(concurrency-mt-unsafe)
+      continue;
+    }
+    const auto make = reinterpret_cast<maker>(dlsym(module, "zeb_make_transport"));
+    if (make) return std::unique_ptr<transport>(make());
+  }
+  if (fault->empty()) *fault = "the module " + name + ".so isn't there";
+  return nullptr;
+}
+
+std::unique_ptr<transport> make_transport(back_end which, std::string* fault) {
+  switch (which) {
+    case back_end::pvm:
+      return transport_of_module("zeb_pvm", fault);
+    case back_end::mpi:
+      setenv("ZEB_HOSTFILE", parallel.host_file.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
+      return transport_of_module("zeb_mpi", fault);
+    default:
+      return make_local_transport();
+  }
+}
+
+[[noreturn]] void cannot_enter(const std::string& fault) {
+  if (parallel.mode == back_end::pvm) {
+    error_end("Can't enter parallel interface (make sure PVM is running): " + fault +
+              "\n(\"pzeb local;\" runs tasks on this machine without PVM or MPI)");
+  }
+  error_end("Can't enter parallel interface: " + fault +
+            "\n(install Open MPI, or use \"pzeb local;\" for tasks on this machine)");
+}
+
+void take_hosts() {
+  state.hosts = state.in_use->hosts();
+  // In a task its own machine is number 1, after that of its parent.
+  if (process.slave && state.hosts.size() > 1) std::swap(state.hosts[0], state.hosts[1]);
+}
+
+}  // namespace
+
+transport& connection() {
+  if (!state.in_use) {
+    std::string fault;
+    state.in_use = make_transport(parallel.mode, &fault);
+    if (!state.in_use) cannot_enter(fault);
+  }
+  if (!state.entered) {
+    if (!state.in_use->enter(false)) {
+      const std::string fault = state.in_use->fault();
+      state.in_use.reset();
+      cannot_enter(fault);
+    }
+    state.entered = true;
+    take_hosts();
+  }
+  return *state.in_use;
+}
+
+bool in_parallel_mode() { return state.entered; }
+
+transport* connect_task(int argc, char** argv) {
+  const std::string word = argc > 1 ? argv[1] : "";
+  std::string fault;
+  if (word.starts_with("local_")) {
+    parallel.mode = back_end::local;
+    state.in_use = make_local_transport(argc > 2 ? argv[2] : "");
+  } else {
+    parallel.mode = word.starts_with("mpi_") ? back_end::mpi : back_end::pvm;
+    state.in_use = make_transport(parallel.mode, &fault);
+  }
+  if (!state.in_use || !state.in_use->enter(true)) return nullptr;
+  state.entered = true;
+  take_hosts();
+  return state.in_use.get();
+}
+
+void leave_parallel_mode() {
+  if (state.in_use) state.in_use->leave();
+  state.entered = false;
+}
+
+void drop_connection() {
+  leave_parallel_mode();
+  state.in_use.reset();
+  state.hosts.clear();
+}
+
+const std::vector<host_record>& hosts_in_use() { return state.hosts; }
+
+const char* task_argument() {
+  if (parallel.mode == back_end::local) return local_task_argument;
+  return parallel.mode == back_end::mpi ? "mpi_slaveproc" : "slaveproc";
+}
+
+const char* disk_helper_argument() {
+  if (parallel.mode == back_end::local) return "local_slavesettingdata";
+  return parallel.mode == back_end::mpi ? "mpi_slavesettingdata" : "slavesettingdata";
+}
+
+const char* processor_helper_argument() {
+  if (parallel.mode == back_end::local) return "local_just_numprocs";
+  return parallel.mode == back_end::mpi ? "mpi_just_numprocs" : "just_numprocs";
+}
+
+}  // namespace zeb

@@ -1,0 +1,32 @@
+// The transport in use: loaded and entered at the first need.
+#pragma once
+
+#include <memory>
+
+#include "parallel/transport/transport.h"
+
+namespace zeb {
+
+/// The transport of the back end that is set, entered. Error: it can't be.
+transport& connection();
+/// Has it been entered?
+bool in_parallel_mode();
+/// A task takes up the transport by which it was started, with the words of its call. Null: it
+/// can't be reached.
+transport* connect_task(int argc, char** argv);
+/// Forgets the transport; the next need enters it again.
+void leave_parallel_mode();
+
+/// The same, so that another one can be taken.
+void drop_connection();
+
+/// The hosts, the machine of this process first; in a task its own machine has the number 1.
+const std::vector<host_record>& hosts_in_use();
+
+/// What the first argument of tasks is.
+const char* task_argument();
+/// And of helpers.
+const char* disk_helper_argument();
+const char* processor_helper_argument();
+
+}  // namespace zeb
