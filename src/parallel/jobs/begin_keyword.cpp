@@ -18,6 +18,7 @@
 #include "parallel/jobs/instruction_text.h"
 #include "parallel/jobs/keywords.h"
 #include "parallel/jobs/sector_jobs.h"
+#include "parallel/jobs/sector_requests.h"
 #include "parallel/jobs/spawning.h"
 #include "parallel/settings.h"
 #include "parallel/transport/connection.h"

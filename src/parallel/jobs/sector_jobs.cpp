@@ -1,15 +1,324 @@
 #include "parallel/jobs/sector_jobs.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <utility>
+
 #include "base/errors.h"
+#include "base/indices.h"
+#include "base/message_text.h"
+#include "base/random.h"
+#include "console/output.h"
+#include "engine/plain/tree_scores.h"
+#include "mapping/node_states.h"
+#include "matrix/matrix.h"
+#include "matrix/reading/matrix_writer.h"
+#include "parallel/tasks/session_text.h"
+#include "search/drivers/sector_choice.h"
+#include "search/drivers/sectors.h"
+#include "trees/tree_groups.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
+namespace {
 
-sector_request read_sector_request() {
-  error_end("P-ZEB: jobs that search sectors are not available yet");
+// ---- cutting ----
+
+/// The tree with the outgroup as terminal 0, as sectors are chosen on it.
+std::vector<tree_node> tree_to_cut(int number) {
+  const const_tree_span tree = stored_tree(number);
+  if (node_limit(tree, matrix.ntax) != 2 * matrix.ntax - 1)
+    error_end("P-ZEB: sectors can be cut only from a dichotomous tree with all taxa, not from tree",
+              number);
+  std::vector<tree_node> rooted(tree.begin(), tree.end());
+  reroot_tree(rooted, matrix.ntax, matrix.outgroup);
+  std::swap(rooted[0], rooted[at(matrix.outgroup)]);
+  return rooted;
 }
 
-void make_sector_job(const sector_request&, job_request&) {}
-int exclusive_parts(const sector_request&) { return 0; }
-void place_sector_results(const job_record&, std::vector<std::vector<tree_node>>&) {}
+int taxon_of(int terminal) {
+  if (terminal == 0) return matrix.outgroup;
+  return terminal == matrix.outgroup ? 0 : terminal;
+}
+
+/// The tree with its taxa where they belong; not in normal form, so that nodes keep their numbers.
+std::vector<tree_node> in_taxa(std::vector<tree_node> tree) {
+  std::swap(tree[0], tree[at(matrix.outgroup)]);
+  return tree;
+}
+
+std::vector<tree_sector> cut_sectors(const sector_request& wanted, int tasks,
+                                     std::vector<std::vector<tree_node>>& trees) {
+  random_generator& random = randomness.generator;
+  std::vector<tree_sector> sectors;
+  if (wanted.how == sector_request::way::random) {
+    for (int i = 0; i < tasks; ++i) {
+      const int t = wanted.trees[at(draw()) % wanted.trees.size()];
+      trees.push_back(tree_to_cut(t));
+      std::vector<std::uint8_t> taken(trees.back().size(), 0);
+      sectors.push_back(random_sector(trees.back(), matrix.ntax, wanted.size, random, taken));
+    }
+    return sectors;
+  }
+  const std::vector<tree_node> tree = tree_to_cut(wanted.trees[0]);
+  if (wanted.how == sector_request::way::exclusive) {
+    sectors = exclusive_sectors(tree, matrix.ntax, wanted.size, !wanted.loose, random);
+  } else {
+    const int distance = wanted.how == sector_request::way::around ? wanted.distance : 2;
+    const int node = wanted.node < matrix.ntax ? taxon_of(wanted.node) : wanted.node;
+    sectors = {sector_around(tree, matrix.ntax, node, distance)};
+  }
+  trees.assign(sectors.size(), tree);
+  return sectors;
+}
+
+// ---- reduced data ----
+
+/// Cells of all characters for one terminal of a sector.
+using row_of_cells = std::vector<std::uint32_t>;
+
+void put_cell(int character, const node_values& values, std::uint32_t& cell_to_set) {
+  constexpr int high_half = 16;
+  const bool continuous = matrix.characters[at(character)].is_continuous;
+  if (!values.known()) {
+    cell_to_set = continuous ? 0xffffU << high_half : matrix.state_mask;
+  } else if (continuous) {
+    cell_to_set = static_cast<std::uint32_t>(values.range.low) |
+                  static_cast<std::uint32_t>(values.range.high) << high_half;
+  } else {
+    cell_to_set = values.states;
+  }
+}
+
+/// Down-pass values of the nodes listed, by node and character.
+std::vector<row_of_cells> cells_of_nodes(const_tree_span tree, const std::vector<int>& nodes) {
+  std::vector<row_of_cells> rows(nodes.size(), row_of_cells(at(matrix.nchar)));
+  const tree_shape shape(tree);
+  for (int c = 0; c < matrix.nchar; ++c) {
+    const mapped_character mapped = map_character(shape, c, pass::down);
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+      put_cell(c, mapped.at_nodes[at(nodes[i])], rows[i][at(c)]);
+  }
+  return rows;
+}
+
+/// What the tree outside of a clade gives to the branch above it.
+row_of_cells cells_of_rest(const std::vector<tree_node>& tree, int top) {
+  std::vector<tree_node> turned = tree;
+  std::vector<std::uint8_t> inside(at(matrix.ntax), 0);
+  flag_terminals(tree, matrix.ntax, top, inside);
+  reroot_on_branch(turned, matrix.ntax, top);
+  const descendant_lists lists = descendants_of(turned, matrix.ntax);
+  int rest = matrix.outgroup;
+  for (const int v : lists.children(matrix.ntax)) {
+    std::vector<std::uint8_t> below(at(matrix.ntax), 0);
+    flag_terminals(turned, matrix.ntax, v, below);
+    if (below[at(matrix.outgroup)]) rest = v;
+  }
+  return cells_of_nodes(turned, {rest})[0];
+}
+
+/// The sector as a tree of its own: terminal 0 is the rest, the others as in the place.
+std::vector<tree_node> tree_of_sector(const std::vector<tree_node>& tree,
+                                      const sector_place& place) {
+  const int ntax = place.taxa;
+  std::vector<int> number(tree.size(), -1);
+  std::vector<int> ancestors(at(2 * ntax - 1), -1);
+  for (std::size_t i = 0; i < place.terminals.size(); ++i)
+    number[at(place.terminals[i])] = static_cast<int>(i) + 1;
+  int next = ntax + 1;
+  number[at(place.top)] = next++;
+  ancestors[0] = ntax;
+  ancestors[at(number[at(place.top)])] = ntax;
+  for (const std::int32_t terminal : place.terminals) {
+    for (int v = terminal; v != place.top; v = tree[at(v)]) {
+      const int up = tree[at(v)];
+      if (number[at(up)] < 0) number[at(up)] = next++;
+      ancestors[at(number[at(v)])] = number[at(up)];
+    }
+  }
+  std::vector<tree_node> record(at(2 * ntax - 1));
+  record_from_ancestors(ancestors, record, ntax);
+  return record;
+}
+
+double score_of(int number) {
+  std::vector<double> scores(at(store.ntrees));
+  score_stored_trees(scores);
+  return scores[at(number)];
+}
+
+std::string name_of_terminal(int node) {
+  return node < matrix.ntax ? std::string(taxon_name(node)) : text_of("HTU_%i", node);
+}
+
+task_orders orders_of_sector(const sector_place& place) {
+  std::vector<row_of_cells> cells = {cells_of_rest(place.tree, place.top)};
+  const std::vector<int> nodes(place.terminals.begin(), place.terminals.end());
+  for (row_of_cells& row : cells_of_nodes(place.tree, nodes)) cells.push_back(std::move(row));
+  std::vector<named_row> rows = {{"HTU_rest", cells[0]}};
+  for (std::size_t i = 0; i < nodes.size(); ++i)
+    rows.push_back({name_of_terminal(nodes[i]), cells[i + 1]});
+  const std::vector<std::uint8_t> no_taxa(at(matrix.ntax), 0);
+  const std::vector<std::uint8_t> all_characters(at(matrix.nchar), 1);
+  task_orders orders = orders_of_session();
+  orders.is_sector = true;
+  orders.taxa = place.taxa;
+  orders.data = data_as_commands({.taxa = no_taxa,
+                                  .characters = all_characters,
+                                  .settings = true,
+                                  .cells = {},
+                                  .more_rows = rows});
+  return orders;
+}
+
+// ---- results ----
+
+/// Puts the arrangement that was found in the place of the one there was. Only nodes strictly
+/// within the sector change, so that sectors without a common branch can be put in one after
+/// another.
+void put_in(const sector_place& place, const std::vector<tree_node>& found,
+            std::vector<int>& ancestors) {
+  std::vector<int> inside;  // numbers of nodes that are free for it
+  for (const std::int32_t terminal : place.terminals)
+    for (int v = place.tree[at(terminal)]; v != place.top; v = place.tree[at(v)])
+      if (!std::ranges::count(inside, v)) inside.push_back(v);
+  const int ntax = place.taxa;
+  const int limit = node_limit(found, ntax);
+  std::vector<int> number(at(limit), -1);
+  for (std::size_t i = 0; i < place.terminals.size(); ++i) number[i + 1] = place.terminals[i];
+  // The rest hangs on the root beside all else; a root with more descendants has them at the top.
+  int top = ntax;
+  int descendants_of_root = 0;
+  for (int v = 1; v < limit; ++v)
+    if (v != ntax && found[at(v)] == ntax) {
+      ++descendants_of_root;
+      if (descendants_of_root == 1) top = v;
+    }
+  if (descendants_of_root > 1) top = ntax;
+  number[at(top)] = place.top;
+  for (const int v : inside) ancestors[at(v)] = -1;
+  for (int v = ntax + 1; v < limit; ++v)
+    if (number[at(v)] < 0 && !inside.empty()) {
+      number[at(v)] = inside.back();
+      inside.pop_back();
+    }
+  for (int v = 1; v < limit; ++v)
+    if (v != ntax && v != top) ancestors[at(number[at(v)])] = number[at(found[at(v)])];
+}
+
+std::vector<int> ancestors_of(const std::vector<tree_node>& tree) {
+  std::vector<int> ancestors(tree.begin(), tree.end());
+  ancestors[at(matrix.ntax)] = -1;
+  return ancestors;
+}
+
+/// False, and nothing kept, where it is worse than the tree was: states at the ends of a sector
+/// stand for what is behind them, exactly only for some kinds of characters.
+bool store_if_no_worse(std::vector<int> ancestors, double before) {
+  const tree_span slot = take_slot(true);
+  record_from_ancestors(ancestors, slot, matrix.ntax);
+  const double score = score_of(store.ntrees - 1);
+  if (score <= before + 1e-6) return true;
+  set_tree_count(store, store.ntrees - 1);
+  return false;
+}
+
+void group_last_tree(const std::string& name) {
+  for (int g = 0; g < tree_groups.limit; ++g) {
+    if (tree_group_defined(g)) continue;
+    define_tree_group(g, name);
+    add_to_tree_group(store.ntrees - 1, g);
+    return;
+  }
+}
+
+bool is_usable(const sector_place& place, const std::vector<tree_node>& found) {
+  return found.size() == at(2 * place.taxa - 1) && check_tree_record(found, place.taxa).empty();
+}
+
+void combine_exclusive(const job_record& job,
+                       const std::vector<std::vector<tree_node>>& found_by_task) {
+  std::vector<int> ancestors = ancestors_of(job.sectors[0].tree);
+  int parts = 0;
+  for (std::size_t i = 0; i < job.sectors.size(); ++i) {
+    if (!is_usable(job.sectors[i], found_by_task[i])) continue;
+    put_in(job.sectors[i], found_by_task[i], ancestors);
+    ++parts;
+  }
+  if (parts == 0 || !store_if_no_worse(ancestors, job.score_at_start)) return;
+  emit(text_of("Combined results from sectors in tree %i\n", store.ntrees - 1));
+  group_last_tree(text_of("Combination_%s_%i_sectors", job.name.c_str(), parts));
+}
+
+}  // namespace
+
+int exclusive_parts(int count, bool loose, int tree) {
+  return static_cast<int>(
+      exclusive_sectors(tree_to_cut(tree), matrix.ntax, count, !loose, randomness.generator)
+          .size());
+}
+
+void make_sector_job(const sector_request& wanted, job_request& request) {
+  std::vector<std::vector<tree_node>> trees;
+  std::vector<tree_sector> cut = cut_sectors(wanted, std::max(request.tasks, 1), trees);
+  const int parts = static_cast<int>(cut.size());
+  if (wanted.how == sector_request::way::exclusive) {
+    if (sectors.chkroot && parts != wanted.size)
+      error_end_f(
+          "P-ZEB: current settings will create %i sectors (not %i),\n       but %i tasks will be "
+          "spawned.  Use \"treeparts\" to\n       know how many tasks to spawn (or set "
+          "\"sec:nochkroot\")",
+          parts, wanted.size, request.tasks);
+    if (request.tasks > 0 && request.tasks != parts)
+      warning(
+          text_of("P-ZEB: %i tasks specified, but %i sector selections\n       requested; will "
+                  "reset number",
+                  request.tasks, parts));
+  }
+  for (int i = 0; i < parts; ++i) {
+    const bool left_out = !wanted.launched.empty() && !std::ranges::count(wanted.launched, i);
+    if (left_out) continue;
+    sector_place place;
+    place.tree = in_taxa(trees[at(i)]);
+    place.top = cut[at(i)].top;
+    for (const std::int32_t t : cut[at(i)].terminals)
+      place.terminals.push_back(t < matrix.ntax ? taxon_of(t) : t);
+    place.taxa = static_cast<int>(place.terminals.size()) + 1;
+    place.reduced_tree = tree_of_sector(place.tree, place);
+    request.sector_orders.push_back(orders_of_sector(place));
+    request.sectors.push_back(std::move(place));
+  }
+  if (request.sectors.empty()) error_end("P-ZEB: no such sectors");
+  request.partial = static_cast<int>(request.sectors.size()) < parts;
+  request.parts = parts;
+  request.tasks = static_cast<int>(request.sectors.size());
+  request.score_at_start = score_of(wanted.trees[0]);
+  for (task_orders& orders : request.sector_orders) orders.score_offset = request.score_at_start;
+  request.kind = wanted.how == sector_request::way::exclusive ? job_kind::exclusive_sectors
+                 : wanted.how == sector_request::way::random  ? job_kind::random_sectors
+                                                              : job_kind::one_sector;
+  if (wanted.how == sector_request::way::random)
+    emit(text_of("Sending each slave task sectors from a pool of %i trees\n",
+                 static_cast<int>(wanted.trees.size())));
+  else
+    report_line("Sending sectors");
+}
+
+void place_sector_results(const job_record& job,
+                          const std::vector<std::vector<tree_node>>& found_by_task) {
+  if (job.sectors.empty() || job.sectors[0].tree.size() != at(store.nnodes)) return;
+  if (job.kind == job_kind::exclusive_sectors && !job.partial)
+    return combine_exclusive(job, found_by_task);
+  for (std::size_t i = 0; i < job.sectors.size(); ++i) {
+    const sector_place& place = job.sectors[i];
+    if (!is_usable(place, found_by_task[i])) continue;
+    std::vector<int> ancestors = ancestors_of(place.tree);
+    put_in(place, found_by_task[i], ancestors);
+    if (store_if_no_worse(ancestors, job.score_at_start))
+      group_last_tree(text_of("TreeSector_%i_%s", static_cast<int>(i), job.name.c_str()));
+  }
+}
 
 }  // namespace zeb

@@ -1,33 +1,23 @@
-// Jobs whose tasks search sectors of a tree.
+// Jobs whose tasks search sectors of a tree: each gets a reduced data set, in which all that leaves
+// its sector is a terminal with the states that the rest of the tree gives it.
 #pragma once
 
 #include <vector>
 
+#include "parallel/jobs/sector_requests.h"
 #include "parallel/jobs/spawning.h"
 
 namespace zeb {
 
-struct sector_request {
-  enum class way { random, exclusive, around, between };
-  way how = way::random;
-  int size = 0;        // random: nodes; exclusive: number of sectors
-  bool loose = false;  // exclusive: sizes partly drawn
-  int node = 0;        // around it; or with its immediate descendants
-  int distance = 0;
-  int above = 0;              // polytomies larger than this
-  int below = 0;              // and smaller than this; 0 no limit
-  std::vector<int> trees;     // the tree, or a set to draw from
-  std::vector<int> launched;  // only these of the exclusive sectors; empty: all
-};
-
-/// Reads what stands after `sector`.
-sector_request read_sector_request();
-/// Cuts the sectors and makes data and a tree for each; sets the number of tasks.
+/// Cuts the sectors and makes data and a tree for each; sets the number of tasks. Errors: the tree
+/// isn't dichotomous, or lacks taxa; too few taxa.
 void make_sector_job(const sector_request& wanted, job_request& request);
 /// How many exclusive sectors there would be: the tasks to ask for.
-int exclusive_parts(const sector_request& wanted);
+int exclusive_parts(int count, bool loose, int tree);
 
-/// Puts the trees that came from the tasks of a sector job into whole trees.
-void place_sector_results(const job_record& job, std::vector<std::vector<tree_node>>& best_by_task);
+/// Puts the trees that came from the tasks of a sector job (empty: none came) into whole trees,
+/// which are added to those in memory.
+void place_sector_results(const job_record& job,
+                          const std::vector<std::vector<tree_node>>& found_by_task);
 
 }  // namespace zeb

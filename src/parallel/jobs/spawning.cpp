@@ -142,6 +142,7 @@ int spawn_job(job_request request) {
   job.started = wall_clock();
   job.kind = request.kind;
   job.parts = request.parts;
+  job.score_at_start = request.score_at_start;
   job.partial = request.partial;
   job.sectors = std::move(request.sectors);
   job.tasks = std::move(tasks);

@@ -22,6 +22,7 @@ struct job_request {
   std::vector<sector_place> sectors;       // by task
   std::vector<task_orders> sector_orders;  // data of each
   int parts = 0;
+  double score_at_start = 0;  // of the tree whose sectors are searched
   bool partial = false;
   int swap_tree = -1;
   int swap_mode = 0;  // 1 sorted, 2 unsorted, 3 with a controller

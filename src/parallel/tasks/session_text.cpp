@@ -17,6 +17,7 @@ namespace {
 
 std::string output_of_command(const std::string& command) {
   const output_capture said;
+  const quiet_scope quiet;
   run_command_string(command);
   return said.text();
 }

@@ -79,7 +79,7 @@ void prepare(const task_orders& orders) {
   parallel.communication_time = orders.communication_time;
   parallel.raw_encoding = orders.raw_encoding;
   task.siblings = orders.tasks;
-  task.score_offset = orders.is_sector ? orders.score_offset : 0;
+  task.score_offset = orders.score_offset;
   task.instructions = orders.instructions;
   arena.size = std::max<std::size_t>(orders.ram, arena.size);
   run_in_jump_context([] { create_arena(arena.size); });
