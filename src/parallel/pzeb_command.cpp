@@ -75,7 +75,7 @@ void kill_all_jobs() {
   for (const int slot : jobs_in_order()) {
     for (task_record& t : job_at(slot).tasks) {
       send_signal(t, signal_kill);
-      if (!t.gone) connection().kill(t.id);
+      kill_task(t);
     }
     forget_job(slot);
   }

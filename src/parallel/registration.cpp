@@ -9,6 +9,7 @@
 #include "parallel/tasks/parent_signals.h"
 #include "parallel/tasks/task.h"
 #include "parallel/transport/connection.h"
+#include "search/hooks.h"
 
 namespace zeb {
 
@@ -17,6 +18,8 @@ void register_parallel() {
   hooks_of_language.stop_asked_by_parent = stop_asked_by_parent;
   hooks_of_language.task_failed = note_failed_task;
   hooks_of_macro.return_of_task = read_return;
+  hooks_of_search.search_ended = count_search;
+  test_life_by(is_process_there);
   register_job_lists();
   add_command_over_hook(stop_monitoring_after_error);
   add_closing_hook(leave_parallel_mode);

@@ -12,6 +12,7 @@
 #include "engine/passes/conversions.h"
 #include "engine/passes/links.h"
 #include "language/list_text.h"
+#include "search/hooks.h"
 #include "search/part_search.h"
 #include "search/search_results.h"
 #include "search/store/stored_trees.h"
@@ -130,6 +131,7 @@ void search_session::leave() {
   } else {
     set_auto_save_view({});
     session.running = nullptr;
+    if (hooks_of_search.search_ended) hooks_of_search.search_ended(context());
   }
   go_on_from(context().random);
   keep_counters(context());

@@ -176,7 +176,7 @@ void collection::finish(const char* why_broken_off) {
     emit(text_of("NOTE: could not get results from %i tasks %s\n", static_cast<int>(waiting),
                  why_broken_off));
   for (task_record& t : job_.tasks)
-    if (!t.collected && !t.gone) connection().kill(t.id);
+    if (!t.collected) kill_task(t);
   forget_job(slot_);
 }
 

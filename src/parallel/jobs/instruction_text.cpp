@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <string_view>
+#include <utility>
 
 #include "base/errors.h"
 #include "base/process.h"
@@ -26,6 +28,7 @@ class instruction_reader {
 
   std::string text_;
   std::string word_;  // letters read last, in lower case
+  std::string last_word_;
   int depth_ = 1;
   bool ending_ = false;  // the last `return` has come, and its options are read
 };
@@ -57,8 +60,10 @@ void instruction_reader::copy_run_block() {
 }
 
 void instruction_reader::end_word() {
-  if (word_ == "begin" || word_ == "again") ++depth_;
+  const bool of_pzeb = last_word_.size() > 1 && std::string_view("pzeb").starts_with(last_word_);
+  if (of_pzeb && (word_ == "begin" || word_ == "again")) ++depth_;
   if (word_ == "return" && --depth_ == 0) ending_ = true;
+  last_word_ = std::move(word_);
   word_.clear();
 }
 

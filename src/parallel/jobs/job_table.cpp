@@ -11,11 +11,10 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
-#include "base/process.h"
 #include "language/lexer.h"
 #include "language/list_kinds.h"
 #include "language/lists.h"
-#include "parallel/settings.h"
+#include "parallel/tasks/parent_signals.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {
@@ -34,9 +33,7 @@ void take_hello(task_record& which, const arrived_message& message) {
 }
 
 bool is_on_this_machine(const task_record& which) {
-  const std::vector<host_record>& hosts = hosts_in_use();
-  return !hosts.empty() && !which.host_name.empty() &&
-         hosts[process.slave && hosts.size() > 1 ? 1 : 0].name == which.host_name;
+  return which.host_name == name_of_this_machine();
 }
 
 bool process_runs(const task_record& which) {
@@ -118,6 +115,8 @@ int read_job(bool also_past) {
 }
 
 void register_job_lists() {
+  register_list_kind({.noun = "task", .count = [] { return most_tasks; }});
+  register_list_kind({.noun = "sector", .count = [] { return most_tasks; }});
   register_list_kind({.noun = "job",
                       .count = [] { return most_jobs; },
                       .name =
@@ -270,6 +269,21 @@ std::vector<task_status> statuses_of_tasks(std::span<task_record* const> tasks) 
     }
   }
   return all;
+}
+
+void kill_task(task_record& which) {
+  if (which.gone) return;
+  connection().kill(which.id);
+  if (which.process > 0 && is_on_this_machine(which)) kill(which.process, SIGKILL);
+  which.gone = true;
+}
+
+bool is_process_there(task_id id) {
+  if (id == parent_task) return is_parent_there();
+  for (const int slot : jobs_in_order())
+    for (const task_record& t : job_at(slot).tasks)
+      if (t.id == id) return process_runs(t);
+  return true;
 }
 
 bool is_finished(task_record& which) {

@@ -85,6 +85,10 @@ void send_signal(job_record& to, int code);
 void take_status_messages(job_record& job);
 /// Is the task still there? What isn't is noted.
 bool is_alive(task_record& which);
+/// Ends its process, whatever it does.
+void kill_task(task_record& which);
+/// For transports: is the process of that task, or of the parent, there?
+bool is_process_there(task_id task);
 /// Is nothing more to come from it but its result?
 bool is_finished(task_record& which);
 

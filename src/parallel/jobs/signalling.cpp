@@ -105,8 +105,7 @@ void kill_keyword() {
       const int number = static_cast<int>(i);
       if (!chosen.tasks.empty() && !std::ranges::count(chosen.tasks, number)) continue;
       send_signal(job.tasks[i], signal_kill);
-      connection().kill(job.tasks[i].id);
-      job.tasks[i].gone = true;
+      kill_task(job.tasks[i]);
     }
     const bool any_left =
         std::ranges::any_of(job.tasks, [](const task_record& t) { return !t.gone; });

@@ -1,5 +1,7 @@
 #include "parallel/jobs/spawning.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "base/arena.h"
@@ -106,8 +108,8 @@ task_orders orders_of_session() {
   task_orders orders;
   orders.communication_time = parallel.communication_time;
   orders.raw_encoding = parallel.raw_encoding;
-  const std::vector<host_record>& hosts = hosts_in_use();
-  if (!hosts.empty()) orders.host = hosts[0].name;
+  orders.host = name_of_this_machine();
+  orders.process = getpid();
   orders.taxa = matrix.ntax;
   orders.characters = matrix.nchar;
   orders.cell_bytes = matrix.cell_bytes;

@@ -33,6 +33,7 @@ packet_writer task_orders::packed() const {
   to.put(communication_time);
   to.put(raw_encoding);
   to.put_text(host);
+  to.put(process);
   to.put_text(instructions);
   to.put_long(ram);
   to.put(taxa);
@@ -57,6 +58,7 @@ task_orders task_orders::unpacked(packet_reader from) {
   o.communication_time = from.whole_within(0, most);
   o.raw_encoding = from.whole_within(0, 1) != 0;
   o.host = from.text();
+  o.process = from.whole();
   o.instructions = from.text();
   o.ram = from.long_whole();
   o.taxa = from.whole_within(0, most);

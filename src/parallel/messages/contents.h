@@ -18,6 +18,7 @@ struct task_orders {
   int communication_time = 3;
   bool raw_encoding = true;
   std::string host;  // of the parent
+  int process = 0;   // likewise
   std::string instructions;
   std::uint64_t ram = 0;  // bytes of the arena
   int taxa = 0;

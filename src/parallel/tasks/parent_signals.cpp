@@ -1,7 +1,9 @@
 #include "parallel/tasks/parent_signals.h"
 
+#include <signal.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -161,7 +163,8 @@ bool obey(int code, packet_reader& from) {
 }
 
 void send_status_if_due(double now) {
-  if (!task.monitored || now - task.last_status < parallel.communication_time) return;
+  const int interval = task.at_return ? 0 : parallel.communication_time;
+  if (!task.monitored || now - task.last_status < interval) return;
   task.last_status = now;
   task.link->send(parent_task, tag_status, status_of_task().packed().bytes());
 }
@@ -196,8 +199,12 @@ void pause() {
 
 }  // namespace
 
+bool is_parent_there() {
+  return task.parent_process <= 0 || kill(task.parent_process, 0) == 0 || errno == EPERM;
+}
+
 void test_parent() {
-  if (!task.link->is_alive(parent_task)) end_process(255);
+  if (!task.link->is_alive(parent_task) || !is_parent_there()) end_process(255);
 }
 
 bool obey_parent() {

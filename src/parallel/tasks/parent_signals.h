@@ -10,6 +10,8 @@ bool stop_asked_by_parent();
 bool obey_parent();
 /// A `set` that the parent sent runs where nothing else does.
 void run_sets_of_parent();
+/// Does the parent's process run, where it is on this machine?
+bool is_parent_there();
 /// Ends the process where nobody waits for it any more.
 void test_parent();
 

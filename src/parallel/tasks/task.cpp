@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <optional>
 #include <string_view>
@@ -46,10 +45,8 @@ namespace {
 constexpr int status_of_orphan = 255;
 
 void say_hello() {
-  std::array<char, 256> host{};
-  gethostname(host.data(), host.size() - 1);
   packet_writer hello;
-  hello.put_text(host.data());
+  hello.put_text(name_of_this_machine());
   hello.put(static_cast<std::int32_t>(getpid()));
   task.link->send(parent_task, tag_hello, hello.bytes());
 }
@@ -79,6 +76,7 @@ void prepare(const task_orders& orders) {
   parallel.communication_time = orders.communication_time;
   parallel.raw_encoding = orders.raw_encoding;
   task.siblings = orders.tasks;
+  task.parent_process = orders.host == name_of_this_machine() ? orders.process : 0;
   task.score_offset = orders.score_offset;
   task.instructions = orders.instructions;
   arena.size = std::max<std::size_t>(orders.ram, arena.size);
@@ -266,6 +264,13 @@ void note_failed_task() {
   stop_main_loop();
 }
 
+void count_search(const search_context& search) {
+  task.rearrangements.add(search.rearrangements);
+  task.replications += std::max(search.shown.replication, 0);
+  const double best = search.best_score;
+  if (best >= 0 && (task.best_score < 0 || best < task.best_score)) task.best_score = best;
+}
+
 task_status status_of_task() {
   task_status now;
   const search_context* const search = task.at_return ? nullptr : running_search();
@@ -275,7 +280,8 @@ task_status status_of_task() {
   if (search) {
     done.add(search->rearrangements);
     now.replications += std::max(search->shown.replication, 0);
-    now.score = search->best_score;
+    if (search->best_score >= 0 && (now.score < 0 || search->best_score < now.score))
+      now.score = search->best_score;
   }
   if (now.score >= 0) now.score += task.score_offset;
   now.rearrangements_high = done.high;

@@ -29,6 +29,7 @@ struct task_state {
   std::vector<std::int32_t> parents;   // task numbers of the tasks above it, nearest first
   std::vector<std::int32_t> siblings;  // ids of all tasks of the job
   std::string instructions;
+  int parent_process = 0;   // of the parent on this machine; 0 elsewhere
   double score_offset = 0;  // what the whole tree has more than a sector
 
   int tag = 0;          // set by `tagset`; also outside of tasks
@@ -68,6 +69,8 @@ void read_return();
 /// A command of the instructions failed.
 void note_failed_task();
 
+/// A search of this process is over: its counters are added to those of the task.
+void count_search(const search_context& search);
 /// How far this task is.
 task_status status_of_task();
 /// The result, as `return` wants it.

@@ -10,6 +10,7 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "base/process.h"
+#include "console/output.h"
 #include "parallel/settings.h"
 #include "parallel/transport/local_transport.h"
 
@@ -20,6 +21,7 @@ struct connection_state {
   std::unique_ptr<transport> in_use;
   std::vector<host_record> hosts;
   bool entered = false;
+  bool (*is_there)(task_id) = nullptr;
 };
 connection_state state;
 
@@ -55,6 +57,9 @@ std::unique_ptr<transport> make_transport(back_end which, std::string* fault) {
       return transport_of_module("zeb_pvm", fault);
     case back_end::mpi:
       setenv("ZEB_HOSTFILE", parallel.host_file.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
+      if (!process.slave && access(parallel.host_file.c_str(), R_OK) != 0)
+        emit("P-ZEB: Can't read \"", parallel.host_file,
+             "\".\n       Will run in localhost (\"myself\")\n");
       return transport_of_module("zeb_mpi", fault);
     default:
       return make_local_transport();
@@ -78,6 +83,8 @@ void take_hosts() {
 
 }  // namespace
 
+void test_life_by(bool (*is_process_there)(task_id task)) { state.is_there = is_process_there; }
+
 transport& connection() {
   if (!state.in_use) {
     std::string fault;
@@ -91,6 +98,7 @@ transport& connection() {
       cannot_enter(fault);
     }
     state.entered = true;
+    state.in_use->test_life_by(state.is_there);
     take_hosts();
   }
   return *state.in_use;
@@ -110,6 +118,7 @@ transport* connect_task(int argc, char** argv) {
   }
   if (!state.in_use || !state.in_use->enter(true)) return nullptr;
   state.entered = true;
+  state.in_use->test_life_by(state.is_there);
   take_hosts();
   return state.in_use.get();
 }
@@ -126,6 +135,12 @@ void drop_connection() {
 }
 
 const std::vector<host_record>& hosts_in_use() { return state.hosts; }
+
+std::string name_of_this_machine() {
+  std::array<char, 256> name{};
+  gethostname(name.data(), name.size() - 1);
+  return name.data();
+}
 
 const char* task_argument() {
   if (parallel.mode == back_end::local) return local_task_argument;

@@ -9,6 +9,8 @@ namespace zeb {
 
 /// The transport of the back end that is set, entered. Error: it can't be.
 transport& connection();
+/// How transports learn whether a process is there, where they don't see it themselves.
+void test_life_by(bool (*is_process_there)(task_id task));
 /// Has it been entered?
 bool in_parallel_mode();
 /// A task takes up the transport by which it was started, with the words of its call. Null: it
@@ -22,6 +24,9 @@ void drop_connection();
 
 /// The hosts, the machine of this process first; in a task its own machine has the number 1.
 const std::vector<host_record>& hosts_in_use();
+
+/// As its own network calls it.
+std::string name_of_this_machine();
 
 /// What the first argument of tasks is.
 const char* task_argument();

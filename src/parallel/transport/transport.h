@@ -61,6 +61,8 @@ class transport {
   /// The oldest message of that sender and tag; none: nothing has come. Never waits.
   virtual std::optional<arrived_message> receive(task_id from, int tag) = 0;
   virtual bool is_alive(task_id task) = 0;
+  /// For a transport that doesn't see it by itself while it waits for room.
+  virtual void test_life_by(bool (*is_there)(task_id task)) = 0;
   virtual void kill(task_id task) = 0;
   /// Nothing will be sent to or expected from these tasks any more.
   virtual void forget(std::span<const task_id> tasks) = 0;

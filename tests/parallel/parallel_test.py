@@ -1,0 +1,218 @@
+#!/usr/bin/env python3
+"""Jobs of real tasks: what they bring back, how they are steered, and that nothing hangs or is left behind
+when a task or the master dies. Usage: parallel_test.py --zeb PROGRAM --mode local|mpi|pvm [--runs N]"""
+
+import argparse
+import os
+import pathlib
+import random
+import re
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+MATRIX = pathlib.Path(__file__).resolve().parents[2] / "examples" / "beetles.xread"
+BEST = "121"
+SHORT = 60  # seconds that no run may need
+
+options = None
+faults = []
+
+
+def check(ok, what, output=""):
+    if not ok:
+        faults.append(what)
+        print("FAILED:", what, "\n" + output[-3000:])
+
+
+def script(text):
+    return f"report-; proc {MATRIX};\nhold 1000; pzeb {options.mode};\npzeb commtime 1;\n{text}\nquit;\n"
+
+
+def environment():
+    return {**os.environ, "PVM_ALLOW_ROOT": "1", "ZEB_TEST_MARK": str(os.getpid())}
+
+
+def start(text, where):
+    (pathlib.Path(where) / "x.run").write_text(script(text))
+    return subprocess.Popen([options.zeb, "--batch", "x.run"], cwd=where, env=environment(), text=True,
+                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, errors="replace")
+
+
+def run(text):
+    with tempfile.TemporaryDirectory() as where:
+        process = start(text, where)
+        try:
+            return process.communicate(timeout=SHORT)[0]
+        except subprocess.TimeoutExpired:
+            process.kill()
+            return process.communicate()[0] + "\n(timed out)"
+
+
+def expect(text, *patterns):
+    output = run(text)
+    for pattern in patterns:
+        check(re.search(pattern, output, re.S), f"{pattern!r} in the output of {text!r}", output)
+
+
+def tasks_left():
+    """Processes of this program that a job started, with the mark that this test gave them."""
+    mark = f"ZEB_TEST_MARK={os.getpid()}".encode()
+    found = []
+    for entry in pathlib.Path("/proc").iterdir():
+        try:
+            if (entry.name.isdigit() and b"slaveproc" in (entry / "cmdline").read_bytes()
+                    and mark in (entry / "environ").read_bytes()):
+                found.append(int(entry.name))
+        except OSError:
+            pass
+    return found
+
+
+def wait_until(ready, seconds):
+    end = time.time() + seconds
+    while time.time() < end and not ready():
+        time.sleep(0.1)
+    return ready()
+
+
+def results_come_back():
+    expect("pzeb begin a 2 = mult=replications 2; return trees text value 7; pzeb wait; pzeb get;"
+           "macro=; set 0 pexstatus[a 1]; quote value '0'; length; tgroup;",
+           r"Spawned job", r"all jobs monitored finished", r"Received data \(40 chars x 18 taxa\)",
+           r"Got results from a \(2 slave tasks\)", r"value 7", BEST, r"Task_0_a", r"Task_1_a")
+    expect("pzeb begin a 2 = mult=replications 100000; return; pzeb wait [3]; pzeb get !; length;",
+           r"time is out", r"Got results from a \(2", BEST)
+    expect("pzeb begin a 2 = mult=replications 1; return; pzeb wait;"
+           "pzeb again a 1 /deltrees = quote once more; return text; pzeb wait; pzeb get;",
+           r"new set of instructions.*once more", r"Got results")
+    settings = "piwe=4; ccode ] 3 5 /3 8; outgroup 2; taxcode - 7; collapse 3; subopt 1;"
+    for what in ("length 0", "length", "ccode", "outgroup"):
+        own = run(f"{settings} tread (0 1 (2 (3 (4 (5 (6 (8 (9 (10 (11 (12 (13 (14 (15 (16 17)))))))))))))))); {what};")
+        theirs = run(f"{settings} tread (0 1 (2 (3 (4 (5 (6 (8 (9 (10 (11 (12 (13 (14 (15 (16 17))))))))))))))));"
+                     f"pzeb begin a 1 = {what}; return text; pzeb wait; pzeb get;")
+        lines = [line for line in own.splitlines()[-12:] if re.search(r"\d", line)]
+        missing = [line for line in lines if line.strip() not in theirs]
+        check(not missing, f"settings reach the tasks: {what} {missing}", own + theirs)
+
+
+def tasks_are_steered():
+    expect("pzeb begin a 2 = mult=replications 1; frobnicate; mult; return; pzeb wait; macro=;"
+           "set 0 numerrors[a]; quote errors '0'; pzeb get;", r"errors 2", r"Got results from a \(2")
+    expect("pzeb begin a 1 = mult=replications 100000; quote skipped; tagset 2; quote reached; return text;"
+           "pzeb wait [2]; pzeb skipto 2 a; pzeb stop [searches]; pzeb wait; pzeb get;",
+           r"reached")
+    expect("macro=; var: x y[2]; pzeb begin a 2 = var: q; set q slavenum+10; return; pzeb wait;"
+           "slaveget [a] y q; quote got 'y[0]' 'y[1]'; slaveset [a 0] q 77; slaveget [a] x + q; quote sum 'x';",
+           r"got 10 11", r"sum 88")
+    expect(f"pzeb begin a 2 = pzeb {options.mode}; pzeb begin b 2 = mult=replications 1; return;"
+           "pzeb wait; pzeb get; return trees text; pzeb wait; pzeb get; length;",
+           r"Got results from b \(2.*Got results from b \(2.*Got results from a \(2", BEST)
+    expect("mult=replications 1 hold 1; pzeb begin s 3 /sector *3 0 = bbreak; return; pzeb wait; pzeb get; length;",
+           r"Combined results from sectors in tree 1", r"0 \| 12\d 12\d")
+    expect("pzeb begin 2x 1 = return;", r"cannot name parallel jobs starting with a digit")
+    expect("pzeb begin x 2000 = return;", r"cannot spawn more than 1000 together")
+    expect("pzeb wait;", r"no parallel job is running")
+    expect("pzeb begin x 1 = mult;", r"expecting \"return\"")
+    expect("pzeb begin x 1 = return; pzeb stop [];", r"specify options wait, loops, searches, or all")
+
+
+def tasks_may_die():
+    """A task is killed at a random moment: the rest is collected, and the dead one is named."""
+    for _ in range(options.runs):
+        with tempfile.TemporaryDirectory() as where:
+            process = start("pzeb begin a 3 = mult=replications 3000; return; pzeb wait; pzeb get;", where)
+            wait_until(lambda: len(tasks_left()) == 3, 20)
+            time.sleep(random.random() * 2)
+            victims = tasks_left()
+            if victims:
+                try:
+                    os.kill(random.choice(victims), signal.SIGKILL)
+                except ProcessLookupError:
+                    victims = []
+            try:
+                output = process.communicate(timeout=SHORT)[0]
+            except subprocess.TimeoutExpired:
+                process.kill()
+                output = process.communicate()[0] + "\n(timed out)"
+            ended = re.search(r"Got results from a \((\d)", output)
+            check(ended and int(ended[1]) + ("crashed or died" in output) == 3,
+                  "a task is killed, the others are collected", output)
+            check(wait_until(lambda: not tasks_left(), 10), f"no process is left: {tasks_left()}")
+
+
+def the_master_may_die():
+    with tempfile.TemporaryDirectory() as where:
+        process = start("pzeb begin a 2 = mult=replications 1000000; return; pzeb wait;", where)
+        check(wait_until(lambda: len(tasks_left()) == 2, 30), "tasks are started")
+        time.sleep(1)
+        process.kill()
+        process.communicate()
+        check(wait_until(lambda: not tasks_left(), 10), f"tasks end with their master: {tasks_left()}")
+
+
+def messages_may_be_damaged():
+    """A parent that sends nonsense: the task ends, by itself and not by a signal."""
+    generator = random.Random(5)
+    for kind in range(40):
+        ours, theirs = socket.socketpair()
+        process = subprocess.Popen([options.zeb, "local_slaveproc", str(theirs.fileno())],
+                                   pass_fds=[theirs.fileno()], stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        theirs.close()
+        body = generator.randbytes(generator.randrange(300)) if kind % 2 else b"\0" * generator.randrange(200)
+        tag = generator.choice([1, 5, 7, 12345])
+        ours.sendall(struct.pack("<iiQ", tag, 0, len(body)) + body)
+        if kind % 3 == 0:
+            ours.sendall(struct.pack("<iiQ", 1, 0, 2**50))
+        time.sleep(0.05)
+        ours.close()
+        try:
+            check(process.wait(timeout=20) >= 0, f"a damaged message (tag {tag}, {body[:40]!r})")
+        except subprocess.TimeoutExpired:
+            process.kill()
+            check(False, f"a task without a parent goes on (tag {tag}, {body[:40]!r})")
+
+
+def start_daemon():
+    pvm = shutil.which("pvmd") or "/usr/bin/pvmd"
+    subprocess.Popen([pvm], env=environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                     stderr=subprocess.DEVNULL, start_new_session=True)
+    return wait_until(lambda: pathlib.Path(f"/tmp/pvmd.{os.getuid()}").exists(), 20)
+
+
+def stop_daemon():
+    subprocess.run([shutil.which("pvm") or "/usr/bin/pvm"], input="halt\n", text=True, env=environment(),
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=30, check=False)
+
+
+def main():
+    global options
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--zeb", required=True, type=lambda p: str(pathlib.Path(p).resolve()))
+    parser.add_argument("--mode", choices=("local", "mpi", "pvm"), default="local")
+    parser.add_argument("--runs", type=int, default=3)
+    options = parser.parse_args()
+    if options.mode == "pvm" and not start_daemon():
+        sys.exit("the daemon doesn't start")
+    try:
+        results_come_back()
+        tasks_are_steered()
+        tasks_may_die()
+        the_master_may_die()
+        if options.mode == "local":
+            messages_may_be_damaged()
+    finally:
+        if options.mode == "pvm":
+            stop_daemon()
+    print(f"{options.mode}: {len(faults)} faults")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
