@@ -12,11 +12,11 @@ namespace zeb {
 
 /// What the reader leaves alone for a while. Changed through `reading_flag` only.
 struct macro_reading {
-  bool no_expansion = false;   // all characters plain
-  bool no_quotes = false;      // quotes plain (within a number or name)
+  bool no_expansion = false;        // all characters plain
+  bool no_quotes = false;           // quotes plain (within a number or name)
   bool single_quotes_only = false;  // nothing else is expanded, but arguments of the file
-  bool no_strings = false;     // "$" plain (after the head of what takes a string)
-  bool exact_numbers = false;  // variables have all their digits, not those of the format
+  bool no_strings = false;          // "$" plain (after the head of what takes a string)
+  bool exact_numbers = false;       // variables have all their digits, not those of the format
 };
 extern macro_reading macro_reading_flags;
 
