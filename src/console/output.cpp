@@ -27,10 +27,6 @@ struct line_buffer_state {
 };
 line_buffer_state line_buffer;
 
-struct capture_state {
-  output_capture* innermost = nullptr;
-};
-capture_state capture;
 
 void append(char c) {
   std::string& text = line_buffer.text;
@@ -120,8 +116,8 @@ void newline() { emit(" \n"); }
 void flush_line() {
   const std::string text = without_terminal_codes(line_buffer.text);
   line_buffer = {};
-  if (capture.innermost) {
-    capture.innermost->text_ += text;
+  if (output.capture) {
+    output.capture->text_ += text;
     return;
   }
   if (log_is_open() && !(output.output_mask & no_log)) write_log(text);
@@ -132,8 +128,8 @@ void flush_line() {
   show_lines(text);
 }
 
-output_capture::output_capture() : outer_(capture.innermost) { capture.innermost = this; }
-output_capture::~output_capture() { capture.innermost = outer_; }
+output_capture::output_capture() : outer_(output.capture) { output.capture = this; }
+output_capture::~output_capture() { output.capture = outer_; }
 
 void reset_output() { line_buffer = {}; }
 

@@ -15,8 +15,9 @@ namespace zeb {
 enum output_place : unsigned { no_log = 1, no_console = 2, no_text_buffer = 4 };
 
 struct output_state {
-  unsigned output_mask = 0;  // bits of output_place: where nothing goes
-  bool polling = false;      // output is looking at the keyboard
+  unsigned output_mask = 0;                 // bits of output_place: where nothing goes
+  bool polling = false;                     // output is looking at the keyboard
+  class output_capture* capture = nullptr;  // takes all that is said; null: nobody
 };
 extern output_state output;
 

@@ -17,7 +17,7 @@
 #include "parallel/jobs/processors.h"
 #include "parallel/jobs/spawning.h"
 #include "parallel/settings.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {

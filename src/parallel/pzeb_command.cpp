@@ -15,11 +15,14 @@
 #include "language/lexer.h"
 #include "language/options.h"
 #include "parallel/commands.h"
+#include "parallel/jobs/begin_keyword.h"
+#include "parallel/jobs/collecting.h"
+#include "parallel/jobs/disk_keyword.h"
 #include "parallel/jobs/job_table.h"
-#include "parallel/jobs/keywords.h"
 #include "parallel/jobs/monitoring.h"
+#include "parallel/jobs/signalling.h"
 #include "parallel/settings.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {

@@ -6,8 +6,11 @@
 #include "macro/hooks.h"
 #include "parallel/jobs/job_table.h"
 #include "parallel/jobs/monitoring.h"
+#include "parallel/tasks/instructions.h"
 #include "parallel/tasks/parent_signals.h"
+#include "parallel/tasks/reports.h"
 #include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 #include "parallel/transport/connection.h"
 #include "search/hooks.h"
 

@@ -148,7 +148,7 @@ def tasks_may_die():
 
 def the_master_may_die():
     with tempfile.TemporaryDirectory() as where:
-        process = start("pzeb begin a 2 = mult=replications 1000000; return; pzeb wait;", where)
+        process = start("pzeb begin a 2 = mult=replications 100000; return; pzeb wait;", where)
         check(wait_until(lambda: len(tasks_left()) == 2, 30), "tasks are started")
         time.sleep(1)
         process.kill()

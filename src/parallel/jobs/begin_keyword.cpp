@@ -1,4 +1,6 @@
 // `pzeb begin` and `pzeb again`: jobs begin, and go on with other instructions.
+#include "parallel/jobs/begin_keyword.h"
+
 #include <algorithm>
 #include <cctype>
 #include <string>
@@ -16,7 +18,6 @@
 #include "matrix/matrix.h"
 #include "parallel/jobs/host_lists.h"
 #include "parallel/jobs/instruction_text.h"
-#include "parallel/jobs/keywords.h"
 #include "parallel/jobs/sector_jobs.h"
 #include "parallel/jobs/sector_requests.h"
 #include "parallel/jobs/spawning.h"

@@ -1,3 +1,4 @@
+
 #include "parallel/jobs/collecting.h"
 
 #include <unistd.h>
@@ -17,7 +18,6 @@
 #include "language/lists.h"
 #include "matrix/matrix.h"
 #include "parallel/jobs/job_table.h"
-#include "parallel/jobs/keywords.h"
 #include "parallel/jobs/sector_jobs.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/tree_loads.h"

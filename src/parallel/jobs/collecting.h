@@ -12,4 +12,9 @@ void collect_jobs(const std::vector<int>& slots, bool stop_first);
 /// Reads "0 2-3" as tasks of a job.
 std::vector<int> read_task_list(int slot);
 
+/// Keywords of `pzeb`; each reads its own arguments, up to and over ";".
+void get_keyword();
+void spy_keyword();
+void getbufs_keyword();
+
 }  // namespace zeb

@@ -1,4 +1,6 @@
 // `pzeb setdata`: the data in a file of each host, for tasks that read them from there.
+#include "parallel/jobs/disk_keyword.h"
+
 #include <unistd.h>
 
 #include <string>
@@ -11,7 +13,6 @@
 #include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "parallel/jobs/host_lists.h"
-#include "parallel/jobs/keywords.h"
 #include "parallel/messages/packet.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"

@@ -11,7 +11,7 @@
 #include "language/lexer.h"
 #include "macro/macro_state.h"
 #include "macro/script_text.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 
 namespace zeb {
 namespace {

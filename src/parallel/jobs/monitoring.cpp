@@ -1,4 +1,6 @@
 // `pzeb wait`: looks at tasks until they are done, or until a condition is fulfilled.
+#include "parallel/jobs/monitoring.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,10 +22,8 @@
 #include "macro/script_text.h"
 #include "parallel/jobs/collecting.h"
 #include "parallel/jobs/job_table.h"
-#include "parallel/jobs/keywords.h"
-#include "parallel/jobs/monitoring.h"
 #include "parallel/settings.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {

@@ -12,4 +12,8 @@ bool last_wait_succeeded();
 /// Tasks don't send their status when nobody looks any more.
 void stop_monitoring_after_error();
 
+/// Keywords of `pzeb`; each reads its own arguments, up to and over ";".
+void wait_keyword();
+void gwait_keyword();
+
 }  // namespace zeb

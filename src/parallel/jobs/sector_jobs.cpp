@@ -50,7 +50,7 @@ std::vector<tree_node> in_taxa(std::vector<tree_node> tree) {
 
 std::vector<tree_sector> cut_sectors(const sector_request& wanted, int tasks,
                                      std::vector<std::vector<tree_node>>& trees) {
-  random_generator& random = randomness.generator;
+  random_generator random(static_cast<unsigned>(draw()));
   std::vector<tree_sector> sectors;
   if (wanted.how == sector_request::way::random) {
     for (int i = 0; i < tasks; ++i) {
@@ -215,7 +215,7 @@ std::vector<int> ancestors_of(const std::vector<tree_node>& tree) {
 }
 
 /// False, and nothing kept, where it is worse than the tree was: states at the ends of a sector
-/// stand for what is behind them, exactly only for some kinds of characters.
+/// stand for what lies beyond them, exactly only for some kinds of characters.
 bool store_if_no_worse(std::vector<int> ancestors, double before) {
   const tree_span slot = take_slot(true);
   record_from_ancestors(ancestors, slot, matrix.ntax);
@@ -255,9 +255,9 @@ void combine_exclusive(const job_record& job,
 }  // namespace
 
 int exclusive_parts(int count, bool loose, int tree) {
+  random_generator random(static_cast<unsigned>(draw()));
   return static_cast<int>(
-      exclusive_sectors(tree_to_cut(tree), matrix.ntax, count, !loose, randomness.generator)
-          .size());
+      exclusive_sectors(tree_to_cut(tree), matrix.ntax, count, !loose, random).size());
 }
 
 void make_sector_job(const sector_request& wanted, job_request& request) {

@@ -1,4 +1,6 @@
 // `pzeb` keywords that steer jobs by signals.
+#include "parallel/jobs/signalling.h"
+
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -10,7 +12,6 @@
 #include "language/options.h"
 #include "parallel/jobs/collecting.h"
 #include "parallel/jobs/job_table.h"
-#include "parallel/jobs/keywords.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {

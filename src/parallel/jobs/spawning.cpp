@@ -14,7 +14,7 @@
 #include "matrix/matrix.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/session_text.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/transport/connection.h"
 #include "trees/tree_store.h"

@@ -5,7 +5,7 @@
 #include "base/input_file.h"
 #include "base/message_text.h"
 #include "parallel/messages/tags.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 
 namespace zeb {
 namespace {

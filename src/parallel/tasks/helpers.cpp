@@ -11,7 +11,7 @@
 #include "parallel/messages/tags.h"
 #include "parallel/tasks/disk_data.h"
 #include "parallel/tasks/parent_signals.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 
 namespace zeb {
 namespace {

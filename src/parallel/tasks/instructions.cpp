@@ -4,10 +4,13 @@
 #include <cctype>
 
 #include "base/errors.h"
+#include "console/output.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
-#include "parallel/tasks/task.h"
+#include "language/options.h"
+#include "macro/macro_values.h"
+#include "parallel/tasks/task_state.h"
 
 namespace zeb {
 namespace {
@@ -57,6 +60,47 @@ bool skip_to_wanted_tag() {
   task.wanted_tag = -1;
   task.wanted_back = false;
   return found;
+}
+
+void read_return() {
+  constexpr std::string_view words[] = {"trees",   "text",   "value",   "tgroups",   "polytree",
+                                        "notrees", "notext", "novalue", "notgroups", "nopolytree"};
+  constexpr int kinds = 5;
+  return_options wanted;
+  bool any = false;
+  while (skip_blanks_peek() != ';') {
+    if (read_word() == 0) {
+      read_char();
+      continue;
+    }
+    const int found = find_keyword(token(), words);
+    const bool on = found < kinds;
+    if (found >= 0 && !any) wanted.trees = false;
+    any = any || found >= 0;
+    switch (found % kinds) {
+      case 0:
+        wanted.trees = on;
+        break;
+      case 1:
+        wanted.text = on;
+        break;
+      case 2:
+        wanted.value_given = on;
+        if (on) wanted.value = macro_value();
+        break;
+      case 3:
+        wanted.groups = on;
+        break;
+      case 4:
+        wanted.polytree = on;
+        break;
+      default:
+        emit("Unrecognized keyword in return command: ", token(), " (ignored)\n");
+    }
+  }
+  read_char();
+  task.to_return = wanted;
+  task.at_return = true;
 }
 
 void run_last_return() {

@@ -9,6 +9,8 @@ void begin_instructions(const std::string& text);
 /// Where the parent wants to have the task at a `tagset`, skips the commands before it. False: the
 /// instructions end before.
 bool skip_to_wanted_tag();
+/// `return` at the end of the instructions: reads what is to be sent.
+void read_return();
 /// Instructions that end before their time end with their last `return`.
 void run_last_return();
 

@@ -19,7 +19,8 @@
 #include "parallel/messages/packet.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/reports.h"
+#include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/tasks/variable_requests.h"
 

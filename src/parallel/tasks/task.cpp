@@ -31,14 +31,14 @@
 #include "parallel/tasks/helpers.h"
 #include "parallel/tasks/instructions.h"
 #include "parallel/tasks/parent_signals.h"
+#include "parallel/tasks/reports.h"
+#include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/transport/connection.h"
 #include "search/search_session.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
-
-task_state task;
 
 namespace {
 
@@ -79,8 +79,11 @@ void prepare(const task_orders& orders) {
   task.parent_process = orders.host == name_of_this_machine() ? orders.process : 0;
   task.score_offset = orders.score_offset;
   task.instructions = orders.instructions;
-  arena.size = std::max<std::size_t>(orders.ram, arena.size);
-  run_in_jump_context([] { create_arena(arena.size); });
+  const jump_context around;
+  try {
+    create_arena(std::max<std::size_t>(orders.ram, arena.size));
+  } catch (const command_unwinding&) {
+  }
 }
 
 void take_data(const task_orders& orders) {
@@ -186,13 +189,6 @@ void take_new_instructions() {
   }
 }
 
-int stage_of_search() {
-  constexpr int finished = 9;
-  if (task.at_return) return finished;
-  const search_context* const search = running_search();
-  return search ? std::min(search->shown.stage + 1, finished - 1) : 0;
-}
-
 }  // namespace
 
 int run_task(int argc, char** argv) {
@@ -213,105 +209,6 @@ int run_task(int argc, char** argv) {
     std::fputs("zeb: a message of the parent is damaged\n", stderr);
     return status_of_orphan;
   }
-}
-
-void read_return() {
-  constexpr std::string_view words[] = {"trees",   "text",   "value",   "tgroups",   "polytree",
-                                        "notrees", "notext", "novalue", "notgroups", "nopolytree"};
-  constexpr int kinds = 5;
-  return_options wanted;
-  bool any = false;
-  while (skip_blanks_peek() != ';') {
-    if (read_word() == 0) {
-      read_char();
-      continue;
-    }
-    const int found = find_keyword(token(), words);
-    const bool on = found < kinds;
-    if (found >= 0 && !any) wanted.trees = false;
-    any = any || found >= 0;
-    switch (found % kinds) {
-      case 0:
-        wanted.trees = on;
-        break;
-      case 1:
-        wanted.text = on;
-        break;
-      case 2:
-        wanted.value_given = on;
-        if (on) wanted.value = macro_value();
-        break;
-      case 3:
-        wanted.groups = on;
-        break;
-      case 4:
-        wanted.polytree = on;
-        break;
-      default:
-        emit("Unrecognized keyword in return command: ", token(), " (ignored)\n");
-    }
-  }
-  read_char();
-  task.to_return = wanted;
-  task.at_return = true;
-}
-
-void set_task_tag(int tag) { task.tag = tag; }
-void show_command_as(const std::string& text) { task.shown_command = text; }
-
-void note_failed_task() {
-  task.failed = true;
-  stop_main_loop();
-}
-
-void count_search(const search_context& search) {
-  task.rearrangements.add(search.rearrangements);
-  task.replications += std::max(search.shown.replication, 0);
-  const double best = search.best_score;
-  if (best >= 0 && (task.best_score < 0 || best < task.best_score)) task.best_score = best;
-}
-
-task_status status_of_task() {
-  task_status now;
-  const search_context* const search = task.at_return ? nullptr : running_search();
-  rearrangement_counter done = task.rearrangements;
-  now.replications = task.replications;
-  now.score = task.best_score;
-  if (search) {
-    done.add(search->rearrangements);
-    now.replications += std::max(search->shown.replication, 0);
-    if (search->best_score >= 0 && (now.score < 0 || search->best_score < now.score))
-      now.score = search->best_score;
-  }
-  if (now.score >= 0) now.score += task.score_offset;
-  now.rearrangements_high = done.high;
-  now.rearrangements_low = done.low;
-  now.trees = matrix.present ? store.ntrees : 0;
-  now.finished = task.at_return && !task.again;
-  now.stage = stage_of_search();
-  now.paused = task.paused;
-  now.tag = task.tag;
-  now.command = task.failed                  ? "ERROR"
-                : task.shown_command.empty() ? command.command_name
-                                             : task.shown_command;
-  return now;
-}
-
-task_result result_of_task() {
-  const return_options& wanted = task.to_return;
-  task_result result;
-  result.taxa = matrix.ntax;
-  result.with_trees = wanted.trees;
-  result.with_text = wanted.text;
-  result.with_groups = wanted.groups;
-  result.with_value = wanted.value_given;
-  result.value = wanted.value;
-  result.failed = task.failed;
-  if (wanted.trees && matrix.present) result.load = trees_in_memory(wanted.groups);
-  if (wanted.text)
-    for (std::size_t i = 0; i < display_buffer.lines(); ++i)
-      result.text.push_back(display_buffer.line(i));
-  return result;
 }
 
 }  // namespace zeb

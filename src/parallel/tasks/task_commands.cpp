@@ -6,7 +6,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "parallel/commands.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 
 namespace zeb {
 

@@ -9,7 +9,7 @@
 #include "macro/macro_state.h"
 #include "macro/variables.h"
 #include "parallel/messages/tags.h"
-#include "parallel/tasks/task.h"
+#include "parallel/tasks/task_state.h"
 
 namespace zeb {
 namespace {

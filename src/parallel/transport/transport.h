@@ -1,6 +1,6 @@
 // How messages get from one process to another: over MPI, over PVM, or over sockets of this
-// machine. What is behind stands in modules that are loaded when first needed, so this header needs
-// no other one, and nothing here is defined elsewhere.
+// machine. The libraries are used by modules that are loaded when first needed, so this header
+// needs no other one, and nothing here is defined elsewhere.
 #pragma once
 
 #include <cstddef>

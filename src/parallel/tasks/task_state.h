@@ -1,0 +1,67 @@
+// What a task is, what it was told and what it has come to.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "base/scores.h"
+#include "parallel/transport/transport.h"
+#include "search/search_context.h"
+
+namespace zeb {
+
+/// What `return` says is to be sent.
+struct return_options {
+  bool trees = true;
+  bool text = false;
+  bool groups = false;
+  bool value_given = false;
+  double value = 0;
+  bool polytree = false;
+};
+
+/// Of this process where it is a task; written in tasks/ only.
+struct task_state {
+  transport* link = nullptr;
+  int number = 0;                      // among the tasks of its job
+  int level = 0;                       // how many parents; 0: this is no task
+  std::vector<std::int32_t> parents;   // task numbers of the tasks above it, nearest first
+  std::vector<std::int32_t> siblings;  // ids of all tasks of the job
+  std::string instructions;
+  int parent_process = 0;   // of the parent on this machine; 0 elsewhere
+  double score_offset = 0;  // what the whole tree has more than a sector
+
+  int tag = 0;          // set by `tagset`; also outside of tasks
+  int wanted_tag = -1;  // commands are skipped up to this one; -1 none
+  bool wanted_back = false;
+  std::string shown_command;  // what the parent shows for it; empty: the running command
+
+  bool monitored = false;  // sends its status again and again
+  bool paused = false;
+  bool at_return = false;  // the instructions are over
+  bool failed = false;     // one of them couldn't be carried out
+  bool dismissed = false;  // the parent waits for the result
+  bool result_sent = false;
+  bool again = false;     // new instructions are on their way
+  bool no_waits = false;  // monitors end at once
+  bool no_loops = false;  // and loops
+  return_options to_return;
+
+  // Of searches that are over.
+  int replications = 0;
+  rearrangement_counter rearrangements;
+  double best_score = no_score;
+
+  double last_look = 0;  // wall clock, seconds
+  double last_status = 0;
+};
+extern task_state task;
+
+void set_task_tag(int tag);
+/// What the parent shows as the task's command; empty: what runs.
+void show_command_as(const std::string& text);
+/// A command of the instructions failed.
+void note_failed_task();
+
+}  // namespace zeb
