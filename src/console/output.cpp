@@ -27,7 +27,6 @@ struct line_buffer_state {
 };
 line_buffer_state line_buffer;
 
-
 void append(char c) {
   std::string& text = line_buffer.text;
   if (c == '\n') {

@@ -147,8 +147,8 @@ answer value_of(const chain& c) {
   answer sum = value_of(c.operands[0]);
   for (std::size_t i = 0; i < c.operators.size() && sum.what == trouble::none; ++i) {
     // What can't change the answer isn't looked at.
-    const bool decided = (c.operators[i] == "&&" && sum.value == 0) ||
-                         (c.operators[i] == "||" && sum.value != 0);
+    const bool decided =
+        (c.operators[i] == "&&" && sum.value == 0) || (c.operators[i] == "||" && sum.value != 0);
     if (decided) {
       sum.value = sum.value != 0;
       continue;
