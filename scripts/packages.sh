@@ -5,6 +5,9 @@
 # What the program is linked with.
 libraries=(libncurses-dev zlib1g-dev libutf8proc-dev libmd-dev)
 
+# What modules for parallel runs are built with, and their tests run.
+transports=(openmpi-bin libopenmpi-dev pvm pvm-dev)
+
 need_packages() {
   local package missing=()
   if command -v dpkg-query >/dev/null 2>&1 && command -v apt-get >/dev/null 2>&1; then
