@@ -15,8 +15,8 @@
 #include "matrix/matrix.h"
 #include "matrix/reading/matrix_writer.h"
 #include "parallel/tasks/session_text.h"
-#include "search/drivers/sector_choice.h"
-#include "search/drivers/sectors.h"
+#include "search/sectors/sector_choice.h"
+#include "search/sectors/sectors.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
