@@ -90,6 +90,9 @@ double replicator::improve_and_store(double score) {
   if (options_.rss) score = search_sectors_of(sector_settings::random, score);
   if (options_.xss) score = search_sectors_of(sector_settings::exclusive, score);
   score = rebuild(score);
+  // With slots, cycles leave the tree where they ended, which may be worse.
+  if (options_.hold > 1 && !watch_.is_over())
+    store_tree(context_, context_.working_tree, first_slot_, score);
   score = run_cycles_of(stages_.ratchet, options_.ratchet, ratchet_search, score);
   score = run_cycles_of(stages_.drift, options_.drift, drift_search, score);
   // Also a tree that was stopped on its way is kept.

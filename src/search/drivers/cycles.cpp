@@ -123,6 +123,8 @@ bool cycle_keeper::fuse_if_due(bool is_last) {
   how.rounds = wanted_.fuse_rounds;
   fuse_task pool{.slots = {}, .reseeds = false, .shows_rounds = false};
   for (int t = task_.first_slot; t < context_.trees.ntrees; ++t) pool.slots.push_back(t);
+  if (static_cast<int>(pool.slots.size()) < fewest_to_fuse)
+    return false;  // better trees made others go
   fuse_trees(context_, how, pool);
   context_.shown.stage = stage;
   const bool is_better = take_fused(in_hand);
