@@ -23,6 +23,7 @@ import os
 import random
 import re
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
@@ -71,10 +72,10 @@ class Run:
     def stop_after(self, process, limit):
         """Ends it when it has used so many seconds, however busy the machine is."""
         try:
-            while process.poll() is None and self.used(process.pid) < limit:
+            while self.used(process.pid) < limit:
                 time.sleep(0.1)
-            process.terminate()
-        except (OSError, ProcessLookupError):
+            os.kill(process.pid, signal.SIGTERM)
+        except OSError:  # it has ended
             pass
 
     def score(self):

@@ -20,8 +20,12 @@
 #include "engine/settings.h"
 #include "matrix/matrix_layout.h"
 #include "property/random_matrix.h"
+#include "search/combined/combined_settings.h"
 #include "search/drivers/bbreak.h"
+#include "search/drivers/fusing.h"
 #include "search/drivers/mult.h"
+#include "search/drivers/rebuild.h"
+#include "search/drivers/sectors.h"
 #include "search/hooks.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
@@ -46,6 +50,10 @@ class search_survival : public ::testing::Test {
     mult = {};
     ratchet = {};
     drift = {};
+    sectors = {};
+    rebuilding = {};
+    fusing = {};
+    combined = {};
     engine = {};
     weighting = {};
     search_settings = {};
@@ -177,7 +185,8 @@ void expect_best_trees(const std::string& said, const std::string& when) {
   score_stored_trees(scores);
   for (const double score : scores) {
     const std::string told = " " + std::to_string(static_cast<long>(score));
-    EXPECT_TRUE(said.find(told + ".") != said.npos || said.find(told + "\n") != said.npos)
+    EXPECT_TRUE(said.find(told + ".") != said.npos || said.find(told + "\n") != said.npos ||
+                said.find(told + ",") != said.npos)
         << when << ": a tree of " << score << " steps, but\n"
         << said;
   }
@@ -195,7 +204,9 @@ TEST_F(search_survival, a_wish_to_stop_may_come_with_any_candidate) {
         "mult=wagner replic 5 cas 3;", "mult=replic 2 tbr ras hold 2 ratchet drift;", "bbreak;",
         "ratchet=iterations 6;", "ratchet=tradrat iterations 6;", "drift=iterations 6;",
         "drift=noequals;", "ratchet=notradrat fusefreq 3 autoconst 2 iterations 8;",
-        "bbreak:safe; bbreak;", "bbreak=nomulpars;"}) {
+        "bbreak:safe; bbreak;", "bbreak=nomulpars;", "sectsch=minsize 5 maxsize 5;",
+        "sectsch=gocomb 4;", "tfuse;", "hybrid=hybridize 4;", "rebuild=cycles 3 nohybrid;",
+        "xmult=replications 2 ratchet 2;"}) {
     bool stopped = true;
     for (int n = 1; stopped; n += 1 + n / 7) {
       set_tree_count(store, 0);
@@ -299,6 +310,47 @@ TEST_F(search_survival, every_width_makes_the_same_search) {
       EXPECT_EQ(whole_search({}), usual) << "round " << round << ", narrow cluster test " << narrow;
     }
     swapping.use_inters = 0;
+  }
+}
+
+int width_of_all = 0;
+
+/// All data sets, also those of sectors.
+void bind_width(const search_data& data, move_slots&) {
+  bind_kernels(const_cast<search_data&>(data), width_of_all);
+}
+
+TEST_F(search_survival, every_width_makes_the_same_search_with_all_drivers) {
+  std::mt19937 g(8);
+  zeb_test::run_program("hold 60;");
+  for (int round = 0; round < 4; ++round) {
+    zeb_test::data_shape shape = noisy_shape();
+    shape.ntax = 20 + 2 * round;
+    shape.nchar = 40;
+    fill_matrix(shape, g);
+    weighting.on = round % 2 == 1;
+    std::string usual;
+    std::vector<std::vector<std::int32_t>> trees;
+    for (const int width : {32, 64, 256, 512}) {
+      if (width > widest_kernels()) continue;
+      width_of_all = width;
+      hooks_of_search.slot_binders = {bind_width};
+      set_tree_count(store, 0);
+      std::string said = zeb_test::run_program(
+          "mult=replic 4 hold 1 wagner keepall; mult:tbr nokeepall hold 2;"
+          "sectsch=rss nogocomb godrift 75 minsize 8 maxsize 12; sectsch=xss 2+2-1 godrift 6;"
+          "sectsch=gocomb 6;"
+          "tfuse; ratchet=iterations 6; drift=iterations 6 fusefreq 3; rebuild=cycles 3 hybrid 1 "
+          "sample 3; xmult=replications 2 hits 2;");
+      blank_times(said);
+      EXPECT_EQ(said.find("rror"), said.npos) << said;
+      if (usual.empty()) {
+        usual = said;
+        trees = stored_trees();
+      }
+      EXPECT_EQ(said, usual) << "round " << round << ", " << width << " bits";
+      EXPECT_EQ(stored_trees(), trees) << "round " << round << ", " << width << " bits";
+    }
   }
 }
 

@@ -115,7 +115,9 @@ bool cycle_keeper::take_fused(std::span<const std::int32_t> in_hand) {
 bool cycle_keeper::fuse_if_due(bool is_last) {
   if (!fuses() || (++cycles_since_fusing_ < wanted_.fusefreq && !is_last)) return false;
   cycles_since_fusing_ = 0;
-  if (std::exchange(stored_since_fusing_, 0) < fewest_to_fuse) return false;
+  // Better ones may have taken the place of those that were stored.
+  const int left = context_.trees.ntrees - task_.first_slot;
+  if (std::min(std::exchange(stored_since_fusing_, 0), left) < fewest_to_fuse) return false;
   const int stage = context_.shown.stage;
   // The fuser works in the context's working tree, which may be that of the cycles.
   const std::vector<std::int32_t> in_hand(tree_.begin(), tree_.end());
