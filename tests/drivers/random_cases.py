@@ -173,7 +173,7 @@ def drift(rnd):
 def sectsch(rnd):
     selection = rnd.choice((f"rss minsize {rnd.randint(5, 8)} maxsize {rnd.randint(8, 30)} increase {rnd.choice((0, 50, 100))}"
                             f" selfactor {rnd.choice(('1', '20', '= 3 9'))}", f"xss {rnd.randint(2, 4)}-{rnd.randint(2, 6)}+{rnd.randint(1, 3)}-{rnd.randint(1, 2)}",
-                            f"dss {rnd.randint(0, 12)} {rnd.randint(1, 4)} tree 0"))
+                            f"css minfork {rnd.randint(2, 5)} rounds 1", f"dss {rnd.randint(0, 12)} {rnd.randint(1, 4)} tree 0"))
     words = f"{selection} starts {rnd.randint(1, 4)} drift {rnd.randint(0, 4)} combstarts {rnd.randint(1, 4)}"
     for word in ("xeven", "chkroot", "moveon 2", "godrift 5", "gocomb 6", "equals", "fuse 2", "global 1 dglobal 1", "noglobal", "nokeepall"):
         words += " " + word if rnd.random() < 0.25 else ""
@@ -199,7 +199,7 @@ def xmult(rnd):
     words = f"hits {rnd.randint(1, 3)} replications {rnd.randint(1, 4)}" if rnd.random() < 0.7 else f"level {rnd.choice((0, 1.5, 3, 4))}"
     for word in ("norss", "xss", "nofuse", "fuse 3", "gfuse 2", "nodrift", "drift 2", "ratchet 3", "keepall", "nomultiply", "noupdate", "hold 3",
                  "autoconst 3", "noautoconst", "noxmix", "prvmix", "retouch 1", "consense 2 conbase 1",
-                 "chklevel +0.5 2"):
+                 "chklevel +0.5 2", "css", "nocss", "rebuild 3", "hfuse 5", "hybrid x1.5", "picktype 1"):
         words += " " + word if rnd.random() < 0.2 else ""
     return words
 
