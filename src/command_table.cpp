@@ -120,7 +120,7 @@ constexpr command_row rows[] = {
     {"reroot",      reroot_command, true,  topic_various | topic_trees},
     {"resample",    resample_command, false, topic_searching | topic_diagnosis | topic_supports, false, &resample_options},
     {"resols",      none, true,  topic_diagnosis | topic_compare | topic_consensus | topic_trees},
-    {"rfreqs",      none, true,  topic_diagnosis | topic_compare | topic_consensus | topic_supports | topic_trees},
+    {"rfreqs",      rfreqs_command, true,  topic_diagnosis | topic_compare | topic_consensus | topic_supports | topic_trees},
     {"riddup",      none, true,  topic_various},
     {"rseed",       rseed_command, false, topic_settings | topic_various},
     {"run",         run_command, false, topic_input | topic_scripts},

@@ -10,5 +10,6 @@ void comcomp_command();
 void prunnelsen_command();
 void prunmajor_command();
 void pruncom_command();
+void rfreqs_command();
 
 }  // namespace zeb

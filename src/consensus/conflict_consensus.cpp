@@ -24,6 +24,13 @@ void enter_groups(group_tally& tally, const_tree_span tree) {
   if (!tally.count_tree_groups(tree, no_weights, true)) out_of_memory();
 }
 
+taxon_set taxa_of(const group_record& group, int ntax) {
+  taxon_set taxa(ntax);
+  for (int t = 0; t < ntax; ++t)
+    taxa.assign(t, (group.words[t / taxa_per_word] >> (t % taxa_per_word) & 1U) != 0);
+  return taxa;
+}
+
 int tree_count(const tree_selection& selection) { return static_cast<int>(selection.trees.size()); }
 
 }  // namespace
@@ -69,21 +76,37 @@ std::vector<int> group_frequencies(const tree_selection& selection, const_tree_s
   return counts;
 }
 
-std::vector<int> group_differences(const tree_selection& selection, const_tree_span tree) {
+std::vector<contested_group> contested_groups(const tree_selection& selection,
+                                              const_tree_span tree) {
   return with_all_groups(selection, selection.excluded, [&](group_tally& tally) {
     enter_groups(tally, tree);
-    std::vector<int> nodes, records;
+    std::vector<std::size_t> nodes;
+    std::vector<int> records;
     for (std::size_t n = 0; n < tree.size(); ++n)
       if (tally.records_of_last_tree()[n] >= 0) {
-        nodes.push_back(static_cast<int>(n));
+        nodes.push_back(n);
         records.push_back(tally.records_of_last_tree()[n]);
       }
-    const std::vector<int> largest = tally.largest_conflicts(tree_count(selection), records);
-    std::vector<int> out(tree.size(), no_group);
-    for (std::size_t i = 0; i < nodes.size(); ++i)
-      out[at(nodes[i])] = tally.groups()[at(records[i])].count - largest[i];
-    return out;
+    const std::vector<int> strongest = tally.strongest_conflicts(tree_count(selection), records);
+    std::vector<contested_group> groups(tree.size());
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+      contested_group& group = groups[nodes[i]];
+      group.is_group = true;
+      group.count = tally.groups()[at(records[i])].count;
+      if (strongest[i] < 0) continue;
+      const group_record& other = tally.groups()[at(strongest[i])];
+      group.against = other.count;
+      group.other = taxa_of(other, selection.ntax);
+    }
+    return groups;
   });
+}
+
+std::vector<int> group_differences(const tree_selection& selection, const_tree_span tree) {
+  std::vector<int> out;
+  for (const contested_group& group : contested_groups(selection, tree))
+    out.push_back(group.is_group ? group.difference() : no_group);
+  return out;
 }
 
 }  // namespace zeb

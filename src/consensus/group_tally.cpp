@@ -121,13 +121,13 @@ bool groups_conflict(const group_record& a, const group_record& b) {
 // For each group only the most frequent contradiction matters. So the others are tried from the
 // most frequent down, beginning with the first whose count and the group's don't sum to more than
 // the trees, and the first that conflicts ends the search.
-std::vector<int> group_tally::largest_conflicts(int n_trees,
-                                                std::span<const int> of_records) const {
+std::vector<int> group_tally::strongest_conflicts(int n_trees,
+                                                  std::span<const int> of_records) const {
   std::vector<int> by_count(records_.size());
   std::iota(by_count.begin(), by_count.end(), 0);
   std::stable_sort(by_count.begin(), by_count.end(),
                    [&](int a, int b) { return records_[at(a)].count > records_[at(b)].count; });
-  std::vector<int> largest(of_records.size(), 0);
+  std::vector<int> strongest(of_records.size(), -1);
   for (std::size_t i = 0; i < of_records.size(); ++i) {
     if (i % polling_interval == 0) {
       show_progress("Comparing groups", static_cast<double>(i),
@@ -141,19 +141,22 @@ std::vector<int> group_tally::largest_conflicts(int n_trees,
     });
     for (; other != by_count.end() && records_[at(*other)].count > 0; ++other)
       if (groups_conflict(group, records_[at(*other)])) {
-        largest[i] = records_[at(*other)].count;
+        strongest[i] = *other;
         break;
       }
   }
   clear_progress();
-  return largest;
+  return strongest;
 }
 
 void group_tally::compare_groups(int n_trees) {
   std::vector<int> all(records_.size());
   std::iota(all.begin(), all.end(), 0);
-  const std::vector<int> largest = largest_conflicts(n_trees, all);
-  for (std::size_t i = 0; i < records_.size(); ++i) records_[i].count -= largest[i];
+  const std::vector<int> strongest = strongest_conflicts(n_trees, all);
+  std::vector<int> counts;
+  for (const group_record& record : records_) counts.push_back(record.count);
+  for (std::size_t i = 0; i < records_.size(); ++i)
+    if (strongest[i] >= 0) records_[i].count -= counts[at(strongest[i])];
 }
 
 }  // namespace zeb

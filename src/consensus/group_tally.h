@@ -52,8 +52,8 @@ class group_tally {
   /// that overlap with it without containing or being contained. `n_trees` trees were counted. Two
   /// groups of one tree never conflict, so counts of conflicting ones sum to n_trees at most.
   void compare_groups(int n_trees);
-  /// The largest count of a group in conflict with record `group`; 0 none.
-  std::vector<int> largest_conflicts(int n_trees, std::span<const int> of_records) const;
+  /// For each of these records that of the most frequent group in conflict with it; -1 none.
+  std::vector<int> strongest_conflicts(int n_trees, std::span<const int> of_records) const;
 
  private:
   bool grow();

@@ -58,6 +58,15 @@ void require_end() {
   if (skip_blanks_peek() != ';') invalid_option();
 }
 
+bool read_reference(consensus_request& request) {
+  const int c = skip_blanks_peek();
+  if (c != '[' && c != '(') return false;
+  next_nonblank();
+  request.as_table = c == '(';
+  request.reference = read_reference_tree(c == '(' ? ')' : ']');
+  return true;
+}
+
 consensus_request read_consensus_request(bool has_reference_forms) {
   consensus_request request;
   if (store.ntrees == 0) error_end("No trees specified");
@@ -65,9 +74,7 @@ consensus_request read_consensus_request(bool has_reference_forms) {
   const int c = skip_blanks_peek();
   if (c == '[' || c == '(') {
     if (has_reference_forms && !request.store) {
-      next_nonblank();
-      request.as_table = c == '(';
-      request.reference = read_reference_tree(c == '(' ? ')' : ']');
+      read_reference(request);
     } else if (c == '[' || !macros_on()) {  // with macros "(" begins an expression
       invalid_option();
     }

@@ -20,6 +20,8 @@ struct consensus_request {
   int n_excluded = 0;
 };
 
+/// Reads "[J]" or "(J)" where one comes next; false where none does.
+bool read_reference(consensus_request& request);
 /// Reads the arguments up to ";", which stays unread. The forms of a reference tree are read if
 /// `has_reference_forms`, and refused otherwise.
 consensus_request read_consensus_request(bool has_reference_forms);

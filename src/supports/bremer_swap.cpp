@@ -8,7 +8,6 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/time_limit.h"
-#include "console/output.h"
 #include "console/progress.h"
 #include "engine/packing/packed_matrix.h"
 #include "engine/passes/conversions.h"
@@ -131,7 +130,6 @@ class swapped_supports {
   bremer_result run() {
     require_outgroup(data_, request_.excluded);
     check_limits(request_.how, rules());
-    tell_approximation();
     const compared_trees compared =
         compare_with_best(trees_, request_.how.needs_relative() && trees_.size() > 1);
     const const_tree_span best = trees_[at(compared.best)];
@@ -160,14 +158,6 @@ class swapped_supports {
     rules.swap.move_limit = 0;
     rules.swap.random_clip = false;
     return rules;
-  }
-
-  void tell_approximation() {
-    if (!data_.has_asymmetric || !request_.how.needs_relative() || matrix.exact_relative_fits)
-      return;
-    emit("\nNote: with asymmetric Sankoff characters, relative fit differences\n");
-    emit("with rearranged tree calculated only approximately during TBR");
-    emit("\nUse \"cost &;\" command to calculate exactly (more memory/time)\n");
   }
 
   void swap(const_tree_span tree, reference_groups& groups, const divisions& known,
