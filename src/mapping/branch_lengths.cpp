@@ -11,15 +11,21 @@
 namespace zeb {
 namespace {
 
-bool has_branch(const tree_shape& shape, int node) {
-  return node != shape.root() && shape.has(node);
+/// Calls `visit(node)` for the node above each branch of the tree.
+template <class function>
+void for_each_branch(const tree_shape& shape, function visit) {
+  for (int v = 0; at(v) < shape.nodes(); ++v)
+    if (v != shape.root() && shape.has(v)) visit(v);
 }
 
-/// Calls `visit(node, branch_range)` for the branches of the tree.
-template <class optimiser, class function>
-void for_each_branch(const tree_shape& shape, const optimiser& o, function visit) {
-  for (int v = 0; at(v) < shape.nodes(); ++v)
-    if (has_branch(shape, v)) visit(v, o.branch(v));
+template <class optimiser_type>
+void add_lengths(const tree_shape& shape, const optimiser_type& optimiser, double unit,
+                 length_ranges& lengths) {
+  for_each_branch(shape, [&](int node) {
+    const branch_range range = optimiser.branch(node);
+    lengths.least[at(node)] += unit * static_cast<double>(range.least);
+    lengths.most[at(node)] += unit * static_cast<double>(range.most);
+  });
 }
 
 }  // namespace
@@ -28,24 +34,19 @@ length_ranges branch_lengths(const tree_shape& shape, const std::vector<int>& ch
                              polytomy_kind polytomies) {
   length_ranges lengths{std::vector<double>(shape.nodes(), no_length),
                         std::vector<double>(shape.nodes(), no_length)};
-  for (int v = 0; at(v) < shape.nodes(); ++v)
-    if (has_branch(shape, v)) lengths.least[at(v)] = lengths.most[at(v)] = 0;
+  for_each_branch(shape, [&](int v) { lengths.least[at(v)] = lengths.most[at(v)] = 0; });
   for (const int c : characters) {
     check_interrupt();
     const character_record& record = matrix.characters[at(c)];
     const double unit = record.weight / (record.is_continuous ? 1000.0 : 1.0);
-    const auto add = [&](int node, const branch_range& range) {
-      lengths.least[at(node)] += unit * static_cast<double>(range.least);
-      lengths.most[at(node)] += unit * static_cast<double>(range.most);
-    };
     if (record.is_continuous && polytomies == polytomy_kind::hard) {
       const value_ranges ranges(c, shape);
-      if (ranges.any()) for_each_branch(shape, ranges, add);
+      if (ranges.any()) add_lengths(shape, ranges, unit, lengths);
       continue;
     }
     const state_model model(c);
-    if (model.size() < 2) continue;
-    for_each_branch(shape, state_optimiser(model, shape, polytomies), add);
+    if (model.size() > 1)
+      add_lengths(shape, state_optimiser(model, shape, polytomies), unit, lengths);
   }
   return lengths;
 }
@@ -57,14 +58,15 @@ std::vector<largest_changes> changes_in_size(const tree_shape& shape,
     check_interrupt();
     const value_ranges ranges(c, shape);
     if (!ranges.any()) continue;
-    for_each_branch(shape, ranges, [&](int node, const branch_range& range) {
+    for_each_branch(shape, [&](int node) {
+      const size_change change = ranges.largest_change(node);
       largest_changes& largest = changes[at(node)];
-      if (range.rise > largest.rise) {
-        largest.rise = range.rise;
+      if (change.rise > largest.rise) {
+        largest.rise = change.rise;
         largest.character_of_rise = c;
       }
-      if (range.fall > largest.fall) {
-        largest.fall = range.fall;
+      if (change.fall > largest.fall) {
+        largest.fall = change.fall;
         largest.character_of_fall = c;
       }
     });

@@ -119,18 +119,15 @@ bool state_optimiser::in_final(int node, std::size_t value) const {
 }
 
 branch_range state_optimiser::branch(int node) const {
-  branch_range range{impossible_cost, 0, 0, 0};
+  if (n_ == 0) return {};
+  branch_range range{impossible_cost, 0};
   for (std::size_t i = 0; i < n_; ++i)
     for (std::size_t j = 0; j < n_; ++j) {
       const std::int64_t cost = model_.cost(i, j);
       if (rest_[index(node, i)] + cost + own(node, j) != steps_) continue;
       range.least = std::min(range.least, cost);
       range.most = std::max(range.most, cost);
-      const std::int64_t rise = model_.value(j) - model_.value(i);
-      range.rise = std::max(range.rise, rise);
-      range.fall = std::max(range.fall, -rise);
     }
-  if (n_ == 0) range.least = 0;
   return range;
 }
 

@@ -13,13 +13,11 @@
 
 namespace zeb {
 
-/// Least and largest cost of the change along a branch, over all most parsimonious reconstructions;
-/// and the largest rise and fall of a continuous character. Unweighted; thousandths if continuous.
+/// Least and largest cost of the change along a branch, over all most parsimonious reconstructions.
+/// Unweighted; thousandths if continuous.
 struct branch_range {
   std::int64_t least = 0;
   std::int64_t most = 0;
-  std::int64_t rise = 0;
-  std::int64_t fall = 0;
 };
 
 /// Values are numbers in the model. The model and the shape must outlive it.

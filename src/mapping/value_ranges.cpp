@@ -30,16 +30,18 @@ value_range value_ranges::following(int node, int above) const {
   return {above, above};
 }
 
-branch_range value_ranges::branch(int node) const {
+size_change value_ranges::largest_change(int node) const {
   const value_range above = final(shape_.ancestor(node));
   const value_range best = down(node);
+  return {std::max(0, best.low - above.low), std::max(0, above.high - best.high)};
+}
+
+branch_range value_ranges::branch(int node) const {
+  const value_range above = final(shape_.ancestor(node));
   const value_range reach = optimiser_.reach(node)[0];
-  branch_range range;
-  range.rise = std::max(0, best.low - above.low);
-  range.fall = std::max(0, above.high - best.high);
-  range.most = std::max(range.rise, range.fall);
-  range.least = std::max({0, reach.low - above.high, above.low - reach.high});
-  return range;
+  const size_change largest = largest_change(node);
+  return {std::max({0, reach.low - above.high, above.low - reach.high}),
+          std::max(largest.rise, largest.fall)};
 }
 
 }  // namespace zeb

@@ -10,6 +10,12 @@
 
 namespace zeb {
 
+/// The largest that some most parsimonious reconstruction has along a branch.
+struct size_change {
+  std::int64_t rise = 0;
+  std::int64_t fall = 0;
+};
+
 class value_ranges {
  public:
   /// The shape must outlive it.
@@ -24,6 +30,7 @@ class value_ranges {
   value_range following(int node, int above) const;
   /// Of the branch below the node, which isn't the root.
   branch_range branch(int node) const;
+  size_change largest_change(int node) const;
 
  private:
   const tree_shape& shape_;
