@@ -15,10 +15,12 @@
 #include "parallel/jobs/job_table.h"
 #include "parallel/jobs/monitoring.h"
 #include "parallel/jobs/processors.h"
+#include "parallel/jobs/sector_jobs.h"
 #include "parallel/jobs/spawning.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/task_state.h"
 #include "parallel/transport/connection.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
@@ -259,6 +261,18 @@ double all_processors() {
   return processors_of_hosts();
 }
 
+/// How many exclusive sectors N divisions of tree T make.
+double parts_of_tree() {
+  const std::vector<double> values = bracketed_whole_values(2, 2);
+  constexpr int most = 64;
+  if (values[0] < 1 || values[0] > most)
+    error_end("P-ZEB: must give number of exclusive sectors (1-64)");
+  const int tree = static_cast<int>(std::min(values[1], 1e9));
+  require_trees();
+  check_tree_number(tree);
+  return exclusive_parts(static_cast<int>(values[0]), false, tree);
+}
+
 // clang-format off
 constexpr expression_function rows[] = {
     {"attag", "[G J K]", "1 if the tag of task K of job J is at least G; without K (optional), how many tasks", tasks_at_tag, function_list::parallel},
@@ -289,6 +303,7 @@ constexpr expression_function rows[] = {
     {"tasksrecvd", "[J]", "tasks of job J received", tasks_received, function_list::parallel},
     {"tasktoh", "[J K]", "host of task K of job J", host_of_task, function_list::parallel},
     {"totcpus", "", "processors of all hosts", all_processors, function_list::parallel},
+    {"treeparts", "[N T]", "exclusive sectors that N divisions of tree T make", parts_of_tree, function_list::parallel},
     {"waitsuccess", "", "0 when the last wait ended on its time-out", wait_succeeded, function_list::parallel},
     {"acttasks", "", "tasks that are running", all_running_tasks, function_list::unlisted},
 };

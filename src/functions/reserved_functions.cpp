@@ -30,7 +30,6 @@ constexpr expression_function rows[] = {
     {"smplik", "[T]", "sampled likelihood of tree T", nullptr},
     {"sprdiff", "[T1 T2]", "number of SPR moves between the trees", nullptr},
     {"sprsim", "[T1 T2]", "similarity by SPR moves", nullptr},
-    {"treeparts", "[J]", "parts of trees received from job J", nullptr, function_list::parallel},
     {"lmycell", "[C L N T]", "grid cell of a landmark", nullptr, function_list::unlisted},
     {"lmycoord", "[C L N T]", "coordinate of a landmark", nullptr, function_list::unlisted},
     {"lmzcell", "[C L N T]", "grid cell of a landmark", nullptr, function_list::unlisted},

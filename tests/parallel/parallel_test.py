@@ -157,6 +157,17 @@ def the_master_may_die():
         check(wait_until(lambda: not tasks_left(), 10), f"tasks end with their master: {tasks_left()}")
 
 
+def tasks_are_as_safe_as_their_master():
+    with tempfile.TemporaryDirectory() as where:
+        (pathlib.Path(where) / "x.run").write_text(
+            "pzeb local; xread 1 4 a 0 b 0 c 1 d 1;;"
+            "pzeb begin a 1 = system touch written; return text; pzeb wait; pzeb get; quit;")
+        done = subprocess.run([options.zeb, "--safe", "--batch", "x.run"], cwd=where, capture_output=True,
+                              text=True, timeout=SHORT, check=False)
+        check("forbidden in safe mode" in done.stdout and not (pathlib.Path(where) / "written").exists(),
+              "a task of a safe run starts no shell", done.stdout + done.stderr)
+
+
 def messages_may_be_damaged():
     """A parent that sends nonsense: the task ends, by itself and not by a signal."""
     generator = random.Random(5)
@@ -208,6 +219,7 @@ def main():
         the_master_may_die()
         if options.mode == "local":
             messages_may_be_damaged()
+            tasks_are_as_safe_as_their_master()
     finally:
         if options.mode == "pvm":
             stop_daemon()

@@ -90,15 +90,8 @@ void read_ram(job_request& request) {
   request.ram = factor ? value * static_cast<double>(arena.size) / megabyte : value;
 }
 
-void read_swap(job_request& request) {
-  request.swap_mode = accept_char('-') ? 2 : accept_char('+') ? 3 : 1;
-  double tree = 0;
-  if (!read_optional_whole(&tree) || tree < 0) error_end("P-ZEB: must give tree to swap");
-  if (tree >= store.ntrees)
-    error_end_f("P-ZEB: cannot swap tree %i (only %i trees in memory)", static_cast<int>(tree),
-                store.ntrees);
-  request.kind = job_kind::swapping;
-  request.swap_tree = static_cast<int>(tree);
+[[noreturn]] void refuse_swap() {
+  error_end("P-ZEB: parallel swapping of one tree (\"swap\") is not available yet");
 }
 
 enum begin_option {
@@ -126,7 +119,6 @@ void read_trees_option(job_request& request, const begin_options& options) {
 void read_sector_option(job_request& request, begin_options& options) {
   if (request.trees.how != tree_choice::way::unsaid)
     error_end("P-ZEB: can't do \"sectors\" (\"trees\" selected already)");
-  if (request.swap_tree >= 0) error_end("P-ZEB: can't use \"swap\" and \"sector\" together");
   options.sector = read_sector_request();
   options.has_sector = true;
 }
@@ -157,9 +149,7 @@ void read_options(job_request& request, begin_options& options, bool again) {
         read_sector_option(request, options);
         break;
       case swap_option:
-        if (options.has_sector) error_end("P-ZEB: can't use \"swap\" and \"sector\" together");
-        read_swap(request);
-        break;
+        refuse_swap();
       case dskdata_option:
         request.from_disk = true;
         emit("\nNote: data will be read from disk, not transferred.\n");

@@ -19,7 +19,7 @@ constexpr int most_tasks = 1000;  // of a job
 constexpr std::size_t longest_job_name = 31;
 
 /// What the tasks of a job work on.
-enum class job_kind { whole_trees, random_sectors, exclusive_sectors, one_sector, swapping };
+enum class job_kind { whole_trees, random_sectors, exclusive_sectors, one_sector };
 
 /// Where a sector lies in its tree.
 struct sector_place {

@@ -157,8 +157,6 @@ int spawn_job(job_request request) {
     orders.from_disk = request.from_disk;
     orders.directory = parallel.disk_directory;
     if (request.from_disk) orders.data.clear();
-    orders.swap_mode = request.swap_mode;
-    orders.swap_tree = request.swap_tree;
   }
   const int count = static_cast<int>(job.tasks.size());
   const std::vector<std::vector<int>> trees = request.sector_orders.empty()

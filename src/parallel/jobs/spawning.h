@@ -24,8 +24,6 @@ struct job_request {
   int parts = 0;
   double score_at_start = 0;  // of the tree whose sectors are searched
   bool partial = false;
-  int swap_tree = -1;
-  int swap_mode = 0;  // 1 sorted, 2 unsorted, 3 with a controller
   std::string instructions;
 };
 

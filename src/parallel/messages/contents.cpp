@@ -44,8 +44,6 @@ packet_writer task_orders::packed() const {
   to.put_text(data);
   to.put_text(settings);
   to.put_list(tasks);
-  to.put(swap_mode);
-  to.put(swap_tree);
   to.put(end_mark);
   return to;
 }
@@ -69,8 +67,6 @@ task_orders task_orders::unpacked(packet_reader from) {
   o.data = from.text();
   o.settings = from.text();
   o.tasks = from.list();
-  o.swap_mode = from.whole();
-  o.swap_tree = from.whole();
   expect_end_of(from);
   return o;
 }

@@ -29,8 +29,6 @@ struct task_orders {
   std::string data;                 // commands that read the data; empty with `from_disk`
   std::string settings;             // commands that set all that differs from the defaults
   std::vector<std::int32_t> tasks;  // ids of all tasks of the job
-  int swap_mode = 0;                // parallel swapping: see job_request
-  int swap_tree = -1;
 
   packet_writer packed() const;
   static task_orders unpacked(packet_reader from);

@@ -16,7 +16,6 @@ enum message_tag : int {
   tag_disk_reply = 15,  // to the parent: whether the file is right
   tag_text = 16,        // to the parent: text buffer
   tag_reply = 20,       // to the parent: the answer to query N is tag 20 + N
-  tag_swap = 60,        // between tasks that swap one tree together
   tag_processors = 12345,
 };
 

@@ -10,6 +10,7 @@
 #include "base/errors.h"
 #include "base/message_text.h"
 #include "base/process.h"
+#include "base/safe_mode.h"
 #include "console/output.h"
 #include "parallel/settings.h"
 #include "parallel/transport/local_transport.h"
@@ -85,7 +86,20 @@ void take_hosts() {
 
 void test_life_by(bool (*is_process_there)(task_id task)) { state.is_there = is_process_there; }
 
+namespace {
+
+/// Tasks may do no more than their parent. That reaches only those that inherit its environment.
+void keep_safe() {
+  if (!safe_mode.on) return;
+  if (parallel.mode != back_end::local)
+    error_end("Jobs over MPI and PVM are forbidden in safe mode (\"pzeb local;\" isn't)");
+  setenv("ZEB_SAFE", "1", 1);  // NOLINT(concurrency-mt-unsafe)
+}
+
+}  // namespace
+
 transport& connection() {
+  keep_safe();
   if (!state.in_use) {
     std::string fault;
     state.in_use = make_transport(parallel.mode, &fault);
