@@ -1,5 +1,6 @@
 // Lengths and homoplasy of trees, and the states of their nodes.
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include "base/arena.h"
@@ -10,6 +11,7 @@
 #include "engine/plain/plain_optimisation.h"
 #include "engine/search_data.h"
 #include "functions/arguments.h"
+#include "functions/kept_scores.h"
 #include "functions/subjects.h"
 #include "language/lexer.h"
 #include "macro/assignment.h"
@@ -51,7 +53,12 @@ double in_units(int character, std::int64_t steps) {
 // Steps of one character count once; the length of a tree is weighted.
 double length(polytomy_kind polytomies) {
   const score_argument argument = read_argument();
-  plain_optimiser optimiser(marks_of(argument));
+  if (argument.character < 0) {
+    // Trees without polytomies have the same length either way.
+    const std::optional<double> length = quick_length(stored_tree(argument.tree));
+    if (length) return *length;
+  }
+  plain_optimiser& optimiser = kept_optimiser(marks_of(argument));
   optimiser.optimise(stored_tree(argument.tree), polytomies);
   if (argument.character < 0) return optimiser.score();
   return in_units(argument.character, optimiser.steps(argument.character));
@@ -61,7 +68,7 @@ double length(polytomy_kind polytomies) {
 double homoplasy(polytomy_kind polytomies, bool weighted) {
   const score_argument argument = read_argument();
   const std::vector<std::uint8_t> marks = marks_of(argument);
-  plain_optimiser optimiser(marks);
+  plain_optimiser& optimiser = kept_optimiser(marks);
   optimiser.optimise(stored_tree(argument.tree), polytomies);
   double sum = 0;
   for (int c = 0; c < matrix.nchar; ++c) {
@@ -76,7 +83,7 @@ double homoplasy(polytomy_kind polytomies, bool weighted) {
 double fit(polytomy_kind polytomies) {
   const score_argument argument = read_argument();
   const std::vector<std::uint8_t> marks = marks_of(argument);
-  plain_optimiser optimiser(marks);
+  plain_optimiser& optimiser = kept_optimiser(marks);
   optimiser.optimise(stored_tree(argument.tree), polytomies);
   if (argument.character < 0)
     return tree_fit(optimiser, current_fit_rules(), marks, fit_form::cost);
@@ -90,7 +97,7 @@ double implied_weights() {
   const int tree = tree_argument();
   close_brackets();
   const std::vector<std::uint8_t> marks = scored_characters();
-  plain_optimiser optimiser(marks);
+  plain_optimiser& optimiser = kept_optimiser(marks);
   optimiser.optimise(stored_tree(tree), polytomy_kind::hard);
   const fit_rules rules = current_fit_rules();
   if (!rules.user.empty()) error_end("With user weighting functions, cannot do fits");

@@ -10,9 +10,12 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "base/text_columns.h"
+#include "matrix/matrix_changes.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
+
+matrix_change_state matrix_changes;
 
 matrix_state matrix;
 
@@ -153,6 +156,7 @@ int active_taxa() {
 }
 
 void drop_packed_data() {
+  ++matrix_changes.count;
   unlock(&locks.search_lock);
   unlock(&locks.optimisation_lock);
 }
