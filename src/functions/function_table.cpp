@@ -109,8 +109,13 @@ bool function_value(std::string_view name, double* value) {
 
 bool print_function_help(std::string_view word) {
   bool found = false;
+  bool parallel = false;
   for (const expression_function* row : listed_functions()) {
     if (!row->name.starts_with(word)) continue;
+    if (word.empty() && !parallel && row->list == function_list::parallel) {
+      parallel = true;
+      emit("\n   Parallel versions only:\n");
+    }
     emit(help_text(*row));
     const bool missing = !row->value && row->list != function_list::name_only;
     if (missing || row->to_come) emit("      (not available yet)\n");

@@ -136,6 +136,10 @@ void help_on_all() {
 void help_on_scripting() {
   if (read_word() == 0) {
     if (!print_help_text("_macros")) report_line("No help text for the scripting language");
+    if (hooks_of_language.print_expression_help) {
+      emit("\nEXPRESSIONS:\n\n");
+      hooks_of_language.print_expression_help({});
+    }
     return;
   }
   const std::string word(token());
