@@ -1,7 +1,9 @@
 #include "functions/kept_scores.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "base/arena.h"
@@ -27,7 +29,7 @@ struct optimised_matrix {
 
 struct kept_score_state {
   optimised_matrix made_from;
-  std::optional<plain_optimiser> optimiser;
+  std::unique_ptr<plain_optimiser> optimiser;
 };
 kept_score_state kept;
 
@@ -72,8 +74,7 @@ bool may_pack() {
 plain_optimiser& kept_optimiser(std::span<const std::uint8_t> characters) {
   optimised_matrix now = matrix_now(characters);
   if (!kept.optimiser || kept.made_from != now) {
-    kept.optimiser.reset();
-    kept.optimiser.emplace(characters);
+    kept.optimiser = std::make_unique<plain_optimiser>(characters);
     kept.made_from = std::move(now);
   }
   return *kept.optimiser;
