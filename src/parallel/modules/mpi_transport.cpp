@@ -226,4 +226,6 @@ void mpi_transport::forget(std::span<const task_id> tasks) {
 }  // namespace
 }  // namespace zeb
 
+// What a module defines: a transport, for good.
+extern "C" zeb::transport* zeb_make_transport();
 extern "C" zeb::transport* zeb_make_transport() { return new zeb::mpi_transport(); }

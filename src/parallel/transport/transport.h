@@ -71,6 +71,3 @@ class transport {
 };
 
 }  // namespace zeb
-
-/// What a module defines: a transport, for good.
-extern "C" zeb::transport* zeb_make_transport();

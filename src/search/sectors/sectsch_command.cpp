@@ -108,7 +108,9 @@ constexpr command_options rows = {
     real<&sector_settings::findscore>("findscore", {0, 4294967295.0}, "Give score to stop at")
         .no()
         .help("stop when a score of X or better is found"),
-    form<read_instructions>("[").help("commands run on each sector"),
+    form<read_instructions>("[")
+        .argument("commands]")
+        .help("run with the sector as the data and its tree in memory"),
     toggle<each, &sector_search_settings::track>("track").help(
         "instructions can ask for nodes of the whole tree (biginsect, nodtosect); for one tree"),
     form<read_recursion>("recurse").help(

@@ -42,8 +42,6 @@ void set_auto_save(int seconds, const std::string& name, bool parenthetical);
 /// at its end.
 void set_auto_save_view(tree_view view);
 /// Tree `number` of the buffer as it is outside of a search, whether one runs or not.
-void view_tree(int number, tree_span tree);
-/// Tree `number` of the buffer as it is outside of a search, whether one runs or not.
 std::vector<tree_node> viewed_tree(int number);
 /// Saves if the time has come: cheap enough to be called between any two steps of a search.
 void auto_save_if_due();
