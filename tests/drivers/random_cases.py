@@ -99,7 +99,9 @@ class Case:
         if rnd.random() < 0.3:
             floating = next(t for t in range(1, self.taxa) if t not in group)
             names += f" ({floating})"
-        self.force = f"force {rnd.choice('+++-')}[{names}]; constrain =;\n"
+        others = " ".join(str(t) for t in range(self.taxa) if t not in group)
+        text = f"= ({others} ({names}))" if rnd.random() < 0.4 and "(" not in names else f"{rnd.choice('+++-')}[{names}]"
+        self.force = f"force {text}; constrain =;\n"
 
     def active_taxa(self):
         return [t for t in range(self.taxa) if t not in self.inactive]

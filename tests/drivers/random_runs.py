@@ -26,7 +26,7 @@ LISTINGS = ("xread*; costs*; piwe; xpiwe*; force; constrain; ccode; taxcode; rse
 SHOWN = 'quote =trees; tsave *trees; save; tsave/; length; scores; minmax -; quote =end;'
 # Refusals that such options may meet with; nothing was done then.
 REFUSALS = re.compile("Fusing a tree with itself|requires? max.trees|[Tt]ree (must be divided|in chunks)|depends on the root|with constraints|TWO trees"
-                      "|Can't hybridize|Increase max|not available yet|No space|No node|can't run exclusive|require tree constraints|css.*constraints")
+                      "|Can't hybridize|Increase max|not available yet|No space|No node|can't run exclusive|(require|without)( tree)? constraints")
 TOLD = re.compile(r"(?:Best score(?: \(\w+\))?:|best score:?|[Ss]aved \d+ trees? of score|trees? of score|score range)\s*"
                   r"([\d.]*\d)(?:-([\d.]*\d))?")
 
