@@ -31,8 +31,6 @@ import tempfile
 import threading
 import time
 
-from memory import write_matrix
-
 POOL = 5  # trees for those that need several
 DRIVERS = {
     "bbreak": "bbreak=nomulpars", "ratchet": "ratchet", "ratchet auto": "ratchet=auto", "drift": "drift", "sectsch rss": "sectsch",
@@ -41,6 +39,32 @@ DRIVERS = {
 ON_POOL = ("tfuse", "hybrid")
 FROM_SCRATCH = ("xmult", "xmult level 3")
 STATUS = re.compile(r"\d+ +[A-Z]+ +\d+ of \d+ +\S+ +([\d.]*\d) +\d+:\d+")
+
+
+def simulate(path, taxa, characters):
+    """Data that evolved on a random tree: three changes a branch in the mean, on many branches none; a few sites change
+    often, most of them rarely."""
+    draw = random.Random(7)
+
+    def evolved(row):
+        row = bytearray(row)
+        for _ in range(int(draw.expovariate(1 / 3))):
+            row[int(characters * draw.random() ** 3)] = ord("0") + draw.randrange(4)
+        return row
+
+    rows, waiting = [], [(taxa, bytearray(b"0" * characters))]
+    while waiting:
+        tips, row = waiting.pop()
+        if tips == 1:
+            rows.append(row)
+            continue
+        left = draw.randint(1, tips - 1)
+        waiting += [(left, evolved(row)), (tips - left, evolved(row))]
+    draw.shuffle(rows)
+    with open(path, "wb") as out:
+        out.write(b"xread %d %d\n" % (characters, taxa))
+        out.writelines(b"t%d %s\n" % (i, row) for i, row in enumerate(rows))
+        out.write(b";\n")
 
 
 class Run:
@@ -90,7 +114,7 @@ class Bench:
         data = os.path.join(folder, "data.zeb")
         sizes = re.fullmatch(r"(\d+)x(\d+)", matrix)
         if sizes:
-            write_matrix(data, int(sizes[1]), int(sizes[2]), random.Random(7))
+            simulate(data, int(sizes[1]), int(sizes[2]))
         else:
             shutil.copy(matrix, data)
         self.before = [f"report-; mxram {memory}; silent=all; proc data.zeb; silent-all; hold 100;"]
