@@ -323,8 +323,7 @@ void bind_width(const search_data& data, move_slots&) {
 
 TEST_F(search_survival, every_width_makes_the_same_search_with_all_drivers) {
   std::mt19937 g(8);
-  zeb_test::run_program("hold 60;");
-  for (int round = 0; round < 4; ++round) {
+  for (int round = 0; round < 3; ++round) {
     zeb_test::data_shape shape = noisy_shape();
     shape.ntax = 20 + 2 * round;
     shape.nchar = 40;
@@ -338,7 +337,7 @@ TEST_F(search_survival, every_width_makes_the_same_search_with_all_drivers) {
       hooks_of_search.slot_binders = {bind_width};
       set_tree_count(store, 0);
       std::string said = zeb_test::run_program(
-          "mult=replic 4 hold 1 wagner keepall; mult:tbr nokeepall hold 2;"
+          "hold 60; mult=replic 4 hold 1 wagner keepall; mult:tbr nokeepall hold 2;"
           "sectsch=rss nogocomb godrift 75 minsize 8 maxsize 12; sectsch=xss 2+2-1 godrift 6;"
           "sectsch=gocomb 6;"
           "tfuse; ratchet=iterations 6; drift=iterations 6 fusefreq 3; rebuild=cycles 3 hybrid 1 "
