@@ -10,7 +10,6 @@
 #include "matrix/matrix.h"
 #include "trees/drawing/display.h"
 #include "trees/drawing/tags.h"
-#include "trees/drawing/text_lines.h"
 #include "trees/terminal_sets.h"
 
 namespace zeb {

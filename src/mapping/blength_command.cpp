@@ -164,7 +164,7 @@ void blength_command() {
   require_data_and_trees("calculating branch lengths");
   const length_request request = read_length_request();
   const std::vector<int>& trees = request.chosen.trees;
-  warn_of_large_polytomies(trees, request.polytomies);
+  if (request.polytomies == polytomy_kind::soft) warn_of_large_polytomies(request.chosen);
   for (std::size_t i = 0; i < trees.size(); ++i) {
     show_progress("Optimizing", static_cast<double>(i), static_cast<double>(trees.size()));
     check_interrupt();

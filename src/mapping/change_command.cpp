@@ -157,7 +157,9 @@ void change_command() {
   require_data_and_trees("counting changes");
   const change_request request = read_change_request();
   expect_end();
-  warn_of_large_polytomies(request.trees, request.polytomies);
+  if (request.polytomies == polytomy_kind::soft)
+    warn_of_large_polytomies(request.trees,
+                             [](std::size_t n) { return n <= most_branches_resolved; });
   const change_table table = count_all(request);
   if (request.form == change_request::form::by_character)
     print_characters(request, table);

@@ -175,7 +175,7 @@ void map_over_trees(const map_request& request) {
 void map_command() {
   require_data_and_trees("mapping characters");
   const map_request request = read_map_request();
-  warn_of_large_polytomies(request.chosen.trees, request.polytomies);
+  if (request.polytomies == polytomy_kind::soft) warn_of_large_polytomies(request.chosen);
   if (request.over_trees) return map_over_trees(request);
   for (const int t : request.chosen.trees) {
     const shown_tree shown = {text_of("Tree %i", t), t, stored_tree(t)};

@@ -10,7 +10,7 @@
 #include "language/lexer.h"
 #include "language/lists.h"
 #include "mapping/node_states.h"
-#include "mapping/state_optimisation.h"
+#include "mapping/soft_polytomy.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
 
@@ -66,16 +66,23 @@ void refuse_landmarks(const std::vector<int>& characters, polytomy_kind polytomi
   }
 }
 
-void warn_of_large_polytomies(const std::vector<int>& trees, polytomy_kind polytomies) {
-  if (polytomies == polytomy_kind::hard) return;
+void warn_of_large_polytomies(const std::vector<int>& trees,
+                              const std::function<bool(std::size_t)>& is_resolved) {
   for (const int t : trees) {
     const descendant_lists lists = descendants_of(stored_tree(t), matrix.ntax);
-    const int most = *std::max_element(lists.count.begin(), lists.count.end());
-    if (at(most) <= state_optimiser::most_resolved) continue;
-    warning("Polytomies of more than", state_optimiser::most_resolved,
-            "branches are taken as hard, as in tree", t);
+    const auto most = at(*std::max_element(lists.count.begin(), lists.count.end()));
+    if (is_resolved(most)) continue;
+    warning("Large polytomies are taken as hard, as in tree", t);
     return;
   }
+}
+
+void warn_of_large_polytomies(const mapping_request& request) {
+  warn_of_large_polytomies(request.trees, [&](std::size_t branches) {
+    return std::all_of(request.characters.begin(), request.characters.end(), [&](int c) {
+      return is_landmark(c) || can_resolve(state_model(c), branches);
+    });
+  });
 }
 
 }  // namespace zeb

@@ -1,6 +1,7 @@
 // What the commands that show characters on trees read: trees, characters, a figure.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -24,7 +25,11 @@ std::optional<figure_request> read_figure_or_end(const svg_options& defaults);
 /// Error for a landmark character among them.
 void refuse_landmarks(const std::vector<int>& characters, polytomy_kind polytomies);
 
-/// Soft polytomies have a limit, and larger ones are taken as hard, with a warning.
-void warn_of_large_polytomies(const std::vector<int>& trees, polytomy_kind polytomies);
+/// Some soft polytomies are too large to be resolved, and taken as hard: warns of the first tree
+/// with one of so many branches that they aren't resolved, for all characters by one rule or by
+/// their own.
+void warn_of_large_polytomies(const std::vector<int>& trees,
+                              const std::function<bool(std::size_t)>& is_resolved);
+void warn_of_large_polytomies(const mapping_request& request);
 
 }  // namespace zeb

@@ -7,7 +7,6 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "mapping/state_model.h"
-#include "mapping/state_optimisation.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
@@ -83,7 +82,7 @@ class change_counter {
       below.push_back(row(above_, d));
     }
     const bool soft = polytomies_ == polytomy_kind::soft && below.size() > 2 &&
-                      below.size() <= state_optimiser::most_resolved;
+                      below.size() <= most_branches_resolved;
     if (soft) return resolve(node, below);
     for (const auto& counts_below : below)
       for (std::size_t s = 0; s < n_; ++s) row(own_, node)[s].add(counts_below[s]);

@@ -16,8 +16,9 @@ struct change_range {
 
 /// Branches of the tree (absent taxa allowed) on which the state goes from one of `from` to a
 /// different one of `to` (sets of states, as bits), at least and at most. Discrete characters only.
-/// Soft polytomies are resolved as suits the character best, up to
-/// `state_optimiser::most_resolved` descendants; larger ones are taken as hard.
+/// Soft polytomies are resolved as suits the character best, up to `most_branches_resolved`; larger
+/// ones are taken as hard.
+constexpr std::size_t most_branches_resolved = 9;
 change_range count_changes(const tree_shape& shape, int character, std::uint32_t from,
                            std::uint32_t to, polytomy_kind polytomies = polytomy_kind::hard);
 /// Has the character states for such a change?

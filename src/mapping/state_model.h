@@ -33,6 +33,8 @@ class state_model {
                       : std::abs(values_[from] - values_[to]);
   }
   bool is_unordered() const { return is_unordered_; }
+  /// Changes cost the difference of the values.
+  bool is_ordered() const { return !is_unordered_ && !has_costs_; }
   /// What the value costs at the root beside what it costs the branches.
   std::int64_t cost_at_root(std::size_t i) const;
   /// May the terminal have the value? A cell that says nothing may have any.

@@ -57,21 +57,21 @@ void state_optimiser::look_from_above(int node) {
 
 bool state_optimiser::is_resolved(int node) const {
   const int below = shape_.lists.count[at(node)];
-  return polytomies_ == polytomy_kind::soft && below > 2 && at(below) <= most_resolved;
+  return polytomies_ == polytomy_kind::soft && below > 2 && can_resolve(model_, at(below));
 }
 
-soft_polytomy state_optimiser::resolve(int node) const {
-  std::vector<std::span<const std::int64_t>> below;
-  for (const int d : shape_.lists.children(node)) below.push_back(from_above(d));
-  return {model_, below};
+std::vector<std::span<const std::int64_t>> state_optimiser::branches_of(int node) const {
+  std::vector<std::span<const std::int64_t>> branches;
+  for (const int d : shape_.lists.children(node)) branches.push_back(from_above(d));
+  return branches;
 }
 
 void state_optimiser::down_node(int node) {
   for (const int d : shape_.lists.children(node)) look_from_above(d);
   std::int64_t* const sum = &own_[index(node, 0)];
   if (is_resolved(node)) {
-    const soft_polytomy resolved = resolve(node);
-    std::copy(resolved.own().begin(), resolved.own().end(), sum);
+    const soft_costs resolved = resolve_polytomy(model_, branches_of(node));
+    std::copy(resolved.own.begin(), resolved.own.end(), sum);
     return;
   }
   for (const int d : shape_.lists.children(node))
@@ -92,8 +92,8 @@ void state_optimiser::find_rest(int node) {
 void state_optimiser::find_rest_in_soft_polytomy(int node) {
   std::vector<std::int64_t> outside;
   for (std::size_t i = 0; i < n_; ++i) outside.push_back(whole_[index(node, i)] - own(node, i));
-  const auto rests = resolve(node).rest(outside);
-  auto rest = rests.begin();
+  const soft_costs resolved = resolve_polytomy(model_, branches_of(node), outside);
+  auto rest = resolved.rest.begin();
   for (const int d : shape_.lists.children(node)) {
     std::copy(rest->begin(), rest->end(), rest_.begin() + static_cast<std::ptrdiff_t>(index(d, 0)));
     ++rest;

@@ -24,12 +24,10 @@ struct branch_range {
 class state_optimiser {
  public:
   /// `allowed`, by node and value, may be empty: values of 0 are kept from internal nodes; at least
-  /// one of each node must be allowed. Soft polytomies are resolved as suits the character best,
-  /// up to `most_resolved` descendants; larger ones are taken as hard.
+  /// one of each node must be allowed. Soft polytomies that can't be resolved are taken as hard.
   state_optimiser(const state_model& model, const tree_shape& shape,
                   polytomy_kind polytomies = polytomy_kind::hard,
                   std::span<const std::uint8_t> allowed = {});
-  static constexpr std::size_t most_resolved = 9;
 
   /// Cost of the tree, unweighted; thousandths if continuous.
   std::int64_t steps() const { return steps_; }
@@ -56,7 +54,7 @@ class state_optimiser {
   void look_from_above(int node);
   void down_node(int node);
   bool is_resolved(int node) const;
-  soft_polytomy resolve(int node) const;
+  std::vector<std::span<const std::int64_t>> branches_of(int node) const;
   void find_rest(int node);
   void find_rest_in_soft_polytomy(int node);
   void final_node(int node);
