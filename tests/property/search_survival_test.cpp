@@ -25,7 +25,7 @@
 #include "search/drivers/fusing.h"
 #include "search/drivers/mult.h"
 #include "search/drivers/rebuild.h"
-#include "search/drivers/sectors.h"
+#include "search/sectors/sectors.h"
 #include "search/sectors/sectors.h"
 #include "search/hooks.h"
 #include "search/moves/swapper.h"
