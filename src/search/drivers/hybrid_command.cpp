@@ -135,7 +135,10 @@ void complete_trees(const std::vector<int>& numbers) {
     }
     emit(text_of("Completing tree %i\n", t));
     completed_tree made = complete_tree(stored_tree(t));
-    if (made.tree.empty()) break;
+    if (made.tree.empty()) {
+      emit("Search was interrupted...\n");
+      break;
+    }
     emit("Completed tree (score ", score_text(packed_matrix(false), made.score), ")\n");
     done.emplace_back(t, std::move(made));
   }
