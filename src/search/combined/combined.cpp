@@ -104,6 +104,8 @@ void combined_run::replicate_some(int count) {
     }
     const double score = makes_.make_next();
     if (score >= unknown_score) break;
+    // At once, each with those before: on 400 to 500 taxa a third of the time to the best score.
+    if (options_.fuse > 0 && options_.picktype <= 0) pool_.fuse(target_or_none(), 1);
     report_status(context_, score,
                   settings.status_trees > 0 && makes_.made() % settings.status_trees == 0);
   }
@@ -133,7 +135,7 @@ bool combined_run::cross_until_reached() {
   const int before = context_.trees.ntrees;
   const double best_before = result_.best;
   if (hybridizes_) pool_.hybridize(target_or_none());
-  if (fuses_ && !(hybridizes_ && is_reached())) pool_.fuse(target_or_none());
+  if (fuses_ && !(hybridizes_ && is_reached())) pool_.fuse(target_or_none(), options_.fuse);
   if (!has_target() || is_reached() || is_over()) return true;
   if (options_.dumpfuse && !is_better_score(result_.best, best_before, kind()))
     pool_.keep_first(before);
@@ -190,7 +192,7 @@ void combined_run::cross_all() {
   };
   if (!is_due(options_.gfuse) && !is_due(options_.hfuse)) return;
   pool_.begin(0);
-  if (is_due(options_.gfuse)) pool_.fuse(0);
+  if (is_due(options_.gfuse)) pool_.fuse(0, options_.fuse);
   if (is_due(options_.hfuse)) pool_.hybridize(0);
   consensus_.slots_changed();
   if (!options_.update || !is_better_score(set_best_, target_, kind())) return;

@@ -24,8 +24,8 @@ int set_pool::best_slot() const {
   return best;
 }
 
-void set_pool::fuse_in_manner(double target, fuse_settings how) {
-  how.rounds = std::min(options_.fuse, free_slots());
+void set_pool::fuse_in_manner(double target, int rounds, fuse_settings how) {
+  how.rounds = std::min(rounds, free_slots());
   const fuse_task task{.slots = slots(),
                        .target_score = score_to_stop_at(target),
                        .reseeds = false,
@@ -56,7 +56,7 @@ void set_pool::multiply() {
   fuse_settings how = stages_.fuse;
   how.beststart = false;
   how.equals = true;
-  fuse_in_manner(0, how);
+  fuse_in_manner(0, options_.fuse, how);
 }
 
 bool set_pool::prefers_hybrids() const {

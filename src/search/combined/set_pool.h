@@ -20,7 +20,7 @@ class set_pool {
   int first() const { return first_; }
 
   /// Ends at the target, 0 for none.
-  void fuse(double target) { fuse_in_manner(target, stages_.fuse); }
+  void fuse(double target, int rounds) { fuse_in_manner(target, rounds, stages_.fuse); }
   void hybridize(double target);
   /// Trees that are as good come of others that take over what the best have better.
   void multiply();
@@ -33,7 +33,7 @@ class set_pool {
   void keep_first(int count);
 
  private:
-  void fuse_in_manner(double target, fuse_settings how);
+  void fuse_in_manner(double target, int rounds, fuse_settings how);
   std::vector<int> slots() const;
   int free_slots() const { return context_.trees.maxtrees - context_.trees.ntrees; }
   double score_to_stop_at(double target) const {

@@ -89,8 +89,10 @@ constexpr auto picktype_option() {
   return option.no();
 }
 
+constexpr char wrong_conmax[] = "Give max. consensus hits (5-100)";
 constexpr option_range scores = {0, 4294967295.0};
 constexpr option_range counts = {1, 100'000};
+constexpr option_range counts_or_none = {0, 100'000};
 using c = combined_settings;
 
 constexpr command_options rows = {
@@ -123,13 +125,14 @@ constexpr command_options rows = {
         .help("every N hits hybridise all trees"),
     toggle<search, &c::dumpfuse>("dumpfuse")
         .help("where fusing fails to reach the score to hit, drop what it produced"),
-    number<search, &c::rebuild>("rebuild", counts, "Give number of rebuild cycles to do")
+    number<search, &c::rebuild>("rebuild", counts_or_none, "Give number of rebuild cycles to do")
         .no()
         .help("cycles of rebuilding in each replication"),
-    number<search, &c::drift>("drift", counts, "Give number of drift iterations to do")
+    number<search, &c::drift>("drift", counts_or_none, "Give number of drift iterations to do")
         .no()
         .help("cycles of drifting in each replication"),
-    number<search, &c::ratchet>("ratchet", counts, "Give number of ratchet iterations to do")
+    number<search, &c::ratchet>("ratchet", counts_or_none,
+                                "Give number of ratchet iterations to do")
         .no()
         .help("cycles of the ratchet in each replication"),
     number<search, &c::hold>("hold", {0, 1'000'000}, "Give number of trees to save per replication")
@@ -143,19 +146,20 @@ constexpr command_options rows = {
         "so begin also the replications that are added where fusing fails"),
     toggle<search, &c::prvmix>("prvmix").help(
         "so begins the first replication, too, with the last tree in memory"),
-    number<search, &c::consense>("consense", counts, "Give number of times to stabilize consensus")
+    number<search, &c::consense>("consense", counts_or_none,
+                                 "Give number of times to stabilize consensus")
         .no()
         .help("go on until the consensus of the best trees was found the same N times"),
     number<search, &c::conbase>("conbase", {1, 100}, "Give base for consensus calculations (1-100)")
         .help("hits between two looks at the consensus, at least"),
     number<search, &c::confactor>("confactor", {10, 100}, "Give consensus factor (10-100)")
         .help("hits to the next look, in per cent of those since the consensus changed"),
-    number<search, &c::conmax>("conmax", {5, 100}, "Give max. consensus hits (5-100)")
+    number<search, &c::conmax>("conmax", {0, 100}, wrong_conmax)
         .no()
         .help("hits between two looks, at most"),
     toggle<search, &c::keepall>("keepall").help(
         "keep the trees of all replications, not only the best"),
-    number<search, &c::retouch>("retouch", counts,
+    number<search, &c::retouch>("retouch", counts_or_none,
                                 "Give number of times to retouch trees before new search")
         .no()
         .help("where fusing fails, improve the best tree N times before making others"),

@@ -38,7 +38,7 @@ void add_lines_of_cycles(const cycle_settings& settings, std::string_view rounds
     lines.push_back(text_of("Stopping when %i%% of perturbation phase completed", settings.giveup));
   }
   if (settings.findscore > 0) {
-    lines.push_back(text_of("Stopping when score %g found", settings.findscore));
+    lines.push_back(text_of("Stopping when score %.10g found", settings.findscore));
   }
 }
 

@@ -62,7 +62,7 @@ void list_settings() {
   std::vector<std::string> lines = {text_of("%i iterations", c.iterations),
                                     text_of("%i substitutions in each", c.numsubs)};
   if (drift.pert) {
-    lines.push_back(text_of("Max. absolute fit diff.: %g", drift.fitdiff));
+    lines.push_back(text_of("Max. absolute fit diff.: %.10g", drift.fitdiff));
     lines.push_back(text_of("Max. relative fit diff.: %.2f", drift.rfitdiff));
     lines.push_back(text_of("Rejection factor for suboptimal trees: %.2f", drift.xfactor));
   } else {
