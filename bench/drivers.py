@@ -191,6 +191,7 @@ def svg_of(title, curves, seconds):
     for score in (low, (low + high) / 2, high):
         text.append(f'<text x="{margin - 5}" y="{place(1, score).split(",")[1]}" text-anchor="end">{score:g}</text>')
     for i, (name, curve) in enumerate(curves):
+        curve = curve + [(seconds, curve[-1][1])] if curve else []
         colour = f"hsl({i * 360 // len(curves)},70%,40%)"
         stairs = [place(at, score) for (at, _), (_, score) in zip(curve[1:], curve)]
         corners = [corner for (at, score), stair in zip(curve, stairs + [None]) for corner in (place(at, score), stair) if corner]
