@@ -64,7 +64,7 @@ search_data* sample_for(const packing_request& wanted) {
   if (packed.sampling_scopes == 0) return nullptr;
   if (packed.sample_lock != 0 && packed.sample_weights == wanted.weights) return &packed.sample;
   const std::vector<std::uint8_t> factors = factors_to(wanted);
-  if (factors.empty()) return nullptr;
+  if (factors.empty() || !sample_fits(packed.data, factors)) return nullptr;
   unlock(&packed.sample_lock);
   prepare_sampled_data(packed.sample, packed.data, factors);
   lock(&packed.sample_lock);

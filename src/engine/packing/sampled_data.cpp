@@ -8,6 +8,7 @@
 #include "engine/kernels/kernel_binding.h"
 #include "engine/packing/copied_fields.h"
 #include "engine/packing/set_memory.h"
+#include "matrix/settings/character_settings.h"
 
 namespace zeb {
 namespace {
@@ -45,6 +46,16 @@ void copy_wide_characters(search_data& sample, const search_data& whole,
 }
 
 }  // namespace
+
+/// A character whose changes all cost alike weighs as much as one of them there, and may not be
+/// packed at all with a larger weight.
+bool sample_fits(const search_data& whole, std::span<const std::uint8_t> factors) {
+  for (const std::span<field_record> fields : whole.fields)
+    for (const field_record& f : fields)
+      if (f.character >= 0 && std::int64_t{f.weight} * factors[at(f.character)] > largest_weight)
+        return false;
+  return true;
+}
 
 void prepare_sampled_data(search_data& sample, const search_data& whole,
                           std::span<const std::uint8_t> factors) {
