@@ -57,9 +57,12 @@ class loss_recorder {
   }
 
   void show_progress_of(int clips) {
+    clips_ = clips;
     show_progress("TBR-swapping", clips, context_.data.nodes);
     poll_search(context_);
   }
+
+  int percent_done() const { return 100 * clips_ / context_.data.nodes; }
 
  private:
   /// Where taxa are cut off, several branches in a row may stand for one group: it is there as long
@@ -78,6 +81,7 @@ class loss_recorder {
   std::vector<int> lost_of_;         // by record: by the move at hand, where there are several
   std::vector<int> in_part_;         // records with some
   double excess_of_tree_;
+  int clips_ = 0;  // so far
   lost_branches path_;
 };
 
@@ -139,7 +143,9 @@ class swapped_supports {
     const divisions known(groups, sums, best);
     const search_running running;
     for (std::size_t i = 0; i < trees_.size() && !interrupted(); ++i) {
-      swap(trees_[i], groups, known, sums, compared.differences[i]);
+      const int percent = swap(trees_[i], groups, known, sums, compared.differences[i]);
+      interruption_ = text_of("interrupted at %i%% of swapping tree %i of %i", percent,
+                              static_cast<int>(i) + 1, static_cast<int>(trees_.size()));
     }
     clear_progress();
     known.share(groups.measures);
@@ -160,8 +166,9 @@ class swapped_supports {
     return rules;
   }
 
-  void swap(const_tree_span tree, reference_groups& groups, const divisions& known,
-            const group_sums& sums, const tree_comparer::difference& own) {
+  /// Returns how much of it was done.
+  int swap(const_tree_span tree, reference_groups& groups, const divisions& known,
+           const group_sums& sums, const tree_comparer::difference& own) {
     std::vector<std::int32_t> anc(at(data_.nodes));
     if (!to_internal(data_, tree, anc, true))
       error_end("TBR-checking for bremer supports needs trees with all active taxa");
@@ -172,10 +179,11 @@ class swapped_supports {
     const std::vector<std::uint8_t> left_out = clips_left_out(data_, anc, groups.absent);
     const move_enumeration enumeration = handed_to(recorder, left_out);
     tbr_swap(scope_.context(), anc, {.enumeration = &enumeration});
+    return recorder.percent_done();
   }
 
   void add_notes(bremer_result& result) {
-    if (interrupted()) result.notes.emplace_back("swapping was interrupted");
+    if (interrupted()) result.notes.push_back(interruption_);
     if (scope_.context().constraints_in_force)
       result.notes.emplace_back("swapping was done under currently defined constraints");
     result.notes.emplace_back(
@@ -187,6 +195,7 @@ class swapped_supports {
   tree_slots nowhere_;
   context_scope scope_;
   std::vector<const_tree_span> trees_;
+  std::string interruption_;
 };
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include "support/neighbour_trees.h"
 #include "support/program.h"
 #include "supports/requested_supports.h"
+#include "trees/constraints/constraints.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -185,6 +186,40 @@ void check_neighbourhood(std::mt19937& g) {
   bremer_request request;
   request.how.source = bremer_settings::by_swapping;
   check(truth, reference, around, request, limit, relative_limit);
+}
+
+/// By the exact search for each group of any tree, better ones being found as well.
+void check_searches(std::mt19937& g) {
+  const oracle truth(g);
+  std::vector<known_tree> all;
+  naive::for_each_tree(truth.taxa(),
+                       [&](const naive::rooted_tree& tree) { all.push_back(truth.know(tree)); });
+  const known_tree reference = all[at(draw(g, 0, static_cast<int>(all.size()) - 1))];
+  store_trees({reference});
+  bremer_request request;
+  request.how.source = bremer_settings::by_searching;
+  request.how.search = "ienum;";
+  request.how.cut = -1e9;
+  request.excluded = truth.cut_off();
+  request.n_trees = 1;
+  request.trees = {1};
+  const bremer_result result = requested_supports(request);
+  ASSERT_EQ(store.ntrees, 1);
+  EXPECT_TRUE(std::ranges::equal(stored_tree(0), reference.record));
+  EXPECT_FALSE(constraints.defined());
+  for (const auto& [node, set] :
+       zeb_test::node_groups(result.tree, truth.taxa(), truth.excluded())) {
+    if (std::isnan(result.values[at(node)])) continue;
+    const double least = least_loss(reference, all, set, bremer_settings::absolute, no_bound, 1);
+    ASSERT_NEAR(result.values[at(node)], least, 1e-6) << "node " << node;
+  }
+}
+
+TEST_F(bremer, supports_by_exact_searches_are_those_of_enumeration) {
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    std::mt19937 g(seed);
+    ASSERT_NO_FATAL_FAILURE(check_searches(g)) << "seed " << seed;
+  }
 }
 
 TEST_F(bremer, supports_from_complete_sets_are_those_of_enumeration) {
