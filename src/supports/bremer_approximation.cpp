@@ -18,20 +18,29 @@
 namespace zeb {
 namespace {
 
-/// The tree with the descendants of a node joined to its ancestor, which keeps the node's number
-/// unused.
-std::vector<tree_node> without_branch(const_tree_span tree, int node) {
-  std::vector<int> ancestors(tree.begin(), tree.end());
-  std::vector<tree_node> out(tree.size(), 0);
-  const int above = tree[at(node)];
+/// The tree without two internal nodes (they may be the same), whose descendants go to their
+/// ancestors.
+std::vector<tree_node> without_nodes(const_tree_span tree, int one, int other) {
   const int limit = node_limit(tree, matrix.ntax);
+  std::vector<int> ancestors(at(limit), -1);
   for (int v = 0; v < limit; ++v) {
-    const bool none = v == matrix.ntax || v == node || (v < matrix.ntax && is_absent(tree, v));
-    ancestors[at(v)] = none ? -1 : tree[at(v)] == node ? above : tree[at(v)];
+    if (v == matrix.ntax || v == one || v == other) continue;
+    if (v < matrix.ntax && is_absent(tree, v)) continue;
+    const int above = tree[at(v)];
+    ancestors[at(v)] = above == one || above == other ? tree[at(above)] : above;
   }
-  ancestors.resize(at(limit));
+  std::vector<tree_node> out(tree.size(), 0);
   record_from_ancestors(ancestors, out, matrix.ntax);
   return out;
+}
+
+/// The two nodes at a root without a third one stand at the ends of one branch: the other end.
+/// Elsewhere the node itself.
+int other_end(const_tree_span tree, const descendant_lists& lists, int node) {
+  if (tree[at(node)] != matrix.ntax || lists.count[at(matrix.ntax)] != 2) return node;
+  for (const int v : lists.children(matrix.ntax))
+    if (v != node) return v;
+  return node;
 }
 
 }  // namespace
@@ -46,14 +55,13 @@ std::vector<double> costs_of_collapsing(const_tree_span tree) {
   };
   const double whole = score(tree);
   const int limit = node_limit(tree, matrix.ntax);
+  const descendant_lists lists = descendants_of(tree, matrix.ntax);
   std::vector<double> costs(tree.size(), no_fraction);
   for (int v = matrix.ntax + 1; v < limit; ++v) {
     show_progress("Collapsing branches", v - matrix.ntax, limit - matrix.ntax);
     check_interrupt();
-    const bool all_but_outgroup = tree[at(v)] == matrix.ntax &&
-                                  tree[at(matrix.outgroup)] == matrix.ntax &&
-                                  descendants_of(tree, matrix.ntax).count[at(matrix.ntax)] == 2;
-    if (!all_but_outgroup) costs[at(v)] = score(without_branch(tree, v)) - whole;
+    const int other = other_end(tree, lists, v);
+    if (other > matrix.ntax) costs[at(v)] = score(without_nodes(tree, v, other)) - whole;
   }
   clear_progress();
   return costs;
