@@ -148,6 +148,7 @@ class swapped_supports {
                               static_cast<int>(i) + 1, static_cast<int>(trees_.size()));
     }
     clear_progress();
+    if (interrupted()) forget_bounds(groups.measures);
     known.share(groups.measures);
     const group_measure bound{rules().suboptimal, rules().relative_suboptimal};
     bremer_result result =
@@ -180,6 +181,15 @@ class swapped_supports {
     const move_enumeration enumeration = handed_to(recorder, left_out);
     tbr_swap(scope_.context(), anc, {.enumeration = &enumeration});
     return recorder.percent_done();
+  }
+
+  /// A group that nothing has destroyed so far may be destroyed by what wasn't looked at.
+  void forget_bounds(std::vector<group_measure>& measures) const {
+    for (group_measure& group : measures) {
+      const bool is_bound = group.absolute == no_bound ||
+                            (request_.how.needs_relative() && group.relative == no_bound);
+      if (is_bound) group.has_value = false;
+    }
   }
 
   void add_notes(bremer_result& result) {
