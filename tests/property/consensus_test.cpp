@@ -126,6 +126,7 @@ TEST_F(consensus_test, finds_the_frequencies_of_one_trees_groups) {
     const tree_selection selection = selection_of(input, false);
     const std::vector<int> frequencies = group_frequencies(selection, reference);
     const std::vector<int> differences = group_differences(selection, reference);
+    const std::vector<contested_group> contested = contested_groups(selection, reference);
     const group_counts counts = zeb_test::count_groups(input);
     const std::size_t in_play = static_cast<std::size_t>(input.ntax) - input.excluded.size();
     for (const auto& [node, group] : zeb_test::node_groups(reference, input.ntax, input.excluded)) {
@@ -138,6 +139,9 @@ TEST_F(consensus_test, finds_the_frequencies_of_one_trees_groups) {
       const auto found = counts.find(group);
       const int count = found == counts.end() ? 0 : found->second;
       ASSERT_EQ(frequencies[n], count) << "round " << round;
+      const zeb_test::taxon_set other(contested[n].other.begin(), contested[n].other.end());
+      ASSERT_EQ(contested[n].against, other.empty() ? 0 : counts.at(other)) << "round " << round;
+      ASSERT_TRUE(other.empty() || zeb_test::contradict(group, other)) << "round " << round;
       ASSERT_EQ(differences[n], count - zeb_test::worst_contradiction(counts, group));
     }
   }
