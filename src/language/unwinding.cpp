@@ -48,7 +48,8 @@ void end_background_run() {
   flush_log();
   if (process.ended_by != 0 || process.gave_up) return;  // soon, and with what was found saved
   if (process.slave) return hooks_of_language.task_failed();
-  if (process.background) {
+  // The label that was set for errors is where the run goes on.
+  if (process.background && !input.jump_pending) {
     report_line("... SOME ERROR OCCURED, QUITTING...");
     if (process.memory_refused) return give_up_process("Not enough memory to go on");
     end_process(255);

@@ -176,11 +176,9 @@ void skip_branch(branch from) {
   read_text source("\"if\" not matched by \"end\"" + beginning("what is skipped"));
   text_scanner scanner(source);
   bool after_else = from == branch::after_else;
-  bool first = true;
   for (int depth = 1;;) {
     const std::string_view word = scanner.next();
-    const bool follows_else = after_else && (first || scanner.follows_word());
-    first = false;
+    const bool follows_else = after_else && scanner.follows_word();
     after_else = word == "else";
     if (word == "if" || word == "ifnot") {
       if (!follows_else || !is_chained()) ++depth;

@@ -79,7 +79,7 @@ bool text_scanner::is_word(int before) const {
 }
 
 std::string_view text_scanner::next() {
-  follows_word_ = !word_.empty();
+  follows_word_ = true;
   for (;;) {
     const int before = last_;
     last_ = get();

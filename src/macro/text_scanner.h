@@ -29,7 +29,8 @@ class text_scanner {
   /// Passes over the next word and returns it, in lower case; empty at the end of the text. Words
   /// that stand for a value, as in "'end'", "$end", "end = 5" or "my_end", aren't words here.
   std::string_view next();
-  /// Nothing but blanks stands between that word and the one before it.
+  /// Nothing but blanks and comments stands before that word, from the end of the one before it or
+  /// from the start of the text.
   bool follows_word() const { return follows_word_; }
 
  private:

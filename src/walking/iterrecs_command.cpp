@@ -79,13 +79,6 @@ class reconstruction_items : public body_items {
   long long done_ = 0;
 };
 
-int read_tree() {
-  const int tree = read_int();
-  if (tree < 0) error_end("Must give tree number");
-  if (tree >= store.ntrees) error_end("No tree number", tree);
-  return tree;
-}
-
 int read_character() {
   const int character = read_int();
   if (character < 0) error_end("Must give character number");
@@ -184,7 +177,7 @@ void iterrecs_command() {
   check_walk_nesting(body_kind::iterrecs);
   require_trees();
   reconstruction_request request;
-  const int tree = read_tree();
+  const int tree = read_walked_tree();
   request.character = read_character();
   request.tree.assign(stored_tree(tree).begin(), stored_tree(tree).end());
   const iteration_options options = read_options(request);

@@ -92,9 +92,7 @@ void swap(move_kind kind) {
   require_macros();
   check_enumeration_nesting();
   bool moves_outgroup = accept_char('+');
-  const int tree = read_int();
-  if (tree < 0) error_end("Must give tree number");
-  if (tree >= store.ntrees) error_end("No tree number", tree);
+  const int tree = read_walked_tree();
   moves_outgroup = accept_char('+') || moves_outgroup;
   body_record body = capture_body(body_kind::moves);
   body.items = std::make_unique<swap_items>(tree, kind, moves_outgroup);

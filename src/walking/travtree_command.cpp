@@ -76,13 +76,6 @@ node_walk read_type() {
               std::string(token()).c_str());
 }
 
-int read_tree() {
-  const int tree = read_int();
-  if (tree < 0) error_end("Must give tree number");
-  if (tree >= store.ntrees) error_end("No tree number", tree);
-  return tree;
-}
-
 int read_node(int tree) {
   const int node = read_int();
   if (node < 0) error_end("Must give node number");
@@ -132,7 +125,7 @@ void travtree_command() {
   check_walk_nesting(body_kind::travtree);
   require_trees();
   const node_walk walk = read_type();
-  const int tree = read_tree();
+  const int tree = read_walked_tree();
   const int node = read_node(tree);
   const int other = walk == node_walk::path ? read_node(tree) : node;
   const bool without_ends = accept_char('-');

@@ -11,6 +11,7 @@
 #include "macro/bodies.h"
 #include "macro/macro_language.h"
 #include "macro/script_text.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 
@@ -60,6 +61,13 @@ void check_walk_nesting(body_kind kind) {
   const int walks = open_bodies(body_kind::travtree) + open_bodies(body_kind::iterrecs) +
                     open_bodies(body_kind::combine);
   if (input.top + walks >= input.mxproc) error_end("Cannot nest", walk.command, "(change mxproc)");
+}
+
+int read_walked_tree() {
+  const int tree = read_int();
+  if (tree < 0) error_end("Must give tree number");
+  if (tree >= store.ntrees) error_end("No tree number", tree);
+  return tree;
 }
 
 void check_enumeration_nesting() {

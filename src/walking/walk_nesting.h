@@ -1,4 +1,4 @@
-// How deep the walks that may run within themselves are nested.
+// What commands with walks share: how deep they nest, the tree that they are about.
 #pragma once
 
 #include "macro/body_record.h"
@@ -17,6 +17,9 @@ extern walk_limits walk_levels;  // written by the functions of this file only
 bool accept_walk_limit(body_kind kind);
 /// Error where one more of the kind would be nested too deep.
 void check_walk_nesting(body_kind kind);
+
+/// The number of a tree in memory, with the errors of these commands.
+int read_walked_tree();
 
 /// Error within another enumeration of trees, or where loops are nested too deep.
 void check_enumeration_nesting();

@@ -54,6 +54,13 @@ def execute_file_is_taken_up_where_the_instructions_end():
     expect(copy.exists() and copy.read_text() == "quote one more; quit;", "no copy was made")
 
 
+def target_of_errors_wins_over_the_end_of_the_run():
+    run = BackgroundRun("macro=; goto [ tidy.run after; nothing_of_this_name; quote not read;",
+                        **{"tidy.run": "quote not this; label after; quote tidied; quit;"})
+    status, log = run.finish()
+    expect(status == 0 and "tidied" in log and "not " not in log, f"target of errors: {status} {log!r}")
+
+
 def quit_takes_up_execute_files_one_after_the_other():
     run = BackgroundRun("pause 2; quit;", next="quote the last;")
     run.file("execute").write_text(f"system mv next {run.file('execute').name}; quit;")
@@ -182,6 +189,7 @@ def main():
              links_and_files_of_others_are_not_obeyed,
              two_users_share_a_directory,
              what_an_earlier_process_left_goes,
+             target_of_errors_wins_over_the_end_of_the_run,
              a_log_that_cannot_be_had_ends_the_run]
     threads = [threading.Thread(target=test) for test in tests]
     for thread in threads:
