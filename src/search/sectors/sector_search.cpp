@@ -119,6 +119,8 @@ void sector_run::drift_present() {
   take(tree, drift_search(context_, tree, cycles_of_drift(), {}).best);
 }
 
+// Tried an exact search of sectors of up to 8 or 11 terminals: 0.3 steps better on the average of
+// ten runs over 500 taxa, for 2.4 and 6 times the time.
 void sector_run::run() {
   const int size = context_.data.n;
   constexpr int standard_rounds = 3;

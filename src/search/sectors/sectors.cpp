@@ -67,6 +67,8 @@ void sector_round::note(double score) {
   note_score(context_, score);
 }
 
+// Tried to leave out sectors whose clades had been searched in the same form without a gain, also
+// in other replications: scores reached in the same time were no better.
 bool sector_round::search(const tree_sector& sector) {
   const bool changed = search_sector(context_, tree_, sector, options_.each, &score_);
   if (changed) {
