@@ -18,6 +18,7 @@
 #include "language/toggles.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tables.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
@@ -145,6 +146,8 @@ void list_user_costs() {
 
 void define_user_costs() {
   if (skip_blanks_peek() == ';') return list_user_costs();
+  if (capacity_scopes() > 0)
+    error_end("When running sectors, weighting function can't be redefined...");
   check_user_function();
   std::vector<double> costs = read_user_costs();
   const int given = static_cast<int>(costs.size());

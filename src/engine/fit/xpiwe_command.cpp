@@ -18,6 +18,7 @@
 #include "language/lexer.h"
 #include "language/toggles.h"
 #include "matrix/matrix.h"
+#include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
@@ -272,6 +273,9 @@ void xpiwe_command() {
   }(sign);
   if (!option) return check_end();
   next_nonblank();
+  const bool only_shows = sign == '*' || sign == '&';
+  if (capacity_scopes() > 0 && !only_shows)
+    error_end("Cannot change set definitions or k's within sectorial searches!");
   option();
 }
 
