@@ -1,6 +1,7 @@
 #include "search/drivers/auto_constraint.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -9,6 +10,18 @@
 
 namespace zeb {
 namespace {
+
+/// A search keeps sixteen tables of groups by nodes, which grow with the square of the taxa: these
+/// many words of each are 256 Mbytes in all, and hold all clades of 8,000 taxa.
+constexpr std::size_t most_table_words = 2'000'000;
+
+/// Where there are too many clades the largest stay: they keep moves within parts of the tree.
+void keep_largest(std::vector<shared_clade>& clades, int nodes) {
+  const std::size_t most = std::max<std::size_t>(1, most_table_words / at(nodes)) * taxa_per_word;
+  if (clades.size() <= most) return;
+  std::ranges::stable_sort(clades, std::greater{}, &shared_clade::size);
+  clades.erase(clades.begin() + static_cast<std::ptrdiff_t>(most), clades.end());
+}
 
 /// The rows of `before` with room for `groups` more.
 constraint_rows with_room(const constraint_rows& before, int terminals, int groups) {
@@ -39,7 +52,8 @@ void add_clade(constraint_rows& rows, std::size_t group, std::span<const std::ui
 constraint_rows rows_of_shared_clades(const search_data& data, const search_constraints* in_force,
                                       std::span<const std::int32_t> a,
                                       std::span<const std::int32_t> b) {
-  const std::vector<shared_clade> clades = shared_clades(a, b, data.n);
+  std::vector<shared_clade> clades = shared_clades(a, b, data.n);
+  keep_largest(clades, data.nodes);
   const constraint_rows before = in_force ? in_force->rows() : constraint_rows{};
   constraint_rows rows = with_room(before, data.n, static_cast<int>(clades.size()));
   std::size_t group = before.words * taxa_per_word;
