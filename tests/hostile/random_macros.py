@@ -6,6 +6,12 @@ NUMBERS = ["0", "1", "2", "3", "5", "7", "29", "30", "999", "1000", "2147483647"
 NAMES = ["x", "y", "a", "b", "m", "d", "s", "v" * 50, "unknown", "length", "if", "set"]
 FUNCTIONS = ["ntax", "ntrees", "freevars", "listsize", "exstatus", "time", "varsize a", "varsize s",
              "hifchar", "hifnumber", "hifeof", "isfile case.run", "argnumber", "maxvars"]
+WALKS = [("sprit 0", "stop"), ("tbrit + ntrees", "stop"), ("bandb", "stop"), ("forfiles *.run", "stop"),
+         ("travtree up terms 0 root x", "endtrav"), ("travtree path 0 1 2 - a[1]", "endtrav"),
+         ("travtree down 0 'x' y", "endtrav"), ("combine 4 2/3 a", "endcomb"), ("combine 3 * b", "endcomb"),
+         ("iterrecs 0 1 s", "endrecs"), ("iterrecs 0 0 & /2 s", "endrecs"), ("iterrecs 'x' 0 \\2 + s", "endrecs"),
+         ("/* none */ travtree des 0 root y", "endtrav /* none */")]
+DATA = "xread 2 5 a 00 b 01 c 10 d 11 e 12 ; tread (0 (1 (2 (3 4))));\n"
 OPERATORS = ["+", "-", "*", "/", "&", "|", "^", " & ", " | ", "==", "!=", "&&", "||", ">", "<",
              ">=", "<=", "=", "?"]
 WORDS = ["hello", "a", "if", "else", "end", "stop", "loop", "quote", "&65", "&300", ".,", "%1", "'0'",
@@ -110,7 +116,7 @@ class script_writer:
                          "report =;", "lquote [;")
 
     def statement(self, depth=0):
-        roll = self.source.randrange(26)
+        roll = self.source.randrange(28)
         if roll < 6:
             return f"set {self.reference()} {self.pick('', '=', '+=', '*=', '/=', '|=', '-')} " + \
                 self.expression() + ";"
@@ -134,14 +140,18 @@ class script_writer:
                              "goto [ case.run last;", "goto = case.run;", "goto last;",
                              f"{self.string()} x;", f"rseed {self.expression(2)};")
         if roll == 18 or depth > 3:
-            return self.pick("continue;", "endloop;", "stop")
+            return self.pick("continue;", "endloop;", "stop", "killtrav;", "skipdes;", "killrecs;", "endswap;",
+                             "cutbranch;", "endbranch;", "killfiles;", "copytree ntrees;", "endtrav", "proc/;")
         body = "".join(self.pick(" ", "\n") + self.statement(depth + 1)
                        for _ in range(self.source.randrange(1, 4)))
         if roll < 22:
             start = self.pick("loop 1 3", "loop 3 1", "loop 1+2 5", "loop =outer 0 2", "loop 0-1 5",
                               f"loop {self.pick('0', '1')} (({self.expression(3)}) & 3)", "loop 5+1 1")
             return start + body + self.pick(" stop", " stop", " stop ", "")
-        ends = self.pick(" end", " end", " else quote other; end", " xend", "")
+        if roll > 25:
+            start, end = self.pick(*WALKS)
+            return f"{start} {body} {self.pick(end, end, end, 'stop', '')} "
+        ends = self.pick(" end", " end", " else if (x > 2) quote chained; end", " else quote other; end", " xend", "")
         return f"if ({self.expression()})" + body + ends
 
 
@@ -159,6 +169,7 @@ def script(source, typed):
     text = writer.pick("macro *3 50; ", *["macro *40 5000; macro [900; " + setting for setting in
                          ("", "", "macfloat -; ", "macro prot 0; ", "macro prot 1; ")])
     text += "macro =;\nvar: x y a[5] b[5] m[2 3] d[2 2 2] s[30]; set s $hello world; var: big[3000];\n"
+    text += DATA * source.randrange(2)
     for _ in range(source.randrange(1, 12)):
         text += writer.statement() + "\n"
     if source.random() < 0.1:
