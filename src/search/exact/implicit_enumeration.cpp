@@ -10,6 +10,7 @@
 #include "engine/fit/implied_weighting.h"
 #include "engine/joining.h"
 #include "engine/passes/passes.h"
+#include "search/exact/best_trees.h"
 #include "search/exact/coming_states.h"
 #include "search/exact/conflicts.h"
 #include "search/exact/growing_tree.h"
@@ -70,9 +71,6 @@ class enumeration {
   void descend(int taxa, std::size_t which, const candidate& to);
   void hand_places_down(level& now, std::size_t which, std::int32_t branch, level& next);
   void complete(int taxon, const candidate& last);
-  void keep(double score);
-  void take_best(double score);
-  void take_sample(double score);
   void note_progress(int taxa, std::size_t done);
   bool stop();
 
@@ -90,7 +88,7 @@ class enumeration {
   bool is_forbidden(int taxon, int branch) const;
   void count_steps(int taxon, const word* words, int branch);
   void uncount_steps(int taxon, const word* words, int branch);
-  double limit() const;
+  double limit() const { return best_.limit(); }
 
   search_context& context_;
   search_data& data_;
@@ -110,8 +108,7 @@ class enumeration {
   std::vector<std::uint8_t> marks_;
   std::vector<std::int32_t> start_tree_;
   double start_score_ = unknown_score;
-  double best_ = unknown_score;
-  bool is_full_ = false;  // some tree as good as `best_` found no room
+  best_trees best_;
   int five_taxa_done_ = 0;
   exact_result result_;
 };
@@ -128,7 +125,8 @@ enumeration::enumeration(search_context& context, const exact_settings& how)
       levels_(at(data_.n) + 1),
       candidates_(at(data_.n) + 1),
       unspoilt_then_(conflicts_.set_words()),
-      marks_(at(data_.nodes), 1) {
+      marks_(at(data_.nodes), 1),
+      best_(context, how.sample) {
   if (context.constraints_in_force)
     groups_.emplace(context.constraints_in_force->rows(), data_.nodes);
   constexpr std::size_t cache_line = 64;
@@ -183,13 +181,6 @@ void enumeration::uncount_steps(int taxon, const word* words, int branch) {
   if (!data_.implied_on) return;
   data_.kernels.fit.remove_steps(words, branch_sets(branch), data_.layout);
   if (data_.has_wide) remove_wide_steps(data_, {join_end::root, taxon}, {join_end::branch, branch});
-}
-
-/// Trees up to this score are wanted. A full buffer has no use for more trees as good as those that
-/// it has; what is wanted then is a better one.
-double enumeration::limit() const {
-  if (!is_full_) return best_ + context_.rules.suboptimal + 2 * rounding_;
-  return kind_of_scores(data_) == score_kind::whole ? best_ - 1 : best_ - 2 * rounding_;
 }
 
 /// Drops the places of a taxon, its sets in `costed_`, where it costs more than is allowed. Returns
@@ -450,55 +441,13 @@ void enumeration::complete(int taxon, const candidate& last) {
   if (collapses_as_found()) {
     tree_.add(taxon, last.branch);
     mark_tree_in_work(context_, marks_);
-    keep(score);
+    best_.keep(score, marks_);
     tree_.take_back();
   } else {
     tree_.link(taxon, last.branch);
-    keep(score);
+    best_.keep(score, marks_);
     tree_.unlink(taxon);
   }
-}
-
-void enumeration::take_best(double score) {
-  const double suboptimal = context_.rules.suboptimal;
-  // What a full buffer refused was no better than the best tree before.
-  if (!is_within_bound(best_, score + suboptimal, kind_of_scores(data_)))
-    result_.overflowed = false;
-  best_ = score;
-  is_full_ = false;
-  result_.seen = 0;
-  context_.best_score = score;
-  note_score(context_, score);
-  purge_above(context_, score + suboptimal, 0);
-}
-
-/// The tree in work, complete, with its branches marked. What lies below a full buffer is lost, but
-/// not the score.
-void enumeration::keep(double score) {
-  const score_kind kind = kind_of_scores(data_);
-  if (is_better_score(score, best_, kind)) take_best(score);
-  if (!is_within_bound(score, best_ + context_.rules.suboptimal, kind)) return;
-  tree_slots& trees = context_.trees;
-  ++result_.seen;
-  if (trees.ntrees < trees.maxtrees) {
-    if (store_marked(context_, data_.tree.anc, trees.ntrees, score, marks_)) ++context_.moves_done;
-  } else if (how_.sample) {
-    take_sample(score);
-  } else if (!is_stored(context_, data_.tree.anc, score, marks_)) {
-    result_.overflowed = true;
-    is_full_ = true;
-  }
-}
-
-/// Reservoir sampling (Vitter 1985): of the trees seen so far each is in the buffer with the same
-/// chance.
-void enumeration::take_sample(double score) {
-  random_generator& random = context_.random;
-  const auto draw =
-      static_cast<std::uint64_t>(random.draw()) << 31 | static_cast<std::uint64_t>(random.draw());
-  const auto place = static_cast<std::int64_t>(draw % static_cast<std::uint64_t>(result_.seen));
-  if (place >= context_.trees.maxtrees) return;
-  replace_stored(context_, data_.tree.anc, static_cast<int>(place), score, marks_);
 }
 
 // ---- progress and end ----
@@ -515,7 +464,7 @@ void enumeration::note_progress(int taxa, std::size_t done) {
 bool enumeration::stop() {
   if (++result_.nodes % nodes_between_polls == 0) {
     poll_search(context_);
-    show_progress("Searching (score " + score_text(data_, best_) + ")", five_taxa_done_,
+    show_progress("Searching (score " + score_text(data_, best_.score()) + ")", five_taxa_done_,
                   data_.n > 4 ? trees_of_five_taxa : 0);
   }
   return interrupted();
@@ -523,14 +472,14 @@ bool enumeration::stop() {
 
 exact_result enumeration::run() {
   find_start_bound();
-  best_ = start_score_;
+  best_.begin_at(start_score_);
   if (!interrupted()) {
     int a = 1;
     int b = 2;
     if (data_.n > 3) choose_first_taxa(&a, &b);
     const double length = tree_.begin(a, b);
     if (data_.n == 3) {
-      keep(length);
+      best_.keep(length, marks_);
     } else {
       level& first = level_of(3);
       mark_present(first.present, a, b);
@@ -546,7 +495,9 @@ exact_result enumeration::run() {
     if (context_.trees.ntrees == 0 && !start_tree_.empty())
       store_tree(context_, start_tree_, 0, start_score_);
   }
-  result_.best = best_;
+  result_.best = best_.score();
+  result_.seen = best_.seen();
+  result_.overflowed = best_.overflowed();
   return result_;
 }
 
