@@ -12,17 +12,21 @@ class random_generator {
   static constexpr int largest = 2147483647;
   explicit random_generator(unsigned start = 1) { seed(start); }
   /// Restarts the sequence. Seeds that differ by one give unrelated sequences.
-  void seed(unsigned start) { state_ = 0x9e3779b97f4a7c15ULL * (start + 1ULL); }
+  void seed(unsigned start) { state_ = mixed(step * (start + 1ULL)); }
   /// Uniform in 0 to 2147483647.
   int draw() {
-    state_ += 0x9e3779b97f4a7c15ULL;
-    std::uint64_t z = state_;
-    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
-    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
-    return static_cast<int>((z ^ (z >> 31)) >> 33);
+    state_ += step;
+    return static_cast<int>(mixed(state_) >> 33);
   }
 
  private:
+  static constexpr std::uint64_t step = 0x9e3779b97f4a7c15ULL;
+  static std::uint64_t mixed(std::uint64_t z) {
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+    return z ^ (z >> 31);
+  }
+
   std::uint64_t state_ = 0;
 };
 

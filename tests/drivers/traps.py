@@ -140,7 +140,7 @@ class Composite:
 FAR_DRIFT = "drift:rfitdiff 1 fitdiff 2"  # by default drift accepts no move out of a trap that few characters make
 SEARCHES = (  # from the tree that is trapped in all blocks
     "ratchet", "ratchet=auto", "ratchet=autoconst 3", "ratchet=fusefreq 3", "ratchet=tradrat upfactor 20 downfactor 20",
-    f"{FAR_DRIFT}; drift", f"{FAR_DRIFT}; drift=noequals", f"{FAR_DRIFT}; drift=autoconst 3", "sectsch=minsize 8 maxsize 14 selfactor 5",
+    f"{FAR_DRIFT}; drift", f"{FAR_DRIFT}; drift=noequals", f"{FAR_DRIFT}; drift=autoconst 3 iterations 100", "sectsch=minsize 8 maxsize 14 selfactor 5",
     "sectsch=xss 4+8-2", "sectsch=minsize 8 maxsize 14 gocomb 6 selfactor 5",
     f"{FAR_DRIFT}; sectsch=minsize 8 maxsize 14 godrift 6 selfactor 1", "rebuild=cycles 200 nohybrid", "mult=replications 30",
     "mult=replications 3 ratchet", "xmult=hits 3", "xmult=level 3")

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <vector>
 
 #include "base/scores.h"
@@ -44,6 +45,16 @@ TEST(random_sequence_test, draws_on_where_the_generator_stands) {
   generator.seed(5);
   random_sequence(generator, 30, other, -1, {});
   EXPECT_EQ(one, other);
+}
+
+TEST(random_generator_test, seeds_that_differ_by_one_share_no_part_of_their_sequences) {
+  std::set<int> seen;
+  constexpr int draws = 200;
+  for (unsigned seed = 0; seed < 50; ++seed) {
+    random_generator generator(seed);
+    for (int i = 0; i < draws; ++i) seen.insert(generator.draw());
+  }
+  EXPECT_GE(seen.size(), 50U * draws - 5);  // a few may be the same by chance
 }
 
 TEST(scores_test, fractions_within_the_tolerance_are_one_score) {
