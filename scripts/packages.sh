@@ -5,7 +5,7 @@
 # What the program is linked with.
 libraries=(libncurses-dev zlib1g-dev libutf8proc-dev libmd-dev)
 
-# What modules for parallel runs are built with, and their tests run.
+# What the modules for MPI and PVM are built with; without it they are left out.
 transports=(openmpi-bin libopenmpi-dev pvm pvm-dev)
 
 need_packages() {

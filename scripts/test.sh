@@ -3,7 +3,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
-need_packages g++ cmake ninja-build libgtest-dev libbenchmark-dev "${transports[@]}" "${libraries[@]}" python3
+need_packages g++ cmake ninja-build libgtest-dev libbenchmark-dev "${libraries[@]}" python3
+want_packages "${transports[@]}"
 
 preset=${1:-release}
 jobs=$(nproc)
