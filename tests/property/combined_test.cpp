@@ -9,11 +9,10 @@
 
 #include "engine/fit/weighting_settings.h"
 #include "engine/passes/passes.h"
-#include "property/random_costs.h"
+#include "property/mixed_search.h"
 #include "search/search_results.h"
 #include "search/search_session.h"
 #include "search/store/stored_trees.h"
-#include "support/program.h"
 
 namespace zeb {
 namespace {
@@ -21,24 +20,11 @@ namespace {
 using zeb_test::chance;
 using zeb_test::draw;
 
-class combined_searches : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() { zeb_test::start_program(); }
-  void TearDown() override {
-    weighting = {};
-    wipe_matrix();
-  }
-};
+using combined_searches = zeb_test::mixed_searches;
 
 void fill(int ntax, std::mt19937& g) {
-  zeb_test::mixed_shape shape;
-  shape.ntax = ntax;
-  shape.plain = draw(g, 4, 40);
-  shape.with_costs = draw(g, 0, 3);
-  shape.continuous = draw(g, 0, 2);
-  fill_mixed(shape, g);
-  weighting.on = chance(g, 0.3);
-  zeb_test::run_program("keep 0; hold 60;");
+  zeb_test::fill_for_search(ntax, 3, false, "keep 0; hold 60;", g);
+  weighting.on = zeb_test::chance(g, 0.3);
 }
 
 combined_settings varied_settings(std::mt19937& g) {

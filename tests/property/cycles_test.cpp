@@ -13,7 +13,7 @@
 #include "engine/kernels/reweighting.h"
 #include "engine/packing/packing.h"
 #include "engine/passes/passes.h"
-#include "property/random_costs.h"
+#include "property/mixed_search.h"
 #include "search/drivers/auto_constraint.h"
 #include "search/drivers/drift.h"
 #include "search/drivers/ratchet.h"
@@ -21,36 +21,18 @@
 #include "search/moves/swapper.h"
 #include "search/search_session.h"
 #include "search/store/stored_trees.h"
-#include "support/program.h"
 
 namespace zeb {
 namespace {
 
 using zeb_test::draw;
+using zeb_test::plain_tree;
 
-class search_cycles : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() { zeb_test::start_program(); }
-  void TearDown() override {
-    weighting = {};
-    wipe_matrix();
-  }
-};
+using search_cycles = zeb_test::mixed_searches;
 
 void fill(int ntax, std::mt19937& g) {
-  zeb_test::mixed_shape shape;
-  shape.ntax = ntax;
-  shape.plain = draw(g, 4, 40);
-  shape.with_costs = draw(g, 0, 4);
-  shape.continuous = draw(g, 0, 2);
-  fill_mixed(shape, g);
+  zeb_test::fill_for_search(ntax, 4, false, "keep 0; hold 20; randtrees 2;", g);
   weighting.on = zeb_test::chance(g, 0.3);
-  zeb_test::run_program("keep 0; hold 20; randtrees 2;");
-}
-
-std::vector<std::int32_t> plain_tree(search_context& context, int slot) {
-  fetch_tree(context, slot_tree(context, slot));
-  return {context.working_tree.begin(), context.working_tree.end()};
 }
 
 TEST_F(search_cycles, reweighted_data_score_as_those_packed_with_the_weights) {

@@ -8,7 +8,7 @@
 
 #include "engine/fit/weighting_settings.h"
 #include "engine/passes/passes.h"
-#include "property/random_costs.h"
+#include "property/mixed_search.h"
 #include "search/drivers/hybrid.h"
 #include "search/drivers/rebuild.h"
 #include "search/moves/clade_exchange.h"
@@ -16,37 +16,18 @@
 #include "search/moves/walked_tree.h"
 #include "search/search_session.h"
 #include "search/store/stored_trees.h"
-#include "support/program.h"
 
 namespace zeb {
 namespace {
 
 using tree_array = std::vector<std::int32_t>;
 using zeb_test::draw;
+using zeb_test::plain_tree;
 
-class pieces : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() { zeb_test::start_program(); }
-  void TearDown() override {
-    weighting = {};
-    wipe_matrix();
-  }
-};
+using pieces = zeb_test::mixed_searches;
 
 void fill(int ntax, bool fits, std::mt19937& g) {
-  zeb_test::mixed_shape shape;
-  shape.ntax = ntax;
-  shape.plain = draw(g, 4, 40);
-  shape.with_costs = draw(g, 0, 4);
-  shape.continuous = draw(g, 0, 2);
-  fill_mixed(shape, g);
-  weighting.on = fits;
-  zeb_test::run_program("keep 0; hold 20; randtrees 2;");
-}
-
-tree_array plain_tree(search_context& context, int slot) {
-  fetch_tree(context, slot_tree(context, slot));
-  return {context.working_tree.begin(), context.working_tree.end()};
+  zeb_test::fill_for_search(ntax, 4, fits, "keep 0; hold 20; randtrees 2;", g);
 }
 
 /// The clades of a tree, as sets of those terminals that are asked for.
