@@ -98,7 +98,7 @@ constexpr option_table figure_options =
     rows.table("ttags", {.unknown = "Unrecognized option for \"ttag\": %s"}, &addition_options);
 
 figure_request read_figure_request(const svg_options& defaults) {
-  read_file_name();
+  if (read_file_name() == 0) error_end("Must give the name of the figure's file");
   figure_request request{std::string(token()), defaults, -1};
   while (skip_blanks_peek() != ';') read_option(request, figure_options);
   return request;
