@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "matrix/landmarks.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
@@ -157,8 +158,9 @@ struct matrix_state {
 
   bool exact_min_steps = true;       // `nstates xmin`
   bool show_original_scale = false;  // `nstates [`: continuous values in their original scale
-  std::uint8_t state_entry_type = numeric_data;  // `nstates /`: how commands read states
-  std::map<int, kept_values> values_as_read;     // of continuous characters rescaled since
+  std::uint8_t state_entry_type = numeric_data;   // `nstates /`: how commands read states
+  std::map<int, kept_values> values_as_read;      // of continuous characters rescaled since
+  std::vector<landmark_configuration> landmarks;  // by character; empty without any
 };
 extern matrix_state matrix;
 
