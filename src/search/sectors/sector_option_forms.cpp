@@ -134,13 +134,6 @@ void read_recursion(sector_settings& settings) {
   settings.each.recurse = static_cast<int>(number);
 }
 
-/// A sector has them all, so its scores are those of the whole tree.
-void keep_costly_characters(sector_settings&) {}
-void drop_costly_characters(sector_settings&) {
-  error_end(
-      "Sectors keep all characters with costs: leaving some out (nosafesank) is not available yet");
-}
-
 void read_slack(sector_settings& settings) {
   double number = 0;
   if (!read_optional_whole(&number) || number < 0 || number > 1000)

@@ -16,9 +16,6 @@ void read_selections(sector_settings& settings);
 void read_instructions(sector_settings& settings);
 /// "recurse N".
 void read_recursion(sector_settings& settings);
-/// "safesank", "nosafesank".
-void keep_costly_characters(sector_settings& settings);
-void drop_costly_characters(sector_settings& settings);
 /// "slack N".
 void read_slack(sector_settings& settings);
 /// "xbuffer", "noxbuffer".

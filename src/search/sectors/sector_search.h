@@ -27,6 +27,7 @@ struct sector_search_settings {
   std::vector<std::string> instructions;  // by level of recursion; empty: none at that level
   int recurse = 3;                        // levels that there may be
   bool track = false;                     // commands may ask for nodes of the whole tree
+  bool safesank = true;                   // sectors keep all characters with costs either way
 
   // -- memory --
   int slack = 0;        // per cent of memory that a sector is given beyond what it needs

@@ -115,8 +115,9 @@ constexpr command_options rows = {
         "instructions can ask for nodes of the whole tree (biginsect, nodtosect); for one tree"),
     form<read_recursion>("recurse").help(
         "levels of sectors within sectors; set with \":\", increased before data are read"),
-    form<keep_costly_characters>("safesank").help("sectors have all characters with costs"),
-    form<drop_costly_characters>("nosafesank").help("(not available yet)"),
+    toggle<each, &sector_search_settings::safesank>("safesank")
+        .help("strict test of characters with costs before sectors drop them (all are kept either "
+              "way)"),
     form<read_slack>("slack").help("per cent of extra memory for each sector; set with \":\""),
     form<use_private_buffer>("xbuffer").help(
         "sectors are searched beside the whole tree, which stays as it is; set with \":\""),
