@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "matrix/landmarks.h"
+#include "matrix/landmark_points.h"
 #include "matrix/symbols.h"
 
 namespace zeb {
