@@ -97,7 +97,7 @@ void tree_in_pieces::list_branches() {
     branches_.push_back(data_.tree.second[at(v)]);
   }
   const auto start = context_.random.draw() % static_cast<int>(branches_.size());
-  std::ranges::rotate(branches_, branches_.begin() + start);
+  std::rotate(branches_.begin(), branches_.begin() + start, branches_.end());
 }
 
 bool tree_in_pieces::is_open(const tree_piece& piece, int branch) const {
