@@ -1,9 +1,7 @@
 // apo: what characterises the groups and terminals of trees.
 #include <algorithm>
-#include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "base/arena.h"
@@ -99,36 +97,6 @@ std::vector<tree_with_changes> find_changes(const apo_request& request) {
   return trees;
 }
 
-/// Those that the equivalent groups of all trees have; where the states differ between the trees
-/// an end has all of them.
-std::vector<apomorphy> common_changes(const common_groups& common,
-                                      const std::vector<tree_with_changes>& trees) {
-  struct tally {
-    std::size_t trees = 0;
-    apomorphy change;
-  };
-  std::map<std::pair<int, int>, tally> found;  // by node of the consensus, then character
-  for (std::size_t t = 0; t < trees.size(); ++t) {
-    std::map<int, int> consensus_node;
-    for (int v = 0; at(v) < common.nodes[t].size(); ++v)
-      if (common.nodes[t][at(v)] >= 0) consensus_node[common.nodes[t][at(v)]] = v;
-    for (const apomorphy& change : trees[t].changes) {
-      const auto node = consensus_node.find(change.node);
-      if (node == consensus_node.end()) continue;
-      tally& sum = found[{node->second, change.character}];
-      if (sum.trees == 0) sum.change = {node->second, change.character, {}, {}, false};
-      ++sum.trees;
-      sum.change.from.join(change.from);
-      sum.change.to.join(change.to);
-      sum.change.homoplastic = sum.change.homoplastic || change.homoplastic;
-    }
-  }
-  std::vector<apomorphy> changes;
-  for (const auto& [place, sum] : found)
-    if (sum.trees == trees.size()) changes.push_back(sum.change);
-  return changes;
-}
-
 void show(const apo_request& request, const tree_with_changes& shown) {
   if (request.figure) {
     const bool several = shown.number >= 0 && request.chosen.trees.size() > 1;
@@ -151,10 +119,16 @@ void apo_command() {
   const apo_request request = read_apo_request();
   const std::vector<tree_with_changes> trees = find_changes(request);
   if (request.common) {
-    const common_groups common = groups_in_all(request.chosen.trees);
+    std::vector<const_tree_span> records;
+    std::vector<std::vector<apomorphy>> changes;
+    for (const tree_with_changes& one : trees) {
+      records.push_back(one.tree);
+      changes.push_back(one.changes);
+    }
+    const common_groups common = groups_in_all(records);
     return show(request, {"Synapomorphies common to " +
                               counted(static_cast<int>(trees.size()), "tree", "trees"),
-                          -1, common.tree, common_changes(common, trees)});
+                          -1, common.tree, common_apomorphies(common, changes)});
   }
   const bool matched =
       request.listed && !request.by_character && !request.figure && trees.size() > 1;

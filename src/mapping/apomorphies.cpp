@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <span>
+#include <map>
+#include <utility>
 
 #include "base/indices.h"
 #include "base/interrupts.h"
@@ -59,6 +60,34 @@ std::vector<apomorphy> find_apomorphies(const tree_shape& shape,
   std::stable_sort(changes.begin(), changes.end(),
                    [](const apomorphy& a, const apomorphy& b) { return a.node < b.node; });
   return changes;
+}
+
+std::vector<apomorphy> common_apomorphies(const common_groups& common,
+                                          std::span<const std::vector<apomorphy>> changes) {
+  struct tally {
+    std::size_t trees = 0;
+    apomorphy change;
+  };
+  std::map<std::pair<int, int>, tally> found;  // by node of the consensus, then character
+  for (std::size_t t = 0; t < changes.size(); ++t) {
+    std::map<int, int> consensus_node;
+    for (int v = 0; at(v) < common.nodes[t].size(); ++v)
+      if (common.nodes[t][at(v)] >= 0) consensus_node[common.nodes[t][at(v)]] = v;
+    for (const apomorphy& change : changes[t]) {
+      const auto node = consensus_node.find(change.node);
+      if (node == consensus_node.end()) continue;
+      tally& sum = found[{node->second, change.character}];
+      if (sum.trees == 0) sum.change = {node->second, change.character, {}, {}, false};
+      ++sum.trees;
+      sum.change.from.join(change.from);
+      sum.change.to.join(change.to);
+      sum.change.homoplastic = sum.change.homoplastic || change.homoplastic;
+    }
+  }
+  std::vector<apomorphy> in_all;
+  for (const auto& [place, sum] : found)
+    if (sum.trees == changes.size()) in_all.push_back(sum.change);
+  return in_all;
 }
 
 std::string change_text(const apomorphy& change, const char* arrow) {

@@ -2,9 +2,11 @@
 // groups and the terminals of a tree.
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
+#include "mapping/common_groups.h"
 #include "mapping/node_states.h"
 
 namespace zeb {
@@ -22,6 +24,11 @@ struct apomorphy {
 /// costs or root states tell.
 std::vector<apomorphy> find_apomorphies(const tree_shape& shape,
                                         const std::vector<int>& characters);
+
+/// Those that the equivalent groups of all trees have (`changes` by tree), by node of the consensus,
+/// then character; where the states differ between the trees an end has all of them.
+std::vector<apomorphy> common_apomorphies(const common_groups& common,
+                                          std::span<const std::vector<apomorphy>> changes);
 
 /// "0 --> 1"; an end with several states has a "?".
 std::string change_text(const apomorphy& change, const char* arrow = " --> ");

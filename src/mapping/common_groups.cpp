@@ -7,7 +7,7 @@
 #include "engine/collapsing/collapsing.h"
 #include "matrix/matrix.h"
 #include "trees/terminal_sets.h"
-#include "trees/tree_store.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 namespace {
@@ -24,11 +24,11 @@ node_of_group groups_of(const_tree_span tree) {
 
 }  // namespace
 
-common_groups groups_in_all(const std::vector<int>& trees) {
+common_groups groups_in_all(std::span<const const_tree_span> trees) {
   std::vector<node_of_group> groups;
-  for (const int t : trees) groups.push_back(groups_of(stored_tree(t)));
+  for (const const_tree_span tree : trees) groups.push_back(groups_of(tree));
   common_groups common;
-  const const_tree_span first = stored_tree(trees.front());
+  const const_tree_span first = trees.front();
   common.tree.assign(first.begin(), first.end());
   std::vector<terminal_set_key> keys = terminal_set_keys(first, matrix.ntax);
   std::vector<std::uint8_t> marks(first.size(), 1);

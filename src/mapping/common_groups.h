@@ -1,6 +1,7 @@
-// The strict consensus of stored trees, and where its groups are in each of them.
+// The strict consensus of trees, and where its groups are in each of them.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "trees/tree_record.h"
@@ -13,6 +14,7 @@ struct common_groups {
   /// where the tree lacks them.
   std::vector<std::vector<int>> nodes;
 };
-common_groups groups_in_all(const std::vector<int>& trees);
+/// One tree at least. Groups are told by the terminals that the trees have.
+common_groups groups_in_all(std::span<const const_tree_span> trees);
 
 }  // namespace zeb

@@ -154,9 +154,13 @@ void show_characters(const map_request& request, const shown_tree& shown, functi
 
 void map_over_trees(const map_request& request) {
   const std::vector<int>& trees = request.chosen.trees;
-  const common_groups common = groups_in_all(trees);
   std::vector<tree_shape> shapes;
-  for (const int t : trees) shapes.emplace_back(stored_tree(t));
+  std::vector<const_tree_span> records;
+  for (const int t : trees) {
+    shapes.emplace_back(stored_tree(t));
+    records.push_back(shapes.back().tree);
+  }
+  const common_groups common = groups_in_all(records);
   const shown_tree shown = {
       "Consensus of " + counted(static_cast<int>(trees.size()), "tree", "trees"), -1, common.tree};
   show_characters(request, shown, [&](int c) {

@@ -151,6 +151,8 @@ void recheck_steps() {
   }
 }
 
+void forget_steps(int character) { matrix.characters[at(character)].needs_recheck = 1; }
+
 int minimum_steps(int character) {
   notice_changed_taxa();
   if (matrix.characters[at(character)].needs_recheck) recheck(character);

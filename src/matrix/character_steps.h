@@ -18,6 +18,8 @@ int homoplasy_base(int character, int least);
 /// Computes min_steps, max_steps and `observed` of every character that needs it: those with
 /// `needs_recheck`, all of them after a change of the active taxa.
 void recheck_steps();
+/// After a change of the character's cells: its steps are to be computed again.
+void forget_steps(int character);
 /// Is the character informative for the active taxa: its maximum exceeds its minimum.
 bool is_informative(int character);
 
