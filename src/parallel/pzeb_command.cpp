@@ -39,11 +39,9 @@ void set_mode(back_end which) {
 
 void enter() {
   if (in_parallel_mode()) return;
-  report_line("Entering");
   connection();
-  emit(text_of("P-ZEB: %s parallel mode (%i hosts). Mode: %s\n",
-               process.slave ? "slave in" : "entered", static_cast<int>(hosts_in_use().size()),
-               back_end_name(parallel.mode)));
+  emit(text_of("P-ZEB: Entering parallel mode (%i hosts). Mode: %s\n",
+               static_cast<int>(hosts_in_use().size()), back_end_name(parallel.mode)));
 }
 
 void list_hosts() {

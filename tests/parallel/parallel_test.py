@@ -122,6 +122,20 @@ def tasks_are_steered():
     expect("pzeb begin x 1 = return; pzeb stop [];", r"specify options wait, loops, searches, or all")
 
 
+def one_tree_is_swapped_together():
+    """The tasks come to a tree that a swap of its own can't improve."""
+    for seed, (sign, tasks, settings) in enumerate((("", 3, ""), ("-", 2, "piwe=3;"), ("+", 4, "ccode + 0.20;"), ("+", 1, ""))):
+        output = run(f"rseed {seed + 1}; {settings} randtrees 3; pzeb begin a {tasks} /swap {sign}1 = not run; return;"
+                     "pzeb wait; pzeb getbufs; pzeb get; tchoose 3; score; bbreak=tbr nomulpars; score;")
+        scores = re.findall(r"^ *0 \| +([\d.]+)$", output, re.M)
+        check(len(scores) == 2 and scores[0] == scores[1] and "Parallel TBR of one tree" in output,
+              f"{tasks} tasks swap one tree with /swap {sign}1: {scores}", output)
+    expect("randtrees 1; pzeb begin a 3 = mult 1; return; pzeb wait; pzeb again a /swap 0 = return; pzeb wait;"
+           "pzeb again a /deltrees /swap 0 = return; pzeb wait; pzeb get; length;", r"Got results from a \(3", BEST)
+    expect("randtrees 1; pzeb begin a 2 /swap 1 = return;", r"cannot swap tree 1 \(only 1 trees in memory\)")
+    expect("randtrees 1; pzeb begin a 2 /swap 0 /sector *2 0 = return;", r"can't use \"swap\" and \"sector\" together")
+
+
 def tasks_may_die():
     """A task is killed at a random moment: the rest is collected, and the dead one is named."""
     for _ in range(options.runs):
@@ -215,6 +229,7 @@ def main():
     try:
         results_come_back()
         tasks_are_steered()
+        one_tree_is_swapped_together()
         tasks_may_die()
         the_master_may_die()
         if options.mode == "local":

@@ -90,10 +90,6 @@ void read_ram(job_request& request) {
   request.ram = factor ? value * static_cast<double>(arena.size) / megabyte : value;
 }
 
-[[noreturn]] void refuse_swap() {
-  error_end("P-ZEB: parallel swapping of one tree (\"swap\") is not available yet");
-}
-
 enum begin_option {
   ram_option,
   trees_option,
@@ -113,14 +109,34 @@ struct begin_options {
 
 void read_trees_option(job_request& request, const begin_options& options) {
   if (options.has_sector) error_end("P-ZEB: can't select \"trees\" (already selected \"sector\")");
+  if (request.swap != swap_orders::way::none)
+    error_end("P-ZEB: can't select \"trees\" (already selected \"swap\")");
   read_tree_selection(request.trees);
 }
 
 void read_sector_option(job_request& request, begin_options& options) {
   if (request.trees.how != tree_choice::way::unsaid)
     error_end("P-ZEB: can't do \"sectors\" (\"trees\" selected already)");
+  if (request.swap != swap_orders::way::none)
+    error_end("P-ZEB: can't use \"swap\" and \"sector\" together");
   options.sector = read_sector_request();
   options.has_sector = true;
+}
+
+/// "N", "-N" or "+N".
+void read_swap_option(job_request& request, const begin_options& options) {
+  if (options.has_sector) error_end("P-ZEB: can't use \"swap\" and \"sector\" together");
+  if (request.trees.how != tree_choice::way::unsaid)
+    error_end("P-ZEB: can't \"swap\" (\"trees\" selected already)");
+  request.swap = accept_char('-')   ? swap_orders::way::unsorted
+                 : accept_char('+') ? swap_orders::way::controlled
+                                    : swap_orders::way::sorted;
+  double number = 0;
+  if (!read_optional_whole(&number) || number < 0) error_end("P-ZEB: must give the tree to swap");
+  if (number >= store.ntrees)
+    error_end_f("P-ZEB: cannot swap tree %i (only %i trees in memory)",
+                static_cast<int>(std::min(number, 1e9)), store.ntrees);
+  request.swapped_tree = static_cast<int>(number);
 }
 
 void read_options(job_request& request, begin_options& options, bool again) {
@@ -149,7 +165,8 @@ void read_options(job_request& request, begin_options& options, bool again) {
         read_sector_option(request, options);
         break;
       case swap_option:
-        refuse_swap();
+        read_swap_option(request, options);
+        break;
       case dskdata_option:
         request.from_disk = true;
         emit("\nNote: data will be read from disk, not transferred.\n");
@@ -177,13 +194,18 @@ std::vector<int> read_tasks(const job_record& job) {
 void send_again(job_record& job, const std::vector<int>& chosen, const job_request& request,
                 bool delete_trees) {
   const std::vector<std::vector<int>> trees =
-      trees_of_tasks(request.trees, static_cast<int>(chosen.size()), true);
+      trees_for(request, static_cast<int>(chosen.size()), true);
+  std::vector<int> parties = chosen;
+  std::erase_if(parties, [&job](int number) { return !is_alive(job.tasks[at(number)]); });
+  if (request.swap != swap_orders::way::none && (parties.empty() || parties[0] != 0))
+    error_end("P-ZEB: task 0, which leads the swap, must be among the tasks of job", job.name);
   for (std::size_t i = 0; i < chosen.size(); ++i) {
     task_record& to = job.tasks[at(chosen[i])];
     if (!is_alive(to)) continue;
     packet_writer orders;
     orders.put(delete_trees);
     orders.put_text(request.instructions);
+    swap_orders_for(request.swap, parties).put_into(orders);
     send_signal(to, signal_again);
     transport& link = connection();
     const task_packet packet = packet_of_task(chosen[i], trees[i], request.trees.groups_go_along);

@@ -15,6 +15,7 @@
 #include "language/list_kinds.h"
 #include "language/lists.h"
 #include "parallel/tasks/parent_signals.h"
+#include "parallel/tasks/siblings.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {
@@ -283,7 +284,7 @@ bool is_process_there(task_id id) {
   for (const int slot : jobs_in_order())
     for (const task_record& t : job_at(slot).tasks)
       if (t.id == id) return process_runs(t);
-  return true;
+  return is_sibling_process_there(id);
 }
 
 bool is_finished(task_record& which) {

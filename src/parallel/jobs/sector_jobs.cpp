@@ -10,11 +10,11 @@
 #include "base/message_text.h"
 #include "base/random.h"
 #include "console/output.h"
-#include "engine/plain/tree_scores.h"
 #include "mapping/node_states.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/matrix_writer.h"
 #include "parallel/tasks/session_text.h"
+#include "parallel/tasks/tree_loads.h"
 #include "search/sectors/sector_choice.h"
 #include "search/sectors/sectors.h"
 #include "trees/tree_groups.h"
@@ -143,12 +143,6 @@ std::vector<tree_node> tree_of_sector(const std::vector<tree_node>& tree,
   return record;
 }
 
-double score_of(int number) {
-  std::vector<double> scores(at(store.ntrees));
-  score_stored_trees(scores);
-  return scores[at(number)];
-}
-
 std::string name_of_terminal(int node) {
   return node < matrix.ntax ? std::string(taxon_name(node)) : text_of("HTU_%i", node);
 }
@@ -219,7 +213,7 @@ std::vector<int> ancestors_of(const std::vector<tree_node>& tree) {
 bool store_if_no_worse(std::vector<int> ancestors, double before) {
   const tree_span slot = take_slot(true);
   record_from_ancestors(ancestors, slot, matrix.ntax);
-  const double score = score_of(store.ntrees - 1);
+  const double score = score_of_stored_tree(store.ntrees - 1);
   if (score <= before + 1e-6) return true;
   set_tree_count(store, store.ntrees - 1);
   return false;
@@ -294,7 +288,7 @@ void make_sector_job(const sector_request& wanted, job_request& request) {
   request.partial = static_cast<int>(request.sectors.size()) < parts;
   request.parts = parts;
   request.tasks = static_cast<int>(request.sectors.size());
-  request.score_at_start = score_of(wanted.trees[0]);
+  request.score_at_start = score_of_stored_tree(wanted.trees[0]);
   for (task_orders& orders : request.sector_orders) orders.score_offset = request.score_at_start;
   request.kind = wanted.how == sector_request::way::exclusive ? job_kind::exclusive_sectors
                  : wanted.how == sector_request::way::random  ? job_kind::random_sectors

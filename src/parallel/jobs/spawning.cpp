@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <numeric>
 
 #include "base/arena.h"
 #include "base/errors.h"
@@ -132,6 +133,26 @@ task_packet packet_of_task(int number, const std::vector<int>& trees, bool with_
   return packet;
 }
 
+std::vector<std::vector<int>> trees_for(const job_request& request, int tasks, bool again) {
+  if (request.swap != swap_orders::way::none)
+    return std::vector<std::vector<int>>(at(tasks), {request.swapped_tree});
+  if (!request.sector_orders.empty()) return std::vector<std::vector<int>>(at(tasks));
+  return trees_of_tasks(request.trees, tasks, again);
+}
+
+swap_orders swap_orders_for(swap_orders::way how, const std::vector<int>& tasks) {
+  if (how == swap_orders::way::none) return {};
+  return {how, {tasks.begin(), tasks.end()}};
+}
+
+namespace {
+
+void tell_swap(const job_request& request) {
+  emit(text_of("Sending tree %i to all tasks, for parallel TBR\n", request.swapped_tree));
+}
+
+}  // namespace
+
 int spawn_job(job_request request) {
   connection();
   const int slot = free_job_slot();
@@ -159,9 +180,10 @@ int spawn_job(job_request request) {
     if (request.from_disk) orders.data.clear();
   }
   const int count = static_cast<int>(job.tasks.size());
-  const std::vector<std::vector<int>> trees = request.sector_orders.empty()
-                                                  ? trees_of_tasks(request.trees, count, false)
-                                                  : std::vector<std::vector<int>>(at(count));
+  const std::vector<std::vector<int>> trees = trees_for(request, count, false);
+  std::vector<int> numbers(at(count));
+  std::iota(numbers.begin(), numbers.end(), 0);
+  orders.swap = swap_orders_for(request.swap, numbers);
   for (int i = 0; i < count; ++i) {
     task_orders own = request.sector_orders.empty() ? orders : request.sector_orders[at(i)];
     own.ram = bytes_of(ram);
@@ -172,7 +194,10 @@ int spawn_job(job_request request) {
     if (!request.sector_orders.empty()) packet.load.trees = {job.sectors[at(i)].reduced_tree};
     send(job.tasks[at(i)], tag_packet, packet.packed());
   }
-  if (request.kind == job_kind::whole_trees) tell_tree_choice(request.trees, trees);
+  if (request.swap != swap_orders::way::none)
+    tell_swap(request);
+  else if (request.kind == job_kind::whole_trees)
+    tell_tree_choice(request.trees, trees);
   tell_spawn(request, job.tasks.size());
   return slot;
 }

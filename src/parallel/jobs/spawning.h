@@ -24,6 +24,8 @@ struct job_request {
   int parts = 0;
   double score_at_start = 0;  // of the tree whose sectors are searched
   bool partial = false;
+  swap_orders::way swap = swap_orders::way::none;
+  int swapped_tree = 0;
   std::string instructions;
 };
 
@@ -34,6 +36,11 @@ int spawn_job(job_request request);
 task_orders orders_of_session();
 /// Seeds, number and trees of one task.
 task_packet packet_of_task(int number, const std::vector<int>& trees, bool with_groups);
+
+/// The trees that each of `tasks` tasks gets; see `trees_of_tasks`.
+std::vector<std::vector<int>> trees_for(const job_request& request, int tasks, bool again);
+/// Orders to these tasks for swapping one tree.
+swap_orders swap_orders_for(swap_orders::way how, const std::vector<int>& tasks);
 
 /// 1 if all tasks of the last spawn started.
 bool last_spawn_succeeded();

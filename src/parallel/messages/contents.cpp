@@ -26,6 +26,18 @@ void expect_end_of(packet_reader& from) {
 
 }  // namespace
 
+void swap_orders::put_into(packet_writer& to) const {
+  to.put(static_cast<std::int32_t>(how));
+  if (how != way::none) to.put_list(tasks);
+}
+
+swap_orders swap_orders::taken_from(packet_reader& from) {
+  swap_orders o;
+  o.how = static_cast<way>(from.whole_within(0, static_cast<int>(way::controlled)));
+  if (o.how != way::none) o.tasks = from.list();
+  return o;
+}
+
 packet_writer task_orders::packed() const {
   packet_writer to;
   to.put(is_sector);
@@ -44,6 +56,7 @@ packet_writer task_orders::packed() const {
   to.put_text(data);
   to.put_text(settings);
   to.put_list(tasks);
+  swap.put_into(to);
   to.put(end_mark);
   return to;
 }
@@ -67,6 +80,7 @@ task_orders task_orders::unpacked(packet_reader from) {
   o.data = from.text();
   o.settings = from.text();
   o.tasks = from.list();
+  o.swap = swap_orders::taken_from(from);
   expect_end_of(from);
   return o;
 }

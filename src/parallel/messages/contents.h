@@ -11,6 +11,16 @@
 
 namespace zeb {
 
+/// One tree swapped by several tasks of a job together.
+struct swap_orders {
+  enum class way { none, sorted, unsorted, controlled };
+  way how = way::none;
+  std::vector<std::int32_t> tasks;  // that take part; the first one leads
+
+  void put_into(packet_writer& to) const;
+  static swap_orders taken_from(packet_reader& from);
+};
+
 /// The data set and what is to be done with it: the same for all tasks of a job.
 struct task_orders {
   bool is_sector = false;   // the data are a sector of a larger tree:
@@ -29,6 +39,7 @@ struct task_orders {
   std::string data;                 // commands that read the data; empty with `from_disk`
   std::string settings;             // commands that set all that differs from the defaults
   std::vector<std::int32_t> tasks;  // ids of all tasks of the job
+  swap_orders swap;
 
   packet_writer packed() const;
   static task_orders unpacked(packet_reader from);

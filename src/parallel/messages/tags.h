@@ -15,6 +15,7 @@ enum message_tag : int {
   tag_disk_data = 14,   // to a helper: data for a file
   tag_disk_reply = 15,  // to the parent: whether the file is right
   tag_text = 16,        // to the parent: text buffer
+  tag_swap = 17,        // among the tasks that swap one tree
   tag_reply = 20,       // to the parent: the answer to query N is tag 20 + N
   tag_processors = 12345,
 };

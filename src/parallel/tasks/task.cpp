@@ -32,6 +32,7 @@
 #include "parallel/tasks/instructions.h"
 #include "parallel/tasks/parent_signals.h"
 #include "parallel/tasks/reports.h"
+#include "parallel/tasks/shared_swap.h"
 #include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/transport/connection.h"
@@ -79,6 +80,7 @@ void prepare(const task_orders& orders) {
   task.parent_process = orders.host == name_of_this_machine() ? orders.process : 0;
   task.score_offset = orders.score_offset;
   task.instructions = orders.instructions;
+  task.swap = orders.swap;
   const jump_context around;
   try {
     create_arena(std::max<std::size_t>(orders.ram, arena.size));
@@ -118,6 +120,12 @@ void take_packet(const task_packet& packet) {
 
 void follow_instructions() {
   task.at_return = false;
+  if (task.swap.how != swap_orders::way::none) {
+    swap_with_siblings(task.swap);
+    task.to_return = {};
+    task.at_return = true;
+    return;
+  }
   begin_instructions(task.instructions);
   while (!task.at_return && interpreter.running && process.ended_by == 0) {
     if (!skip_to_wanted_tag()) break;
@@ -162,6 +170,7 @@ void take_new_instructions() {
   packet_reader from(orders.body);
   const bool drop_trees = from.whole() != 0;
   const std::string text = from.text();
+  task.swap = swap_orders::taken_from(from);
   if (text.empty()) {
     emit("Previous instructions will be repeated...\n");
   } else {

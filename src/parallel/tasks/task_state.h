@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/scores.h"
+#include "parallel/messages/contents.h"
 #include "parallel/transport/transport.h"
 #include "search/search_context.h"
 
@@ -47,6 +48,7 @@ struct task_state {
   bool no_waits = false;  // monitors end at once
   bool no_loops = false;  // and loops
   return_options to_return;
+  swap_orders swap;  // what is to be done in the place of the instructions
 
   // Of searches that are over.
   int replications = 0;

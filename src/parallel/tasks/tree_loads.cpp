@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "base/indices.h"
+#include "engine/plain/tree_scores.h"
 #include "matrix/matrix.h"
 #include "trees/notation/auto_save.h"
 #include "trees/tree_groups.h"
@@ -49,6 +50,12 @@ tree_load trees_in_memory(bool with_groups) {
   std::vector<int> all(at(store.ntrees));
   std::iota(all.begin(), all.end(), 0);
   return selected_trees(all, with_groups);
+}
+
+double score_of_stored_tree(int number) {
+  std::vector<double> scores(at(store.ntrees));
+  score_stored_trees(scores);
+  return scores[at(number)];
 }
 
 int store_trees(const tree_load& load, bool may_grow, int* first) {

@@ -15,6 +15,8 @@ tree_load trees_in_memory(bool with_groups);
 /// The trees of these numbers.
 tree_load selected_trees(std::span<const int> numbers, bool with_groups);
 
+double score_of_stored_tree(int number);
+
 /// Stores the trees; those that aren't trees of these data are left out. Returns how many there was
 /// room for: without `may_grow` no more than the buffer has. `first` is set to the number of the
 /// first one.

@@ -153,6 +153,10 @@ bool next_clip(swap_run& run) {
     if (interrupted()) return false;
     if (run.perturbing && run.perturbing->is_over(run.data.nodes)) return false;
     if (run.clip == run.data.n) continue;
+    if (run.share) {
+      if (!run.share->clips[at(run.clip)]) continue;
+      if (run.share->look(run.share->receiver, run.data, run.score)) return false;
+    }
     if (run.perturbing) ++run.perturbing->clips;
     count_rearrangements(run, run.clip);
     if (may_clip(run, run.clip)) return true;

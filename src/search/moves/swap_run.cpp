@@ -41,6 +41,7 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
       stays(task.stay && task.multi > 0),
       enumeration(task.enumeration),
       perturbing(task.perturbing),
+      share(task.share),
       fits(data.implied_on),
       rounding(tolerance_of(kind_of_scores(data))),
       slots(search.slots),

@@ -58,6 +58,7 @@ struct swap_run {
   const bool stays;   // better trees are stored, and the tree in work isn't left for them
   const move_enumeration* enumeration;  // null: none
   perturbation* const perturbing;       // null: only better trees are accepted
+  const swap_share* const share;        // null: every node is clipped
   const bool fits;          // implied weights: costs are fits, see the engine's counters
   const double rounding;    // scores closer than this are one
   const move_slots& slots;  // of the search

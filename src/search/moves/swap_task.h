@@ -44,6 +44,15 @@ struct move_enumeration {
   }
 };
 
+/// A swap of a tree whose clips are shared out among several processes: it ends when this one's
+/// share has brought nothing better.
+struct swap_share {
+  std::span<const std::uint8_t> clips;  // by node: 1 is clipped by this process
+  /// Called before each clip, when the tree in `data.tree` is whole. True: the swap is to end.
+  bool (*look)(void* receiver, const search_data& data, double score);
+  void* receiver;
+};
+
 /// What is wanted of one swap.
 struct swap_task {
   int first_slot = 0;  // first slot that this search may use
@@ -61,6 +70,8 @@ struct swap_task {
   const move_enumeration* enumeration = nullptr;
   // Not null: a perturbing swap of a single tree, which may end above where it began.
   perturbation* perturbing = nullptr;
+  // Not null: others clip the other nodes of the tree.
+  const swap_share* share = nullptr;
 };
 
 }  // namespace zeb
