@@ -5,6 +5,7 @@
 #include "engine/registration.h"
 #include "formats/registration.h"
 #include "functions/registration.h"
+#include "landmarks/registration.h"
 #include "language/commands/memory_command.h"
 #include "language/hooks.h"
 #include "language/interpreter.h"
@@ -40,6 +41,7 @@ void register_everything() {
   register_matrix();
   register_trees();
   register_engine();
+  register_landmarks();
   register_search();
   hooks_of_language.describe_data = describe_data;
   register_mapping();

@@ -1,4 +1,4 @@
-// Landmark characters: configurations of points in two or three dimensions, a point per taxon.
+// The landmark characters of the matrix.
 #pragma once
 
 #include <span>
@@ -17,5 +17,7 @@ std::span<landmark_point> changeable_landmarks_of(int character, int taxon);
 /// Makes the configuration with all points missing; readers fill it. The character's record gets
 /// its type from the reader.
 void add_landmark_configuration(int character, int dimensions, int points);
+/// Only the first taxa stay, while a matrix is read.
+void shrink_landmarks(int ntax);
 
 }  // namespace zeb

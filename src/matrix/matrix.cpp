@@ -40,6 +40,10 @@ void forget_gap(int taxon, int character) {
 }  // namespace
 
 bool is_missing(int taxon, int character) {
+  if (matrix.characters[at(character)].type == landmark_data) {
+    const landmark_configuration* const found = find_configuration(matrix.landmarks, character);
+    return !found || all_missing(points_of(*found, taxon));
+  }
   const std::uint32_t states = cell(taxon, character);
   return states ==
          (matrix.characters[at(character)].is_continuous ? missing_continuous : matrix.state_mask);

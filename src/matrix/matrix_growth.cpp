@@ -1,8 +1,10 @@
 #include "matrix/matrix_growth.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/indices.h"
+#include "matrix/landmarks.h"
 #include "matrix/matrix_layout.h"
 
 namespace zeb {
@@ -56,6 +58,15 @@ void data_aside::put_back_cells() const {
       const std::size_t i = at(t) * at(data_.nchar) + at(c);
       set_cell(t, new_number(c), widened(cells_[i], type, data_.cell_bytes));
       if (gaps_[i]) note_gap(t, new_number(c));
+    }
+  }
+  for (const landmark_configuration& one : data_.landmarks) {
+    const int character = new_number(one.character);
+    add_landmark_configuration(character, one.dimensions, one.points);
+    for (int t = 0; t < data_.ntax; ++t) {
+      const auto points =
+          std::span(one.coordinates).subspan(at(t) * at(one.points), at(one.points));
+      std::ranges::copy(points, changeable_landmarks_of(character, t).begin());
     }
   }
   for (int c = 0; at(c) < data_.char_names.size(); ++c)

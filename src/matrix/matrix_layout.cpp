@@ -12,6 +12,7 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "language/lexer.h"
+#include "matrix/landmarks.h"
 
 namespace zeb {
 namespace {
@@ -172,6 +173,7 @@ void shrink_matrix(int ntax, int nchar) {
     matrix.rows32[t] = nullptr;
     matrix.taxon_names[t] = nullptr;
   }
+  shrink_landmarks(ntax);
   matrix.ntax = ntax;
   matrix.nchar = nchar;
   matrix.nnodes = 2 * ntax - 1;

@@ -18,6 +18,7 @@ void read_landmark(block_format& format) {
   }
   if (!accept_char('d')) accept_char('D');
   format.type = landmark_data;
+  format.dimensions = dimension;
 }
 
 void read_match(block_format& format) {
@@ -46,7 +47,7 @@ constexpr command_options rows = {
     choice<&block_format::type>("dna", dna_data).help("cells are DNA"),
     form<read_landmark>("landmark")
         .argument("N")
-        .help("landmarks of 2 or 3 dimensions, which can't be read yet"),
+        .help("a configuration of landmarks in 2 or 3 dimensions"),
     choice<&block_format::type>("continuous", continuous_data)
         .help("cells are numbers or ranges; needs \"nstates 32\", and comes before all others"),
     choice<&block_format::type>("proteins", protein_data)
@@ -73,14 +74,6 @@ void check_type(const block_format& before, const block_format& format, bool oth
   }
 }
 
-void check_landmarks(const block_format& format) {
-  if (format.type != landmark_data) return;
-  if (!format.name.empty()) {
-    error_end("Sorry, if data matrix contains landmarks, blocks cannot be named data matrix");
-  }
-  error_end("Landmark data are not available in this version");
-}
-
 }  // namespace
 
 void check_type_fits(data_type type) {
@@ -104,7 +97,6 @@ void read_block_format(block_format& format, bool other_types_read) {
   }
   check_type(format, wanted, other_types_read);
   accept_char(']');
-  check_landmarks(wanted);
   format = wanted;
 }
 

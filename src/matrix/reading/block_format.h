@@ -10,6 +10,7 @@ namespace zeb {
 /// In force for a block and, but for the name, for those that follow.
 struct block_format {
   data_type type = numeric_data;
+  int dimensions = 2;        // of landmarks
   bool gaps = false;         // a gap is a state
   bool verbose = false;      // tell the block's size when it is read
   bool trim_head = false;    // DNA and proteins with gaps: leading gaps are missing

@@ -22,6 +22,7 @@
 #include "matrix/reading/block_format.h"
 #include "matrix/reading/cell_reader.h"
 #include "matrix/reading/continuous_reader.h"
+#include "matrix/reading/landmark_reader.h"
 #include "matrix/reading/letter_check.h"
 #include "matrix/reading/taxon_rows.h"
 
@@ -102,11 +103,13 @@ class matrix_reader {
   block_format format_;
   cell_reader cells_;
   continuous_reader continuous_;
+  landmark_reader landmarks_;
   letter_check letters_;
   std::byte* const high_at_start_ = arena.high;
   std::vector<int> block_first_ = {0};  // [0] unused
   std::vector<std::string> block_names_ = {"all"};
   bool blocks_named_ = false;
+  bool landmarks_read_ = false;
   int block_ = 0;           // number of the block being read
   int next_character_ = 0;  // first character of the block; once it is read, of the next one
   bool other_types_read_ = false;
@@ -117,6 +120,7 @@ class matrix_reader {
 
 int matrix_reader::read_cells(const row_place& place) {
   if (format_.type == continuous_data) return continuous_.read_row(place);
+  if (format_.type == landmark_data) return landmarks_.read_row(place, format_.dimensions);
   const int end = cells_.read_row(place);
   if (format_.type == numeric_data && matrix.cell_bytes > 1 && !matrix.one_scale) {
     letters_.check_row(place, end);
@@ -141,6 +145,10 @@ void matrix_reader::trim_gaps(int taxon, int first, int end) {
 void matrix_reader::copy_row(int from, int to, int first, int end) {
   if (format_.type == continuous_data) {
     continuous_.copy_row(from, to);
+    return;
+  }
+  if (format_.type == landmark_data) {
+    landmark_reader::copy_row(from, to, first);
     return;
   }
   const std::size_t width = at(matrix.cell_bytes);
@@ -245,6 +253,9 @@ void matrix_reader::read_block_rows() {
     read_item();
     read_block_row(width);
   }
+  if (format_.type == landmark_data && width > 0) {
+    landmark_reader::end_block(next_character_, format_.dimensions);
+  }
   next_character_ += width;
   warn_of_short_rows(width);
   if (format_.verbose) {
@@ -262,6 +273,10 @@ void matrix_reader::read_blocks() {
     check_type_fits(format_.type);
     block_first_.push_back(next_character_);
     blocks_named_ = blocks_named_ || !format_.name.empty();
+    landmarks_read_ = landmarks_read_ || format_.type == landmark_data;
+    if (blocks_named_ && landmarks_read_) {
+      error_end("Sorry, if data matrix contains landmarks, blocks cannot be named data matrix");
+    }
     block_names_.push_back(format_.name);
     read_block_rows();
   }

@@ -10,6 +10,7 @@
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "matrix/costs/cost_text.h"
+#include "matrix/landmarks.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/letter_check.h"
 #include "matrix/symbols.h"
@@ -121,8 +122,9 @@ void matrix_writer::add_to_sections(int character) {
   const character_record& record = matrix.characters[at(character)];
   const auto type = static_cast<data_type>(record.type);
   const bool gap = record.gap_is_state != 0;
-  const bool continues = !sections_.empty() && sections_.back().block == record.block &&
-                         sections_.back().type == type && sections_.back().gap_is_state == gap;
+  const bool continues = type != landmark_data && !sections_.empty() &&
+                         sections_.back().block == record.block && sections_.back().type == type &&
+                         sections_.back().gap_is_state == gap;
   if (!continues) sections_.push_back({record.block, type, gap, {}});
   sections_.back().characters.push_back(character);
 }
@@ -149,6 +151,10 @@ std::string matrix_writer::section_head(const section& s) const {
   if (s.type == continuous_data) head += "continuous";
   if (s.type == numeric_data) head += "numeric";
   if (s.type == dna_data) head += s.gap_is_state ? "dna gaps" : "dna nogaps";
+  if (s.type == landmark_data) {
+    const landmark_configuration* const points = configuration_of(s.characters.front());
+    head += points && points->dimensions == 3 ? "landmark 3d" : "landmark 2d";
+  }
   if (s.type == protein_data) head += s.gap_is_state ? "proteins gaps" : "proteins nogaps";
   if (!matrix.block_names.empty() && sections_are_blocks()) {
     head += " /" + matrix.block_names[at(s.block)];
@@ -162,11 +168,27 @@ std::uint32_t matrix_writer::cell_of(int taxon, int character) const {
   return request_.cells[at(taxon) * at(matrix.nchar) + at(character)];
 }
 
+/// Nodes have no points; a configuration that no taxon has is one missing point.
+std::string row_of_points(int row, int character) {
+  const landmark_configuration* const configuration = configuration_of(character);
+  if (row >= matrix.ntax || !configuration || configuration->points == 0) return "?";
+  std::string text;
+  for (const landmark_point& point : landmarks_of(character, row)) {
+    if (!text.empty()) text += ' ';
+    text += written_point(point, configuration->dimensions);
+  }
+  return text;
+}
+
 void matrix_writer::write_section(const section& s) {
   if (!is_plain()) out_.add(section_head(s));
   for (const int t : taxa_) {
     std::string row = padded_right(name_of_row(t), longest_name_ + 1);
     for (const int c : s.characters) {
+      if (s.type == landmark_data) {
+        row += row_of_points(t, c);
+        continue;
+      }
       if (s.type == continuous_data) row += ' ';
       row += is_written_as_gap(t, c) ? "-" : written_cell(c, cell_of(t, c));
     }
@@ -272,6 +294,13 @@ std::string exact_text(double value) {
   char text[400];
   const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
   return result.ec == std::errc{} ? std::string(text, result.ptr) : "0";
+}
+
+std::string written_point(const landmark_point& point, int dimensions) {
+  if (is_missing(point)) return "?";
+  std::string text = exact_text(point.x) + "," + exact_text(point.y);
+  if (dimensions == 3) text += "," + exact_text(point.z);
+  return text;
 }
 
 std::string written_names(int number, const matrix_state::character_name& names) {

@@ -31,6 +31,9 @@ std::string written_names(int number, const matrix_state::character_name& names)
 /// A cell as it is written: "0", "[01]", "R", "?", "0.5-0.75".
 std::string written_cell(int character, std::uint32_t states);
 
+/// A point as it is written: "0.5,-1" or "?".
+std::string written_point(const landmark_point& point, int dimensions);
+
 /// A number with all digits that matter, without an exponent.
 std::string exact_text(double value);
 

@@ -1,0 +1,46 @@
+// Scores of landmark characters on whole trees.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "landmarks/landmark_tree.h"
+#include "landmarks/point_records.h"
+#include "trees/tree_record.h"
+
+namespace zeb {
+
+class point_optimiser;
+
+/// The characters marked, on trees of the buffer. Settings and data must not change while it lives.
+class landmark_scorer {
+ public:
+  /// `ignored_taxa` (by taxon, may be empty) count as missing.
+  explicit landmark_scorer(std::span<const std::uint8_t> characters,
+                           std::span<const std::uint8_t> ignored_taxa = {});
+  /// Error for a tree without a basal dichotomy.
+  void optimise(const_tree_span tree);
+
+  const landmark_points& data() const { return data_; }
+  /// Length of the tree for each point, as it is: without factors and weights.
+  std::span<const double> lengths() const { return lengths_; }
+  /// With the factors and weights of points: what `lmscore` is.
+  double score_of_configuration(std::size_t configuration) const;
+  /// The sum over configurations, with the weights of characters.
+  double score() const;
+
+ private:
+  landmark_points data_;
+  std::vector<double> lengths_;
+};
+
+/// Positions of all nodes of a tree of the buffer for one landmark of a configuration: by node,
+/// terminals first; missing where no terminal below has it.
+std::vector<landmark_point> positions_of_landmark(const_tree_span tree, int character,
+                                                  int landmark);
+/// For all landmarks of a configuration, by landmark.
+std::vector<std::vector<landmark_point>> positions_of_configuration(const_tree_span tree,
+                                                                    int character);
+
+}  // namespace zeb
