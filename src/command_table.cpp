@@ -51,6 +51,7 @@ constexpr command_row rows[] = {
     {"condense",    condense_command, true,  topic_diagnosis | topic_compare | topic_various | topic_trees},
     {"constrain",   constrain_command, false, topic_searching | topic_various},
     {"costs",       costs_command, true,  topic_input | topic_searching | topic_settings | topic_memory | topic_characters | topic_weights},
+    {"cores",       cores_command, false, topic_searching | topic_settings | topic_various},
     {"cscores",     cscores_command, true,  topic_diagnosis | topic_compare | topic_characters},
     {"cstree",      cstree_command, false, topic_input | topic_settings | topic_characters},
     {"dcomp",       none, true,  topic_input | topic_various},

@@ -39,6 +39,12 @@ void run_safely(quit_hook hook) {
 void go_to_background() { process.background = true; }
 
 void become_task() { process.background = process.slave = true; }
+
+void become_worker(const base_hooks& hooks) {
+  become_task();
+  hooks_of_base = hooks;
+}
+
 void go_to_batch() { process.batch = true; }
 void note_failure() { process.failed = true; }
 void end_by_signal(int signal) { process.ended_by = signal; }

@@ -20,6 +20,10 @@ extern process_state process;
 void go_to_background();
 /// The same for a process that works for a parent.
 void become_task();
+struct base_hooks;
+/// From here on the process is a copy of one that goes on: it has nobody to ask, and tells errors
+/// and looks for a stop by these.
+void become_worker(const base_hooks& hooks);
 
 void go_to_batch();
 /// A batch run that goes on after an error, at a label of its own, ends as a failed one.

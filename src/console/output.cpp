@@ -116,7 +116,10 @@ void flush_line() {
   const std::string text = without_terminal_codes(line_buffer.text);
   line_buffer = {};
   if (output.capture) {
-    output.capture->text_ += text;
+    std::vector<captured_piece>& pieces = output.capture->pieces_;
+    if (pieces.empty() || pieces.back().mask != output.output_mask)
+      pieces.push_back({output.output_mask, {}});
+    pieces.back().text += text;
     return;
   }
   if (log_is_open() && !(output.output_mask & no_log)) write_log(text);
@@ -129,6 +132,12 @@ void flush_line() {
 
 output_capture::output_capture() : outer_(output.capture) { output.capture = this; }
 output_capture::~output_capture() { output.capture = outer_; }
+
+std::string output_capture::text() const {
+  std::string all;
+  for (const captured_piece& piece : pieces_) all += piece.text;
+  return all;
+}
 
 void reset_output() { line_buffer = {}; }
 

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/errors.h"
 
@@ -64,6 +65,12 @@ class output_mask_scope {
   unsigned saved_;
 };
 
+/// What was said while the outputs were as told.
+struct captured_piece {
+  unsigned mask = 0;  // bits of output_place: where it wouldn't have gone
+  std::string text;
+};
+
 /// For its lifetime all that is said is kept as a text, and goes nowhere else.
 class output_capture {
  public:
@@ -71,11 +78,12 @@ class output_capture {
   ~output_capture();
   output_capture(const output_capture&) = delete;
   output_capture& operator=(const output_capture&) = delete;
-  const std::string& text() const { return text_; }
+  std::string text() const;
+  const std::vector<captured_piece>& pieces() const { return pieces_; }
 
  private:
   friend void flush_line();
-  std::string text_;
+  std::vector<captured_piece> pieces_;
   output_capture* outer_;
 };
 

@@ -17,6 +17,7 @@ extern const option_table xmult_options;
 
 void bbreak_command();
 void best_command();
+void cores_command();
 void drift_command();
 void hybrid_command();
 void ienum_command();

@@ -171,6 +171,11 @@ void report_status(search_context& context, double score, bool force) {
 
 void poll_search(search_context& context) { poll(*context.clock, wall_clock()); }
 
+void look_for_stop() {
+  auto_save_if_due();
+  if (!stop_by_time()) check_interrupt();
+}
+
 void report_status_best(search_context& context) { report_status(context, no_score, false); }
 
 }  // namespace zeb

@@ -27,6 +27,8 @@ void report_status_best(search_context& context);
 /// Looks at the time-out and for a wish to stop, and saves trees if that is due, at most once a
 /// second.
 void poll_search(search_context& context);
+/// The same between searches, or while workers do them.
+void look_for_stop();
 /// The search begins to report, as the settings want it: the header comes before its next line. A
 /// search inside another goes on with the lines of that one.
 void begin_reports(search_context& context);

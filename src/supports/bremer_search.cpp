@@ -10,13 +10,16 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/packet.h"
 #include "base/random.h"
 #include "console/progress.h"
 #include "engine/packing/packed_matrix.h"
 #include "matrix/matrix.h"
 #include "search/combined/search_state.h"
+#include "search/search_report.h"
 #include "search/search_results.h"
 #include "search/search_settings.h"
+#include "search/workers/worker_pool.h"
 #include "supports/bremer_trees.h"
 #include "supports/resampling/replicate_search.h"
 #include "supports/unrooted_groups.h"
@@ -54,6 +57,26 @@ std::vector<std::uint8_t> inactive_taxa(const search_data& data) {
   return inactive;
 }
 
+/// What the search for one group found.
+struct searched {
+  std::vector<std::vector<tree_node>> trees;
+  bool exact = false;
+};
+
+void put(const searched& found, packet_writer& to) {
+  to.put_byte(found.exact ? 1 : 0);
+  to.put(static_cast<std::int32_t>(found.trees.size()));
+  for (const std::vector<tree_node>& tree : found.trees) to.put_list(tree);
+}
+
+searched searched_in(std::span<const std::byte> bytes) {
+  packet_reader from(bytes);
+  searched found;
+  found.exact = from.byte() != 0;
+  for (int count = from.whole(); count > 0; --count) found.trees.push_back(from.list());
+  return found;
+}
+
 /// The searches of one command. Nothing of it lies in the arena, where the searches work.
 class group_searches {
  public:
@@ -79,20 +102,25 @@ class group_searches {
     // Trees that are worse than the best without a group tell nothing but of characters.
     if (!wanted_.needs_relative()) set_suboptimal(0, 0);
     const std::unique_ptr<replicate_search> search = searcher();
-    random_generator seeds;
-    seed_generator(seeds);
-    const int data = matrix.generation;
-    for (const int r : to_search_) {
-      show_progress(
-          text_of("Searching (group %i of %i)", done_ + 1, static_cast<int>(to_search_.size())),
-          done_, static_cast<double>(to_search_.size()));
+    data_ = matrix.generation;
+    const std::vector<int> seeds = seeds_of_searches();
+    const auto search_for = [&](int i) {
+      const search_state_scope each;
+      constraint.keep_out(groups_[at(to_search_[at(i)])]);
+      return trees_of(*search, seeds[at(i)]);
+    };
+    const int count = static_cast<int>(to_search_.size());
+    worker_pool workers(count, [&](int i, packet_writer& found) { put(search_for(i), found); });
+    for (int i = 0; i < count; ++i) {
+      show_progress(text_of("Searching (group %i of %i)", i + 1, count), i, count);
       check_interrupt();
       if (interrupted()) break;
-      constraint.keep_out(groups_[at(r)]);
-      keep_exactness(false);
-      take(search->search(std::max(1, seeds.draw())), data);
+      const auto bytes = workers.result_of(i, look_for_stop);
+      if (interrupted() && !bytes) break;
+      const searched found = bytes ? searched_in(*bytes) : search_for(i);
+      take(found);
       if (interrupted()) break;
-      all_exact_ = all_exact_ && last_search.exact_solution;
+      all_exact_ = all_exact_ && found.exact;
       ++done_;
     }
     clear_progress();
@@ -145,14 +173,34 @@ class group_searches {
     return std::make_unique<command_search>(wanted_.search, false);
   }
 
-  void take(const tree_slots& found, int data) {
-    if (matrix.generation != data) error_end("The search for other trees has changed the data");
+  std::vector<int> seeds_of_searches() const {
+    random_generator generator;
+    seed_generator(generator);
+    std::vector<int> seeds;
+    for (std::size_t i = 0; i < to_search_.size(); ++i)
+      seeds.push_back(std::max(1, generator.draw()));
+    return seeds;
+  }
+
+  searched trees_of(replicate_search& search, int seed) const {
+    keep_exactness(false);
+    const tree_slots& found = search.search(seed);
+    if (matrix.generation != data_) error_end("The search for other trees has changed the data");
+    searched result;
+    for (int t = 0; t < found.ntrees; ++t) {
+      const const_tree_span tree = slot_of(found, t);
+      result.trees.emplace_back(tree.begin(), tree.end());
+    }
+    result.exact = last_search.exact_solution;
+    return result;
+  }
+
+  void take(const searched& found) {
     const arena_scope memory;
     const group_sums sums(packed_matrix(true), absent_);
     reference_groups groups(reference_, absent_);
     const divisions known(groups, sums, reference_);
-    for (int t = 0; t < found.ntrees; ++t) {
-      const const_tree_span tree = slot_of(found, t);
+    for (const std::vector<tree_node>& tree : found.trees) {
       const tree_comparer::difference difference = comparer_.compare(tree);
       found_better_ = found_better_ || difference.excess < -score_tolerance;
       take_tree(measures_, known.records_in(sums.of_stored(tree)), wanted_, difference);
@@ -166,6 +214,7 @@ class group_searches {
   std::vector<constraint_group> groups_;  // by record
   std::vector<group_measure> measures_;   // likewise
   std::vector<int> to_search_;            // records
+  int data_ = 0;                          // generation of the matrix
   int done_ = 0;
   bool all_exact_ = true;
   bool found_better_ = false;

@@ -10,3 +10,6 @@ foreach(library mpi pvm)
     set_tests_properties(parallel.${library} PROPERTIES TIMEOUT 300)
   endif()
 endforeach()
+
+add_test(NAME parallel.cores
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/parallel/cores_test.py --zeb $<TARGET_FILE:zeb>)

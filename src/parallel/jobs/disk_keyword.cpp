@@ -8,12 +8,12 @@
 
 #include "base/errors.h"
 #include "base/interrupts.h"
+#include "base/packet.h"
 #include "console/output.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "parallel/jobs/host_lists.h"
-#include "parallel/messages/packet.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/disk_data.h"

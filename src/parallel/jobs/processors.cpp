@@ -8,9 +8,9 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "base/packet.h"
 #include "base/process.h"
 #include "console/output.h"
-#include "parallel/messages/packet.h"
 #include "parallel/messages/tags.h"
 #include "parallel/transport/connection.h"
 

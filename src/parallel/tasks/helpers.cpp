@@ -7,7 +7,7 @@
 
 #include "base/file_calls.h"
 #include "base/output_file.h"
-#include "parallel/messages/packet.h"
+#include "base/packet.h"
 #include "parallel/messages/tags.h"
 #include "parallel/tasks/disk_data.h"
 #include "parallel/tasks/parent_signals.h"

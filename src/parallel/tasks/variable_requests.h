@@ -1,7 +1,7 @@
 // Variables of a task that its parent asks for.
 #pragma once
 
-#include "parallel/messages/packet.h"
+#include "base/packet.h"
 
 namespace zeb {
 

@@ -16,6 +16,7 @@ search_state_scope::~search_state_scope() {
   rebuilding = rebuilding_;
   last_search = results_;
   searches_done = std::move(journal_);
+  go_on_from(generator_);
 }
 
 }  // namespace zeb

@@ -1,6 +1,7 @@
 // All that searches leave behind beyond trees, kept from searches that nobody asked for by name.
 #pragma once
 
+#include "base/random.h"
 #include "search/combined/combined_settings.h"
 #include "search/drivers/mult.h"
 #include "search/drivers/rebuild.h"
@@ -10,8 +11,8 @@
 
 namespace zeb {
 
-/// With its end the settings of all search commands, the results of the last search and the journal
-/// are what they were.
+/// With its end the settings of all search commands, the results of the last search, the journal
+/// and the process's generator are what they were.
 class search_state_scope {
  public:
   search_state_scope() = default;
@@ -31,6 +32,7 @@ class search_state_scope {
   rebuild_settings rebuilding_ = rebuilding;
   search_results results_ = last_search;
   search_journal journal_ = searches_done;
+  random_generator generator_ = randomness.generator;
 };
 
 }  // namespace zeb

@@ -85,6 +85,7 @@ command_search::~command_search() {
 const tree_slots& command_search::search(int seed) {
   set_tree_count(store, 0);
   set_seed(seed);
+  reseed();
   const quiet_scope quiet;
   run_command_string(text_, any_command_ ? check_allowed : check_searching);
   return store;

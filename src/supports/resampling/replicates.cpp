@@ -7,6 +7,7 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/packet.h"
 #include "consensus/strict_consensus.h"
 #include "console/progress.h"
 #include "engine/kernels/kernel_binding.h"
@@ -14,6 +15,8 @@
 #include "matrix/matrix.h"
 #include "matrix/settings/character_settings.h"
 #include "search/drivers/seed_sequence.h"
+#include "search/search_report.h"
+#include "search/workers/worker_pool.h"
 #include "supports/resampling/replicate_search.h"
 
 namespace zeb {
@@ -63,11 +66,6 @@ bool sampled_weights::set(const sample& drawn) {
   return all_fit;
 }
 
-std::unique_ptr<replicate_search> search_of(const resampling_task& task) {
-  if (task.search.empty()) return std::make_unique<default_search>();
-  return std::make_unique<command_search>(task.search, task.any_command);
-}
-
 std::vector<tree_node> consensus_of(const tree_slots& trees, bool collapse,
                                     const std::vector<std::uint8_t>& left_out) {
   if (trees.ntrees == 0) return bush(matrix.ntax, left_out).tree;
@@ -90,6 +88,66 @@ std::vector<int> seeds_for(int replications) {
   return seeds;
 }
 
+/// What came of one seed.
+struct made_replicate {
+  replicate found;
+  bool cut_short = false;
+  bool without_trees = false;
+  bool weight_limit = false;
+};
+
+class replicate_maker {
+ public:
+  explicit replicate_maker(const resampling_task& task) : task_(task) {
+    if (task.search.empty())
+      search_ = std::make_unique<default_search>();
+    else
+      search_ = std::make_unique<command_search>(task.search, task.any_command);
+  }
+  made_replicate make(int seed);
+
+ private:
+  const resampling_task& task_;
+  sampled_weights weights_;
+  std::unique_ptr<replicate_search> search_;
+  int data_ = matrix.generation;
+};
+
+made_replicate replicate_maker::make(int seed) {
+  const search_state_scope state;
+  made_replicate made;
+  random_generator random(static_cast<unsigned>(seed));
+  const sample drawn = draw_sample(task_.how, weights_.characters(), random);
+  made.weight_limit = !weights_.set(drawn);
+  const tree_slots& found = search_->search(std::max(1, random.draw()));
+  if (matrix.generation != data_) error_end("The search of a replicate has changed the data");
+  made.cut_short = interrupted();
+  if (made.cut_short) return made;
+  made.without_trees = found.ntrees == 0;
+  made.found = {consensus_of(found, search_->collapses(), task_.left_out), drawn.kept,
+                drawn.changed};
+  return made;
+}
+
+void put(const made_replicate& made, packet_writer& to) {
+  to.put_list(made.found.tree);
+  to.put(made.found.kept);
+  to.put(made.found.changed);
+  for (const bool flag : {made.cut_short, made.without_trees, made.weight_limit})
+    to.put_byte(flag ? 1 : 0);
+}
+
+made_replicate replicate_in(std::span<const std::byte> bytes) {
+  packet_reader from(bytes);
+  made_replicate made;
+  made.found.tree = from.list();
+  made.found.kept = from.whole();
+  made.found.changed = from.whole();
+  for (bool* flag : {&made.cut_short, &made.without_trees, &made.weight_limit})
+    *flag = from.byte() != 0;
+  return made;
+}
+
 }  // namespace
 
 const char* activity_of(sampling_scheme scheme) {
@@ -100,25 +158,24 @@ const char* activity_of(sampling_scheme scheme) {
 void run_replicates(const resampling_task& task, replicates& out) {
   const search_running running;
   const search_state_scope state;
-  sampled_weights weights;
+  replicate_maker maker(task);
   out.wanted = task.replications;
-  const int data = matrix.generation;
-  const std::unique_ptr<replicate_search> search = search_of(task);
-  for (const int seed : seeds_for(task.replications)) {
-    const int number = static_cast<int>(out.done.size()) + 1;
+  const std::vector<int> seeds = seeds_for(task.replications);
+  // Commands of all kinds can leave something for those of the next replicate.
+  worker_pool workers(task.any_command ? 1 : task.replications,
+                      [&](int r, packet_writer& found) { put(maker.make(seeds[at(r)]), found); });
+  for (int r = 0; r < task.replications; ++r) {
     show_progress(
-        text_of("%s (rep. %i of %i)", activity_of(task.how.scheme), number, task.replications),
-        number - 1, task.replications);
+        text_of("%s (rep. %i of %i)", activity_of(task.how.scheme), r + 1, task.replications), r,
+        task.replications);
     check_interrupt();
-    random_generator random(static_cast<unsigned>(seed));
-    const sample drawn = draw_sample(task.how, weights.characters(), random);
-    if (!weights.set(drawn)) out.weight_limit = true;
-    const tree_slots& found = search->search(std::max(1, random.draw()));
-    if (matrix.generation != data) error_end("The search of a replicate has changed the data");
+    const auto bytes = workers.result_of(r, look_for_stop);
     if (interrupted()) break;
-    out.without_trees += found.ntrees == 0;
-    out.done.push_back(
-        {consensus_of(found, search->collapses(), task.left_out), drawn.kept, drawn.changed});
+    const made_replicate made = bytes ? replicate_in(*bytes) : maker.make(seeds[at(r)]);
+    out.weight_limit |= made.weight_limit;
+    if (made.cut_short) break;
+    out.without_trees += made.without_trees;
+    out.done.push_back(made.found);
   }
   out.interrupted = interrupted();
   clear_progress();

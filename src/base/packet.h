@@ -54,6 +54,8 @@ class packet_reader {
   std::string text();
   std::vector<std::int32_t> list();
   bool at_end() const { return bytes_.empty(); }
+  /// What hasn't been read.
+  std::span<const std::byte> rest() const { return bytes_; }
 
  private:
   template <class type>

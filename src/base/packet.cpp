@@ -1,4 +1,4 @@
-#include "parallel/messages/packet.h"
+#include "base/packet.h"
 
 #include <limits>
 
