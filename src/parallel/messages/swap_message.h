@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "parallel/messages/packet.h"
+#include "base/packet.h"
 #include "trees/tree_record.h"
 
 namespace zeb {
