@@ -4,6 +4,7 @@
 #include "command_table.h"
 
 #include "consensus/commands.h"
+#include "distances/commands.h"
 #include "engine/commands.h"
 #include "formats/commands.h"
 #include "functions/commands.h"
@@ -148,7 +149,7 @@ constexpr command_row rows[] = {
     {"taxonomy",    none, true,  topic_diagnosis | topic_compare | topic_trees},
     {"taxname",     taxname_command, false, topic_settings},
     {"tchoose",     tchoose_command, false, topic_various | topic_trees},
-    {"tcomp",       none, true,  topic_compare | topic_consensus | topic_trees},
+    {"tcomp",       tcomp_command, true,  topic_compare | topic_consensus | topic_trees, false, &tcomp_options},
     {"tequal",      tequal_command, true,  topic_diagnosis | topic_compare | topic_trees},
     {"tfuse",       tfuse_command, true,  topic_searching, false, &tfuse_options},
     {"tgroup",      tgroup_command, false, topic_settings | topic_various | topic_trees},

@@ -21,6 +21,7 @@ FOLDERS = {
     "parallel": 10,
     "compare": 10,
     "supports": 9,
+    "distances": 9,
     "realign": 9,
     "search": 8,
     "mapping": 7,

@@ -1,0 +1,319 @@
+// tcomp: trees compared by their groups, triplets, quartets and agreement subtrees.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "base/errors.h"
+#include "base/indices.h"
+#include "base/message_text.h"
+#include "console/output.h"
+#include "console/settings.h"
+#include "distances/agreement_subtree.h"
+#include "distances/commands.h"
+#include "distances/cut_trees.h"
+#include "distances/group_comparison.h"
+#include "distances/matrix_files.h"
+#include "distances/paced_progress.h"
+#include "distances/quartets.h"
+#include "distances/tcomp_request.h"
+#include "language/lexer.h"
+#include "language/list_text.h"
+#include "matrix/matrix.h"
+#include "trees/drawing/display.h"
+#include "trees/drawing/tables.h"
+#include "trees/hooks.h"
+#include "trees/tree_groups.h"
+#include "trees/tree_store.h"
+
+namespace zeb {
+namespace {
+
+constexpr std::size_t widest_matrix_shown = 100;  // trees
+constexpr int most_taxa_of_tables = 4000;         // agreement subtrees take a table of all nodes
+
+std::string names_of(const taxon_set& taxa, std::size_t column) {
+  std::vector<std::string> names;
+  for (const int taxon : taxa) names.push_back(taxon_label(taxon));
+  return wrapped_words(names, column);
+}
+
+// ---- two trees ----
+
+struct tree_pair {
+  explicit tree_pair(const tcomp_request& request)
+      : first(request.trees.rows.front()),
+        second(request.trees.is_square() ? request.trees.rows.back()
+                                         : request.trees.columns.front()),
+        taxa((taxa_of_tree(stored_tree(first), matrix.ntax) &
+              taxa_of_tree(stored_tree(second), matrix.ntax)) -
+             request.trees.excluded) {
+    if (taxa.count() < 2) error_end_f("Trees %i and %i share less than two taxa", first, second);
+  }
+  cut_tree cut(int number) const {
+    return {cut_to_taxa(stored_tree(number), matrix.ntax, taxa), taxa.count()};
+  }
+
+  int first;
+  int second;
+  taxon_set taxa;  // compared
+};
+
+std::string per_cent(double part, double all) {
+  return all > 0 ? text_of(" (%.2f%%)", 100 * part / all) : std::string();
+}
+
+void list_groups(const std::vector<compared_group>& groups, int tree, int other) {
+  emit("Groups of tree ", tree, " that tree ", other, " lacks:\n");
+  bool any = false;
+  for (const compared_group& group : groups) {
+    if (group.status == group_status::shared) continue;
+    const std::string text =
+        text_of("  node %i, %s:", group.node,
+                group.status == group_status::contradicted ? "contradicted" : "unresolved");
+    emit(text, names_of(group.taxa, text.size()), "\n");
+    any = true;
+  }
+  if (!any) emit("  none\n");
+}
+
+void tell_groups(const tree_pair& pair, const tcomp_request& request) {
+  const auto compared = [&](int tree, int other) {
+    return compare_groups(stored_tree(tree), stored_tree(other), matrix.ntax, pair.taxa,
+                          request.trees.unrooted);
+  };
+  const auto first = compared(pair.first, pair.second);
+  const auto second = compared(pair.second, pair.first);
+  const auto shared = groups_with(first, group_status::shared);
+  const auto all = static_cast<int>(first.size() + second.size());
+  for (const auto* groups : {&first, &second}) {
+    const bool is_first = groups == &first;
+    emit(text_of("Groups of tree %i: %i; %i shared, %i contradicted, %i unresolved in tree %i\n",
+                 is_first ? pair.first : pair.second, static_cast<int>(groups->size()), shared,
+                 groups_with(*groups, group_status::contradicted),
+                 groups_with(*groups, group_status::absent), is_first ? pair.second : pair.first));
+  }
+  const int distance = all - 2 * shared;
+  emit("Robinson-Foulds distance: ", distance, " of ", all, per_cent(distance, all), "\n");
+  if (!request.list) return;
+  list_groups(first, pair.first, pair.second);
+  list_groups(second, pair.second, pair.first);
+}
+
+void tell_resolutions(const std::vector<std::string>& names,
+                      const std::vector<resolution_counts>& counts) {
+  const std::vector<std::string> rows = {"All",           "Alike",          "Different",
+                                         "Only in first", "Only in second", "In neither",
+                                         "Distance",      "Share"};
+  constexpr std::array members = {&resolution_counts::all,       &resolution_counts::alike,
+                                  &resolution_counts::different, &resolution_counts::first,
+                                  &resolution_counts::second,    &resolution_counts::neither};
+  std::vector<std::string> cells;
+  for (const auto member : members)
+    for (const resolution_counts& c : counts) cells.push_back(std::to_string(c.*member));
+  for (const resolution_counts& c : counts) cells.push_back(std::to_string(c.distance()));
+  for (const resolution_counts& c : counts)
+    cells.push_back(fraction_text(static_cast<double>(c.distance()) / static_cast<double>(c.all)));
+  print_table({"Sets of taxa, by which of the trees resolve them", rows, names, cells});
+}
+
+void compare_resolutions(const tree_pair& pair, const tcomp_request& request) {
+  const int n = pair.taxa.count();
+  const bool everything = request.measures() == 0;
+  if (request.quartets && n > most_terminals_of_quartets)
+    error_end_f("Can't count quartets of more than %i taxa", most_terminals_of_quartets);
+  std::vector<std::string> names;
+  std::vector<resolution_counts> counts;
+  const cut_tree a = pair.cut(pair.first), b = pair.cut(pair.second);
+  if ((everything || request.triplets) && n >= fewest_taxa_for(distance_measure::triplets)) {
+    names.emplace_back("Triplets");
+    counts.push_back(compare_triplets(a, b));
+  }
+  if ((everything || request.quartets) && n >= fewest_taxa_for(distance_measure::quartets) &&
+      n <= most_terminals_of_quartets) {
+    names.emplace_back("Quartets");
+    counts.push_back(compare_quartets(a, b));
+  }
+  if (!names.empty()) tell_resolutions(names, counts);
+}
+
+void save_agreement(const tree_pair& pair, const cut_tree& cut, const std::vector<int>& kept) {
+  taxon_set terminals(cut.terminals);
+  for (const int t : kept) terminals.insert(t);
+  const std::vector<int> numbers = members_of(pair.taxa);
+  std::vector<int> taxa;
+  for (const int t : kept) taxa.push_back(numbers[at(t)]);
+  const auto tree =
+      with_taxa(cut_to_taxa(cut.ancestors, cut.terminals, terminals), taxa, matrix.ntax);
+  const tree_span slot = take_slot(true, "No space to store new trees");
+  std::ranges::copy(tree, slot.begin());
+  group_automatically(store.ntrees - 1, store.ntrees, "Agreement_subtree");
+  if (settings.report) report_line("Agreement subtree stored as tree", store.ntrees - 1);
+}
+
+void tell_agreement(const tree_pair& pair, const tcomp_request& request) {
+  if (pair.taxa.count() > most_taxa_of_tables)
+    error_end_f("Can't find agreement subtrees of more than %i taxa", most_taxa_of_tables);
+  paced_progress progress("Agreement subtree");
+  const cut_tree a = pair.cut(pair.first);
+  const cut_tree b = pair.cut(pair.second);
+  const std::vector<int> kept =
+      request.trees.unrooted
+          ? unrooted_agreement_subtree(a, b, [&](double done) { progress.poll(done, 1); })
+          : agreement_subtree(a, b);
+  const std::vector<int> numbers = members_of(pair.taxa);
+  taxon_set in(matrix.ntax);
+  for (const int t : kept) in.insert(numbers[at(t)]);
+  const taxon_set out = pair.taxa - in;
+  emit("Largest agreement subtree: ", kept.size(), " of ", a.terminals, " taxa\n");
+  if (in.count() < out.count())
+    emit("  kept:", names_of(in, 7), "\n");
+  else if (!out.empty())
+    emit("  left out:", names_of(out, 11), "\n");
+  if (request.save) save_agreement(pair, a, kept);
+}
+
+void compare_two(const tcomp_request& request) {
+  const tree_pair pair(request);
+  const int n = pair.taxa.count();
+  const bool everything = request.measures() == 0;
+  emit("Trees ", pair.first, " and ", pair.second, ", ", n, " shared taxa",
+       request.trees.unrooted ? ", without roots" : "", ":\n");
+  if (everything || request.groups || request.list) tell_groups(pair, request);
+  compare_resolutions(pair, request);
+  if ((everything && n <= most_taxa_of_tables) || request.agreement || request.save)
+    tell_agreement(pair, request);
+  newline();
+}
+
+// ---- many trees ----
+
+std::vector<std::string> tree_labels(const std::vector<int>& numbers, const char* format) {
+  std::vector<std::string> labels;
+  for (const int number : numbers) labels.push_back(text_of(format, number));
+  return labels;
+}
+
+void summarise(const distance_matrix& matrix, const tcomp_request& request, int decimals) {
+  const std::vector<int>& rows = request.trees.rows;
+  const std::vector<int>& columns = request.trees.column_trees();
+  double sum = 0, least = std::numeric_limits<double>::infinity(), most = -1;
+  std::pair<int, int> nearest, farthest;
+  long pairs = 0;
+  for (std::size_t r = 0; r < rows.size(); ++r)
+    for (std::size_t c = request.trees.is_square() ? r + 1 : 0; c < columns.size(); ++c) {
+      const double value = matrix.values[r * columns.size() + c];
+      if (std::isnan(value) || rows[r] == columns[c]) continue;
+      ++pairs;
+      sum += value;
+      if (value < least) least = value, nearest = {rows[r], columns[c]};
+      if (value > most) most = value, farthest = {rows[r], columns[c]};
+    }
+  if (pairs == 0) {
+    emit("No pair of trees shares enough taxa\n");
+    return;
+  }
+  emit("Of ", pairs, pairs == 1 ? " pair" : " pairs", ": mean ",
+       fraction_text(sum / static_cast<double>(pairs)), ", least ", fraction_text(least, decimals),
+       " (trees ", nearest.first, " and ", nearest.second, "), most ",
+       fraction_text(most, decimals), " (trees ", farthest.first, " and ", farthest.second, ")\n");
+  if (!matrix.same_taxa) emit("Note: each pair was cut to the taxa that both trees have\n");
+}
+
+void store_in_array(const distance_matrix& matrix, const tcomp_request& request) {
+  std::vector<double> values = matrix.values;
+  for (double& value : values)
+    if (std::isnan(value)) value = -1;
+  hooks_of_trees.user_arrays.store(request.array, values,
+                                   static_cast<int>(request.trees.column_trees().size()));
+}
+
+void show_distances(const tcomp_request& request, distance_measure measure) {
+  const distance_matrix matrix = distances_of_trees(request.trees, measure);
+  const int decimals = request.trees.normalised ? -1 : 0;
+  std::string title(name_of(measure));
+  if (request.trees.normalised) title += ", normalised";
+  if (request.trees.unrooted &&
+      (measure == distance_measure::groups || measure == distance_measure::agreement))
+    title += ", without roots";
+  const bool elsewhere = request.array >= 0 || !request.phylip.empty() || !request.csv.empty();
+  const std::size_t widest =
+      std::max(request.trees.rows.size(), request.trees.column_trees().size());
+  if (elsewhere || widest > widest_matrix_shown) {
+    emit(title, "\n");
+    if (!elsewhere)
+      emit("Note: the table has more than ", widest_matrix_shown,
+           " trees; \"csv\", \"phylip\" or \"array\" give it\n");
+  } else {
+    const auto rows = tree_labels(request.trees.rows, "Tree %i");
+    const auto columns = tree_labels(request.trees.column_trees(), "%i");
+    std::vector<std::string> cells;
+    for (const double value : matrix.values) cells.push_back(fraction_text(value, decimals));
+    print_table({title, rows, columns, cells});
+  }
+  summarise(matrix, request, decimals);
+  const auto names = tree_labels(request.trees.rows, "tree_%i");
+  const auto other_names = tree_labels(request.trees.column_trees(), "tree_%i");
+  const labelled_matrix labelled{names, other_names, matrix.values};
+  if (!request.phylip.empty()) write_phylip_matrix(request.phylip, labelled);
+  if (!request.csv.empty()) write_csv_matrix(request.csv, labelled);
+  if (request.array >= 0) store_in_array(matrix, request);
+}
+
+void compare_many(const tcomp_request& request) {
+  if (request.groups || request.measures() == 0) show_distances(request, distance_measure::groups);
+  if (request.triplets) show_distances(request, distance_measure::triplets);
+  if (request.quartets) show_distances(request, distance_measure::quartets);
+  if (request.agreement) {
+    if (matrix.ntax > most_taxa_of_tables)
+      error_end_f("Can't find agreement subtrees of more than %i taxa", most_taxa_of_tables);
+    show_distances(request, distance_measure::agreement);
+  }
+}
+
+/// The first tree, with "trees that have the group / trees that contradict it" on its branches.
+void draw_reference(const tcomp_request& request) {
+  const int reference = request.trees.rows.front();
+  std::vector<int> others(request.trees.rows.begin() + 1, request.trees.rows.end());
+  others.insert(others.end(), request.trees.columns.begin(), request.trees.columns.end());
+  const const_tree_span tree = stored_tree(reference);
+  std::vector<int> having(tree.size(), 0), against(tree.size(), 0), compared(tree.size(), 0);
+  paced_progress progress("Groups of the first tree");
+  for (std::size_t i = 0; i < others.size(); ++i) {
+    progress.poll(static_cast<double>(i), static_cast<double>(others.size()));
+    const const_tree_span other = stored_tree(others[i]);
+    const taxon_set shared = (taxa_of_tree(tree, matrix.ntax) & taxa_of_tree(other, matrix.ntax)) -
+                             request.trees.excluded;
+    for (const compared_group& group :
+         compare_groups(tree, other, matrix.ntax, shared, request.trees.unrooted)) {
+      ++compared[at(group.node)];
+      having[at(group.node)] += group.status == group_status::shared;
+      against[at(group.node)] += group.status == group_status::contradicted;
+    }
+  }
+  std::vector<std::string> texts(tree.size());
+  for (std::size_t n = 0; n < texts.size(); ++n)
+    if (compared[n] > 0) texts[n] = text_of("%i/%i", having[n], against[n]);
+  draw_tree(tree,
+            text_of("Groups of tree %i: how many of %i other trees have them / contradict them",
+                    reference, static_cast<int>(others.size())),
+            texts);
+}
+
+}  // namespace
+
+void tcomp_command() {
+  const tcomp_request request = read_tcomp_request();
+  expect_end();
+  const bool stores = request.array >= 0 || !request.phylip.empty() || !request.csv.empty();
+  const bool two = request.trees.rows.size() + request.trees.columns.size() == 2;
+  if (two && !stores && !request.trees.normalised)
+    compare_two(request);
+  else
+    compare_many(request);
+  if (request.draw) draw_reference(request);
+}
+
+}  // namespace zeb

@@ -1,0 +1,89 @@
+#include "distances/tcomp_request.h"
+
+#include <utility>
+
+#include "base/errors.h"
+#include "distances/commands.h"
+#include "distances/tree_words.h"
+#include "language/hooks.h"
+#include "language/interpreter.h"
+#include "trees/hooks.h"
+
+namespace zeb {
+namespace {
+
+constexpr auto trees = &tcomp_request::trees;
+
+std::string read_name_of_matrix() {
+  if (read_file_name() == 0) error_end("Must give the name of the file for the distances");
+  return std::string(token());
+}
+void read_phylip(tcomp_request& request) { request.phylip = read_name_of_matrix(); }
+void read_csv(tcomp_request& request) { request.csv = read_name_of_matrix(); }
+
+void read_array(tcomp_request& request) {
+  if (!macros_on() || !hooks_of_trees.user_arrays.read_name)
+    error_end("This option is valid only when macros are enabled");
+  request.array = hooks_of_trees.user_arrays.read_name();
+}
+
+constexpr command_options rows = {
+    choice<&tcomp_request::groups>("rf", 1).help(
+        "Robinson-Foulds distances: the groups in only one of the trees"),
+    choice<&tcomp_request::triplets>("triplets", 1)
+        .help("sets of three taxa that the trees don't resolve alike"),
+    choice<&tcomp_request::quartets>("quartets", 1)
+        .help("sets of four taxa that the trees, without roots, don't resolve alike"),
+    choice<&tcomp_request::agreement>("agreement", 1)
+        .help("taxa that must be left out for the trees to be the same: those beyond the largest "
+              "agreement subtree"),
+    choice<trees, &compared_trees_request::unrooted>("unrooted", 1)
+        .help("groups and agreement subtrees without regard to the root"),
+    choice<trees, &compared_trees_request::normalised>("normalise", 1)
+        .help("distances as a share of the most there can be"),
+    choice<trees, &compared_trees_request::common>("common", 1)
+        .help(
+            "cut all trees to the taxa that all of them have, rather than each pair to those that "
+            "both have"),
+    choice<&tcomp_request::list>("list", 1).help(
+        "of two trees, list the groups that only one of them has"),
+    choice<&tcomp_request::draw>("draw", 1).help(
+        "draw the first tree, with the number of other trees that have each group, and of those "
+        "that contradict it"),
+    form<read_phylip>("phylip").argument("file").help("write the distances as a PHYLIP matrix"),
+    form<read_csv>("csv").argument("file").help("write them as values separated by commas"),
+    form<read_array>("array").argument("name").help(
+        "store them in an array of the user, a row for each tree"),
+    choice<&tcomp_request::save>("*", 1).help(
+        "keep the largest agreement subtree of two trees as the last tree"),
+};
+
+void check(const tcomp_request& request) {
+  const bool stores = request.array >= 0 || !request.phylip.empty() || !request.csv.empty();
+  if (stores && request.measures() > 1)
+    error_end("Only distances of one kind can be written or stored");
+  if (!request.phylip.empty() && !request.trees.is_square())
+    error_end("PHYLIP matrices have the same trees as rows and as columns");
+  const std::size_t n = request.trees.rows.size() + request.trees.columns.size();
+  if (n < 2) error_end("Give two trees or more to compare");
+  if ((request.list || request.save) && n != 2)
+    error_end_f("Option \"%s\" is for two trees", request.list ? "list" : "*");
+}
+
+}  // namespace
+
+constexpr option_table tcomp_options =
+    rows.table("tcomp", {.unknown = "Unidentified string in tcomp options: %s"});
+
+tcomp_request read_tcomp_request() {
+  require_data("comparing trees");
+  tcomp_request request;
+  tree_words words = read_tree_words(request, tcomp_options, 2);
+  request.trees.rows = std::move(words.lists[0]);
+  if (words.lists.size() == 2) request.trees.columns = std::move(words.lists[1]);
+  request.trees.excluded = std::move(words.excluded);
+  check(request);
+  return request;
+}
+
+}  // namespace zeb

@@ -1,0 +1,29 @@
+// What is asked of `tcomp`.
+#pragma once
+
+#include <string>
+
+#include "distances/tree_distances.h"
+
+namespace zeb {
+
+struct tcomp_request {
+  // What to measure; none of them: everything for two trees, groups for more.
+  bool groups = false;
+  bool triplets = false;
+  bool quartets = false;
+  bool agreement = false;
+
+  bool list = false;        // groups in only one of two trees
+  bool draw = false;        // the first tree, with what the others have of its groups
+  bool save = false;        // agreement subtrees as the last trees
+  int array = -1;           // the user's array for the distances; -1 none
+  std::string phylip, csv;  // names of files; empty: none
+  compared_trees_request trees;
+  int measures() const { return groups + triplets + quartets + agreement; }
+};
+
+/// Up to ";", which stays unread.
+tcomp_request read_tcomp_request();
+
+}  // namespace zeb
