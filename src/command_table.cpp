@@ -8,6 +8,7 @@
 #include "engine/commands.h"
 #include "formats/commands.h"
 #include "functions/commands.h"
+#include "instability/commands.h"
 #include "language/commands/commands.h"
 #include "macro/commands.h"
 #include "mapping/commands.h"
@@ -15,6 +16,7 @@
 #include "parallel/commands.h"
 #include "search/commands.h"
 #include "supports/commands.h"
+#include "taxonomy/commands.h"
 #include "trees/commands.h"
 #include "walking/commands.h"
 
@@ -99,14 +101,14 @@ constexpr command_row rows[] = {
     {"outgroup",    outgroup_command, false, topic_input | topic_settings},
     {"procedure",   procedure_command, false, topic_input},
     {"pause",       pause_command, false, topic_various},
-    {"pcrprune",    none, true,  topic_compare | topic_consensus | topic_trees},
+    {"pcrprune",    pcrprune_command, true,  topic_compare | topic_consensus | topic_trees, false, &pcrprune_options},
     {"pfijo",       none, true,  topic_searching},
     {"piwe",        piwe_command, false, topic_settings | topic_weights},
     {"pruncom",     pruncom_command, true,  topic_compare | topic_consensus | topic_trees},
     {"prunmajor",   prunmajor_command, true,  topic_compare | topic_consensus | topic_supports | topic_trees},
     {"prunnelsen",  prunnelsen_command, true,  topic_compare | topic_consensus | topic_supports | topic_trees},
     {"pruntax",     pruntax_command, true,  topic_various | topic_trees},
-    {"prupdn",      none, true,  topic_compare | topic_consensus | topic_supports | topic_trees},
+    {"prupdn",      prupdn_command, true,  topic_compare | topic_consensus | topic_supports | topic_trees, false, &prupdn_options},
     {"pzeb",        pzeb_command, true,  topic_various | topic_scripts},
     {"qcollapse",   qcollapse_command, false, topic_searching | topic_settings},
     {"qnelsen",     qnelsen_command, true,  topic_searching | topic_consensus, false, &qnelsen_options},
@@ -121,9 +123,9 @@ constexpr command_row rows[] = {
     {"report",      report_command, false, topic_settings},
     {"reroot",      reroot_command, true,  topic_various | topic_trees},
     {"resample",    resample_command, false, topic_searching | topic_diagnosis | topic_supports, false, &resample_options},
-    {"resols",      none, true,  topic_diagnosis | topic_compare | topic_consensus | topic_trees},
+    {"resols",      resols_command, true,  topic_diagnosis | topic_compare | topic_consensus | topic_trees, false, &resols_options},
     {"rfreqs",      rfreqs_command, true,  topic_diagnosis | topic_compare | topic_consensus | topic_supports | topic_trees},
-    {"riddup",      none, true,  topic_various},
+    {"riddup",      riddup_command, true,  topic_various, false, &riddup_options},
     {"rseed",       rseed_command, false, topic_settings | topic_various},
     {"run",         run_command, false, topic_input | topic_scripts},
     {"runc",        none, false, topic_various | topic_scripts},
@@ -146,7 +148,7 @@ constexpr command_row rows[] = {
     {"tagset",      tagset_command, false, topic_scripts},
     {"taxcode",     taxcode_command, false, topic_settings},
     {"taxlabels",   taxlabels_command, false, topic_various},
-    {"taxonomy",    none, true,  topic_diagnosis | topic_compare | topic_trees},
+    {"taxonomy",    taxonomy_command, true,  topic_diagnosis | topic_compare | topic_trees, false, &taxonomy_options},
     {"taxname",     taxname_command, false, topic_settings},
     {"tchoose",     tchoose_command, false, topic_various | topic_trees},
     {"tcomp",       tcomp_command, true,  topic_compare | topic_consensus | topic_trees, false, &tcomp_options},

@@ -38,6 +38,51 @@ int gain_within(const gain_table& gains, const taxon_set& taxa) {
   return best;
 }
 
+/// The consensus of the whole trees, and what it is without some taxa.
+class pruning {
+ public:
+  pruning(tree_selection selection, consensus_method method, double total)
+      : selection_(std::move(selection)),
+        method_(method),
+        always_(taxa_left_out(selection_)),
+        whole_(method(selection_)),
+        total_(total) {}
+
+  /// Tells how far it is; true when the user or the time limit ends it.
+  bool must_stop() {
+    check_interrupt();
+    if (time_is_out()) stop_search(stop_reason::time);
+    if (!interrupted()) show_progress("Pruning taxa", done_++, total_);
+    return interrupted();
+  }
+
+  /// `chosen`: indices of candidates.
+  pruned_set without(std::span<const int> candidates, const std::vector<int>& chosen) {
+    const int ntax = selection_.ntax;
+    pruned_set set{.taxa = taxon_set(ntax)};
+    std::vector<std::uint8_t> cut(at(ntax), 0);
+    selection_.excluded = always_;
+    for (const int i : chosen) {
+      const int taxon = candidates[at(i)];
+      set.taxa.insert(taxon);
+      cut[at(taxon)] = selection_.excluded[at(taxon)] = 1;
+    }
+    group_tree reduced = whole_;
+    delete_taxa(reduced.tree, ntax, cut);
+    set.gain = groups_of(method_(selection_), ntax) - groups_of(reduced, ntax);
+    set.lost = groups_of(whole_, ntax) - groups_of(reduced, ntax);
+    return set;
+  }
+
+ private:
+  tree_selection selection_;
+  consensus_method method_;
+  std::vector<std::uint8_t> always_;  // taxa left out anyway
+  group_tree whole_;
+  double total_;
+  double done_ = 0;
+};
+
 }  // namespace
 
 int groups_of(const group_tree& result, int ntax) {
@@ -58,33 +103,17 @@ std::int64_t number_of_sets(int candidates, int largest, std::int64_t limit) {
 
 std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_method method,
                                            std::span<const int> candidates, int largest) {
-  const int ntax = selection.ntax;
   const int n = static_cast<int>(candidates.size());
-  const std::vector<std::uint8_t> always = taxa_left_out(selection);
-  const group_tree whole = method(selection);
-  const auto total = static_cast<double>(number_of_sets(n, largest, 1'000'000'000));
-  double done = 0;
+  pruning pruned(std::move(selection), method,
+                 static_cast<double>(number_of_sets(n, largest, 1'000'000'000)));
   std::vector<pruned_set> found;
   gain_table gains;
   for (int size = 1; size <= std::min(largest, n) && !interrupted(); ++size) {
     std::vector<int> chosen(at(size));
     for (int i = 0; i < size; ++i) chosen[at(i)] = i;
     do {
-      check_interrupt();
-      if (time_is_out()) stop_search(stop_reason::time);
-      if (interrupted()) break;
-      show_progress("Pruning taxa", done++, total);
-      pruned_set set{.taxa = taxon_set(ntax)};
-      std::vector<std::uint8_t> cut(at(ntax), 0);
-      for (const int i : chosen) {
-        set.taxa.insert(candidates[at(i)]);
-        cut[at(candidates[at(i)])] = 1;
-      }
-      group_tree reduced = whole;
-      delete_taxa(reduced.tree, ntax, cut);
-      selection.excluded = always;
-      for (int t = 0; t < ntax; ++t) selection.excluded[at(t)] |= cut[at(t)];
-      set.gain = groups_of(method(selection), ntax) - groups_of(reduced, ntax);
+      if (pruned.must_stop()) break;
+      pruned_set set = pruned.without(candidates, chosen);
       const int within = gain_within(gains, set.taxa);
       if (std::max(set.gain, within) > 0) gains[set.taxa] = std::max(set.gain, within);
       if (set.gain > within) found.push_back(std::move(set));
@@ -94,6 +123,17 @@ std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_m
   std::ranges::stable_sort(found, [](const pruned_set& a, const pruned_set& b) {
     return a.gain != b.gain ? a.gain > b.gain : a.taxa.count() < b.taxa.count();
   });
+  return found;
+}
+
+std::vector<pruned_set> gains_of_single_taxa(tree_selection selection, consensus_method method,
+                                             std::span<const int> candidates) {
+  const int n = static_cast<int>(candidates.size());
+  pruning pruned(std::move(selection), method, n);
+  std::vector<pruned_set> found;
+  for (int i = 0; i < n && !pruned.must_stop(); ++i)
+    found.push_back(pruned.without(candidates, {i}));
+  clear_progress();
   return found;
 }
 

@@ -14,10 +14,14 @@
 
 namespace zeb {
 
-/// A set of taxa, and how many groups its absence adds to the consensus.
+/// A set of taxa, how many groups its absence adds to the consensus, and how many go with it: those
+/// that aren't groups, or not different ones, of the taxa that are left.
 struct pruned_set {
   taxon_set taxa;
   int gain = 0;
+  int lost = 0;
+
+  int net() const { return gain - lost; }
 };
 
 /// The method: any that gives a consensus tree of a selection, minding its excluded taxa.
@@ -35,5 +39,8 @@ std::int64_t number_of_sets(int candidates, int largest, std::int64_t limit);
 /// was found until then is returned. To be called as a search (`search_running`).
 std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_method method,
                                            std::span<const int> candidates, int largest);
+/// What leaving out each candidate alone does, in their order. Ends early as the above.
+std::vector<pruned_set> gains_of_single_taxa(tree_selection selection, consensus_method method,
+                                             std::span<const int> candidates);
 
 }  // namespace zeb

@@ -13,6 +13,7 @@
 #include "matrix/costs/character_costs.h"
 #include "matrix/costs/step_matrices.h"
 #include "matrix/matrix.h"
+#include "taxonomy/taxonomy.h"
 
 namespace zeb {
 namespace {
@@ -43,6 +44,10 @@ double last_taxon() {
 double last_character() {
   require_data("using data in expressions");
   return matrix.nchar - 1;
+}
+double last_taxonomic_group() {
+  require_data("using data in expressions");
+  return taxonomy_in_use() ? static_cast<double>(read_taxonomy().groups.size()) - 1 : -1;
 }
 double last_block() {
   require_data("using data in expressions");
@@ -217,6 +222,7 @@ constexpr expression_function rows[] = {
     {"cost", "[C S1 S2]", "cost of the change S1 to S2 in character C", cost_of_change},
     {"isanc", "[C]", "1 if ancestral states are defined for character C", has_ancestral_states},
     {"iscateg", "[C]", "1 if character C has discrete states (is neither continuous nor a landmark)", is_categorical},
+    {"numcategs", "", "number of the last group of the taxonomy; -1 without one", last_taxonomic_group, function_list::general, "numclads"},
     {"isinfo", "[C]", "1 if character C is informative", informative},
     {"isdup", "[T]", "1 if taxon T repeats the data of an earlier one", repeats_data},
     {"weight", "[C]", "weight of character C", weight},

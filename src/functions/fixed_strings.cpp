@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "base/errors.h"
-#include "base/message_text.h"
+#include "base/indices.h"
 #include "console/output.h"
 #include "language/fit_text.h"
 #include "language/interpreter.h"
@@ -13,6 +13,7 @@
 #include "macro/script_files.h"
 #include "macro/variables.h"
 #include "matrix/matrix.h"
+#include "taxonomy/taxonomy.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"
 
@@ -50,6 +51,12 @@ std::string group_text(std::span<const std::string> names, std::uint32_t defined
 std::string tree_group_text() {
   const int group = number_below(tree_groups.limit, "group");
   return tree_group_defined(group) ? tree_groups.names[static_cast<std::size_t>(group)] : "";
+}
+
+std::string taxonomy_text() {
+  if (!taxonomy_in_use()) error_end("No taxonomy defined!");
+  const taxonomic_groups all = read_taxonomy();
+  return all.groups[at(number_below(static_cast<int>(all.groups.size()), "group"))].name;
 }
 
 bool data_string(std::string_view word, std::string* text) {
@@ -90,7 +97,9 @@ bool other_string(std::string_view word, std::string* text) {
     *text = script_file_string(active_script_file());
   } else if (word == "curfile") {
     *text = walked.file;
-  } else if (word == "taxonomy" || word == "host" || word == "hgroup") {
+  } else if (word == "taxonomy") {
+    *text = taxonomy_text();
+  } else if (word == "host" || word == "hgroup") {
     error_end_f("Expression \"$%s\" is not available yet", std::string(word).c_str());
   } else {
     return false;

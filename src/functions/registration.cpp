@@ -15,24 +15,43 @@
 #include "language/hooks.h"
 #include "macro/hooks.h"
 #include "matrix/matrix.h"
+#include "taxonomy/taxonomy.h"
 #include "trees/hooks.h"
 
 namespace zeb {
 namespace {
+
+bool is_name(std::string_view name, const std::string& word) {
+  return strcasecmp(std::string(name).c_str(), word.c_str()) == 0;
+}
+
+/// Names without their taxonomy, then groups.
+bool number_in_taxonomy(const std::string& word, double* value) {
+  for (int t = 0; t < matrix.ntax; ++t) {
+    if (is_name(name_proper(taxon_name(t)), word)) {
+      *value = t;
+      return true;
+    }
+  }
+  const int group = taxonomic_group_named(word);
+  if (group >= 0) *value = group;
+  return group >= 0;
+}
 
 // Taxa come before characters.
 bool element_number(std::string_view token, double* value) {
   if (!matrix.present) return false;
   const std::string word = normal_form(token);
   for (int t = 0; t < matrix.ntax; ++t) {
-    if (strcasecmp(std::string(taxon_name(t)).c_str(), word.c_str()) == 0) {
+    if (is_name(taxon_name(t), word)) {
       *value = t;
       return true;
     }
   }
+  if (taxonomy_in_use() && number_in_taxonomy(word, value)) return true;
   if (!matrix.use_char_names) return false;
   for (std::size_t c = 0; c < matrix.char_names.size(); ++c) {
-    if (strcasecmp(matrix.char_names[c].name.c_str(), word.c_str()) == 0) {
+    if (is_name(matrix.char_names[c].name, word)) {
       *value = static_cast<double>(c);
       return true;
     }

@@ -24,7 +24,6 @@ constexpr expression_function rows[] = {
     {"matchtax", "[T1 T2]", "list of matching taxa", nullptr},
     {"mklik", "[T C]", "likelihood of a character", nullptr},
     {"mplik", "[T C]", "likelihood of the most parsimonious states", nullptr},
-    {"numcategs", "", "number of categories", nullptr, function_list::general, "numclads"},
     {"simplik", "[T]", "simple likelihood of tree T", nullptr},
     {"slerrmarg", "", "error margin of the approximate search", nullptr},
     {"smplik", "[T]", "sampled likelihood of tree T", nullptr},

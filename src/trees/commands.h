@@ -7,6 +7,7 @@ struct option_table;
 extern const option_table addition_options;
 extern const option_table edit_options;
 extern const option_table figure_options;
+extern const option_table riddup_options;
 
 void absincl_command();
 void alltrees_command();
@@ -17,6 +18,7 @@ void keep_command();
 void pruntax_command();
 void randtrees_command();
 void reroot_command();
+void riddup_command();
 void sort_command();
 void tchoose_command();
 void tequal_command();

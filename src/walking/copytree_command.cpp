@@ -4,12 +4,14 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "macro/macro_language.h"
 #include "matrix/matrix.h"
+#include "taxonomy/taxonomy.h"
 #include "trees/constraints/constraints.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_slots.h"
@@ -36,11 +38,27 @@ copied_tree read_source() {
     return {-1, tags.tags_present ? tags.tag_tree : std::vector<tree_node>(), "Tag-tree",
             "No tag-tree is defined; can't copy onto"};
   }
-  if (accept_char('!') || accept_char('[')) error_end("No taxonomy defined!");
+  if (accept_char('!')) {
+    if (!taxonomy_in_use()) error_end("No taxonomy defined!");
+    return {-1, read_taxonomy().tree(matrix.ntax), "Taxonomy tree", {}};
+  }
   const int number = read_int();
   check_tree_number(number);
   const const_tree_span tree = stored_tree(number);
   return {number, {tree.begin(), tree.end()}, "Tree " + std::to_string(number), {}};
+}
+
+/// "[": the tags become the taxonomy; what has none isn't a group.
+void move_tags_to_taxonomy() {
+  check_end();
+  if (!taxonomy_in_use()) error_end("No taxonomy defined!");
+  if (!tags.tags_present) error_end("No tree-tag defined!");
+  const int cut = names_from_labels(tags.tag_tree, tags.tag_texts);
+  collapse_untagged_nodes();
+  if (settings.report) report_line("Tags copied to taxonomy");
+  if (cut > 0)
+    warning_f("No space for all groups in the names of %s (see \"taxname\")",
+              counted(cut, "taxon", "taxa").c_str());
 }
 
 }  // namespace
@@ -48,6 +66,7 @@ copied_tree read_source() {
 void copytree_command() {
   require_macros();
   require_data("copying trees");
+  if (accept_char('[')) return move_tags_to_taxonomy();
   const copied_tree source = read_source();
   int target = store.ntrees;
   const bool given = read_optional_int(&target);

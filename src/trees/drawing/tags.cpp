@@ -141,6 +141,27 @@ void set_tag(int node, std::string_view text) {
   note_source_of_tags(tag_source::hand);
 }
 
+void collapse_untagged_nodes() {
+  const int ntax = matrix.ntax;
+  const int limit = node_limit(tags.tag_tree, ntax);
+  const auto stays = [&](int v) { return v <= ntax || !tags.tag_texts[at(v)].empty(); };
+  std::vector<int> up(tags.tag_tree.size(), -1);
+  for (int v = 0; v < limit; ++v) {
+    if (v == ntax || !stays(v) || (v < ntax && is_absent(tags.tag_tree, v))) continue;
+    int above = tags.tag_tree[at(v)];
+    while (!stays(above)) above = tags.tag_tree[at(above)];
+    up[at(v)] = above;
+  }
+  std::vector<tree_node> tree(tags.tag_tree.size(), 0);
+  std::vector<int> number;
+  record_from_ancestors(up, tree, ntax, &number);
+  std::vector<std::string> texts(tree.size());
+  for (int v = 0; v < limit; ++v)
+    if (number[at(v)] >= 0) texts[at(number[at(v)])] = tags.tag_texts[at(v)];
+  const std::string title = tags.tag_title;
+  set_tag_tree(tree, texts, title);
+}
+
 void erase_tags(bool of_terminals) {
   note_source_of_tags(tag_source::hand);
   for (int n = 0; n < static_cast<int>(tags.tag_texts.size()); ++n)

@@ -62,6 +62,8 @@ bool has_any_tag();
 void set_tag(int node, std::string_view text);
 /// Removes the texts of all terminals, or of all internal nodes.
 void erase_tags(bool of_terminals);
+/// The internal nodes without a text go; what stems from them hangs on their ancestors.
+void collapse_untagged_nodes();
 /// At most `longest_tag_title` bytes.
 void set_tag_title(std::string_view title);
 

@@ -1,0 +1,195 @@
+#!/usr/bin/env python3
+"""The smaller analyses on random trees and data, against oracles that are slow and obvious.
+
+Usage: oracles.py ZEB [--runs N] [--seed N] [--only NAME]; the number of a run is all that it depends on."""
+
+import argparse
+import itertools
+import pathlib
+import random
+import re
+import subprocess
+import sys
+import tempfile
+
+
+def run(zeb, text):
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder, "case.run")
+        path.write_text(text + "\nquit;\n")
+        done = subprocess.run([zeb, path.name], cwd=folder, capture_output=True, text=True, timeout=120)
+    return done.stdout + done.stderr
+
+
+# ---- trees are nested tuples; terminal 0 is the outgroup, sister of the rest ----
+
+def random_tree(rnd, taxa, polytomies=0.0):
+    parts = list(taxa)
+    while len(parts) > 1:
+        size = 2 if rnd.random() >= polytomies else min(3, len(parts))
+        chosen = rnd.sample(range(len(parts)), size)
+        joined = tuple(parts[i] for i in chosen)
+        parts = [part for i, part in enumerate(parts) if i not in chosen] + [joined]
+    return parts[0]
+
+
+def rooted(rnd, n, polytomies=0.0):
+    return (0, random_tree(rnd, range(1, n), polytomies))
+
+
+def text_of(tree):
+    return str(tree) if isinstance(tree, int) else "(" + " ".join(map(text_of, tree)) + ")"
+
+
+def tread(trees):
+    return "tread " + " * ".join(map(text_of, trees)) + ";"
+
+
+def terminals(tree):
+    return frozenset([tree]) if isinstance(tree, int) else frozenset().union(*map(terminals, tree))
+
+
+def groups(tree, without=frozenset()):
+    """Groups of two taxa or more, not all, after `without` is cut off."""
+    found = set()
+
+    def below(part):
+        own = terminals(part) - without
+        if not isinstance(part, int):
+            for child in part:
+                below(child)
+        found.add(own)
+    below(tree)
+    everything = terminals(tree) - without
+    return {group for group in found if 1 < len(group) < len(everything)}
+
+
+def strict(trees, without=frozenset()):
+    return set.intersection(*(groups(tree, without) for tree in trees))
+
+
+def without_taxa(group_set, cut, everything):
+    return {g - cut for g in group_set if 1 < len(g - cut) < len(everything - cut)}
+
+
+def triplet(tree_groups, three):
+    """The two that are together; none where all are alike."""
+    for pair in itertools.combinations(three, 2):
+        out = (set(three) - set(pair)).pop()
+        if any(set(pair) <= group and out not in group for group in tree_groups):
+            return pair
+    return None
+
+
+def branches_of_polytomies(trees, n):
+    """For each node of the strict consensus with more than two branches: the branches."""
+    clades = strict(trees) | {frozenset(range(n))} | {frozenset([t]) for t in range(n)}
+    for node in clades:
+        inner = [c for c in clades if c < node]
+        branches = [c for c in inner if not any(c < d for d in inner)]
+        if len(branches) > 2:
+            yield sorted(branches, key=min)
+
+
+def table_of(said, title):
+    """A list shown as a table: value by number, those without one left out."""
+    body = said.split(title)[1].split("\n \n")[0]
+    values = {}
+    for line in body.split("\n"):
+        row = re.match(r"\s*(\d+) \|(.*)", line)
+        if row:
+            for i, value in enumerate(row[2].split()):
+                if value != "--":
+                    values[int(row[1]) + i] = float(value)
+    return values
+
+
+def blank_data(n):
+    return f"xread 1 {n} " + " ".join(f"t{i} 0" for i in range(n)) + "; collapse none;"
+
+
+# ---- the checks: each returns what is wrong, or nothing ----
+
+def pruning(zeb, rnd):
+    n = rnd.randint(5, 9)
+    start = rooted(rnd, n)
+    trees = [rooted(rnd, n) if rnd.random() < 0.3 else start for _ in range(rnd.randint(1, 3))] + [start]
+    said = run(zeb, blank_data(n) + tread(trees) + "prupdn table; pcrprune table; resols table;")
+    everything = frozenset(range(n))
+    whole = strict(trees)
+    for title, wanted in (
+            ("Groups gained by leaving out the taxon",
+             lambda cut: len(strict(trees, cut)) - len(without_taxa(whole, cut, everything))),
+            ("Groups lost", lambda cut: len(whole) - len(without_taxa(whole, cut, everything)))):
+        expected = {t: wanted(frozenset([t])) for t in range(1, n)}
+        if table_of(said, title) != expected:
+            return f"{title}: {table_of(said, title)} for {expected}"
+    congruence = {t: 1.0 for t in range(n)}
+    resolutions = []
+    for branches in branches_of_polytomies(trees, n):
+        shown = [min(branch) for branch in branches]
+        cut = everything - frozenset(shown)
+        of_trees = [groups(tree, cut) for tree in trees]
+        resolutions.append(len({frozenset(g) for g in of_trees}))
+        for branch, taxon in zip(branches, shown):
+            three = [(taxon,) + two for two in itertools.combinations([t for t in shown if t != taxon], 2)]
+            agreed = sum(len({triplet(g, sorted(t)) for g in of_trees} - {None}) < 2 for t in three) / len(three)
+            for t in branch:
+                congruence[t] = min(congruence[t], agreed)
+    told = table_of(said, "Positional congruence of the taxa, the least over the polytomies")
+    if any(abs(told[t] - congruence[t]) > 1e-5 for t in congruence):
+        return f"congruence {told} for {congruence}"
+    told = [] if "has no polytomy" in said else sorted(table_of(said, "by node of the strict consensus").values())
+    if told != sorted(resolutions):
+        return f"resolutions {told} for {resolutions}"
+    return None
+
+
+def twins(zeb, rnd):
+    """Those set aside come back beside their twins, and the score stays."""
+    n, c = rnd.randint(6, 10), rnd.randint(3, 6)
+    rows = [[rnd.choice("01?") for _ in range(c)] for _ in range(n)]
+    for t in range(n):
+        if rnd.random() < 0.4:
+            rows[t] = rows[rnd.randrange(n)]
+    texts = ["".join(row) for row in rows]
+    said = run(zeb, f"xread {c} {n} " + " ".join(f"t{i} {row}" for i, row in enumerate(texts))
+               + "; riddup; taxcode; mult=replications 1; keep 1; length; riddup -; length;")
+    if "Cannot have less than" in said or "No taxa have" in said:
+        return None
+    distinct = {row for row in texts if row.strip("?")}
+    kept = len(distinct) + sum(not row.strip("?") for row in texts)
+    active = int(re.findall(r"(\d+) terminal taxa are active", said)[0])
+    if active != kept:
+        return f"{active} active taxa for {kept}"
+    lengths = [table for table in re.findall(r"Tree lengths.*?\| *(\d+)", said, re.DOTALL)]
+    if len(lengths) != 2 or lengths[0] != lengths[1]:
+        return f"lengths {lengths}"
+    return None
+
+
+CHECKS = {"pruning": pruning, "twins": twins}
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("zeb")
+    parser.add_argument("--runs", type=int, default=25)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--only", choices=CHECKS)
+    arguments = parser.parse_args()
+    zeb = str(pathlib.Path(arguments.zeb).resolve())
+    faults = 0
+    for name, check in CHECKS.items():
+        if arguments.only not in (None, name):
+            continue
+        for number in range(arguments.seed, arguments.seed + arguments.runs):
+            wrong = check(zeb, random.Random(f"{name} {number}"))
+            if wrong:
+                faults += 1
+                print(f"{name}, run {number}: {wrong}")
+    sys.exit(1 if faults else 0)
+
+
+if __name__ == "__main__":
+    main()
