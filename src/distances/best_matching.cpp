@@ -7,8 +7,8 @@
 namespace zeb {
 namespace {
 
-// Rows enter one after the other; each takes the cheapest way of reassigning those before it
-// (Kuhn 1955). Rows and columns have prices, so that no value costs less than nothing. Rows and
+// Rows enter one after the other; each takes the cheapest way of reassigning those before it.
+// Rows and columns have prices, so that no value costs less than nothing. Rows and
 // columns are counted from 1 here, 0 stands for none.
 class assignment {
  public:
