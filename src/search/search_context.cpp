@@ -77,6 +77,14 @@ context_scope::context_scope(search_context& outer, const tree_sector& sector, d
   begin_within(outer);
 }
 
+context_scope::context_scope(search_context& outer, tree_slots& trees)
+    : context_(outer.data, trees, outer.rules) {
+  if (outer.constraints_in_force)
+    context_.constraints_in_force =
+        search_constraints::of_rows(outer.data, outer.constraints_in_force->rows());
+  begin_within(outer);
+}
+
 void context_scope::begin_within(search_context& outer) {
   context_.outer = &outer;
   context_.shown = outer.shown;

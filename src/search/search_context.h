@@ -130,6 +130,9 @@ struct rearrangement_counter {
     high += other.high;
     add(other.low);
   }
+  std::uint64_t since(const rearrangement_counter& before) const {
+    return (high - before.high) * 1'000'000'000 + low - before.low;
+  }
   double total() const { return static_cast<double>(high) * 1e9 + static_cast<double>(low); }
 };
 
@@ -180,6 +183,9 @@ class context_scope {
   /// reduced_data.h. Scores of the inner search are those of the whole tree.
   context_scope(search_context& outer, const tree_sector& sector, double score, int capacity,
                 const search_rules& rules);
+  /// A search over the data of `outer` and under its rules, with slots of its own: it doesn't know
+  /// of the trees that are stored there.
+  context_scope(search_context& outer, tree_slots& trees);
   context_scope(const context_scope&) = delete;
   context_scope& operator=(const context_scope&) = delete;
 

@@ -1,167 +1,87 @@
 #include "search/drivers/mult.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <vector>
 
+#include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
-#include "engine/passes/passes.h"
+#include "search/drivers/known_prints.h"
+#include "search/drivers/replication.h"
 #include "search/drivers/seed_sequence.h"
-#include "search/moves/swapper.h"
+#include "search/part_search.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
+#include "search/store/tree_identity.h"
+#include "search/workers/worker_pool.h"
 #include "trees/tree_slots.h"
 
 namespace zeb {
-
-mult_settings mult;
-
 namespace {
+
+/// Of so many replications, and one more: the last ones end with it.
+std::vector<int> seeds_of_replications(search_context& context, int replications) {
+  std::vector<int> seeds;
+  seed_sequence sequence(context.random, context.rules.seed_step);
+  for (int r = 0; r <= replications; ++r) {
+    seeds.push_back(sequence.current());
+    context.random.seed(static_cast<unsigned>(seeds.back()));
+    sequence.advance();
+  }
+  return seeds;
+}
 
 /// One run of `mult`.
 class replicated_search {
  public:
   replicated_search(search_context& context, const mult_settings& options,
                     const mult_stages& stages)
-      : context_(context), how_(context.rules.swap), options_(options), stages_(stages) {}
+      : context_(context),
+        options_(options),
+        seeds_(seeds_of_replications(context, options.replications)),
+        makes_(context, options, stages,
+               [this](auto form, double score) { return is_known(form, score); }) {}
   mult_result run();
 
  private:
-  void replicate(int seed, int next_seed);
-  void swap_first();
-  void swap_stored();
-  void swap_single();
-  void ratchet_and_drift(int seed);
-  void count_hit();
+  void begin();
+  bool make_room();
+  void note_full_buffer();
+  replication_outcome made_here(int replication) {
+    return makes_.make(seeds_[at(replication - 1)], seeds_[at(replication)]);
+  }
+  bool replicate(worker_pool& workers, int replication);
+  bool take(const replication_outcome& found);
+  void end_at(const part_state& state, bool is_full);
+  bool store_found(const found_tree& tree);
+  void count_hit(bool overflowed);
   void drop_worse_trees();
-  bool has_stages() const { return options_.ratchet || options_.drift; }
-  swapper selected() const { return options_.swapper == mult_settings::spr ? spr_swap : tbr_swap; }
-  int swap_stage() const { return options_.swapper == mult_settings::spr ? stage_spr : stage_tbr; }
+  bool is_known(std::span<const std::int32_t> form, double score);
+  int parts() const;
+  std::uint64_t print_of(std::span<const std::int32_t> form) const {
+    return tree_print(form, context_.data.n);
+  }
   score_kind kind() const { return kind_of_scores(context_.data); }
 
   search_context& context_;
-  const swap_settings& how_;
   const mult_settings& options_;
-  const mult_stages& stages_;
+  const std::vector<int> seeds_;
   mult_result result_;
-  int first_slot_ = 0;
-  double score_ = unknown_score;
+  double score_ = unknown_score;  // of the last replication
+  bool is_worker_ = false;        // of this run
+  known_prints prints_;
+  replication_maker makes_;
 };
 
-/// SPR before anything is stored: a cheap way down for replications that keep several trees.
-void replicated_search::swap_first() {
-  const bool spr_single = options_.swapper == mult_settings::spr && options_.hold < 2;
-  const bool tbr_single = options_.swapper == mult_settings::tbr && options_.hold < 2;
-  const bool wanted =
-      options_.hold > 1 || !how_.mulpars || spr_single || (tbr_single && !how_.skip_spr);
-  // Under implied weights most trees of a replication differ in score, and the way down is short.
-  if (options_.swapper == mult_settings::wagner_only ||
-      !(wanted && (!context_.data.implied_on || spr_single)))
-    return;
-  context_.shown.stage = stage_spr;
-  score_ = spr_swap(context_, context_.working_tree, {});
+/// Workers see the trees that were taken meanwhile by their prints.
+bool replicated_search::is_known(std::span<const std::int32_t> form, double score) {
+  return is_worker_ ? prints_.has(print_of(form)) : has_form(context_, form, score);
 }
 
-/// The trees of this replication, each in turn; an improvement begins again with the first.
-void replicated_search::swap_stored() {
-  int& current = context_.shown.current_tree;
-  context_.score_limit = score_ + context_.rules.suboptimal;
-  for (int i = first_slot_; i < context_.trees.ntrees && !interrupted(); ++i) {
-    current = context_.swapping_index = i;
-    fetch_tree(context_, slot_tree(context_, i));
-    const double found = selected()(context_, context_.working_tree,
-                                    {.first_slot = first_slot_, .multi = context_.tree_limit});
-    if (is_better_score(found, score_, kind())) {
-      score_ = found;
-      context_.score_limit = found + context_.rules.suboptimal;
-      context_.swapping_index = -1;
-      purge_above(context_, context_.score_limit, first_slot_);
-      i = first_slot_ - 1;
-      current = first_slot_;
-    } else if (was_left(context_, i, found, context_.tree_limit)) {
-      fetch_tree(context_, slot_tree(context_, i));
-      selected()(context_, context_.working_tree,
-                 {.first_slot = first_slot_, .multi = context_.tree_limit, .stay = true});
-    }
-    if (settings.status_trees > 0 && (i - first_slot_ + 1) % settings.status_trees == 0) {
-      report_status(context_, score_, true);
-    }
-  }
-  context_.swapping_index = -1;
-  // An interrupt may come before a better tree that was stored has its turn.
-  score_ = std::min(score_, best_stored(context_, first_slot_));
-  // Trees that another replication had stored already aren't here: then the score is theirs.
-}
-
-void replicated_search::swap_single() {
-  context_.shown.current_tree = context_.trees.ntrees;
-  const bool quick_start = !how_.mulpars && !context_.data.implied_on;
-  score_ = tbr_swap(context_, context_.working_tree,
-                    {.first_slot = first_slot_,
-                     .multi = quick_start ? -1 : 0,
-                     .promising_first = how_.promising_first});
-  if (interrupted() && context_.trees.ntrees > first_slot_) return;
-  store_tree(context_, context_.working_tree, context_.trees.ntrees, score_);
-}
-
-/// Both stages start from where the one before ended.
-void replicated_search::ratchet_and_drift(int seed) {
-  context_.shown.stage = stage_tbr;
-  const std::span<std::int32_t> tree = context_.working_tree;
-  score_ = tbr_swap(context_, tree, {});
-  store_tree(context_, tree, first_slot_, score_);
-  const cycle_task task{.first_slot = first_slot_, .fuse = stages_.fuse};
-  if (options_.ratchet && !interrupted()) {
-    context_.random.seed(static_cast<unsigned>(seed));
-    score_ = std::min(score_, ratchet_search(context_, tree, stages_.ratchet, task).best);
-  }
-  if (options_.drift && !interrupted()) {
-    context_.random.seed(static_cast<unsigned>(seed));
-    score_ = std::min(score_, drift_search(context_, tree, stages_.drift, task).best);
-  }
-}
-
-void replicated_search::replicate(int seed, int next_seed) {
-  tree_slots& trees = context_.trees;
-  score_ = unknown_score;
-  first_slot_ = trees.ntrees;
-  context_.tree_limit = static_cast<int>(std::min<std::int64_t>(
-      trees.maxtrees, static_cast<std::int64_t>(first_slot_) + std::max(options_.hold, 1)));
-  context_.score_limit = no_bound;
-  context_.shown.stage = stage_wagner;
-  context_.shown.current_tree = first_slot_;
-  context_.random.seed(static_cast<unsigned>(seed));
-  const std::span<std::int32_t> built = slot_tree(context_, first_slot_);
-  wagner_tree(context_, built, options_.addition);
-  if (interrupted()) return;
-  fetch_tree(context_, built);
-  const std::span<std::int32_t> tree = context_.working_tree;
-  swap_first();
-  if (score_ >= unknown_score) score_ = tree_length(context_.data, tree);
-  if (has_stages()) {
-    ratchet_and_drift(next_seed);
-    return;
-  }
-  if (!swaps(options_)) {
-    report_status(context_, score_, false);
-    store_tree(context_, tree, first_slot_, score_);
-    return;
-  }
-  const bool single_tbr = options_.hold < 2 && options_.swapper == mult_settings::tbr;
-  const bool is_new = single_tbr ? tree_is_new(context_, tree, first_slot_, score_)
-                                 : store_tree(context_, tree, first_slot_, score_);
-  if (!is_new) return;  // swapping would retrace known ground
-  context_.shown.stage = swap_stage();
-  if (options_.hold > 1) {
-    swap_stored();
-  } else if (single_tbr) {
-    swap_single();
-  }
-}
-
-void replicated_search::count_hit() {
-  const bool overflowed = context_.tree_limit == context_.trees.ntrees;
+void replicated_search::count_hit(bool overflowed) {
   if (is_same_score(score_, result_.best, kind())) {
     ++result_.hits;
     result_.overflowed |= overflowed;
@@ -170,52 +90,110 @@ void replicated_search::count_hit() {
     result_.overflowed = overflowed;
     result_.best = score_;
     context_.best_score = score_;
-    note_score(context_, score_);
   }
 }
 
 /// A full buffer of trees that the end would drop doesn't stop the search.
 void replicated_search::drop_worse_trees() {
-  if (options_.keepall || result_.best >= unknown_score) return;
-  purge_above(context_, result_.best + context_.rules.suboptimal, 0);
+  const double best = std::min(result_.best, score_);
+  if (options_.keepall || best >= unknown_score) return;
+  purge_above(context_, best + context_.rules.suboptimal, 0);
+}
+
+/// Is there room for a tree?
+bool replicated_search::make_room() {
+  if (context_.trees.ntrees >= context_.trees.maxtrees) drop_worse_trees();
+  return context_.trees.ntrees < context_.trees.maxtrees;
+}
+
+void replicated_search::end_at(const part_state& state, bool is_full) {
+  score_ = state.score;
+  context_.shown.stage = state.stage;
+  add_work(context_, state.done);
+  context_.shown.current_tree = context_.trees.ntrees;
+  if (score_ >= unknown_score) return;
+  ++result_.replications_done;
+  note_score(context_, score_);
+  count_hit(is_full);
+}
+
+/// False: no tree can be stored any more.
+bool replicated_search::store_found(const found_tree& tree) {
+  if (!make_room()) return false;
+  if (store_form(context_, tree.form, tree.score)) prints_.add(print_of(tree.form));
+  return true;
+}
+
+/// False: it ended where something was known, but by now that isn't.
+bool replicated_search::take(const replication_outcome& found) {
+  for (const replication_step& step : found.steps) {
+    if (!has_form(context_, step.form, step.state.score)) continue;
+    end_at(step.state, false);
+    return true;
+  }
+  if (found.ended_as_known) return false;
+  score_ = found.end.score;
+  const bool all_stored = std::ranges::all_of(
+      found.trees, [this](const found_tree& tree) { return store_found(tree); });
+  end_at(found.end, found.full || !all_stored);
+  return true;
+}
+
+/// False: it was to be stopped, and there is nothing to take.
+bool replicated_search::replicate(worker_pool& workers, int replication) {
+  const auto bytes = workers.result_of(replication - 1, [this] { report_status_best(context_); });
+  if (bytes && take(replication_in(*bytes))) return true;
+  if (interrupted()) return false;
+  take(made_here(replication));
+  return true;
+}
+
+/// Lines from within a replication are said by who makes it.
+int replicated_search::parts() const {
+  const bool alone = part_search.sector || settings.status_trees > 0;
+  return alone ? 1 : options_.replications;
+}
+
+void replicated_search::begin() {
+  // Trees that were in memory before may be better than all that replications find.
+  result_.best = best_stored(context_, 0);
+  for (int t = 0; t < context_.trees.ntrees; ++t) prints_.add(print_of(slot_tree(context_, t)));
+  context_.shown.stage = stage_wagner;
+  context_.shown.current_tree = 0;
+  context_.shown.replication = 0;
+  begin_reports(context_);
+  if (result_.best < unknown_score) context_.best_score = result_.best;
+  report_status(context_, no_score, false);
+}
+
+void replicated_search::note_full_buffer() {
+  --context_.shown.replication;
+  report_status(context_, no_score, true);
+  if (!context_.shown.silent) {
+    emit(text_of("\nNOTE: Search terminated after replication %i (tree buffer full)\n",
+                 context_.shown.replication));
+  }
+  result_.buffer_full = true;
 }
 
 mult_result replicated_search::run() {
   int& replication = context_.shown.replication;
-  // Trees that were in memory before may be better than all that replications find.
-  result_.best = best_stored(context_, 0);
-  seed_sequence seeds(context_.random, context_.rules.seed_step);
-  context_.shown.stage = stage_wagner;
-  context_.shown.current_tree = 0;
-  replication = 0;
-  begin_reports(context_);
-  if (result_.best < unknown_score) context_.best_score = result_.best;
-  report_status(context_, no_score, false);
+  begin();
+  worker_pool workers(parts(), [this](int part, packet_writer& found) {
+    is_worker_ = true;
+    put(made_here(part + 1), found);
+  });
   for (replication = 1; replication <= options_.replications; ++replication) {
-    if (context_.trees.ntrees >= context_.trees.maxtrees) drop_worse_trees();
-    if (context_.trees.ntrees >= context_.trees.maxtrees) {
-      --replication;
-      report_status(context_, no_score, true);
-      if (!context_.shown.silent) {
-        emit(text_of("\nNOTE: Search terminated after replication %i (tree buffer full)\n",
-                     replication));
-      }
-      result_.buffer_full = true;
+    if (!make_room()) {
+      note_full_buffer();
       break;
     }
-    const int seed = seeds.current();
-    context_.random.seed(static_cast<unsigned>(seed));
-    seeds.advance();
-    replicate(seed, seeds.current());
-    context_.shown.current_tree = context_.trees.ntrees;
-    if (score_ < unknown_score) {
-      ++result_.replications_done;
-      count_hit();
-    }
-    if (interrupted()) break;
-    if (settings.status_replications > 0 && replication % settings.status_replications == 0) {
+    if (!replicate(workers, replication)) break;
+    // What workers had in hand when they were stopped is taken, too.
+    if (interrupted() && !workers.has_workers()) break;
+    if (settings.status_replications > 0 && replication % settings.status_replications == 0 &&
+        !interrupted())
       report_status(context_, score_, true);
-    }
   }
   context_.tree_limit = context_.trees.maxtrees;
   if (!interrupted() && !result_.buffer_full) --replication;
@@ -223,6 +201,7 @@ mult_result replicated_search::run() {
     report_status(context_, score_ < unknown_score ? score_ : no_score, true);
   }
   if (result_.replications_done == 0) result_.best = unknown_score;
+  context_.random.seed(static_cast<unsigned>(seeds_.back()));
   return result_;
 }
 

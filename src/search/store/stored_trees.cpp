@@ -154,14 +154,39 @@ void adopt_tree(search_context& context, int slot) {
   record_of(context, slot).taken_in = true;
 }
 
-bool tree_is_new(search_context& context, std::span<const std::int32_t> tree, int slot,
-                 double score) {
+std::vector<std::int32_t> normal_form(search_context& context, std::span<const std::int32_t> tree,
+                                      double score) {
   std::vector<std::uint8_t> marks = all_stay(context);
   measure(context, tree, score, marks);
-  const std::span<std::int32_t> place = slot_tree(context, slot);
-  std::copy_n(tree.begin(), place.size(), place.begin());
-  const int bucket = canonical_form(place, context.data.n, marks, context.records.scratch);
-  return find_same(context, place, bucket, score, -1) == nullptr;
+  std::vector<std::int32_t> form(tree.begin(), tree.begin() + context.data.nodes);
+  canonical_form(form, context.data.n, marks, context.records.scratch);
+  return form;
+}
+
+bool has_form(search_context& context, std::span<const std::int32_t> form, double score) {
+  return find_same(context, form, tree_bucket(form, context.data.n), score, -1) != nullptr;
+}
+
+bool store_form(search_context& context, std::span<const std::int32_t> form, double score) {
+  const int slot = context.trees.ntrees;
+  ALWAYS_CHECK(slot < context.trees.maxtrees, "a tree is stored past the buffer");
+  if (has_form(context, form, score)) return false;
+  std::ranges::copy(form, slot_tree(context, slot).begin());
+  link(context, slot, tree_bucket(form, context.data.n), score);
+  set_tree_count(context.trees, slot + 1);
+  return true;
+}
+
+bool tree_is_new(search_context& context, std::span<const std::int32_t> tree, int slot,
+                 double score) {
+  const std::vector<std::int32_t> form = normal_form(context, tree, score);
+  std::ranges::copy(form, slot_tree(context, slot).begin());
+  return !has_form(context, form, score);
+}
+
+void forget_trees(search_context& context) {
+  set_tree_count(context.trees, 0);
+  for (tree_record& head : context.records.buckets) head.next = nullptr;
 }
 
 /// Slots keep their order; the chains are made anew, since records move.

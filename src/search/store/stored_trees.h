@@ -22,6 +22,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "search/search_context.h"
 
@@ -55,6 +56,14 @@ bool replace_stored(search_context& context, std::span<const std::int32_t> tree,
 /// The same for a tree whose staying branches aren't known.
 bool replace_tree(search_context& context, std::span<const std::int32_t> tree, int slot,
                   double score);
+/// The normal form of a tree whose score this is, by which it can be told from others and stored in
+/// other slots over the same data.
+std::vector<std::int32_t> normal_form(search_context& context, std::span<const std::int32_t> tree,
+                                      double score);
+/// Is a tree of this normal form and score there?
+bool has_form(search_context& context, std::span<const std::int32_t> form, double score);
+/// As store_tree into the next slot, for a tree in normal form.
+bool store_form(search_context& context, std::span<const std::int32_t> form, double score);
 /// Takes a tree that already stands in `slot`, as a plain binary tree, into the records: normal
 /// form, score, hash.
 void adopt_tree(search_context& context, int slot);
@@ -64,6 +73,8 @@ inline int search_level(const search_context& context) { return context.rules.co
 /// Marks of the tree in work under that rule: by node, 1 where the branch stays.
 void mark_tree_in_work(const search_context& context, std::span<std::uint8_t> marks);
 
+/// Drops all trees.
+void forget_trees(search_context& context);
 /// Drops the trees whose entry is 0. Slots move down; `swapping_index` and the tree shown follow.
 void keep_trees(search_context& context, std::span<const std::uint8_t> keep);
 /// A swap of the tree in `slot` ended with another one, of a better score: does the tree stay even

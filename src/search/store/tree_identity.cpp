@@ -62,6 +62,18 @@ int tree_bucket(std::span<const std::int32_t> tree, int n) {
   return static_cast<int>(((h >> 8) ^ h) & 0x7f);
 }
 
+std::uint64_t tree_print(std::span<const std::int32_t> tree, int n) {
+  constexpr std::uint64_t odd = 0x9e3779b97f4a7c15ULL;
+  const int end = staying_end(tree, n);
+  std::uint64_t h = odd * static_cast<std::uint64_t>(end);
+  for (int v = 1; v < end; ++v) {
+    if (v == n) continue;
+    h = (h ^ static_cast<std::uint64_t>(staying_ancestor(tree, v, n))) * odd;
+    h ^= h >> 32;
+  }
+  return h;
+}
+
 bool same_collapsed_tree(std::span<const std::int32_t> a, std::span<const std::int32_t> b, int n,
                          bool collapsing) {
   const std::size_t nodes = 2 * at(n) - 1;

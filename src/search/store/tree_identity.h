@@ -22,6 +22,9 @@ int canonical_form(std::span<std::int32_t> tree, int n, std::span<const std::uin
                    std::span<std::int32_t> scratch);
 /// The bucket of a tree in normal form.
 int tree_bucket(std::span<const std::int32_t> tree, int n);
+/// A number that trees in normal form share only if they are the same once collapsed branches are
+/// gone, but for chance.
+std::uint64_t tree_print(std::span<const std::int32_t> tree, int n);
 /// Are two trees in normal form the same once collapsed branches are gone? `collapsing` false: the
 /// plain arrays are compared.
 bool same_collapsed_tree(std::span<const std::int32_t> a, std::span<const std::int32_t> b, int n,

@@ -1,0 +1,7 @@
+#include "search/drivers/mult_settings.h"
+
+namespace zeb {
+
+mult_settings mult;
+
+}  // namespace zeb
