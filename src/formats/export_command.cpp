@@ -1,4 +1,4 @@
-// `export`: the data and trees in memory as NEXUS, FASTA or Newick.
+// `export`: the data and trees in memory as NEXUS, FASTA, PHYLIP, TPS or Newick.
 #include <unistd.h>
 
 #include <optional>
@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/numbered_name.h"
 #include "base/output_file.h"
 #include "console/output.h"
 #include "formats/commands.h"
@@ -16,11 +17,13 @@
 #include "formats/nexus/nexus_constraints.h"
 #include "formats/nexus/trees_writer.h"
 #include "formats/phylip.h"
+#include "formats/tps.h"
 #include "formats/written_words.h"
 #include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/options.h"
+#include "matrix/landmarks.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/continuous_scales.h"
 #include "trees/drawing/tags.h"
@@ -42,6 +45,7 @@ struct export_choice {
   bool skip_gaps = false;      // "!!"
   bool phylip = false;         // ":"
   bool strict_names = false;   // "::"
+  bool tps = false;            // "|"
   bool newick = false;         // "="
   bool plain = false;          // "&"
   bool writes_data() const { return !trees_only && !tag_lengths && !tag_labels && !newick; }
@@ -69,6 +73,7 @@ constexpr command_options rows = {
     choice<&export_choice::as_standard>("]", 1).help("all characters as numbered states"),
     form<read_fasta>("!").help("FASTA rather than NEXUS; \"!!\" leaves out gaps"),
     form<read_phylip>(":").help("PHYLIP; \"::\" gives names ten columns"),
+    choice<&export_choice::tps>("|", 1).help("landmarks as TPS, a file for each configuration"),
     choice<&export_choice::newick>("=", 1).help("trees only, in Newick notation"),
     choice<&export_choice::plain>("&", 1).help(
         "NEXUS in its plainest form: symbols spelt out, sets of characters by their standard "
@@ -78,7 +83,16 @@ constexpr command_options rows = {
         "the step-matrices in use as well, as user-defined types"),
 };
 
+void check_tps(const export_choice& choice) {
+  if (choice.fasta) error_end("Cannot save as both Fasta and TPS");
+  if (choice.phylip) error_end("Cannot save as both PHYLIP and TPS");
+  if (choice.trees || choice.step_matrices || !choice.writes_data())
+    error_end("Cannot save in TPS with costs or trees");
+  if (landmark_configurations().empty()) error_end("No landmark characters in matrix");
+}
+
 void check_choice(const export_choice& choice) {
+  if (choice.tps) return check_tps(choice);
   if (choice.fasta &&
       (choice.trees || choice.step_matrices || choice.trees_only || choice.newick)) {
     error_end("Saving trees as FASTA doesn't allow saving trees/costs");
@@ -124,7 +138,7 @@ std::optional<tag_use> use_of_tags(const export_choice& choice) {
 }
 
 word_form form_of_words(const export_choice& choice) {
-  if (choice.fasta) return word_form::line;
+  if (choice.fasta || choice.tps) return word_form::line;
   if (choice.strict_names) return word_form::ten_letters;
   return choice.plain || choice.phylip ? word_form::plain : word_form::quoted;
 }
@@ -145,6 +159,18 @@ void write_nexus(output_file& out, const export_choice& choice, word_writer& wor
   what.stored = (choice.trees || choice.trees_only) && store.ntrees > 0;
   what.tags = use_of_tags(choice);
   if (what.stored || what.tags) write_nexus_trees(out, what, words);
+}
+
+void export_tps(const export_choice& choice, const std::string& name) {
+  const word_writer words(form_of_words(choice));
+  const int files = write_tps_files(name, words, open_output);
+  words.tell_changes();
+  const std::string several =
+      files > 1 ? "files " + numbered_file_name(name, landmark_configurations().front().character) +
+                      " to " + numbered_file_name(name, landmark_configurations().back().character)
+                : "file " + name;
+  report_line("Saved", counted(files, "configuration", "configurations"), "(TPS format) to",
+              several);
 }
 
 // What follows "+" after the name, up to ";", goes to the end of the file; ".," in it stands for a
@@ -185,7 +211,9 @@ void export_command() {
   if (read_file_name() == 0) error_end("Must give name of file");
   const std::string name(token());
   const bool text_follows = accept_char('+');
+  if (choice.tps && text_follows) error_end("TPS files can't have further text");
   if (!text_follows) expect_end();
+  if (choice.tps) return export_tps(choice, name);
   output_file file;
   open_output(file, name);
   word_writer words(form_of_words(choice));

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cctype>
+#include <string>
 
 #include "formats/fasta.h"
 #include "formats/newick.h"
 #include "formats/phylip.h"
 #include "formats/text_lines.h"
+#include "formats/tps.h"
 #include "language/interpreter.h"
+#include "language/lexer.h"
 #include "trees/notation/compact_file.h"
 
 namespace zeb {
@@ -35,6 +38,16 @@ bool starts_with_dimensions(std::string_view text) {
   return line.empty();
 }
 
+// "LM=N" or "LM3=N" alone in the first line.
+bool starts_as_tps(std::string_view text) {
+  std::string line(trimmed(text.substr(0, text.find_first_of("\r\n"))));
+  std::erase(line, ' ');
+  for (const std::string_view mark : {"LM=", "LM3="})
+    if (line.size() > mark.size() && is_prefix(mark, line))
+      return line.find_first_not_of("0123456789", mark.size()) == line.npos;
+  return false;
+}
+
 }  // namespace
 
 file_kind kind_of_file(std::string_view start) {
@@ -44,6 +57,7 @@ file_kind kind_of_file(std::string_view start) {
   if (start.starts_with('>')) return file_kind::fasta;
   if (after_comments(start).starts_with('(')) return file_kind::newick;
   if (starts_with_dimensions(start)) return file_kind::phylip;
+  if (starts_as_tps(start)) return file_kind::tps;
   return file_kind::commands;
 }
 
@@ -56,6 +70,9 @@ bool read_known_format(input_file& file) {
       return true;
     case file_kind::phylip:
       read_phylip_file({}, file);
+      return true;
+    case file_kind::tps:
+      read_tps_file(file);
       return true;
     case file_kind::newick:
       read_newick_file(file);

@@ -7,7 +7,7 @@
 
 namespace zeb {
 
-enum class file_kind { commands, fasta, phylip, newick, compact_trees };
+enum class file_kind { commands, fasta, phylip, tps, newick, compact_trees };
 /// The kind of a file that begins so. No command begins as the other kinds do.
 file_kind kind_of_file(std::string_view start);
 

@@ -67,6 +67,8 @@ struct language_hooks {
   void (*read_fasta)(int option, const std::string& type_word, input_file& file) = nullptr;
   void (*read_newick)(input_file& file) = nullptr;
   void (*read_phylip)(const std::string& type_word, input_file& file) = nullptr;
+  /// TPS files, each of which is a character; `add`: of the data in memory.
+  void (*read_tps)(std::span<const std::string> names, bool add) = nullptr;
   /// Reads a file whose first bytes show that it holds data or trees of some format; false where
   /// it is to be read as commands.
   bool (*read_known_format)(input_file& file) = nullptr;

@@ -8,6 +8,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/numbered_name.h"
 #include "console/progress.h"
 #include "language/lexer.h"
 #include "mapping/apo_figure.h"

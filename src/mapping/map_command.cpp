@@ -7,6 +7,7 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/numbered_name.h"
 #include "console/output.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"

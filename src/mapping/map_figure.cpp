@@ -111,16 +111,4 @@ void draw_map_figure(const figure_request& request, const std::string& file_name
   end_figure(request, places);
 }
 
-std::string numbered_file_name(const std::string& name, int tree, int character) {
-  const std::size_t dot = name.rfind('.');
-  const std::size_t slash = name.rfind('/');
-  const bool has_extension =
-      dot != std::string::npos && (slash == std::string::npos || dot > slash);
-  const std::size_t end = has_extension ? dot : name.size();
-  std::string numbers;
-  for (const int number : {tree, character})
-    if (number >= 0) numbers += "_" + std::to_string(number);
-  return name.substr(0, end) + numbers + name.substr(end);
-}
-
 }  // namespace zeb

@@ -18,7 +18,5 @@ struct figure_titles {
 void draw_map_figure(const figure_request& request, const std::string& file_name,
                      const_tree_span tree, const mapped_character& mapped,
                      const figure_titles& titles);
-/// "name_T_C.svg" of "name.svg", with the numbers that aren't below 0.
-std::string numbered_file_name(const std::string& name, int tree, int character = -1);
 
 }  // namespace zeb

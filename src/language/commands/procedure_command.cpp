@@ -74,6 +74,16 @@ void read_phylip() {
   hooks_of_language.read_phylip(type, file);
 }
 
+// "| files", "|+ files".
+void read_tps() {
+  const bool add = accept_char('+');
+  std::vector<std::string> names;
+  while (read_file_name() > 0) names.emplace_back(token());
+  if (names.empty()) error_end("Must specify name of TPS file");
+  if (!hooks_of_language.read_tps) error_end("Reading of TPS files is not available yet");
+  hooks_of_language.read_tps(names, add);
+}
+
 // At the level of the process arguments there is no file to end: "-" is the standard input there.
 // In a file "/" and "-" end it where nothing but a blank or ";" follows; else they begin a name.
 bool ends_file(int c) {
@@ -149,6 +159,8 @@ void procedure_command() {
     read_newick();
   } else if (accept_char('!')) {
     read_phylip();
+  } else if (accept_char('|')) {
+    read_tps();
   } else {
     read_file_name();
     read_commands_from(std::string(token()));

@@ -1,0 +1,4 @@
+LM=1
+0 1
+ID=a
+hello
