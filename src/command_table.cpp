@@ -14,6 +14,7 @@
 #include "mapping/commands.h"
 #include "matrix/commands.h"
 #include "parallel/commands.h"
+#include "realign/commands.h"
 #include "search/commands.h"
 #include "supports/commands.h"
 #include "taxonomy/commands.h"
@@ -81,7 +82,7 @@ constexpr command_row rows[] = {
     {"lik",         none, true,  topic_various},
     {"lmark",       none, true,  topic_diagnosis | topic_settings},
     {"lmbox",       none, false, topic_output | topic_diagnosis},
-    {"lmrealign",   none, true,  topic_input | topic_settings},
+    {"lmrealign",   lmrealign_command, true,  topic_input | topic_settings, false, &lmrealign_options},
     {"lquote",      lquote_command, false, topic_output | topic_various},
     {"lset",        none, false, topic_settings | topic_various},
     {"majority",    majority_command, true,  topic_consensus | topic_supports},
