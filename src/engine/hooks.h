@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <span>
 
+#include "engine/plain/landmark_measure.h"
 #include "trees/tree_record.h"
 
 namespace zeb {
 
 struct engine_hooks {
+  landmark_measurer measure_landmarks = nullptr;
   /// Collapsing rules 5 and 6, which swap branches: called with a tree of the buffer, fills the
   /// marks as branch_judge does. Null: those rules are refused.
   void (*collapse_by_swapping)(const_tree_span tree, bool use_tbr, std::span<std::uint8_t> marks,

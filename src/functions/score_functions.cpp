@@ -45,11 +45,6 @@ std::vector<std::uint8_t> marks_of(const score_argument& argument) {
   return marks;
 }
 
-double in_units(int character, std::int64_t steps) {
-  const bool continuous = matrix.characters[static_cast<std::size_t>(character)].is_continuous;
-  return continuous ? static_cast<double>(steps) / 1000 : static_cast<double>(steps);
-}
-
 // Steps of one character count once; the length of a tree is weighted.
 double length(polytomy_kind polytomies) {
   const score_argument argument = read_argument();
@@ -61,7 +56,7 @@ double length(polytomy_kind polytomies) {
   plain_optimiser& optimiser = kept_optimiser(marks_of(argument));
   optimiser.optimise(stored_tree(argument.tree), polytomies);
   if (argument.character < 0) return optimiser.score();
-  return in_units(argument.character, optimiser.steps(argument.character));
+  return optimiser.length(argument.character);
 }
 
 // Steps beyond the minimum, and the internal steps.

@@ -1,10 +1,12 @@
 #include "landmarks/landmark_scores.h"
 
+#include <algorithm>
 #include <numeric>
 
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "landmarks/point_minima.h"
 #include "landmarks/point_optimiser.h"
 #include "matrix/landmarks.h"
 #include "matrix/matrix.h"
@@ -31,6 +33,13 @@ void landmark_scorer::optimise(const_tree_span tree) {
     check_interrupt();
     lengths_[i] = optimiser.optimise(shape, data_.points[i]);
   }
+}
+
+double landmark_scorer::homoplasy(std::size_t point) const {
+  if (minima_.empty()) {
+    for (const point_record& p : data_.points) minima_.push_back(minimum_of_point(p));
+  }
+  return std::max(0.0, lengths_[point] - minima_[point]);
 }
 
 double landmark_scorer::score_of_configuration(std::size_t configuration) const {

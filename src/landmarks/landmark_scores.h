@@ -25,6 +25,8 @@ class landmark_scorer {
   const landmark_points& data() const { return data_; }
   /// Length of the tree for each point, as it is: without factors and weights.
   std::span<const double> lengths() const { return lengths_; }
+  /// Length of a point beyond its minimum on the last tree.
+  double homoplasy(std::size_t point) const;
   /// With the factors and weights of points: what `lmscore` is.
   double score_of_configuration(std::size_t configuration) const;
   /// The sum over configurations, with the weights of characters.
@@ -33,6 +35,7 @@ class landmark_scorer {
  private:
   landmark_points data_;
   std::vector<double> lengths_;
+  mutable std::vector<double> minima_;  // made when first needed
 };
 
 /// Positions of all nodes of a tree of the buffer for one landmark of a configuration: by node,

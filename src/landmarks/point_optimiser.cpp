@@ -75,36 +75,33 @@ void point_optimiser::shake(const point_record& point, int terminals, landmark_d
   vertices_ = std::move(best);
 }
 
-/// Sweeps of springs, ever less softened, then passes of Fermat points, until a round gains too
-/// little. Sweeps end at a softness that can't be seen in the score. Keeps the best that it meets.
+/// Rounds, each of sweeps of springs that are less and less softened, then of passes of Fermat
+/// points, until one gains too little. Keeps the best that it meets.
 void point_optimiser::move_to_optimum(const point_record& point, int terminals) {
-  constexpr double first_softness = 0.03;  // in spans of the point
-  constexpr double last_softness = 1e-8;
-  constexpr double hardening = 0.6;
-  int rounds = settings_.max_iterations;
+  // In spans of the point. A softer start forgets what the grids found and ends farther off.
+  constexpr double first_softness = 0.003;
+  constexpr double last_softness = 1e-7;
+  constexpr double hardening = 0.8;
+  constexpr int fermat_passes = 2;
   std::vector<landmark_point> best(vertices_);
   double least = length_of(tree_, vertices_);
-  const auto gain = [&] {
+  for (int round = 0; round < settings_.max_iterations; ++round) {
+    for (double softness = first_softness; softness > last_softness; softness *= hardening) {
+      springs_.sweep(tree_, terminals, softness * point.span, vertices_);
+    }
+    for (int pass = 0; pass < fermat_passes; ++pass) {
+      for (std::size_t v = 0; v < tree_.node.size(); ++v) {
+        if (tree_.node[v] >= terminals)
+          vertices_[v] = middle_of_neighbours(tree_, v, vertices_, neighbours_);
+      }
+    }
     const double length = length_of(tree_, vertices_);
     const double gained = least - length;
     if (gained > 0) {
       least = length;
       best = vertices_;
     }
-    return gained;
-  };
-  for (double softness = first_softness; softness > last_softness && rounds > 0; --rounds) {
-    springs_.sweep(tree_, terminals, softness * point.span, vertices_);
-    softness *= hardening;
-  }
-  gain();
-  vertices_ = best;
-  while (rounds-- > 0) {
-    for (std::size_t v = 0; v < tree_.node.size(); ++v) {
-      if (tree_.node[v] >= terminals)
-        vertices_[v] = middle_of_neighbours(tree_, v, vertices_, neighbours_);
-    }
-    if (gain() <= settings_.cut * point.span) break;
+    if (gained <= settings_.cut * point.span) break;
   }
   vertices_ = std::move(best);
 }

@@ -34,9 +34,9 @@ double largest_distance(std::span<const landmark_point> points) {
   return std::sqrt(largest);
 }
 
-/// Frame, span and effort by some positions, of which none is missing.
-void measure_by(point_record& point, std::span<const landmark_point> positions,
-                const landmark_settings& settings) {
+/// Frame, span and effort by the positions that count.
+void measure_by(point_record& point, const landmark_settings& settings) {
+  const std::span<const landmark_point> positions = point.counted;
   point.effort = point_effort::none;
   point.span = point.largest_range = 0;
   if (positions.empty()) return;
@@ -79,6 +79,7 @@ void set_factors(std::span<point_record> points, std::span<const point_choice> c
   for (point_record& p : points) {
     const point_choice& choice = choices[at(p.landmark)];
     p.weight = choice.weight;
+    p.chosen_minimum = choice.minimum;
     const double span = lmark.settings.in_scale ? p.span : largest;
     const double automatic = span > 0 ? 1 / (span * static_cast<double>(points.size())) : 0;
     p.factor = implied ? 1 : choice.factor >= 0 ? choice.factor : automatic;
@@ -89,7 +90,9 @@ void set_factors(std::span<point_record> points, std::span<const point_choice> c
 }  // namespace
 
 void measure_point(point_record& point, const landmark_settings& settings) {
-  measure_by(point, present_of(point.terminals), settings);
+  point.counted = present_of(point.terminals);
+  point.count_of_taxa = static_cast<int>(point.terminals.size());
+  measure_by(point, settings);
   fill_candidate_distances(point, settings);
 }
 
@@ -110,12 +113,13 @@ landmark_points gather_points(std::span<const std::uint8_t> characters, std::spa
       for (const int taxon : taxa)
         point.terminals.push_back(taxon < 0 ? missing_point
                                             : landmarks_of(one.character, taxon)[at(l)]);
-      std::vector<landmark_point> counted;
       for (int t = 0; t < matrix.ntax; ++t) {
-        if (counts[at(t)]) counted.push_back(landmarks_of(one.character, t)[at(l)]);
+        if (!counts[at(t)]) continue;
+        ++point.count_of_taxa;
+        const landmark_point& p = landmarks_of(one.character, t)[at(l)];
+        if (!is_missing(p)) point.counted.push_back(p);
       }
-      point.present = static_cast<int>(present_of(point.terminals).size());
-      measure_by(point, present_of(counted), lmark.settings);
+      measure_by(point, lmark.settings);
       found.points.push_back(std::move(point));
     }
     const std::span<point_record> own = std::span(found.points).subspan(at(first));

@@ -22,12 +22,14 @@ struct point_record {
   int landmark = 0;  // number within the configuration
   int dimensions = 2;
   std::vector<landmark_point> terminals;  // by terminal
-  int present = 0;                        // terminals that have it
+  std::vector<landmark_point> counted;    // of the taxa that frame, span and minimum go by
+  int count_of_taxa = 0;                  // ... with those that lack it
   landmark_point least, most;             // frame of the grid; after shrinking
   double span = 0;                        // largest distance between two terminals
   double largest_range = 0;               // along one axis, before shrinking
   double weight = 1;
   double factor = 1;
+  double chosen_minimum = -1;  // of its length, by the user; negative: none
   point_effort effort = point_effort::none;
   /// Distances between candidates, symmetric; empty where they are made when needed.
   std::vector<double> distances;

@@ -6,8 +6,12 @@
 #include "base/indices.h"
 #include "engine/fit/fit_rules.h"
 #include "engine/fit/fits.h"
+#include "engine/fit/weighting_settings.h"
+#include "engine/hooks.h"
 #include "engine/plain/plain_optimisation.h"
+#include "landmarks/hooks.h"
 #include "mapping/down_pass_rows.h"
+#include "mapping/landmark_measures.h"
 #include "matrix/character_steps.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
@@ -30,17 +34,18 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
     return;
   }
   for (int c = 0; c < matrix.nchar; ++c) {
-    const character_record& record = matrix.characters[at(c)];
-    double steps = static_cast<double>(optimiser.steps(c));
-    if (measure == tree_measure::homoplasy) steps -= minimum_steps(c);
-    if (measure == tree_measure::score) steps *= record.weight;
-    values[at(c)] = record.is_continuous ? steps / 1000 : steps;
+    double length = optimiser.length(c);
+    if (measure == tree_measure::homoplasy) length -= lengths_over_active_taxa(c).least;
+    if (measure == tree_measure::score) length *= matrix.characters[at(c)].weight;
+    values[at(c)] = length;
   }
 }
 
 }  // namespace
 
 void register_mapping() {
+  hooks_of_engine.measure_landmarks = measure_landmarks;
+  hooks_of_landmarks.implied_weights = [] { return weighting.on; };
   hooks_of_matrix.node_rows = rows_of_tree;
   hooks_of_matrix.measure_characters = measure_characters;
 }

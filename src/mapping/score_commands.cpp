@@ -109,10 +109,6 @@ void show_fits(const score_request& request, fit_form form) {
       decimals_of_fits);
 }
 
-double unit_of(int character) {
-  return matrix.characters[at(character)].is_continuous ? 0.001 : 1.0;
-}
-
 /// Steps of one character on a tree beside the least and most that any tree has; weighted.
 struct homoplasy {
   double steps = 0;
@@ -131,9 +127,8 @@ struct homoplasy {
 };
 
 homoplasy homoplasy_of(const plain_optimiser& optimiser, int character, double weight) {
-  const double unit = unit_of(character) * weight;
-  return {static_cast<double>(optimiser.steps(character)) * unit, minimum_steps(character) * unit,
-          maximum_steps(character) * unit};
+  const length_range range = lengths_over_active_taxa(character);
+  return {optimiser.length(character) * weight, range.least * weight, range.most * weight};
 }
 
 std::string index_text(double value) { return value == value ? text_of("%.3f", value) : "-"; }
@@ -149,7 +144,8 @@ void show_homoplasy(const score_request& request, const plain_optimiser& optimis
     const homoplasy one = homoplasy_of(optimiser, c, 1);
     total.add(homoplasy_of(optimiser, c, matrix.characters[at(c)].weight));
     rows.push_back(character_label(c));
-    const int decimals = matrix.characters[at(c)].is_continuous ? decimals_of_continuous : 0;
+    const bool whole = !(matrix.characters[at(c)].type & (continuous_data | landmark_data));
+    const int decimals = whole ? 0 : decimals_of_continuous;
     for (const double value : {one.steps, one.least, one.most, one.steps - one.least})
       table.cells.push_back(score_text(value, decimals));
     table.cells.push_back(index_text(one.consistency()));

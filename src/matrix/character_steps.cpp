@@ -13,6 +13,7 @@
 
 #include "base/indices.h"
 #include "matrix/costs/cost_steps.h"
+#include "matrix/hooks.h"
 #include "matrix/smallest_hitting_set.h"
 #include "matrix/symbols.h"
 
@@ -144,6 +145,26 @@ step_range steps_over_taxa(int character, std::span<const std::uint8_t> taxa) {
   return record.additive ? additive_steps(character, taxa) : nonadditive_steps(character, taxa);
 }
 
+length_range lengths_over_taxa(int character, std::span<const std::uint8_t> taxa) {
+  const character_record& record = matrix.characters[at(character)];
+  if (record.type == landmark_data) {
+    if (!hooks_of_matrix.landmark_lengths) return {};
+    length_range found;
+    hooks_of_matrix.landmark_lengths(character, taxa, &found.least, &found.most);
+    return found;
+  }
+  const step_range range = steps_over_taxa(character, taxa);
+  const double unit = record.is_continuous ? 0.001 : 1.0;
+  return {range.least * unit, range.most * unit};
+}
+
+length_range lengths_over_active_taxa(int character) {
+  const character_record& record = matrix.characters[at(character)];
+  if (record.type == landmark_data) return lengths_over_taxa(character, current_taxa());
+  const double unit = record.is_continuous ? 0.001 : 1.0;
+  return {minimum_steps(character) * unit, maximum_steps(character) * unit};
+}
+
 void recheck_steps() {
   notice_changed_taxa();
   for (int c = 0; c < matrix.nchar; ++c) {
@@ -170,6 +191,12 @@ int homoplasy_base(int character, int least) {
   return record.is_sankoff && record.user_min_steps >= 0 ? record.user_min_steps : least;
 }
 
-bool is_informative(int character) { return maximum_steps(character) > minimum_steps(character); }
+bool is_informative(int character) {
+  if (matrix.characters[at(character)].type == landmark_data) {
+    const length_range range = lengths_over_active_taxa(character);
+    return range.most > range.least * (1 + 1e-9);
+  }
+  return maximum_steps(character) > minimum_steps(character);
+}
 
 }  // namespace zeb

@@ -10,7 +10,14 @@ namespace zeb {
 
 /// The range over the flagged taxa (a byte per taxon), whatever the records hold.
 step_range steps_over_taxa(int character, std::span<const std::uint8_t> taxa);
-/// The same over the active taxa, from the record, which is brought up to date where needed.
+/// The same in whole units, also of continuous and landmark characters; of the latter about.
+struct length_range {
+  double least = 0;
+  double most = 0;
+};
+length_range lengths_over_taxa(int character, std::span<const std::uint8_t> taxa);
+length_range lengths_over_active_taxa(int character);
+/// Steps over the active taxa, from the record, which is brought up to date where needed.
 int minimum_steps(int character);
 int maximum_steps(int character);
 /// What homoplasy counts from: the user's minimum of a character with costs, else `least`.

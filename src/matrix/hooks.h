@@ -25,6 +25,9 @@ struct matrix_hooks {
   /// Fills the values of every character (`nchar`) on a stored tree; raises the error for a tree
   /// that isn't there. Steps and homoplasy are unweighted, in units of the data.
   void (*measure_characters)(tree_measure measure, int tree, std::span<double> values) = nullptr;
+  /// The least and most that a landmark character costs for the flagged taxa, about.
+  void (*landmark_lengths)(int character, std::span<const std::uint8_t> taxa, double* least,
+                           double* most) = nullptr;
   /// Are constraints on trees defined?
   bool (*constraints_defined)() = nullptr;
 };

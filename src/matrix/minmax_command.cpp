@@ -79,11 +79,10 @@ std::vector<character_steps> collect(const minmax_request& request) {
   for (int c = 0; c < matrix.nchar; ++c) {
     const character_record& record = matrix.characters[static_cast<std::size_t>(c)];
     if (!chosen[static_cast<std::size_t>(c)] || !record.active) continue;
-    const step_range range = steps_over_taxa(c, taxa);
-    const double unit = record.is_continuous ? 0.001 : 1.0;
+    const length_range range = lengths_over_taxa(c, taxa);
     const double extra = request.internal ? record.internal_steps : 0;
-    steps.push_back({c, record.weight * (range.least * unit + extra),
-                     record.weight * (range.most * unit + extra)});
+    steps.push_back(
+        {c, record.weight * (range.least + extra), record.weight * (range.most + extra)});
   }
   return steps;
 }
@@ -149,8 +148,8 @@ void minmax_command() {
   double least = 0;
   double most = 0;
   for (const character_steps& s : steps) {
-    fractional =
-        fractional || matrix.characters[static_cast<std::size_t>(s.character)].is_continuous;
+    const auto type = matrix.characters[static_cast<std::size_t>(s.character)].type;
+    fractional = fractional || (type & (continuous_data | landmark_data));
     least += s.least;
     most += s.most;
   }

@@ -98,9 +98,8 @@ std::vector<double> tree_comparer::evidence() const {
     if (!characters_[at(c)]) continue;
     const character_record& record = matrix.characters[at(c)];
     const int set = rules_.on ? rules_.set_of_character(c) : -1;
-    const double unit = record.is_continuous ? 0.001 : 1;
     costs[at(set < 0 ? c : matrix.nchar + set)] +=
-        rules_.on ? fits[at(c)] : static_cast<double>(optimiser_.steps(c)) * unit * record.weight;
+        rules_.on ? fits[at(c)] : optimiser_.length(c) * record.weight;
   }
   return costs;
 }

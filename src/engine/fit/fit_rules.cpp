@@ -74,8 +74,15 @@ double own_concavity(int character) {
 fit_function function_of(int character) {
   const double own = own_concavity(character);
   if (own > 0) return function_with(own);
-  if (!weighting.missing.on) return function_with(weighting.concavity);
+  const bool landmarks = matrix.characters[at(character)].type == landmark_data;
+  if (!weighting.missing.on || landmarks) return function_with(weighting.concavity);
   return function_with(extrapolated_concavity(count_entries(character)));
+}
+
+/// A landmark configuration counts each of its points.
+int items_of_set(int character) {
+  const landmark_configuration* const points = find_configuration(matrix.landmarks, character);
+  return points ? points->points : 1;
 }
 
 /// All of a set have one function: by the concavity that the user gave it, or by the missing
@@ -89,7 +96,7 @@ void add_sets(fit_rules& rules, std::span<const std::uint8_t> scored) {
   for (int c = 0; c < matrix.nchar; ++c) {
     if (rules.set_of[at(c)] < 0 || !scored[at(c)]) continue;
     const auto set = at(rules.set_of[at(c)]);
-    ++rules.sets[set].characters;
+    rules.sets[set].characters += items_of_set(c);
     if (own[set] <= 0) own[set] = own_concavity(c);
     if (!weighting.missing.on) continue;
     const entry_count more = count_entries(c);
@@ -150,6 +157,14 @@ fit_rules current_fit_rules() {
   if (weighting_set_count() > 0) add_sets(rules, scored_characters());
   if (has_constant_weights()) make_weights_constant(rules);
   return rules;
+}
+
+fit_function function_of_point(const fit_rules& rules, int character, double observed, double all) {
+  const fit_function& given = rules.functions[at(character)];
+  const bool by_entries = weighting.extended && weighting.missing.on &&
+                          own_concavity(character) <= 0 && rules.set_of_character(character) < 0 &&
+                          given.kind != fit_function::form::line;
+  return by_entries ? function_with(extrapolated_concavity({observed, all})) : given;
 }
 
 double general_step_cost(double steps) { return step_cost(general_rules(), steps); }

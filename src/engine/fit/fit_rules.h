@@ -57,6 +57,9 @@ struct fit_rules {
   }
 };
 
+/// The function of one point of a landmark character: by its own missing entries, where those count
+/// and nothing else was said for the character. `all` of the active taxa could have it.
+fit_function function_of_point(const fit_rules& rules, int character, double observed, double all);
 /// For the settings in force and the active taxa and characters of the matrix.
 fit_rules current_fit_rules();
 /// What the step after `steps` extra ones costs by the general function, the user's or the general

@@ -32,10 +32,27 @@ std::vector<set_sum> sums_of_sets(const plain_optimiser& optimiser, const fit_ru
   return sums;
 }
 
+/// Of a landmark character: each of its points has a fit of its own.
+double fit_of_points(const plain_optimiser& optimiser, const fit_rules& rules, int character,
+                     fit_form form) {
+  double sum = 0;
+  for (const auto& p : optimiser.points(character)) {
+    const double cost =
+        rules.fit(function_of_point(rules, character, p.observed, p.all), p.homoplasy);
+    sum += p.weight * (form == fit_form::cost ? cost : 1 - cost);
+  }
+  return sum;
+}
+
 }  // namespace
 
 double character_homoplasy(const plain_optimiser& optimiser, int character) {
   const character_record& record = matrix.characters[at(character)];
+  if (record.type == landmark_data) {
+    double sum = 0;
+    for (const auto& p : optimiser.points(character)) sum += p.weight * p.homoplasy;
+    return sum;
+  }
   const double unit = record.is_continuous ? 1000.0 : 1.0;
   const auto extra = static_cast<double>(optimiser.steps(character) -
                                          homoplasy_base(character, minimum_steps(character)));
@@ -44,6 +61,8 @@ double character_homoplasy(const plain_optimiser& optimiser, int character) {
 
 double character_fit(const plain_optimiser& optimiser, const fit_rules& rules, int character,
                      fit_form form) {
+  if (matrix.characters[at(character)].type == landmark_data)
+    return fit_of_points(optimiser, rules, character, form);
   const double cost = rules.character_fit(character, character_homoplasy(optimiser, character));
   return form == fit_form::cost ? cost : 1 - cost;
 }

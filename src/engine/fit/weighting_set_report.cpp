@@ -84,8 +84,7 @@ std::vector<set_sums> sums_on_tree(const plain_optimiser& optimiser, const fit_r
     const int set = rules.set_of_character(c);
     if (set < 0 || !characters[at(c)]) continue;
     const character_record& record = matrix.characters[at(c)];
-    const double unit = record.weight * (record.is_continuous ? 0.001 : 1.0);
-    sums[at(set)].steps += unit * static_cast<double>(optimiser.steps(c));
+    sums[at(set)].steps += record.weight * optimiser.length(c);
     sums[at(set)].homoplasy += record.weight * character_homoplasy(optimiser, c);
   }
   return sums;

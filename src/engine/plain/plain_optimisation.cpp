@@ -6,6 +6,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "engine/hooks.h"
 #include "trees/tree_walks.h"
 
 namespace zeb {
@@ -35,8 +36,12 @@ plain_optimiser::plain_optimiser(std::span<const std::uint8_t> characters,
   for (int c = 0; c < matrix.nchar; ++c) {
     if (!characters[at(c)]) continue;
     const character_record& record = matrix.characters[at(c)];
-    if (record.type == landmark_data)
-      error_end_f("Landmark characters (as %i) can't be optimized yet", c);
+    if (record.type == landmark_data) {
+      if (!landmarks_) first_landmark_ = c;
+      if (!landmarks_) landmarks_ = hooks_of_engine.measure_landmarks(characters, ignored_taxa);
+      has_continuous_ = true;
+      continue;
+    }
     has_continuous_ = has_continuous_ || record.is_continuous;
     characters_.push_back({c, silent_pattern_of(c), 0});
   }
@@ -81,6 +86,13 @@ void plain_optimiser::optimise(const_tree_span tree, const slice_visitor& visit)
 
 void plain_optimiser::optimise_slices(const_tree_span tree, polytomy_kind polytomies,
                                       const slice_visitor* visit) {
+  if (landmarks_ && !visit) {
+    if (polytomies == polytomy_kind::soft)
+      error_end_f(
+          "Polytomies for landmark characters (e.g. char. %i) cannot be optimized as \"soft\"",
+          first_landmark_);
+    landmarks_->optimise(tree);
+  }
   const descendant_lists lists = descendants_of(tree, matrix.ntax);
   const std::vector<int> order = internal_nodes_root_first(lists, matrix.ntax);
   for (std::size_t i = 0; i < slice_ends_.size(); ++i) {
@@ -92,14 +104,24 @@ void plain_optimiser::optimise_slices(const_tree_span tree, polytomy_kind polyto
   }
 }
 
+double plain_optimiser::length(int character) const {
+  const character_record& record = matrix.characters[at(character)];
+  if (record.type == landmark_data) return landmarks_->score(character);
+  const auto steps = static_cast<double>(steps_[at(character)]);
+  return record.is_continuous ? steps / 1000 : steps;
+}
+
 double plain_optimiser::score() const {
   std::int64_t steps = 0;
   std::int64_t thousandths = 0;
+  double landmarks = 0;
   for (int c = 0; c < matrix.nchar; ++c) {
     const character_record& record = matrix.characters[at(c)];
+    if (record.type == landmark_data && landmarks_)
+      landmarks += record.weight * landmarks_->score(c);
     (record.is_continuous ? thousandths : steps) += record.weight * steps_[at(c)];
   }
-  return static_cast<double>(steps) + static_cast<double>(thousandths) / 1000.0;
+  return static_cast<double>(steps) + static_cast<double>(thousandths) / 1000.0 + landmarks;
 }
 
 }  // namespace zeb

@@ -27,16 +27,21 @@ struct type_selector {
   bool (*holds)(const character_record& record);
 };
 using record_type = const character_record&;
-// A character of one dimension is a continuous one. Landmarks of two and three dimensions can't be
-// read yet, so nothing is of those types.
+bool has_dimensions(const character_record& record, int dimensions) {
+  const landmark_configuration* const found =
+      find_configuration(matrix.landmarks, static_cast<int>(&record - matrix.characters.data()));
+  return found && found->dimensions == dimensions;
+}
+
+// A character of one dimension is a continuous one.
 constexpr type_selector type_selectors[] = {
     {"num", [](record_type r) { return r.type == numeric_data; }},
     {"dna", [](record_type r) { return r.type == dna_data; }},
     {"prot", [](record_type r) { return r.type == protein_data; }},
     {"cont", [](record_type r) { return r.type == continuous_data; }},
     {"1d", [](record_type r) { return r.type == continuous_data; }},
-    {"2d", [](record_type) { return false; }},
-    {"3d", [](record_type) { return false; }},
+    {"2d", [](record_type r) { return has_dimensions(r, 2); }},
+    {"3d", [](record_type r) { return has_dimensions(r, 3); }},
     {"land", [](record_type r) { return r.type == landmark_data; }},
     {"add", [](record_type r) { return is_discrete(r) && r.additive && !r.is_sankoff; }},
     {"nonadd", [](record_type r) { return is_discrete(r) && !r.additive && !r.is_sankoff; }},
