@@ -9,6 +9,7 @@
 #include "formats/commands.h"
 #include "functions/commands.h"
 #include "instability/commands.h"
+#include "landmarks/commands.h"
 #include "language/commands/commands.h"
 #include "macro/commands.h"
 #include "mapping/commands.h"
@@ -80,7 +81,7 @@ constexpr command_row rows[] = {
     {"kleex",       none, true,  topic_searching | topic_various},
     {"length",      length_command, true,  topic_diagnosis | topic_compare},
     {"lik",         none, true,  topic_various},
-    {"lmark",       none, true,  topic_diagnosis | topic_settings},
+    {"lmark",       lmark_command, true,  topic_diagnosis | topic_settings, false, &lmark_options},
     {"lmbox",       none, false, topic_output | topic_diagnosis},
     {"lmrealign",   lmrealign_command, true,  topic_input | topic_settings, false, &lmrealign_options},
     {"lquote",      lquote_command, false, topic_output | topic_various},

@@ -34,6 +34,7 @@ extern const std::span<const expression_function> data_functions;
 extern const std::span<const expression_function> file_functions;
 extern const std::span<const expression_function> group_functions;
 extern const std::span<const expression_function> job_functions;
+extern const std::span<const expression_function> landmark_functions;
 extern const std::span<const expression_function> number_functions;
 extern const std::span<const expression_function> score_functions;
 extern const std::span<const expression_function> search_functions;

@@ -24,9 +24,11 @@ double doubled_area(const landmark_point& u, const landmark_point& v) {
   return norm({u.y * v.z - u.z * v.y, u.z * v.x - u.x * v.z, u.x * v.y - u.y * v.x});
 }
 
-/// Is the angle between two sides 120 degrees or more? `product`: their scalar product.
+/// Is the angle between two sides 120 degrees or more, to rounding? `product`: their scalar
+/// product.
 bool is_wide(double product, double squared_u, double squared_v) {
-  return product < 0 && 4 * product * product >= squared_u * squared_v;
+  constexpr double rounding = 1 - 1e-14;
+  return product < 0 && 4 * product * product >= squared_u * squared_v * rounding;
 }
 
 /// The sides of a triangle, from one corner to another, and what its angles go by.

@@ -12,6 +12,21 @@
 #include "matrix/matrix.h"
 
 namespace zeb {
+namespace {
+
+/// A user's minimum that a tree is below gives way.
+bool lower_minimum(point_record& point, double length) {
+  if (point.chosen_minimum < 0 || length >= point.chosen_minimum * (1 - 1e-6)) return false;
+  warning_f(
+      "Ch. %i, landmark %i, user min. set to %6f, but found a tree with %6f\nMinimum will be "
+      "updated (this may affect previous calculations).",
+      point.character, point.landmark, point.chosen_minimum, length);
+  point.chosen_minimum = length;
+  lower_chosen_minimum(point.character, point.landmark, length);
+  return true;
+}
+
+}  // namespace
 
 landmark_scorer::landmark_scorer(std::span<const std::uint8_t> characters,
                                  std::span<const std::uint8_t> ignored_taxa) {
@@ -32,6 +47,7 @@ void landmark_scorer::optimise(const_tree_span tree) {
   for (std::size_t i = 0; i < data_.points.size(); ++i) {
     check_interrupt();
     lengths_[i] = optimiser.optimise(shape, data_.points[i]);
+    if (lower_minimum(data_.points[i], lengths_[i])) minima_.clear();
   }
 }
 
@@ -57,20 +73,27 @@ double landmark_scorer::score() const {
   return sum;
 }
 
-std::vector<std::vector<landmark_point>> positions_of_configuration(const_tree_span tree,
-                                                                    int character) {
+void for_each_landmark(const_tree_span tree, std::span<const std::uint8_t> characters,
+                       const landmark_visitor& visit) {
   require_basal_dichotomy(tree, matrix.ntax);
-  std::vector<std::uint8_t> one(at(matrix.nchar), 0);
-  one[at(character)] = 1;
-  const landmark_points data = gather_points(one);
+  const landmark_points data = gather_points(characters);
   const landmark_tree shape = landmark_tree_of(tree, matrix.ntax);
   point_optimiser optimiser(lmark.settings);
-  std::vector<std::vector<landmark_point>> found;
   for (const point_record& point : data.points) {
     check_interrupt();
     optimiser.optimise(shape, point);
-    found.emplace_back(optimiser.positions().begin(), optimiser.positions().end());
+    visit(point, optimiser.positions());
   }
+}
+
+std::vector<std::vector<landmark_point>> positions_of_configuration(const_tree_span tree,
+                                                                    int character) {
+  std::vector<std::uint8_t> one(at(matrix.nchar), 0);
+  one[at(character)] = 1;
+  std::vector<std::vector<landmark_point>> found;
+  for_each_landmark(tree, one, [&](const point_record&, std::span<const landmark_point> positions) {
+    found.emplace_back(positions.begin(), positions.end());
+  });
   return found;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -38,8 +39,13 @@ class landmark_scorer {
   mutable std::vector<double> minima_;  // made when first needed
 };
 
-/// Positions of all nodes of a tree of the buffer for one landmark of a configuration: by node,
-/// terminals first; missing where no terminal below has it.
+/// Calls `visit` for each point of the characters marked, with the positions of all nodes of a tree
+/// of the buffer: by node, terminals first; missing where no terminal below has it.
+using landmark_visitor =
+    std::function<void(const point_record& point, std::span<const landmark_point> positions)>;
+void for_each_landmark(const_tree_span tree, std::span<const std::uint8_t> characters,
+                       const landmark_visitor& visit);
+/// Positions of all nodes of a tree of the buffer for one landmark of a configuration, by node.
 std::vector<landmark_point> positions_of_landmark(const_tree_span tree, int character,
                                                   int landmark);
 /// For all landmarks of a configuration, by landmark.

@@ -32,7 +32,19 @@ struct landmark_settings {
   // Others.
   bool sample_configurations = false;  // resampling draws whole configurations
   bool look_ahead = false;
-  bool show_internal_nodes = false;  // in `lmark map`
+  // Reports and figures of positions.
+  bool show_internal_nodes = false;  // with their coordinates, beside figures
+  int decimals = 4;                  // of coordinates
+  bool lines = true;                 // figures: from a node's points to those of its ancestor
+  double tilt = 0;                   // figures of three dimensions: degrees
+  double rotation = 0;
+  double volume = 0;  // figures of three dimensions: how much larger what is near is drawn, percent
+};
+/// Landmarks that figures join by a line.
+struct landmark_wire {
+  int from = 0;
+  int to = 0;
+  bool operator==(const landmark_wire&) const = default;
 };
 /// What the user chose for one point.
 struct point_choice {
@@ -44,14 +56,20 @@ struct point_choice {
 struct landmark_state {
   landmark_settings settings;
   std::vector<std::vector<point_choice>> choices;  // by configuration, then point
+  std::vector<std::vector<landmark_wire>> wires;   // by configuration
   bool low_memory_forced = false;                  // by the data: memory was short
 };
 /// Written in landmarks/ only.
 extern landmark_state lmark;
 
 void set_landmark_settings(const landmark_settings& settings);
-/// New data: no choices.
+/// New data: neither choices nor wires.
 void make_point_choices();
 void set_point_choice(int configuration, int point, const point_choice& choice);
+/// A tree has shown that the minimum is too high.
+void lower_chosen_minimum(int character, int point, double minimum);
+void set_wires(int configuration, std::vector<landmark_wire> wires);
+/// Memory for all distances between candidates is short, or isn't.
+void force_low_memory(bool forced);
 
 }  // namespace zeb

@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <iterator>
-#include <vector>
 
 #include "base/indices.h"
 #include "base/interrupts.h"
@@ -13,9 +12,6 @@
 #include "matrix/matrix.h"
 
 namespace zeb {
-namespace {
-
-/// Those that aren't missing, each position once.
 std::vector<landmark_point> distinct_points(std::span<const landmark_point> points) {
   std::vector<landmark_point> found;
   std::ranges::copy_if(points, std::back_inserter(found),
@@ -27,8 +23,6 @@ std::vector<landmark_point> distinct_points(std::span<const landmark_point> poin
   found.erase(std::unique(found.begin(), found.end()), found.end());
   return found;
 }
-
-}  // namespace
 
 // The sum is at most 1.7320508 times the longest side, so that most pairs can't be the longest side
 // of a better triplet.

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "landmarks/landmark_settings.h"
 #include "landmarks/point_records.h"
@@ -10,6 +11,8 @@
 
 namespace zeb {
 
+/// Those that aren't missing, each position once.
+std::vector<landmark_point> distinct_points(std::span<const landmark_point> points);
 /// A bound from below: the largest sum of distances of three terminals from their Fermat point.
 double largest_triplet(std::span<const landmark_point> terminals);
 /// What homoplasy counts from: the user's choice, or else the bound.

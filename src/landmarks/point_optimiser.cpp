@@ -51,7 +51,10 @@ void point_optimiser::place_on_grids(const point_record& point, int terminals) {
         std::max({grid.spacing.x, grid.spacing.y, grid.spacing.z}) < settings_.precision) {
       break;
     }
+    // The grids needn't hold the positions that they are around, so that they may find worse ones.
+    const std::vector<landmark_point> before = vertices_;
     passes_.place_nested(tree_, terminals, grid, settings_, draws, vertices_);
+    if (length_of(tree_, vertices_) > length_of(tree_, before)) vertices_ = before;
   }
 }
 

@@ -17,6 +17,7 @@
 #include "mapping/commands.h"
 #include "mapping/common_groups.h"
 #include "mapping/map_figure.h"
+#include "mapping/moved_landmarks.h"
 #include "mapping/requests.h"
 #include "matrix/matrix.h"
 #include "trees/tree_store.h"
@@ -33,16 +34,18 @@ struct apo_request {
   std::optional<figure_request> figure;
 };
 
-/// "!C N": one landmark character.
-[[noreturn]] void refuse_landmark() {
+/// "!C N": one landmark character, on one tree: its landmarks that differ between a node and its
+/// ancestor, and by how much.
+void show_moved_landmarks() {
   const int character = read_int();
   if (character < 0) error_end("Must give", "character", "number");
   if (character >= matrix.nchar) error_end("Character", character, "is not in the matrix");
   if (!is_landmark(character))
     error_end_f("Option \"apo!\" is applicable only to landmark characters (not %i)", character);
-  if (read_trees_and_characters().trees.size() > 1)
-    error_end("Cannot use multiple trees for individual landmarks");
-  error_end_f("Landmark characters (as %i) can't be optimized yet", character);
+  const std::vector<int> trees = read_trees_and_characters().trees;
+  if (trees.size() > 1) error_end("Cannot use multiple trees for individual landmarks");
+  expect_end();
+  list_moved_landmarks(trees.front(), character);
 }
 
 void read_states_style(branch_text_style& style) {
@@ -56,7 +59,8 @@ void read_states_style(branch_text_style& style) {
   if (!accept_char(')')) error_end("Expected \")\" after the width of columns");
 }
 
-apo_request read_apo_request() {
+/// Nothing for a landmark character, which is shown by itself.
+std::optional<apo_request> read_apo_request() {
   apo_request request;
   for (bool sign = true; sign;) {
     if (accept_char('['))
@@ -68,13 +72,14 @@ apo_request read_apo_request() {
     else if (accept_char('>'))
       read_states_style(request.style);
     else if (accept_char('!'))
-      refuse_landmark();
+      return std::nullopt;
     else
       sign = false;
   }
   request.chosen = read_trees_and_characters();
   request.figure = read_figure_or_end(apo_figure_defaults());
-  refuse_landmarks(request.chosen.characters, polytomy_kind::hard);
+  if (std::erase_if(request.chosen.characters, is_landmark) > 0)
+    warning("Landmark characters are left out; \"apo !C N\" shows one of them");
   if (request.figure && request.figure->coordinate_array >= 0 && !request.common &&
       request.chosen.trees.size() > 1)
     error_end("Places of nodes can be saved only for a figure of one tree");
@@ -117,7 +122,9 @@ void show(const apo_request& request, const tree_with_changes& shown) {
 
 void apo_command() {
   require_data_and_trees("finding synapomorphies");
-  const apo_request request = read_apo_request();
+  const std::optional<apo_request> read = read_apo_request();
+  if (!read) return show_moved_landmarks();
+  const apo_request& request = *read;
   const std::vector<tree_with_changes> trees = find_changes(request);
   if (request.common) {
     std::vector<const_tree_span> records;

@@ -14,6 +14,7 @@
 #include "language/lexer.h"
 #include "mapping/branch_lengths.h"
 #include "mapping/commands.h"
+#include "mapping/node_states.h"
 #include "mapping/requests.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/display.h"
@@ -75,7 +76,7 @@ length_request read_length_request() {
   check(request);
   request.chosen = read_trees_and_characters();
   expect_end();
-  refuse_landmarks(request.chosen.characters, request.polytomies);
+  refuse_soft_landmarks(request.chosen.characters, request.polytomies);
   if (request.of != length_request::kind::changes_in_size) return request;
   std::erase_if(request.chosen.characters,
                 [](int c) { return !matrix.characters[at(c)].is_continuous; });
@@ -87,8 +88,9 @@ length_request read_length_request() {
 }
 
 bool any_continuous(const std::vector<int>& characters) {
-  return std::any_of(characters.begin(), characters.end(),
-                     [](int c) { return matrix.characters[at(c)].is_continuous != 0; });
+  return std::any_of(characters.begin(), characters.end(), [](int c) {
+    return matrix.characters[at(c)].is_continuous || is_landmark(c);
+  });
 }
 
 std::string collapsing_title(int tree, const fit_rules& rules) {

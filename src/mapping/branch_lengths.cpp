@@ -5,6 +5,8 @@
 #include "engine/collapsing/collapsing.h"
 #include "engine/plain/plain_optimisation.h"
 #include "engine/plain/tree_scores.h"
+#include "landmarks/fermat.h"
+#include "landmarks/landmark_scores.h"
 #include "mapping/value_ranges.h"
 #include "matrix/matrix.h"
 
@@ -28,6 +30,31 @@ void add_lengths(const tree_shape& shape, const optimiser_type& optimiser, doubl
   });
 }
 
+/// The ways of the points of landmark characters, with factors and weights. Under a polytomous base
+/// there are none: an error.
+void add_landmarks(const tree_shape& shape, const std::vector<int>& characters,
+                   length_ranges& lengths) {
+  std::vector<std::uint8_t> marks(at(matrix.nchar), 0);
+  bool any = false;
+  for (const int c : characters) {
+    const bool landmarks = matrix.characters[at(c)].type == landmark_data;
+    marks[at(c)] = landmarks;
+    any = any || landmarks;
+  }
+  if (!any) return;
+  for_each_landmark(
+      shape.tree, marks, [&](const point_record& point, std::span<const landmark_point> positions) {
+        const double unit = point.multiplier() * matrix.characters[at(point.character)].weight;
+        for_each_branch(shape, [&](int node) {
+          const landmark_point& here = positions[at(node)];
+          const landmark_point& above = positions[at(shape.tree[at(node)])];
+          if (is_missing(here) || is_missing(above)) return;
+          lengths.least[at(node)] += unit * distance(here, above);
+          lengths.most[at(node)] += unit * distance(here, above);
+        });
+      });
+}
+
 }  // namespace
 
 length_ranges branch_lengths(const tree_shape& shape, const std::vector<int>& characters,
@@ -38,6 +65,7 @@ length_ranges branch_lengths(const tree_shape& shape, const std::vector<int>& ch
   for (const int c : characters) {
     check_interrupt();
     const character_record& record = matrix.characters[at(c)];
+    if (record.type == landmark_data) continue;
     const double unit = record.weight / (record.is_continuous ? 1000.0 : 1.0);
     if (record.is_continuous && polytomies == polytomy_kind::hard) {
       const value_ranges ranges(c, shape);
@@ -48,6 +76,7 @@ length_ranges branch_lengths(const tree_shape& shape, const std::vector<int>& ch
     if (model.size() > 1)
       add_lengths(shape, state_optimiser(model, shape, polytomies), unit, lengths);
   }
+  add_landmarks(shape, characters, lengths);
   return lengths;
 }
 

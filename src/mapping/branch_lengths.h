@@ -13,8 +13,8 @@ namespace zeb {
 /// Of a node that has no branch, or none of the kind asked for.
 constexpr double no_length = std::numeric_limits<double>::quiet_NaN();
 
-/// Weighted steps of characters (no landmarks) along the branch below each node, continuous ones in
-/// whole units: the least and the most that any reconstructions have there.
+/// Weighted steps of characters along the branch below each node, continuous ones in whole units:
+/// the least and the most that any reconstructions have there. Landmarks have one reconstruction.
 struct length_ranges {
   std::vector<double> least;
   std::vector<double> most;

@@ -56,14 +56,13 @@ std::optional<figure_request> read_figure_or_end(const svg_options& defaults) {
   return figure;
 }
 
-void refuse_landmarks(const std::vector<int>& characters, polytomy_kind polytomies) {
-  for (const int c : characters) {
-    if (!is_landmark(c)) continue;
-    if (polytomies == polytomy_kind::soft)
-      error_end_f(
-          "Polytomies for landmark characters (e.g. char. %i) cannot be optimized as \"soft\"", c);
-    error_end_f("Landmark characters (as %i) can't be optimized yet", c);
-  }
+void refuse_soft_landmarks(const std::vector<int>& characters, polytomy_kind polytomies) {
+  if (polytomies != polytomy_kind::soft) return;
+  const auto found = std::ranges::find_if(characters, is_landmark);
+  if (found != characters.end())
+    error_end_f(
+        "Polytomies for landmark characters (e.g. char. %i) cannot be optimized as \"soft\"",
+        *found);
 }
 
 void warn_of_large_polytomies(const std::vector<int>& trees,

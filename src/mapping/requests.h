@@ -22,8 +22,8 @@ void require_data_and_trees(const char* doing);
 mapping_request read_trees_and_characters();
 /// "& file options", on top of `defaults`, up to the semicolon, which is consumed in any case.
 std::optional<figure_request> read_figure_or_end(const svg_options& defaults);
-/// Error for a landmark character among them.
-void refuse_landmarks(const std::vector<int>& characters, polytomy_kind polytomies);
+/// Error for a landmark character among them where polytomies are soft.
+void refuse_soft_landmarks(const std::vector<int>& characters, polytomy_kind polytomies);
 
 /// Some soft polytomies are too large to be resolved, and taken as hard: warns of the first tree
 /// with one of so many branches that they aren't resolved, for all characters by one rule or by

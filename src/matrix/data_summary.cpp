@@ -1,6 +1,7 @@
 #include "matrix/data_summary.h"
 
 #include <algorithm>
+#include <functional>
 #include <span>
 #include <sstream>
 #include <string>
@@ -12,10 +13,19 @@
 #include "console/output.h"
 #include "language/list_text.h"
 #include "matrix/character_steps.h"
+#include "matrix/landmarks.h"
 #include "matrix/matrix.h"
 
 namespace zeb {
 namespace {
+
+/// Both lack the configuration, or have the same points.
+bool have_same_landmarks(int a, int b) {
+  return std::ranges::all_of(landmark_configurations(), [&](const landmark_configuration& one) {
+    return !matrix.characters[at(one.character)].active ||
+           std::ranges::equal(points_of(one, a), points_of(one, b));
+  });
+}
 
 /// The rows of one cell width; what inactive characters hold is as if it were missing.
 template <class word>
@@ -72,6 +82,14 @@ class row_pass {
       sum = (sum ^ (silent ? 0 : std::uint64_t{row[c]} + 1)) * odd;
       sum ^= sum >> 32;
     }
+    for (const landmark_configuration& one : landmark_configurations()) {
+      const auto points = points_of(one, taxon);
+      if (!matrix.characters[at(one.character)].active || all_missing(points)) continue;
+      --missing;
+      ++telling_[at(one.character)];
+      for (const landmark_point& p : points)
+        sum = (sum ^ std::hash<double>()(p.x) ^ (std::hash<double>()(p.y) << 1)) * odd;
+    }
     *hash = sum;
     return missing;
   }
@@ -82,7 +100,7 @@ class row_pass {
     for (std::size_t c = 0; c < mask_.size(); ++c) {
       if (row[c] != other[c] && !(is_silent(row[c], c) && is_silent(other[c], c))) return false;
     }
-    return true;
+    return have_same_landmarks(a, b);
   }
 
   // Sorted by the first taxon of each. Of different rows with one hash only those like the first

@@ -63,6 +63,12 @@ int characters_that(predicate holds) {
   return static_cast<int>(std::count_if(matrix.characters.begin(), matrix.characters.end(), holds));
 }
 
+int points_of_landmarks() {
+  int points = 0;
+  for (const landmark_configuration& one : matrix.landmarks) points += one.points;
+  return points;
+}
+
 std::string joined(const std::vector<std::string>& parts) {
   return joined_list(std::vector<std::string_view>(parts.begin(), parts.end()));
 }
@@ -104,6 +110,7 @@ void show_types() {
     note(that([](const character_record& r) { return r.gap_is_state != 0; }),
          "with gaps as a state");
     note(that([](const character_record& r) { return r.log_scale != 0; }), "in logarithms");
+    if (type == landmark_data) notes.push_back(counted(points_of_landmarks(), "point", "points"));
     parts.push_back(std::to_string(count) + " " + name);
     if (!notes.empty()) parts.back() += " (" + joined(notes) + ")";
   }
@@ -172,7 +179,7 @@ void show_summary(const sorted_characters& sorted) {
        matrix.nblocks > 1 ? text_of(" in %i blocks", matrix.nblocks) : std::string(), "\n");
   show_types();
   const auto constant = std::count_if(sorted.uninformative.begin(), sorted.uninformative.end(),
-                                      [](int c) { return maximum_steps(c) == 0; });
+                                      [](int c) { return lengths_over_active_taxa(c).most == 0; });
   emit("  Characters: ", constant, " constant",
        summary.empty_characters.empty()
            ? std::string()

@@ -27,8 +27,14 @@ struct entry_count {
 
 entry_count count_entries(int character) {
   entry_count count;
+  const landmark_configuration* const landmarks = find_configuration(matrix.landmarks, character);
   for (int t = 0; t < matrix.ntax; ++t) {
     if (!matrix.taxon_active[at(t)]) continue;
+    if (landmarks) {
+      for (const landmark_point& p : points_of(*landmarks, t)) count.observed += !is_missing(p);
+      count.all += landmarks->points;
+      continue;
+    }
     count.observed += !says_nothing(character, cell(t, character));
     ++count.all;
   }
