@@ -4,8 +4,14 @@
 namespace zeb {
 
 struct option_table;
+extern const option_table mrp_options;
+extern const option_table rcompl_options;
+extern const option_table sprdiff_options;
 extern const option_table tcomp_options;
 
+void mrp_command();
+void rcompl_command();
+void sprdiff_command();
 void tcomp_command();
 
 }  // namespace zeb

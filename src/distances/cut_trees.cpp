@@ -18,7 +18,8 @@ taxon_set shared_taxa(std::span<const const_tree_span> trees, int ntax) {
   return taxa;
 }
 
-std::vector<tree_node> cut_to_taxa(const_tree_span tree, int ntax, const taxon_set& taxa) {
+std::vector<tree_node> cut_to_taxa(const_tree_span tree, int ntax, const taxon_set& taxa,
+                                   std::vector<int>* stored_nodes) {
   const int terminals = taxa.count();
   ALWAYS_CHECK(terminals > 1, "a tree cut to less than two taxa");
   std::vector<int> ancestors(at(terminals + node_limit(tree, ntax) - ntax), -1);
@@ -28,7 +29,14 @@ std::vector<tree_node> cut_to_taxa(const_tree_span tree, int ntax, const taxon_s
   for (int n = ntax + 1; n < node_limit(tree, ntax); ++n)
     ancestors[at(n + shift)] = tree[at(n)] + shift;
   std::vector<tree_node> cut(at(2 * terminals - 1), 0);
-  record_from_ancestors(ancestors, cut, terminals);
+  std::vector<int> new_numbers;
+  record_from_ancestors(ancestors, cut, terminals, &new_numbers);
+  if (!stored_nodes) return cut;
+  stored_nodes->assign(at(node_limit(cut, terminals)), -1);
+  next = 0;
+  for (const int taxon : taxa) (*stored_nodes)[at(next++)] = taxon;
+  for (std::size_t n = at(terminals); n < new_numbers.size(); ++n)
+    if (new_numbers[n] >= 0) (*stored_nodes)[at(new_numbers[n])] = static_cast<int>(n) - shift;
   return cut;
 }
 

@@ -17,8 +17,9 @@ taxon_set taxa_of_tree(const_tree_span tree, int ntax);
 /// The taxa that all of the trees have.
 taxon_set shared_taxa(std::span<const const_tree_span> trees, int ntax);
 /// The same tree of these taxa alone, all of which it must have; they get numbers by their order.
-/// Two or more.
-std::vector<tree_node> cut_to_taxa(const_tree_span tree, int ntax, const taxon_set& taxa);
+/// Two or more. `stored_nodes`, if given, receives the node of `tree` that each node comes from.
+std::vector<tree_node> cut_to_taxa(const_tree_span tree, int ntax, const taxon_set& taxa,
+                                   std::vector<int>* stored_nodes = nullptr);
 /// The other way: a record of `ntax` terminals, where terminal i is taxon `taxa[i]`.
 std::vector<tree_node> with_taxa(const_tree_span cut, std::span<const int> taxa, int ntax);
 std::vector<int> members_of(const taxon_set& taxa);

@@ -22,7 +22,7 @@ void open_output(output_file& file, const std::string& name) {
 void close_output(output_file& file) {
   const std::string name = file.name();
   if (!file.close()) error_end("Cannot write file", name + file.cause());
-  report_line("Saved distances to file", name);
+  report_line("Saved table to file", name);
 }
 
 /// Whole numbers as such, fractions with all digits that tell them apart.

@@ -1,9 +1,8 @@
 // tcomp: trees compared by their groups, triplets, quartets and agreement subtrees.
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/errors.h"
@@ -15,51 +14,23 @@
 #include "distances/commands.h"
 #include "distances/cut_trees.h"
 #include "distances/group_comparison.h"
-#include "distances/matrix_files.h"
 #include "distances/paced_progress.h"
 #include "distances/quartets.h"
 #include "distances/tcomp_request.h"
+#include "distances/tree_pair.h"
 #include "language/lexer.h"
-#include "language/list_text.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/display.h"
 #include "trees/drawing/tables.h"
-#include "trees/hooks.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
 
-constexpr std::size_t widest_matrix_shown = 100;  // trees
-constexpr int most_taxa_of_tables = 4000;         // agreement subtrees take a table of all nodes
-
-std::string names_of(const taxon_set& taxa, std::size_t column) {
-  std::vector<std::string> names;
-  for (const int taxon : taxa) names.push_back(taxon_label(taxon));
-  return wrapped_words(names, column);
-}
+constexpr int most_taxa_of_tables = 4000;  // agreement subtrees take a table of all nodes
 
 // ---- two trees ----
-
-struct tree_pair {
-  explicit tree_pair(const tcomp_request& request)
-      : first(request.trees.rows.front()),
-        second(request.trees.is_square() ? request.trees.rows.back()
-                                         : request.trees.columns.front()),
-        taxa((taxa_of_tree(stored_tree(first), matrix.ntax) &
-              taxa_of_tree(stored_tree(second), matrix.ntax)) -
-             request.trees.excluded) {
-    if (taxa.count() < 2) error_end_f("Trees %i and %i share less than two taxa", first, second);
-  }
-  cut_tree cut(int number) const {
-    return {cut_to_taxa(stored_tree(number), matrix.ntax, taxa), taxa.count()};
-  }
-
-  int first;
-  int second;
-  taxon_set taxa;  // compared
-};
 
 std::string per_cent(double part, double all) {
   return all > 0 ? text_of(" (%.2f%%)", 100 * part / all) : std::string();
@@ -73,7 +44,7 @@ void list_groups(const std::vector<compared_group>& groups, int tree, int other)
     const std::string text =
         text_of("  node %i, %s:", group.node,
                 group.status == group_status::contradicted ? "contradicted" : "unresolved");
-    emit(text, names_of(group.taxa, text.size()), "\n");
+    emit(text, names_of_taxa(group.taxa, text.size()), "\n");
     any = true;
   }
   if (!any) emit("  none\n");
@@ -142,9 +113,7 @@ void compare_resolutions(const tree_pair& pair, const tcomp_request& request) {
 void save_agreement(const tree_pair& pair, const cut_tree& cut, const std::vector<int>& kept) {
   taxon_set terminals(cut.terminals);
   for (const int t : kept) terminals.insert(t);
-  const std::vector<int> numbers = members_of(pair.taxa);
-  std::vector<int> taxa;
-  for (const int t : kept) taxa.push_back(numbers[at(t)]);
+  const std::vector<int> taxa = members_of(pair.stored_taxa(kept));
   const auto tree =
       with_taxa(cut_to_taxa(cut.ancestors, cut.terminals, terminals), taxa, matrix.ntax);
   const tree_span slot = take_slot(true, "No space to store new trees");
@@ -163,20 +132,18 @@ void tell_agreement(const tree_pair& pair, const tcomp_request& request) {
       request.trees.unrooted
           ? unrooted_agreement_subtree(a, b, [&](double done) { progress.poll(done, 1); })
           : agreement_subtree(a, b);
-  const std::vector<int> numbers = members_of(pair.taxa);
-  taxon_set in(matrix.ntax);
-  for (const int t : kept) in.insert(numbers[at(t)]);
+  const taxon_set in = pair.stored_taxa(kept);
   const taxon_set out = pair.taxa - in;
   emit("Largest agreement subtree: ", kept.size(), " of ", a.terminals, " taxa\n");
   if (in.count() < out.count())
-    emit("  kept:", names_of(in, 7), "\n");
+    emit("  kept:", names_of_taxa(in, 7), "\n");
   else if (!out.empty())
-    emit("  left out:", names_of(out, 11), "\n");
+    emit("  left out:", names_of_taxa(out, 11), "\n");
   if (request.save) save_agreement(pair, a, kept);
 }
 
 void compare_two(const tcomp_request& request) {
-  const tree_pair pair(request);
+  const tree_pair pair = pair_of(request.trees);
   const int n = pair.taxa.count();
   const bool everything = request.measures() == 0;
   emit("Trees ", pair.first, " and ", pair.second, ", ", n, " shared taxa",
@@ -190,76 +157,21 @@ void compare_two(const tcomp_request& request) {
 
 // ---- many trees ----
 
-std::vector<std::string> tree_labels(const std::vector<int>& numbers, const char* format) {
-  std::vector<std::string> labels;
-  for (const int number : numbers) labels.push_back(text_of(format, number));
-  return labels;
-}
-
-void summarise(const distance_matrix& matrix, const tcomp_request& request, int decimals) {
-  const std::vector<int>& rows = request.trees.rows;
-  const std::vector<int>& columns = request.trees.column_trees();
-  double sum = 0, least = std::numeric_limits<double>::infinity(), most = -1;
-  std::pair<int, int> nearest, farthest;
-  long pairs = 0;
-  for (std::size_t r = 0; r < rows.size(); ++r)
-    for (std::size_t c = request.trees.is_square() ? r + 1 : 0; c < columns.size(); ++c) {
-      const double value = matrix.values[r * columns.size() + c];
-      if (std::isnan(value) || rows[r] == columns[c]) continue;
-      ++pairs;
-      sum += value;
-      if (value < least) least = value, nearest = {rows[r], columns[c]};
-      if (value > most) most = value, farthest = {rows[r], columns[c]};
-    }
-  if (pairs == 0) {
-    emit("No pair of trees shares enough taxa\n");
-    return;
-  }
-  emit("Of ", pairs, pairs == 1 ? " pair" : " pairs", ": mean ",
-       fraction_text(sum / static_cast<double>(pairs)), ", least ", fraction_text(least, decimals),
-       " (trees ", nearest.first, " and ", nearest.second, "), most ",
-       fraction_text(most, decimals), " (trees ", farthest.first, " and ", farthest.second, ")\n");
-  if (!matrix.same_taxa) emit("Note: each pair was cut to the taxa that both trees have\n");
-}
-
-void store_in_array(const distance_matrix& matrix, const tcomp_request& request) {
-  std::vector<double> values = matrix.values;
-  for (double& value : values)
-    if (std::isnan(value)) value = -1;
-  hooks_of_trees.user_arrays.store(request.array, values,
-                                   static_cast<int>(request.trees.column_trees().size()));
-}
-
 void show_distances(const tcomp_request& request, distance_measure measure) {
-  const distance_matrix matrix = distances_of_trees(request.trees, measure);
-  const int decimals = request.trees.normalised ? -1 : 0;
-  std::string title(name_of(measure));
-  if (request.trees.normalised) title += ", normalised";
+  distance_matrix distances = distances_of_trees(request.trees, measure);
+  tree_matrix table;
+  table.title = name_of(measure);
+  if (request.trees.normalised) table.title += ", normalised";
   if (request.trees.unrooted &&
       (measure == distance_measure::groups || measure == distance_measure::agreement))
-    title += ", without roots";
-  const bool elsewhere = request.array >= 0 || !request.phylip.empty() || !request.csv.empty();
-  const std::size_t widest =
-      std::max(request.trees.rows.size(), request.trees.column_trees().size());
-  if (elsewhere || widest > widest_matrix_shown) {
-    emit(title, "\n");
-    if (!elsewhere)
-      emit("Note: the table has more than ", widest_matrix_shown,
-           " trees; \"csv\", \"phylip\" or \"array\" give it\n");
-  } else {
-    const auto rows = tree_labels(request.trees.rows, "Tree %i");
-    const auto columns = tree_labels(request.trees.column_trees(), "%i");
-    std::vector<std::string> cells;
-    for (const double value : matrix.values) cells.push_back(fraction_text(value, decimals));
-    print_table({title, rows, columns, cells});
-  }
-  summarise(matrix, request, decimals);
-  const auto names = tree_labels(request.trees.rows, "tree_%i");
-  const auto other_names = tree_labels(request.trees.column_trees(), "tree_%i");
-  const labelled_matrix labelled{names, other_names, matrix.values};
-  if (!request.phylip.empty()) write_phylip_matrix(request.phylip, labelled);
-  if (!request.csv.empty()) write_csv_matrix(request.csv, labelled);
-  if (request.array >= 0) store_in_array(matrix, request);
+    table.title += ", without roots";
+  table.rows = request.trees.rows;
+  table.columns = request.trees.column_trees();
+  table.is_square = request.trees.is_square();
+  table.values = std::move(distances.values);
+  table.decimals = request.trees.normalised ? -1 : 0;
+  report_matrix(table, request.target);
+  if (!distances.same_taxa) emit("Note: each pair was cut to the taxa that both trees have\n");
 }
 
 void compare_many(const tcomp_request& request) {
@@ -307,9 +219,8 @@ void draw_reference(const tcomp_request& request) {
 void tcomp_command() {
   const tcomp_request request = read_tcomp_request();
   expect_end();
-  const bool stores = request.array >= 0 || !request.phylip.empty() || !request.csv.empty();
   const bool two = request.trees.rows.size() + request.trees.columns.size() == 2;
-  if (two && !stores && !request.trees.normalised)
+  if (two && !request.target.is_given() && !request.trees.normalised)
     compare_two(request);
   else
     compare_many(request);

@@ -5,27 +5,12 @@
 #include "base/errors.h"
 #include "distances/commands.h"
 #include "distances/tree_words.h"
-#include "language/hooks.h"
 #include "language/interpreter.h"
-#include "trees/hooks.h"
 
 namespace zeb {
 namespace {
 
 constexpr auto trees = &tcomp_request::trees;
-
-std::string read_name_of_matrix() {
-  if (read_file_name() == 0) error_end("Must give the name of the file for the distances");
-  return std::string(token());
-}
-void read_phylip(tcomp_request& request) { request.phylip = read_name_of_matrix(); }
-void read_csv(tcomp_request& request) { request.csv = read_name_of_matrix(); }
-
-void read_array(tcomp_request& request) {
-  if (!macros_on() || !hooks_of_trees.user_arrays.read_name)
-    error_end("This option is valid only when macros are enabled");
-  request.array = hooks_of_trees.user_arrays.read_name();
-}
 
 constexpr command_options rows = {
     choice<&tcomp_request::groups>("rf", 1).help(
@@ -50,19 +35,17 @@ constexpr command_options rows = {
     choice<&tcomp_request::draw>("draw", 1).help(
         "draw the first tree, with the number of other trees that have each group, and of those "
         "that contradict it"),
-    form<read_phylip>("phylip").argument("file").help("write the distances as a PHYLIP matrix"),
-    form<read_csv>("csv").argument("file").help("write them as values separated by commas"),
-    form<read_array>("array").argument("name").help(
-        "store them in an array of the user, a row for each tree"),
+    phylip_option<tcomp_request>,
+    csv_option<tcomp_request>,
+    array_option<tcomp_request>,
     choice<&tcomp_request::save>("*", 1).help(
         "keep the largest agreement subtree of two trees as the last tree"),
 };
 
 void check(const tcomp_request& request) {
-  const bool stores = request.array >= 0 || !request.phylip.empty() || !request.csv.empty();
-  if (stores && request.measures() > 1)
+  if (request.target.is_given() && request.measures() > 1)
     error_end("Only distances of one kind can be written or stored");
-  if (!request.phylip.empty() && !request.trees.is_square())
+  if (!request.target.phylip.empty() && !request.trees.is_square())
     error_end("PHYLIP matrices have the same trees as rows and as columns");
   const std::size_t n = request.trees.rows.size() + request.trees.columns.size();
   if (n < 2) error_end("Give two trees or more to compare");

@@ -1,8 +1,7 @@
 // What is asked of `tcomp`.
 #pragma once
 
-#include <string>
-
+#include "distances/matrix_report.h"
 #include "distances/tree_distances.h"
 
 namespace zeb {
@@ -14,10 +13,10 @@ struct tcomp_request {
   bool quartets = false;
   bool agreement = false;
 
-  bool list = false;        // groups in only one of two trees
-  bool draw = false;        // the first tree, with what the others have of its groups
-  bool save = false;        // agreement subtrees as the last trees
-  int array = -1;           // the user's array for the distances; -1 none
+  bool list = false;  // groups in only one of two trees
+  bool draw = false;  // the first tree, with what the others have of its groups
+  bool save = false;  // agreement subtrees as the last trees
+  matrix_target target;
   std::string phylip, csv;  // names of files; empty: none
   compared_trees_request trees;
   int measures() const { return groups + triplets + quartets + agreement; }

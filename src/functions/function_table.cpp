@@ -56,8 +56,8 @@ std::vector<const expression_function*> all_functions() {
   for (const auto rows :
        {data_functions, block_functions, tree_functions, tree_group_functions, score_functions,
         change_functions, landmark_functions, search_functions, support_functions, group_functions,
-        setting_functions, number_functions, array_functions, string_functions, file_functions,
-        walk_functions, job_functions, reserved_functions}) {
+        setting_functions, number_functions, array_functions, string_functions, distance_functions,
+        file_functions, walk_functions, job_functions, reserved_functions}) {
     for (const expression_function& row : rows) all.push_back(&row);
   }
   return all;

@@ -31,6 +31,7 @@ extern const std::span<const expression_function> array_functions;
 extern const std::span<const expression_function> block_functions;
 extern const std::span<const expression_function> change_functions;
 extern const std::span<const expression_function> data_functions;
+extern const std::span<const expression_function> distance_functions;
 extern const std::span<const expression_function> file_functions;
 extern const std::span<const expression_function> group_functions;
 extern const std::span<const expression_function> job_functions;
