@@ -90,7 +90,7 @@ constexpr command_row rows[] = {
     {"matchtax",    none, true,  topic_diagnosis | topic_various},
     {"map",         map_command, true,  topic_mapping | topic_diagnosis | topic_characters},
     {"minmax",      minmax_command, false, topic_diagnosis | topic_various | topic_characters},
-    {"mixtrees",    none, true,  topic_consensus | topic_trees},
+    {"mixtrees",    mixtrees_command, true,  topic_consensus | topic_trees, false, &mixtrees_options},
     {"mkmap",       none, true,  topic_diagnosis},
     {"mono",        mono_command, true,  topic_diagnosis | topic_compare | topic_trees},
     {"mrp",         mrp_command, true,  topic_various, false, &mrp_options},

@@ -4,11 +4,13 @@
 namespace zeb {
 
 struct option_table;
+extern const option_table mixtrees_options;
 extern const option_table mrp_options;
 extern const option_table rcompl_options;
 extern const option_table sprdiff_options;
 extern const option_table tcomp_options;
 
+void mixtrees_command();
 void mrp_command();
 void rcompl_command();
 void sprdiff_command();
