@@ -3,6 +3,7 @@
 // says so.
 #include "command_table.h"
 
+#include "compatibility/commands.h"
 #include "consensus/commands.h"
 #include "distances/commands.h"
 #include "engine/commands.h"
@@ -17,6 +18,7 @@
 #include "parallel/commands.h"
 #include "realign/commands.h"
 #include "search/commands.h"
+#include "shapes/commands.h"
 #include "supports/commands.h"
 #include "taxonomy/commands.h"
 #include "trees/commands.h"
@@ -45,7 +47,7 @@ constexpr command_row rows[] = {
     {"ccode",       ccode_command, false, topic_settings | topic_characters | topic_weights},
     {"cdir",        cdir_command, false, topic_various},
     {"change",      change_command, true,  topic_mapping | topic_diagnosis | topic_characters},
-    {"chkmoves",    none, true,  topic_diagnosis | topic_compare | topic_consensus | topic_trees},
+    {"chkmoves",    chkmoves_command, true,  topic_diagnosis | topic_compare | topic_consensus | topic_trees, false, &chkmoves_options},
     {"chomo",       chomo_command, true,  topic_diagnosis | topic_characters},
     {"ckeep",       ckeep_command, false, topic_settings | topic_characters},
     {"cls",         cls_command, false, topic_output | topic_various},
@@ -78,7 +80,7 @@ constexpr command_row rows[] = {
     {"lintrees",    lintrees_command, false, topic_output | topic_save | topic_settings},
     {"log",         log_command, false, topic_output | topic_save},
     {"keep",        keep_command, false, topic_various | topic_trees},
-    {"kleex",       none, true,  topic_searching | topic_various},
+    {"kleex",       kleex_command, true,  topic_searching | topic_various, false, &kleex_options},
     {"length",      length_command, true,  topic_diagnosis | topic_compare},
     {"lik",         none, true,  topic_various},
     {"lmark",       lmark_command, true,  topic_diagnosis | topic_settings, false, &lmark_options},
@@ -136,7 +138,7 @@ constexpr command_row rows[] = {
     {"scores",      scores_command, true,  topic_diagnosis | topic_trees},
     {"sectsch",     sectsch_command, true,  topic_searching, false, &sectsch_options},
     {"shortread",   shortread_command, true,  topic_input | topic_trees},
-    {"shpcomp",     none, true,  topic_diagnosis | topic_various},
+    {"shpcomp",     shpcomp_command, true,  topic_diagnosis | topic_various, false, &shpcomp_options},
     {"silent",      silent_command, false, topic_output | topic_settings, false, &silent_options},
     {"slfwt",       none, false, topic_searching | topic_settings | topic_various | topic_weights},
     {"slaveproc",   bground_command, false, topic_scripts},
@@ -173,7 +175,7 @@ constexpr command_row rows[] = {
     {"vversion",    vversion_command, false, topic_various},
     {"warn",        warn_command, false, topic_settings},
     {"watch",       watch_command, false, topic_settings},
-    {"xcomp",       none, true,  topic_diagnosis | topic_compare | topic_various | topic_characters},
+    {"xcomp",       xcomp_command, true,  topic_diagnosis | topic_compare | topic_various | topic_characters, false, &xcomp_options},
     {"xgroup",      xgroup_command, false, topic_settings | topic_various | topic_characters},
     {"xinact",      xinact_command, true,  topic_settings | topic_characters},
     {"xmult",       xmult_command, true,  topic_searching, false, &xmult_options},
@@ -187,7 +189,7 @@ constexpr command_row rows[] = {
     {"zzz",         quit_command, false, topic_various},
     {"\nMACROS:",   none, false, 0},
     {"bandb",       bandb_command, false, topic_scripts},
-    {"barplot",     none, false, topic_scripts},
+    {"barplot",     barplot_command, false, topic_scripts, false, &barplot_options},
     {"combine",     combine_command, false, topic_scripts},
     {"continue",    continue_command, false, topic_scripts},
     {"copytree",    copytree_command, false, topic_scripts},

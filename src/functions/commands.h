@@ -3,6 +3,10 @@
 
 namespace zeb {
 
+struct option_table;
+extern const option_table barplot_options;
+
+void barplot_command();
 void maketable_command();
 
 }  // namespace zeb

@@ -3,6 +3,9 @@
 
 namespace zeb {
 
+struct option_table;
+extern const option_table xcomp_options;
+
 void apo_command();
 void blength_command();
 void change_command();
@@ -13,5 +16,6 @@ void length_command();
 void map_command();
 void recons_command();
 void scores_command();
+void xcomp_command();
 
 }  // namespace zeb

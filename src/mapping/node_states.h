@@ -23,6 +23,7 @@ struct node_values {
     return (states & other.states) != 0 ||
            std::max(range.low, other.range.low) <= std::min(range.high, other.range.high);
   }
+  bool operator==(const node_values&) const = default;
   /// Becomes what either of them may have.
   void join(const node_values& other);
 };

@@ -168,7 +168,153 @@ def twins(zeb, rnd):
     return None
 
 
-CHECKS = {"pruning": pruning, "twins": twins}
+def fitch(tree, rows):
+    """Steps of binary rows of sets on a binary tree."""
+    steps = 0
+
+    def below(part):
+        nonlocal steps
+        if isinstance(part, int):
+            return rows[part]
+        a, b = map(below, part)
+        steps += sum(not (x & y) for x, y in zip(a, b))
+        return [x & y or x | y for x, y in zip(a, b)]
+    below(tree)
+    return steps
+
+
+def pruned(tree, clade):
+    """The tree without a clade that it has."""
+    if tree == clade:
+        return None
+    if isinstance(tree, int):
+        return tree
+    parts = [part for part in (pruned(child, clade) for child in tree) if part is not None]
+    return parts[0] if len(parts) == 1 else tuple(parts)
+
+
+def attached(tree, clade):
+    """All trees with the clade on a branch, the root's left out; the branch by its taxa."""
+    if isinstance(tree, int):
+        return
+    for i, child in enumerate(tree):
+        rest = tree[:i] + tree[i + 1:]
+        yield terminals(child), rest + ((child, clade),)
+        for where, inner in attached(child, clade):
+            yield where, rest + (inner,)
+
+
+def moves(zeb, rnd):
+    n, c = rnd.randint(5, 8), rnd.randint(2, 6)
+    texts = ["".join(rnd.choice("01") for _ in range(c)) for _ in range(n)]
+    rows = [[{cell} for cell in text] for text in texts]
+    tree = rooted(rnd, n)
+    within = rnd.randint(0, 2)
+    said = run(zeb, f"xread {c} {n} " + " ".join(f"t{i} {row}" for i, row in enumerate(texts))
+               + f"; collapse none; {tread([tree])} taxname =; chkmoves within {within} show 0; taxname -; chkmoves table within {within};")
+    told = sorted(v for v in table_of(said, "Moves by node of tree 0").values() if v)
+    furthest = sorted(v for v in table_of(said, "Groups that the longest move goes over").values() if v)
+    length, own = fitch(tree, rows), groups(tree)
+    counts, longest = [], []
+    for clade in walk(tree[1]):
+        if clade == tree[1]:
+            continue
+        rest = pruned(tree, clade)
+        found = []
+        for where, moved in attached(rest, clade):
+            distance = len(own - groups(moved))
+            if distance and where != frozenset([0]) and fitch(moved, rows) <= length + within:
+                found.append(distance)
+        if found:
+            counts.append(len(found))
+            longest.append(max(found))
+    if told != sorted(counts) or furthest != sorted(longest):
+        return f"{told} {furthest} for {sorted(counts)} {sorted(longest)}"
+    return None
+
+
+def walk(tree):
+    yield tree
+    if not isinstance(tree, int):
+        for child in tree:
+            yield from walk(child)
+
+
+def cliques(zeb, rnd):
+    """The largest sets of characters that some tree has without homoplasy, over all sets and trees."""
+    n, c = rnd.randint(4, 6), rnd.randint(3, 6)
+    missing = rnd.choice(("", "?"))
+    texts = ["".join(rnd.choice("0011" + missing + rnd.choice(("", "2"))) for _ in range(c)) for _ in range(n)]
+    rows = [[{"0", "1", "2"} if cell == "?" else {cell} for cell in text] for text in texts]
+    said = run(zeb, f"xread {c} {n} " + " ".join(f"t{i} {row}" for i, row in enumerate(texts)) + "; kleex noplot;")
+    if "No characters" in said:
+        return None
+    told = int(re.search(r"best of weight (\d+)", said)[1])
+    left_out = re.search(r"(\d+) characters? left out", said)
+    columns = [[row[i] for row in rows] for i in range(c)]
+
+    def least(column):
+        return min(len(s) for k in (1, 2, 3) for s in itertools.combinations("012", k) if all(set(s) & x for x in column)) - 1
+
+    def most(column):
+        return len(column) - max(sum(s in x for x in column) for s in "012")
+    informative = [col for col in columns if most(col) > least(col)]
+    if c - len(informative) != (int(left_out[1]) if left_out else 0):
+        return "other characters are informative"
+    best = 0
+    for tree in all_rooted(n):
+        free = sum(fitch(tree, [[x] for x in col]) == least(col) for col in informative)
+        best = max(best, free)
+    exact = "Exact:" in said
+    if told < best or (exact and told != best):
+        return f"{told} ({'exact' if exact else 'bound'}) for {best}"
+    return None
+
+
+def all_rooted(n):
+    trees = [(0, 1)]
+    for t in range(2, n):
+        trees = [made for tree in trees for where, made in attached(tree, t) if where != frozenset([0])]
+    return trees
+
+
+def shapes(zeb, rnd):
+    n = rnd.randint(3, 12)
+    tree = random_tree(rnd, range(n), rnd.choice((0, 0.3)))
+    taxa = max(n, 4)
+    said = run(zeb, blank_data(taxa) + tread([tree]) + "".join(f"shpcomp {name};" for name in INDICES))
+    depths, wanted = [], dict.fromkeys(INDICES, 0)
+
+    def height(part):
+        return 0 if isinstance(part, int) else 1 + max(map(height, part))
+
+    def below(part, depth):
+        if isinstance(part, int):
+            depths.append(depth)
+            return 1
+        sizes = [below(child, depth + 1) for child in part]
+        if len(part) != 2:
+            wanted["colless"] = None
+        elif wanted["colless"] is not None:
+            wanted["colless"] += abs(sizes[0] - sizes[1])
+        if depth:
+            wanted["cophenetic"] += sum(sizes) * (sum(sizes) - 1) / 2
+            wanted["height"] += 1 / height(part)
+        wanted["cherries"] += len(part) == 2 and sizes == [1, 1]
+        return sum(sizes)
+    below(tree, 0)
+    wanted["sackin"], wanted["depth"] = sum(depths), max(depths)
+    wanted["variance"] = sum(d * d for d in depths) / n - (sum(depths) / n) ** 2
+    for name, title in INDICES.items():
+        told = table_of(said, title + " by tree").get(0)
+        if (told is None) != (wanted[name] is None) or (told is not None and abs(told - wanted[name]) > 1e-4):
+            return f"{name} {told} for {wanted[name]}"
+    return None
+
+
+INDICES = {"colless": "Colless", "sackin": "Sackin", "cophenetic": "Cophenetic", "height": "B1", "cherries": "Cherries",
+           "depth": "Depth", "variance": "Variance"}
+CHECKS = {"pruning": pruning, "twins": twins, "moves": moves, "cliques": cliques, "shapes": shapes}
 
 
 def main():

@@ -32,6 +32,8 @@ FOLDERS = {
     "likelihood": 6,
     "formats": 6,
     "taxonomy": 6,
+    "shapes": 6,
+    "compatibility": 7,
     "trees": 5,
     "matrix": 4,
     "macro": 3,
