@@ -155,7 +155,7 @@ void show_beside_models(const std::vector<shaped_tree>& trees, int size) {
       emit("  has polytomies\n");
       continue;
     }
-    emit("                     |   Yule   s.d.   low  high |  Equal   s.d.   low  high\n");
+    emit("                     |    Yule   s.d.   low  high |   Equal   s.d.   low  high\n");
     for (std::size_t k = 0; k < shape_index_count; ++k) {
       std::string line = text_of("%-11s %8s", std::string(shape_index_names[k]).c_str(),
                                  text_of(is_whole(k) ? "%.0f" : "%.3f", *one.values[k]).c_str());
