@@ -1,6 +1,7 @@
 // pcrprune: taxa that trees place incongruently, pruned from each polytomy of their consensus, and
 // the characters that their places cost differently.
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -100,10 +101,8 @@ void show_characters(const std::vector<placement>& places, int most) {
   for (const deciding_character& one : deciding) {
     if (shown++ == most) break;
     std::string line = "   ";
-    const bool continuous = matrix.characters[at(one.character)].is_continuous != 0;
-    for (const std::int64_t steps : one.steps)
-      line += continuous ? text_of(" %6.3f", static_cast<double>(steps) / 1000)
-                         : text_of(" %3lli", static_cast<long long>(steps));
+    for (const double steps : one.steps)
+      line += text_of(steps == std::floor(steps) ? " %3.0f" : " %6.3f", steps);
     emit(line, "  ", character_heading(one.character), "\n");
   }
   const auto all = static_cast<int>(deciding.size());

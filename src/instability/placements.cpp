@@ -1,10 +1,12 @@
 #include "instability/placements.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "base/scores.h"
 #include "engine/plain/plain_optimisation.h"
 #include "matrix/matrix.h"
 #include "trees/tree_walks.h"
@@ -78,26 +80,25 @@ std::vector<placement> placements_of(const compared_copies& copies, const taxon_
   return out;
 }
 
-std::int64_t deciding_character::range() const {
+double deciding_character::range() const {
   const auto [least, most] = std::ranges::minmax_element(steps);
-  const character_record& record = matrix.characters[at(character)];
-  return (*most - *least) * record.weight * (record.is_continuous ? 1 : 1000);
+  return (*most - *least) * matrix.characters[at(character)].weight;
 }
 
 std::vector<deciding_character> deciding_characters(const std::vector<placement>& places) {
   const std::vector<std::uint8_t> scored = scored_characters();
   plain_optimiser optimiser(scored);
-  std::vector<std::vector<std::int64_t>> steps(scored.size());
+  std::vector<std::vector<double>> steps(scored.size());
   for (const placement& one : places) {
     check_interrupt();
     optimiser.optimise(one.tree, polytomy_kind::hard);
     for (std::size_t c = 0; c < scored.size(); ++c)
-      if (scored[c]) steps[c].push_back(optimiser.steps(static_cast<int>(c)));
+      if (scored[c]) steps[c].push_back(optimiser.length(static_cast<int>(c)));
   }
   std::vector<deciding_character> out;
   for (std::size_t c = 0; c < scored.size(); ++c) {
     deciding_character one{static_cast<int>(c), std::move(steps[c])};
-    if (scored[c] && one.range() > 0) out.push_back(std::move(one));
+    if (scored[c] && one.range() > score_tolerance) out.push_back(std::move(one));
   }
   std::ranges::stable_sort(out, std::ranges::greater(), &deciding_character::range);
   return out;

@@ -2,7 +2,6 @@
 // differently.
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
 #include "base/taxon_set.h"
@@ -26,9 +25,9 @@ std::vector<placement> placements_of(const compared_copies& copies, const taxon_
 /// A character whose steps depend on the place.
 struct deciding_character {
   int character = 0;
-  std::vector<std::int64_t> steps;  // by placement; thousandths if continuous
+  std::vector<double> steps;  // by placement
 
-  std::int64_t range() const;  // weighted
+  double range() const;  // weighted
 };
 /// Those that scores count, the widest ranges first.
 std::vector<deciding_character> deciding_characters(const std::vector<placement>& places);

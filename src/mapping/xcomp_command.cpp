@@ -69,10 +69,6 @@ xcomp_request read_request() {
   if (accept_char('/') && !read_list(list_plain, 0, matrix.nchar, "character", request.characters))
     error_end("Expected a list of characters");
   check_end();
-  std::vector<int> listed;
-  for (int c = 0; c < matrix.nchar; ++c)
-    if (request.characters[at(c)]) listed.push_back(c);
-  refuse_landmarks(listed, polytomy_kind::hard);
   return request;
 }
 
@@ -96,8 +92,7 @@ std::vector<compared_character> compare(const xcomp_request& request) {
                        polytomy_kind::hard);
     for (compared_character& one : out) {
       const character_record& record = matrix.characters[at(one.character)];
-      one.steps[which] = static_cast<double>(optimiser.steps(one.character) * record.weight) /
-                         (record.is_continuous ? 1000 : 1);
+      one.steps[which] = optimiser.length(one.character) * record.weight;
       one.fit[which] =
           record.weight * character_fit(optimiser, rules, one.character, fit_form::cost);
     }
@@ -172,7 +167,7 @@ std::vector<differing_node> differing_nodes(const xcomp_request& request,
   const tree_shape second(stored_tree(request.second));
   std::vector<differing_node> out;
   for (int c = 0; c < matrix.nchar; ++c) {
-    if (!request.characters[at(c)]) continue;
+    if (!request.characters[at(c)] || is_landmark(c)) continue;
     show_progress("Mapping", c, matrix.nchar);
     check_interrupt();
     const mapped_character on_first = map_character(first, c);
