@@ -7,7 +7,7 @@
 #include "base/errors.h"
 #include "console/output.h"
 #include "console/settings.h"
-#include "functions/bar_chart.h"
+#include "functions/bars/bar_chart.h"
 #include "functions/commands.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"

@@ -1,4 +1,4 @@
-#include "functions/bar_chart.h"
+#include "functions/bars/bar_chart.h"
 
 #include <algorithm>
 #include <array>
