@@ -2,11 +2,13 @@
 
 #include <utility>
 
+#include "base/errors.h"
 #include "base/indices.h"
 #include "engine/packing/packing_request.h"
 #include "engine/packing/reduced_data.h"
 #include "engine/passes/conversions.h"
 #include "landmarks/fermat.h"
+#include "landmarks/point_minima.h"
 #include "landmarks/point_optimiser.h"
 #include "matrix/matrix.h"
 #include "search/landmarks/landmark_moves.h"
@@ -157,14 +159,21 @@ void searched_landmarks::fill_blocks(const search_data& data) {
 
 void searched_landmarks::set_costs() {
   costs_.assign(at(blocks_.count()) * block_lanes, {});
-  for (const configuration_record& one : points_.configurations)
+  for (const configuration_record& one : points_.configurations) {
+    if (rules_.on && rules_.set_of_character(one.character) >= 0)
+      error_end("Searches can't weight landmark characters in sets: character", one.character);
     for (int p = one.first; p < one.end; ++p) {
       const point_record& point = points_.points[at(p)];
       lane_cost& cost = costs_[at(place_[at(p)])];
       cost.character = point.character;
       if (point.effort != point_effort::none) cost.weight = one.weight * point.multiplier();
-      if (rules_.on) cost.minimum = 0.0;
+      if (!rules_.on) continue;
+      cost.minimum = minimum_of_point(point);
+      cost.function =
+          function_of_point(rules_, point.character, static_cast<double>(point.counted.size()),
+                            static_cast<double>(point.count_of_taxa));
     }
+  }
   weights_.clear();
   for (const lane_cost& cost : costs_) weights_.push_back(cost.weight);
 }

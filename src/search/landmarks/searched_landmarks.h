@@ -65,6 +65,7 @@ class searched_landmarks final : public whole_tree_characters {
   struct lane_cost {
     double weight = 0;
     double minimum = 0;  // length that costs nothing, under implied weights
+    fit_function function;
     int character = 0;
   };
   /// What is known of a tree that was optimised.
@@ -79,7 +80,7 @@ class searched_landmarks final : public whole_tree_characters {
   void set_costs();
   double cost(const lane_cost& one, double length) const {
     if (!rules_.on) return one.weight * length;
-    return one.weight * rules_.character_fit(one.character, std::max(0.0, length - one.minimum));
+    return one.weight * rules_.fit(one.function, std::max(0.0, length - one.minimum));
   }
   scored_tree optimised(std::span<const std::int32_t> tree, int ntax) const;
   const scored_tree& known(const search_data& data, std::span<const std::int32_t> anc,
