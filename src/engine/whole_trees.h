@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <vector>
 
 namespace zeb {
 
@@ -25,6 +26,8 @@ class whole_tree_characters {
   virtual std::shared_ptr<whole_tree_characters> of_sector(const search_data& outer,
                                                            const tree_sector& sector,
                                                            const search_data& inner) = 0;
+  /// Adds their numbers in the matrix.
+  virtual void list_characters(std::vector<std::int32_t>& list) const = 0;
   /// For a while each character counts as often as said (by number in the matrix; empty: once).
   virtual void reweight(std::span<const std::uint8_t> factors) = 0;
 };

@@ -47,8 +47,9 @@ void register_settings() {
 void register_search() {
   register_settings();
   hooks_of_engine.collapse_by_swapping = collapse_by_swapping;
-  hooks_of_engine.landmarks_of_data = [](const search_data& data, const packing_request& request)
-      -> std::shared_ptr<whole_tree_characters> {
+  hooks_of_engine.landmarks_of_data =
+      [](const search_data& data,
+         const packing_request& request) -> std::shared_ptr<whole_tree_characters> {
     return std::make_shared<searched_landmarks>(data, request);
   };
   add_command_over_hook(rest_workers);

@@ -204,7 +204,8 @@ class context_scope {
 
 /// Scores are sums of steps, or of fractions.
 inline score_kind kind_of_scores(const search_data& data) {
-  return data.implied_on || data.has_continuous || data.whole ? score_kind::fractional : score_kind::whole;
+  return data.implied_on || data.has_continuous || data.whole ? score_kind::fractional
+                                                              : score_kind::whole;
 }
 
 }  // namespace zeb

@@ -65,7 +65,7 @@ searched_landmarks::searched_landmarks(const searched_landmarks& outer,
   place_ends(outer, outer_data, sector);
   fill_blocks(inner);
   costs_ = outer.costs_;
-  weights_ = outer.weights_;
+  for (const lane_cost& cost : costs_) weights_.push_back(cost.weight);
   if (!rules_.on) return;
   // Lengths outside of the sector count for the homoplasy of each point.
   const scored_tree whole =

@@ -33,6 +33,9 @@ class searched_landmarks final : public whole_tree_characters {
 
   double score(const search_data& data) override { return score_of(data, data.tree.anc); }
   void mark_staying(const search_data& data, int rule, std::span<std::uint8_t> marks) override;
+  void list_characters(std::vector<std::int32_t>& list) const override {
+    for (const configuration_record& one : points_.configurations) list.push_back(one.character);
+  }
   void reweight(std::span<const std::uint8_t> factors) override;
   std::shared_ptr<whole_tree_characters> of_sector(const search_data& outer,
                                                    const tree_sector& sector,
