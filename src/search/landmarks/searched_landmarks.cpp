@@ -8,6 +8,7 @@
 #include "engine/packing/reduced_data.h"
 #include "engine/passes/conversions.h"
 #include "landmarks/fermat.h"
+#include "landmarks/landmark_scores.h"
 #include "landmarks/point_minima.h"
 #include "landmarks/point_optimiser.h"
 #include "matrix/matrix.h"
@@ -20,8 +21,6 @@ namespace {
 
 constexpr std::size_t most_known = 2000;  // trees
 constexpr int points_together = 4;        // that a thread takes at a time
-/// A branch shorter than this, in spans of the point, has its two ends at one place.
-constexpr double same_place = 1e-4;
 
 std::vector<int> all_taxa_of_matrix() {
   std::vector<int> taxa;
@@ -255,7 +254,7 @@ void searched_landmarks::mark_staying(const search_data& data, int /*rule*/,
   const scored_tree& tree = known(data, data.tree.anc, &numbers);
   for (int v = data.n + 1; v < data.nodes; ++v) {
     const int there = numbers[at(data.all_taxa + v - data.n)];
-    marks[at(v)] |= tree.stays[at(there)];
+    if (data.tree.anc[at(v)] == data.n || tree.stays[at(there)]) marks[at(v)] = 1;
   }
 }
 
