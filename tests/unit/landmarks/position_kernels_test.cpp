@@ -44,9 +44,7 @@ struct small_tree {
     second[at(above)] = b;
     anc[at(a)] = anc[at(b)] = above;
   }
-  node_walk walk() const {
-    return {{n, anc.data(), first.data(), second.data()}, base, inner};
-  }
+  node_walk walk() const { return {{n, anc.data(), first.data(), second.data()}, base, inner}; }
   lane_values shortest() {
     relax_positions(blocks, 0, walk(), {200, 0.3, 1e-9, true}, positions);
     return lengths_of(blocks, 0, walk(), positions);
@@ -89,7 +87,8 @@ TEST(position_kernels, nothing_shorter_nearby_and_estimates_from_above) {
     std::vector<std::vector<landmark_point>> points(5);
     for (auto& of_point : points)
       for (int t = 0; t < 7; ++t)
-        of_point.push_back({draw(generator), draw(generator), dimensions == 3 ? draw(generator) : 0});
+        of_point.push_back(
+            {draw(generator), draw(generator), dimensions == 3 ? draw(generator) : 0});
     small_tree tree(points, dimensions);
     const lane_values best = tree.shortest();
     for (int trial = 0; trial < 300; ++trial) {
@@ -111,8 +110,8 @@ TEST(position_kernels, nothing_shorter_nearby_and_estimates_from_above) {
       last[block_lanes + p] = points[p].back().y;
       if (dimensions == 3) last[2 * block_lanes + p] = points[p].back().z;
     }
-    const lane_values added = joining_lengths(part.blocks.blocks[0], part.positions, {6, -1},
-                                              {part.inner[1], 0});
+    const lane_values added =
+        joining_lengths(part.blocks.blocks[0], part.positions, {6, -1}, {part.inner[1], 0});
     for (std::size_t p = 0; p < points.size(); ++p)
       EXPECT_GE(without[p] + added[p], best[p] * (1 - 1e-5));
   }
