@@ -3,6 +3,7 @@
 // says so.
 #include "command_table.h"
 
+#include "compare/commands.h"
 #include "compatibility/commands.h"
 #include "consensus/commands.h"
 #include "distances/commands.h"
@@ -61,8 +62,8 @@ constexpr command_row rows[] = {
     {"cores",       cores_command, false, topic_searching | topic_settings | topic_various},
     {"cscores",     cscores_command, true,  topic_diagnosis | topic_compare | topic_characters},
     {"cstree",      cstree_command, false, topic_input | topic_settings | topic_characters},
-    {"dcomp",       none, true,  topic_input | topic_various},
-    {"dmerge",      none, true,  topic_input | topic_various},
+    {"dcomp",       dcomp_command, true,  topic_input | topic_various, false, &dcomp_options},
+    {"dmerge",      dmerge_command, true,  topic_input | topic_various},
     {"drift",       drift_command, true,  topic_searching, false, &drift_options},
     {"edit",        edit_command, true,  topic_various | topic_trees, false, &edit_options},
     {"echo",        echo_command, false, topic_output | topic_various},

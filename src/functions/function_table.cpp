@@ -54,10 +54,11 @@ std::string help_text(const expression_function& row) {
 std::vector<const expression_function*> all_functions() {
   std::vector<const expression_function*> all;
   for (const auto rows :
-       {data_functions, block_functions, tree_functions, tree_group_functions, score_functions,
-        change_functions, landmark_functions, search_functions, support_functions, group_functions,
-        setting_functions, number_functions, array_functions, string_functions, distance_functions,
-        file_functions, walk_functions, job_functions, reserved_functions}) {
+       {data_functions,   block_functions,   tree_functions,       tree_group_functions,
+        score_functions,  change_functions,  comparison_functions, landmark_functions,
+        search_functions, support_functions, group_functions,      setting_functions,
+        number_functions, array_functions,   string_functions,     distance_functions,
+        file_functions,   walk_functions,    job_functions,        reserved_functions}) {
     for (const expression_function& row : rows) all.push_back(&row);
   }
   return all;

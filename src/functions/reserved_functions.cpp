@@ -7,7 +7,6 @@ namespace {
 
 // clang-format off
 constexpr expression_function rows[] = {
-    {"dcomp", "[type]", "last result of dcomp", nullptr},
     {"fixlik", "[T]", "likelihood of tree T with fixed branch lengths", nullptr},
     {"implik", "[T]", "implied likelihood of tree T", nullptr},
     {"lik", "[T]", "likelihood of tree T", nullptr},

@@ -30,6 +30,7 @@ struct expression_function {
 extern const std::span<const expression_function> array_functions;
 extern const std::span<const expression_function> block_functions;
 extern const std::span<const expression_function> change_functions;
+extern const std::span<const expression_function> comparison_functions;
 extern const std::span<const expression_function> data_functions;
 extern const std::span<const expression_function> distance_functions;
 extern const std::span<const expression_function> file_functions;

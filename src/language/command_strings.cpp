@@ -80,13 +80,16 @@ int loop_level() {
 }
 
 // False where a "continue" of the calling loop ends the string.
-bool run_next(int level_at_entry, command_check check) {
+bool run_next(int level_at_entry, const command_check& check) {
   if (read_word() == 0) {
     error_end_f("Found '%c' when expecting a command", skip_blanks_peek());
   }
   const command_row& row = row_of_word();
   if (std::strcmp(row.name, "continue") == 0 && loop_level() == level_at_entry) return false;
-  if (check) check(row);
+  if (check && !check(row)) {
+    skip_to(';');
+    return true;
+  }
   rename_command(row.name);
   call_handler(row);
   return true;
@@ -98,7 +101,7 @@ void look_at_timeout() {
   stop_search(stop_reason::user);
 }
 
-void run_frame(command_check check) {
+void run_frame(const command_check& check) {
   const silence_scope silent;
   const int level = input.top;
   const int loops = loop_level();
@@ -123,7 +126,7 @@ void check_command_string(const std::string& text) {
               static_cast<int>(text.size()), frame_text_size);
 }
 
-void run_command_string(const std::string& text, command_check check) {
+void run_command_string(const std::string& text, const command_check& check) {
   check_room();
   check_command_string(text);
   {

@@ -1,6 +1,7 @@
 // One command that runs others.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace zeb {
@@ -9,11 +10,12 @@ struct command_row;
 
 /// Nested runs of a command string.
 int command_string_depth();
-/// Raises an error for a command that mustn't run.
-using command_check = void (*)(const command_row& row);
+/// Says whether a command runs; false: it is skipped. Raises an error for one that mustn't be
+/// there.
+using command_check = std::function<bool(const command_row& row)>;
 /// Runs `text` (under 4,128 bytes) as commands from inside a handler, with the console silenced.
-/// `check`, if given, is asked before each of them.
-void run_command_string(const std::string& text, command_check check = nullptr);
+/// `check`, if given, is asked before each of them, also of those in files that are read.
+void run_command_string(const std::string& text, const command_check& check = nullptr);
 /// The error of texts that are too long.
 void check_command_string(const std::string& text);
 

@@ -25,8 +25,8 @@ struct apomorphy {
 std::vector<apomorphy> find_apomorphies(const tree_shape& shape,
                                         const std::vector<int>& characters);
 
-/// Those that the equivalent groups of all trees have (`changes` by tree), by node of the consensus,
-/// then character; where the states differ between the trees an end has all of them.
+/// Those that the equivalent groups of all trees have (`changes` by tree), by node of the
+/// consensus, then character; where the states differ between the trees an end has all of them.
 std::vector<apomorphy> common_apomorphies(const common_groups& common,
                                           std::span<const std::vector<apomorphy>> changes);
 

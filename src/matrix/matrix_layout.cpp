@@ -23,27 +23,31 @@ struct layout_hooks {
 };
 layout_hooks hooks;
 
+void copy_settings(const matrix_state& from, matrix_state& to) {
+  to.gaps_are_states = from.gaps_are_states;
+  to.default_type = from.default_type;
+  to.type_given = from.type_given;
+  to.one_scale = from.one_scale;
+  to.name_length = from.name_length;
+  to.use_taxon_names = from.use_taxon_names;
+  to.use_char_names = from.use_char_names;
+  to.exact_min_steps = from.exact_min_steps;
+  to.show_original_scale = from.show_original_scale;
+  to.state_entry_type = from.state_entry_type;
+  to.costs_allowed = from.costs_allowed;
+  to.older_cost_format = from.older_cost_format;
+  to.exact_relative_fits = from.exact_relative_fits;
+  to.fill_polymorphic = from.fill_polymorphic;
+  to.decompose_state_trees = from.decompose_state_trees;
+}
+
 // What is set for the next matrix survives; the data themselves go.
 void clear_state() {
   matrix_state fresh;
   fresh.generation = matrix.generation + 1;
   fresh.cell_bytes = next_cell_width();
   fresh.state_mask = mask_of_width(fresh.cell_bytes);
-  fresh.gaps_are_states = matrix.gaps_are_states;
-  fresh.default_type = matrix.default_type;
-  fresh.type_given = matrix.type_given;
-  fresh.one_scale = matrix.one_scale;
-  fresh.name_length = matrix.name_length;
-  fresh.use_taxon_names = matrix.use_taxon_names;
-  fresh.use_char_names = matrix.use_char_names;
-  fresh.exact_min_steps = matrix.exact_min_steps;
-  fresh.show_original_scale = matrix.show_original_scale;
-  fresh.state_entry_type = matrix.state_entry_type;
-  fresh.costs_allowed = matrix.costs_allowed;
-  fresh.older_cost_format = matrix.older_cost_format;
-  fresh.exact_relative_fits = matrix.exact_relative_fits;
-  fresh.fill_polymorphic = matrix.fill_polymorphic;
-  fresh.decompose_state_trees = matrix.decompose_state_trees;
+  copy_settings(matrix, fresh);
   matrix = std::move(fresh);
 }
 
@@ -130,6 +134,20 @@ void set_cell_width(int cell_bytes) {
 
 int next_cell_width() {
   return matrix.next_cell_bytes ? matrix.next_cell_bytes : matrix.cell_bytes;
+}
+
+data_settings_scope::data_settings_scope()
+    : cell_bytes_(next_cell_width()), name_limit_(lexer.name_limit) {
+  copy_settings(matrix, former_);
+}
+
+// The names of data in memory keep their room.
+data_settings_scope::~data_settings_scope() {
+  const int name_length = matrix.present ? matrix.name_length : former_.name_length;
+  copy_settings(former_, matrix);
+  matrix.name_length = name_length;
+  limit_names_to(name_limit_);
+  set_cell_width(cell_bytes_);
 }
 
 void blank_row(int taxon) {

@@ -26,6 +26,20 @@ void begin_matrix(int ntax, int nchar, matrix_rows rows = matrix_rows::blank);
 /// until they go.
 void set_cell_width(int cell_bytes);
 int next_cell_width();
+/// The settings for what is read next, and those of how the data are shown, are put back at its
+/// end: for data that are read on the way. Data in memory at that time keep their cells.
+class data_settings_scope {
+ public:
+  data_settings_scope();
+  ~data_settings_scope();
+  data_settings_scope(const data_settings_scope&) = delete;
+  data_settings_scope& operator=(const data_settings_scope&) = delete;
+
+ private:
+  matrix_state former_;
+  int cell_bytes_;
+  int name_limit_;
+};
 /// Makes every cell of the taxon missing.
 void blank_row(int taxon);
 /// Fewer taxa or characters than were laid out. Before `finish_matrix` only.

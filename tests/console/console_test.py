@@ -281,6 +281,51 @@ class Questions(ConsoleTest):
         s.wait_for_prompt()
 
 
+class Comparisons(ConsoleTest):
+    """Two files that differ in four entries of two characters."""
+
+    def setUp(self):
+        super().setUp()
+        names = "; cnames {0 One no yes; {1 Two no yes;; proc/;"
+        self.write("new.zeb", "xread 2 4 A 00 B 01 C 10 D 11" + names)
+        self.write("old.zeb", "xread 2 4 A 00 B 10 C 01 D 11" + names)
+
+    def compare(self, options, answers):
+        s = self.start()
+        s.type(f"dcomp ] (d ? {options}) both.zeb new.zeb old.zeb;\r")
+        for subject, answer in answers:
+            s.wait_for_text(subject)
+            s.type(answer)
+        return s
+
+    def cells(self):
+        return [line.split()[1] for line in self.read("both.zeb").decode().split("\n")
+                if line[:2] in ("A ", "B ", "C ", "D ")]
+
+    def test_answers_are_asked_for_stored_and_taken_again(self):
+        answers = [("B, One", "n"), ("C, One", "xb"), ("B, Two", "r")]
+        self.compare(">stored", answers).wait_for_prompt()
+        wanted = ["00", "10", "[01]1", "11"]
+        self.assertEqual(self.cells(), wanted)
+        stored = self.read("stored")
+        self.assertEqual(stored, b"d 1 0 n\nd 2 0 b\nd 1 1 r\n")
+        self.write("both.zeb", "")
+        self.compare("<stored >again", []).wait_for_prompt()
+        self.assertEqual(self.cells(), wanted)
+        self.assertEqual(self.read("again"), stored)
+
+    def test_escape_keeps_decisions_and_nothing_else(self):
+        s = self.compare(">stored", [("B, One", "n"), ("C, One", "\x1b")])
+        s.wait_for_text("User interrupt")
+        s.wait_for_prompt()
+        self.assertEqual(self.read("stored"), b"d 1 0 n\n")
+        self.assertEqual(sorted(os.listdir(self.folder)), ["new.zeb", "old.zeb", "stored"])
+        s = self.compare("<stored", [("switching to screen now", ""), ("C, One", "a"), ("B, Two", "y"),
+                                     ("C, Two", "n")])
+        s.wait_for_prompt()
+        self.assertEqual(self.cells(), ["00", "11", "11", "11"])
+
+
 class Viewer(ConsoleTest):
     def open_on(self, count):
         self.numbered_lines(count)

@@ -31,19 +31,21 @@ bool is_among(std::string_view name, std::span<const std::string_view> names) {
 }
 
 /// Commands that search and nothing else, and those that choose among the trees found.
-void check_searching(const command_row& row) {
+bool check_searching(const command_row& row) {
   constexpr std::array<std::string_view, 6> others = {"best",   "condense",  "keep",
                                                       "subopt", "randtrees", "unique"};
   if (row.topics != topic_searching && !is_among(row.name, others)) refuse(row);
+  return true;
 }
 
 /// All but those that resample themselves, and those that change what the replicates stand on.
-void check_allowed(const command_row& row) {
+bool check_allowed(const command_row& row) {
   constexpr std::array<std::string_view, 18> fatal = {
       "bsupport", "ckeep",    "edit",      "hold",    "mxproc", "mxram",
       "nstates",  "outgroup", "procedure", "qnelsen", "quit",   "resample",
       "taxcode",  "tvault",   "xperm",     "xread",   "xwipe",  "zzz"};
   if (is_among(row.name, fatal)) refuse(row);
+  return true;
 }
 
 }  // namespace

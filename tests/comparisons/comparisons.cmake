@@ -1,0 +1,3 @@
+# Data sets that differ in known ways.
+add_test(NAME comparisons.random_changes
+  COMMAND ${check_python} ${CMAKE_CURRENT_LIST_DIR}/random_changes.py $<TARGET_FILE:zeb>)
