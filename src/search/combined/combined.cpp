@@ -1,6 +1,8 @@
 #include "search/combined/combined.h"
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,10 +13,12 @@
 #include "console/output.h"
 #include "console/settings.h"
 #include "search/combined/consensus_watch.h"
-#include "search/combined/replicator.h"
 #include "search/combined/set_pool.h"
+#include "search/combined/set_search.h"
+#include "search/part_search.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
+#include "search/workers/worker_pool.h"
 
 namespace zeb {
 namespace {
@@ -26,151 +30,66 @@ class combined_run {
         options_(options),
         stages_(stages),
         start_(wall_clock()),
-        watch_{[this](double score) { take_best(score); }, [this] { return is_over(); }},
-        makes_(context, options, stages, watch_),
+        first_seed_(static_cast<unsigned>(context.random.draw())),
+        watch_{[this](double score) {
+                 set_best_ = std::min(set_best_, score);
+                 take_best(score, result_.replications, wall_clock());
+               },
+               [this] { return interrupted() || gave_up_ || result_.buffer_full; }},
         pool_(context, options, stages, watch_),
         consensus_(context, options) {}
   combined_result run();
 
  private:
   void begin();
-  /// Makes the trees of one hit, if it is one.
-  void search_set();
-  void replicate_some(int count);
-  void choose_crossing();
-  bool cross_until_reached();
-  void go_on_from_failure(int failures);
-  void retouch();
+  set_outcome made_here(int set);
+  void divide_sets(int first);
+  std::optional<set_outcome> set_of_worker(int set);
+  void next_set();
+  void take(const set_outcome& found);
+  void take_rest(int first);
+  bool store_found(const found_tree& tree);
   void end_set();
   void count_hit();
   void cross_all();
   void adjust_after_hit();
-  void adjust(int failures, int period, bool also_replications);
   void tell_hit() const;
   void tell_consensus() const;
   void drop_worse_trees();
-  void take_best(double score);
+  void take_best(double score, int replication, double time);
   void take_target(double score);
+  int sets_to_come() const;
 
   bool has_target() const { return target_ < unknown_score; }
-  double target_or_none() const { return has_target() ? target_ : 0; }
   /// Has the set a score to hit, or to give up at?
   bool is_reached() const { return is_within_bound(set_best_, target_, kind()) || gave_up_; }
-  bool is_over() const { return interrupted() || gave_up_ || result_.buffer_full; }
   bool is_enough() const {
     return result_.hits >= options_.hits && consensus_.stable() >= options_.consense;
   }
+  bool is_over() const { return is_enough() || interrupted() || result_.buffer_full; }
   bool speaks() const { return options_.verbose && !context_.shown.silent; }
-  int free_slots() const { return context_.trees.maxtrees - context_.trees.ntrees; }
   score_kind kind() const { return kind_of_scores(context_.data); }
 
   search_context& context_;
   combined_settings& options_;
   combined_stages& stages_;
   const double start_;
+  const unsigned first_seed_;
   combined_result result_;
   const replication_watch watch_;
-  replicator makes_;
-  set_pool pool_;
+  std::optional<set_search> sets_;
+  std::unique_ptr<worker_pool> workers_;  // for `divided_` sets from `first_divided_` on
+  int first_divided_ = 0;
+  int divided_ = 0;
+  std::vector<std::int32_t> previous_;  // the tree before the first replication; empty: none
+  set_pool pool_;                       // of the trees of all sets
   consensus_watch consensus_;
+  int first_slot_ = 0;  // of the last set
   double target_ = unknown_score;
   double set_best_ = unknown_score;
   bool gave_up_ = false;      // the set has a score to give up at
-  bool hybridizes_ = false;   // the set's trees are crossed
-  bool fuses_ = false;        // ... and fused
   int hits_since_check_ = 0;  // of the effort
-  int failures_ = 0;          // since then: crossings that didn't reach the target
 };
-
-void combined_run::take_best(double score) {
-  set_best_ = std::min(set_best_, score);
-  gave_up_ |= options_.giveupscore > 0 && is_within_bound(score, options_.giveupscore, kind());
-  if (!is_better_score(score, result_.best, kind())) return;
-  result_.best = score;
-  result_.seconds_to_best = wall_clock() - start_;
-  result_.best_replication = makes_.made();
-  context_.shown.last_gain = wall_clock();
-  if (context_.best_score < 0 || is_better_score(score, context_.best_score, kind()))
-    context_.best_score = score;
-  note_score(context_, score);
-}
-
-void combined_run::replicate_some(int count) {
-  for (int i = 0; i < count && !is_over(); ++i) {
-    if (free_slots() <= 0) drop_worse_trees();
-    if (free_slots() <= 0) {
-      result_.buffer_full = true;
-      break;
-    }
-    const double score = makes_.make_next();
-    if (score >= unknown_score) break;
-    // At once, each with those before: on 400 to 500 taxa a third of the time to the best score.
-    if (options_.fuse > 0 && options_.picktype <= 0) pool_.fuse(target_or_none(), 1);
-    report_status(context_, score,
-                  settings.status_trees > 0 && makes_.made() % settings.status_trees == 0);
-  }
-}
-
-/// Hybrids need more trees to begin with.
-void combined_run::choose_crossing() {
-  hybridizes_ = options_.hybrid;
-  fuses_ = options_.fuse > 0;
-  if (is_over()) return;
-  if (options_.picktype > 0 && context_.trees.ntrees - pool_.first() > 1) {
-    hybridizes_ = pool_.prefers_hybrids();
-    fuses_ = !hybridizes_;
-  }
-  const int count = static_cast<int>(options_.replications * options_.hybrid_factor);
-  const int more = count - options_.replications;
-  if (!hybridizes_ || more <= 0) return;
-  if (!context_.shown.silent) {
-    emit(text_of("  Will complete %i builds to input to hybridization (%i more needed) \n", count,
-                 more));
-  }
-  replicate_some(more);
-}
-
-/// False: the trees of the set were crossed and fused, and stay above the target.
-bool combined_run::cross_until_reached() {
-  const int before = context_.trees.ntrees;
-  const double best_before = result_.best;
-  if (hybridizes_) pool_.hybridize(target_or_none());
-  if (fuses_ && !(hybridizes_ && is_reached())) pool_.fuse(target_or_none(), options_.fuse);
-  if (!has_target() || is_reached() || is_over()) return true;
-  if (options_.dumpfuse && !is_better_score(result_.best, best_before, kind()))
-    pool_.keep_first(before);
-  return false;
-}
-
-/// Sectors and cycles once more on the best tree of the set; it comes beside the others.
-void combined_run::retouch() {
-  if (free_slots() <= 0 || pool_.first() >= context_.trees.ntrees) return;
-  const int best = pool_.best_slot();
-  fetch_tree(context_, slot_tree(context_, best));
-  makes_.improve_and_store(record_of(context_, best).score);
-}
-
-void combined_run::go_on_from_failure(int failures) {
-  constexpr int often = 2;  // fewer failures happen to every search
-  if (failures > often && ++failures_ % std::max(1, options_.chklevel) == 0 &&
-      options_.chklevel > 0)
-    adjust(3, 1, false);
-  if (failures <= options_.retouch) return retouch();
-  if (!options_.xmix) makes_.follow({});
-  replicate_some(hybridizes_ ? options_.replications : std::max(1, options_.replications / 2));
-}
-
-/// With a target that the user gave this goes on until it is reached, or the search is stopped.
-void combined_run::search_set() {
-  pool_.begin(context_.trees.ntrees);
-  gave_up_ = false;
-  set_best_ = unknown_score;
-  replicate_some(options_.replications);
-  choose_crossing();
-  if (!hybridizes_ && !fuses_) return;
-  for (int failures = 1; !cross_until_reached(); ++failures) go_on_from_failure(failures);
-  if (options_.multiply && options_.fuse > 0 && !is_over()) pool_.multiply();
-}
 
 void combined_run::take_target(double score) {
   target_ = score;
@@ -183,6 +102,17 @@ void combined_run::count_hit() {
   const bool is_better = options_.update && is_better_score(set_best_, target_, kind());
   if (!has_target() || (is_better && options_.giveupscore <= 0)) take_target(set_best_);
   if (is_reached()) ++result_.hits;
+}
+
+void combined_run::take_best(double score, int replication, double time) {
+  if (!is_better_score(score, result_.best, kind())) return;
+  result_.best = score;
+  result_.seconds_to_best = time - start_;
+  result_.best_replication = replication;
+  context_.shown.last_gain = time;
+  if (context_.best_score < 0 || is_better_score(score, context_.best_score, kind()))
+    context_.best_score = score;
+  note_score(context_, score);
 }
 
 /// The trees of all sets together.
@@ -200,22 +130,10 @@ void combined_run::cross_all() {
   result_.hits = 1;
 }
 
-void combined_run::adjust(int failures, int period, bool also_replications) {
-  const double before = options_.level;
-  const effort_change change = adjust_effort(options_, stages_.sectors, failures, period,
-                                             also_replications, context_.data.n);
-  if (change == effort_change::same || !speaks()) return;
-  const std::string level =
-      options_.level != before ? text_of("(%.2f) ", options_.level) : std::string();
-  emit(text_of("\n\n   %screasing search level %s   %s\n",
-               change == effort_change::more ? "In" : "De", level.c_str(),
-               time_text(wall_clock() - start_).c_str()));
-}
-
 void combined_run::adjust_after_hit() {
   if (options_.chklevel <= 0 || ++hits_since_check_ < options_.chklevel) return;
-  adjust(failures_, options_.chklevel, true);
-  failures_ = hits_since_check_ = 0;
+  sets_->adjust(sets_->take_failures(), options_.chklevel, true);
+  hits_since_check_ = 0;
 }
 
 void combined_run::tell_hit() const {
@@ -246,11 +164,11 @@ void combined_run::tell_consensus() const {
 void combined_run::drop_worse_trees() {
   if (options_.keepall || result_.best >= unknown_score) return;
   int first = 0;
-  for (int t = 0; t < pool_.first(); ++t)
+  for (int t = 0; t < first_slot_; ++t)
     first += is_within_bound(record_of(context_, t).score, result_.best, kind());
   purge_above(context_, result_.best, 0);
-  if (first == pool_.first()) return;
-  pool_.begin(first);
+  if (first == first_slot_) return;
+  first_slot_ = first;
   consensus_.slots_changed();
 }
 
@@ -258,13 +176,93 @@ void combined_run::end_set() {
   count_hit();
   tell_hit();
   if (options_.keepall && !options_.update && options_.hits > 1)
-    purge_above(context_, set_best_, pool_.first());
+    purge_above(context_, set_best_, first_slot_);
   cross_all();
   drop_worse_trees();
   if (is_reached() && consensus_.note_hit(result_.best) && options_.consense > 0) tell_consensus();
   adjust_after_hit();
   if (settings.status_replications > 0 && result_.sets % settings.status_replications == 0)
     report_status(context_, set_best_, true);
+}
+
+/// True: there is room for the tree, or no need of it.
+bool combined_run::store_found(const found_tree& tree) {
+  if (context_.trees.ntrees >= context_.trees.maxtrees) drop_worse_trees();
+  if (context_.trees.ntrees < context_.trees.maxtrees) {
+    store_form(context_, tree.form, tree.score);
+    return true;
+  }
+  return !options_.keepall && !is_within_bound(tree.score, result_.best, kind());
+}
+
+void combined_run::take(const set_outcome& found) {
+  add_work(context_, found.end.done);
+  set_best_ = found.end.score;
+  gave_up_ = found.gave_up;
+  take_best(set_best_, result_.replications + found.best_replication, found.time_of_best);
+  result_.replications += found.made;
+  first_slot_ = context_.trees.ntrees;
+  for (const found_tree& tree : found.trees)
+    if (!store_found(tree)) result_.buffer_full = true;
+  result_.buffer_full |= found.buffer_full;
+  context_.shown.stage = found.end.stage;
+  context_.shown.replication = result_.replications;
+  context_.shown.current_tree = context_.trees.ntrees;
+}
+
+/// Sets are independent.
+set_outcome combined_run::made_here(int set) {
+  set_task task;
+  task.seed = std::max(1, random_generator(first_seed_ + static_cast<unsigned>(set)).draw());
+  task.target = target_;
+  task.replications_before = result_.replications;
+  if (set == 0) task.previous = previous_;
+  return sets_->search(task);
+}
+
+/// As far as can be told: more may be needed, and a set that finds better makes all that come after
+/// it search for that.
+int combined_run::sets_to_come() const {
+  constexpr int unknown_number = 1'000'000;
+  // Without a score to hit the first one finds it. Changes of the effort need what came before;
+  // lines from within a set are said by who makes it.
+  const bool in_turn =
+      !has_target() || options_.chklevel > 0 || settings.status_trees > 0 || part_search.sector;
+  if (in_turn) return 1;
+  return options_.consense > 0 ? unknown_number : options_.hits - result_.hits;
+}
+
+void combined_run::divide_sets(int first) {
+  first_divided_ = first;
+  divided_ = sets_to_come();
+  workers_ = std::make_unique<worker_pool>(divided_, [this](int part, packet_writer& found) {
+    put(made_here(first_divided_ + part), found);
+  });
+}
+
+std::optional<set_outcome> combined_run::set_of_worker(int set) {
+  const auto bytes =
+      workers_->result_of(set - first_divided_, [this] { report_status_best(context_); });
+  if (!bytes) return std::nullopt;
+  return set_in(*bytes);
+}
+
+void combined_run::next_set() {
+  const int set = result_.sets;
+  if (!workers_ || set - first_divided_ >= divided_) divide_sets(set);
+  const std::optional<set_outcome> found = set_of_worker(set);
+  if (found || !interrupted()) take(found ? *found : made_here(set));
+  if (interrupted()) return take_rest(set + 1);
+  const double target = target_;
+  end_set();
+  // What workers have in hand is of no use where another score is to be hit.
+  if (target_ != target) workers_.reset();
+}
+
+/// What workers had in hand when they were stopped.
+void combined_run::take_rest(int first) {
+  for (int set = first; const std::optional<set_outcome> found = set_of_worker(set); ++set)
+    take(*found);
 }
 
 void combined_run::begin() {
@@ -276,8 +274,9 @@ void combined_run::begin() {
   context_.rules.suboptimal = 0;
   if (options_.prvmix && context_.trees.ntrees > 0) {
     fetch_tree(context_, slot_tree(context_, context_.trees.ntrees - 1));
-    makes_.follow(context_.working_tree);
+    previous_.assign(context_.working_tree.begin(), context_.working_tree.end());
   }
+  sets_.emplace(context_, options_, stages_);
   context_.shown.stage = stage_wagner;
   context_.shown.hits_wanted = options_.hits;
   context_.shown.last_gain = start_;
@@ -287,17 +286,14 @@ void combined_run::begin() {
 
 combined_result combined_run::run() {
   begin();
-  while (!is_enough() && !interrupted() && !result_.buffer_full) {
-    if (result_.sets > 0) makes_.follow({});  // sets are independent
+  while (!is_over()) {
     context_.shown.hits = result_.hits;
-    search_set();
-    if (interrupted()) break;
-    end_set();
+    next_set();
   }
+  workers_.reset();
   context_.shown.hits = result_.hits;
   drop_worse_trees();
   if (options_.consense > 0 && consensus_.tree().empty()) consensus_.look();
-  result_.replications = makes_.made();
   result_.consensus = consensus_.tree();
   result_.consensus_groups = consensus_.groups();
   result_.hits_unchanged = consensus_.hits_unchanged();

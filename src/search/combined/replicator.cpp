@@ -10,12 +10,13 @@
 namespace zeb {
 
 replicator::replicator(search_context& context, const combined_settings& options,
-                       const combined_stages& stages, const replication_watch& watch)
+                       const combined_stages& stages, const replication_watch& watch, int before)
     : context_(context),
       options_(options),
       stages_(stages),
       watch_(watch),
-      seeds_(context.random, context.rules.seed_step) {}
+      seeds_(context.random, context.rules.seed_step),
+      before_(before) {}
 
 void replicator::follow(std::span<const std::int32_t> tree) {
   previous_.assign(tree.begin(), tree.end());
@@ -34,7 +35,7 @@ void replicator::constrain_after(int step) {
 void replicator::build() {
   context_.random.seed(static_cast<unsigned>(seeds_.current()));
   seeds_.advance();
-  context_.shown.replication = ++made_;
+  context_.shown.replication = before_ + ++made_;
   context_.shown.current_tree = context_.trees.ntrees;
   context_.shown.stage = stage_wagner;
   wagner_tree(context_, context_.working_tree, options_.addition);

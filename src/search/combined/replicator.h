@@ -28,8 +28,9 @@ class replicator {
  public:
   /// All given outlives it; settings may change between replications. The seeds are drawn from the
   /// context's generator.
+  /// `before`: replications that were made by others, for the report.
   replicator(search_context& context, const combined_settings& options,
-             const combined_stages& stages, const replication_watch& watch);
+             const combined_stages& stages, const replication_watch& watch, int before);
 
   /// The next replication has this tree (internal numbering) as the one before; empty: none.
   void follow(std::span<const std::int32_t> tree);
@@ -60,6 +61,7 @@ class replicator {
   std::vector<std::int32_t> previous_;
   std::optional<auto_constraint> constraint_;
   int first_slot_ = 0;  // of the replication
+  int before_;
   int made_ = 0;
 };
 

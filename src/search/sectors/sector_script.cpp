@@ -15,6 +15,7 @@
 #include "language/command_strings.h"
 #include "search/part_search.h"
 #include "search/sectors/sector_cells.h"
+#include "search/workers/worker_process.h"
 #include "trees/part_trees.h"
 
 namespace zeb {
@@ -70,6 +71,7 @@ script_result best_of_buffer(search_data& data) {
 script_result run_sector_script(search_context& outer, search_context& inner,
                                 const tree_sector& sector, const std::string& commands,
                                 bool track) {
+  leave_part_to_process();  // commands can leave anything
   const std::vector<std::int32_t> present =
       tree_of_sector(outer.data.tree.anc, outer.data.n, sector);
   tracked_nodes tracked;

@@ -40,9 +40,8 @@ void note_failure(const std::string&) { worker.failed = true; }
 void leave_the_world() {
   prctl(PR_SET_PDEATHSIG, SIGKILL);  // no worker outlives who waits for it
   if (getppid() != worker.task.parent) _exit(1);
-  // Keys that interrupt reach all processes at a terminal: who reads the results answers them.
-  for (const int signal : {SIGINT, SIGHUP}) std::signal(signal, SIG_IGN);
-  std::signal(SIGTERM, SIG_DFL);
+  // What asks a whole group of processes to stop is answered by who reads the results.
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_IGN);
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, stream);
   set_auto_save(0, "", false);
