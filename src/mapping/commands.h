@@ -13,6 +13,7 @@ void chomo_command();
 void cscores_command();
 void fit_command();
 void length_command();
+void lmbox_command();
 void map_command();
 void recons_command();
 void scores_command();

@@ -10,6 +10,7 @@
 #include "engine/hooks.h"
 #include "engine/plain/plain_optimisation.h"
 #include "landmarks/hooks.h"
+#include "mapping/configurations/shape_figures.h"
 #include "mapping/down_pass_rows.h"
 #include "mapping/landmark_measures.h"
 #include "matrix/character_steps.h"
@@ -45,8 +46,8 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
 
 void register_mapping() {
   hooks_of_engine.measure_landmarks = measure_landmarks;
-  hooks_of_engine.mark_moved_landmarks = mark_moved_landmarks;
   hooks_of_landmarks.implied_weights = [] { return weighting.on; };
+  hooks_of_landmarks.draw_map = draw_landmark_map;
   hooks_of_matrix.node_rows = rows_of_tree;
   hooks_of_matrix.measure_characters = measure_characters;
 }
