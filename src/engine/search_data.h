@@ -13,6 +13,7 @@
 
 #include "base/scores.h"
 #include "engine/kernels/kernels.h"
+#include "engine/whole_trees.h"
 #include "engine/wide/wide_kinds.h"
 
 namespace zeb {
@@ -80,6 +81,7 @@ struct search_data {
   bool has_asymmetric = false;  // of some of those the length depends on the root
   std::int64_t base_steps = 0;  // constant steps removed while packing
   wide_data wide;               // characters that the words don't hold
+  std::shared_ptr<whole_tree_characters> whole;  // ... and that no sets do; null: there are none
 
   // -- implied weights; empty without them --
   double base_fit = 0;                 // weighted fit of characters that are the same on all trees

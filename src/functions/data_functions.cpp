@@ -93,14 +93,6 @@ double last_landmark_character() {
   for (const character_record& c : matrix.characters) count += c.type == landmark_data;
   return count - 1;
 }
-// The error margin of landmark searches, which aren't there yet.
-double landmark_error() {
-  if (brackets_follow()) {
-    const double which = bracketed_whole_values(1, 1)[0];
-    if (!(which >= 0 && which < 5)) error_end("Landmark error margin is 0-4");
-  }
-  error_end("Expression \"lmerror\" is not available yet");
-}
 double weight() { return record(one_character()).weight; }
 double informative() { return is_informative(one_character()); }
 
@@ -218,7 +210,6 @@ constexpr expression_function rows[] = {
     {"iscont", "[C]", "1 if character C is continuous", is_continuous},
     {"islmark", "[C]", "1 if character C is a landmark configuration", is_landmark},
     {"lmnchar", "", "number of landmark characters less one; -1 without any", last_landmark_character},
-    {"lmerror", "[N]", "error of the last landmark search: 0 mean, 1 standard deviation, 2 minimum, 3 maximum, 4 cases; without N (optional), 100 times the current margin", landmark_error, function_list::general, {}, true},
     {"cost", "[C S1 S2]", "cost of the change S1 to S2 in character C", cost_of_change},
     {"isanc", "[C]", "1 if ancestral states are defined for character C", has_ancestral_states},
     {"iscateg", "[C]", "1 if character C has discrete states (is neither continuous nor a landmark)", is_categorical},

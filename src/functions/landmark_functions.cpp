@@ -12,9 +12,11 @@
 #include "landmarks/landmark_settings.h"
 #include "landmarks/point_grid.h"
 #include "landmarks/point_records.h"
+#include "landmarks/search_settings.h"
 #include "language/lexer.h"
 #include "matrix/landmarks.h"
 #include "matrix/matrix.h"
+#include "search/search_results.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -55,6 +57,18 @@ std::vector<std::uint8_t> mark_of(const landmark_configuration& configuration) {
 
 double dimensions() { return one_configuration().dimensions; }
 double points() { return one_configuration().points; }
+
+/// Of the last search, in per cent as the margin.
+double error_of_estimates() {
+  const error_margin& margin = landmark_searching.margin;
+  if (!brackets_follow()) return 100 * margin.margins[at(margin.stages - 1)];
+  const double which = bracketed_whole_values(1, 1)[0];
+  if (!(which >= 0 && which < 5)) error_end("Landmark error margin is 0-4");
+  const estimate_errors& errors = last_search.landmark_errors;
+  const double values[] = {errors.mean(), errors.deviation(), errors.least, errors.most,
+                           static_cast<double>(errors.cases) / 100};
+  return 100 * values[static_cast<std::size_t>(which)];
+}
 
 /// "[C L]"; without L the first landmark.
 template <class function>
@@ -143,6 +157,7 @@ double cell_of_grid() {
 // clang-format off
 constexpr expression_function rows[] = {
     {"lmdims", "[C]", "dimensions of landmark character C", dimensions},
+    {"lmerror", "[N]", "error of the last landmark search: 0 mean, 1 standard deviation, 2 minimum, 3 maximum, 4 cases; without N (optional), 100 times the current margin", error_of_estimates},
     {"lmfactor", "[C L]", "factor of landmark L (0 without one) of character C", factor},
     {"lmmaxdist", "[C L]", "largest distance between two taxa for landmark L of character C", largest_distance},
     {"lmnpoints", "[C]", "landmarks of character C", points},

@@ -93,9 +93,8 @@ double fermat_distance(const landmark_point& a, const landmark_point& b, const l
 
 // Iterated weighted means (Weiszfeld 1937). Where a step comes upon one of the points, the pull of
 // the others tells whether it is the median, or how far to go on from it.
-landmark_point geometric_median(std::span<const landmark_point> points,
-                                const landmark_point& start) {
-  constexpr int most_steps = 200;
+landmark_point geometric_median(std::span<const landmark_point> points, const landmark_point& start,
+                                int most_steps) {
   landmark_point at = start;
   double spread = 0;
   for (const landmark_point& p : points) spread = std::max(spread, distance(p, points.front()));

@@ -23,9 +23,10 @@ landmark_point fermat_point(const landmark_point& a, const landmark_point& b,
                             const landmark_point& c);
 /// That sum, without making the point.
 double fermat_distance(const landmark_point& a, const landmark_point& b, const landmark_point& c);
-/// The point whose distances from all points have the least sum, to about a millionth of their
-/// spread, found from `start`. None of the points may be missing; there is at least one.
-landmark_point geometric_median(std::span<const landmark_point> points,
-                                const landmark_point& start);
+/// The point whose distances from all points have about the least sum, found from `start`: it is
+/// never farther from that than `start` is. None of the points may be missing; there is at least
+/// one.
+landmark_point geometric_median(std::span<const landmark_point> points, const landmark_point& start,
+                                int most_steps = 200);
 
 }  // namespace zeb

@@ -14,6 +14,10 @@ namespace zeb {
 
 class point_optimiser;
 
+/// A branch shorter than this, in spans of the point, has its two ends at one place: collapsing
+/// doesn't count it as a change.
+constexpr double same_place = 1e-4;
+
 /// The characters marked, on trees of the buffer. Settings and data must not change while it lives.
 class landmark_scorer {
  public:

@@ -25,7 +25,8 @@ landmark_point middle_of_neighbours(const point_tree& tree, std::size_t v,
   if (tree.ancestor[v] != point_tree::none) neighbours.push_back(positions[at(tree.ancestor[v])]);
   for (const int c : tree.children_of(static_cast<int>(v))) neighbours.push_back(positions[at(c)]);
   if (neighbours.size() == 3) return fermat_point(neighbours[0], neighbours[1], neighbours[2]);
-  return geometric_median(neighbours, positions[v]);
+  constexpr int steps_towards_median = 10;  // the next rounds go on
+  return geometric_median(neighbours, positions[v], steps_towards_median);
 }
 
 }  // namespace
@@ -78,25 +79,22 @@ void point_optimiser::shake(const point_record& point, int terminals, landmark_d
   vertices_ = std::move(best);
 }
 
-/// Rounds, each of sweeps of springs that are less and less softened, then of passes of Fermat
+/// Rounds, each of sweeps of springs that are less and less softened, then of a pass of Fermat
 /// points, until one gains too little. Keeps the best that it meets.
 void point_optimiser::move_to_optimum(const point_record& point, int terminals) {
   // In spans of the point. A softer start forgets what the grids found and ends farther off.
-  constexpr double first_softness = 0.003;
-  constexpr double last_softness = 1e-7;
-  constexpr double hardening = 0.8;
-  constexpr int fermat_passes = 2;
+  constexpr double first_softness = 0.001;
+  constexpr double last_softness = 1e-6;
+  constexpr double hardening = 0.7;
   std::vector<landmark_point> best(vertices_);
   double least = length_of(tree_, vertices_);
   for (int round = 0; round < settings_.max_iterations; ++round) {
     for (double softness = first_softness; softness > last_softness; softness *= hardening) {
       springs_.sweep(tree_, terminals, softness * point.span, vertices_);
     }
-    for (int pass = 0; pass < fermat_passes; ++pass) {
-      for (std::size_t v = 0; v < tree_.node.size(); ++v) {
-        if (tree_.node[v] >= terminals)
-          vertices_[v] = middle_of_neighbours(tree_, v, vertices_, neighbours_);
-      }
+    for (std::size_t v = 0; v < tree_.node.size(); ++v) {
+      if (tree_.node[v] >= terminals)
+        vertices_[v] = middle_of_neighbours(tree_, v, vertices_, neighbours_);
     }
     const double length = length_of(tree_, vertices_);
     const double gained = least - length;

@@ -6,8 +6,10 @@
 #include "landmarks/hooks.h"
 #include "landmarks/landmark_memory.h"
 #include "landmarks/landmark_settings.h"
+#include "landmarks/lmark_text.h"
 #include "landmarks/point_minima.h"
 #include "language/list_kinds.h"
+#include "language/methods.h"
 #include "matrix/hooks.h"
 #include "matrix/landmarks.h"
 #include "matrix/matrix_layout.h"
@@ -34,6 +36,8 @@ void register_landmarks() {
     *least = range.least;
     *most = range.most;
   };
+  hooks_of_matrix.landmark_commands = landmark_choices_as_commands;
+  add_methods(methods_part::choices, lmark_settings_as_commands);
   add_new_matrix_hook(make_point_choices);
   add_new_matrix_hook(check_landmark_memory);
   register_list_kind({.noun = "landmark", .count = most_landmarks});

@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "base/indices.h"
+#include "landmarks/fermat.h"
 #include "landmarks/landmark_scores.h"
+#include "matrix/matrix.h"
+#include "trees/tree_record.h"
 
 namespace zeb {
 namespace {
@@ -46,6 +49,23 @@ class measured_scores : public landmark_measure {
 std::unique_ptr<landmark_measure> measure_landmarks(std::span<const std::uint8_t> characters,
                                                     std::span<const std::uint8_t> ignored_taxa) {
   return std::make_unique<measured_scores>(characters, ignored_taxa);
+}
+
+void mark_moved_landmarks(const_tree_span tree, std::span<const std::uint8_t> characters,
+                          std::span<std::uint8_t> marks) {
+  const int limit = node_limit(tree, matrix.ntax);
+  for (int v = matrix.ntax + 1; v < limit; ++v)
+    if (tree[at(v)] == matrix.ntax) marks[at(v)] = 1;
+  for_each_landmark(tree, characters,
+                    [&](const point_record& point, std::span<const landmark_point> positions) {
+                      for (int v = matrix.ntax + 1; v < limit; ++v) {
+                        const landmark_point& here = positions[at(v)];
+                        const landmark_point& above = positions[at(tree[at(v)])];
+                        if (point.multiplier() == 0 || is_missing(here) || is_missing(above))
+                          continue;
+                        marks[at(v)] |= distance(here, above) > same_place * point.span;
+                      }
+                    });
 }
 
 }  // namespace zeb

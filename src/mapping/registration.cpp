@@ -46,6 +46,7 @@ void measure_characters(tree_measure measure, int tree, std::span<double> values
 
 void register_mapping() {
   hooks_of_engine.measure_landmarks = measure_landmarks;
+  hooks_of_engine.mark_moved_landmarks = mark_moved_landmarks;
   hooks_of_landmarks.implied_weights = [] { return weighting.on; };
   hooks_of_landmarks.draw_map = draw_landmark_map;
   hooks_of_matrix.node_rows = rows_of_tree;

@@ -53,6 +53,7 @@ std::string characters_in_words() {
        {of_type(protein_data), " of proteins"},
        {of_type(numeric_data), " numeric"},
        {count_of([](const character_record& c) { return c.is_continuous; }), " continuous"},
+       {of_type(landmark_data), " of landmarks"},
        {count_of([](const character_record& c) { return c.additive && !c.is_continuous; }),
         " additive"},
        {count_of([](const character_record& c) { return c.is_sankoff != 0; }),

@@ -30,6 +30,9 @@ struct matrix_hooks {
                            double* most) = nullptr;
   /// Are constraints on trees defined?
   bool (*constraints_defined)() = nullptr;
+  /// Commands, without their ";", for what was chosen for landmarks of characters that get new
+  /// numbers (by character; negative: left out).
+  std::vector<std::string> (*landmark_commands)(std::span<const int> new_numbers) = nullptr;
 };
 extern matrix_hooks hooks_of_matrix;
 

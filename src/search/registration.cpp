@@ -1,5 +1,6 @@
 #include "search/registration.h"
 
+#include "base/command.h"
 #include "base/message_text.h"
 #include "engine/hooks.h"
 #include "language/methods.h"
@@ -10,6 +11,8 @@
 #include "search/drivers/mult.h"
 #include "search/drivers/ratchet.h"
 #include "search/drivers/rebuild.h"
+#include "search/landmarks/landmark_workers.h"
+#include "search/landmarks/searched_landmarks.h"
 #include "search/part_search.h"
 #include "search/search_journal.h"
 #include "search/search_results.h"
@@ -44,6 +47,12 @@ void register_settings() {
 void register_search() {
   register_settings();
   hooks_of_engine.collapse_by_swapping = collapse_by_swapping;
+  hooks_of_engine.landmarks_of_data =
+      [](const search_data& data,
+         const packing_request& request) -> std::shared_ptr<whole_tree_characters> {
+    return std::make_shared<searched_landmarks>(data, request);
+  };
+  add_command_over_hook(rest_workers);
   add_new_matrix_hook(forget_lowest_score);
   add_new_matrix_hook(note_new_data);
   add_methods(methods_part::choices, [] {

@@ -37,6 +37,7 @@
 #include "engine/packing/packing_request.h"
 #include "engine/packing/reduced_data.h"
 #include "engine/search_data.h"
+#include "search/landmarks/estimate_errors.h"
 #include "search/moves/move_slots.h"
 #include "search/moves/search_constraints.h"
 #include "search/search_settings.h"
@@ -164,6 +165,7 @@ struct search_context {
   report_clock own_clock;
   report_clock* clock = &own_clock;  // that of the outermost search: they share one line
 
+  estimate_errors landmark_errors;  // of swaps
   rearrangement_counter rearrangements;
   std::int64_t moves_done = 0;  // moves applied, trees stored
 };
@@ -202,7 +204,8 @@ class context_scope {
 
 /// Scores are sums of steps, or of fractions.
 inline score_kind kind_of_scores(const search_data& data) {
-  return data.implied_on || data.has_continuous ? score_kind::fractional : score_kind::whole;
+  return data.implied_on || data.has_continuous || data.whole ? score_kind::fractional
+                                                              : score_kind::whole;
 }
 
 }  // namespace zeb

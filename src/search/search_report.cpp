@@ -98,7 +98,7 @@ void note_score(search_context& context, double score) {
 std::string score_text(const search_data& data, double score) {
   if (score < 0) return "------  ";
   if (score >= unknown_score) return "(none)";
-  if (data.implied_on) return text_of("%.5f", score);
+  if (data.implied_on || data.whole) return text_of("%.5f", score);
   if (data.has_continuous) return text_of("%.3f", score);
   return text_of("%lld", static_cast<long long>(score));
 }
@@ -115,6 +115,7 @@ std::string rearrangements_text(const rearrangement_counter& count) {
 void tell_rearrangements(const search_context& context, bool by_tbr) {
   emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
   if (context.constraints_in_force) emit("Constraints enforced during search.\n");
+  if (context.data.whole) emit(approximation_in_words(context.landmark_errors));
   const int move_limit = context.rules.swap.move_limit;
   if (by_tbr && move_limit > 0) {
     emit(text_of("Note: TBR limited to moves within %i nodes of original position.\n", move_limit));

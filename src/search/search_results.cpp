@@ -10,6 +10,7 @@ void keep_counters(const search_context& context) {
   last_search.replication = context.shown.replication;
   last_search.moves_done = context.moves_done;
   last_search.rearrangements = context.rearrangements;
+  last_search.landmark_errors = context.landmark_errors;
 }
 
 void keep_best_score(double best) { last_search.best = best; }

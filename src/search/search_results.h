@@ -16,6 +16,7 @@ struct search_results {
   int replication = -1;                  // the last one begun; -1 none
   std::int64_t moves_done = 0;           // moves applied, trees stored
   rearrangement_counter rearrangements;  // examined
+  estimate_errors landmark_errors;       // of estimates of landmark costs
   bool exact_solution = false;           // it proved that no tree is better
   bool swapped_by_tbr = false;           // what the last `bbreak` did
   bool swapped_by_spr = false;

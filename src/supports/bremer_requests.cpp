@@ -37,7 +37,14 @@ void read_swapping(bremer_request& request) {
 }
 
 /// "&X*F", either of them optional.
+void refuse_landmarks() {
+  for (const character_record& record : matrix.characters)
+    if (record.active && record.type == landmark_data)
+      error_end("Cannot do combined bremer supports for data sets with landmarks");
+}
+
 void read_power(bremer_request& request) {
+  refuse_landmarks();
   bremer_settings& s = request.how;
   s.combination = bremer_settings::power;
   if (read_optional_float(&s.deletion)) {
@@ -51,6 +58,7 @@ void read_power(bremer_request& request) {
 }
 
 void read_product(bremer_request& request) {
+  refuse_landmarks();
   request.how.combination = bremer_settings::product;
   if (!accept_char('x')) accept_char('X');
 }

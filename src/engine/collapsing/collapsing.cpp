@@ -1,6 +1,7 @@
 // The full collapsing rules, on trees of the buffer.
 #include "engine/collapsing/collapsing.h"
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -106,12 +107,28 @@ void mark_by_rule_4(plain_optimiser& sets, const_tree_span tree, std::span<std::
     if (marks[at(v)]) marks[at(v)] = forced[at(number[at(v)])];
 }
 
+/// Characters that count, landmarks or all others.
+std::vector<std::uint8_t> judged_characters(bool landmarks) {
+  std::vector<std::uint8_t> marks = scored_characters();
+  for (int c = 0; c < matrix.nchar; ++c)
+    if ((matrix.characters[at(c)].type == landmark_data) != landmarks) marks[at(c)] = 0;
+  return marks;
+}
+
+/// Under all rules a branch stays along which a landmark moves.
+void mark_by_landmarks(const_tree_span tree, std::span<std::uint8_t> marks) {
+  const std::vector<std::uint8_t> landmarks = judged_characters(true);
+  if (std::ranges::any_of(landmarks, [](std::uint8_t mark) { return mark != 0; }))
+    hooks_of_engine.mark_moved_landmarks(tree, landmarks, marks);
+}
+
 void mark_tree(plain_optimiser& sets, const_tree_span tree, int rule,
                std::span<std::uint8_t> marks) {
   if (rule == 4)
     mark_by_rule_4(sets, tree, marks);
   else
     mark_by_rule(sets, tree, rule, marks);
+  mark_by_landmarks(tree, marks);
 }
 
 /// The tree without the ignored taxa is judged. A node of which a single descendant is left there
@@ -150,7 +167,7 @@ struct branch_judge::state {
 
 branch_judge::branch_judge(int rule, std::span<const std::uint8_t> ignored_taxa)
     : state_(new state{rule, {ignored_taxa.begin(), ignored_taxa.end()}, {}, {}, {}}) {
-  if (rule >= 1 && rule <= 4) state_->sets.emplace(scored_characters(), ignored_taxa);
+  if (rule >= 1 && rule <= 4) state_->sets.emplace(judged_characters(false), ignored_taxa);
   if (rule > 4 && !hooks_of_engine.collapse_by_swapping)
     error_end("Internal error: called swap-collapsing without having assigned memory!");
 }

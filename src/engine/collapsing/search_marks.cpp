@@ -45,6 +45,7 @@ void search_marks(const search_data& data, int level, std::span<std::uint8_t> ma
   for (int v = data.n + 1; v < data.nodes; ++v)
     marks[at(v)] =
         branch_stays(data, v, level) || (data.has_wide && wide_branch_stays(data, v, rule));
+  if (data.whole) data.whole->mark_staying(data, level, marks);
 }
 
 }  // namespace zeb

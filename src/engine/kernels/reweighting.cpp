@@ -41,6 +41,7 @@ void reweighting::multiply(std::span<const std::uint8_t> factor) {
     room -= std::max(0, weight - packed);
   });
   changed_ = true;
+  if (data_.whole) data_.whole->reweight(factor);
   weights_changed(data_);
 }
 
@@ -48,6 +49,7 @@ void reweighting::put_back() {
   if (!changed_) return;
   std::size_t i = 0;
   each_weight(data_, [&](std::int32_t, std::int32_t& weight) { weight = weights_[i++]; });
+  if (data_.whole) data_.whole->reweight({});
   data_.uniform_mode = uniform_;
   data_.per_char_mode = per_char_;
   bind_kernels(data_, data_.kernels.width_bits);
@@ -59,6 +61,7 @@ std::vector<std::int32_t> searched_characters(const search_data& data) {
   for (const pack_entry& e : data.entries) list.push_back(e.character);
   for (const wide_part& part : data.wide.parts)
     for (const wide_character& c : part.characters) list.push_back(c.character);
+  if (data.whole) data.whole->list_characters(list);
   std::sort(list.begin(), list.end());
   list.erase(std::unique(list.begin(), list.end()), list.end());
   return list;

@@ -17,13 +17,6 @@
 namespace zeb {
 namespace {
 
-/// Kinds that the passes can't score yet end the command rather than be left out.
-void refuse_unavailable(int character) {
-  if (matrix.characters[at(character)].type == landmark_data)
-    error_end("Searches with landmark characters are not available yet: deactivate character",
-              character);
-}
-
 int group_of(const informative_states& states) {
   const int count = std::popcount(states.kept);
   if (states.additive || !states.edges.empty() || count <= 2) return 0;
@@ -193,9 +186,12 @@ packing_plan plan_packing(const packing_request& request) {
   for (int c = 0; c < matrix.nchar; ++c) {
     const int weight = request.weights[at(c)];
     if (weight == 0) continue;
+    if (matrix.characters[at(c)].type == landmark_data) {
+      plan.has_landmarks = true;
+      continue;
+    }
     const reduced_form form = form_of(request, c, weight, ranges.taxa());
     const wide_kind* const kind = form.is_packed() ? nullptr : kind_of(request, c);
-    if (!kind) refuse_unavailable(c);
     step_range steps = ranges.of(c);
     if (steps.least >= steps.most) {
       add_constant(plan, request, c, steps.most, kind);

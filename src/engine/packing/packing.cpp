@@ -8,6 +8,7 @@
 #include "base/indices.h"
 #include "engine/fit/fit_curves.h"
 #include "engine/fit/implied_weighting.h"
+#include "engine/hooks.h"
 #include "engine/kernels/kernel_binding.h"
 #include "engine/packing/cell_encoding.h"
 #include "engine/packing/classification.h"
@@ -80,6 +81,11 @@ void add_wide_characters(search_data& data, const packing_plan& plan, const fit_
   encode_wide_cells(data);
 }
 
+void add_landmarks(search_data& data, const packing_request& request) {
+  if (!hooks_of_engine.landmarks_of_data) error_end("Nothing here scores landmark characters");
+  data.whole = hooks_of_engine.landmarks_of_data(data, request);
+}
+
 }  // namespace
 
 void prepare_search_data(search_data& data, const packing_request& request) {
@@ -113,6 +119,7 @@ void prepare_search_data(search_data& data, const packing_request& request) {
     prepare_fit_tables(data, request.rules);
   }
   bind_kernels(data);
+  if (plan.has_landmarks) add_landmarks(data, request);
 }
 
 }  // namespace zeb

@@ -29,6 +29,7 @@ struct packing_plan {
   };
   std::vector<wide_share> wide;
   double base_wide_cost = 0;    // of those that are the same on all trees, in units of the score
+  bool has_landmarks = false;   // left out here: whole trees are asked for them
   bool has_continuous = false;  // some of those score in fractions of a unit, whatever they cost
 };
 

@@ -216,11 +216,13 @@ void prepare_reduced_data(search_data& inner, const search_data& outer, const tr
     share_fit_tables(inner, outer, numbers_of(characters.kept()));
   }
   bind_kernels(inner, outer.kernels.width_bits);
+  if (outer.whole) inner.whole = outer.whole->of_sector(outer, sector, inner);
   const std::vector<std::int32_t> tree = tree_of_sector(outer.tree.anc, outer.n, sector);
   const double own_score = tree_length(inner, tree);
   if (inner.implied_on) {
     count_from_outside(inner, outer, characters.kept());
     weigh_counters(inner);
+    if (inner.whole) inner.base_fit += score - tree_length(inner, tree);
   } else {
     inner.wide.base_cost = score - own_score;
   }

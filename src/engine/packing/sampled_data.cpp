@@ -50,6 +50,7 @@ void copy_wide_characters(search_data& sample, const search_data& whole,
 /// A character whose changes all cost alike weighs as much as one of them there, and may not be
 /// packed at all with a larger weight.
 bool sample_fits(const search_data& whole, std::span<const std::uint8_t> factors) {
+  if (whole.whole) return false;
   for (const std::span<field_record> fields : whole.fields)
     for (const field_record& f : fields)
       if (f.character >= 0 && std::int64_t{f.weight} * factors[at(f.character)] > largest_weight)

@@ -96,7 +96,8 @@ double tree_length(search_data& data, std::span<const std::int32_t> anc) {
   if (anc.data() != data.tree.anc.data())
     std::memcpy(data.tree.anc.data(), anc.data(), at(data.nodes) * sizeof(anc[0]));
   rebuild_links(data);
-  return full_pass(data);
+  const double of_sets = full_pass(data);
+  return data.whole ? of_sets + data.whole->score(data) : of_sets;
 }
 
 double subtree_pass(search_data& data, int node) {

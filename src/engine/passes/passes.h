@@ -13,7 +13,7 @@ namespace zeb {
 /// `cluster_count` above 0 the cluster unions (`union_now`) are widened by the new sets, so the
 /// swapper empties them first.
 double tree_length(search_data& data, std::span<const std::int32_t> anc);
-/// The same over the tree in `data.tree`.
+/// The same over the tree in `data.tree`, but without characters that are scored by whole trees.
 double full_pass(search_data& data);
 /// Down and final pass over the subtree of `node` as a tree of its own (its ancestor isn't looked
 /// at); returns its length, without what is the same on all trees. At a terminal nothing is done.

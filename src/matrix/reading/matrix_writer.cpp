@@ -99,6 +99,9 @@ class matrix_writer {
     write_blocks();
     write_character_names();
     write_taxon_settings();
+    if (!hooks_of_matrix.landmark_commands) return;
+    for (const std::string& command : hooks_of_matrix.landmark_commands(new_number_))
+      out_.add(command + ";\n");
   }
   void write_scales();
   void write_codes();

@@ -5,6 +5,7 @@
 #include "engine/fit/step_costs.h"
 #include "engine/joining.h"
 #include "engine/wide/wide_costs.h"
+#include "search/landmarks/landmark_moves.h"
 
 namespace zeb {
 namespace {
@@ -57,6 +58,13 @@ class evidence {
             cost_of_wide_steps(data_, part, c, elsewhere[i]));
         ++i;
       }
+  }
+  /// Points as they are by the estimates of joinings.
+  void add_landmarks(const landmark_moves& moves, const clip_place& home, const clip_place& other) {
+    const std::vector<double> at_home = moves.costs_by_point(home.clip.number, home.main.number);
+    const std::vector<double> elsewhere =
+        moves.costs_by_point(other.clip.number, other.main.number);
+    for (std::size_t p = 0; p < at_home.size(); ++p) add(-1, at_home[p], elsewhere[p]);
   }
   double difference() {
     settle_character();
@@ -128,6 +136,7 @@ double relative_fit_difference(const search_data& data, const clip_place& home,
     before += data.fields[g].size();
   }
   if (data.has_wide) sum.add_wide_characters(home, other);
+  if (data.whole) sum.add_landmarks(*landmarks_in(data)->moves_in_work(), home, other);
   return sum.difference();
 }
 

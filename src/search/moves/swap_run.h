@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 
 #include "base/arena.h"
@@ -35,6 +36,8 @@ struct end_of_swap {
   search_data& data;
 };
 
+class landmark_swap;
+
 struct swap_run {
   enum class swap_kind { tbr, spr, limited };
 
@@ -42,6 +45,7 @@ struct swap_run {
            const swap_task& task);
   swap_run(const swap_run&) = delete;
   swap_run& operator=(const swap_run&) = delete;
+  ~swap_run();
 
   // -- what is swapped --
   arena_scope memory;  // all spans below
@@ -64,6 +68,7 @@ struct swap_run {
   const move_slots& slots;  // of the search
   search_constraints* const constraints_in_force;  // of the search; may be null
   const bool more_to_ask;  // there are wide characters, or something may forbid moves
+  std::unique_ptr<landmark_swap> landmarks;  // null: there are none
 
   // -- progress through the clips --
   std::span<std::int32_t> clip_order;  // by position; empty: position and node are the same
@@ -120,6 +125,8 @@ struct swap_run {
   /// Tells what a candidate within the bound is good for: notes it for the store, or makes it the
   /// best. True when nothing can do better.
   bool take_candidate(int u, int v, double cost);
+  /// The same where the cost is that of all characters.
+  bool take_judged(int u, int v, double cost);
   /// Are two scores of one tree the same, but for what rounding piles up in sums?
   bool agree(double a, double b) const;
   /// The end: final score and check; `anc` gets the tree.

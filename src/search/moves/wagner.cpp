@@ -104,6 +104,9 @@ void wagner_tree(search_context& context, std::span<std::int32_t> anc,
                  const addition_settings& additions) {
   const bool constrained = context.slots.forbids || context.constraints_in_force;
   check_additions(additions, context.rules.random_insertion, constrained);
+  const bool by_clusters = additions.cluster_from > 0 && additions.cluster_from < context.data.n;
+  if (context.data.whole && (by_clusters || additions.look > 0 || additions.informative > 0))
+    error_end("Wagner with clusters or selected add. seqs. not implemented for landmarks");
   if (context.constraints_in_force) {
     build_under_constraints(context, anc, additions);
   } else {

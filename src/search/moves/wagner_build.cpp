@@ -13,6 +13,8 @@
 #include "engine/passes/passes.h"
 #include "engine/passes/waves.h"
 #include "engine/wide/wide_costs.h"
+#include "landmarks/search_settings.h"
+#include "search/landmarks/landmark_moves.h"
 #include "search/search_report.h"
 
 namespace zeb {
@@ -25,7 +27,8 @@ wagner_build::wagner_build(search_context& search, const addition_settings& how,
       fits(data.implied_on),
       slots(search.slots),
       closing(obeyed.closing),
-      more_to_ask(data.has_wide || slots.forbids) {
+      landmarks(data.whole ? std::make_unique<landmark_moves>(data) : nullptr),
+      more_to_ask(data.has_wide || landmarks || slots.forbids) {
   const std::size_t nodes = at(data.nodes);
   order = alloc_low<std::int32_t>(nodes);
   candidates = alloc_low<std::int32_t>(nodes);
@@ -33,6 +36,8 @@ wagner_build::wagner_build(search_context& search, const addition_settings& how,
   scan_order = alloc_low<std::int32_t>(nodes);
   if (obeyed.rows) groups.emplace(*obeyed.rows, data.nodes);
 }
+
+wagner_build::~wagner_build() = default;
 
 void wagner_build::first_tree(int a, int b, int c) {
   tree_arrays& t = data.tree;
@@ -50,6 +55,7 @@ void wagner_build::first_tree(int a, int b, int c) {
   hang(top, b, c);
   t.anc[at(root)] = root + 2;
   full_pass(data);
+  if (landmarks) landmarks->begin_growing();
   if (fits) choose_cost_units(data);
   branches.begin(top, b, c);
   if (groups) groups->read_growing_tree(t);
@@ -68,12 +74,18 @@ int wagner_build::list_candidates(walk way, bool swapped) {
 }
 
 double wagner_build::cost_at(int taxon, int v, double bound) const {
-  return join_cost(data, {join_end::root, taxon}, {join_end::branch, v}, bound);
+  const double cost = join_cost(data, {join_end::root, taxon}, {join_end::branch, v}, bound);
+  if (!landmarks || cost > bound) return cost;
+  return cost + landmarks->cost_of_adding(taxon, v, bound - cost);
 }
 
 bool wagner_build::all_others_allow(int taxon, join_side to, double below, double* cost) const {
   if (data.has_wide) {
     *cost += wide_join_cost(data, {join_end::root, taxon}, to, below - *cost);
+    if (*cost >= below) return false;
+  }
+  if (landmarks && to.end == join_end::branch) {
+    *cost += landmarks->cost_of_adding(taxon, to.number, below - *cost);
     if (*cost >= below) return false;
   }
   return to.end == join_end::cluster || !forbidden(taxon, to.number);
@@ -140,13 +152,21 @@ void wagner_build::attach_taxon(int taxon) {
     error_end("Sorry, cannot build a tree with specified constraints");
   }
   if (fits) add_attachment_steps(data, {join_end::root, taxon}, {join_end::branch, best_branch});
-  attach(data.tree, taxon, next_free, best_branch);
+  const int joint = next_free;
+  if (landmarks) landmarks->place_added(taxon, best_branch, joint);
+  attach(data.tree, taxon, joint, best_branch);
   ++next_free;
   repair_after_insert(data, taxon);
+  if (landmarks) settle_landmarks(joint);
   if (groups) groups->note_added(taxon);
   // Steps get cheaper as homoplasy grows with the tree.
   if (fits && std::has_single_bit(static_cast<unsigned>(next_free - data.n)))
     choose_cost_units(data);
+}
+
+void wagner_build::settle_landmarks(int joint) {
+  const landmark_search_settings& wanted = landmark_searching;
+  landmarks->settle_added(joint, wanted.refine_depth, wanted.refine_rounds, !wanted.quick_wagner);
 }
 
 void wagner_build::place_taxon(int taxon) {

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 
@@ -11,6 +12,8 @@
 #include "search/search_context.h"
 
 namespace zeb {
+
+class landmark_moves;
 
 /// The constraints that a build obeys; null: none.
 struct build_constraints {
@@ -21,6 +24,7 @@ struct build_constraints {
 struct wagner_build {
   wagner_build(search_context& search, const addition_settings& how,
                const build_constraints& obeyed);
+  ~wagner_build();
 
   arena_scope memory;  // the spans below
   search_context& context;
@@ -36,8 +40,9 @@ struct wagner_build {
   const move_slots& slots;             // of the search
   std::optional<group_tables> groups;  // of the tree as it is, under constraints
   const group_tables::closing closing;
-  bool stuck = false;      // a taxon could go nowhere
-  const bool more_to_ask;  // there are wide characters, or something may forbid places
+  bool stuck = false;                         // a taxon could go nowhere
+  std::unique_ptr<landmark_moves> landmarks;  // null: there are none
+  const bool more_to_ask;  // there are others than packed ones, or something may forbid places
 
   // The best place found for a taxon.
   double best = 0;
@@ -92,6 +97,7 @@ struct wagner_build {
   void find_place(int taxon);
   /// Puts the taxon there and repairs the sets.
   void attach_taxon(int taxon);
+  void settle_landmarks(int joint);
   /// The same, and keeps `branches` up. Where constraints forbid the best place, all are forbidden:
   /// then the build is stuck.
   void place_taxon(int taxon);

@@ -143,6 +143,8 @@ void sector_run::run_commands(search_context& outer, const tree_sector& sector,
 std::string instructions_for(const search_context& outer, const sector_search_settings& how) {
   const std::size_t level = at(part_search.level);
   if (level >= how.instructions.size() || how.instructions[level].empty()) return {};
+  if (outer.data.whole)
+    error_end("Sorry, user instructions for sectors can't be used for landmark data");
   if (outer.own_data) error_end("Data are permuted: can't run user-defined routines");
   return how.instructions[level];
 }
@@ -187,8 +189,17 @@ bool search_sector(search_context& outer, std::span<std::int32_t> tree, const tr
     }
   }
   if (found.empty() && how.xbuffer) return false;
+  const tree_array before(tree.begin(), tree.end());
   if (!found.empty()) arrange_sector(tree, outer.data.n, sector, found);
+  const double score_before = *score;
   *score = tree_length(outer.data, tree);
+  if (outer.data.whole) {
+    // The ends of the sector were taken to stay, so its own score is only about that of the tree.
+    if (is_within_bound(*score, score_before, kind_of_scores(outer.data))) return !found.empty();
+    std::ranges::copy(before, tree.begin());
+    *score = tree_length(outer.data, tree);
+    return false;
+  }
   ALWAYS_CHECK(is_same_score(*score, found_score, kind_of_scores(outer.data)), "score of a sector");
   return !found.empty();
 }

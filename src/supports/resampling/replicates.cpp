@@ -17,6 +17,7 @@
 #include "search/drivers/seed_sequence.h"
 #include "search/search_report.h"
 #include "search/workers/worker_pool.h"
+#include "supports/resampling/landmark_sampling.h"
 #include "supports/resampling/replicate_search.h"
 
 namespace zeb {
@@ -27,11 +28,15 @@ namespace {
 class sampled_weights {
  public:
   sampled_weights();
-  int characters() const { return static_cast<int>(characters_.size()); }
+  /// What is drawn from: characters, or single landmarks.
+  int drawn_from() const {
+    return points_.count() > 0 ? points_.count() : static_cast<int>(characters_.size());
+  }
   /// False where some weights had to stay at the limit.
   bool set(const sample& drawn);
 
  private:
+  sampled_points points_;
   weights_scope weights_;
   packed_sampling_scope packed_;
   std::vector<int> characters_;  // those that a search looks at
@@ -48,6 +53,10 @@ sampled_weights::sampled_weights() {
 }
 
 bool sampled_weights::set(const sample& drawn) {
+  if (points_.count() > 0) {
+    points_.set(drawn);
+    return true;
+  }
   std::vector<std::int32_t> weights = own_;
   std::int64_t room = largest_weight_sum;
   for (const int c : characters_) room -= own_[at(c)];
@@ -117,7 +126,7 @@ made_replicate replicate_maker::make(int seed) {
   const search_state_scope state;
   made_replicate made;
   random_generator random(static_cast<unsigned>(seed));
-  const sample drawn = draw_sample(task_.how, weights_.characters(), random);
+  const sample drawn = draw_sample(task_.how, weights_.drawn_from(), random);
   made.weight_limit = !weights_.set(drawn);
   const tree_slots& found = search_->search(std::max(1, random.draw()));
   if (matrix.generation != data_) error_end("The search of a replicate has changed the data");

@@ -15,6 +15,7 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "supports/commands.h"
+#include "supports/resampling/landmark_sampling.h"
 #include "supports/search_text.h"
 #include "trees/tree_store.h"
 
@@ -33,6 +34,8 @@ constexpr auto scheme_option(std::string_view keyword) {
 }
 
 void begin_sibyl(resample_request& request) {
+  if (landmarks_are_active())
+    error_end("Sorry, cannot run \"sibyl\" option with landmark characters");
   if (request.words > 1) error_end("\"Sibyl\" option must be the first option to \"resample\"");
   if (store.ntrees == 0) error_end("\"Sibyl\" option requires pre-existing trees");
   request.sibyl = true;
@@ -186,6 +189,8 @@ void check_options(const resample_request& request) {
 /// What the run needs of memory and trees.
 void check_run(const resample_request& request) {
   const resample_settings& chosen = request.settings;
+  if (chosen.slope && landmarks_are_active())
+    error_end("Cannot do frequency slopes for landmark data");
   if (chosen.slope && request.from < 0)
     error_end("To calculate frequency slopes, must define a reference tree");
   const int summaries = chosen.gc + chosen.frequency + chosen.slope;
@@ -239,6 +244,7 @@ resample_request read_resample_request() {
     if (tree >= 0) check_tree_number(tree);
   if (request.run) {
     if (!request.sibyl) check_run(request);
+    warn_of_whole_configurations();
     leave_out_inactive(request);
   }
   expect_end();

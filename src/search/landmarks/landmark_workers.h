@@ -1,0 +1,14 @@
+// The threads of searches with landmarks: begun when there is work for them, ended with the
+// command, or kept on the user's wish.
+#pragma once
+
+#include <functional>
+
+namespace zeb {
+
+/// Calls `task(part)` for each of the parts, on all threads; see `worker_threads`.
+void share_out(int parts, const std::function<void(int part)>& task);
+/// The command is over.
+void rest_workers();
+
+}  // namespace zeb
