@@ -89,7 +89,7 @@ void draw_scale_bar(double left, double y, double pixels_per_unit, double font_s
 /// Returns its width.
 double draw_key(const shape_key& key, double left, double top, double font_size) {
   const seen_shapes mean(configuration_of(key.character)->dimensions, {mean_of(key.shapes)});
-  shape_painter painter(mean, key.character, key_box);
+  shape_painter painter(mean, key.character, key_box, 2 * number_font);
   const std::string heading = name_of_configuration(key.character);
   draw_text(left, top + font_size, heading, font_size, " font-weight=\"bold\"");
   const double box_top = top + font_size * 1.6;

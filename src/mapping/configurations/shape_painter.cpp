@@ -13,19 +13,20 @@
 namespace zeb {
 namespace {
 
-constexpr double margin = 14;       // pixels around shapes in their box
 constexpr double least_part = 0.6;  // of the shorter side of a box, to the longer one
 
 }  // namespace
 
-shape_painter::shape_painter(const seen_shapes& shapes, int character, double side)
+shape_painter::shape_painter(const seen_shapes& shapes, int character, double side, double margin)
     : shapes_(shapes), character_(character), width_(side), height_(side) {
   const double extent = std::max(shapes.width(), shapes.height());
   if (!(extent > 0)) return;
-  const auto fitting = [&](double part) { return side * std::max(part / extent, least_part); };
+  scale_ = (side - 2 * margin) / extent;
+  const auto fitting = [&](double part) {
+    return std::max(part * scale_ + 2 * margin, side * least_part);
+  };
   width_ = fitting(shapes.width());
   height_ = fitting(shapes.height());
-  scale_ = (side - 2 * margin) / extent;
 }
 
 double shape_painter::x_of(const seen_point& p) const {

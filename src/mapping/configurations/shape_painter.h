@@ -12,8 +12,9 @@ namespace zeb {
 /// Draws into boxes of one size, in which the same place of the page means the same coordinates.
 class shape_painter {
  public:
-  /// `side`: the longer one of a box, pixels. The other one follows from the shapes.
-  shape_painter(const seen_shapes& shapes, int character, double side);
+  /// `side`: the longer one of a box, pixels, `margin` of which stay free. The other one follows
+  /// from the shapes.
+  shape_painter(const seen_shapes& shapes, int character, double side, double margin = 14);
 
   double width() const { return width_; }
   double height() const { return height_; }
