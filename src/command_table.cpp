@@ -90,7 +90,7 @@ constexpr command_row rows[] = {
     {"lquote",      lquote_command, false, topic_output | topic_various},
     {"lset",        none, false, topic_settings | topic_various},
     {"majority",    majority_command, true,  topic_consensus | topic_supports},
-    {"matchtax",    none, true,  topic_diagnosis | topic_various},
+    {"matchtax",    matchtax_command, true,  topic_diagnosis | topic_various, false, &matchtax_options},
     {"map",         map_command, true,  topic_mapping | topic_diagnosis | topic_characters},
     {"minmax",      minmax_command, false, topic_diagnosis | topic_various | topic_characters},
     {"mixtrees",    mixtrees_command, true,  topic_consensus | topic_trees, false, &mixtrees_options},

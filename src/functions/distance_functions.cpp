@@ -6,6 +6,7 @@
 #include "base/indices.h"
 #include "base/random.h"
 #include "distances/distortion.h"
+#include "distances/matching/stored_matching.h"
 #include "distances/moves/spr_distance.h"
 #include "distances/paced_progress.h"
 #include "distances/shared_splits.h"
@@ -70,10 +71,24 @@ double cost_of_move() {
   return comparer.score(moved) - comparer.score(t.tree);
 }
 
+double matching_taxa() {
+  open_brackets();
+  const const_tree_span first = stored_tree(tree_argument());
+  const const_tree_span second = stored_tree(tree_argument());
+  close_brackets();
+  paced_progress progress("Matching taxa");
+  return write_nodes(
+      "Match list",
+      match_stored_trees(first, second, matrix.ntax, taxon_set(matrix.ntax), {}, [&](double done) {
+        progress.poll(done, 1);
+      }).partner);
+}
+
 // clang-format off
 constexpr expression_function rows[] = {
     {"cutswap", "[T N1 N2]", "cutoff of swapping at which clade N1 of tree T may move to the branch below node N2: how much worse the tree gets (below 0: better)", cost_of_move},
     {"discoeff", "[T1 T2]", "distortion coefficient of the trees: of the steps beyond one that groups of T1, as characters, would take on a bush, the share that tree T2 spares them; 1 if it has all the groups", distortion, function_list::general, "deslist"},
+    {"matchtax", "[T1 T2]", "list of matching taxa: for each taxon that of tree T2 which stands for it, as told by matchtax; -1 for none", matching_taxa},
     {"sprdiff", "[T1 T2]", "number of SPR moves between the trees, the fewest found (see sprdiff)", spr_moves},
     {"sprsim", "[T1 T2]", "similarity by SPR moves: 1 less their number as a share of the most there can be, the number of taxa less 2", similarity_by_moves},
     {"rfdistp", "[T1 T2]", "normalised Robinson-Foulds distance of the trees without their roots", unrooted_robinson_foulds, function_list::unlisted},

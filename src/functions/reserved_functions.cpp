@@ -10,7 +10,6 @@ constexpr expression_function rows[] = {
     {"fixlik", "[T]", "likelihood of tree T with fixed branch lengths", nullptr},
     {"implik", "[T]", "implied likelihood of tree T", nullptr},
     {"lik", "[T]", "likelihood of tree T", nullptr},
-    {"matchtax", "[T1 T2]", "list of matching taxa", nullptr},
     {"mklik", "[T C]", "likelihood of a character", nullptr},
     {"mplik", "[T C]", "likelihood of the most parsimonious states", nullptr},
     {"simplik", "[T]", "simple likelihood of tree T", nullptr},
