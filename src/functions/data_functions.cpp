@@ -96,31 +96,15 @@ double last_landmark_character() {
 double weight() { return record(one_character()).weight; }
 double informative() { return is_informative(one_character()); }
 
-double steps(int character, int value) {
-  return record(character).is_continuous ? value / 1000.0 : value;
-}
-
-step_range steps_over_all(int character) {
+length_range steps_over_all() {
   const std::vector<std::uint8_t> all(static_cast<std::size_t>(matrix.ntax), 1);
-  return steps_over_taxa(character, all);
+  return lengths_over_taxa(one_character(), all);
 }
 
-double least_steps() {
-  const int c = one_character();
-  return steps(c, steps_over_all(c).least);
-}
-double most_steps() {
-  const int c = one_character();
-  return steps(c, steps_over_all(c).most);
-}
-double least_steps_of_active() {
-  const int c = one_character();
-  return steps(c, minimum_steps(c));
-}
-double most_steps_of_active() {
-  const int c = one_character();
-  return steps(c, maximum_steps(c));
-}
+double least_steps() { return steps_over_all().least; }
+double most_steps() { return steps_over_all().most; }
+double least_steps_of_active() { return lengths_over_active_taxa(one_character()).least; }
+double most_steps_of_active() { return lengths_over_active_taxa(one_character()).most; }
 
 std::uint32_t observed_states(int character) {
   recheck_steps();

@@ -112,6 +112,8 @@ std::vector<double> costs_of_collapsing(const tree_shape& shape, const std::vect
   const double score = tree_score(optimiser, rules, scored);
   std::vector<double> costs(shape.nodes(), no_length);
   for (const int node : shape.inner) {
+    // Landmarks need a base that is split in two.
+    if (optimiser.has_landmarks() && shape.tree[at(node)] == shape.root()) continue;
     if (node == shape.root()) continue;
     check_interrupt();
     std::vector<tree_node> collapsed(shape.tree.begin(), shape.tree.end());

@@ -47,6 +47,7 @@ class plain_optimiser {
   }
   /// Weighted sum over the characters, continuous ones in whole units.
   double score() const;
+  bool has_landmarks() const { return landmarks_ != nullptr; }
   /// Are there characters whose lengths aren't whole?
   bool has_continuous() const { return has_continuous_; }
 

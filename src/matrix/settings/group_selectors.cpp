@@ -70,9 +70,8 @@ void select_steps(std::string_view word, std::span<std::uint8_t> selected) {
   const value_condition wanted = read_condition(word);
   recheck_steps();
   for (int c = 0; c < matrix.nchar; ++c) {
-    const double steps = word == "min" ? minimum_steps(c) : maximum_steps(c);
-    const double unit = matrix.characters[at(c)].is_continuous ? 1000 : 1;
-    selected[at(c)] = wanted.holds(steps / unit);
+    const length_range range = lengths_over_active_taxa(c);
+    selected[at(c)] = wanted.holds(word == "min" ? range.least : range.most);
   }
 }
 
