@@ -1,6 +1,7 @@
 #include "search/exact/implicit_enumeration.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -15,6 +16,7 @@
 #include "search/exact/conflicts.h"
 #include "search/exact/growing_tree.h"
 #include "search/exact/packed_fields.h"
+#include "search/landmarks/landmark_moves.h"
 #include "search/moves/group_tables.h"
 #include "search/moves/swapper.h"
 #include "search/moves/wagner.h"
@@ -23,6 +25,10 @@
 
 namespace zeb {
 namespace {
+
+/// A tree of some of the taxa costs landmarks no more than one of all; what is told of it is right
+/// to about a ten-thousandth.
+constexpr double part_that_is_sure = 0.999;
 
 constexpr int trees_of_five_taxa = 15;
 constexpr std::int64_t nodes_between_polls = 256;
@@ -63,6 +69,7 @@ class enumeration {
   void list_all_places(level& now) const;
 
   void expand(int taxa, double length);
+  void expand_within(level& now, int taxa, double length);
   int choose_taxon(level& now, double allowed);
   double drop_dear_places(level& now, std::size_t which, double allowed);
   void drop_forbidden_places(level& now, std::size_t which) const;
@@ -88,7 +95,8 @@ class enumeration {
   bool is_forbidden(int taxon, int branch) const;
   void count_steps(int taxon, const word* words, int branch);
   void uncount_steps(int taxon, const word* words, int branch);
-  double limit() const { return best_.limit(); }
+  /// For all but landmarks.
+  double limit() const { return best_.limit() - of_landmarks_; }
 
   search_context& context_;
   search_data& data_;
@@ -109,6 +117,8 @@ class enumeration {
   std::vector<std::int32_t> start_tree_;
   double start_score_ = unknown_score;
   best_trees best_;
+  std::unique_ptr<landmark_moves> landmarks_;  // null: there are none
+  double of_landmarks_ = 0;                    // what they cost at least, of the tree in work
   int five_taxa_done_ = 0;
   exact_result result_;
 };
@@ -126,7 +136,8 @@ enumeration::enumeration(search_context& context, const exact_settings& how)
       candidates_(at(data_.n) + 1),
       unspoilt_then_(conflicts_.set_words()),
       marks_(at(data_.nodes), 1),
-      best_(context, how.sample) {
+      best_(context, how.sample),
+      landmarks_(data_.whole ? std::make_unique<landmark_moves>(data_) : nullptr) {
   if (context.constraints_in_force)
     groups_.emplace(context.constraints_in_force->rows(), data_.nodes);
   constexpr std::size_t cache_line = 64;
@@ -410,6 +421,13 @@ void enumeration::expand(int taxa, double length) {
   if (stop()) return;
   level& now = level_of(taxa);
   if (groups_) groups_->read_growing_tree(data_.tree);
+  const double of_fewer_taxa = of_landmarks_;
+  if (landmarks_) of_landmarks_ = part_that_is_sure * landmarks_->cost_of_growing_tree();
+  expand_within(now, taxa, length);
+  of_landmarks_ = of_fewer_taxa;
+}
+
+void enumeration::expand_within(level& now, int taxa, double length) {
   const std::size_t all_places = now.room;
   now.conflicts = conflicts_.bound(now.unspoilt.data(), now.charged.data());
   const int chosen = choose_taxon(now, limit() - length);
@@ -440,11 +458,13 @@ void enumeration::complete(int taxon, const candidate& last) {
   }
   if (collapses_as_found()) {
     tree_.add(taxon, last.branch);
+    if (data_.whole) score += data_.whole->score(data_);
     mark_tree_in_work(context_, marks_);
     best_.keep(score, marks_);
     tree_.take_back();
   } else {
     tree_.link(taxon, last.branch);
+    if (data_.whole) score += data_.whole->score(data_);
     best_.keep(score, marks_);
     tree_.unlink(taxon);
   }
@@ -479,7 +499,7 @@ exact_result enumeration::run() {
     if (data_.n > 3) choose_first_taxa(&a, &b);
     const double length = tree_.begin(a, b);
     if (data_.n == 3) {
-      best_.keep(length, marks_);
+      best_.keep(data_.whole ? length + data_.whole->score(data_) : length, marks_);
     } else {
       level& first = level_of(3);
       mark_present(first.present, a, b);

@@ -293,6 +293,14 @@ void landmark_moves::note_grown(int block, const node_walk& walk) {
   in_both_[at(block)] = static_cast<std::uint8_t>(lanes_in(points_, block, walk));
 }
 
+double landmark_moves::cost_of_growing_tree() {
+  begin_growing();
+  double sum = 0;
+  for (int block = 0; block < points_.count(); ++block)
+    sum += landmarks_.cost(block, half_lengths_[at(block)]);
+  return sum;
+}
+
 double landmark_moves::cost_of_adding(int taxon, int v, double limit) const {
   const branch_ends target = target_ends(v);
   double sum = 0;
