@@ -11,6 +11,8 @@
 #include "search/drivers/mult.h"
 #include "search/drivers/ratchet.h"
 #include "search/drivers/rebuild.h"
+#include "search/hooks.h"
+#include "search/landmarks/landmark_swap.h"
 #include "search/landmarks/landmark_workers.h"
 #include "search/landmarks/searched_landmarks.h"
 #include "search/part_search.h"
@@ -51,6 +53,9 @@ void register_search() {
       [](const search_data& data,
          const packing_request& request) -> std::shared_ptr<whole_tree_characters> {
     return std::make_shared<searched_landmarks>(data, request);
+  };
+  hooks_of_search.judge_of_swap = [](swap_run& run) -> std::unique_ptr<candidate_judge> {
+    return std::make_unique<landmark_swap>(run);
   };
   add_command_over_hook(rest_workers);
   add_new_matrix_hook(forget_lowest_score);

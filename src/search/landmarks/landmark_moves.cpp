@@ -4,12 +4,12 @@
 
 #include "base/indices.h"
 #include "engine/passes/links.h"
+#include "landmarks/listed_walk.h"
 #include "search/landmarks/landmark_workers.h"
 
 namespace zeb {
 namespace {
 
-constexpr relaxation from_nothing = {50, 0.3, 1e-7, true};
 constexpr relaxation after_a_move = {12, 0.05, 1e-6, false};
 constexpr relaxation after_a_clip = {5, 0.02, 1e-5, false};
 constexpr relaxation to_judge = {12, 0.05, 1e-6, false};
@@ -17,32 +17,6 @@ constexpr relaxation to_judge = {12, 0.05, 1e-6, false};
 tree_links links_of(const search_data& data, const tree_arrays& tree) {
   return {data.n, tree.anc.data(), tree.first.data(), tree.second.data()};
 }
-
-void list_inner(const tree_links& links, tree_base base, std::vector<std::int32_t>& inner) {
-  inner.clear();
-  std::vector<std::int32_t> waiting;
-  if (base.second >= 0) waiting = {base.second, base.first};
-  while (!waiting.empty()) {
-    const int v = waiting.back();
-    waiting.pop_back();
-    if (v < links.terminals) continue;
-    inner.push_back(v);
-    waiting.push_back(links.second[v]);
-    waiting.push_back(links.first[v]);
-  }
-}
-
-/// A walk with its list.
-struct listed_walk {
-  listed_walk(const tree_links& links, tree_base base) {
-    list_inner(links, base, inner);
-    walk = {links, base, inner};
-  }
-  listed_walk(const listed_walk&) = delete;
-  listed_walk& operator=(const listed_walk&) = delete;
-  std::vector<std::int32_t> inner;
-  node_walk walk;
-};
 
 tree_base whole_base(const tree_arrays& tree) { return {0, tree.sister[0]}; }
 

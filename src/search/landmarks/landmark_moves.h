@@ -44,8 +44,6 @@ class landmark_moves {
   /// Places all points of the tree in work: from nothing, or going on from where they were.
   void place_tree(bool from_nothing);
 
-  /// Where the points of the tree in work are.
-  const node_positions& positions() const { return tree_; }
   /// The clip was detached: the points of both halves move to where each half is shortest.
   void begin_clip(const landmark_clip& clip);
   /// What the two halves cost by themselves.

@@ -11,31 +11,25 @@
 
 #include "landmarks/search_settings.h"
 #include "search/landmarks/landmark_moves.h"
+#include "search/moves/candidate_judge.h"
 
 namespace zeb {
 
-struct swap_run;
-
-class landmark_swap {
+class landmark_swap final : public candidate_judge {
  public:
   /// The tree in work is that of the run.
   explicit landmark_swap(swap_run& run);
-  ~landmark_swap() { landmarks_.note_moves(outer_); }
+  ~landmark_swap() override { landmarks_.note_moves(outer_); }
   landmark_swap(const landmark_swap&) = delete;
   landmark_swap& operator=(const landmark_swap&) = delete;
 
-  /// The clip is off: returns what its home costs in landmarks, and forgets former candidates.
-  double begin_clip();
-  /// A reconnection that costs so much in all other characters.
-  void collect(int u, int v, double cost) { candidates_.push_back({u, v, cost, 0}); }
-  /// Judges what was collected, and gives the run what is within its bound.
-  void judge();
-  /// A move was applied.
-  void tree_changed();
-  /// The score of landmarks on the tree in work.
-  double score() const { return score_; }
-  /// All clips are through: with a margin to come, they begin anew.
-  bool begins_anew();
+  double begin_clip() override;
+  void collect(int u, int v, double cost) override { candidates_.push_back({u, v, cost, 0}); }
+  void judge() override;
+  void tree_changed() override;
+  double score() const override { return score_; }
+  /// A stratified swap goes on with a margin.
+  bool begins_anew() override;
 
  private:
   /// Estimates of three kinds in relation to the truth, by what they say of the clip's home.

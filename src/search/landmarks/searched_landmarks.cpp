@@ -9,10 +9,10 @@
 #include "engine/passes/conversions.h"
 #include "landmarks/fermat.h"
 #include "landmarks/landmark_scores.h"
+#include "landmarks/listed_walk.h"
 #include "landmarks/point_minima.h"
 #include "landmarks/point_optimiser.h"
 #include "matrix/matrix.h"
-#include "search/landmarks/landmark_moves.h"
 #include "search/landmarks/landmark_workers.h"
 #include "trees/tree_record.h"
 
@@ -107,8 +107,13 @@ std::vector<std::uint8_t> terminals_below(const search_data& data, int top) {
 /// where all that is beyond them does.
 void searched_landmarks::place_ends(const searched_landmarks& outer, const search_data& outer_data,
                                     const tree_sector& sector) {
-  landmark_moves work(outer_data);
-  work.place_tree(true);
+  const tree_arrays& tree = outer_data.tree;
+  const listed_walk whole({outer_data.n, tree.anc.data(), tree.first.data(), tree.second.data()},
+                          {0, tree.sister[0]});
+  node_positions positions(outer.blocks_, outer_data.nodes);
+  share_out(outer.blocks_.count(), [&](int block) {
+    relax_positions(outer.blocks_, block, whole.walk, from_nothing, positions);
+  });
   const int above = outer_data.tree.anc[at(sector.top)];
   std::vector<std::int32_t> ends = {above == outer_data.n ? 0 : above};
   std::vector<std::vector<std::uint8_t>> beyond = {terminals_below(outer_data, sector.top)};
@@ -127,7 +132,7 @@ void searched_landmarks::place_ends(const searched_landmarks& outer, const searc
       bool is_there = false;
       for (int t = 0; t < outer_data.n && !is_there; ++t)
         is_there = beyond[e][at(t)] && (outer.blocks_.present(block, t) >> lane & 1);
-      if (is_there) point.terminals[e] = outer.position_of(work.positions(), p, ends[e]);
+      if (is_there) point.terminals[e] = outer.position_of(positions, p, ends[e]);
     }
     measure_point(point, lmark.settings);
     point.span = former.span;

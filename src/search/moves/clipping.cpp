@@ -12,7 +12,6 @@
 #include "engine/passes/passes.h"
 #include "engine/passes/undo.h"
 #include "engine/passes/waves.h"
-#include "search/landmarks/landmark_swap.h"
 #include "search/moves/cluster_lists.h"
 #include "search/search_report.h"
 #include "search/store/stored_trees.h"
@@ -82,7 +81,7 @@ void cost_home(swap_run& run) {
   const join_side other = run.target_side(run.sister);
   run.home_cost = run.fits && run.joint >= 0 ? remove_home_steps(run.data, own, other)
                                              : join_cost(run.data, own, other, no_bound);
-  if (run.landmarks) run.home_cost += run.landmarks->begin_clip();
+  if (run.judge) run.home_cost += run.judge->begin_clip();
 }
 
 void put_clip_back(swap_run& run) {
@@ -131,9 +130,9 @@ void apply_move(swap_run& run) {
     if (run.joint >= 0) attach(run.data.tree, run.clip, run.joint, run.best_branch);
     run.score = full_pass(run.data);
   }
-  if (run.landmarks) {
-    run.landmarks->tree_changed();
-    if (run.fits || !quick) run.score += run.landmarks->score();
+  if (run.judge) {
+    run.judge->tree_changed();
+    if (run.fits || !quick) run.score += run.judge->score();
   }
   if (!run.agree(run.score, expected)) tell_wrong_score(run, run.score - expected);
   if (run.constraints_in_force) run.constraints_in_force->tree_changed();
@@ -148,7 +147,7 @@ void apply_move(swap_run& run) {
 bool next_clip(swap_run& run) {
   while (!run.given_up) {
     if (run.counter >= run.data.nodes) {
-      if (!run.landmarks || !run.landmarks->begins_anew()) break;
+      if (!run.judge || !run.judge->begins_anew()) break;
       run.counter = 0;
     }
     ++run.counter;
@@ -198,7 +197,7 @@ bool begin_clip(swap_run& run) {
 }
 
 void finish_clip(swap_run& run) {
-  if (run.landmarks) run.landmarks->judge();
+  if (run.judge) run.judge->judge();
   if (!run.has_moved()) {
     put_clip_back(run);
     return;

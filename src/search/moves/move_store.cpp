@@ -180,7 +180,7 @@ void store_trees(swap_run& run, int u) {
 
 bool store_noted(swap_run& run, int u) {
   if (run.n_moves == 0) return false;
-  if (run.fits && !run.landmarks) make_scores_exact(run, u);
+  if (run.fits && !run.judge) make_scores_exact(run, u);
   if (run.enumeration) {
     const double limit = run.stored_score + run.rules.suboptimal + run.rounding;
     for (int i = 0; i < run.n_moves; ++i) {

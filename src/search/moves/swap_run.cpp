@@ -11,7 +11,7 @@
 #include "engine/passes/passes.h"
 #include "engine/passes/undo.h"
 #include "engine/wide/wide_costs.h"
-#include "search/landmarks/landmark_swap.h"
+#include "search/hooks.h"
 #include "search/moves/clip_order.h"
 
 namespace zeb {
@@ -82,10 +82,8 @@ swap_run::swap_run(search_context& search, swap_kind kind_of_swap, std::span<std
   tree_changed();
   begin_undo(data);
   set_slack();
-  if (data.whole) landmarks = std::make_unique<landmark_swap>(*this);
+  if (data.whole) judge = hooks_of_search.judge_of_swap(*this);
 }
-
-swap_run::~swap_run() = default;
 
 end_of_swap::~end_of_swap() {
   end_undo(data);
@@ -145,8 +143,8 @@ bool swap_run::all_others_allow(join_side from, join_side to, double* cost) cons
 }
 
 bool swap_run::take_candidate(int u, int v, double cost) {
-  if (!landmarks) return take_judged(u, v, cost);
-  landmarks->collect(u, v, cost);
+  if (!judge) return take_judged(u, v, cost);
+  judge->collect(u, v, cost);
   return false;
 }
 

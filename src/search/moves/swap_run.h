@@ -12,6 +12,7 @@
 #include "base/arena.h"
 #include "base/indices.h"
 #include "engine/search_data.h"
+#include "search/moves/candidate_judge.h"
 #include "search/moves/clusters.h"
 #include "search/moves/move_slots.h"
 #include "search/moves/narrow_clusters.h"
@@ -36,8 +37,6 @@ struct end_of_swap {
   search_data& data;
 };
 
-class landmark_swap;
-
 struct swap_run {
   enum class swap_kind { tbr, spr, limited };
 
@@ -45,7 +44,6 @@ struct swap_run {
            const swap_task& task);
   swap_run(const swap_run&) = delete;
   swap_run& operator=(const swap_run&) = delete;
-  ~swap_run();
 
   // -- what is swapped --
   arena_scope memory;  // all spans below
@@ -68,7 +66,7 @@ struct swap_run {
   const move_slots& slots;  // of the search
   search_constraints* const constraints_in_force;  // of the search; may be null
   const bool more_to_ask;  // there are wide characters, or something may forbid moves
-  std::unique_ptr<landmark_swap> landmarks;  // null: there are none
+  std::unique_ptr<candidate_judge> judge;  // null: kernels know all characters
 
   // -- progress through the clips --
   std::span<std::int32_t> clip_order;  // by position; empty: position and node are the same
