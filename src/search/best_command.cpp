@@ -1,5 +1,4 @@
-
-#include <algorithm>
+// `best`: the trees in memory that score best.
 #include <vector>
 
 #include "base/errors.h"
@@ -17,15 +16,6 @@
 #include "trees/tree_store.h"
 
 namespace zeb {
-namespace {
-
-int decimals_of_scores() {
-  return score_decimals(std::any_of(
-      matrix.characters.begin(), matrix.characters.end(),
-      [](const character_record& c) { return c.active && c.weight != 0 && c.is_continuous; }));
-}
-
-}  // namespace
 
 /// "best": keeps the trees that are no worse than the best one by more than the limit of `subopt`;
 /// "best N": by more than N. From "[" on, only those that fulfil the constraints, until "]".
@@ -44,7 +34,7 @@ void best_command() {
   check_end();
   if (constrained) require_constraints();
   set_best_by_constraints(constrained);
-  const int decimals = decimals_of_scores();
+  const int decimals = score_decimals(have_fractions(scored_characters()));
   const score_kind kind = decimals > 0 ? score_kind::fractional : score_kind::whole;
   std::vector<std::uint8_t> keep(at(store.ntrees), 1);
   const char* note = constrained ? keep_fulfilling(keep) : "";

@@ -9,6 +9,7 @@
 #include "engine/fit/fit_rules.h"
 #include "engine/fit/weighting_settings.h"
 #include "engine/plain/plain_optimisation.h"
+#include "engine/plain/tree_scores.h"
 #include "macro/macro_state.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tables.h"
@@ -53,13 +54,6 @@ std::string title_of(const bremer_settings& wanted, const std::string& source,
   return title;
 }
 
-bool has_continuous_characters() {
-  const std::vector<std::uint8_t> scored = scored_characters();
-  for (int c = 0; c < matrix.nchar; ++c)
-    if (scored[at(c)] && matrix.characters[at(c)].is_continuous) return true;
-  return false;
-}
-
 }  // namespace
 
 void take_loss(group_measure& group, const bremer_settings& wanted, double excess,
@@ -100,7 +94,7 @@ reference_groups::reference_groups(const_tree_span tree, std::span<const std::ui
 int support_decimals() {
   // The format of `macfloat N`; those without a number of decimals are "%f" and "%g".
   if (macros.number_format.size() > 2) return macros.digits;
-  return weighting.on || has_continuous_characters() ? 3 : 0;
+  return weighting.on || have_fractions(scored_characters()) ? 3 : 0;
 }
 
 bremer_result shown_supports(const reference_groups& groups, const bremer_settings& wanted,

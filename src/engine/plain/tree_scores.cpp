@@ -5,6 +5,7 @@
 #include "engine/fit/fits.h"
 #include "engine/fit/weighting_settings.h"
 #include "engine/search_data.h"
+#include "matrix/matrix.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -12,6 +13,14 @@ namespace zeb {
 double tree_score(const plain_optimiser& optimiser, const fit_rules& rules,
                   std::span<const std::uint8_t> characters) {
   return rules.on ? tree_fit(optimiser, rules, characters, fit_form::cost) : optimiser.score();
+}
+
+bool have_fractions(std::span<const std::uint8_t> characters) {
+  for (std::size_t c = 0; c < characters.size(); ++c) {
+    const character_record& record = matrix.characters[c];
+    if (characters[c] && (record.is_continuous || record.type == landmark_data)) return true;
+  }
+  return false;
 }
 
 int score_decimals(bool has_continuous) {

@@ -13,6 +13,8 @@ namespace zeb {
 /// By `rules` it is a fit, or, where they are off, the length.
 double tree_score(const plain_optimiser& optimiser, const fit_rules& rules,
                   std::span<const std::uint8_t> characters);
+/// Do some of the characters marked cost fractions of steps: continuous ones, landmarks?
+bool have_fractions(std::span<const std::uint8_t> characters);
 /// Decimals that scores are shown with: none for steps, 3 with continuous characters among those
 /// scored, 5 for fits.
 int score_decimals(bool has_continuous);
