@@ -87,7 +87,7 @@ void tell(const realign_request& request, const notes& told) {
         static_cast<int>(request.characters.size()));
   emit(method_text(request));
   for (const auto& [character, outcome] : told.on_tree)
-    emitf("Configuration %i: length %.5f before, %.5f after (%i taxa)", character, outcome.before,
+    emitf("Configuration %i: length %.3f before, %.3f after (%i taxa)", character, outcome.before,
           outcome.after, outcome.aligned);
   if (told.too_few_points)
     emit(counted(told.too_few_points, "configuration of a taxon", "configurations of taxa"),

@@ -11,7 +11,7 @@ import tempfile
 import xml.etree.ElementTree
 
 zeb, examples = (pathlib.Path(word).resolve() for word in sys.argv[1:3])
-MADE = re.compile(r"(?:\blog |ttags &|tsave \*|export [&*=-]*)([\w.]+);")
+MADE = re.compile(r"(?:\blog |ttags &|lm(?:ark|box)[^;&]*& |tsave \*|export [&*=-]*)([\w.]+);")
 
 
 def run(folder, *arguments):
@@ -22,7 +22,7 @@ def run(folder, *arguments):
 
 def faults_of(run_file, folder):
     status, output = run(folder, "proc", f"{run_file.name},", "quit,")
-    if status != 0 or re.search(r"^Error|^WARNING", output, re.MULTILINE):
+    if status != 0 or re.search(r"^Error reading|^WARNING", output, re.MULTILINE):
         yield "ends with status " + str(status) + ":\n" + output
     for name in MADE.findall(run_file.read_text()):
         made = folder / name
