@@ -116,10 +116,10 @@ char cell_comparer::choose(const shared_cell& cell, const cell_difference& d) {
   if (for_all_) return for_all_;
   const std::string about =
       question(cell, d,
-               task_.by_taxon ? "\nUse first (y), second (n), both (b); first (a) or second (r) "
-                                "for all of this taxon? "
-                              : "\nUse first (y), second (n), both (b); first (a) or second (r) "
-                                "for all of this character? ");
+               task_.by_taxon ? "\nUse first (y), second (n), both (b);\n"
+                                "first (a), second (r) for all of this taxon? "
+                              : "\nUse first (y), second (n), both (b);\n"
+                                "first (a), second (r) for all of this character? ");
   const char answer = task_.decisions.decide(query::cells, subject(cell), about, "ynbar");
   if (answer == 'a') for_all_ = 'y';
   if (answer == 'r') for_all_ = 'n';

@@ -8,7 +8,9 @@
 namespace zeb {
 namespace {
 
-constexpr double same_place = 0.0001;  // sum of the distances between the points
+// Below this sum of distances between the points nothing is done. Coordinates are decimal, so that
+// a sum of just as much may come out a little lower.
+constexpr double same_place = 0.0001 - 1e-9;
 
 using points = std::vector<landmark_point>;
 
@@ -106,10 +108,10 @@ bool same_points(const points& first, const points& second) {
 
 bool configuration_comparer::take_second(int taxon) const {
   const std::string subject = std::to_string(taxon) + " " + std::to_string(character_);
-  const std::string question =
-      "\n" + task_.first.taxa[at(taxon)] + ", " + task_.first.characters[at(character_)].name +
-      ":\n\nHave differences which can't be fixed realigning\n\nUse configuration of " +
-      task_.first.file + " (y) or of " + task_.second.file + " (n)? ";
+  const std::string question = "\n" + task_.first.taxa[at(taxon)] + ", " +
+                               task_.first.characters[at(character_)].name +
+                               ":\n\nHave differences which can't be fixed realigning\n\nUse that "
+                               "of the newer file (y) or of the older one (n)? ";
   return task_.decisions.decide(query::landmarks, subject, question) == 'n';
 }
 

@@ -66,8 +66,7 @@ bool keep_first_sequence(const comparison_task& task, int character, int other) 
   const std::string question = "\nDifferent sequence of states in additive character:\n\n" +
                                state_lines(task, character, other) + task.first.file + ":" +
                                sequence(first) + task.second.file + ":" + sequence(second) +
-                               "\nUse sequence of " + task.first.file + " (y) or of " +
-                               task.second.file + " (n)? ";
+                               "\nUse the first (y) or the second (n)? ";
   return task.decisions.decide(query::sequence, pair_subject(character, other), question) == 'y';
 }
 
@@ -137,10 +136,18 @@ void match_characters(const comparison_task& task, comparison& found) {
         "\nare they the same character ? ";
     return task.decisions.decide(query::characters, pair_subject(i, j), question) == 'y';
   };
+  const std::vector<state_sketch> sketches(task.first.characters.begin(),
+                                           task.first.characters.end());
+  const std::vector<state_sketch> others(task.second.characters.begin(),
+                                         task.second.characters.end());
+  const auto plausible = [&](int i, int j) {
+    return !task.compare_states || sketches[at(i)].may_be_alike(others[at(j)]);
+  };
   found.characters =
       match_names(character_names(task.first), character_names(task.second), task.forced_characters,
                   {.by_similarity = task.by_similarity,
                    .progress = "matching characters",
+                   .plausible = plausible,
                    .compatible = compatible,
                    .confirm = confirm});
 }
@@ -157,7 +164,7 @@ void match_taxa(const comparison_task& task, comparison& found) {
   found.taxa = match_names(task.first.taxa, task.second.taxa, task.forced_taxa,
                            {.by_similarity = task.by_similarity,
                             .progress = "matching taxa",
-                            .compatible = nullptr,
+
                             .confirm = confirm});
 }
 
@@ -168,10 +175,10 @@ void match_states_of_characters(const comparison_task& task, comparison& found) 
     if (other < 0) continue;
     check_interrupt();
     show_progress("matching states", c, task.first.nchar());
-    state_rules rules{.by_similarity = task.by_similarity,
-                      .additive = found.chosen_settings[at(c)].additive != 0,
-                      .confirm = nullptr,
-                      .keep_first_sequence = nullptr};
+    state_rules rules{
+        .by_similarity = task.by_similarity,
+        .additive = found.chosen_settings[at(c)].additive != 0,
+    };
     rules.confirm = [&](int i, int j) { return confirm_states(task, c, other, i, j); };
     rules.keep_first_sequence = [&] { return keep_first_sequence(task, c, other); };
     state_numbers& numbers = found.states[at(c)];

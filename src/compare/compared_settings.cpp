@@ -59,8 +59,7 @@ bool keep_first_settings(const comparison_task& task, int character, int other) 
   const std::string question = "\nDifferent settings of " + first.name + ":\n\n  " +
                                task.first.file + ": " + settings_in_words(first.settings) + "  " +
                                task.second.file + ": " + settings_in_words(second.settings) +
-                               "\nUse those of " + task.first.file + " (y) or of " +
-                               task.second.file + " (n)? ";
+                               "\nUse the first (y) or the second (n)? ";
   const std::string subject = std::to_string(character) + " " + std::to_string(other);
   return task.decisions.decide(query::settings, subject, question) == 'y';
 }

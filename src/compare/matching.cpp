@@ -1,51 +1,17 @@
 #include "compare/matching.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
-#include <cstdint>
 #include <cstdlib>
 #include <unordered_map>
 
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "compare/name_sketch.h"
 #include "console/progress.h"
 #include "language/name_matching.h"
 
 namespace zeb {
 namespace {
-
-// How often each letter occurs in a name, folded into a few counters. Two names differ by at least
-// as many edits as counters say, which is far cheaper to see than their alignment.
-class letter_counts {
- public:
-  explicit letter_counts(std::string_view name) : length_(static_cast<int>(name.size())) {
-    for (const char c : name) {
-      std::uint8_t& count = counts_[at(std::tolower(static_cast<unsigned char>(c)) % classes)];
-      if (count < 255) ++count;
-    }
-  }
-  bool can_reach(double threshold, const letter_counts& other) const {
-    int more = 0;
-    int less = 0;
-    for (std::size_t i = 0; i < classes; ++i) {
-      const int difference = counts_[i] - other.counts_[i];
-      more += difference > 0 ? difference : 0;
-      less += difference < 0 ? -difference : 0;
-    }
-    const int shorter = std::min(length_, other.length_);
-    return shorter > 0 && std::max(more, less) <= (1 - threshold) * shorter;
-  }
-
- private:
-  static constexpr int classes = 32;
-  std::array<std::uint8_t, classes> counts_{};
-  int length_;
-};
-
-std::vector<letter_counts> counts_of(std::span<const std::string> names) {
-  return {names.begin(), names.end()};
-}
 
 std::vector<int> without_match(const std::vector<int>& matches) {
   std::vector<int> found;
@@ -116,15 +82,16 @@ std::vector<correspondence::approximate_match> name_matcher::similar_pairs() con
   const double threshold = matching.match_threshold;
   const std::vector<int> rows = without_match(found_.in_second);
   const std::vector<int> columns = without_match(found_.in_first);
-  const std::vector<letter_counts> counts = counts_of(first_);
-  const std::vector<letter_counts> others = counts_of(second_);
+  const std::vector<name_sketch> sketches = sketches_of(first_);
+  const std::vector<name_sketch> others = sketches_of(second_);
   std::vector<correspondence::approximate_match> pairs;
   for (std::size_t r = 0; r < rows.size(); ++r) {
     check_interrupt();
     show_progress(rules_.progress, static_cast<double>(r), static_cast<double>(rows.size()));
     const int i = rows[r];
     for (const int j : columns) {
-      if (!counts[at(i)].can_reach(threshold, others[at(j)])) continue;
+      if (!sketches[at(i)].can_reach(threshold, others[at(j)])) continue;
+      if (rules_.plausible && !rules_.plausible(i, j)) continue;
       const double likeness = similarity(first_[at(i)], second_[at(j)], threshold);
       if (likeness >= threshold && likeness > 0) pairs.push_back({i, j, likeness});
     }

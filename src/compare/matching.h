@@ -32,12 +32,14 @@ struct forced_pair {
 };
 
 struct matching_rules {
-  bool by_similarity = true;  // else names must be the same
-  std::string_view progress;  // what this stage is called
+  bool by_similarity = true;       // else names must be the same
+  std::string_view progress = {};  // what this stage is called
+  /// Can they be compatible? Asked before names are aligned, so it must be quick. Null: yes.
+  std::function<bool(int first, int second)> plausible = {};
   /// May the two be the same, as far as anything but their names tells? Null: yes.
-  std::function<bool(int first, int second)> compatible;
+  std::function<bool(int first, int second)> compatible = {};
   /// Are the two, whose names are alike, the same? Null: yes.
-  std::function<bool(int first, int second)> confirm;
+  std::function<bool(int first, int second)> confirm = {};
 };
 
 /// Forced pairs first, then elements of the same name, in order; then the most similar ones, best

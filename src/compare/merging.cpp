@@ -96,11 +96,7 @@ void join_discrete(data_set& data, int into, int from) {
   state_numbers numbers;
   const bool named = a.has_numbered_states() && !a.states.empty() && !b.states.empty();
   if (named) {
-    numbers = number_states(a, b,
-                            {.by_similarity = false,
-                             .additive = false,
-                             .confirm = nullptr,
-                             .keep_first_sequence = nullptr});
+    numbers = number_states(a, b, {.by_similarity = false});
     a.states = numbers.names;
   } else if (a.states.empty()) {
     a.states = b.states;

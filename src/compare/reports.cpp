@@ -1,5 +1,6 @@
 #include "compare/reports.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "base/message_text.h"
@@ -220,7 +221,10 @@ void tell_counts(const comparison_task& task, const comparison& found) {
       emit(text_of("    %i missing landmark configs. in %s replaced by config. in %s\n", count,
                    where, by));
   };
-  tell_replaced(n.landmarks_missing_first, newer, older);
+  const auto stands_in = [](const landmark_difference& d) {
+    return d.first_is_missing && d.replaced;
+  };
+  tell_replaced(static_cast<int>(std::ranges::count_if(found.landmarks, stands_in)), newer, older);
   tell_replaced(n.landmarks_missing_second, older, newer);
   if (found.realign_landmarks) {
     emit("\nNOTE: some landmark configurations combine taxon sets and should be realigned\n");

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "compare/matching.h"
+#include "language/name_matching.h"
 
 namespace zeb {
 namespace {
@@ -139,6 +140,23 @@ state_numbers number_states(const data_character& first, const data_character& s
   collect_names(first.states, numbers.of_first, numbers.names);
   collect_names(second.states, numbers.of_second, numbers.names);
   return numbers;
+}
+
+state_sketch::state_sketch(const data_character& character) {
+  if (!character.has_numbered_states()) return;
+  for (const std::string& name : character.states) {
+    if (!name.empty()) names_.emplace_back(name);
+  }
+}
+
+bool state_sketch::may_be_alike(const state_sketch& other) const {
+  const auto has_match = [&other](const name_sketch& name) {
+    return std::ranges::any_of(other.names_, [&name](const name_sketch& there) {
+      return name.can_reach(matching.match_threshold, there);
+    });
+  };
+  const auto fewer = static_cast<std::ptrdiff_t>(std::min(names_.size(), other.names_.size()));
+  return fewer == 0 || 2 * std::ranges::count_if(names_, has_match) >= fewer;
 }
 
 bool states_are_alike(const data_character& first, const data_character& second,

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "compare/data_set.h"
+#include "compare/name_sketch.h"
 
 namespace zeb {
 
@@ -34,9 +35,9 @@ struct state_rules {
   bool by_similarity = true;
   bool additive = false;  // the sequence of the states counts
   /// Are two states with names alike the same? Null: yes.
-  std::function<bool(int first, int second)> confirm;
+  std::function<bool(int first, int second)> confirm = {};
   /// The sequences differ: is the first one kept? Null: yes.
-  std::function<bool()> keep_first_sequence;
+  std::function<bool()> keep_first_sequence = {};
 };
 state_numbers number_states(const data_character& first, const data_character& second,
                             const state_rules& rules);
@@ -44,5 +45,15 @@ state_numbers number_states(const data_character& first, const data_character& s
 /// those of the one that has fewer?
 bool states_are_alike(const data_character& first, const data_character& second,
                       bool by_similarity);
+
+/// A quick look at the same question, for many pairs: false only where the answer is no.
+class state_sketch {
+ public:
+  explicit state_sketch(const data_character& character);
+  bool may_be_alike(const state_sketch& other) const;
+
+ private:
+  std::vector<name_sketch> names_;
+};
 
 }  // namespace zeb
