@@ -126,6 +126,11 @@ std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_m
   return found;
 }
 
+pruned_set effect_of_pruning(const tree_selection& selection, consensus_method method,
+                             std::span<const int> candidates, const std::vector<int>& chosen) {
+  return pruning(selection, method, 1).without(candidates, chosen);
+}
+
 std::vector<pruned_set> gains_of_single_taxa(tree_selection selection, consensus_method method,
                                              std::span<const int> candidates) {
   const int n = static_cast<int>(candidates.size());

@@ -39,6 +39,9 @@ std::int64_t number_of_sets(int candidates, int largest, std::int64_t limit);
 /// was found until then is returned. To be called as a search (`search_running`).
 std::vector<pruned_set> sets_worth_pruning(tree_selection selection, consensus_method method,
                                            std::span<const int> candidates, int largest);
+/// What leaving out the candidates with the given indices does.
+pruned_set effect_of_pruning(const tree_selection& selection, consensus_method method,
+                             std::span<const int> candidates, const std::vector<int>& chosen);
 /// What leaving out each candidate alone does, in their order. Ends early as the above.
 std::vector<pruned_set> gains_of_single_taxa(tree_selection selection, consensus_method method,
                                              std::span<const int> candidates);

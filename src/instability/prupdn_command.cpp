@@ -1,14 +1,13 @@
 // prupdn: what a consensus gains and loses by leaving taxa out of the trees.
-#include <algorithm>
 #include <string>
 #include <vector>
 
-#include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "console/output.h"
 #include "instability/commands.h"
+#include "instability/pruning_steps.h"
 #include "instability/requests.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
@@ -17,13 +16,11 @@
 namespace zeb {
 namespace {
 
-constexpr std::int64_t most_sets = 10'000'000;  // tried by one step
-constexpr int fewest_left = 3;                  // taxa: with fewer there is no group to gain
-
 struct prupdn_settings {
   consensus_kind method = consensus_kind::strict;
   int size = 1;        // taxa of a set
   bool steps = false;  // prune the best set, and look again
+  int look = 10;       // steps in a row that add no groups by themselves
   bool table = false;
   bool store = false;  // keep the consensus after the last step
 };
@@ -35,6 +32,8 @@ constexpr command_options rows = {
         "the same, and the consensus without these taxa is saved as the last tree"),
     number<&prupdn_settings::size>("size", {1, 10}, "Number of taxa to prune must be 1 - 10")
         .help("most taxa left out at a time"),
+    number<&prupdn_settings::look>("look", {0, 1000}, "Number of steps must be 0 - 1000")
+        .help("most steps in a row that add no groups, of taxa that make others less frequent"),
     choice<&prupdn_settings::method>("strict", 0).help("strict consensus"),
     choice<&prupdn_settings::method>("majority", 1).help("majority rule, with the cut in force"),
     choice<&prupdn_settings::method>("freqdifs", 2)
@@ -42,27 +41,6 @@ constexpr command_options rows = {
     choice<&prupdn_settings::method>("combinable", 3).help("combinable components"),
     toggle<&prupdn_settings::table>("table").help("show tables of single taxa instead"),
 };
-
-/// The sets worth pruning, the highest net gain first.
-std::vector<pruned_set> ordered_sets(const tree_selection& selection, const prupdn_settings& how,
-                                     std::span<const int> candidates) {
-  std::vector<pruned_set> sets =
-      sets_worth_pruning(selection, method_of(how.method), candidates, how.size);
-  std::ranges::stable_sort(sets, [](const pruned_set& a, const pruned_set& b) {
-    return a.net() != b.net() ? a.net() > b.net() : a.taxa.count() < b.taxa.count();
-  });
-  return sets;
-}
-
-int taxa_in_play(const tree_selection& selection) {
-  return static_cast<int>(std::ranges::count(taxa_left_out(selection), 0));
-}
-
-void check_size(const tree_selection& selection, prupdn_settings& how, std::size_t candidates) {
-  how.size = std::min(how.size, taxa_in_play(selection) - fewest_left);
-  if (number_of_sets(static_cast<int>(candidates), how.size, most_sets) == most_sets)
-    error_end("Too many sets of", how.size, "of", candidates, "taxa: give fewer taxa after \"/\"");
-}
 
 void show_sets(const std::vector<pruned_set>& sets) {
   if (sets.empty()) return report_line("Pruning of taxa adds no groups");
@@ -86,33 +64,25 @@ void show_tables(const tree_selection& selection, const prupdn_settings& how,
   print_table("Groups lost", lost);
 }
 
-/// Takes the best set out, and looks again: the choice at each step isn't taken back, so another
-/// series might end higher.
-void prune_by_steps(tree_selection selection, prupdn_settings how, std::vector<int> candidates) {
+void prune_by_steps(tree_selection selection, const prupdn_settings& how,
+                    const std::vector<int>& candidates) {
   const consensus_method consensus_of = method_of(how.method);
-  taxon_set pruned(matrix.ntax);
+  const std::vector<pruning_step> steps =
+      steps_of_pruning(selection, consensus_of, candidates, how.size, how.look);
+  if (steps.empty()) return report_line("Pruning of taxa adds no groups");
   emit("Step  Gained  Lost  Groups  Taxa pruned\n");
-  for (int step = 1; !interrupted(); ++step) {
-    check_size(selection, how, candidates.size());
-    if (how.size < 1) break;
-    const std::vector<pruned_set> sets = ordered_sets(selection, how, candidates);
-    if (interrupted() || sets.empty() || sets[0].net() <= 0) break;
-    const pruned_set& best = sets[0];
-    pruned |= best.taxa;
-    selection.excluded.resize(at(matrix.ntax), 0);
-    for (const int t : best.taxa) selection.excluded[at(t)] = 1;
-    std::erase_if(candidates, [&](int t) { return best.taxa.contains(t); });
-    const int groups = groups_of(consensus_of(selection), matrix.ntax);
-    emit(taxa_after(text_of("%4i %7i %5i %7i ", step, best.gain, best.lost, groups), best.taxa));
+  int number = 0;
+  int cut = 0;
+  selection.excluded.resize(at(matrix.ntax), 0);
+  for (const pruning_step& step : steps) {
+    emit(taxa_after(text_of("%4i %7i %5i %7i ", ++number, step.gained, step.lost, step.groups),
+                    step.taxa));
+    cut += step.taxa.count();
+    for (const int t : step.taxa) selection.excluded[at(t)] = 1;
   }
-  const int cut = pruned.count();
-  if (cut == 0)
-    report_line("Pruning of taxa adds no groups");
-  else
-    emit("Each step took the best set: other sets in other orders may add more groups\n");
-  if (cut > 0 || how.store)
-    deliver_consensus(consensus_of(selection),
-                      name_of(how.method) + " without " + counted(cut, "taxon", "taxa"), how.store);
+  emit("Each step took the best set: other sets in other orders may add more groups\n");
+  deliver_consensus(consensus_of(selection),
+                    name_of(how.method) + " without " + counted(cut, "taxon", "taxa"), how.store);
 }
 
 }  // namespace
@@ -126,7 +96,6 @@ void prupdn_command() {
   const tree_selection selection = read_selection("pruning taxa");
   const std::vector<int> candidates = read_candidates(selection);
   check_end();
-  check_size(selection, how, candidates.size());
   const search_running running;
   const int groups = groups_of(method_of(how.method)(selection), matrix.ntax);
   emitf("%s of %s: %s of %i taxa", name_of(how.method).c_str(),
@@ -137,7 +106,7 @@ void prupdn_command() {
   else if (how.steps)
     prune_by_steps(selection, how, candidates);
   else
-    show_sets(ordered_sets(selection, how, candidates));
+    show_sets(sets_by_net_gain(selection, method_of(how.method), candidates, how.size));
   if (interrupts.reason == stop_reason::time) emit("Interrupting search (time is out!)\n");
   if (interrupted()) emit("Not all sets of taxa were tried\n");
 }
