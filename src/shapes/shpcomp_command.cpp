@@ -35,10 +35,9 @@ struct shpcomp_settings {
 constexpr option_range any_sample = {10, 1'000'000};
 constexpr command_options rows = {
     choice<&shpcomp_settings::classes>("=", 1).help("list the trees of each shape"),
-    optional_number<&shpcomp_settings::models>("models", 1000, any_sample,
-                                               "Number of random trees must be 10 - 1000000")
-        .argument("[N]")
-        .help("beside N trees (1000 without N) of each of two random models"),
+    number<&shpcomp_settings::models>("models", any_sample,
+                                      "Number of random trees must be 10 - 1000000")
+        .help("beside N random trees of each of two models"),
     choice<&shpcomp_settings::index>("colless", 0)
         .help("this index as a list by tree: the sum over the nodes of the difference in terminals "
               "of "
