@@ -6,7 +6,9 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "base/time_limit.h"
 #include "consensus/majority_consensus.h"
+#include "console/progress.h"
 
 namespace zeb {
 namespace {
@@ -31,8 +33,11 @@ void leave_out(tree_selection& selection, const taxon_set& taxa) {
 taxon_set least_settled(const tree_selection& selection, const std::vector<int>& candidates) {
   taxon_set best(selection.ntax);
   std::int64_t highest = -1;
+  double done = 0;
   for (const int taxon : candidates) {
+    show_progress("Taxa of most places", done++, static_cast<double>(candidates.size()));
     check_interrupt();
+    if (time_is_out()) stop_search(stop_reason::time);
     if (interrupted()) return taxon_set(selection.ntax);
     const taxon_set one(selection.ntax, {taxon});
     tree_selection rest = selection;
@@ -43,7 +48,13 @@ taxon_set least_settled(const tree_selection& selection, const std::vector<int>&
       best = one;
     }
   }
+  clear_progress();
   return best;
+}
+
+/// Is there a group for every node that a tree of the taxa can have?
+bool is_resolved(const tree_selection& selection, int groups) {
+  return groups >= taxa_in_play(selection) - 2;
 }
 
 }  // namespace
@@ -78,7 +89,8 @@ std::vector<pruning_step> steps_of_pruning(tree_selection selection, consensus_m
     pruning_step next{taxon_set(selection.ntax), 0, 0, 0};
     if (!sets.empty() && sets[0].net() > 0)
       next.taxa = sets[0].taxa;
-    else if (static_cast<int>(steps.size() - kept) < look && taxa_in_play(selection) > fewest_left)
+    else if (static_cast<int>(steps.size() - kept) < look && !is_resolved(selection, groups) &&
+             taxa_in_play(selection) > fewest_left)
       next.taxa = least_settled(selection, candidates);
     if (next.taxa.empty()) break;
     std::vector<int> chosen;
