@@ -113,7 +113,8 @@ void grid_passes::place(const point_tree& tree, int terminals,
 
 // Grids around two vertices have the same spacing, so that far fewer distances differ than there
 // are pairs of candidates. `shift`: from the one corner to the other.
-void grid_passes::fill_between(const point_grid& grid, const landmark_point& shift) {
+void grid_passes::add_nested(std::span<const double> below, const point_grid& grid,
+                             const landmark_point& shift, std::span<double> costs) {
   const auto [cx, cy, cz] = grid.cells;
   const int rows = 2 * cx - 1;
   const int layers = rows * (2 * cy - 1);
@@ -127,18 +128,21 @@ void grid_passes::fill_between(const point_grid& grid, const landmark_point& shi
       }
     }
   }
-  between_.clear();
+  std::ranges::fill(best_, std::numeric_limits<double>::infinity());
   for (int from = 0; from < grid.size(); ++from) {
     const int x = cx - 1 - from % cx;
     const int y = cy - 1 - from / cx % cy;
     const int z = cz - 1 - from / (cx * cy);
+    const double cost = below[at(from)];
+    double* best = best_.data();
     for (int to_z = 0; to_z < cz; ++to_z) {
-      for (int to_y = 0; to_y < cy; ++to_y) {
-        const auto row = by_difference_.begin() + x + (to_y + y) * rows + (to_z + z) * layers;
-        between_.insert(between_.end(), row, row + cx);
+      const double* row = by_difference_.data() + x + y * rows + (to_z + z) * layers;
+      for (int to_y = 0; to_y < cy; ++to_y, row += rows, best += cx) {
+        for (int i = 0; i < cx; ++i) best[i] = std::min(best[i], cost + row[i]);
       }
     }
   }
+  for (std::size_t i = 0; i < costs.size(); ++i) costs[i] += best_[i];
 }
 
 void grid_passes::place_nested(const point_tree& tree, int terminals, const point_grid& grid,
@@ -167,8 +171,8 @@ void grid_passes::place_nested(const point_tree& tree, int terminals, const poin
     }
     const landmark_point from = corner_of(v);
     const landmark_point to = corner_of(a);
-    fill_between(grid, {to.x - from.x, to.y - from.y, to.z - from.z});
-    add_inner(costs_of(static_cast<int>(v)), between_, false, costs_of(tree.ancestor[v]));
+    add_nested(costs_of(static_cast<int>(v)), grid, {to.x - from.x, to.y - from.y, to.z - from.z},
+               costs_of(tree.ancestor[v]));
   }
   for (std::size_t v = 0; v < size; ++v) {
     if (tree.node[v] < terminals) continue;

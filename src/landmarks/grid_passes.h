@@ -26,7 +26,8 @@ class grid_passes {
   std::span<double> costs_of(int vertex) {
     return std::span(costs_).subspan(static_cast<std::size_t>(vertex) * width_, width_);
   }
-  void fill_between(const point_grid& grid, const landmark_point& shift);
+  void add_nested(std::span<const double> below, const point_grid& grid,
+                  const landmark_point& shift, std::span<double> costs);
   void begin(const point_tree& tree, std::size_t width);
   void add_terminal(std::span<const landmark_point> candidates, const landmark_point& terminal,
                     std::span<double> costs) const;
@@ -36,11 +37,10 @@ class grid_passes {
                       landmark_draws& draws) const;
 
   std::size_t width_ = 0;
-  std::vector<double> costs_;        // by vertex, then candidate
-  std::vector<double> best_;         // scratch, by candidate
-  std::vector<std::size_t> chosen_;  // by vertex
-  // Of nested grids: distances by difference of cells, and between the candidates of two vertices.
-  std::vector<double> by_difference_, between_;
+  std::vector<double> costs_;          // by vertex, then candidate
+  std::vector<double> best_;           // scratch, by candidate
+  std::vector<std::size_t> chosen_;    // by vertex
+  std::vector<double> by_difference_;  // distances in nested grids
 };
 
 }  // namespace zeb
