@@ -142,4 +142,35 @@ std::vector<int> unrooted_agreement_subtree(const cut_tree& a, const cut_tree& b
   return kept;
 }
 
+common_subtree common_agreement_subtree(const std::vector<cut_tree>& trees, bool unrooted, int runs,
+                                        random_generator& generator,
+                                        const std::function<void(double)>& poll) {
+  const int n = trees.front().terminals;
+  const auto agreement = [&](const cut_tree& a, const cut_tree& b) {
+    return unrooted ? unrooted_agreement_subtree(a, b, poll) : agreement_subtree(a, b);
+  };
+  const auto cut = [n](const cut_tree& tree, const taxon_set& kept) {
+    return cut_tree(cut_to_taxa(tree.ancestors, n, kept), kept.count());
+  };
+  common_subtree best;
+  best.at_most = n;
+  std::vector<int> order(trees.size());
+  for (int run = 0; run < runs && !best.is_exact(); ++run) {
+    random_sequence(generator, static_cast<int>(order.size()), order, -1, {});
+    taxon_set kept(n);
+    kept.fill();
+    for (std::size_t i = 1; i < order.size() && kept.count() > 1; ++i) {
+      poll((run + static_cast<double>(i) / static_cast<double>(order.size())) / runs);
+      const std::vector<int> numbers = members_of(kept);
+      const std::vector<int> agreed =
+          agreement(cut(trees[at(order[0])], kept), cut(trees[at(order[i])], kept));
+      kept.clear();
+      for (const int t : agreed) kept.insert(numbers[at(t)]);
+      if (i == 1) best.at_most = std::min(best.at_most, kept.count());
+    }
+    if (kept.count() > static_cast<int>(best.terminals.size())) best.terminals = members_of(kept);
+  }
+  return best;
+}
+
 }  // namespace zeb

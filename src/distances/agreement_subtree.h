@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "base/random.h"
 #include "distances/cut_trees.h"
 
 namespace zeb {
@@ -17,5 +18,17 @@ std::vector<int> agreement_subtree(const cut_tree& a, const cut_tree& b);
 /// called between them with the share of the work done.
 std::vector<int> unrooted_agreement_subtree(const cut_tree& a, const cut_tree& b,
                                             const std::function<void(double)>& poll);
+
+struct common_subtree {
+  std::vector<int> terminals;  // increasing
+  int at_most = 0;             // no agreement subtree of two of the trees has more
+  bool is_exact() const { return static_cast<int>(terminals.size()) == at_most; }
+};
+/// An agreement subtree of two or more trees of the same terminals. They are taken one after the
+/// other, each with what the ones before it agree on, in several random orders; the largest result
+/// stays.
+common_subtree common_agreement_subtree(const std::vector<cut_tree>& trees, bool unrooted, int runs,
+                                        random_generator& generator,
+                                        const std::function<void(double)>& poll);
 
 }  // namespace zeb

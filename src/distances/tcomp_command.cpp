@@ -8,6 +8,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/random.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "distances/agreement_subtree.h"
@@ -110,36 +111,42 @@ void compare_resolutions(const tree_pair& pair, const tcomp_request& request) {
   if (!names.empty()) tell_resolutions(names, counts);
 }
 
-void save_agreement(const tree_pair& pair, const cut_tree& cut, const std::vector<int>& kept) {
-  taxon_set terminals(cut.terminals);
-  for (const int t : kept) terminals.insert(t);
-  const std::vector<int> taxa = members_of(pair.stored_taxa(kept));
+void save_agreement(int number, const taxon_set& kept) {
   const auto tree =
-      with_taxa(cut_to_taxa(cut.ancestors, cut.terminals, terminals), taxa, matrix.ntax);
+      with_taxa(cut_to_taxa(stored_tree(number), matrix.ntax, kept), members_of(kept), matrix.ntax);
   const tree_span slot = take_slot(true, "No space to store new trees");
   std::ranges::copy(tree, slot.begin());
   group_automatically(store.ntrees - 1, store.ntrees, "Agreement_subtree");
   if (settings.report) report_line("Agreement subtree stored as tree", store.ntrees - 1);
 }
 
-void tell_agreement(const tree_pair& pair, const tcomp_request& request) {
-  if (pair.taxa.count() > most_taxa_of_tables)
+/// Names those that are kept or those that aren't, whichever are fewer.
+void name_agreement(const taxon_set& kept, const taxon_set& all) {
+  const taxon_set out = all - kept;
+  if (kept.count() < out.count())
+    emit("  kept:", names_of_taxa(kept, 7), "\n");
+  else if (!out.empty())
+    emit("  left out:", names_of_taxa(out, 11), "\n");
+}
+
+void check_size_of_tables(const taxon_set& taxa) {
+  if (taxa.count() > most_taxa_of_tables)
     error_end_f("Can't find agreement subtrees of more than %i taxa", most_taxa_of_tables);
+}
+
+void tell_agreement(const tree_pair& pair, const tcomp_request& request) {
+  check_size_of_tables(pair.taxa);
   paced_progress progress("Agreement subtree");
   const cut_tree a = pair.cut(pair.first);
   const cut_tree b = pair.cut(pair.second);
-  const std::vector<int> kept =
+  const std::vector<int> terminals =
       request.trees.unrooted
           ? unrooted_agreement_subtree(a, b, [&](double done) { progress.poll(done, 1); })
           : agreement_subtree(a, b);
-  const taxon_set in = pair.stored_taxa(kept);
-  const taxon_set out = pair.taxa - in;
-  emit("Largest agreement subtree: ", kept.size(), " of ", a.terminals, " taxa\n");
-  if (in.count() < out.count())
-    emit("  kept:", names_of_taxa(in, 7), "\n");
-  else if (!out.empty())
-    emit("  left out:", names_of_taxa(out, 11), "\n");
-  if (request.save) save_agreement(pair, a, kept);
+  const taxon_set kept = pair.stored_taxa(terminals);
+  emit("Largest agreement subtree: ", kept.count(), " of ", a.terminals, " taxa\n");
+  name_agreement(kept, pair.taxa);
+  if (request.save) save_agreement(pair.first, kept);
 }
 
 void compare_two(const tcomp_request& request) {
@@ -185,6 +192,35 @@ void compare_many(const tcomp_request& request) {
   }
 }
 
+/// One subtree of all trees, by the taxa that all of them have.
+void agree_together(const tcomp_request& request) {
+  constexpr int runs = 20;
+  std::vector<int> numbers = request.trees.rows;
+  numbers.insert(numbers.end(), request.trees.columns.begin(), request.trees.columns.end());
+  std::vector<const_tree_span> stored;
+  for (const int number : numbers) stored.push_back(stored_tree(number));
+  const taxon_set taxa = shared_taxa(stored, matrix.ntax) - request.trees.excluded;
+  if (taxa.count() < 2) error_end("The trees share less than 2 taxa");
+  check_size_of_tables(taxa);
+  std::vector<cut_tree> trees;
+  for (const const_tree_span tree : stored)
+    trees.emplace_back(cut_to_taxa(tree, matrix.ntax, taxa), taxa.count());
+  paced_progress progress("Agreement subtree");
+  random_generator generator;
+  seed_generator(generator);
+  const common_subtree found = common_agreement_subtree(
+      trees, request.trees.unrooted, runs, generator, [&](double done) { progress.poll(done, 1); });
+  const std::vector<int> members = members_of(taxa);
+  taxon_set kept(matrix.ntax);
+  for (const int t : found.terminals) kept.insert(members[at(t)]);
+  emit("Agreement subtree of ", trees.size(), " trees: ", kept.count(), " of ", taxa.count(),
+       " taxa ", found.is_exact() ? "(exact)" : "(the largest found, not exact; at most ");
+  if (!found.is_exact()) emit(found.at_most, ")");
+  emit("\n");
+  name_agreement(kept, taxa);
+  if (request.save) save_agreement(numbers.front(), kept);
+}
+
 /// The first tree, with "trees that have the group / trees that contradict it" on its branches.
 void draw_reference(const tcomp_request& request) {
   const int reference = request.trees.rows.front();
@@ -220,7 +256,9 @@ void tcomp_command() {
   const tcomp_request request = read_tcomp_request();
   expect_end();
   const bool two = request.trees.rows.size() + request.trees.columns.size() == 2;
-  if (two && !request.target.is_given() && !request.trees.normalised)
+  if (request.together)
+    agree_together(request);
+  else if (two && !request.target.is_given() && !request.trees.normalised)
     compare_two(request);
   else
     compare_many(request);

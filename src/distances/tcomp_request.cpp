@@ -30,6 +30,9 @@ constexpr command_options rows = {
         .help(
             "cut all trees to the taxa that all of them have, rather than each pair to those that "
             "both have"),
+    choice<&tcomp_request::together>("together", 1)
+        .help("instead, the largest agreement subtree of all the trees at once, as found by taking "
+              "them in several random orders"),
     choice<&tcomp_request::list>("list", 1).help(
         "of two trees, list the groups that only one of them has"),
     choice<&tcomp_request::draw>("draw", 1).help(
@@ -39,7 +42,7 @@ constexpr command_options rows = {
     csv_option<tcomp_request>,
     array_option<tcomp_request>,
     choice<&tcomp_request::save>("*", 1).help(
-        "keep the largest agreement subtree of two trees as the last tree"),
+        "keep the largest agreement subtree, of two trees or of all together, as the last tree"),
 };
 
 void check(const tcomp_request& request) {
@@ -49,8 +52,9 @@ void check(const tcomp_request& request) {
     error_end("PHYLIP matrices have the same trees as rows and as columns");
   const std::size_t n = request.trees.rows.size() + request.trees.columns.size();
   if (n < 2) error_end("Give two trees or more to compare");
-  if ((request.list || request.save) && n != 2)
-    error_end_f("Option \"%s\" is for two trees", request.list ? "list" : "*");
+  if (request.list && n != 2) error_end("Option \"list\" is for two trees");
+  if (request.save && n != 2 && !request.together)
+    error_end("Option \"*\" is for two trees, or for \"together\"");
 }
 
 }  // namespace

@@ -13,9 +13,10 @@ struct tcomp_request {
   bool quartets = false;
   bool agreement = false;
 
-  bool list = false;  // groups in only one of two trees
-  bool draw = false;  // the first tree, with what the others have of its groups
-  bool save = false;  // agreement subtrees as the last trees
+  bool together = false;  // one agreement subtree of all the trees
+  bool list = false;      // groups in only one of two trees
+  bool draw = false;      // the first tree, with what the others have of its groups
+  bool save = false;      // the agreement subtree as the last tree
   matrix_target target;
   std::string phylip, csv;  // names of files; empty: none
   compared_trees_request trees;

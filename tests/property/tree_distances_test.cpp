@@ -119,4 +119,41 @@ TEST(tree_distances, are_those_of_their_definitions) {
   }
 }
 
+TEST(tree_distances, of_several_trees_have_a_common_subtree_within_its_bounds) {
+  random_generator generator(1);
+  int exact = 0;
+  for (unsigned seed = 1; seed <= 60; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const int n = 5 + static_cast<int>(random() % 5);
+    const bool unrooted = seed % 2 == 0;
+    std::vector<cut_tree> trees;
+    std::vector<sets> groups;
+    record tree = zeb_test::random_tree(n, random, 0.2, 0);
+    for (int i = 0; i < 3; ++i) {
+      std::swap(tree[random() % static_cast<unsigned>(n)],
+                tree[random() % static_cast<unsigned>(n)]);
+      normalise_tree(tree, n);
+      trees.emplace_back(tree, n);
+      groups.push_back(groups_of(tree, n));
+    }
+    int best = 0;
+    for (unsigned kept = 0; kept < 1U << n; ++kept) {
+      const sets first = groups_within(groups[0], kept, unrooted);
+      if (groups_within(groups[1], kept, unrooted) == first &&
+          groups_within(groups[2], kept, unrooted) == first)
+        best = std::max(best, std::popcount(kept));
+    }
+    const common_subtree found =
+        common_agreement_subtree(trees, unrooted, 20, generator, [](double) {});
+    const unsigned kept = bits_of(found.terminals);
+    for (const sets& g : groups)
+      EXPECT_EQ(groups_within(g, kept, unrooted), groups_within(groups[0], kept, unrooted));
+    EXPECT_LE(found.terminals.size(), static_cast<std::size_t>(best));
+    EXPECT_GE(found.at_most, best);
+    exact += static_cast<int>(found.terminals.size()) == best;
+  }
+  EXPECT_GT(exact, 50);
+}
+
 }  // namespace
