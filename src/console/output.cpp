@@ -117,7 +117,7 @@ void flush_line() {
   line_buffer = {};
   if (output.capture) {
     std::vector<captured_piece>& pieces = output.capture->pieces_;
-    if (pieces.empty() || pieces.back().mask != output.output_mask)
+    if (pieces.empty() || pieces.back().is_warning || pieces.back().mask != output.output_mask)
       pieces.push_back({output.output_mask, {}});
     pieces.back().text += text;
     return;
@@ -132,6 +132,10 @@ void flush_line() {
 
 output_capture::output_capture() : outer_(output.capture) { output.capture = this; }
 output_capture::~output_capture() { output.capture = outer_; }
+
+void output_capture::add_warning(const std::string& message) {
+  pieces_.push_back({output.output_mask, message, true});
+}
 
 std::string output_capture::text() const {
   std::string all;

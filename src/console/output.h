@@ -69,6 +69,7 @@ class output_mask_scope {
 struct captured_piece {
   unsigned mask = 0;  // bits of output_place: where it wouldn't have gone
   std::string text;
+  bool is_warning = false;
 };
 
 /// For its lifetime all that is said is kept as a text, and goes nowhere else.
@@ -80,6 +81,8 @@ class output_capture {
   output_capture& operator=(const output_capture&) = delete;
   std::string text() const;
   const std::vector<captured_piece>& pieces() const { return pieces_; }
+  /// Keeps a warning, for who can ask the user.
+  void add_warning(const std::string& message);
 
  private:
   friend void flush_line();

@@ -58,7 +58,7 @@ def searches(draw):
                      "xmult:autoconst 1 css noverbose hold 1 nokeepall noconsense nochklevel update nohybrid nopicktype;")
     resample = lambda: (f"resample={draw.choice(('sym', 'jak', 'boot', 'poisson'))} replications {draw.randint(2, 8)}"
                         f"{draw.choice(('', ' frequency', ' nogc frequency'))}"
-                        f"{draw.choice(('', ' [mult=replications 2 hold 3]', ' [xmult=hits 1; best]', ' []'))};")
+                        f"{draw.choice(('', ' [mult=replications 2 hold 3]', ' [mult=replications 2 hold 400]', ' [xmult=hits 1; best]', ' []'))};")
     qnelsen = lambda: f"qnelsen={draw.choice(('tbr', 'spr', 'wagner'))} replications {draw.randint(2, 9)};"
     bsupport = lambda: f"bsupport <{draw.choice(('', '[mult=replications 2]'))} 0;"
     chosen = [draw.choice((mult, mult, xmult))()]

@@ -1,4 +1,4 @@
-// The trees that a search has taken, for workers, who can't look into its store.
+// The trees that a search has taken, for workers, which can't look into its store.
 #pragma once
 
 #include <atomic>

@@ -36,6 +36,13 @@ void write_out_all() {
   std::fflush(nullptr);
 }
 
+/// As it would have been said there.
+void say(const captured_piece& piece) {
+  const output_mask_scope as_there(piece.mask);
+  if (!piece.is_warning) return emit(piece.text);
+  warning(std::string_view(piece.text).substr(0, piece.text.find_last_not_of(' ') + 1));
+}
+
 }  // namespace
 
 worker_pool::worker_pool(int parts, const part_maker& make) {
@@ -117,13 +124,10 @@ std::optional<std::vector<std::byte>> worker_pool::result_of(int part,
     page_->stop = true;
     if (wall_clock() - stop_since_ > longest_wait) return std::nullopt;
   }
-  const result found = std::move(results_.extract(part).mapped());
+  result found = std::move(results_.extract(part).mapped());
   if (found.failed) return std::nullopt;
-  for (const captured_piece& piece : found.said) {
-    const output_mask_scope as_there(piece.mask);
-    emit(piece.text);
-  }
-  return found.found;
+  for (const captured_piece& piece : found.said) say(piece);
+  return std::move(found.found);
 }
 
 void worker_pool::take_in(int milliseconds) {
@@ -175,7 +179,8 @@ void worker_pool::take_result(worker& from, std::span<const std::byte> frame) {
   from.record.parts += !to.failed;
   for (int pieces = reader.whole(); pieces > 0; --pieces) {
     const auto mask = static_cast<unsigned>(reader.whole());
-    to.said.push_back({mask, reader.text()});
+    const std::string text = reader.text();
+    to.said.push_back({mask, text, reader.byte() != 0});
   }
   to.found.assign(reader.rest().begin(), reader.rest().end());
 }

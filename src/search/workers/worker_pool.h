@@ -2,8 +2,8 @@
 // until one of them writes to it. Each takes the next part that nobody has begun, makes it, and
 // sends what came of it; the process takes results in the order of the parts and does nothing else
 // meanwhile. Who wants a part that isn't to be had from a worker makes it itself, so that a search
-// over few parts, an error, a warning that may have to be answered and a worker that was killed
-// need no ways of their own: all that is lost is time.
+// over few parts, an error and a worker that was killed need no ways of their own: all that is lost
+// is time.
 #pragma once
 
 #include <sys/types.h>

@@ -25,7 +25,7 @@ namespace {
 
 struct worker_state {
   worker_task task;
-  bool failed = false;  // an error or a warning was told: only the user's process can do that
+  bool failed = false;  // an error was told: only the user's process can do that
 };
 worker_state worker;
 
@@ -35,6 +35,8 @@ void look_for_stop(bool) {
 }
 
 void note_failure(const std::string&) { worker.failed = true; }
+
+void keep_warning(const std::string& message) { output.capture->add_warning(message); }
 
 /// Nothing that the worker does is seen but by who reads its results.
 void leave_the_world() {
@@ -47,7 +49,7 @@ void leave_the_world() {
   set_auto_save(0, "", false);
   disarm_time_limit();
   become_worker(
-      {.tell_error = note_failure, .tell_warning = note_failure, .check_interrupt = look_for_stop});
+      {.tell_error = note_failure, .tell_warning = keep_warning, .check_interrupt = look_for_stop});
 }
 
 /// Mbytes that this process has written to, and doesn't share any more; 0 where the system doesn't
@@ -90,6 +92,7 @@ void send_part(int part, const output_capture& said, const packet_writer& found)
   for (const captured_piece& piece : said.pieces()) {
     head.put(static_cast<std::int32_t>(piece.mask));
     head.put_text(piece.text);
+    head.put_byte(piece.is_warning ? 1 : 0);
   }
   const frame_length length = head.bytes().size() + found.bytes().size();
   send_bytes(std::as_bytes(std::span(&length, 1)));

@@ -39,8 +39,8 @@ void leave_part_to_process();
 using frame_length = std::uint64_t;
 
 /// Makes parts and sends them: the number of the part, 1 where it failed, the worker's use of
-/// processor and memory, what it said, and what the maker put. A part of which a warning or an
-/// error was told has failed. Never returns.
+/// processor and memory, what it said, and what the maker put. A part of which an error was told
+/// has failed. Never returns.
 [[noreturn]] void run_worker(const worker_task& task, const part_maker& make);
 
 }  // namespace zeb
