@@ -76,7 +76,8 @@ constexpr command_options rows = {
         .help("resampling draws whole configurations"),
     toggle<searching, &search::quick_wagner>("quickwag")
         .help("Wagner trees without optimising each point anew"),
-    toggle<own, &grid::look_ahead>("lookahead").help("searches look ahead"),
+    toggle<own, &grid::look_ahead>("lookahead")
+        .help("for searches that look ahead, which none does so far"),
     toggle<own, &grid::show_internal_nodes>("showhtus")
         .help("coordinates of nodes beside the figures of \"map\""),
     form<read_ambig>("ambig").argument("+x-y").help(
