@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/random.h"
 #include "console/output.h"
 #include "console/progress.h"
 #include "language/interpreter.h"
@@ -48,6 +49,7 @@ struct data_changing {
 
 notes realign(const realign_request& request) {
   const data_changing scope;
+  reseed();
   notes told;
   double done = 0;
   for (const int c : request.characters) {
