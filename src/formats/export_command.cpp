@@ -91,6 +91,16 @@ void check_tps(const export_choice& choice) {
   if (landmark_configurations().empty()) error_end("No landmark characters in matrix");
 }
 
+/// Other formats have no place for them.
+void check_landmarks() {
+  const auto landmarks = landmark_configurations();
+  if (landmarks.empty()) return;
+  if (static_cast<int>(landmarks.size()) == matrix.nchar)
+    error_end("Cannot export landmark characters but as TPS (\"export | file\")");
+  warning("Landmark characters are written as missing entries (e.g. char.",
+          std::to_string(landmarks.front().character) + "); \"export | file\" writes them as TPS");
+}
+
 void check_choice(const export_choice& choice) {
   if (choice.tps) return check_tps(choice);
   if (choice.fasta &&
@@ -107,6 +117,7 @@ void check_choice(const export_choice& choice) {
   if ((choice.tag_lengths || choice.tag_labels) && !tags.tags_present)
     error_end("No tree-tags to save!");
   if (!choice.writes_data()) return;
+  check_landmarks();
   if (any_continuous() && !choice.plain)
     error_end("Cannot export data sets with continuous characters");
   if (most_states(all_data) > 32) error_end("Cannot export data sets with more than 32 states");
