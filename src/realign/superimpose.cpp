@@ -185,8 +185,7 @@ std::vector<turn_matrix> turns_to_try(int dimensions) {
     }
     return turns;
   }
-  // The 60 turns of an icosahedron are no finer than what two axes give; these are the quaternions
-  // with coordinates -1, 0 and 1, as unit vectors: 40 turns.
+  // The quaternions with coordinates -1, 0 and 1, as unit vectors: 40 turns.
   for (int code = 0; code < 81; ++code) {
     const std::array<double, 4> q = {code / 27 - 1.0, code / 9 % 3 - 1.0, code / 3 % 3 - 1.0,
                                      code % 3 - 1.0};
