@@ -15,7 +15,7 @@ namespace zeb {
 namespace {
 
 constexpr int most_cells_together = 4;
-constexpr long most_combinations = 20'000;  // of one character
+constexpr long most_combinations = 2'000;  // of one character
 
 bool same_changes(const std::vector<apomorphy>& a, const std::vector<apomorphy>& b) {
   const auto same_values = [](const node_values& x, const node_values& y) {
@@ -48,13 +48,13 @@ class character_test {
     return critical;
   }
 
-  /// Single cells; if none does it, but all do, the smallest combinations that do.
+  /// Single cells; if none does it, the smallest combinations that do.
   std::vector<std::uint8_t> by_lengths(critical_cells& report) const {
     std::vector<std::uint8_t> critical(cells_.size(), 0);
     const std::int64_t usual = length_difference();
-    const int most = differs_with_all(usual) ? most_cells_together : 1;
     long tried = 0;
-    for (int together = 1; together <= most && at(together) <= cells_.size(); ++together) {
+    for (int together = 1; together <= most_cells_together && at(together) <= cells_.size();
+         ++together) {
       const bool any = try_combinations(together, usual, critical, tried);
       report.most_cells = std::max(report.most_cells, together);
       if (any || tried >= most_combinations) break;
@@ -80,11 +80,6 @@ class character_test {
   std::int64_t length_difference() const {
     return steps_on(*sets_[0]) * static_cast<std::int64_t>(sets_[1]->shapes.size()) -
            steps_on(*sets_[1]) * static_cast<std::int64_t>(sets_[0]->shapes.size());
-  }
-
-  bool differs_with_all(std::int64_t usual) const {
-    const values_of_file other(1, cells_);
-    return length_difference() != usual;
   }
 
   bool try_combinations(int together, std::int64_t usual, std::vector<std::uint8_t>& critical,

@@ -17,8 +17,8 @@ struct critical_cells {
 
 /// A cell is critical by synapomorphies where the other file's score takes a synapomorphy off an
 /// exclusive group, gives it one, or makes it another; by lengths where it changes how many steps
-/// the trees of the files differ in. Characters whose cells do so only together have them tried in
-/// combinations.
+/// the trees of the files differ in. Where no cell of a character does so alone, combinations of a
+/// few are tried.
 critical_cells find_critical_cells(const compared_results& results,
                                    const std::array<const compared_tree_set*, 2>& sets,
                                    const std::array<exclusive_groups, 2>& exclusive,
