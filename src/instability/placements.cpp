@@ -69,9 +69,10 @@ std::vector<placement> placements_of(const compared_copies& copies, const taxon_
   for (std::vector<tree_node> tree : copies.trees()) {
     check_interrupt();
     delete_taxa(tree, ntax, cut);
-    if (base.empty()) base = tree;
     const place there = place_in(tree, clade, ntax);
-    if (there.sister.empty()) continue;
+    if (there.sister.empty()) continue;  // the tree lacks the clade, or all others
+    if (base.empty()) base = tree;
+    if (smallest_clade(base, there.sister, ntax) < 0) continue;
     const auto [found, is_new] = numbers.try_emplace(moved(base, clade, there, ntax), out.size());
     if (is_new) out.push_back({found->first, there.sister, 0});
     ++out[found->second].count;
