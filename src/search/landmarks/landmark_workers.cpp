@@ -1,9 +1,11 @@
 #include "search/landmarks/landmark_workers.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "landmarks/search_settings.h"
 #include "landmarks/worker_threads.h"
+#include "matrix/matrix.h"
 
 namespace zeb {
 namespace {
@@ -27,6 +29,14 @@ void share_out(int parts, const std::function<void(int part)>& task) {
 
 void rest_workers() {
   if (!landmark_searching.threads_stay) workers.threads.reset();
+}
+
+void end_threads_for_copies() {
+  workers.threads.reset();
+  const bool needed = std::ranges::any_of(matrix.characters, [](const character_record& record) {
+    return record.active && record.type == landmark_data;
+  });
+  if (needed) tell_landmark_threads();
 }
 
 }  // namespace zeb

@@ -10,5 +10,8 @@ namespace zeb {
 void share_out(int parts, const std::function<void(int part)>& task);
 /// The command is over.
 void rest_workers();
+/// The process is about to be copied, and threads can't be: ends them. The copies use one thread
+/// each; what is told once about the number is told now.
+void end_threads_for_copies();
 
 }  // namespace zeb

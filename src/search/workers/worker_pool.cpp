@@ -18,6 +18,7 @@
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/log.h"
+#include "search/landmarks/landmark_workers.h"
 
 namespace zeb {
 
@@ -50,6 +51,7 @@ worker_pool::worker_pool(int parts, const part_maker& make) {
   if (count < 2) return;
   shared_ = std::make_unique<shared_memory>(sizeof(worker_page));
   page_ = shared_->as<worker_page>();
+  end_threads_for_copies();
   write_out_all();
   for (int number = 0; number < count; ++number)
     if (!start(number, parts, make)) break;
