@@ -32,6 +32,8 @@ struct macro_layer {
   /// True and the value for a variable or function of exactly this name, false for other words. A
   /// variable comes before an element called like it, a function after it (`names_element`).
   bool (*number_of_word)(std::string_view word, bool names_element, double* value) = nullptr;
+  /// Where the script goes on after the text that is put in the place of an expansion.
+  const char* (*outer_position)() = nullptr;
   /// The input stack changes.
   void (*frame_about_to_be_pushed)() = nullptr;
   void (*frame_pushed)() = nullptr;
@@ -48,6 +50,8 @@ struct macro_layer {
   /// Goes to the target of `goto [`.
   void (*run_pending_jump)() = nullptr;
 };
+
+enum class steering_wish { pause, go_on, stop };
 
 struct language_hooks {
   /// Is there a data set?
@@ -76,6 +80,8 @@ struct language_hooks {
   int (*run_task)(int argc, char** argv) = nullptr;
   /// Such a process looks at what its parent says. True: the running command is to stop.
   bool (*stop_asked_by_parent)() = nullptr;
+  /// The files that steer a background run have it paused, going on or stopped: its jobs too.
+  void (*run_steered)(steering_wish wish) = nullptr;
   /// A command of its instructions failed: the rest of them is void.
   void (*task_failed)() = nullptr;
   /// Changed by `set_macro_layer` only.

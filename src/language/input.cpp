@@ -366,6 +366,8 @@ bool has_text_at(int level) {
 
 bool input_ended() {
   const char* rest = input.read_position;
+  const auto outer_position = hooks_of_language.macros.outer_position;
+  if (outer_position && outer_position() != rest) return false;  // text of an expansion is left
   return top_frame().at_end && (!rest[0] || !rest[1] || !rest[2]);
 }
 

@@ -16,6 +16,7 @@
 #include "base/safe_mode.h"
 #include "base/signals.h"
 #include "console/output.h"
+#include "language/hooks.h"
 
 namespace zeb {
 namespace {
@@ -61,10 +62,17 @@ bool copy_file(input_file& from, const std::string& to) {
   return from.fault().empty() && copy.close();
 }
 
+void tell_jobs(steering_wish wish) {
+  if (hooks_of_language.run_steered) hooks_of_language.run_steered(wish);
+}
+
 void wait_while_paused() {
   const std::string file = steering_file("pause");
+  if (!is_there(file)) return;
   const stopped_clock_scope clock;
+  tell_jobs(steering_wish::pause);
   while (is_there(file) && noted_signal() == 0) sleep(pause_poll_seconds);
+  tell_jobs(steering_wish::go_on);
 }
 
 void remove_execute_file(const std::string& file) {
@@ -88,6 +96,7 @@ bool stop_asked_by_file() {
   const std::string stop = steering_file("stop");
   if (is_there(stop)) {
     call_remove(stop);
+    tell_jobs(steering_wish::stop);
     return true;
   }
   wait_while_paused();

@@ -82,6 +82,7 @@ void interrupt() {
   if (!interrupts.in_search) emit("\nUser interrupt...\n");
   pop_all();
   if (interrupts.in_search) return stop_search(stop_reason::user);
+  if (process.slave) throw_to_jump_context();  // the task goes to its `return`
   if (process.ended_by != 0 || !take_up_execute_file()) end_background_run();
   leave_command();
   throw_to_jump_context();

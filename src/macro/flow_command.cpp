@@ -14,6 +14,7 @@
 #include "macro/bodies.h"
 #include "macro/body_text.h"
 #include "macro/commands.h"
+#include "macro/hooks.h"
 #include "macro/macro_language.h"
 #include "macro/macro_state.h"
 #include "macro/macro_values.h"
@@ -71,7 +72,9 @@ void loop_command() {
     empty = written;
   }
   body_record loop = capture_body(body_kind::loop, name);
-  if (empty) return release_heap(loop.saved_top);
+  const bool forbidden =
+      open_bodies() == 0 && hooks_of_macro.no_more_loops && hooks_of_macro.no_more_loops();
+  if (empty || forbidden) return release_heap(loop.saved_top);
   loop.current = from;
   loop.step = step;
   loop.end = to;

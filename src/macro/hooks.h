@@ -19,6 +19,8 @@ struct macro_hooks {
   bool (*fixed_string)(std::string_view word, std::string* text) = nullptr;
   /// `return` among the instructions of a task: reads its own arguments.
   void (*return_of_task)() = nullptr;
+  /// True: loops that would begin now don't run.
+  bool (*no_more_loops)() = nullptr;
 };
 extern struct macro_hooks hooks_of_macro;
 

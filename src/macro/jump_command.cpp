@@ -106,8 +106,8 @@ void return_command() {
   double status = 0;
   if (skip_blanks_peek() != ';') {
     status = macro_whole_value();
-    macros.exit_status =
-        status > 2147483647.0 || status < -2147483648.0 ? 0 : static_cast<int>(status);
+    const bool fits = status <= 2147483647.0 && status >= -2147483648.0;
+    set_exit_status(fits ? static_cast<int>(status) : 0);
     if (settings.report) emitf("Exit status = %i", macros.exit_status);
   }
   accept_char(';');

@@ -115,6 +115,7 @@ void connect() {
                    .read_unexpanded = read_raw_char,
                    .read_value = macro_read_value,
                    .number_of_word = macro_list_word,
+                   .outer_position = outer_position,
                    .frame_about_to_be_pushed = frame_about_to_be_pushed,
                    .frame_pushed = frame_pushed,
                    .frame_popped = frame_popped,

@@ -13,6 +13,8 @@ namespace zeb {
 macro_state macros;
 walk_results walked;
 
+void set_exit_status(int status) { macros.exit_status = status; }
+
 namespace {
 
 // Loops are paid for from the memory that a script is given, though their records lie beside it.

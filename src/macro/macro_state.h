@@ -74,6 +74,9 @@ struct macro_state {
 };
 extern macro_state macros;
 
+/// What `exstatus` tells.
+void set_exit_status(int status);
+
 /// Takes and gives back the memory with all tables; both leave the language without names and
 /// loops.
 void allocate_macro_tables();
