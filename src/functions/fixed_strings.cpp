@@ -13,6 +13,8 @@
 #include "macro/script_files.h"
 #include "macro/variables.h"
 #include "matrix/matrix.h"
+#include "parallel/hosts/host_groups.h"
+#include "parallel/transport/connection.h"
 #include "taxonomy/taxonomy.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"
@@ -97,10 +99,13 @@ bool other_string(std::string_view word, std::string* text) {
     *text = script_file_string(active_script_file());
   } else if (word == "curfile") {
     *text = walked.file;
+  } else if (word == "host") {
+    const int host = number_below(static_cast<int>(hosts_in_use().size()), "host");
+    *text = hosts_in_use()[static_cast<std::size_t>(host)].name;
+  } else if (word == "hgroup") {
+    *text = host_group_name(number_below(most_host_groups, "group"));
   } else if (word == "taxonomy") {
     *text = taxonomy_text();
-  } else if (word == "host" || word == "hgroup") {
-    error_end_f("Expression \"$%s\" is not available yet", std::string(word).c_str());
   } else {
     return false;
   }

@@ -12,6 +12,7 @@
 #include "language/options.h"
 #include "macro/assignment.h"
 #include "macro/macro_values.h"
+#include "parallel/hosts/host_groups.h"
 #include "parallel/jobs/job_table.h"
 #include "parallel/jobs/monitoring.h"
 #include "parallel/jobs/processors.h"
@@ -223,9 +224,14 @@ double load_of_host() {
   if (parallel.mode != back_end::pvm) refuse_outside_of_pvm();
   return tasks_in_host();
 }
-double in_host_group() {
+double is_in_host_group() {
   if (parallel.mode != back_end::pvm) refuse_outside_of_pvm();
-  error_end("Groups of hosts are not available yet");
+  open_brackets();
+  const int group = whole_argument();
+  if (group < 0 || group >= most_host_groups) error_end("No host group", group);
+  const int host = host_argument();
+  close_brackets();
+  return in_host_group(host, group) ? 1 : 0;
 }
 
 double speeds_of_hosts() {
@@ -279,7 +285,7 @@ constexpr expression_function rows[] = {
     {"bestscore", "[J K]", "best score of task K of job J", best_score, function_list::parallel},
     {"deltascore", "[J]", "improvement of score in job J", score_improvement, function_list::parallel},
     {"hostload", "[H]", "load of host H", load_of_host, function_list::parallel},
-    {"isinhgroup", "[G H]", "1 if host H is in host group G", in_host_group, function_list::parallel},
+    {"isinhgroup", "[G H]", "1 if host H is in host group G", is_in_host_group, function_list::parallel},
     {"ntasksbelow", "[J S]", "tasks of job J with best score at or below S", tasks_below, function_list::parallel},
     {"numerrors", "[J]", "errors in job J", tasks_with_errors, function_list::parallel},
     {"numhosts", "", "number of hosts", hosts, function_list::parallel},

@@ -78,7 +78,7 @@ constexpr expression_function rows[] = {
     {"cygwin", "", "1 if running under Cygwin", never},
     {"windows", "", "1 if running under Windows", never},
     {"linux", "", "1 if running under Linux", always},
-    {"exstatus", "", "status given by the last return", exit_status},
+    {"exstatus", "", "status given by the last return; 1 after a job all of whose tasks started, else 0", exit_status},
     {"allvars", "", "all user variables, named or not", all_variables},
     {"freevars", "", "user variables left", free_variables},
     {"listsize", "", "last index filled by the last list function", list_size, function_list::general, "lenstring"},

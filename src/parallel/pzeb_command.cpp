@@ -15,6 +15,8 @@
 #include "language/lexer.h"
 #include "language/options.h"
 #include "parallel/commands.h"
+#include "parallel/hosts/host_groups.h"
+#include "parallel/hosts/host_lists.h"
 #include "parallel/jobs/begin_keyword.h"
 #include "parallel/jobs/collecting.h"
 #include "parallel/jobs/disk_keyword.h"
@@ -206,9 +208,26 @@ void set_get_timeout() {
   report_line("P-ZEB: timeout is", parallel.get_timeout, "secs.");
 }
 
-void not_for_hosts() {
+void define_host_groups() {
   only_in_pvm();
-  error_end("Groups of hosts are not available yet");
+  enter();
+  hgroup_keyword();
+}
+
+/// All tasks in the hosts listed.
+void signal_hosts(int code, const char* what) {
+  only_in_pvm();
+  enter();
+  std::vector<int> hosts;
+  for (const host_share& share : read_host_list()) hosts.push_back(share.host);
+  expect_end();
+  std::ranges::sort(hosts);
+  hosts.erase(std::ranges::unique(hosts).begin(), hosts.end());
+  if (hosts.empty()) error_end("P-ZEB: no hosts in list");
+  for (const int slot : jobs_in_order())
+    for (task_record& t : job_at(slot).tasks)
+      if (std::ranges::binary_search(hosts, t.host)) send_signal(t, code);
+  emit(text_of("P-ZEB: %s all tasks in %i host(s)\n", what, static_cast<int>(hosts.size())));
 }
 
 struct keyword_row {
@@ -234,12 +253,12 @@ constexpr keyword_row keyword_rows[] = {
     {"kill", kill_keyword},
     {"pause", pause_keyword},
     {"resume", resume_keyword},
-    {"hpause", not_for_hosts},
-    {"hresume", not_for_hosts},
+    {"hpause", [] { signal_hosts(signal_pause, "paused"); }},
+    {"hresume", [] { signal_hosts(signal_resume, "resumed"); }},
     {"hosts", list_hosts},
     {"hfile", set_host_file},
     {"load", show_load},
-    {"hgroup", not_for_hosts},
+    {"hgroup", define_host_groups},
     {"tagset", tagset_command},
     {"skipto", skipto_keyword, true},
     {"goto", goto_keyword, true},

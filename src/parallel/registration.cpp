@@ -4,8 +4,10 @@
 #include "base/process.h"
 #include "language/hooks.h"
 #include "macro/hooks.h"
+#include "parallel/hosts/host_lists.h"
 #include "parallel/jobs/job_table.h"
 #include "parallel/jobs/monitoring.h"
+#include "parallel/jobs/signalling.h"
 #include "parallel/tasks/instructions.h"
 #include "parallel/tasks/parent_signals.h"
 #include "parallel/tasks/reports.h"
@@ -20,10 +22,13 @@ void register_parallel() {
   hooks_of_language.run_task = run_task;
   hooks_of_language.stop_asked_by_parent = stop_asked_by_parent;
   hooks_of_language.task_failed = note_failed_task;
+  hooks_of_language.run_steered = steer_jobs;
+  hooks_of_macro.no_more_loops = [] { return task.no_loops; };
   hooks_of_macro.return_of_task = read_return;
   hooks_of_search.search_ended = count_search;
   test_life_by(is_process_there);
   register_job_lists();
+  register_host_lists();
   add_command_over_hook(stop_monitoring_after_error);
   add_closing_hook(leave_parallel_mode);
 }

@@ -16,7 +16,7 @@
 #include "language/lists.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
-#include "parallel/jobs/host_lists.h"
+#include "parallel/hosts/host_lists.h"
 #include "parallel/jobs/instruction_text.h"
 #include "parallel/jobs/sector_jobs.h"
 #include "parallel/jobs/sector_requests.h"
@@ -44,11 +44,10 @@ std::string read_job_name() {
 
 void read_hosts(job_request& request) {
   if (parallel.mode != back_end::pvm) {
-    if (read_name() > 0 && token() == "myself") {
-      request.hosts = {{0, request.tasks}};
-    }
+    const bool here = read_name() > 0 && token() == "myself";
+    request.hosts = {{own_host(), request.tasks}};
     const int next = skip_blanks_peek();
-    if (next != '=' && next != '/')
+    if (!here || (next != '=' && next != '/'))
       error_end("P-ZEB: must write \"myself\" before \"=\"  to run just in localhost");
     return;
   }
@@ -60,7 +59,13 @@ void read_hosts(job_request& request) {
     error_end_f("P-ZEB: no hosts in list for job %s", request.name.c_str());
   int sum = 0;
   for (const host_share& share : request.hosts) sum += share.tasks;
-  if (sum == 0 || sum == request.tasks) return;
+  if (sum == 0) return;
+  for (host_share& share : request.hosts) {
+    if (share.tasks == 0) ++sum;
+    share.tasks = std::max(share.tasks, 1);
+  }
+  if (sum > most_tasks) error_end("P-ZEB: sorry, cannot spawn more than", most_tasks, "together");
+  if (sum == request.tasks) return;
   warning(
       text_of("Total number of jobs doesn't equal sum of jobs in slaves\nNumber of jobs will be "
               "reset to the sum (%i)",
@@ -78,9 +83,6 @@ void read_count_and_hosts(job_request& request) {
   const int after = skip_blanks_peek();
   if (after != '=' && after != '/') read_hosts(request);
 }
-
-/// One task on each host but that of the spawner, at least one.
-int usual_tasks() { return std::max(1, static_cast<int>(hosts_in_use().size()) - 1); }
 
 void read_ram(job_request& request) {
   constexpr double megabyte = 1'000'000;
@@ -233,7 +235,7 @@ void begin_keyword() {
   read_options(request, options, false);
   request.instructions = read_instructions(false);
   if (options.has_sector) make_sector_job(options.sector, request);
-  if (request.tasks == 0) request.tasks = usual_tasks();
+  if (request.tasks == 0) request.tasks = static_cast<int>(usual_hosts().size());
   spawn_job(std::move(request));
 }
 

@@ -18,7 +18,7 @@
 #include "language/lists.h"
 #include "matrix/matrix.h"
 #include "parallel/jobs/job_table.h"
-#include "parallel/jobs/sector_jobs.h"
+#include "parallel/jobs/sector_results.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/transport/connection.h"
@@ -96,7 +96,10 @@ bool collection::poll() {
   transport& link = connection();
   const double now = wall_clock();
   const bool test = now - last_test_ > seconds_between_tests;
-  if (test) last_test_ = now;
+  if (test) {
+    last_test_ = now;
+    take_status_messages(job_);
+  }
   bool all = true;
   for (task_record& t : job_.tasks) {
     if (t.collected) continue;
@@ -128,9 +131,10 @@ bool collection::store_results() {
   const int before = store.ntrees;
   const bool sectors = !job_.sectors.empty();
   if (sectors) {
-    std::vector<std::vector<tree_node>> best(job_.tasks.size());
+    std::vector<sector_result> best(job_.tasks.size());
     for (std::size_t i = 0; i < results_.size(); ++i)
-      if (results_[i] && !results_[i]->load.trees.empty()) best[i] = results_[i]->load.trees[0];
+      if (results_[i] && !results_[i]->load.trees.empty())
+        best[i] = {results_[i]->load.trees[0], results_[i]->polytree};
     place_sector_results(job_, best);
   } else {
     for (std::size_t i = 0; i < results_.size(); ++i) {

@@ -13,7 +13,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
-#include "parallel/jobs/host_lists.h"
+#include "parallel/hosts/host_lists.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/disk_data.h"
@@ -28,7 +28,7 @@ bool write_on_host(int host, const std::string& directory, const std::string& te
   constexpr useconds_t between = 20'000;  // microseconds
   transport& link = connection();
   const std::vector<task_id> helper =
-      link.spawn({.count = 1, .host = host, .argument = disk_helper_argument()});
+      link.spawn({.count = 1, .host_id = id_of_host(host), .argument = disk_helper_argument()});
   if (helper.empty()) return false;
   packet_writer message;
   message.put_text(directory);

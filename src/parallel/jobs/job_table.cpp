@@ -6,14 +6,18 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/process.h"
+#include "console/output.h"
 #include "language/lexer.h"
 #include "language/list_kinds.h"
 #include "language/lists.h"
+#include "parallel/settings.h"
 #include "parallel/tasks/parent_signals.h"
 #include "parallel/tasks/siblings.h"
 #include "parallel/transport/connection.h"
@@ -142,11 +146,24 @@ void send_signal(job_record& to, int code) {
   for (task_record& t : to.tasks) send_signal(t, code);
 }
 
+namespace {
+
+void tell_disk_problem(const task_record& which, packet_reader reply) {
+  const bool right = reply.whole() != 0;
+  const std::string reason = reply.text();
+  if (right) return;
+  emit(text_of("Problems creating disk file...%s, %s\n", which.host_name.c_str(), reason.c_str()));
+}
+
+}  // namespace
+
 void take_status_messages(job_record& job) {
   transport& link = connection();
   for (task_record& t : job.tasks) {
     try {
       while (const auto hello = link.receive(t.id, tag_hello)) take_hello(t, *hello);
+      while (const auto reply = link.receive(t.id, tag_disk_reply))
+        tell_disk_problem(t, packet_reader(reply->body));
       while (const auto message = link.receive(t.id, tag_status))
         t.status = task_status::unpacked(packet_reader(message->body));
     } catch (const damaged_message&) {
@@ -154,6 +171,43 @@ void take_status_messages(job_record& job) {
     }
   }
 }
+
+namespace {
+
+void ask(task_record& which, int query) {
+  packet_writer message;
+  message.put(signal_query);
+  message.put(query);
+  while (connection().receive(which.id, tag_reply + query)) {
+    // An answer that came too late for an earlier question.
+  }
+  send_signal(which, message);
+}
+
+double longest_silence() {
+  constexpr double usual = 300;  // seconds; commands that look at no signals may take long
+  const char* const told = std::getenv("ZEB_SILENCE_SECONDS");  // NOLINT(concurrency-mt-unsafe)
+  return told ? std::max(std::atof(told), 1.0) : usual;
+}
+
+/// Over MPI nothing tells that a task on another machine is dead: it is asked now and then, and
+/// doesn't answer. Another question than those whose answers somebody waits for.
+bool is_silent(task_record& which) {
+  if (parallel.mode != back_end::mpi || (which.process > 0 && is_on_this_machine(which)))
+    return false;
+  const double now = wall_clock();
+  constexpr int reply = int{tag_reply} + query_speed;
+  while (connection().receive(which.id, reply)) which.answer_due = false;
+  if (which.answer_due) return now - which.asked > longest_silence();
+  constexpr double seconds_between = 10;
+  if (now - which.asked < seconds_between) return false;
+  which.asked = now;
+  which.answer_due = true;
+  ask(which, query_speed);
+  return false;
+}
+
+}  // namespace
 
 bool is_alive(task_record& which) {
   if (which.gone) return false;
@@ -167,7 +221,7 @@ bool is_alive(task_record& which) {
       }
     }
   }
-  which.gone = which.gone || !link.is_alive(which.id) || !process_runs(which);
+  which.gone = which.gone || !link.is_alive(which.id) || !process_runs(which) || is_silent(which);
   return !which.gone;
 }
 
@@ -235,16 +289,6 @@ void take_answer(int query, packet_reader from, task_status& now) {
     default:
       if (from.whole() != 0) now.command = "ERROR";
   }
-}
-
-void ask(task_record& which, int query) {
-  packet_writer message;
-  message.put(signal_query);
-  message.put(query);
-  while (connection().receive(which.id, tag_reply + query)) {
-    // An answer that came too late for an earlier question.
-  }
-  send_signal(which, message);
 }
 
 }  // namespace

@@ -36,7 +36,9 @@ struct task_record {
   int host = 0;     // index among the hosts
   int process = 0;  // its process number; 0 not known yet
   std::string host_name;
-  bool gone = false;  // it died, or was killed
+  bool answer_due = false;  // it was asked whether it lives
+  double asked = 0;         // when that was: wall clock, seconds
+  bool gone = false;        // it died, or was killed
   bool collected = false;
   bool again = false;                 // it works on further instructions
   std::optional<task_status> status;  // the last one that it told

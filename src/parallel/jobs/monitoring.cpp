@@ -212,7 +212,9 @@ std::vector<int> wait_for_jobs() {
   const wait_request request = read_wait_request();
   last_wait.succeeded = true;
   begin_monitoring(request.jobs);
+  note_waiting(true);
   const wait_end end = watch(request);
+  note_waiting(false);
   clear_progress();
   if (settings.report) show_status_table(request.jobs);
   end_monitoring();

@@ -22,8 +22,8 @@ int processors_of_host(int host) {
   constexpr useconds_t between = 10'000;  // microseconds
   constexpr double longest_wait = 30;     // seconds
   transport& link = connection();
-  const std::vector<task_id> helper =
-      link.spawn({.count = 1, .host = host, .argument = processor_helper_argument()});
+  const std::vector<task_id> helper = link.spawn(
+      {.count = 1, .host_id = id_of_host(host), .argument = processor_helper_argument()});
   if (helper.empty()) return 0;
   const double since = wall_clock();
   std::optional<arrived_message> reply;

@@ -167,85 +167,6 @@ task_orders orders_of_sector(const sector_place& place) {
   return orders;
 }
 
-// ---- results ----
-
-/// Puts the arrangement that was found in the place of the one there was. Only nodes strictly
-/// within the sector change, so that sectors without a common branch can be put in one after
-/// another.
-void put_in(const sector_place& place, const std::vector<tree_node>& found,
-            std::vector<int>& ancestors) {
-  std::vector<int> inside;  // numbers of nodes that are free for it
-  for (const std::int32_t terminal : place.terminals)
-    for (int v = place.tree[at(terminal)]; v != place.top; v = place.tree[at(v)])
-      if (!std::ranges::count(inside, v)) inside.push_back(v);
-  const int ntax = place.taxa;
-  const int limit = node_limit(found, ntax);
-  std::vector<int> number(at(limit), -1);
-  for (std::size_t i = 0; i < place.terminals.size(); ++i) number[i + 1] = place.terminals[i];
-  // The rest hangs on the root beside all else; a root with more descendants has them at the top.
-  int top = ntax;
-  int descendants_of_root = 0;
-  for (int v = 1; v < limit; ++v)
-    if (v != ntax && found[at(v)] == ntax) {
-      ++descendants_of_root;
-      if (descendants_of_root == 1) top = v;
-    }
-  if (descendants_of_root > 1) top = ntax;
-  number[at(top)] = place.top;
-  for (const int v : inside) ancestors[at(v)] = -1;
-  for (int v = ntax + 1; v < limit; ++v)
-    if (number[at(v)] < 0 && !inside.empty()) {
-      number[at(v)] = inside.back();
-      inside.pop_back();
-    }
-  for (int v = 1; v < limit; ++v)
-    if (v != ntax && v != top) ancestors[at(number[at(v)])] = number[at(found[at(v)])];
-}
-
-std::vector<int> ancestors_of(const std::vector<tree_node>& tree) {
-  std::vector<int> ancestors(tree.begin(), tree.end());
-  ancestors[at(matrix.ntax)] = -1;
-  return ancestors;
-}
-
-/// False, and nothing kept, where it is worse than the tree was: states at the ends of a sector
-/// stand for what lies beyond them, exactly only for some kinds of characters.
-bool store_if_no_worse(std::vector<int> ancestors, double before) {
-  const tree_span slot = take_slot(true);
-  record_from_ancestors(ancestors, slot, matrix.ntax);
-  const double score = score_of_stored_tree(store.ntrees - 1);
-  if (score <= before + 1e-6) return true;
-  set_tree_count(store, store.ntrees - 1);
-  return false;
-}
-
-void group_last_tree(const std::string& name) {
-  for (int g = 0; g < tree_groups.limit; ++g) {
-    if (tree_group_defined(g)) continue;
-    define_tree_group(g, name);
-    add_to_tree_group(store.ntrees - 1, g);
-    return;
-  }
-}
-
-bool is_usable(const sector_place& place, const std::vector<tree_node>& found) {
-  return found.size() == at(2 * place.taxa - 1) && check_tree_record(found, place.taxa).empty();
-}
-
-void combine_exclusive(const job_record& job,
-                       const std::vector<std::vector<tree_node>>& found_by_task) {
-  std::vector<int> ancestors = ancestors_of(job.sectors[0].tree);
-  int parts = 0;
-  for (std::size_t i = 0; i < job.sectors.size(); ++i) {
-    if (!is_usable(job.sectors[i], found_by_task[i])) continue;
-    put_in(job.sectors[i], found_by_task[i], ancestors);
-    ++parts;
-  }
-  if (parts == 0 || !store_if_no_worse(ancestors, job.score_at_start)) return;
-  emit(text_of("Combined results from sectors in tree %i\n", store.ntrees - 1));
-  group_last_tree(text_of("Combination_%s_%i_sectors", job.name.c_str(), parts));
-}
-
 }  // namespace
 
 int exclusive_parts(int count, bool loose, int tree) {
@@ -298,21 +219,6 @@ void make_sector_job(const sector_request& wanted, job_request& request) {
                  static_cast<int>(wanted.trees.size())));
   else
     report_line("Sending sectors");
-}
-
-void place_sector_results(const job_record& job,
-                          const std::vector<std::vector<tree_node>>& found_by_task) {
-  if (job.sectors.empty() || job.sectors[0].tree.size() != at(store.nnodes)) return;
-  if (job.kind == job_kind::exclusive_sectors && !job.partial)
-    return combine_exclusive(job, found_by_task);
-  for (std::size_t i = 0; i < job.sectors.size(); ++i) {
-    const sector_place& place = job.sectors[i];
-    if (!is_usable(place, found_by_task[i])) continue;
-    std::vector<int> ancestors = ancestors_of(place.tree);
-    put_in(place, found_by_task[i], ancestors);
-    if (store_if_no_worse(ancestors, job.score_at_start))
-      group_last_tree(text_of("TreeSector_%i_%s", static_cast<int>(i), job.name.c_str()));
-  }
 }
 
 }  // namespace zeb

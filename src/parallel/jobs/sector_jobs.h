@@ -15,9 +15,4 @@ void make_sector_job(const sector_request& wanted, job_request& request);
 /// How many exclusive sectors there would be: the tasks to ask for.
 int exclusive_parts(int count, bool loose, int tree);
 
-/// Puts the trees that came from the tasks of a sector job (empty: none came) into whole trees,
-/// which are added to those in memory.
-void place_sector_results(const job_record& job,
-                          const std::vector<std::vector<tree_node>>& found_by_task);
-
 }  // namespace zeb

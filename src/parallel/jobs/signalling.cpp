@@ -88,6 +88,18 @@ void send_tag(bool back) {
 
 }  // namespace
 
+void steer_jobs(steering_wish wish) {
+  for (const int slot : jobs_in_order()) {
+    job_record& job = job_at(slot);
+    if (wish == steering_wish::stop) {
+      send_signal(job, signal_stop);
+    } else {
+      job.paused = wish == steering_wish::pause;
+      send_signal(job, job.paused ? signal_pause : signal_resume);
+    }
+  }
+}
+
 void stop_keyword() {
   int code = read_stop_options();
   const chosen_tasks chosen = read_jobs_or_tasks();

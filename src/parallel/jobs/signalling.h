@@ -1,7 +1,12 @@
 // Keywords of `pzeb` that steer jobs by signals. Each reads its own arguments, up to and over ";".
 #pragma once
 
+#include "language/hooks.h"
+
 namespace zeb {
+
+/// What the files that steer a background run ask for happens to all jobs.
+void steer_jobs(steering_wish wish);
 
 void stop_keyword();
 void kill_keyword();

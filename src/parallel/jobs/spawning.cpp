@@ -12,7 +12,9 @@
 #include "base/process.h"
 #include "base/random.h"
 #include "console/output.h"
+#include "macro/macro_state.h"
 #include "matrix/matrix.h"
+#include "parallel/hosts/host_groups.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/session_text.h"
 #include "parallel/tasks/task_state.h"
@@ -23,11 +25,6 @@
 namespace zeb {
 namespace {
 
-struct spawn_state {
-  bool succeeded = true;
-};
-spawn_state last_spawn;
-
 constexpr double megabyte = 1'000'000;
 
 /// A number from 1 to the largest seed.
@@ -35,8 +32,12 @@ int drawn_seed() { return std::max(draw(), 1); }
 
 /// Each host gets the quotient, and the first ones one more each for the remainder.
 std::vector<host_share> shares_of(const job_request& request) {
-  if (request.hosts.empty()) return {{-1, request.tasks}};
   std::vector<host_share> shares = request.hosts;
+  if (shares.empty()) {
+    // The libraries of the others place tasks by themselves.
+    if (parallel.mode != back_end::pvm) return {{-1, request.tasks}};
+    for (const int host : usual_hosts()) shares.push_back({host, 0});
+  }
   const bool told =
       std::all_of(shares.begin(), shares.end(), [](const host_share& s) { return s.tasks > 0; });
   if (told) return shares;
@@ -52,7 +53,7 @@ std::vector<task_record> start_tasks(const job_request& request) {
   for (const host_share& share : shares_of(request)) {
     if (share.tasks == 0) continue;
     const std::vector<task_id> ids = link.spawn({.count = share.tasks,
-                                                 .host = share.host,
+                                                 .host_id = id_of_host(share.host),
                                                  .argument = task_argument(),
                                                  .keep_errors = parallel.catch_output});
     for (const task_id id : ids) {
@@ -66,8 +67,9 @@ std::vector<task_record> start_tasks(const job_request& request) {
 }
 
 void tell_missing_tasks(const job_request& request, std::size_t started) {
-  last_spawn.succeeded = started == at(request.tasks);
-  if (last_spawn.succeeded) return;
+  const bool all = started == at(request.tasks);
+  set_exit_status(all ? 1 : 0);
+  if (all) return;
   const std::string why = connection().fault();
   if (started == 0)
     error_end(
@@ -103,14 +105,13 @@ void send(task_record& to, int tag, const packet_writer& message) {
 
 }  // namespace
 
-bool last_spawn_succeeded() { return last_spawn.succeeded; }
-
 task_orders orders_of_session() {
   task_orders orders;
   orders.communication_time = parallel.communication_time;
   orders.raw_encoding = parallel.raw_encoding;
   orders.host = name_of_this_machine();
   orders.process = getpid();
+  orders.hosts = hosts_to_send();
   orders.taxa = matrix.ntax;
   orders.characters = matrix.nchar;
   orders.cell_bytes = matrix.cell_bytes;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "parallel/jobs/host_lists.h"
+#include "parallel/hosts/host_lists.h"
 #include "parallel/jobs/job_table.h"
 #include "parallel/jobs/tree_selections.h"
 
@@ -29,7 +29,8 @@ struct job_request {
   std::string instructions;
 };
 
-/// Starts the job and tells so. Returns its slot. Errors: no task could be started.
+/// Starts the job and tells so, also in `exstatus`. Returns its slot. Errors: no task could be
+/// started.
 int spawn_job(job_request request);
 
 /// Orders for a job of whole data.
@@ -41,8 +42,5 @@ task_packet packet_of_task(int number, const std::vector<int>& trees, bool with_
 std::vector<std::vector<int>> trees_for(const job_request& request, int tasks, bool again);
 /// Orders to these tasks for swapping one tree.
 swap_orders swap_orders_for(swap_orders::way how, const std::vector<int>& tasks);
-
-/// 1 if all tasks of the last spawn started.
-bool last_spawn_succeeded();
 
 }  // namespace zeb

@@ -1,6 +1,7 @@
 #include "parallel/messages/contents.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zeb {
 namespace {
@@ -38,6 +39,32 @@ swap_orders swap_orders::taken_from(packet_reader& from) {
   return o;
 }
 
+void host_table::put_into(packet_writer& to) const {
+  put_texts(to, names);
+  to.put(sender);
+  to.put(static_cast<std::int32_t>(groups.size()));
+  for (const host_group_text& group : groups) {
+    to.put(group.number);
+    to.put_text(group.name);
+    to.put_list(group.hosts);
+  }
+}
+
+host_table host_table::taken_from(packet_reader& from) {
+  constexpr std::int32_t most_groups = 1 << 10;
+  host_table table;
+  table.names = take_texts(from);
+  table.sender = from.whole();
+  for (std::int32_t left = from.whole_within(0, most_groups); left > 0; --left) {
+    host_group_text group;
+    group.number = from.whole();
+    group.name = from.text();
+    group.hosts = from.list();
+    table.groups.push_back(std::move(group));
+  }
+  return table;
+}
+
 packet_writer task_orders::packed() const {
   packet_writer to;
   to.put(is_sector);
@@ -57,6 +84,7 @@ packet_writer task_orders::packed() const {
   to.put_text(settings);
   to.put_list(tasks);
   swap.put_into(to);
+  hosts.put_into(to);
   to.put(end_mark);
   return to;
 }
@@ -81,6 +109,7 @@ task_orders task_orders::unpacked(packet_reader from) {
   o.settings = from.text();
   o.tasks = from.list();
   o.swap = swap_orders::taken_from(from);
+  o.hosts = host_table::taken_from(from);
   expect_end_of(from);
   return o;
 }
@@ -176,6 +205,7 @@ packet_writer task_result::packed() const {
   to.put(with_value);
   if (with_value) to.put_real(value);
   to.put(failed);
+  to.put(static_cast<std::int32_t>(polytree));
   load.put_into(to);
   put_texts(to, text);
   to.put(end_mark);
@@ -191,6 +221,7 @@ task_result task_result::unpacked(packet_reader from) {
   r.with_value = from.whole_within(0, 1) != 0;
   if (r.with_value) r.value = from.real();
   r.failed = from.whole_within(0, 1) != 0;
+  r.polytree = static_cast<polytree_wish>(from.whole_within(0, 2));
   r.load = tree_load::taken_from(from);
   r.text = take_texts(from);
   expect_end_of(from);

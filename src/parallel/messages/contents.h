@@ -21,6 +21,22 @@ struct swap_orders {
   static swap_orders taken_from(packet_reader& from);
 };
 
+struct host_group_text {
+  int number = 0;
+  std::string name;
+  std::vector<std::int32_t> hosts;  // indices among the names
+};
+
+/// Hosts as the sender numbers them, and their groups.
+struct host_table {
+  std::vector<std::string> names;
+  int sender = 0;  // index of its own machine
+  std::vector<host_group_text> groups;
+
+  void put_into(packet_writer& to) const;
+  static host_table taken_from(packet_reader& from);
+};
+
 /// The data set and what is to be done with it: the same for all tasks of a job.
 struct task_orders {
   bool is_sector = false;   // the data are a sector of a larger tree:
@@ -40,6 +56,7 @@ struct task_orders {
   std::string settings;             // commands that set all that differs from the defaults
   std::vector<std::int32_t> tasks;  // ids of all tasks of the job
   swap_orders swap;
+  host_table hosts;
 
   packet_writer packed() const;
   static task_orders unpacked(packet_reader from);
@@ -87,6 +104,9 @@ struct task_status {
   static task_status unpacked(packet_reader from);
 };
 
+/// `polytree`, `nopolytree`: are trees of exclusive sectors polytomous outside of the sector?
+enum class polytree_wish : std::int32_t { unsaid, yes, no };
+
 /// What a task found. `with_...`: it sends that.
 struct task_result {
   int taxa = 0;
@@ -96,6 +116,7 @@ struct task_result {
   bool with_value = false;
   double value = 0;
   bool failed = false;
+  polytree_wish polytree = polytree_wish::unsaid;
   tree_load load;
   std::vector<std::string> text;
 

@@ -1,6 +1,8 @@
 // Tasks over MPI. A module of its own, loaded when it is needed, so that the program starts without
 // the library. It calls nothing of the program.
 #include <mpi.h>
+#include <setjmp.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -35,6 +37,43 @@ void prepare_environment() {
   }
 }
 
+/// The library waits for ever for a task that dies while it joins the others.
+class spawn_limit {
+ public:
+  explicit spawn_limit(int tasks) {
+    struct sigaction action = {};
+    action.sa_handler = [](int) { siglongjmp(way_out, 1); };
+    sigaction(SIGALRM, &action, &former_);
+    alarm(static_cast<unsigned>(seconds(tasks)));
+  }
+  ~spawn_limit() {
+    alarm(0);
+    sigaction(SIGALRM, &former_, nullptr);
+  }
+  spawn_limit(const spawn_limit&) = delete;
+  spawn_limit& operator=(const spawn_limit&) = delete;
+
+  static int seconds(int tasks) {
+    constexpr int usual = 60;
+    const char* const told = std::getenv("ZEB_JOIN_SECONDS");
+    return std::max(told ? std::atoi(told) : usual + tasks, 1);
+  }
+  static inline sigjmp_buf way_out;
+
+ private:
+  struct sigaction former_ = {};
+};
+
+/// False: they didn't join in time, and the library can't be used any more. It is written in C, so
+/// that nothing is lost by leaving it in its midst.
+bool join_in_time(const char* program, char** arguments, int count, MPI_Info info,
+                  MPI_Comm* channel, int* codes, int* result) {
+  const spawn_limit limit(count);
+  if (sigsetjmp(spawn_limit::way_out, 1) != 0) return false;
+  *result = MPI_Comm_spawn(program, arguments, count, info, 0, MPI_COMM_SELF, channel, codes);
+  return true;
+}
+
 std::string path_of_program() {
   std::array<char, PATH_MAX> path{};
   const ssize_t length = readlink("/proc/self/exe", path.data(), path.size() - 1);
@@ -66,6 +105,7 @@ class mpi_transport : public transport {
   std::optional<arrived_message> receive_on(MPI_Comm channel, task_id first, int rank, int tag);
 
   bool started_ = false;
+  bool broken_ = false;  // the library was left in the midst of a call
   MPI_Comm parent_ = MPI_COMM_NULL;
   std::vector<MPI_Comm> jobs_;  // MPI_COMM_NULL: forgotten
   std::string host_file_;       // empty: there is none
@@ -75,6 +115,7 @@ class mpi_transport : public transport {
 
 bool mpi_transport::enter(bool as_task) {
   prepare_environment();
+  if (broken_) return false;
   if (!started_) {
     int provided = 0;
     if (MPI_Init_thread(nullptr, nullptr, MPI_THREAD_SINGLE, &provided) != MPI_SUCCESS) {
@@ -120,7 +161,7 @@ std::vector<host_record> mpi_transport::hosts() {
 std::vector<task_id> mpi_transport::spawn(const spawn_request& request) {
   MPI_Info info = MPI_INFO_NULL;
   MPI_Info_create(&info);
-  if (!host_file_.empty() && request.host != 0) {
+  if (!host_file_.empty() && request.host_id != 0) {
     MPI_Info_set(info, "add-hostfile", host_file_.c_str());
     MPI_Info_set(info, "map_by", "node");
   }
@@ -128,8 +169,16 @@ std::vector<task_id> mpi_transport::spawn(const spawn_request& request) {
   std::array<char*, 2> arguments = {argument.data(), nullptr};
   std::vector<int> codes(static_cast<std::size_t>(request.count), MPI_SUCCESS);
   MPI_Comm channel = MPI_COMM_NULL;
-  const int result = MPI_Comm_spawn(path_of_program().c_str(), arguments.data(), request.count,
-                                    info, 0, MPI_COMM_SELF, &channel, codes.data());
+  const std::string program = path_of_program();
+  int result = MPI_SUCCESS;
+  if (broken_ || !join_in_time(program.c_str(), arguments.data(), request.count, info, &channel,
+                               codes.data(), &result)) {
+    broken_ = true;
+    fault_ = "tasks didn't join the others within " +
+             std::to_string(spawn_limit::seconds(request.count)) +
+             " seconds; MPI can't be used any more by this process";
+    return {};
+  }
   MPI_Info_free(&info);
   if (result != MPI_SUCCESS || channel == MPI_COMM_NULL) {
     std::array<char, MPI_MAX_ERROR_STRING> text{};
@@ -161,7 +210,7 @@ mpi_transport::address mpi_transport::address_of(task_id task) const {
 bool mpi_transport::send(task_id to, int tag, std::span<const std::byte> body) {
   constexpr int looks_between_tests = 500;
   const address where = address_of(to);
-  if (where.channel == MPI_COMM_NULL || body.size() > INT_MAX) return false;
+  if (broken_ || where.channel == MPI_COMM_NULL || body.size() > INT_MAX) return false;
   MPI_Request request = MPI_REQUEST_NULL;
   if (MPI_Isend(body.data(), static_cast<int>(body.size()), MPI_BYTE, where.rank, tag,
                 where.channel, &request) != MPI_SUCCESS)
@@ -181,7 +230,7 @@ bool mpi_transport::send(task_id to, int tag, std::span<const std::byte> body) {
 
 std::optional<arrived_message> mpi_transport::receive_on(MPI_Comm channel, task_id first, int rank,
                                                          int tag) {
-  if (channel == MPI_COMM_NULL) return std::nullopt;
+  if (broken_ || channel == MPI_COMM_NULL) return std::nullopt;
   int there = 0;
   MPI_Status status;
   if (MPI_Iprobe(rank < 0 ? MPI_ANY_SOURCE : rank, tag == any_tag ? MPI_ANY_TAG : tag, channel,
@@ -213,7 +262,9 @@ std::optional<arrived_message> mpi_transport::receive(task_id from, int tag) {
   return receive_on(MPI_COMM_WORLD, 0, -1, tag);
 }
 
-bool mpi_transport::is_alive(task_id task) { return address_of(task).channel != MPI_COMM_NULL; }
+bool mpi_transport::is_alive(task_id task) {
+  return !broken_ && address_of(task).channel != MPI_COMM_NULL;
+}
 
 /// The channel stays open: to close it would wait for the dead.
 void mpi_transport::forget(std::span<const task_id> tasks) {

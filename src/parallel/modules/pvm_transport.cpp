@@ -81,8 +81,8 @@ std::vector<task_id> pvm_transport::spawn(const spawn_request& request) {
   std::array<char*, 2> arguments = {argument.data(), nullptr};
   std::string program = path_of_program();
   std::string where;
-  const auto host = static_cast<std::size_t>(request.host);
-  if (request.host >= 0 && host < hosts_.size()) where = hosts_[host].name;
+  for (const host_record& host : hosts_)
+    if (host.id == request.host_id) where = host.name;
   std::vector<int> tids(static_cast<std::size_t>(request.count), -1);
   if (request.keep_errors) pvm_catchout(stderr);
   const int started =

@@ -1,5 +1,7 @@
 #include "parallel/tasks/disk_data.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 
 #include "base/input_file.h"
@@ -31,7 +33,9 @@ std::string data_of_disk(const task_orders& orders) {
   input_file file;
   std::string problem;
   std::string data;
-  if (!file.open_own(folder + disk_data_file)) {
+  if (!orders.directory.empty() && access(orders.directory.c_str(), X_OK) != 0) {
+    problem = "changing dir";
+  } else if (!file.open_own(folder + disk_data_file)) {
     problem = "opening file";
   } else {
     problem = problem_of(file, orders);

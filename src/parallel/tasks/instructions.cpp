@@ -66,6 +66,7 @@ void read_return() {
   constexpr std::string_view words[] = {"trees",   "text",   "value",   "tgroups",   "polytree",
                                         "notrees", "notext", "novalue", "notgroups", "nopolytree"};
   constexpr int kinds = 5;
+  constexpr int polytree_word = 4;
   return_options wanted;
   bool any = false;
   while (skip_blanks_peek() != ';') {
@@ -75,8 +76,10 @@ void read_return() {
     }
     const int found = find_keyword(token(), words);
     const bool on = found < kinds;
-    if (found >= 0 && !any) wanted.trees = false;
-    any = any || found >= 0;
+    // What is asked for takes the place of the default; what isn't wanted, or how, leaves it.
+    const bool asks = found >= 0 && on && found != polytree_word;
+    if (asks && !any) wanted.trees = false;
+    any = any || asks;
     switch (found % kinds) {
       case 0:
         wanted.trees = on;
@@ -92,7 +95,7 @@ void read_return() {
         wanted.groups = on;
         break;
       case 4:
-        wanted.polytree = on;
+        wanted.polytree = on ? polytree_wish::yes : polytree_wish::no;
         break;
       default:
         emit("Unrecognized keyword in return command: ", token(), " (ignored)\n");

@@ -93,7 +93,7 @@ void send_trees() {
 
 /// What goes on is to end, and the rest of the instructions is void.
 bool stop_everything() {
-  task.no_loops = task.no_waits = true;
+  task.no_loops = task.no_waits = task.returning = true;
   return true;
 }
 
@@ -119,6 +119,8 @@ bool obey(int code, packet_reader& from) {
   switch (code) {
     case signal_stop:
       task.paused = false;
+      // A monitor is left, and the instructions go on; anything else is broken off for good.
+      if (!task.waiting) task.returning = true;
       return true;
     case signal_kill:
       end_process(0);

@@ -59,13 +59,14 @@ task_result result_of_task() {
   const return_options& wanted = task.to_return;
   task_result result;
   result.taxa = matrix.ntax;
-  result.with_trees = wanted.trees;
+  result.with_trees = wanted.trees || task.is_sector;
   result.with_text = wanted.text;
   result.with_groups = wanted.groups;
   result.with_value = wanted.value_given;
   result.value = wanted.value;
   result.failed = task.failed;
-  if (wanted.trees && matrix.present) result.load = trees_in_memory(wanted.groups);
+  result.polytree = wanted.polytree;
+  if (result.with_trees && matrix.present) result.load = trees_in_memory(wanted.groups);
   if (wanted.text)
     for (std::size_t i = 0; i < display_buffer.lines(); ++i)
       result.text.push_back(display_buffer.line(i));

@@ -10,6 +10,7 @@
 #include "matrix/matrix.h"
 #include "trees/constraints/constraint_text.h"
 #include "trees/constraints/constraints.h"
+#include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"
 
 namespace zeb {
@@ -31,6 +32,14 @@ std::string macro_settings() {
   return text + "macro =;\n";
 }
 
+/// Read as a tree, which then goes again.
+std::string tags_as_commands() {
+  if (!tags.tags_present) return {};
+  std::string text;
+  for (const std::string& line : readable_tags()) text += line + "\n";
+  return text + "keep 0;\n";
+}
+
 }  // namespace
 
 std::string data_as_commands() {
@@ -38,6 +47,7 @@ std::string data_as_commands() {
   if (matrix.defined_taxon_groups != 0) text += output_of_command("agroup *;");
   if (matrix.defined_character_groups != 0) text += output_of_command("xgroup *;");
   if (matrix.use_taxon_names) text += "taxname =;\n";
+  text += tags_as_commands();
   if (matrix.use_char_names) text += "cnames =;\n";
   return text;
 }

@@ -25,6 +25,7 @@
 #include "language/options.h"
 #include "macro/macro_values.h"
 #include "matrix/matrix.h"
+#include "parallel/hosts/host_groups.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/disk_data.h"
@@ -78,9 +79,11 @@ void prepare(const task_orders& orders) {
   parallel.raw_encoding = orders.raw_encoding;
   task.siblings = orders.tasks;
   task.parent_process = orders.host == name_of_this_machine() ? orders.process : 0;
+  task.is_sector = orders.is_sector;
   task.score_offset = orders.score_offset;
   task.instructions = orders.instructions;
   task.swap = orders.swap;
+  take_hosts_of_parent(orders.hosts);
   const jump_context around;
   try {
     create_arena(std::max<std::size_t>(orders.ram, arena.size));
@@ -131,7 +134,7 @@ void follow_instructions() {
     if (!skip_to_wanted_tag()) break;
     run_one_round();
     run_sets_of_parent();
-    if (obey_parent() || task.failed) break;
+    if (obey_parent() || task.failed || task.returning) break;
   }
   if (process.ended_by != 0) end_process(status_of_orphan);
   if (!task.at_return) run_last_return();
@@ -163,8 +166,10 @@ void wait_at_return() {
 }
 
 void take_new_instructions() {
+  emit("\nStarting to parse new set of instructions...\n");
   task.again = false;
   task.failed = task.dismissed = task.result_sent = task.no_loops = task.no_waits = false;
+  task.returning = false;
   const arrived_message orders = wait_for(tag_data);
   const arrived_message packet = wait_for(tag_packet);
   packet_reader from(orders.body);

@@ -19,7 +19,7 @@ struct return_options {
   bool groups = false;
   bool value_given = false;
   double value = 0;
-  bool polytree = false;
+  polytree_wish polytree = polytree_wish::unsaid;
 };
 
 /// Of this process where it is a task; written in tasks/ only.
@@ -31,6 +31,7 @@ struct task_state {
   std::vector<std::int32_t> siblings;  // ids of all tasks of the job
   std::string instructions;
   int parent_process = 0;   // of the parent on this machine; 0 elsewhere
+  bool is_sector = false;   // its data are a sector of a larger tree
   double score_offset = 0;  // what the whole tree has more than a sector
 
   int tag = 0;          // set by `tagset`; also outside of tasks
@@ -40,6 +41,8 @@ struct task_state {
 
   bool monitored = false;  // sends its status again and again
   bool paused = false;
+  bool waiting = false;    // monitors jobs of its own
+  bool returning = false;  // the rest of the instructions is void
   bool at_return = false;  // the instructions are over
   bool failed = false;     // one of them couldn't be carried out
   bool dismissed = false;  // the parent waits for the result
@@ -63,6 +66,8 @@ extern task_state task;
 void set_task_tag(int tag);
 /// What the parent shows as the task's command; empty: what runs.
 void show_command_as(const std::string& text);
+/// The task monitors jobs of its own, or doesn't any more.
+void note_waiting(bool on);
 /// A command of the instructions failed.
 void note_failed_task();
 

@@ -65,8 +65,7 @@ int store_trees(const tree_load& load, bool may_grow, int* first) {
     if (load.trees[i].size() == at(store.nnodes) &&
         check_tree_record(load.trees[i], matrix.ntax).empty())
       fit.push_back(i);
-  const std::size_t room = at(store.maxtrees - store.ntrees);
-  if (may_grow && fit.size() > room) make_room_for_trees(fit.size() - room);
+  if (may_grow && store.vault.maxtrees == 0) make_room_for_trees(fit.size());
   int stored = 0;
   for (const std::size_t i : fit) {
     if (store.ntrees >= store.maxtrees) break;

@@ -3,11 +3,13 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <string>
 
 #include "base/errors.h"
+#include "base/indices.h"
 #include "base/message_text.h"
 #include "base/process.h"
 #include "base/safe_mode.h"
@@ -21,6 +23,8 @@ namespace {
 struct connection_state {
   std::unique_ptr<transport> in_use;
   std::vector<host_record> hosts;
+  int own_host = 0;
+  int parent_host = 0;
   bool entered = false;
   bool (*is_there)(task_id) = nullptr;
 };
@@ -78,8 +82,13 @@ std::unique_ptr<transport> make_transport(back_end which, std::string* fault) {
 
 void take_hosts() {
   state.hosts = state.in_use->hosts();
-  // In a task its own machine is number 1, after that of its parent.
-  if (process.slave && state.hosts.size() > 1) std::swap(state.hosts[0], state.hosts[1]);
+  state.own_host = state.parent_host = 0;
+}
+
+int host_named(std::string_view name) {
+  for (std::size_t i = 0; i < state.hosts.size(); ++i)
+    if (state.hosts[i].name == name) return static_cast<int>(i);
+  return 0;
 }
 
 }  // namespace
@@ -149,6 +158,25 @@ void drop_connection() {
 }
 
 const std::vector<host_record>& hosts_in_use() { return state.hosts; }
+
+int id_of_host(int host) { return host < 0 ? -1 : state.hosts[at(host)].id; }
+int own_host() { return state.own_host; }
+int parent_host() { return state.parent_host; }
+
+void order_hosts(std::span<const std::string> names, int parent) {
+  if (state.hosts.empty()) return;
+  const std::string own = state.hosts[at(state.own_host)].name;
+  const auto place_of = [names](const host_record& host) {
+    return std::ranges::find(names, host.name) - names.begin();
+  };
+  std::ranges::stable_sort(state.hosts, {}, place_of);
+  state.own_host = host_named(own);
+  if (state.own_host > 1) {
+    std::swap(state.hosts[1], state.hosts[at(state.own_host)]);
+    state.own_host = 1;
+  }
+  if (parent >= 0 && at(parent) < names.size()) state.parent_host = host_named(names[at(parent)]);
+}
 
 std::string name_of_this_machine() {
   std::array<char, 256> name{};

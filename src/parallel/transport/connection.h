@@ -2,6 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <span>
+#include <string>
+#include <vector>
 
 #include "parallel/transport/transport.h"
 
@@ -22,8 +25,15 @@ void leave_parallel_mode();
 /// The same, so that another one can be taken.
 void drop_connection();
 
-/// The hosts, the machine of this process first; in a task its own machine has the number 1.
+/// The hosts, that of the master first; in a task on another one, its own has the number 1.
 const std::vector<host_record>& hosts_in_use();
+/// For transports; -1 for host -1.
+int id_of_host(int host);
+int own_host();
+/// Of the process that started this one; of this one where nobody did.
+int parent_host();
+/// A task numbers its hosts as its parent does, which is on host `parent` of these names.
+void order_hosts(std::span<const std::string> names, int parent);
 
 /// As its own network calls it.
 std::string name_of_this_machine();

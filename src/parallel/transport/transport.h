@@ -33,7 +33,7 @@ struct arrived_message {
 
 struct spawn_request {
   int count = 1;
-  int host = -1;              // index of the host; -1 wherever the transport likes
+  int host_id = -1;           // of its host record; -1 wherever the transport likes
   const char* argument = "";  // the first argument of the processes
   bool keep_errors = false;   // what they write to the standard error is to be shown
 };
