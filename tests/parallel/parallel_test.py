@@ -91,6 +91,8 @@ def results_come_back():
     expect("pzeb begin a 2 = mult=replications 1; return; pzeb wait;"
            "pzeb again a 1 /deltrees = quote once more; return text; pzeb wait; pzeb get;",
            r"new set of instructions.*once more", r"Got results")
+    expect("hold 20; randtrees 15; pzeb begin a 2 = randtrees 3; return; pzeb wait; pzeb get; quote there are;",
+           r"Got results from a \(2 slave tasks\)\s+(?!.*were lost)")
     settings = "piwe=4; ccode ] 3 5 /3 8; outgroup 2; taxcode - 7; collapse 3; subopt 1;"
     for what in ("length 0", "length", "ccode", "outgroup"):
         own = run(f"{settings} tread (0 1 (2 (3 (4 (5 (6 (8 (9 (10 (11 (12 (13 (14 (15 (16 17)))))))))))))))); {what};")
@@ -115,6 +117,25 @@ def tasks_are_steered():
            r"Got results from b \(2.*Got results from b \(2.*Got results from a \(2", BEST)
     expect("mult=replications 1 hold 1; pzeb begin s 3 /sector *3 0 = bbreak; return; pzeb wait; pzeb get; length;",
            r"Combined results from sectors in tree 1", r"0 \| 12\d 12\d")
+    if options.mode == "pvm":
+        expect("macro=; pzeb hgroup =3 (own) myself; set 0 isinhgroup[3 0]; quote host is '0' $hgroup 3;"
+               "pzeb begin a 2 {own} = mult=replications 100000; return; pzeb hpause {own}; pzeb wait [2];"
+               "pzeb hresume 0; pzeb begin b 1 0(2) = macro=; set 0 isinhgroup[3 0]; return value (50 + '\"0\"');"
+               "pzeb stop a; pzeb wait; pzeb get b; pzeb get a;",
+               r"host is 1 own", r"paused all tasks in 1 host\(s\)", r"resumed all tasks in 1 host\(s\)",
+               r"reset to the sum \(2\)", r"Task 1 returned 51", r"Got results from a \(2")
+    else:
+        expect("pzeb hgroup;", r"this command is not available in")
+    expect("mult=wagner replications 1 hold 1; pzeb begin s /sector *3 0 [1] = mult; return; pzeb wait; pzeb get; tgroup;"
+           "pzeb begin t /sector *3 0 [1] = mult; return nopolytree; pzeb wait; pzeb get; tgroup;",
+           r"\(TreeSector_0_s\): 1 2\b.*\(TreeSector_0_t\): 3\s")
+    expect("macro=; set 0 1; pzeb begin a 1 = macro=; set 0 5; quote of master '0' of task \"0\"; return text; pzeb gwait;"
+           "", r"of master 1 of task 5")
+    expect("pzeb begin a 1 = mult=replications 100000; quote not reached; return text; pzeb wait [2]; pzeb stop; pzeb wait; pzeb get;",
+           r"TEXT-BUFFER FROM TASK 0:(?!.*not reached)")
+    expect("pzeb begin a 1 = macro=; loop 1 100 mult=replications 1000; stop loop 1 2 quote not run; stop quote the end; return text;"
+           "pzeb wait [2]; pzeb stop [loops searches]; pzeb wait; pzeb get;",
+           r"TEXT-BUFFER FROM TASK 0:(?!.*not run).*the end")
     expect("pzeb begin 2x 1 = return;", r"cannot name parallel jobs starting with a digit")
     expect("pzeb begin x 2000 = return;", r"cannot spawn more than 1000 together")
     expect("pzeb wait;", r"no parallel job is running")
