@@ -268,6 +268,9 @@ void get_keyword() {
   const std::vector<int> slots = read_jobs();
   expect_end();
   if (parallel.mode != back_end::pvm && slots.size() > 1) {
+    // All of them stop while the first one is waited for.
+    for (const int slot : slots)
+      if (stop_first) send_signal(job_at(slot), signal_stop);
     for (const int slot : slots) collect_jobs({slot}, stop_first);
     return;
   }
