@@ -163,7 +163,7 @@ void draw_bremer_differences(const bremer_differences& found, const std::string&
   for (std::size_t v = 0; v < texts.size(); ++v) {
     if (std::isnan(found.usual[v])) continue;
     const figure_color color = texts[v].empty() ? ambiguous_color : changed_group;
-    texts[v] = color.as_tag() + text_of("%.0f", found.usual[v]) +
+    texts[v] = color.as_tag() + text_of("/%.0f", found.usual[v]) +
                (texts[v].empty() ? "" : ": " + texts[v]);
   }
   svg_options options;
