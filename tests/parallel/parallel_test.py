@@ -120,7 +120,7 @@ def tasks_are_steered():
     if options.mode == "pvm":
         expect("macro=; pzeb hgroup =3 (own) myself; set 0 isinhgroup[3 0]; quote host is '0' $hgroup 3;"
                "pzeb begin a 2 {own} = mult=replications 100000; return; pzeb hpause {own}; pzeb wait [2];"
-               "pzeb hresume 0; pzeb begin b 1 0(2) = macro=; set 0 isinhgroup[3 0]; return value (50 + '\"0\"');"
+               "pzeb hresume 0; pzeb begin b 1 0(2) = macro=; set 0 isinhgroup[3 0]; return value (50 + \"0\");"
                "pzeb stop a; pzeb wait; pzeb get b; pzeb get a;",
                r"host is 1 own", r"paused all tasks in 1 host\(s\)", r"resumed all tasks in 1 host\(s\)",
                r"reset to the sum \(2\)", r"Task 1 returned 51", r"Got results from a \(2")
