@@ -7,6 +7,7 @@
 #include "search/landmarks/landmark_workers.h"
 #include "search/moves/move_store.h"
 #include "search/moves/swap_run.h"
+#include "search/search_report.h"
 
 namespace zeb {
 namespace {
@@ -118,6 +119,7 @@ void landmark_swap::judge() {
                            [](const candidate& one) { return one.others + one.landmarks; });
   std::vector<candidate> judged;
   for (candidate& one : candidates_) {
+    poll_search(run_.context);  // a clip may have thousands of them, each of which is optimised
     if (interrupted()) break;
     if (!is_near(one, one.landmarks, allowed) || !check(one)) continue;
     if (run_.trees_wanted) {
