@@ -1,5 +1,7 @@
 #include "trees/drawing/svg_tree.h"
 
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -20,7 +22,8 @@ using namespace zeb;
 std::string drawn(const std::vector<std::int32_t>& tree, int ntax,
                   const std::vector<std::string>& labels, const std::vector<std::string>& texts,
                   const svg_options& options, const std::string& title) {
-  const std::string name = ::testing::TempDir() + "zeb_svg_tree_test.svg";
+  const std::string name =
+      ::testing::TempDir() + "zeb_svg_tree_test_" + std::to_string(getpid()) + ".svg";
   open_svg_file(name, title);
   draw_svg_tree(tree, ntax, 0, false, labels, texts, options);
   close_svg_file();
