@@ -76,6 +76,21 @@ void show_search_settings() {
   if (!set.quick_wagner) emit("Wagner trees recalculate each point\n");
 }
 
+/// The labels of the landmarks listed of the `k`th configuration listed; `add_cells` is called for
+/// each, with its place in the data.
+template <class adder>
+std::vector<std::string> rows_of_landmarks(const landmark_lists& lists, const landmark_points& data,
+                                           std::size_t k, adder add_cells) {
+  std::vector<std::string> rows;
+  for (int i = data.configurations[k].first; i < data.configurations[k].end; ++i) {
+    const int landmark = data.points[at(i)].landmark;
+    if (!lists.landmarks[at(landmark)]) continue;
+    rows.push_back(landmark_label(lists.configurations[k], landmark));
+    add_cells(i);
+  }
+  return rows;
+}
+
 }  // namespace
 
 std::string landmark_label(int number, int landmark) {
@@ -113,15 +128,12 @@ void list_landmarks(const landmark_lists& lists) {
   for (std::size_t k = 0; k < data.configurations.size(); ++k) {
     const int number = lists.configurations[k];
     const landmark_configuration& one = configuration(number);
-    std::vector<std::string> rows;
     std::vector<std::string> cells;
-    for (int i = data.configurations[k].first; i < data.configurations[k].end; ++i) {
+    const std::vector<std::string> rows = rows_of_landmarks(lists, data, k, [&](int i) {
       const point_record& p = data.points[at(i)];
-      if (!lists.landmarks[at(p.landmark)]) continue;
-      rows.push_back(landmark_label(number, p.landmark));
       cells.push_back(std::to_string(p.counted.size()));
       for (const double value : {p.span, p.factor, p.weight}) cells.push_back(number_text(value));
-    }
+    });
     print_rows(
         character_name(one.character) + text_of(" (%iD, in %s)", one.dimensions,
                                                 counted(taxa_with(one), "taxon", "taxa").c_str()),
@@ -134,14 +146,9 @@ void show_choices(const landmark_lists& lists, std::string_view title,
   const landmark_points data = gather_points(marks_of(lists));
   for (std::size_t k = 0; k < data.configurations.size(); ++k) {
     const int number = lists.configurations[k];
-    std::vector<std::string> rows;
     std::vector<std::string> cells;
-    for (int i = data.configurations[k].first; i < data.configurations[k].end; ++i) {
-      const point_record& p = data.points[at(i)];
-      if (!lists.landmarks[at(p.landmark)]) continue;
-      rows.push_back(landmark_label(number, p.landmark));
-      cells.push_back(number_text(value(p)));
-    }
+    const std::vector<std::string> rows = rows_of_landmarks(
+        lists, data, k, [&](int i) { cells.push_back(number_text(value(data.points[at(i)]))); });
     print_rows(character_name(configuration(number).character), rows, {std::string(title)},
                std::move(cells));
   }
@@ -154,15 +161,11 @@ void show_landmark_scores(const landmark_lists& lists) {
     scorer.optimise(stored_tree(tree));
     for (std::size_t k = 0; k < data.configurations.size(); ++k) {
       const int number = lists.configurations[k];
-      std::vector<std::string> rows;
       std::vector<std::string> cells;
-      for (int i = data.configurations[k].first; i < data.configurations[k].end; ++i) {
-        const point_record& p = data.points[at(i)];
-        if (!lists.landmarks[at(p.landmark)]) continue;
-        rows.push_back(landmark_label(number, p.landmark));
+      const std::vector<std::string> rows = rows_of_landmarks(lists, data, k, [&](int i) {
         cells.push_back(number_text(scorer.lengths()[at(i)]));
-        cells.push_back(number_text(scorer.lengths()[at(i)] * p.multiplier()));
-      }
+        cells.push_back(number_text(scorer.lengths()[at(i)] * data.points[at(i)].multiplier()));
+      });
       print_rows(text_of("Tree %i, %s, score ", tree,
                          character_name(configuration(number).character).c_str()) +
                      number_text(scorer.score_of_configuration(k)),
