@@ -104,10 +104,7 @@ void combiner::set_characters() {
     if (found_.characters.in_second[at(c)] >= 0 && target.has_numbered_states())
       target.states = found_.states[at(c)].names;
   }
-  for (data_character& c : result_.data.characters) {
-    c.settings.is_sankoff = 0;
-    c.costs = nullptr;
-  }
+  for (data_character& c : result_.data.characters) drop_costs(c);
 }
 
 // Each block keeps its characters; those of the second set alone make blocks of their own.

@@ -80,6 +80,8 @@ void tell_sections(const std::string& text) {
   tell("ccode", "ccodes");
   tell("cnames", "char. names");
   tell("&[", "blocks");
+  tell("costs", "costs");
+  tell("ancstates", "ancstates");
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "matrix/settings/continuous_scales.h"
 #include "matrix/settings/named_groups.h"
 #include "matrix/settings/taxon_settings.h"
+#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -42,7 +43,7 @@ data_character copy_of_character(int character) {
     copy.states = matrix.char_names[c].states;
   }
   copy.settings = matrix.characters[c];
-  copy.costs = copy.settings.is_sankoff ? costs_set_for(character) : nullptr;
+  copy.costs = costs_set_for(character);
   if (c < matrix.scales.size()) copy.scale = matrix.scales[c];
   return copy;
 }
@@ -97,10 +98,21 @@ void put_landmarks(const data_set& data) {
   }
 }
 
+void put_costs(int character, const data_character& from) {
+  if (from.costs) set_costs(character, from.costs);
+  if (from.settings.root_states) set_root_states(character, from.settings.root_states);
+  if (from.settings.user_min_steps >= 0 || from.settings.user_max_state >= 0)
+    set_user_steps(character, from.settings.user_min_steps, from.settings.user_max_state);
+  change_character(character, {.sankoff = from.settings.is_sankoff != 0});
+}
+
 // The settings are as they were kept by `ckeep` from now on.
 void put_settings(const data_set& data) {
+  for (int i = 0; i < static_cast<int>(data.step_matrices.size()); ++i)
+    set_step_matrix(i, data.step_matrices[at(i)]);
   for (int c = 0; c < data.nchar(); ++c) {
     const data_character& from = data.characters[at(c)];
+    put_costs(c, from);
     change_character(c, {.additive = from.settings.additive != 0,
                          .active = from.settings.active != 0,
                          .sankoff = {},
@@ -116,6 +128,27 @@ void put_settings(const data_set& data) {
     std::vector<std::uint8_t> active = data.taxon_active;
     active[at(data.outgroup)] = 1;
     set_active_taxa(active);
+  }
+}
+
+std::vector<group_copy> copy_tree_groups() {
+  std::vector<group_copy> groups;
+  for (int g = 0; g < tree_groups.limit; ++g) {
+    if (!tree_group_defined(g)) continue;
+    group_copy group{g, tree_groups.names[at(g)], {}};
+    for (int tree = 0; tree < store.ntrees; ++tree) group.members.push_back(in_tree_group(tree, g));
+    groups.push_back(std::move(group));
+  }
+  return groups;
+}
+
+void put_groups(const data_set& data) {
+  for (const group_copy& group : data.taxon_groups) put_back_taxon_group(group);
+  for (const group_copy& group : data.character_groups) put_back_character_group(group);
+  for (const group_copy& group : data.tree_groups) {
+    define_tree_group(group.number, group.name);
+    for (int tree = 0; tree < store.ntrees; ++tree)
+      set_tree_group_member(tree, group.number, group.members[at(tree)] != 0);
   }
 }
 
@@ -171,7 +204,11 @@ data_set data_in_memory(const std::string& file) {
     if (const landmark_configuration* found = configuration_of(c)) data.landmarks.push_back(*found);
   }
   data.block_names = matrix.block_names;
+  data.step_matrices = matrix.step_matrices;
   copy_cells(data);
+  data.taxon_groups = copy_taxon_groups();
+  data.character_groups = copy_character_groups();
+  data.tree_groups = copy_tree_groups();
   for (int tree = 0; tree < store.ntrees; ++tree) {
     const tree_span record = stored_tree(tree);
     data.trees.emplace_back(record.begin(), record.end());
@@ -196,6 +233,7 @@ void put_into_memory(const data_set& data) {
   finish_matrix();
   put_settings(data);
   put_trees(data);
+  put_groups(data);
 }
 
 bool are_of_one_kind(const data_set& first, int character, const data_set& second, int other) {
@@ -210,6 +248,14 @@ bool are_of_one_kind(const data_set& first, int character, const data_set& secon
 bool has_step_matrices(const data_set& data) {
   return std::ranges::any_of(data.characters,
                              [](const data_character& c) { return c.settings.is_sankoff != 0; });
+}
+
+void drop_costs(data_character& character) {
+  character.costs = nullptr;
+  character.settings.is_sankoff = 0;
+  character.settings.root_states = 0;
+  character.settings.user_min_steps = -1;
+  character.settings.user_max_state = -1;
 }
 
 void warn_of_step_matrices() {

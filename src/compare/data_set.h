@@ -9,6 +9,7 @@
 #include "base/indices.h"
 #include "matrix/landmarks.h"
 #include "matrix/matrix.h"
+#include "matrix/settings/named_groups.h"
 #include "trees/tree_record.h"
 
 namespace zeb {
@@ -49,7 +50,9 @@ struct data_set {
   std::vector<std::uint32_t> cells;               // by taxon, then by character
   std::vector<std::uint8_t> notes;                // the same: `silent_note`, `gap_note`
   std::vector<landmark_configuration> landmarks;  // in the order of the characters
-  std::vector<std::vector<tree_node>> trees;      // records of 2 * ntax - 1 nodes
+  std::vector<step_matrix> step_matrices;         // those that have names
+  std::vector<group_copy> taxon_groups, character_groups, tree_groups;
+  std::vector<std::vector<tree_node>> trees;  // records of 2 * ntax - 1 nodes
 
   int ntax() const { return static_cast<int>(taxa.size()); }
   int nchar() const { return static_cast<int>(characters.size()); }
@@ -78,7 +81,9 @@ void put_into_memory(const data_set& data);
 /// Can the two characters be the same: of one type, with as many landmarks?
 bool are_of_one_kind(const data_set& first, int character, const data_set& second, int other);
 bool has_step_matrices(const data_set& data);
-/// They aren't combined.
+/// Makes the character one without costs, root states and steps of the user's.
+void drop_costs(data_character& character);
+/// They are dropped where characters of two sets become one.
 void warn_of_step_matrices();
 
 /// "dir/Old data.zeb" as "Old_data": fit to be a part of the names of groups and files.

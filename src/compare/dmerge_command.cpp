@@ -88,7 +88,6 @@ data_set merged_landmarks(const std::vector<std::string>& files) {
 
 void merge_files(output_file& file, const std::vector<std::string>& files) {
   const std::vector<data_set> sets = read_sets(files);
-  if (std::ranges::any_of(sets, has_step_matrices)) warn_of_step_matrices();
   write_combined_file(file, merge_data(sets), tree_sections(sets), {});
 }
 

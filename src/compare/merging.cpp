@@ -11,6 +11,7 @@
 #include "compare/combined_data.h"
 #include "compare/combined_scales.h"
 #include "compare/state_numbers.h"
+#include "matrix/costs/step_matrices.h"
 
 namespace zeb {
 namespace {
@@ -65,8 +66,6 @@ void copy_set(const data_set& from, const std::vector<int>& taxa,
   for (int c = 0; c < from.nchar(); ++c) {
     data_character& target = to.characters[at(characters[at(c)])];
     target = from.characters[at(c)];
-    target.settings.is_sankoff = 0;
-    target.costs = nullptr;
     for (int t = 0; t < from.ntax(); ++t) {
       const std::size_t place = to.place(taxa[at(t)], characters[at(c)]);
       to.cells[place] = from.states(t, c);
@@ -89,6 +88,33 @@ std::string title_of(std::span<const data_set> sets) {
   return "Data from " + joined_list(files);
 }
 
+// Of two with one name the later one stays without: characters have their costs all the same.
+void add_step_matrices(const data_set& from, data_set& to) {
+  for (const step_matrix& named : from.step_matrices) {
+    if (to.step_matrices.size() == at(most_step_matrices)) return;
+    if (named.costs && std::ranges::find(to.step_matrices, named.name, &step_matrix::name) ==
+                           to.step_matrices.end())
+      to.step_matrices.push_back(named);
+  }
+}
+
+bool are_changed(const std::vector<int>& numbers) {
+  for (std::size_t s = 0; s < numbers.size(); ++s)
+    if (numbers[s] != static_cast<int>(s)) return true;
+  return false;
+}
+
+// Costs that two characters share stay. Others go: which state of the one is which of the other
+// doesn't tell what a change costs.
+void join_costs(data_character& into, const data_character& from, bool renumbered) {
+  const bool any = into.settings.is_sankoff || from.settings.is_sankoff;
+  const bool same = into.settings.is_sankoff == from.settings.is_sankoff && into.costs &&
+                    from.costs && *into.costs == *from.costs && !renumbered;
+  if (!any || same) return;
+  warn_of_step_matrices();
+  drop_costs(into);
+}
+
 // Entries of `from` join those of `into`, whose states they are renumbered to.
 void join_discrete(data_set& data, int into, int from) {
   data_character& a = data.characters[at(into)];
@@ -101,6 +127,7 @@ void join_discrete(data_set& data, int into, int from) {
   } else if (a.states.empty()) {
     a.states = b.states;
   }
+  join_costs(a, b, named && are_changed(numbers.of_second));
   if (numbers.overflow) {
     warning_f(
         "Fusing characters %i and %i results in more than 32 states\n"
@@ -156,10 +183,19 @@ void drop_characters(data_set& data, const std::vector<int>& new_numbers, int co
   data_set kept = data;
   kept.resize(data.ntax(), count);
   kept.landmarks.clear();
+  for (group_copy& group : kept.character_groups) group.members.assign(at(count), 0);
+  int block = 0;  // the former one of the character before
+  if (!kept.block_names.empty()) kept.block_names.resize(1);
   for (int c = 0; c < data.nchar(); ++c) {
     const int number = new_numbers[at(c)];
     if (number < 0) continue;
     kept.characters[at(number)] = data.characters[at(c)];
+    const int block_here = data.characters[at(c)].settings.block;
+    if (block_here != block && !kept.block_names.empty())
+      kept.block_names.push_back(data.block_names[at(block_here)]);
+    block = block_here;
+    for (std::size_t g = 0; g < kept.character_groups.size(); ++g)
+      kept.character_groups[g].members[at(number)] = data.character_groups[g].members[at(c)];
     for (int t = 0; t < data.ntax(); ++t) {
       kept.cells[kept.place(t, number)] = data.states(t, c);
       kept.notes[kept.place(t, number)] = data.notes[data.place(t, c)];
@@ -186,6 +222,7 @@ data_set merge_data(std::span<const data_set> sets) {
     for (int c = 0; c < sets[s].nchar(); ++c)
       origins[at(n.characters[s][at(c)])] = origin_of(sets[s], c);
   }
+  for (const data_set& set : sets) add_step_matrices(set, merged);
   std::ranges::sort(merged.landmarks, {}, &landmark_configuration::character);
   make_blocks(merged, origins, sets.front());
   return merged;
@@ -209,6 +246,8 @@ int merge_characters_of_one_name(data_set& data) {
         } else {
           join_discrete(data, into, c);
         }
+        for (group_copy& group : data.character_groups)
+          group.members[at(into)] |= group.members[at(c)];
         continue;
       }
     }

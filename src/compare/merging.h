@@ -14,7 +14,8 @@ data_set merge_data(std::span<const data_set> sets);
 
 /// Joins characters of the same name and type into the one of the lowest number: entries that
 /// differ become polymorphisms. Returns how many have gone. States are those of the same name where
-/// they have names, else those of the same number. Warns of states that don't fit.
+/// they have names, else those of the same number. The one that stays is in the groups of all.
+/// Warns of states that don't fit, and of costs that differ, which go.
 int merge_characters_of_one_name(data_set& data);
 
 }  // namespace zeb

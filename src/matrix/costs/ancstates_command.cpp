@@ -17,14 +17,6 @@
 namespace zeb {
 namespace {
 
-void set_root_states(int character, std::uint32_t states) {
-  character_record& record = matrix.characters[at(character)];
-  if (record.root_states == states) return;
-  drop_packed_data();
-  record.root_states = states;
-  record.needs_recheck = 1;
-}
-
 /// Those of the outgroup; any where its cell says nothing.
 std::uint32_t states_of_outgroup(int character) {
   const std::uint32_t states = cell(matrix.outgroup, character);

@@ -80,14 +80,6 @@ void check_max_state(int character, int state) {
     error_end_f("Cannot set maximum to %i (number of states is %i)", state, states);
 }
 
-void change_record(int character, std::int32_t min_steps, int max_state) {
-  character_record& record = matrix.characters[at(character)];
-  drop_packed_data();
-  record.user_min_steps = min_steps;
-  record.user_max_state = static_cast<std::int8_t>(max_state);
-  record.needs_recheck = 1;
-}
-
 /// "> N [list]": without a list, of all discrete characters that have so few states.
 void set_max_states() {
   const int state = read_max_state();
@@ -101,7 +93,7 @@ void set_max_states() {
     if (state >= 0) check_max_state(c, state);
     changed.push_back(c);
   }
-  for (const int c : changed) change_record(c, matrix.characters[at(c)].user_min_steps, state);
+  for (const int c : changed) set_user_steps(c, matrix.characters[at(c)].user_min_steps, state);
   if (!settings.report) return;
   if (state < 0)
     emit("User-defined maximum state for Sankoff characters not in effect\n");
@@ -127,7 +119,7 @@ void set_minima() {
   }
   for (int c = 0; c < matrix.nchar; ++c)
     if (wanted[at(c)] > -2)
-      change_record(c, wanted[at(c)], matrix.characters[at(c)].user_max_state);
+      set_user_steps(c, wanted[at(c)], matrix.characters[at(c)].user_max_state);
 }
 
 }  // namespace

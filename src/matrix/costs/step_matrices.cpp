@@ -57,6 +57,22 @@ void set_costs(int character, shared_costs costs) {
   record.needs_recheck = 1;
 }
 
+void set_root_states(int character, std::uint32_t states) {
+  character_record& record = matrix.characters[at(character)];
+  if (record.root_states == states) return;
+  drop_packed_data();
+  record.root_states = states;
+  record.needs_recheck = 1;
+}
+
+void set_user_steps(int character, std::int32_t min_steps, int max_state) {
+  character_record& record = matrix.characters[at(character)];
+  drop_packed_data();
+  record.user_min_steps = min_steps;
+  record.user_max_state = static_cast<std::int8_t>(max_state);
+  record.needs_recheck = 1;
+}
+
 void keep_costs() { matrix.kept_costs = matrix.costs; }
 
 void restore_kept_costs() {

@@ -27,6 +27,10 @@ shared_costs costs_set_for(int character);
 void require_states(std::span<const std::uint8_t> flags);
 /// From now on the character's changes cost this. It must have states.
 void set_costs(int character, shared_costs costs);
+/// The states that the root may have; 0 any.
+void set_root_states(int character, std::uint32_t states);
+/// What homoplasy counts from, and the highest state that exists; -1 as the cells have it.
+void set_user_steps(int character, std::int32_t min_steps, int max_state);
 /// Makes them those of `ckeep`, and back.
 void keep_costs();
 void restore_kept_costs();

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zeb {
 
@@ -15,5 +16,16 @@ std::string group_name_of(std::string_view name);
 /// its number; -1 where all groups are taken.
 int make_character_group(const std::string& name, std::span<const std::uint8_t> flags);
 int make_taxon_group(const std::string& name, std::span<const std::uint8_t> flags);
+
+/// A group apart from the data that it is of.
+struct group_copy {
+  int number = 0;
+  std::string name;
+  std::vector<std::uint8_t> members;  // a byte for each element
+};
+std::vector<group_copy> copy_taxon_groups();
+std::vector<group_copy> copy_character_groups();
+void put_back_taxon_group(const group_copy& group);
+void put_back_character_group(const group_copy& group);
 
 }  // namespace zeb
