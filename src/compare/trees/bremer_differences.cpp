@@ -145,6 +145,9 @@ void list_bremer_differences(const bremer_differences& found) {
   for (const auto& one : found.characters) {
     emit("  ", character_heading(one.character), ":");
     const char* separator = " ";
+    const bool all_round_to_none =
+        std::ranges::none_of(one.changes, [](double change) { return std::abs(change) >= 0.5; });
+    if (all_round_to_none) emit(" none");
     for (std::size_t v = 0; v < found.usual.size(); ++v) {
       if (std::isnan(one.changes[v]) || std::round(one.changes[v]) == 0) continue;
       emit(separator, text_of("node %i %.0f", static_cast<int>(v), found.usual[v]), " (",

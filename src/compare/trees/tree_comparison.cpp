@@ -16,6 +16,7 @@
 #include "mapping/apo_figure.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/matrix_writer.h"
+#include "matrix/settings/taxon_settings.h"
 #include "search/drivers/hybrid_completion.h"
 #include "trees/tree_store.h"
 
@@ -245,6 +246,7 @@ tree_comparison_result compare_trees_of_files(const compared_results& results,
     warning("Trees of the files share fewer than", fewest_taxa, "taxa and can't be compared");
     return {};
   }
+  const taxon_names_scope names_in_figures;
   return tree_comparison(results, how, cut_off).run();
 }
 

@@ -26,6 +26,12 @@ activity_scope::~activity_scope() {
   if (matrix.generation == generation_) set_active_taxa(former_);
 }
 
+taxon_names_scope::taxon_names_scope() : former_(matrix.use_taxon_names) {
+  matrix.use_taxon_names = true;
+}
+
+taxon_names_scope::~taxon_names_scope() { matrix.use_taxon_names = former_; }
+
 void set_outgroup(int taxon) {
   if (taxon == matrix.outgroup) return;
   drop_packed_data();

@@ -27,6 +27,18 @@ class activity_scope {
   int generation_;
 };
 
+/// Output shows the names of taxa for a while, whatever `taxname` says.
+class taxon_names_scope {
+ public:
+  taxon_names_scope();
+  ~taxon_names_scope();
+  taxon_names_scope(const taxon_names_scope&) = delete;
+  taxon_names_scope& operator=(const taxon_names_scope&) = delete;
+
+ private:
+  bool former_;
+};
+
 /// Makes the taxon the outgroup, on which trees are rooted.
 void set_outgroup(int taxon);
 
