@@ -16,6 +16,10 @@ void set_time_limit(unsigned seconds);
 void disarm_time_limit();
 /// All time is used up from now on.
 void expire_time_limit();
+/// The wish that all time is used up is forgotten.
+void renew_time_limit();
+/// Why searches end then: a line for the user.
+const char* end_of_time_text();
 /// Has the running command used up its time?
 bool time_is_out();
 

@@ -8,6 +8,7 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/time_limit.h"
 #include "compatibility/clique_trees.h"
 #include "compatibility/cliques.h"
 #include "compatibility/commands.h"
@@ -172,7 +173,7 @@ void kleex_command() {
   const search_running running;
   const clique_search_result found =
       heaviest_cliques(graph.compatible, weights, request.how.suboptimal, at(request.how.most));
-  if (interrupts.reason == stop_reason::time) emit("Interrupting search (time is out!)\n");
+  if (interrupts.reason == stop_reason::time) emit(end_of_time_text());
   emit(counted(static_cast<long long>(request.characters.size()), "character", "characters"), ", ",
        counted(static_cast<long long>(graph.patterns.size()), "pattern", "patterns"), "; ",
        counted(static_cast<long long>(found.cliques.size()), "set", "sets"),

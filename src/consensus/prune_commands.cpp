@@ -7,6 +7,7 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/time_limit.h"
 #include "consensus/commands.h"
 #include "consensus/conflict_consensus.h"
 #include "consensus/majority_consensus.h"
@@ -101,7 +102,7 @@ void prune(consensus_method consensus_of, const char* name) {
   const int groups = groups_of(consensus_of(request.selection), matrix.ntax);
   const std::vector<pruned_set> found =
       sets_worth_pruning(request.selection, consensus_of, request.candidates, request.largest);
-  if (interrupts.reason == stop_reason::time) emit("Interrupting search (time is out!)\n");
+  if (interrupts.reason == stop_reason::time) emit(end_of_time_text());
   if (interrupted()) emit("Not all sets of taxa were tried\n");
   show(request, found, groups, name);
 }

@@ -217,15 +217,12 @@ double tasks_in_host() {
   return count;
 }
 
-[[noreturn]] void refuse_outside_of_pvm() {
-  error_end("Sorry, this command is not available in MPI mode");
-}
 double load_of_host() {
-  if (parallel.mode != back_end::pvm) refuse_outside_of_pvm();
+  require_pvm();
   return tasks_in_host();
 }
 double is_in_host_group() {
-  if (parallel.mode != back_end::pvm) refuse_outside_of_pvm();
+  require_pvm();
   open_brackets();
   const int group = whole_argument();
   if (group < 0 || group >= most_host_groups) error_end("No host group", group);

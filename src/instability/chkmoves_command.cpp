@@ -8,6 +8,7 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/time_limit.h"
 #include "console/output.h"
 #include "instability/commands.h"
 #include "instability/node_moves.h"
@@ -135,7 +136,7 @@ void chkmoves_command() {
   for (int t = 0; t < store.ntrees && !interrupted(); ++t) {
     if (!chosen[at(t)]) continue;
     const moves_by_node moves = moves_of_nodes(stored_tree(t), how.search);
-    if (interrupts.reason == stop_reason::time) emit("Interrupting search (time is out!)\n");
+    if (interrupts.reason == stop_reason::time) emit(end_of_time_text());
     if (interrupted()) emit("Not all moves were looked at\n");
     deliver(how, moves, t);
   }

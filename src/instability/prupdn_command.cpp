@@ -5,6 +5,7 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/time_limit.h"
 #include "console/output.h"
 #include "instability/commands.h"
 #include "instability/pruning_steps.h"
@@ -107,7 +108,7 @@ void prupdn_command() {
     prune_by_steps(selection, how, candidates);
   else
     show_sets(sets_by_net_gain(selection, method_of(how.method), candidates, how.size));
-  if (interrupts.reason == stop_reason::time) emit("Interrupting search (time is out!)\n");
+  if (interrupts.reason == stop_reason::time) emit(end_of_time_text());
   if (interrupted()) emit("Not all sets of taxa were tried\n");
 }
 

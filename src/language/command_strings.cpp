@@ -97,7 +97,7 @@ bool run_next(int level_at_entry, const command_check& check) {
 
 void look_at_timeout() {
   if (interrupted() || !time_is_out()) return;
-  emit("Interrupting search (time is out!)\n");
+  emit(end_of_time_text());
   stop_search(stop_reason::user);
 }
 

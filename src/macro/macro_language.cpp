@@ -59,16 +59,10 @@ void frame_popped() {
   }
 }
 
-// ---- errors ----
+}  // namespace
 
-// After an error or interrupt: closes the files of `hifile`, forgets pending expansions, and ends
-// all loops. What was being read within a loop goes on after it, in the files that are open still.
-// True if the reader now stands after a loop.
-bool reset_macro_flow() {
-  if (!macros_on()) return false;
-  reset_script_text();
-  close_script_files();
-  const bool after_loop = open_bodies() > macros.frames.back().bodies_at_entry;
+bool leave_all_bodies() {
+  const bool in_body = open_bodies() > macros.frames.back().bodies_at_entry;
   for (std::size_t f = 0; f < macros.frames.size(); ++f) {
     macro_frame& frame = macros.frames[f];
     frame.pending_text.clear();
@@ -83,7 +77,20 @@ bool reset_macro_flow() {
     frame.bodies_at_entry = 0;
     frame.heap_top = std::min(frame.heap_top, macros.heap_top);
   }
-  return after_loop;
+  return in_body;
+}
+
+namespace {
+
+// ---- errors ----
+
+// After an error or interrupt: closes the files of `hifile`, forgets pending expansions, and leaves
+// what is open. True if the reader now stands after a loop.
+bool reset_macro_flow() {
+  if (!macros_on()) return false;
+  reset_script_text();
+  close_script_files();
+  return leave_all_bodies();
 }
 
 // Where the script stood when an error ended it: the line of the loop or of the file, and the text

@@ -9,6 +9,10 @@ namespace zeb {
 void start_macros();
 void stop_macros();
 
+/// Leaves all loops and other bodies that are open; each file is read on after them. True: the
+/// current one was in such a body.
+bool leave_all_bodies();
+
 /// Ends the command with its name and "legal only when macros are enabled" while the language is
 /// off.
 void require_macros();

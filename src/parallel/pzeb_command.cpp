@@ -39,16 +39,9 @@ void set_mode(back_end which) {
   set_back_end(which);
 }
 
-void enter() {
-  if (in_parallel_mode()) return;
-  connection();
-  emit(text_of("P-ZEB: Entering parallel mode (%i hosts). Mode: %s\n",
-               static_cast<int>(hosts_in_use().size()), back_end_name(parallel.mode)));
-}
-
 void list_hosts() {
   expect_end();
-  enter();
+  enter_parallel_mode();
   const std::vector<host_record>& hosts = hosts_in_use();
   emit(text_of("List of hosts (total=%i):\n\n", static_cast<int>(hosts.size())));
   for (std::size_t i = 0; i < hosts.size(); ++i)
@@ -98,13 +91,6 @@ void reset_jobs() {
   for (int slot = 0; slot < most_jobs; ++slot) job_at(slot) = {};
 }
 
-void only_in_pvm() {
-  if (parallel.mode != back_end::pvm)
-    error_end(parallel.mode == back_end::mpi
-                  ? "Sorry, this command is not available in MPI mode"
-                  : "Sorry, this command is not available in local mode");
-}
-
 void set_host_file() {
   if (read_file_name() == 0) error_end("Must give name of host file");
   const std::string name(token());
@@ -115,9 +101,9 @@ void set_host_file() {
 }
 
 void show_load() {
-  only_in_pvm();
+  require_pvm();
   expect_end();
-  enter();
+  enter_parallel_mode();
   const std::vector<host_record>& hosts = hosts_in_use();
   std::vector<int> tasks(hosts.size(), 0);
   for (const int slot : jobs_in_order())
@@ -209,15 +195,15 @@ void set_get_timeout() {
 }
 
 void define_host_groups() {
-  only_in_pvm();
-  enter();
+  require_pvm();
+  enter_parallel_mode();
   hgroup_keyword();
 }
 
 /// All tasks in the hosts listed.
 void signal_hosts(int code, const char* what) {
-  only_in_pvm();
-  enter();
+  require_pvm();
+  enter_parallel_mode();
   std::vector<int> hosts;
   for (const host_share& share : read_host_list()) hosts.push_back(share.host);
   expect_end();
@@ -238,7 +224,6 @@ struct keyword_row {
 constexpr keyword_row keyword_rows[] = {
     {"mpi", [] { set_mode(back_end::mpi); }},
     {"pvm", [] { set_mode(back_end::pvm); }},
-    {"local", [] { set_mode(back_end::local); }},
     {"begin", begin_keyword},
     {"again", again_keyword},
     {"status", show_status},
@@ -273,17 +258,13 @@ constexpr keyword_row keyword_rows[] = {
     {"setram", set_task_ram},
     {"encode", set_encoding},
     {"timeout", set_get_timeout},
+    {"local", [] { set_mode(back_end::local); }},
 };
 
 const keyword_row* find_row(std::string_view word) {
   for (const keyword_row& row : keyword_rows)
     if (row.whole ? word == row.word : is_prefix(word, row.word)) return &row;
   return nullptr;
-}
-
-bool needs_parallel_mode(const keyword_row& row) {
-  static constexpr std::string_view words[] = {"begin", "hosts", "setdata"};
-  return std::ranges::find(words, row.word) != std::end(words);
 }
 
 void switch_macros_on() {
@@ -305,7 +286,6 @@ void pzeb_command() {
     error_end(
         parallel.mode == back_end::pvm ? "P-ZEB: unknown keyword:" : "Unrecognized P-ZEB option:",
         keyword);
-  if (needs_parallel_mode(*row)) enter();
   row->run();
 }
 

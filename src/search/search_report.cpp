@@ -74,7 +74,7 @@ bool stop_by_time() {
   if (interrupted() || !time_is_out()) return false;
   stop_search(stop_reason::time);
   clear_progress();
-  emit("Interrupting search (time is out!)\n");
+  emit(end_of_time_text());
   return true;
 }
 

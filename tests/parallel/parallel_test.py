@@ -105,13 +105,21 @@ def results_come_back():
 
 def tasks_are_steered():
     expect("pzeb begin a 2 = mult=replications 1; frobnicate; mult; return; pzeb wait; macro=;"
-           "set 0 numerrors[a]; quote errors '0'; pzeb get;", r"errors 2", r"Got results from a \(2")
+           "set 0 numerrors[a]; quote errors '0'; pzeb get;", r"errors 2", r"Got results from a \(2.*ended at an error: 0 1\s+Unknown command: frobnicate")
     expect("pzeb begin a 1 = mult=replications 100000; quote skipped; tagset 2; quote reached; return text;"
            "pzeb wait [2]; pzeb skipto 2 a; pzeb stop [searches]; pzeb wait; pzeb get;",
-           r"reached")
+           r"mandated not to do more.*reached")
+    expect("pzeb begin a 1 = loop 1 3 mult=replications 100000; stop loop 1 2 tagset 2; quote in a loop; stop quote between;"
+           "tagset 2; quote after loops; return text; pzeb wait [2]; pzeb skipto 2; pzeb stop [searches]; pzeb wait; pzeb get;",
+           r"mandated not to do more(?!.*(in a loop|between)).*after loops")
     expect("macro=; var: x y[2]; pzeb begin a 2 = var: q; set q slavenum+10; return; pzeb wait;"
            "slaveget [a] y q; quote got 'y[0]' 'y[1]'; slaveset [a 0] q 77; slaveget [a] x + q; quote sum 'x';",
            r"got 10 11", r"sum 88")
+    expect("macro=; var: x m[3,2]; pzeb begin a 2 = var: i r[2]; set i slavenum; set r[0] 5; set r[1] slavenum+7; return; pzeb wait;"
+           "slaveget [a 1] x r[\"i\"]; slaveget [a] m r; quote got 'x' 'm[1,1]'; slaveget [a 0] x r;",
+           r"got 8 8.*syntax error in task 0")
+    expect("macro=; var: x; pzeb begin a 1 = var: q; set q 3; loop 1 1000000 randtrees 1; keep 0; stop return; pzeb wait [2]; slaveset [a] q 8;"
+           "pzeb wait [3]; slaveget [a 0] x q; quote got 'x'; pzeb get !;", r"got 8.*Got results from a \(1")
     expect(f"pzeb begin a 2 = pzeb {options.mode}; pzeb begin b 2 = mult=replications 1; return;"
            "pzeb wait; pzeb get; return trees text; pzeb wait; pzeb get; length;",
            r"Got results from b \(2.*Got results from b \(2.*Got results from a \(2", BEST)
@@ -136,6 +144,9 @@ def tasks_are_steered():
     expect("pzeb begin a 1 = macro=; loop 1 100 mult=replications 1000; stop loop 1 2 quote not run; stop quote the end; return text;"
            "pzeb wait [2]; pzeb stop [loops searches]; pzeb wait; pzeb get;",
            r"TEXT-BUFFER FROM TASK 0:(?!.*not run).*the end")
+    expect("pzeb begin a 1 = randtrees 1; return; pzeb begin b 1 = randtrees 2; return; pzeb wait .; pzeb get 0.20;"
+           "pzeb begin a 1 = return; pzeb get; tgroup;",
+           r"Group 0 \(Task_0_a\): 3 4 5\s+Group 1 \(Task_0_b\): 1 2\s+Group 2 \(PreviousTrees\): 0 1 2\s")
     expect("pzeb begin 2x 1 = return;", r"cannot name parallel jobs starting with a digit")
     expect("pzeb begin x 2000 = return;", r"cannot spawn more than 1000 together")
     expect("pzeb wait;", r"no parallel job is running")

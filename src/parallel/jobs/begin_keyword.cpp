@@ -35,7 +35,10 @@ std::string read_job_name() {
     error_end_f("Expected a job name (found symbol \"%c\" instead)", first);
   std::string name;
   for (int c = read_char(); c > 32 && c != '/' && c != '=' && c != ';'; c = read_char()) {
-    if (name.size() < longest_job_name) name += static_cast<char>(c);
+    name += static_cast<char>(c);
+    if (name.size() > longest_job_name)
+      error_end_f("P-ZEB: the name of a job has at most %i letters",
+                  static_cast<int>(longest_job_name));
     if (input_ended()) break;
   }
   unread_char();
@@ -223,7 +226,7 @@ void send_again(job_record& job, const std::vector<int>& chosen, const job_reque
 
 void begin_keyword() {
   require_data("starting parallel jobs");
-  connection();
+  enter_parallel_mode();
   job_request request;
   request.name = read_job_name();
   if (find_job(request.name) >= 0)

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -18,28 +19,15 @@
 #include "language/lists.h"
 #include "matrix/matrix.h"
 #include "parallel/jobs/job_table.h"
+#include "parallel/jobs/result_groups.h"
 #include "parallel/jobs/sector_results.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/transport/connection.h"
-#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
 namespace {
-
-int first_free_group() {
-  for (int g = 0; g < tree_groups.limit; ++g)
-    if (!tree_group_defined(g)) return g;
-  return -1;
-}
-
-void group_trees(int first, int end, const std::string& name) {
-  const int group = first_free_group();
-  if (group < 0 || first >= end) return;
-  define_tree_group(group, name);
-  for (int t = first; t < end; ++t) add_to_tree_group(t, group);
-}
 
 /// The collecting of one job.
 class collection {
@@ -68,6 +56,7 @@ class collection {
   void take(task_record& from, const arrived_message& message);
   bool store_results();
   void tell_dead() const;
+  void tell_errors() const;
 
   int slot_;
   job_record& job_;
@@ -128,7 +117,6 @@ bool collection::store_results() {
                  job_.name.c_str(), job_.taxa, matrix.ntax));
     return true;
   }
-  const int before = store.ntrees;
   const bool sectors = !job_.sectors.empty();
   if (sectors) {
     std::vector<sector_result> best(job_.tasks.size());
@@ -146,7 +134,6 @@ bool collection::store_results() {
                   text_of("Task_%i_%s", static_cast<int>(i), job_.name.c_str()));
     }
   }
-  if (before > 0 && store.ntrees > before) group_trees(0, before, "PreviousTrees");
   return all_stored;
 }
 
@@ -155,6 +142,17 @@ void collection::tell_dead() const {
   for (std::size_t i = 0; i < job_.tasks.size(); ++i)
     if (!job_.tasks[i].collected && job_.tasks[i].gone) numbers += " " + std::to_string(i);
   if (!numbers.empty()) emit("NOTE: some tasks had unexpectedly crashed or died:", numbers, "\n");
+}
+
+/// Tasks that failed, by what they failed of: mostly all of the same.
+void collection::tell_errors() const {
+  std::map<std::string, std::string> tasks_by_error;
+  for (std::size_t i = 0; i < results_.size(); ++i)
+    if (results_[i] && results_[i]->failed)
+      tasks_by_error[results_[i]->error] += " " + std::to_string(i);
+  for (const auto& [error, numbers] : tasks_by_error)
+    emit("NOTE: some tasks ended at an error:", numbers, error.empty() ? "" : "\n      ", error,
+         "\n");
 }
 
 void collection::finish(const char* why_broken_off) {
@@ -174,6 +172,7 @@ void collection::finish(const char* why_broken_off) {
     if (job_.tasks[i].value)
       emit(text_of("Task %i returned %.6g\n", static_cast<int>(i), *job_.tasks[i].value));
   tell_dead();
+  tell_errors();
   const auto waiting = std::count_if(job_.tasks.begin(), job_.tasks.end(),
                                      [](const task_record& t) { return !t.collected && !t.gone; });
   if (waiting > 0)
@@ -234,7 +233,9 @@ std::vector<int> read_task_list(int slot) {
   return numbers;
 }
 
-void collect_jobs(const std::vector<int>& slots, bool stop_first) {
+namespace {
+
+void collect_in_one_pass(const std::vector<int>& slots, bool stop_first) {
   constexpr useconds_t between = 10'000;  // microseconds
   std::vector<collection> all;
   for (const int slot : slots) all.emplace_back(slot, slots.size() == 1, stop_first);
@@ -263,18 +264,27 @@ void collect_jobs(const std::vector<int>& slots, bool stop_first) {
   forget_interrupt();
 }
 
+}  // namespace
+
+void collect_jobs(const std::vector<int>& slots, bool stop_first, collecting how) {
+  const int before = store.ntrees;
+  if (how == collecting::in_one_pass) {
+    collect_in_one_pass(slots, stop_first);
+  } else {
+    for (const int slot : slots) collect_in_one_pass({slot}, stop_first);
+  }
+  if (before > 0 && store.ntrees > before) group_trees(0, before, "PreviousTrees");
+}
+
 void get_keyword() {
   const bool stop_first = accept_char('!');
   const std::vector<int> slots = read_jobs();
   expect_end();
-  if (parallel.mode != back_end::pvm && slots.size() > 1) {
-    // All of them stop while the first one is waited for.
-    for (const int slot : slots)
-      if (stop_first) send_signal(job_at(slot), signal_stop);
-    for (const int slot : slots) collect_jobs({slot}, stop_first);
-    return;
-  }
-  collect_jobs(slots, stop_first);
+  // All of them stop while the first one is waited for.
+  for (const int slot : slots)
+    if (stop_first) send_signal(job_at(slot), signal_stop);
+  collect_jobs(slots, stop_first,
+               parallel.mode == back_end::pvm ? collecting::in_one_pass : collecting::one_by_one);
 }
 
 void spy_keyword() {

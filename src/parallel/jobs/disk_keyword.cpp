@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/indices.h"
 #include "base/interrupts.h"
+#include "base/message_text.h"
 #include "base/packet.h"
 #include "console/output.h"
 #include "language/interpreter.h"
@@ -22,6 +24,16 @@
 
 namespace zeb {
 namespace {
+
+/// False: the helper of that host couldn't write the file, and that is told.
+bool is_written(int host, packet_reader reply) {
+  const bool written = reply.whole() != 0;
+  const std::string problem = reply.text();
+  if (!written)
+    emit(text_of("Problems creating disk file...%s, %s\n", hosts_in_use()[at(host)].name.c_str(),
+                 problem.c_str()));
+  return written;
+}
 
 /// The helper of one host writes the file. False: it couldn't.
 bool write_on_host(int host, const std::string& directory, const std::string& text) {
@@ -42,7 +54,7 @@ bool write_on_host(int host, const std::string& directory, const std::string& te
     }
     if (!reply) reply = link.receive(helper[0], tag_disk_reply);
     try {
-      written = reply && packet_reader(reply->body).whole() != 0;
+      written = reply && is_written(host, packet_reader(reply->body));
     } catch (const damaged_message&) {
     }
     packet_writer over;
@@ -65,7 +77,7 @@ void setdata_keyword() {
     return report_line("P-ZEB: setting disk data directory as default");
   }
   require_data("setting disk data");
-  connection();
+  enter_parallel_mode();
   const std::vector<host_share> hosts = read_host_list();
   if (hosts.empty()) error_end("P-ZEB: no hosts in list for disk data setting");
   const std::string directory(read_file_name() > 0 ? token() : std::string_view());

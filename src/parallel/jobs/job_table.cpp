@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 
@@ -89,17 +90,39 @@ std::vector<int> jobs_in_order() {
   return slots;
 }
 
+namespace {
+
+/// Of a range only those that are active; one of them must be.
+void add_active_jobs(const std::vector<std::uint8_t>& item, std::vector<std::uint8_t>& all) {
+  bool any = false;
+  for (int slot = 0; slot < most_jobs; ++slot) {
+    if (!item[at(slot)] || !job_at(slot).active) continue;
+    all[at(slot)] = 1;
+    any = true;
+  }
+  const auto first = std::ranges::find(item, std::uint8_t{1});
+  if (!any && first != item.end()) error_end("No job", first - item.begin());
+}
+
+}  // namespace
+
 std::vector<int> read_jobs() {
   if (active_jobs() == 0) error_end("P-ZEB: no parallel job is running");
   const int next = skip_blanks_peek();
   if (next == ';' || next == '(' || next == '[' || next == '/') return jobs_in_order();
-  std::vector<std::uint8_t> marks(most_jobs, 0);
-  read_list(list_ends_at_signs | list_slash_ends, 0, most_jobs, "job", marks);
+  std::vector<std::uint8_t> all(most_jobs, 0);
+  std::vector<std::uint8_t> item(most_jobs, 0);
+  list_reader items(list_ends_at_signs | list_slash_ends, 0, most_jobs, find_list_kind("job"),
+                    item);
+  for (int c = skip_blanks_peek(); std::isalnum(c) || c == '_' || c == '.' || c == ':' || c == '{';
+       c = skip_blanks_peek()) {
+    std::ranges::fill(item, std::uint8_t{0});
+    items.read_item_at(c);
+    add_active_jobs(item, all);
+  }
   std::vector<int> chosen;
   for (const int slot : jobs_in_order())
-    if (marks[at(slot)]) chosen.push_back(slot);
-  for (int slot = 0; slot < most_jobs; ++slot)
-    if (marks[at(slot)] && !job_at(slot).active) error_end("No job", slot);
+    if (all[at(slot)]) chosen.push_back(slot);
   return chosen;
 }
 

@@ -90,6 +90,7 @@ wait_request read_wait_request() {
 }
 
 bool is_fulfilled(const std::string& condition) {
+  const quiet_scope quiet;
   push_string("(" + condition + ");", "condition of wait");
   const int level = input.top;
   const double value = macro_value();
@@ -269,10 +270,8 @@ void wait_keyword() { wait_for_jobs(); }
 
 void gwait_keyword() {
   const std::vector<int> jobs = wait_for_jobs();
-  for (const int slot : jobs) {
-    send_signal(job_at(slot), signal_stop);
-    collect_jobs({slot}, false);
-  }
+  for (const int slot : jobs) send_signal(job_at(slot), signal_stop);
+  collect_jobs(jobs, false, collecting::one_by_one);
 }
 
 }  // namespace zeb

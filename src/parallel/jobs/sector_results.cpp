@@ -9,8 +9,8 @@
 #include "base/message_text.h"
 #include "console/output.h"
 #include "matrix/matrix.h"
+#include "parallel/jobs/result_groups.h"
 #include "parallel/tasks/tree_loads.h"
-#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -66,16 +66,6 @@ bool store_if_no_worse(std::vector<int> ancestors, double before) {
   return false;
 }
 
-/// Into a new group of that name.
-void group_last_trees(int count, const std::string& name) {
-  for (int g = 0; g < tree_groups.limit; ++g) {
-    if (tree_group_defined(g)) continue;
-    define_tree_group(g, name);
-    for (int t = store.ntrees - count; t < store.ntrees; ++t) add_to_tree_group(t, g);
-    return;
-  }
-}
-
 bool is_usable(const sector_place& place, const std::vector<tree_node>& found) {
   return found.size() == at(2 * place.taxa - 1) && check_tree_record(found, place.taxa).empty();
 }
@@ -115,7 +105,8 @@ void place_one_sector(const job_record& job, int task, const sector_result& foun
       record_from_ancestors(thinned, take_slot(true), matrix.ntax);
     }
   }
-  group_last_trees(count, text_of("TreeSector_%i_%s", task, job.name.c_str()));
+  group_trees(store.ntrees - count, store.ntrees,
+              text_of("TreeSector_%i_%s", task, job.name.c_str()));
 }
 
 void combine_exclusive(const job_record& job, const std::vector<sector_result>& found_by_task) {
@@ -128,7 +119,8 @@ void combine_exclusive(const job_record& job, const std::vector<sector_result>& 
   }
   if (parts == 0 || !store_if_no_worse(ancestors, job.score_at_start)) return;
   emit(text_of("Combined results from sectors in tree %i\n", store.ntrees - 1));
-  group_last_trees(1, text_of("Combination_%s_%i_sectors", job.name.c_str(), parts));
+  group_trees(store.ntrees - 1, store.ntrees,
+              text_of("Combination_%s_%i_sectors", job.name.c_str(), parts));
 }
 
 }  // namespace

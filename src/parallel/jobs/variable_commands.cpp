@@ -114,11 +114,37 @@ double joined(char sign, double a, double b) {
   }
 }
 
-/// A variable of the tasks: its name, and subscripts as far as they are the same for all.
+/// A variable of the tasks: its name, and subscripts; those in double quotes are for the task.
 struct remote_variable {
   std::string name;
-  std::vector<std::int32_t> subscripts;
+  std::vector<std::int32_t> subscripts;      // -1: one for the task
+  std::vector<std::string> texts_for_tasks;  // those, in order
 };
+
+std::string read_text_for_task() {
+  std::string text;
+  for (int c = read_char(); c != '"'; c = read_char()) {
+    if (c == ';' || input_ended()) error_end("Expected a second '\"' after the subscript");
+    text += static_cast<char>(c);
+  }
+  return text;
+}
+
+void read_remote_subscripts(remote_variable& variable) {
+  const reading_flag expanded(&macro_reading::no_expansion, false);
+  const reading_flag quotes(&macro_reading::single_quotes_only);
+  while (!accept_char(']')) {
+    if (accept_char(',')) continue;
+    if (accept_char('"')) {
+      variable.subscripts.push_back(-1);
+      variable.texts_for_tasks.push_back(read_text_for_task());
+      continue;
+    }
+    const double subscript = macro_whole_value();
+    if (subscript < 0 || subscript > 2e9) error_end("No negative or missing subscripts here");
+    variable.subscripts.push_back(static_cast<std::int32_t>(subscript));
+  }
+}
 
 remote_variable read_remote_variable() {
   remote_variable variable;
@@ -128,13 +154,7 @@ remote_variable read_remote_variable() {
     variable.name += static_cast<char>(c);
   unread_char();
   if (variable.name.empty()) error_end("Must give the variable of the tasks");
-  if (!accept_char('[')) return variable;
-  const reading_flag expanded(&macro_reading::no_expansion, false);
-  while (!accept_char(']')) {
-    const double subscript = macro_whole_value();
-    if (subscript < 0 || subscript > 2e9) error_end("No negative or missing subscripts here");
-    variable.subscripts.push_back(static_cast<std::int32_t>(subscript));
-  }
+  if (accept_char('[')) read_remote_subscripts(variable);
   return variable;
 }
 
@@ -145,6 +165,7 @@ std::vector<double> values_of_task(task_record& from, int number, const remote_v
   message.put(signal_get);
   message.put_text(variable.name);
   message.put_list(variable.subscripts);
+  for (const std::string& text : variable.texts_for_tasks) message.put_text(text);
   message.put(dimensions);
   send_signal(from, message);
   std::optional<arrived_message> reply;
@@ -165,13 +186,31 @@ std::vector<double> values_of_task(task_record& from, int number, const remote_v
   return values;
 }
 
-/// Cells of the target that the reference leads to.
-std::vector<int> cells_of(const variable_reference& target) {
-  const std::int64_t count = target.is_section() ? data_cell_count(section_sizes(target)) : 1;
-  const int first = target.is_section() ? section_start(target) : target.cell;
+/// Cells of this process that values go to: `dimensions` of them below the reference.
+struct value_target {
   std::vector<int> cells;
-  for (std::int64_t i = 0; i < count; ++i) cells.push_back(first + static_cast<int>(i));
-  return cells;
+  int dimensions = 0;
+};
+
+value_target target_of(const variable_reference& reference) {
+  value_target target;
+  target.dimensions = static_cast<int>(section_sizes(reference).size());
+  const std::int64_t count = reference.is_section() ? data_cell_count(section_sizes(reference)) : 1;
+  const int first = reference.is_section() ? section_start(reference) : reference.cell;
+  for (std::int64_t i = 0; i < count; ++i) target.cells.push_back(first + static_cast<int>(i));
+  return target;
+}
+
+/// One target for each task: row i of an array is for task i.
+std::vector<value_target> rows_of(const variable_reference& reference, std::size_t tasks) {
+  const value_target whole = target_of(reference);
+  const std::size_t rows = whole.dimensions > 0 ? at(section_sizes(reference)[0]) : 0;
+  if (rows < tasks) error_end("Array is too small for the values of", tasks, "tasks");
+  const auto size = static_cast<std::ptrdiff_t>(whole.cells.size() / rows);
+  std::vector<value_target> targets;
+  for (auto row = whole.cells.begin(); targets.size() < tasks; row += size)
+    targets.push_back({{row, row + size}, whole.dimensions - 1});
+  return targets;
 }
 
 void store_joined(const std::vector<int>& cells, const joining& how, bool first,
@@ -183,29 +222,22 @@ void store_joined(const std::vector<int>& cells, const joining& how, bool first,
                    fresh ? values[i] : joined(how.sign, variable_value(cells[i]), values[i]));
 }
 
-void get_into(const variable_reference& target, const joining& how, const chosen_task& chosen,
+void get_into(const variable_reference& reference, const joining& how, const chosen_task& chosen,
               const remote_variable& variable) {
   job_record& job = job_at(chosen.slot);
   const std::vector<int> tasks = tasks_of(chosen);
   const bool by_task = chosen.task < 0 && how.sign == 0;
-  const std::vector<int> cells = cells_of(target);
-  const std::size_t share = by_task ? cells.size() / tasks.size() : cells.size();
-  if (by_task && (share == 0 || share * tasks.size() > cells.size()))
-    error_end("Array is too small for the values of", tasks.size(), "tasks");
-  bool first = true;
-  for (const int number : tasks) {
-    const std::vector<double> values = values_of_task(job.tasks[at(number)], number, variable, -1);
-    std::vector<int> own = cells;
-    if (by_task) {
-      const auto begin = cells.begin() + static_cast<std::ptrdiff_t>(share * at(number));
-      own.assign(begin, begin + static_cast<std::ptrdiff_t>(share));
-    }
-    store_joined(own, how, first, values);
-    first = false;
+  const std::vector<value_target> targets =
+      by_task ? rows_of(reference, tasks.size())
+              : std::vector<value_target>(tasks.size(), target_of(reference));
+  for (std::size_t i = 0; i < tasks.size(); ++i) {
+    const std::vector<double> values =
+        values_of_task(job.tasks[at(tasks[i])], tasks[i], variable, targets[i].dimensions);
+    store_joined(targets[i].cells, how, i == 0, values);
   }
   if (how.sign != ':') return;
   const double count = static_cast<double>(tasks.size()) + (how.keeps_old ? 1 : 0);
-  for (const int cell : cells) store_variable(cell, variable_value(cell) / count);
+  for (const int cell : targets[0].cells) store_variable(cell, variable_value(cell) / count);
 }
 
 }  // namespace

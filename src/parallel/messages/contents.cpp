@@ -205,6 +205,7 @@ packet_writer task_result::packed() const {
   to.put(with_value);
   if (with_value) to.put_real(value);
   to.put(failed);
+  to.put_text(error);
   to.put(static_cast<std::int32_t>(polytree));
   load.put_into(to);
   put_texts(to, text);
@@ -221,6 +222,7 @@ task_result task_result::unpacked(packet_reader from) {
   r.with_value = from.whole_within(0, 1) != 0;
   if (r.with_value) r.value = from.real();
   r.failed = from.whole_within(0, 1) != 0;
+  r.error = from.text();
   r.polytree = static_cast<polytree_wish>(from.whole_within(0, 2));
   r.load = tree_load::taken_from(from);
   r.text = take_texts(from);

@@ -116,6 +116,7 @@ struct task_result {
   bool with_value = false;
   double value = 0;
   bool failed = false;
+  std::string error;  // what was said then
   polytree_wish polytree = polytree_wish::unsaid;
   tree_load load;
   std::vector<std::string> text;

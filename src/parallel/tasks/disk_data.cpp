@@ -45,7 +45,7 @@ std::string data_of_disk(const task_orders& orders) {
   reply.put(problem.empty());
   reply.put_text(problem);
   task.link->send(parent_task, tag_disk_reply, reply.bytes());
-  if (!problem.empty()) note_failed_task();
+  if (!problem.empty()) note_failed_task("Problem with the data on disk: " + problem);
   return problem.empty() ? data : std::string();
 }
 

@@ -27,9 +27,7 @@ arrived_message wait_for_data() {
 }
 
 /// The parent takes the answer before the process goes.
-void reply_and_wait(int tag, int value) {
-  packet_writer reply;
-  reply.put(value);
+void reply_and_wait(int tag, const packet_writer& reply) {
   task.link->send(parent_task, tag, reply.bytes());
   constexpr useconds_t between = 100'000;
   constexpr int rounds = 100;
@@ -39,12 +37,14 @@ void reply_and_wait(int tag, int value) {
   }
 }
 
-bool write_file(const std::string& directory, const std::string& text) {
+/// What went wrong; empty: nothing.
+std::string write_file(const std::string& directory, const std::string& text) {
+  if (!directory.empty() && access(directory.c_str(), X_OK) != 0) return "changing dir";
   const std::string name = (directory.empty() ? "" : directory + "/") + disk_data_file;
   output_file file;
-  if (!file.create(name)) return false;
+  if (!file.create(name)) return "opening file";
   file.put(text);
-  return file.close();
+  return file.close() ? "" : "writing file";
 }
 
 }  // namespace
@@ -52,18 +52,23 @@ bool write_file(const std::string& directory, const std::string& text) {
 int write_disk_data() {
   const arrived_message message = wait_for_data();
   packet_reader from(message.body);
-  bool written = false;
+  std::string problem = "wrong file";
   try {
     const std::string directory = from.text();
-    written = write_file(directory, from.text());
+    problem = write_file(directory, from.text());
   } catch (const damaged_message&) {
   }
-  reply_and_wait(tag_disk_reply, written);
+  packet_writer reply;
+  reply.put(problem.empty());
+  reply.put_text(problem);
+  reply_and_wait(tag_disk_reply, reply);
   return 0;
 }
 
 int tell_processors() {
-  reply_and_wait(tag_processors, static_cast<int>(std::thread::hardware_concurrency()));
+  packet_writer reply;
+  reply.put(static_cast<std::int32_t>(std::thread::hardware_concurrency()));
+  reply_and_wait(tag_processors, reply);
   return 0;
 }
 

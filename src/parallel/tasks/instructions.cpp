@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <span>
+#include <string_view>
 
 #include "base/errors.h"
 #include "console/output.h"
@@ -9,7 +11,10 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/options.h"
+#include "macro/macro_language.h"
 #include "macro/macro_values.h"
+#include "macro/script_text.h"
+#include "macro/text_scanner.h"
 #include "parallel/tasks/task_state.h"
 
 namespace zeb {
@@ -24,20 +29,36 @@ std::string last_return(const std::string& text) {
   return at == text.npos ? std::string() : text.substr(at);
 }
 
-/// One command that isn't run. True: it was the `tagset` wanted.
-bool skip_command() {
-  const bool is_tag = read_word() > 0 && is_prefix(token(), "tagset") && token().size() > 1;
-  bool wanted = false;
-  if (is_tag) {
+/// The instructions from where they are read.
+class rest_of_instructions : public scanned_text {
+ public:
+  int get() override { return level_zero_ended() ? -1 : plain_read_char(); }
+  const char* rest() const override { return input.read_position; }
+};
+
+bool is_any_of(std::string_view word, std::span<const std::string_view> words) {
+  return std::ranges::find(words, word) != words.end();
+}
+
+/// Reads on up to and over `tagset` with that number, but not within a loop.
+bool find_tag(int wanted) {
+  constexpr std::string_view opening[] = {"loop",     "sprit",    "tbrit",    "bandb",
+                                          "forfiles", "travtree", "iterrecs", "combine"};
+  constexpr std::string_view closing[] = {"stop", "endtrav", "endrecs", "endcomb"};
+  rest_of_instructions text;
+  text_scanner scanner(text);
+  int depth = 0;
+  for (std::string_view word = scanner.next(); !word.empty(); word = scanner.next()) {
+    if (is_any_of(word, opening)) ++depth;
+    if (is_any_of(word, closing)) --depth;
     double number = -1;
-    wanted = plain_read_value(&number, nullptr) && static_cast<int>(number) == task.wanted_tag;
-    if (wanted) task.tag = task.wanted_tag;
+    const bool is_tag = depth == 0 && word.size() > 2 && is_prefix(word, "tagset");
+    if (!is_tag || !plain_read_value(&number, nullptr) || static_cast<int>(number) != wanted)
+      continue;
+    for (int c = ' '; c != ';' && !level_zero_ended();) c = plain_read_char();
+    return true;
   }
-  int c = 0;
-  do {
-    c = plain_read_char();
-  } while (c != ';' && !level_zero_ended());
-  return wanted;
+  return false;
 }
 
 }  // namespace
@@ -49,14 +70,11 @@ void begin_instructions(const std::string& text) {
 
 bool skip_to_wanted_tag() {
   if (task.wanted_tag < 0) return true;
+  reset_script_text();
+  leave_all_bodies();
   if (task.wanted_back) begin_instructions(task.instructions);
-  bool found = false;
-  while (!found && !level_zero_ended()) {
-    const int c = plain_read_char();
-    if (c < 33 || c == ';') continue;
-    plain_unread_char();
-    found = skip_command();
-  }
+  const bool found = find_tag(task.wanted_tag);
+  if (found) task.tag = task.wanted_tag;
   task.wanted_tag = -1;
   task.wanted_back = false;
   return found;

@@ -153,7 +153,7 @@ bool obey(int code, packet_reader& from) {
       return false;
     case signal_set:
       pending.sets.push_back(from.text());
-      run_sets_of_parent();
+      run_sets_of_parent(task.at_return);
       return false;
     case signal_get:
       answer_variable_request(from);
@@ -229,9 +229,8 @@ bool stop_asked_by_parent() {
   return obey_parent();
 }
 
-// In a search nothing is being read, so that a command can.
-void run_sets_of_parent() {
-  if (pending.running_sets || (!interrupts.in_search && !task.at_return)) return;
+void run_sets_of_parent(bool between_commands) {
+  if (pending.running_sets || (!interrupts.in_search && !between_commands)) return;
   pending.running_sets = true;
   while (!pending.sets.empty()) {
     const std::string text = pending.sets.front();

@@ -8,8 +8,9 @@ namespace zeb {
 bool stop_asked_by_parent();
 /// The same at once.
 bool obey_parent();
-/// A `set` that the parent sent runs where nothing else does.
-void run_sets_of_parent();
+/// Runs the texts of `set` that the parent sent, between commands and while a search runs: else
+/// something is being read.
+void run_sets_of_parent(bool between_commands);
 /// Does the parent's process run, where it is on this machine?
 bool is_parent_there();
 /// Ends the process where nobody waits for it any more.

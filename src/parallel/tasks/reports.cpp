@@ -65,6 +65,7 @@ task_result result_of_task() {
   result.with_value = wanted.value_given;
   result.value = wanted.value;
   result.failed = task.failed;
+  result.error = task.error;
   result.polytree = wanted.polytree;
   if (result.with_trees && matrix.present) result.load = trees_in_memory(wanted.groups);
   if (wanted.text)

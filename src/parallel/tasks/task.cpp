@@ -98,8 +98,8 @@ void take_data(const task_orders& orders) {
     run_text(data + orders.settings);
   }
   if (task.failed || matrix.ntax != orders.taxa || matrix.nchar != orders.characters) {
-    note_failed_task();
     emit("\nError receiving data from master: not enough RAM allocated\n");
+    note_failed_task();
     return;
   }
   emit(text_of("Received data (%i chars x %i taxa) from parent\n", matrix.nchar, matrix.ntax));
@@ -133,7 +133,7 @@ void follow_instructions() {
   while (!task.at_return && interpreter.running && process.ended_by == 0) {
     if (!skip_to_wanted_tag()) break;
     run_one_round();
-    run_sets_of_parent();
+    run_sets_of_parent(true);
     if (obey_parent() || task.failed || task.returning) break;
   }
   if (process.ended_by != 0) end_process(status_of_orphan);
@@ -159,7 +159,7 @@ void wait_at_return() {
   for (int round = 0; !task.again; ++round) {
     if (task.dismissed && !task.result_sent) send_result();
     obey_parent();
-    run_sets_of_parent();
+    run_sets_of_parent(true);
     if (task.wanted_tag >= 0 && task.wanted_back) return;
     if (!task.again && !(task.dismissed && !task.result_sent)) wait_a_while(round);
   }
@@ -170,6 +170,8 @@ void take_new_instructions() {
   task.again = false;
   task.failed = task.dismissed = task.result_sent = task.no_loops = task.no_waits = false;
   task.returning = false;
+  task.error.clear();
+  renew_time_limit();
   const arrived_message orders = wait_for(tag_data);
   const arrived_message packet = wait_for(tag_packet);
   packet_reader from(orders.body);

@@ -45,6 +45,7 @@ struct task_state {
   bool returning = false;  // the rest of the instructions is void
   bool at_return = false;  // the instructions are over
   bool failed = false;     // one of them couldn't be carried out
+  std::string error;       // and what was said then
   bool dismissed = false;  // the parent waits for the result
   bool result_sent = false;
   bool again = false;     // new instructions are on their way
@@ -68,7 +69,8 @@ void set_task_tag(int tag);
 void show_command_as(const std::string& text);
 /// The task monitors jobs of its own, or doesn't any more.
 void note_waiting(bool on);
-/// A command of the instructions failed.
+/// A command of the instructions failed, of what was said last; or something else did.
 void note_failed_task();
+void note_failed_task(const std::string& why);
 
 }  // namespace zeb

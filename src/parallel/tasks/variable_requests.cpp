@@ -1,5 +1,8 @@
 #include "parallel/tasks/variable_requests.h"
 
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -37,14 +40,33 @@ std::vector<int> cells_of(int base, std::span<const std::int32_t> subscripts, in
   return cells;
 }
 
+/// By name or by number; -1: there is none.
+int variable_named(const std::string& name) {
+  if (name.empty() || !std::ranges::all_of(name, [](unsigned char c) { return std::isdigit(c); }))
+    return find_variable(name);
+  const double number = std::strtod(name.c_str(), nullptr);
+  return number < macros.max_variables ? static_cast<int>(number) : -1;
+}
+
+/// The value of a variable of this task; -1, which leads nowhere: it can't be a subscript.
+std::int32_t own_subscript(const std::string& name) {
+  constexpr double most = 1e9;
+  const int number = macros_on() ? variable_named(name) : -1;
+  const double value =
+      number >= 0 && variable_dimensions(number).empty() ? variable_value(number) : -1;
+  return value >= 0 && value <= most ? static_cast<std::int32_t>(value) : -1;
+}
+
 }  // namespace
 
 void answer_variable_request(packet_reader& from) {
   const std::string name = from.text();
-  const std::vector<std::int32_t> subscripts = from.list();
+  std::vector<std::int32_t> subscripts = from.list();
+  for (std::int32_t& subscript : subscripts)
+    if (subscript < 0) subscript = own_subscript(from.text());
   const int expected = from.whole();
   std::vector<int> cells;
-  const int base = macros_on() ? find_variable(name) : -1;
+  const int base = macros_on() ? variable_named(name) : -1;
   if (base >= 0) cells = cells_of(base, subscripts, expected);
   packet_writer reply;
   reply.put(static_cast<std::int32_t>(cells.size()));

@@ -127,6 +127,18 @@ transport& connection() {
   return *state.in_use;
 }
 
+void enter_parallel_mode() {
+  if (state.entered) return;
+  connection();
+  emit(text_of("P-ZEB: Entering parallel mode (%i hosts). Mode: %s\n",
+               static_cast<int>(state.hosts.size()), back_end_name(parallel.mode)));
+}
+
+void require_pvm() {
+  if (parallel.mode == back_end::pvm) return;
+  error_end_f("Sorry, this command is not available in %s mode", back_end_name(parallel.mode));
+}
+
 bool in_parallel_mode() { return state.entered; }
 
 transport* connect_task(int argc, char** argv) {

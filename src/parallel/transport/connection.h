@@ -12,6 +12,10 @@ namespace zeb {
 
 /// The transport of the back end that is set, entered. Error: it can't be.
 transport& connection();
+/// The same at the need of a user, who is told when it is entered.
+void enter_parallel_mode();
+/// Error: the command needs what only PVM can do.
+void require_pvm();
 /// How transports learn whether a process is there, where they don't see it themselves.
 void test_life_by(bool (*is_process_there)(task_id task));
 /// Has it been entered?

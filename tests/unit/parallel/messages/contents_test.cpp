@@ -48,6 +48,8 @@ TEST(contents, a_part_of_a_message_is_refused) {
   result.value = 0.5;
   result.load = some_trees();
   result.text = {"one line", ""};
+  result.failed = true;
+  result.error = "Unknown command";
   expect_whole_only(result);
   zeb::swap_message message;
   message.tree = {4, 5, 5, 4, 6, 4};
