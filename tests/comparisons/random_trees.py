@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Compares data with trees, and holds the characters that favour either tree and the cells critical for their lengths
-against parsimony by the definition. Usage: random_trees.py ZEB [--runs N] [--seed N]"""
+"""Compares data with trees, and holds the characters that favour either tree, the cells critical for their lengths and
+for the synapomorphies of their own groups, and what both have in common against parsimony by the definition.
+Usage: random_trees.py ZEB [--runs N] [--seed N]"""
 
 import argparse
 import itertools
@@ -39,6 +40,34 @@ def steps(tree, column):
 
     states(tree)
     return count
+
+
+def leaves(node):
+    return leaves(node[0]) | leaves(node[1]) if isinstance(node, tuple) else frozenset([node])
+
+
+def inner_nodes(node):
+    if not isinstance(node, tuple):
+        return []
+    return [node, *inner_nodes(node[0]), *inner_nodes(node[1])]
+
+
+def synapomorphies(tree, column):
+    """By group, the states before and after, where all reconstructions of least steps have a change."""
+    nodes = inner_nodes(tree)
+    number = {leaves(node): i for i, node in enumerate(nodes)}
+    below = {number[leaves(c)]: number[leaves(node)] for node in nodes for c in node if isinstance(c, tuple)}
+    tips = [(number[leaves(node)], c) for node in nodes for c in node if not isinstance(c, tuple)]
+    least, sets = None, []
+    for states in itertools.product(range(3), repeat=len(nodes)):
+        cost = sum(states[a] != states[b] for b, a in below.items())
+        cost += sum(column[c] not in ("?", str(states[node])) for node, c in tips)
+        if least is None or cost < least:
+            least, sets = cost, [set() for _ in nodes]
+        if cost == least:
+            for known, state in zip(sets, states):
+                known.add(state)
+    return {leaves(nodes[b]): (sets[a], sets[b]) for b, a in below.items() if not sets[a] & sets[b] and least}
 
 
 def write(path, rows, tree):
@@ -88,6 +117,48 @@ def faults_of(zeb, seed, folder):
     return faults
 
 
+def faults_by_groups(zeb, seed, folder):
+    """Synapomorphies of the groups that only one tree has, and how much the trees share."""
+    rng = random.Random(seed)
+    ntax, nchar = rng.randint(5, 6), rng.randint(3, 8)
+    trees = [(0, random_tree(rng, rng.sample(range(1, ntax), ntax - 1))) for _ in range(2)]
+    groups = [{leaves(node) for node in inner_nodes(tree[1])} for tree in trees]
+    new = [[rng.choice("001") for _ in range(nchar)] for _ in range(ntax)]
+    for c in range(0, nchar, 2):
+        marked = rng.choice(sorted(groups[c % 4 == 0], key=sorted))
+        for t in range(ntax):
+            new[t][c] = "1" if t in marked else "0"
+    old = [row[:] for row in new]
+    for _ in range(rng.randint(1, 5)):
+        old[rng.randrange(ntax)][rng.randrange(nchar)] = rng.choice("012?")
+    write(folder / "new.zeb", new, trees[0])
+    write(folder / "old.zeb", old, trees[1])
+    run = subprocess.run([zeb, "dcomp", "]", "/1", "both.zeb", "new.zeb", "old.zeb,", "quit,"], cwd=folder, text=True,
+                         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
+
+    def changes(character, replaced=()):
+        column = [(old if t in replaced else new)[t][character] for t in range(ntax)]
+        return [synapomorphies(tree, column) for tree in trees]
+
+    own = [groups[0] - groups[1], groups[1] - groups[0]]
+    shared = len(groups[0] & groups[1]) - 1  # without that of all taxa but the outgroup
+    evidence = [g in own[i] for c in range(nchar) for i, found in enumerate(changes(c)) for g in found]
+    right = (shared / (shared + len(own[0]) + len(own[1])), evidence.count(False) / (len(evidence) or 1))
+    told = [float(x) for x in re.findall(r"CSS?I=([\d.]+)", run.stdout)]
+    faults = []
+    if len(told) != 2 or any(abs(a - b) > 0.0006 for a, b in zip(told, right) if evidence):
+        faults.append(f"CSI, CSSI: {told}, not {right}")
+    critical = set()
+    for c, t in itertools.product(range(nchar), range(ntax)):
+        pairs = zip(changes(c), changes(c, (t,)), own)
+        if new[t][c] != old[t][c] and any(a.get(g) != b.get(g) for a, b, wanted in pairs for g in wanted):
+            critical.add((c, t))
+    told = {(int(c), int(t)) for c, t in re.findall(r"Char\. (\d+), \w+, t(\d+):", run.stdout)}
+    if told != critical:
+        faults.append(f"critical by synapomorphies: {sorted(told)}, not {sorted(critical)}")
+    return faults
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("zeb", type=pathlib.Path)
@@ -97,7 +168,8 @@ def main():
     failed = 0
     for seed in range(options.seed, options.seed + options.runs):
         with tempfile.TemporaryDirectory() as folder:
-            faults = faults_of(options.zeb.resolve(), seed, pathlib.Path(folder))
+            place = pathlib.Path(folder)
+            faults = faults_of(options.zeb.resolve(), seed, place) + faults_by_groups(options.zeb.resolve(), seed, place)
         if faults:
             failed += 1
             print(f"seed {seed}:", *faults, sep="\n  ")

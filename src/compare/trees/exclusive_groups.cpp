@@ -7,6 +7,7 @@
 #include "base/indices.h"
 #include "consensus/group_tally.h"
 #include "matrix/matrix.h"
+#include "supports/bremer.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -17,6 +18,13 @@ std::vector<tree_node> cut_record(int tree, std::span<const std::uint8_t> cut_of
   std::vector<tree_node> record(stored.begin(), stored.end());
   delete_taxa(record, matrix.ntax, cut_off);
   return record;
+}
+
+/// A group that all trees have, since they are rooted there.
+bool is_all_but_outgroup(const group_record& group, const_tree_span tree) {
+  int terminals = 0;
+  for (int t = 0; t < matrix.ntax; ++t) terminals += !is_absent(tree, t);
+  return group.size == terminals - 1 && !has_taxon(group, matrix.outgroup);
 }
 
 common_groups common_groups_of(const std::vector<std::vector<tree_node>>& records) {
@@ -54,7 +62,7 @@ exclusive_groups groups_only_in(const compared_tree_set& set, const compared_tre
     if (records[at(v)] < 0) continue;
     const std::size_t record = at(records[at(v)]);
     if (record < of_other) {
-      ++found.shared;
+      found.shared += !is_all_but_outgroup(tally.groups()[record], set.common.tree);
       continue;
     }
     found.nodes.push_back(v);

@@ -30,7 +30,7 @@ std::vector<std::uint8_t> taxa_not_compared(std::span<const int> trees,
 struct exclusive_groups {
   std::vector<int> nodes;  // of the consensus of the set, ascending
   int contradicted = 0;    // how many of them the consensus of the other set excludes
-  int shared = 0;          // other groups of the set
+  int shared = 0;          // other groups of the set, but for that of all taxa but the outgroup
 };
 exclusive_groups groups_only_in(const compared_tree_set& set, const compared_tree_set& other);
 
