@@ -14,8 +14,10 @@
 #include "macro/macro_values.h"
 #include "parallel/hosts/host_groups.h"
 #include "parallel/jobs/job_table.h"
+#include "parallel/jobs/liveness.h"
 #include "parallel/jobs/monitoring.h"
 #include "parallel/jobs/processors.h"
+#include "parallel/jobs/queries.h"
 #include "parallel/jobs/sector_jobs.h"
 #include "parallel/jobs/spawning.h"
 #include "parallel/settings.h"
@@ -112,7 +114,7 @@ double score_improvement() {
 }
 
 double algorithm() {
-  int highest = 0;
+  int highest = stage_unknown;
   for (const task_status& s : statuses_of(read_job_and_task()))
     highest = std::max(highest, s.stage);
   return highest;

@@ -21,6 +21,7 @@
 #include "parallel/jobs/collecting.h"
 #include "parallel/jobs/disk_keyword.h"
 #include "parallel/jobs/job_table.h"
+#include "parallel/jobs/liveness.h"
 #include "parallel/jobs/monitoring.h"
 #include "parallel/jobs/signalling.h"
 #include "parallel/settings.h"

@@ -6,6 +6,7 @@
 #include "macro/hooks.h"
 #include "parallel/hosts/host_lists.h"
 #include "parallel/jobs/job_table.h"
+#include "parallel/jobs/liveness.h"
 #include "parallel/jobs/monitoring.h"
 #include "parallel/jobs/signalling.h"
 #include "parallel/tasks/instructions.h"
@@ -26,7 +27,7 @@ void register_parallel() {
   hooks_of_macro.no_more_loops = [] { return task.no_loops; };
   hooks_of_macro.return_of_task = read_return;
   hooks_of_search.search_ended = count_search;
-  test_life_by(is_process_there);
+  wait_by(may_wait_for);
   register_job_lists();
   register_host_lists();
   add_command_over_hook(stop_monitoring_after_error);

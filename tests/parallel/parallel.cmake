@@ -1,13 +1,17 @@
-# Jobs of real tasks: over sockets, and over MPI and PVM where the modules were built.
-add_test(NAME parallel.local
-  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/parallel/parallel_test.py
-          --zeb $<TARGET_FILE:zeb> --mode local)
-foreach(library mpi pvm)
-  if(TARGET zeb_${library})
-    add_test(NAME parallel.${library}
-      COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/parallel/parallel_test.py
-              --zeb $<TARGET_FILE:zeb> --mode ${library})
-    set_tests_properties(parallel.${library} PROPERTIES TIMEOUT 300)
+# Jobs of real tasks, and jobs whose tasks or master are killed: over sockets, and over MPI and PVM where the modules
+# were built.
+foreach(library local mpi pvm)
+  if(library STREQUAL "local" OR TARGET zeb_${library})
+    foreach(what parallel kills)
+      set(name parallel.${library})
+      if(what STREQUAL "kills")
+        set(name parallel.kills_${library})
+      endif()
+      add_test(NAME ${name}
+        COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/parallel/${what}_test.py
+                --zeb $<TARGET_FILE:zeb> --mode ${library})
+      set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+    endforeach()
   endif()
 endforeach()
 

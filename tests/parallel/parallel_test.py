@@ -1,20 +1,20 @@
 #!/usr/bin/env python3
-"""Jobs of real tasks: what they bring back, how they are steered, and that nothing hangs or is left behind
-when a task or the master dies. Usage: parallel_test.py --zeb PROGRAM --mode local|mpi|pvm [--runs N]"""
+"""Jobs of real tasks: what they bring back and how they are steered. Usage: parallel_test.py --zeb PROGRAM
+--mode local|mpi|pvm"""
 
 import argparse
 import os
 import pathlib
 import random
 import re
-import shutil
-import signal
 import socket
 import struct
 import subprocess
 import sys
 import tempfile
 import time
+
+from job_processes import environment, start_daemon, stop_daemon
 
 MATRIX = pathlib.Path(__file__).resolve().parents[2] / "examples" / "beetles.xread"
 BEST = "121"
@@ -32,10 +32,6 @@ def check(ok, what, output=""):
 
 def script(text):
     return f"report-; proc {MATRIX};\nhold 1000; pzeb {options.mode};\npzeb commtime 1;\n{text}\nquit;\n"
-
-
-def environment():
-    return {**os.environ, "PVM_ALLOW_ROOT": "1", "ZEB_TEST_MARK": str(os.getpid())}
 
 
 def start(text, where):
@@ -58,27 +54,6 @@ def expect(text, *patterns):
     output = run(text)
     for pattern in patterns:
         check(re.search(pattern, output, re.S), f"{pattern!r} in the output of {text!r}", output)
-
-
-def tasks_left():
-    """Processes of this program that a job started, with the mark that this test gave them."""
-    mark = f"ZEB_TEST_MARK={os.getpid()}".encode()
-    found = []
-    for entry in pathlib.Path("/proc").iterdir():
-        try:
-            if (entry.name.isdigit() and b"slaveproc" in (entry / "cmdline").read_bytes()
-                    and mark in (entry / "environ").read_bytes()):
-                found.append(int(entry.name))
-        except OSError:
-            pass
-    return found
-
-
-def wait_until(ready, seconds):
-    end = time.time() + seconds
-    while time.time() < end and not ready():
-        time.sleep(0.1)
-    return ready()
 
 
 def results_come_back():
@@ -168,41 +143,6 @@ def one_tree_is_swapped_together():
     expect("randtrees 1; pzeb begin a 2 /swap 0 /sector *2 0 = return;", r"can't use \"swap\" and \"sector\" together")
 
 
-def tasks_may_die():
-    """A task is killed at a random moment: the rest is collected, and the dead one is named."""
-    for _ in range(options.runs):
-        with tempfile.TemporaryDirectory() as where:
-            process = start("pzeb begin a 3 = mult=replications 100000; return; pzeb wait [9]; pzeb get !;", where)
-            wait_until(lambda: len(tasks_left()) == 3, 20)
-            # The library waits for ever for tasks that die while they join.
-            time.sleep(random.random() * 2 + (2 if options.mode == "mpi" else 0))
-            victims = tasks_left()
-            if victims:
-                try:
-                    os.kill(random.choice(victims), signal.SIGKILL)
-                except ProcessLookupError:
-                    victims = []
-            try:
-                output = process.communicate(timeout=SHORT)[0]
-            except subprocess.TimeoutExpired:
-                process.kill()
-                output = process.communicate()[0] + "\n(timed out)"
-            ended = re.search(r"Got results from a \((\d)", output)
-            check(ended and int(ended[1]) + ("crashed or died" in output) == 3,
-                  "a task is killed, the others are collected", output)
-            check(wait_until(lambda: not tasks_left(), 10), f"no process is left: {tasks_left()}")
-
-
-def the_master_may_die():
-    with tempfile.TemporaryDirectory() as where:
-        process = start("pzeb begin a 2 = mult=replications 100000; return; pzeb wait;", where)
-        check(wait_until(lambda: len(tasks_left()) == 2, 30), "tasks are started")
-        time.sleep(1)
-        process.kill()
-        process.communicate()
-        check(wait_until(lambda: not tasks_left(), 10), f"tasks end with their master: {tasks_left()}")
-
-
 def tasks_are_as_safe_as_their_master():
     with tempfile.TemporaryDirectory() as where:
         (pathlib.Path(where) / "x.run").write_text(
@@ -237,24 +177,11 @@ def messages_may_be_damaged():
             check(False, f"a task without a parent goes on (tag {tag}, {body[:40]!r})")
 
 
-def start_daemon():
-    pvm = shutil.which("pvmd") or "/usr/bin/pvmd"
-    subprocess.Popen([pvm], env=environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                     stderr=subprocess.DEVNULL, start_new_session=True)
-    return wait_until(lambda: pathlib.Path(f"/tmp/pvmd.{os.getuid()}").exists(), 20)
-
-
-def stop_daemon():
-    subprocess.run([shutil.which("pvm") or "/usr/bin/pvm"], input="halt\n", text=True, env=environment(),
-                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=30, check=False)
-
-
 def main():
     global options
     parser = argparse.ArgumentParser()
     parser.add_argument("--zeb", required=True, type=lambda p: str(pathlib.Path(p).resolve()))
     parser.add_argument("--mode", choices=("local", "mpi", "pvm"), default="local")
-    parser.add_argument("--runs", type=int, default=3)
     options = parser.parse_args()
     if options.mode == "pvm" and not start_daemon():
         sys.exit("the daemon doesn't start")
@@ -262,8 +189,6 @@ def main():
         results_come_back()
         tasks_are_steered()
         one_tree_is_swapped_together()
-        tasks_may_die()
-        the_master_may_die()
         if options.mode == "local":
             messages_may_be_damaged()
             tasks_are_as_safe_as_their_master()

@@ -18,6 +18,7 @@
 #include "matrix/matrix.h"
 #include "parallel/hosts/host_lists.h"
 #include "parallel/jobs/instruction_text.h"
+#include "parallel/jobs/liveness.h"
 #include "parallel/jobs/sector_jobs.h"
 #include "parallel/jobs/sector_requests.h"
 #include "parallel/jobs/spawning.h"

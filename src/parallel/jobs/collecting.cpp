@@ -19,6 +19,8 @@
 #include "language/lists.h"
 #include "matrix/matrix.h"
 #include "parallel/jobs/job_table.h"
+#include "parallel/jobs/liveness.h"
+#include "parallel/jobs/queries.h"
 #include "parallel/jobs/result_groups.h"
 #include "parallel/jobs/sector_results.h"
 #include "parallel/settings.h"
@@ -190,14 +192,11 @@ std::vector<task_record*> all_tasks(job_record& job) {
 }
 
 void take_spied_trees(job_record& job, const std::vector<task_record*>& tasks) {
-  constexpr useconds_t between = 10'000;  // microseconds
-  for (task_record* const t : tasks) send_signal(*t, signal_send_trees);
+  packet_writer question;
+  question.put(signal_send_trees);
+  for (task_record* const t : tasks) ask_task(*t, question, tag_trees);
   for (task_record* const t : tasks) {
-    std::optional<arrived_message> message;
-    while (!(message = connection().receive(t->id, tag_trees)) && is_alive(*t)) {
-      check_interrupt();
-      usleep(between);
-    }
+    const auto message = answer_of(*t, tag_trees);
     if (!message) continue;
     try {
       packet_reader from(message->body);

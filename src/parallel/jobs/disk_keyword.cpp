@@ -11,14 +11,17 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/packet.h"
+#include "base/process.h"
 #include "console/output.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "parallel/hosts/host_lists.h"
+#include "parallel/jobs/liveness.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/disk_data.h"
+#include "parallel/tasks/parent_watch.h"
 #include "parallel/tasks/session_text.h"
 #include "parallel/transport/connection.h"
 
@@ -39,8 +42,10 @@ bool is_written(int host, packet_reader reply) {
 bool write_on_host(int host, const std::string& directory, const std::string& text) {
   constexpr useconds_t between = 20'000;  // microseconds
   transport& link = connection();
-  const std::vector<task_id> helper =
-      link.spawn({.count = 1, .host_id = id_of_host(host), .argument = disk_helper_argument()});
+  const std::vector<task_id> helper = link.spawn({.count = 1,
+                                                  .host_id = id_of_host(host),
+                                                  .argument = disk_helper_argument(),
+                                                  .parent = address_of_this_process()});
   if (helper.empty()) return false;
   packet_writer message;
   message.put_text(directory);
@@ -48,7 +53,9 @@ bool write_on_host(int host, const std::string& directory, const std::string& te
   bool written = false;
   if (link.send(helper[0], tag_disk_data, message.bytes())) {
     std::optional<arrived_message> reply;
-    while (!(reply = link.receive(helper[0], tag_disk_reply)) && link.is_alive(helper[0])) {
+    const double since = wall_clock();
+    while (!(reply = link.receive(helper[0], tag_disk_reply)) && link.is_alive(helper[0]) &&
+           wall_clock() - since < longest_silence()) {
       check_interrupt();
       usleep(between);
     }

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +37,7 @@ struct task_record {
   std::string host_name;
   bool answer_due = false;  // it was asked whether it lives
   double asked = 0;         // when that was: wall clock, seconds
+  int owed_tag = 0;         // of an answer that it didn't give in time; 0 none
   bool gone = false;        // it died, or was killed
   bool collected = false;
   bool again = false;                 // it works on further instructions
@@ -83,21 +83,5 @@ void register_job_lists();
 void send_signal(task_record& to, const packet_writer& message);
 void send_signal(task_record& to, int code);
 void send_signal(job_record& to, int code);
-/// Takes in hellos and status messages that have come.
-void take_status_messages(job_record& job);
-/// Is the task still there? What isn't is noted.
-bool is_alive(task_record& which);
-/// Ends its process, whatever it does.
-void kill_task(task_record& which);
-/// For transports: is the process of that task, or of the parent, there?
-bool is_process_there(task_id task);
-/// Is nothing more to come from it but its result?
-bool is_finished(task_record& which);
-
-/// Asks a task and waits for the answer; none where the task is gone or finished meanwhile.
-std::optional<arrived_message> query_task(task_record& which, int query);
-/// What tasks tell of themselves: their last status while that is kept up, else by asking all of
-/// them at once.
-std::vector<task_status> statuses_of_tasks(std::span<task_record* const> tasks);
 
 }  // namespace zeb

@@ -22,6 +22,7 @@
 #include "macro/script_text.h"
 #include "parallel/jobs/collecting.h"
 #include "parallel/jobs/job_table.h"
+#include "parallel/jobs/liveness.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/task_state.h"
 #include "parallel/transport/connection.h"

@@ -12,6 +12,7 @@
 #include "base/process.h"
 #include "console/output.h"
 #include "parallel/messages/tags.h"
+#include "parallel/tasks/parent_watch.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {
@@ -22,8 +23,10 @@ int processors_of_host(int host) {
   constexpr useconds_t between = 10'000;  // microseconds
   constexpr double longest_wait = 30;     // seconds
   transport& link = connection();
-  const std::vector<task_id> helper = link.spawn(
-      {.count = 1, .host_id = id_of_host(host), .argument = processor_helper_argument()});
+  const std::vector<task_id> helper = link.spawn({.count = 1,
+                                                  .host_id = id_of_host(host),
+                                                  .argument = processor_helper_argument(),
+                                                  .parent = address_of_this_process()});
   if (helper.empty()) return 0;
   const double since = wall_clock();
   std::optional<arrived_message> reply;

@@ -12,6 +12,7 @@
 #include "language/options.h"
 #include "parallel/jobs/collecting.h"
 #include "parallel/jobs/job_table.h"
+#include "parallel/jobs/liveness.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {

@@ -15,7 +15,9 @@
 #include "macro/macro_state.h"
 #include "matrix/matrix.h"
 #include "parallel/hosts/host_groups.h"
+#include "parallel/jobs/liveness.h"
 #include "parallel/settings.h"
+#include "parallel/tasks/parent_watch.h"
 #include "parallel/tasks/session_text.h"
 #include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
@@ -55,6 +57,7 @@ std::vector<task_record> start_tasks(const job_request& request) {
     const std::vector<task_id> ids = link.spawn({.count = share.tasks,
                                                  .host_id = id_of_host(share.host),
                                                  .argument = task_argument(),
+                                                 .parent = address_of_this_process(),
                                                  .keep_errors = parallel.catch_output});
     for (const task_id id : ids) {
       task_record started;
@@ -171,6 +174,7 @@ int spawn_job(job_request request) {
   job.sectors = std::move(request.sectors);
   job.tasks = std::move(tasks);
   job.active = true;
+  await_hellos(job.tasks);
 
   const double ram = request.ram > 0 ? request.ram : parallel.task_ram;
   task_orders orders;

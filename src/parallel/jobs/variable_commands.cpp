@@ -1,6 +1,4 @@
 // `slaveget` and `slaveset`: variables of tasks, read and set by their parent.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cctype>
 #include <cmath>
@@ -11,7 +9,6 @@
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/indices.h"
-#include "base/interrupts.h"
 #include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
@@ -26,6 +23,7 @@
 #include "macro/variables.h"
 #include "parallel/commands.h"
 #include "parallel/jobs/job_table.h"
+#include "parallel/jobs/queries.h"
 #include "parallel/transport/connection.h"
 
 namespace zeb {
@@ -160,21 +158,16 @@ remote_variable read_remote_variable() {
 
 std::vector<double> values_of_task(task_record& from, int number, const remote_variable& variable,
                                    int dimensions) {
-  constexpr useconds_t between = 5'000;  // microseconds
   packet_writer message;
   message.put(signal_get);
   message.put_text(variable.name);
   message.put_list(variable.subscripts);
   for (const std::string& text : variable.texts_for_tasks) message.put_text(text);
   message.put(dimensions);
-  send_signal(from, message);
-  std::optional<arrived_message> reply;
-  while (!from.gone && !(reply = connection().receive(from.id, tag_variable))) {
-    is_alive(from);
-    check_interrupt();
-    usleep(between);
-  }
-  if (!reply) error_end("P-ZEB: task", number, "is not there any more");
+  ask_task(from, message, tag_variable);
+  const std::optional<arrived_message> reply = answer_of(from, tag_variable);
+  if (!reply)
+    error_end("P-ZEB: task", number, from.gone ? "is not there any more" : "does not answer");
   std::vector<double> values;
   try {
     packet_reader reader(reply->body);

@@ -1,16 +1,17 @@
 // Tasks over MPI. A module of its own, loaded when it is needed, so that the program starts without
 // the library. It calls nothing of the program.
 #include <mpi.h>
-#include <setjmp.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <fstream>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "parallel/transport/transport.h"
@@ -21,10 +22,19 @@ namespace {
 constexpr int ranks_per_job = 1024;          // above the most tasks of a job
 constexpr useconds_t between_looks = 1'000;  // microseconds
 
-/// Set before the library starts, unless the user has: more tasks than processors are wanted, and a
-/// task that dies mustn't take the others along.
+/// Within which tasks that were started are to join the others.
+int seconds_to_join() {
+  constexpr int usual = 60;
+  const char* const told = std::getenv("ZEB_JOIN_SECONDS");
+  return std::max(told ? std::atoi(told) : usual, 1);
+}
+
+/// Set before the library starts, unless the user has: more tasks than processors are wanted, a
+/// task that dies mustn't take the others along, and nobody is to wait for ever for one that dies
+/// while it joins.
 void prepare_environment() {
   const auto suggest = [](const char* name, const char* value) { setenv(name, value, 0); };
+  suggest("OMPI_MCA_pmix_base_exchange_timeout", std::to_string(seconds_to_join()).c_str());
   suggest("OMPI_MCA_rmaps_base_oversubscribe", "1");
   suggest("OMPI_MCA_orte_enable_recovery", "1");
   suggest("OMPI_MCA_orte_abort_on_non_zero_status", "0");
@@ -37,47 +47,38 @@ void prepare_environment() {
   }
 }
 
-/// The library waits for ever for a task that dies while it joins the others.
-class spawn_limit {
- public:
-  explicit spawn_limit(int tasks) {
-    struct sigaction action = {};
-    action.sa_handler = [](int) { siglongjmp(way_out, 1); };
-    sigaction(SIGALRM, &action, &former_);
-    alarm(static_cast<unsigned>(seconds(tasks)));
-  }
-  ~spawn_limit() {
-    alarm(0);
-    sigaction(SIGALRM, &former_, nullptr);
-  }
-  spawn_limit(const spawn_limit&) = delete;
-  spawn_limit& operator=(const spawn_limit&) = delete;
-
-  static int seconds(int tasks) {
-    constexpr int usual = 60;
-    const char* const told = std::getenv("ZEB_JOIN_SECONDS");
-    return std::max(told ? std::atoi(told) : usual + tasks, 1);
-  }
-  static inline sigjmp_buf way_out;
-
- private:
-  struct sigaction former_ = {};
-};
-
-/// False: they didn't join in time, and the library can't be used any more. It is written in C, so
-/// that nothing is lost by leaving it in its midst.
-bool join_in_time(const char* program, char** arguments, int count, MPI_Info info,
-                  MPI_Comm* channel, int* codes, int* result) {
-  const spawn_limit limit(count);
-  if (sigsetjmp(spawn_limit::way_out, 1) != 0) return false;
-  *result = MPI_Comm_spawn(program, arguments, count, info, 0, MPI_COMM_SELF, channel, codes);
-  return true;
-}
-
 std::string path_of_program() {
   std::array<char, PATH_MAX> path{};
   const ssize_t length = readlink("/proc/self/exe", path.data(), path.size() - 1);
   return {path.data(), length > 0 ? static_cast<std::size_t>(length) : 0};
+}
+
+struct spawn_outcome {
+  int code = MPI_SUCCESS;
+  MPI_Comm channel = MPI_COMM_NULL;
+};
+
+spawn_outcome join_tasks(std::string argument, std::string parent, int count, MPI_Info info) {
+  std::array<char*, 3> arguments = {argument.data(), parent.data(), nullptr};
+  std::vector<int> codes(static_cast<std::size_t>(count), MPI_SUCCESS);
+  spawn_outcome outcome;
+  outcome.code = MPI_Comm_spawn(path_of_program().c_str(), arguments.data(), count, info, 0,
+                                MPI_COMM_SELF, &outcome.channel, codes.data());
+  return outcome;
+}
+
+/// The library's limit doesn't help where a task dies at the end of its joining: that is waited for
+/// without end, by a thread that is left to it. Nothing: they didn't join.
+std::optional<spawn_outcome> join_in_time(const spawn_request& request, MPI_Info info) {
+  const std::chrono::seconds longest(seconds_to_join() * 3 / 2 + request.count);
+  std::promise<spawn_outcome> promise;
+  std::future<spawn_outcome> outcome = promise.get_future();
+  std::thread([promise = std::move(promise), argument = std::string(request.argument),
+               parent = request.parent, count = request.count, info]() mutable {
+    promise.set_value(join_tasks(argument, parent, count, info));
+  }).detach();
+  if (outcome.wait_for(longest) != std::future_status::ready) return std::nullopt;
+  return outcome.get();
 }
 
 class mpi_transport : public transport {
@@ -93,7 +94,7 @@ class mpi_transport : public transport {
   void kill(task_id) override {}  // by the number of its process, which the parent knows
   void forget(std::span<const task_id> tasks) override;
   void leave() override {}
-  void test_life_by(bool (*is_there)(task_id)) override { is_there_ = is_there; }
+  void wait_by(bool (*may_wait)(task_id, double)) override { may_wait_ = may_wait; }
 
  private:
   /// A communicator and the rank in it.
@@ -105,20 +106,18 @@ class mpi_transport : public transport {
   std::optional<arrived_message> receive_on(MPI_Comm channel, task_id first, int rank, int tag);
 
   bool started_ = false;
-  bool broken_ = false;  // the library was left in the midst of a call
   MPI_Comm parent_ = MPI_COMM_NULL;
   std::vector<MPI_Comm> jobs_;  // MPI_COMM_NULL: forgotten
   std::string host_file_;       // empty: there is none
   std::string fault_;
-  bool (*is_there_)(task_id) = nullptr;
+  bool (*may_wait_)(task_id, double) = nullptr;
 };
 
 bool mpi_transport::enter(bool as_task) {
   prepare_environment();
-  if (broken_) return false;
   if (!started_) {
     int provided = 0;
-    if (MPI_Init_thread(nullptr, nullptr, MPI_THREAD_SINGLE, &provided) != MPI_SUCCESS) {
+    if (MPI_Init_thread(nullptr, nullptr, MPI_THREAD_MULTIPLE, &provided) != MPI_SUCCESS) {
       fault_ = "MPI can't be initialised";
       return false;
     }
@@ -165,32 +164,25 @@ std::vector<task_id> mpi_transport::spawn(const spawn_request& request) {
     MPI_Info_set(info, "add-hostfile", host_file_.c_str());
     MPI_Info_set(info, "map_by", "node");
   }
-  std::string argument = request.argument;
-  std::array<char*, 2> arguments = {argument.data(), nullptr};
-  std::vector<int> codes(static_cast<std::size_t>(request.count), MPI_SUCCESS);
-  MPI_Comm channel = MPI_COMM_NULL;
-  const std::string program = path_of_program();
-  int result = MPI_SUCCESS;
-  if (broken_ || !join_in_time(program.c_str(), arguments.data(), request.count, info, &channel,
-                               codes.data(), &result)) {
-    broken_ = true;
-    fault_ = "tasks didn't join the others within " +
-             std::to_string(spawn_limit::seconds(request.count)) +
-             " seconds; MPI can't be used any more by this process";
+  std::optional<spawn_outcome> outcome = join_in_time(request, info);
+  // Once more with new tasks, since one that died while it joined held up the others.
+  if (!outcome || outcome->code != MPI_SUCCESS) outcome = join_in_time(request, info);
+  if (!outcome) {
+    fault_ = "the tasks didn't join in time";
     return {};
   }
   MPI_Info_free(&info);
-  if (result != MPI_SUCCESS || channel == MPI_COMM_NULL) {
+  if (outcome->code != MPI_SUCCESS || outcome->channel == MPI_COMM_NULL) {
     std::array<char, MPI_MAX_ERROR_STRING> text{};
     int length = 0;
-    MPI_Error_string(result, text.data(), &length);
+    MPI_Error_string(outcome->code, text.data(), &length);
     fault_ = text.data();
     return {};
   }
-  MPI_Comm_set_errhandler(channel, MPI_ERRORS_RETURN);
-  jobs_.push_back(channel);
+  MPI_Comm_set_errhandler(outcome->channel, MPI_ERRORS_RETURN);
+  jobs_.push_back(outcome->channel);
   int started = 0;
-  MPI_Comm_remote_size(channel, &started);
+  MPI_Comm_remote_size(outcome->channel, &started);
   std::vector<task_id> tasks;
   for (int rank = 0; rank < started; ++rank)
     tasks.push_back(static_cast<int>(jobs_.size()) * ranks_per_job + rank);
@@ -210,7 +202,7 @@ mpi_transport::address mpi_transport::address_of(task_id task) const {
 bool mpi_transport::send(task_id to, int tag, std::span<const std::byte> body) {
   constexpr int looks_between_tests = 500;
   const address where = address_of(to);
-  if (broken_ || where.channel == MPI_COMM_NULL || body.size() > INT_MAX) return false;
+  if (where.channel == MPI_COMM_NULL || body.size() > INT_MAX) return false;
   MPI_Request request = MPI_REQUEST_NULL;
   if (MPI_Isend(body.data(), static_cast<int>(body.size()), MPI_BYTE, where.rank, tag,
                 where.channel, &request) != MPI_SUCCESS)
@@ -219,7 +211,8 @@ bool mpi_transport::send(task_id to, int tag, std::span<const std::byte> body) {
     int done = 0;
     if (MPI_Test(&request, &done, MPI_STATUS_IGNORE) != MPI_SUCCESS) return false;
     if (done) return true;
-    if (look % looks_between_tests == 0 && is_there_ && !is_there_(to)) {
+    if (look % looks_between_tests == 0 && may_wait_ &&
+        !may_wait_(to, 1e-6 * look * between_looks)) {
       MPI_Cancel(&request);
       MPI_Request_free(&request);
       return false;
@@ -230,7 +223,7 @@ bool mpi_transport::send(task_id to, int tag, std::span<const std::byte> body) {
 
 std::optional<arrived_message> mpi_transport::receive_on(MPI_Comm channel, task_id first, int rank,
                                                          int tag) {
-  if (broken_ || channel == MPI_COMM_NULL) return std::nullopt;
+  if (channel == MPI_COMM_NULL) return std::nullopt;
   int there = 0;
   MPI_Status status;
   if (MPI_Iprobe(rank < 0 ? MPI_ANY_SOURCE : rank, tag == any_tag ? MPI_ANY_TAG : tag, channel,
@@ -262,9 +255,7 @@ std::optional<arrived_message> mpi_transport::receive(task_id from, int tag) {
   return receive_on(MPI_COMM_WORLD, 0, -1, tag);
 }
 
-bool mpi_transport::is_alive(task_id task) {
-  return !broken_ && address_of(task).channel != MPI_COMM_NULL;
-}
+bool mpi_transport::is_alive(task_id task) { return address_of(task).channel != MPI_COMM_NULL; }
 
 /// The channel stays open: to close it would wait for the dead.
 void mpi_transport::forget(std::span<const task_id> tasks) {

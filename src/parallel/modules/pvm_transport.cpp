@@ -38,7 +38,7 @@ class pvm_transport : public transport {
   void kill(task_id task) override { pvm_kill(number_of(task)); }
   void forget(std::span<const task_id>) override {}
   void leave() override { pvm_exit(); }
-  void test_life_by(bool (*)(task_id)) override {}
+  void wait_by(bool (*)(task_id, double)) override {}  // its daemon takes all
 
  private:
   int number_of(task_id task) const { return task == parent_task ? parent_ : task; }
@@ -78,7 +78,8 @@ std::vector<host_record> pvm_transport::hosts() {
 /// One call for each host; without one, the daemon chooses.
 std::vector<task_id> pvm_transport::spawn(const spawn_request& request) {
   std::string argument = request.argument;
-  std::array<char*, 2> arguments = {argument.data(), nullptr};
+  std::string parent = request.parent;
+  std::array<char*, 3> arguments = {argument.data(), parent.data(), nullptr};
   std::string program = path_of_program();
   std::string where;
   for (const host_record& host : hosts_)

@@ -1,9 +1,7 @@
 #include "parallel/tasks/parent_signals.h"
 
-#include <signal.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -23,6 +21,7 @@
 #include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/tasks/variable_requests.h"
+#include "parallel/transport/processes.h"
 
 namespace zeb {
 namespace {
@@ -202,9 +201,7 @@ void pause() {
 
 }  // namespace
 
-bool is_parent_there() {
-  return task.parent_process <= 0 || kill(task.parent_process, 0) == 0 || errno == EPERM;
-}
+bool is_parent_there() { return task.parent_process <= 0 || process_runs(task.parent_process); }
 
 void test_parent() {
   if (!task.link->is_alive(parent_task) || !is_parent_there()) end_process(255);

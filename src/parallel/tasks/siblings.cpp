@@ -1,9 +1,7 @@
 #include "parallel/tasks/siblings.h"
 
-#include <signal.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <utility>
 #include <vector>
 
@@ -12,6 +10,7 @@
 #include "parallel/messages/tags.h"
 #include "parallel/tasks/task_state.h"
 #include "parallel/transport/connection.h"
+#include "parallel/transport/processes.h"
 
 namespace zeb {
 namespace {
@@ -40,8 +39,7 @@ sibling& sibling_at(int number) {
 }
 
 bool runs(const sibling& which) {
-  return which.process <= 0 || which.host != name_of_this_machine() ||
-         kill(which.process, 0) == 0 || errno == EPERM;
+  return which.process <= 0 || which.host != name_of_this_machine() || process_runs(which.process);
 }
 
 }  // namespace

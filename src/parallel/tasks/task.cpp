@@ -32,6 +32,7 @@
 #include "parallel/tasks/helpers.h"
 #include "parallel/tasks/instructions.h"
 #include "parallel/tasks/parent_signals.h"
+#include "parallel/tasks/parent_watch.h"
 #include "parallel/tasks/reports.h"
 #include "parallel/tasks/shared_swap.h"
 #include "parallel/tasks/task_state.h"
@@ -209,6 +210,8 @@ void take_new_instructions() {
 
 int run_task(int argc, char** argv) {
   become_task();
+  task.parent_process = argc > 2 ? process_on_this_machine(argv[2]) : 0;
+  if (task.parent_process > 0) end_after(task.parent_process);
   task.link = connect_task(argc, argv);
   if (!task.link) {
     std::fputs("No parent communicator! \n", stderr);

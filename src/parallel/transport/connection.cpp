@@ -26,7 +26,7 @@ struct connection_state {
   int own_host = 0;
   int parent_host = 0;
   bool entered = false;
-  bool (*is_there)(task_id) = nullptr;
+  bool (*may_wait)(task_id, double) = nullptr;
 };
 connection_state state;
 
@@ -93,7 +93,7 @@ int host_named(std::string_view name) {
 
 }  // namespace
 
-void test_life_by(bool (*is_process_there)(task_id task)) { state.is_there = is_process_there; }
+void wait_by(bool (*may_wait)(task_id task, double seconds)) { state.may_wait = may_wait; }
 
 namespace {
 
@@ -121,7 +121,7 @@ transport& connection() {
       cannot_enter(fault);
     }
     state.entered = true;
-    state.in_use->test_life_by(state.is_there);
+    state.in_use->wait_by(state.may_wait);
     take_hosts();
   }
   return *state.in_use;
@@ -153,7 +153,7 @@ transport* connect_task(int argc, char** argv) {
   }
   if (!state.in_use || !state.in_use->enter(true)) return nullptr;
   state.entered = true;
-  state.in_use->test_life_by(state.is_there);
+  state.in_use->wait_by(state.may_wait);
   take_hosts();
   return state.in_use.get();
 }

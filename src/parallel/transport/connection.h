@@ -16,8 +16,8 @@ transport& connection();
 void enter_parallel_mode();
 /// Error: the command needs what only PVM can do.
 void require_pvm();
-/// How transports learn whether a process is there, where they don't see it themselves.
-void test_life_by(bool (*is_process_there)(task_id task));
+/// How transports learn whether they may wait for a task, which has taken nothing for so long.
+void wait_by(bool (*may_wait)(task_id task, double seconds));
 /// Has it been entered?
 bool in_parallel_mode();
 /// A task takes up the transport by which it was started, with the words of its call. Null: it

@@ -35,6 +35,7 @@ struct spawn_request {
   int count = 1;
   int host_id = -1;           // of its host record; -1 wherever the transport likes
   const char* argument = "";  // the first argument of the processes
+  std::string parent;         // the second one, where the transport has none of its own
   bool keep_errors = false;   // what they write to the standard error is to be shown
 };
 
@@ -61,8 +62,8 @@ class transport {
   /// The oldest message of that sender and tag; none: nothing has come. Never waits.
   virtual std::optional<arrived_message> receive(task_id from, int tag) = 0;
   virtual bool is_alive(task_id task) = 0;
-  /// For a transport that doesn't see it by itself while it waits for room.
-  virtual void test_life_by(bool (*is_there)(task_id task)) = 0;
+  /// For transports that wait until a message is taken: may that take longer than these seconds?
+  virtual void wait_by(bool (*may_wait)(task_id task, double seconds)) = 0;
   virtual void kill(task_id task) = 0;
   /// Nothing will be sent to or expected from these tasks any more.
   virtual void forget(std::span<const task_id> tasks) = 0;
