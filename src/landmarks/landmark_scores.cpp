@@ -36,6 +36,7 @@ landmark_scorer::landmark_scorer(std::span<const std::uint8_t> characters,
     if (ignored_taxa[t]) taxa[t] = -1;
   }
   data_ = gather_points(characters, taxa);
+  groups_ = groups_of_points(data_.points);
   lengths_.resize(data_.points.size());
 }
 
@@ -44,11 +45,13 @@ void landmark_scorer::optimise(const_tree_span tree) {
   require_basal_dichotomy(tree, matrix.ntax);
   const landmark_tree shape = landmark_tree_of(tree, matrix.ntax);
   point_optimiser optimiser(lmark.settings);
-  for (std::size_t i = 0; i < data_.points.size(); ++i) {
+  for (const std::vector<int>& group : groups_) {
     check_interrupt();
-    lengths_[i] = optimiser.optimise(shape, data_.points[i]);
-    if (lower_minimum(data_.points[i], lengths_[i])) minima_.clear();
+    optimiser.optimise(shape, data_.points, group);
+    for (std::size_t l = 0; l < group.size(); ++l) lengths_[at(group[l])] = optimiser.length(l);
   }
+  for (std::size_t i = 0; i < data_.points.size(); ++i)
+    if (lower_minimum(data_.points[i], lengths_[i])) minima_.clear();
 }
 
 double landmark_scorer::homoplasy(std::size_t point) const {
@@ -79,10 +82,11 @@ void for_each_landmark(const_tree_span tree, std::span<const std::uint8_t> chara
   const landmark_points data = gather_points(characters);
   const landmark_tree shape = landmark_tree_of(tree, matrix.ntax);
   point_optimiser optimiser(lmark.settings);
-  for (const point_record& point : data.points) {
+  for (std::size_t p = 0; p < data.points.size(); ++p) {
     check_interrupt();
-    optimiser.optimise(shape, point);
-    visit(point, optimiser.positions());
+    const int alone = static_cast<int>(p);
+    optimiser.optimise(shape, data.points, {&alone, 1});
+    visit(data.points[p], optimiser.positions(0));
   }
 }
 

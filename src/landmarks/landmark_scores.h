@@ -39,6 +39,7 @@ class landmark_scorer {
 
  private:
   landmark_points data_;
+  std::vector<std::vector<int>> groups_;  // of points that are optimised together
   std::vector<double> lengths_;
   mutable std::vector<double> minima_;  // made when first needed
 };

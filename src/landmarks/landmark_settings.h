@@ -29,6 +29,8 @@ struct landmark_settings {
   double cut = 1e-6;      // improvement of the score at which they stop, in spans of the point
   double precision = 0;   // points of a smaller range aren't optimised; 0: all are
   bool in_scale = false;  // automatic factors make all points of a configuration alike
+  /// Positions end where the tree is shortest, wherever they begin: no grids are needed.
+  bool go_to_optimum() const { return iterate && max_iterations >= 100 && cut <= 1e-6; }
   // Others.
   bool sample_configurations = false;  // resampling draws whole configurations
   bool look_ahead = false;

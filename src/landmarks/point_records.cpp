@@ -59,7 +59,8 @@ void measure_by(point_record& point, const landmark_settings& settings) {
 
 void fill_candidate_distances(point_record& point, const landmark_settings& settings) {
   point.distances.clear();
-  if (settings.low_memory || lmark.low_memory_forced || point.effort != point_effort::full) return;
+  if (settings.go_to_optimum() || point.effort != point_effort::full) return;
+  if (settings.low_memory || lmark.low_memory_forced) return;
   const point_grid grid = grid_over(point.least, point.most, settings.cells);
   fill_distances(candidates_of(point.terminals, grid, settings), point.distances);
 }

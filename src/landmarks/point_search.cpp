@@ -90,9 +90,10 @@ class unrooted_tree {
     const int first = neighbours_of(0)[0];
     ancestors[0] = ancestors[at(first)] = root;
     const landmark_tree tree = landmark_tree_of(std::move(ancestors), terminals_, root);
-    const double length = optimiser.improve(tree, point, positions_);
-    std::ranges::copy(optimiser.positions(), positions_.begin());
-    return length;
+    constexpr int alone = 0;
+    optimiser.optimise(tree, {&point, 1}, {&alone, 1});
+    std::ranges::copy(optimiser.positions(0), positions_.begin());
+    return optimiser.length(0);
   }
   void set_position(int node, const landmark_point& place) { positions_[at(node)] = place; }
 

@@ -4,18 +4,11 @@
 #include <cmath>
 #include <vector>
 
-// Compiled twice, for processors with wide vectors and for all others. Products and sums are
-// rounded one by one in both, so both give the same figures.
-#if defined(__x86_64__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define ZEB_ALSO_FOR_WIDE_VECTORS __attribute__((target_clones("avx2", "default"), flatten))
-#else
-#define ZEB_ALSO_FOR_WIDE_VECTORS
-#endif
+#include "landmarks/lane_vectors.h"
 
 namespace zeb {
 namespace {
 
-constexpr double root_of_3 = 1.7320508075688772;
 constexpr double next_to_nothing = 1e-300;  // keeps what weighs nothing from dividing nothing
 
 template <int dims>
@@ -252,90 +245,9 @@ class block_relaxation {
   std::vector<std::uint8_t> beyond_;  // ... on the other side of the branch above
 };
 
-/// Three points, and what is between them, for all lanes.
-template <int dims>
-void fermat(const double* a, const double* b, const double* c, double* result) {
-  for (int l = 0; l < block_lanes; ++l) {
-    const double ab = squared<dims>(a, b, l);
-    const double ac = squared<dims>(a, c, l);
-    const double bc = squared<dims>(b, c, l);
-    // Products of sides by cosines, and twice the area.
-    const double at_a = (ab + ac - bc) / 2;
-    const double at_b = (ab + bc - ac) / 2;
-    const double at_c = (ac + bc - ab) / 2;
-    const double area = std::sqrt(std::max(ab * ac - at_a * at_a, 0.0));
-    // Not above 0 where the angle is 120 degrees or more, or two points coincide.
-    const double ka = root_of_3 * at_a + area;
-    const double kb = root_of_3 * at_b + area;
-    const double kc = root_of_3 * at_c + area;
-    const bool is_a = ka <= 0;
-    const bool is_b = !is_a && kb <= 0;
-    const bool is_c = !is_a && !is_b && kc <= 0;
-    const bool inside = !is_a && !is_b && !is_c;
-    double wa = inside ? kb * kc : (is_a ? 1.0 : 0.0);
-    double wb = inside ? ka * kc : (is_b ? 1.0 : 0.0);
-    double wc = inside ? ka * kb : (is_c ? 1.0 : 0.0);
-    const double sum = wa + wb + wc;
-    wa /= sum;
-    wb /= sum;
-    wc /= sum;
-    for (int d = 0; d < dims; ++d) {
-      const int i = d * block_lanes + l;
-      result[i] = wa * a[i] + wb * b[i] + wc * c[i];
-    }
-  }
-}
-
 template <int dims>
 double between(const double* a, const double* b, int lane) {
   return std::sqrt(squared<dims>(a, b, lane));
-}
-
-/// The two new nodes of a joining of two branches.
-template <int dims>
-struct joint_places {
-  double own[dims * block_lanes];
-  double target[dims * block_lanes];
-};
-
-template <int dims>
-joint_places<dims> places_of(const point_block& block, const node_positions& positions,
-                             branch_ends own, branch_ends target) {
-  joint_places<dims> made;
-  const double* const v = positions.of(block, target.lower);
-  const double* const w = positions.of(block, target.upper);
-  const double* const u = positions.of(block, own.lower);
-  if (own.upper < 0) {
-    std::copy_n(u, dims * block_lanes, made.own);
-    fermat<dims>(u, v, w, made.target);
-    return made;
-  }
-  const double* const t = positions.of(block, own.upper);
-  for (int i = 0; i < dims * block_lanes; ++i) made.target[i] = (v[i] + w[i]) / 2;
-  for (int round = 0; round < 2; ++round) {
-    fermat<dims>(made.target, u, t, made.own);
-    fermat<dims>(made.own, v, w, made.target);
-  }
-  return made;
-}
-
-template <int dims>
-lane_values lengths_of_joining(const point_block& block, const node_positions& positions,
-                               branch_ends own, branch_ends target) {
-  const joint_places<dims> made = places_of<dims>(block, positions, own, target);
-  const double* const v = positions.of(block, target.lower);
-  const double* const w = positions.of(block, target.upper);
-  lane_values added{};
-  for (int l = 0; l < block_lanes; ++l)
-    added[at(l)] = between<dims>(made.own, made.target, l) + between<dims>(made.target, v, l) +
-                   between<dims>(made.target, w, l) - between<dims>(v, w, l);
-  if (own.upper < 0) return added;
-  const double* const u = positions.of(block, own.lower);
-  const double* const t = positions.of(block, own.upper);
-  for (int l = 0; l < block_lanes; ++l)
-    added[at(l)] +=
-        between<dims>(made.own, u, l) + between<dims>(made.own, t, l) - between<dims>(u, t, l);
-  return added;
 }
 
 template <int dims>
@@ -374,41 +286,6 @@ lane_values lengths_of(const point_blocks& points, int block, const node_walk& w
                        const node_positions& positions) {
   const point_block& own = points.blocks[at(block)];
   return own.dimensions == 2 ? lengths<2>(own, walk, positions) : lengths<3>(own, walk, positions);
-}
-
-ZEB_ALSO_FOR_WIDE_VECTORS
-lane_values joining_lengths(const point_block& block, const node_positions& positions,
-                            branch_ends own, branch_ends target) {
-  return block.dimensions == 2 ? lengths_of_joining<2>(block, positions, own, target)
-                               : lengths_of_joining<3>(block, positions, own, target);
-}
-
-ZEB_ALSO_FOR_WIDE_VECTORS
-void place_joint(const point_block& block, branch_ends own, branch_ends target, int joint, int root,
-                 node_positions& positions) {
-  const auto put = [&](const auto& made) {
-    std::ranges::copy(made.target, positions.of(block, joint));
-    if (root >= 0) std::ranges::copy(made.own, positions.of(block, root));
-  };
-  if (block.dimensions == 2) {
-    put(places_of<2>(block, positions, own, target));
-  } else {
-    put(places_of<3>(block, positions, own, target));
-  }
-}
-
-ZEB_ALSO_FOR_WIDE_VECTORS
-void move_to_fermat_point(const point_block& block, int node, int a, int b, int c,
-                          node_positions& positions) {
-  const double* const x = positions.of(block, a);
-  const double* const y = positions.of(block, b);
-  const double* const z = positions.of(block, c);
-  double* const here = positions.of(block, node);
-  if (block.dimensions == 2) {
-    fermat<2>(x, y, z, here);
-  } else {
-    fermat<3>(x, y, z, here);
-  }
 }
 
 }  // namespace zeb

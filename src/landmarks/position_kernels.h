@@ -43,21 +43,4 @@ void relax_positions(const point_blocks& points, int block, const node_walk& wal
 lane_values lengths_of(const point_blocks& points, int block, const node_walk& walk,
                        const node_positions& positions);
 
-/// A branch by its two ends.
-struct branch_ends {
-  int lower = -1;
-  int upper = -1;
-};
-/// What a joining adds to the length of each lane at least about, where all nodes that are there
-/// stay: a new node on `target`, and one on `own`, unless that is one node (`upper` -1).
-lane_values joining_lengths(const point_block& block, const node_positions& positions,
-                            branch_ends own, branch_ends target);
-/// Puts the new nodes of a joining to their places: `joint` on the branch `target`, `root` on the
-/// branch `own`. `root` -1: `own` is one node.
-void place_joint(const point_block& block, branch_ends own, branch_ends target, int joint, int root,
-                 node_positions& positions);
-/// Moves a node to the Fermat point of three others.
-void move_to_fermat_point(const point_block& block, int node, int a, int b, int c,
-                          node_positions& positions);
-
 }  // namespace zeb

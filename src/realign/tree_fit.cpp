@@ -88,21 +88,21 @@ point_record tree_fit::record_of(std::size_t point, int left_out) const {
   return record;
 }
 
-double tree_fit::score() {
+double tree_fit::place_nodes(int left_out) {
+  std::vector<point_record> records;
+  for (std::size_t p = 0; p < weights_.size(); ++p) records.push_back(record_of(p, left_out));
   double sum = 0;
-  for (std::size_t p = 0; p < weights_.size(); ++p) {
-    sum += weights_[p] * optimiser_.improve(tree_, record_of(p, -1), nodes_[p]);
-    std::ranges::copy(optimiser_.positions(), nodes_[p].begin());
+  for (const std::vector<int>& group : groups_of_points(records)) {
+    optimiser_.optimise(tree_, records, group);
+    for (std::size_t l = 0; l < group.size(); ++l) {
+      sum += weights_[at(group[l])] * optimiser_.length(l);
+      std::ranges::copy(optimiser_.positions(l), nodes_[at(group[l])].begin());
+    }
   }
   return sum;
 }
 
-void tree_fit::place_nodes(int left_out) {
-  for (std::size_t p = 0; p < weights_.size(); ++p) {
-    optimiser_.improve(tree_, record_of(p, left_out), nodes_[p]);
-    std::ranges::copy(optimiser_.positions(), nodes_[p].begin());
-  }
-}
+double tree_fit::score() { return place_nodes(-1); }
 
 // A terminal and its ancestor come to rest together: the springs of the ancestor's other branches,
 // in series with that of the terminal, pull at each of its points, and least squares say how the

@@ -41,7 +41,8 @@ class tree_fit {
   struct anchors;
   std::vector<landmark_point> terminals_of_point(std::size_t point, int left_out) const;
   point_record record_of(std::size_t point, int left_out) const;
-  void place_nodes(int left_out);
+  /// Moves the nodes to where the trees are shortest; the sum over points of weight and length.
+  double place_nodes(int left_out);
   void settle(std::size_t terminal_vertex, double softness);
   anchors anchors_of(int terminal) const;
 

@@ -22,7 +22,7 @@ Maddison, Swofford and Maddison 1997; Margush and McMorris 1981; Moilanen 1999; 
 Nixon 1999; Pol and Escapa 2009; Ragan 1992; Robinson and Foulds 1981; Rohlf and Slice 1990; Ronquist 1998;
 Sankoff 1975; Sankoff and Rousseau 1975; Swofford and Maddison 1987; Swofford and others 1996; Vitter 1985;
 Weiszfeld 1937; White and Holland 2011; Wilkinson 1995; Yang 1994;
-Boyer and Moore 1991; de Leeuw 1977; de Leeuw and Heiser 1980; Floyd 1962; Jaccard 1901;
+Boyer and Moore 1991; Chan, Golub and Mulet 1999; de Leeuw 1977; de Leeuw and Heiser 1980; Floyd 1962; Jaccard 1901;
 Steele, Lea and Flood 2014
 """
 CITED = {" ".join(work.split()) for work in WORKS.split(";")}

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "engine/search_data.h"
+#include "landmarks/joining_kernels.h"
 #include "landmarks/position_kernels.h"
 #include "search/landmarks/searched_landmarks.h"
 

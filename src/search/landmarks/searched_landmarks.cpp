@@ -20,7 +20,6 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t most_known = 2000;  // trees
-constexpr int points_together = 4;        // that a thread takes at a time
 
 std::vector<int> all_taxa_of_matrix() {
   std::vector<int> taxa;
@@ -142,6 +141,7 @@ void searched_landmarks::place_ends(const searched_landmarks& outer, const searc
 
 /// Points of two dimensions come before those of three, so that a block has points of one kind.
 void searched_landmarks::fill_blocks(const search_data& data) {
+  groups_ = groups_of_points(points_.points);
   blocks_.terminals = data.n;
   place_.assign(points_.points.size(), 0);
   for (const int dimensions : {2, 3}) {
@@ -198,32 +198,20 @@ double searched_landmarks::cost_added(int block, const lane_values& lengths,
   return sum;
 }
 
-/// Each thread has points of its own, so that lengths don't depend on their number.
 searched_landmarks::scored_tree searched_landmarks::optimised(std::span<const std::int32_t> tree,
                                                               int ntax) const {
   const landmark_tree shape = landmark_tree_of(tree, ntax);
-  const std::size_t count = points_.points.size();
   scored_tree result;
-  result.lengths.assign(count, 0);
-  std::vector<std::vector<std::uint8_t>> stays((count + points_together - 1) / points_together);
-  share_out(static_cast<int>(stays.size()), [&](int part) {
-    std::vector<std::uint8_t>& marks = stays[at(part)];
-    marks.assign(at(shape.nodes()), 0);
+  result.lengths.assign(points_.points.size(), 0);
+  std::vector<std::vector<std::uint8_t>> stays(groups_.size());
+  share_out(static_cast<int>(groups_.size()), [&](int part) {
+    const std::vector<int>& group = groups_[at(part)];
     point_optimiser optimiser(lmark.settings);
-    const std::size_t end = std::min(count, at(part + 1) * points_together);
-    for (std::size_t p = at(part) * points_together; p < end; ++p) {
-      const point_record& point = points_.points[p];
-      result.lengths[p] = optimiser.optimise(shape, point);
-      if (point.effort == point_effort::none) continue;
-      for (const int v : shape.order) {
-        const int above = shape.ancestor[at(v)];
-        if (above < 0) continue;
-        const landmark_point& here = optimiser.positions()[at(v)];
-        const landmark_point& there = optimiser.positions()[at(above)];
-        if (is_missing(here) || is_missing(there)) continue;
-        marks[at(v)] |= distance(here, there) > same_place * point.span;
-      }
-    }
+    optimiser.optimise(shape, points_.points, group);
+    for (std::size_t l = 0; l < group.size(); ++l)
+      result.lengths[at(group[l])] = optimiser.length(l);
+    stays[at(part)].assign(at(shape.nodes()), 0);
+    optimiser.mark_long_branches(same_place, stays[at(part)]);
   });
   result.stays.assign(at(shape.nodes()), 0);
   for (const auto& marks : stays)

@@ -91,11 +91,12 @@ class searched_landmarks final : public whole_tree_characters {
 
   const landmark_moves* moves_in_work_ = nullptr;
   fit_rules rules_;
-  landmark_points points_;        // their terminals are the taxa of the matrix
-  point_blocks blocks_;           // ... those of the search
-  std::vector<lane_cost> costs_;  // by block and lane
-  std::vector<int> place_;        // of each point: block * lanes + lane
-  std::vector<double> weights_;   // by place, without `reweight`
+  landmark_points points_;                // their terminals are the taxa of the matrix
+  std::vector<std::vector<int>> groups_;  // of points that are scored together
+  point_blocks blocks_;                   // terminals are those of the search
+  std::vector<lane_cost> costs_;          // by block and lane
+  std::vector<int> place_;                // of each point: block * lanes + lane
+  std::vector<double> weights_;           // by place, without `reweight`
   std::map<std::vector<std::int32_t>, scored_tree> known_;  // by tree in the form of the buffer
 };
 

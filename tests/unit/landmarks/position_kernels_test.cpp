@@ -8,6 +8,7 @@
 #include <numeric>
 #include <random>
 
+#include "landmarks/joining_kernels.h"
 #include "landmarks/point_records.h"
 #include "landmarks/worker_threads.h"
 
