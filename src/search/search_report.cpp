@@ -44,29 +44,60 @@ std::string hits_text(const search_display& shown) {
                  time_text(wall_clock() - shown.last_gain).c_str());
 }
 
-std::string status_line(const search_context& context, double score) {
+/// Of the search itself.
+status_mark mark_of(const search_context& context, double score) {
   const search_display& shown = context.shown;
-  const std::string replication = shown.replication < 0 ? "---" : std::to_string(shown.replication);
-  const char* stage = stage_names[static_cast<std::size_t>(shown.stage)];
-  const std::string score_in_hand = score_text(context.data, score);
+  return {shown.stage,
+          shown.replication,
+          shown.current_tree,
+          context.trees.ntrees,
+          score,
+          search_of_user_data(context).best_score,
+          0};
+}
+
+std::string status_line(const search_context& context, const status_mark& mark) {
+  const search_display& shown = context.shown;
+  const std::string replication = mark.replication < 0 ? "---" : std::to_string(mark.replication);
+  const char* stage = stage_names[static_cast<std::size_t>(mark.stage)];
+  const std::string score_in_hand = score_text(context.data, mark.score);
   std::string line;
-  if (shown.stage == stage_rebuild || shown.hide_total) {
-    line = text_of("%-5s %-5s %6i           %-11s", replication.c_str(), stage, shown.current_tree,
+  if (mark.stage == stage_rebuild || shown.hide_total) {
+    line = text_of("%-5s %-5s %6i           %-11s", replication.c_str(), stage, mark.current_tree,
                    score_in_hand.c_str());
   } else {
-    line = text_of("%-5s %-5s %6i of %-6i %-11s", replication.c_str(), stage, shown.current_tree,
-                   context.trees.ntrees, score_in_hand.c_str());
+    line = text_of("%-5s %-5s %6i of %-6i %-11s", replication.c_str(), stage, mark.current_tree,
+                   mark.trees, score_in_hand.c_str());
   }
-  const std::string best = score_text(context.data, search_of_user_data(context).best_score);
+  const std::string best = score_text(context.data, mark.best);
   const std::string time = time_text(command_seconds());
-  if (shown.stage == stage_wagner && shown.build_percent >= 0) {
+  if (mark.stage == stage_wagner && shown.build_percent >= 0) {
     const std::string percent = text_of("%i%%", shown.build_percent);
     line += text_of(" %-12s %-10s    %3s    ", best.c_str(), time.c_str(), percent.c_str());
   } else {
-    line += text_of(" %-12s %-10s %-13s", best.c_str(), time.c_str(),
-                    rearrangements_text(context.rearrangements).c_str());
+    rearrangement_counter all = context.rearrangements;
+    all.add(mark.rearrangements);
+    line +=
+        text_of(" %-12s %-10s %-13s", best.c_str(), time.c_str(), rearrangements_text(all).c_str());
   }
   return line + hits_text(shown);
+}
+
+bool reports(const search_context& context) {
+  return context.clock->report_on != 0 && !process.slave && !context.shown.silent;
+}
+
+void begin_lines(search_context& context) {
+  if (!context.clock->header_pending) return;
+  emit(header(context.shown.stage));
+  context.clock->header_pending = false;
+}
+
+void record(search_context& context, const std::string& line) {
+  context.clock->last_line = context.clock->last_recorded = wall_clock();
+  clear_progress();
+  emit(line, "\n");
+  flush_log();
 }
 
 /// Ends the search when its time is over. True if it has just done so.
@@ -143,11 +174,8 @@ void report_status(search_context& context, double score, bool force) {
   const double now = wall_clock();
   // By its own clock: lines that come faster than once a second must not put it off.
   poll(clock, now);
-  if (clock.report_on == 0 || process.slave || context.shown.silent) return;
-  if (clock.header_pending) {
-    emit(header(context.shown.stage));
-    clock.header_pending = false;
-  }
+  if (!reports(context)) return;
+  begin_lines(context);
   if (settings.status_seconds > 0 && now - clock.last_recorded >= settings.status_seconds) {
     force = true;
   }
@@ -158,16 +186,28 @@ void report_status(search_context& context, double score, bool force) {
       (context.best_score < 0 || score < context.best_score)) {
     context.best_score = score;
   }
+  const std::string line = status_line(context, mark_of(context, score));
+  if (force) return record(context, line);
   clock.last_line = now;
-  const std::string line = status_line(context, score);
-  if (!force) {
-    show_progress(line, 0, 0);
-    return;
-  }
-  clock.last_recorded = now;
-  clear_progress();
-  emit(line, "\n");
-  flush_log();
+  show_progress(line, 0, 0);
+}
+
+status_mark mark_of_part(const search_context& part, double score) {
+  status_mark mark = mark_of(part, score);
+  mark.replication -= part.outer->shown.replication;
+  mark.rearrangements = part.rearrangements.since(part.outer->rearrangements);
+  return mark;
+}
+
+void record_status(search_context& context, const status_mark& mark) {
+  note_score(context, mark.score);
+  if (!reports(context)) return;
+  begin_lines(context);
+  status_mark shown = mark;
+  shown.replication += context.shown.replication;
+  for (const double best : {context.best_score, mark.score})
+    if (is_a_score(best) && (shown.best < 0 || best < shown.best)) shown.best = best;
+  record(context, status_line(context, shown));
 }
 
 void poll_search(search_context& context) { poll(*context.clock, wall_clock()); }

@@ -2,6 +2,7 @@
 // the time-out, the user's wish to stop.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "search/search_context.h"
@@ -22,6 +23,19 @@ std::string time_text(double seconds);
 /// is set: then the line is recorded in the output too. Looks at the time-out and for a wish to
 /// stop, which set `interrupts.reason`; long loops call it between clips.
 void report_status(search_context& context, double score, bool force);
+/// What a line shows of a part of a search, in relation to the search around it.
+struct status_mark {
+  int stage = 0;
+  int replication = 0;  // more than the search around it shows
+  int current_tree = 0;
+  int trees = 0;
+  double score = no_score;
+  double best = no_score;
+  std::uint64_t rearrangements = 0;  // of the part
+};
+status_mark mark_of_part(const search_context& part, double score);
+/// Records a line of a part of this search: now, or when what it found is taken.
+void record_status(search_context& context, const status_mark& mark);
 /// The same without a new score.
 void report_status_best(search_context& context);
 /// Looks at the time-out and for a wish to stop, and saves trees if that is due, at most once a

@@ -54,11 +54,11 @@ def searches(draw):
                     f"{draw.randint(1, 14)}{draw.choice(('', '', ' ratchet', ' drift', ' keepall'))};"
                     "mult:noratchet nodrift nokeepall;")
     xmult = lambda: (f"xmult=hits {draw.randint(1, 6)} replications {draw.randint(1, 4)} drift {draw.randint(1, 3)} "
-                     f"{draw.choice(('', 'noautoconst nocss', 'verbose', 'hold 3', 'keepall', 'consense 2 conbase 1', 'chklevel 2', 'noupdate', 'hybrid', 'picktype'))};"
-                     "xmult:autoconst 1 css noverbose hold 1 nokeepall noconsense nochklevel update nohybrid nopicktype;")
-    resample = lambda: (f"resample={draw.choice(('sym', 'jak', 'boot', 'poisson'))} replications {draw.randint(2, 8)}"
+                     f"{draw.choice(('', 'noautoconst nocss', 'verbose', 'hold 3', 'keepall', 'consense 2 conbase 1', 'chklevel 2', 'noupdate', 'hybrid', 'picktype', 'retouch 2', 'prvmix noxmix'))};"
+                     "xmult:noretouch noprvmix xmix autoconst 1 css noverbose hold 1 nokeepall noconsense nochklevel update nohybrid nopicktype;")
+    resample = lambda: (f"resample={draw.choice(('', '', 'allow '))}{draw.choice(('sym', 'jak', 'boot', 'poisson'))} replications {draw.randint(2, 8)}"
                         f"{draw.choice(('', ' frequency', ' nogc frequency'))}"
-                        f"{draw.choice(('', ' [mult=replications 2 hold 3]', ' [mult=replications 2 hold 400]', ' [xmult=hits 1; best]', ' []'))};")
+                        f"{draw.choice(('', ' [mult=replications 2 hold 3]', ' [mult=replications 2 hold 400]', ' [xmult=hits 1; best]', ' [mult 2; set v ntrees;]', ' []'))};")
     qnelsen = lambda: f"qnelsen={draw.choice(('tbr', 'spr', 'wagner'))} replications {draw.randint(2, 9)};"
     bsupport = lambda: f"bsupport <{draw.choice(('', '[mult=replications 2]'))} 0;"
     chosen = [draw.choice((mult, mult, xmult))()]
@@ -68,6 +68,8 @@ def searches(draw):
         chosen.append(begin + one())
         chosen.append("set v[0] numhits; set v[1] getarep; set v[2] accepted; set v[3] grandscore; set v[4] rearrangs;"
                       "set v[5] getrandom[1 1000]; quote 'v[0]' 'v[1]' 'v[2]' 'v[3]' 'v[4]' 'v[5]';")
+    if draw.random() < 0.2:
+        chosen.append(f"sectsch:[mult 1;{draw.choice(('', 'set v ntrees;'))}]; xmult=replications 3; quote 'v';")
     return chosen + ["mult 1; tsave *x.tre; save; tsave/;"]
 
 

@@ -13,6 +13,7 @@
 #include "console/output.h"
 #include "console/settings.h"
 #include "search/combined/consensus_watch.h"
+#include "search/combined/effort.h"
 #include "search/combined/set_pool.h"
 #include "search/combined/set_search.h"
 #include "search/part_search.h"
@@ -46,6 +47,7 @@ class combined_run {
   void divide_sets(int first);
   std::optional<set_outcome> set_of_worker(int set);
   void next_set();
+  void take_effort(const set_outcome& found);
   void take(const set_outcome& found);
   void take_rest(int first);
   bool store_found(const found_tree& tree);
@@ -76,7 +78,7 @@ class combined_run {
   const double start_;
   const unsigned first_seed_;
   combined_result result_;
-  const replication_watch watch_;
+  const pool_watch watch_;
   std::optional<set_search> sets_;
   std::unique_ptr<worker_pool> workers_;  // for `divided_` sets from `first_divided_` on
   int first_divided_ = 0;
@@ -89,6 +91,7 @@ class combined_run {
   double set_best_ = unknown_score;
   bool gave_up_ = false;      // the set has a score to give up at
   int hits_since_check_ = 0;  // of the effort
+  int failures_ = 0;          // of the sets since then
 };
 
 void combined_run::take_target(double score) {
@@ -132,8 +135,9 @@ void combined_run::cross_all() {
 
 void combined_run::adjust_after_hit() {
   if (options_.chklevel <= 0 || ++hits_since_check_ < options_.chklevel) return;
-  sets_->adjust(sets_->take_failures(), options_.chklevel, true);
-  hits_since_check_ = 0;
+  if (change_effort(context_, options_, stages_, {failures_, options_.chklevel, true}, start_))
+    workers_.reset();
+  hits_since_check_ = failures_ = 0;
 }
 
 void combined_run::tell_hit() const {
@@ -195,8 +199,18 @@ bool combined_run::store_found(const found_tree& tree) {
   return !options_.keepall && !is_within_bound(tree.score, result_.best, kind());
 }
 
+/// Sets that workers have in hand don't know of it.
+void combined_run::take_effort(const set_outcome& found) {
+  failures_ += found.failures;
+  for (int i = 0; i < found.more_effort; ++i)
+    adjust_effort(options_, stages_.sectors, after_failures.failures, after_failures.period,
+                  after_failures.also_replications, context_.data.n);
+}
+
 void combined_run::take(const set_outcome& found) {
+  for (const status_mark& line : found.lines) record_status(context_, line);
   add_work(context_, found.end.done);
+  take_effort(found);
   set_best_ = found.end.score;
   gave_up_ = found.gave_up;
   take_best(set_best_, result_.replications + found.best_replication, found.time_of_best);
@@ -224,12 +238,14 @@ set_outcome combined_run::made_here(int set) {
 /// it search for that.
 int combined_run::sets_to_come() const {
   constexpr int unknown_number = 1'000'000;
-  // Without a score to hit the first one finds it. Changes of the effort need what came before;
-  // lines from within a set are said by who makes it.
-  const bool in_turn =
-      !has_target() || options_.chklevel > 0 || settings.status_trees > 0 || part_search.sector;
-  if (in_turn) return 1;
-  return options_.consense > 0 ? unknown_number : options_.hits - result_.hits;
+  // Without a score to hit the first one finds it.
+  if (!has_target() || part_search.sector) return 1;
+  const int wanted = options_.consense > 0 ? unknown_number : options_.hits - result_.hits;
+  // Lines of a set are recorded when it is taken, after all that it said.
+  const bool says_more = options_.hybrid || options_.picktype > 0 || options_.chklevel > 0;
+  if (settings.status_trees > 0 && says_more) return 1;
+  // The effort changes by what came before.
+  return options_.chklevel > 0 ? std::min(wanted, options_.chklevel - hits_since_check_) : wanted;
 }
 
 void combined_run::divide_sets(int first) {
@@ -250,13 +266,14 @@ std::optional<set_outcome> combined_run::set_of_worker(int set) {
 void combined_run::next_set() {
   const int set = result_.sets;
   if (!workers_ || set - first_divided_ >= divided_) divide_sets(set);
-  const std::optional<set_outcome> found = set_of_worker(set);
-  if (found || !interrupted()) take(found ? *found : made_here(set));
+  std::optional<set_outcome> found = set_of_worker(set);
+  if (!found && !interrupted()) found = made_here(set);
+  if (found) take(*found);
   if (interrupted()) return take_rest(set + 1);
   const double target = target_;
   end_set();
-  // What workers have in hand is of no use where another score is to be hit.
-  if (target_ != target) workers_.reset();
+  // What workers have in hand is of no use where another score is to be hit, or with more effort.
+  if (target_ != target || found->more_effort > 0) workers_.reset();
 }
 
 /// What workers had in hand when they were stopped.
@@ -278,6 +295,7 @@ void combined_run::begin() {
   }
   sets_.emplace(context_, options_, stages_);
   context_.shown.stage = stage_wagner;
+  context_.shown.replication = 0;
   context_.shown.hits_wanted = options_.hits;
   context_.shown.last_gain = start_;
   begin_reports(context_);

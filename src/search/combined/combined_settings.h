@@ -26,10 +26,10 @@ struct combined_settings {
   int ratchet = 0;
   int drift = 5;
   int hold = 1;         // trees that ratchet and drift may save in one replication
-  int autoconst = 1;    // begin with the clades shared with the tree before: 0 not, after 1 Wagner,
-                        // 2 SPR, 3 TBR
-  bool xmix = true;     // also the first of those that are made after fusing failed
-  bool prvmix = false;  // the very first, too, with the last tree in memory
+  int autoconst = 1;    // every second one begins with the clades shared with the tree before: 0
+                        // not, after 1 Wagner, 2 SPR, 3 TBR
+  bool xmix = true;     // so do all that are made after fusing failed
+  bool prvmix = false;  // ... and those of the first hit, with the last tree in memory
   addition_settings addition;
 
   // -- trees of a hit --

@@ -1,19 +1,25 @@
 // What makes of the trees of one set better ones: they are fused, or crossed, with each other.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "search/combined/combined_settings.h"
-#include "search/combined/replicator.h"
 #include "search/search_context.h"
 
 namespace zeb {
+
+/// Who is told what is found, and says when it must end.
+struct pool_watch {
+  std::function<void(double score)> found;
+  std::function<bool()> is_over;
+};
 
 /// The trees in the slots from `first` on. What is found is told to the watch.
 class set_pool {
  public:
   set_pool(search_context& context, const combined_settings& options, const combined_stages& stages,
-           const replication_watch& watch)
+           const pool_watch& watch)
       : context_(context), options_(options), stages_(stages), watch_(watch) {}
 
   void begin(int first) { first_ = first; }
@@ -43,7 +49,7 @@ class set_pool {
   search_context& context_;
   const combined_settings& options_;
   const combined_stages& stages_;
-  const replication_watch& watch_;
+  const pool_watch& watch_;
   int first_ = 0;
 };
 

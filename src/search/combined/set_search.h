@@ -2,7 +2,9 @@
 // crossed and fused until they come to the score to hit.
 //
 // A set is a function of its seed, the score to hit and the settings. It keeps its trees in slots
-// of its own and knows nothing of other sets, so that sets can be searched on several cores.
+// of its own and knows nothing of other sets, so that sets can be searched on several cores. Where
+// there is only one to search, its replications are: they are fused in their order, whoever made
+// them.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +17,9 @@
 #include "search/combined/replicator.h"
 #include "search/combined/set_pool.h"
 #include "search/drivers/part_outcome.h"
+#include "search/drivers/seed_sequence.h"
 #include "search/search_context.h"
+#include "search/search_report.h"
 #include "trees/tree_slots.h"
 
 namespace zeb {
@@ -23,7 +27,7 @@ namespace zeb {
 struct set_task {
   int seed = 1;
   double target = unknown_score;       // to hit; unknown_score: what it comes to is good enough
-  std::vector<std::int32_t> previous;  // the tree before its first; empty: none
+  std::vector<std::int32_t> previous;  // the tree that its first ones follow; empty: none
   int replications_before = 0;         // of other sets, for the report
 };
 
@@ -34,32 +38,37 @@ struct set_outcome {
   int made = 0;              // replications
   int best_replication = 0;  // that of the last improvement; trees fused count to the last one
   double time_of_best = 0;   // wall clock, seconds
+  int failures = 0;          // crossings that didn't reach the target, but for the first ones
+  int more_effort = 0;       // times that the set took more effort after failures
   std::vector<found_tree> trees;
+  std::vector<status_mark> lines;  // that are still to be recorded
 };
 void put(const set_outcome& outcome, packet_writer& to);
 set_outcome set_in(std::span<const std::byte> bytes);
 
 class set_search {
  public:
-  /// All given outlives it; settings change where the search adjusts its effort.
-  set_search(search_context& outer, combined_settings& options, combined_stages& stages);
+  /// All given outlives it. A set goes by `options` and `stages` as they are when it begins.
+  set_search(search_context& outer, const combined_settings& options,
+             const combined_stages& stages);
   set_outcome search(const set_task& task);
-
-  /// Crossings that didn't reach the target since the last call.
-  int take_failures();
-  /// Changes the effort, and tells it.
-  void adjust(int failures, int period, bool also_replications);
 
  private:
   void begin(const set_task& task);
-  void search_all();
-  void replicate_some(int count);
+  void search_all(std::span<const std::int32_t> follows);
+  void replicate_some(int count, std::span<const std::int32_t> follows);
+  std::vector<int> seeds_for(int replications);
+  bool make_room();
+  void take(const made_replication& made);
+  void take_replication(const made_replication& made);
+  void record_line(double score);
   void choose_crossing();
   bool cross_until_reached();
   void go_on_from_failure(int failures);
+  void take_more_effort();
   void retouch();
   void drop_worse_trees();
-  void take_best(double score);
+  void take_best(double score, double time);
   set_outcome finish();
 
   bool has_target() const { return target_ < unknown_score; }
@@ -72,22 +81,24 @@ class set_search {
   score_kind kind() const { return kind_of_scores(context_.data); }
 
   search_context& outer_;
-  combined_settings& options_;
-  combined_stages& stages_;
+  const combined_settings& wanted_;
+  const combined_stages& wanted_stages_;
+  combined_settings options_;
+  combined_stages stages_;
   const double start_;  // of the run; wall clock
   private_slots slots_;
   context_scope scope_;
   search_context& context_;
-  const replication_watch watch_;
-  std::optional<replicator> makes_;
+  const pool_watch watch_;
+  replicator makes_;
   set_pool pool_;
   set_outcome outcome_;
+  std::optional<seed_sequence> seeds_;
+  std::vector<std::int32_t> last_;  // the tree of the last replication
   double target_ = unknown_score;
-  rearrangement_counter rearrangements_before_;
-  std::int64_t moves_before_ = 0;
+  int replications_before_ = 0;
   bool hybridizes_ = false;  // the set's trees are crossed
   bool fuses_ = false;       // ... and fused
-  int failures_ = 0;         // since the last check of the effort
 };
 
 }  // namespace zeb

@@ -140,12 +140,12 @@ constexpr command_options rows = {
     number<search, &c::autoconst>("autoconst", {1, 3},
                                   "Give mix level (1=after wagner, 2=spr, 3=tbr)")
         .no()
-        .help("begin a replication with the clades shared with the one before: after Wagner tree "
-              "(1), SPR (2) or TBR (3)"),
+        .help("begin every second replication with the clades shared with the one before: after "
+              "Wagner tree (1), SPR (2) or TBR (3)"),
     toggle<search, &c::xmix>("xmix").help(
-        "so begin also the replications that are added where fusing fails"),
+        "so begin all replications that are added where fusing fails"),
     toggle<search, &c::prvmix>("prvmix").help(
-        "so begins the first replication, too, with the last tree in memory"),
+        "so begin all replications of the first hit, with the last tree in memory"),
     number<search, &c::consense>("consense", counts_or_none,
                                  "Give number of times to stabilize consensus")
         .no()

@@ -60,7 +60,6 @@ class replicated_search {
   void count_hit(bool overflowed);
   void drop_worse_trees();
   bool is_known(std::span<const std::int32_t> form, double score);
-  int parts() const;
   std::uint64_t print_of(std::span<const std::int32_t> form) const {
     return tree_print(form, context_.data.n);
   }
@@ -132,6 +131,7 @@ bool replicated_search::take(const replication_outcome& found) {
     return true;
   }
   if (found.ended_as_known) return false;
+  for (const status_mark& line : found.lines) record_status(context_, line);
   score_ = found.end.score;
   const bool all_stored = std::ranges::all_of(
       found.trees, [this](const found_tree& tree) { return store_found(tree); });
@@ -146,12 +146,6 @@ bool replicated_search::replicate(worker_pool& workers, int replication) {
   if (interrupted()) return false;
   take(made_here(replication));
   return true;
-}
-
-/// Lines from within a replication are said by who makes it.
-int replicated_search::parts() const {
-  const bool alone = part_search.sector || settings.status_trees > 0;
-  return alone ? 1 : options_.replications;
 }
 
 void replicated_search::begin() {
@@ -179,10 +173,11 @@ void replicated_search::note_full_buffer() {
 mult_result replicated_search::run() {
   int& replication = context_.shown.replication;
   begin();
-  worker_pool workers(parts(), [this](int part, packet_writer& found) {
-    is_worker_ = true;
-    put(made_here(part + 1), found);
-  });
+  worker_pool workers(part_search.sector ? 1 : options_.replications,
+                      [this](int part, packet_writer& found) {
+                        is_worker_ = true;
+                        put(made_here(part + 1), found);
+                      });
   for (replication = 1; replication <= options_.replications; ++replication) {
     if (!make_room()) {
       note_full_buffer();

@@ -3,9 +3,30 @@
 #include <span>
 #include <utility>
 
+#include "base/indices.h"
 #include "search/store/stored_trees.h"
 
 namespace zeb {
+
+void begin_part(search_context& part) {
+  const search_context& outer = *part.outer;
+  forget_trees(part);
+  part.rules = outer.rules;
+  part.shown = outer.shown;
+  part.best_score = outer.best_score;
+  part.lowest_score = outer.lowest_score;
+  part.rearrangements = outer.rearrangements;
+  part.moves_done = outer.moves_done;
+  part.landmark_errors = {};
+  part.tree_limit = part.trees.maxtrees;
+  part.score_limit = no_bound;
+  part.shown.current_tree = 0;
+}
+
+work_done work_of_part(const search_context& part) {
+  return {part.rearrangements.since(part.outer->rearrangements),
+          part.moves_done - part.outer->moves_done, part.landmark_errors};
+}
 
 std::vector<found_tree> found_trees(search_context& context) {
   std::vector<found_tree> trees;
@@ -19,13 +40,39 @@ std::vector<found_tree> found_trees(search_context& context) {
 void add_work(search_context& context, const work_done& done) {
   context.rearrangements.add(done.rearrangements);
   context.moves_done += done.moves;
+  context.landmark_errors.add(done.landmark_errors);
 }
+
+namespace {
+
+void put(const work_done& done, packet_writer& to) {
+  to.put_long(done.rearrangements);
+  to.put_long(static_cast<std::uint64_t>(done.moves));
+  to.put_long(static_cast<std::uint64_t>(done.landmark_errors.cases));
+  to.put_real(done.landmark_errors.sum);
+  to.put_real(done.landmark_errors.sum_of_squares);
+  to.put_real(done.landmark_errors.least);
+  to.put_real(done.landmark_errors.most);
+}
+
+work_done work_from(packet_reader& from) {
+  work_done done;
+  done.rearrangements = from.long_whole();
+  done.moves = static_cast<std::int64_t>(from.long_whole());
+  done.landmark_errors.cases = static_cast<std::int64_t>(from.long_whole());
+  done.landmark_errors.sum = from.real();
+  done.landmark_errors.sum_of_squares = from.real();
+  done.landmark_errors.least = from.real();
+  done.landmark_errors.most = from.real();
+  return done;
+}
+
+}  // namespace
 
 void put(const part_state& state, packet_writer& to) {
   to.put(state.stage);
   to.put_real(state.score);
-  to.put_long(state.done.rearrangements);
-  to.put_long(static_cast<std::uint64_t>(state.done.moves));
+  put(state.done, to);
 }
 
 void put(const std::vector<found_tree>& trees, packet_writer& to) {
@@ -40,8 +87,7 @@ part_state state_from(packet_reader& from) {
   part_state state;
   state.stage = from.whole();
   state.score = from.real();
-  state.done.rearrangements = from.long_whole();
-  state.done.moves = static_cast<std::int64_t>(from.long_whole());
+  state.done = work_from(from);
   return state;
 }
 
@@ -52,6 +98,29 @@ std::vector<found_tree> trees_from(packet_reader& from) {
     trees.push_back({std::move(form), from.real()});
   }
   return trees;
+}
+
+void put(const std::vector<status_mark>& lines, packet_writer& to) {
+  to.put(static_cast<std::int32_t>(lines.size()));
+  for (const status_mark& line : lines) {
+    for (const int number : {line.stage, line.replication, line.current_tree, line.trees})
+      to.put(number);
+    to.put_real(line.score);
+    to.put_real(line.best);
+    to.put_long(line.rearrangements);
+  }
+}
+
+std::vector<status_mark> marks_from(packet_reader& from) {
+  std::vector<status_mark> lines(at(from.whole()));
+  for (status_mark& line : lines) {
+    for (int* number : {&line.stage, &line.replication, &line.current_tree, &line.trees})
+      *number = from.whole();
+    line.score = from.real();
+    line.best = from.real();
+    line.rearrangements = from.long_whole();
+  }
+  return lines;
 }
 
 }  // namespace zeb

@@ -5,7 +5,9 @@
 #include <vector>
 
 #include "base/packet.h"
+#include "search/landmarks/estimate_errors.h"
 #include "search/search_context.h"
+#include "search/search_report.h"
 
 namespace zeb {
 
@@ -13,6 +15,7 @@ namespace zeb {
 struct work_done {
   std::uint64_t rearrangements = 0;
   std::int64_t moves = 0;
+  estimate_errors landmark_errors;
 };
 
 /// Where it stands, or ended.
@@ -28,6 +31,10 @@ struct found_tree {
   double score = unknown_score;
 };
 
+/// A part begins anew within its outer search, which stays as it is until the part has ended. What
+/// the report shows goes on from there.
+void begin_part(search_context& part);
+work_done work_of_part(const search_context& part);
 /// All trees in the slots.
 std::vector<found_tree> found_trees(search_context& context);
 /// The work of a part counts as that of the search.
@@ -37,5 +44,7 @@ void put(const part_state& state, packet_writer& to);
 void put(const std::vector<found_tree>& trees, packet_writer& to);
 part_state state_from(packet_reader& from);
 std::vector<found_tree> trees_from(packet_reader& from);
+void put(const std::vector<status_mark>& lines, packet_writer& to);
+std::vector<status_mark> marks_from(packet_reader& from);
 
 }  // namespace zeb

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/interrupts.h"
+#include "base/process.h"
 #include "console/settings.h"
 #include "engine/passes/passes.h"
 #include "search/moves/swapper.h"
@@ -14,8 +15,7 @@ namespace zeb {
 
 replication_maker::replication_maker(search_context& outer, const mult_settings& options,
                                      const mult_stages& stages, known_test is_known)
-    : outer_(outer),
-      options_(options),
+    : options_(options),
       stages_(stages),
       is_known_(std::move(is_known)),
       slots_(std::clamp(options.hold, 1, std::max(1, outer.trees.maxtrees)), outer.trees.nnodes),
@@ -23,31 +23,16 @@ replication_maker::replication_maker(search_context& outer, const mult_settings&
       context_(scope_.context()),
       how_(context_.rules.swap) {}
 
-work_done replication_maker::work() const {
-  return {context_.rearrangements.since(rearrangements_before_),
-          context_.moves_done - moves_before_};
-}
-
-/// What the report shows goes on from the outer search.
 void replication_maker::begin() {
-  forget_trees(context_);
+  begin_part(context_);
   outcome_ = {};
   score_ = unknown_score;
-  context_.shown = outer_.shown;
-  context_.best_score = outer_.best_score;
-  context_.lowest_score = outer_.lowest_score;
-  context_.rearrangements = outer_.rearrangements;
-  rearrangements_before_ = context_.rearrangements;
-  moves_before_ = context_.moves_done;
-  context_.tree_limit = context_.trees.maxtrees;
-  context_.score_limit = no_bound;
   context_.shown.stage = stage_wagner;
-  context_.shown.current_tree = 0;
 }
 
 /// True where the tree in work is known: all that comes would retrace known ground.
 bool replication_maker::ends_here() {
-  replication_step step{{context_.shown.stage, score_, work()},
+  replication_step step{{context_.shown.stage, score_, work_of_part(context_)},
                         normal_form(context_, context_.working_tree, score_)};
   outcome_.ended_as_known = is_known_(step.form, score_);
   outcome_.steps.push_back(std::move(step));
@@ -77,6 +62,15 @@ void replication_maker::improve() {
                                                   {.promising_first = how_.promising_first});
 }
 
+/// A worker's lines are recorded by who takes the replication.
+void replication_maker::record_line() {
+  const status_mark mark = mark_of_part(context_, score_);
+  if (process.slave)
+    outcome_.lines.push_back(mark);
+  else
+    record_status(*context_.outer, mark);
+}
+
 /// The trees around the optimum, each in turn; an improvement begins again with the first.
 void replication_maker::swap_around() {
   const swapper swap = swaps_by_spr() ? spr_swap : tbr_swap;
@@ -102,8 +96,7 @@ void replication_maker::swap_around() {
       fetch_tree(context_, slot_tree(context_, i));
       swap(context_, context_.working_tree, {.multi = context_.tree_limit, .stay = true});
     }
-    if (settings.status_trees > 0 && (i + 1) % settings.status_trees == 0)
-      report_status(context_, score_, true);
+    if (settings.status_trees > 0 && (i + 1) % settings.status_trees == 0) record_line();
   }
   context_.swapping_index = -1;
   // An interrupt may come before a better tree that was stored has its turn.
@@ -160,7 +153,7 @@ void replication_maker::search(int seed, int next_seed) {
 }
 
 void replication_maker::finish() {
-  outcome_.end = {context_.shown.stage, score_, work()};
+  outcome_.end = {context_.shown.stage, score_, work_of_part(context_)};
   outcome_.full = context_.trees.ntrees >= context_.trees.maxtrees;
   if (!outcome_.ended_as_known) outcome_.trees = found_trees(context_);
 }
@@ -182,6 +175,7 @@ void put(const replication_outcome& outcome, packet_writer& to) {
   to.put_byte(outcome.ended_as_known ? 1 : 0);
   to.put_byte(outcome.full ? 1 : 0);
   put(outcome.trees, to);
+  put(outcome.lines, to);
 }
 
 replication_outcome replication_in(std::span<const std::byte> bytes) {
@@ -195,6 +189,7 @@ replication_outcome replication_in(std::span<const std::byte> bytes) {
   outcome.ended_as_known = from.byte() != 0;
   outcome.full = from.byte() != 0;
   outcome.trees = trees_from(from);
+  outcome.lines = marks_from(from);
   return outcome;
 }
 

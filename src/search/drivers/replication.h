@@ -32,7 +32,8 @@ struct replication_outcome {
   bool ended_as_known = false;  // at the last step
   part_state end;
   std::vector<found_tree> trees;
-  bool full = false;  // all slots that it may have were taken
+  bool full = false;               // all slots that it may have were taken
+  std::vector<status_mark> lines;  // that are still to be recorded
 };
 void put(const replication_outcome& outcome, packet_writer& to);
 replication_outcome replication_in(std::span<const std::byte> bytes);
@@ -54,17 +55,16 @@ class replication_maker {
   void search(int seed, int next_seed);
   void swap_first();
   void improve();
+  void record_line();
   void swap_around();
   void swap_single();
   void ratchet_and_drift(int seed);
   bool ends_here();
   void finish();
-  work_done work() const;
   bool swaps_by_spr() const { return options_.swapper == mult_settings::spr; }
   bool is_quick_start() const { return !how_.mulpars && !context_.data.implied_on; }
   score_kind kind() const { return kind_of_scores(context_.data); }
 
-  search_context& outer_;
   const mult_settings& options_;
   const mult_stages& stages_;
   known_test is_known_;
@@ -74,8 +74,6 @@ class replication_maker {
   const swap_settings& how_;
   replication_outcome outcome_;
   double score_ = unknown_score;
-  rearrangement_counter rearrangements_before_;
-  std::int64_t moves_before_ = 0;
 };
 
 }  // namespace zeb

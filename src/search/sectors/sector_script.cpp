@@ -14,6 +14,7 @@
 #include "engine/settings_scope.h"
 #include "language/command_strings.h"
 #include "search/part_search.h"
+#include "search/searching_commands.h"
 #include "search/sectors/sector_cells.h"
 #include "search/workers/worker_process.h"
 #include "trees/part_trees.h"
@@ -71,7 +72,6 @@ script_result best_of_buffer(search_data& data) {
 script_result run_sector_script(search_context& outer, search_context& inner,
                                 const tree_sector& sector, const std::string& commands,
                                 bool track) {
-  leave_part_to_process();  // commands can leave anything
   const std::vector<std::int32_t> present =
       tree_of_sector(outer.data.tree.anc, outer.data.n, sector);
   tracked_nodes tracked;
@@ -86,7 +86,10 @@ script_result run_sector_script(search_context& outer, search_context& inner,
   const part_search_scope part(inner, track ? &tracked : nullptr);
   to_buffer(inner.data, present, stored_tree(0));
   set_tree_count(store, 1);
-  run_command_string(commands);
+  run_command_string(commands, [](const command_row& row) {
+    if (!only_searches(row)) leave_part_to_process();  // it may leave something for the next one
+    return true;
+  });
   return best_of_buffer(inner.data);
 }
 

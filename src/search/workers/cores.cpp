@@ -3,7 +3,6 @@
 #include <sched.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "base/command.h"
 #include "base/process.h"
@@ -22,13 +21,26 @@ int processors_here() {
 }
 
 int workers_for(int parts) {
-  if (process.slave || cores.wanted < 2 || parts < 2) return 0;
+  if (process.slave || cores.dividing || cores.wanted < 2 || parts < 2) return 0;
   return std::min(cores.wanted, parts);
 }
 
-void note_workers(std::vector<worker_record> workers) {
+void note_division(bool dividing) { cores.dividing = dividing; }
+
+void note_workers(const std::vector<worker_record>& workers) {
+  if (cores.command != command.command_name || cores.begun != command.start) cores.workers.clear();
   cores.command = command.command_name;
-  cores.workers = std::move(workers);
+  cores.begun = command.start;
+  cores.workers.resize(std::max(cores.workers.size(), workers.size()));
+  for (std::size_t i = 0; i < workers.size(); ++i) {
+    worker_record& all = cores.workers[i];
+    all.process = workers[i].process;
+    all.parts += workers[i].parts;
+    all.seconds += workers[i].seconds;
+    all.peak = std::max(all.peak, workers[i].peak);
+    all.own = std::max(all.own, workers[i].own);
+    all.lost |= workers[i].lost;
+  }
 }
 
 }  // namespace zeb

@@ -23,7 +23,9 @@ struct worker_record {
 
 struct cores_state {
   int wanted = 1;                      // set by `cores`
+  bool dividing = false;               // a search has workers now
   std::string command;                 // the last one whose parts were divided; empty: none
+  double begun = 0;                    // that command; wall clock, seconds
   std::vector<worker_record> workers;  // of that command
 };
 extern cores_state cores;  // written by the functions below
@@ -34,9 +36,11 @@ void set_cores(int number);
 /// Processors that this process may run on.
 int processors_here();
 /// Workers for so many parts; 0: the parts are done in turn. Workers and tasks have none of their
-/// own.
+/// own, nor has a search within one that is divided.
 int workers_for(int parts);
-/// The running command had these workers.
-void note_workers(std::vector<worker_record> workers);
+/// A search has workers, or has none any more.
+void note_division(bool dividing);
+/// The running command had these workers, besides others before them.
+void note_workers(const std::vector<worker_record>& workers);
 
 }  // namespace zeb

@@ -55,8 +55,10 @@ worker_pool::worker_pool(int parts, const part_maker& make) {
   write_out_all();
   for (int number = 0; number < count; ++number)
     if (!start(number, parts, make)) break;
-  if (!workers_.empty()) return;
-  warning("No worker can be started: the search runs on one core");
+  if (workers_.empty())
+    warning("No worker can be started: the search runs on one core");
+  else
+    note_division(true);
 }
 
 bool worker_pool::start(int number, int parts, const part_maker& make) {
@@ -92,7 +94,8 @@ worker_pool::~worker_pool() {
     }
     records.push_back(each->record);
   }
-  note_workers(std::move(records));
+  note_workers(records);
+  if (any_left()) note_division(false);
 }
 
 bool worker_pool::any_left() const {
@@ -190,6 +193,7 @@ void worker_pool::take_result(worker& from, std::span<const std::byte> frame) {
 /// The part in its hands is made by who waits for it.
 void worker_pool::note_end(worker& ended) {
   close(std::exchange(ended.descriptor, -1));
+  if (!any_left()) note_division(false);
   int status = 0;
   while (waitpid(ended.process, &status, 0) < 0 && errno == EINTR) continue;
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;

@@ -116,7 +116,10 @@ void make_and_send(int part, const part_maker& make) {
 }  // namespace
 
 void leave_part_to_process() {
-  if (worker.task.page) throw_to_jump_context();
+  if (!worker.task.page) return;
+  worker.failed = true;
+  worker.task.page->next = worker.task.parts;  // nor can those that follow
+  throw_to_jump_context();
 }
 
 void run_worker(const worker_task& task, const part_maker& make) {

@@ -14,7 +14,9 @@
 #include "language/command_strings.h"
 #include "language/interpreter.h"
 #include "search/search_session.h"
+#include "search/searching_commands.h"
 #include "search/store/filter.h"
+#include "search/workers/worker_process.h"
 
 namespace zeb {
 namespace {
@@ -30,11 +32,8 @@ bool is_among(std::string_view name, std::span<const std::string_view> names) {
   error_end_f("Cannot run command \"%s\" when resampling or estimating consensus", row.name);
 }
 
-/// Commands that search and nothing else, and those that choose among the trees found.
 bool check_searching(const command_row& row) {
-  constexpr std::array<std::string_view, 6> others = {"best",   "condense",  "keep",
-                                                      "subopt", "randtrees", "unique"};
-  if (row.topics != topic_searching && !is_among(row.name, others)) refuse(row);
+  if (!only_searches(row)) refuse(row);
   return true;
 }
 
@@ -45,6 +44,7 @@ bool check_allowed(const command_row& row) {
       "nstates",  "outgroup", "procedure", "qnelsen", "quit",   "resample",
       "taxcode",  "tvault",   "xperm",     "xread",   "xwipe",  "zzz"};
   if (is_among(row.name, fatal)) refuse(row);
+  if (!only_searches(row)) leave_part_to_process();  // it may leave something for the next one
   return true;
 }
 

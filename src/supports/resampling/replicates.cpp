@@ -170,8 +170,7 @@ void run_replicates(const resampling_task& task, replicates& out) {
   replicate_maker maker(task);
   out.wanted = task.replications;
   const std::vector<int> seeds = seeds_for(task.replications);
-  // Commands of all kinds can leave something for those of the next replicate.
-  worker_pool workers(task.any_command ? 1 : task.replications,
+  worker_pool workers(task.replications,
                       [&](int r, packet_writer& found) { put(maker.make(seeds[at(r)]), found); });
   for (int r = 0; r < task.replications; ++r) {
     show_progress(
