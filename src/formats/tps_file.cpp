@@ -116,11 +116,12 @@ class tps_reader {
       }
       const std::optional<double> value = real_of(word);
       if (!value || !std::isfinite(*value)) fail("bad point:", line);
-      if (*value < least_coordinate) fail("coordinates can't be below -1000000:", line);
       values[i] = *value;
     }
     if (!trimmed(rest).empty()) fail("too many coordinates:", line);
-    return missing ? missing_point : landmark_point{values[0], values[1], values[2]};
+    const landmark_point point = {values[0], values[1], values[2]};
+    if (!can_hold(point)) fail("coordinates can't be below -1000000 or above 1e+12:", line);
+    return missing ? missing_point : point;
   }
 
   void end_specimen() {
@@ -129,8 +130,12 @@ class tps_reader {
     const std::size_t number = configuration_.specimens.size() + 1;
     if (specimen_.name.empty()) specimen_.name = image_;
     if (specimen_.name.empty()) specimen_.name = "Specimen_" + std::to_string(number);
-    for (landmark_point& p : specimen_.points)
-      if (!is_missing(p)) p = {p.x * scale_, p.y * scale_, p.z * scale_};
+    for (landmark_point& p : specimen_.points) {
+      if (is_missing(p)) continue;
+      p = {p.x * scale_, p.y * scale_, p.z * scale_};
+      if (!can_hold(p))
+        fail("the scale brings coordinates below -1000000 or above 1e+12 in", specimen_.name);
+    }
     configuration_.specimens.push_back(std::move(specimen_));
   }
 

@@ -39,7 +39,9 @@ void change_choices(const landmark_lists& lists, function change) {
 
 double read_positive(const char* what) {
   double value = 0;
-  if (!read_optional_float(&value) || !(value >= 0)) error_end_f("Must give %s", what);
+  constexpr double most = 1e12;  // sums of scores stay far from what a double can hold
+  if (!read_optional_float(&value) || !(value >= 0 && value <= most))
+    error_end_f("Must give %s (0 to 1e+12)", what);
   return value;
 }
 
@@ -160,7 +162,7 @@ void read_nest(lmark_request& request) {
   int rounds = -1;
   if (!read_optional_int(&rounds) || rounds < 0 || rounds > 100) error_end(form);
   double window = request.settings.nest_window;
-  if (read_optional_float(&window) && !(window > 0)) error_end(form);
+  if (read_optional_float(&window) && !(window > 0 && std::isfinite(window))) error_end(form);
   request.settings.nest_rounds = rounds;
   request.settings.nest_window = window;
 }
@@ -170,7 +172,7 @@ void read_maxiters(lmark_request& request) {
   int iterations = 0;
   if (!read_optional_int(&iterations) || iterations < 1) error_end(form);
   double cut = request.settings.cut;
-  if (read_optional_float(&cut) && !(cut >= 0)) error_end(form);
+  if (read_optional_float(&cut) && !(cut >= 0 && std::isfinite(cut))) error_end(form);
   request.settings.max_iterations = iterations;
   request.settings.cut = cut;
 }
@@ -259,7 +261,20 @@ void read_connections(lmark_request& request) {
 
 void read_rescale(lmark_request& request) {
   const std::vector<int> configurations = read_configurations();
-  request.work.emplace_back([configurations] { change_positions(configurations, rescale); });
+  request.work.emplace_back([configurations] {
+    for (const int i : configurations) {
+      const int character = landmark_configurations()[at(i)].character;
+      for (int t = 0; t < matrix.ntax; ++t) {
+        const auto former = landmarks_of(character, t);
+        std::vector<landmark_point> points(former.begin(), former.end());
+        rescale(points);
+        for (std::size_t p = 0; p < points.size(); ++p)
+          if (!is_missing(former[p]) && !can_hold(points[p]))
+            error_end("Rescaled, coordinates of char.", character, "would be below -1000000");
+      }
+    }
+    change_positions(configurations, rescale);
+  });
 }
 
 /// "xy C": these axes change places.

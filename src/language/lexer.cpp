@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <climits>
 #include <cmath>
 
@@ -257,11 +258,38 @@ bool read_optional_int(int* value) {
   return true;
 }
 
-double read_float() {
-  double value = 0;
-  return read_value(&value, nullptr) ? value : -1;
+namespace {
+
+/// "e-06" right behind a number; empty, and nothing consumed, where something else follows.
+std::string read_exponent() {
+  std::string text;
+  const auto take = [&text] { text += static_cast<char>(read_char()); };
+  if ((peek_char() | 32) != 'e') return {};
+  take();
+  if (peek_char() == '-' || peek_char() == '+') take();
+  if (!is_digit(peek_char())) {
+    for (; !text.empty(); text.pop_back()) unread_char();
+    return {};
+  }
+  while (is_digit(peek_char()) && text.size() < longest_number) take();
+  return text;
 }
 
-bool read_optional_float(double* value) { return read_value(value, nullptr); }
+}  // namespace
+
+double read_float() {
+  double value = 0;
+  return read_optional_float(&value) ? value : -1;
+}
+
+bool read_optional_float(double* value) {
+  if (!read_value(value, nullptr)) return false;
+  const std::string exponent = read_exponent();
+  if (exponent.empty()) return true;
+  char digits[longest_number];
+  const auto end = std::to_chars(digits, digits + longest_number, *value, std::chars_format::fixed);
+  *value = real_of(std::string(digits, end.ptr) + exponent).value_or(0);
+  return true;
+}
 
 }  // namespace zeb

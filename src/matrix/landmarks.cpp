@@ -9,6 +9,11 @@
 
 namespace zeb {
 
+bool can_hold(const landmark_point& point) {
+  const auto fits = [](double v) { return v >= least_coordinate && v <= most_coordinate; };
+  return fits(point.x) && fits(point.y) && fits(point.z);
+}
+
 std::span<const landmark_configuration> landmark_configurations() { return matrix.landmarks; }
 
 const landmark_configuration* configuration_of(int character) {

@@ -7,6 +7,11 @@
 
 namespace zeb {
 
+/// Beyond this, sums and squares of coordinates would say nothing any more.
+constexpr double most_coordinate = 1e12;
+/// Can a point lie there? (Coordinates below `least_coordinate` would make it a missing one.)
+bool can_hold(const landmark_point& point);
+
 /// All configurations of the matrix, by character.
 std::span<const landmark_configuration> landmark_configurations();
 /// The configuration of a character, or null.

@@ -11,6 +11,7 @@
 #include "console/progress.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
+#include "matrix/landmarks.h"
 #include "matrix/matrix.h"
 #include "realign/commands.h"
 #include "realign/random_moves.h"
@@ -47,19 +48,52 @@ struct data_changing {
   data_changing& operator=(const data_changing&) = delete;
 };
 
+/// The points of a configuration, by taxon, then point.
+std::vector<landmark_point> coordinates_of(int character) {
+  return configuration_of(character)->coordinates;
+}
+
+void put_back(const realign_request& request,
+              const std::vector<std::vector<landmark_point>>& former) {
+  for (std::size_t i = 0; i < former.size(); ++i) {
+    const int c = request.characters[i];
+    const auto points = former[i].begin();
+    for (int t = 0; t < matrix.ntax; ++t) {
+      const auto changed = changeable_landmarks_of(c, t);
+      std::copy_n(points + t * std::ssize(changed), changed.size(), changed.begin());
+    }
+  }
+}
+
+/// A point may have been moved to where there can't be any.
+bool has_lost_points(int character, const std::vector<landmark_point>& former) {
+  const std::vector<landmark_point> now = coordinates_of(character);
+  for (std::size_t i = 0; i < now.size(); ++i)
+    if (!is_missing(former[i]) && !can_hold(now[i])) return true;
+  return false;
+}
+
 notes realign(const realign_request& request) {
   const data_changing scope;
+  std::vector<std::vector<landmark_point>> former;
   reseed();
   notes told;
   double done = 0;
   for (const int c : request.characters) {
     show_progress("Aligning", done++, static_cast<double>(request.characters.size()));
+    former.push_back(coordinates_of(c));
     if (request.how.kind == alignment_kind::random)
       move_at_random(c, request.moves);
     else if (request.how.kind == alignment_kind::tree)
       told.on_tree.emplace_back(c, align_on_tree(request.on_tree, c));
     else
       note(request, align_with_reference(request.how, c), told);
+    if (!has_lost_points(c, former.back())) continue;
+    put_back(request, former);
+    error_end_f(
+        "Aligned, points of configuration %i would have coordinates below -1000000 or above "
+        "1e+12; nothing is changed",
+        c);
   }
   clear_progress();
   return told;

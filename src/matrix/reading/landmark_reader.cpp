@@ -62,9 +62,10 @@ landmark_point parse(const row_place& place, const std::string& word, int dimens
     error_end(place_text(place) + "expecting a landmark as", dimensions == 2 ? "x,y" : "x,y,z",
               "or \"?\"; found", word + place_in_file());
   }
-  if (word != "?" && std::min({point->x, point->y, point->z}) < least_coordinate) {
-    error_end(place_text(place) + "coordinates of landmarks can't be below -1000000; found",
-              word + place_in_file());
+  if (word != "?" && !can_hold(*point)) {
+    const bool low = std::min({point->x, point->y, point->z}) < least_coordinate;
+    error_end(place_text(place) + "coordinates of landmarks can't be",
+              low ? "below -1000000; found" : "above 1e+12; found", word + place_in_file());
   }
   return *point;
 }

@@ -16,6 +16,7 @@
 #include "matrix/blocks.h"
 #include "matrix/commands.h"
 #include "matrix/hooks.h"
+#include "matrix/landmarks.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/matrix_writer.h"
 
@@ -75,6 +76,21 @@ character_reference read_character_reference() {
 /// "-" stands for no name, so that a character can have names of states only.
 std::string name_of_token() { return token() == "-" ? std::string() : std::string(token()); }
 
+/// Error where no further name of a state, or of a landmark, may follow.
+void check_room_for_name(const character_reference& reference,
+                         const matrix_state::character_name& entry) {
+  const int names = static_cast<int>(entry.states.size());
+  if (matrix.characters[at(reference.character)].is_continuous)
+    error_end("Cannot name states for continuous characters");
+  if (const landmark_configuration* const landmarks = configuration_of(reference.character)) {
+    if (names == landmarks->points)
+      error_end_f("Landmark configuration %i (%s) has only %i landmarks", reference.number,
+                  entry.name.c_str(), names);
+  } else if (names == most_states) {
+    error_end("Character", reference.number, "has more names of states than", most_states);
+  }
+}
+
 /// "N name state0 state1 ... ;", after "{" or "+".
 void read_character_entry() {
   const character_reference reference = read_character_reference();
@@ -86,12 +102,8 @@ void read_character_entry() {
   }
   matrix_state::character_name entry;
   entry.name = name_of_token();
-  const character_record& record = matrix.characters[at(reference.character)];
   while (read_item() > 0) {
-    if (record.is_continuous) error_end("Cannot name states for continuous characters");
-    if (static_cast<int>(entry.states.size()) == most_states) {
-      error_end("Character", reference.number, "has more names of states than", most_states);
-    }
+    check_room_for_name(reference, entry);
     entry.states.push_back(name_of_token());
   }
   accept_char(';');
@@ -106,6 +118,9 @@ void read_block_entry() {
   if (matrix.nblocks < 2) error_end("Can't name blocks; a single block read");
   if (block == 0) error_end("Can't rename block 0 (\"ALL\")");
   if (block < 0 || block > matrix.nblocks) error_end("Can't name block", block);
+  // Data with both could be written, but not be read again.
+  if (!landmark_configurations().empty())
+    error_end("Sorry, if data matrix contains landmarks, blocks cannot be named data matrix");
   if (read_item() == 0) error_end("Must give name for block", block);
   const std::string name(token());
   if (!accept_char(';')) {
@@ -147,7 +162,9 @@ void show_names() {
     const char* separator = ": ";
     for (std::size_t s = 0; s < states.size(); ++s) {
       if (states[s].empty()) continue;
-      line += separator + state_symbol(c, static_cast<int>(s)) + " " + states[s];
+      const int number = static_cast<int>(s);
+      line += separator + (configuration_of(c) ? std::to_string(number) : state_symbol(c, number)) +
+              " " + states[s];
       separator = ", ";
     }
     emit(line, "\n");
