@@ -45,7 +45,7 @@ class loss_recorder {
     const double excess = move.score - move.tree_score + excess_of_tree_;
     double relative = no_bound;
     if (wanted_.needs_relative()) {
-      relative = relative_fit_difference(*move.data, move.home, move.there);
+      relative = relative_fit_difference(*move.data, move.home, move.there, true);
       if (relative > context_.rules.relative_suboptimal + score_tolerance) relative = no_bound;
     }
     for (const std::int32_t v : path_.of(move)) {

@@ -115,7 +115,7 @@ void check_regrafts(const data_matrix& oracle, std::mt19937& g) {
   if (data.implied_on) remove_home_steps(data, own, {join_end::branch, sister});
   for (const int target : targets) {
     const double found = relative_fit_difference(data, {own, {join_end::branch, sister}},
-                                                 {own, {join_end::branch, target}});
+                                                 {own, {join_end::branch, target}}, true);
     attach(data.tree, clip, joint, target);
     EXPECT_NEAR(found, oracle_difference(oracle, home, tree_in_work(data)), 1e-6);
     detach(data.tree, clip);

@@ -135,15 +135,16 @@ double landmark_moves::estimate(int u, int v, double limit) const {
   return sum;
 }
 
-std::vector<double> landmark_moves::costs_by_point(int u, int v) const {
+std::vector<double> landmark_moves::costs_by_configuration(int u, int v) const {
   const joined_ends ends = ends_of(u, v);
-  std::vector<double> costs;
+  std::vector<double> costs(landmarks_.configurations());
   for (int block = 0; block < points_.count(); ++block) {
     const lane_values& before = half_lengths_[at(block)];
     const lane_values added = added_lengths(block, ends.own, ends.target);
-    for (int l = 0; l < block_lanes; ++l)
-      costs.push_back(landmarks_.cost(block, l, before[at(l)] + added[at(l)]) -
-                      landmarks_.cost(block, l, before[at(l)]));
+    lane_values whole;
+    for (std::size_t l = 0; l < block_lanes; ++l) whole[l] = before[l] + added[l];
+    landmarks_.add_by_configuration(block, whole, 1, costs);
+    landmarks_.add_by_configuration(block, before, -1, costs);
   }
   return costs;
 }

@@ -52,8 +52,8 @@ class landmark_moves {
   /// What joining by the branch `u` of the clip to the branch `v` costs; above `limit`, something
   /// above it. May be called on several threads.
   double estimate(int u, int v, double limit) const;
-  /// The same for each point.
-  std::vector<double> costs_by_point(int u, int v) const;
+  /// The same by configuration.
+  std::vector<double> costs_by_configuration(int u, int v) const;
   /// The same after nodes within so many branches of the union moved so often.
   double refined(int u, int v, int depth, int rounds);
   /// The same after all nodes moved.

@@ -163,13 +163,15 @@ void searched_landmarks::fill_blocks(const search_data& data) {
 
 void searched_landmarks::set_costs() {
   costs_.assign(at(blocks_.count()) * block_lanes, {});
-  for (const configuration_record& one : points_.configurations) {
+  for (int i = 0; at(i) < configurations(); ++i) {
+    const configuration_record& one = points_.configurations[at(i)];
     if (rules_.on && rules_.set_of_character(one.character) >= 0)
       error_end("Searches can't weight landmark characters in sets: character", one.character);
     for (int p = one.first; p < one.end; ++p) {
       const point_record& point = points_.points[at(p)];
       lane_cost& cost = costs_[at(place_[at(p)])];
       cost.character = point.character;
+      cost.configuration = i;
       if (point.effort != point_effort::none) cost.weight = one.weight * point.multiplier();
       if (!rules_.on) continue;
       cost.minimum = minimum_of_point(point);
@@ -230,15 +232,29 @@ const searched_landmarks::scored_tree& searched_landmarks::known(const search_da
 }
 
 double searched_landmarks::score_of(const search_data& data, std::span<const std::int32_t> anc) {
-  const scored_tree& tree = known(data, anc, nullptr);
   double sum = 0;
-  for (const configuration_record& one : points_.configurations) {
-    double own = 0;
-    for (int p = one.first; p < one.end; ++p)
-      own += cost(costs_[at(place_[at(p)])], tree.lengths[at(p)]);
-    sum += own;
-  }
+  for (const double cost : costs_by_configuration(data, anc)) sum += cost;
   return sum;
+}
+
+std::vector<double> searched_landmarks::costs_by_configuration(const search_data& data,
+                                                               std::span<const std::int32_t> anc) {
+  const scored_tree& tree = known(data, anc, nullptr);
+  std::vector<double> costs;
+  for (const configuration_record& one : points_.configurations) {
+    costs.push_back(0);
+    for (int p = one.first; p < one.end; ++p)
+      costs.back() += cost(costs_[at(place_[at(p)])], tree.lengths[at(p)]);
+  }
+  return costs;
+}
+
+void searched_landmarks::add_by_configuration(int block, const lane_values& lengths, double sign,
+                                              std::span<double> costs) const {
+  for (int l = 0; l < block_lanes; ++l) {
+    const lane_cost& one = costs_[at(block) * block_lanes + at(l)];
+    costs[at(one.configuration)] += sign * cost(one, lengths[at(l)]);
+  }
 }
 
 void searched_landmarks::mark_staying(const search_data& data, int /*rule*/,

@@ -61,6 +61,13 @@ class searched_landmarks final : public whole_tree_characters {
     for (int l = 0; l < block_lanes; ++l) sum += cost(block, l, lengths[at(l)]);
     return sum;
   }
+  /// Of a tree with these ancestors, in full, by configuration.
+  std::vector<double> costs_by_configuration(const search_data& data,
+                                             std::span<const std::int32_t> anc);
+  /// What the points that lie in a block cost, added to those of their configurations.
+  void add_by_configuration(int block, const lane_values& lengths, double sign,
+                            std::span<double> costs) const;
+  std::size_t configurations() const { return points_.configurations.size(); }
   /// What `added` costs on top of `length`.
   double cost_added(int block, const lane_values& lengths, const lane_values& added) const;
 
@@ -70,6 +77,7 @@ class searched_landmarks final : public whole_tree_characters {
     double minimum = 0;  // length that costs nothing, under implied weights
     fit_function function;
     int character = 0;
+    int configuration = 0;
   };
   /// What is known of a tree that was optimised.
   struct scored_tree {

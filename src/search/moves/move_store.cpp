@@ -114,7 +114,7 @@ void cancel_worse_in_relation(swap_run& run, int u) {
   for (swap_candidate& move : run.move_list.first(at(run.n_moves))) {
     if (move.score <= home_score + run.rounding) continue;
     const clip_place there{run.clip_side(u), run.target_side(move.branch)};
-    if (relative_fit_difference(run.data, home, there) > allowed) move.branch = -1;
+    if (relative_fit_difference(run.data, home, there, true) > allowed) move.branch = -1;
   }
 }
 

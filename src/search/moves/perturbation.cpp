@@ -7,7 +7,7 @@ bool accepts_worse(const perturbation& how, random_generator& random, const sear
   const double drawn = random.draw() % 100 / ((2 * how.drifted + worse) * 100.0);
   const double chance = drawn + how.factor * drawn;
   if (chance < worse / score) return false;
-  const double difference = relative_fit_difference(data, home, other);
+  const double difference = relative_fit_difference(data, home, other, false);
   return difference <= how.relative_fit_difference && chance >= difference;
 }
 

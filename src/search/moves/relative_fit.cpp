@@ -6,6 +6,7 @@
 #include "engine/joining.h"
 #include "engine/wide/wide_costs.h"
 #include "search/landmarks/landmark_moves.h"
+#include "search/landmarks/searched_landmarks.h"
 
 namespace zeb {
 namespace {
@@ -59,12 +60,18 @@ class evidence {
         ++i;
       }
   }
-  /// Points as they are by the estimates of joinings.
-  void add_landmarks(const landmark_moves& moves, const clip_place& home, const clip_place& other) {
-    const std::vector<double> at_home = moves.costs_by_point(home.clip.number, home.main.number);
-    const std::vector<double> elsewhere =
-        moves.costs_by_point(other.clip.number, other.main.number);
-    for (std::size_t p = 0; p < at_home.size(); ++p) add(-1, at_home[p], elsewhere[p]);
+  void add_landmarks(const clip_place& home, const clip_place& other, bool in_full) {
+    searched_landmarks& landmarks = *landmarks_in(data_);
+    const landmark_moves& moves = *landmarks.moves_in_work();
+    const auto costs_at = [&](const clip_place& place) {
+      const int u = place.clip.number;
+      const int v = place.main.number;
+      return in_full ? landmarks.costs_by_configuration(data_, moves.joined_ancestors(u, v))
+                     : moves.costs_by_configuration(u, v);
+    };
+    const std::vector<double> at_home = costs_at(home);
+    const std::vector<double> elsewhere = costs_at(other);
+    for (std::size_t i = 0; i < at_home.size(); ++i) add(-1, at_home[i], elsewhere[i]);
   }
   double difference() {
     settle_character();
@@ -112,7 +119,7 @@ class evidence {
 }  // namespace
 
 double relative_fit_difference(const search_data& data, const clip_place& home,
-                               const clip_place& other) {
+                               const clip_place& other, bool in_full) {
   const word* const home_clip = packed_words(data, home.clip);
   const word* const home_branch = packed_words(data, home.main);
   const word* const other_clip = packed_words(data, other.clip);
@@ -136,7 +143,7 @@ double relative_fit_difference(const search_data& data, const clip_place& home,
     before += data.fields[g].size();
   }
   if (data.has_wide) sum.add_wide_characters(home, other);
-  if (data.whole) sum.add_landmarks(*landmarks_in(data)->moves_in_work(), home, other);
+  if (data.whole) sum.add_landmarks(home, other, in_full);
   return sum.difference();
 }
 
