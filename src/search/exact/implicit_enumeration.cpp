@@ -26,8 +26,9 @@
 namespace zeb {
 namespace {
 
-/// A tree of some of the taxa costs landmarks no more than one of all; what is told of it is right
-/// to about a ten-thousandth.
+/// A tree of some of the taxa costs landmarks no more than one of all; the lengths told of it are
+/// right to about a ten-thousandth (not what is left of them beyond a minimum, under implied
+/// weights).
 constexpr double part_that_is_sure = 0.999;
 
 constexpr int trees_of_five_taxa = 15;
@@ -422,7 +423,7 @@ void enumeration::expand(int taxa, double length) {
   level& now = level_of(taxa);
   if (groups_) groups_->read_growing_tree(data_.tree);
   const double of_fewer_taxa = of_landmarks_;
-  if (landmarks_) of_landmarks_ = part_that_is_sure * landmarks_->cost_of_growing_tree();
+  if (landmarks_) of_landmarks_ = landmarks_->cost_of_growing_tree(part_that_is_sure);
   expand_within(now, taxa, length);
   of_landmarks_ = of_fewer_taxa;
 }

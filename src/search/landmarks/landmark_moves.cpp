@@ -268,11 +268,14 @@ void landmark_moves::note_grown(int block, const node_walk& walk) {
   in_both_[at(block)] = static_cast<std::uint8_t>(lanes_in(points_, block, walk));
 }
 
-double landmark_moves::cost_of_growing_tree() {
+double landmark_moves::cost_of_growing_tree(double part) {
   begin_growing();
   double sum = 0;
-  for (int block = 0; block < points_.count(); ++block)
-    sum += landmarks_.cost(block, half_lengths_[at(block)]);
+  for (int block = 0; block < points_.count(); ++block) {
+    lane_values lengths = half_lengths_[at(block)];
+    for (double& length : lengths) length *= part;
+    sum += landmarks_.cost(block, lengths);
+  }
   return sum;
 }
 

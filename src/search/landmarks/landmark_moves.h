@@ -63,8 +63,8 @@ class landmark_moves {
 
   // -- growing trees: of those the tree in work is one --
   void begin_growing();
-  /// Places all points of the tree anew, and tells what they cost.
-  double cost_of_growing_tree();
+  /// Places all points of the tree anew, and tells what this part of their lengths costs.
+  double cost_of_growing_tree(double part);
   /// Of a taxon that isn't in the tree, as `estimate`.
   double cost_of_adding(int taxon, int v, double limit) const;
   /// The taxon is about to be attached to the branch `v` by the node `joint`.
