@@ -260,7 +260,7 @@ bool read_optional_int(int* value) {
 
 namespace {
 
-/// "e-06" right behind a number; empty, and nothing consumed, where something else follows.
+/// "e-06" right after a number; empty, and nothing consumed, where something else follows.
 std::string read_exponent() {
   std::string text;
   const auto take = [&text] { text += static_cast<char>(read_char()); };
