@@ -51,6 +51,10 @@ class tps_reader {
     error_end("TPS file", file_, std::string("(line ") + std::to_string(next_) + "):", what,
               std::string(text));
   }
+  [[noreturn]] void fail_at_number(const std::string& what, std::string_view text) const {
+    const bool has_comma = text.find(',') != text.npos;
+    fail((has_comma ? "decimals follow a point, not a comma; " + what : what).c_str(), text);
+  }
   /// The next line that isn't empty.
   std::optional<std::string_view> next_line() {
     while (next_ < text_.lines().size()) {
@@ -74,7 +78,7 @@ class tps_reader {
       image_ = stem_of(value);
     } else if (key == "SCALE") {
       scale_ = real_of(value).value_or(0);
-      if (!(scale_ > 0)) fail("bad scale:", value);
+      if (!(scale_ > 0)) fail_at_number("bad scale:", value);
     }
   }
 
@@ -115,7 +119,7 @@ class tps_reader {
         continue;
       }
       const std::optional<double> value = real_of(word);
-      if (!value || !std::isfinite(*value)) fail("bad point:", line);
+      if (!value || !std::isfinite(*value)) fail_at_number("bad point:", line);
       values[i] = *value;
     }
     if (!trimmed(rest).empty()) fail("too many coordinates:", line);

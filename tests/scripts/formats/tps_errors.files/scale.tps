@@ -1,4 +1,4 @@
 LM=1
 0 1
-SCALE=0
+SCALE=0,5
 ID=a
