@@ -66,12 +66,14 @@ void hold_command() {
   require_data("re-setting maxtrees");
   const std::int64_t capacity = read_capacity();
   if (capacity > 2000000000) error_end("Cannot make tree space for", capacity, "trees");
-  if (capacity_scopes() > 0) return;
   if (accept_char('/')) {
+    if (capacity_scopes() > 0)
+      error_end("Cannot reset tree-vault size under recursive sectorial searches");
     hold_with_vault(capacity);
     return;
   }
   check_end();
+  if (capacity_scopes() > 0) return;
   if (capacity < 1) error_end("Number of trees to hold must be > 0");
   drop_packed_data();
   set_maxtrees(static_cast<int>(capacity), settings.report);
