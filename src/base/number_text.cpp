@@ -1,6 +1,7 @@
 #include "base/number_text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -43,6 +44,13 @@ std::optional<double> take_real(std::string_view& text) {
 std::optional<double> real_of(std::string_view text) {
   const std::optional<double> value = take_real(text);
   return text.empty() ? value : std::nullopt;
+}
+
+std::string exact_text(double value) {
+  if (!std::isfinite(value)) return "0";
+  char text[400];
+  const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
+  return std::string(text, result.ptr);
 }
 
 }  // namespace zeb

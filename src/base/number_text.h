@@ -5,6 +5,7 @@
 #include <charconv>
 #include <concepts>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <system_error>
 
@@ -15,6 +16,9 @@ namespace zeb {
 std::optional<double> take_real(std::string_view& text);
 /// The number that the whole of `text` is.
 std::optional<double> real_of(std::string_view text);
+/// The fewest digits that are read back as the same number, without an exponent, which not every
+/// reader of numbers takes; "0" for what is infinite or no number.
+std::string exact_text(double value);
 
 /// The same for whole numbers, nothing for those that don't fit the type; "+" isn't taken.
 template <std::integral whole>

@@ -8,6 +8,7 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "language/list_text.h"
 #include "matrix/reading/continuous_reader.h"
 #include "matrix/reading/matrix_writer.h"

@@ -5,6 +5,7 @@
 
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "landmarks/commands.h"
 #include "landmarks/landmark_settings.h"
 #include "landmarks/lmark_request.h"

@@ -7,6 +7,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/name_matching.h"
@@ -136,13 +137,6 @@ void read_bare_number(void* settings, const option_table& table) {
   }
 }
 
-std::string number_text(double value) {
-  std::string text = std::to_string(value);
-  text.erase(text.find_last_not_of('0') + 1);
-  if (text.back() == '.') text.pop_back();
-  return text;
-}
-
 /// The default in brackets; empty where the keyword isn't the default among several ways, or has
 /// none.
 std::string default_text(const option_row& row, const void* defaults) {
@@ -160,9 +154,9 @@ std::string default_text(const option_row& row, const void* defaults) {
       if (value < row.range.lowest) return {};  // stands for no number
       break;
   }
-  std::string text = " [" + number_text(value);
+  std::string text = " [" + exact_text(value);
   if (row.second.member.get) {
-    text += row.second.separator + number_text(row.second.member.get(defaults));
+    text += row.second.separator + exact_text(row.second.member.get(defaults));
   }
   return text + "]";
 }
@@ -175,9 +169,11 @@ std::string words_of(const option_row& row, const void* settings) {
   if (row.kind == option_kind::choice) return keyword;
   if (row.negatable && value == row.off) return "no" + keyword;
   if (row.kind == option_kind::optional_number && value == row.without) return keyword;
-  std::string text = keyword + " " + number_text(value);
+  // Where one number means both, the first of two is the twin's.
+  const bool two = row.second.member.get && row.twin.get;
+  std::string text = keyword + " " + exact_text(two ? row.twin.get(settings) : value);
   if (row.second.member.get) {
-    text += row.second.separator + number_text(row.second.member.get(settings));
+    text += row.second.separator + exact_text(row.second.member.get(settings));
   }
   return text;
 }
@@ -187,9 +183,11 @@ bool is_changed(const option_row& row, const void* settings, const void* default
   if (!is_word || !row.member.get || !sets_the_rest(row, settings)) return false;
   const double value = row.member.get(settings);
   if (row.kind == option_kind::choice && value != row.value) return false;
-  const option_member& second = row.second.member;
-  return value != row.member.get(defaults) ||
-         (second.get && second.get(settings) != second.get(defaults));
+  const auto differs = [&](const option_member& member) {
+    return member.get && member.get(settings) != member.get(defaults);
+  };
+  return differs(row.member) ||
+         (row.second.member.get && (differs(row.second.member) || differs(row.twin)));
 }
 
 std::string argument_text(const option_row& row) {

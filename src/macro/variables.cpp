@@ -1,13 +1,13 @@
 #include "macro/variables.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "console/output.h"
 #include "macro/hooks.h"
 
@@ -202,11 +202,7 @@ void dename_from(int number) {
 }
 
 std::string all_digits(double value) {
-  if (!std::isfinite(value)) return value_text(value);
-  char buffer[512];
-  const auto [end, fault] =
-      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
-  return fault == std::errc() ? std::string(buffer, end) : value_text(value);
+  return std::isfinite(value) ? exact_text(value) : value_text(value);
 }
 
 std::string value_text(double value) {

@@ -1,7 +1,7 @@
 #include "search/registration.h"
 
 #include "base/command.h"
-#include "base/message_text.h"
+#include "base/number_text.h"
 #include "engine/hooks.h"
 #include "language/methods.h"
 #include "matrix/matrix_layout.h"
@@ -64,7 +64,8 @@ void register_search() {
     std::vector<std::string> lines;
     const search_settings_state& s = search_settings;
     if (s.suboptimal > 0 || s.relative_suboptimal > 0)
-      lines.push_back(text_of("subopt %gx%g", s.suboptimal, s.relative_suboptimal));
+      lines.push_back("subopt " + exact_text(s.suboptimal) + "x" +
+                      exact_text(s.relative_suboptimal));
     return lines;
   });
   add_methods(methods_part::searches, searches_in_words);

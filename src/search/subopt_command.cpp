@@ -2,7 +2,7 @@
 #include "search/commands.h"
 
 #include "base/errors.h"
-#include "base/message_text.h"
+#include "base/number_text.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "language/input.h"
@@ -13,16 +13,9 @@
 namespace zeb {
 namespace {
 
-std::string value_text(double value) {
-  std::string text = text_of("%.5f", value);
-  text.erase(text.find_last_not_of('0') + 1);
-  if (text.back() == '.') text.pop_back();
-  return text;
-}
-
 void show_values() {
-  emit("Suboptimal values: ", value_text(search_settings.suboptimal), " (absolute), ",
-       value_text(search_settings.relative_suboptimal), " (relative)\n");
+  emit("Suboptimal values: ", exact_text(search_settings.suboptimal), " (absolute), ",
+       exact_text(search_settings.relative_suboptimal), " (relative)\n");
 }
 
 double read_bound(const char* what) {

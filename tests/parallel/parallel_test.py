@@ -78,6 +78,23 @@ def results_come_back():
         check(not missing, f"settings reach the tasks: {what} {missing}", own + theirs)
 
 
+def all_settings_travel():
+    """What commands say of settings that differ from the defaults, here and in a task."""
+    shown = "sectsch:; rebuild:; resample:; xmult:; drift:; nstates; tables; subopt; piwe; xpiwe; xpiwe *; piwe &0; scores;"
+    for settings in (
+            "sectsch:xss 4-6+3-2 dss 19 3 rss selfactor = 3 2 noglobal global 7 slack 5 noxbuffer [mult 1;] [*]; rebuild:clip 3-5;"
+            "resample:jak probability 20 cut 60; resample:boot gc freq; tables =; tables /3;",
+            "resample:jak probability 20; resample:sym probability 30 nozerowt; xmult:hybrid x3 chklevel - 4 css; xmult:rss;"
+            "nstates gaps noxmin [ /dna; subopt 0.0000001x1234567.25; drift:fitdiff 0.00000125; sectsch:dss 19 3;",
+            f"piwe =; proc {MATRIX}; piwe<2; xpiwe[ 0.5; xpiwe/2x0.123456789 6 7; xpiwe(8.12/3.123456789;",
+            f"piwe =; proc {MATRIX}; xpiwe(*0.123456789<4; xpiwe -; piwe[ 1 0.333333333; piwe -;"):
+        start = f"{settings} hold 100; tread (0 (1 (2 (3 (4 (5 (6 (7 (8 (9 (10 (11 (12 (13 (14 (15 (16 17)))))))))))))))));"
+        own = run(f"{start} quote OWN; {shown}").partition("OWN")[2]
+        theirs = run(f"{start} pzeb begin a 1 = {shown} return text; pzeb wait; pzeb get;").partition("TASK 0")[2]
+        missing = [line for line in own.splitlines() if line.strip() and line not in theirs.splitlines()]
+        check(own.count("\n") > 40 and not missing, f"settings reach the tasks: {settings} {missing}", own + theirs)
+
+
 def tasks_are_steered():
     expect("pzeb begin a 2 = mult=replications 1; frobnicate; mult; return; pzeb wait; macro=;"
            "set 0 numerrors[a]; quote errors '0'; pzeb get;", r"errors 2", r"Got results from a \(2.*ended at an error: 0 1\s+Unknown command: frobnicate")
@@ -187,6 +204,7 @@ def main():
         sys.exit("the daemon doesn't start")
     try:
         results_come_back()
+        all_settings_travel()
         tasks_are_steered()
         one_tree_is_swapped_together()
         if options.mode == "local":

@@ -6,6 +6,7 @@
 
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "language/list_text.h"
 #include "matrix/matrix.h"
 
@@ -94,14 +95,17 @@ bool has_constant_weights() {
 }
 
 std::vector<std::string> weighting_as_commands() {
+  const bool used = weighting.on || has_extended_weighting() || !weighting.user_costs.empty() ||
+                    weighting.concavity != weighting_settings{}.concavity;
   std::vector<std::string> commands;
-  if (weighting.on) commands.push_back(text_of("piwe=%g", weighting.concavity));
+  if (used) commands.push_back("piwe=" + exact_text(weighting.concavity));
   if (!weighting.user_costs.empty()) {
     commands.emplace_back("piwe[");
-    for (const double cost : weighting.user_costs) commands.back() += text_of(" %g", cost);
+    for (const double cost : weighting.user_costs) commands.back() += " " + exact_text(cost);
   }
   const std::vector<std::string> extended = extended_weighting_as_commands();
   commands.insert(commands.end(), extended.begin(), extended.end());
+  if (used && !weighting.on) commands.emplace_back("piwe-");
   return commands;
 }
 
@@ -111,20 +115,21 @@ std::vector<std::string> extended_weighting_as_commands() {
     commands.push_back(head + wrapped_words(list_items(matrix.nchar, holds), head.size()));
   };
   if (has_constant_weights())
-    add(text_of("xpiwe/%ix%g", weighting.constant_steps, weighting.constant_factor),
+    add(text_of("xpiwe/%ix", weighting.constant_steps) + exact_text(weighting.constant_factor),
         [](int c) { return weighting.has_constant[at(c)] != 0; });
   for (int set = 0; set < weighting_set_count(); ++set)
     add("xpiwe[", [set](int c) { return weighting.set_of[at(c)] == set; });
   if (weighting.missing.on)
-    commands.push_back(text_of("xpiwe(%c%g<%g", weighting.missing.matches_costs ? '=' : '*',
-                               weighting.missing.share, weighting.missing.most_ratio));
+    commands.push_back((weighting.missing.matches_costs ? "xpiwe(=" : "xpiwe(*") +
+                       exact_text(weighting.missing.share) + "<" +
+                       exact_text(weighting.missing.most_ratio));
   std::vector<double> values = weighting.own_concavity;
   std::sort(values.begin(), values.end());
   values.erase(std::unique(values.begin(), values.end()), values.end());
   for (const double k : values) {
     if (k <= 0) continue;
     add("xpiwe(", [k](int c) { return weighting.own_concavity[at(c)] == k; });
-    commands.back() += text_of("/%g", k);
+    commands.back() += "/" + exact_text(k);
   }
   if (!commands.empty() && !weighting.extended) commands.emplace_back("xpiwe-");
   return commands;

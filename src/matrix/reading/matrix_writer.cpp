@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
 #include <vector>
 
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "base/text_columns.h"
 #include "console/output.h"
 #include "matrix/costs/cost_text.h"
@@ -292,12 +292,6 @@ void matrix_writer::write_taxon_settings() {
 }
 
 }  // namespace
-
-std::string exact_text(double value) {
-  char text[400];
-  const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
-  return result.ec == std::errc{} ? std::string(text, result.ptr) : "0";
-}
 
 std::string written_point(const landmark_point& point, int dimensions) {
   if (is_missing(point)) return "?";

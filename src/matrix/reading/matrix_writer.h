@@ -34,7 +34,4 @@ std::string written_cell(int character, std::uint32_t states);
 /// A point as it is written: "0.5,-1" or "?".
 std::string written_point(const landmark_point& point, int dimensions);
 
-/// A number with all digits that matter, without an exponent.
-std::string exact_text(double value);
-
 }  // namespace zeb

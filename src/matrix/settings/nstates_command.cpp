@@ -237,7 +237,13 @@ bool is_letter(int c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }  // namespace
 
 constexpr option_table nstates_options =
-    rows.table("nstates", {.unknown = "Unrecognized option for nstates: %s"});
+    rows.table("nstates", {.unknown = "Unrecognized option for nstates: %s"}).with_changes([] {
+      std::string text = changed_options(present_settings(), nstates_options);
+      if (matrix.show_original_scale) text += " [";
+      if (matrix.state_entry_type != data_settings{}.entry_type)
+        text += matrix.state_entry_type == dna_data ? " /DNA" : " /PROT";
+      return text.starts_with(' ') ? text.substr(1) : text;
+    });
 
 void nstates_command() {
   no_timing();

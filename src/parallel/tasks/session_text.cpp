@@ -4,12 +4,15 @@
 #include "base/message_text.h"
 #include "console/output.h"
 #include "console/settings.h"
+#include "engine/fit/weighting_settings.h"
 #include "language/command_strings.h"
 #include "language/methods.h"
 #include "macro/macro_state.h"
 #include "matrix/matrix.h"
+#include "search/sectors/sectors.h"
 #include "trees/constraints/constraint_text.h"
 #include "trees/constraints/constraints.h"
+#include "trees/drawing/tables.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"
 
@@ -28,8 +31,17 @@ std::string macro_settings() {
                              macros.max_variables, static_cast<int>(macros.memory_bytes / 1000));
   text += text_of("macro protection %i;", macros.protection);
   if (macros.integer_only) text += "macfloat -;";
+  if (macros.number_format == "%g") text += "macfloat e;";
+  if (macros.number_format.starts_with("%.")) text += text_of("macfloat %i;", macros.digits);
   if (macros.names_as_numbers) text += "macro +;";
   return text + "macro =;\n";
+}
+
+std::string table_settings() {
+  std::string text;
+  if (tables.dense) text += "tables =;";
+  if (tables.precision != table_state{}.precision) text += text_of("tables /%i;", tables.precision);
+  return text;
 }
 
 /// Read as a tree, which then goes again.
@@ -40,10 +52,19 @@ std::string tags_as_commands() {
   return text + "keep 0;\n";
 }
 
+/// What must be set before data are read. Functions and sets of implied weights can be defined only
+/// where these were on then; the settings come later, and turn them on where they are.
+std::string read_as_here(const std::string& data) {
+  const int levels = sectors.each.recurse;
+  const std::string recursion =
+      levels > sector_settings{}.each.recurse ? text_of("sectsch:recurse %i;\n", levels) : "";
+  return recursion + (weighting.data_allow ? "piwe =;\n" + data + "piwe -;\n" : data);
+}
+
 }  // namespace
 
 std::string data_as_commands() {
-  std::string text = output_of_command("xread *;");
+  std::string text = read_as_here(output_of_command("xread *;"));
   if (matrix.defined_taxon_groups != 0) text += output_of_command("agroup *;");
   if (matrix.defined_character_groups != 0) text += output_of_command("xgroup *;");
   if (matrix.use_taxon_names) text += "taxname =;\n";
@@ -55,11 +76,11 @@ std::string data_as_commands() {
 std::string data_as_commands(const write_request& request) {
   const output_capture said;
   write_matrix(request);
-  return said.text();
+  return read_as_here(said.text());
 }
 
 std::string settings_as_commands() {
-  std::string text = macro_settings();
+  std::string text = macro_settings() + table_settings();
   if (constraints.defined() && !constraints.active) text += definitions_text() + ";\n";
   for (const std::string& command : changed_settings()) text += command + ";\n";
   return text;

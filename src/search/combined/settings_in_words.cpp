@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "search/drivers/addition_options.h"
 
 namespace zeb {
@@ -49,10 +50,10 @@ void add_lines_of_crossing(const combined_settings& settings, std::vector<std::s
 
 void add_lines_of_hits(const combined_settings& settings, std::vector<std::string>& lines) {
   if (settings.targetscore > 0)
-    lines.push_back(text_of("Searching until score %.10g found", settings.targetscore));
+    lines.push_back("Searching until score " + exact_text(settings.targetscore) + " found");
   lines.push_back(text_of("Finding best score %i times (=hits)", settings.hits));
   if (settings.giveupscore > 0)
-    lines.push_back(text_of("Giving up when score %.10g found", settings.giveupscore));
+    lines.push_back("Giving up when score " + exact_text(settings.giveupscore) + " found");
   if (settings.consense == 0) {
     lines.emplace_back("Not consensing trees during search");
   } else {

@@ -5,6 +5,7 @@
 #include "base/errors.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "base/time_limit.h"
 #include "console/output.h"
 #include "search/search_journal.h"
@@ -38,7 +39,7 @@ void add_lines_of_cycles(const cycle_settings& settings, std::string_view rounds
     lines.push_back(text_of("Stopping when %i%% of perturbation phase completed", settings.giveup));
   }
   if (settings.findscore > 0) {
-    lines.push_back(text_of("Stopping when score %.10g found", settings.findscore));
+    lines.push_back("Stopping when score " + exact_text(settings.findscore) + " found");
   }
 }
 

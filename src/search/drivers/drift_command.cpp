@@ -4,6 +4,7 @@
 
 #include "base/errors.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "console/output.h"
 #include "language/interpreter.h"
 #include "language/options.h"
@@ -62,7 +63,7 @@ void list_settings() {
   std::vector<std::string> lines = {text_of("%i iterations", c.iterations),
                                     text_of("%i substitutions in each", c.numsubs)};
   if (drift.pert) {
-    lines.push_back(text_of("Max. absolute fit diff.: %.10g", drift.fitdiff));
+    lines.push_back("Max. absolute fit diff.: " + exact_text(drift.fitdiff));
     lines.push_back(text_of("Max. relative fit diff.: %.2f", drift.rfitdiff));
     lines.push_back(text_of("Rejection factor for suboptimal trees: %.2f", drift.xfactor));
   } else {

@@ -5,6 +5,7 @@
 #include "base/errors.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "base/time_limit.h"
 #include "console/output.h"
 #include "language/interpreter.h"
@@ -102,11 +103,11 @@ void list_settings() {
   if (r.reset > 0) {
     emit(
         text_of("    * After %i cycles without matching score, resetting to best tree\n", r.reset));
-    emit(text_of("    * Scores more than %g above the best are no match\n", r.excess));
+    emit("    * Scores more than ", exact_text(r.excess), " above the best are no match\n");
   }
   emit(r.keepall ? "    * Keeping all trees\n" : "    * Keeping the best trees only\n");
   if (r.findscore > 0) {
-    emit(text_of("    * Abandoning search as soon as score %g found\n", r.findscore));
+    emit("    * Abandoning search as soon as score ", exact_text(r.findscore), " found\n");
   }
 }
 
@@ -171,8 +172,8 @@ constexpr option_table rebuild_options =
         .with_changes([] {
           std::string text = changed_options(rebuilding, rebuild_options);
           if (rebuilding.reset > 0)
-            text += text_of("%sreset %i+%g", text.empty() ? "" : " ", rebuilding.reset,
-                            rebuilding.excess);
+            text += text_of("%sreset %i+", text.empty() ? "" : " ", rebuilding.reset) +
+                    exact_text(rebuilding.excess);
           return text;
         });
 

@@ -5,6 +5,7 @@
 
 #include "base/indices.h"
 #include "base/message_text.h"
+#include "base/number_text.h"
 #include "engine/packing/packed_matrix.h"
 #include "matrix/matrix.h"
 #include "search/drivers/cycle_options.h"
@@ -88,6 +89,7 @@ void add_lines_of_analysis(std::vector<std::string>& lines) {
 
 void list_sector_settings() {
   std::vector<std::string> lines;
+  if (sectors.tree >= 0) lines.push_back(text_of("Searching tree %i only", sectors.tree));
   add_lines_of_selection(lines);
   add_lines_of_analysis(lines);
   if (sectors.global > 0 || sectors.dglobal > 0) {
@@ -105,7 +107,7 @@ void list_sector_settings() {
   if (sectors.each.slack > 0)
     lines.push_back(text_of("Extra memory for sectors: %i%%", sectors.each.slack));
   if (sectors.findscore > 0)
-    lines.push_back(text_of("Stopping when score %g found", sectors.findscore));
+    lines.push_back("Stopping when score " + exact_text(sectors.findscore) + " found");
   lines.emplace_back(sectors.keepall ? "Keeping all trees" : "Keeping the best trees only");
   list_lines("Sectorial search settings: ", lines);
 }

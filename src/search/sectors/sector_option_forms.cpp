@@ -155,4 +155,47 @@ void set_private_buffer(sector_settings& settings, bool on) {
 void use_private_buffer(sector_settings& settings) { set_private_buffer(settings, true); }
 void use_no_private_buffer(sector_settings& settings) { set_private_buffer(settings, false); }
 
+namespace {
+
+std::string selections_in_words(const sector_settings& settings, const sector_settings& standard) {
+  std::string text;
+  if (settings.selfactor != standard.selfactor)
+    text += text_of(" selfactor %i", settings.selfactor);
+  if (settings.selection_count == 0) return text;
+  text += " selfactor =";
+  for (int i = 0; i < settings.selection_count; ++i)
+    text += text_of(" %i", settings.selections[at(i)]);
+  return text;
+}
+
+std::string exclusive_in_words(const sector_settings& settings) {
+  std::string text = " xss ";
+  if (settings.divisions_given)
+    text += text_of("%i-%i", settings.divisions, settings.divisions_last);
+  return text + text_of("+%i-%i", settings.xss_rounds, settings.xss_global);
+}
+
+}  // namespace
+
+std::string changed_forms(const sector_settings& settings) {
+  const sector_settings standard;
+  std::string text;
+  const bool exclusive = settings.selection == sector_settings::exclusive;
+  if (exclusive || settings.divisions_given || settings.xss_rounds != standard.xss_rounds ||
+      settings.xss_global != standard.xss_global)
+    text += exclusive_in_words(settings);
+  if (settings.center >= 0) text += text_of(" dss %i %i", settings.center, settings.diameter);
+  if (!text.empty() && settings.selection == sector_settings::random) text += " rss";
+  if (exclusive && settings.center >= 0) text += " xss";
+  text += selections_in_words(settings, standard);
+  if (settings.each.recurse != standard.each.recurse)
+    text += text_of(" recurse %i", settings.each.recurse);
+  if (settings.each.slack != standard.each.slack) text += text_of(" slack %i", settings.each.slack);
+  if (!settings.each.xbuffer) text += " noxbuffer";
+  // Each text got a semicolon when it was read.
+  for (const std::string& commands : settings.each.instructions)
+    text += " [" + commands.substr(0, commands.size() - !commands.empty()) + "]";
+  return text.empty() ? text : text.substr(1);
+}
+
 }  // namespace zeb

@@ -1,6 +1,8 @@
 // Options of `sectsch` that are more than a keyword and a number: what follows the keyword is read.
 #pragma once
 
+#include <string>
+
 #include "search/sectors/sectors.h"
 
 namespace zeb {
@@ -21,5 +23,9 @@ void read_slack(sector_settings& settings);
 /// "xbuffer", "noxbuffer".
 void use_private_buffer(sector_settings& settings);
 void use_no_private_buffer(sector_settings& settings);
+
+/// The options above that set what differs from the defaults, and the selection that is in force
+/// after them; "" for none.
+std::string changed_forms(const sector_settings& settings);
 
 }  // namespace zeb

@@ -303,12 +303,29 @@ void run_sectors() {
                                 .interrupted = interrupted()});
 }
 
+std::string changed_settings_of_sectors() {
+  sector_settings told = sectors;
+  std::string text;
+  if (told.global == 0 || told.dglobal == 0) {
+    text = "noglobal ";
+    if (told.global > 0) text += text_of("global %i ", told.global);
+    if (told.dglobal > 0) text += text_of("dglobal %i ", told.dglobal);
+    const sector_settings standard;
+    told.global = standard.global;
+    told.dglobal = standard.dglobal;
+  }
+  const std::string forms = changed_forms(sectors);
+  text += forms + (forms.empty() ? "" : " ") + changed_options(told, sectsch_options);
+  if (text.ends_with(' ')) text.pop_back();
+  return text;
+}
+
 }  // namespace
 
 constexpr option_table sectsch_options =
     rows.table("sectsch", {.unknown = "Unidentified string in sectorial search options: %s",
                            .wrong_sign = "Wrong argument for sectorial search: %c"})
-        .with_changes([] { return changed_options(sectors, sectsch_options); });
+        .with_changes(changed_settings_of_sectors);
 
 void sectsch_command() {
   const option_outcome outcome = read_search_options(sectors, sectsch_options, check_settings);

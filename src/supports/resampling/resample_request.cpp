@@ -25,6 +25,7 @@ resample_settings resampling;
 
 namespace {
 
+constexpr char wrong_symbol[] = "Unexpected symbol found on resampling options: %c";
 constexpr auto settings_of = &resample_request::settings;
 constexpr option_range from_0 = {0, option_range{}.highest};
 
@@ -110,16 +111,43 @@ resample_request request_of(const resample_settings& settings) {
   return request;
 }
 
-std::string changed_settings_of_resample() {
-  std::string text = changed_options(request_of(resampling), resample_options);
-  const auto add = [&text](const std::string& words) { text += (text.empty() ? "" : " ") + words; };
+/// Naming a summary drops those that aren't named.
+std::string summaries_in_words(const resample_settings& settings) {
   const resample_settings standard;
-  if (resampling.symmetric_percent != standard.symmetric_percent)
-    add(text_of("sym probability %i", resampling.symmetric_percent));
-  if (resampling.deleted_percent != standard.deleted_percent)
-    add(text_of("jak probability %i", resampling.deleted_percent));
-  if (!resampling.search.empty()) add("[" + resampling.search + "]");
-  return text;
+  if (settings.gc == standard.gc && settings.frequency == standard.frequency &&
+      settings.slope == standard.slope)
+    return {};
+  std::string text;
+  if (settings.gc) text += " gc";
+  if (settings.frequency) text += " frequency";
+  if (settings.slope) text += " slope";
+  return text.empty() ? " nogc" : text;
+}
+
+/// A probability is that of the scheme in force, so that of another one takes a command of its own.
+std::string changed_settings_of_resample() {
+  const resample_settings standard;
+  const bool symmetric = resampling.scheme == sampling_scheme::symmetric;
+  const bool jackknife = resampling.scheme == sampling_scheme::jackknife;
+  const bool other_chance = resampling.symmetric_percent != standard.symmetric_percent;
+  const bool other_deletion = resampling.deleted_percent != standard.deleted_percent;
+  std::string text;
+  if (other_chance && !symmetric)
+    text += text_of(" sym probability %i; resample:", resampling.symmetric_percent);
+  if (other_deletion && !jackknife)
+    text += text_of(" jak probability %i; resample:", resampling.deleted_percent);
+  if (other_deletion && symmetric) text += " sym";
+  resample_request told = request_of(resampling);
+  told.gc = standard.gc;
+  told.frequency = standard.frequency;
+  told.slope = standard.slope;
+  const std::string options = changed_options(told, resample_options);
+  if (!options.empty()) text += " " + options;
+  if (other_chance && symmetric) text += text_of(" probability %i", resampling.symmetric_percent);
+  if (other_deletion && jackknife) text += text_of(" probability %i", resampling.deleted_percent);
+  text += summaries_in_words(resampling);
+  if (!resampling.search.empty()) text += " [" + resampling.search + "]";
+  return text.empty() ? text : text.substr(1);
 }
 
 void read_excluded(resample_request& request) {
@@ -139,7 +167,7 @@ void read_parts(resample_request& request) {
       ++request.words;
       read_option(request, request.sibyl ? sibyl_options : resample_options);
     } else {
-      error_end_f("Unexpected symbol found on resampling options: %c", c);
+      error_end_f(wrong_symbol, c);
     }
   }
 }
@@ -219,7 +247,9 @@ void leave_out_inactive(resample_request& request) {
 }  // namespace
 
 constexpr option_table resample_options =
-    rows.table("resample", {.unknown = "Unidentified string in resampling options: %s"},
+    rows.table("resample",
+               {.unknown = "Unidentified string in resampling options: %s",
+                .wrong_sign = wrong_symbol},
                &sibyl_options)
         .with_changes(changed_settings_of_resample);
 
