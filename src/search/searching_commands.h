@@ -5,8 +5,8 @@
 
 namespace zeb {
 
-/// Does the command search, or choose among the trees found? Within a search it then leaves nothing
-/// behind but trees.
+/// Does the command search, or choose among the trees found? Then nothing but trees stays of it
+/// within a search.
 bool only_searches(const command_row& row);
 
 }  // namespace zeb
