@@ -106,11 +106,21 @@ double sum_of_tags() {
   return sum_over([](const task_status& s) { return static_cast<double>(s.tag); });
 }
 
-/// What the scores of a sector's task have less than the whole tree.
+/// Of a job that improves trees: the most that a task has won. In a task that searches a sector:
+/// what the whole tree has more than the sector.
 double score_improvement() {
+  if (!brackets_follow() && task.is_sector) return task.score_offset;
   const job_argument chosen = read_job_and_task();
-  const double best = best_of(statuses_of(chosen));
-  return best < 0 ? 0 : chosen.job->score_at_start - best;
+  const job_record& job = *chosen.job;
+  const std::vector<task_status> statuses = statuses_of(chosen);
+  double most = 0;
+  for (std::size_t i = 0; i < statuses.size(); ++i) {
+    const std::size_t number = chosen.task < 0 ? i : at(chosen.task);
+    const double start =
+        job.sectors.empty() ? job.score_at_start : job.sectors[number].score_at_start;
+    if (start >= 0 && statuses[i].score >= 0) most = std::max(most, start - statuses[i].score);
+  }
+  return most;
 }
 
 double algorithm() {

@@ -11,7 +11,17 @@ struct settings_list {
 };
 settings_list settings_of_searches;
 
+struct process_sector {
+  tracked_nodes nodes;
+};
+process_sector sector_of_process;
+
 }  // namespace
+
+void track_sector_of_process(const tracked_nodes& nodes) {
+  sector_of_process.nodes = nodes;
+  part_search.tracked = &sector_of_process.nodes;
+}
 
 void add_settings_of_searches(settings_restorer (*note)()) {
   settings_of_searches.notes.push_back(note);

@@ -20,7 +20,9 @@ struct part_search_state {
   int level = 0;                           // sectors within sectors
   const tracked_nodes* tracked = nullptr;  // of the sector of the first level; null: not tracked
 };
-extern part_search_state part_search;  // written by the scope
+extern part_search_state part_search;  // written by the scope, and the function
+/// All data of this process are a sector of that tree.
+void track_sector_of_process(const tracked_nodes& nodes);
 
 /// What commands set ends with the sector. Whoever owns settings registers, at start-up, a function
 /// that notes them as they are and returns what puts them back.

@@ -10,7 +10,7 @@ foreach(library local mpi pvm)
       add_test(NAME ${name}
         COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/parallel/${what}_test.py
                 --zeb $<TARGET_FILE:zeb> --mode ${library})
-      set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+      set_tests_properties(${name} PROPERTIES TIMEOUT 600)
     endforeach()
   endif()
 endforeach()

@@ -117,6 +117,11 @@ def tasks_are_steered():
            r"Got results from b \(2.*Got results from b \(2.*Got results from a \(2", BEST)
     expect("mult=replications 1 hold 1; pzeb begin s 3 /sector *3 0 = bbreak; return; pzeb wait; pzeb get; length;",
            r"Combined results from sectors in tree 1", r"0 \| 12\d 12\d")
+    expect("macro=; randtrees 3; pzeb begin s 1 /sector 8 2 = mult=replications 1; return; pzeb wait; set 0 bestscore[s]; set 1 length[2]-deltascore[s];"
+           "pzeb get; set 2 length[3]; quote same '0' '1' '2';", r"same (\d+) \1 \1\s")
+    expect("macro=; randtrees 1; pzeb begin s /sector *3 0 [1] = var: t n v[40]; set v biginsect; set t bigntax;"
+           "set n nodtosect[\"v[0]\"]; quote tracked \"t\" \"n\"; ccode (0; return text; pzeb wait; pzeb get;",
+           r"tracked 17 \d.*sankoff status of the characters cannot change")
     if options.mode == "pvm":
         expect("macro=; pzeb hgroup =3 (own) myself; set 0 isinhgroup[3 0]; quote host is '0' $hgroup 3;"
                "pzeb begin a 2 {own} = mult=replications 100000; return; pzeb hpause {own}; pzeb wait [2];"

@@ -18,6 +18,7 @@
 #include "matrix/commands.h"
 #include "matrix/matrix.h"
 #include "matrix/settings/character_settings.h"
+#include "matrix/settings/sankoff_lock.h"
 
 namespace zeb {
 namespace {
@@ -62,10 +63,12 @@ class ccode_reader {
         wanted_.active = c == '[';
         return;
       case '(':
+        require_free_sankoff();
         require_cost_tables();
         wanted_.sankoff = true;
         return;
       case ')':
+        require_free_sankoff();
         wanted_.sankoff = false;
         return;
       case '/':

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/scores.h"
 #include "parallel/messages/contents.h"
 #include "parallel/messages/tags.h"
 #include "parallel/transport/transport.h"
@@ -28,6 +29,7 @@ struct sector_place {
                                         // terminal 0 is the rest
   std::vector<tree_node> reduced_tree;  // the sector as it was
   int taxa = 0;                         // of the reduced data
+  double score_at_start = 0;            // of the whole tree
 };
 
 struct task_record {
@@ -52,9 +54,9 @@ struct job_record {
   std::vector<task_record> tasks;
   int hosts = 0;
   bool paused = false;
-  double score_at_start = 0;  // sectors, swapping: of the tree
-  int sequence = 0;           // in order of start, from 1
-  double started = 0;         // wall clock, seconds
+  double score_at_start = no_score;  // swapping: of the tree
+  int sequence = 0;                  // in order of start, from 1
+  double started = 0;                // wall clock, seconds
   job_kind kind = job_kind::whole_trees;
   bool partial = false;               // only some of the exclusive sectors
   int parts = 0;                      // exclusive sectors that make up the tree

@@ -10,13 +10,16 @@
 #include "base/message_text.h"
 #include "base/random.h"
 #include "console/output.h"
+#include "engine/plain/tree_scores.h"
 #include "mapping/node_states.h"
 #include "matrix/matrix.h"
 #include "matrix/reading/matrix_writer.h"
+#include "parallel/jobs/sector_nodes.h"
 #include "parallel/tasks/session_text.h"
 #include "parallel/tasks/tree_loads.h"
 #include "search/sectors/sector_choice.h"
 #include "search/sectors/sectors.h"
+#include "trees/notation/auto_save.h"
 #include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
@@ -48,16 +51,23 @@ std::vector<tree_node> in_taxa(std::vector<tree_node> tree) {
   return tree;
 }
 
+/// A tree that a sector was cut from.
+struct cut_tree {
+  int number = 0;
+  std::vector<tree_node> tree;  // as `tree_to_cut` makes it
+};
+
 std::vector<tree_sector> cut_sectors(const sector_request& wanted, int tasks,
-                                     std::vector<std::vector<tree_node>>& trees) {
+                                     std::vector<cut_tree>& trees) {
   random_generator random(static_cast<unsigned>(draw()));
   std::vector<tree_sector> sectors;
   if (wanted.how == sector_request::way::random) {
     for (int i = 0; i < tasks; ++i) {
       const int t = wanted.trees[at(draw()) % wanted.trees.size()];
-      trees.push_back(tree_to_cut(t));
-      std::vector<std::uint8_t> taken(trees.back().size(), 0);
-      sectors.push_back(random_sector(trees.back(), matrix.ntax, wanted.size, random, taken));
+      trees.push_back({t, tree_to_cut(t)});
+      const std::vector<tree_node>& tree = trees.back().tree;
+      std::vector<std::uint8_t> taken(tree.size(), 0);
+      sectors.push_back(random_sector(tree, matrix.ntax, wanted.size, random, taken));
     }
     return sectors;
   }
@@ -69,7 +79,7 @@ std::vector<tree_sector> cut_sectors(const sector_request& wanted, int tasks,
     const int node = wanted.node < matrix.ntax ? taxon_of(wanted.node) : wanted.node;
     sectors = {sector_around(tree, matrix.ntax, node, distance)};
   }
-  trees.assign(sectors.size(), tree);
+  trees.assign(sectors.size(), {wanted.trees[0], tree});
   return sectors;
 }
 
@@ -147,7 +157,7 @@ std::string name_of_terminal(int node) {
   return node < matrix.ntax ? std::string(taxon_name(node)) : text_of("HTU_%i", node);
 }
 
-task_orders orders_of_sector(const sector_place& place) {
+task_orders orders_of_sector(const sector_place& place, int number) {
   std::vector<row_of_cells> cells = {cells_of_rest(place.tree, place.top)};
   const std::vector<int> nodes(place.terminals.begin(), place.terminals.end());
   for (row_of_cells& row : cells_of_nodes(place.tree, nodes)) cells.push_back(std::move(row));
@@ -158,6 +168,9 @@ task_orders orders_of_sector(const sector_place& place) {
   const std::vector<std::uint8_t> all_characters(at(matrix.nchar), 1);
   task_orders orders = orders_of_session();
   orders.is_sector = true;
+  orders.score_offset = place.score_at_start;
+  orders.nodes_in_sector = nodes_in_sector(place, viewed_tree(number));
+  orders.taxa_of_tree = matrix.ntax;
   orders.taxa = place.taxa;
   orders.data = data_as_commands({.taxa = no_taxa,
                                   .characters = all_characters,
@@ -176,16 +189,19 @@ int exclusive_parts(int count, bool loose, int tree) {
 }
 
 void make_sector_job(const sector_request& wanted, job_request& request) {
-  std::vector<std::vector<tree_node>> trees;
+  std::vector<cut_tree> trees;
   std::vector<tree_sector> cut = cut_sectors(wanted, std::max(request.tasks, 1), trees);
+  std::vector<double> scores(at(store.ntrees));
+  score_stored_trees(scores);
   const int parts = static_cast<int>(cut.size());
   if (wanted.how == sector_request::way::exclusive) {
-    if (sectors.chkroot && parts != wanted.size)
+    const int asked = request.tasks > 0 ? request.tasks : wanted.size;
+    if (sectors.chkroot && parts != asked)
       error_end_f(
           "P-ZEB: current settings will create %i sectors (not %i),\n       but %i tasks will be "
           "spawned.  Use \"treeparts\" to\n       know how many tasks to spawn (or set "
           "\"sec:nochkroot\")",
-          parts, wanted.size, request.tasks);
+          parts, wanted.size, asked);
     if (request.tasks > 0 && request.tasks != parts)
       warning(
           text_of("P-ZEB: %i tasks specified, but %i sector selections\n       requested; will "
@@ -196,21 +212,20 @@ void make_sector_job(const sector_request& wanted, job_request& request) {
     const bool left_out = !wanted.launched.empty() && !std::ranges::count(wanted.launched, i);
     if (left_out) continue;
     sector_place place;
-    place.tree = in_taxa(trees[at(i)]);
+    place.tree = in_taxa(trees[at(i)].tree);
+    place.score_at_start = scores[at(trees[at(i)].number)];
     place.top = cut[at(i)].top;
     for (const std::int32_t t : cut[at(i)].terminals)
       place.terminals.push_back(t < matrix.ntax ? taxon_of(t) : t);
     place.taxa = static_cast<int>(place.terminals.size()) + 1;
     place.reduced_tree = tree_of_sector(place.tree, place);
-    request.sector_orders.push_back(orders_of_sector(place));
+    request.sector_orders.push_back(orders_of_sector(place, trees[at(i)].number));
     request.sectors.push_back(std::move(place));
   }
   if (request.sectors.empty()) error_end("P-ZEB: no such sectors");
   request.partial = static_cast<int>(request.sectors.size()) < parts;
   request.parts = parts;
   request.tasks = static_cast<int>(request.sectors.size());
-  request.score_at_start = score_of_stored_tree(wanted.trees[0]);
-  for (task_orders& orders : request.sector_orders) orders.score_offset = request.score_at_start;
   request.kind = wanted.how == sector_request::way::exclusive ? job_kind::exclusive_sectors
                  : wanted.how == sector_request::way::random  ? job_kind::random_sectors
                                                               : job_kind::one_sector;

@@ -95,7 +95,7 @@ void place_one_sector(const job_record& job, int task, const sector_result& foun
   if (!is_usable(place, found.tree)) return;
   std::vector<int> ancestors = ancestors_of(place.tree);
   put_in(place, found.tree, ancestors);
-  if (!store_if_no_worse(ancestors, job.score_at_start)) return;
+  if (!store_if_no_worse(ancestors, place.score_at_start)) return;
   int count = 1;
   if (polytomous) {
     constexpr int copies = 2;
@@ -117,7 +117,7 @@ void combine_exclusive(const job_record& job, const std::vector<sector_result>& 
     put_in(job.sectors[i], found_by_task[i].tree, ancestors);
     ++parts;
   }
-  if (parts == 0 || !store_if_no_worse(ancestors, job.score_at_start)) return;
+  if (parts == 0 || !store_if_no_worse(ancestors, job.sectors[0].score_at_start)) return;
   emit(text_of("Combined results from sectors in tree %i\n", store.ntrees - 1));
   group_trees(store.ntrees - 1, store.ntrees,
               text_of("Combination_%s_%i_sectors", job.name.c_str(), parts));

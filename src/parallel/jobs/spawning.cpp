@@ -169,7 +169,8 @@ int spawn_job(job_request request) {
   job.started = wall_clock();
   job.kind = request.kind;
   job.parts = request.parts;
-  job.score_at_start = request.score_at_start;
+  if (request.swap != swap_orders::way::none)
+    job.score_at_start = score_of_stored_tree(request.swapped_tree);
   job.partial = request.partial;
   job.sectors = std::move(request.sectors);
   job.tasks = std::move(tasks);

@@ -22,7 +22,6 @@ struct job_request {
   std::vector<sector_place> sectors;       // by task
   std::vector<task_orders> sector_orders;  // data of each
   int parts = 0;
-  double score_at_start = 0;  // of the tree whose sectors are searched
   bool partial = false;
   swap_orders::way swap = swap_orders::way::none;
   int swapped_tree = 0;

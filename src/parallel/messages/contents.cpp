@@ -69,6 +69,8 @@ packet_writer task_orders::packed() const {
   packet_writer to;
   to.put(is_sector);
   to.put_real(score_offset);
+  to.put(taxa_of_tree);
+  to.put_list(nodes_in_sector);
   to.put(communication_time);
   to.put(raw_encoding);
   to.put_text(host);
@@ -94,6 +96,8 @@ task_orders task_orders::unpacked(packet_reader from) {
   task_orders o;
   o.is_sector = from.whole_within(0, 1) != 0;
   o.score_offset = from.real();
+  o.taxa_of_tree = from.whole_within(0, most);
+  o.nodes_in_sector = from.list();
   o.communication_time = from.whole_within(0, most);
   o.raw_encoding = from.whole_within(0, 1) != 0;
   o.host = from.text();

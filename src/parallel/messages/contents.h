@@ -40,7 +40,10 @@ struct host_table {
 /// The data set and what is to be done with it: the same for all tasks of a job.
 struct task_orders {
   bool is_sector = false;   // the data are a sector of a larger tree:
-  double score_offset = 0;  // what the whole tree has more than it
+  double score_offset = 0;  // score of the whole tree
+  int taxa_of_tree = 0;     // of the whole tree
+  std::vector<std::int32_t>
+      nodes_in_sector;  // by node of the whole tree: that of the sector; or -1
   int communication_time = 3;
   bool raw_encoding = true;
   std::string host;  // of the parent

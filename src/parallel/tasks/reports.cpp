@@ -49,7 +49,9 @@ task_status status_of_task() {
   now.stage = stage_of_search();
   now.paused = task.paused;
   now.tag = task.tag;
+  const bool swaps = task.swap.how != swap_orders::way::none && task.shown_command.empty();
   now.command = task.failed                  ? "ERROR"
+                : swaps                      ? "swap"
                 : task.shown_command.empty() ? command.command_name
                                              : task.shown_command;
   return now;

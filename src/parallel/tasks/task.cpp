@@ -25,6 +25,7 @@
 #include "language/options.h"
 #include "macro/macro_values.h"
 #include "matrix/matrix.h"
+#include "matrix/settings/sankoff_lock.h"
 #include "parallel/hosts/host_groups.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
@@ -38,6 +39,7 @@
 #include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/transport/connection.h"
+#include "search/part_search.h"
 #include "search/search_session.h"
 #include "trees/tree_store.h"
 
@@ -81,7 +83,6 @@ void prepare(const task_orders& orders) {
   task.siblings = orders.tasks;
   task.parent_process = orders.host == name_of_this_machine() ? orders.process : 0;
   task.is_sector = orders.is_sector;
-  task.score_offset = orders.score_offset;
   task.instructions = orders.instructions;
   task.swap = orders.swap;
   take_hosts_of_parent(orders.hosts);
@@ -120,6 +121,14 @@ void take_packet(const task_packet& packet) {
   if (stored < sent) text += text_of(" (out of %i sent)", sent);
   if (before > 0) text += text_of("; %i trees already in buffer", before);
   emit(text, "\n");
+}
+
+/// Scores and nodes of the sector are told as those of the whole tree.
+void take_place_of_sector(const task_orders& orders) {
+  if (store.ntrees > 0) task.score_offset = orders.score_offset - score_of_stored_tree(0);
+  track_sector_of_process(
+      {{orders.nodes_in_sector.begin(), orders.nodes_in_sector.end()}, orders.taxa_of_tree});
+  forbid_changes_of_sankoff();
 }
 
 void follow_instructions() {
@@ -195,6 +204,7 @@ void take_new_instructions() {
   take_data(orders);
   const task_packet packet = task_packet::unpacked(packet_reader(wait_for(tag_packet).body));
   if (!task.failed) take_packet(packet);
+  if (task.is_sector && !task.failed) take_place_of_sector(orders);
   for (;;) {
     if (!task.failed) {
       follow_instructions();
