@@ -1,5 +1,4 @@
 // rcompl: rooted trees compared as if they had no root.
-#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -8,8 +7,8 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
-#include "console/settings.h"
 #include "distances/commands.h"
+#include "distances/kept_trees.h"
 #include "distances/paced_progress.h"
 #include "distances/rooting.h"
 #include "distances/tree_pair.h"
@@ -20,7 +19,6 @@
 #include "matrix/matrix.h"
 #include "trees/drawing/display.h"
 #include "trees/drawing/tables.h"
-#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -128,16 +126,12 @@ void draw_reference(int reference, const reference_counts& counts, std::size_t t
 }
 
 void save_rerooted(const std::vector<comparison>& compared) {
-  const int first = store.ntrees;
+  std::vector<std::vector<tree_node>> trees;
   for (const comparison& c : compared) {
-    std::vector<tree_node> tree(stored_tree(c.tree).begin(), stored_tree(c.tree).end());
-    reroot_on_branch(tree, matrix.ntax, c.branch);
-    const tree_span slot = take_slot(true, "No space to store new trees");
-    std::ranges::copy(tree, slot.begin());
+    trees.emplace_back(stored_tree(c.tree).begin(), stored_tree(c.tree).end());
+    reroot_on_branch(trees.back(), matrix.ntax, c.branch);
   }
-  group_automatically(first, store.ntrees, "Best_roots");
-  if (settings.report)
-    report_line("Trees with their best roots stored as trees", first, "to", store.ntrees - 1);
+  keep_trees(trees, "Best_roots", "Trees with their best roots");
 }
 
 }  // namespace

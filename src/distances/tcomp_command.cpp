@@ -1,5 +1,4 @@
 // tcomp: trees compared by their groups, triplets, quartets and agreement subtrees.
-#include <algorithm>
 #include <array>
 #include <string>
 #include <utility>
@@ -10,11 +9,11 @@
 #include "base/message_text.h"
 #include "base/random.h"
 #include "console/output.h"
-#include "console/settings.h"
 #include "distances/agreement_subtree.h"
 #include "distances/commands.h"
 #include "distances/cut_trees.h"
 #include "distances/group_comparison.h"
+#include "distances/kept_trees.h"
 #include "distances/paced_progress.h"
 #include "distances/quartets.h"
 #include "distances/tcomp_request.h"
@@ -23,7 +22,6 @@
 #include "matrix/matrix.h"
 #include "trees/drawing/display.h"
 #include "trees/drawing/tables.h"
-#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -114,10 +112,7 @@ void compare_resolutions(const tree_pair& pair, const tcomp_request& request) {
 void save_agreement(int number, const taxon_set& kept) {
   const auto tree =
       with_taxa(cut_to_taxa(stored_tree(number), matrix.ntax, kept), members_of(kept), matrix.ntax);
-  const tree_span slot = take_slot(true, "No space to store new trees");
-  std::ranges::copy(tree, slot.begin());
-  group_automatically(store.ntrees - 1, store.ntrees, "Agreement_subtree");
-  if (settings.report) report_line("Agreement subtree stored as tree", store.ntrees - 1);
+  keep_tree(tree, "Agreement_subtree", "Agreement subtree");
 }
 
 /// Names those that are kept or those that aren't, whichever are fewer.
@@ -255,7 +250,7 @@ void draw_reference(const tcomp_request& request) {
 void tcomp_command() {
   const tcomp_request request = read_tcomp_request();
   expect_end();
-  const bool two = request.trees.rows.size() + request.trees.columns.size() == 2;
+  const bool two = request.trees.count() == 2;
   if (request.together)
     agree_together(request);
   else if (two && !request.target.is_given() && !request.trees.normalised)

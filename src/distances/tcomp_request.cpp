@@ -1,10 +1,8 @@
 #include "distances/tcomp_request.h"
 
-#include <utility>
-
 #include "base/errors.h"
 #include "distances/commands.h"
-#include "distances/tree_words.h"
+#include "distances/compared_request.h"
 #include "language/interpreter.h"
 
 namespace zeb {
@@ -48,10 +46,7 @@ constexpr command_options rows = {
 void check(const tcomp_request& request) {
   if (request.target.is_given() && request.measures() > 1)
     error_end("Only distances of one kind can be written or stored");
-  if (!request.target.phylip.empty() && !request.trees.is_square())
-    error_end("PHYLIP matrices have the same trees as rows and as columns");
-  const std::size_t n = request.trees.rows.size() + request.trees.columns.size();
-  if (n < 2) error_end("Give two trees or more to compare");
+  const std::size_t n = request.trees.count();
   if (request.list && n != 2) error_end("Option \"list\" is for two trees");
   if (request.save && n != 2 && !request.together)
     error_end("Option \"*\" is for two trees, or for \"together\"");
@@ -65,10 +60,7 @@ constexpr option_table tcomp_options =
 tcomp_request read_tcomp_request() {
   require_data("comparing trees");
   tcomp_request request;
-  tree_words words = read_tree_words(request, tcomp_options, 2);
-  request.trees.rows = std::move(words.lists[0]);
-  if (words.lists.size() == 2) request.trees.columns = std::move(words.lists[1]);
-  request.trees.excluded = std::move(words.excluded);
+  read_compared_trees(request, tcomp_options);
   check(request);
   return request;
 }

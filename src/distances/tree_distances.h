@@ -1,6 +1,7 @@
 // Distances of many pairs of trees, by several measures.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -23,6 +24,7 @@ struct compared_trees_request {
   bool normalised = false;   // distances as a share of the most there can be
 
   bool is_square() const { return columns.empty(); }
+  std::size_t count() const { return rows.size() + columns.size(); }
   const std::vector<int>& column_trees() const { return is_square() ? rows : columns; }
 };
 

@@ -1,5 +1,4 @@
 // matchtax: which taxa of one tree stand for which of another.
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -7,8 +6,8 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
-#include "console/settings.h"
 #include "distances/commands.h"
+#include "distances/kept_trees.h"
 #include "distances/matching/stored_matching.h"
 #include "distances/paced_progress.h"
 #include "distances/tree_pair.h"
@@ -18,7 +17,6 @@
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tables.h"
-#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -89,13 +87,6 @@ void tell_score(const stored_match& match) {
     emit(" (the most found, not exact; at most ", match.at_most, ")\n");
 }
 
-void save(const stored_match& match) {
-  const tree_span slot = take_slot(true, "No space to store new trees");
-  std::ranges::copy(match.renamed, slot.begin());
-  group_automatically(store.ntrees - 1, store.ntrees, "Matched_taxa");
-  if (settings.report) report_line("Tree with matched taxa stored as tree", store.ntrees - 1);
-}
-
 }  // namespace
 
 constexpr option_table matchtax_options =
@@ -113,7 +104,7 @@ void matchtax_command() {
   }
   show_partners(match, request);
   tell_score(match);
-  if (request.save) save(match);
+  if (request.save) keep_tree(match.renamed, "Matched_taxa", "Tree with matched taxa");
 }
 
 }  // namespace zeb

@@ -1,5 +1,4 @@
 // sprdiff: how many SPR moves lead from tree to tree.
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -8,19 +7,17 @@
 #include "base/message_text.h"
 #include "base/random.h"
 #include "console/output.h"
-#include "console/settings.h"
 #include "distances/commands.h"
-#include "distances/matrix_report.h"
+#include "distances/compared_request.h"
+#include "distances/kept_trees.h"
 #include "distances/moves/spr_distance.h"
 #include "distances/paced_progress.h"
 #include "distances/tree_pair.h"
-#include "distances/tree_words.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/options.h"
 #include "matrix/matrix.h"
 #include "trees/drawing/tables.h"
-#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -59,15 +56,8 @@ constexpr command_options rows = {
 sprdiff_request read_request() {
   require_data("counting moves between trees");
   sprdiff_request request;
-  tree_words words = read_tree_words(request, sprdiff_options, 2);
-  request.trees.rows = std::move(words.lists[0]);
-  if (words.lists.size() == 2) request.trees.columns = std::move(words.lists[1]);
-  request.trees.excluded = std::move(words.excluded);
-  const std::size_t n = request.trees.rows.size() + request.trees.columns.size();
-  if (n < 2) error_end("Give two trees or more to compare");
-  if (request.save && n != 2) error_end("Option \"*\" is for two trees");
-  if (!request.target.phylip.empty() && !request.trees.is_square())
-    error_end("PHYLIP matrices have the same trees as rows and as columns");
+  read_compared_trees(request, sprdiff_options);
+  if (request.save && request.trees.count() != 2) error_end("Option \"*\" is for two trees");
   return request;
 }
 
@@ -87,16 +77,11 @@ std::string clade_text(const tree_pair& pair, const std::vector<int>& terminals)
 }
 
 void save_path(const tree_pair& pair, const std::vector<clade_move>& moves) {
-  const int first = store.ntrees;
   const std::vector<int> taxa = members_of(pair.taxa);
-  for (const clade_move& move : moves) {
-    const auto tree = with_taxa(move.tree, taxa, matrix.ntax);
-    const tree_span slot = take_slot(true, "No space to store new trees");
-    std::ranges::copy(tree, slot.begin());
-  }
-  group_automatically(first, store.ntrees, "SPR_moves");
-  if (settings.report && store.ntrees > first)
-    report_line("Trees after each move stored as trees", first, "to", store.ntrees - 1);
+  std::vector<std::vector<tree_node>> after_moves;
+  for (const clade_move& move : moves)
+    after_moves.push_back(with_taxa(move.tree, taxa, matrix.ntax));
+  keep_trees(after_moves, "SPR_moves", "Trees after each move");
 }
 
 void tell_bounds(const spr_distance& distance, int terminals, bool unrooted) {
@@ -187,7 +172,7 @@ void sprdiff_command() {
   expect_end();
   random_generator generator;
   seed_generator(generator);
-  const bool two = request.trees.rows.size() + request.trees.columns.size() == 2;
+  const bool two = request.trees.count() == 2;
   if (two && !request.target.is_given() && !request.similarity)
     compare_two(request, generator);
   else

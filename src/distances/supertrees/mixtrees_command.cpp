@@ -8,8 +8,8 @@
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "console/output.h"
-#include "console/settings.h"
 #include "distances/commands.h"
+#include "distances/kept_trees.h"
 #include "distances/paced_progress.h"
 #include "distances/supertrees/supertree.h"
 #include "distances/tree_pair.h"
@@ -21,7 +21,6 @@
 #include "trees/branch_labels.h"
 #include "trees/drawing/display.h"
 #include "trees/drawing/tables.h"
-#include "trees/tree_groups.h"
 #include "trees/tree_store.h"
 
 namespace zeb {
@@ -93,14 +92,11 @@ void tell_compatibility(const supertree& made, const supertree_settings& wanted,
 }
 
 void save(const supertree& made) {
-  const tree_span slot = take_slot(true, "No space to store new trees");
-  std::ranges::copy(made.tree, slot.begin());
-  group_automatically(store.ntrees - 1, store.ntrees, "Supertree");
+  keep_tree(made.tree, "Supertree", "Supertree");
   std::vector<branch_label> labels(made.tree.size());
   for (std::size_t n = 0; n < labels.size(); ++n)
     if (is_group(made, n)) labels[n].label = std::to_string(made.supports[n].having);
   label_tree(store.ntrees - 1, labels);
-  if (settings.report) report_line("Supertree stored as tree", store.ntrees - 1);
 }
 
 bool have_same_taxa(std::span<const const_tree_span> trees, const taxon_set& excluded) {
