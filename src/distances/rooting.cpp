@@ -22,7 +22,9 @@ std::set<terminal_set_key> keys_of_groups(const cut_tree& tree) {
 }  // namespace
 
 std::vector<group_match> matches_of_groups(const cut_tree& tree, const cut_tree& other) {
-  const std::set<terminal_set_key> groups = keys_of_groups(other);
+  // With terminals: a group of all but one has that one as its complement in any tree.
+  const auto keys_of_other = terminal_set_keys(other.ancestors, other.terminals);
+  const std::set<terminal_set_key> groups(keys_of_other.begin(), keys_of_other.end());
   const auto keys = terminal_set_keys(tree.ancestors, tree.terminals);
   std::vector<group_match> matches(keys.size(), group_match::none);
   for (std::size_t n = at(tree.root()) + 1; n < keys.size(); ++n) {

@@ -8,6 +8,7 @@
 
 #include "distances/agreement_subtree.h"
 #include "distances/quartets.h"
+#include "distances/rooting.h"
 #include "distances/shared_splits.h"
 #include "support/random_trees.h"
 
@@ -116,6 +117,46 @@ TEST(tree_distances, are_those_of_their_definitions) {
       EXPECT_EQ(groups_within(in_a, bits_of(kept), unrooted),
                 groups_within(in_b, bits_of(kept), unrooted));
     }
+  }
+}
+
+int shared(const sets& a, const sets& b) {
+  return static_cast<int>(
+      std::ranges::count_if(a, [&](unsigned group) { return b.contains(group); }));
+}
+
+TEST(tree_distances, roots_and_complements_are_those_of_all_branches) {
+  for (unsigned seed = 1; seed <= 200; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const int n = 3 + static_cast<int>(random() % 6);
+    const unsigned all = (1U << n) - 1;
+    std::vector<record> trees;
+    for (int i = 0; i < 2; ++i) {
+      trees.push_back(zeb_test::random_tree(n, random, static_cast<double>(seed % 4) / 4, 0));
+      normalise_tree(trees.back(), n);
+    }
+    const cut_tree a(trees[0], n), b(trees[1], n);
+    const sets wanted = groups_within(groups_of(trees[0], n), all, false);
+    const sets there = groups_within(groups_of(trees[1], n), all, false);
+    sets clades = there;
+    for (int t = 0; t < n; ++t) clades.insert(1U << t);
+    sets sides = clades;
+    for (const unsigned clade : clades) sides.insert(all & ~clade);
+    sets complements;
+    int best = shared(wanted, there);
+    for (const unsigned side : sides) {
+      if (clades.contains(all & ~side) && !there.contains(side)) complements.insert(side);
+      sets with_root_here;
+      for (const unsigned other : sides)
+        if ((other & ~side) == 0 || (other & side) == 0) with_root_here.insert(other);
+      best = std::max(best, shared(wanted, with_root_here));
+    }
+    const std::vector<group_match> matches = matches_of_groups(a, b);
+    EXPECT_EQ(std::ranges::count(matches, group_match::same), shared(wanted, there));
+    EXPECT_EQ(std::ranges::count(matches, group_match::complement), shared(wanted, complements));
+    EXPECT_EQ(best_root_of(b, a).shared, best);
+    EXPECT_EQ(best_root_of(b, a).shared_before, shared(wanted, there));
   }
 }
 
