@@ -6,29 +6,23 @@ part_search_state part_search;
 
 namespace {
 
-struct settings_list {
-  std::vector<settings_restorer (*)()> notes;
+struct part_search_records {
+  std::vector<settings_restorer (*)()> notes;  // of what commands set
+  tracked_nodes of_process;                    // where all its data are a sector
 };
-settings_list settings_of_searches;
-
-struct process_sector {
-  tracked_nodes nodes;
-};
-process_sector sector_of_process;
+part_search_records records;
 
 }  // namespace
 
 void track_sector_of_process(const tracked_nodes& nodes) {
-  sector_of_process.nodes = nodes;
-  part_search.tracked = &sector_of_process.nodes;
+  records.of_process = nodes;
+  part_search.tracked = &records.of_process;
 }
 
-void add_settings_of_searches(settings_restorer (*note)()) {
-  settings_of_searches.notes.push_back(note);
-}
+void add_settings_of_searches(settings_restorer (*note)()) { records.notes.push_back(note); }
 
 part_search_scope::part_search_scope(search_context& sector, const tracked_nodes* tracked) {
-  for (const auto note : settings_of_searches.notes) settings_.push_back(note());
+  for (const auto note : records.notes) settings_.push_back(note());
   part_search = {&sector, outer_.level + 1, tracked};
 }
 
