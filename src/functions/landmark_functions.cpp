@@ -161,7 +161,7 @@ constexpr expression_function rows[] = {
     {"lmfactor", "[C L]", "factor of landmark L (0 without one) of character C", factor},
     {"lmmaxdist", "[C L]", "largest distance between two taxa for landmark L of character C", largest_distance},
     {"lmnpoints", "[C]", "landmarks of character C", points},
-    {"lmscore", "[T C]", "score of landmark character C (optional: of all) on tree T, with factors and weights of landmarks", score},
+    {"lmscore", "[T C]", "score of landmark character C on tree T, with factors and weights of landmarks; without C (optional) of all that are active, times their weights", score},
     {"lmwt", "[C L]", "weight of landmark L (0 without one) of character C", weight},
     {"lmxcell", "[C L N T]", "cell of the grid where landmark L of character C lies in node N of tree T; lmycell, lmzcell the same along y, z", cell_of_grid<&landmark_point::x>},
     {"lmxcoord", "[C L N T]", "coordinate x of landmark L of character C in node N of tree T; lmycoord, lmzcoord the others", coordinate<&landmark_point::x>},

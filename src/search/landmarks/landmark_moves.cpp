@@ -67,7 +67,9 @@ void landmark_moves::place_tree(bool anew) {
   const listed_walk whole(links_of(data_, data_.tree), whole_base(data_.tree));
   share_out(points_.count(), [&](int block) {
     relax_positions(points_, block, whole.walk, anew ? from_nothing : after_a_move, tree_);
+    if (landmarks_.has_sets()) note_grown(block, whole.walk);
   });
+  if (landmarks_.has_sets()) landmarks_.judge_sets_at(half_lengths_);
 }
 
 double landmark_moves::cost_of(int block, const node_walk& walk,
@@ -137,7 +139,7 @@ double landmark_moves::estimate(int u, int v, double limit) const {
 
 std::vector<double> landmark_moves::costs_by_configuration(int u, int v) const {
   const joined_ends ends = ends_of(u, v);
-  std::vector<double> costs(landmarks_.configurations());
+  std::vector<double> costs(landmarks_.parts());
   for (int block = 0; block < points_.count(); ++block) {
     const lane_values& before = half_lengths_[at(block)];
     const lane_values added = added_lengths(block, ends.own, ends.target);
@@ -261,6 +263,7 @@ void landmark_moves::begin_growing() {
     relax_positions(points_, block, whole.walk, from_nothing, tree_);
     note_grown(block, whole.walk);
   }
+  if (landmarks_.has_sets()) landmarks_.judge_sets_at(half_lengths_);
 }
 
 void landmark_moves::note_grown(int block, const node_walk& walk) {
@@ -270,12 +273,13 @@ void landmark_moves::note_grown(int block, const node_walk& walk) {
 
 double landmark_moves::cost_of_growing_tree(double part) {
   begin_growing();
+  std::vector<lane_values> lengths = half_lengths_;
+  for (lane_values& block : lengths)
+    for (double& length : block) length *= part;
+  if (landmarks_.has_sets()) landmarks_.judge_sets_at(lengths);
   double sum = 0;
-  for (int block = 0; block < points_.count(); ++block) {
-    lane_values lengths = half_lengths_[at(block)];
-    for (double& length : lengths) length *= part;
-    sum += landmarks_.cost(block, lengths);
-  }
+  for (int block = 0; block < points_.count(); ++block)
+    sum += landmarks_.cost(block, lengths[at(block)]);
   return sum;
 }
 

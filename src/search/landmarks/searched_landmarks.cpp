@@ -53,7 +53,7 @@ std::vector<std::int32_t> buffer_form(const search_data& data, std::span<const s
 searched_landmarks::searched_landmarks(const search_data& data, const packing_request& request)
     : rules_(request.rules), points_(points_of(request)) {
   fill_blocks(data);
-  set_costs();
+  set_costs(request);
 }
 
 searched_landmarks::searched_landmarks(const searched_landmarks& outer,
@@ -63,6 +63,7 @@ searched_landmarks::searched_landmarks(const searched_landmarks& outer,
   place_ends(outer, outer_data, sector);
   fill_blocks(inner);
   costs_ = outer.costs_;
+  sets_ = outer.sets_;
   for (const lane_cost& cost : costs_) weights_.push_back(cost.weight);
   if (!rules_.on) return;
   // Lengths outside of the sector count for the homoplasy of each point.
@@ -161,12 +162,25 @@ void searched_landmarks::fill_blocks(const search_data& data) {
   }
 }
 
-void searched_landmarks::set_costs() {
+/// Other characters of the set would have to be summed with its points, move by move.
+void searched_landmarks::enter_set(lane_cost& cost, const packing_request& request) {
+  const int set = rules_.set_of_character(cost.character);
+  if (set < 0) return;
+  for (int c = 0; c < matrix.nchar; ++c)
+    if (rules_.set_of_character(c) == set && request.weights[at(c)] > 0 &&
+        matrix.characters[at(c)].type != landmark_data)
+      error_end_f("Searches can't weight landmarks together with others: character %i with %i",
+                  cost.character, c);
+  const auto found = std::ranges::find(sets_, set, &point_set::number);
+  cost.set = static_cast<int>(found - sets_.begin());
+  if (found == sets_.end()) sets_.push_back({set, 0});
+  ++sets_[at(cost.set)].points;
+}
+
+void searched_landmarks::set_costs(const packing_request& request) {
   costs_.assign(at(blocks_.count()) * block_lanes, {});
-  for (int i = 0; at(i) < configurations(); ++i) {
+  for (int i = 0; at(i) < points_.configurations.size(); ++i) {
     const configuration_record& one = points_.configurations[at(i)];
-    if (rules_.on && rules_.set_of_character(one.character) >= 0)
-      error_end("Searches can't weight landmark characters in sets: character", one.character);
     for (int p = one.first; p < one.end; ++p) {
       const point_record& point = points_.points[at(p)];
       lane_cost& cost = costs_[at(place_[at(p)])];
@@ -174,6 +188,7 @@ void searched_landmarks::set_costs() {
       cost.configuration = i;
       if (point.effort != point_effort::none) cost.weight = one.weight * point.multiplier();
       if (!rules_.on) continue;
+      enter_set(cost, request);
       cost.minimum = minimum_of_point(point);
       cost.function =
           function_of_point(rules_, point.character, static_cast<double>(point.counted.size()),
@@ -182,6 +197,25 @@ void searched_landmarks::set_costs() {
   }
   weights_.clear();
   for (const lane_cost& cost : costs_) weights_.push_back(cost.weight);
+  judge_sets_at(std::vector<lane_values>(at(blocks_.count())));
+}
+
+void searched_landmarks::judge_sets_at(std::span<const lane_values> lengths) {
+  std::vector<double> sums(sets_.size(), 0);
+  for (std::size_t i = 0; i < costs_.size(); ++i) {
+    const lane_cost& one = costs_[i];
+    if (one.set < 0) continue;
+    sums[at(one.set)] += one.weight * homoplasy(one, lengths[i / block_lanes][i % block_lanes]);
+  }
+  for (lane_cost& one : costs_) {
+    if (one.set < 0) continue;
+    const point_set& set = sets_[at(one.set)];
+    const double sum = sums[at(one.set)];
+    const double step = 1e-4 * (sum + rules_.sets[at(set.number)].characters);
+    const double fit = rules_.set_fit(set.number, sum);
+    one.slope = (rules_.set_fit(set.number, sum + step) - fit) / step;
+    one.offset = (fit - one.slope * sum) / set.points;
+  }
 }
 
 void searched_landmarks::reweight(std::span<const std::uint8_t> factors) {
@@ -241,11 +275,20 @@ std::vector<double> searched_landmarks::costs_by_configuration(const search_data
                                                                std::span<const std::int32_t> anc) {
   const scored_tree& tree = known(data, anc, nullptr);
   std::vector<double> costs;
+  std::vector<double> sums(sets_.size(), 0);
   for (const configuration_record& one : points_.configurations) {
     costs.push_back(0);
-    for (int p = one.first; p < one.end; ++p)
-      costs.back() += cost(costs_[at(place_[at(p)])], tree.lengths[at(p)]);
+    for (int p = one.first; p < one.end; ++p) {
+      const lane_cost& lane = costs_[at(place_[at(p)])];
+      const double length = tree.lengths[at(p)];
+      if (lane.set < 0)
+        costs.back() += cost(lane, length);
+      else
+        sums[at(lane.set)] += lane.weight * homoplasy(lane, length);
+    }
   }
+  for (std::size_t s = 0; s < sets_.size(); ++s)
+    costs.push_back(rules_.set_fit(sets_[s].number, sums[s]));
   return costs;
 }
 
@@ -253,7 +296,9 @@ void searched_landmarks::add_by_configuration(int block, const lane_values& leng
                                               std::span<double> costs) const {
   for (int l = 0; l < block_lanes; ++l) {
     const lane_cost& one = costs_[at(block) * block_lanes + at(l)];
-    costs[at(one.configuration)] += sign * cost(one, lengths[at(l)]);
+    const std::size_t part =
+        one.set < 0 ? at(one.configuration) : points_.configurations.size() + at(one.set);
+    costs[part] += sign * cost(one, lengths[at(l)]);
   }
 }
 

@@ -51,6 +51,11 @@ class searched_landmarks final : public whole_tree_characters {
   double score_of(const search_data& data, std::span<const std::int32_t> anc);
 
   const point_blocks& blocks() const { return blocks_; }
+  /// Points that are weighted together cost what the tangent of their set says at these lengths (by
+  /// block, of all points), which should be near to those that are asked about; whole trees are
+  /// scored without it.
+  void judge_sets_at(std::span<const lane_values> lengths);
+  bool has_sets() const { return !sets_.empty(); }
   /// What a length costs, of one lane of a block; 0 of one without a point.
   double cost(int block, int lane, double length) const {
     return cost(costs_[at(block) * block_lanes + at(lane)], length);
@@ -61,13 +66,15 @@ class searched_landmarks final : public whole_tree_characters {
     for (int l = 0; l < block_lanes; ++l) sum += cost(block, l, lengths[at(l)]);
     return sum;
   }
-  /// Of a tree with these ancestors, in full, by configuration.
+  /// Of a tree with these ancestors, in full, by configuration; then of sets that are weighted
+  /// together.
   std::vector<double> costs_by_configuration(const search_data& data,
                                              std::span<const std::int32_t> anc);
   /// What the points that lie in a block cost, added to those of their configurations.
   void add_by_configuration(int block, const lane_values& lengths, double sign,
                             std::span<double> costs) const;
-  std::size_t configurations() const { return points_.configurations.size(); }
+  /// Configurations and sets.
+  std::size_t parts() const { return points_.configurations.size() + sets_.size(); }
   /// What `added` costs on top of `length`.
   double cost_added(int block, const lane_values& lengths, const lane_values& added) const;
 
@@ -78,6 +85,14 @@ class searched_landmarks final : public whole_tree_characters {
     fit_function function;
     int character = 0;
     int configuration = 0;
+    int set = -1;       // of `sets_`: of points that are weighted together
+    double slope = 1;   // of a member of a set: what homoplasy costs ...
+    double offset = 0;  // ... on top of this
+  };
+  /// Points of a weighting set.
+  struct point_set {
+    int number = 0;  // in the rules
+    int points = 0;
   };
   /// What is known of a tree that was optimised.
   struct scored_tree {
@@ -88,10 +103,15 @@ class searched_landmarks final : public whole_tree_characters {
                   const tree_sector& sector);
   landmark_point position_of(const node_positions& positions, std::size_t point, int node) const;
   void fill_blocks(const search_data& data);
-  void set_costs();
+  void set_costs(const packing_request& request);
+  void enter_set(lane_cost& cost, const packing_request& request);
+  double homoplasy(const lane_cost& one, double length) const {
+    return std::max(0.0, length - one.minimum);
+  }
   double cost(const lane_cost& one, double length) const {
     if (!rules_.on) return one.weight * length;
-    return one.weight * rules_.fit(one.function, std::max(0.0, length - one.minimum));
+    if (one.set >= 0) return one.offset + one.weight * one.slope * homoplasy(one, length);
+    return one.weight * rules_.fit(one.function, homoplasy(one, length));
   }
   scored_tree optimised(std::span<const std::int32_t> tree, int ntax) const;
   const scored_tree& known(const search_data& data, std::span<const std::int32_t> anc,
@@ -103,8 +123,9 @@ class searched_landmarks final : public whole_tree_characters {
   std::vector<std::vector<int>> groups_;  // of points that are scored together
   point_blocks blocks_;                   // terminals are those of the search
   std::vector<lane_cost> costs_;          // by block and lane
-  std::vector<int> place_;                // of each point: block * lanes + lane
-  std::vector<double> weights_;           // by place, without `reweight`
+  std::vector<point_set> sets_;
+  std::vector<int> place_;                                  // of each point: block * lanes + lane
+  std::vector<double> weights_;                             // by place, without `reweight`
   std::map<std::vector<std::int32_t>, scored_tree> known_;  // by tree in the form of the buffer
 };
 
