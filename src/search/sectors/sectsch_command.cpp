@@ -184,6 +184,7 @@ void check_settings(sector_settings& wanted, option_outcome outcome) {
   wanted.brackets = 0;
   if (outcome != option_outcome::run) return;
   if (!fixed_by_run.empty()) error_end(fixed_by_run);
+  if (store.ntrees > 0 && wanted.tree >= store.ntrees) error_end("There is no tree", wanted.tree);
   check_tracking(wanted);
   if (wanted.selection == sector_settings::random && wanted.minsize > wanted.maxsize)
     error_end(
@@ -335,7 +336,6 @@ void sectsch_command() {
   if (part_search.level >= sectors.each.recurse && part_search.level > 0)
     refuse_level(sectors.each.recurse);
   if (store.ntrees == 0) error_end("No trees for sectorial searches");
-  if (sectors.tree >= store.ntrees) error_end("There is no tree", sectors.tree);
   run_sectors();
   condense_if_automatic();
   tell_distinct_trees();
