@@ -155,6 +155,7 @@ double fit_rules::set_fit(int set, double sum) const {
 }
 
 fit_rules current_fit_rules() {
+  if (weighting.on && !weighting.user_costs.empty()) check_characters_of_user_function();
   fit_rules rules = general_rules();
   rules.functions.assign(at(matrix.nchar), function_with(weighting.concavity));
   if (!weighting.extended) return rules;

@@ -120,11 +120,7 @@ void check_user_function() {
   if (!weighting.data_allow)
     error_end("To define a user weighting function, data must be read with implied weighting ON");
   if (!weighting.on) error_end("Sorry, cannot define user-function for the present settings");
-  for (const character_record& c : matrix.characters)
-    if (c.active && (c.is_sankoff || c.is_continuous || c.type == landmark_data))
-      error_end(
-          "Sorry: user weighting functions are invalid\nfor sankoff/continuous/landmark "
-          "characters.\nEither deactivate them, or weight by a concavity");
+  check_characters_of_user_function();
 }
 
 std::vector<double> read_user_costs() {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <utility>
 
+#include "base/errors.h"
 #include "base/indices.h"
 #include "base/message_text.h"
 #include "base/number_text.h"
@@ -33,6 +34,14 @@ weighting_settings weighting;
 void set_implied_weights(bool on) { weighting.on = on; }
 void set_concavity(double k) { weighting.concavity = k; }
 void set_user_costs(std::vector<double> costs) { weighting.user_costs = std::move(costs); }
+void check_characters_of_user_function() {
+  for (const character_record& c : matrix.characters)
+    if (c.active && (c.is_sankoff || c.is_continuous || c.type == landmark_data))
+      error_end(
+          "Sorry: user weighting functions are invalid\nfor sankoff/continuous/landmark "
+          "characters.\nEither deactivate them, or weight by a concavity");
+}
+
 void set_extended_weighting(bool on) { weighting.extended = on; }
 
 void set_own_concavity(std::span<const std::uint8_t> characters, double k) {

@@ -38,6 +38,8 @@ void set_implied_weights(bool on);
 void set_concavity(double k);
 /// Empty: no function of the user.
 void set_user_costs(std::vector<double> costs);
+/// Refuses active characters that the user's function isn't for.
+void check_characters_of_user_function();
 void set_extended_weighting(bool on);
 /// For the characters marked (one byte each) and, of weighting sets, for the whole set; 0 takes
 /// their concavities away.
