@@ -44,7 +44,7 @@ def jobs(draw, mode):
         ({"a": 3}, "randtrees 1; pzeb begin a 3 /swap 0 = return; pzeb wait; pzeb get;"),
         ({"a": 3}, f"mult 1; tchoose 0; pzeb begin a 3 /sector *3 0 = {forever} pzeb wait [2]; pzeb get !;"),
         ({"a": n}, f"pzeb begin a {n} = mult 1; return; pzeb wait; {again} pzeb wait; pzeb get;"),
-        ({"a": n}, f"pzeb begin a {n} = {forever} macro=; loop 1 5 set 0 bestscore[a] + numerrors[a];"
+        ({"a": n}, f"pzeb begin a {n} = {forever} macro=; loop 1 2 set 0 bestscore[a] + numerrors[a];"
                    "pzeb spy; pzeb getbufs; stop pzeb get !;"),
         ({"a": n, "b": 2}, f"pzeb begin a {n} = {forever} pzeb begin b 2 = {forever} pzeb wait [3]; pzeb get ! a; pzeb get ! b;"),
     ))
@@ -162,7 +162,7 @@ def master_is_killed(seed):
                 os.kill(tasks[0], signal.SIGCONT)
         before = len(tasks_left())
         killed = time.time()
-        process.kill()
+        process.send_signal(draw.choice((signal.SIGKILL, signal.SIGTERM)))
         process.stdout.close()
         if draw.random() < 0.5:
             process.wait()  # else it stays a process that has ended

@@ -1,16 +1,12 @@
-# Jobs of real tasks, and jobs whose tasks or master are killed: over sockets, and over MPI and PVM where the modules
-# were built.
+# Jobs of real tasks; jobs whose tasks or master are killed; jobs of runs that files steer: over sockets, and over MPI
+# and PVM where the modules were built.
 foreach(library local mpi pvm)
   if(library STREQUAL "local" OR TARGET zeb_${library})
-    foreach(what parallel kills)
-      set(name parallel.${library})
-      if(what STREQUAL "kills")
-        set(name parallel.kills_${library})
-      endif()
-      add_test(NAME ${name}
+    foreach(what parallel kills job_steering)
+      add_test(NAME parallel.${what}_${library}
         COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/parallel/${what}_test.py
                 --zeb $<TARGET_FILE:zeb> --mode ${library})
-      set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+      set_tests_properties(parallel.${what}_${library} PROPERTIES TIMEOUT 600)
     endforeach()
   endif()
 endforeach()

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "base/command.h"
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
@@ -234,12 +235,20 @@ std::vector<int> read_task_list(int slot) {
 
 namespace {
 
+/// Who stops a background run waits for what tasks have found so far; they look at their messages
+/// now and then only.
+double seconds_to_stop() {
+  constexpr double to_answer = 5;
+  return 2.0 * parallel.communication_time + to_answer;
+}
+
 void collect_in_one_pass(const std::vector<int>& slots, bool stop_first) {
   constexpr useconds_t between = 10'000;  // microseconds
   std::vector<collection> all;
   for (const int slot : slots) all.emplace_back(slot, slots.size() == 1, stop_first);
-  const double since = wall_clock();
-  const search_running patient;  // a key ends the waiting, not the command
+  const double since = command_seconds();  // without pauses
+  const search_running patient;            // a key ends the waiting, not the command
+  std::optional<double> stopped;           // without a user: when that was
   const char* why = nullptr;
   for (bool done = false; !done && !why;) {
     done = true;
@@ -253,8 +262,13 @@ void collect_in_one_pass(const std::vector<int>& slots, bool stop_first) {
     if (done) break;
     show_progress("Waiting for results", answered, tasks);
     check_interrupt();
-    if (interrupted()) why = "(user interrupt)";
-    if (parallel.get_timeout > 0 && wall_clock() - since > parallel.get_timeout)
+    if (interrupted() && !stopped) {
+      stopped = command_seconds();
+      for (const int slot : slots) send_signal(job_at(slot), signal_stop);
+    }
+    if (stopped && (!process.background || command_seconds() - *stopped > seconds_to_stop()))
+      why = "(user interrupt)";
+    if (parallel.get_timeout > 0 && command_seconds() - since > parallel.get_timeout)
       why = "(timed-out)";
     usleep(between);
   }
@@ -308,9 +322,11 @@ void getbufs_keyword() {
   for (const int slot : slots) {
     job_record& job = job_at(slot);
     emit(text_of("Retrieving text buffer(s) from job %s\n", job.name.c_str()));
-    for (task_record* const t : chosen.empty() ? all_tasks(job) : chosen) {
+    const std::vector<task_record*> asked = chosen.empty() ? all_tasks(job) : chosen;
+    for (task_record* const t : asked) ask_task(*t, query_text);
+    for (task_record* const t : asked) {
       const auto number = static_cast<int>(t - job.tasks.data());
-      const auto message = query_task(*t, query_text);
+      const auto message = answer_of_query(*t, query_text);
       if (!message) {
         emit(text_of("\n   Task %i is unresponsive\n", number));
         continue;

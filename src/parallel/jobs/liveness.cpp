@@ -13,6 +13,7 @@
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
 #include "parallel/tasks/parent_signals.h"
+#include "parallel/tasks/parent_watch.h"
 #include "parallel/tasks/siblings.h"
 #include "parallel/transport/connection.h"
 #include "parallel/transport/processes.h"
@@ -113,9 +114,11 @@ void await_hellos(std::vector<task_record>& tasks) {
 }
 
 void kill_task(task_record& which) {
-  if (which.gone) return;
   connection().kill(which.id);
-  if (which.process > 0 && is_on_this_machine(which)) kill(which.process, SIGKILL);
+  // Also one that counts as gone since it has been silent, but no other that has its number now.
+  if (which.process > 0 && is_on_this_machine(which) &&
+      process_was_called_with(which.process, address_of_this_process()))
+    kill(which.process, SIGKILL);
   which.gone = true;
 }
 

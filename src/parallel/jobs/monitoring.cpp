@@ -188,10 +188,10 @@ enum class wait_end { finished, fulfilled, timed_out, interrupted };
 wait_end watch(const wait_request& request) {
   constexpr useconds_t between = 50'000;  // microseconds
   constexpr double seconds_between_tests = 1;
-  const double since = wall_clock();
-  const search_running patient;  // a key ends the waiting, not the command
-  double last_look = since;
-  double last_test = since;
+  const double since = command_seconds();  // without pauses
+  const search_running patient;            // a key ends the waiting, not the command
+  double last_look = wall_clock();
+  double last_test = last_look;
   for (;;) {
     const double now = wall_clock();
     const bool test = now - last_test > seconds_between_tests;
@@ -201,7 +201,8 @@ wait_end watch(const wait_request& request) {
       last_look = now;
       if (is_fulfilled(request.condition)) return wait_end::fulfilled;
     }
-    if (request.timeout > 0 && now - since >= request.timeout) return wait_end::timed_out;
+    if (request.timeout > 0 && command_seconds() - since >= request.timeout)
+      return wait_end::timed_out;
     if (test) show_state(request.jobs);
     check_interrupt();
     if (interrupted()) return wait_end::interrupted;

@@ -54,17 +54,16 @@ namespace {
 
 int reply_tag(int query) { return query == query_text ? int{tag_text} : tag_reply + query; }
 
-void ask(task_record& which, int query) {
+}  // namespace
+
+void ask_task(task_record& which, int query) {
   packet_writer question;
   question.put(signal_query);
   question.put(query);
   ask_task(which, question, reply_tag(query));
 }
 
-}  // namespace
-
-std::optional<arrived_message> query_task(task_record& which, int query) {
-  ask(which, query);
+std::optional<arrived_message> answer_of_query(task_record& which, int query) {
   return answer_of(which, reply_tag(query));
 }
 
@@ -108,7 +107,7 @@ void take_answer(int query, packet_reader from, task_status& now) {
 task_status status_by_queries(task_record& which) {
   task_status now;
   for (const int query : queries_of_status) {
-    const auto answer = answer_of(which, reply_tag(query));
+    const auto answer = answer_of_query(which, query);
     if (!answer) {
       if (!which.gone) now.stage = stage_unknown;
       return now;
@@ -127,7 +126,7 @@ task_status status_by_queries(task_record& which) {
 std::vector<task_status> statuses_of_tasks(std::span<task_record* const> tasks) {
   for (task_record* const t : tasks)
     if (!t->status && is_alive(*t))
-      for (const int query : queries_of_status) ask(*t, query);
+      for (const int query : queries_of_status) ask_task(*t, query);
   std::vector<task_status> all;
   for (task_record* const t : tasks) {
     all.push_back(t->status ? *t->status : status_by_queries(*t));

@@ -17,8 +17,9 @@ void ask_task(task_record& which, const packet_writer& question, int tag);
 /// Waits for that. None: the task is gone, or doesn't answer in time; then it isn't asked again
 /// before it has.
 std::optional<arrived_message> answer_of(task_record& which, int tag);
-/// Both, for the queries that have a number.
-std::optional<arrived_message> query_task(task_record& which, int query);
+/// The same, for the queries that have a number.
+void ask_task(task_record& which, int query);
+std::optional<arrived_message> answer_of_query(task_record& which, int query);
 /// What tasks tell of themselves: their last status while that is kept up, else by asking all of
 /// them at once.
 std::vector<task_status> statuses_of_tasks(std::span<task_record* const> tasks);

@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "parallel/modules/daemon_watch.h"
 #include "parallel/transport/transport.h"
 
 namespace zeb {
@@ -117,10 +118,12 @@ bool mpi_transport::enter(bool as_task) {
   prepare_environment();
   if (!started_) {
     int provided = 0;
+    if (!as_task) begin_daemon_watch();
     if (MPI_Init_thread(nullptr, nullptr, MPI_THREAD_MULTIPLE, &provided) != MPI_SUCCESS) {
       fault_ = "MPI can't be initialised";
       return false;
     }
+    if (!as_task) tell_daemon_watch();
     started_ = true;
     MPI_Comm_set_errhandler(MPI_COMM_WORLD, MPI_ERRORS_RETURN);
     MPI_Comm_set_errhandler(MPI_COMM_SELF, MPI_ERRORS_RETURN);

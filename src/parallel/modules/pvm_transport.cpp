@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include <pvm3.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -35,7 +36,7 @@ class pvm_transport : public transport {
   bool send(task_id to, int tag, std::span<const std::byte> body) override;
   std::optional<arrived_message> receive(task_id from, int tag) override;
   bool is_alive(task_id task) override { return pvm_pstat(number_of(task)) == PvmOk; }
-  void kill(task_id task) override { pvm_kill(number_of(task)); }
+  void kill(task_id task) override { pvm_sendsig(number_of(task), SIGKILL); }
   void forget(std::span<const task_id>) override {}
   void leave() override { pvm_exit(); }
   void wait_by(bool (*)(task_id, double)) override {}  // its daemon takes all

@@ -14,6 +14,7 @@
 #include "console/output.h"
 #include "console/text_buffer.h"
 #include "language/command_strings.h"
+#include "language/hooks.h"
 #include "language/interpreter.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
@@ -185,8 +186,10 @@ bool obey_messages() {
   return stop;
 }
 
+/// With all jobs of this task.
 void pause() {
   emit("\n              ----> pausing slave...");
+  hooks_of_language.run_steered(steering_wish::pause);
   const double since = wall_clock();
   const stopped_clock_scope clock;
   bool stop = false;
@@ -196,6 +199,7 @@ void pause() {
     stop = obey_messages();
     test_parent();
   }
+  hooks_of_language.run_steered(steering_wish::go_on);
   emit(text_of("(paused for %i secs.)\n", static_cast<int>(wall_clock() - since)));
 }
 
