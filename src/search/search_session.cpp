@@ -12,6 +12,7 @@
 #include "engine/passes/conversions.h"
 #include "engine/passes/links.h"
 #include "language/list_text.h"
+#include "search/breaking_trees.h"
 #include "search/hooks.h"
 #include "search/part_search.h"
 #include "search/search_results.h"
@@ -44,14 +45,7 @@ bool has_inactive_taxa(const search_data& data, const_tree_span tree) {
 
 /// A search that starts from such a tree moves only to trees that break none, if it can.
 void warn_of_breaking_trees(search_context& context) {
-  std::vector<std::uint8_t> breaking(at(context.trees.ntrees), 0);
-  for (int t = 0; t < context.trees.ntrees; ++t) {
-    fetch_tree(context, slot_tree(context, t));
-    std::copy(context.working_tree.begin(), context.working_tree.end(),
-              context.data.tree.anc.begin());
-    rebuild_links(context.data);
-    breaking[at(t)] = !context.constraints_in_force->obeyed(context.data);
-  }
+  const std::vector<std::uint8_t> breaking = breaking_trees(context);
   const std::vector<std::string> numbers =
       list_items(context.trees.ntrees, [&breaking](int t) { return breaking[at(t)] != 0; });
   if (numbers.empty()) return;

@@ -5,6 +5,7 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "engine/passes/passes.h"
+#include "search/breaking_trees.h"
 #include "search/moves/clade_exchange.h"
 #include "search/moves/other_outgroup.h"
 #include "search/moves/swapper.h"
@@ -57,7 +58,7 @@ class fuser {
 };
 
 void fuser::take_best(double score) {
-  if (!is_better_score(score, result_.best, kind())) return;
+  if (score >= breaking_handicap || !is_better_score(score, result_.best, kind())) return;
   result_.best = score;
   if (context_.best_score < 0 || is_better_score(score, context_.best_score, kind()))
     context_.best_score = score;
@@ -96,7 +97,7 @@ void fuser::fuse_with(int number) {
   changed_ |= exchange() > 0;
   exchange_by_other_roots();
   take_best(score_);
-  report_status(context_, score_, false);
+  report_status(context_, score_ >= breaking_handicap ? score_ - breaking_handicap : score_, false);
 }
 
 void fuser::store() {
@@ -129,6 +130,8 @@ void fuser::run_round() {
   random_sequence(context_.random, count, order, -1, {});
   fetch_tree(context_, slot_tree(context_, pool_[at(target_)]));
   score_ = tree_length(context_.data, tree_);
+  if (record_of(context_, pool_[at(target_)]).score >= breaking_handicap)
+    score_ += breaking_handicap;
   const double before = score_;
   changed_ = false;
   for (const int number : order) {

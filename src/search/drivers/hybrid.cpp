@@ -6,6 +6,7 @@
 #include "base/indices.h"
 #include "base/interrupts.h"
 #include "engine/passes/passes.h"
+#include "search/breaking_trees.h"
 #include "search/moves/shared_clades.h"
 #include "search/moves/swapper.h"
 #include "search/search_report.h"
@@ -67,7 +68,7 @@ class hybridizer {
 };
 
 void hybridizer::take_best(double score) {
-  if (!is_better_score(score, result_.best, kind())) return;
+  if (score >= breaking_handicap || !is_better_score(score, result_.best, kind())) return;
   result_.best = score;
   if (context_.best_score < 0 || is_better_score(score, context_.best_score, kind()))
     context_.best_score = score;

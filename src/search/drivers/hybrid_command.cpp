@@ -17,6 +17,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/options.h"
+#include "search/breaking_trees.h"
 #include "search/commands.h"
 #include "search/distinct_trees.h"
 #include "search/drivers/cycle_options.h"
@@ -58,6 +59,7 @@ void hybridize_pool(std::vector<int> pool) {
   {
     search_session session;
     search_context& context = session.context();
+    handicap_breaking_trees(context);
     begin_reports(context);
     const hybrid_result result =
         hybridize_trees(context, fusing.hybrid, {.slots = std::move(pool)});

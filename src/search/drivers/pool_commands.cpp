@@ -12,6 +12,7 @@
 #include "base/time_limit.h"
 #include "console/output.h"
 #include "language/lexer.h"
+#include "search/breaking_trees.h"
 #include "search/search_journal.h"
 #include "search/search_report.h"
 #include "search/search_results.h"
@@ -104,6 +105,7 @@ void check_room_for_hybrids(const hybrid_settings& settings, const std::vector<i
 void close_pool_search(search_context& context, std::string_view group, const std::string& done,
                        const option_table& table) {
   disarm_time_limit();
+  const bool all_break = context.trees.ntrees > 0 && lift_handicaps(context);
   const double best = best_stored(context, 0);
   report_status(context, best, true);
   filter_by_score(context, best);
@@ -113,6 +115,7 @@ void close_pool_search(search_context& context, std::string_view group, const st
   emit(done, "\n");
   emit("Total rearrangements examined: ", rearrangements_text(context.rearrangements), ".\n");
   if (context.constraints_in_force) emit("Constraints enforced during search.\n");
+  if (all_break) emit("Note: no tree that fulfils the constraints was found.\n");
   tell_equal_as_collapsed(equal);
   const std::string score = score_text(context.data, best);
   emit(text_of("%i trees retained, best score %s.\n", context.trees.ntrees, score.c_str()));

@@ -48,8 +48,9 @@ inline constexpr std::string_view hybrid_numbers_argument = "[N][*R][/S]";
 /// before the end.
 void check_room_for_hybrids(const hybrid_settings& settings, const std::vector<int>& pool);
 
-/// The end of a search over a pool: drops trees, puts those that stay into the group, and tells
-/// `done`, what was done in one line, and the rest.
+/// The end of a search over a pool, for which trees that break constraints were handicapped: drops
+/// trees, puts those that stay into the group, and tells `done`, what was done in one line, and the
+/// rest.
 void close_pool_search(search_context& context, std::string_view group, const std::string& done,
                        const option_table& table);
 

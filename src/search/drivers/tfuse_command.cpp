@@ -9,6 +9,7 @@
 #include "console/output.h"
 #include "language/interpreter.h"
 #include "language/options.h"
+#include "search/breaking_trees.h"
 #include "search/commands.h"
 #include "search/distinct_trees.h"
 #include "search/drivers/cycle_options.h"
@@ -115,6 +116,7 @@ void fuse_pool(std::vector<int> pool) {
   search_session session;
   search_context& context = session.context();
   const bool hybridizes = is_to_hybridize(context, pool);
+  handicap_breaking_trees(context);
   begin_reports(context);
   if (hybridizes) {
     const hybrid_result result =
