@@ -1,18 +1,24 @@
 #include "base/signals.h"
 
+#include <atomic>
 #include <csignal>
 #include <initializer_list>
 
 namespace zeb {
 namespace {
 
+/// Another signal may come at any moment, so that each change is one step.
 struct signal_note {
-  volatile std::sig_atomic_t signal = 0;
+  std::atomic<int> signal = 0;
 };
 signal_note note;
+static_assert(std::atomic<int>::is_always_lock_free);
 
 extern "C" void note_signal(int signal) {
-  if (note.signal == 0 || note.signal == SIGINT) note.signal = signal;
+  int present = note.signal;
+  while ((present == 0 || present == SIGINT) &&
+         !note.signal.compare_exchange_weak(present, signal)) {
+  }
 }
 
 }  // namespace
@@ -32,9 +38,8 @@ int noted_signal() { return note.signal; }
 void forget_signal() { note.signal = 0; }
 
 bool take_interrupt_signal() {
-  if (note.signal != SIGINT) return false;
-  forget_signal();
-  return true;
+  int present = SIGINT;
+  return note.signal.compare_exchange_strong(present, 0);
 }
 
 const char* signal_name(int signal) {

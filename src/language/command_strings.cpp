@@ -132,7 +132,8 @@ void run_command_string(const std::string& text, const command_check& check) {
   {
     const nested_run nested;
     push_string(text, "search commands");
-    forget_interrupt();
+    // A wish that came just before is one to stop this, too.
+    if (interrupts.reason == stop_reason::time) forget_interrupt();
     run_frame(check);
   }
   look_at_timeout();

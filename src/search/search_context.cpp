@@ -85,6 +85,10 @@ context_scope::context_scope(search_context& outer, tree_slots& trees)
   begin_within(outer);
 }
 
+context_scope::~context_scope() {
+  if (context_.outer && context_.outer->part == &context_) context_.outer->part = nullptr;
+}
+
 void context_scope::begin_within(search_context& outer) {
   context_.outer = &outer;
   context_.shown = outer.shown;

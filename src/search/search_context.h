@@ -147,6 +147,7 @@ struct search_context {
   tree_slots& trees;  // records of `data.nodes` entries at least, in the numbering of `data`
   search_rules rules;
   search_context* outer = nullptr;  // the search in whose midst this one runs
+  search_context* part = nullptr;   // one over the same data, what came of which isn't taken yet
   bool own_data = false;  // not those of the user: scores can't be compared with those of `outer`
   random_generator random;
   move_slots slots;  // what moves meet beyond the packed sets
@@ -188,6 +189,7 @@ class context_scope {
   /// A search over the data of `outer` and under its rules, with slots of its own: it doesn't know
   /// of the trees that are stored there.
   context_scope(search_context& outer, tree_slots& trees);
+  ~context_scope();
   context_scope(const context_scope&) = delete;
   context_scope& operator=(const context_scope&) = delete;
 

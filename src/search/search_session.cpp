@@ -18,6 +18,7 @@
 #include "search/search_results.h"
 #include "search/store/stored_trees.h"
 #include "search/store/tree_identity.h"
+#include "search/workers/worker_pool.h"
 #include "trees/notation/auto_save.h"
 
 namespace zeb {
@@ -41,6 +42,16 @@ bool has_inactive_taxa(const search_data& data, const_tree_span tree) {
     if (!is_absent(tree, data.pack_to_taxon[at(i)])) return true;
   }
   return false;
+}
+
+/// Of those that are searched here, and by workers.
+tree_list trees_of_parts(const search_context& context) {
+  tree_list trees = trees_in_work();
+  for (const search_context* part = context.part; part; part = part->part) {
+    for (int t = 0; t < part->trees.ntrees; ++t)
+      matrix_form(*part, t, trees.emplace_back(at(store.nnodes)));
+  }
+  return trees;
 }
 
 /// A search that starts from such a tree moves only to trees that break none, if it can.
@@ -111,7 +122,8 @@ void search_session::take_trees_in() {
     emit("Note: inactive taxa are dropped from ", counted(cut, "tree", "trees"), " in memory.\n");
   }
   if (&c.trees == &store && !part_search.sector) {
-    set_auto_save_view([&c](int number, tree_span tree) { matrix_form(c, number, tree); });
+    set_auto_save_view({[&c](int number, tree_span tree) { matrix_form(c, number, tree); },
+                        [&c] { return trees_of_parts(c); }});
     session.running = &c;
   }
   for (int t = 0; t < count; ++t) adopt_tree(c, t);

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Searches divided among workers: for random data and options, `cores 1`, 2 and 3 must give the same output,
-log and trees, byte for byte but for times, also when a worker is killed on its way; and no worker outlives its
-process. Usage: cores_test.py --zeb PROGRAM [--runs N] [--seed N]"""
+log and trees, byte for byte but for times, also when a worker is killed on its way; trees are saved meanwhile; an interrupt ends all;
+and no worker outlives its process. Usage: cores_test.py --zeb PROGRAM [--runs N] [--seed N]"""
 
 import argparse
 import os
@@ -170,6 +170,51 @@ def check_death_of_master(zeb):
     return ([] if len(workers) == 3 else ["three workers weren't started"]) + [f"worker {w} is left" for w in left]
 
 
+ENDLESS = ("xmult=hits 9 targetscore 1;", "sectsch:[mult 1;]; xmult=hits 9 targetscore 1;", "mult=replications 100000;",
+           "resample=replications 100000 [mult 2];", "qnelsen 100000;", "mult=replications 1; resample=replications 100000;")
+
+
+def check_auto_save(zeb):
+    """Trees of searches that never come to an end are saved meanwhile, also those that workers have."""
+    bad = []
+    for cores in (1, 3):
+        with tempfile.TemporaryDirectory() as folder:
+            saved = pathlib.Path(folder, "s-1")
+            text = script(matrix(random.Random(3)), ["tsave !1 *s;"], [ENDLESS[0]], cores)
+            process = start(zeb, text, pathlib.Path(folder))
+            end = time.time() + 20
+            while not saved.exists() and time.time() < end:
+                time.sleep(0.1)
+            process.kill()
+            process.communicate()
+            if not saved.exists() or saved.read_text().count("(") < 2:
+                bad.append(f"{cores} cores: no trees are saved")
+    return bad
+
+
+def check_stops(zeb, draw, runs):
+    """An interrupt at any moment, also just before a search begins, ends the script, and all workers."""
+    bad = []
+    for _ in range(runs):
+        commands, cores, wait = draw.choice(ENDLESS), draw.randint(1, 3), draw.uniform(0, 0.3)
+        with tempfile.TemporaryDirectory() as folder:
+            text = script(matrix(random.Random(3)), [], [commands], cores)
+            process = start(zeb, text, pathlib.Path(folder))
+            time.sleep(wait)
+            workers = children(process.pid)
+            process.send_signal(signal.SIGINT)
+            try:
+                process.communicate(timeout=30)
+            except subprocess.TimeoutExpired:
+                bad.append(f"{cores} cores, interrupt after {wait:.3f} s: {commands} goes on")
+                process.kill()
+                process.communicate()
+            if process.returncode not in (-signal.SIGINT, -signal.SIGKILL, 128 + signal.SIGINT):
+                bad.append(f"{commands} interrupted after {wait:.3f} s: status {process.returncode}")
+            bad += [f"worker {w} is left" for w in workers if os.path.exists(f"/proc/{w}/fd/1")]
+    return bad
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--zeb", type=os.path.abspath, required=True)
@@ -177,7 +222,8 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--keep", help="folder for scripts that differ")
     options = parser.parse_args()
-    bad = check_death_of_master(options.zeb)
+    bad = check_death_of_master(options.zeb) + check_auto_save(options.zeb)
+    bad += check_stops(options.zeb, random.Random(options.seed), options.runs)
     for seed in range(options.seed, options.seed + options.runs):
         bad += check_equality(options.zeb, seed, options.keep)
     print("\n".join(bad) if bad else f"{options.runs} searches: the same on one core and on several")

@@ -9,7 +9,8 @@
 namespace zeb {
 
 void begin_part(search_context& part) {
-  const search_context& outer = *part.outer;
+  search_context& outer = *part.outer;
+  outer.part = &part;
   forget_trees(part);
   part.rules = outer.rules;
   part.shown = outer.shown;
@@ -38,6 +39,7 @@ std::vector<found_tree> found_trees(search_context& context) {
 }
 
 void add_work(search_context& context, const work_done& done) {
+  context.part = nullptr;
   context.rearrangements.add(done.rearrangements);
   context.moves_done += done.moves;
   context.landmark_errors.add(done.landmark_errors);

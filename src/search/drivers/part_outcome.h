@@ -37,7 +37,7 @@ void begin_part(search_context& part);
 work_done work_of_part(const search_context& part);
 /// All trees in the slots.
 std::vector<found_tree> found_trees(search_context& context);
-/// The work of a part counts as that of the search.
+/// A part is over: its work counts as that of the search.
 void add_work(search_context& context, const work_done& done);
 
 void put(const part_state& state, packet_writer& to);

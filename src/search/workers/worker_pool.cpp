@@ -31,6 +31,11 @@ struct worker_pool::worker {
 
 namespace {
 
+struct pools_state {
+  worker_pool* innermost = nullptr;  // that has, or had, workers
+};
+pools_state pools;
+
 /// What waits in buffers would be written by the copies, too.
 void write_out_all() {
   flush_log();
@@ -58,7 +63,22 @@ worker_pool::worker_pool(int parts, const part_maker& make) {
   if (workers_.empty())
     warning("No worker can be started: the search runs on one core");
   else
-    note_division(true);
+    begin_pool();
+}
+
+void worker_pool::begin_pool() {
+  note_division(true);
+  outer_ = std::exchange(pools.innermost, this);
+}
+
+tree_list worker_pool::trees_in_work() const {
+  tree_list trees;
+  for (const auto& [part, found] : in_work_) trees.insert(trees.end(), found.begin(), found.end());
+  return trees;
+}
+
+tree_list trees_in_work() {
+  return pools.innermost ? pools.innermost->trees_in_work() : tree_list();
 }
 
 bool worker_pool::start(int number, int parts, const part_maker& make) {
@@ -94,6 +114,7 @@ worker_pool::~worker_pool() {
     }
     records.push_back(each->record);
   }
+  pools.innermost = outer_;
   note_workers(records);
   if (any_left()) note_division(false);
 }
@@ -130,6 +151,7 @@ std::optional<std::vector<std::byte>> worker_pool::result_of(int part,
     if (wall_clock() - stop_since_ > longest_wait) return std::nullopt;
   }
   result found = std::move(results_.extract(part).mapped());
+  in_work_.erase(part);
   if (found.failed) return std::nullopt;
   for (const captured_piece& piece : found.said) say(piece);
   return std::move(found.found);
@@ -168,15 +190,23 @@ void worker_pool::take_frames(worker& from) {
   while (rest.size() >= sizeof length) {
     std::memcpy(&length, rest.data(), sizeof length);
     if (rest.size() - sizeof length < length) break;
-    take_result(from, rest.subspan(sizeof length, length));
+    take_frame(from, rest.subspan(sizeof length, length));
     rest = rest.subspan(sizeof length + length);
   }
   from.bytes.erase(from.bytes.begin(), from.bytes.end() - static_cast<std::ptrdiff_t>(rest.size()));
 }
 
-void worker_pool::take_result(worker& from, std::span<const std::byte> frame) {
+void worker_pool::take_trees(int part, packet_reader& reader) {
+  tree_list& trees = in_work_[part];
+  trees.clear();
+  while (!reader.at_end()) trees.push_back(reader.list());
+}
+
+void worker_pool::take_frame(worker& from, std::span<const std::byte> frame) {
   packet_reader reader(frame);
-  result& to = results_[reader.whole()];
+  const int part = reader.whole();
+  if (reader.byte() != 0) return take_trees(part, reader);
+  result& to = results_[part];
   to.failed = reader.byte() != 0;
   from.record.seconds = reader.real();
   from.record.peak = reader.real();

@@ -18,6 +18,7 @@
 #include "console/output.h"
 #include "search/workers/shared_memory.h"
 #include "search/workers/worker_process.h"
+#include "trees/notation/auto_save.h"
 
 namespace zeb {
 
@@ -36,6 +37,8 @@ class worker_pool {
   /// for parts that are in work, which end early, and for no longer than some seconds.
   std::optional<std::vector<std::byte>> result_of(int part, const std::function<void()>& idle);
   bool has_workers() const { return !workers_.empty(); }
+  /// What was found in parts that nobody has asked for yet, as far as workers have told.
+  tree_list trees_in_work() const;
 
  private:
   struct worker;
@@ -45,10 +48,12 @@ class worker_pool {
     std::vector<std::byte> found;
   };
   bool start(int number, int parts, const part_maker& make);
+  void begin_pool();
   void take_in(int milliseconds);
   void take_in_from(worker& from);
   void take_frames(worker& from);
-  void take_result(worker& from, std::span<const std::byte> frame);
+  void take_frame(worker& from, std::span<const std::byte> frame);
+  void take_trees(int part, packet_reader& reader);
   void note_end(worker& ended);
   bool is_in_work(int part) const;
   bool any_left() const;
@@ -57,7 +62,12 @@ class worker_pool {
   worker_page* page_ = nullptr;
   std::vector<std::unique_ptr<worker>> workers_;
   std::map<int, result> results_;
-  double stop_since_ = 0;  // wall clock; 0: nobody was asked to stop
+  std::map<int, tree_list> in_work_;  // by part
+  worker_pool* outer_ = nullptr;      // whose workers have all ended
+  double stop_since_ = 0;             // wall clock; 0: nobody was asked to stop
 };
+
+/// Of the workers that there are.
+tree_list trees_in_work();
 
 }  // namespace zeb

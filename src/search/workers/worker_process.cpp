@@ -25,12 +25,43 @@ namespace {
 
 struct worker_state {
   worker_task task;
-  bool failed = false;  // an error was told: only the user's process can do that
+  bool failed = false;           // an error was told: only the user's process can do that
+  int part = 0;                  // in work
+  int seconds = 0;               // between two tellings of the trees that it has; 0: nobody asks
+  double last_told = 0;          // wall clock
+  std::size_t trees_before = 0;  // beyond the buffer, when the worker began
 };
 worker_state worker;
 
+void send_bytes(std::span<const std::byte> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = send(worker.task.descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (count < 0 && errno != EINTR) _exit(1);  // nobody waits for it
+    if (count > 0) bytes = bytes.subspan(static_cast<std::size_t>(count));
+  }
+}
+
+void send_frame(std::span<const std::byte> head, std::span<const std::byte> rest) {
+  const frame_length length = head.size() + rest.size();
+  send_bytes(std::as_bytes(std::span(&length, 1)));
+  send_bytes(head);
+  send_bytes(rest);
+}
+
+/// For automatic saving.
+void send_trees() {
+  worker.last_told = wall_clock();
+  packet_writer frame;
+  frame.put(worker.part);
+  frame.put_byte(1);
+  const tree_list trees = trees_beyond_buffer();
+  for (std::size_t t = worker.trees_before; t < trees.size(); ++t) frame.put_list(trees[t]);
+  send_frame(frame.bytes(), {});
+}
+
 void look_for_stop(bool) {
   if (getppid() != worker.task.parent) _exit(1);
+  if (worker.seconds > 0 && wall_clock() - worker.last_told >= worker.seconds) send_trees();
   if (worker.task.page->stop) stop_search(stop_reason::user);
 }
 
@@ -46,6 +77,9 @@ void leave_the_world() {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_IGN);
   const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, stream);
+  worker.seconds = auto_save.view.beyond ? auto_save.seconds : 0;
+  worker.last_told = wall_clock();
+  worker.trees_before = trees_beyond_buffer().size();
   set_auto_save(0, "", false);
   disarm_time_limit();
   become_worker(
@@ -75,17 +109,10 @@ void put_use(packet_writer& to) {
   to.put_real(own_memory());
 }
 
-void send_bytes(std::span<const std::byte> bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = send(worker.task.descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    if (count < 0 && errno != EINTR) _exit(1);  // nobody waits for it
-    if (count > 0) bytes = bytes.subspan(static_cast<std::size_t>(count));
-  }
-}
-
 void send_part(int part, const output_capture& said, const packet_writer& found) {
   packet_writer head;
   head.put(part);
+  head.put_byte(0);
   head.put_byte(worker.failed ? 1 : 0);
   put_use(head);
   head.put(static_cast<std::int32_t>(said.pieces().size()));
@@ -94,22 +121,21 @@ void send_part(int part, const output_capture& said, const packet_writer& found)
     head.put_text(piece.text);
     head.put_byte(piece.is_warning ? 1 : 0);
   }
-  const frame_length length = head.bytes().size() + found.bytes().size();
-  send_bytes(std::as_bytes(std::span(&length, 1)));
-  send_bytes(head.bytes());
-  send_bytes(found.bytes());
+  send_frame(head.bytes(), found.bytes());
 }
 
 void make_and_send(int part, const part_maker& make) {
   const output_capture said;
   packet_writer found;
   worker.failed = false;
+  worker.part = part;
   const jump_context around;
   try {
     make(part, found);
   } catch (...) {
     worker.failed = true;
   }
+  if (worker.seconds > 0) send_trees();  // others may keep the part waiting
   send_part(part, said, worker.failed ? packet_writer() : found);
 }
 

@@ -38,9 +38,10 @@ void leave_part_to_process();
 /// Before a result's bytes: how many there are.
 using frame_length = std::uint64_t;
 
-/// Makes parts and sends them: the number of the part, 1 where it failed, the worker's use of
+/// Makes parts and sends them: the number of the part, 0, 1 where it failed, the worker's use of
 /// processor and memory, what it said, and what the maker put. A part of which an error was told
-/// has failed. Never returns.
+/// has failed. While trees are saved automatically, those of the part in work are sent now and
+/// then: the number of the part, 1, the trees. Never returns.
 [[noreturn]] void run_worker(const worker_task& task, const part_maker& make);
 
 }  // namespace zeb

@@ -10,6 +10,7 @@
 #include "base/command.h"
 #include "base/errors.h"
 #include "base/file_calls.h"
+#include "base/indices.h"
 #include "base/output_file.h"
 #include "base/process.h"
 #include "console/output.h"
@@ -25,18 +26,22 @@ auto_save_state auto_save;
 
 namespace {
 
-void write_results(output_file& file) {
+void write_results(output_file& file, const tree_list& beyond) {
+  const int count = store.ntrees + static_cast<int>(beyond.size());
+  const auto tree = [&beyond](int t) {
+    return t < store.ntrees ? viewed_tree(t) : beyond[at(t - store.ntrees)];
+  };
   if (auto_save.parenthetical) {
     file.put("tread 'auto-saved results'\n");
-    for (int t = 0; t < store.ntrees; ++t) {
+    for (int t = 0; t < count; ++t) {
       if (t > 0) file.put("*\n");
-      file.put(stored_tree_text(viewed_tree(t)));
+      file.put(stored_tree_text(tree(t)));
     }
     return file.put(";\nproc-;\n");
   }
   std::vector<std::uint8_t> bytes = compact_head(matrix.ntax);
-  for (int t = 0; t < store.ntrees; ++t) {
-    std::vector<tree_node> complete = viewed_tree(t);
+  for (int t = 0; t < count; ++t) {
+    std::vector<tree_node> complete = tree(t);
     include_absent_taxa(complete, matrix.ntax);
     append_compact_tree(complete, matrix.ntax, bytes);
     file.put({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
@@ -71,13 +76,13 @@ void keep_results_of_others(int number) {
 }
 
 // Returns why it failed; empty: it didn't.
-std::string save() {
+std::string save(const tree_list& beyond) {
   const std::string path = file_path(auto_save.next);
   auto_save.last_saved = wall_clock();
   keep_results_of_others(auto_save.next);
   if (auto_save.seconds <= 0) return {};
   output_file file;
-  if (file.create(path)) write_results(file);
+  if (file.create(path)) write_results(file, beyond);
   if (!file.is_open() || !file.close()) return "Cannot auto-save to file " + path + file.cause();
   struct stat status;
   if (is_there(path, status)) written_by_this_run(auto_save.next) = {status.st_dev, status.st_ino};
@@ -85,8 +90,6 @@ std::string save() {
   note_trees_saved();
   return {};
 }
-
-bool wanted() { return auto_save.seconds > 0 && store.ntrees > 0; }
 
 }  // namespace
 
@@ -109,11 +112,15 @@ void set_auto_save(int seconds, const std::string& name, bool parenthetical) {
 std::vector<tree_node> viewed_tree(int number) {
   const const_tree_span stored = stored_tree(number);
   std::vector<tree_node> tree(stored.begin(), stored.end());
-  if (auto_save.view) auto_save.view(number, tree);
+  if (auto_save.view.of_buffer) auto_save.view.of_buffer(number, tree);
   return tree;
 }
 
-void set_auto_save_view(tree_view view) { auto_save.view = std::move(view); }
+tree_list trees_beyond_buffer() {
+  return auto_save.view.beyond ? auto_save.view.beyond() : tree_list();
+}
+
+void set_auto_save_view(search_view view) { auto_save.view = std::move(view); }
 
 void auto_save_if_due() {
   if (auto_save.seconds <= 0) return;
@@ -121,16 +128,17 @@ void auto_save_if_due() {
 }
 
 void auto_save_now() {
-  if (!wanted()) return;
-  const std::string failure = save();
+  const tree_list beyond = trees_beyond_buffer();
+  if (auto_save.seconds <= 0 || (store.ntrees == 0 && beyond.empty())) return;
+  const std::string failure = save(beyond);
   const bool is_new = !failure.empty() && !auto_save.failing;
   auto_save.failing = !failure.empty();
   if (is_new) warning(failure + "\nAuto-saving will be tried again");
 }
 
 void auto_save_at_end() {
-  if (!wanted()) return;
-  const std::string failure = save();
+  if (auto_save.seconds <= 0 || store.ntrees == 0) return;
+  const std::string failure = save({});
   if (!failure.empty()) note_loss(failure);
 }
 

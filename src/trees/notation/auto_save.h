@@ -13,8 +13,14 @@
 
 namespace zeb {
 
-/// Gives tree `number` of the buffer as it is outside of a search, in `nnodes` cells.
-using tree_view = std::function<void(int number, tree_span tree)>;
+using tree_list = std::vector<std::vector<tree_node>>;
+/// What is to be saved while a search runs; empty: none runs.
+struct search_view {
+  /// Gives tree `number` of the buffer as it is outside of a search, in `nnodes` cells.
+  std::function<void(int number, tree_span tree)> of_buffer;
+  /// Trees that aren't there yet: those of the parts that are searched now.
+  std::function<tree_list()> beyond;
+};
 
 /// A file as the system knows it.
 struct saved_file {
@@ -32,17 +38,18 @@ struct auto_save_state {
   std::string path;                   // the name, whatever the working directory is by now
   bool failing = false;               // the last saving failed, and the user knows
   std::array<saved_file, 2> written;  // by this run, to "name-1" and "name-2"
-  tree_view view;                     // empty: the trees of the buffer are what they are
+  search_view view;
 };
 extern auto_save_state auto_save;
 
 /// Begins or ends it; files of another run are put out of the way at once.
 void set_auto_save(int seconds, const std::string& name, bool parenthetical);
-/// While a search keeps the buffer's trees in a form of its own: how they are to be saved. Empty
-/// at its end.
-void set_auto_save_view(tree_view view);
+/// While a search keeps its trees in a form of its own: how they are to be saved. Empty at its end.
+void set_auto_save_view(search_view view);
 /// Tree `number` of the buffer as it is outside of a search, whether one runs or not.
 std::vector<tree_node> viewed_tree(int number);
+/// The trees that a running search has beyond the buffer.
+tree_list trees_beyond_buffer();
 /// Saves if the time has come: cheap enough to be called between any two steps of a search.
 void auto_save_if_due();
 /// Saves now, if automatic saving is on and there are trees. A failure is told once, and saving is
