@@ -51,6 +51,29 @@ lane_values lengths_of_joining(const point_block& block, const node_positions& p
   return lengths;
 }
 
+// A closed way around the ends of both branches follows each new branch at most twice, so all of
+// them together are at least half as long.
+template <int dims>
+lane_values least_lengths(const point_block& block, const node_positions& positions,
+                          branch_ends own, branch_ends target, const double* own_length,
+                          const double* target_length) {
+  const auto v = load_point<dims>(positions.of(block, target.lower));
+  const auto w = load_point<dims>(positions.of(block, target.upper));
+  const auto u = load_point<dims>(positions.of(block, own.lower));
+  lanes around;
+  if (own.upper < 0) {
+    around = between(u, v) + between(u, w);
+  } else {
+    const auto t = load_point<dims>(positions.of(block, own.upper));
+    const lanes one_way = between(u, v) + between(t, w);
+    const lanes other_way = between(u, w) + between(t, v);
+    around = (one_way > other_way ? one_way : other_way) - load_lanes(own_length);
+  }
+  lane_values lengths;
+  store_lanes(lengths.data(), at_least((around - load_lanes(target_length)) * 0.5, 0));
+  return lengths;
+}
+
 template <int dims>
 void place_ends_of_joint(const point_block& block, branch_ends own, branch_ends target, int joint,
                          int root, node_positions& positions) {
@@ -66,6 +89,15 @@ lane_values joining_lengths(const point_block& block, const node_positions& posi
                             branch_ends own, branch_ends target) {
   return block.dimensions == 2 ? lengths_of_joining<2>(block, positions, own, target)
                                : lengths_of_joining<3>(block, positions, own, target);
+}
+
+ZEB_ALSO_FOR_WIDE_VECTORS
+lane_values least_joining_lengths(const point_block& block, const node_positions& positions,
+                                  branch_ends own, branch_ends target, const double* own_length,
+                                  const double* target_length) {
+  return block.dimensions == 2
+             ? least_lengths<2>(block, positions, own, target, own_length, target_length)
+             : least_lengths<3>(block, positions, own, target, own_length, target_length);
 }
 
 ZEB_ALSO_FOR_WIDE_VECTORS

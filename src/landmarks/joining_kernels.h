@@ -15,6 +15,11 @@ struct branch_ends {
 /// stay: a new node on `target`, and one on `own`, unless that is one node (`upper` -1).
 lane_values joining_lengths(const point_block& block, const node_positions& positions,
                             branch_ends own, branch_ends target);
+/// Below or equal to that, and quickly told. The lengths of the branches `own` (unless that is one
+/// node) and `target` by lane.
+lane_values least_joining_lengths(const point_block& block, const node_positions& positions,
+                                  branch_ends own, branch_ends target, const double* own_length,
+                                  const double* target_length);
 /// Puts the new nodes of a joining to their places: `joint` on the branch `target`, `root` on the
 /// branch `own`. `root` -1: `own` is one node.
 void place_joint(const point_block& block, branch_ends own, branch_ends target, int joint, int root,

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "landmarks/lane_vectors.h"
+#include "landmarks/lane_points.h"
 
 namespace zeb {
 namespace {
@@ -246,26 +246,27 @@ class block_relaxation {
 };
 
 template <int dims>
-double between(const double* a, const double* b, int lane) {
-  return std::sqrt(squared<dims>(a, b, lane));
-}
-
-template <int dims>
 lane_values lengths(const point_block& block, const node_walk& walk,
-                    const node_positions& positions) {
+                    const node_positions& positions, double* of_branches) {
   lane_values sum{};
   if (walk.base.second < 0) return sum;
   // Nodes that a lane doesn't call for lie on others, so their branches have no length.
-  const auto add = [&](int a, int b) {
-    const double* const x = positions.of(block, a);
-    const double* const y = positions.of(block, b);
-    for (int l = 0; l < block_lanes; ++l) sum[at(l)] += between<dims>(x, y, l);
+  lanes total{};
+  const auto add = [&](int lower, int upper) {
+    const lanes length = between(load_point<dims>(positions.of(block, lower)),
+                                 load_point<dims>(positions.of(block, upper)));
+    if (of_branches) store_lanes(of_branches + lower * block_lanes, length);
+    total += length;
   };
   for (const int v : walk.inner) {
-    add(v, walk.links.first[v]);
-    add(v, walk.links.second[v]);
+    add(walk.links.first[v], v);
+    add(walk.links.second[v], v);
   }
   add(walk.base.first, walk.base.second);
+  if (of_branches)
+    std::copy_n(of_branches + walk.base.first * block_lanes, block_lanes,
+                of_branches + walk.base.second * block_lanes);
+  store_lanes(sum.data(), total);
   return sum;
 }
 
@@ -283,9 +284,10 @@ void relax_positions(const point_blocks& points, int block, const node_walk& wal
 
 ZEB_ALSO_FOR_WIDE_VECTORS
 lane_values lengths_of(const point_blocks& points, int block, const node_walk& walk,
-                       const node_positions& positions) {
+                       const node_positions& positions, double* of_branches) {
   const point_block& own = points.blocks[at(block)];
-  return own.dimensions == 2 ? lengths<2>(own, walk, positions) : lengths<3>(own, walk, positions);
+  return own.dimensions == 2 ? lengths<2>(own, walk, positions, of_branches)
+                             : lengths<3>(own, walk, positions, of_branches);
 }
 
 }  // namespace zeb

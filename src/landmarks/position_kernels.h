@@ -39,8 +39,9 @@ struct relaxation {
 /// nearest one that has any.
 void relax_positions(const point_blocks& points, int block, const node_walk& walk,
                      const relaxation& how, node_positions& positions);
-/// The length of each lane's tree.
+/// The length of each lane's tree. `of_branches`, if given, gets the lengths of all branches of the
+/// walk, by the node at their lower end (at the base, both) and lane.
 lane_values lengths_of(const point_blocks& points, int block, const node_walk& walk,
-                       const node_positions& positions);
+                       const node_positions& positions, double* of_branches = nullptr);
 
 }  // namespace zeb

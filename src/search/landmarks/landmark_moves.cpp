@@ -12,7 +12,6 @@ namespace {
 
 constexpr relaxation after_a_move = {12, 0.05, 1e-6, false};
 constexpr relaxation after_a_clip = {5, 0.02, 1e-5, false};
-constexpr relaxation to_judge = {12, 0.05, 1e-6, false};
 
 tree_links links_of(const search_data& data, const tree_arrays& tree) {
   return {data.n, tree.anc.data(), tree.first.data(), tree.second.data()};
@@ -61,7 +60,9 @@ landmark_moves::landmark_moves(const search_data& data)
       halves_(points_, data.nodes),
       joined_(points_, data.nodes),
       in_both_(at(points_.count()), 0),
-      half_lengths_(at(points_.count())) {}
+      in_clade_(at(points_.count()), 0),
+      half_lengths_(at(points_.count())),
+      branch_lengths_(branches_of(points_.count()), 0.0) {}
 
 void landmark_moves::place_tree(bool anew) {
   const listed_walk whole(links_of(data_, data_.tree), whole_base(data_.tree));
@@ -92,8 +93,9 @@ void landmark_moves::begin_clip(const landmark_clip& clip) {
                 halves_.of(one, 0));
     relax_positions(points_, block, main_walk.walk, after_a_clip, halves_);
     relax_positions(points_, block, own_walk.walk, after_a_clip, halves_);
-    lane_values lengths = lengths_of(points_, block, main_walk.walk, halves_);
-    const lane_values of_clip = lengths_of(points_, block, own_walk.walk, halves_);
+    double* const branches = branch_lengths_.data() + branches_of(block);
+    lane_values lengths = lengths_of(points_, block, main_walk.walk, halves_, branches);
+    const lane_values of_clip = lengths_of(points_, block, own_walk.walk, halves_, branches);
     for (std::size_t l = 0; l < block_lanes; ++l) lengths[l] += of_clip[l];
     half_lengths_[at(block)] = lengths;
     costs[at(block)] = landmarks_.cost(block, lengths);
@@ -122,6 +124,16 @@ lane_values landmark_moves::added_lengths(int block, branch_ends own, branch_end
   return added;
 }
 
+lane_values landmark_moves::least_added(int block, branch_ends own, branch_ends target) const {
+  const point_block& one = points_.blocks[at(block)];
+  const double* const lengths = branch_lengths_.data() + branches_of(block);
+  lane_values added =
+      least_joining_lengths(one, halves_, own, target, lengths + own.lower * block_lanes,
+                            lengths + target.lower * block_lanes);
+  if (one.has_missing) clear_lanes(~unsigned{in_both_[at(block)]}, added);
+  return added;
+}
+
 /// Terminal 0 alone is joined to a branch of the clip as a terminal is to one of the main tree.
 landmark_moves::joined_ends landmark_moves::ends_of(int u, int v) const {
   if (clip_.joint < 0) return {{0, -1}, own_ends(u)};
@@ -130,6 +142,12 @@ landmark_moves::joined_ends landmark_moves::ends_of(int u, int v) const {
 
 double landmark_moves::estimate(int u, int v, double limit) const {
   const joined_ends ends = ends_of(u, v);
+  double least = 0;
+  for (int block = 0; block < points_.count() && limit < no_bound; ++block) {
+    least += landmarks_.cost_added(block, half_lengths_[at(block)],
+                                   least_added(block, ends.own, ends.target));
+    if (least > limit) return least;
+  }
   double sum = 0;
   for (int block = 0; block < points_.count() && sum <= limit; ++block)
     sum += landmarks_.cost_added(block, half_lengths_[at(block)],
@@ -242,19 +260,6 @@ double landmark_moves::refined(int u, int v, int depth, int rounds) {
   return sum_of(costs) - cost_of_halves_;
 }
 
-double landmark_moves::checked(int u, int v) {
-  own_links links = joined(u, v);
-  const tree_arrays tree = links.arrays();
-  const listed_walk whole(links_of(data_, tree), whole_base(tree));
-  std::vector<double> costs(at(points_.count()), 0);
-  share_out(points_.count(), [&](int block) {
-    place_union(block, u, v);
-    relax_positions(points_, block, whole.walk, to_judge, joined_);
-    costs[at(block)] = cost_of(block, whole.walk, joined_);
-  });
-  return sum_of(costs) - cost_of_halves_;
-}
-
 // ---- growing trees ----
 
 void landmark_moves::begin_growing() {
@@ -283,22 +288,41 @@ double landmark_moves::cost_of_growing_tree(double part) {
   return sum;
 }
 
-double landmark_moves::cost_of_adding(int taxon, int v, double limit) const {
+/// A clade is added by the branch between the two descendants of its root.
+branch_ends landmark_moves::added_ends(int top) const {
+  if (top < data_.n) return {top, -1};
+  return {data_.tree.first[at(top)], data_.tree.second[at(top)]};
+}
+
+void landmark_moves::place_clade(int top) {
+  const branch_ends ends = added_ends(top);
+  const listed_walk walk(links_of(data_, data_.tree), {ends.lower, ends.upper});
+  share_out(points_.count(), [&](int block) {
+    relax_positions(points_, block, walk.walk, from_nothing, tree_);
+    in_clade_[at(block)] = static_cast<std::uint8_t>(lanes_in(points_, block, walk.walk));
+  });
+}
+
+double landmark_moves::cost_of_adding(int top, int v, double limit) const {
+  const branch_ends own = added_ends(top);
   const branch_ends target = target_ends(v);
   double sum = 0;
   for (int block = 0; block < points_.count() && sum <= limit; ++block) {
     const point_block& one = points_.blocks[at(block)];
-    lane_values added = joining_lengths(one, tree_, {taxon, -1}, target);
-    if (one.has_missing)
-      clear_lanes(~unsigned{points_.present(block, taxon)} | ~unsigned{in_both_[at(block)]}, added);
+    lane_values added = joining_lengths(one, tree_, own, target);
+    if (one.has_missing) {
+      const unsigned lanes = top < data_.n ? points_.present(block, top) : in_clade_[at(block)];
+      clear_lanes(~lanes | ~unsigned{in_both_[at(block)]}, added);
+    }
     sum += landmarks_.cost_added(block, half_lengths_[at(block)], added);
   }
   return sum;
 }
 
-void landmark_moves::place_added(int taxon, int v, int joint) {
+void landmark_moves::place_added(int top, int v, int joint) {
+  const branch_ends own = added_ends(top);
   for (const point_block& one : points_.blocks)
-    place_joint(one, {taxon, -1}, target_ends(v), joint, -1, tree_);
+    place_joint(one, own, target_ends(v), joint, own.upper < 0 ? -1 : top, tree_);
 }
 
 void landmark_moves::settle_added(int joint, int depth, int rounds, bool all_nodes) {

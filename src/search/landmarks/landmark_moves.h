@@ -3,8 +3,7 @@
 //
 // With the points where they are, joining two branches costs what the two new nodes add there: a
 // quick estimate, too high by what the other nodes could give way. It gets better when nodes near
-// the place of union move (`refined`), and in the end all nodes of the joined tree do (`checked`),
-// which leaves about a ten-thousandth of the length.
+// the place of union move (`refined`).
 #pragma once
 
 #include <cstdint>
@@ -56,8 +55,6 @@ class landmark_moves {
   std::vector<double> costs_by_configuration(int u, int v) const;
   /// The same after nodes within so many branches of the union moved so often.
   double refined(int u, int v, int depth, int rounds);
-  /// The same after all nodes moved.
-  double checked(int u, int v);
   /// The ancestors of the joined tree.
   std::vector<std::int32_t> joined_ancestors(int u, int v) const;
 
@@ -65,10 +62,12 @@ class landmark_moves {
   void begin_growing();
   /// Places all points of the tree anew, and tells what this part of their lengths costs.
   double cost_of_growing_tree(double part);
-  /// Of a taxon that isn't in the tree, as `estimate`.
-  double cost_of_adding(int taxon, int v, double limit) const;
-  /// The taxon is about to be attached to the branch `v` by the node `joint`.
-  void place_added(int taxon, int v, int joint);
+  /// Places the points of a clade that isn't in the tree, before it is added by its root `top`.
+  void place_clade(int top);
+  /// Of a taxon or clade that isn't in the tree, as `estimate`.
+  double cost_of_adding(int top, int v, double limit) const;
+  /// It is about to be attached to the branch `v` by the node `joint`.
+  void place_added(int top, int v, int joint);
   /// ... and was: nodes near it move, or all.
   void settle_added(int joint, int depth, int rounds, bool all_nodes);
 
@@ -79,6 +78,7 @@ class landmark_moves {
   };
   joined_ends ends_of(int u, int v) const;
   branch_ends own_ends(int u) const;
+  branch_ends added_ends(int top) const;
   branch_ends target_ends(int v) const;
   own_links joined(int u, int v) const;
   struct near_part;
@@ -89,16 +89,20 @@ class landmark_moves {
   double cost_of(int block, const node_walk& walk, const node_positions& positions) const;
   void note_grown(int block, const node_walk& walk);
   lane_values added_lengths(int block, branch_ends own, branch_ends target) const;
+  lane_values least_added(int block, branch_ends own, branch_ends target) const;
+  std::size_t branches_of(int block) const { return at(block * data_.nodes) * block_lanes; }
 
   const search_data& data_;
   searched_landmarks& landmarks_;
   const point_blocks& points_;
   node_positions tree_;    // of the tree in work
   node_positions halves_;  // of the clipped one
-  node_positions joined_;  // of one that is checked
+  node_positions joined_;  // of one that is refined
   landmark_clip clip_;
   std::vector<std::uint8_t> in_both_;      // by block: lanes present in both halves
+  std::vector<std::uint8_t> in_clade_;     // ... in the clade that is added
   std::vector<lane_values> half_lengths_;  // by block: of both halves together
+  std::vector<double> branch_lengths_;     // of the halves, by block, node and lane
   double cost_of_halves_ = 0;
 };
 

@@ -15,8 +15,6 @@ namespace {
 constexpr int candidates_together = 32;  // that a thread takes at a time
 /// What is left of the margin once nodes near the union have moved.
 constexpr double margin_when_refined = 1.0 / 3;
-/// How far off a check may be; three times the deviation that was seen.
-constexpr double margin_of_checks = 0.02;
 constexpr double least_cost = 1e-6;  // of a joining, in relation to the score, that tells of errors
 
 }  // namespace
@@ -71,7 +69,6 @@ landmark_swap::home_ratios landmark_swap::measure_home() {
   if (refines())
     ratios.refined =
         std::max(1.0, moves_.refined(u, v, wanted.refine_depth, wanted.refine_rounds) / cost);
-  ratios.checked = moves_.checked(u, v) / cost;
   return ratios;
 }
 
@@ -92,19 +89,33 @@ void landmark_swap::estimate_all(double allowed) {
   });
 }
 
+bool landmark_swap::is_surely_within(const candidate& one) const {
+  return one.others + one.landmarks * (1 + margin()) <= run_.bound + run_.rounding;
+}
+
+/// A perturbing swap takes worse trees only where few characters speak against them: that is seen
+/// at once.
+bool landmark_swap::is_refused(const candidate& one, double allowed) const {
+  if (!run_.perturbing) return false;
+  const bool is_worse = one.others + one.landmarks / (1 + allowed) > run_.home_cost + run_.rounding;
+  if (!is_worse) return false;
+  const clip_place home{run_.clip_side(run_.home_root), run_.target_side(run_.sister)};
+  const clip_place other{run_.clip_side(one.u), run_.target_side(one.v)};
+  return !may_accept_worse(*run_.perturbing, run_.data, home, other);
+}
+
 bool landmark_swap::check(candidate& one) {
   const landmark_search_settings& wanted = landmark_searching;
-  if (refines()) {
+  if (refines() && !is_surely_within(one)) {
     const double refined =
         moves_.refined(one.u, one.v, wanted.refine_depth, wanted.refine_rounds) / home_.refined;
     if (!is_near(one, refined, margin() * margin_when_refined)) return false;
   }
-  const double checked = moves_.checked(one.u, one.v) / home_.checked;
-  if (checked > least_cost * score_)
-    run_.context.landmark_errors.add((one.landmarks - checked) / checked);
-  if (!is_near(one, checked, margin_of_checks)) return false;
+  const double estimate = one.landmarks;
   const std::vector<std::int32_t> tree = moves_.joined_ancestors(one.u, one.v);
   one.landmarks = landmarks_.score_of(run_.data, tree) - moves_.cost_of_halves();
+  if (one.landmarks > least_cost * score_)
+    run_.context.landmark_errors.add((estimate - one.landmarks) / one.landmarks);
   return one.others + one.landmarks <= run_.bound + run_.rounding;
 }
 
@@ -121,7 +132,7 @@ void landmark_swap::judge() {
   for (candidate& one : candidates_) {
     poll_search(run_.context);  // a clip may have thousands of them, each of which is optimised
     if (interrupted()) break;
-    if (!is_near(one, one.landmarks, allowed) || !check(one)) continue;
+    if (!is_near(one, one.landmarks, allowed) || is_refused(one, allowed) || !check(one)) continue;
     if (run_.trees_wanted) {
       judged.push_back(one);
     } else if (run_.take_judged(one.u, one.v, one.others + one.landmarks)) {

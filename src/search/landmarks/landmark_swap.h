@@ -32,11 +32,10 @@ class landmark_swap final : public candidate_judge {
   bool begins_anew() override;
 
  private:
-  /// Estimates of three kinds in relation to the truth, by what they say of the clip's home.
+  /// Estimates of two kinds in relation to the truth, by what they say of the clip's home.
   struct home_ratios {
     double quick = 1;
     double refined = 1;
-    double checked = 1;
   };
   struct candidate {
     int u;
@@ -50,6 +49,9 @@ class landmark_swap final : public candidate_judge {
   void estimate_all(double allowed);
   /// Is it within the bound if it costs less by a proportion?
   bool is_near(const candidate& one, double cost, double allowed) const;
+  /// ... even if it costs more than estimated, by the margin?
+  bool is_surely_within(const candidate& one) const;
+  bool is_refused(const candidate& one, double allowed) const;
   /// Makes the cost exact; false where it is over the bound.
   bool check(candidate& one);
   void hand_over(std::vector<candidate>& judged);

@@ -46,6 +46,9 @@ struct perturbation {
   double slack() const { return accept_worse ? fit_difference : 0; }
 };
 
+/// Could one be accepted that makes the tree worse, as far as characters for and against it tell?
+bool may_accept_worse(const perturbation& how, const search_data& data, const clip_place& home,
+                      const clip_place& other);
 /// Is a reconnection accepted that makes the tree worse by `worse`, to `score`? Draws from the
 /// generator.
 bool accepts_worse(const perturbation& how, random_generator& random, const search_data& data,

@@ -11,6 +11,8 @@
 #include "engine/passes/links.h"
 #include "engine/passes/passes.h"
 #include "engine/passes/waves.h"
+#include "landmarks/search_settings.h"
+#include "search/landmarks/landmark_moves.h"
 #include "search/search_report.h"
 
 namespace zeb {
@@ -32,6 +34,8 @@ tree_in_pieces::tree_in_pieces(search_context& context, std::span<const std::int
 
 tree_in_pieces::tree_in_pieces(search_context& context, std::vector<tree_piece> pieces)
     : context_(context), data_(context.data), pieces_(std::move(pieces)) {}
+
+tree_in_pieces::~tree_in_pieces() = default;
 
 int tree_in_pieces::terminals_below(int node) const {
   int count = 0;
@@ -82,6 +86,10 @@ void tree_in_pieces::make_sets() {
   full_pass(data_);
   for (const tree_piece& piece : pieces_) subtree_pass(data_, piece.top);
   if (data_.implied_on) choose_cost_units(data_);
+  if (data_.whole) {
+    landmarks_ = std::make_unique<landmark_moves>(data_);
+    landmarks_->begin_growing();
+  }
   if (context_.constraints_in_force) {
     groups_.emplace(context_.constraints_in_force->rows(), data_.nodes);
     groups_->read_growing_tree(data_.tree);
@@ -132,6 +140,10 @@ int tree_in_pieces::cheapest_branch(const tree_piece& piece) {
           wide_join_cost(data_, {join_end::root, piece.top}, {join_end::branch, v}, below - cost);
       if (cost >= below) continue;
     }
+    if (landmarks_) {
+      cost += landmarks_->cost_of_adding(piece.top, v, below - cost);
+      if (cost >= below) continue;
+    }
     below = cost;
     best = v;
   }
@@ -139,11 +151,16 @@ int tree_in_pieces::cheapest_branch(const tree_piece& piece) {
 }
 
 void tree_in_pieces::join(const tree_piece& piece) {
+  if (landmarks_ && piece.top >= data_.n) landmarks_->place_clade(piece.top);
   const int branch = cheapest_branch(piece);
   if (data_.implied_on)
     add_attachment_steps(data_, {join_end::root, piece.top}, {join_end::branch, branch});
+  if (landmarks_) landmarks_->place_added(piece.top, branch, piece.joint);
   attach(data_.tree, piece.top, piece.joint, branch);
   repair_after_insert(data_, piece.top);
+  if (landmarks_)
+    landmarks_->settle_added(piece.joint, landmark_searching.refine_depth,
+                             landmark_searching.refine_rounds, !landmark_searching.quick_wagner);
   if (!groups_) return;
   if (piece.top < data_.n) {
     groups_->note_added(piece.top);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -14,6 +15,8 @@
 #include "search/search_context.h"
 
 namespace zeb {
+
+class landmark_moves;
 
 /// A clade that was cut off.
 struct tree_piece {
@@ -29,6 +32,9 @@ class tree_in_pieces {
   tree_in_pieces(search_context& context, std::span<const std::int32_t> tree);
   /// Takes links that stand in `data.tree` already, with these pieces of them cut off.
   tree_in_pieces(search_context& context, std::vector<tree_piece> pieces);
+  ~tree_in_pieces();
+  tree_in_pieces(const tree_in_pieces&) = delete;
+  tree_in_pieces& operator=(const tree_in_pieces&) = delete;
 
   /// Cuts off the clade of `node`, also within a piece. False, and nothing is changed, where the
   /// main piece or what the node hangs on would become too small.
@@ -53,10 +59,11 @@ class tree_in_pieces {
   search_context& context_;
   search_data& data_;
   std::vector<tree_piece> pieces_;
-  int main_size_ = 0;                       // terminals beside terminal 0; while pieces are cut
-  std::vector<std::int32_t> piece_of_top_;  // by node; likewise
-  std::vector<std::int32_t> branches_;      // of the main piece
-  std::optional<group_tables> groups_;      // under constraints, while terminals are joined
+  int main_size_ = 0;                          // terminals beside terminal 0; while pieces are cut
+  std::vector<std::int32_t> piece_of_top_;     // by node; likewise
+  std::vector<std::int32_t> branches_;         // of the main piece
+  std::optional<group_tables> groups_;         // under constraints, while terminals are joined
+  std::unique_ptr<landmark_moves> landmarks_;  // null: there are none
 };
 
 }  // namespace zeb
