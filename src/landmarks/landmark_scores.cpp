@@ -6,8 +6,10 @@
 #include "base/errors.h"
 #include "base/indices.h"
 #include "base/interrupts.h"
+#include "landmarks/landmark_workers.h"
 #include "landmarks/point_minima.h"
 #include "landmarks/point_optimiser.h"
+#include "landmarks/search_settings.h"
 #include "matrix/landmarks.h"
 #include "matrix/matrix.h"
 
@@ -44,11 +46,19 @@ void landmark_scorer::optimise(const_tree_span tree) {
   if (data_.configurations.empty()) return;
   require_basal_dichotomy(tree, matrix.ntax);
   const landmark_tree shape = landmark_tree_of(tree, matrix.ntax);
-  point_optimiser optimiser(lmark.settings);
-  for (const std::vector<int>& group : groups_) {
-    check_interrupt();
+  check_interrupt();
+  const auto place = [&](int part) {
+    const std::vector<int>& group = groups_[at(part)];
+    point_optimiser optimiser(lmark.settings);
     optimiser.optimise(shape, data_.points, group);
     for (std::size_t l = 0; l < group.size(); ++l) lengths_[at(group[l])] = optimiser.length(l);
+  };
+  const int parts = static_cast<int>(groups_.size());
+  // Reports are quick, so threads must be wished for.
+  if (landmark_searching.threads > 1) {
+    share_out(parts, place);
+  } else {
+    for (int part = 0; part < parts; ++part) place(part);
   }
   for (std::size_t i = 0; i < data_.points.size(); ++i)
     if (lower_minimum(data_.points[i], lengths_[i])) minima_.clear();

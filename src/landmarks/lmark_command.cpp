@@ -63,7 +63,8 @@ constexpr command_options rows = {
         "percentage of error of quick estimates in searches; A-B/X-Y: none up to X percent "
         "of the clippings, then A until Y, then B; \"<N\", \">N\": or the error met and N "
         "standard deviations, if smaller, larger"),
-    form<read_thread_count>("threads").argument("N").help("threads of searches; *: by processors"),
+    form<read_thread_count>("threads").argument("N").help(
+        "threads of searches and, where N is given, of scores; *: by processors"),
     form<read_xthreads>("xthreads").help("keep the threads up"),
     form<read_noxthreads>("noxthreads").help("begin threads when they are needed"),
     toggle<own, &grid::low_memory>("lowmem").help(

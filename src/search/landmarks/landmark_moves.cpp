@@ -4,8 +4,8 @@
 
 #include "base/indices.h"
 #include "engine/passes/links.h"
+#include "landmarks/landmark_workers.h"
 #include "landmarks/listed_walk.h"
-#include "search/landmarks/landmark_workers.h"
 
 namespace zeb {
 namespace {

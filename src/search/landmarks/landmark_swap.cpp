@@ -4,7 +4,7 @@
 
 #include "base/indices.h"
 #include "base/interrupts.h"
-#include "search/landmarks/landmark_workers.h"
+#include "landmarks/landmark_workers.h"
 #include "search/moves/move_store.h"
 #include "search/moves/swap_run.h"
 #include "search/search_report.h"

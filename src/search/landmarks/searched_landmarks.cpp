@@ -9,11 +9,11 @@
 #include "engine/passes/conversions.h"
 #include "landmarks/fermat.h"
 #include "landmarks/landmark_scores.h"
+#include "landmarks/landmark_workers.h"
 #include "landmarks/listed_walk.h"
 #include "landmarks/point_minima.h"
 #include "landmarks/point_optimiser.h"
 #include "matrix/matrix.h"
-#include "search/landmarks/landmark_workers.h"
 #include "trees/tree_record.h"
 
 namespace zeb {

@@ -18,7 +18,7 @@
 #include "base/message_text.h"
 #include "base/process.h"
 #include "console/log.h"
-#include "search/landmarks/landmark_workers.h"
+#include "landmarks/landmark_workers.h"
 
 namespace zeb {
 

@@ -1,5 +1,5 @@
-// The threads of searches with landmarks: begun when there is work for them, ended with the
-// command, or kept on the user's wish.
+// The threads of searches and scores with landmarks: begun when there is work for them, ended with
+// the command, or kept on the user's wish.
 #pragma once
 
 #include <functional>

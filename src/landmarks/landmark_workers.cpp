@@ -1,4 +1,4 @@
-#include "search/landmarks/landmark_workers.h"
+#include "landmarks/landmark_workers.h"
 
 #include <algorithm>
 #include <memory>
