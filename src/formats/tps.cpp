@@ -91,14 +91,18 @@ void make_matrix(const configurations& all, const std::string& source) {
   fill_matrix(all, 0, names, nullptr);
 }
 
-void add_to_matrix(const configurations& all, const std::string& source) {
+void add_to_matrix(const configurations& all) {
   if (store.ntrees > 0 || tags.tags_present)
     warning("Trees are dropped: further characters come after them");
+  if (!matrix.block_names.empty())
+    warning("Names of blocks are dropped: data with landmarks have none");
+  const std::string title = matrix.title;
+  const std::string source = matrix.file_name;
   const int first = matrix.nchar;
   const data_aside former(first, static_cast<int>(all.size()));
   const std::vector<std::string> names = new_names(all, former.taxon_names());
   lay_out_foreign_matrix(source, former.taxa() + static_cast<int>(names.size()),
-                         first + static_cast<int>(all.size()), {}, false);
+                         first + static_cast<int>(all.size()), title, false);
   fill_matrix(all, first, names, &former);
 }
 
@@ -111,7 +115,7 @@ void read_tps_files(std::span<const std::string> names, bool add) {
     all.push_back(read_tps_configuration(file));
   }
   if (add && matrix.present)
-    add_to_matrix(all, matrix.file_name);
+    add_to_matrix(all);
   else
     make_matrix(all, names.front());
 }
