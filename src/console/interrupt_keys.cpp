@@ -55,11 +55,9 @@ key_wish wish_of_key(int key) {
   }
 }
 
-}  // namespace
-
 // A burst of keys between two looks is text typed ahead, kept for the line editor, unless <esc> is
 // in it; a single key is a word to the running command.
-key_wish poll_interrupt_keys() {
+key_wish wish_of_keys(bool dot_interrupts) {
   const std::vector<int> keys = keys_pressed();
   if (keys.empty()) return key_wish::nothing;
   if (keys.back() == escape_key) {
@@ -67,10 +65,16 @@ key_wish poll_interrupt_keys() {
     return wish_of_key(escape_key);
   }
   const bool enter_follows = keys.size() == 2 && (keys[1] == '\n' || keys[1] == '\r');
-  if (keys.size() == 1 || enter_follows) return wish_of_key(keys[0]);
+  if (keys.size() == 1 || enter_follows)
+    return dot_interrupts && keys[0] == '.' ? key_wish::interrupt : wish_of_key(keys[0]);
   keep_typed_ahead(keys);
   return key_wish::nothing;
 }
+
+}  // namespace
+
+key_wish poll_interrupt_keys() { return wish_of_keys(false); }
+key_wish poll_waiting_keys() { return wish_of_keys(true); }
 
 key_wish wait_interrupt_key() {
   if (!user_present()) return key_wish::nothing;

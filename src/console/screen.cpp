@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -163,7 +164,21 @@ void show_progress_text(std::string_view text) {
   screen.progress_columns = columns;
 }
 
+void show_progress_rows(std::span<const std::string> rows) {
+  hide_progress();
+  const auto width = static_cast<std::size_t>(std::max(screen.columns - 1, 1));
+  for (const std::string& row : rows)
+    write_terminal(std::string(text_in_columns(row, 0, width)) + "\r\n");
+  screen.progress_rows = static_cast<int>(rows.size());
+}
+
 void hide_progress() {
+  if (screen.progress_rows > 0) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "\r\033[%dA\033[J", screen.progress_rows);
+    write_terminal(text.data());
+    screen.progress_rows = 0;
+  }
   if (screen.progress_columns == 0) return;
   blank_out(screen.progress_columns);
   screen.progress_columns = 0;

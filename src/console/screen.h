@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
+#include <string>
 #include <string_view>
 
 namespace zeb {
@@ -16,6 +18,7 @@ struct screen_state {
   bool paging = false;     // `pause =`
   int page_lines = 0;      // lines since the last pause
   std::size_t progress_columns = 0;  // of the progress line; 0: nothing of it is on the screen
+  int progress_rows = 0;             // of a table of progress, above the cursor's line
   int descriptor = 2;                // where all of this goes
   bool errors_apart = false;         // errors go to the standard error, the rest doesn't
 };
@@ -53,7 +56,9 @@ void write_terminal(std::string_view text);
 
 /// Puts the text in place of the progress line, as far as the screen is wide.
 void show_progress_text(std::string_view text);
-/// Wipes the progress line, so that other text can take its place.
+/// Puts a table in place of the progress line, or of the table before it.
+void show_progress_rows(std::span<const std::string> rows);
+/// Wipes the progress line or table, so that other text can take its place.
 void hide_progress();
 
 }  // namespace zeb

@@ -68,16 +68,6 @@ void show_status() {
   for (const host_record& host : hosts_in_use()) report_line("Host", host.name);
 }
 
-void kill_all_jobs() {
-  for (const int slot : jobs_in_order()) {
-    for (task_record& t : job_at(slot).tasks) {
-      send_signal(t, signal_kill);
-      kill_task(t);
-    }
-    forget_job(slot);
-  }
-}
-
 void close_parallel() {
   expect_end();
   if (active_jobs() > 0) warning("closing parallel mode will kill all active jobs");

@@ -31,7 +31,11 @@ void register_parallel() {
   register_job_lists();
   register_host_lists();
   add_command_over_hook(stop_monitoring_after_error);
-  add_closing_hook(leave_parallel_mode);
+  // PVM waits for tasks that still run before it lets their parent go.
+  add_closing_hook([] {
+    kill_all_jobs();
+    leave_parallel_mode();
+  });
 }
 
 }  // namespace zeb

@@ -144,6 +144,9 @@ def tasks_are_steered():
     expect("pzeb begin a 1 = randtrees 1; return; pzeb begin b 1 = randtrees 2; return; pzeb wait .; pzeb get 0.20;"
            "pzeb begin a 1 = return; pzeb get; tgroup;",
            r"Group 0 \(Task_0_a\): 3 4 5\s+Group 1 \(Task_0_b\): 1 2\s+Group 2 \(PreviousTrees\): 0 1 2\s")
+    expect("pzeb begin a 1 = quote first; return text; pzeb wait; pzeb again a = ...; return; pzeb gwait; quote goes on;",
+           r"first.*will be repeated.*first.*goes on")
+    expect("pzeb begin a 2 = mult=replications 100000; return; pzeb wait [2];", r"time is out(?!.*timed out)")
     expect("pzeb begin 2x 1 = return;", r"cannot name parallel jobs starting with a digit")
     expect("pzeb begin x 2000 = return;", r"cannot spawn more than 1000 together")
     expect("pzeb wait;", r"no parallel job is running")

@@ -94,6 +94,9 @@ std::string read_instructions(bool may_repeat) {
   for (int dots = 0; dots < 3; ++dots)
     if (!accept_char('.')) error_end("Expected \"...\"");
   accept_char(';');
+  if (read_word() == 0 || token() != "return") error_end("Expected \"return\" after \"...\"");
+  skip_to(';');
+  read_char();
   if (may_repeat) return {};
   if (!process.slave) error_end("P-ZEB: cannot repeat instructions for master!");
   return task.instructions;

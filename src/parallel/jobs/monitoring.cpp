@@ -13,6 +13,7 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/process.h"
+#include "console/interrupt_keys.h"
 #include "console/output.h"
 #include "console/progress.h"
 #include "console/settings.h"
@@ -147,7 +148,7 @@ void add_to_totals(const task_status& s, task_status& totals) {
 
 std::string line_of(const std::string& job, const std::string& task_text, const task_status& s,
                     const std::string& state) {
-  return text_of("%-7.7s %-9.9s %-7.7s %5i %6i %18s %13s  %s\n", job.c_str(), task_text.c_str(),
+  return text_of("%-7.7s %-9.9s %-7.7s %5i %6i %18s %13s  %s", job.c_str(), task_text.c_str(),
                  s.command.c_str(), s.trees, s.replications, rearrangements_text(s).c_str(),
                  score_text(s.score).c_str(), state.c_str());
 }
@@ -165,8 +166,34 @@ bool all_done(const std::vector<int>& slots, bool test_life) {
   return done;
 }
 
-/// One line on the screen, for users who wait.
+std::string host_of(const task_record& t) {
+  if (!t.host_name.empty()) return t.host_name;
+  const std::vector<host_record>& hosts = hosts_in_use();
+  return at(t.host) < hosts.size() ? hosts[at(t.host)].name : "";
+}
+
+std::vector<std::string> status_table(const std::vector<int>& slots) {
+  std::vector<std::string> rows = {
+      "Job     Task/Host Command Trees Repls.         Rearrangs.         Score  Stat"};
+  for (const int slot : slots) {
+    job_record& job = job_at(slot);
+    task_status totals;
+    totals.command = "";
+    for (std::size_t i = 0; i < job.tasks.size(); ++i) {
+      task_record& t = job.tasks[i];
+      if (!t.status) t.status = task_status();
+      add_to_totals(*t.status, totals);
+      rows.push_back(
+          line_of(job.name, std::to_string(i) + "/" + host_of(t), *t.status, status_word(t)));
+    }
+    rows.push_back(line_of(job.name, "(all)", totals, job.paused ? "pause" : ""));
+  }
+  return rows;
+}
+
+/// For users who wait: the table, or a line where it doesn't fit the screen.
 void show_state(const std::vector<int>& slots) {
+  if (show_progress_table(status_table(slots))) return;
   task_status totals;
   int finished = 0;
   int tasks = 0;
@@ -185,6 +212,12 @@ void show_state(const std::vector<int>& slots) {
 
 enum class wait_end { finished, fulfilled, timed_out, interrupted };
 
+/// <esc> and "." end the waiting.
+void look_at_keys() {
+  if (process.background || process.batch || !settings.break_polling) return;
+  if (poll_waiting_keys() != key_wish::nothing) stop_search(stop_reason::user);
+}
+
 wait_end watch(const wait_request& request) {
   constexpr useconds_t between = 50'000;  // microseconds
   constexpr double seconds_between_tests = 1;
@@ -192,6 +225,7 @@ wait_end watch(const wait_request& request) {
   const search_running patient;            // a key ends the waiting, not the command
   double last_look = wall_clock();
   double last_test = last_look;
+  double last_shown = 0;
   for (;;) {
     const double now = wall_clock();
     const bool test = now - last_test > seconds_between_tests;
@@ -203,7 +237,11 @@ wait_end watch(const wait_request& request) {
     }
     if (request.timeout > 0 && command_seconds() - since >= request.timeout)
       return wait_end::timed_out;
-    if (test) show_state(request.jobs);
+    if (now - last_shown >= parallel.communication_time) {
+      last_shown = now;
+      show_state(request.jobs);
+    }
+    look_at_keys();
     check_interrupt();
     if (interrupted()) return wait_end::interrupted;
     if (process.slave && task.no_waits) return wait_end::interrupted;
@@ -235,7 +273,7 @@ std::vector<int> wait_for_jobs() {
       break;
     case wait_end::interrupted:
       last_wait.succeeded = false;
-      report_line("P-ZEB: wait: user interrupt");
+      report_line(task.no_waits ? "P-ZEB: wait: stopped by parent" : "P-ZEB: wait: user interrupt");
   }
   return request.jobs;
 }
@@ -249,23 +287,7 @@ void stop_monitoring_after_error() {
 }
 
 void show_status_table(const std::vector<int>& slots) {
-  emit("Job     Task/Host Command Trees Repls.         Rearrangs.         Score  Stat\n");
-  const std::vector<host_record>& hosts = hosts_in_use();
-  for (const int slot : slots) {
-    job_record& job = job_at(slot);
-    task_status totals;
-    totals.command = "";
-    for (std::size_t i = 0; i < job.tasks.size(); ++i) {
-      task_record& t = job.tasks[i];
-      if (!t.status) t.status = task_status();
-      add_to_totals(*t.status, totals);
-      const std::string host = !t.host_name.empty()        ? t.host_name
-                               : at(t.host) < hosts.size() ? hosts[at(t.host)].name
-                                                           : "";
-      emit(line_of(job.name, std::to_string(i) + "/" + host, *t.status, status_word(t)));
-    }
-    emit(line_of(job.name, "(all)", totals, job.paused ? "pause" : ""));
-  }
+  for (const std::string& row : status_table(slots)) emit(row, "\n");
 }
 
 void wait_keyword() { wait_for_jobs(); }

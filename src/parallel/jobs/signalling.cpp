@@ -110,6 +110,16 @@ void stop_keyword() {
   tell("Stopped", chosen);
 }
 
+void kill_all_jobs() {
+  for (const int slot : jobs_in_order()) {
+    for (task_record& t : job_at(slot).tasks) {
+      send_signal(t, signal_kill);
+      kill_task(t);
+    }
+    forget_job(slot);
+  }
+}
+
 void kill_keyword() {
   const chosen_tasks chosen = read_jobs_or_tasks();
   expect_end();

@@ -8,6 +8,11 @@ namespace zeb {
 /// What the files that steer a background run ask for happens to all jobs.
 void steer_jobs(steering_wish wish);
 
+/// Ends the tasks of all jobs, and forgets these.
+void kill_all_jobs();
+/// Ends the tasks of all jobs, and forgets these.
+void kill_all_jobs();
+
 void stop_keyword();
 void kill_keyword();
 void pause_keyword();
