@@ -1,6 +1,7 @@
 #include "compare/data_set.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "base/errors.h"
@@ -19,7 +20,8 @@
 namespace zeb {
 namespace {
 
-constexpr int widest_cell = 4;  // bytes
+constexpr int widest_cell = 4;            // bytes
+constexpr std::size_t longest_word = 20;  // with "Unique_to_" the name of a group
 
 std::string without_quotes(const std::string& title) {
   if (title.size() < 2 || title.front() != '\'' || title.back() != '\'') return title;
@@ -264,12 +266,26 @@ void warn_of_step_matrices() {
       "Sankoff characters will be converted to non-additive");
 }
 
+void tell_words_apart(const std::vector<data_set*>& sets) {
+  constexpr std::size_t longest = longest_word - 4;  // with the number
+  std::map<std::string, int> count;
+  for (const data_set* set : sets) ++count[set->word];
+  std::map<std::string, int> last;
+  for (data_set* set : sets) {
+    const std::string word = set->word;
+    if (count[word] == 1) continue;
+    do {
+      set->word = word.substr(0, longest) + "_" + std::to_string(++last[word]);
+    } while (count.contains(set->word));
+    count[set->word] = 1;
+  }
+}
+
 std::string word_of_file(const std::string& file) {
   std::string name = file.substr(file.find_last_of('/') + 1);
   const std::size_t dot = name.find_last_of('.');
   if (dot != std::string::npos && dot > 0) name.resize(dot);
-  constexpr std::size_t longest = 20;  // with "Unique_to_" the name of a group
-  return group_name_of(name).substr(0, longest);
+  return group_name_of(name).substr(0, longest_word);
 }
 
 }  // namespace zeb

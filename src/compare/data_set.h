@@ -88,5 +88,7 @@ void warn_of_step_matrices();
 
 /// "dir/Old data.zeb" as "Old_data": fit to be a part of the names of groups and files.
 std::string word_of_file(const std::string& file);
+/// Sets with the same word, as of files in different folders, get numbers after it.
+void tell_words_apart(const std::vector<data_set*>& sets);
 
 }  // namespace zeb

@@ -123,8 +123,9 @@ void dcomp_command() {
   output_file file;
   open_combined_file(file, files.combined);
   warn_of_data(files.newer, files.older);
-  const data_set first = read_set(files.newer);
-  const data_set second = read_set(files.older);
+  data_set first = read_set(files.newer);
+  data_set second = read_set(files.older);
+  tell_words_apart({&first, &second});
   forced_matches forced;
   if (!request.forced_file.empty())
     forced = read_forced_matches(request.forced_file, first, second);

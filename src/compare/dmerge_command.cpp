@@ -61,6 +61,9 @@ std::vector<data_set> read_sets(const std::vector<std::string>& files) {
     }
   }
   if (sets.empty()) error_end("No file contains any data");
+  std::vector<data_set*> all;
+  for (data_set& set : sets) all.push_back(&set);
+  tell_words_apart(all);
   return sets;
 }
 

@@ -72,7 +72,9 @@ bremer_result supports_of(int tree) {
   return supports_by_swapping(request);
 }
 
-std::string signed_number(double value) { return text_of("%+.0f", value); }
+std::string signed_number(double value) {
+  return text_of("%+.0f", std::round(value) + 0.0);  // no "-0"
+}
 
 /// "12(-7) 15(+20)": characters with their changes, by node.
 std::vector<std::string> changes_by_node(const bremer_differences& found, double least) {
