@@ -68,14 +68,30 @@ void landmark_moves::place_tree(bool anew) {
   const listed_walk whole(links_of(data_, data_.tree), whole_base(data_.tree));
   share_out(points_.count(), [&](int block) {
     relax_positions(points_, block, whole.walk, anew ? from_nothing : after_a_move, tree_);
-    if (landmarks_.has_sets()) note_grown(block, whole.walk);
   });
-  if (landmarks_.has_sets()) landmarks_.judge_sets_at(half_lengths_);
 }
 
-double landmark_moves::cost_of(int block, const node_walk& walk,
-                               const node_positions& positions) const {
-  return landmarks_.cost(block, lengths_of(points_, block, walk, positions));
+double landmark_moves::cost_of(const std::vector<lane_values>& lengths) const {
+  double sum = 0;
+  for (int block = 0; block < points_.count(); ++block)
+    sum += landmarks_.cost(block, lengths[at(block)]);
+  return sum + landmarks_.cost_of_sets(lengths);
+}
+
+template <class function>
+std::vector<lane_values> landmark_moves::joined_lengths(function added) const {
+  std::vector<lane_values> lengths = half_lengths_;
+  for (int block = 0; block < points_.count(); ++block) {
+    const lane_values more = added(block);
+    for (std::size_t l = 0; l < block_lanes; ++l) lengths[at(block)][l] += more[l];
+  }
+  return lengths;
+}
+
+template <class function>
+double landmark_moves::sets_joined(function added) const {
+  if (!landmarks_.has_sets()) return 0;
+  return landmarks_.cost_of_sets(joined_lengths(added)) - landmarks_.cost_of_sets(half_lengths_);
 }
 
 void landmark_moves::begin_clip(const landmark_clip& clip) {
@@ -102,7 +118,7 @@ void landmark_moves::begin_clip(const landmark_clip& clip) {
     in_both_[at(block)] = static_cast<std::uint8_t>(lanes_in(points_, block, main_walk.walk) &
                                                     lanes_in(points_, block, own_walk.walk));
   });
-  cost_of_halves_ = sum_of(costs);
+  cost_of_halves_ = sum_of(costs) + landmarks_.cost_of_sets(half_lengths_);
 }
 
 branch_ends landmark_moves::own_ends(int u) const {
@@ -152,20 +168,22 @@ double landmark_moves::estimate(int u, int v, double limit) const {
   for (int block = 0; block < points_.count() && sum <= limit; ++block)
     sum += landmarks_.cost_added(block, half_lengths_[at(block)],
                                  added_lengths(block, ends.own, ends.target));
-  return sum;
+  return sum + sets_joined([&](int block) { return added_lengths(block, ends.own, ends.target); });
 }
 
 std::vector<double> landmark_moves::costs_by_configuration(int u, int v) const {
   const joined_ends ends = ends_of(u, v);
   std::vector<double> costs(landmarks_.parts());
+  const std::vector<lane_values> lengths =
+      joined_lengths([&](int block) { return added_lengths(block, ends.own, ends.target); });
   for (int block = 0; block < points_.count(); ++block) {
-    const lane_values& before = half_lengths_[at(block)];
-    const lane_values added = added_lengths(block, ends.own, ends.target);
-    lane_values whole;
-    for (std::size_t l = 0; l < block_lanes; ++l) whole[l] = before[l] + added[l];
-    landmarks_.add_by_configuration(block, whole, 1, costs);
-    landmarks_.add_by_configuration(block, before, -1, costs);
+    landmarks_.add_by_configuration(block, lengths[at(block)], 1, costs);
+    landmarks_.add_by_configuration(block, half_lengths_[at(block)], -1, costs);
   }
+  const std::vector<double> before = landmarks_.costs_by_set(half_lengths_);
+  const std::vector<double> after = landmarks_.costs_by_set(lengths);
+  for (std::size_t s = 0; s < before.size(); ++s)
+    costs[costs.size() - before.size() + s] = after[s] - before[s];
   return costs;
 }
 
@@ -251,13 +269,13 @@ double landmark_moves::refined(int u, int v, int depth, int rounds) {
   const tree_arrays tree = links.arrays();
   const listed_walk whole(links_of(data_, tree), whole_base(tree));
   const near_part near(data_, links, clip_.joint < 0 ? clip_.clip : clip_.joint, depth);
-  std::vector<double> costs(at(points_.count()), 0);
+  std::vector<lane_values> lengths(at(points_.count()));
   share_out(points_.count(), [&](int block) {
     place_union(block, u, v);
     move_near(block, whole.walk, near, rounds, joined_);
-    costs[at(block)] = cost_of(block, whole.walk, joined_);
+    lengths[at(block)] = lengths_of(points_, block, whole.walk, joined_);
   });
-  return sum_of(costs) - cost_of_halves_;
+  return cost_of(lengths) - cost_of_halves_;
 }
 
 // ---- growing trees ----
@@ -268,7 +286,6 @@ void landmark_moves::begin_growing() {
     relax_positions(points_, block, whole.walk, from_nothing, tree_);
     note_grown(block, whole.walk);
   }
-  if (landmarks_.has_sets()) landmarks_.judge_sets_at(half_lengths_);
 }
 
 void landmark_moves::note_grown(int block, const node_walk& walk) {
@@ -281,11 +298,7 @@ double landmark_moves::cost_of_growing_tree(double part) {
   std::vector<lane_values> lengths = half_lengths_;
   for (lane_values& block : lengths)
     for (double& length : block) length *= part;
-  if (landmarks_.has_sets()) landmarks_.judge_sets_at(lengths);
-  double sum = 0;
-  for (int block = 0; block < points_.count(); ++block)
-    sum += landmarks_.cost(block, lengths[at(block)]);
-  return sum;
+  return cost_of(lengths);
 }
 
 /// A clade is added by the branch between the two descendants of its root.
@@ -306,17 +319,19 @@ void landmark_moves::place_clade(int top) {
 double landmark_moves::cost_of_adding(int top, int v, double limit) const {
   const branch_ends own = added_ends(top);
   const branch_ends target = target_ends(v);
-  double sum = 0;
-  for (int block = 0; block < points_.count() && sum <= limit; ++block) {
+  const auto added = [&](int block) {
     const point_block& one = points_.blocks[at(block)];
-    lane_values added = joining_lengths(one, tree_, own, target);
+    lane_values lengths = joining_lengths(one, tree_, own, target);
     if (one.has_missing) {
       const unsigned lanes = top < data_.n ? points_.present(block, top) : in_clade_[at(block)];
-      clear_lanes(~lanes | ~unsigned{in_both_[at(block)]}, added);
+      clear_lanes(~lanes | ~unsigned{in_both_[at(block)]}, lengths);
     }
-    sum += landmarks_.cost_added(block, half_lengths_[at(block)], added);
-  }
-  return sum;
+    return lengths;
+  };
+  double sum = 0;
+  for (int block = 0; block < points_.count() && sum <= limit; ++block)
+    sum += landmarks_.cost_added(block, half_lengths_[at(block)], added(block));
+  return sum + sets_joined(added);
 }
 
 void landmark_moves::place_added(int top, int v, int joint) {

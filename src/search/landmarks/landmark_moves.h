@@ -86,7 +86,13 @@ class landmark_moves {
   void place_union(int block, int u, int v);
   void move_near(int block, const node_walk& whole, const near_part& near, int rounds,
                  node_positions& positions) const;
-  double cost_of(int block, const node_walk& walk, const node_positions& positions) const;
+  double cost_of(const std::vector<lane_values>& lengths) const;
+  /// Of the halves, with what `added` says for each block.
+  template <class function>
+  std::vector<lane_values> joined_lengths(function added) const;
+  /// What sets of points cost more by that.
+  template <class function>
+  double sets_joined(function added) const;
   void note_grown(int block, const node_walk& walk);
   lane_values added_lengths(int block, branch_ends own, branch_ends target) const;
   lane_values least_added(int block, branch_ends own, branch_ends target) const;

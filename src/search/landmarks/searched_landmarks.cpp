@@ -171,10 +171,9 @@ void searched_landmarks::enter_set(lane_cost& cost, const packing_request& reque
         matrix.characters[at(c)].type != landmark_data)
       error_end_f("Searches can't weight landmarks together with others: character %i with %i",
                   cost.character, c);
-  const auto found = std::ranges::find(sets_, set, &point_set::number);
+  const auto found = std::ranges::find(sets_, set);
   cost.set = static_cast<int>(found - sets_.begin());
-  if (found == sets_.end()) sets_.push_back({set, 0});
-  ++sets_[at(cost.set)].points;
+  if (found == sets_.end()) sets_.push_back(set);
 }
 
 void searched_landmarks::set_costs(const packing_request& request) {
@@ -197,25 +196,24 @@ void searched_landmarks::set_costs(const packing_request& request) {
   }
   weights_.clear();
   for (const lane_cost& cost : costs_) weights_.push_back(cost.weight);
-  judge_sets_at(std::vector<lane_values>(at(blocks_.count())));
 }
 
-void searched_landmarks::judge_sets_at(std::span<const lane_values> lengths) {
-  std::vector<double> sums(sets_.size(), 0);
+std::vector<double> searched_landmarks::costs_by_set(std::span<const lane_values> lengths) const {
+  std::vector<double> costs(sets_.size(), 0);
+  if (sets_.empty()) return costs;
   for (std::size_t i = 0; i < costs_.size(); ++i) {
     const lane_cost& one = costs_[i];
     if (one.set < 0) continue;
-    sums[at(one.set)] += one.weight * homoplasy(one, lengths[i / block_lanes][i % block_lanes]);
+    costs[at(one.set)] += one.weight * homoplasy(one, lengths[i / block_lanes][i % block_lanes]);
   }
-  for (lane_cost& one : costs_) {
-    if (one.set < 0) continue;
-    const point_set& set = sets_[at(one.set)];
-    const double sum = sums[at(one.set)];
-    const double step = 1e-4 * (sum + rules_.sets[at(set.number)].characters);
-    const double fit = rules_.set_fit(set.number, sum);
-    one.slope = (rules_.set_fit(set.number, sum + step) - fit) / step;
-    one.offset = (fit - one.slope * sum) / set.points;
-  }
+  for (std::size_t s = 0; s < sets_.size(); ++s) costs[s] = rules_.set_fit(sets_[s], costs[s]);
+  return costs;
+}
+
+double searched_landmarks::cost_of_sets(std::span<const lane_values> lengths) const {
+  double sum = 0;
+  for (const double cost : costs_by_set(lengths)) sum += cost;
+  return sum;
 }
 
 void searched_landmarks::reweight(std::span<const std::uint8_t> factors) {
@@ -287,8 +285,7 @@ std::vector<double> searched_landmarks::costs_by_configuration(const search_data
         sums[at(lane.set)] += lane.weight * homoplasy(lane, length);
     }
   }
-  for (std::size_t s = 0; s < sets_.size(); ++s)
-    costs.push_back(rules_.set_fit(sets_[s].number, sums[s]));
+  for (std::size_t s = 0; s < sets_.size(); ++s) costs.push_back(rules_.set_fit(sets_[s], sums[s]));
   return costs;
 }
 
@@ -296,9 +293,7 @@ void searched_landmarks::add_by_configuration(int block, const lane_values& leng
                                               std::span<double> costs) const {
   for (int l = 0; l < block_lanes; ++l) {
     const lane_cost& one = costs_[at(block) * block_lanes + at(l)];
-    const std::size_t part =
-        one.set < 0 ? at(one.configuration) : points_.configurations.size() + at(one.set);
-    costs[part] += sign * cost(one, lengths[at(l)]);
+    costs[at(one.configuration)] += sign * cost(one, lengths[at(l)]);
   }
 }
 

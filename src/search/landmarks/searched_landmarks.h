@@ -51,10 +51,10 @@ class searched_landmarks final : public whole_tree_characters {
   double score_of(const search_data& data, std::span<const std::int32_t> anc);
 
   const point_blocks& blocks() const { return blocks_; }
-  /// Points that are weighted together cost what the tangent of their set says at these lengths (by
-  /// block, of all points), which should be near to those that are asked about; whole trees are
-  /// scored without it.
-  void judge_sets_at(std::span<const lane_values> lengths);
+  /// What points cost that are weighted together, by set, at these lengths (by block). What is told
+  /// of blocks and their lanes leaves them out.
+  std::vector<double> costs_by_set(std::span<const lane_values> lengths) const;
+  double cost_of_sets(std::span<const lane_values> lengths) const;
   bool has_sets() const { return !sets_.empty(); }
   /// What a length costs, of one lane of a block; 0 of one without a point.
   double cost(int block, int lane, double length) const {
@@ -85,14 +85,7 @@ class searched_landmarks final : public whole_tree_characters {
     fit_function function;
     int character = 0;
     int configuration = 0;
-    int set = -1;       // of `sets_`: of points that are weighted together
-    double slope = 1;   // of a member of a set: what homoplasy costs ...
-    double offset = 0;  // ... on top of this
-  };
-  /// Points of a weighting set.
-  struct point_set {
-    int number = 0;  // in the rules
-    int points = 0;
+    int set = -1;  // of `sets_`: of points that are weighted together
   };
   /// What is known of a tree that was optimised.
   struct scored_tree {
@@ -110,7 +103,7 @@ class searched_landmarks final : public whole_tree_characters {
   }
   double cost(const lane_cost& one, double length) const {
     if (!rules_.on) return one.weight * length;
-    if (one.set >= 0) return one.offset + one.weight * one.slope * homoplasy(one, length);
+    if (one.set >= 0) return 0;
     return one.weight * rules_.fit(one.function, homoplasy(one, length));
   }
   scored_tree optimised(std::span<const std::int32_t> tree, int ntax) const;
@@ -123,9 +116,9 @@ class searched_landmarks final : public whole_tree_characters {
   std::vector<std::vector<int>> groups_;  // of points that are scored together
   point_blocks blocks_;                   // terminals are those of the search
   std::vector<lane_cost> costs_;          // by block and lane
-  std::vector<point_set> sets_;
-  std::vector<int> place_;                                  // of each point: block * lanes + lane
-  std::vector<double> weights_;                             // by place, without `reweight`
+  std::vector<int> sets_;        // numbers, in the rules, of sets that points are weighted in
+  std::vector<int> place_;       // of each point: block * lanes + lane
+  std::vector<double> weights_;  // by place, without `reweight`
   std::map<std::vector<std::int32_t>, scored_tree> known_;  // by tree in the form of the buffer
 };
 
