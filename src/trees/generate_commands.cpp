@@ -1,5 +1,6 @@
 // `randtrees` and `alltrees`: trees made from nothing, added to those in memory.
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "base/errors.h"
@@ -84,8 +85,9 @@ void alltrees_command() {
   const int made = store.ntrees - first;
   report_line(made, "trees made,", store.ntrees, "trees in memory");
   if (!complete) {
-    emit(text_of("Note: tree buffer is full; there are %.15g binary trees for %i taxa\n", total,
-                 static_cast<int>(taxa.size())));
+    const std::string count = std::isfinite(total) ? text_of("%.15g", total) : "more than 10^308";
+    emit("Note: tree buffer is full; there are ", count, " binary trees for ", taxa.size(),
+         " taxa\n");
   }
 }
 

@@ -84,7 +84,7 @@ def all_settings_travel():
     for settings in (
             "sectsch:xss 4-6+3-2 dss 19 3 rss selfactor = 3 2 noglobal global 7 slack 5 noxbuffer [mult 1;] [*]; rebuild:clip 3-5;"
             "resample:jak probability 20 cut 60; resample:boot gc freq; tables =; tables /3;",
-            "resample:jak probability 20; resample:sym probability 30 nozerowt; xmult:hybrid x3 chklevel - 4 css; xmult:rss;"
+            "resample:jak probability 20; resample:sym probability 30 nozerowt; xmult:level 5; xmult:hybrid x3 chklevel - 4 css nofuse; sectsch:global 10;"
             "nstates gaps noxmin [ /dna; subopt 0.0000001x1234567.25; drift:fitdiff 0.00000125; sectsch:dss 19 3;",
             f"piwe =; proc {MATRIX}; piwe<2; xpiwe[ 0.5; xpiwe/2x0.123456789 6 7; xpiwe(8.12/3.123456789;",
             f"piwe =; proc {MATRIX}; xpiwe(*0.123456789<4; xpiwe -; piwe[ 1 0.333333333; piwe -;"):

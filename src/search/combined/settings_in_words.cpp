@@ -1,9 +1,12 @@
 #include "search/combined/settings_in_words.h"
 
+#include <algorithm>
 #include <utility>
 
+#include "base/indices.h"
 #include "base/message_text.h"
 #include "base/number_text.h"
+#include "matrix/matrix.h"
 #include "search/drivers/addition_options.h"
 
 namespace zeb {
@@ -74,6 +77,30 @@ void add_lines_of_effort(const combined_settings& settings, std::vector<std::str
   lines.push_back(text);
 }
 
+/// What a level sets follows it: that may have been changed since.
+std::string level_in_words(const combined_settings& settings) {
+  constexpr int fewest_taxa = 4;
+  const auto cycles = [](const char* keyword, int n) {
+    return n > 0 ? text_of(" %s %i", keyword, n) : text_of(" no%s", keyword);
+  };
+  return " level " + exact_text(settings.level) +
+         text_of(" %i replications %i", std::max(fewest_taxa, active_taxa()),
+                 settings.replications) +
+         cycles("fuse", settings.fuse) + cycles("drift", settings.drift) +
+         cycles("ratchet", settings.ratchet) + cycles("autoconst", settings.autoconst) +
+         (settings.xmix ? " xmix" : " noxmix");
+}
+
+std::string sectors_of_level(const sector_settings& sector) {
+  std::string text = text_of("; sectsch: minsize %i maxsize %i increase %i selfactor %i noglobal",
+                             sector.minsize, sector.maxsize, sector.increase, sector.selfactor);
+  if (sector.global > 0) text += text_of(" global %i", sector.global);
+  if (sector.dglobal > 0) text += text_of(" dglobal %i", sector.dglobal);
+  if (sector.selection_count > 0) text += " selfactor =";
+  for (int i = 0; i < sector.selection_count; ++i) text += text_of(" %i", sector.selections[at(i)]);
+  return text;
+}
+
 }  // namespace
 
 std::vector<std::string> lines_of_settings(const combined_settings& settings) {
@@ -95,6 +122,21 @@ std::vector<std::string> lines_of_settings(const combined_settings& settings) {
   add_lines_of_hits(settings, lines);
   add_lines_of_effort(settings, lines);
   return lines;
+}
+
+std::string options_in_words(const combined_settings& settings, const sector_settings& sector,
+                             const std::string& changed) {
+  const bool has_level = settings.level >= 0;
+  std::string text = has_level ? level_in_words(settings) : "";
+  if (!changed.empty()) text += " " + changed;
+  if (settings.hybrid) text += " hybrid x" + exact_text(settings.hybrid_factor);
+  if (settings.chklevel > 0) {
+    text += " chklevel ";
+    text += settings.moves_level ? "+" + exact_text(settings.level_step) : "-";
+    text += text_of(" %i", settings.chklevel);
+  }
+  if (has_level) text += sectors_of_level(sector);
+  return text.empty() ? text : text.substr(1);
 }
 
 }  // namespace zeb

@@ -7,7 +7,6 @@
 #include "base/errors.h"
 #include "base/interrupts.h"
 #include "base/message_text.h"
-#include "base/number_text.h"
 #include "base/time_limit.h"
 #include "console/output.h"
 #include "language/interpreter.h"
@@ -289,11 +288,6 @@ combined_result run_combined() {
   return result;
 }
 
-std::string check_in_words(const combined_settings& settings) {
-  const std::string step = settings.moves_level ? "+" + exact_text(settings.level_step) : "-";
-  return "chklevel " + step + " " + std::to_string(settings.chklevel);
-}
-
 void store_consensus(const std::vector<tree_node>& tree) {
   if (tree.empty()) return;
   if (store.ntrees >= store.maxtrees) {
@@ -310,11 +304,8 @@ constexpr option_table xmult_options =
     rows.table("xmult", {.unknown = "Unidentified string in xmult options: %s",
                          .wrong_sign = "Wrong search argument: %c"})
         .with_changes([] {
-          std::string text = changed_options(xmult_settings{combined, sectors}, xmult_options);
-          const std::string blank = text.empty() ? "" : " ";
-          if (combined.hybrid) text += blank + "hybrid x" + exact_text(combined.hybrid_factor);
-          if (combined.chklevel > 0) text += (text.empty() ? "" : " ") + check_in_words(combined);
-          return text;
+          const xmult_settings now{combined, sectors};
+          return options_in_words(combined, sectors, changed_options(now, xmult_options));
         });
 
 void xmult_command() {
