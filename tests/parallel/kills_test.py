@@ -134,6 +134,8 @@ def tasks_are_hit(seed):
     bad = faults_of_output(output, wanted, hit)
     if status != (255 if "couldn't spawn" in output else 0):
         bad.append(f"exit status {status}")
+    for number in tasks_left():
+        os.kill(number, signal.SIGCONT)  # tasks of tasks that were stopped end when they go on
     if not wait_until(lambda: not tasks_left(), AFTER_MASTER):
         bad.append(f"processes are left: {tasks_left()}")
         clear_away(tasks_left())

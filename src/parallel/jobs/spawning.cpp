@@ -111,6 +111,7 @@ void send(task_record& to, int tag, const packet_writer& message) {
 task_orders orders_of_session() {
   task_orders orders;
   orders.communication_time = parallel.communication_time;
+  orders.timeout = parallel.get_timeout;
   orders.raw_encoding = parallel.raw_encoding;
   orders.host = name_of_this_machine();
   orders.process = getpid();

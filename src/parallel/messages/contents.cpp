@@ -72,6 +72,7 @@ packet_writer task_orders::packed() const {
   to.put(taxa_of_tree);
   to.put_list(nodes_in_sector);
   to.put(communication_time);
+  to.put(timeout);
   to.put(raw_encoding);
   to.put_text(host);
   to.put(process);
@@ -99,6 +100,7 @@ task_orders task_orders::unpacked(packet_reader from) {
   o.taxa_of_tree = from.whole_within(0, most);
   o.nodes_in_sector = from.list();
   o.communication_time = from.whole_within(0, most);
+  o.timeout = from.whole_within(0, most);
   o.raw_encoding = from.whole_within(0, 1) != 0;
   o.host = from.text();
   o.process = from.whole();

@@ -45,6 +45,7 @@ struct task_orders {
   std::vector<std::int32_t>
       nodes_in_sector;  // by node of the whole tree: that of the sector; or -1
   int communication_time = 3;
+  int timeout = 0;  // seconds for the packet to follow; 0 no limit
   bool raw_encoding = true;
   std::string host;  // of the parent
   int process = 0;   // likewise

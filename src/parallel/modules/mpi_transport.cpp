@@ -1,6 +1,7 @@
 // Tasks over MPI. A module of its own, loaded when it is needed, so that the program starts without
 // the library. It calls nothing of the program.
 #include <mpi.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -48,6 +49,29 @@ void prepare_environment() {
   }
 }
 
+/// Who writes to a process that has died is told so, and not ended by the signal of closed pipes,
+/// which stays as it is for the outputs of the program. Threads that begin meanwhile never get it.
+class closed_pipe_scope {
+ public:
+  closed_pipe_scope() {
+    sigemptyset(&pipe_);
+    sigaddset(&pipe_, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe_, &former_);
+  }
+  ~closed_pipe_scope() {
+    const timespec at_once{};
+    while (sigismember(&former_, SIGPIPE) == 0 && sigtimedwait(&pipe_, nullptr, &at_once) > 0) {
+    }
+    pthread_sigmask(SIG_SETMASK, &former_, nullptr);
+  }
+  closed_pipe_scope(const closed_pipe_scope&) = delete;
+  closed_pipe_scope& operator=(const closed_pipe_scope&) = delete;
+
+ private:
+  sigset_t pipe_ = {};
+  sigset_t former_ = {};
+};
+
 std::string path_of_program() {
   std::array<char, PATH_MAX> path{};
   const ssize_t length = readlink("/proc/self/exe", path.data(), path.size() - 1);
@@ -71,6 +95,7 @@ spawn_outcome join_tasks(std::string argument, std::string parent, int count, MP
 /// The library's limit doesn't help where a task dies at the end of its joining: that is waited for
 /// without end, by a thread that is left to it. Nothing: they didn't join.
 std::optional<spawn_outcome> join_in_time(const spawn_request& request, MPI_Info info) {
+  const closed_pipe_scope pipes;
   const std::chrono::seconds longest(seconds_to_join() * 3 / 2 + request.count);
   std::promise<spawn_outcome> promise;
   std::future<spawn_outcome> outcome = promise.get_future();
@@ -115,6 +140,7 @@ class mpi_transport : public transport {
 };
 
 bool mpi_transport::enter(bool as_task) {
+  const closed_pipe_scope pipes;
   prepare_environment();
   if (!started_) {
     int provided = 0;
@@ -203,6 +229,7 @@ mpi_transport::address mpi_transport::address_of(task_id task) const {
 
 /// Looks again and again whether it has gone out, since the library waits for ever for the dead.
 bool mpi_transport::send(task_id to, int tag, std::span<const std::byte> body) {
+  const closed_pipe_scope pipes;
   constexpr int looks_between_tests = 500;
   const address where = address_of(to);
   if (where.channel == MPI_COMM_NULL || body.size() > INT_MAX) return false;
@@ -245,6 +272,7 @@ std::optional<arrived_message> mpi_transport::receive_on(MPI_Comm channel, task_
 }
 
 std::optional<arrived_message> mpi_transport::receive(task_id from, int tag) {
+  const closed_pipe_scope pipes;
   if (from != any_task) {
     const address where = address_of(from);
     const task_id first = from == parent_task ? parent_task : from - where.rank;

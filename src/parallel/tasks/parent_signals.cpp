@@ -225,6 +225,11 @@ bool obey_parent() {
 bool stop_asked_by_parent() {
   if (!task.link || task.at_return) return false;
   const double now = wall_clock();
+  constexpr double between_tests = 2;  // seconds
+  if (now - task.last_test >= between_tests) {
+    task.last_test = now;
+    test_parent();
+  }
   if (now - task.last_look < parallel.communication_time) return false;
   task.last_look = now;
   return obey_parent();

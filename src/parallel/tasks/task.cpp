@@ -56,12 +56,15 @@ void say_hello() {
   task.link->send(parent_task, tag_hello, hello.bytes());
 }
 
-arrived_message wait_for(int tag) {
+/// Error: nothing comes within so many seconds, where that isn't 0.
+arrived_message wait_for(int tag, int longest) {
   constexpr useconds_t between = 20'000;  // microseconds
+  const double since = wall_clock();
   for (;;) {
     if (std::optional<arrived_message> message = task.link->receive(parent_task, tag))
       return *std::move(message);
     obey_parent();
+    if (longest > 0 && wall_clock() - since > longest) throw damaged_message();
     usleep(between);
   }
 }
@@ -79,6 +82,7 @@ void prepare(const task_orders& orders) {
   open_places(no_log | no_text_buffer);
   close_places(no_console);
   parallel.communication_time = orders.communication_time;
+  task.timeout = orders.timeout;
   parallel.raw_encoding = orders.raw_encoding;
   task.siblings = orders.tasks;
   task.parent_process = orders.host == name_of_this_machine() ? orders.process : 0;
@@ -121,6 +125,20 @@ void take_packet(const task_packet& packet) {
   if (stored < sent) text += text_of(" (out of %i sent)", sent);
   if (before > 0) text += text_of("; %i trees already in buffer", before);
   emit(text, "\n");
+}
+
+/// Seeds and trees that follow the data or further instructions.
+void await_packet() {
+  constexpr const char* missing =
+      "Could not receive trees from parent (possible communication error)";
+  try {
+    const arrived_message message = wait_for(tag_packet, task.timeout);
+    const task_packet packet = task_packet::unpacked(packet_reader(message.body));
+    if (!task.failed) take_packet(packet);
+  } catch (const damaged_message&) {
+    emit(missing, "\n");
+    note_failed_task(missing);
+  }
 }
 
 /// Scores and nodes of the sector are told as those of the whole tree.
@@ -182,8 +200,7 @@ void take_new_instructions() {
   task.returning = false;
   task.error.clear();
   renew_time_limit();
-  const arrived_message orders = wait_for(tag_data);
-  const arrived_message packet = wait_for(tag_packet);
+  const arrived_message orders = wait_for(tag_data, task.timeout);
   packet_reader from(orders.body);
   const bool drop_trees = from.whole() != 0;
   const std::string text = from.text();
@@ -195,15 +212,16 @@ void take_new_instructions() {
     task.instructions = text;
   }
   if (drop_trees) set_tree_count(store, 0);
-  take_packet(task_packet::unpacked(packet_reader(packet.body)));
+  await_packet();
 }
 
 [[noreturn]] void live() {
-  const task_orders orders = task_orders::unpacked(packet_reader(wait_for(tag_data).body));
+  constexpr int no_limit = 0;
+  const task_orders orders =
+      task_orders::unpacked(packet_reader(wait_for(tag_data, no_limit).body));
   prepare(orders);
   take_data(orders);
-  const task_packet packet = task_packet::unpacked(packet_reader(wait_for(tag_packet).body));
-  if (!task.failed) take_packet(packet);
+  await_packet();
   if (task.is_sector && !task.failed) take_place_of_sector(orders);
   for (;;) {
     if (!task.failed) {

@@ -30,6 +30,7 @@ struct task_state {
   std::vector<std::int32_t> parents;   // task numbers of the tasks above it, nearest first
   std::vector<std::int32_t> siblings;  // ids of all tasks of the job
   std::string instructions;
+  int timeout = 0;          // seconds within which trees must follow; 0 no limit
   int parent_process = 0;   // of the parent on this machine; 0 elsewhere
   bool is_sector = false;   // its data are a sector of a larger tree
   double score_offset = 0;  // what the whole tree has more than a sector
@@ -60,6 +61,7 @@ struct task_state {
   double best_score = no_score;
 
   double last_look = 0;  // wall clock, seconds
+  double last_test = 0;  // of the parent
   double last_status = 0;
 };
 extern task_state task;
