@@ -11,5 +11,8 @@ foreach(library local mpi pvm)
   endif()
 endforeach()
 
+add_test(NAME parallel.damaged_messages
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/parallel/damaged_messages_test.py --zeb $<TARGET_FILE:zeb>)
+
 add_test(NAME parallel.cores
   COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/parallel/cores_test.py --zeb $<TARGET_FILE:zeb>)
