@@ -26,15 +26,19 @@ class worker_threads {
   int count() const { return static_cast<int>(threads_.size()) + 1; }
 
  private:
-  void wait_for_work();
-  void work_off();
+  /// Parts that one thread does first. Each has a line of the cache for itself.
+  struct alignas(64) share {
+    std::atomic<int> next{0};
+    int end = 0;
+  };
+  void wait_for_work(int thread);
+  void work_off(int thread);
   void stop();
 
   std::vector<std::jthread> threads_;
   int process_ = 0;  // that made them
   const std::function<void(int)>* task_ = nullptr;
-  int parts_ = 0;
-  std::atomic<int> next_part_{0};
+  std::vector<share> shares_;       // that of the caller's thread is the first
   std::atomic<int> at_work_{0};     // threads that haven't finished
   std::atomic<unsigned> round_{0};  // changes when there is work, or when all is over
   std::atomic<bool> over_{false};

@@ -282,10 +282,10 @@ double landmark_moves::refined(int u, int v, int depth, int rounds) {
 
 void landmark_moves::begin_growing() {
   const listed_walk whole(links_of(data_, data_.tree), whole_base(data_.tree));
-  for (int block = 0; block < points_.count(); ++block) {
+  share_out(points_.count(), [&](int block) {
     relax_positions(points_, block, whole.walk, from_nothing, tree_);
     note_grown(block, whole.walk);
-  }
+  });
 }
 
 void landmark_moves::note_grown(int block, const node_walk& walk) {

@@ -12,7 +12,7 @@
 namespace zeb {
 namespace {
 
-constexpr int candidates_together = 32;  // that a thread takes at a time
+constexpr int candidates_together = 4;  // that a thread takes at a time
 /// What is left of the margin once nodes near the union have moved.
 constexpr double margin_when_refined = 1.0 / 3;
 constexpr double least_cost = 1e-6;  // of a joining, in relation to the score, that tells of errors
