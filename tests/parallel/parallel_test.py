@@ -117,6 +117,10 @@ def tasks_are_steered():
     expect("macro=; randtrees 1; pzeb begin s /sector *3 0 [1] = var: t n v[40]; set v biginsect; set t bigntax;"
            "set n nodtosect[\"v[0]\"]; quote tracked \"t\" \"n\"; ccode (0; return text; pzeb wait; pzeb get;",
            r"tracked 17 \d.*sankoff status of the characters cannot change")
+    polytomies = "tread (0 (1 2 10 (11 14 (15 8) 9) (12 13 (6 7 16 17 5 (3 4))))); outgroup 5; outgroup 0;"
+    for sizes, taxa in ((">1 <3", 6), (">2 <5", 11), (">3 <5", 9), (">1 <9", 18)):
+        expect(f"{polytomies} pzeb begin s /sector !19 {sizes} 0 = mult=replications 2; return text; pzeb wait; pzeb get; scores;",
+               rf"40 chars x {taxa} taxa.*0 \| 172 1[2-5]\d")
     if options.mode == "pvm":
         expect("macro=; pzeb hgroup =3 (own) myself; set 0 isinhgroup[3 0]; quote host is '0' $hgroup 3;"
                "pzeb begin a 2 {own} = mult=replications 100000; return; pzeb hpause {own}; pzeb wait [2];"

@@ -17,6 +17,7 @@
 #include "parallel/jobs/sector_nodes.h"
 #include "parallel/tasks/session_text.h"
 #include "parallel/tasks/tree_loads.h"
+#include "search/sectors/sector_center.h"
 #include "search/sectors/sector_choice.h"
 #include "search/sectors/sectors.h"
 #include "trees/notation/auto_save.h"
@@ -29,11 +30,12 @@ namespace {
 // ---- cutting ----
 
 /// The tree with the outgroup as terminal 0, as sectors are chosen on it.
-std::vector<tree_node> tree_to_cut(int number) {
+std::vector<tree_node> tree_to_cut(int number, bool may_be_polytomous = false) {
   const const_tree_span tree = stored_tree(number);
-  if (node_limit(tree, matrix.ntax) != 2 * matrix.ntax - 1)
-    error_end("P-ZEB: sectors can be cut only from a dichotomous tree with all taxa, not from tree",
-              number);
+  if (terminals_in(tree, matrix.ntax) != matrix.ntax)
+    error_end("P-ZEB: sectors can be cut only from a tree with all taxa, not from tree", number);
+  if (!may_be_polytomous && node_limit(tree, matrix.ntax) != 2 * matrix.ntax - 1)
+    error_end("P-ZEB: sectors can be cut only from a dichotomous tree, not from tree", number);
   std::vector<tree_node> rooted(tree.begin(), tree.end());
   reroot_tree(rooted, matrix.ntax, matrix.outgroup);
   std::swap(rooted[0], rooted[at(matrix.outgroup)]);
@@ -57,6 +59,26 @@ struct cut_tree {
   std::vector<tree_node> tree;  // as `tree_to_cut` makes it
 };
 
+/// Where the user's node is in the tree to cut.
+int center_of(const sector_request& wanted, const std::vector<tree_node>& tree) {
+  const std::vector<int> around = taxa_around(stored_tree(wanted.trees[0]), wanted.node);
+  if (around.size() < 3) return taxon_of(wanted.node);
+  return node_between(tree, matrix.ntax, taxon_of(around[0]), taxon_of(around[1]),
+                      taxon_of(around[2]));
+}
+
+tree_sector only_sector(const sector_request& wanted, const std::vector<tree_node>& tree) {
+  constexpr std::size_t fewest = 3;  // with the rest, terminals that can be arranged
+  const int center = center_of(wanted, tree);
+  tree_sector sector =
+      wanted.how == sector_request::way::around
+          ? sector_around(tree, matrix.ntax, center, wanted.distance)
+          : sector_of_polytomies(tree, matrix.ntax, center, wanted.above, wanted.below);
+  if (sector.terminals.size() < fewest)
+    error_end("P-ZEB: that sector would have only", sector.terminals.size(), "terminals");
+  return sector;
+}
+
 std::vector<tree_sector> cut_sectors(const sector_request& wanted, int tasks,
                                      std::vector<cut_tree>& trees) {
   random_generator random(static_cast<unsigned>(draw()));
@@ -71,14 +93,11 @@ std::vector<tree_sector> cut_sectors(const sector_request& wanted, int tasks,
     }
     return sectors;
   }
-  const std::vector<tree_node> tree = tree_to_cut(wanted.trees[0]);
-  if (wanted.how == sector_request::way::exclusive) {
-    sectors = exclusive_sectors(tree, matrix.ntax, wanted.size, !wanted.loose, random);
-  } else {
-    const int distance = wanted.how == sector_request::way::around ? wanted.distance : 2;
-    const int node = wanted.node < matrix.ntax ? taxon_of(wanted.node) : wanted.node;
-    sectors = {sector_around(tree, matrix.ntax, node, distance)};
-  }
+  const bool may_be_polytomous = wanted.how == sector_request::way::polytomies;
+  const std::vector<tree_node> tree = tree_to_cut(wanted.trees[0], may_be_polytomous);
+  sectors = wanted.how == sector_request::way::exclusive
+                ? exclusive_sectors(tree, matrix.ntax, wanted.size, !wanted.loose, random)
+                : std::vector<tree_sector>{only_sector(wanted, tree)};
   trees.assign(sectors.size(), {wanted.trees[0], tree});
   return sectors;
 }

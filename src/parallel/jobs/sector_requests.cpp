@@ -51,18 +51,30 @@ void read_exclusive(sector_request& request) {
     if (marks[at(i)]) request.launched.push_back(i);
 }
 
-void read_between(sector_request& request) {
-  request.how = sector_request::way::between;
+int read_size(char sign) {
+  constexpr const char* missing = "P-ZEB: must give sizes of polytomies, as \">X <Y\"";
+  if (!accept_char(sign)) error_end(missing);
+  return read_number(missing);
+}
+
+void read_polytomies(sector_request& request) {
+  request.how = sector_request::way::polytomies;
   request.node = read_number("P-ZEB: must give a node");
-  if (accept_char('>')) request.above = read_number("P-ZEB: must give a size of forks");
-  if (accept_char('<')) request.below = read_number("P-ZEB: must give a size of forks");
+  request.above = read_size('>');
+  request.below = read_size('<');
+  if (request.below - request.above < 2)
+    error_end_f("P-ZEB: no size of polytomies is above %i and below %i", request.above,
+                request.below);
   read_tree(request);
+  if (request.node < matrix.ntax)
+    error_end("P-ZEB: must give an internal node, not terminal", request.node);
 }
 
 void read_around(sector_request& request) {
   request.how = sector_request::way::around;
   request.node = read_number("P-ZEB: must give a node");
   request.distance = read_number("P-ZEB: must give a distance in branches");
+  if (request.distance < 1) error_end("P-ZEB: must give a distance of at least 1 branch");
   request.trees = {0};
   if (skip_blanks_peek() >= '0' && skip_blanks_peek() <= '9') read_tree(request);
 }
@@ -77,7 +89,7 @@ sector_request read_sector_request() {
   if (accept_char('*')) {
     read_exclusive(request);
   } else if (accept_char('!')) {
-    read_between(request);
+    read_polytomies(request);
   } else if (accept_char('d')) {
     read_around(request);
   } else {

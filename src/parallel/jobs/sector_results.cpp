@@ -25,6 +25,8 @@ void put_in(const sector_place& place, const std::vector<tree_node>& found,
   for (const std::int32_t terminal : place.terminals)
     for (int v = place.tree[at(terminal)]; v != place.top; v = place.tree[at(v)])
       if (!std::ranges::count(inside, v)) inside.push_back(v);
+  // What was a polytomy may have more nodes now.
+  for (int v = node_limit(place.tree, matrix.ntax); v < matrix.nnodes; ++v) inside.push_back(v);
   const int ntax = place.taxa;
   const int limit = node_limit(found, ntax);
   std::vector<int> number(at(limit), -1);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/indices.h"
+#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {
@@ -138,17 +139,6 @@ std::vector<tree_sector> sectors_of_groups(std::span<const std::int32_t> tree, i
   return sectors;
 }
 
-int node_between(std::span<const std::int32_t> tree, int n, int a, int b, int c) {
-  std::vector<int> met(tree.size(), 0);  // paths to the root that pass
-  for (const int terminal : {a, b, c})
-    for (int v = terminal; v != n; v = tree[at(v)]) ++met[at(v)];
-  // Two of the paths meet outward of the third, or with it, at the node.
-  for (const int terminal : {a, b})
-    for (int v = terminal; v != n; v = tree[at(v)])
-      if (met[at(v)] == 2) return v;
-  return a;
-}
-
 tree_sector sector_around(std::span<const std::int32_t> tree, int n, int node, int distance) {
   const sized_tree sized(tree, n);
   // The outgroup's branch ends at the ingroup's node.
@@ -181,6 +171,22 @@ tree_sector sector_around(std::span<const std::int32_t> tree, int n, int node, i
     }
   }
   return {top, ends_of(sized, top, cut)};
+}
+
+tree_sector sector_of_polytomies(std::span<const std::int32_t> tree, int n, int node, int above,
+                                 int below) {
+  const descendant_lists lists = descendants_of(tree, n);
+  tree_sector sector{node, {}};
+  std::vector<int> inside = {node};
+  for (std::size_t i = 0; i < inside.size(); ++i)
+    for (const int v : lists.children(inside[i])) {
+      const bool goes_on = lists.count[at(v)] > above && lists.count[at(v)] < below;
+      if (v > n && goes_on)
+        inside.push_back(v);
+      else
+        sector.terminals.push_back(v);
+    }
+  return sector;
 }
 
 }  // namespace zeb

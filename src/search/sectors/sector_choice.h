@@ -29,10 +29,12 @@ std::vector<tree_sector> sectors_of_groups(std::span<const std::int32_t> tree, i
                                            std::span<const std::uint8_t> is_group, int least,
                                            int most);
 
-/// The node at which the paths between three terminals meet.
-int node_between(std::span<const std::int32_t> tree, int n, int a, int b, int c);
-
 /// The part of a tree within `distance` branches of a node.
 tree_sector sector_around(std::span<const std::int32_t> tree, int n, int node, int distance);
+
+/// An internal node with its descendants, and with those of descendants that have more than
+/// `above` and fewer than `below` branches themselves. The tree may have polytomies.
+tree_sector sector_of_polytomies(std::span<const std::int32_t> tree, int n, int node, int above,
+                                 int below);
 
 }  // namespace zeb

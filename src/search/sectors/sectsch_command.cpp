@@ -23,6 +23,7 @@
 #include "search/search_report.h"
 #include "search/search_results.h"
 #include "search/search_session.h"
+#include "search/sectors/sector_center.h"
 #include "search/sectors/sector_choice.h"
 #include "search/sectors/sector_listing.h"
 #include "search/sectors/sector_option_forms.h"
@@ -31,7 +32,6 @@
 #include "search/store/stored_trees.h"
 #include "trees/constraints/constraints.h"
 #include "trees/tree_groups.h"
-#include "trees/tree_walks.h"
 
 namespace zeb {
 namespace {
@@ -194,33 +194,6 @@ void check_settings(sector_settings& wanted, option_outcome outcome) {
     error_end("DSS requires that a single tree be named");
   if (wanted.selection == sector_settings::exclusive) check_divisions(wanted);
   if (wanted.selection == sector_settings::constrained) check_constraints();
-}
-
-/// The first active terminal outward of a node, or the node itself; -1 none.
-int active_taxon_above(const_tree_span tree, int node) {
-  std::vector<std::uint8_t> above(at(matrix.ntax), 0);
-  flag_terminals(tree, matrix.ntax, node, above);
-  for (int t = 0; t < matrix.ntax; ++t)
-    if (above[at(t)] && matrix.taxon_active[at(t)]) return t;
-  return -1;
-}
-
-/// A taxon in each of three directions from a node of a stored tree, which tell the node however
-/// the tree is numbered; fewer at a terminal, or where active taxa are in fewer directions.
-std::vector<int> taxa_around(const_tree_span tree, int node) {
-  const descendant_lists lists = descendants_of(tree, matrix.ntax);
-  // The root is on a branch between its two descendants.
-  if (node == matrix.ntax && lists.count[at(node)] == 2)
-    for (const int v : lists.children(matrix.ntax)) node = std::max(node, v);
-  std::vector<int> taxa;
-  if (node < matrix.ntax) return {node};
-  for (const int v : lists.children(node))
-    if (const int taxon = active_taxon_above(tree, v); taxon >= 0) taxa.push_back(taxon);
-  std::vector<std::uint8_t> above(at(matrix.ntax), 0);
-  flag_terminals(tree, matrix.ntax, node, above);
-  for (int t = 0; t < matrix.ntax; ++t)
-    if (!above[at(t)] && matrix.taxon_active[at(t)] && !is_absent(tree, t)) taxa.push_back(t);
-  return taxa;
 }
 
 /// The settings with the center of dss as the search numbers it.
