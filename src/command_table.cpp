@@ -85,7 +85,7 @@ constexpr command_row rows[] = {
     {"length",      length_command, true,  topic_diagnosis | topic_compare},
     {"lik",         none, true,  topic_various},
     {"lmark",       lmark_command, true,  topic_diagnosis | topic_settings, false, &lmark_options},
-    {"lmbox",       lmbox_command, true,  topic_output | topic_diagnosis},
+    {"lmbox",       lmbox_command, false, topic_output | topic_diagnosis},
     {"lmrealign",   lmrealign_command, true,  topic_input | topic_settings, false, &lmrealign_options},
     {"lquote",      lquote_command, false, topic_output | topic_various},
     {"lset",        none, false, topic_settings | topic_various},

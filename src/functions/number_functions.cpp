@@ -18,8 +18,8 @@ namespace {
 
 double combinations() {
   const std::vector<double> v = bracketed_whole_values(2, 2);
-  const double from = v[0];
-  const double taken = v[1];
+  const double taken = v[0];
+  const double from = v[1];
   if (from <= 0 || taken <= 0) error_end("Both numbers must be greater than 0");
   if (taken > from) {
     error_end_f("Combinatorial: %i taken from %i ?",
@@ -119,7 +119,7 @@ double state_difference() {
 
 // clang-format off
 constexpr expression_function rows[] = {
-    {"combin", "[X Y]", "combinations of X objects taken Y at a time", combinations},
+    {"combin", "[X Y]", "combinations of X objects taken from Y", combinations},
     {"numclads", "[N]", "number of rooted binary cladograms for N taxa", cladograms},
     {"power", "[X Y]", "X to the power Y", power},
     {"log", "[N]", "natural logarithm", natural_logarithm, function_list::general, "listsize"},

@@ -25,7 +25,6 @@ namespace zeb {
 namespace {
 
 constexpr int decimals_of_continuous = 3;
-constexpr int decimals_of_fits = 5;
 constexpr int most_decimals = 9;
 
 struct length_request {
@@ -119,14 +118,14 @@ void show_table(const std::string& title, const std::vector<double>& lengths, in
 void show_lengths(const length_request& request, int tree) {
   const tree_shape shape(stored_tree(tree));
   const std::vector<int>& characters = request.chosen.characters;
-  int decimals = any_continuous(characters) ? decimals_of_continuous : 0;
+  int decimals = any_continuous(characters) ? table_decimals(decimals_of_continuous) : 0;
   std::string title;
   std::vector<double> lengths;
   if (request.of == length_request::kind::collapsing) {
     const fit_rules rules = current_fit_rules();
     lengths = costs_of_collapsing(shape, characters, rules);
     title = collapsing_title(tree, rules);
-    if (rules.on) decimals = decimals_of_fits;
+    if (rules.on) decimals = table_decimals();
   } else {
     length_ranges ranges = branch_lengths(shape, characters, request.polytomies);
     const bool most = request.of == length_request::kind::most;

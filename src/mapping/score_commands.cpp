@@ -66,14 +66,11 @@ score_request read_request(const char* doing, bool may_maximise = false) {
 std::string score_text(double score, int decimals) { return text_of("%.*f", decimals, score); }
 
 constexpr int decimals_of_continuous = 3;
-constexpr int decimals_of_fits = 5;
 
-/// One list, as whole numbers without decimals.
-void print_values(const std::string& title, const std::vector<double>& values, int decimals) {
-  if (decimals > 0) return print_table(title, values, decimals);
-  std::vector<std::int64_t> whole;
-  for (const double v : values) whole.push_back(v == v ? static_cast<std::int64_t>(v) : no_value);
-  print_table(title, whole);
+/// Of scores in tables; whole numbers have none.
+int decimals_in_tables(bool are_fits, bool has_continuous) {
+  if (are_fits) return table_decimals();
+  return has_continuous ? table_decimals(decimals_of_continuous) : 0;
 }
 
 /// Calls `visit(tree number)` with the optimiser run on each chosen tree.
@@ -91,22 +88,19 @@ void for_each_tree(const score_request& request, plain_optimiser& optimiser, fun
 
 /// One table of what `score(optimiser)` says of each chosen tree.
 template <class function>
-void show_table(const score_request& request, const char* title, function score, int decimals) {
+void show_table(const score_request& request, const char* title, function score, bool are_fits) {
   plain_optimiser optimiser(request.characters);
   std::vector<double> scores(at(store.ntrees), no_fraction);
   for_each_tree(request, optimiser, [&](int t) { scores[at(t)] = score(optimiser); });
-  if (decimals == 0 && optimiser.has_continuous()) decimals = decimals_of_continuous;
-  print_values(title, scores, decimals);
+  print_table(title, scores, decimals_in_tables(are_fits, optimiser.has_continuous()));
 }
 
-/// Fits have five decimals, whole or not.
 void show_fits(const score_request& request, fit_form form) {
   const fit_rules rules = current_fit_rules();
   if (!rules.user.empty()) error_end("With user weighting functions, cannot do fits");
   show_table(
       request, form == fit_form::gain ? "Tree fits (to be maximised)" : "Tree fits",
-      [&](const plain_optimiser& o) { return tree_fit(o, rules, request.characters, form); },
-      decimals_of_fits);
+      [&](const plain_optimiser& o) { return tree_fit(o, rules, request.characters, form); }, true);
 }
 
 /// Steps of one character on a tree beside the least and most that any tree has; weighted.
@@ -145,7 +139,7 @@ void show_homoplasy(const score_request& request, const plain_optimiser& optimis
     total.add(homoplasy_of(optimiser, c, matrix.characters[at(c)].weight));
     rows.push_back(character_label(c));
     const bool whole = !(matrix.characters[at(c)].type & (continuous_data | landmark_data));
-    const int decimals = whole ? 0 : decimals_of_continuous;
+    const int decimals = decimals_in_tables(false, !whole);
     for (const double value : {one.steps, one.least, one.most, one.steps - one.least})
       table.cells.push_back(score_text(value, decimals));
     table.cells.push_back(index_text(one.consistency()));
@@ -167,7 +161,7 @@ void show_homoplasy(const score_request& request, const plain_optimiser& optimis
 void length_command() {
   const score_request request = read_request("showing tree lengths");
   show_table(
-      request, "Tree lengths", [](const plain_optimiser& o) { return o.score(); }, 0);
+      request, "Tree lengths", [](const plain_optimiser& o) { return o.score(); }, false);
 }
 
 void scores_command() {
@@ -176,8 +170,7 @@ void scores_command() {
   const fit_rules rules = current_fit_rules();
   show_table(
       request, "Tree scores",
-      [&](const plain_optimiser& o) { return tree_score(o, rules, request.characters); },
-      score_decimals(false));
+      [&](const plain_optimiser& o) { return tree_score(o, rules, request.characters); }, rules.on);
 }
 
 void cscores_command() {
@@ -185,7 +178,6 @@ void cscores_command() {
   const fit_rules rules = current_fit_rules();
   plain_optimiser optimiser(request.characters);
   for_each_tree(request, optimiser, [&](int t) {
-    const int decimals = score_decimals(optimiser.has_continuous());
     std::vector<double> scores(at(matrix.nchar), 0);
     if (rules.on) scores = fit_by_character(optimiser, rules, request.characters);
     for (int c = 0; c < matrix.nchar; ++c) {
@@ -195,9 +187,10 @@ void cscores_command() {
         scores[at(c)] = homoplasy_of(optimiser, c, matrix.characters[at(c)].weight).steps;
     }
     const double total = tree_score(optimiser, rules, request.characters);
-    print_values(rules.on ? text_of("Tree %i, total adjusted homoplasy %f", t, total)
-                          : text_of("Tree %i, total length %.*f", t, decimals, total),
-                 scores, decimals);
+    const int decimals = score_decimals(optimiser.has_continuous());
+    print_table(rules.on ? text_of("Tree %i, total adjusted homoplasy %f", t, total)
+                         : text_of("Tree %i, total length %.*f", t, decimals, total),
+                scores, decimals_in_tables(rules.on, optimiser.has_continuous()));
   });
 }
 

@@ -150,7 +150,7 @@ void show_lists(const xcomp_request& request, const std::vector<compared_charact
       whole = whole && one.steps[which] == std::floor(one.steps[which]);
     }
     print_table(text_of("Steps on tree %i", which == 0 ? request.first : request.second), steps,
-                whole ? 0 : tables.precision);
+                whole ? 0 : table_decimals());
   }
 }
 

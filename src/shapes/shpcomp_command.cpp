@@ -120,7 +120,7 @@ void show_list(const std::vector<shaped_tree>& trees, std::size_t index) {
   for (const shaped_tree& one : trees)
     if (one.values[index]) values[at(one.number)] = *one.values[index];
   const std::string title = std::string(shape_index_names[index]) + " by tree";
-  print_table(title, values, is_whole(index) ? 0 : tables.precision);
+  print_table(title, values, is_whole(index) ? 0 : table_decimals());
 }
 
 /// By number of terminals, so that trees of as many share a sample.

@@ -74,7 +74,7 @@ void show(const measure& what, const fit_rules& rules, const std::vector<set_sum
   std::vector<double> values;
   for (std::size_t s = 0; s < rules.sets.size(); ++s)
     values.push_back(what.value(rules, static_cast<int>(s), sums[s]));
-  print_table(what.title, values, what.is_count ? 0 : tables.precision);
+  print_table(what.title, values, what.is_count ? 0 : table_decimals());
 }
 
 std::vector<set_sums> sums_on_tree(const plain_optimiser& optimiser, const fit_rules& rules,

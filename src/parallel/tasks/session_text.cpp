@@ -40,7 +40,7 @@ std::string macro_settings() {
 std::string table_settings() {
   std::string text;
   if (tables.dense) text += "tables =;";
-  if (tables.precision != table_state{}.precision) text += text_of("tables /%i;", tables.precision);
+  if (tables.precision >= 0) text += text_of("tables /%i;", tables.precision);
   return text;
 }
 

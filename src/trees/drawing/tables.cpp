@@ -164,9 +164,11 @@ std::vector<std::string> fraction_texts(std::span<const double> values, int deci
 
 }  // namespace
 
+int table_decimals(int customary) { return tables.precision >= 0 ? tables.precision : customary; }
+
 std::string fraction_text(double value, int decimals) {
   if (std::isnan(value)) return "";
-  return text_of("%.*f", decimals >= 0 ? decimals : tables.precision, value);
+  return text_of("%.*f", decimals >= 0 ? decimals : table_decimals(), value);
 }
 
 void print_table(std::string_view title, std::span<const std::int64_t> values) {

@@ -22,9 +22,12 @@ constexpr double no_fraction = std::numeric_limits<double>::quiet_NaN();
 /// Settings of `tables`. Written by its command.
 struct table_state {
   bool dense = false;  // `tables =`: dense form, without a frame
-  int precision = 5;   // decimals of fractions, `tables /N`
+  int precision = -1;  // decimals of fractions, `tables /N`; -1: as many as is customary
 };
 extern table_state tables;
+
+/// The decimals that fractions have: what the user asked for, else the customary number.
+int table_decimals(int customary = 5);
 
 /// A matrix as text.
 struct matrix_table {

@@ -15,7 +15,7 @@ constexpr int most_decimals = 15;
 
 void show_tables() {
   emitf("Tables are printed in the %s form, with %i decimals for fractions",
-        tables.dense ? "dense" : "plain", tables.precision);
+        tables.dense ? "dense" : "plain", table_decimals());
 }
 
 }  // namespace
