@@ -24,6 +24,7 @@ constexpr run_mode_word mode_words[] = {
     {"mpi_just_numprocs", run_mode::parallel},
     {"slavesettingdata", run_mode::parallel},
     {"mpi_slavesettingdata", run_mode::parallel},
+    {"mpi_gateway", run_mode::parallel},
     {"local_slaveproc", run_mode::parallel},
     {"local_slavesettingdata", run_mode::parallel},
     {"local_just_numprocs", run_mode::parallel},

@@ -8,6 +8,8 @@
 #include <fstream>
 #include <string>
 
+#include "parallel/transport/processes.h"
+
 namespace zeb {
 namespace {
 
@@ -30,7 +32,7 @@ watch_state to_watch;
   char end = 0;
   while (read(STDIN_FILENO, &end, 1) > 0) {
   }
-  for (int look = 0; look < looks && kill(daemon, 0) == 0; ++look) usleep(between_looks);
+  for (int look = 0; look < looks && process_runs(daemon); ++look) usleep(between_looks);
   kill(daemon, SIGKILL);
   _exit(0);
 }
@@ -53,14 +55,18 @@ void begin_daemon_watch() {
   to_watch.pipe = ends[1];
 }
 
-void tell_daemon_watch() {
+pid_t daemon_of_this_process() {
   const std::string own = std::to_string(getpid());
   std::ifstream children("/proc/" + own + "/task/" + own + "/children");
-  for (pid_t child = 0; children >> child;) {
-    if (name_of(child) != "orted") continue;
-    if (write(to_watch.pipe, &child, sizeof child) != sizeof child) close(to_watch.pipe);
-    return;
-  }
+  for (pid_t child = 0; children >> child;)
+    if (name_of(child) == "orted") return child;
+  return 0;
+}
+
+void tell_daemon_watch() {
+  const pid_t daemon = daemon_of_this_process();
+  if (daemon != 0 && write(to_watch.pipe, &daemon, sizeof daemon) != sizeof daemon)
+    close(to_watch.pipe);
 }
 
 }  // namespace zeb

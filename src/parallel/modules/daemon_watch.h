@@ -2,11 +2,15 @@
 // ended, and then keeps the outputs of that open for whoever reads them. A small process watches.
 #pragma once
 
+#include <sys/types.h>
+
 namespace zeb {
 
 /// Before the library starts, with threads that a copy of the process lacks.
 void begin_daemon_watch();
-/// After: the daemon is the child that came with it.
+/// The child that came with it; 0: there is none.
+pid_t daemon_of_this_process();
+/// After it has started.
 void tell_daemon_watch();
 
 }  // namespace zeb

@@ -11,43 +11,21 @@
 #include <cstdlib>
 #include <fstream>
 #include <future>
+#include <list>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "parallel/modules/daemon_watch.h"
+#include "parallel/modules/joining_watch.h"
+#include "parallel/modules/mpi_environment.h"
 #include "parallel/transport/transport.h"
 
 namespace zeb {
 namespace {
 
-constexpr int ranks_per_job = 1024;          // above the most tasks of a job
-constexpr useconds_t between_looks = 1'000;  // microseconds
-
-/// Within which tasks that were started are to join the others.
-int seconds_to_join() {
-  constexpr int usual = 60;
-  const char* const told = std::getenv("ZEB_JOIN_SECONDS");
-  return std::max(told ? std::atoi(told) : usual, 1);
-}
-
-/// Set before the library starts, unless the user has: more tasks than processors are wanted, a
-/// task that dies mustn't take the others along, and nobody is to wait for ever for one that dies
-/// while it joins.
-void prepare_environment() {
-  const auto suggest = [](const char* name, const char* value) { setenv(name, value, 0); };
-  suggest("OMPI_MCA_pmix_base_exchange_timeout", std::to_string(seconds_to_join()).c_str());
-  suggest("OMPI_MCA_rmaps_base_oversubscribe", "1");
-  suggest("OMPI_MCA_orte_enable_recovery", "1");
-  suggest("OMPI_MCA_orte_abort_on_non_zero_status", "0");
-  suggest("OMPI_MCA_mpi_yield_when_idle", "1");
-  const bool has_shell = access("/usr/bin/ssh", X_OK) == 0 || access("/usr/bin/rsh", X_OK) == 0;
-  if (!has_shell) suggest("OMPI_MCA_plm", "isolated");
-  if (getuid() == 0) {
-    suggest("OMPI_ALLOW_RUN_AS_ROOT", "1");
-    suggest("OMPI_ALLOW_RUN_AS_ROOT_CONFIRM", "1");
-  }
-}
+constexpr int ranks_per_job = 1024;  // above the most tasks of a job
+constexpr int tag_joined = 32'000;   // above those of messages
 
 /// Who writes to a process that has died is told so, and not ended by the signal of closed pipes,
 /// which stays as it is for the outputs of the program. Threads that begin meanwhile never get it.
@@ -92,19 +70,68 @@ spawn_outcome join_tasks(std::string argument, std::string parent, int count, MP
   return outcome;
 }
 
-/// The library's limit doesn't help where a task dies at the end of its joining: that is waited for
-/// without end, by a thread that is left to it. Nothing: they didn't join.
-std::optional<spawn_outcome> join_in_time(const spawn_request& request, MPI_Info info) {
-  const closed_pipe_scope pipes;
-  const std::chrono::seconds longest(seconds_to_join() * 3 / 2 + request.count);
+/// Until when tasks are waited for that were started, and what is done meanwhile.
+class joining {
+ public:
+  explicit joining(const spawn_request& request)
+      : request_(request), watch_(daemon_of_this_process(), request.argument) {}
+  /// After a while of waiting: is there hope?
+  bool may_go_on();
+  /// Of all that was started.
+  void give_up() { watch_.kill_all(); }
+  std::string why_not() const {
+    return lost_ ? "a task ended while it joined the others" : "the tasks didn't join in time";
+  }
+
+ private:
+  using clock = std::chrono::steady_clock;
+  const spawn_request& request_;
+  joining_watch watch_;
+  bool lost_ = false;
+  clock::time_point end_ =
+      clock::now() + std::chrono::seconds(seconds_to_join() * 3 / 2 + request_.count);
+};
+
+bool joining::may_go_on() {
+  if (request_.meanwhile) request_.meanwhile();
+  lost_ = watch_.lost_one();
+  return !lost_ && clock::now() < end_;
+}
+
+/// Where a task dies, the library may wait for it without end, in a thread that is left to it.
+/// Nothing: they won't join.
+std::optional<spawn_outcome> join_in_time(const spawn_request& request, MPI_Info info,
+                                          joining& progress) {
+  constexpr std::chrono::milliseconds between_looks(5);
   std::promise<spawn_outcome> promise;
   std::future<spawn_outcome> outcome = promise.get_future();
   std::thread([promise = std::move(promise), argument = std::string(request.argument),
                parent = request.parent, count = request.count, info]() mutable {
     promise.set_value(join_tasks(argument, parent, count, info));
   }).detach();
-  if (outcome.wait_for(longest) != std::future_status::ready) return std::nullopt;
+  while (outcome.wait_for(between_looks) != std::future_status::ready)
+    if (!progress.may_go_on()) return std::nullopt;
   return outcome.get();
+}
+
+/// Each says so when it has: the spawner knows it before them.
+bool all_have_joined(MPI_Comm channel, int count, joining& progress) {
+  constexpr useconds_t between_looks = 1'000;  // microseconds
+  while (count > 0) {
+    int there = 0;
+    if (MPI_Iprobe(MPI_ANY_SOURCE, tag_joined, channel, &there, MPI_STATUS_IGNORE) != MPI_SUCCESS)
+      return false;
+    if (there) {
+      if (MPI_Recv(nullptr, 0, MPI_BYTE, MPI_ANY_SOURCE, tag_joined, channel, MPI_STATUS_IGNORE) !=
+          MPI_SUCCESS)
+        return false;
+      --count;
+      continue;
+    }
+    if (!progress.may_go_on()) return false;
+    usleep(between_looks);
+  }
+  return true;
 }
 
 class mpi_transport : public transport {
@@ -128,20 +155,27 @@ class mpi_transport : public transport {
     MPI_Comm channel = MPI_COMM_NULL;
     int rank = 0;
   };
+  /// What was sent and may not have gone out.
+  struct pending_send {
+    MPI_Request request = MPI_REQUEST_NULL;
+    std::vector<std::byte> body;
+  };
   address address_of(task_id task) const;
+  void settle_sends();
   std::optional<arrived_message> receive_on(MPI_Comm channel, task_id first, int rank, int tag);
 
   bool started_ = false;
   MPI_Comm parent_ = MPI_COMM_NULL;
   std::vector<MPI_Comm> jobs_;  // MPI_COMM_NULL: forgotten
-  std::string host_file_;       // empty: there is none
+  std::list<pending_send> on_their_way_;
+  std::string host_file_;  // empty: there is none
   std::string fault_;
   bool (*may_wait_)(task_id, double) = nullptr;
 };
 
 bool mpi_transport::enter(bool as_task) {
   const closed_pipe_scope pipes;
-  prepare_environment();
+  prepare_mpi_environment(as_task);
   if (!started_) {
     int provided = 0;
     if (!as_task) begin_daemon_watch();
@@ -163,6 +197,7 @@ bool mpi_transport::enter(bool as_task) {
     return false;
   }
   MPI_Comm_set_errhandler(parent_, MPI_ERRORS_RETURN);
+  MPI_Send(nullptr, 0, MPI_BYTE, 0, tag_joined, parent_);
   return true;
 }
 
@@ -187,31 +222,35 @@ std::vector<host_record> mpi_transport::hosts() {
 }
 
 std::vector<task_id> mpi_transport::spawn(const spawn_request& request) {
+  const closed_pipe_scope pipes;
   MPI_Info info = MPI_INFO_NULL;
   MPI_Info_create(&info);
   if (!host_file_.empty() && request.host_id != 0) {
     MPI_Info_set(info, "add-hostfile", host_file_.c_str());
     MPI_Info_set(info, "map_by", "node");
   }
-  std::optional<spawn_outcome> outcome = join_in_time(request, info);
-  // Once more with new tasks, since one that died while it joined held up the others.
-  if (!outcome || outcome->code != MPI_SUCCESS) outcome = join_in_time(request, info);
-  if (!outcome) {
-    fault_ = "the tasks didn't join in time";
-    return {};
-  }
-  MPI_Info_free(&info);
-  if (outcome->code != MPI_SUCCESS || outcome->channel == MPI_COMM_NULL) {
+  joining progress(request);
+  const std::optional<spawn_outcome> outcome = join_in_time(request, info, progress);
+  if (outcome) MPI_Info_free(&info);
+  if (outcome && (outcome->code != MPI_SUCCESS || outcome->channel == MPI_COMM_NULL)) {
     std::array<char, MPI_MAX_ERROR_STRING> text{};
     int length = 0;
     MPI_Error_string(outcome->code, text.data(), &length);
     fault_ = text.data();
+    progress.give_up();
     return {};
   }
-  MPI_Comm_set_errhandler(outcome->channel, MPI_ERRORS_RETURN);
-  jobs_.push_back(outcome->channel);
   int started = 0;
-  MPI_Comm_remote_size(outcome->channel, &started);
+  if (outcome) {
+    MPI_Comm_set_errhandler(outcome->channel, MPI_ERRORS_RETURN);
+    MPI_Comm_remote_size(outcome->channel, &started);
+  }
+  if (!outcome || !all_have_joined(outcome->channel, started, progress)) {
+    fault_ = progress.why_not();
+    progress.give_up();
+    return {};
+  }
+  jobs_.push_back(outcome->channel);
   std::vector<task_id> tasks;
   for (int rank = 0; rank < started; ++rank)
     tasks.push_back(static_cast<int>(jobs_.size()) * ranks_per_job + rank);
@@ -227,28 +266,39 @@ mpi_transport::address mpi_transport::address_of(task_id task) const {
   return job < jobs_.size() ? address{jobs_[job], task % ranks_per_job} : address{};
 }
 
-/// Looks again and again whether it has gone out, since the library waits for ever for the dead.
+/// Takes what has gone out from the list.
+void mpi_transport::settle_sends() {
+  std::erase_if(on_their_way_, [](pending_send& sent) {
+    int done = 0;
+    return MPI_Test(&sent.request, &done, MPI_STATUS_IGNORE) != MPI_SUCCESS || done;
+  });
+}
+
+/// A task looks again and again whether it has gone out, since the library waits for ever for the
+/// dead. A gateway doesn't wait.
 bool mpi_transport::send(task_id to, int tag, std::span<const std::byte> body) {
   const closed_pipe_scope pipes;
   constexpr int looks_between_tests = 500;
+  constexpr useconds_t between_looks = 1'000;  // microseconds
   const address where = address_of(to);
   if (where.channel == MPI_COMM_NULL || body.size() > INT_MAX) return false;
-  MPI_Request request = MPI_REQUEST_NULL;
-  if (MPI_Isend(body.data(), static_cast<int>(body.size()), MPI_BYTE, where.rank, tag,
-                where.channel, &request) != MPI_SUCCESS)
+  settle_sends();
+  pending_send& sent = on_their_way_.emplace_back();
+  sent.body.assign(body.begin(), body.end());
+  if (MPI_Isend(sent.body.data(), static_cast<int>(sent.body.size()), MPI_BYTE, where.rank, tag,
+                where.channel, &sent.request) != MPI_SUCCESS) {
+    on_their_way_.pop_back();
     return false;
-  for (int look = 1;; ++look) {
+  }
+  for (int look = 1; may_wait_; ++look) {
     int done = 0;
-    if (MPI_Test(&request, &done, MPI_STATUS_IGNORE) != MPI_SUCCESS) return false;
+    if (MPI_Test(&sent.request, &done, MPI_STATUS_IGNORE) != MPI_SUCCESS) return false;
     if (done) return true;
-    if (look % looks_between_tests == 0 && may_wait_ &&
-        !may_wait_(to, 1e-6 * look * between_looks)) {
-      MPI_Cancel(&request);
-      MPI_Request_free(&request);
+    if (look % looks_between_tests == 0 && !may_wait_(to, 1e-6 * look * between_looks))
       return false;
-    }
     usleep(between_looks);
   }
+  return true;
 }
 
 std::optional<arrived_message> mpi_transport::receive_on(MPI_Comm channel, task_id first, int rank,
@@ -273,6 +323,7 @@ std::optional<arrived_message> mpi_transport::receive_on(MPI_Comm channel, task_
 
 std::optional<arrived_message> mpi_transport::receive(task_id from, int tag) {
   const closed_pipe_scope pipes;
+  settle_sends();
   if (from != any_task) {
     const address where = address_of(from);
     const task_id first = from == parent_task ? parent_task : from - where.rank;

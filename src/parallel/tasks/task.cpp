@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <optional>
 #include <string_view>
 
@@ -39,6 +40,7 @@
 #include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
 #include "parallel/transport/connection.h"
+#include "parallel/transport/gateway.h"
 #include "search/part_search.h"
 #include "search/search_session.h"
 #include "trees/tree_store.h"
@@ -237,6 +239,7 @@ void take_new_instructions() {
 }  // namespace
 
 int run_task(int argc, char** argv) {
+  if (argc > 2 && argv[1] == std::string_view(gateway_argument)) run_gateway(std::atoi(argv[2]));
   become_task();
   task.parent_process = argc > 2 ? process_on_this_machine(argv[2]) : 0;
   if (task.parent_process > 0) end_after(task.parent_process);

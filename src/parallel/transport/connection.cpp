@@ -1,6 +1,5 @@
 #include "parallel/transport/connection.h"
 
-#include <dlfcn.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,7 +14,9 @@
 #include "base/safe_mode.h"
 #include "console/output.h"
 #include "parallel/settings.h"
+#include "parallel/transport/gateway_transport.h"
 #include "parallel/transport/local_transport.h"
+#include "parallel/transport/modules.h"
 
 namespace zeb {
 namespace {
@@ -30,45 +31,18 @@ struct connection_state {
 };
 connection_state state;
 
-// Where the program stands, with "/" at its end.
-std::string folder_of_program() {
-  std::array<char, 4096> path{};
-  const ssize_t length = readlink("/proc/self/exe", path.data(), path.size() - 1);
-  const std::string all(path.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-  return all.substr(0, all.rfind('/') + 1);
-}
-
-// Modules are shared objects beside the program or where it was installed. They stay loaded.
-std::unique_ptr<transport> transport_of_module(const std::string& name, std::string* fault) {
-  using maker = transport* (*)();
-  const std::string folder = folder_of_program();
-  for (const std::string& path : {folder + name + ".so", folder + "../lib/zeb/" + name + ".so"}) {
-    if (access(path.c_str(), R_OK) != 0) continue;
-    void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
-    if (!module) {
-      *fault = dlerror();  // NOLINT(concurrency-mt-unsafe)
-      continue;
-    }
-    const auto make = reinterpret_cast<maker>(dlsym(module, "zeb_make_transport"));
-    if (make) return std::unique_ptr<transport>(make());
-  }
-  if (fault->empty()) *fault = "the module " + name + ".so isn't there";
-  return nullptr;
-}
-
 std::unique_ptr<transport> make_transport(back_end which, std::string* fault) {
-  switch (which) {
-    case back_end::pvm:
-      return transport_of_module("zeb_pvm", fault);
-    case back_end::mpi:
-      setenv("ZEB_HOSTFILE", parallel.host_file.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
-      if (!process.slave && access(parallel.host_file.c_str(), R_OK) != 0)
-        emit("P-ZEB: Can't read \"", parallel.host_file,
-             "\".\n       Will run in localhost (\"myself\")\n");
-      return transport_of_module("zeb_mpi", fault);
-    default:
-      return make_local_transport();
-  }
+  if (which == back_end::pvm) return transport_of_module("zeb_pvm", fault);
+  return which == back_end::mpi ? make_gateway_transport(nullptr) : make_local_transport();
+}
+
+/// Processes that use MPI look for it there.
+void name_host_file() {
+  if (parallel.mode != back_end::mpi) return;
+  setenv("ZEB_HOSTFILE", parallel.host_file.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
+  if (!process.slave && access(parallel.host_file.c_str(), R_OK) != 0)
+    emit("P-ZEB: Can't read \"", parallel.host_file,
+         "\".\n       Will run in localhost (\"myself\")\n");
 }
 
 [[noreturn]] void cannot_enter(const std::string& fault) {
@@ -115,6 +89,7 @@ transport& connection() {
     if (!state.in_use) cannot_enter(fault);
   }
   if (!state.entered) {
+    name_host_file();
     if (!state.in_use->enter(false)) {
       const std::string fault = state.in_use->fault();
       state.in_use.reset();
@@ -147,8 +122,12 @@ transport* connect_task(int argc, char** argv) {
   if (word.starts_with("local_")) {
     parallel.mode = back_end::local;
     state.in_use = make_local_transport(argc > 2 ? argv[2] : "");
+  } else if (word.starts_with("mpi_")) {
+    parallel.mode = back_end::mpi;
+    if (auto above = transport_of_module("zeb_mpi", &fault))
+      state.in_use = make_gateway_transport(std::move(above));
   } else {
-    parallel.mode = word.starts_with("mpi_") ? back_end::mpi : back_end::pvm;
+    parallel.mode = back_end::pvm;
     state.in_use = make_transport(parallel.mode, &fault);
   }
   if (!state.in_use || !state.in_use->enter(true)) return nullptr;

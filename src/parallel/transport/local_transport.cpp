@@ -4,7 +4,6 @@
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,128 +11,14 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <deque>
-#include <functional>
 #include <map>
 
-#include "base/message_text.h"
+#include "parallel/transport/socket_link.h"
 
 namespace zeb {
 namespace {
 
-struct message_head {
-  std::int32_t tag = 0;
-  std::int32_t unused = 0;
-  std::uint64_t length = 0;
-};
-constexpr std::uint64_t longest_message = std::uint64_t{1} << 40;
 constexpr task_id sibling_base = 1'000'000;  // siblings are numbered from here
-
-/// One end of a socket pair, with what has come and wasn't asked for yet.
-class link {
- public:
-  link(int descriptor, pid_t process) : descriptor_(descriptor), process_(process) {}
-  link(const link&) = delete;
-  link& operator=(const link&) = delete;
-  ~link() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-
-  int descriptor() const { return descriptor_; }
-  pid_t process() const { return process_; }
-  bool is_open() const { return descriptor_ >= 0; }
-  void take_in();
-  /// `may_wait` is asked once a second, while the other end takes nothing.
-  bool put_out(std::span<const std::byte> bytes, const std::function<bool(double)>& may_wait);
-  std::optional<arrived_message> next(task_id from, int tag);
-
- private:
-  void shut() {
-    close(descriptor_);
-    descriptor_ = -1;
-  }
-  void split();
-
-  int descriptor_;
-  pid_t process_;
-  std::vector<std::byte> bytes_;  // of a message that hasn't come whole
-  std::deque<arrived_message> inbox_;
-};
-
-void link::take_in() {
-  constexpr std::size_t piece = 1 << 16;
-  while (is_open()) {
-    const std::size_t end = bytes_.size();
-    bytes_.resize(end + piece);
-    const ssize_t count = recv(descriptor_, bytes_.data() + end, piece, MSG_DONTWAIT);
-    bytes_.resize(end + static_cast<std::size_t>(count > 0 ? count : 0));
-    if (count > 0) continue;
-    if (count < 0 && errno == EINTR) continue;
-    if (count == 0 || (errno != EAGAIN && errno != EWOULDBLOCK)) shut();
-    break;
-  }
-  split();
-}
-
-void link::split() {
-  std::size_t at = 0;
-  message_head head;
-  while (bytes_.size() - at >= sizeof head) {
-    std::memcpy(&head, bytes_.data() + at, sizeof head);
-    if (head.length > longest_message) {
-      if (is_open()) shut();
-      break;
-    }
-    const std::size_t length = head.length;
-    if (bytes_.size() - at - sizeof head < length) break;
-    const auto body = bytes_.begin() + static_cast<std::ptrdiff_t>(at + sizeof head);
-    inbox_.push_back({any_task, head.tag, {body, body + static_cast<std::ptrdiff_t>(length)}});
-    at += sizeof head + length;
-  }
-  bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(at));
-}
-
-bool link::put_out(std::span<const std::byte> bytes, const std::function<bool(double)>& may_wait) {
-  double waited = 0;  // seconds
-  while (!bytes.empty() && is_open()) {
-    const ssize_t count =
-        ::send(descriptor_, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-    if (count > 0) {
-      bytes = bytes.subspan(static_cast<std::size_t>(count));
-      waited = 0;
-      continue;
-    }
-    if (errno == EINTR) continue;
-    if (errno != EAGAIN && errno != EWOULDBLOCK) {
-      shut();
-      break;
-    }
-    // The other end may be waiting for room in the same way: what it sends is taken.
-    pollfd waiting{descriptor_, POLLIN | POLLOUT, 0};
-    constexpr int milliseconds = 1000;
-    const int ready = poll(&waiting, 1, milliseconds);
-    if ((waiting.revents & POLLIN) != 0) take_in();
-    if (ready == 0 && !may_wait(++waited) && is_open()) shut();
-  }
-  return bytes.empty();
-}
-
-std::optional<arrived_message> link::next(task_id from, int tag) {
-  for (auto message = inbox_.begin(); message != inbox_.end(); ++message) {
-    if (tag != any_tag && message->tag != tag) continue;
-    std::optional<arrived_message> found = std::move(*message);
-    found->from = from;
-    inbox_.erase(message);
-    return found;
-  }
-  return std::nullopt;
-}
-
-using socket_pair = std::array<int, 2>;  // here, there
-
-bool make_pair(socket_pair& pair) {
-  return socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) == 0;
-}
 
 void allow_many_descriptors() {
   rlimit limit{};
@@ -185,12 +70,12 @@ class local_transport : public transport {
   void wait_by(bool (*may_wait)(task_id, double)) override { may_wait_ = may_wait; }
 
  private:
-  link* find(task_id task) {
+  socket_link* find(task_id task) {
     const auto found = links_.find(task);
     return found == links_.end() ? nullptr : found->second.get();
   }
 
-  std::map<task_id, std::unique_ptr<link>> links_;
+  std::map<task_id, std::unique_ptr<socket_link>> links_;
   task_id next_task_ = 1;
   std::string fault_;
   bool (*may_wait_)(task_id, double) = nullptr;
@@ -203,7 +88,7 @@ local_transport::local_transport(const std::string& descriptors) {
     const std::size_t end = std::min(descriptors.find(' ', i), descriptors.size());
     const int descriptor = std::atoi(descriptors.substr(i, end - i).c_str());
     if (descriptor > 2 && fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0)
-      links_.emplace(task, std::make_unique<link>(descriptor, getppid()));
+      links_.emplace(task, std::make_unique<socket_link>(descriptor, getppid()));
     task = task == parent_task ? sibling_base : task + 1;
     i = end + 1;
   }
@@ -216,31 +101,33 @@ std::vector<host_record> local_transport::hosts() {
 }
 
 bool local_transport::send(task_id to, int tag, std::span<const std::byte> body) {
-  link* const way = find(to);
+  socket_link* const way = find(to);
   if (!way) return false;
-  const message_head head{tag, 0, body.size()};
   const auto may_wait = [this, to](double seconds) { return !may_wait_ || may_wait_(to, seconds); };
-  return way->put_out(std::as_bytes(std::span(&head, 1)), may_wait) && way->put_out(body, may_wait);
+  return way->send(to, tag, body, may_wait);
 }
 
 std::optional<arrived_message> local_transport::receive(task_id from, int tag) {
   for (auto& [task, way] : links_) {
     if (from != any_task && task != from) continue;
     way->take_in();
-    if (std::optional<arrived_message> message = way->next(task, tag)) return message;
+    std::optional<arrived_message> message = way->next(any_task, tag);
+    if (!message) continue;
+    message->from = task;
+    return message;
   }
   return std::nullopt;
 }
 
 bool local_transport::is_alive(task_id task) {
-  link* const way = find(task);
+  socket_link* const way = find(task);
   if (!way) return false;
   way->take_in();
   return way->is_open();
 }
 
 void local_transport::kill(task_id task) {
-  link* const way = find(task);
+  socket_link* const way = find(task);
   if (way && task >= 0 && task < sibling_base) ::kill(way->process(), SIGKILL);
 }
 
@@ -279,7 +166,7 @@ std::vector<task_id> local_transport::spawn(const spawn_request& request) {
     const pid_t child = fork();
     if (child == 0) become_task(request, descriptors, parent);
     if (child < 0) break;
-    links_.emplace(next_task_, std::make_unique<link>(to_parent[i][0], child));
+    links_.emplace(next_task_, std::make_unique<socket_link>(to_parent[i][0], child));
     to_parent[i][0] = -1;
     started.push_back(next_task_++);
   }

@@ -33,10 +33,11 @@ struct arrived_message {
 
 struct spawn_request {
   int count = 1;
-  int host_id = -1;           // of its host record; -1 wherever the transport likes
-  const char* argument = "";  // the first argument of the processes
-  std::string parent;         // the second one, where the transport has none of its own
-  bool keep_errors = false;   // what they write to the standard error is to be shown
+  int host_id = -1;               // of its host record; -1 wherever the transport likes
+  const char* argument = "";      // the first argument of the processes
+  std::string parent;             // the second one, where the transport has none of its own
+  bool keep_errors = false;       // what they write to the standard error is to be shown
+  void (*meanwhile)() = nullptr;  // called again and again where that takes long
 };
 
 class transport {
