@@ -35,6 +35,19 @@ def tasks_left():
     return sorted(found)
 
 
+def gateways_left():
+    """Processes that pass messages of tasks over MPI on, of this test."""
+    return [int(entry.name) for entry in pathlib.Path("/proc").iterdir()
+            if entry.name.isdigit() and is_gateway(entry)]
+
+
+def is_gateway(entry):
+    try:
+        return b"mpi_gateway" in (entry / "cmdline").read_bytes() and MARK.encode() in (entry / "environ").read_bytes()
+    except OSError:
+        return False
+
+
 def start_daemon():
     pvm = shutil.which("pvmd") or "/usr/bin/pvmd"
     subprocess.Popen([pvm], env=environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,

@@ -14,7 +14,7 @@ import sys
 import tempfile
 import time
 
-from job_processes import environment, start_daemon, stop_daemon, tasks_left, wait_until
+from job_processes import environment, gateways_left, start_daemon, stop_daemon, tasks_left, wait_until
 
 MATRIX = pathlib.Path(__file__).resolve().parents[2] / "examples" / "beetles.xread"
 LONGEST = 60  # seconds that no run may need
@@ -136,8 +136,8 @@ def tasks_are_hit(seed):
         bad.append(f"exit status {status}")
     for number in tasks_left():
         os.kill(number, signal.SIGCONT)  # tasks of tasks that were stopped end when they go on
-    if not wait_until(lambda: not tasks_left(), AFTER_MASTER):
-        bad.append(f"processes are left: {tasks_left()}")
+    if not wait_until(lambda: not tasks_left() and not gateways_left(), AFTER_MASTER):
+        bad.append(f"processes are left: {tasks_left()}, {gateways_left()}")
         clear_away(tasks_left())
     names = [signal.Signals(s).name for s in signals[:len(hit)]]
     if options.verbose or bad:
@@ -168,7 +168,7 @@ def master_is_killed(seed):
         process.stdout.close()
         if draw.random() < 0.5:
             process.wait()  # else it stays a process that has ended
-        ended = wait_until(lambda: not tasks_left(), 60)
+        ended = wait_until(lambda: not tasks_left() and not gateways_left(), 60)
         seconds = time.time() - killed
         process.wait()
     clear_away(tasks_left())

@@ -85,17 +85,23 @@ class joining {
 
  private:
   using clock = std::chrono::steady_clock;
+  static constexpr std::chrono::milliseconds between_looks_{50};
   const spawn_request& request_;
   joining_watch watch_;
   bool lost_ = false;
   clock::time_point end_ =
       clock::now() + std::chrono::seconds(seconds_to_join() * 3 / 2 + request_.count);
+  clock::time_point next_look_;
 };
 
 bool joining::may_go_on() {
   if (request_.meanwhile) request_.meanwhile();
-  lost_ = watch_.lost_one();
-  return !lost_ && clock::now() < end_;
+  const clock::time_point now = clock::now();
+  if (now >= next_look_) {
+    lost_ = watch_.lost_one();
+    next_look_ = now + between_looks_;
+  }
+  return !lost_ && now < end_;
 }
 
 /// Where a task dies, the library may wait for it without end, in a thread that is left to it.
