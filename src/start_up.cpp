@@ -1,6 +1,7 @@
 #include "start_up.h"
 
 #include "command_table.h"
+#include "consensus/registration.h"
 #include "console/registration.h"
 #include "engine/registration.h"
 #include "formats/registration.h"
@@ -16,9 +17,12 @@
 #include "matrix/registration.h"
 #include "parallel/registration.h"
 #include "search/registration.h"
+#include "supports/registration.h"
+#include "taxonomy/registration.h"
 #include "trees/branch_labels.h"
 #include "trees/registration.h"
 #include "trees/tree_store.h"
+#include "walking/registration.h"
 
 namespace zeb {
 
@@ -45,6 +49,10 @@ void register_everything() {
   register_search();
   hooks_of_language.describe_data = describe_data;
   register_mapping();
+  register_consensus();
+  register_supports();
+  register_taxonomy();
+  register_walking();
   register_parallel();
 }
 

@@ -14,8 +14,6 @@ console_hooks hooks_of_console;
 
 namespace {
 
-constexpr int first_kilobytes = 200;
-
 void close_outputs() {
   end_console();
   close_log();
@@ -24,7 +22,7 @@ void close_outputs() {
 }  // namespace
 
 void register_console() {
-  display_buffer.allot(first_kilobytes);
+  display_buffer.allot(usual_kilobytes);
   add_command_over_hook(clear_command_progress);
   hooks_of_base.close_outputs = close_outputs;
 }

@@ -121,7 +121,7 @@ void resize_screen(int rows, int columns) {
   screen.columns = columns;
 }
 
-void cut_lines_at_edge() { screen.cut_lines = true; }
+void cut_lines_at_edge(bool cut) { screen.cut_lines = cut; }
 
 void begin_line() { screen.cursor_column = 0; }
 

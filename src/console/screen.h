@@ -42,7 +42,7 @@ void start_screen(int rows, int columns);
 void end_screen();
 void resize_screen(int rows, int columns);
 /// Lines are cut from here on: only a screen that nobody sized leaves those of a pipe whole.
-void cut_lines_at_edge();
+void cut_lines_at_edge(bool cut = true);
 /// The cursor stands at the beginning of a line, and a new page begins.
 void begin_page();
 /// The cursor stands at the beginning of a line.

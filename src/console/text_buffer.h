@@ -9,6 +9,8 @@
 
 namespace zeb {
 
+constexpr int usual_kilobytes = 200;  // of room for the display buffer
+
 /// A ring of bytes with a table of line starts. New text pushes out the oldest lines, whole, when
 /// the bytes or the table run out. Lines end with a 0 byte; with `compression` a run of 2 to 125
 /// blanks is kept as byte 1 and its length.

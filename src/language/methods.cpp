@@ -15,7 +15,7 @@
 namespace zeb {
 namespace {
 
-constexpr std::size_t parts = 3;
+constexpr std::size_t parts = 4;
 
 struct methods_registry {
   std::array<std::vector<methods_lines>, parts> rooms;
@@ -90,6 +90,8 @@ std::vector<std::string> changed_settings() {
   if (time_limit.seconds) lines.push_back("timeout " + std::to_string(time_limit.seconds));
   return lines;
 }
+
+std::vector<std::string> session_settings() { return lines_of(methods_part::session); }
 
 void keep_command_line(int argc, const char* const* argv) {
   methods.command_line.clear();

@@ -11,6 +11,7 @@ enum class methods_part {
   data,      // what the data are
   choices,   // commands, without their ";", that set what differs from the defaults
   searches,  // how searches work, and what those of this run found
+  session,   // commands like those of the choices, for what changes no result: tasks get them
 };
 using methods_lines = std::vector<std::string> (*)();
 /// The lines come in the order of registration.
@@ -18,6 +19,8 @@ void add_methods(methods_part part, methods_lines lines);
 
 /// The settings of all rooms that differ from their defaults.
 std::vector<std::string> changed_settings();
+/// The same for how things are read and shown.
+std::vector<std::string> session_settings();
 
 /// The process arguments, to be told as a shell would take them.
 void keep_command_line(int argc, const char* const* argv);

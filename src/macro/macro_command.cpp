@@ -13,6 +13,7 @@
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/options.h"
+#include "language/settings_scope.h"
 #include "language/toggles.h"
 #include "macro/bodies.h"
 #include "macro/commands.h"
@@ -31,6 +32,8 @@ void switch_macros(bool on) {
     if (on) report_line(macro_memory_text());
     return;
   }
+  if (settings_come_back())
+    error_end("The macro language can't be switched by commands that run within a search");
   if (on) {
     start_macros();
     report_line("Macro language is ON");

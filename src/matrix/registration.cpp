@@ -2,6 +2,7 @@
 
 #include "base/command.h"
 #include "base/indices.h"
+#include "base/message_text.h"
 #include "language/commands/memory_command.h"
 #include "language/hooks.h"
 #include "language/lexer.h"
@@ -72,6 +73,20 @@ void register_lists() {
 
 matrix_hooks hooks_of_matrix;
 
+namespace {
+
+/// How data that commands read later are read.
+std::vector<std::string> reading_as_commands() {
+  if (!matrix.type_given && matrix.next_cell_bytes == 0) return {};
+  const char* const type = matrix.default_type == dna_data       ? "dna "
+                           : matrix.default_type == protein_data ? "proteins "
+                           : matrix.one_scale                    ? "numeric "
+                                                                 : "";
+  return {text_of("nstates %s%i", type, 8 * next_cell_width())};
+}
+
+}  // namespace
+
 void register_matrix() {
   register_lists();
   hooks_of_language.data_present = [] { return matrix.present; };
@@ -79,6 +94,7 @@ void register_matrix() {
   add_command_over_hook(drop_unfinished_matrix);
   add_methods(methods_part::data, data_in_words);
   add_methods(methods_part::choices, cost_settings);
+  add_methods(methods_part::session, reading_as_commands);
 }
 
 }  // namespace zeb

@@ -3,12 +3,14 @@
 #include "base/command.h"
 #include "base/process.h"
 #include "language/hooks.h"
+#include "language/settings_scope.h"
 #include "macro/hooks.h"
 #include "parallel/hosts/host_lists.h"
 #include "parallel/jobs/job_table.h"
 #include "parallel/jobs/liveness.h"
 #include "parallel/jobs/monitoring.h"
 #include "parallel/jobs/signalling.h"
+#include "parallel/settings.h"
 #include "parallel/tasks/instructions.h"
 #include "parallel/tasks/parent_signals.h"
 #include "parallel/tasks/reports.h"
@@ -27,6 +29,8 @@ void register_parallel() {
   hooks_of_macro.no_more_loops = [] { return task.no_loops; };
   hooks_of_macro.return_of_task = read_return;
   hooks_of_search.search_ended = count_search;
+  add_settings(
+      []() -> settings_restorer { return [former = parallel] { take_settings(former); }; });
   wait_by(may_wait_for);
   register_job_lists();
   register_host_lists();

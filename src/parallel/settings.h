@@ -23,6 +23,8 @@ struct parallel_settings {
 extern parallel_settings parallel;  // written in parallel/ only
 
 void set_back_end(back_end which);
+/// All but the back end, whose mode may have been entered.
+void take_settings(const parallel_settings& wanted);
 void set_disk_directory(const std::string& directory);
 
 }  // namespace zeb

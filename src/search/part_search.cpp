@@ -7,8 +7,7 @@ part_search_state part_search;
 namespace {
 
 struct part_search_records {
-  std::vector<settings_restorer (*)()> notes;  // of what commands set
-  tracked_nodes of_process;                    // where all its data are a sector
+  tracked_nodes of_process;  // where all its data are a sector
 };
 part_search_records records;
 
@@ -19,16 +18,10 @@ void track_sector_of_process(const tracked_nodes& nodes) {
   part_search.tracked = &records.of_process;
 }
 
-void add_settings_of_searches(settings_restorer (*note)()) { records.notes.push_back(note); }
-
 part_search_scope::part_search_scope(search_context& sector, const tracked_nodes* tracked) {
-  for (const auto note : records.notes) settings_.push_back(note());
   part_search = {&sector, outer_.level + 1, tracked};
 }
 
-part_search_scope::~part_search_scope() {
-  for (const settings_restorer& restore : settings_) restore();
-  part_search = outer_;
-}
+part_search_scope::~part_search_scope() { part_search = outer_; }
 
 }  // namespace zeb

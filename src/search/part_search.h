@@ -2,8 +2,9 @@
 // as commands, for which the sector is all the data that there are.
 #pragma once
 
-#include <functional>
 #include <vector>
+
+#include "language/settings_scope.h"
 
 namespace zeb {
 
@@ -24,12 +25,7 @@ extern part_search_state part_search;  // written by the scope, and the function
 /// All data of this process are a sector of that tree.
 void track_sector_of_process(const tracked_nodes& nodes);
 
-/// What commands set ends with the sector. Whoever owns settings registers, at start-up, a function
-/// that notes them as they are and returns what puts them back.
-using settings_restorer = std::function<void()>;
-void add_settings_of_searches(settings_restorer (*note)());
-
-/// Commands search this sector as long as one lives; settings of searches come back after it.
+/// Commands search this sector as long as one lives; what they set ends with it.
 class part_search_scope {
  public:
   part_search_scope(search_context& sector, const tracked_nodes* tracked);
@@ -39,7 +35,7 @@ class part_search_scope {
 
  private:
   part_search_state outer_ = part_search;
-  std::vector<settings_restorer> settings_;
+  settings_scope settings_;
 };
 
 }  // namespace zeb

@@ -5,6 +5,7 @@
 #include "engine/hooks.h"
 #include "landmarks/landmark_workers.h"
 #include "language/methods.h"
+#include "language/settings_scope.h"
 #include "matrix/matrix_layout.h"
 #include "search/combined/combined_settings.h"
 #include "search/drivers/drift.h"
@@ -15,33 +16,30 @@
 #include "search/hooks.h"
 #include "search/landmarks/landmark_swap.h"
 #include "search/landmarks/searched_landmarks.h"
-#include "search/part_search.h"
 #include "search/search_journal.h"
 #include "search/search_results.h"
 #include "search/search_settings.h"
 #include "search/sectors/sectors.h"
 #include "search/store/swap_collapse.h"
+#include "search/workers/cores.h"
 
 namespace zeb {
 
 namespace {
 
-template <auto& state>
-settings_restorer note() {
-  return [former = state] { state = former; };
-}
-
 void register_settings() {
-  add_settings_of_searches(note<swapping>);
-  add_settings_of_searches(note<search_settings>);
-  add_settings_of_searches(note<mult>);
-  add_settings_of_searches(note<ratchet>);
-  add_settings_of_searches(note<drift>);
-  add_settings_of_searches(note<fusing>);
-  add_settings_of_searches(note<sectors>);
-  add_settings_of_searches(note<combined>);
-  add_settings_of_searches(note<rebuilding>);
-  add_settings_of_searches(note<last_search>);
+  add_settings(noted<swapping>);
+  add_settings(noted<search_settings>);
+  add_settings(noted<mult>);
+  add_settings(noted<ratchet>);
+  add_settings(noted<drift>);
+  add_settings(noted<fusing>);
+  add_settings(noted<sectors>);
+  add_settings(noted<combined>);
+  add_settings(noted<rebuilding>);
+  add_settings(noted<last_search>);
+  add_settings(
+      []() -> settings_restorer { return [former = cores.wanted] { set_cores(former); }; });
 }
 
 }  // namespace

@@ -1,16 +1,20 @@
 #include "trees/registration.h"
 
 #include "base/command.h"
+#include "base/message_text.h"
 #include "base/process.h"
 #include "language/hooks.h"
 #include "language/methods.h"
+#include "language/settings_scope.h"
 #include "matrix/hooks.h"
 #include "matrix/matrix.h"
 #include "matrix/matrix_layout.h"
 #include "trees/constraints/constraint_text.h"
 #include "trees/constraints/constraints.h"
+#include "trees/drawing/display.h"
 #include "trees/drawing/shrunken_tree.h"
 #include "trees/drawing/svg_file.h"
+#include "trees/drawing/tables.h"
 #include "trees/drawing/tags.h"
 #include "trees/hooks.h"
 #include "trees/notation/auto_save.h"
@@ -34,9 +38,32 @@ std::vector<std::int32_t> copy_of_tree(int number) {
   return {tree.begin(), tree.end()};
 }
 
+std::vector<std::string> display_settings_as_commands() {
+  std::vector<std::string> lines;
+  if (tables.dense) lines.emplace_back("tables =");
+  if (tables.precision >= 0) lines.push_back(text_of("tables /%i", tables.precision));
+  if (!display.naked) lines.emplace_back("naked -");
+  if (display.roomy) lines.emplace_back("naked [");
+  if (display.code_page_lines) lines.emplace_back("lintrees -");
+  if (display.draw_symmetric || display.second_largest_first)
+    lines.push_back(std::string("tplot ") + (display.draw_symmetric ? "+" : "-") +
+                    (display.second_largest_first ? "+" : ""));
+  if (tags.tag_separator != 0) {
+    const std::string width = tags.tag_width > 0 ? std::to_string(tags.tag_width) : std::string();
+    lines.push_back("ttags [ " + width + tags.tag_position);
+  }
+  if (tags.tags_on) lines.emplace_back("ttags =");
+  if (store.include_absent) lines.emplace_back("absincl =");
+  return lines;
+}
+
 }  // namespace
 
 void register_trees() {
+  add_settings(noted<tables>);
+  add_settings(noted<display>);
+  add_settings(noted<shrinking>);
+  add_methods(methods_part::session, display_settings_as_commands);
   hooks_of_matrix.stored_tree = copy_of_tree;
   hooks_of_language.flag_descendants = flag_descendants;
   register_tree_lists();
@@ -57,8 +84,10 @@ void register_trees() {
     return {definitions_line(), "constrain ="};
   });
   add_methods(methods_part::choices, []() -> std::vector<std::string> {
-    if (!matrix.present || store.maxtrees == tree_store().maxtrees) return {};
-    return {"hold " + std::to_string(store.maxtrees)};
+    const int vault = store.vault.maxtrees;
+    if (!matrix.present || (store.maxtrees == tree_store().maxtrees && vault == 0)) return {};
+    return {"hold " + std::to_string(store.maxtrees) +
+            (vault > 0 ? "/" + std::to_string(vault) : "")};
   });
 
   add_command_over_hook(settle_tree_buffer);

@@ -16,6 +16,11 @@ struct walked_node {
                     // only
 };
 
+struct walk_settings {
+  bool as_drawn = false;  // `travtree +`
+};
+extern walk_settings walk_order;  // written by `travtree`
+
 /// Those of a walk for which `chosen` holds.
 std::vector<walked_node> chosen_nodes(const std::vector<walked_node>& all,
                                       const std::function<bool(int)>& chosen);

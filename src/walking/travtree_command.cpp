@@ -25,12 +25,10 @@
 #include "walking/walk_nesting.h"
 
 namespace zeb {
-namespace {
 
-struct walk_settings {
-  bool as_drawn = false;  // `travtree +`
-};
 walk_settings walk_order;
+
+namespace {
 
 class node_items : public body_items {
  public:

@@ -90,6 +90,13 @@ def all_settings_travel():
         check(own.count("\n") > 40 and not missing, f"settings reach the tasks: {settings} {missing}", own + theirs)
 
 
+    expect("mxproc 15; naked -; lquote [; majority =70; freqdifs =30; nelsen <; txtsize 300; tplot ++; agroup =1 (some) 3.5; tshrink {1};"
+           "macro =; set +; help >0.9; nstates dna; ttags [ 40b; hold 100/50; travtree = 9; tread (0 1 2 (3 4 5) (6 7));"
+           "pzeb begin a 1 = report =; mxproc; naked; quote a&65b; majority; freqdifs; txtsize; tshrink; help !; nstates; tvault;"
+           "return text; pzeb wait; pzeb get;",
+           r"files is 15.*Naked is OFF.*aAb.*cut 70.*cut 30.*300 Kb.*shown as one terminal: some.*threshold=0.90.*read as DNA.*max. storage 50")
+
+
 def tasks_are_steered():
     expect("pzeb begin a 2 = mult=replications 1; frobnicate; mult; return; pzeb wait; macro=;"
            "set 0 numerrors[a]; quote errors '0'; pzeb get;", r"errors 2", r"Got results from a \(2.*ended at an error: 0 1\s+Unknown command: frobnicate")

@@ -9,19 +9,16 @@
 #include "console/output.h"
 #include "console/screen.h"
 #include "language/commands/commands.h"
+#include "language/commands/quote_command.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "language/toggles.h"
 
 namespace zeb {
-namespace {
 
-struct quote_settings {
-  bool literal = false;      // `lquote =`: no newline is added at the end
-  bool conversions = false;  // `lquote [`: "&N" is the character of code N
-  bool to_stderr = false;    // `lquote >`: also to the standard error, even in the background
-};
 quote_settings quotes;
+
+namespace {
 
 // A line at a time, since the line buffer cuts what doesn't fit.
 void emit_lines(std::string_view text) {

@@ -10,9 +10,10 @@
 #include "macro/macro_state.h"
 #include "matrix/matrix.h"
 #include "search/sectors/sectors.h"
+#include "taxonomy/taxonomy.h"
 #include "trees/constraints/constraint_text.h"
 #include "trees/constraints/constraints.h"
-#include "trees/drawing/tables.h"
+#include "trees/drawing/shrunken_tree.h"
 #include "trees/drawing/tags.h"
 #include "trees/tree_groups.h"
 
@@ -34,14 +35,10 @@ std::string macro_settings() {
   if (macros.number_format == "%g") text += "macfloat e;";
   if (macros.number_format.starts_with("%.")) text += text_of("macfloat %i;", macros.digits);
   if (macros.names_as_numbers) text += "macro +;";
-  return text + "macro =;\n";
-}
-
-std::string table_settings() {
-  std::string text;
-  if (tables.dense) text += "tables =;";
-  if (tables.precision >= 0) text += text_of("tables /%i;", tables.precision);
-  return text;
+  text += "macro =;";
+  if (macros.blank_after_strings) text += "set +;";
+  if (macros.report) text += "macreport =;";
+  return text + "\n";
 }
 
 /// Read as a tree, which then goes again.
@@ -50,6 +47,14 @@ std::string tags_as_commands() {
   std::string text;
   for (const std::string& line : readable_tags()) text += line + "\n";
   return text + "keep 0;\n";
+}
+
+std::string shrinking_as_commands() {
+  if (shrinking.groups == 0) return {};
+  std::string groups;
+  for (int g = 0; g < matrix_state::group_count; ++g)
+    if (((shrinking.groups >> g) & 1U) != 0) groups += text_of(" {%i}", g);
+  return "tshrink" + groups + ";\n";
 }
 
 /// What must be set before data are read. Functions and sets of implied weights can be defined only
@@ -66,6 +71,8 @@ std::string read_as_here(const std::string& data) {
 std::string data_as_commands() {
   std::string text = read_as_here(output_of_command("xread *;"));
   if (matrix.defined_taxon_groups != 0) text += output_of_command("agroup *;");
+  text += shrinking_as_commands();
+  if (taxonomy_in_use()) text += "taxonomy =;\n";
   if (matrix.defined_character_groups != 0) text += output_of_command("xgroup *;");
   if (matrix.use_taxon_names) text += "taxname =;\n";
   text += tags_as_commands();
@@ -80,7 +87,8 @@ std::string data_as_commands(const write_request& request) {
 }
 
 std::string settings_as_commands() {
-  std::string text = macro_settings() + table_settings();
+  std::string text = macro_settings();
+  for (const std::string& command : session_settings()) text += command + ";\n";
   if (constraints.defined() && !constraints.active) text += definitions_text() + ";\n";
   for (const std::string& command : changed_settings()) text += command + ";\n";
   return text;

@@ -1,0 +1,8 @@
+// What the taxonomy hands down at start-up.
+#pragma once
+
+namespace zeb {
+
+void register_taxonomy();
+
+}  // namespace zeb
