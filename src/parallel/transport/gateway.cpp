@@ -5,14 +5,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <memory>
-#include <string_view>
-#include <thread>
+#include <string>
 #include <vector>
 
 #include "base/packet.h"
+#include "parallel/transport/library_errors.h"
 #include "parallel/transport/modules.h"
 #include "parallel/transport/socket_link.h"
 
@@ -72,25 +70,6 @@ bool relay() {
   return busy;
 }
 
-/// What the library and its daemon write to the standard error goes on to it, but for a complaint
-/// at the end of each task that the library itself can't tell the sense of.
-void pass_errors_on() {
-  std::array<int, 2> ends{};  // to read from, to write to
-  const int outside = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
-  if (outside < 0 || pipe2(ends.data(), O_CLOEXEC) != 0) return;
-  dup2(ends[1], STDERR_FILENO);
-  close(ends[1]);
-  std::thread([from = fdopen(ends[0], "r"), outside] {
-    char* line = nullptr;
-    std::size_t room = 0;
-    while (getline(&line, &room, from) > 0) {
-      const std::string_view text = line;
-      if (text.find("PMIX ERROR: BAD-PARAM") != text.npos) continue;
-      if (write(outside, text.data(), text.size()) < 0) continue;
-    }
-  }).detach();
-}
-
 bool start() {
   std::string fault;
   state.tasks = transport_of_module("zeb_mpi", &fault);
@@ -116,7 +95,7 @@ bool start() {
 void run_gateway(int descriptor) {
   fcntl(descriptor, F_SETFD, FD_CLOEXEC);
   state.process = std::make_unique<socket_link>(descriptor, getppid());
-  pass_errors_on();
+  filter_library_errors();
   if (!start()) _exit(1);
   constexpr int longest_wait = 10;  // milliseconds
   for (int wait = 1;;) {

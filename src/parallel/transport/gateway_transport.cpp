@@ -89,7 +89,7 @@ class gateway_transport : public transport {
   bool send(task_id to, int tag, std::span<const std::byte> body) override;
   std::optional<arrived_message> receive(task_id from, int tag) override;
   bool is_alive(task_id task) override;
-  void kill(task_id) override {}  // by the number of its process, which the parent knows
+  void kill(task_id task) override;
   void forget(std::span<const task_id> tasks) override;
   void leave() override;
   void wait_by(bool (*may_wait)(task_id, double)) override {
@@ -218,6 +218,12 @@ bool gateway_transport::is_alive(task_id task) {
   job_way* const way = way_to(task);
   if (way) way->through->link.take_in();
   return way && way->through->link.is_open();
+}
+
+/// That is done by the number of its process, which the parent knows. The library may wait half a
+/// minute for tasks that died when it spawns new ones.
+void gateway_transport::kill(task_id task) {
+  if (job_way* const way = way_to(task)) way->through->spoilt = true;
 }
 
 void gateway_transport::forget(std::span<const task_id> tasks) {
