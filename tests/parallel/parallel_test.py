@@ -61,6 +61,8 @@ def results_come_back():
     expect("pzeb begin a 2 = mult=replications 1; return; pzeb wait;"
            "pzeb again a 1 /deltrees = quote once more; return text; pzeb wait; pzeb get;",
            r"new set of instructions.*once more", r"Got results")
+    expect("pzeb begin j1 1 = return value 1; pzeb begin j10 1 = return value 10; pzeb wait; pzeb get j1; pzeb status; pzeb get j1;",
+           r"from j1 \(1.*returned 1\s.*Job \d \(j10\).*from j10 \(1.*returned 10\s")
     expect("hold 20; randtrees 15; pzeb begin a 2 = randtrees 3; return; pzeb wait; pzeb get; quote there are;",
            r"Got results from a \(2 slave tasks\)\s+(?!.*were lost)")
     settings = "piwe=4; ccode ] 3 5 /3 8; outgroup 2; taxcode - 7; collapse 3; subopt 1;"

@@ -124,7 +124,8 @@ void register_job_lists() {
                           [](int slot) {
                             const job_record& job = job_at(slot);
                             return job.active ? std::string_view(job.name) : std::string_view();
-                          }});
+                          },
+                      .special_word = find_job});  // "j1" isn't short for "j10" where it is a job
 }
 
 void send_signal(task_record& to, const packet_writer& message) {
