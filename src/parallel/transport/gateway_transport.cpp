@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <climits>
 #include <list>
 #include <utility>
 
@@ -22,7 +23,7 @@ namespace {
 
 constexpr int ranks_per_job = 1024;  // above the most tasks of a job
 
-[[noreturn]] void become_gateway(int descriptor, pid_t parent) {
+[[noreturn]] void become_gateway(int descriptor, const char* number, pid_t parent) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(1);
   setsid();  // keys of the console are for the process alone
@@ -30,9 +31,8 @@ constexpr int ranks_per_job = 1024;  // above the most tasks of a job
   dup2(nothing, STDIN_FILENO);
   dup2(nothing, STDOUT_FILENO);
   fcntl(descriptor, F_SETFD, 0);
-  const std::string number = std::to_string(descriptor);
   std::array<char*, 4> arguments = {const_cast<char*>("zeb"), const_cast<char*>(gateway_argument),
-                                    const_cast<char*>(number.c_str()), nullptr};
+                                    const_cast<char*>(number), nullptr};
   execv("/proc/self/exe", arguments.data());
   _exit(1);
 }
@@ -66,6 +66,18 @@ struct gateway {
   bool spoilt = false;  // can't be relied on to join tasks any more
 };
 
+std::vector<host_record> hosts_taken_from(packet_reader& told) {
+  std::vector<host_record> hosts;
+  for (int left = told.whole(); left > 0; --left) {
+    host_record& host = hosts.emplace_back();
+    host.id = told.whole();
+    host.name = told.text();
+    host.architecture = told.text();
+    host.speed = told.whole();
+  }
+  return hosts;
+}
+
 struct job_way {
   gateway* through = nullptr;  // null: nothing is expected any more
   task_id first = 0;           // the number of its first task, there
@@ -97,6 +109,7 @@ class gateway_transport : public transport {
   }
 
  private:
+  gateway* start_gateway();
   gateway* usable_gateway();
   /// By the last gateway.
   std::vector<task_id> spawn_once(const spawn_request& request);
@@ -109,43 +122,41 @@ class gateway_transport : public transport {
   std::string fault_;
 };
 
+/// Null: the system refuses one.
+gateway* gateway_transport::start_gateway() {
+  socket_pair pair{-1, -1};
+  const bool paired = make_pair(pair);
+  const std::string number = std::to_string(pair[1]);
+  const pid_t here = getpid();
+  const pid_t child = paired ? fork() : -1;
+  if (child == 0) become_gateway(pair[1], number.c_str(), here);
+  if (pair[1] >= 0) close(pair[1]);
+  if (child >= 0) return &gateways_.emplace_back(pair[0], child);
+  if (pair[0] >= 0) close(pair[0]);
+  return nullptr;
+}
+
 /// Started at the first need, and anew after one was spoilt. Null: `fault` says why.
 gateway* gateway_transport::usable_gateway() {
   if (!gateways_.empty() && !gateways_.back().spoilt && gateways_.back().link.is_open())
     return &gateways_.back();
   gateways_.remove_if([](const gateway& g) { return g.jobs == 0; });
-  socket_pair pair{-1, -1};
-  const pid_t here = getpid();
-  const pid_t child = make_pair(pair) ? fork() : -1;
-  if (child == 0) become_gateway(pair[1], here);
-  if (pair[1] >= 0) close(pair[1]);
-  if (child < 0) {
-    if (pair[0] >= 0) close(pair[0]);
+  gateway* const started = start_gateway();
+  if (!started) {
     fault_ = "no more processes can be started";
     return nullptr;
   }
-  gateway& started = gateways_.emplace_back(pair[0], child);
-  started.spoilt = true;  // where the waiting is broken off
+  started->spoilt = true;  // where the waiting is broken off
   try {
-    const arrived_message ready = await_word(started.link, gateway_ready);
+    const arrived_message ready = await_word(started->link, gateway_ready);
     packet_reader told(ready.body);
-    const bool is_ready = told.whole() != 0;
+    started->spoilt = told.whole() == 0;
     fault_ = told.text();
-    for (int left = told.whole(); left > 0; --left) {
-      host_record host;
-      host.id = told.whole();
-      host.name = told.text();
-      host.architecture = told.text();
-      host.speed = told.whole();
-      started.hosts.push_back(std::move(host));
-    }
-    if (is_ready) {
-      started.spoilt = false;
-      return &started;
-    }
+    started->hosts = hosts_taken_from(told);
   } catch (const damaged_message&) {
     fault_ = "MPI ended the process that was to start it";
   }
+  if (!started->spoilt) return started;
   gateways_.pop_back();
   return nullptr;
 }
@@ -198,8 +209,9 @@ job_way* gateway_transport::way_to(task_id task) {
 bool gateway_transport::send(task_id to, int tag, std::span<const std::byte> body) {
   if (is_above(to)) return above_->send(to, tag, body);
   job_way* const way = way_to(to);
-  return way && way->through->link.send(way->first + to % ranks_per_job, tag, body,
-                                        [](double) { return true; });
+  return way && body.size() <= INT_MAX &&  // which is the most that MPI takes
+         way->through->link.send(way->first + to % ranks_per_job, tag, body,
+                                 [](double) { return true; });
 }
 
 std::optional<arrived_message> gateway_transport::receive(task_id from, int tag) {

@@ -1,6 +1,7 @@
 #include "parallel/transport/library_errors.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -48,6 +49,10 @@ void filter_library_errors() {
   dup2(ends[1], STDERR_FILENO);
   close(ends[1]);
   std::thread([from = fdopen(ends[0], "r"), outside] {
+    sigset_t closed_pipe;
+    sigemptyset(&closed_pipe);
+    sigaddset(&closed_pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &closed_pipe, nullptr);  // nobody may be reading any more
     library_error_filter filter;
     char* line = nullptr;
     std::size_t room = 0;
