@@ -28,18 +28,24 @@
 namespace zeb {
 namespace {
 
-/// False: the helper of that host couldn't write the file, and that is told.
-bool is_written(int host, packet_reader reply) {
-  const bool written = reply.whole() != 0;
-  const std::string problem = reply.text();
-  if (!written)
+/// False: the file of that host couldn't be written, and that is told.
+bool is_written(int host, const std::string& problem) {
+  if (!problem.empty())
     emit(text_of("Problems creating disk file...%s, %s\n", hosts_in_use()[at(host)].name.c_str(),
                  problem.c_str()));
-  return written;
+  return problem.empty();
+}
+
+bool is_written(int host, packet_reader reply) {
+  const bool written = reply.whole() != 0;
+  return is_written(host, reply.text()) && written;
 }
 
 /// The helper of one host writes the file. False: it couldn't.
 bool write_on_host(int host, const std::string& directory, const std::string& text) {
+  // Over MPI a helper for this machine might start on another one.
+  if (parallel.mode == back_end::mpi && host == own_host())
+    return is_written(host, write_disk_file(directory, text));
   constexpr useconds_t between = 20'000;  // microseconds
   transport& link = connection();
   const std::vector<task_id> helper = link.spawn({.count = 1,

@@ -35,6 +35,7 @@ void take_hellos(task_record& which) {
     packet_reader from(message->body);
     which.host_name = from.text();
     which.process = from.whole();
+    if (parallel.mode == back_end::mpi) which.host = host_named(which.host_name);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <optional>
+#include <thread>
 #include <vector>
 
 #include "base/errors.h"
@@ -12,6 +13,7 @@
 #include "base/process.h"
 #include "console/output.h"
 #include "parallel/messages/tags.h"
+#include "parallel/settings.h"
 #include "parallel/tasks/parent_watch.h"
 #include "parallel/transport/connection.h"
 
@@ -22,6 +24,9 @@ namespace {
 int processors_of_host(int host) {
   constexpr useconds_t between = 10'000;  // microseconds
   constexpr double longest_wait = 30;     // seconds
+  // Where it isn't in the host file, a helper for this machine might start on another one.
+  if (parallel.mode == back_end::mpi && host == own_host())
+    return static_cast<int>(std::thread::hardware_concurrency());
   transport& link = connection();
   const std::vector<task_id> helper = link.spawn({.count = 1,
                                                   .host_id = id_of_host(host),

@@ -56,6 +56,11 @@ std::string path_of_program() {
   return {path.data(), length > 0 ? static_cast<std::size_t>(length) : 0};
 }
 
+std::string absolute_path(const char* file) {
+  std::array<char, PATH_MAX> path{};
+  return realpath(file, path.data()) ? path.data() : file;
+}
+
 struct spawn_outcome {
   int code = MPI_SUCCESS;
   MPI_Comm channel = MPI_COMM_NULL;
@@ -175,13 +180,17 @@ class mpi_transport : public transport {
   std::vector<MPI_Comm> jobs_;  // MPI_COMM_NULL: forgotten
   std::list<pending_send> on_their_way_;
   std::string host_file_;  // empty: there is none
+  std::vector<host_record> hosts_;
+  bool own_is_listed_ = false;  // in the host file: else no task can be tied to this machine
   std::string fault_;
   bool (*may_wait_)(task_id, double) = nullptr;
 };
 
 bool mpi_transport::enter(bool as_task) {
   const closed_pipe_scope pipes;
-  prepare_mpi_environment(as_task);
+  const char* const file = std::getenv("ZEB_HOSTFILE");
+  host_file_ = file && access(file, R_OK) == 0 ? absolute_path(file) : "";
+  prepare_mpi_environment(as_task, host_file_);
   if (!started_) {
     int provided = 0;
     if (!as_task) begin_daemon_watch();
@@ -194,8 +203,6 @@ bool mpi_transport::enter(bool as_task) {
     MPI_Comm_set_errhandler(MPI_COMM_WORLD, MPI_ERRORS_RETURN);
     MPI_Comm_set_errhandler(MPI_COMM_SELF, MPI_ERRORS_RETURN);
   }
-  const char* const file = std::getenv("ZEB_HOSTFILE");
-  host_file_ = file && access(file, R_OK) == 0 ? file : "";
   if (!as_task) return true;
   MPI_Comm_get_parent(&parent_);
   if (parent_ == MPI_COMM_NULL) {
@@ -212,28 +219,31 @@ std::vector<host_record> mpi_transport::hosts() {
   std::array<char, MPI_MAX_PROCESSOR_NAME> name{};
   int length = 0;
   MPI_Get_processor_name(name.data(), &length);
-  std::vector<host_record> hosts = {{0, name.data(), "LINUX", 1000}};
+  hosts_ = {{0, name.data(), "LINUX", 1000}};
   std::ifstream lines(host_file_);
   std::string line;
   while (!host_file_.empty() && std::getline(lines, line)) {
     const std::size_t first = line.find_first_not_of(" \t");
     if (first == line.npos || line[first] == '#') continue;
     const std::string host = line.substr(first, line.find_first_of(" \t\r", first) - first);
-    const bool known = std::any_of(hosts.begin(), hosts.end(),
+    const bool is_own = host == hosts_[0].name || host == "localhost";
+    own_is_listed_ = own_is_listed_ || is_own;
+    const bool known = std::any_of(hosts_.begin(), hosts_.end(),
                                    [&host](const host_record& h) { return h.name == host; });
-    if (!known && host != "localhost")
-      hosts.push_back({static_cast<int>(hosts.size()), host, "LINUX", 1000});
+    if (!known && !is_own) hosts_.push_back({static_cast<int>(hosts_.size()), host, "LINUX", 1000});
   }
-  return hosts;
+  return hosts_;
 }
 
 std::vector<task_id> mpi_transport::spawn(const spawn_request& request) {
   const closed_pipe_scope pipes;
   MPI_Info info = MPI_INFO_NULL;
   MPI_Info_create(&info);
-  if (!host_file_.empty() && request.host_id != 0) {
-    MPI_Info_set(info, "add-hostfile", host_file_.c_str());
-    MPI_Info_set(info, "map_by", "node");
+  if (!host_file_.empty() && request.host_id != 0) MPI_Info_set(info, "map_by", "node");
+  if (request.host_id > 0 || (request.host_id == 0 && own_is_listed_)) {
+    const std::string& name = hosts_[static_cast<std::size_t>(request.host_id)].name;
+    MPI_Info_set(info, "host", name.c_str());
+    if (request.host_id > 0) MPI_Info_set(info, "add-host", name.c_str());  // not in use yet
   }
   joining progress(request);
   const std::optional<spawn_outcome> outcome = join_in_time(request, info, progress);

@@ -6,6 +6,7 @@
 
 #include "base/input_file.h"
 #include "base/message_text.h"
+#include "base/output_file.h"
 #include "parallel/messages/tags.h"
 #include "parallel/tasks/task_state.h"
 
@@ -51,6 +52,15 @@ std::string data_of_disk(const task_orders& orders) {
 
 std::string disk_data_text(int characters, int taxa, int cell_bytes, const std::string& data) {
   return text_of("%i %i %i\n", characters, taxa, cell_bytes) + data;
+}
+
+std::string write_disk_file(const std::string& directory, const std::string& text) {
+  if (!directory.empty() && access(directory.c_str(), X_OK) != 0) return "changing dir";
+  const std::string name = (directory.empty() ? "" : directory + "/") + disk_data_file;
+  output_file file;
+  if (!file.create(name)) return "opening file";
+  file.put(text);
+  return file.close() ? "" : "writing file";
 }
 
 }  // namespace zeb

@@ -5,8 +5,6 @@
 #include <optional>
 #include <thread>
 
-#include "base/file_calls.h"
-#include "base/output_file.h"
 #include "base/packet.h"
 #include "parallel/messages/tags.h"
 #include "parallel/tasks/disk_data.h"
@@ -37,16 +35,6 @@ void reply_and_wait(int tag, const packet_writer& reply) {
   }
 }
 
-/// What went wrong; empty: nothing.
-std::string write_file(const std::string& directory, const std::string& text) {
-  if (!directory.empty() && access(directory.c_str(), X_OK) != 0) return "changing dir";
-  const std::string name = (directory.empty() ? "" : directory + "/") + disk_data_file;
-  output_file file;
-  if (!file.create(name)) return "opening file";
-  file.put(text);
-  return file.close() ? "" : "writing file";
-}
-
 }  // namespace
 
 int write_disk_data() {
@@ -55,7 +43,7 @@ int write_disk_data() {
   std::string problem = "wrong file";
   try {
     const std::string directory = from.text();
-    problem = write_file(directory, from.text());
+    problem = write_disk_file(directory, from.text());
   } catch (const damaged_message&) {
   }
   packet_writer reply;

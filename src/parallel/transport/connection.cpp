@@ -59,12 +59,6 @@ void take_hosts() {
   state.own_host = state.parent_host = 0;
 }
 
-int host_named(std::string_view name) {
-  for (std::size_t i = 0; i < state.hosts.size(); ++i)
-    if (state.hosts[i].name == name) return static_cast<int>(i);
-  return 0;
-}
-
 }  // namespace
 
 void wait_by(bool (*may_wait)(task_id task, double seconds)) { state.may_wait = may_wait; }
@@ -152,6 +146,12 @@ const std::vector<host_record>& hosts_in_use() { return state.hosts; }
 
 int id_of_host(int host) { return host < 0 ? -1 : state.hosts[at(host)].id; }
 int own_host() { return state.own_host; }
+
+int host_named(std::string_view name) {
+  const auto found = std::ranges::find(state.hosts, name, &host_record::name);
+  return found == state.hosts.end() ? 0 : static_cast<int>(found - state.hosts.begin());
+}
+
 int parent_host() { return state.parent_host; }
 
 void order_hosts(std::span<const std::string> names, int parent) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "parallel/transport/transport.h"
@@ -34,6 +35,8 @@ const std::vector<host_record>& hosts_in_use();
 /// For transports; -1 for host -1.
 int id_of_host(int host);
 int own_host();
+/// 0 where that name isn't known.
+int host_named(std::string_view name);
 /// Of the process that started this one; of this one where nobody did.
 int parent_host();
 /// A task numbers its hosts as its parent does, which is on host `parent` of these names.
