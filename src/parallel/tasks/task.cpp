@@ -94,7 +94,7 @@ void prepare(const task_orders& orders) {
   take_hosts_of_parent(orders.hosts);
   const jump_context around;
   try {
-    create_arena(std::max<std::size_t>(orders.ram, arena.size));
+    create_arena(orders.ram);
   } catch (const command_unwinding&) {
   }
 }
