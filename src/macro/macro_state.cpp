@@ -19,6 +19,7 @@ namespace {
 
 // Loops are paid for from the memory that a script is given, though their records lie beside it.
 constexpr std::size_t bytes_of_loop = 64;
+constexpr std::size_t least_bytes_of_loop = 36;  // as the least size of the memory counts them
 
 // Takes the tables in turn from the memory, which holds zeros.
 template <class T>
@@ -33,8 +34,9 @@ T* carve(char*& place, std::size_t n) {
 std::int64_t least_memory() {
   const std::int64_t vars = macros.max_variables;
   const std::int64_t loops = macros.max_loops;
-  return 4 * (9 * loops + vars) + (macros.protection ? 29 * vars : 0) +
-         (macros.integer_only ? 4 * vars : 8 * vars) + 8 * vars + 1000;
+  return static_cast<std::int64_t>(least_bytes_of_loop) * loops + 4 * vars +
+         (macros.protection ? 29 * vars : 0) + (macros.integer_only ? 4 * vars : 8 * vars) +
+         8 * vars + 1000;
 }
 
 std::string kilobytes_text(std::size_t bytes) {
@@ -47,11 +49,10 @@ void allocate_macro_tables() {
   macros.memory_bytes = std::max(macros.memory_bytes, least_memory());
   const auto vars = static_cast<std::size_t>(macros.max_variables);
   const auto loops = static_cast<std::size_t>(macros.max_loops);
-  // The configured size is what scripts may use; alignment between the tables comes on top.
-  const std::size_t tables = loops * bytes_of_loop +
-                             vars * (1 + sizeof(int*) + 5 * sizeof(int) + sizeof(int) + 8 + 8) +
-                             512;
-  macros.memory_size = std::max(static_cast<std::size_t>(macros.memory_bytes), tables + 1000);
+  // The configured size is what scripts may use; what tables take here beyond it comes on top.
+  const std::size_t beyond = loops * (bytes_of_loop - least_bytes_of_loop) + 512;
+  const std::size_t least = static_cast<std::size_t>(least_memory()) + beyond;
+  macros.memory_size = std::max(static_cast<std::size_t>(macros.memory_bytes), least);
   // Memory of zeros: what isn't used is never touched.
   macros.memory = static_cast<std::byte*>(std::calloc(macros.memory_size, 1));
   if (!macros.memory) error_end("Allocation failure: not enough RAM available");

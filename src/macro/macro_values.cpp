@@ -236,8 +236,11 @@ logical read_logical(int c) {
   if (c == '!' && next == '=') return two(logical::different);
   if (c == '&' && next == '&') return two(logical::both);
   if (c == '|' && next == '|') return two(logical::either);
-  if (c == '>') return next == '=' ? two(logical::greater_equal) : logical::greater;
-  if (c == '<') return next == '=' ? two(logical::less_equal) : logical::less;
+  if (c == '>' && next == '=') return two(logical::greater_equal);
+  if (c == '<' && next == '=') return two(logical::less_equal);
+  const bool has_other_symbol = next == '<' || next == '>' || next == '&' || next == '|';
+  if (c == '>' && !has_other_symbol) return logical::greater;
+  if (c == '<' && !has_other_symbol) return logical::less;
   std::string symbol(1, static_cast<char>(c));
   if (next > 32 && next != ';') symbol += static_cast<char>(next);
   error_end("\nSymbol", symbol, "is not a logical expression or operator");
