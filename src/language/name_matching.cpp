@@ -83,7 +83,7 @@ bool ask_match(std::string_view word, std::string_view candidate, std::string_vi
       "\n\n\rDid you mean:\n\r%13s \"%s\"\n\r\ninstead of:\n\r              \"%s\" "
       "?\n\r(y/n/cancel)? ",
       std::string(noun).c_str(), std::string(candidate).c_str(), std::string(word).c_str());
-  const int answer = ask_key(question, "ync");
+  const int answer = ask_key(question, "ync\x1b");
   write_console("\r                 \r");
   if (answer == 'y') return true;
   if (answer == 'n') return false;

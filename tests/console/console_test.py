@@ -279,6 +279,12 @@ class Questions(ConsoleTest):
         s.type("y")
         s.wait_for_text("\nhello")
         s.wait_for_prompt()
+        for times, key in enumerate(("c", "\x1b"), 1):
+            s.type("quotee no;\r")
+            s.wait_for(lambda: s.screen.line(s.screen.row).startswith("(y/n/cancel)?"), "the question")
+            s.type("k" + key)
+            s.wait_for(lambda: s.screen.text().count("Can't match command name!") == times, "the refusal")
+            s.wait_for_prompt()
 
 
 class Comparisons(ConsoleTest):
