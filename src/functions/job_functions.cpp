@@ -214,6 +214,7 @@ double host_of_task() {
 }
 
 int host_argument() {
+  connection();
   const int host = whole_argument();
   if (host < 0 || at(host) >= hosts_in_use().size()) error_end("No host", host);
   return host;

@@ -83,7 +83,7 @@ struct language_hooks {
   /// The files that steer a background run have it paused, going on or stopped: its jobs too.
   void (*run_steered)(steering_wish wish) = nullptr;
   /// A command of its instructions failed: the rest of them is void.
-  void (*task_failed)() = nullptr;
+  void (*task_failed)(const std::string& why) = nullptr;
   /// Changed by `set_macro_layer` only.
   macro_layer macros;
 };

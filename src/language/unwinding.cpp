@@ -44,10 +44,10 @@ error_place place_of_input() {
   return place;
 }
 
-void end_background_run() {
+void end_background_run(const std::string& why) {
   flush_log();
   if (process.ended_by != 0 || process.gave_up) return;  // soon, and with what was found saved
-  if (process.slave) return hooks_of_language.task_failed();
+  if (process.slave) return hooks_of_language.task_failed(why);
   // The label that was set for errors is where the run goes on.
   if (process.background && !input.jump_pending) {
     report_line("... SOME ERROR OCCURED, QUITTING...");
@@ -61,9 +61,10 @@ void end_background_run() {
   leave_program();
 }
 
-// A background run shows nothing and asks nobody: without a log its error would be lost.
+// A background run shows nothing and asks nobody: without a log its error would be lost. A task
+// tells it to its parent.
 void tell_without_log(std::string message) {
-  if (!process.background || log_is_open()) return;
+  if (!process.background || process.slave || log_is_open()) return;
   std::replace(message.begin(), message.end(), '\n', ' ');
   std::fprintf(stderr, "zeb: %s\n", message.c_str());
 }
@@ -83,7 +84,7 @@ void interrupt() {
   pop_all();
   if (interrupts.in_search) return stop_search(stop_reason::user);
   if (process.slave) throw_to_jump_context();  // the task goes to its `return`
-  if (process.ended_by != 0 || !take_up_execute_file()) end_background_run();
+  if (process.ended_by != 0 || !take_up_execute_file()) end_background_run("User interrupt");
   leave_command();
   throw_to_jump_context();
 }
@@ -128,7 +129,7 @@ void tell_error(const std::string& text) {
   }
   tell_without_log(message);
   pop_all();
-  end_background_run();
+  end_background_run(message);
   leave_command();
 }
 

@@ -31,6 +31,7 @@ def script(text):
 
 def start(text, where):
     (pathlib.Path(where) / "x.run").write_text(script(text))
+    (pathlib.Path(where) / "y.run").write_text("quote of a file; return 1; quote not read;")
     return subprocess.Popen([options.zeb, "--batch", "x.run"], cwd=where, env=environment(), text=True,
                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, errors="replace")
 
@@ -154,6 +155,17 @@ def tasks_are_steered():
            r"Group 0 \(Task_0_a\): 3 4 5\s+Group 1 \(Task_0_b\): 1 2\s+Group 2 \(PreviousTrees\): 0 1 2\s")
     expect("pzeb begin a 1 = quote first; return text; pzeb wait; pzeb again a = ...; return; pzeb gwait; quote goes on;",
            r"first.*will be repeated.*first.*goes on")
+    again = "pzeb goto 2; pzeb wait; pzeb wait;" * 3
+    expect(f"macro=; pzeb begin a 1 = set 5 0; frobnicate; tagset 2; set 5 ++; quote at \"5\"; return text; pzeb wait; {again} pzeb get;",
+           r"at 1\nat 2\nat 3\n(?!.*at an error)")
+    expect("pzeb begin a 2 = mult=replications 100000; quote not run; return text; pzeb stop; pzeb gwait;"
+           "pzeb begin b 1 = mult=replications 100000; quote not run; return text; pzeb pause; pzeb stop; pzeb gwait;",
+           r"from a \(2 slave tasks\)(?!.*(not run|at an error)).*from b \(1 slave")
+    expect("pzeb begin a 1 = proc y.run; log z.txt; quote written; log/; pzeb begin b 1 = proc y.run; return text;"
+           "pzeb gwait; return text; pzeb gwait; system cat z.txt;",
+           r"of a file\n.*of a file\n.*Got results from a(?!.*not read).*written")
+    expect(f"pzeb begin a 1 = return; pzeb get; pzeb pvm; pzeb mpi; pzeb local; pzeb {options.mode}; pzeb begin a 1 = pzeb be b 1 ="
+           "quote below; return text; pzeb gwait; return text; pzeb gwait;", r"below.*from a \(1 slave")
     expect("pzeb begin a 2 = mult=replications 100000; return; pzeb wait [2];", r"time is out(?!.*timed out)")
     expect("pzeb begin 2x 1 = return;", r"cannot name parallel jobs starting with a digit")
     expect("pzeb begin x 2000 = return;", r"cannot spawn more than 1000 together")

@@ -46,19 +46,21 @@ std::string read_job_name() {
   return name;
 }
 
-void read_hosts(job_request& request) {
-  if (parallel.mode != back_end::pvm) {
-    const bool here = read_name() > 0 && token() == "myself";
-    request.hosts = {{own_host(), request.tasks}};
-    const int next = skip_blanks_peek();
-    if (!here || (next != '=' && next != '/'))
-      error_end("P-ZEB: must write \"myself\" before \"=\"  to run just in localhost");
-    return;
-  }
-  request.hosts = read_host_list();
+void expect_sign_after_hosts(const std::string& job) {
   const int next = skip_blanks_peek();
   if (next != '=' && next != '/')
-    error_end_f("P-ZEB: expected '=' or '/' after list of hosts for job %s", request.name.c_str());
+    error_end_f("P-ZEB: expected '=' or '/' after list of hosts for job %s", job.c_str());
+}
+
+void read_hosts(job_request& request) {
+  if (parallel.mode != back_end::pvm) {
+    if (skip_blanks_peek() != ';' && (read_name() == 0 || token() != "myself"))
+      error_end("P-ZEB: must write \"myself\" before \"=\"  to run just in localhost");
+    request.hosts = {{own_host(), request.tasks}};
+    return expect_sign_after_hosts(request.name);
+  }
+  request.hosts = read_host_list();
+  expect_sign_after_hosts(request.name);
   if (request.hosts.empty())
     error_end_f("P-ZEB: no hosts in list for job %s", request.name.c_str());
   int sum = 0;

@@ -27,7 +27,7 @@ class instruction_reader {
   void copy_run_block();
 
   std::string text_;
-  std::string word_;  // letters read last, in lower case
+  std::string word_;  // read last, in lower case
   std::string last_word_;
   int depth_ = 1;
   bool ending_ = false;  // the last `return` has come, and its options are read
@@ -60,8 +60,8 @@ void instruction_reader::copy_run_block() {
 }
 
 void instruction_reader::end_word() {
-  const bool of_pzeb = last_word_.size() > 1 && std::string_view("pzeb").starts_with(last_word_);
-  if (of_pzeb && (word_ == "begin" || word_ == "again")) ++depth_;
+  const bool of_pzeb = last_word_.size() > 1 && is_prefix(last_word_, "pzeb");
+  if (of_pzeb && (is_prefix(word_, "begin") || is_prefix(word_, "again"))) ++depth_;
   if (word_ == "return" && --depth_ == 0) ending_ = true;
   last_word_ = std::move(word_);
   word_.clear();
@@ -72,7 +72,7 @@ std::string instruction_reader::read() {
   bool after_runc = false;
   for (;;) {
     const int c = next();
-    if (std::isalpha(c)) {
+    if (std::isalnum(c) || c == '_') {
       word_ += static_cast<char>(std::tolower(c));
     } else {
       if (!word_.empty()) {

@@ -36,6 +36,7 @@ constexpr std::size_t longest_condition = 8000;
 struct wait_state {
   bool succeeded = true;
   std::vector<int> monitored;  // jobs whose status is kept up
+  int number = 0;  // tasks tell it, since what they sent for an earlier one may come late
 };
 wait_state last_wait;
 
@@ -101,10 +102,15 @@ bool is_fulfilled(const std::string& condition) {
 }
 
 void begin_monitoring(const std::vector<int>& slots) {
+  packet_writer message;
+  message.put(signal_monitor);
+  message.put(++last_wait.number);
   for (const int slot : slots) {
     job_record& job = job_at(slot);
-    for (task_record& t : job.tasks) t.status = task_status();
-    send_signal(job, signal_monitor);
+    for (task_record& t : job.tasks) {
+      t.status = task_status();
+      send_signal(t, message);
+    }
   }
   last_wait.monitored = slots;
 }
@@ -160,6 +166,7 @@ bool all_done(const std::vector<int>& slots, bool test_life) {
     take_status_messages(job);
     for (task_record& t : job.tasks) {
       if (test_life) is_alive(t);
+      if (t.status && t.status->wait != last_wait.number) t.status = task_status();
       done = done && (t.gone || (t.status && t.status->finished));
     }
   }

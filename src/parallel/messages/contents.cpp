@@ -182,6 +182,7 @@ packet_writer task_status::packed() const {
   to.put(tag);
   to.put_text(std::string_view(command).substr(0, longest_shown_command));
   to.put_real(score);
+  to.put(wait);
   return to;
 }
 
@@ -199,6 +200,7 @@ task_status task_status::unpacked(packet_reader from) {
   s.tag = from.whole();
   s.command = from.text().substr(0, longest_shown_command);
   s.score = from.real();
+  s.wait = from.whole();
   return s;
 }
 

@@ -103,6 +103,7 @@ struct task_status {
   int tag = 0;
   std::string command = "(none)";
   double score = -1;
+  int wait = 0;  // number of the waiting of the parent for which it was sent
 
   packet_writer packed() const;
   static task_status unpacked(packet_reader from);

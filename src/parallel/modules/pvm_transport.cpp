@@ -10,6 +10,7 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -80,7 +81,10 @@ std::vector<host_record> pvm_transport::hosts() {
 std::vector<task_id> pvm_transport::spawn(const spawn_request& request) {
   std::string argument = request.argument;
   std::string parent = request.parent;
-  std::array<char*, 3> arguments = {argument.data(), parent.data(), nullptr};
+  // The daemon starts tasks in a folder of its own.
+  std::error_code unknown;
+  std::string folder = std::filesystem::current_path(unknown).string();
+  std::array<char*, 4> arguments = {argument.data(), parent.data(), folder.data(), nullptr};
   std::string program = path_of_program();
   std::string where;
   for (const host_record& host : hosts_)

@@ -99,6 +99,10 @@ bool stop_everything() {
 
 bool stop_at(int tag, bool back) {
   if (!back && (task.at_return || task.tag >= tag)) return false;
+  if (task.at_return) {  // who is sent back begins anew, also after an error
+    forget_failure();
+    task.returning = false;
+  }
   task.wanted_tag = tag;
   task.wanted_back = back;
   return false;
@@ -142,6 +146,7 @@ bool obey(int code, packet_reader& from) {
       task.paused = false;
       return false;
     case signal_monitor:
+      task.parents_wait = from.whole();
       task.monitored = true;
       task.last_status = 0;
       return false;
@@ -186,8 +191,8 @@ bool obey_messages() {
   return stop;
 }
 
-/// With all jobs of this task.
-void pause() {
+/// With all jobs of this task. Was a stop what ended it?
+bool pause() {
   emit("\n              ----> pausing slave...");
   hooks_of_language.run_steered(steering_wish::pause);
   const double since = wall_clock();
@@ -201,6 +206,7 @@ void pause() {
   }
   hooks_of_language.run_steered(steering_wish::go_on);
   emit(text_of("(paused for %i secs.)\n", static_cast<int>(wall_clock() - since)));
+  return stop;
 }
 
 }  // namespace
@@ -212,18 +218,14 @@ void test_parent() {
 }
 
 bool obey_parent() {
-  bool stop = obey_messages();
+  const bool stop = obey_messages();
   send_status_if_due(wall_clock());
   test_parent();
-  if (task.paused && !stop) {
-    pause();
-    stop = obey_messages();
-  }
-  return stop;
+  return task.paused && !stop ? pause() : stop;
 }
 
 bool stop_asked_by_parent() {
-  if (!task.link || task.at_return) return false;
+  if (!task.link || task.at_return || task.receiving) return false;
   const double now = wall_clock();
   constexpr double between_tests = 2;  // seconds
   if (now - task.last_test >= between_tests) {

@@ -13,9 +13,15 @@
 namespace zeb {
 namespace {
 
+/// Its instructions are over, and it isn't to follow others, or to go back in them.
+bool is_done() {
+  const bool goes_back = task.wanted_tag >= 0 && task.wanted_back;
+  return task.at_return && !task.again && !goes_back;
+}
+
 int stage_of_search() {
   constexpr int finished = 9;
-  if (task.at_return) return finished;
+  if (is_done()) return finished;
   const search_context* const search = running_search();
   return search ? std::min(search->shown.stage + 1, finished - 1) : 0;
 }
@@ -45,9 +51,10 @@ task_status status_of_task() {
   now.rearrangements_high = done.high;
   now.rearrangements_low = done.low;
   now.trees = matrix.present ? store.ntrees : 0;
-  now.finished = task.at_return && !task.again;
+  now.finished = is_done();
   now.stage = stage_of_search();
   now.paused = task.paused;
+  now.wait = task.parents_wait;
   now.tag = task.tag;
   const bool swaps = task.swap.how != swap_orders::way::none && task.shown_command.empty();
   now.command = task.failed                  ? "ERROR"

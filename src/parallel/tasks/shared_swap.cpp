@@ -56,7 +56,7 @@ void swap_with_siblings(const swap_orders& orders) {
   try {
     take_part(orders);
   } catch (const command_unwinding&) {
-    note_failed_task();
+    note_failed_task("the swap was broken off");
     for (const std::int32_t number : orders.tasks) {
       if (number == task.number) continue;
       const bool leads = task.number == leader_of_swap;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <string_view>
 
@@ -106,8 +107,9 @@ void take_data(const task_orders& orders) {
     run_text(data + orders.settings);
   }
   if (task.failed || matrix.ntax != orders.taxa || matrix.nchar != orders.characters) {
-    emit("\nError receiving data from master: not enough RAM allocated\n");
-    note_failed_task();
+    constexpr const char* why = "Error receiving data from master: not enough RAM allocated";
+    emit("\n", why, "\n");
+    note_failed_task(why);
     return;
   }
   emit(text_of("Received data (%i chars x %i taxa) from parent\n", matrix.nchar, matrix.ntax));
@@ -152,7 +154,7 @@ void take_place_of_sector(const task_orders& orders) {
 }
 
 void follow_instructions() {
-  task.at_return = false;
+  task.at_return = task.receiving = false;
   if (task.swap.how != swap_orders::way::none) {
     swap_with_siblings(task.swap);
     task.to_return = {};
@@ -161,10 +163,9 @@ void follow_instructions() {
   }
   begin_instructions(task.instructions);
   while (!task.at_return && interpreter.running && process.ended_by == 0) {
-    if (!skip_to_wanted_tag()) break;
+    if (obey_parent() || task.failed || task.returning || !skip_to_wanted_tag()) break;
     run_one_round();
     run_sets_of_parent(true);
-    if (obey_parent() || task.failed || task.returning) break;
   }
   if (process.ended_by != 0) end_process(status_of_orphan);
   if (!task.at_return) run_last_return();
@@ -198,9 +199,10 @@ void wait_at_return() {
 void take_new_instructions() {
   emit("\nStarting to parse new set of instructions...\n");
   task.again = false;
-  task.failed = task.dismissed = task.result_sent = task.no_loops = task.no_waits = false;
+  task.receiving = true;
+  forget_failure();
+  task.dismissed = task.result_sent = task.no_loops = task.no_waits = false;
   task.returning = false;
-  task.error.clear();
   renew_time_limit();
   const arrived_message orders = wait_for(tag_data, task.timeout);
   packet_reader from(orders.body);
@@ -238,11 +240,23 @@ void take_new_instructions() {
 
 }  // namespace
 
+namespace {
+
+/// Of the parent, for the files that instructions name; stays where it is if there is none here.
+void go_to_folder(const char* folder) {
+  std::error_code none_here;
+  std::filesystem::current_path(folder, none_here);
+}
+
+}  // namespace
+
 int run_task(int argc, char** argv) {
   if (argc > 2 && argv[1] == std::string_view(gateway_argument)) run_gateway(std::atoi(argv[2]));
   become_task();
+  close_places(no_console);  // of the parent, which MPI would hand it on to
   task.parent_process = argc > 2 ? process_on_this_machine(argv[2]) : 0;
   if (task.parent_process > 0) end_after(task.parent_process);
+  if (argc > 3) go_to_folder(argv[3]);
   task.link = connect_task(argc, argv);
   if (!task.link) {
     std::fputs("No parent communicator! \n", stderr);

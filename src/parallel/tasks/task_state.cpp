@@ -1,7 +1,10 @@
 #include "parallel/tasks/task_state.h"
 
-#include "console/text_buffer.h"
+#include <algorithm>
+#include <cstdio>
+
 #include "language/interpreter.h"
+#include "parallel/settings.h"
 
 namespace zeb {
 
@@ -13,16 +16,18 @@ void show_command_as(const std::string& text) { task.shown_command = text; }
 void note_waiting(bool on) { task.waiting = on; }
 
 void note_failed_task(const std::string& why) {
-  if (!task.failed) task.error = why;
+  std::string line = why;
+  std::ranges::replace(line, '\n', ' ');
+  // Seen by a master with "catchout" only; MPI would show it at once, among the master's own text.
+  if (parallel.mode == back_end::pvm) std::fprintf(stderr, "zeb: %s\n", line.c_str());
+  if (!task.failed) task.error = line;
   task.failed = true;
   stop_main_loop();
 }
 
-void note_failed_task() {
-  std::string last;
-  for (std::size_t i = display_buffer.lines(); i-- > 0 && last.empty();)
-    last = display_buffer.line(i);
-  note_failed_task(last);
+void forget_failure() {
+  task.failed = false;
+  task.error.clear();
 }
 
 }  // namespace zeb

@@ -40,7 +40,9 @@ struct task_state {
   bool wanted_back = false;
   std::string shown_command;  // what the parent shows for it; empty: the running command
 
+  bool receiving = true;   // data, or new instructions: nothing that could be broken off yet
   bool monitored = false;  // sends its status again and again
+  int parents_wait = 0;    // number of the waiting for which it does
   bool paused = false;
   bool waiting = false;    // monitors jobs of its own
   bool returning = false;  // the rest of the instructions is void
@@ -71,8 +73,8 @@ void set_task_tag(int tag);
 void show_command_as(const std::string& text);
 /// The task monitors jobs of its own, or doesn't any more.
 void note_waiting(bool on);
-/// A command of the instructions failed, of what was said last; or something else did.
-void note_failed_task();
+/// A command of the instructions failed, or something else did.
 void note_failed_task(const std::string& why);
+void forget_failure();
 
 }  // namespace zeb
