@@ -67,14 +67,23 @@ int center_of(const sector_request& wanted, const std::vector<tree_node>& tree) 
                       taxon_of(around[2]));
 }
 
+constexpr std::size_t fewest_terminals = 3;  // with the rest, those that can be arranged
+
+/// Without those in which nothing can be arranged.
+std::vector<tree_sector> exclusive_sectors_to_search(const std::vector<tree_node>& tree, int count,
+                                                     bool loose, random_generator& random) {
+  std::vector<tree_sector> all = exclusive_sectors(tree, matrix.ntax, count, !loose, random);
+  std::erase_if(all, [](const tree_sector& s) { return s.terminals.size() < fewest_terminals; });
+  return all;
+}
+
 tree_sector only_sector(const sector_request& wanted, const std::vector<tree_node>& tree) {
-  constexpr std::size_t fewest = 3;  // with the rest, terminals that can be arranged
   const int center = center_of(wanted, tree);
   tree_sector sector =
       wanted.how == sector_request::way::around
           ? sector_around(tree, matrix.ntax, center, wanted.distance)
           : sector_of_polytomies(tree, matrix.ntax, center, wanted.above, wanted.below);
-  if (sector.terminals.size() < fewest)
+  if (sector.terminals.size() < fewest_terminals)
     error_end("P-ZEB: that sector would have only", sector.terminals.size(), "terminals");
   return sector;
 }
@@ -96,7 +105,7 @@ std::vector<tree_sector> cut_sectors(const sector_request& wanted, int tasks,
   const bool may_be_polytomous = wanted.how == sector_request::way::polytomies;
   const std::vector<tree_node> tree = tree_to_cut(wanted.trees[0], may_be_polytomous);
   sectors = wanted.how == sector_request::way::exclusive
-                ? exclusive_sectors(tree, matrix.ntax, wanted.size, !wanted.loose, random)
+                ? exclusive_sectors_to_search(tree, wanted.size, wanted.loose, random)
                 : std::vector<tree_sector>{only_sector(wanted, tree)};
   trees.assign(sectors.size(), {wanted.trees[0], tree});
   return sectors;
@@ -204,7 +213,7 @@ task_orders orders_of_sector(const sector_place& place, int number) {
 int exclusive_parts(int count, bool loose, int tree) {
   random_generator random(static_cast<unsigned>(draw()));
   return static_cast<int>(
-      exclusive_sectors(tree_to_cut(tree), matrix.ntax, count, !loose, random).size());
+      exclusive_sectors_to_search(tree_to_cut(tree), count, loose, random).size());
 }
 
 void make_sector_job(const sector_request& wanted, job_request& request) {
