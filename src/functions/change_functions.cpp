@@ -92,7 +92,7 @@ double flip_distance() {
     const character_record& record = matrix.characters[static_cast<std::size_t>(c)];
     if (!record.active) continue;
     if (record.is_continuous || record.type == landmark_data || (record.observed & ~3U))
-      error_end("Expression \"flipd\" is for characters with states 0 and 1 (not", c, ")");
+      error_end_f("Expression \"flipd\" is for characters with states 0 and 1 (not %i)", c);
     sum += record.weight * flips(c, groups, costs);
   }
   return sum;

@@ -44,7 +44,7 @@ std::vector<int> read_numbers(unsigned flags, int end, std::string_view kind, co
 [[noreturn]] void wrong_arguments() { error_end("Use change trees / chars. / from to"); }
 
 std::uint32_t read_side() {
-  if (accept_char('?')) return cost_item::every;
+  if (accept_char('?') || accept_char('.')) return cost_item::every;
   const std::uint32_t states = read_states();
   if (states == 0) wrong_arguments();
   return states;

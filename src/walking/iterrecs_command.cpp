@@ -147,7 +147,7 @@ void check_demands(int character) {
   if (macros.integer_only)
     error_end("States can't be forced when variables hold whole numbers (macfloat -)");
   if (is_continuous(character))
-    error_end("States can be forced only for discrete characters (not", character, ")");
+    error_end_f("States can be forced only for discrete characters (not %i)", character);
 }
 
 std::vector<std::uint32_t> read_demands(const variable_reference& target, std::size_t nodes) {
