@@ -13,7 +13,8 @@ if(ZEB_MPI AND NOT ZEB_STATIC)
   find_package(MPI QUIET COMPONENTS CXX)
   if(MPI_CXX_FOUND)
     zeb_transport(zeb_mpi src/parallel/modules/mpi_transport.cpp src/parallel/modules/daemon_watch.cpp
-      src/parallel/modules/joining_watch.cpp src/parallel/modules/mpi_environment.cpp
+      src/parallel/modules/joining.cpp src/parallel/modules/joining_watch.cpp
+      src/parallel/modules/mpi_environment.cpp
       src/parallel/transport/processes.cpp)
     target_compile_definitions(zeb_mpi PRIVATE OMPI_SKIP_MPICXX MPICH_SKIP_MPICXX)
     target_include_directories(zeb_mpi SYSTEM PRIVATE ${MPI_CXX_INCLUDE_DIRS})
