@@ -95,12 +95,6 @@ bool run_next(int level_at_entry, const command_check& check) {
   return true;
 }
 
-void look_at_timeout() {
-  if (interrupted() || !time_is_out()) return;
-  emit(end_of_time_text());
-  stop_search(stop_reason::user);
-}
-
 void run_frame(const command_check& check) {
   const silence_scope silent;
   const int level = input.top;
@@ -129,14 +123,18 @@ void check_command_string(const std::string& text) {
 void run_command_string(const std::string& text, const command_check& check) {
   check_room();
   check_command_string(text);
-  {
-    const nested_run nested;
-    push_string(text, "search commands");
-    // A wish that came just before is one to stop this, too.
-    if (interrupts.reason == stop_reason::time) forget_interrupt();
-    run_frame(check);
-  }
-  look_at_timeout();
+  const nested_run nested;
+  push_string(text, "search commands");
+  // A wish that came just before is one to stop this, too.
+  if (interrupts.reason == stop_reason::time) forget_interrupt();
+  run_frame(check);
+}
+
+void run_search_string(const std::string& text, const command_check& check) {
+  run_command_string(text, check);
+  if (interrupted() || !time_is_out()) return;
+  emit(end_of_time_text());
+  stop_search(stop_reason::user);
 }
 
 }  // namespace zeb

@@ -61,6 +61,11 @@ bool find_tag(int wanted) {
   return false;
 }
 
+double read_returned_value() {
+  if (skip_blanks_peek() == ';') error_end("P-ZEB: \"return value\" needs a number");
+  return macro_value();
+}
+
 }  // namespace
 
 void begin_instructions(const std::string& text) {
@@ -107,7 +112,7 @@ void read_return() {
         break;
       case 2:
         wanted.value_given = on;
-        if (on) wanted.value = macro_value();
+        if (on) wanted.value = read_returned_value();
         break;
       case 3:
         wanted.groups = on;

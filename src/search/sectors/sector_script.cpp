@@ -86,7 +86,7 @@ script_result run_sector_script(search_context& outer, search_context& inner,
   const part_search_scope part(inner, track ? &tracked : nullptr);
   to_buffer(inner.data, present, stored_tree(0));
   set_tree_count(store, 1);
-  run_command_string(commands, [](const command_row& row) {
+  run_search_string(commands, [](const command_row& row) {
     if (!only_searches(row)) leave_part_to_process();  // it may leave something for the next one
     return true;
   });

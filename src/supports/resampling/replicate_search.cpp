@@ -89,7 +89,7 @@ const tree_slots& command_search::search(int seed) {
   set_seed(seed);
   reseed();
   const quiet_scope quiet;
-  run_command_string(text_, any_command_ ? check_allowed : check_searching);
+  run_search_string(text_, any_command_ ? check_allowed : check_searching);
   return store;
 }
 
