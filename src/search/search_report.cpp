@@ -164,7 +164,9 @@ void begin_reports(search_context& context) {
   clock.report_on = (settings.report ? 1 : 0) + settings.status_seconds +
                     settings.status_replications + settings.status_trees;
   clock.header_pending = true;
-  clock.last_poll = clock.last_line = clock.last_recorded = wall_clock();
+  clock.last_line = clock.last_recorded = wall_clock();
+  // Where no search is to go on, this one ends at the first look.
+  clock.last_poll = time_is_out() ? 0 : clock.last_line;
 }
 
 void report_status(search_context& context, double score, bool force) {
