@@ -166,6 +166,12 @@ def tasks_are_steered():
            r"of a file\n.*of a file\n.*Got results from a(?!.*not read).*written")
     expect(f"pzeb begin a 1 = return; pzeb get; pzeb pvm; pzeb mpi; pzeb local; pzeb {options.mode}; pzeb begin a 1 = pzeb be b 1 ="
            "quote below; return text; pzeb gwait; return text; pzeb gwait;", r"below.*from a \(1 slave")
+    expect("pzeb begin a 1 = tagset 3; return; pzeb wait; pzeb again a = quote skipped; tagset 2; quote run at once; return text;"
+           "pzeb skipto 2; pzeb get;", r"set of instructions(?!.*skipped).*run at once")
+    expect("pzeb begin a 1 = return value; pzeb gwait;", r'"return value" needs a number')
+    expect(f"pzeb begin a 1 = macro=; pzeb {options.mode}; loop 1 3 system sleep 1; stop randtrees 1; ratchet=iterations 100000;"
+           "quote searched; pzeb begin b 1 = return value 5; pzeb gwait; return text; pzeb stop [searches]; pzeb gwait;",
+           r"not to do more searches.*searched.*Task 0 returned 5")
     expect("pzeb begin a 2 = mult=replications 100000; return; pzeb wait [2];", r"time is out(?!.*timed out)")
     expect("pzeb begin 2x 1 = return;", r"cannot name parallel jobs starting with a digit")
     expect("pzeb begin x 2000 = return;", r"cannot spawn more than 1000 together")

@@ -290,6 +290,7 @@ std::vector<int> wait_for_jobs() {
 bool last_wait_succeeded() { return last_wait.succeeded; }
 
 void stop_monitoring_after_error() {
+  note_waiting(false);
   if (!last_wait.monitored.empty()) end_monitoring();
 }
 

@@ -98,8 +98,9 @@ bool stop_everything() {
 }
 
 bool stop_at(int tag, bool back) {
-  if (!back && (task.at_return || task.tag >= tag)) return false;
-  if (task.at_return) {  // who is sent back begins anew, also after an error
+  const bool over = task.at_return && !task.again && !task.receiving;
+  if (!back && (over || task.tag >= tag)) return false;
+  if (over) {  // who is sent back begins anew, also after an error
     forget_failure();
     task.returning = false;
   }
@@ -110,7 +111,10 @@ bool stop_at(int tag, bool back) {
 
 bool obey_bits(int code, packet_reader& from) {
   bool stop = false;
-  if ((code & signal_again) != 0) task.again = true;
+  if ((code & signal_again) != 0) {
+    task.again = true;
+    if (task.at_return) forget_former_instructions();
+  }
   if ((code & signal_tag) != 0) stop_at(from.whole(), (code & 1) != 0);
   if ((code & signal_stop_wait) != 0) task.no_waits = true;
   if ((code & signal_stop_loops) != 0) task.no_loops = true;

@@ -16,7 +16,6 @@
 #include "base/message_text.h"
 #include "base/process.h"
 #include "base/random.h"
-#include "base/time_limit.h"
 #include "console/output.h"
 #include "console/settings.h"
 #include "console/text_buffer.h"
@@ -200,10 +199,6 @@ void take_new_instructions() {
   emit("\nStarting to parse new set of instructions...\n");
   task.again = false;
   task.receiving = true;
-  forget_failure();
-  task.dismissed = task.result_sent = task.no_loops = task.no_waits = false;
-  task.returning = false;
-  renew_time_limit();
   const arrived_message orders = wait_for(tag_data, task.timeout);
   packet_reader from(orders.body);
   const bool drop_trees = from.whole() != 0;
@@ -233,6 +228,7 @@ void take_new_instructions() {
     } else {
       task.at_return = true;
     }
+    if (task.again) forget_former_instructions();
     wait_at_return();
     if (task.again) take_new_instructions();
   }

@@ -3,12 +3,22 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "base/time_limit.h"
 #include "language/interpreter.h"
 #include "parallel/settings.h"
 
 namespace zeb {
 
 task_state task;
+
+void forget_former_instructions() {
+  forget_failure();
+  task.dismissed = task.result_sent = task.no_loops = task.no_waits = false;
+  task.returning = task.wanted_back = false;
+  task.tag = 0;
+  task.wanted_tag = -1;
+  renew_time_limit();
+}
 
 void set_task_tag(int tag) { task.tag = tag; }
 void show_command_as(const std::string& text) { task.shown_command = text; }

@@ -68,6 +68,9 @@ struct task_state {
 };
 extern task_state task;
 
+/// Further instructions come: what was wished of the former ones, and what became of them, is of no
+/// concern for these. Signals that follow are for them.
+void forget_former_instructions();
 void set_task_tag(int tag);
 /// What the parent shows as the task's command; empty: what runs.
 void show_command_as(const std::string& text);
