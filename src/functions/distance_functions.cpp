@@ -10,10 +10,12 @@
 #include "distances/moves/spr_distance.h"
 #include "distances/paced_progress.h"
 #include "distances/shared_splits.h"
+#include "distances/tcomp_request.h"
 #include "distances/tree_pair.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
 #include "functions/tree_arguments.h"
+#include "language/lexer.h"
 #include "matrix/matrix.h"
 #include "supports/bremer_trees.h"
 #include "trees/tree_store.h"
@@ -29,14 +31,24 @@ tree_pair bracketed_pair() {
   return pair_of(first, second, taxon_set(matrix.ntax));
 }
 
-double unrooted_robinson_foulds() {
-  const tree_pair pair = bracketed_pair();
+/// Groups in only one of the trees, as a share of the groups of both (Robinson and Foulds 1981).
+double robinson_foulds(const tree_pair& pair, bool unrooted) {
   const int n = pair.taxa.count();
-  const auto a = split_keys(pair.cut(pair.first).ancestors, n, true);
-  const auto b = split_keys(pair.cut(pair.second).ancestors, n, true);
+  const auto a = split_keys(pair.cut(pair.first).ancestors, n, unrooted);
+  const auto b = split_keys(pair.cut(pair.second).ancestors, n, unrooted);
   const auto all = static_cast<double>(a.size() + b.size());
   return all > 0 ? (all - 2 * keys_in_both(a, b)) / all : 0;
 }
+
+/// Of two trees in brackets, or of what `tcomp` takes.
+double requested_robinson_foulds() {
+  if (skip_blanks_peek() == '[') return robinson_foulds(bracketed_pair(), false);
+  const compared_trees_request trees = read_tcomp_request().trees;
+  if (trees.count() != 2) error_end("Expression \"rfdist\" compares two trees");
+  return robinson_foulds(pair_of(trees), trees.unrooted);
+}
+
+double unrooted_robinson_foulds() { return robinson_foulds(bracketed_pair(), true); }
 
 double distortion() {
   const tree_pair pair = bracketed_pair();
@@ -91,6 +103,7 @@ constexpr expression_function rows[] = {
     {"matchtax", "[T1 T2]", "list of matching taxa: for each taxon that of tree T2 which stands for it, as told by matchtax; -1 for none", matching_taxa},
     {"sprdiff", "[T1 T2]", "number of SPR moves between the trees, the fewest found (see sprdiff)", spr_moves},
     {"sprsim", "[T1 T2]", "similarity by SPR moves: 1 less their number as a share of the most there can be, the number of taxa less 2", similarity_by_moves},
+    {"rfdist", "[T1 T2]", "normalised Robinson-Foulds distance of the trees; without brackets, trees and options as for tcomp, up to \";\"", requested_robinson_foulds},
     {"rfdistp", "[T1 T2]", "normalised Robinson-Foulds distance of the trees without their roots", unrooted_robinson_foulds, function_list::unlisted},
 };
 // clang-format on

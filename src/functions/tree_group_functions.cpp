@@ -102,32 +102,18 @@ std::unordered_set<taxon_set> groups_among(const std::vector<taxon_set>& sets,
   return groups;
 }
 
-// Groups in only one of the trees (Robinson and Foulds 1981, rooted), and how many groups both have
-// in all.
-struct group_difference {
-  double unshared = 0;
-  double all = 0;
-};
-
-group_difference compare_trees() {
+// Groups in only one of the trees.
+double group_distance() {
   const auto [first, second] = two_trees();
   const std::vector<taxon_set> sets_a = sets_of(first);
   const std::vector<taxon_set> sets_b = sets_of(second);
   const taxon_set shared = root_set(sets_a) & root_set(sets_b);
   const auto a = groups_among(sets_a, shared);
   const auto b = groups_among(sets_b, shared);
-  group_difference result;
-  result.all = static_cast<double>(a.size() + b.size());
-  for (const auto& group : a) result.unshared += !b.contains(group);
-  for (const auto& group : b) result.unshared += !a.contains(group);
-  return result;
-}
-
-double group_distance() { return compare_trees().unshared; }
-
-double robinson_foulds() {
-  const group_difference d = compare_trees();
-  return d.all > 0 ? d.unshared / d.all : 0;
+  double unshared = 0;
+  for (const auto& group : a) unshared += !b.contains(group);
+  for (const auto& group : b) unshared += !a.contains(group);
+  return unshared;
 }
 
 double monophyletic() {
@@ -184,7 +170,6 @@ constexpr expression_function rows[] = {
     {"eqgroup", "[T1 N1 T2]", "node of T2 with the group of node N1 of T1; 0 none but compatible, -1 none and contradictory", equal_group},
     {"grptogrp", "[T1 T2]", "for each node of T1 the node of T2 with the same group", group_to_group},
     {"grpdist", "[T1 T2]", "distance of trees by groups not shared", group_distance},
-    {"rfdist", "[T1 T2]", "normalised Robinson-Foulds distance of the trees", robinson_foulds},
     {"ismono", "[T taxa]", "1 if the taxa, separated by blanks, form a group of tree T", monophyletic},
     {"simgroup", "[T1 N T2]", "node of T2 whose group is most similar to that of node N of T1: the largest share of taxa in both groups, of those in either; 0 if none shares a taxon", most_similar_node},
     {"gfreq", "[T N]", "per cent of the trees in memory that have the group of node N of tree T", group_frequency},
