@@ -49,9 +49,8 @@ void go_to_batch() { process.batch = true; }
 void note_failure() { process.failed = true; }
 void end_by_signal(int signal) { process.ended_by = signal; }
 
-// A clock that nobody sets: all that is asked is how much time has passed.
 double wall_clock() {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 void add_quit_hook(quit_hook hook) { at_quit.hooks.push_back(hook); }
