@@ -33,7 +33,7 @@ run_of_string run_string(const std::string& text) {
   zeb_test::captured_log log;
   output.output_mask = no_console;
   run_in_jump_context([] {
-    run_command_string(string_to_run);
+    run_search_string(string_to_run, nullptr);
     string_ended = true;
   });
   EXPECT_EQ(output.output_mask, no_console) << text;
