@@ -194,6 +194,54 @@ def one_tree_is_swapped_together():
     expect("randtrees 1; pzeb begin a 2 /swap 0 /sector *2 0 = return;", r"can't use \"swap\" and \"sector\" together")
 
 
+def data_are_refused():
+    """By tasks whose file of data isn't the right one, or whose memory is too small: they tell so, and do nothing else."""
+    files = {"junk": ("nothing\n", "wrong file"), "characters": ("41 18 2\n", "char. number"), "taxa": ("40 17 2\n", "tax. number"),
+             "cells": ("40 18 4\n", "cell size"), "cut": ("40 18 2\nxread 40 18 a 0", "not enough RAM allocated"),
+             "absent": (None, "opening file"), "nowhere": (None, "changing dir")}
+    goes_on = "quote it goes on; return text; pzeb wait; set 0 numerrors[a]; quote errors '0';"
+    with tempfile.TemporaryDirectory() as where:
+        text = f"macro=; pzeb setdata myself {where}; pzeb setdata = {where}; pzeb begin a 2 /dskdata = {goes_on} pzeb get;"
+        for name, (content, _) in files.items():
+            folder = pathlib.Path(where) / name
+            if name != "nowhere":
+                folder.mkdir()
+            if content:
+                (folder / ".zeb_tmpfile").write_text(content)
+            text += f"quote CASE {name}; pzeb setdata = {folder}; pzeb begin a 1 /dskdata = {goes_on} pzeb get;"
+        output = run(text)
+        right, *wrong = output.split("CASE ")
+        check(re.search(r"disk data in hosts set.*errors 0.*it goes on.*it goes on.*from a \(2 ", right, re.S), "data come from the disk", output)
+        for part, (_, reason) in zip(wrong, files.values()):
+            check(reason in part and re.search(r"errors 1\s.*TEXT-BUFFER.*ended at an error: 0\s", part, re.S) and "it goes on" not in part,
+                  f"wrong data on disk: {reason}", part)
+        check(len(wrong) == len(files), "all files of data are tried", output)
+    again = f"pzeb again a = {goes_on}"
+    for settings, option in (("", "/ram 0.01"), ("pzeb setram 1; hold 30000;", "")):
+        output = run(f"macro=; {settings} randtrees 2; pzeb begin a 2 {option} = {goes_on} {again} pzeb get;"
+                     f"pzeb setram -; pzeb begin a 1 /ram 0.01 = {goes_on} pzeb kill a; pzeb status;")
+        check(re.search(r"errors 2\s.*errors 2\s.*not enough RAM allocated.*from a \(2 .*ended at an error: 0 1\s.*errors 1\s.*Killed 1.*No jobs", output, re.S)
+              and "it goes on" not in output, f"little memory: {settings}{option}", output)
+
+
+def functions_tell_of_tasks():
+    """Of one that is done, one that was killed, one that is stopped, and one with an error."""
+    values = {"schalg[a 0]": 9, "schalg[a 1]": 0, "schalg[a 2]": -1, "schalg[a 3]": 9, "schalg[a]": 9, "percdone[a 0]": 100,
+              "percdone[a 1]": 100, "percdone[a 2]": 0, "percdone[a]": 75, "tasksleft[a]": 1, "numerrors[a]": 1, "numtasks[a]": 4,
+              "bestscore[a 0]": 121, "bestscore[a 2]": -1, "bestscore[a]": 121, "numreps[a 0]": 2, "numreps[a 1]": 0, "numreps[a]": 2,
+              "numtrees[a 2]": 0, "numtrees[a 3]": 1, "tagsum[a]": 8, "attag[2 a 1]": 1, "attag[2 a 2]": 0, "attag[9 a]": 3,
+              "ntasksbelow[a 121]": 1, "ntasksbelow[a 120]": 0, "tasksatsch[a done]": 2, "tasksin[0]": 3, "acttasks": 3, "numjobs": 1,
+              "tasktoh[a 2]": 0, "deltascore[a]": 0, "waitsuccess": 0}
+    asked = "".join(f"set 0 {what}; quote {what} is '0';" for what in values)
+    output = run("macro=; randtrees 1; pzeb timeout 2; pzeb begin a 4 = macro=; tagset 4; set 1 mypid; if (slavenum==1) system kill -KILL \"1\"; end"
+                 " if (slavenum==2) system kill -STOP \"1\"; end if (slavenum==3) frobnicate; end keep 0; mult=replications 2; return value 7;"
+                 f"pzeb wait [4]; {asked} pzeb get; set 0 pexstatus[a 0]; quote value '0';")
+    told = {what: float(value) for what, value in re.findall(r"^(.*) is (-?\d\S*) *$", output, re.M)}
+    wrong = {what: told.get(what) for what, value in values.items() if told.get(what) != value}
+    check(not wrong, f"functions tell of tasks: {wrong}", output)
+    check(re.search(r"from a \(2 .*died: 1\s.*error: 3\s.*results from 1 tasks \(timed-out\).*value 7", output, re.S), "get tells of tasks", output)
+
+
 def tasks_are_as_safe_as_their_master():
     with tempfile.TemporaryDirectory() as where:
         (pathlib.Path(where) / "x.run").write_text(
@@ -218,6 +266,8 @@ def main():
         all_settings_travel()
         tasks_are_steered()
         one_tree_is_swapped_together()
+        data_are_refused()
+        functions_tell_of_tasks()
         if options.mode == "local":
             tasks_are_as_safe_as_their_master()
     finally:

@@ -100,16 +100,19 @@ void prepare(const task_orders& orders) {
 }
 
 void take_data(const task_orders& orders) {
+  std::string data = orders.data;
   {
     const silence_scope silent;
-    const std::string data = orders.from_disk ? data_of_disk(orders) : orders.data;
-    run_text(data + orders.settings);
+    run_text("macro=;");  // "return" needs it, whatever becomes of the data
+    if (orders.from_disk) data = data_of_disk(orders);
+    if (!task.failed) run_text(data + orders.settings);
   }
   if (task.failed || matrix.ntax != orders.taxa || matrix.nchar != orders.characters) {
+    task.without_data = true;
+    if (data.empty() && orders.from_disk) return emit(task.error, "\n");
     constexpr const char* why = "Error receiving data from master: not enough RAM allocated";
     emit("\n", why, "\n");
-    note_failed_task(why);
-    return;
+    return note_failed_task(why);
   }
   emit(text_of("Received data (%i chars x %i taxa) from parent\n", matrix.nchar, matrix.ntax));
 }
@@ -118,6 +121,7 @@ void take_packet(const task_packet& packet) {
   task.number = packet.number;
   task.level = packet.level;
   task.parents = packet.parents;
+  if (task.failed) return;
   run_text(
       text_of("rseed %i;macseed %i;", std::max(packet.seed, 1), std::max(packet.macro_seed, 1)));
   const int before = store.ntrees;
@@ -136,8 +140,7 @@ void await_packet() {
       "Could not receive trees from parent (possible communication error)";
   try {
     const arrived_message message = wait_for(tag_packet, task.timeout);
-    const task_packet packet = task_packet::unpacked(packet_reader(message.body));
-    if (!task.failed) take_packet(packet);
+    take_packet(task_packet::unpacked(packet_reader(message.body)));
   } catch (const damaged_message&) {
     emit(missing, "\n");
     note_failed_task(missing);
@@ -168,6 +171,14 @@ void follow_instructions() {
   }
   if (process.ended_by != 0) end_process(status_of_orphan);
   if (!task.at_return) run_last_return();
+  task.at_return = true;
+}
+
+/// Of a task that couldn't take what belongs to them.
+void refuse_instructions() {
+  task.receiving = task.wanted_back = false;
+  task.wanted_tag = -1;
+  run_last_return();
   task.at_return = true;
 }
 
@@ -210,7 +221,7 @@ void take_new_instructions() {
     emit("Receiving new set of instructions from master...\n");
     task.instructions = text;
   }
-  if (drop_trees) set_tree_count(store, 0);
+  if (drop_trees && matrix.present) set_tree_count(store, 0);
   await_packet();
 }
 
@@ -226,7 +237,7 @@ void take_new_instructions() {
     if (!task.failed) {
       follow_instructions();
     } else {
-      task.at_return = true;
+      refuse_instructions();
     }
     if (task.again) forget_former_instructions();
     wait_at_return();

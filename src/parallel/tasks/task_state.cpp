@@ -36,6 +36,7 @@ void note_failed_task(const std::string& why) {
 }
 
 void forget_failure() {
+  if (task.without_data) return;
   task.failed = false;
   task.error.clear();
 }

@@ -44,12 +44,13 @@ struct task_state {
   bool monitored = false;  // sends its status again and again
   int parents_wait = 0;    // number of the waiting for which it does
   bool paused = false;
-  bool waiting = false;    // monitors jobs of its own
-  bool returning = false;  // the rest of the instructions is void
-  bool at_return = false;  // the instructions are over
-  bool failed = false;     // one of them couldn't be carried out
-  std::string error;       // and what was said then
-  bool dismissed = false;  // the parent waits for the result
+  bool waiting = false;       // monitors jobs of its own
+  bool returning = false;     // the rest of the instructions is void
+  bool at_return = false;     // the instructions are over
+  bool failed = false;        // one of them couldn't be carried out
+  std::string error;          // and what was said then
+  bool without_data = false;  // they couldn't be read whole, and no instructions make sense
+  bool dismissed = false;     // the parent waits for the result
   bool result_sent = false;
   bool again = false;     // new instructions are on their way
   bool no_waits = false;  // monitors end at once
