@@ -3,11 +3,12 @@
 ends by itself, or tells an error, and never crashes or hangs. Usage: damaged_messages_test.py --zeb PROGRAM [--runs N]"""
 
 import argparse
+import collections
 import ctypes
 import os
 import pathlib
 import random
-import re
+import select
 import signal
 import socket
 import struct
@@ -16,17 +17,21 @@ import sys
 import tempfile
 import time
 
-from job_processes import environment
+from job_processes import environment, wait_until
 
 MATRIX = pathlib.Path(__file__).resolve().parents[2] / "examples" / "beetles.xread"
 HEAD = "<iiQ"  # tag, nothing, length
+END = struct.pack("<i", 0x5a4542)
 LONGEST = 30  # seconds that no process may need
 JOBS = ("randtrees 3; pzeb begin a 1 /tgroups = {work} return;", "randtrees 1; pzeb begin a 2 /swap 0 = return;",
         "mult 1; tchoose 0; pzeb begin a 3 /sector *3 0 = {work} return;", "pzeb begin a 1 = {work} return text;")
 WORK = "var: x; set x 3; mult=replications 3; loop 1 3 mult 1; stop"
 
+KINDS_TO_MASTER = ("cut", "longer", "flipped", "out of turn")
+
 options = None
 faults = []
+tried = collections.Counter()  # by receiver, tag and what was done to the message
 
 
 def socket_of(task):
@@ -44,16 +49,24 @@ def start_master(text, where):
                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
 
 
-def stopped_task(master):
-    """Its first task, stopped as early as possible, with a copy of the socket."""
+def stopped_tasks(master, count):
+    """Its tasks in order of start, stopped as early as possible."""
     children = pathlib.Path(f"/proc/{master.pid}/task/{master.pid}/children")
     until = time.time() + 10
-    while time.time() < until and master.poll() is None:
-        for task in children.read_text().split()[:1]:
-            if b"slaveproc" in pathlib.Path(f"/proc/{task}/cmdline").read_bytes():
+    stopped = []
+    while len(stopped) < count and time.time() < until and master.poll() is None:
+        for task in children.read_text().split():
+            if int(task) not in stopped and b"slaveproc" in pathlib.Path(f"/proc/{task}/cmdline").read_bytes():
                 os.kill(int(task), signal.SIGSTOP)
-                return socket_of(int(task))
-    return None
+                stopped.append(int(task))
+    return stopped
+
+
+def end_of(task):
+    try:
+        os.kill(task, signal.SIGKILL)
+    except ProcessLookupError:
+        pass
 
 
 def messages_to_task(text):
@@ -61,7 +74,7 @@ def messages_to_task(text):
     for _ in range(20):  # a task may be quicker
         with tempfile.TemporaryDirectory() as folder:
             master = start_master(text + " pzeb wait;", pathlib.Path(folder))
-            end = stopped_task(master)
+            end = next((socket_of(task) for task in stopped_tasks(master, 1)), None)
             time.sleep(0.5)
             bytes_sent = b""
             if end:
@@ -83,28 +96,40 @@ def split(sent):
     found = []
     while len(sent) >= 16:
         tag, _, length = struct.unpack(HEAD, sent[:16])
+        if len(sent) < 16 + length:
+            break
         found.append((tag, sent[16:16 + length]))
         sent = sent[16 + length:]
     return found
 
 
-def changed(draw, body):
+KINDS = ("cut", "longer", "flipped", "shorter", "number")
+
+
+def damaged(draw, kind, body):
     body = bytearray(body)
-    for _ in range(draw.choice((0, 1, 1, 2, 5))):
-        kind, at = draw.randrange(6), draw.randrange(len(body) + 1)
-        if kind == 0:
-            del body[at:]
-        elif kind == 1:
-            body += draw.randbytes(draw.randrange(40))
-        elif kind == 2:
-            body[at:at + 1] = draw.randbytes(1)
-        elif kind == 3:
-            del body[at:at + draw.randrange(8)]
-        else:
-            value = draw.choice((-1, 0, 1, 2, 7, 1000, 2**31 - 1, -2**31, draw.randrange(-100, 100)))
-            at -= at % draw.choice((1, 4, 4))
-            body[at:at + 4] = struct.pack("<i", value)
+    at = draw.randrange(len(body) + 1)
+    if kind == "cut":
+        del body[at:]
+    elif kind == "longer":
+        body += draw.randbytes(draw.randrange(1, 40))
+    elif kind == "flipped":
+        body[at:at + 1] = bytes(b ^ 1 << draw.randrange(8) for b in body[at:at + 1])
+    elif kind == "shorter":
+        del body[at:at + draw.randrange(1, 8)]
+    elif kind == "number":
+        value = draw.choice((-1, 0, 1, 2, 7, 1000, 2**31 - 1, -2**31, draw.randrange(-100, 100)))
+        at -= at % draw.choice((1, 4, 4))
+        body[at:at + 4] = struct.pack("<i", value)
     return bytes(body)
+
+
+def changed(draw, body, tag):
+    for _ in range(draw.choice((0, 1, 1, 2, 5))):
+        kind = draw.choice(KINDS)
+        tried["task", tag, kind] += 1
+        body = damaged(draw, kind, body)
+    return body
 
 
 def random_signal(draw):
@@ -112,7 +137,7 @@ def random_signal(draw):
     text = draw.choice((b"x 5", b"x", b"", b"x[", b";;", b"99999999", b"0"))
     payload = {4: struct.pack("<i", draw.randrange(-2, 13)), 10: struct.pack("<i", len(text)) + text,
                11: struct.pack("<i", len(text)) + text + struct.pack("<iii", 1, draw.randrange(-2, 5), -1)}
-    return 5, struct.pack("<i", code) + changed(draw, payload.get(code, b"\0\0\0\0"))
+    return 5, struct.pack("<i", code) + changed(draw, payload.get(code, b"\0\0\0\0"), 5)
 
 
 def send(end, tag, body):
@@ -142,10 +167,12 @@ def a_task_gets_damaged_messages(draw, begin):
                                 stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
         theirs.close()
         spared = draw.choice((None, 1, 7, 5))  # the tag of messages that stay right
-        sent = [(tag, body if tag == spared else changed(draw, body)) for tag, body in begin]
+        sent = [(tag, body if tag == spared else changed(draw, body, tag)) for tag, body in begin]
         sent += [random_signal(draw) for _ in range(draw.randrange(6))]
         if draw.random() < 0.2:
-            sent.append((draw.randrange(-3, 40), draw.randbytes(draw.randrange(100))))
+            tag = draw.choice((1, 7, draw.randrange(-3, 40)))
+            tried["task", tag, "out of turn"] += 1
+            sent.insert(draw.randrange(len(sent) + 1), (tag, draw.randbytes(draw.randrange(100))))
         for tag, body in sent:
             send(ours, tag, body)
         if draw.random() < 0.1:
@@ -161,40 +188,103 @@ def a_task_gets_damaged_messages(draw, begin):
         return (f"a task is ended by signal {-task.returncode}: {said[-300:]}" if task.returncode < 0 else None), sent
 
 
-def a_master_gets_damaged_messages(draw):
-    result = struct.pack("<iiiiiiiiiii", 18, 1, 1, 0, 0, 0, 0, 0, 0, 1, 0) + struct.pack("<i", 0x5a4542)
-    status = struct.pack("<iQQiii", 1, 0, 1, 1, 1, 0) + struct.pack("<i", 4) + b"mult" + struct.pack("<d", 5)
-    trees = struct.pack("<iiii", 1, 1, 0, 35) + struct.pack("<35i", *range(35))
+def right_messages(load):
+    """By tag: what a task sends to its parent."""
     text = struct.pack("<ii", 1, 3) + b"abc"
-    bodies = {3: struct.pack("<i", 2) + b"vm" + struct.pack("<i", 0), 6: result, 10: status, 12: trees, 13: struct.pack("<id", 1, 5.0),
-              15: struct.pack("<ii", 0, 0), 16: text, 17: status, **{20 + q: struct.pack("<d", 1) for q in range(10)}}
-    text = ("pzeb begin a 1 = loop 1 1000 mult=replications 10000; stop return; var: x; pzeb wait [1]; set x bestscore[a] + numreps[a];"
-            "pzeb spy; pzeb getbufs; pzeb status; pzeb get;")
-    with tempfile.TemporaryDirectory() as folder:
-        master = start_master(text, pathlib.Path(folder))
-        end = stopped_task(master)
-        sent = []
-        until = time.time() + 12
-        while end and master.poll() is None and time.time() < until:
-            tag = draw.choice(list(bodies))
-            sent.append((tag, changed(draw, bodies[tag])))
-            send(end, *sent[-1])
-            drain(end, 0.02)
+    status = struct.pack("<iQQiii", 1, 0, 1, 1, 1, 0) + struct.pack("<i", 4) + b"mult" + struct.pack("<d", 5)
+    result = struct.pack("<iiiii", 18, 1, 1, 0, 0) + struct.pack("<iii", 0, 0, 0) + load + text + END
+    whole = struct.pack("<i", 1)
+    queries = {20 + query: whole for query in (0, 4, 5, 6, 7, 8)}
+    return {3: struct.pack("<i", 2) + b"vm" + struct.pack("<i", 0), 6: result, 10: status, 12: whole + load, 13: struct.pack("<id", 1, 5.0),
+            15: struct.pack("<ii", 0, 0), 16: text, 21: struct.pack("<QQ", 1, 1), 22: struct.pack("<d", 5), **queries}
+
+
+class StandIn:
+    """Speaks to a master in the place of a task that is stopped. Messages of one tag are damaged."""
+
+    def __init__(self, draw, end, right, tag, kind):
+        self.draw, self.end, self.right, self.tag, self.kind = draw, end, right, tag, kind
+        self.come = b""
+        self.wait = b"\0\0\0\0"  # the number of the master's "wait"
+        self.say(3)
+        self.say(15)
+
+    def say(self, tag):
+        if self.kind == "out of turn":
+            send(self.end, self.tag, self.right[self.tag])
+            tried["master", self.tag, self.kind] += 1
+        body = self.right[tag] + (self.wait if tag == 10 else b"")
+        if tag == self.tag and self.kind in KINDS:
+            body = damaged(self.draw, self.kind, body)
+            tried["master", tag, self.kind] += 1
+        send(self.end, tag, body)
+
+    def listen(self):
+        """False: the master has gone."""
         try:
-            output = master.communicate(timeout=LONGEST)[0].decode(errors="replace")
-        except subprocess.TimeoutExpired:
-            master.kill()
-            output = master.communicate()[0].decode(errors="replace")
-            return f"a master hangs: {output[-500:]}", sent[-5:]
-        ended_well = master.returncode == 0 and "Got results from a (" in output
-        told_error = master.returncode == 255 and re.search("P-ZEB: |[Ee]rror|No job", output)
-        return (None if ended_well or told_error else f"a master ends with {master.returncode}: {output[-500:]}"), sent[-5:]
+            bytes_come = self.end.recv(1 << 20)
+        except OSError:
+            bytes_come = b""
+        self.come += bytes_come
+        for tag, body in split(self.come):
+            self.come = self.come[16 + len(body):]
+            if tag == 5:
+                self.obey(*struct.unpack("<i", body[:4]), body[4:])
+        return bytes_come != b""
+
+    def obey(self, code, more):
+        if code == 4:
+            query = struct.unpack("<i", more[:4])[0]
+            self.say(16 if query == 10 else 20 + query)
+        elif code in (6, 7, 9, 11):
+            self.wait = more[:4] if code == 7 else self.wait
+            self.say({6: 6, 7: 10, 9: 12, 11: 13}[code])
+
+
+def a_master_gets_damaged_messages(draw, load, damages):
+    """From tasks of one job, each with a damage of its own, but for one that is right."""
+    count = len(damages) + 1
+    ask = "".join(f"set 0 bestscore[a {i}]+numreps[a {i}]; slaveget [a {i}] x q; " for i in range(count))
+    text = (f"report-; proc {MATRIX};\nmacro=; hold 1000; pzeb local; pzeb commtime 1; pzeb timeout 2; var: x;\npzeb begin a {count} = {WORK} return;\n"
+            f"system touch begun;\nsystem sleep 1;\n{ask}\npzeb wait [2];\npzeb spy;\npzeb getbufs;\n"
+            f"set 0 bestscore[a {count - 1}]; quote best '0';\npzeb get;\nquit;\nquit;\n").replace("; ", ";\n")
+    with tempfile.TemporaryDirectory() as folder:
+        where = pathlib.Path(folder)
+        (where / "input").write_text(text)
+        with (where / "input").open() as given, (where / "output").open("w") as told:
+            master = subprocess.Popen([options.zeb], cwd=folder, env=environment(ZEB_SILENCE_SECONDS="4"), stdin=given, stdout=told, stderr=told)
+        wait_until((where / "begun").exists, 20)  # else a task might be stopped in the middle of a message
+        tasks = stopped_tasks(master, count)
+        right = right_messages(load)
+        speakers = {StandIn(draw, socket_of(task), right, *damage) for task, damage in zip(tasks, [*damages, (0, "none")])}
+        until = time.time() + LONGEST
+        while master.poll() is None and time.time() < until:
+            ready = select.select([s.end for s in speakers], [], [], 0.2)[0] if speakers else time.sleep(0.1) or ()
+            speakers = {s for s in speakers if s.end not in ready or s.listen()}
+        hangs = master.poll() is None
+        master.kill()
+        status = master.wait()
+        output = (where / "output").read_text(errors="replace")
+        for task in tasks:
+            end_of(task)
+    well = not hangs and status == 0 and "Got results from a (" in output and "best 5" in output
+    return None if well else f"a master {'hangs' if hangs else f'ends with {status}'}: {output[-1500:]}", damages
 
 
 def note(kind, seed, fault, sent):
     if fault:
         faults.append(f"{kind} {seed}: {fault}")
         print(faults[-1], [(tag, body[:60]) for tag, body in sent], flush=True)
+
+
+def tell_what_was_tried(of_master):
+    """Whatever wasn't is a fault."""
+    of_tasks = [("task", tag, kind) for tag in (1, 5, 7) for kind in ("cut", "longer", "flipped")]
+    never = [what for what in of_tasks + [("master", *what) for what in of_master] if not tried[what]]
+    note("never tried", "", str(never) if never else None, [])
+    for receiver in ("task", "master"):
+        tags = sorted({tag for who, tag, _ in tried if who == receiver})
+        print(f"damages by tag, to a {receiver}:", {t: sum(n for (who, tag, _), n in tried.items() if (who, tag) == (receiver, t)) for t in tags})
 
 
 def main():
@@ -208,8 +298,13 @@ def main():
     for seed in range(options.seed, options.seed + options.runs):
         draw = random.Random(seed)
         note("task", seed, *a_task_gets_damaged_messages(draw, draw.choice(begins)))
-        if seed % 15 == 0:
-            note("master", seed, *a_master_gets_damaged_messages(draw))
+    draw = random.Random(options.seed)
+    load = begins[1][1][1][28:-4]  # of a packet with one tree: without what stands before it, and the end
+    wanted = [(tag, kind) for tag in right_messages(load) for kind in KINDS_TO_MASTER]
+    draw.shuffle(wanted)
+    for i in range(0, len(wanted), 8):
+        note("master", i, *a_master_gets_damaged_messages(draw, load, wanted[i:i + 8]))
+    tell_what_was_tried(wanted)
     print(f"{options.runs} processes with damaged messages: {len(faults)} faults")
     return 1 if faults else 0
 

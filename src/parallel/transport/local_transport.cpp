@@ -132,15 +132,22 @@ void local_transport::kill(task_id task) {
 }
 
 void local_transport::forget(std::span<const task_id> tasks) {
+  std::vector<pid_t> processes;
   for (const task_id task : tasks) {
     const auto found = links_.find(task);
     if (found == links_.end()) continue;
-    const pid_t process = found->second->process();
+    processes.push_back(found->second->process());
     links_.erase(found);  // a task that waits for nobody ends
-    constexpr int rounds = 200;
-    constexpr int milliseconds = 10;
-    for (int i = 0; i < rounds && waitpid(process, nullptr, WNOHANG) == 0; ++i)
-      poll(nullptr, 0, milliseconds);
+  }
+  const auto has_ended = [](pid_t process) { return waitpid(process, nullptr, WNOHANG) != 0; };
+  constexpr int rounds = 200;
+  constexpr int milliseconds = 10;
+  for (int i = 0; i < rounds; ++i) {
+    std::erase_if(processes, has_ended);
+    if (processes.empty()) return;
+    poll(nullptr, 0, milliseconds);
+  }
+  for (const pid_t process : processes) {
     ::kill(process, SIGKILL);
     waitpid(process, nullptr, 0);
   }
