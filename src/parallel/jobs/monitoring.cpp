@@ -280,7 +280,7 @@ std::vector<int> wait_for_jobs() {
       break;
     case wait_end::interrupted:
       last_wait.succeeded = false;
-      report_line(task.no_waits ? "P-ZEB: wait: stopped by parent" : "P-ZEB: wait: user interrupt");
+      report_line(process.slave ? "P-ZEB: wait: stopped by parent" : "P-ZEB: wait: user interrupt");
   }
   return request.jobs;
 }

@@ -45,13 +45,15 @@ chosen_task read_chosen_task() {
   if (!accept_char('[')) error_end("Expected '[' before the job");
   chosen_task chosen;
   chosen.slot = read_job();
+  constexpr const char* unclosed = "Expected ']' after job and task";
+  if (skip_blanks_peek() == ';') error_end(unclosed);
   if (!accept_char(']')) {
     const int number = static_cast<int>(macro_whole_value());
     const job_record& job = job_at(chosen.slot);
     if (number < 0 || at(number) >= job.tasks.size())
       error_end_f("P-ZEB: no task %i in job %s", number, job.name.c_str());
     chosen.task = number;
-    if (!accept_char(']')) error_end("Expected ']' after job and task");
+    if (!accept_char(']')) error_end(unclosed);
   }
   return chosen;
 }
