@@ -4,7 +4,6 @@ ends by itself, or tells an error, and never crashes or hangs. Usage: damaged_me
 
 import argparse
 import collections
-import ctypes
 import os
 import pathlib
 import random
@@ -17,10 +16,10 @@ import sys
 import tempfile
 import time
 
+from job_messages import HEAD, KINDS, damaged, drain, end_of, send, socket_of, split, stopped_tasks
 from job_processes import environment, wait_until
 
 MATRIX = pathlib.Path(__file__).resolve().parents[2] / "examples" / "beetles.xread"
-HEAD = "<iiQ"  # tag, nothing, length
 END = struct.pack("<i", 0x5a4542)
 LONGEST = 30  # seconds that no process may need
 JOBS = ("randtrees 3; pzeb begin a 1 /tgroups = {work} return;", "randtrees 1; pzeb begin a 2 /swap 0 = return;",
@@ -34,39 +33,10 @@ faults = []
 tried = collections.Counter()  # by receiver, tag and what was done to the message
 
 
-def socket_of(task):
-    """A copy of the end of the task's socket to its master."""
-    number = int(pathlib.Path(f"/proc/{task}/cmdline").read_bytes().split(b"\0")[2].split()[0])
-    process = os.pidfd_open(task)
-    copy = ctypes.CDLL(None, use_errno=True).syscall(438, process, number, 0)
-    os.close(process)
-    return socket.socket(fileno=copy) if copy >= 0 else None
-
-
 def start_master(text, where):
     (where / "x.run").write_text(f"report-; proc {MATRIX};\nmacro=; hold 1000; pzeb local; pzeb commtime 1; pzeb timeout 4;\n{text}\nquit;\n")
     return subprocess.Popen([options.zeb, "--batch", "x.run"], cwd=where, env=environment(ZEB_SILENCE_SECONDS="4"),
                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-
-
-def stopped_tasks(master, count):
-    """Its tasks in order of start, stopped as early as possible."""
-    children = pathlib.Path(f"/proc/{master.pid}/task/{master.pid}/children")
-    until = time.time() + 10
-    stopped = []
-    while len(stopped) < count and time.time() < until and master.poll() is None:
-        for task in children.read_text().split():
-            if int(task) not in stopped and b"slaveproc" in pathlib.Path(f"/proc/{task}/cmdline").read_bytes():
-                os.kill(int(task), signal.SIGSTOP)
-                stopped.append(int(task))
-    return stopped
-
-
-def end_of(task):
-    try:
-        os.kill(task, signal.SIGKILL)
-    except ProcessLookupError:
-        pass
 
 
 def messages_to_task(text):
@@ -92,38 +62,6 @@ def messages_to_task(text):
     sys.exit("no message could be caught")
 
 
-def split(sent):
-    found = []
-    while len(sent) >= 16:
-        tag, _, length = struct.unpack(HEAD, sent[:16])
-        if len(sent) < 16 + length:
-            break
-        found.append((tag, sent[16:16 + length]))
-        sent = sent[16 + length:]
-    return found
-
-
-KINDS = ("cut", "longer", "flipped", "shorter", "number")
-
-
-def damaged(draw, kind, body):
-    body = bytearray(body)
-    at = draw.randrange(len(body) + 1)
-    if kind == "cut":
-        del body[at:]
-    elif kind == "longer":
-        body += draw.randbytes(draw.randrange(1, 40))
-    elif kind == "flipped":
-        body[at:at + 1] = bytes(b ^ 1 << draw.randrange(8) for b in body[at:at + 1])
-    elif kind == "shorter":
-        del body[at:at + draw.randrange(1, 8)]
-    elif kind == "number":
-        value = draw.choice((-1, 0, 1, 2, 7, 1000, 2**31 - 1, -2**31, draw.randrange(-100, 100)))
-        at -= at % draw.choice((1, 4, 4))
-        body[at:at + 4] = struct.pack("<i", value)
-    return bytes(body)
-
-
 def changed(draw, body, tag):
     for _ in range(draw.choice((0, 1, 1, 2, 5))):
         kind = draw.choice(KINDS)
@@ -140,32 +78,17 @@ def random_signal(draw):
     return 5, struct.pack("<i", code) + changed(draw, payload.get(code, b"\0\0\0\0"), 5)
 
 
-def send(end, tag, body):
-    try:
-        end.sendall(struct.pack(HEAD, tag, 0, len(body)) + body)
-    except OSError:
-        pass
-
-
-def drain(end, seconds):
-    end.settimeout(0.05)
-    until = time.time() + seconds
-    while time.time() < until:
-        try:
-            if not end.recv(1 << 16):
-                return
-        except TimeoutError:
-            pass
-        except OSError:
-            return
+def start_task(folder):
+    ours, theirs = socket.socketpair()
+    task = subprocess.Popen([options.zeb, "local_slaveproc", str(theirs.fileno())], pass_fds=[theirs.fileno()], cwd=folder,
+                            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    theirs.close()
+    return ours, task
 
 
 def a_task_gets_damaged_messages(draw, begin):
-    ours, theirs = socket.socketpair()
     with tempfile.TemporaryDirectory() as folder:
-        task = subprocess.Popen([options.zeb, "local_slaveproc", str(theirs.fileno())], pass_fds=[theirs.fileno()], cwd=folder,
-                                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        theirs.close()
+        ours, task = start_task(folder)
         spared = draw.choice((None, 1, 7, 5))  # the tag of messages that stay right
         sent = [(tag, body if tag == spared else changed(draw, body, tag)) for tag, body in begin]
         sent += [random_signal(draw) for _ in range(draw.randrange(6))]
@@ -186,6 +109,29 @@ def a_task_gets_damaged_messages(draw, begin):
             return "a task hangs", sent
         # A large number where memory is asked for: the system may refuse it, and that is said.
         return (f"a task is ended by signal {-task.returncode}: {said[-300:]}" if task.returncode < 0 else None), sent
+
+
+def a_task_waits_in_vain(data, packet):
+    """For the rest of what its parent sends, which then goes."""
+    for sent, reports in ((struct.pack(HEAD, 1, 0, len(data)) + data, True), (struct.pack(HEAD, 1, 0, len(data)) + data[:50], False),
+                          (struct.pack(HEAD, 1, 0, len(data)) + data + struct.pack(HEAD, 7, 0, len(packet) - 4) + packet[:-4], True), (b"", False)):
+        with tempfile.TemporaryDirectory() as folder:
+            ours, task = start_task(folder)
+            ours.sendall(sent)
+            send(ours, 5, struct.pack("<i", 6))  # the parent waits for the result
+            ours.settimeout(LONGEST if reports else 2)
+            told = b""
+            try:
+                while not (result := dict(split(told)).get(6)):
+                    told += ours.recv(1 << 16)
+            except TimeoutError:
+                result = None
+            ours.close()
+            status = wait_until(lambda: task.poll() is not None, LONGEST) and task.returncode
+            task.kill()
+            task.communicate()
+        said = result is not None and b"Could not receive trees from parent" in result
+        yield f"ends with {status}, and tells {result}" if status != 255 or said != reports else None, [(1, sent)]
 
 
 def right_messages(load):
@@ -298,6 +244,8 @@ def main():
     for seed in range(options.seed, options.seed + options.runs):
         draw = random.Random(seed)
         note("task", seed, *a_task_gets_damaged_messages(draw, draw.choice(begins)))
+    for case, outcome in enumerate(a_task_waits_in_vain(*(body for _, body in begins[0]))):
+        note("a task that waits in vain", case, *outcome)
     draw = random.Random(options.seed)
     load = begins[1][1][1][28:-4]  # of a packet with one tree: without what stands before it, and the end
     wanted = [(tag, kind) for tag in right_messages(load) for kind in KINDS_TO_MASTER]
