@@ -102,6 +102,14 @@ std::vector<std::int32_t> ids_of(const std::vector<task_record>& tasks) {
   return ids;
 }
 
+/// Of those that have said hello: their siblings then see at once that one is dead.
+std::vector<std::string> addresses_of(const std::vector<task_record>& tasks) {
+  std::vector<std::string> addresses;
+  for (const task_record& t : tasks)
+    addresses.push_back(t.process > 0 ? std::to_string(t.process) + "@" + t.host_name : "");
+  return addresses;
+}
+
 void send(task_record& to, int tag, const packet_writer& message) {
   if (!to.gone && !connection().send(to.id, tag, message.bytes())) to.gone = true;
 }
@@ -196,6 +204,7 @@ int spawn_job(job_request request) {
     own.ram = bytes_of(ram);
     own.instructions = request.instructions;
     own.tasks = ids_of(job.tasks);
+    if (request.swap != swap_orders::way::none) own.addresses = addresses_of(job.tasks);
     send(job.tasks[at(i)], tag_data, own.packed());
     task_packet packet = packet_of_task(i, trees[at(i)], request.trees.groups_go_along);
     if (!request.sector_orders.empty()) packet.load.trees = {job.sectors[at(i)].reduced_tree};

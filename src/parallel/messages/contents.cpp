@@ -86,6 +86,8 @@ packet_writer task_orders::packed() const {
   to.put_text(data);
   to.put_text(settings);
   to.put_list(tasks);
+  to.put(static_cast<std::int32_t>(addresses.size()));
+  for (const std::string& address : addresses) to.put_text(address);
   swap.put_into(to);
   hosts.put_into(to);
   to.put(end_mark);
@@ -114,6 +116,8 @@ task_orders task_orders::unpacked(packet_reader from) {
   o.data = from.text();
   o.settings = from.text();
   o.tasks = from.list();
+  const int addresses = from.whole_within(0, static_cast<int>(o.tasks.size()));
+  for (int i = 0; i < addresses; ++i) o.addresses.push_back(from.text());
   o.swap = swap_orders::taken_from(from);
   o.hosts = host_table::taken_from(from);
   expect_end_of(from);

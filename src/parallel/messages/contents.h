@@ -54,11 +54,12 @@ struct task_orders {
   int taxa = 0;
   int characters = 0;
   int cell_bytes = 2;
-  bool from_disk = false;           // the data are read from a file
-  std::string directory;            // of that file
-  std::string data;                 // commands that read the data; empty with `from_disk`
-  std::string settings;             // commands that set all that differs from the defaults
-  std::vector<std::int32_t> tasks;  // ids of all tasks of the job
+  bool from_disk = false;              // the data are read from a file
+  std::string directory;               // of that file
+  std::string data;                    // commands that read the data; empty with `from_disk`
+  std::string settings;                // commands that set all that differs from the defaults
+  std::vector<std::int32_t> tasks;     // ids of all tasks of the job
+  std::vector<std::string> addresses;  // of their processes, "number@host" or "", for swaps
   swap_orders swap;
   host_table hosts;
 

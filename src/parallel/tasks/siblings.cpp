@@ -8,6 +8,7 @@
 #include "base/indices.h"
 #include "base/process.h"
 #include "parallel/messages/tags.h"
+#include "parallel/tasks/parent_watch.h"
 #include "parallel/tasks/task_state.h"
 #include "parallel/transport/connection.h"
 #include "parallel/transport/processes.h"
@@ -32,6 +33,9 @@ sibling& sibling_at(int number) {
     state.known.assign(task.siblings.size(), {});
     for (std::size_t i = 0; i < state.known.size(); ++i) {
       state.known[i].id = task.link->sibling(static_cast<int>(i), task.siblings);
+      if (i < task.addresses.size())
+        state.known[i].process = process_on_this_machine(task.addresses[i]);
+      if (state.known[i].process > 0) state.known[i].host = name_of_this_machine();
       state.known[i].heard = wall_clock();
     }
   }
