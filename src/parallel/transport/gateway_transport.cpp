@@ -232,12 +232,12 @@ bool gateway_transport::is_alive(task_id task) {
   return way && way->through->link.is_open();
 }
 
-/// That is done by the number of its process, which the parent knows. The library may wait half a
-/// minute for tasks that died when it spawns new ones.
+/// That is done by the number of its process, which the parent knows.
 void gateway_transport::kill(task_id task) {
   if (job_way* const way = way_to(task)) way->through->spoilt = true;
 }
 
+/// The library may wait half a minute for tasks that have ended when it spawns new ones.
 void gateway_transport::forget(std::span<const task_id> tasks) {
   for (const task_id task : tasks) {
     job_way* const way = way_to(task);
@@ -246,6 +246,7 @@ void gateway_transport::forget(std::span<const task_id> tasks) {
     there.put_list({{way->first}});
     way->through->link.send(any_task, gateway_forget, there.bytes(), [](double) { return true; });
     way->through->jobs -= 1;
+    way->through->spoilt = true;
     way->through = nullptr;
   }
 }
