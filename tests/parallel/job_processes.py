@@ -3,6 +3,7 @@
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import time
 
@@ -33,6 +34,20 @@ def tasks_left():
         except OSError:
             pass
     return sorted(found)
+
+
+def send_signal(process, number):
+    """Whether it was still there."""
+    try:
+        os.kill(process, number)
+        return True
+    except ProcessLookupError:
+        return False
+
+
+def clear_away():
+    for task in tasks_left():
+        send_signal(task, signal.SIGKILL)
 
 
 def gateways_left():

@@ -14,7 +14,7 @@ import sys
 import tempfile
 import time
 
-from job_processes import environment, gateways_left, start_daemon, stop_daemon, tasks_left, wait_until
+from job_processes import clear_away, environment, gateways_left, send_signal, start_daemon, stop_daemon, tasks_left, wait_until
 
 MATRIX = pathlib.Path(__file__).resolve().parents[2] / "examples" / "beetles.xread"
 LONGEST = 60  # seconds that no run may need
@@ -65,11 +65,9 @@ def strike(draw, signals):
     hit = []
     for number in signals:
         if alive:
-            hit.append(alive.pop(draw.randrange(len(alive))))
-            try:
-                os.kill(hit[-1], number)
-            except ProcessLookupError:
-                hit.pop()
+            one = alive.pop(draw.randrange(len(alive)))
+            if send_signal(one, number):
+                hit.append(one)
     return hit
 
 
@@ -106,14 +104,6 @@ def finish(process, longest):
         return process.communicate()[0], "timed out"
 
 
-def clear_away(left):
-    for number in left:
-        try:
-            os.kill(number, signal.SIGKILL)
-        except ProcessLookupError:
-            pass
-
-
 def tasks_are_hit(seed):
     """One run with kills; what is wrong with it."""
     draw = random.Random(seed)
@@ -134,11 +124,11 @@ def tasks_are_hit(seed):
     bad = faults_of_output(output, wanted, hit)
     if status != (255 if "couldn't spawn" in output else 0):
         bad.append(f"exit status {status}")
-    for number in tasks_left():
-        os.kill(number, signal.SIGCONT)  # tasks of tasks that were stopped end when they go on
+    for task in tasks_left():
+        send_signal(task, signal.SIGCONT)  # tasks of tasks that were stopped end when they go on
     if not wait_until(lambda: not tasks_left() and not gateways_left(), AFTER_MASTER):
         bad.append(f"processes are left: {tasks_left()}, {gateways_left()}")
-        clear_away(tasks_left())
+        clear_away()
     names = [signal.Signals(s).name for s in signals[:len(hit)]]
     if options.verbose or bad:
         print(f"seed {seed}: {names} after {moment:.2f} s, {took:.1f} s: {bad or 'right'}", flush=True)
@@ -160,8 +150,8 @@ def master_is_killed(seed):
         if draw.random() < 0.5:
             tasks = tasks_left()
             if tasks and deep:
-                os.kill(tasks[0], signal.SIGSTOP)
-                os.kill(tasks[0], signal.SIGCONT)
+                send_signal(tasks[0], signal.SIGSTOP)
+                send_signal(tasks[0], signal.SIGCONT)
         before = len(tasks_left())
         killed = time.time()
         process.send_signal(draw.choice((signal.SIGKILL, signal.SIGTERM)))
@@ -171,7 +161,7 @@ def master_is_killed(seed):
         ended = wait_until(lambda: not tasks_left() and not gateways_left(), 60)
         seconds = time.time() - killed
         process.wait()
-    clear_away(tasks_left())
+    clear_away()
     print(f"master {seed}: {before} tasks, {'two levels' if deep else 'one level'}, {work} {seconds:.1f} s {'' if ended else 'LEFT'}", flush=True)
     return seconds if ended else None
 

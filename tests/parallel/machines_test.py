@@ -12,7 +12,7 @@ import sys
 import tempfile
 import time
 
-from job_processes import environment, tasks_left, wait_until
+from job_processes import clear_away, environment, send_signal, tasks_left, wait_until
 
 MATRIX = pathlib.Path(__file__).resolve().parents[2] / "examples" / "beetles.xread"
 SHELL = """#!/bin/sh
@@ -58,7 +58,7 @@ def run_with_strikes(text, signals):
         process = start(where, text)
         wait_until(lambda: (where / "struck").exists() or process.poll() is not None, 30)
         for task, number in zip(tasks_elsewhere(), signals):
-            os.kill(task, number)
+            send_signal(task, number)
         try:
             return process.communicate(timeout=90)[0]
         except subprocess.TimeoutExpired:
@@ -82,7 +82,7 @@ def the_silent_count_as_dead():
         [signal.SIGKILL, signal.SIGSTOP, signal.SIGKILL, signal.SIGSTOP])
     check(re.search(r"left 2\s.*results from a \(2 .*crashed or died:( \d){4}\s", output, re.S), "silent tasks count as dead", output)
     for task in tasks_left():
-        os.kill(task, signal.SIGCONT)
+        send_signal(task, signal.SIGCONT)
     check(wait_until(lambda: not tasks_left(), AFTER_MASTER), "no task is left after its master", output)
 
 
@@ -105,8 +105,7 @@ def main():
         return 77
     for case in (tasks_are_placed, the_silent_count_as_dead, a_dead_master_takes_its_tasks_along):
         case()
-        for task in tasks_left():
-            os.kill(task, signal.SIGKILL)
+        clear_away()
     print(f"other machines: {len(faults)} faults")
     return 1 if faults else 0
 
