@@ -9,7 +9,7 @@ import subprocess
 import sys
 import tempfile
 
-from job_processes import environment, start_daemon, stop_daemon
+from job_processes import environment, start_daemon, stop_daemon, tasks_left, wait_until
 
 MATRIX = pathlib.Path(__file__).resolve().parents[2] / "examples" / "beetles.xread"
 BEST = "121"
@@ -50,6 +50,17 @@ def expect(text, *patterns):
     output = run(text)
     for pattern in patterns:
         check(re.search(pattern, output, re.S), f"{pattern!r} in the output of {text!r}", output)
+
+
+def refused_jobs_leave_no_tasks():
+    """What is refused after tasks have started."""
+    lines = "tread (0 1 2 3); tgroup =0 0;\npzeb begin a 3 /trees * = return;\npzeb get;\nquit;\n"
+    with tempfile.TemporaryDirectory() as where:
+        output = subprocess.run([options.zeb], input=script("").replace("quit;\n", lines), cwd=where, env=environment(),
+                                text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, errors="replace",
+                                timeout=SHORT, check=False).stdout
+    check(re.search(r"more tasks than tree groups.*no parallel job is running", output, re.S) and wait_until(lambda: not tasks_left(), 5),
+          "a refused job leaves no tasks", output)
 
 
 def results_come_back():
@@ -262,6 +273,7 @@ def main():
     if options.mode == "pvm" and not start_daemon():
         sys.exit("the daemon doesn't start")
     try:
+        refused_jobs_leave_no_tasks()
         results_come_back()
         all_settings_travel()
         tasks_are_steered()

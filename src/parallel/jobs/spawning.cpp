@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <limits>
+#include <new>
 #include <numeric>
 
 #include "base/arena.h"
@@ -166,12 +168,56 @@ void tell_swap(const job_request& request) {
 
 }  // namespace
 
-int spawn_job(job_request request) {
-  connection();
-  const int slot = free_job_slot();
-  std::vector<task_record> tasks = start_tasks(request);
-  tell_missing_tasks(request, tasks.size());
-  job_record& job = job_at(slot);
+namespace {
+
+/// MPI takes blocks of memory, of which one can't be had or would be too long.
+[[noreturn]] void cannot_pack(std::size_t blocks) {
+  error_end_f("P-ZEB: Allocation failure: not enough RAM available for MPI data pack (%i)",
+              static_cast<int>(blocks));
+}
+
+template <class contents>
+void send_packed(task_record& to, int tag, const contents& message) {
+  constexpr std::size_t longest_block = std::numeric_limits<std::int32_t>::max();
+  const bool in_blocks = parallel.mode == back_end::mpi;
+  try {
+    const packet_writer packed = message.packed();
+    if (in_blocks && packed.bytes().size() > longest_block)
+      cannot_pack(packed.bytes().size() / longest_block + 1);
+    send(to, tag, packed);
+  } catch (const std::bad_alloc&) {
+    if (in_blocks) cannot_pack(1);
+    throw;
+  }
+}
+
+void send_orders(const job_request& request, job_record& job,
+                 const std::vector<std::vector<int>>& trees) {
+  task_orders orders;
+  if (request.sector_orders.empty()) {
+    orders = orders_of_session();
+    orders.from_disk = request.from_disk;
+    orders.directory = parallel.disk_directory;
+    if (request.from_disk) orders.data.clear();
+  }
+  const int count = static_cast<int>(job.tasks.size());
+  std::vector<int> numbers(at(count));
+  std::iota(numbers.begin(), numbers.end(), 0);
+  orders.swap = swap_orders_for(request.swap, numbers);
+  for (int i = 0; i < count; ++i) {
+    task_orders own = request.sector_orders.empty() ? orders : request.sector_orders[at(i)];
+    own.ram = bytes_of(request.ram > 0 ? request.ram : parallel.task_ram);
+    own.instructions = request.instructions;
+    own.tasks = ids_of(job.tasks);
+    if (request.swap != swap_orders::way::none) own.addresses = addresses_of(job.tasks);
+    send_packed(job.tasks[at(i)], tag_data, own);
+    task_packet packet = packet_of_task(i, trees[at(i)], request.trees.groups_go_along);
+    if (!request.sector_orders.empty()) packet.load.trees = {job.sectors[at(i)].reduced_tree};
+    send_packed(job.tasks[at(i)], tag_packet, packet);
+  }
+}
+
+void enter_job(job_request& request, job_record& job, std::vector<task_record> tasks) {
   job.name = request.name;
   job.taxa = request.sectors.empty() ? matrix.ntax : request.sectors[0].taxa;
   job.hosts = static_cast<int>(hosts_in_use().size());
@@ -184,36 +230,31 @@ int spawn_job(job_request request) {
   job.sectors = std::move(request.sectors);
   job.tasks = std::move(tasks);
   job.active = true;
-  await_hellos(job.tasks);
+}
 
-  const double ram = request.ram > 0 ? request.ram : parallel.task_ram;
-  task_orders orders;
-  if (request.sector_orders.empty()) {
-    orders = orders_of_session();
-    orders.from_disk = request.from_disk;
-    orders.directory = parallel.disk_directory;
-    if (request.from_disk) orders.data.clear();
+}  // namespace
+
+int spawn_job(job_request request) {
+  connection();
+  const int slot = free_job_slot();
+  job_record& job = job_at(slot);
+  std::vector<task_record> tasks = start_tasks(request);
+  tell_missing_tasks(request, tasks.size());
+  enter_job(request, job, std::move(tasks));
+  try {
+    await_hellos(job.tasks);
+    const std::vector<std::vector<int>> trees =
+        trees_for(request, static_cast<int>(job.tasks.size()), false);
+    send_orders(request, job, trees);
+    if (request.swap != swap_orders::way::none)
+      tell_swap(request);
+    else if (request.kind == job_kind::whole_trees)
+      tell_tree_choice(request.trees, trees);
+  } catch (...) {  // an error, or the user: tasks that never get their data would wait for ever
+    for (task_record& t : job.tasks) kill_task(t);
+    forget_job(slot);
+    throw;
   }
-  const int count = static_cast<int>(job.tasks.size());
-  const std::vector<std::vector<int>> trees = trees_for(request, count, false);
-  std::vector<int> numbers(at(count));
-  std::iota(numbers.begin(), numbers.end(), 0);
-  orders.swap = swap_orders_for(request.swap, numbers);
-  for (int i = 0; i < count; ++i) {
-    task_orders own = request.sector_orders.empty() ? orders : request.sector_orders[at(i)];
-    own.ram = bytes_of(ram);
-    own.instructions = request.instructions;
-    own.tasks = ids_of(job.tasks);
-    if (request.swap != swap_orders::way::none) own.addresses = addresses_of(job.tasks);
-    send(job.tasks[at(i)], tag_data, own.packed());
-    task_packet packet = packet_of_task(i, trees[at(i)], request.trees.groups_go_along);
-    if (!request.sector_orders.empty()) packet.load.trees = {job.sectors[at(i)].reduced_tree};
-    send(job.tasks[at(i)], tag_packet, packet.packed());
-  }
-  if (request.swap != swap_orders::way::none)
-    tell_swap(request);
-  else if (request.kind == job_kind::whole_trees)
-    tell_tree_choice(request.trees, trees);
   tell_spawn(request, job.tasks.size());
   return slot;
 }
