@@ -179,7 +179,8 @@ void start_console() {
   terminal.keys = newpad(1, 1);
   keypad(terminal.keys, true);
   meta(terminal.keys, true);
-  refresh();  // clears the screen, once
+  // Clears the screen, once; one that can't be cleared would be filled with blanks.
+  if (!library_text(tigetstr("clear")).empty()) refresh();
   if (ioctl(STDERR_FILENO, TIOCGWINSZ, &terminal.size) != 0) terminal.size = {};
   start_screen(LINES, COLS);
   read_history();

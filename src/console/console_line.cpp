@@ -51,7 +51,12 @@ class typed_line {
     if (cursor > first_column_ + width - 1) first_column_ = cursor - width + 1;
     std::string drawn = "\r" + prompt;
     drawn += text_in_columns(line, first_column_, width);
-    drawn += clear_to_line_end_code();
+    const int columns = text_columns(drawn);
+    const std::string clear = clear_to_line_end_code();
+    if (clear.empty() && columns < columns_drawn_)
+      drawn.append(static_cast<std::size_t>(columns_drawn_ - columns), ' ');
+    columns_drawn_ = columns;
+    drawn += clear;
     drawn += "\r" + prompt;
     drawn += text_in_columns(line, first_column_, cursor - first_column_);
     write_terminal(drawn);
@@ -128,6 +133,7 @@ class typed_line {
   const std::string& prompt_;
   line_editor editor_;
   std::size_t first_column_ = 0;  // of the line, on the screen
+  int columns_drawn_ = 0;         // what a terminal that can't clear a line has to blank out
   bool told_full_ = false;
 };
 

@@ -200,6 +200,7 @@ void viewer::draw() const {
   const std::string erase = clear_to_line_end_code();
   std::string drawn = move_cursor_code(0, 0);
   if (drawn.empty()) drawn = clear_screen_code();
+  if (drawn.empty()) drawn = "\n\r";  // a terminal that only writes lines
   drawn += text_in_columns(header(), 0, columns());
   drawn += erase;
   for (std::ptrdiff_t row = 0; row < rows(); ++row) {

@@ -642,6 +642,14 @@ class Screens(ConsoleTest):
         s.command("screen 24 40; quote " + "z" * 60 + ";")
         self.assertIn("\n" + "z" * 39 + "\n", s.screen.text())
 
+    def test_a_terminal_that_clears_nothing_is_blanked_out(self):
+        s = self.start(environment={"TERM": "dumb"})
+        self.assertNotIn(b"  ", s.output)
+        s.type("quote longer")
+        s.key(*["backspace"] * 6)
+        s.command("ok;")
+        self.assertIn("zeb*>quote ok;\nok\n", s.screen.text())
+
     def test_paging_waits_for_a_key(self):
         self.numbered_lines(60)
         s = self.start()

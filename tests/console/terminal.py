@@ -133,8 +133,8 @@ class Session:
             for descriptor in range(3):
                 os.dup2(slave, descriptor)
             os.chdir(folder)
-            variables = dict(os.environ, TERM="xterm", HOME=folder, LC_ALL="C.UTF-8",
-                             **(environment or {}))
+            variables = dict(os.environ, TERM="xterm", HOME=folder, LC_ALL="C.UTF-8")
+            variables.update(environment or {})
             for name in ("LINES", "COLUMNS"):
                 variables.pop(name, None)
             try:
