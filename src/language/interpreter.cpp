@@ -205,6 +205,16 @@ void read_and_run_command() {
   stop_main_loop();
 }
 
+// Nobody goes on blindly after an error or interrupt: the console shows again what is said.
+void run_command_or_open_console() {
+  try {
+    read_and_run_command();
+  } catch (const command_unwinding&) {
+    open_places(no_console);
+    throw;
+  }
+}
+
 void report_time() {
   emit(text_of("%s %.2f secs.", command.command_name.c_str(), command_seconds()));
   if (interpreter.watch_ram) {
@@ -253,7 +263,7 @@ void call_handler(const command_row& row) {
 
 void run_next() {
   begin_command("zeb*");
-  run_in_jump_context(read_and_run_command);
+  run_in_jump_context(run_command_or_open_console);
   run_in_jump_context(command_is_over);
   release_command_memory();
 }
