@@ -252,7 +252,7 @@ void summarise(search_context& context, combined_result result) {
   disarm_time_limit();
   report_status(context, result.best < unknown_score ? result.best : no_score, true);
   take_former_best(context, result);
-  if (result.best < unknown_score && !combined.keepall) filter_by_score(context, result.best);
+  if (result.best < unknown_score && !combined.keepall) recheck_trees(context, result.best);
   tell_equal_as_collapsed(drop_equal_by_full_rule(context));
   group_automatically(0, context.trees.ntrees, "xmult");
   if (result.buffer_full)

@@ -59,7 +59,7 @@ cycle_result search_from_first_tree(
   disarm_time_limit();
   result.best = std::min(result.best, best_stored(context, 0));
   report_status(context, result.best, true);
-  filter_by_score(context, result.best);
+  recheck_trees(context, result.best);
   tell_equal_as_collapsed(drop_equal_by_full_rule(context));
   group_automatically(0, context.trees.ntrees, name);
   return result;

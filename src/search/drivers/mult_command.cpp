@@ -104,7 +104,12 @@ void warn_of_memory() {
 }
 
 void filter_trees(search_context& context, const mult_result& result, int trees_before) {
-  if (!mult.keepall && result.best < unknown_score) filter_by_score(context, result.best);
+  if (!mult.keepall && result.best < unknown_score) {
+    if (mult.ratchet)
+      recheck_trees(context, result.best);
+    else
+      filter_by_score(context, result.best);
+  }
   tell_equal_as_collapsed(drop_equal_by_full_rule(context));
   if (store.ntrees > 0) {
     group_automatically(mult.keepall ? trees_before : 0, store.ntrees, "random_addseqs");

@@ -108,7 +108,7 @@ void close_pool_search(search_context& context, std::string_view group, const st
   const bool all_break = context.trees.ntrees > 0 && lift_handicaps(context);
   const double best = best_stored(context, 0);
   report_status(context, best, true);
-  filter_by_score(context, best);
+  recheck_trees(context, best);
   const int equal = drop_equal_by_full_rule(context);
   group_automatically(0, context.trees.ntrees, group);
   if (interrupted()) emit("Search was interrupted...\n");

@@ -260,7 +260,7 @@ void run_sectors() {
   const double best = best_stored(context, 0);
   report_status(context, best, true);
   if (!sectors.keepall) {
-    filter_by_score(context, best);
+    recheck_trees(context, best);
     tell_equal_as_collapsed(drop_equal_by_full_rule(context));
   }
   group_automatically(0, context.trees.ntrees, "sect_sch");

@@ -68,24 +68,31 @@ identical_trees mark_identical(search_context& context, std::span<std::uint8_t> 
   return dropped;
 }
 
-}  // namespace
-
-void filter_by_score(search_context& context, double best) {
+void filter(search_context& context, double best, bool may_coincide) {
   const double limit = best + context.rules.suboptimal;
   const score_kind kind = kind_of_scores(context.data);
   std::vector<std::uint8_t> keep(at(context.trees.ntrees), 1);
   for (int t = 0; t < context.trees.ntrees; ++t) {
     keep[at(t)] = is_within_bound(record_of(context, t).score, limit, kind);
   }
-  const bool may_coincide = search_level(context) >= 3 && !context.rules.collapse.automatic;
   const identical_trees dropped = may_coincide ? mark_identical(context, keep) : identical_trees{};
   keep_trees(context, keep);
   if (context.shown.silent) return;
   if (dropped.of_different_length) {
     report_line("Note: some trees of different length are identical as collapsed. Discarded.");
   }
-  tell_equal_as_collapsed(dropped.of_same_length);
+  if (search_level(context) > 0) return tell_equal_as_collapsed(dropped.of_same_length);
+  if (dropped.of_same_length > 0)
+    emit("Note: ", dropped.of_same_length, " trees are identical to others. Discarded.\n");
 }
+
+}  // namespace
+
+void filter_by_score(search_context& context, double best) {
+  filter(context, best, search_level(context) >= 3 && !context.rules.collapse.automatic);
+}
+
+void recheck_trees(search_context& context, double best) { filter(context, best, true); }
 
 int drop_equal_by_full_rule(search_context& context) {
   const int before = context.trees.ntrees;
