@@ -116,10 +116,6 @@ void fill_sets(search_data& data) {
   }
 }
 
-}  // namespace
-
-namespace {
-
 /// Where a counter's fields stand, once their places are final.
 void locate_counter(search_data& data, std::size_t i) {
   const pack_entry& e = data.entries[i];

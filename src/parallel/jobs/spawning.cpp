@@ -166,10 +166,6 @@ void tell_swap(const job_request& request) {
   emit(text_of("Sending tree %i to all tasks, for parallel TBR\n", request.swapped_tree));
 }
 
-}  // namespace
-
-namespace {
-
 /// MPI takes blocks of memory, of which one can't be had or would be too long.
 [[noreturn]] void cannot_pack(std::size_t blocks) {
   error_end_f("P-ZEB: Allocation failure: not enough RAM available for MPI data pack (%i)",

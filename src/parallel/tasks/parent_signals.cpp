@@ -18,6 +18,7 @@
 #include "language/interpreter.h"
 #include "parallel/messages/tags.h"
 #include "parallel/settings.h"
+#include "parallel/tasks/parent_watch.h"
 #include "parallel/tasks/reports.h"
 #include "parallel/tasks/task_state.h"
 #include "parallel/tasks/tree_loads.h"
@@ -218,7 +219,7 @@ bool pause() {
 bool is_parent_there() { return task.parent_process <= 0 || process_runs(task.parent_process); }
 
 void test_parent() {
-  if (!task.link->is_alive(parent_task) || !is_parent_there()) end_process(255);
+  if (!task.link->is_alive(parent_task) || !is_parent_there()) end_process(status_of_orphan);
 }
 
 bool obey_parent() {

@@ -24,7 +24,6 @@ int process_on_this_machine(const std::string& address) {
 void end_after(int process) {
   constexpr unsigned between_looks = 1;  // seconds
   constexpr unsigned to_end_in_order = 2;
-  constexpr int status_of_orphan = 255;
   std::thread([process] {
     while (process_runs(process)) sleep(between_looks);
     sleep(to_end_in_order);

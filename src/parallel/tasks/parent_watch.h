@@ -5,6 +5,9 @@
 
 namespace zeb {
 
+/// Of a task whose parent is gone.
+constexpr int status_of_orphan = 255;
+
 /// What a parent tells its tasks of itself when it starts them.
 std::string address_of_this_process();
 /// The process number in such an address; 0 on another machine.

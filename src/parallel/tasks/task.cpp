@@ -49,8 +49,6 @@ namespace zeb {
 
 namespace {
 
-constexpr int status_of_orphan = 255;
-
 void say_hello() {
   packet_writer hello;
   hello.put_text(name_of_this_machine());
@@ -245,10 +243,6 @@ void take_new_instructions() {
     if (task.again) take_new_instructions();
   }
 }
-
-}  // namespace
-
-namespace {
 
 /// Of the parent, for the files that instructions name; stays where it is if there is none here.
 void go_to_folder(const char* folder) {
