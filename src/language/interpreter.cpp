@@ -205,12 +205,13 @@ void read_and_run_command() {
   stop_main_loop();
 }
 
-// Nobody goes on blindly after an error or interrupt: the console shows again what is said.
+// Nobody goes on blindly after an error or interrupt: the console shows again what is said. In the
+// background it isn't this process's.
 void run_command_or_open_console() {
   try {
     read_and_run_command();
   } catch (const command_unwinding&) {
-    open_places(no_console);
+    if (!process.background) open_places(no_console);
     throw;
   }
 }
