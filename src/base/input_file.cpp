@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -21,6 +22,7 @@ namespace {
 
 constexpr std::size_t piece_size = 65536;
 constexpr std::string_view gzip_mark = "\x1f\x8b";
+constexpr int no_descriptor = -1;
 constexpr int any_gzip_window = 15 + 16;
 constexpr std::int64_t most_expansion = 1032;  // bytes that a compressed byte can stand for
 
@@ -94,6 +96,20 @@ bool input_file::open_own(const std::string& name) {
   name_ = name;
   return take(call_open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK),
               file_use::steering);
+}
+
+bool input_file::open_text(const std::string& name, std::string_view text) {
+  close();
+  fault_.clear();
+  name_ = name;
+  std::FILE* const file = std::tmpfile();
+  const bool written = file && std::fwrite(text.data(), 1, text.size(), file) == text.size() &&
+                       std::fflush(file) == 0;
+  const int descriptor =
+      written ? fcntl(fileno(file), F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : no_descriptor;
+  if (file) std::fclose(file);
+  if (descriptor != no_descriptor) lseek(descriptor, 0, SEEK_SET);
+  return take(descriptor, file_use::other);
 }
 
 bool input_file::take(int descriptor, file_use use) {

@@ -26,6 +26,8 @@ class input_file {
   /// Opens a regular file of the user who runs the program, which nobody else can have put there:
   /// no link leads there, and not everybody may write it.
   bool open_own(const std::string& name);
+  /// Opens a text of this process under that name.
+  bool open_text(const std::string& name, std::string_view text);
   void close();
   bool is_open() const { return descriptor_ >= 0; }
   /// As it is to be shown.

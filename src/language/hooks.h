@@ -82,6 +82,8 @@ struct language_hooks {
   bool (*stop_asked_by_parent)() = nullptr;
   /// The files that steer a background run have it paused, going on or stopped: its jobs too.
   void (*run_steered)(steering_wish wish) = nullptr;
+  /// The text that stands for a file of that name, as its instructions do for a task; null: none.
+  const std::string* (*text_of_name)(const std::string& name) = nullptr;
   /// A command of its instructions failed: the rest of them is void.
   void (*task_failed)(const std::string& why) = nullptr;
   /// Changed by `set_macro_layer` only.

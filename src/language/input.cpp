@@ -249,12 +249,19 @@ void plain_unread_char() {
   if (*--input.read_position == '\n') --frame.line_number;
 }
 
+const std::string* own_text(const std::string& name) {
+  const auto text_of_name = hooks_of_language.text_of_name;
+  return text_of_name ? text_of_name(name) : nullptr;
+}
+
 input_file opened_file(const std::string& name) {
   input_file file;
   if (name == "-" && !input.from_arguments && !process.batch) {
     error_end("Can't open the standard input: the commands come from there");
   }
-  if (!file.open(name)) error_end("Can't open", name + file.cause());
+  const std::string* const text = own_text(name);
+  if (!(text ? file.open_text(name, *text) : file.open(name)))
+    error_end("Can't open", name + file.cause());
   return file;
 }
 

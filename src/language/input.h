@@ -121,6 +121,8 @@ class reader_scope {
 
 /// Errors where a file of that name can't be made the top frame: nested too deep, in use.
 void check_pushing(const std::string& name, bool may_recurse = false);
+/// The text of this process that stands for a file of that name; null: none.
+const std::string* own_text(const std::string& name);
 /// The file, open for reading; "-" is the standard input, unless that holds the commands. Errors:
 /// can't open.
 input_file opened_file(const std::string& name);

@@ -99,6 +99,10 @@ void jump_to_label(const std::string& file, const std::string& label,
     leave_bodies(macros.frames.back().bodies_at_entry);
     rewind_top_frame();
     if (!arguments.empty()) top_frame().arguments = arguments;
+  } else if (const std::string* const text = input.top == 0 ? own_text(file) : nullptr) {
+    close_expansion();
+    leave_bodies(macros.frames.back().bodies_at_entry);
+    restart_level_zero(*text);
   } else {
     push_file(file, arguments);
   }

@@ -1,5 +1,8 @@
 #include "parallel/registration.h"
 
+#include <string>
+#include <utility>
+
 #include "base/command.h"
 #include "base/process.h"
 #include "language/hooks.h"
@@ -24,6 +27,9 @@ namespace zeb {
 void register_parallel() {
   hooks_of_language.run_task = run_task;
   hooks_of_language.stop_asked_by_parent = stop_asked_by_parent;
+  hooks_of_language.text_of_name = [](const std::string& name) {
+    return process.slave && name == "myself" ? &std::as_const(task.instructions) : nullptr;
+  };
   hooks_of_language.task_failed = note_failed_task;
   hooks_of_language.run_steered = steer_jobs;
   hooks_of_macro.no_more_loops = [] { return task.no_loops; };

@@ -73,6 +73,9 @@ def results_come_back():
     expect("pzeb begin a 2 = mult=replications 1; return; pzeb wait;"
            "pzeb again a 1 /deltrees = quote once more; return text; pzeb wait; pzeb get;",
            r"new set of instructions.*once more", r"Got results")
+    expect("pzeb begin a-b:c#d 1 = return; pzeb again a-b:c#d = quote first; return text; pzeb again a-b:c#d = quote second; return text; pzeb get;"
+           "pzeb begin a 1 = mult=replications 300; return; pzeb again a = quote third; return text; pzeb get; quote the end;",
+           r"first\n.*second\n.*from a-b:c#d.*third\n.*the end")
     expect("pzeb begin j1 1 = return value 1; pzeb begin j10 1 = return value 10; pzeb wait; pzeb get j1; pzeb status; pzeb get j1;",
            r"from j1 \(1.*returned 1\s.*Job \d \(j10\).*from j10 \(1.*returned 10\s")
     expect("hold 20; randtrees 15; pzeb begin a 2 = randtrees 3; return; pzeb wait; pzeb get; quote there are;",
@@ -184,6 +187,13 @@ def tasks_are_steered():
            "quote searched; pzeb begin b 1 = return value 5; pzeb gwait; return text; pzeb stop [searches]; pzeb gwait;",
            r"not to do more searches.*searched.*Task 0 returned 5")
     expect("pzeb begin a 2 = mult=replications 100000; return; pzeb wait [2];", r"time is out(?!.*timed out)")
+    expect("macro=; var: x; set 2 50; pzeb begin a 1 = mult=replications 100000; return; loop 50 50 pzeb wait [9] ('2'==#1); stop pzeb get !;",
+           r"condition is fulfilled")
+    expect("pzeb begin a 1 = var: i; set i 0; label up; set i ++; quote round \"i\"; if (\"i\"<2) goto myself up; end"
+           " goto [ z.run exit; frobnicate; return text; log z.run; quote label exit.,quote exit script.,proc/.,; log/; pzeb gwait;",
+           r"round 1\nround 2\n(?!round).*exit script\n.*ended at an error: 0")
+    expect("randtrees 1; pzeb begin a 2 = macro=; if (slavenum==1) keep 0; xread 1 4 a 0 b 0 c 1 d 1;; randtrees 1; end return; pzeb get; tgroup;",
+           r"trees of task 1 of job a are for 4 taxa, not for the current 18(?!.*were lost).*\(Task_0_a\): 1\s+Group 1 \(Prev")
     expect("pzeb begin 2x 1 = return;", r"cannot name parallel jobs starting with a digit")
     expect("pzeb begin x 2000 = return;", r"cannot spawn more than 1000 together")
     expect("pzeb wait;", r"no parallel job is running")

@@ -117,6 +117,7 @@ void quit_command() {
 // The word of the process arguments that takes the program into the background.
 void bground_command() {
   no_timing();
+  if (process.slave) return;
   if (token() != command.command_name) {
     if (command.is_argument) {
       error_end("Unrecognized command:", token(), " --did you mean \"bground\"?");
@@ -126,7 +127,6 @@ void bground_command() {
   if (!command.is_argument) {
     error_end(text_of("Command \"%s\" is command-line only!", command.command_name.c_str()));
   }
-  if (command.command_name != "bground") error_end("Running as a slave is not available yet");
   end_console();
   go_to_background();
   settle_for_background();

@@ -29,21 +29,12 @@
 namespace zeb {
 namespace {
 
-std::string read_job_name() {
+std::string read_new_name() {
   const int first = skip_blanks_peek();
   if (std::isdigit(first)) error_end("P-ZEB: cannot name parallel jobs starting with a digit");
   if (!std::isalpha(first) && first != '_')
     error_end_f("Expected a job name (found symbol \"%c\" instead)", first);
-  std::string name;
-  for (int c = read_char(); c > 32 && c != '/' && c != '=' && c != ';'; c = read_char()) {
-    name += static_cast<char>(c);
-    if (name.size() > longest_job_name)
-      error_end_f("P-ZEB: the name of a job has at most %i letters",
-                  static_cast<int>(longest_job_name));
-    if (input_ended()) break;
-  }
-  unread_char();
-  return name;
+  return read_job_name();
 }
 
 void expect_sign_after_hosts(const std::string& job) {
@@ -231,7 +222,7 @@ void begin_keyword() {
   require_data("starting parallel jobs");
   enter_parallel_mode();
   job_request request;
-  request.name = read_job_name();
+  request.name = read_new_name();
   if (find_job(request.name) >= 0)
     error_end("P-ZEB: there is a job named", request.name, "already");
   if (active_jobs() >= most_jobs)

@@ -57,6 +57,7 @@ class collection {
 
  private:
   void take(task_record& from, const arrived_message& message);
+  bool fits_data(std::size_t which) const;
   bool store_results();
   void tell_dead() const;
   void tell_errors() const;
@@ -111,6 +112,15 @@ bool collection::poll() {
   return all;
 }
 
+/// False, and told: a task has read other data.
+bool collection::fits_data(std::size_t which) const {
+  const task_result& result = *results_[which];
+  if (result.load.trees.empty() || result.taxa == matrix.ntax) return true;
+  emit(text_of("P-ZEB: trees of task %i of job %s are for %i taxa, not for the current %i\n",
+               static_cast<int>(which), job_.name.c_str(), result.taxa, matrix.ntax));
+  return false;
+}
+
 /// False: there was no room for some trees.
 bool collection::store_results() {
   bool all_stored = true;
@@ -129,7 +139,7 @@ bool collection::store_results() {
     place_sector_results(job_, best);
   } else {
     for (std::size_t i = 0; i < results_.size(); ++i) {
-      if (!results_[i]) continue;
+      if (!results_[i] || !fits_data(i)) continue;
       int first = 0;
       const int stored = store_trees(results_[i]->load, alone_, &first);
       all_stored = all_stored && at(stored) == results_[i]->load.trees.size();

@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "base/indices.h"
+#include "language/input.h"
 #include "language/lexer.h"
 #include "language/list_kinds.h"
 #include "language/lists.h"
@@ -99,13 +100,30 @@ std::vector<int> read_jobs() {
   return chosen;
 }
 
+std::string read_job_name() {
+  constexpr std::string_view ends = "/=;]";
+  std::string name;
+  for (int c = read_char(); c > 32 && ends.find(static_cast<char>(c)) == ends.npos;
+       c = read_char()) {
+    name += static_cast<char>(c);
+    if (name.size() > longest_job_name)
+      error_end_f("P-ZEB: the name of a job has at most %i letters",
+                  static_cast<int>(longest_job_name));
+    if (input_ended()) break;
+  }
+  unread_char();
+  return name;
+}
+
 int read_job(bool also_past) {
   double number = -1;
-  if (read_name() > 0) {
-    int slot = find_job(token());
+  const int first = skip_blanks_peek();
+  if (std::isalpha(first) || first == '_') {
+    const std::string name = read_job_name();
+    int slot = find_job(name);
     for (int past = 0; also_past && slot < 0 && past < most_jobs; ++past)
-      if (job_at(past).name == token()) slot = past;
-    if (slot < 0) error_end("No job named", token());
+      if (job_at(past).name == name) slot = past;
+    if (slot < 0) error_end("No job named", name);
     return slot;
   }
   if (!read_optional_whole(&number)) error_end("Must give a job");

@@ -76,6 +76,8 @@ std::vector<int> jobs_in_order();
 
 /// Reads a list of jobs, all active ones without a list. Errors: no job runs, no such job.
 std::vector<int> read_jobs();
+/// A name up to a blank or to one of "/=;]".
+std::string read_job_name();
 /// Reads a job by name, number or value; with `also_past` one that is over and not forgotten, too.
 int read_job(bool also_past = false);
 /// Jobs become a kind of list.

@@ -92,12 +92,15 @@ wait_request read_wait_request() {
   return request;
 }
 
+/// In the text that is being read, whose variables, loops and arguments it may name.
 bool is_fulfilled(const std::string& condition) {
   const quiet_scope quiet;
-  push_string("(" + condition + ");", "condition of wait");
-  const int level = input.top;
+  const std::string pending = take_expansion();
+  const std::string text = "(" + condition + ");";
+  insert_text(text, text.size());
   const double value = macro_value();
-  while (input.top >= level) pop_frame();
+  close_expansion();
+  if (!pending.empty()) insert_text(pending);
   return value != 0;
 }
 

@@ -134,7 +134,8 @@ void run_last_return() {
   const std::string text = last_return(task.instructions);
   if (text.empty()) return;
   begin_instructions(text);
-  run_one_round();
+  // What "goto [" names for errors comes first.
+  while (!task.at_return && interpreter.running && !level_zero_ended()) run_one_round();
   task.failed = failed;
 }
 

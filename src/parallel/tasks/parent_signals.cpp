@@ -99,7 +99,7 @@ bool stop_everything() {
 }
 
 bool stop_at(int tag, bool back) {
-  const bool over = task.at_return && !task.again && !task.receiving;
+  const bool over = task.at_return && task.agains == 0 && !task.receiving;
   if (!back && (over || task.tag >= tag)) return false;
   if (over) {  // who is sent back begins anew, also after an error
     forget_failure();
@@ -113,7 +113,7 @@ bool stop_at(int tag, bool back) {
 bool obey_bits(int code, packet_reader& from) {
   bool stop = false;
   if ((code & signal_again) != 0) {
-    task.again = true;
+    ++task.agains;
     if (task.at_return) forget_former_instructions();
   }
   if ((code & signal_tag) != 0) stop_at(from.whole(), (code & 1) != 0);

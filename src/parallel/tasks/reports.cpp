@@ -16,7 +16,7 @@ namespace {
 /// Its instructions are over, and it isn't to follow others, or to go back in them.
 bool is_done() {
   const bool goes_back = task.wanted_tag >= 0 && task.wanted_back;
-  return task.at_return && !task.again && !goes_back;
+  return task.at_return && task.agains == 0 && !goes_back;
 }
 
 int stage_of_search() {

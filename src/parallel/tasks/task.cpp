@@ -196,18 +196,18 @@ void wait_a_while(int round) {
 
 /// The parent has the result, or sends new instructions.
 void wait_at_return() {
-  for (int round = 0; !task.again; ++round) {
+  for (int round = 0; task.agains == 0; ++round) {
     if (task.dismissed && !task.result_sent) send_result();
     obey_parent();
     run_sets_of_parent(true);
     if (task.wanted_tag >= 0 && task.wanted_back) return;
-    if (!task.again && !(task.dismissed && !task.result_sent)) wait_a_while(round);
+    if (task.agains == 0 && !(task.dismissed && !task.result_sent)) wait_a_while(round);
   }
 }
 
 void take_new_instructions() {
   emit("\nStarting to parse new set of instructions...\n");
-  task.again = false;
+  --task.agains;
   task.receiving = true;
   const arrived_message orders = wait_for(tag_data, task.timeout);
   packet_reader from(orders.body);
@@ -238,9 +238,9 @@ void take_new_instructions() {
     } else {
       refuse_instructions();
     }
-    if (task.again) forget_former_instructions();
+    if (task.agains > 0) forget_former_instructions();
     wait_at_return();
-    if (task.again) take_new_instructions();
+    if (task.agains > 0) take_new_instructions();
   }
 }
 

@@ -13,8 +13,7 @@ task_state task;
 
 void forget_former_instructions() {
   forget_failure();
-  task.dismissed = task.result_sent = task.no_loops = task.no_waits = false;
-  task.returning = task.wanted_back = false;
+  task.no_loops = task.no_waits = task.returning = task.wanted_back = false;
   task.tag = 0;
   task.wanted_tag = -1;
   renew_time_limit();

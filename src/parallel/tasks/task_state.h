@@ -53,7 +53,7 @@ struct task_state {
   bool without_data = false;  // they couldn't be read whole, and no instructions make sense
   bool dismissed = false;     // the parent waits for the result
   bool result_sent = false;
-  bool again = false;     // new instructions are on their way
+  int agains = 0;         // new instructions, so often, are on their way
   bool no_waits = false;  // monitors end at once
   bool no_loops = false;  // and loops
   return_options to_return;
