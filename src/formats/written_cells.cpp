@@ -73,10 +73,11 @@ std::string cell_symbols(int taxon, int character, const writing_style& style) {
                ? "*"
                : value_text(character, read_continuous_cell(taxon, character));
   }
+  // "Any state" of one type has states that another one lacks.
+  const bool other_type = type != matrix.characters[at(character)].type;
+  if (other_type && says_nothing(character, states)) return "?";
   const char one = symbol_of_set(type, matrix.cell_bytes, states);
   if (one) return {one};
-  // "Any state" of one type has states that another one lacks.
-  if (states >> (states_of_type(type, matrix.cell_bytes) - 1) >> 1) return "?";
   std::string set = "{";
   for (std::uint32_t rest = states; rest; rest &= rest - 1) {
     set += symbol_of_state(type, std::countr_zero(rest));
