@@ -86,6 +86,10 @@ class matrix_writer {
     return sections_.size() == 1 && sections_[0].type == numeric_data && matrix.block_names.empty();
   }
   bool sections_are_blocks() const;
+  static std::string block_name(const section& s) {
+    return matrix.block_names.empty() ? std::string() : matrix.block_names[at(s.block)];
+  }
+  bool heads_name_blocks() const;
   void write_head();
   void write_section(const section& s);
   std::string section_head(const section& s) const;
@@ -140,6 +144,13 @@ bool matrix_writer::sections_are_blocks() const {
   return true;
 }
 
+// Reading gives names of its own to blocks without one if others have one.
+bool matrix_writer::heads_name_blocks() const {
+  return sections_are_blocks() &&
+         std::none_of(sections_.begin(), sections_.end(),
+                      [](const section& s) { return block_name(s).empty(); });
+}
+
 void matrix_writer::write_head() {
   if (matrix.name_length != 32) out_.add(text_of("taxname +%i;\n", matrix.name_length));
   const bool say_numeric = is_plain() || has_digits_and_letters();
@@ -159,9 +170,7 @@ std::string matrix_writer::section_head(const section& s) const {
     head += points && points->dimensions == 3 ? "landmark 3d" : "landmark 2d";
   }
   if (s.type == protein_data) head += s.gap_is_state ? "proteins gaps" : "proteins nogaps";
-  if (!matrix.block_names.empty() && sections_are_blocks()) {
-    head += " /" + matrix.block_names[at(s.block)];
-  }
+  if (heads_name_blocks()) head += " /" + block_name(s);
   return head + "]\n";
 }
 
@@ -255,9 +264,8 @@ void matrix_writer::write_codes() {
   }
 }
 
-// Only where the blocks that reading makes aren't the blocks in memory.
+// What the heads of sections don't tell: where blocks start, and their names.
 void matrix_writer::write_blocks() {
-  if (sections_are_blocks()) return;
   std::string starts;
   std::string names;
   int number = 0;
@@ -265,11 +273,11 @@ void matrix_writer::write_blocks() {
     if (i && sections_[i].block == sections_[i - 1].block) continue;
     ++number;
     starts += " " + std::to_string(new_number_[at(sections_[i].characters.front())]);
-    if (matrix.block_names.empty()) continue;
-    names += text_of("[%i %s ;\n", number, matrix.block_names[at(sections_[i].block)].c_str());
+    const std::string name = block_name(sections_[i]);
+    if (!name.empty()) names += text_of("[%i %s ;\n", number, name.c_str());
   }
-  out_.add("blocks" + starts + ";\n");
-  if (number > 1 && !names.empty()) out_.add("cnames\n" + names + ";\n");
+  if (!sections_are_blocks()) out_.add("blocks" + starts + ";\n");
+  if (number > 1 && !names.empty() && !heads_name_blocks()) out_.add("cnames\n" + names + ";\n");
 }
 
 void matrix_writer::write_character_names() {
