@@ -99,7 +99,7 @@ void store_sequence(const fasta_sequence& sequence, int taxon, sequence_cells& c
 
 }  // namespace
 
-void read_fasta_file(int /*option*/, const std::string& type_word, input_file& file) {
+void read_fasta_file(const std::string& type_word, input_file& file) {
   const text_lines text(file);
   const std::vector<fasta_sequence> sequences = find_sequences(text);
   if (sequences.size() < 4) error_end("Sorry, can't read less than 4 taxa");

@@ -9,9 +9,8 @@
 
 namespace zeb {
 
-/// Reads aligned sequences of the type named, or of the one that fits where the word is empty. The
-/// option is reserved.
-void read_fasta_file(int option, const std::string& type_word, input_file& file);
+/// Reads aligned sequences of the type named, or of the one that fits where the word is empty.
+void read_fasta_file(const std::string& type_word, input_file& file);
 /// Writes the data in memory. `skip_gaps` leaves out "-". Warns of sets without a symbol.
 void write_fasta(output_file& out, bool skip_gaps, const word_writer& words);
 

@@ -66,7 +66,7 @@ bool read_known_format(input_file& file) {
     case file_kind::commands:
       return false;
     case file_kind::fasta:
-      read_fasta_file(-1, {}, file);
+      read_fasta_file({}, file);
       return true;
     case file_kind::phylip:
       read_phylip_file({}, file);

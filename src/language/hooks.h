@@ -65,10 +65,10 @@ struct language_hooks {
   /// Prints the entry of an expression function whose name begins with `word`; false for none.
   bool (*print_expression_help)(std::string_view word) = nullptr;
   /// Readers of foreign formats that `procedure` calls. NEXUS: the file is the top frame and
-  /// "#NEXUS" has been read; the frame is popped when it is done. FASTA: with the number given
-  /// after "&", -1 for none. The others read a file that was opened.
+  /// "#NEXUS" has been read; the frame is popped when it is done. The others read a file that was
+  /// opened.
   void (*read_nexus)() = nullptr;
-  void (*read_fasta)(int option, const std::string& type_word, input_file& file) = nullptr;
+  void (*read_fasta)(const std::string& type_word, input_file& file) = nullptr;
   void (*read_newick)(input_file& file) = nullptr;
   void (*read_phylip)(const std::string& type_word, input_file& file) = nullptr;
   /// TPS files, each of which is a character; `add`: of the data in memory.

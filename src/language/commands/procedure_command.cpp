@@ -36,28 +36,38 @@ bool starts_as_nexus() {
   return true;
 }
 
-// "dna", "proteins" or "numeric" before a file of sequences: what they are. Empty where the word is
-// the file itself, which then is the current token.
+bool is_sequence_type(std::string_view word) {
+  return word == "dna" || word == "proteins" || word == "numeric";
+}
+
+// "5" or "=5".
+bool is_reserved_number(std::string_view word) {
+  const std::string_view number = word.substr(word.starts_with('=') ? 1 : 0);
+  return !number.empty() && number.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// Makes the name of a file of sequences the current token, and returns what stands before it for
+// their type, if anything. The last word is the name, whatever it is.
 std::string read_sequence_type(const char* no_file) {
-  const bool quoted = skip_blanks_peek() == '"';
-  if (read_file_name() == 0) error_end(no_file);
-  if (quoted) return {};
-  std::string word(token());
-  const int next = skip_blanks_peek();
-  if (next == ';' || next == 0 || (word != "dna" && word != "proteins" && word != "numeric"))
-    return {};
-  if (read_file_name() == 0) error_end(no_file);
-  return word;
+  std::string type;
+  for (;;) {
+    const bool quoted = skip_blanks_peek() == '"';
+    if (read_file_name() == 0) error_end(no_file);
+    const int next = skip_blanks_peek();
+    if (quoted || next == ';' || next == 0) return type;
+    if (is_sequence_type(token())) {
+      type = token();
+    } else if (!is_reserved_number(token())) {
+      return type;
+    }
+  }
 }
 
 void read_fasta() {
-  int option = -1;
-  accept_char('=');
-  read_optional_int(&option);
   const std::string type = read_sequence_type("Must specify name of FASTA file");
   if (!hooks_of_language.read_fasta) error_end("Reading of FASTA files is not available yet");
   input_file file = opened_file(std::string(token()));
-  hooks_of_language.read_fasta(option, type, file);
+  hooks_of_language.read_fasta(type, file);
 }
 
 void read_newick() {
