@@ -78,7 +78,8 @@ class agreement_table {
   void collect(std::vector<int>& kept) {
     std::vector<std::pair<int, int>> waiting{{a_.root(), b_.root()}};
     while (!waiting.empty()) {
-      const auto [v, w] = waiting.back();
+      const int v = waiting.back().first;
+      const int w = waiting.back().second;
       waiting.pop_back();
       const int value = best(v, w);
       if (value == 0) continue;

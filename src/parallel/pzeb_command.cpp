@@ -199,7 +199,7 @@ void signal_hosts(int code, const char* what) {
   for (const host_share& share : read_host_list()) hosts.push_back(share.host);
   expect_end();
   std::ranges::sort(hosts);
-  hosts.erase(std::ranges::unique(hosts).begin(), hosts.end());
+  hosts.erase(std::unique(hosts.begin(), hosts.end()), hosts.end());
   if (hosts.empty()) error_end("P-ZEB: no hosts in list");
   for (const int slot : jobs_in_order())
     for (task_record& t : job_at(slot).tasks)

@@ -46,8 +46,8 @@ values_of_file::~values_of_file() {
 }
 
 std::span<const differing_cell> cells_of(std::span<const differing_cell> all, int character) {
-  const auto found = std::ranges::equal_range(all, character, {}, &differing_cell::character);
-  return {found.begin(), found.end()};
+  return {std::ranges::lower_bound(all, character, {}, &differing_cell::character),
+          std::ranges::upper_bound(all, character, {}, &differing_cell::character)};
 }
 
 std::vector<int> differing_characters(const compared_results& results) {
