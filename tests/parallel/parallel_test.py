@@ -107,11 +107,12 @@ def all_settings_travel():
         check(own.count("\n") > 40 and not missing, f"settings reach the tasks: {settings} {missing}", own + theirs)
 
 
-    expect("mxproc 15; naked -; lquote [; majority =70; freqdifs =30; nelsen <; txtsize 300; tplot ++; agroup =1 (some) 3.5; tshrink {1};"
+    expect("macro -; hifile =7; macro =; ccode ] 3; ckeep; ccode [ 3 /2 5; mxproc 15; naked -; lquote [; majority =70; freqdifs =30; nelsen <; txtsize 300; tplot ++; agroup =1 (some) 3.5; tshrink {1};"
            "macro =; set +; help >0.9; nstates dna; ttags [ 40b; hold 100/50; travtree = 9; tread (0 1 2 (3 4 5) (6 7));"
            "pzeb begin a 1 = report =; mxproc; naked; quote a&65b; majority; freqdifs; txtsize; tshrink; help !; nstates; tvault;"
-           "return text; pzeb wait; pzeb get;",
-           r"files is 15.*Naked is OFF.*aAb.*cut 70.*cut 30.*300 Kb.*shown as one terminal: some.*threshold=0.90.*read as DNA.*max. storage 50")
+           "ccode !; ccode; macro -; hifile =; macro =; return text; pzeb wait; pzeb get;",
+           r"files is 15.*Naked is OFF.*aAb.*cut 70.*cut 30.*300 Kb.*shown as one terminal: some.*threshold=0.90.*read as DNA.*max. storage 50"
+           r".*\n +3 +additive +inactive +1 .*\n +5 +nonadditive +active +1 .*input files is 7")
 
 
 def tasks_are_steered():

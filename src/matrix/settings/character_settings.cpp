@@ -86,6 +86,38 @@ void restore_kept_settings() {
 
 namespace {
 
+bool is_as_read(const character_record& kept) {
+  return kept.active && !kept.is_sankoff && kept.weight == 1 && kept.internal_steps == 0 &&
+         (kept.is_continuous || !kept.additive);
+}
+
+std::string code_of(int character, const character_record& record) {
+  const bool costs = record.is_sankoff && costs_set_for(character);
+  return text_of("%s%s%s/%i=%i", record.additive ? "+" : "-", record.active ? "[" : "]",
+                 costs ? "(" : ")", record.weight, record.internal_steps);
+}
+
+std::string codes_as_commands(std::span<const character_record> records) {
+  std::string text;
+  for (int c = 0; c < matrix.nchar;) {
+    const std::string code = code_of(c, records[at(c)]);
+    const int first = c;
+    while (c < matrix.nchar && code_of(c, records[at(c)]) == code) ++c;
+    text += text_of("ccode %s %i.%i;\n", code.c_str(), first, c - 1);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string kept_settings_as_commands() {
+  if (std::ranges::all_of(matrix.kept_characters, is_as_read)) return {};
+  return codes_as_commands(matrix.kept_characters) + "ckeep;\n" +
+         codes_as_commands(matrix.characters);
+}
+
+namespace {
+
 const char* optimisation_text(const character_record& record) {
   if (record.type == landmark_data) return "landmark";
   if (record.is_continuous) return "continuous";

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace zeb {
@@ -48,6 +49,9 @@ class weights_scope {
 /// Copies the current settings into the default, and back.
 void keep_settings();
 void restore_kept_settings();
+/// Commands that make the default what it is, and then the settings; empty: the default is as after
+/// reading. Costs stay those that are set.
+std::string kept_settings_as_commands();
 
 /// The settings of all characters, a line each.
 void show_character_table();

@@ -204,7 +204,7 @@ void send_again(job_record& job, const std::vector<int>& chosen, const job_reque
     packet_writer orders;
     orders.put(delete_trees);
     orders.put_text(request.instructions);
-    swap_orders_for(request.swap, parties).put_into(orders);
+    swap_orders_for(request.swap, parties, job.tasks).put_into(orders);
     send_signal(to, signal_again);
     transport& link = connection();
     const task_packet packet = packet_of_task(chosen[i], trees[i], request.trees.groups_go_along);

@@ -13,6 +13,7 @@
 #include "base/packet.h"
 #include "base/process.h"
 #include "console/output.h"
+#include "language/input.h"
 #include "language/interpreter.h"
 #include "language/lexer.h"
 #include "matrix/matrix.h"
@@ -78,6 +79,17 @@ bool write_on_host(int host, const std::string& directory, const std::string& te
   return written;
 }
 
+/// "/folder" or, also for one within the working directory, "[folder]".
+std::string read_directory() {
+  if (!accept_char('[')) return std::string(read_file_name() > 0 ? token() : std::string_view());
+  std::string name;
+  for (int c = next_nonblank(); c != ']'; c = read_char()) {
+    if (c == ';' || input_ended()) error_end("Expected ']' after the name of the folder");
+    name += static_cast<char>(c);
+  }
+  return name;
+}
+
 }  // namespace
 
 void setdata_keyword() {
@@ -93,7 +105,7 @@ void setdata_keyword() {
   enter_parallel_mode();
   const std::vector<host_share> hosts = read_host_list();
   if (hosts.empty()) error_end("P-ZEB: no hosts in list for disk data setting");
-  const std::string directory(read_file_name() > 0 ? token() : std::string_view());
+  const std::string directory = read_directory();
   expect_end();
   const std::string text =
       disk_data_text(matrix.nchar, matrix.ntax, matrix.cell_bytes, data_as_commands());

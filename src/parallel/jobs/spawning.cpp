@@ -155,9 +155,10 @@ std::vector<std::vector<int>> trees_for(const job_request& request, int tasks, b
   return trees_of_tasks(request.trees, tasks, again);
 }
 
-swap_orders swap_orders_for(swap_orders::way how, const std::vector<int>& tasks) {
+swap_orders swap_orders_for(swap_orders::way how, const std::vector<int>& tasks,
+                            const std::vector<task_record>& all) {
   if (how == swap_orders::way::none) return {};
-  return {how, {tasks.begin(), tasks.end()}};
+  return {how, {tasks.begin(), tasks.end()}, addresses_of(all)};
 }
 
 namespace {
@@ -199,13 +200,12 @@ void send_orders(const job_request& request, job_record& job,
   const int count = static_cast<int>(job.tasks.size());
   std::vector<int> numbers(at(count));
   std::iota(numbers.begin(), numbers.end(), 0);
-  orders.swap = swap_orders_for(request.swap, numbers);
+  orders.swap = swap_orders_for(request.swap, numbers, job.tasks);
   for (int i = 0; i < count; ++i) {
     task_orders own = request.sector_orders.empty() ? orders : request.sector_orders[at(i)];
     own.ram = bytes_of(request.ram > 0 ? request.ram : parallel.task_ram);
     own.instructions = request.instructions;
     own.tasks = ids_of(job.tasks);
-    if (request.swap != swap_orders::way::none) own.addresses = addresses_of(job.tasks);
     send_packed(job.tasks[at(i)], tag_data, own);
     task_packet packet = packet_of_task(i, trees[at(i)], request.trees.groups_go_along);
     if (!request.sector_orders.empty()) packet.load.trees = {job.sectors[at(i)].reduced_tree};

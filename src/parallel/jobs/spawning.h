@@ -39,7 +39,8 @@ task_packet packet_of_task(int number, const std::vector<int>& trees, bool with_
 
 /// The trees that each of `tasks` tasks gets; see `trees_of_tasks`.
 std::vector<std::vector<int>> trees_for(const job_request& request, int tasks, bool again);
-/// Orders to these tasks for swapping one tree.
-swap_orders swap_orders_for(swap_orders::way how, const std::vector<int>& tasks);
+/// Orders to these tasks, of all those of the job, for swapping one tree.
+swap_orders swap_orders_for(swap_orders::way how, const std::vector<int>& tasks,
+                            const std::vector<task_record>& all);
 
 }  // namespace zeb

@@ -29,13 +29,17 @@ void expect_end_of(packet_reader& from) {
 
 void swap_orders::put_into(packet_writer& to) const {
   to.put(static_cast<std::int32_t>(how));
-  if (how != way::none) to.put_list(tasks);
+  if (how == way::none) return;
+  to.put_list(tasks);
+  put_texts(to, addresses);
 }
 
 swap_orders swap_orders::taken_from(packet_reader& from) {
   swap_orders o;
   o.how = static_cast<way>(from.whole_within(0, static_cast<int>(way::controlled)));
-  if (o.how != way::none) o.tasks = from.list();
+  if (o.how == way::none) return o;
+  o.tasks = from.list();
+  o.addresses = take_texts(from);
   return o;
 }
 
@@ -86,8 +90,6 @@ packet_writer task_orders::packed() const {
   to.put_text(data);
   to.put_text(settings);
   to.put_list(tasks);
-  to.put(static_cast<std::int32_t>(addresses.size()));
-  for (const std::string& address : addresses) to.put_text(address);
   swap.put_into(to);
   hosts.put_into(to);
   to.put(end_mark);
@@ -116,8 +118,6 @@ task_orders task_orders::unpacked(packet_reader from) {
   o.data = from.text();
   o.settings = from.text();
   o.tasks = from.list();
-  const int addresses = from.whole_within(0, static_cast<int>(o.tasks.size()));
-  for (int i = 0; i < addresses; ++i) o.addresses.push_back(from.text());
   o.swap = swap_orders::taken_from(from);
   o.hosts = host_table::taken_from(from);
   expect_end_of(from);
@@ -154,8 +154,6 @@ packet_writer task_packet::packed() const {
   to.put(number);
   to.put(level);
   to.put_list(parents);
-  to.put(static_cast<std::int32_t>(load.trees.size()));
-  to.put(tagged_trees);
   load.put_into(to);
   to.put(end_mark);
   return to;
@@ -168,8 +166,6 @@ task_packet task_packet::unpacked(packet_reader from) {
   p.number = from.whole();
   p.level = from.whole();
   p.parents = from.list();
-  from.whole();
-  p.tagged_trees = from.whole_within(0, 1) != 0;
   p.load = tree_load::taken_from(from);
   expect_end_of(from);
   return p;

@@ -15,7 +15,9 @@ namespace zeb {
 struct swap_orders {
   enum class way { none, sorted, unsorted, controlled };
   way how = way::none;
-  std::vector<std::int32_t> tasks;  // that take part; the first one leads
+  std::vector<std::int32_t> tasks;     // that take part; the first one leads
+  std::vector<std::string> addresses;  // of the processes of all tasks of the job, "number@host"
+                                       // or "", as far as the parent knows them
 
   void put_into(packet_writer& to) const;
   static swap_orders taken_from(packet_reader& from);
@@ -54,12 +56,11 @@ struct task_orders {
   int taxa = 0;
   int characters = 0;
   int cell_bytes = 2;
-  bool from_disk = false;              // the data are read from a file
-  std::string directory;               // of that file
-  std::string data;                    // commands that read the data; empty with `from_disk`
-  std::string settings;                // commands that set all that differs from the defaults
-  std::vector<std::int32_t> tasks;     // ids of all tasks of the job
-  std::vector<std::string> addresses;  // of their processes, "number@host" or "", for swaps
+  bool from_disk = false;           // the data are read from a file
+  std::string directory;            // of that file
+  std::string data;                 // commands that read the data; empty with `from_disk`
+  std::string settings;             // commands that set all that differs from the defaults
+  std::vector<std::int32_t> tasks;  // ids of all tasks of the job
   swap_orders swap;
   host_table hosts;
 
@@ -85,7 +86,6 @@ struct task_packet {
   int number = 0;                     // among the tasks of the job
   int level = 1;                      // how many parents it has
   std::vector<std::int32_t> parents;  // task numbers of those that are tasks, nearest first
-  bool tagged_trees = false;
   tree_load load;
 
   packet_writer packed() const;

@@ -90,7 +90,7 @@ std::vector<task_id> pvm_transport::spawn(const spawn_request& request) {
   for (const host_record& host : hosts_)
     if (host.id == request.host_id) where = host.name;
   std::vector<int> tids(static_cast<std::size_t>(request.count), -1);
-  if (request.keep_errors) pvm_catchout(stderr);
+  pvm_catchout(request.keep_errors ? stderr : nullptr);
   const int started =
       pvm_spawn(program.data(), arguments.data(), where.empty() ? PvmTaskDefault : PvmTaskHost,
                 where.data(), request.count, tids.data());

@@ -8,7 +8,9 @@
 #include "language/command_strings.h"
 #include "language/methods.h"
 #include "macro/macro_state.h"
+#include "macro/script_files.h"
 #include "matrix/matrix.h"
+#include "matrix/settings/character_settings.h"
 #include "search/sectors/sectors.h"
 #include "taxonomy/taxonomy.h"
 #include "trees/constraints/constraint_text.h"
@@ -31,6 +33,8 @@ std::string macro_settings() {
   std::string text = text_of("macro -;macro *%i %i;macro [%i;", macros.max_loops,
                              macros.max_variables, static_cast<int>(macros.memory_bytes / 1000));
   text += text_of("macro protection %i;", macros.protection);
+  if (script_files.most_files != script_file_state{}.most_files)
+    text += text_of("hifile =%i;", script_files.most_files);
   if (macros.integer_only) text += "macfloat -;";
   if (macros.number_format == "%g") text += "macfloat e;";
   if (macros.number_format.starts_with("%.")) text += text_of("macfloat %i;", macros.digits);
@@ -70,6 +74,7 @@ std::string read_as_here(const std::string& data) {
 
 std::string data_as_commands() {
   std::string text = read_as_here(output_of_command("xread *;"));
+  text += kept_settings_as_commands();
   if (matrix.defined_taxon_groups != 0) text += output_of_command("agroup *;");
   text += shrinking_as_commands();
   if (taxonomy_in_use()) text += "taxonomy =;\n";

@@ -33,8 +33,8 @@ sibling& sibling_at(int number) {
     state.known.assign(task.siblings.size(), {});
     for (std::size_t i = 0; i < state.known.size(); ++i) {
       state.known[i].id = task.link->sibling(static_cast<int>(i), task.siblings);
-      if (i < task.addresses.size())
-        state.known[i].process = process_on_this_machine(task.addresses[i]);
+      if (i < task.swap.addresses.size())
+        state.known[i].process = process_on_this_machine(task.swap.addresses[i]);
       if (state.known[i].process > 0) state.known[i].host = name_of_this_machine();
       state.known[i].heard = wall_clock();
     }

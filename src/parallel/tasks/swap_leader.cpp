@@ -87,6 +87,7 @@ void swap_leader::announce() {
   changed_ = own_done_ = false;
   announced_ = wall_clock();
   ++best_.version;
+  context_.best_score = best_.score;
   best_.share = 0;
   const auto there = std::ranges::count_if(members_, [](const member& m) { return !m.gone; });
   if (there == 0) works_ = true;
@@ -163,6 +164,7 @@ held_tree swap_leader::run() {
     }
   }
   dissolve();
+  context_.best_score = best_.score;
   return best_;
 }
 

@@ -85,7 +85,6 @@ void prepare(const task_orders& orders) {
   task.timeout = orders.timeout;
   parallel.raw_encoding = orders.raw_encoding;
   task.siblings = orders.tasks;
-  task.addresses = orders.addresses;
   task.parent_process = orders.host == name_of_this_machine() ? orders.process : 0;
   task.is_sector = orders.is_sector;
   task.instructions = orders.instructions;

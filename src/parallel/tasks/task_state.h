@@ -29,7 +29,6 @@ struct task_state {
   int level = 0;                       // how many parents; 0: this is no task
   std::vector<std::int32_t> parents;   // task numbers of the tasks above it, nearest first
   std::vector<std::int32_t> siblings;  // ids of all tasks of the job
-  std::vector<std::string> addresses;  // of their processes, as far as the parent knew them
   std::string instructions;
   int timeout = 0;          // seconds within which trees must follow; 0 no limit
   int parent_process = 0;   // of the parent on this machine; 0 elsewhere

@@ -31,8 +31,7 @@ TEST(contents, a_part_of_a_message_is_refused) {
   orders.instructions = "mult;return;";
   orders.data = "xread";
   orders.tasks = {1024, 1025};
-  orders.addresses = {"17@here", ""};
-  orders.swap = {zeb::swap_orders::way::controlled, {0, 1}};
+  orders.swap = {zeb::swap_orders::way::controlled, {0, 1}, {"17@here", ""}};
   orders.hosts = {{"here", "there"}, 1, {{3, "fast", {1}}}};
   expect_whole_only(orders);
   zeb::task_packet packet;
