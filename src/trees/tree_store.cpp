@@ -222,7 +222,8 @@ void make_room_for_trees(std::size_t count) {
   const std::size_t needed = at(store.ntrees) + count;
   const std::size_t capacity = at(store.maxtrees);
   if (needed <= capacity) return;
-  if (store.vault.maxtrees > 0) error_end("Cannot increase tree-space when tree-vault is set");
+  if (store.vault.maxtrees > 0)
+    error_end("Cannot increase tree-space when tree-vault is set\nTree buffer is full");
   drop_packed_data();
   const std::size_t larger = capacity + (needed - capacity + 99) / 100 * 100;
   if (larger > 1'000'000'000 || !set_maxtrees(static_cast<int>(larger), false, true)) {

@@ -55,12 +55,13 @@ bool accept_walk_limit(body_kind kind) {
 
 void check_walk_nesting(body_kind kind) {
   const walk_kind walk = describe(kind);
+  const std::string refusal = std::string("Cannot nest ") + walk.command + " (change mxproc)";
   if (open_bodies(kind) >= walk.limit) {
-    error_end(std::string("Maximum level of recursion for ") + walk.noun, "is", walk.limit);
+    error_end(refusal + "\nMaximum level of recursion for " + walk.noun, "is", walk.limit);
   }
   const int walks = open_bodies(body_kind::travtree) + open_bodies(body_kind::iterrecs) +
                     open_bodies(body_kind::combine);
-  if (input.top + walks >= input.mxproc) error_end("Cannot nest", walk.command, "(change mxproc)");
+  if (input.top + walks >= input.mxproc) error_end(refusal);
 }
 
 int read_walked_tree() {
