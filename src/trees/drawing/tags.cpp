@@ -63,6 +63,13 @@ void add_tags(const_tree_span tree, std::span<const std::string> texts) {
   if (too_long) report_line("Message too long (not copied)");
 }
 
+void add_title(std::string_view title) {
+  if (title.empty()) return;
+  const std::string before = tags.tag_title.empty() ? "" : tags.tag_title + " / ";
+  if (before.size() + title.size() <= longest_tag_title)
+    tags.tag_title = before + std::string(title);
+}
+
 /// What ends a tag in a tree's text can't stand within one.
 std::string one_word(std::string text) {
   const auto ends_tag = [](unsigned char c) { return c < 33 || c == '*' || c == ';'; };
@@ -119,8 +126,19 @@ void store_drawn_tags(const_tree_span tree, std::string_view title,
   if (!tags.tags_present) return set_tag_tree(tree, texts, title);
   if (texts.empty()) return;
   add_tags(tree, texts);
-  const std::string longer = tags.tag_title + " / " + std::string(title);
-  if (!title.empty() && longer.size() <= longest_tag_title) tags.tag_title = longer;
+  add_title(title);
+}
+
+void set_tag_tree_with_former(const_tree_span tree, std::span<const std::string> texts,
+                              std::string_view title) {
+  if (!tags.tags_present) return set_tag_tree(tree, texts, title);
+  const std::vector<tree_node> former_tree = tags.tag_tree;
+  const std::vector<std::string> former_texts = tags.tag_texts;
+  const std::string former_title = tags.tag_title;
+  set_tag_tree(tree, {}, former_title);
+  add_tags(former_tree, former_texts);
+  add_tags(tree, texts);
+  add_title(title);
 }
 
 bool is_tag_node(int node) {

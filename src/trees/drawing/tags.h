@@ -55,6 +55,10 @@ void set_tag_tree_to_stored(int number, tag_source source, std::string_view titl
 /// further line, with `ttags [`).
 void store_drawn_tags(const_tree_span tree, std::string_view title,
                       std::span<const std::string> texts);
+/// The same as `set_tag_tree`, but what the former tag tree says of nodes with the same terminals
+/// stays, before the new texts.
+void set_tag_tree_with_former(const_tree_span tree, std::span<const std::string> texts,
+                              std::string_view title);
 /// A node of the tag tree that can hold a text.
 bool is_tag_node(int node);
 bool has_any_tag();

@@ -160,7 +160,7 @@ void take_tag_tree(tree_text_reader& reader, std::string_view title) {
     if (number >= 0) texts[at(number)] = text;
   }
   if (tags.tags_add) {
-    store_drawn_tags(record, title, texts);
+    set_tag_tree_with_former(record, texts, title);
   } else {
     set_tag_tree(record, texts, title);
   }

@@ -47,7 +47,7 @@ class tree_text_reader {
 };
 
 /// Makes the tree just read, with its tags, the tag tree; `title` goes with it. With `tags_add` its
-/// texts are put after those of the nodes with the same terminals in the tag tree there is.
+/// texts are put after those that nodes with the same terminals had in the former tag tree.
 void take_tag_tree(tree_text_reader& reader, std::string_view title);
 
 }  // namespace zeb
