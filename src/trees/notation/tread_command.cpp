@@ -60,9 +60,7 @@ std::string read_title() {
   commas.set_literal(true);
   const int level = input.top;
   for (int c = read_char(); c != '\''; c = read_char()) {
-    // At level 0 a title may go on in the next line that is typed.
-    if (level > 0 && (input.top < level || (c == ';' && input_ended())))
-      error_end("Unexpected end of file");
+    if (input.top < level || (c == ';' && input_ended())) error_end("Unexpected end of file");
     title += static_cast<char>(c);
     if (title.size() > 10000) error_end("Title of trees too long (is its quote closed?)");
   }
