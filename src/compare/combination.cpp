@@ -83,12 +83,20 @@ void combiner::name_taxa() {
     data.taxa[c] = first_.taxa[at(t)];
     data.taxon_active[c] = first_.taxon_active[at(t)];
   }
-  for (const forced_pair& pair : task_.forced_taxa) {
-    if (pair.same) continue;
-    const auto here = at(n.taxa_of_first[at(pair.first)]);
-    const auto there = at(n.taxa_of_second[at(pair.second)]);
-    if (!data.taxa[here].ends_with("_A")) data.taxa[here] += "_A";
-    if (!data.taxa[there].ends_with("_B")) data.taxa[there] += "_B";
+  const auto part = [&](int of_first, int of_second) {
+    std::string& here = data.taxa[at(n.taxa_of_first[at(of_first)])];
+    std::string& there = data.taxa[at(n.taxa_of_second[at(of_second)])];
+    if (!here.ends_with("_A")) here += "_A";
+    if (!there.ends_with("_B")) there += "_B";
+  };
+  for (const forced_pair& pair : task_.forced_taxa)
+    if (!pair.same) part(pair.first, pair.second);
+  // A name may be that of one taxon here and, by a forced match, of another one there.
+  for (int t = 0; t < second_.ntax(); ++t) {
+    if (found_.taxa.in_first[at(t)] >= 0) continue;
+    const auto same = std::find(first_.taxa.begin(), first_.taxa.end(), second_.taxa[at(t)]);
+    if (same == first_.taxa.end()) continue;
+    part(static_cast<int>(same - first_.taxa.begin()), t);
   }
   data.outgroup = n.taxa_of_first[at(first_.outgroup)];
 }
