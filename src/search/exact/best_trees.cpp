@@ -13,6 +13,7 @@ best_trees::best_trees(search_context& context, bool sample)
 
 double best_trees::limit() const {
   if (!is_full_) return best_ + context_.rules.suboptimal + 2 * rounding_;
+  if (!has_best_) return best_ + 2 * rounding_;
   return kind_of_scores(data_) == score_kind::whole ? best_ - 1 : best_ - 2 * rounding_;
 }
 
@@ -22,6 +23,7 @@ void best_trees::take_best(double score) {
   if (!is_within_bound(best_, score + suboptimal, kind_of_scores(data_))) overflowed_ = false;
   best_ = score;
   is_full_ = false;
+  has_best_ = false;
   seen_ = 0;
   context_.best_score = score;
   note_score(context_, score);
@@ -34,14 +36,25 @@ void best_trees::keep(double score, std::span<const std::uint8_t> marks) {
   if (!is_within_bound(score, best_ + context_.rules.suboptimal, kind)) return;
   tree_slots& trees = context_.trees;
   ++seen_;
+  const bool is_first_best = !has_best_ && is_within_bound(score, best_, kind);
+  if (is_first_best) has_best_ = true;
   if (trees.ntrees < trees.maxtrees) {
     if (store_marked(context_, data_.tree.anc, trees.ntrees, score, marks)) ++context_.moves_done;
   } else if (sample_) {
     take_sample(score, marks);
   } else if (!is_stored(context_, data_.tree.anc, score, marks)) {
+    // Suboptimal trees may fill the buffer before the best one is found.
+    if (is_first_best) replace_stored(context_, data_.tree.anc, worst_slot(), score, marks);
     overflowed_ = true;
     is_full_ = true;
   }
+}
+
+int best_trees::worst_slot() const {
+  int worst = 0;
+  for (int slot = 1; slot < context_.trees.ntrees; ++slot)
+    if (record_of(context_, slot).score > record_of(context_, worst).score) worst = slot;
+  return worst;
 }
 
 /// Reservoir sampling (Vitter 1985): of the trees seen so far each is in the buffer with the same
