@@ -8,6 +8,7 @@
 #include "base/interrupts.h"
 #include "base/message_text.h"
 #include "base/output_file.h"
+#include "base/process.h"
 #include "compare/combined_file.h"
 #include "compare/commands.h"
 #include "compare/data_files.h"
@@ -98,7 +99,10 @@ void merge_files(output_file& file, const std::vector<std::string>& files) {
 
 void dmerge_command() {
   if (accept_char('*')) return merge_in_memory();
-  if (output.output_mask != 0) error_end("Must turn silent off before merging data files");
+  // In the background it isn't the user who shuts the console.
+  const unsigned shut_anyway = process.background ? no_console : 0U;
+  if ((output.output_mask & ~shut_anyway) != 0)
+    error_end("Must turn silent off before merging data files");
   const bool landmarks = accept_char('|');
   if (read_file_name() == 0) error_end("Must give name of file");
   const std::string combined(token());
