@@ -1,4 +1,5 @@
 // The last search: what it did, what it found.
+#include <algorithm>
 #include <cstdint>
 
 #include "base/errors.h"
@@ -47,7 +48,7 @@ double node_to_sector() {
   const std::vector<int>& nodes = tracked("nodtosect").in_sector;
   const double node = bracketed_whole_values(1, 1)[0];
   if (!(node >= 0 && node < static_cast<double>(nodes.size())))
-    error_end("No node", static_cast<int>(node));
+    error_end("No node", static_cast<int>(std::clamp(node, -1.0, 2147483647.0)));
   return nodes[static_cast<std::size_t>(node)];
 }
 

@@ -2,7 +2,6 @@
 #include <vector>
 
 #include "base/errors.h"
-#include "base/indices.h"
 #include "functions/arguments.h"
 #include "functions/subjects.h"
 #include "macro/assignment.h"
@@ -27,11 +26,12 @@ double bremer_list() {
 }
 
 double last_support() {
-  const int node = static_cast<int>(bracketed_whole_values(1, 1)[0]);
+  const double node = bracketed_whole_values(1, 1)[0];
   const std::vector<double>& values = last_supports.values;
   if (values.empty()) error_end("No supports have been calculated yet");
-  if (node < 0 || node >= static_cast<int>(values.size())) error_end("Tree doesn't have such node");
-  return values[at(node)];
+  if (node < 0 || node >= static_cast<double>(values.size()))
+    error_end("Tree doesn't have such node");
+  return values[static_cast<std::size_t>(node)];
 }
 
 // clang-format off

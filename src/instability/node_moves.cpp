@@ -19,8 +19,8 @@
 namespace zeb {
 namespace {
 
-/// For each node of the tree in work that of the stored tree with the same active taxa; -1 for
-/// those that stand within a polytomy.
+/// For each node of the tree in work that of the stored tree with the same active taxa, for the
+/// root its root; -1 for those that stand within a polytomy.
 std::vector<int> stored_nodes(const search_data& data, std::span<const std::int32_t> anc,
                               const_tree_span tree) {
   const group_sums sums(data);
@@ -37,6 +37,9 @@ std::vector<int> stored_nodes(const search_data& data, std::span<const std::int3
     else if (found != node_of.end())
       out[at(v)] = found->second;
   }
+  // Polytomies end here at the latest: no other node needs be above the one that the outgroup is
+  // in.
+  out[at(data.n)] = matrix.ntax;
   return out;
 }
 

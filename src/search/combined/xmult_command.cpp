@@ -1,5 +1,6 @@
 // `xmult`: options, run and summary.
 #include <algorithm>
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -47,7 +48,8 @@ void read_level(xmult_settings& settings) {
     error_end("Give search level");
   double taxa = 0;
   if (!read_optional_whole(&taxa)) taxa = matrix.present ? active_taxa() : 0;
-  if (taxa < 4) error_end("Give the number of taxa for the level, or read data before");
+  if (taxa < 4 || taxa > INT_MAX)
+    error_end("Give the number of taxa for the level, or read data before");
   set_level(settings.search, settings.sector, level, static_cast<int>(taxa));
 }
 

@@ -45,11 +45,10 @@ std::vector<int> read_pool() {
 namespace {
 
 void read_count(int* target, int lowest) {
-  double value = 0;
-  if (!read_optional_whole(&value)) return;
-  if (value < lowest || value > 1'000'000)
-    error_end("Wrong option for tree fusing:", static_cast<std::int64_t>(value));
-  *target = static_cast<int>(value);
+  int value = 0;
+  if (!read_optional_int(&value)) return;
+  if (value < lowest || value > 1'000'000) error_end("Wrong option for tree fusing:", value);
+  *target = value;
 }
 
 }  // namespace
