@@ -192,6 +192,8 @@ constexpr command_options rows = {
 
 void check_settings(xmult_settings& wanted, option_outcome outcome) {
   settle_additions(wanted.search.addition);
+  constexpr int fewest = 5;
+  if (wanted.search.conmax > 0 && wanted.search.conmax < fewest) error_end(wrong_conmax);
   const bool crosses = wanted.search.fuse > 0 || wanted.search.hybrid || wanted.search.picktype > 0;
   if (wanted.search.targetscore > 0 && !crosses)
     error_end("To search for a target score, must use fusing or hybridization");

@@ -24,9 +24,7 @@
 
 namespace zeb {
 
-bool names_trees(int next) {
-  return std::isalnum(next) != 0 || next == '{' || next == '.' || next == '*';
-}
+bool names_trees(int next) { return std::isalnum(next) != 0 || next == '{' || next == '.'; }
 
 std::vector<int> read_pool() {
   std::vector<int> pool;
