@@ -154,6 +154,8 @@ packet_writer task_packet::packed() const {
   to.put(number);
   to.put(level);
   to.put_list(parents);
+  to.put(static_cast<std::int32_t>(load.trees.size()));
+  to.put(tagged_trees);
   load.put_into(to);
   to.put(end_mark);
   return to;
@@ -166,6 +168,8 @@ task_packet task_packet::unpacked(packet_reader from) {
   p.number = from.whole();
   p.level = from.whole();
   p.parents = from.list();
+  from.whole();
+  p.tagged_trees = from.whole_within(0, 1) != 0;
   p.load = tree_load::taken_from(from);
   expect_end_of(from);
   return p;

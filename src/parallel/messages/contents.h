@@ -86,6 +86,7 @@ struct task_packet {
   int number = 0;                     // among the tasks of the job
   int level = 1;                      // how many parents it has
   std::vector<std::int32_t> parents;  // task numbers of those that are tasks, nearest first
+  bool tagged_trees = false;
   tree_load load;
 
   packet_writer packed() const;
