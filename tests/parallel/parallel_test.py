@@ -190,8 +190,9 @@ def tasks_are_steered():
     expect("pzeb begin a 2 = mult=replications 100000; return; pzeb wait [2];", r"time is out(?!.*timed out)")
     expect("macro=; var: x; set 2 50; pzeb begin a 1 = mult=replications 100000; return; loop 50 50 pzeb wait [9] ('2'==#1); stop pzeb get !;",
            r"condition is fulfilled")
-    expect("pzeb begin a 1 = var: i; set i 0; label up; set i ++; quote round \"i\"; if (\"i\"<2) goto myself up; end"
-           " goto [ z.run exit; frobnicate; return text; log z.run; quote label exit.,quote exit script.,proc/.,; log/; pzeb gwait;",
+    expect("log z.run; quote label exit.,quote exit script.,proc/.,; log/;"
+           "pzeb begin a 1 = var: i; set i 0; label up; set i ++; quote round \"i\"; if (\"i\"<2) goto myself up; end"
+           " goto [ z.run exit; frobnicate; return text; pzeb gwait;",
            r"round 1\nround 2\n(?!round).*exit script\n.*ended at an error: 0")
     expect("randtrees 1; pzeb begin a 2 = macro=; if (slavenum==1) keep 0; xread 1 4 a 0 b 0 c 1 d 1;; randtrees 1; end return; pzeb get; tgroup;",
            r"trees of task 1 of job a are for 4 taxa, not for the current 18(?!.*were lost).*\(Task_0_a\): 1\s+Group 1 \(Prev")
