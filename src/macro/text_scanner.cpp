@@ -1,7 +1,9 @@
 #include "macro/text_scanner.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <iterator>
 
 #include "language/interpreter.h"
 
@@ -14,14 +16,15 @@ bool is_word_character(int c) { return std::isalnum(c) || c == '_'; }
 // After which a word can begin that opens or closes something.
 bool can_precede_word(int c) { return c < 33 || std::strchr(";)}]'\"", c) != nullptr; }
 
+std::string_view command_called(std::string_view word) {
+  const command_row* const row = find_command(word);
+  return row ? row->name : std::string_view();
+}
+
 // The commands whose text is for the user.
-bool takes_text(std::string_view word) {
-  const command_row* row = find_command(word);
-  if (!row) return false;
-  for (const char* name : {"quote", "lquote", "errmsg", "progress"}) {
-    if (std::strcmp(row->name, name) == 0) return true;
-  }
-  return false;
+bool takes_text(std::string_view command) {
+  constexpr std::string_view names[] = {"quote", "lquote", "errmsg", "progress"};
+  return std::ranges::find(names, command) != std::end(names);
 }
 
 }  // namespace
@@ -106,8 +109,11 @@ std::string_view text_scanner::next() {
       last_ = get();
     }
     if (word_.starts_with("loop")) word_.resize(word_.find_last_not_of("0123456789") + 1);
-    if (!word_.empty() && is_word(before)) {
-      if (!takes_text(word_)) return word_;
+    const bool stops_jobs = word_ == "stop" && after_pzeb_ && follows_word_;
+    if (!word_.empty() && is_word(before) && !stops_jobs) {
+      const std::string_view command = command_called(word_);
+      after_pzeb_ = command == "pzeb";
+      if (!takes_text(command)) return word_;
       pass_to_semicolon();
     }
     word_.clear();

@@ -47,6 +47,7 @@ class text_scanner {
   bool blank_ = false;
   bool ended_ = false;
   bool follows_word_ = false;
+  bool after_pzeb_ = false;  // whose "stop" ends jobs, not a body
 };
 
 }  // namespace zeb

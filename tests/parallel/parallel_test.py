@@ -188,6 +188,10 @@ def tasks_are_steered():
            "quote searched; pzeb begin b 1 = return value 5; pzeb gwait; return text; pzeb stop [searches]; pzeb gwait;",
            r"not to do more searches.*searched.*Task 0 returned 5")
     expect("pzeb begin a 2 = mult=replications 100000; return; pzeb wait [2];", r"time is out(?!.*timed out)")
+    expect("loop 1 2 pzeb begin a 1 = mult=replications 100000; return; pzeb stop; pzeb get; quote round #1; stop quote the end;",
+           r"round 1\n.*round 2\n.*the end")
+    expect(f"pzeb begin a 1 = pzeb {options.mode}; mult=replications 100000; pzeb begin b 1 = tagset 2; quote wrong; return text; pzeb stop; tagset 2;"
+           "quote right; return text; pzeb wait [2]; pzeb skipto 2; pzeb stop [searches]; pzeb gwait;", r"mandated(?!.*wrong).*right")
     expect("macro=; var: x; set 2 50; pzeb begin a 1 = mult=replications 100000; return; loop 50 50 pzeb wait [9] ('2'==#1); stop pzeb get !;",
            r"condition is fulfilled")
     expect("log z.run; quote label exit.,quote exit script.,proc/.,; log/;"

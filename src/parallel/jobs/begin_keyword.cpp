@@ -147,6 +147,8 @@ void read_options(job_request& request, begin_options& options, bool again) {
     if (found < 0 || (found == deltrees_option && !again))
       error_end_f("P-ZEB: unrecognized keyword for spawn options of job %s: %s",
                   request.name.c_str(), word.c_str());
+    if (again && (found == ram_option || found == sector_option || found == dskdata_option))
+      error_end_f("P-ZEB: \"%s\" is for new jobs only", std::string(words[at(found)]).c_str());
     switch (found) {
       case ram_option:
         read_ram(request);
@@ -244,7 +246,6 @@ void again_keyword() {
   request.name = job.name;
   begin_options options;
   read_options(request, options, true);
-  if (options.has_sector) error_end("P-ZEB: \"sector\" is for new jobs only");
   request.instructions = read_instructions(true);
   send_again(job, tasks, request, options.delete_trees);
 }

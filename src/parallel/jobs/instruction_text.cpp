@@ -11,6 +11,7 @@
 #include "language/lexer.h"
 #include "macro/macro_state.h"
 #include "macro/script_text.h"
+#include "parallel/tasks/instructions.h"
 #include "parallel/tasks/task_state.h"
 
 namespace zeb {
@@ -60,8 +61,7 @@ void instruction_reader::copy_run_block() {
 }
 
 void instruction_reader::end_word() {
-  const bool of_pzeb = last_word_.size() > 1 && is_prefix(last_word_, "pzeb");
-  if (of_pzeb && (is_prefix(word_, "begin") || is_prefix(word_, "again"))) ++depth_;
+  if (begins_instructions(last_word_, word_)) ++depth_;
   if (word_ == "return" && --depth_ == 0) ending_ = true;
   last_word_ = std::move(word_);
   word_.clear();

@@ -40,7 +40,8 @@ bool is_any_of(std::string_view word, std::span<const std::string_view> words) {
   return std::ranges::find(words, word) != words.end();
 }
 
-/// Reads on up to and over `tagset` with that number, but not within a loop.
+/// Reads on up to and over `tagset` with that number, but not within a loop or in what is for tasks
+/// of this task.
 bool find_tag(int wanted) {
   constexpr std::string_view opening[] = {"loop",     "sprit",    "tbrit",    "bandb",
                                           "forfiles", "travtree", "iterrecs", "combine"};
@@ -48,11 +49,16 @@ bool find_tag(int wanted) {
   rest_of_instructions text;
   text_scanner scanner(text);
   int depth = 0;
+  int begun = 0;  // instructions for tasks of this task
+  std::string before;
   for (std::string_view word = scanner.next(); !word.empty(); word = scanner.next()) {
     if (is_any_of(word, opening)) ++depth;
     if (is_any_of(word, closing)) --depth;
+    if (begins_instructions(before, word)) ++begun;
+    if (word == "return" && begun > 0) --begun;
+    before = word;
     double number = -1;
-    const bool is_tag = depth == 0 && word.size() > 2 && is_prefix(word, "tagset");
+    const bool is_tag = depth == 0 && begun == 0 && word.size() > 2 && is_prefix(word, "tagset");
     if (!is_tag || !plain_read_value(&number, nullptr) || static_cast<int>(number) != wanted)
       continue;
     for (int c = ' '; c != ';' && !level_zero_ended();) c = plain_read_char();
@@ -67,6 +73,11 @@ double read_returned_value() {
 }
 
 }  // namespace
+
+bool begins_instructions(std::string_view before, std::string_view next) {
+  return before.size() > 1 && is_prefix(before, "pzeb") &&
+         (is_prefix(next, "begin") || is_prefix(next, "again"));
+}
 
 void begin_instructions(const std::string& text) {
   restart_level_zero(text);

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace zeb {
 
+/// Of two words: instructions for tasks follow, up to their `return`.
+bool begins_instructions(std::string_view before, std::string_view next);
 void begin_instructions(const std::string& text);
 /// Where the parent wants to have the task at a `tagset`, skips the commands before it. False: the
 /// instructions end before.

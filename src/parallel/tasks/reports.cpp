@@ -58,6 +58,7 @@ task_status status_of_task() {
   now.tag = task.tag;
   const bool swaps = task.swap.how != swap_orders::way::none && task.shown_command.empty();
   now.command = task.failed                  ? "ERROR"
+                : task.receiving             ? task_status().command
                 : swaps                      ? "swap"
                 : task.shown_command.empty() ? command.command_name
                                              : task.shown_command;
