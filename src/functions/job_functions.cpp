@@ -1,5 +1,6 @@
 // Jobs of parallel runs and what their tasks do.
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -197,12 +198,12 @@ double per_cent_done() {
 double returned_value() {
   open_brackets();
   const int slot = read_job(true);
-  const job_record& job = job_at(slot);
+  job_record& job = job_at(slot);
   const int number = read_task(job);
   close_brackets();
-  const task_record& t = job.tasks[at(number)];
-  if (!t.value) error_end_f("P-ZEB: task %i of job %s returned no value", number, job.name.c_str());
-  return *t.value;
+  const std::optional<double> value = value_of_task(job.tasks[at(number)]);
+  if (!value) error_end_f("P-ZEB: task %i of job %s returned no value", number, job.name.c_str());
+  return *value;
 }
 
 double seconds_running() { return wall_clock() - read_job_and_task().job->started; }

@@ -123,6 +123,22 @@ task_status status_by_queries(task_record& which) {
 
 }  // namespace
 
+std::optional<double> value_of_task(task_record& which) {
+  if (which.value || which.collected || which.gone) return which.value;
+  ask_task(which, query_value);
+  const auto answer = answer_of_query(which, query_value);
+  if (!answer) return std::nullopt;
+  try {
+    packet_reader from(answer->body);
+    const bool given = from.whole() != 0;
+    const double value = from.real();
+    return given ? std::optional<double>(value) : std::nullopt;
+  } catch (const damaged_message&) {
+    which.gone = true;
+    return std::nullopt;
+  }
+}
+
 std::vector<task_status> statuses_of_tasks(std::span<task_record* const> tasks) {
   for (task_record* const t : tasks)
     if (!t->status && is_alive(*t))

@@ -20,6 +20,8 @@ std::optional<arrived_message> answer_of(task_record& which, int tag);
 /// The same, for the queries that have a number.
 void ask_task(task_record& which, int query);
 std::optional<arrived_message> answer_of_query(task_record& which, int query);
+/// What it returned, or would if it were collected now; none: there is no value, or no answer.
+std::optional<double> value_of_task(task_record& which);
 /// What tasks tell of themselves: their last status while that is kept up, else by asking all of
 /// them at once.
 std::vector<task_status> statuses_of_tasks(std::span<task_record* const> tasks);

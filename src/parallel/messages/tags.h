@@ -53,6 +53,7 @@ enum task_query : int {
   query_errors = 8,
   query_speed = 9,
   query_text = 10,
+  query_value = 11,  // of `return`: whether it has come to one, and the value
 };
 
 }  // namespace zeb

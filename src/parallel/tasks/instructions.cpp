@@ -100,15 +100,13 @@ void read_return() {
   constexpr std::string_view words[] = {"trees",   "text",   "value",   "tgroups",   "polytree",
                                         "notrees", "notext", "novalue", "notgroups", "nopolytree"};
   constexpr int kinds = 5;
+  constexpr int unknown_keyword = -1;
   constexpr int polytree_word = 4;
   return_options wanted;
   bool any = false;
   while (skip_blanks_peek() != ';') {
-    if (read_word() == 0) {
-      read_char();
-      continue;
-    }
-    const int found = find_keyword(token(), words);
+    const int found =
+        read_word() > 0 || read_item() > 0 ? find_keyword(token(), words) : unknown_keyword;
     const bool on = found < kinds;
     // What is asked for takes the place of the default; what isn't wanted, or how, leaves it.
     const bool asks = found >= 0 && on && found != polytree_word;

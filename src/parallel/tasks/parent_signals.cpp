@@ -79,6 +79,10 @@ void answer_query(int query) {
       break;
     case query_text:
       return send_text();
+    case query_value:
+      reply.put(now.finished && task.to_return.value_given);
+      reply.put_real(task.to_return.value);
+      break;
     default:
       return;
   }
