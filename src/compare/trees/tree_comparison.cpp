@@ -28,6 +28,7 @@ constexpr int fewest_taxa = 4;
 /// Trees get the taxa that they lack where these cost least by the characters that both files have.
 void add_missing_taxa(const compared_results& results) {
   const weights_scope weights;
+  const activity_scope taxa(std::vector<std::uint8_t>(at(matrix.ntax), 1));  // trees have all
   std::vector<std::uint8_t> active(at(matrix.nchar));
   for (int c = 0; c < matrix.nchar; ++c)
     active[at(c)] = matrix.characters[at(c)].active && results.shared[at(c)];
