@@ -1,6 +1,5 @@
 // `xmult`: options, run and summary.
 #include <algorithm>
-#include <climits>
 #include <string>
 #include <vector>
 
@@ -48,7 +47,8 @@ void read_level(xmult_settings& settings) {
     error_end("Give search level");
   double taxa = 0;
   if (!read_optional_whole(&taxa)) taxa = matrix.present ? active_taxa() : 0;
-  if (taxa < 4 || taxa > INT_MAX)
+  constexpr double most_taxa = 1e9;  // the settings add and multiply them
+  if (taxa < 4 || taxa > most_taxa)
     error_end("Give the number of taxa for the level, or read data before");
   set_level(settings.search, settings.sector, level, static_cast<int>(taxa));
 }
