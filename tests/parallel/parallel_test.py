@@ -185,6 +185,9 @@ def tasks_are_steered():
            "pzeb skipto 2; pzeb get;", r"set of instructions(?!.*skipped).*run at once")
     expect("macro=; pzeb begin a 2 = return value (slavenum+4); pzeb wait; set 0 pexstatus[a 1]; quote value '0'; pzeb again a = system sleep 2; return;"
            "set 0 pexstatus[a 1];", r"value 5\n.*task 1 of job a returned no value")
+    seeds = re.findall(r"Random seed is (\d+)", run("".join(
+        f"{seed} pzeb begin a 2 = rseed; return text; pzeb get;" for seed in ("rseed 5;", "", "rseed 5;", "rseed 6;"))))
+    check(len(set(seeds)) == 6 and seeds[:2] == seeds[4:6], f"seeds of tasks follow the user's: {seeds}")
     expect("pzeb begin a 1 = return value; pzeb gwait;", r'"return value" needs a number')
     expect(f"pzeb begin a 1 = macro=; pzeb {options.mode}; loop 1 3 system sleep 1; stop randtrees 1; ratchet=iterations 100000;"
            "quote searched; pzeb begin b 1 = return value 5; pzeb gwait; return text; pzeb stop [searches]; pzeb gwait;",

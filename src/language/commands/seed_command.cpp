@@ -22,6 +22,7 @@ void take_seed(double seed) {
   }
   expect_end();
   set_seed(static_cast<int>(seed));
+  reseed();  // for what doesn't begin anew each time: seeds of tasks, edited cells
 }
 
 void read_seed_step() {
