@@ -37,6 +37,7 @@ mapping_request read_trees_and_characters() {
   constexpr unsigned flags = list_slash_ends | list_in_tree_buffer | list_one_tree;
   if (!read_list(flags, 0, store.ntrees, "tree", trees)) trees.assign(trees.size(), 1);
   request.trees = marked(trees);
+  if (request.trees.empty()) error_end("No trees specified");
   std::vector<std::uint8_t> characters(at(matrix.nchar), 0);
   request.characters_listed = accept_char('/');
   if (request.characters_listed) {
