@@ -157,7 +157,7 @@ word_form form_of_words(const export_choice& choice) {
 void write_nexus(output_file& out, const export_choice& choice, word_writer& words) {
   if (choice.writes_data()) {
     const writing_style style = {choice.as_dna, choice.as_standard, choice.plain,
-                                 choice.step_matrices};
+                                 choice.step_matrices, some_gap_is_state()};
     write_nexus_data(out, style, words);
     write_nexus_assumptions(out, style);
     write_nexus_constraints(out, choice.plain, words);

@@ -57,6 +57,11 @@ std::string characters_reading_back(reading_back way) {
 
 }  // namespace
 
+bool some_gap_is_state() {
+  return std::any_of(matrix.characters.begin(), matrix.characters.end(),
+                     [](const character_record& r) { return r.gap_is_state != 0; });
+}
+
 data_type written_type(int character, const writing_style& style) {
   const auto type = static_cast<data_type>(matrix.characters[at(character)].type);
   if (type == continuous_data) return type;
@@ -66,7 +71,8 @@ data_type written_type(int character, const writing_style& style) {
 std::string cell_symbols(int taxon, int character, const writing_style& style) {
   const std::uint32_t states = cell(taxon, character);
   const data_type type = written_type(character, style);
-  if (was_gap(taxon, character)) return "-";
+  // Gaps that are noted say nothing; those that are states lie in the cell.
+  if (was_gap(taxon, character)) return style.gaps_are_states ? "?" : "-";
   if (is_missing(taxon, character)) return "?";
   if (type == continuous_data) {
     return says_nothing(character, states)

@@ -9,12 +9,15 @@ namespace zeb {
 
 /// How data are written.
 struct writing_style {
-  bool as_dna = false;         // all characters, by the first four states
-  bool as_standard = false;    // all characters as numbered states
-  bool plain = false;          // NEXUS without abbreviations, for programs that read little of it
-  bool step_matrices = false;  // those in use as well
+  bool as_dna = false;           // all characters, by the first four states
+  bool as_standard = false;      // all characters as numbered states
+  bool plain = false;            // NEXUS without abbreviations, for programs that read little of it
+  bool step_matrices = false;    // those in use as well
+  bool gaps_are_states = false;  // "-" is a state, whatever the character
 };
 
+/// Is a gap a state in some character?
+bool some_gap_is_state();
 /// The type that the character is written as.
 data_type written_type(int character, const writing_style& style);
 /// A cell as NEXUS has it: a symbol, a set in braces, a value or a range of values.

@@ -193,7 +193,6 @@ void write_nexus_assumptions(output_file& out, const writing_style& style) {
   const std::vector<bool> ordered =
       flags_where([](const auto& r) { return r.additive != 0 && !r.is_continuous; });
   const std::vector<bool> inactive = flags_where([](const auto& r) { return r.active == 0; });
-  const std::vector<bool> gaps = flags_where([](const auto& r) { return r.gap_is_state != 0; });
   const std::vector<matrix_use> uses = step_matrices_in_use(style);
   std::vector<bool> deleted;
   for (int t = 0; t < matrix.ntax; ++t) deleted.push_back(!matrix.taxon_active[at(t)]);
@@ -201,8 +200,8 @@ void write_nexus_assumptions(output_file& out, const writing_style& style) {
   for (const character_record& record : matrix.characters) {
     if (record.weight != 1) weights.insert(record.weight);
   }
-  if (!any(ordered) && !any(inactive) && !any(gaps) && !any(deleted) && weights.empty() &&
-      uses.empty())
+  if (!any(ordered) && !any(inactive) && !style.gaps_are_states && !any(deleted) &&
+      weights.empty() && uses.empty())
     return;
   out.put(plain ? "\nbegin assumptions;" : "\nbegin assumptions ; ");
   if (plain) {
@@ -215,7 +214,7 @@ void write_nexus_assumptions(output_file& out, const writing_style& style) {
   }
   if (any(deleted)) out.print("\ndelete %s ;", number_list(deleted).c_str());
   if (!weights.empty()) write_weights(out, weights, plain);
-  if (any(gaps)) out.put("\npset gapmode=newstate;\n");
+  if (style.gaps_are_states) out.put("\npset gapmode=newstate;\n");
   if (!plain) write_user_types(out, uses);
   out.put(plain ? "\nend;\n" : "\nend ; \n");
 }

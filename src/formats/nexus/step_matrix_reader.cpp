@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cctype>
 
 #include "base/errors.h"
 #include "base/indices.h"
@@ -37,22 +36,23 @@ std::vector<int> usual_order(const nexus_file& file, int count) {
   return order;
 }
 
-// The state of each row from the symbols above the columns: of bases where all of them are bases.
+bool are_symbols_of(const nexus_file& file, data_type type,
+                    const std::vector<std::string>& symbols) {
+  return std::all_of(symbols.begin(), symbols.end(), [&](const std::string& s) {
+    return s.size() == 1 && state_of(file, type, s[0]) >= 0;
+  });
+}
+
+// The state of each row from the symbols above the columns: of bases or amino acids where all of
+// them are.
 std::vector<int> order_of_symbols(nexus_file& file, const std::vector<std::string>& symbols) {
-  const bool bases = (matrix.data_type_in_use & dna_data) &&
-                     std::all_of(symbols.begin(), symbols.end(), [](const std::string& s) {
-                       return std::string_view("ACGTU-").find(static_cast<char>(std::toupper(
-                                  static_cast<unsigned char>(s[0])))) != std::string_view::npos;
-                     });
-  const bool proteins = matrix.data_type_in_use == protein_data;
+  data_type type = numeric_data;
+  for (const data_type letters : {protein_data, dna_data})
+    if ((matrix.data_type_in_use & letters) && are_symbols_of(file, letters, symbols))
+      type = letters;
   std::vector<int> order;
   for (const std::string& symbol : symbols) {
-    const int state = symbol.size() == 1 ? state_of(file,
-                                                    bases      ? dna_data
-                                                    : proteins ? protein_data
-                                                               : numeric_data,
-                                                    symbol[0])
-                                         : -1;
+    const int state = symbol.size() == 1 ? state_of(file, type, symbol[0]) : -1;
     if (state < 0) file.in.fail("unknown state " + symbol + " in a step-matrix");
     if (std::find(order.begin(), order.end(), state) != order.end())
       file.in.fail("state " + symbol + " stands twice in a step-matrix");
