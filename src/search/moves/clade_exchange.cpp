@@ -38,7 +38,8 @@ class clade_exchange {
   std::vector<std::size_t> best_set();
   bool is_gain(double score) const;
   bool sums_up() const {
-    return !data_.implied_on && !data_.has_wide && !data_.whole && !context_.constraints_in_force;
+    return blocks_ > 0 && !data_.implied_on && !data_.has_wide && !data_.whole &&
+           !context_.constraints_in_force;
   }
   const word* kept_words(std::size_t i) const { return kept_[i * blocks_].words.data(); }
   score_kind kind() const { return kind_of_scores(data_); }
