@@ -75,41 +75,43 @@ void read_exclusive(sector_settings& settings) {
     settings.xss_rounds = static_cast<int>(number);
   }
   if (accept_char('-')) {
-    if (!read_optional_whole(&number) || number < 1)
+    int frequency = 0;
+    if (!read_optional_int(&frequency) || frequency < 1)
       error_end("Global TBR frequency must be 1 or more");
-    settings.xss_global = static_cast<int>(number);
+    settings.xss_global = frequency;
   }
 }
 
 void read_around(sector_settings& settings) {
-  double number = 0;
-  if (!read_optional_whole(&number) || number < 0) error_end("Must specify center for DSS");
-  settings.center = static_cast<int>(number);
-  if (!read_optional_whole(&number) || number < 1)
+  int center = 0;
+  int diameter = 0;
+  if (!read_optional_int(&center) || center < 0) error_end("Must specify center for DSS");
+  if (!read_optional_int(&diameter) || diameter < 1)
     error_end("Must specify diameter to use for DSS");
-  settings.diameter = static_cast<int>(number);
+  settings.center = center;
+  settings.diameter = diameter;
   settings.selection = sector_settings::around;
 }
 
 void read_selections(sector_settings& settings) {
-  double number = 0;
+  int number = 0;
   if (!accept_char('=')) {
-    if (!read_optional_whole(&number) || number < 0 || number > 99)
+    if (!read_optional_int(&number) || number < 0 || number > 99)
       error_end("Factor for number of selections must be 0 - 99");
-    settings.selfactor = static_cast<int>(number);
+    settings.selfactor = number;
     settings.selection_count = 0;
     return;
   }
   settings.selection_count = 0;
   const int most = static_cast<int>(settings.selections.size());
-  while (read_optional_whole(&number)) {
+  while (read_optional_int(&number)) {
     if (number < 0) error_end("Factor for number of selections must be 0 - 99");
     if (settings.selection_count == most)
       error_end(
           text_of("Can't define more than %i numbers of selections\n"
                   "(values above %i will be identical to last one)",
                   most, most));
-    settings.selections[at(settings.selection_count++)] = static_cast<int>(number);
+    settings.selections[at(settings.selection_count++)] = number;
   }
 }
 
