@@ -51,6 +51,7 @@ class combined_run {
   void take(const set_outcome& found);
   void take_rest(int first);
   bool store_found(const found_tree& tree);
+  std::vector<const found_tree*> in_order_to_store(const std::vector<found_tree>& found) const;
   void end_set();
   void count_hit();
   void cross_all();
@@ -199,6 +200,18 @@ bool combined_run::store_found(const found_tree& tree) {
   return !options_.keepall && !is_within_bound(tree.score, result_.best, kind());
 }
 
+/// All in their order; the best first where all are to be kept but not all have room, so that the
+/// trees in memory have the score that is told.
+std::vector<const found_tree*> combined_run::in_order_to_store(
+    const std::vector<found_tree>& found) const {
+  std::vector<const found_tree*> order;
+  for (const found_tree& tree : found) order.push_back(&tree);
+  const auto room = static_cast<std::size_t>(context_.trees.maxtrees - context_.trees.ntrees);
+  if (options_.keepall && room < found.size())
+    std::ranges::stable_sort(order, {}, [](const found_tree* tree) { return tree->score; });
+  return order;
+}
+
 /// Sets that workers have in hand don't know of it.
 void combined_run::take_effort(const set_outcome& found) {
   failures_ += found.failures;
@@ -216,8 +229,8 @@ void combined_run::take(const set_outcome& found) {
   take_best(set_best_, result_.replications + found.best_replication, found.time_of_best);
   result_.replications += found.made;
   first_slot_ = context_.trees.ntrees;
-  for (const found_tree& tree : found.trees)
-    if (!store_found(tree)) result_.buffer_full = true;
+  for (const found_tree* tree : in_order_to_store(found.trees))
+    if (!store_found(*tree)) result_.buffer_full = true;
   result_.buffer_full |= found.buffer_full;
   context_.shown.stage = found.end.stage;
   context_.shown.replication = result_.replications;
