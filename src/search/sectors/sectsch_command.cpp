@@ -191,7 +191,7 @@ void check_settings(sector_settings& wanted, option_outcome outcome) {
         text_of("Min. size (set as %i) must be greater than or equal to max. size (set as %i)",
                 wanted.minsize, wanted.maxsize));
   if (wanted.selection == sector_settings::around && wanted.tree < 0 && store.ntrees != 1)
-    error_end("DSS requires that a single tree be named");
+    error_end("DSS requires specification of a single tree");
   if (wanted.selection == sector_settings::exclusive) check_divisions(wanted);
   if (wanted.selection == sector_settings::constrained) check_constraints();
 }
