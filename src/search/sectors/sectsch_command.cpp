@@ -178,6 +178,12 @@ void check_tracking(const sector_settings& wanted) {
     error_end("The \"track\" option works only for a single tree: \"sectsch = track tree...\"");
 }
 
+void check_center(const sector_settings& wanted) {
+  if (wanted.tree < 0 && store.ntrees != 1)
+    error_end("DSS requires specification of a single tree");
+  if (store.ntrees > 0) check_node_number(std::max(0, wanted.tree), wanted.center);
+}
+
 void check_settings(sector_settings& wanted, option_outcome outcome) {
   check_recursion(wanted);
   const std::string fixed_by_run = std::exchange(wanted.fixed_by_run, "");
@@ -190,8 +196,7 @@ void check_settings(sector_settings& wanted, option_outcome outcome) {
     error_end(
         text_of("Min. size (set as %i) must be greater than or equal to max. size (set as %i)",
                 wanted.minsize, wanted.maxsize));
-  if (wanted.selection == sector_settings::around && wanted.tree < 0 && store.ntrees != 1)
-    error_end("DSS requires specification of a single tree");
+  if (wanted.selection == sector_settings::around) check_center(wanted);
   if (wanted.selection == sector_settings::exclusive) check_divisions(wanted);
   if (wanted.selection == sector_settings::constrained) check_constraints();
 }
@@ -243,9 +248,7 @@ char letter_of_selection() {
 /// What dss goes around; else nothing.
 std::vector<int> center_of_search() {
   if (sectors.selection != sector_settings::around) return {};
-  const int tree = std::max(0, sectors.tree);
-  check_node_number(tree, sectors.center);
-  return taxa_around(stored_tree(tree), sectors.center);
+  return taxa_around(stored_tree(std::max(0, sectors.tree)), sectors.center);
 }
 
 void run_sectors() {
