@@ -117,7 +117,7 @@ void check_limits(const bremer_settings& wanted, const search_rules& rules) {
   if (rules.suboptimal > 0) return;
   warning(
       "Bremer calculation with TBR uses swaps within specified\nvalue of suboptimal, but no "
-      "suboptimal value was specified.\nCurrent settings will only identify unsupported groups");
+      "suboptimal value is set.\nCurrent settings will only identify unsupported groups");
 }
 
 /// The swaps of one command.
