@@ -43,7 +43,6 @@ void show_moved_landmarks() {
   if (!is_landmark(character))
     error_end_f("Option \"apo!\" is applicable only to landmark characters (not %i)", character);
   const std::vector<int> trees = read_trees_and_characters().trees;
-  require_trees(trees);
   if (trees.size() > 1) error_end("Cannot use multiple trees for individual landmarks");
   expect_end();
   list_moved_landmarks(trees.front(), character);
@@ -78,7 +77,6 @@ std::optional<apo_request> read_apo_request() {
       sign = false;
   }
   request.chosen = read_trees_and_characters();
-  if (request.common) require_trees(request.chosen.trees);
   request.figure = read_figure_or_end(apo_figure_defaults());
   if (std::erase_if(request.chosen.characters, is_landmark) > 0)
     warning("Landmark characters are left out; \"apo !C N\" shows one of them");

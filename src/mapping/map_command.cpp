@@ -50,7 +50,6 @@ map_request read_map_request() {
       sign = false;
   }
   request.chosen = read_trees_and_characters();
-  if (request.over_trees) require_trees(request.chosen.trees);
   if (request.down_pass && request.chosen.trees.size() > 1)
     error_end("Can't do down-pass states for multiple trees");
   request.figure = read_figure_or_end(map_figure_defaults());

@@ -50,10 +50,6 @@ mapping_request read_trees_and_characters() {
   return request;
 }
 
-void require_trees(const std::vector<int>& trees) {
-  if (trees.empty()) error_end("No trees specified");
-}
-
 std::optional<figure_request> read_figure_or_end(const svg_options& defaults) {
   std::optional<figure_request> figure;
   if (accept_char('&')) figure = read_figure_request(defaults);

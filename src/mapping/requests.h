@@ -16,12 +16,11 @@ struct mapping_request {
   std::vector<int> characters;
   bool characters_listed = false;
 };
-/// Errors without data and trees: `doing` is what the command does. Characters that are listed
-/// count even if they are inactive.
+/// Errors without data and trees: `doing` is what the command does.
 void require_data_and_trees(const char* doing);
+/// Characters that are listed count even if they are inactive. Error where the list of trees has
+/// none.
 mapping_request read_trees_and_characters();
-/// Error where the list of trees has none: what is common to none can't be told.
-void require_trees(const std::vector<int>& trees);
 /// "& file options", on top of `defaults`, up to the semicolon, which is consumed in any case.
 std::optional<figure_request> read_figure_or_end(const svg_options& defaults);
 /// Error for a landmark character among them where polytomies are soft.
