@@ -179,8 +179,7 @@ void check_tracking(const sector_settings& wanted) {
 }
 
 void check_center(const sector_settings& wanted) {
-  if (wanted.tree < 0 && store.ntrees != 1)
-    error_end("DSS requires that a single tree be named");
+  if (wanted.tree < 0 && store.ntrees != 1) error_end("DSS requires that a single tree be named");
   if (store.ntrees > 0) check_node_number(std::max(0, wanted.tree), wanted.center);
 }
 
